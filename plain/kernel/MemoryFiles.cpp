@@ -1,0 +1,194 @@
+// A growing block as a file. The handle and the state hold one MemoryFile together; the block's
+// fate is decided when the state ends.
+#include "MemoryFiles.h"
+
+#include <algorithm>
+#include <cstring>
+#include <mutex>
+#include <unordered_map>
+
+#include "Faults.h"
+#include "Handles.h"
+#include "Memory.h"
+#include "Status.h"
+#include "Tarnbase/Kernel.h"
+
+namespace tarn::kernel {
+namespace {
+
+constexpr uint64_t kLastPosition = INT64_MAX;  // a position is never the failed one
+
+struct Contents {
+  char* block = nullptr;
+  uint64_t length = 0;
+  uint64_t capacity = 0;
+};
+
+class MemoryFile final : public OpenFile {
+ public:
+  explicit MemoryFile(const Contents& given) : contents_(given), given_(given.block) {}
+
+  uint64_t Read(void* buffer, uint64_t count) override {
+    const std::lock_guard lock(mutex_);
+    if (position_ >= contents_.length) return 0;
+    count = std::min(count, contents_.length - position_);
+    if (count == 0) return 0;
+    std::memcpy(buffer, contents_.block + position_, count);
+    position_ += count;
+    return count;
+  }
+
+  uint64_t Write(const void* buffer, uint64_t count) override {
+    const std::lock_guard lock(mutex_);
+    if (count == 0 || count > kLastPosition - position_ || !Reach(position_ + count)) return 0;
+    if (position_ > contents_.length) {
+      std::memset(contents_.block + contents_.length, 0, position_ - contents_.length);
+    }
+    std::memcpy(contents_.block + position_, buffer, count);
+    position_ += count;
+    contents_.length = std::max(contents_.length, position_);
+    return count;
+  }
+
+  uint64_t Seek(int64_t offset, int32_t origin) override {
+    const std::lock_guard lock(mutex_);
+    uint64_t base = 0;
+    if (origin == KERNEL_SEEK_CURRENT) base = position_;
+    if (origin == KERNEL_SEEK_END) base = contents_.length;
+    if (origin < KERNEL_SEEK_START || origin > KERNEL_SEEK_END) return UINT64_MAX;
+    const uint64_t target = base + static_cast<uint64_t>(offset);
+    // Both terms lie within 63 bits, so a sum outside them shows in the top bit.
+    if (target > kLastPosition) return UINT64_MAX;
+    position_ = target;
+    return target;
+  }
+
+  // Ends the file: nothing can be read or written any more, and the caller decides on the block.
+  Contents TakeContents(bool& moved) {
+    const std::lock_guard lock(mutex_);
+    moved = contents_.block != given_;
+    const Contents taken = contents_;
+    contents_ = Contents();
+    ended_ = true;
+    return taken;
+  }
+
+ private:
+  // Makes room up to `end`, growing by at least a half.
+  bool Reach(uint64_t end) {
+    if (ended_) return false;
+    if (end <= contents_.capacity) return true;
+    const uint64_t half = contents_.capacity / 2 + contents_.capacity % 2;
+    const uint64_t capacity = std::max(end, contents_.capacity + half);
+    void* const block = KernelRealloc(contents_.block, capacity, __LINE__, u"" __FILE__);
+    if (block == nullptr) return false;
+    contents_.block = static_cast<char*>(block);
+    contents_.capacity = capacity;
+    return true;
+  }
+
+  std::mutex mutex_;
+  Contents contents_;
+  const char* given_;
+  uint64_t position_ = 0;
+  bool ended_ = false;
+};
+
+struct State {
+  std::shared_ptr<MemoryFile> file;
+  uint64_t handle = KERNEL_BAD_HANDLE;
+};
+
+// States are numbers that only look like pointers, so that one that has ended is never taken for
+// another.
+struct States {
+  std::mutex mutex;
+  std::unordered_map<uintptr_t, State> live;
+  uintptr_t last = 0;
+};
+
+// Never destroyed: memory files may be ended while the process ends.
+States& TheStates() {
+  static States* const states = new States;
+  return *states;
+}
+
+bool IsSound(int32_t mode, const void* block, uint64_t length, uint64_t capacity) {
+  if (mode != KERNEL_MEMFILE_EMPTY && mode != KERNEL_MEMFILE_FILLED) return false;
+  if (mode == KERNEL_MEMFILE_EMPTY && length != 0) return false;
+  if (length > capacity || capacity > kLastPosition) return false;
+  return block == nullptr ? capacity == 0 : IsLiveBlock(block, capacity);
+}
+
+int32_t OpenMemoryFile(uint64_t& handle, void*& state, const Contents& given) {
+  const auto file = std::make_shared<MemoryFile>(given);
+  States& states = TheStates();
+  const std::lock_guard lock(states.mutex);
+  const uintptr_t key = states.last + 16;
+  State& entry = states.live[key];
+  try {
+    entry.handle = GiveHandle(HandleGroup::Host, file);
+  } catch (...) {
+    states.live.erase(key);
+    throw;
+  }
+  entry.file = file;
+  states.last = key;
+  handle = entry.handle;
+  state = reinterpret_cast<void*>(key);
+  return KernelSuccess;
+}
+
+bool TakeState(void* state, State& taken) {
+  States& states = TheStates();
+  const std::lock_guard lock(states.mutex);
+  const auto found = states.live.find(reinterpret_cast<uintptr_t>(state));
+  if (found == states.live.end()) return false;
+  taken = std::move(found->second);
+  states.live.erase(found);
+  return true;
+}
+
+}  // namespace
+
+uint64_t UnendedMemoryFiles() noexcept {
+  States& states = TheStates();
+  const std::lock_guard lock(states.mutex);
+  uint64_t count = 0;
+  for (const auto& entry : states.live) {
+    if (FileOfHandle(HandleGroup::Host, entry.second.handle) == nullptr) ++count;
+  }
+  return count;
+}
+
+}  // namespace tarn::kernel
+
+using namespace tarn::kernel;
+
+int32_t KernelMemFileOpen(uint64_t* handle, void** state, int32_t mode, void* block,
+                          uint64_t length, uint64_t capacity) {
+  if (FaultDue(PlainKernelFaultOpen)) return KernelCannotCreate;
+  if (handle == nullptr || state == nullptr || !IsSound(mode, block, length, capacity)) {
+    return KernelCannotCreate;
+  }
+  return Fenced<int32_t>(KernelCannotCreate, [&] {
+    return OpenMemoryFile(*handle, *state, Contents{static_cast<char*>(block), length, capacity});
+  });
+}
+
+int32_t KernelMemFileClose(void* state, void** block, uint64_t* length, uint64_t* capacity) {
+  State ended;
+  if (!TakeState(state, ended)) return KernelBadArgument;
+  DropHandle(HandleGroup::Host, ended.handle);
+  bool moved = false;
+  const Contents contents = ended.file->TakeContents(moved);
+  if (block != nullptr) {
+    *block = contents.block;
+  } else if (moved) {
+    // Nobody but the memory file knows where it lies now.
+    KernelFree(contents.block, __LINE__, u"" __FILE__);
+  }
+  if (length != nullptr) *length = contents.length;
+  if (capacity != nullptr) *capacity = contents.capacity;
+  return KernelSuccess;
+}

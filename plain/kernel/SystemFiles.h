@@ -1,0 +1,48 @@
+// SystemFiles.h - the file calls of the operating system, as few as the kernel can do with. One
+// folder a system implements them (posix/).
+//
+// Paths are UTF-8. "Null" below is a failure of any kind. All may throw std::bad_alloc.
+#ifndef TARN_KERNEL_SYSTEMFILES_H
+#define TARN_KERNEL_SYSTEMFILES_H
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "Handles.h"
+
+namespace tarn::kernel {
+
+// What the system puts between the components of a path that the kernel makes.
+extern const char kPathSeparator;
+
+// An existing file for reading, and a file made or emptied for writing. The path is tried as it
+// stands; where the system does not know "\" as a separator, it is read as one only when nothing
+// of that name exists or, for a file to make, when its directory does not. A directory is null.
+std::shared_ptr<OpenFile> OpenForReading(const std::string& path);
+std::shared_ptr<OpenFile> OpenForWriting(const std::string& path);
+
+// A regular file made (for its owner alone) or emptied for writing, that is not reached through a
+// link in the last component. "\" and "/" both separate here and below.
+std::shared_ptr<OpenFile> OpenTemporary(const std::string& path);
+
+enum class Creation { Made, Exists, Failed };
+
+// Makes an empty file for its owner alone, if nothing of that name exists.
+Creation MakeNewFile(const std::string& path);
+
+// Whether no file of that name exists afterwards.
+bool RemoveFile(const std::string& path);
+
+// The same directory without ".." components; empty when there is none.
+std::string ResolveDirectory(const std::string& path);
+
+// Where the system wants temporary files.
+std::string SystemTempDirectory();
+
+// Unpredictable bytes; false when the system gives none.
+bool RandomBytes(void* buffer, uint64_t count);
+
+}  // namespace tarn::kernel
+
+#endif

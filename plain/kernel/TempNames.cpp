@@ -1,0 +1,79 @@
+// Unique names for temporary files:
+//   <directory><separator><prefix><unique>[.<extension>]
+// The unique part is drawn from the system's random numbers, and the file is made together with its
+// name and only if nothing of that name exists, so nobody can guess it or get there first.
+#include <algorithm>
+#include <array>
+
+#include "Faults.h"
+#include "Paths.h"
+#include "Status.h"
+#include "SystemFiles.h"
+#include "Tarnbase/Kernel.h"
+#include "TemporaryFiles.h"
+#include "Text.h"
+
+namespace tarn::kernel {
+namespace {
+
+constexpr size_t kUniqueLength = 16;  // characters of 5 bits each
+constexpr int kAttempts = 64;         // before a run of collisions counts as a failure
+
+// Letters of one case, for file systems that do not tell the cases apart.
+bool MakeUnique(std::array<char, kUniqueLength>& unique) {
+  static constexpr char kAlphabet[] = "abcdefghijklmnopqrstuvwxyz234567";
+  std::array<unsigned char, kUniqueLength> random;
+  if (!RandomBytes(random.data(), random.size())) return false;
+  std::transform(random.begin(), random.end(), unique.begin(),
+                 [](unsigned char byte) { return kAlphabet[byte & 31]; });
+  return true;
+}
+
+// What stands before and behind the unique part. False when a piece is no text or names another
+// directory.
+bool MakeFrame(const char16_t* directory, const char16_t* prefix, const char16_t* extension,
+               std::string& front, std::string& back) {
+  const bool named = directory != nullptr && *directory != u'\0';
+  front = named ? PathFromWide(directory) : DefaultTempDirectory();
+  if (front.empty() || ClimbsUp(front)) return false;
+  if (!IsSeparator(front.back())) front += kPathSeparator;
+  for (const char16_t* piece : {prefix, extension}) {
+    if (piece == nullptr || *piece == u'\0') continue;
+    const std::string text = PathFromWide(piece);
+    if (text.empty() || std::any_of(text.begin(), text.end(), IsSeparator)) return false;
+    piece == prefix ? front += text : back = "." + text;
+  }
+  return true;
+}
+
+int32_t MakeTempFile(const char16_t* directory, char16_t* out, int32_t capacity,
+                     const char16_t* prefix, const char16_t* extension) {
+  std::string front;
+  std::string back;
+  if (!MakeFrame(directory, prefix, extension, front, back)) return KernelCannotCreate;
+  for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    std::array<char, kUniqueLength> unique;
+    if (!MakeUnique(unique)) return KernelCannotCreate;
+    const std::string path = front + std::string(unique.begin(), unique.end()) + back;
+    const std::u16string wide = ToWide(path);
+    if (wide.empty() || static_cast<int64_t>(wide.size()) >= capacity) return KernelCannotCreate;
+    Creation creation = Creation::Failed;
+    MakeNotedFile(path, [&] { return (creation = MakeNewFile(path)) == Creation::Made; });
+    if (creation == Creation::Exists) continue;
+    if (creation == Creation::Failed) return KernelCannotCreate;
+    std::copy_n(wide.c_str(), wide.size() + 1, out);
+    return KernelSuccess;
+  }
+  return KernelCannotCreate;
+}
+
+}  // namespace
+}  // namespace tarn::kernel
+
+int32_t KernelTempFileName(const char16_t* directory, char16_t* out, int32_t capacity,
+                           int32_t /*one*/, const char16_t* prefix, const char16_t* extension) {
+  using namespace tarn::kernel;
+  if (FaultDue(PlainKernelFaultOpen) || out == nullptr) return KernelCannotCreate;
+  return Fenced<int32_t>(KernelCannotCreate,
+                         [&] { return MakeTempFile(directory, out, capacity, prefix, extension); });
+}

@@ -1,0 +1,43 @@
+// TrackedObjects.h - the register of objects that are not plain blocks: those of the new
+// expression, and the kernel's device contexts and fonts.
+#ifndef TARN_KERNEL_TRACKEDOBJECTS_H
+#define TARN_KERNEL_TRACKEDOBJECTS_H
+
+#include <cstdint>
+#include <mutex>
+
+#include "AddressTable.h"
+
+namespace tarn::kernel {
+
+class ObjectRegister {
+ public:
+  constexpr ObjectRegister() = default;
+
+  // Two announcements of one address and kind count twice. Null is no object.
+  void Add(int32_t kind, const void* object, int32_t line, const char16_t* file);
+
+  // False when no such object is known.
+  bool Remove(int32_t kind, const void* object);
+
+  uint64_t size();
+
+ private:
+  struct Record {
+    const char16_t* file;
+    int32_t line;
+    int32_t kind;
+  };
+
+  std::mutex mutex_;
+  AddressTable<Record> table_;
+  uint64_t unrecorded_ = 0;  // objects the table had no memory for
+};
+
+// The registers: what callers announce, and what KernelCreateDC and KernelCreateFont made.
+ObjectRegister& TrackedObjects();
+ObjectRegister& GraphicsObjects();
+
+}  // namespace tarn::kernel
+
+#endif

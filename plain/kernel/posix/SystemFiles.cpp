@@ -1,0 +1,169 @@
+#include "SystemFiles.h"
+
+#include <fcntl.h>
+#include <sys/random.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+
+#include "Paths.h"
+#include "Tarnbase/Kernel.h"
+
+namespace tarn::kernel {
+namespace {
+
+constexpr uint64_t kLargestTransfer = 0x40000000;  // what one call of the system is asked to move
+constexpr mode_t kOwnerOnly = 0600;
+constexpr mode_t kByUmask = 0666;
+
+class Descriptor final : public OpenFile {
+ public:
+  explicit Descriptor(int descriptor) : descriptor_(descriptor) {}
+  ~Descriptor() override { ::close(descriptor_); }
+
+  uint64_t Read(void* buffer, uint64_t count) override {
+    char* const bytes = static_cast<char*>(buffer);
+    return MoveAll(
+        count, [&](uint64_t done, size_t step) { return ::read(descriptor_, bytes + done, step); });
+  }
+
+  uint64_t Write(const void* buffer, uint64_t count) override {
+    const char* const bytes = static_cast<const char*>(buffer);
+    return MoveAll(count, [&](uint64_t done, size_t step) {
+      return ::write(descriptor_, bytes + done, step);
+    });
+  }
+
+  uint64_t Seek(int64_t offset, int32_t origin) override {
+    static_assert(SEEK_SET == KERNEL_SEEK_START && SEEK_CUR == KERNEL_SEEK_CURRENT &&
+                  SEEK_END == KERNEL_SEEK_END);
+    if (origin < KERNEL_SEEK_START || origin > KERNEL_SEEK_END) return UINT64_MAX;
+    const off_t position = ::lseek(descriptor_, offset, origin);
+    return position < 0 ? UINT64_MAX : static_cast<uint64_t>(position);
+  }
+
+ private:
+  // Goes on after interruptions and short counts, up to the end of the file or an error.
+  template <typename Step>
+  static uint64_t MoveAll(uint64_t count, Step step) {
+    uint64_t done = 0;
+    while (done < count) {
+      const size_t want = static_cast<size_t>(std::min(count - done, kLargestTransfer));
+      const ssize_t moved = step(done, want);
+      if (moved < 0 && errno == EINTR) continue;
+      if (moved <= 0) break;
+      done += static_cast<uint64_t>(moved);
+    }
+    return done;
+  }
+
+  int descriptor_;
+};
+
+int OpenDescriptor(const std::string& path, int flags, mode_t mode) {
+  int descriptor = -1;
+  do {
+    descriptor = ::open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY, mode);
+  } while (descriptor < 0 && errno == EINTR);
+  return descriptor;
+}
+
+// Takes the descriptor over; null when there is none or its file is not of the kind wanted.
+template <typename Predicate>
+std::shared_ptr<OpenFile> FileOf(int descriptor, Predicate wanted) {
+  if (descriptor < 0) return nullptr;
+  std::unique_ptr<OpenFile> file;
+  try {
+    file = std::make_unique<Descriptor>(descriptor);
+  } catch (...) {
+    ::close(descriptor);
+    throw;
+  }
+  struct stat status = {};
+  if (::fstat(descriptor, &status) != 0 || !wanted(status.st_mode)) return nullptr;
+  return file;
+}
+
+bool IsNoDirectory(mode_t mode) { return !S_ISDIR(mode); }
+bool IsRegular(mode_t mode) { return S_ISREG(mode); }
+
+// Names longer than the system allows cannot exist either.
+bool NothingOfThatName(int error) {
+  return error == ENOENT || error == ENOTDIR || error == ENAMETOOLONG;
+}
+
+bool DirectoryExists(const std::string& path) {
+  struct stat status = {};
+  return ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+}  // namespace
+
+const char kPathSeparator = '/';
+
+std::shared_ptr<OpenFile> OpenForReading(const std::string& path) {
+  int descriptor = OpenDescriptor(path, O_RDONLY, 0);
+  if (descriptor < 0 && NothingOfThatName(errno)) {
+    descriptor = OpenDescriptor(WithSlashes(path), O_RDONLY, 0);
+  }
+  return FileOf(descriptor, IsNoDirectory);
+}
+
+std::shared_ptr<OpenFile> OpenForWriting(const std::string& path) {
+  constexpr int kFlags = O_WRONLY | O_CREAT | O_TRUNC;
+  int descriptor = OpenDescriptor(path, kFlags, kByUmask);
+  if (descriptor < 0 && NothingOfThatName(errno) && !DirectoryExists(DirectoryOf(path))) {
+    descriptor = OpenDescriptor(WithSlashes(path), kFlags, kByUmask);
+  }
+  return FileOf(descriptor, IsNoDirectory);
+}
+
+std::shared_ptr<OpenFile> OpenTemporary(const std::string& path) {
+  // Emptied only once it is known to be a regular file; O_NONBLOCK keeps a pipe from waiting.
+  const int descriptor =
+      OpenDescriptor(WithSlashes(path), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK, kOwnerOnly);
+  std::shared_ptr<OpenFile> file = FileOf(descriptor, IsRegular);
+  if (file == nullptr || ::ftruncate(descriptor, 0) != 0) return nullptr;
+  return file;
+}
+
+Creation MakeNewFile(const std::string& path) {
+  const int descriptor = OpenDescriptor(WithSlashes(path), O_WRONLY | O_CREAT | O_EXCL, kOwnerOnly);
+  if (descriptor < 0) return errno == EEXIST ? Creation::Exists : Creation::Failed;
+  ::close(descriptor);
+  return Creation::Made;
+}
+
+bool RemoveFile(const std::string& path) {
+  return ::unlink(WithSlashes(path).c_str()) == 0 || NothingOfThatName(errno);
+}
+
+std::string ResolveDirectory(const std::string& path) {
+  char* const resolved = ::realpath(WithSlashes(path).c_str(), nullptr);
+  if (resolved == nullptr) return {};
+  const std::unique_ptr<char, decltype(&std::free)> owner(resolved, &std::free);
+  return resolved;
+}
+
+std::string SystemTempDirectory() {
+  const char* const named = std::getenv("TMPDIR");
+  return named == nullptr || *named == '\0' ? "/tmp" : named;
+}
+
+bool RandomBytes(void* buffer, uint64_t count) {
+  char* const bytes = static_cast<char*>(buffer);
+  uint64_t done = 0;
+  while (done < count) {
+    const ssize_t got = ::getrandom(bytes + done, static_cast<size_t>(count - done), 0);
+    if (got < 0 && errno == EINTR) continue;
+    if (got <= 0) return false;
+    done += static_cast<uint64_t>(got);
+  }
+  return true;
+}
+
+}  // namespace tarn::kernel
