@@ -1,0 +1,51 @@
+// MailMessage.h - a message of a PST store or an MSG file between its reader and the renderer.
+//
+// The reader fills the header fields and a body; the renderer puts the header block into the body;
+// the driver copies the finished text out. Every text is UTF-8 unless a field says otherwise, and
+// its length may count one trailing NUL.
+#ifndef TARN_INTERNAL_MAILMESSAGE_H
+#define TARN_INTERNAL_MAILMESSAGE_H
+
+#include "Internal/Tarnclasses_.h"
+
+namespace tarn {
+
+struct MailMessage {
+  int32_t inlineStatus = StatusOk;  // first failure of the inline attachments of an MSG file
+  SizedBytes text;                  // plain body: raw UTF-16 of a store, UTF-8 of an MSG file
+  char* compressedRtf = nullptr;    // owned; held only while an MSG file is being read
+  SizedBytes body;                  // HTML or RTF; after rendering, the whole document
+  SizedBytes from;
+  SizedBytes fromAddress;  // MSG only, and only with an "@" in it
+  SizedBytes to;
+  SizedBytes subject;
+  SizedBytes sent;  // as FormatFileTime writes it
+  SizedBytes cc;
+  SizedBytes bcc;
+  SizedBytes originalAuthor;  // MSG only
+  SizedBytes importance;      // as ImportanceText writes it; empty for a normal message
+  uint32_t attachmentCount = 0;
+
+  MailMessage() = default;
+  MailMessage(const MailMessage&) = delete;
+  MailMessage& operator=(const MailMessage&) = delete;
+  ~MailMessage() {
+    if (compressedRtf != nullptr) KernelFree(compressedRtf, TARN_HERE);
+    compressedRtf = nullptr;
+    importance.release();
+    originalAuthor.release();
+    bcc.release();
+    cc.release();
+    sent.release();
+    subject.release();
+    to.release();
+    fromAddress.release();
+    from.release();
+    body.release();
+    text.release();
+  }
+};
+
+}  // namespace tarn
+
+#endif

@@ -1,0 +1,497 @@
+/* TarnPst.h - the mail-file filter: six exports, the host's records, the codes.
+ *
+ * The filter is a shared library that an imaging host loads beside the kernel `Tarnbase`
+ * (Tarnbase/Kernel.h). It takes a PST store, an MSG compound file or an internet mail file, turns
+ * one message into one document in memory (HTML, RTF or plain text) and hands that document to a
+ * sibling filter of the host through function pointers; the sibling lays it out and draws. The
+ * filter also lists and extracts the attachments of a message.
+ *
+ * Conventions
+ *   - All records are packed; each offset below is part of the interface and proven by an
+ *     assertion. `reservedN` bytes are the host's: the filter neither reads nor writes them. Where
+ *     a record ends here the host's own may go on.
+ *   - Texts are NUL-terminated UTF-16 unless said otherwise; sizes are in bytes.
+ *   - Results are the TarnStatus values, except where a sibling's own result is passed on.
+ *   - 64-bit hosts only. The functions have the platform's default C calling convention.
+ *   - The filter has no thread, no lock and no state of its own. Two calls must not run on one
+ *     slot at once; apart from that, calls may come from any thread.
+ *   - A damaged PST store is reported by a C++ exception derived from std::exception that leaves
+ *     the export, after everything the call held has been released. No other file raises one. A
+ *     host in another language calls the filter through a small C++ function that catches.
+ *
+ * The header compiles as C11 and as C++20.
+ */
+#ifndef TARNPST_H
+#define TARNPST_H
+
+#include <stddef.h>
+#include <stdint.h>
+#ifndef __cplusplus
+#include <assert.h>
+#include <uchar.h>
+#endif
+
+#if defined(_WIN32)
+#if defined(TARNPST_BUILD)
+#define TARNPST_API
+#else
+#define TARNPST_API __declspec(dllimport)
+#endif
+#else
+#define TARNPST_API __attribute__((visibility("default")))
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Codes ------------------------------------------------------------------------------------------ */
+
+/* What the filter reads. The first 12 bytes of the file decide; neither its name nor its size
+ * plays a part. */
+enum TarnFormat {
+  FormatPst = 385, /* begins with the bytes "!BDN" */
+  FormatMsg = 386, /* begins with D0 CF 11 E0 A1 B1 1A E1 */
+  FormatEml = 387, /* any other file of at least 12 bytes */
+  FormatNone = 388 /* no reader has run */
+};
+
+/* The siblings that the document may be for. */
+enum TarnSibling {
+  SiblingRtf = 226,
+  SiblingText = 316,
+  SiblingHtml = 369
+};
+
+/* What a document is. */
+enum TarnDocumentKind {
+  DocumentHtml = 0,
+  DocumentRtf = 1,
+  DocumentText = 2,
+  DocumentNone = 3 /* not yet known */
+};
+
+/* Results. Negative numbers are those of the host's failure table. */
+enum TarnStatus {
+  StatusOk = 1,
+  StatusDone = 2,                 /* ended early with nothing wrong; a failure where it leaves
+                                     fltInfo, fltLoad or fltGetAttachmentInfo */
+  StatusFailed = 0,               /* failed without a code of its own */
+  StatusOutOfMemory = -1,         /* out of memory; a document that could not be put together */
+  StatusSeekFailed = -4,          /* the file could not be measured */
+  StatusWriteFailed = -5,         /* a temporary or an extracted file could not be written */
+  StatusReadFailed = -7,          /* fewer than 12 bytes, or a read came short */
+  StatusNotSupported = -9,        /* not a message the filter takes; the slot holds another format */
+  StatusOpenFailed = -10,         /* the file could not be opened */
+  StatusBadArgument = -13,        /* null context, malformed list, attachment number below 1 */
+  StatusMsgOpenFailed = -14,      /* the compound file could not be opened */
+  StatusTimeFailed = -74,         /* a time could not be formatted; a list changed under the filter */
+  StatusPathOverflow = -290,      /* the path of an inline image would reach 264 characters */
+  StatusNullArgument = -814,      /* null context of an attachment call; null source */
+  StatusPathFromUtf8Failed = -1488,
+  StatusCreateFailed = -1490,     /* a file or directory could not be made */
+  StatusPathTooLong = -1778,
+  StatusPathToUtf8Failed = -1851, /* text could not be turned into UTF-8 */
+  StatusListIndex = -1860,        /* a list index out of range */
+  StatusSiblingRefused = -1863,   /* the sibling's own code is in the context */
+  StatusSlotConflict = -1935      /* a list entry holds other data */
+};
+
+/* Records ---------------------------------------------------------------------------------------- */
+
+#pragma pack(push, 1)
+
+/* What is known of a file or page: asked of a sibling, answered to the host. */
+typedef struct HostFileInfo {
+  uint32_t size;              /* 2316, set before each sibling call */
+  int32_t format;             /* the sibling's code on the way to it; a TarnFormat in the answer */
+  uint8_t reserved0[1024];
+  int32_t width;              /* of the page, in pixels of the resolutions below */
+  int32_t height;
+  int32_t depth;              /* answered as 24 */
+  uint8_t reserved1[8];
+  uint64_t dataSize;          /* as the sibling gave it */
+  uint8_t reserved2[44];
+  int32_t answered1104;       /* answered as 1 */
+  int32_t pageNumber;         /* 1-based, clamped to the pages there are */
+  int32_t pageCount;          /* pages of the chosen message's document */
+  int32_t xResolution;        /* dots per inch */
+  int32_t yResolution;
+  uint32_t flags;             /* 4096 on the way to the sibling from fltInfo; fltLoad clears 0x4000 */
+  uint8_t reserved3[1060];
+  int32_t answered2188;       /* answered as 1 */
+  double widthInches;         /* integer quotient of width and xResolution */
+  double heightInches;
+  int32_t answered2208;       /* answered as 1 */
+  uint8_t reserved4[68];
+  int32_t messageCount;       /* answered for FormatPst only */
+  uint8_t reserved5[8];
+  void* siblingData;          /* what the sibling wants kept for this message, with its size */
+  uint64_t siblingDataSize;   /* and its format */
+  int32_t siblingDataFormat;
+  int32_t attachmentCount;    /* inline parts and attachments of the message */
+} HostFileInfo;
+
+#define HOST_LOAD_OPTIONS_HAS_DATA 4u
+
+typedef struct HostLoadOptions {
+  uint32_t size;       /* 84 in the filter's copy */
+  uint8_t reserved0[16];
+  int32_t pageNumber;  /* requested page, 1-based */
+  uint8_t reserved1[32];
+  uint32_t flags;      /* HOST_LOAD_OPTIONS_HAS_DATA: the next three fields are set */
+  void* data;
+  uint64_t dataSize;
+  int32_t dataFormat;
+  uint32_t lastWord;   /* cleared in the copy that fltInfo passes on */
+} HostLoadOptions;
+
+#define FILTER_DATA_LIST_FORMAT (-2)
+
+/* One for each open file, owned by the host, zeroed when the file is opened. The filter leaves its
+ * document record here. A host that passes no slot gets every file read anew. */
+typedef struct FilterDataSlot {
+  uint8_t reserved0[12];
+  void* data;            /* the filter's record, or a FilterDataList when dataFormat is -2 */
+  uint8_t reserved1[4];
+  int32_t defaultFormat;
+  uint8_t reserved2[28];
+  uint64_t dataSize;
+  int32_t dataFormat;
+} FilterDataSlot;
+
+typedef struct FilterDataEntry {
+  void* data;
+  uint64_t size;
+  int32_t format;
+  uint32_t flags;
+} FilterDataEntry;
+
+#define FILTER_DATA_LIST_SIGNATURE 0x544C4D4Cu /* "LMLT" */
+
+/* The block a slot points to when several items share it; a kernel block of `size` bytes. Entry 0
+ * is the filter's record, entry k + 1 what the sibling wants kept for message index k. */
+typedef struct FilterDataList {
+  uint32_t signature;
+  int32_t count;     /* entries in use */
+  uint64_t size;     /* (capacity - 1) x 24 + 40 */
+  FilterDataEntry entries[1];
+} FilterDataList;
+
+/* Siblings. `info` points to a HostFileInfo, `options` to a HostLoadOptions. Result 1 is success. */
+typedef int32_t (*InfoByNameFunction)(const char16_t* path, void* info, int32_t infoSize,
+                                      int32_t mode, void* options);
+typedef int32_t (*InfoFromMemoryFunction)(const void* data, void* info, int32_t infoSize,
+                                          uint64_t size, int32_t mode, void* options);
+typedef int32_t (*LoadByNameFunction)(const char16_t* path, void* bitmap, int32_t bitmapSize,
+                                      int32_t depth, int32_t order, int32_t flag, void* callback,
+                                      uint64_t userValue, void* options, void* info);
+typedef int32_t (*LoadFromMemoryFunction)(const void* data, void* bitmap, int32_t bitmapSize,
+                                          int32_t depth, int32_t order, int32_t flag,
+                                          void* callback, uint64_t userValue, uint64_t size,
+                                          void* options, void* info);
+typedef int32_t (*TargetByNameFunction)(const char16_t* path, uint64_t opaque, void* options,
+                                        void* info);
+typedef int32_t (*TargetFromMemoryFunction)(const void* data, uint64_t opaque, uint64_t size,
+                                            void* options, void* info);
+
+/* What a host wants of the raster; a change of it makes fltInfo ask the sibling again. */
+typedef struct HostRasterOptions {
+  uint8_t reserved0[56];
+  uint32_t xResolution; /* wanted, dots per inch; 0 keeps the sibling's */
+  uint32_t yResolution;
+  uint8_t reserved1[4];
+} HostRasterOptions;
+
+typedef struct FilterInfoContext {
+  const char16_t* path;
+  uint8_t reserved0[4];
+  uint64_t handle;        /* of KernelFileOpen, open on the file; the filter moves its position */
+  HostFileInfo* info;     /* out: the answer */
+  FilterDataSlot* slot;   /* or null */
+  uint8_t reserved1[20];
+  const HostLoadOptions* options;
+  uint8_t reserved2[792];
+  InfoByNameFunction infoByName;
+  uint8_t reserved3[24];
+  InfoFromMemoryFunction infoFromMemory;
+  uint8_t reserved4[52];
+  HostRasterOptions raster;
+  uint8_t reserved5[108];
+  int32_t messageNumber;  /* in: 1-based; out: 0-based index of the message used */
+  int32_t textOnly;       /* 1 asks for the plain text and the text sibling */
+  uint8_t reserved6[236];
+  int32_t siblingResult;  /* out: the sibling's own code with StatusSiblingRefused */
+} FilterInfoContext;
+
+#define TARGET_KIND_DIRECT 10
+
+/* The first word of a target object points to a table of functions; the fourth tells its kind. */
+typedef int32_t (*TargetKindFunction)(void* self);
+
+typedef struct FilterLoadContext {
+  const char16_t* path;
+  void* bitmap;           /* the host's bitmap record, passed on unread */
+  uint8_t reserved0[4];
+  void* callback;         /* progress callback and its value, passed on unread */
+  uint64_t userValue;
+  uint8_t reserved1[36];
+  const HostFileInfo* info; /* copied as the model for the sibling's */
+  FilterDataSlot* slot;   /* or null */
+  uint8_t reserved2[1912];
+  const HostLoadOptions* options;
+  uint8_t reserved3[20];
+  int32_t status;         /* in 1: takes the first failure of inline attachments, if any */
+  uint8_t reserved4[312];
+  int32_t messageNumber;  /* 1-based */
+  int32_t textOnly;
+  uint64_t opaque;        /* for the target routes */
+  void* target;           /* or null; kind 10 selects the target routes */
+  uint8_t reserved5[8];
+  LoadByNameFunction loadByName;
+  LoadFromMemoryFunction loadFromMemory;
+  uint8_t reserved6[228];
+  TargetByNameFunction targetByName;
+  TargetFromMemoryFunction targetFromMemory;
+} FilterLoadContext;
+
+/* The options record of the attachment calls, as far as the filter reads it. */
+typedef struct AttachmentOptions {
+  uint8_t reserved0[4];
+  int32_t messageNumber; /* 1-based */
+} AttachmentOptions;
+
+/* One property of an attachment: NUL-terminated, the value cut to 127 units. */
+typedef struct AttachmentProperty {
+  char16_t name[128];
+  char16_t value[128];
+} AttachmentProperty;
+
+typedef struct AttachmentInfoItem {
+  uint64_t number;           /* 1-based */
+  char16_t* name;            /* file name, or null */
+  void* reserved0;           /* null */
+  char16_t* description;     /* or null */
+  uint64_t size;             /* of the data; 0 unless the reader had it at hand */
+  int64_t creationTime;      /* seconds since 1970, 0 when unknown */
+  int64_t modificationTime;
+  uint64_t propertyCount;
+  AttachmentProperty* properties;
+  uint64_t reserved1;
+  uint64_t reserved2;
+} AttachmentInfoItem;
+
+typedef struct AttachmentInfoBlock {
+  uint32_t reserved0;        /* 0 */
+  int32_t format;            /* TarnFormat of the file */
+  uint32_t reserved1;        /* 0 */
+  uint32_t itemSize;         /* 88 */
+  uint64_t itemCount;
+  AttachmentInfoItem* items; /* null when there are none */
+} AttachmentInfoBlock;
+
+typedef struct GetAttachmentInfoContext {
+  uint8_t reserved0[8];
+  const char16_t* path;
+  uint8_t reserved1[24];
+  AttachmentInfoBlock* block; /* out */
+  uint8_t reserved2[12];
+  const AttachmentOptions* options;
+} GetAttachmentInfoContext;
+
+typedef struct ExtractAttachmentContext {
+  uint8_t reserved0[8];
+  const char16_t* path;
+  uint8_t reserved1[24];
+  int32_t attachmentNumber;   /* 1-based */
+  uint8_t reserved2[4];
+  const char16_t* outputPath; /* or null for memory */
+  void* data;                 /* out: the data, for memory output */
+  uint64_t size;              /* out: its size */
+  uint8_t reserved3[12];
+  const AttachmentOptions* options;
+} ExtractAttachmentContext;
+
+#pragma pack(pop)
+
+#define TARN_OFFSET(record, field, offset) \
+  static_assert(offsetof(record, field) == (offset), #record "." #field)
+#define TARN_SIZE(record, bytes) static_assert(sizeof(record) == (bytes), #record)
+
+TARN_SIZE(void*, 8);
+
+TARN_OFFSET(HostFileInfo, size, 0);
+TARN_OFFSET(HostFileInfo, format, 4);
+TARN_OFFSET(HostFileInfo, width, 1032);
+TARN_OFFSET(HostFileInfo, height, 1036);
+TARN_OFFSET(HostFileInfo, depth, 1040);
+TARN_OFFSET(HostFileInfo, dataSize, 1052);
+TARN_OFFSET(HostFileInfo, answered1104, 1104);
+TARN_OFFSET(HostFileInfo, pageNumber, 1108);
+TARN_OFFSET(HostFileInfo, pageCount, 1112);
+TARN_OFFSET(HostFileInfo, xResolution, 1116);
+TARN_OFFSET(HostFileInfo, yResolution, 1120);
+TARN_OFFSET(HostFileInfo, flags, 1124);
+TARN_OFFSET(HostFileInfo, answered2188, 2188);
+TARN_OFFSET(HostFileInfo, widthInches, 2192);
+TARN_OFFSET(HostFileInfo, heightInches, 2200);
+TARN_OFFSET(HostFileInfo, answered2208, 2208);
+TARN_OFFSET(HostFileInfo, messageCount, 2280);
+TARN_OFFSET(HostFileInfo, siblingData, 2292);
+TARN_OFFSET(HostFileInfo, siblingDataSize, 2300);
+TARN_OFFSET(HostFileInfo, siblingDataFormat, 2308);
+TARN_OFFSET(HostFileInfo, attachmentCount, 2312);
+TARN_SIZE(HostFileInfo, 2316);
+
+TARN_OFFSET(HostLoadOptions, size, 0);
+TARN_OFFSET(HostLoadOptions, pageNumber, 20);
+TARN_OFFSET(HostLoadOptions, flags, 56);
+TARN_OFFSET(HostLoadOptions, data, 60);
+TARN_OFFSET(HostLoadOptions, dataSize, 68);
+TARN_OFFSET(HostLoadOptions, dataFormat, 76);
+TARN_OFFSET(HostLoadOptions, lastWord, 80);
+TARN_SIZE(HostLoadOptions, 84);
+
+TARN_OFFSET(FilterDataSlot, data, 12);
+TARN_OFFSET(FilterDataSlot, defaultFormat, 24);
+TARN_OFFSET(FilterDataSlot, dataSize, 56);
+TARN_OFFSET(FilterDataSlot, dataFormat, 64);
+TARN_SIZE(FilterDataSlot, 68);
+
+TARN_OFFSET(FilterDataEntry, data, 0);
+TARN_OFFSET(FilterDataEntry, size, 8);
+TARN_OFFSET(FilterDataEntry, format, 16);
+TARN_OFFSET(FilterDataEntry, flags, 20);
+TARN_SIZE(FilterDataEntry, 24);
+
+TARN_OFFSET(FilterDataList, signature, 0);
+TARN_OFFSET(FilterDataList, count, 4);
+TARN_OFFSET(FilterDataList, size, 8);
+TARN_OFFSET(FilterDataList, entries, 16);
+TARN_SIZE(FilterDataList, 40);
+
+TARN_OFFSET(HostRasterOptions, xResolution, 56);
+TARN_OFFSET(HostRasterOptions, yResolution, 60);
+TARN_SIZE(HostRasterOptions, 68);
+
+TARN_OFFSET(FilterInfoContext, path, 0);
+TARN_OFFSET(FilterInfoContext, handle, 12);
+TARN_OFFSET(FilterInfoContext, info, 20);
+TARN_OFFSET(FilterInfoContext, slot, 28);
+TARN_OFFSET(FilterInfoContext, options, 56);
+TARN_OFFSET(FilterInfoContext, infoByName, 856);
+TARN_OFFSET(FilterInfoContext, infoFromMemory, 888);
+TARN_OFFSET(FilterInfoContext, raster, 948);
+TARN_OFFSET(FilterInfoContext, messageNumber, 1124);
+TARN_OFFSET(FilterInfoContext, textOnly, 1128);
+TARN_OFFSET(FilterInfoContext, siblingResult, 1368);
+TARN_SIZE(FilterInfoContext, 1372);
+
+TARN_OFFSET(FilterLoadContext, path, 0);
+TARN_OFFSET(FilterLoadContext, bitmap, 8);
+TARN_OFFSET(FilterLoadContext, callback, 20);
+TARN_OFFSET(FilterLoadContext, userValue, 28);
+TARN_OFFSET(FilterLoadContext, info, 72);
+TARN_OFFSET(FilterLoadContext, slot, 80);
+TARN_OFFSET(FilterLoadContext, options, 2000);
+TARN_OFFSET(FilterLoadContext, status, 2028);
+TARN_OFFSET(FilterLoadContext, messageNumber, 2344);
+TARN_OFFSET(FilterLoadContext, textOnly, 2348);
+TARN_OFFSET(FilterLoadContext, opaque, 2352);
+TARN_OFFSET(FilterLoadContext, target, 2360);
+TARN_OFFSET(FilterLoadContext, loadByName, 2376);
+TARN_OFFSET(FilterLoadContext, loadFromMemory, 2384);
+TARN_OFFSET(FilterLoadContext, targetByName, 2620);
+TARN_OFFSET(FilterLoadContext, targetFromMemory, 2628);
+TARN_SIZE(FilterLoadContext, 2636);
+
+TARN_OFFSET(AttachmentOptions, messageNumber, 4);
+TARN_SIZE(AttachmentOptions, 8);
+
+TARN_OFFSET(AttachmentProperty, name, 0);
+TARN_OFFSET(AttachmentProperty, value, 256);
+TARN_SIZE(AttachmentProperty, 512);
+
+TARN_OFFSET(AttachmentInfoItem, number, 0);
+TARN_OFFSET(AttachmentInfoItem, name, 8);
+TARN_OFFSET(AttachmentInfoItem, reserved0, 16);
+TARN_OFFSET(AttachmentInfoItem, description, 24);
+TARN_OFFSET(AttachmentInfoItem, size, 32);
+TARN_OFFSET(AttachmentInfoItem, creationTime, 40);
+TARN_OFFSET(AttachmentInfoItem, modificationTime, 48);
+TARN_OFFSET(AttachmentInfoItem, propertyCount, 56);
+TARN_OFFSET(AttachmentInfoItem, properties, 64);
+TARN_OFFSET(AttachmentInfoItem, reserved1, 72);
+TARN_OFFSET(AttachmentInfoItem, reserved2, 80);
+TARN_SIZE(AttachmentInfoItem, 88);
+
+TARN_OFFSET(AttachmentInfoBlock, reserved0, 0);
+TARN_OFFSET(AttachmentInfoBlock, format, 4);
+TARN_OFFSET(AttachmentInfoBlock, reserved1, 8);
+TARN_OFFSET(AttachmentInfoBlock, itemSize, 12);
+TARN_OFFSET(AttachmentInfoBlock, itemCount, 16);
+TARN_OFFSET(AttachmentInfoBlock, items, 24);
+TARN_SIZE(AttachmentInfoBlock, 32);
+
+TARN_OFFSET(GetAttachmentInfoContext, path, 8);
+TARN_OFFSET(GetAttachmentInfoContext, block, 40);
+TARN_OFFSET(GetAttachmentInfoContext, options, 60);
+TARN_SIZE(GetAttachmentInfoContext, 68);
+
+TARN_OFFSET(ExtractAttachmentContext, path, 8);
+TARN_OFFSET(ExtractAttachmentContext, attachmentNumber, 40);
+TARN_OFFSET(ExtractAttachmentContext, outputPath, 48);
+TARN_OFFSET(ExtractAttachmentContext, data, 56);
+TARN_OFFSET(ExtractAttachmentContext, size, 64);
+TARN_OFFSET(ExtractAttachmentContext, options, 84);
+TARN_SIZE(ExtractAttachmentContext, 92);
+
+#undef TARN_OFFSET
+#undef TARN_SIZE
+
+/* Exports ------------------------------------------------------------------------------------------ */
+
+/* Learns about a file: reads the chosen message, has the sibling lay it out, fills context->info.
+ *
+ * Ownership: all pointers in the context stay the host's. With a slot, the document record is left
+ * in it on success, and the host ends it with fltFreeData; later calls on that slot reuse the
+ * document, whichever message number they name. Whatever data a sibling left in the slot's list is
+ * the sibling's to free, and the list itself is freed by the host with KernelFree. Without a slot
+ * nothing is left behind. */
+TARNPST_API int32_t fltInfo(FilterInfoContext* context);
+
+/* Has the sibling draw a page into context->bitmap, and returns the sibling's result.
+ *
+ * Ownership: as fltInfo, but a record that is made here dies here; a slot is only read. When the
+ * HTML temp file cannot be written, the record and the open file stay behind. */
+TARNPST_API int32_t fltLoad(FilterLoadContext* context);
+
+/* Ends the record that fltInfo left in a slot, with its temporary files.
+ *
+ * Ownership: takes `data`, which must be the slot's record, and frees it; the host then clears the
+ * slot. With a non-zero `value`, or data that is no such record, nothing is done. 1; -13 for null. */
+TARNPST_API int32_t fltFreeData(void* data, int32_t value);
+
+/* Lists the attachments of a message in context->block.
+ *
+ * Ownership: the block, its array, and each item's name, description and properties belong to the
+ * host, which frees each non-null one, then the array, then the block, with KernelFree. On failure
+ * there is no block. */
+TARNPST_API int32_t fltGetAttachmentInfo(GetAttachmentInfoContext* context);
+
+/* Delivers one attachment to context->outputPath or, where that is null, to memory.
+ *
+ * Ownership: memory output is a block that the host frees with KernelFree. A message without an
+ * attachment of that number gives 1 and leaves the output as it was. */
+TARNPST_API int32_t fltExtractAttachment(ExtractAttachmentContext* context);
+
+/* The loader's stub: hands its own address and the last three arguments to the kernel.
+ *
+ * Ownership: none changes hands. */
+TARNPST_API int64_t TARN_Load(uint64_t a, uint64_t b, uint64_t c, uint64_t d);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,64 @@
+/* PlainKernel.h - the controls of the plain kernel.
+ *
+ * The plain kernel is an implementation of Kernel.h on the ordinary heap and ordinary files. A
+ * plain host and tests set it up and look into it here; the filter never calls these. All settings
+ * are process wide.
+ */
+#ifndef TARNBASE_PLAINKERNEL_H
+#define TARNBASE_PLAINKERNEL_H
+
+#include "Kernel.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* What the kernel holds for its callers. Sizes in bytes. */
+typedef struct PlainKernelUsageRecord {
+  uint64_t liveBlocks;         /* blocks allocated and not freed */
+  uint64_t liveBytes;          /* their bytes */
+  uint64_t peakBytes;          /* the most that liveBytes ever was */
+  uint64_t liveTrackedObjects; /* tracked and not untracked */
+  uint64_t openHandles;        /* files, raw files and memory files */
+  uint64_t reportedBytes;      /* bytes reported and not given back */
+  uint64_t temporaryFiles;     /* different files created by the raw group and by temp names and
+                                  not deleted */
+  uint64_t allocationCalls;    /* calls of fault group 1 so far */
+} PlainKernelUsageRecord;
+
+/* Groups of calls that fail together; see PlainKernelFailAt. */
+enum PlainKernelFaultGroup {
+  PlainKernelFaultMemory = 1, /* KernelAlloc, KernelAllocZero, KernelRealloc */
+  PlainKernelFaultOpen = 2,   /* KernelFileOpen, KernelRawFileCreate, KernelTempFileName,
+                                 KernelMemFileOpen */
+  PlainKernelFaultRead = 3,   /* KernelFileRead, KernelFileReadLarge: one byte less than asked for */
+  PlainKernelFaultWrite = 4,  /* KernelFileWrite, KernelFileWriteLarge, KernelRawFileWrite: likewise */
+  PlainKernelFaultSeek = 5,   /* KernelFileSeek: all ones, and the position stays */
+  PlainKernelFaultText = 6,   /* KernelWideToUtf8, KernelUtf8ToWide */
+  PlainKernelFaultBudget = 7  /* KernelMemoryReport, action 2 */
+};
+
+/* A Windows LANGID; 0x0409 to begin with. */
+TARNBASE_API void PlainKernelSetLanguage(uint32_t langId);
+
+/* 0, to begin with, is the temp-file route; 3 keeps all in memory. */
+TARNBASE_API void PlainKernelSetIoMode(int32_t mode);
+
+/* Where KernelTempFileName puts files that name no directory. The path is copied; null means the
+ * system's temporary directory. */
+TARNBASE_API void PlainKernelSetTempDirectory(const char16_t* path);
+
+/* KernelMemoryReport action 2 beyond it is refused with -1. All ones, to begin with: no limit. */
+TARNBASE_API void PlainKernelSetMemoryBudget(uint64_t bytes);
+
+/* The ordinal-th call of the group from now on fails, counting calls that fail on their own; calls
+ * behind it succeed again. Ordinal 0 ends the injection. The groups count independently. */
+TARNBASE_API void PlainKernelFailAt(int32_t group, uint64_t ordinal);
+
+TARNBASE_API void PlainKernelUsage(PlainKernelUsageRecord* out);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,46 @@
+# How every target of this project is compiled, and the short forms the folders use.
+
+find_package(GTest REQUIRED)
+include(GoogleTest)
+
+add_library(tarn_options INTERFACE)
+target_compile_options(tarn_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
+  # Source locations name files below the project, not places on the build machine.
+  -ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
+if(TARN_SANITIZE)
+  target_compile_options(tarn_options INTERFACE
+    -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(tarn_options INTERFACE -fsanitize=address,undefined)
+endif()
+if(TARN_FUZZ)
+  # Coverage feedback for the fuzz targets; ordinary programs run as before.
+  target_compile_options(tarn_options INTERFACE -fsanitize=fuzzer-no-link)
+  target_link_options(tarn_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
+# The public headers (Include/) and the records that subsystems share (Include/Internal/).
+add_library(tarn_headers INTERFACE)
+target_include_directories(tarn_headers INTERFACE ${CMAKE_SOURCE_DIR}/Include)
+
+# tarn_subsystem(<name> SOURCES <file>... DEPENDS <target>...)
+# One folder below src/ as a static library that names exactly what it builds on.
+function(tarn_subsystem name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
+  add_library(${name} STATIC ${ARG_SOURCES})
+  target_include_directories(${name} PUBLIC ${CMAKE_SOURCE_DIR}/src)
+  target_link_libraries(${name} PUBLIC tarn_headers ${ARG_DEPENDS} PRIVATE tarn_options)
+endfunction()
+
+# tarn_test(<name> LABELS <label>... SOURCES <file>... DEPENDS <target>...)
+# One GoogleTest binary; every test in it fails when it leaves anything behind in the kernel.
+function(tarn_test name)
+  cmake_parse_arguments(ARG "" "" "LABELS;SOURCES;DEPENDS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE tarn_options tarn_test_support ${ARG_DEPENDS})
+  set_target_properties(${name} PROPERTIES
+    RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests
+    BUILD_RPATH "${CMAKE_BINARY_DIR}")
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
+    PROPERTIES LABELS "${ARG_LABELS}")
+endfunction()
