@@ -1,0 +1,51 @@
+// The search: two bytes of the needle, its anchors, are chosen for being rare in mail files, and
+// whole rows of places are asked at once whether both anchors stand there (SearchBlocks.h). A first
+// letter alone would be met every 32 bytes in base64 text, and the CR of a delimiter on every line;
+// a pair such as "-" and ":" of "Content-Type:" is hardly ever met by chance, so the search costs
+// little more than reading the stretch once. Only a candidate, where both stand, is compared.
+//
+// A stretch may be made so that every place is a candidate and every compare fails late. The bytes
+// spent on failed compares are therefore counted, and once they outweigh the bytes advanced, the
+// rest of the stretch goes to a search that is linear whatever the bytes are (TwoWaySearch.h).
+#include "Common/ByteSearch.h"
+
+#include <cstring>
+
+#include "Common/PairSearch.h"
+
+namespace tarn {
+
+const char* FindBytes(const char* start, const char* end, std::string_view needle) {
+  if (needle.size() == 1) return FindByte(start, end, needle.front());
+  return search::FindByPair<search::NativeBlock, search::ExactBytes>(start, end, needle);
+}
+
+const char* FindIgnoringCase(const char* start, const char* end, std::string_view needle) {
+  return search::FindByPair<search::NativeBlock, search::FoldedBytes>(start, end, needle);
+}
+
+const char* FindByte(const char* start, const char* end, char byte) {
+  if (start == end) return nullptr;
+  return static_cast<const char*>(
+      std::memchr(start, static_cast<unsigned char>(byte), static_cast<size_t>(end - start)));
+}
+
+bool StartsWith(const char* start, const char* end, std::string_view prefix) {
+  const std::string_view text(start, static_cast<size_t>(end - start));
+  return text.starts_with(prefix);
+}
+
+bool StartsWithIgnoringCase(const char* start, const char* end, std::string_view prefix) {
+  const std::string_view text(start, static_cast<size_t>(end - start));
+  return EqualsIgnoringCase(text.substr(0, prefix.size()), prefix);
+}
+
+bool EqualsIgnoringCase(std::string_view a, std::string_view b) {
+  if (a.size() != b.size()) return false;
+  for (size_t i = 0; i < a.size(); ++i) {
+    if (search::FoldedBytes::Of(a[i]) != search::FoldedBytes::Of(b[i])) return false;
+  }
+  return true;
+}
+
+}  // namespace tarn
