@@ -14,14 +14,28 @@
 #include "Common/PairSearch.h"
 
 namespace tarn {
+namespace {
+
+template <typename Fold>
+const char* Find(const char* start, const char* end, std::string_view needle) {
+#if defined(__SSE2__)
+  using namespace search;
+  if (WideBlock::IsAvailable()) return FindByPair<WideBlock, Fold>(start, end, needle);
+  return FindByPair<VectorBlock, Fold>(start, end, needle);
+#else
+  return search::FindByPair<search::WordBlock, Fold>(start, end, needle);
+#endif
+}
+
+}  // namespace
 
 const char* FindBytes(const char* start, const char* end, std::string_view needle) {
   if (needle.size() == 1) return FindByte(start, end, needle.front());
-  return search::FindByPair<search::NativeBlock, search::ExactBytes>(start, end, needle);
+  return Find<search::ExactBytes>(start, end, needle);
 }
 
 const char* FindIgnoringCase(const char* start, const char* end, std::string_view needle) {
-  return search::FindByPair<search::NativeBlock, search::FoldedBytes>(start, end, needle);
+  return Find<search::FoldedBytes>(start, end, needle);
 }
 
 const char* FindByte(const char* start, const char* end, char byte) {
