@@ -1,0 +1,52 @@
+// CodePages.h - text between the bytes of a code page and UTF-16, by the rules of Windows.
+//
+// Both directions answer as the system calls MultiByteToWideChar and WideCharToMultiByte do with
+// flags 0, on every platform. docs/code-pages.md lists the code pages and how each is converted.
+//
+//   Bytes to UTF-16   Every byte or pair gives one unit. In a double-byte page a lead byte followed
+//                     by any byte but 0 takes two bytes, mapped or not; at the end of the source or
+//                     in front of 0 it stands alone. What the page does not map gives its default
+//                     unit ("?", in 932 U+30FB).
+//   UTF-16 to bytes   Unit by unit: a surrogate pair is two units, each of which gives "?", as does
+//                     every other unit that the page neither holds nor approximates.
+//   65001 (UTF-8)     The exception: pairs are joined, each maximal malformed part of a byte text
+//                     gives U+FFFD, and a lone surrogate gives EF BF BD.
+//   42 (symbol)       Bytes from 0x20 stand at U+F020 to U+F0FF; any other unit from 0x20 on fails.
+//
+// Sizes count bytes on the one side and UTF-16 units on the other. No terminator is added or
+// expected; NULs are text. Source and destination must not overlap. Nothing throws, and every
+// function may be called from any thread. Tables are made at the first use of a code page and live
+// as long as the process.
+#ifndef TARN_PLATFORM_CODE_PAGES_H
+#define TARN_PLATFORM_CODE_PAGES_H
+
+#include <cstdint>
+#include <string_view>
+
+namespace tarn::platform {
+
+inline constexpr uint32_t kCodePageSymbol = 42;
+inline constexpr uint32_t kCodePageUtf8 = 65001;
+
+// Gives the units written, or with capacity 0 the units needed. 0 is failure: an unknown code page,
+// an empty source or one beyond INT32_MAX bytes, or a destination that is too small, which then
+// holds an unspecified part of the text and nothing behind its capacity.
+int32_t BytesToUtf16(uint32_t codePage, std::string_view source, char16_t* destination,
+                     int32_t capacity) noexcept;
+
+// Gives the bytes written, or with capacity 0 the bytes needed; 0 is failure, as above. usedDefault
+// may be null; it is set when the default character (in UTF-8: EF BF BD for a lone surrogate) stood
+// in for at least one unit, and cleared otherwise, failures included. Approximations other than "?"
+// do not set it.
+int32_t Utf16ToBytes(uint32_t codePage, std::u16string_view source, char* destination,
+                     int32_t capacity, bool* usedDefault) noexcept;
+
+// The code page of programs that know nothing of Unicode; 1252 where the platform has none.
+uint32_t AnsiCodePage() noexcept;
+
+// Whether the two conversions know the code page.
+bool IsCodePageSupported(uint32_t codePage) noexcept;
+
+}  // namespace tarn::platform
+
+#endif  // TARN_PLATFORM_CODE_PAGES_H

@@ -1,0 +1,56 @@
+#include "Platform/Directories.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <string_view>
+
+#include "Platform/CodePages.h"
+
+namespace tarn::platform {
+namespace {
+
+// A path in the form of the system calls: UTF-8, separated by "/", NUL-terminated. Empty when the
+// given path is null, empty or too long.
+class SystemPath {
+ public:
+  explicit SystemPath(const char16_t* path) noexcept {
+    if (path == nullptr) return;
+    const std::u16string_view text(path);
+    if (text.size() >= bytes_.size()) return;
+    const int32_t length = Utf16ToBytes(kCodePageUtf8, text, bytes_.data(),
+                                        static_cast<int32_t>(bytes_.size() - 1), nullptr);
+    for (int32_t at = 0; at < length; ++at) {
+      char& byte = bytes_[static_cast<size_t>(at)];
+      if (byte == '\\') byte = '/';
+    }
+    bytes_[static_cast<size_t>(length)] = '\0';
+  }
+
+  bool IsEmpty() const noexcept { return bytes_[0] == '\0'; }
+  const char* Get() const noexcept { return bytes_.data(); }
+
+ private:
+  std::array<char, PATH_MAX> bytes_{};
+};
+
+constexpr mode_t kOnlyTheUser = 0700;
+
+}  // namespace
+
+DirectoryStatus MakeDirectory(const char16_t* path) noexcept {
+  const SystemPath systemPath(path);
+  if (systemPath.IsEmpty()) return DirectoryStatus::Failed;
+  if (mkdir(systemPath.Get(), kOnlyTheUser) == 0) return DirectoryStatus::Created;
+  return errno == EEXIST ? DirectoryStatus::AlreadyExisted : DirectoryStatus::Failed;
+}
+
+bool RemoveEmptyDirectory(const char16_t* path) noexcept {
+  const SystemPath systemPath(path);
+  return !systemPath.IsEmpty() && rmdir(systemPath.Get()) == 0;
+}
+
+}  // namespace tarn::platform

@@ -1,0 +1,89 @@
+// UTF-16 to bytes: defaults, the flag for them, approximations, surrogates.
+#include <gtest/gtest.h>
+
+#include "CodePageText.h"
+
+namespace tarn::platform {
+namespace {
+
+TEST(Encoding, WritesBytesAndPairs) {
+  EXPECT_EQ(Encode(1252, u"\u20AC\u00E9x"), (Encoded{"\x80\xE9x", false}));
+  EXPECT_EQ(Encode(1251, u"\u041F\u0440\u0438"), (Encoded{"\xCF\xF0\xE8", false}));
+  EXPECT_EQ(Encode(932, u"a\u3042\uFF71"), (Encoded{"a\x82\xA0\xB1", false}));
+  EXPECT_EQ(Encode(936, u"\u4F60\u597D\u20AC"), (Encoded{"\xC4\xE3\xBA\xC3\x80", false}));
+  EXPECT_EQ(Encode(949, u"\uD55C\uAE00"), (Encoded{"\xC7\xD1\xB1\xDB", false}));
+  EXPECT_EQ(Encode(950, u"\u4E2D\u6587"), (Encoded{"\xA4\xA4\xA4\xE5", false}));
+  EXPECT_EQ(Encode(1361, u"\uD55C\uAE00\u3000\u8A70"),
+            (Encoded{"\xD0\x65\x8B\x69\xD9\x31\xF9\xFE", false}));
+  EXPECT_EQ(Encode(1361, u"\u1100\u1161\u11A8\u115F\uE0BB"),
+            (Encoded{"\x88\x41\x84\x61\x84\x42\xDA\xD4\xD8\xFE", false}));
+}
+
+TEST(Encoding, GivesOneDefaultForAUnitWithoutAByte) {
+  EXPECT_EQ(Encode(1252, u"a\u3042b"), (Encoded{"a?b", true}));
+  EXPECT_EQ(Encode(1253, u"\u0416"), (Encoded{"?", true}));
+  EXPECT_EQ(Encode(874, u"\u05D0"), (Encoded{"?", true}));
+  // The default character of 932 is "?" in this direction.
+  EXPECT_EQ(Encode(932, u"\u0E01"), (Encoded{"?", true}));
+  EXPECT_EQ(Encode(932, u"\u30FB"), (Encoded{"\x81\x45", false}));
+  EXPECT_EQ(Encode(949, u"\u0E01"), (Encoded{"?", true}));
+  EXPECT_EQ(Encode(1361, u"\u0E01"), (Encoded{"?", true}));
+}
+
+TEST(Encoding, TellsAQuestionMarkFromTheDefault) {
+  for (const uint32_t page : {1252u, 932u, 1361u, 20127u, 10000u}) {
+    EXPECT_EQ(Encode(page, u"?"), (Encoded{"?", false})) << page;
+    EXPECT_EQ(Encode(page, u"?\u0E2D"), (Encoded{"??", true})) << page;
+  }
+}
+
+TEST(Encoding, ClearsTheFlagOfAnEarlierCall) {
+  bool used = true;
+  char byte = '#';
+  EXPECT_EQ(Utf16ToBytes(1252, u"x", &byte, 1, &used), 1);
+  EXPECT_FALSE(used);
+  used = true;
+  EXPECT_EQ(Utf16ToBytes(4, u"x", &byte, 1, &used), 0);
+  EXPECT_FALSE(used);
+}
+
+TEST(Encoding, CountsDefaultsWithoutADestination) {
+  bool used = false;
+  EXPECT_EQ(Utf16ToBytes(1252, u"a\u3042", nullptr, 0, &used), 2);
+  EXPECT_TRUE(used);
+  EXPECT_EQ(Utf16ToBytes(932, u"a\u3042", nullptr, 0, &used), 3);
+  EXPECT_FALSE(used);
+}
+
+TEST(Encoding, GivesADefaultForEachSurrogate) {
+  EXPECT_EQ(Encode(1252, u"\U0001F600"), (Encoded{"??", true}));
+  EXPECT_EQ(Encode(936, u"x\U00020000y"), (Encoded{"x??y", true}));
+  EXPECT_EQ(Encode(932, Units(u"\xD840")), (Encoded{"?", true}));
+  EXPECT_EQ(Encode(950, Units(u"\xDC00")), (Encoded{"?", true}));
+  EXPECT_EQ(Encode(1361, u"\U0001F600"), (Encoded{"??", true}));
+}
+
+TEST(Encoding, ApproximatesWithoutTheFlag) {
+  EXPECT_EQ(Encode(1252, u"\uFF21\uFF5A"), (Encoded{"Az", false}));
+  EXPECT_EQ(Encode(1251, u"\uFF11"), (Encoded{"1", false}));
+  EXPECT_EQ(Encode(949, u"\u00E9"), (Encoded{"e", false}));
+  EXPECT_EQ(Encode(950, u"\u00A5"), (Encoded{"\xA2\x44", false}));
+}
+
+TEST(Encoding, DoesNotCompose) {
+  EXPECT_EQ(Encode(1258, u"a\u0301"), (Encoded{"a\xEC", false}));
+  EXPECT_EQ(Encode(28591, u"e\u0301").bytes.size(), 2u);
+}
+
+TEST(Encoding, GivesTheDefaultForNoncharacters) {
+  EXPECT_EQ(Encode(1252, Units(u"\xFFFE\xFFFF\xFEFF")), (Encoded{"???", true}));
+  EXPECT_EQ(Encode(936, Units(u"\xFFFF\xFEFF")), (Encoded{"??", true}));
+}
+
+TEST(Encoding, GivesTheDefaultForInvisibleCharacters) {
+  EXPECT_EQ(Encode(1252, u"a\u200Bb"), (Encoded{"a?b", true}));
+  EXPECT_EQ(Encode(932, u"\u200D"), (Encoded{"?", true}));
+}
+
+}  // namespace
+}  // namespace tarn::platform
