@@ -52,7 +52,8 @@ TARNBASE_API void* KernelAllocZero(uint64_t count, uint64_t size, int32_t line,
  * exhausted, and then the old block stays valid. */
 TARNBASE_API void* KernelRealloc(void* block, uint64_t bytes, int32_t line, const char16_t* file);
 
-/* Frees a block of the three above. A block that is not live aborts the process. */
+/* Frees a block of the three above. What is not a live block, null included, aborts the process,
+ * here and in KernelRealloc (but for null there). */
 TARNBASE_API void KernelFree(void* block, int32_t line, const char16_t* file);
 
 /* Kinds of tracked objects: those made with the new expression. */
@@ -60,7 +61,8 @@ TARNBASE_API void KernelFree(void* block, int32_t line, const char16_t* file);
 #define KERNEL_TRACK_ARRAY 5
 
 /* Announces an object right after its construction, and takes the announcement back right before
- * its destruction. Untracking what is not tracked with that kind aborts the process. */
+ * its destruction. Untracking what is not tracked with that kind aborts the process. An object
+ * tracked twice is to be untracked twice. */
 TARNBASE_API void KernelTrackObject(int32_t kind, const void* object, int32_t line,
                                     const char16_t* file);
 TARNBASE_API void KernelUntrackObject(int32_t kind, const void* object, int32_t line,
@@ -70,7 +72,7 @@ TARNBASE_API void KernelUntrackObject(int32_t kind, const void* object, int32_t 
 #define KERNEL_MEMORY_RETURN 3 /* the filter gives `bytes` back */
 #define KERNEL_MEMORY_FAILED 5 /* an allocation of `bytes` failed; the result is the code to report */
 
-/* The memory budget. `reserved` is 0. */
+/* The memory budget. `reserved` is 0. Giving back more than is held gives back what is held. */
 TARNBASE_API int32_t KernelMemoryReport(int32_t action, uint64_t bytes, int32_t reserved);
 
 /* Files through the host's I/O --------------------------------------------------------------- */
@@ -79,7 +81,13 @@ TARNBASE_API int32_t KernelMemoryReport(int32_t action, uint64_t bytes, int32_t 
 #define KERNEL_OPEN_CREATE 769 /* write only, create, truncate */
 #define KERNEL_OPEN_MODE 256   /* the only mode the filter passes */
 
+/* Any other flags fail, and so does a directory. The path is taken as it stands; where "\" is an
+ * ordinary character of file names, it is read as "/" when nothing of that name exists or, for a
+ * file to create, when its directory does not. */
 TARNBASE_API uint64_t KernelFileOpen(const char16_t* path, int32_t flags, int32_t mode);
+
+/* A handle that is not open, or that the raw group gave, is ignored; the operations below move
+ * nothing on it. */
 TARNBASE_API void KernelFileClose(uint64_t handle);
 
 /* These return the bytes moved; fewer than asked for is a failure to every caller. */
@@ -92,21 +100,29 @@ TARNBASE_API uint64_t KernelFileWriteLarge(uint64_t handle, const void* buffer, 
 #define KERNEL_SEEK_CURRENT 1
 #define KERNEL_SEEK_END 2
 
-/* The new position; all ones when it fails, and then the position stays. */
+/* The new position, which may lie behind the end; all ones when it fails, and then the position
+ * stays. */
 TARNBASE_API uint64_t KernelFileSeek(uint64_t handle, int64_t offset, int32_t origin);
 
 /* Files outside the host's I/O: temporary files that a sibling opens by name ------------------- */
 
+/* "\" and "/" both separate the components of these paths. No operation follows a path with a ".."
+ * component: names of images come out of mail, which may be hostile. */
+
+/* Creates the file for its owner alone, or empties it; it is a regular file, and no link. */
 TARNBASE_API uint64_t KernelRawFileCreate(const char16_t* path, int32_t reserved);
 TARNBASE_API uint64_t KernelRawFileWrite(uint64_t handle, const void* buffer, uint64_t count,
                                          int32_t reserved);
 TARNBASE_API void KernelRawFileClose(uint64_t handle, int32_t reserved);
+
+/* Nothing happens when there is no such file. */
 TARNBASE_API void KernelDeleteFile(const char16_t* path);
 TARNBASE_API void KernelDeleteFileUtf8(const char* path);
 
 /* Makes a unique name and the empty file of that name, and writes it to `out` (`capacity` units,
- * terminator included). A null directory means the system's temporary directory, a null extension
- * none. Status. */
+ * terminator included). A null or empty directory means the system's temporary directory, a null or
+ * empty prefix or extension none; neither may hold a separator. `one` is 1. Status; on failure, as
+ * when the name does not fit, no file was made and `out` is untouched. */
 TARNBASE_API int32_t KernelTempFileName(const char16_t* directory, char16_t* out, int32_t capacity,
                                         int32_t one, const char16_t* prefix,
                                         const char16_t* extension);
@@ -116,13 +132,17 @@ TARNBASE_API int32_t KernelTempFileName(const char16_t* directory, char16_t* out
 #define KERNEL_MEMFILE_EMPTY 25
 #define KERNEL_MEMFILE_FILLED 29
 
-/* A growing memory block as a file: the handle works with the KernelFile operations. `block` may
- * be null; it comes from the memory operations above and may move until the file is closed. */
+/* A growing memory block as a file: the handle works with the KernelFile operations, from position
+ * 0. `block` comes from the memory operations above and holds at least `capacity` bytes, `length` of
+ * them filled; or it is null and both are 0. Until the file is ended the block belongs to it and may
+ * move. Status. */
 TARNBASE_API int32_t KernelMemFileOpen(uint64_t* handle, void** state, int32_t mode, void* block,
                                        uint64_t length, uint64_t capacity);
 
-/* Ends the memory file after its handle was closed, and hands the block back. With three nulls the
- * state alone is discarded, and the block stays with whoever gave it. Status. */
+/* Ends the memory file after its handle was closed (a handle that is still open is closed), and
+ * hands the block back. With three nulls the state is discarded: a block that still lies where it
+ * was given stays with whoever gave it, and one that the file allocated or moved, whose address
+ * nobody else knows, is freed. Status. */
 TARNBASE_API int32_t KernelMemFileClose(void* state, void** block, uint64_t* length,
                                         uint64_t* capacity);
 
@@ -135,14 +155,16 @@ TARNBASE_API int32_t KernelMapLastError(int32_t fallback);
 
 /* Convert exactly the units or bytes given, a NUL among them included, and return what they wrote.
  * Where room is left a terminator follows that the result does not count. 0 when the destination is
- * too small, when the source is empty and, from UTF-8, when it is malformed. */
+ * too small, when the source is empty and, from UTF-8, when it is malformed; what the destination
+ * then holds is undefined. A lone surrogate becomes EF BF BD. */
 TARNBASE_API int64_t KernelWideToUtf8(const char16_t* source, int64_t units, char* destination,
                                       int64_t bytes);
 TARNBASE_API int64_t KernelUtf8ToWide(const char* source, int64_t bytes, char16_t* destination,
                                       int64_t units);
 
 /* The position behind the one user-visible character that begins at `position`: a code point and
- * the combining marks behind it. */
+ * the combining marks (general categories Mn, Mc, Me) behind it. Looks at `unitsLeft` units at most;
+ * with none left the position itself. A lone surrogate is a character. */
 TARNBASE_API const char16_t* KernelNextChar(const char16_t* position, int64_t unitsLeft);
 
 /* The host's language as a Windows LANGID (0x0409, 0x0407, ...). */
@@ -155,7 +177,8 @@ TARNBASE_API uint32_t KernelGetLanguage(void);
 
 TARNBASE_API int32_t KernelIoModeGet(void);
 
-/* Prepares the `size` (120) bytes of a scope for `mode`. Status. */
+/* Prepares the `size` (120) bytes of a scope for `mode`. Status; -13 for another size, or without a
+ * scope. */
 TARNBASE_API int32_t KernelIoModeFill(void* scope, int32_t size, int32_t mode, int32_t reserved);
 
 /* Exchanges the current mode with the scope's: called once to enter, once more to leave. */
@@ -163,6 +186,8 @@ TARNBASE_API void KernelIoModeSwap(void* scope, int32_t reserved0, int32_t reser
 
 /* Fonts and device contexts ---------------------------------------------------------------------- */
 
+/* All four are tracked: deleting what is not live aborts the process. The plain kernel draws
+ * nothing; outside Windows its font is a copy of the LOGFONTW record (92 bytes). */
 TARNBASE_API void* KernelCreateDC(int32_t reserved, int32_t line, const char16_t* file);
 TARNBASE_API void KernelDeleteDC(void* context, int32_t line, const char16_t* file);
 /* `logFont` points to a LOGFONTW record. Null on failure. */

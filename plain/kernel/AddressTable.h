@@ -47,6 +47,14 @@ class AddressTable {
     return Find(address, [](const Record&) { return true; });
   }
 
+  // Calls `visit` with every address and record, in no order.
+  template <typename Visit>
+  void ForEach(Visit visit) const {
+    for (size_t slot = 0; slot < slotCount_; ++slot) {
+      if (slots_[slot].address != nullptr) visit(slots_[slot].address, slots_[slot].record);
+    }
+  }
+
   // Takes that record out; false when there is none.
   template <typename Predicate>
   bool Take(const void* address, Record& taken, Predicate matches) {

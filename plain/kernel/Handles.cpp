@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Tarnbase/Kernel.h"
+#include "Undying.h"
 
 namespace tarn::kernel {
 namespace {
@@ -30,21 +31,15 @@ struct Slots {
   }
 };
 
-// Never destroyed: handles may be closed while the process ends.
-Slots& TheSlots() {
-  static Slots* const slots = new Slots;
-  return *slots;
-}
-
 }  // namespace
 
 uint64_t GiveHandle(HandleGroup group, std::shared_ptr<OpenFile> file) {
   if (file == nullptr) return KERNEL_BAD_HANDLE;
-  Slots& all = TheSlots();
+  Slots& all = Undying<Slots>();
   const std::lock_guard lock(all.mutex);
   if (all.freeSlots.empty()) {
-    all.freeSlots.reserve(all.slots.size() + 1);
     all.slots.emplace_back();
+    all.freeSlots.reserve(all.slots.capacity());
     all.freeSlots.push_back(static_cast<uint32_t>(all.slots.size() - 1));
   }
   const uint32_t number = all.freeSlots.back();
@@ -57,14 +52,14 @@ uint64_t GiveHandle(HandleGroup group, std::shared_ptr<OpenFile> file) {
 }
 
 std::shared_ptr<OpenFile> FileOfHandle(HandleGroup group, uint64_t handle) noexcept {
-  Slots& all = TheSlots();
+  Slots& all = Undying<Slots>();
   const std::lock_guard lock(all.mutex);
   const Slot* const slot = all.Find(group, handle);
   return slot == nullptr ? nullptr : slot->file;
 }
 
 bool DropHandle(HandleGroup group, uint64_t handle) noexcept {
-  Slots& all = TheSlots();
+  Slots& all = Undying<Slots>();
   std::shared_ptr<OpenFile> file;  // closed behind the lock
   const std::lock_guard lock(all.mutex);
   Slot* const slot = all.Find(group, handle);
@@ -79,7 +74,7 @@ bool DropHandle(HandleGroup group, uint64_t handle) noexcept {
 }
 
 uint64_t LiveHandles() noexcept {
-  Slots& all = TheSlots();
+  Slots& all = Undying<Slots>();
   const std::lock_guard lock(all.mutex);
   return all.live;
 }

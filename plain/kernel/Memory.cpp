@@ -89,6 +89,13 @@ void ReportBlocks(PlainKernelUsageRecord& usage) {
   usage.allocationCalls = allocationCalls.load(std::memory_order_relaxed);
 }
 
+void ListBlocks() {
+  const std::lock_guard lock(blocks.mutex);
+  blocks.table.ForEach([](const void* block, const BlockRecord& record) {
+    ReportLeak("block", block, record.line, record.file);
+  });
+}
+
 }  // namespace tarn::kernel
 
 using namespace tarn::kernel;

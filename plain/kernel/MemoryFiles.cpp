@@ -12,6 +12,7 @@
 #include "Memory.h"
 #include "Status.h"
 #include "Tarnbase/Kernel.h"
+#include "Undying.h"
 
 namespace tarn::kernel {
 namespace {
@@ -107,12 +108,6 @@ struct States {
   uintptr_t last = 0;
 };
 
-// Never destroyed: memory files may be ended while the process ends.
-States& TheStates() {
-  static States* const states = new States;
-  return *states;
-}
-
 bool IsSound(int32_t mode, const void* block, uint64_t length, uint64_t capacity) {
   if (mode != KERNEL_MEMFILE_EMPTY && mode != KERNEL_MEMFILE_FILLED) return false;
   if (mode == KERNEL_MEMFILE_EMPTY && length != 0) return false;
@@ -122,7 +117,7 @@ bool IsSound(int32_t mode, const void* block, uint64_t length, uint64_t capacity
 
 int32_t OpenMemoryFile(uint64_t& handle, void*& state, const Contents& given) {
   const auto file = std::make_shared<MemoryFile>(given);
-  States& states = TheStates();
+  States& states = Undying<States>();
   const std::lock_guard lock(states.mutex);
   const uintptr_t key = states.last + 16;
   State& entry = states.live[key];
@@ -140,7 +135,7 @@ int32_t OpenMemoryFile(uint64_t& handle, void*& state, const Contents& given) {
 }
 
 bool TakeState(void* state, State& taken) {
-  States& states = TheStates();
+  States& states = Undying<States>();
   const std::lock_guard lock(states.mutex);
   const auto found = states.live.find(reinterpret_cast<uintptr_t>(state));
   if (found == states.live.end()) return false;
@@ -152,7 +147,7 @@ bool TakeState(void* state, State& taken) {
 }  // namespace
 
 uint64_t UnendedMemoryFiles() noexcept {
-  States& states = TheStates();
+  States& states = Undying<States>();
   const std::lock_guard lock(states.mutex);
   uint64_t count = 0;
   for (const auto& entry : states.live) {

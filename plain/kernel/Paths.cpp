@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string_view>
 
-#include "Text.h"
+#include "Utf8.h"
 
 namespace tarn::kernel {
 namespace {

@@ -11,7 +11,7 @@
 #include "SystemFiles.h"
 #include "Tarnbase/Kernel.h"
 #include "TemporaryFiles.h"
-#include "Text.h"
+#include "Utf8.h"
 
 namespace tarn::kernel {
 namespace {
@@ -29,21 +29,24 @@ bool MakeUnique(std::array<char, kUniqueLength>& unique) {
   return true;
 }
 
-// What stands before and behind the unique part. False when a piece is no text or names another
-// directory.
+// Appends a part of a file name; a null or empty one is nothing. False when it is no text or leads
+// to another directory.
+bool AppendPiece(std::string& target, const char* before, const char16_t* piece) {
+  if (piece == nullptr || *piece == u'\0') return true;
+  const std::string text = PathFromWide(piece);
+  if (text.empty() || std::any_of(text.begin(), text.end(), IsSeparator)) return false;
+  target += before + text;
+  return true;
+}
+
+// What stands before and behind the unique part.
 bool MakeFrame(const char16_t* directory, const char16_t* prefix, const char16_t* extension,
                std::string& front, std::string& back) {
   const bool named = directory != nullptr && *directory != u'\0';
   front = named ? PathFromWide(directory) : DefaultTempDirectory();
   if (front.empty() || ClimbsUp(front)) return false;
   if (!IsSeparator(front.back())) front += kPathSeparator;
-  for (const char16_t* piece : {prefix, extension}) {
-    if (piece == nullptr || *piece == u'\0') continue;
-    const std::string text = PathFromWide(piece);
-    if (text.empty() || std::any_of(text.begin(), text.end(), IsSeparator)) return false;
-    piece == prefix ? front += text : back = "." + text;
-  }
-  return true;
+  return AppendPiece(front, "", prefix) && AppendPiece(back, ".", extension);
 }
 
 int32_t MakeTempFile(const char16_t* directory, char16_t* out, int32_t capacity,

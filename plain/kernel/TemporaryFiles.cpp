@@ -7,6 +7,7 @@
 #include "Status.h"
 #include "SystemFiles.h"
 #include "Tarnbase/PlainKernel.h"
+#include "Undying.h"
 
 namespace tarn::kernel {
 namespace {
@@ -17,14 +18,8 @@ struct Notes {
   std::string directory;                  // empty: the system's
 };
 
-// Never destroyed: files may be deleted while the process ends.
-Notes& TheNotes() {
-  static Notes* const notes = new Notes;
-  return *notes;
-}
-
 std::string SetTempDirectory() {
-  Notes& notes = TheNotes();
+  Notes& notes = Undying<Notes>();
   const std::lock_guard lock(notes.mutex);
   return notes.directory;
 }
@@ -32,13 +27,13 @@ std::string SetTempDirectory() {
 }  // namespace
 
 bool NoteFile(const std::string& path) {
-  Notes& notes = TheNotes();
+  Notes& notes = Undying<Notes>();
   const std::lock_guard lock(notes.mutex);
   return notes.paths.insert(OneSpelling(path)).second;
 }
 
 void ForgetFile(const std::string& path) {
-  Notes& notes = TheNotes();
+  Notes& notes = Undying<Notes>();
   const std::lock_guard lock(notes.mutex);
   notes.paths.erase(OneSpelling(path));
 }
@@ -49,7 +44,7 @@ void DeleteNotedFile(const std::string& path) {
 }
 
 uint64_t NotedFiles() {
-  Notes& notes = TheNotes();
+  Notes& notes = Undying<Notes>();
   const std::lock_guard lock(notes.mutex);
   return notes.paths.size();
 }
@@ -66,7 +61,7 @@ void PlainKernelSetTempDirectory(const char16_t* path) {
   using namespace tarn::kernel;
   Fenced(false, [&] {
     std::string directory = PathFromWide(path);
-    Notes& notes = TheNotes();
+    Notes& notes = Undying<Notes>();
     const std::lock_guard lock(notes.mutex);
     notes.directory.swap(directory);
     return true;

@@ -34,6 +34,13 @@ uint64_t ObjectRegister::size() {
   return table_.size() + unrecorded_;
 }
 
+void ObjectRegister::List(const char* what) {
+  const std::lock_guard lock(mutex_);
+  table_.ForEach([what](const void* object, const Record& record) {
+    ReportLeak(what, object, record.line, record.file);
+  });
+}
+
 ObjectRegister& TrackedObjects() { return trackedObjects; }
 ObjectRegister& GraphicsObjects() { return graphicsObjects; }
 

@@ -22,6 +22,9 @@ class ObjectRegister {
 
   uint64_t size();
 
+  // Writes a line about each object to standard error.
+  void List(const char* what);
+
  private:
   struct Record {
     const char16_t* file;

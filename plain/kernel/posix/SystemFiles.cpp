@@ -12,6 +12,7 @@
 
 #include "Paths.h"
 #include "Tarnbase/Kernel.h"
+#include "Utf8.h"
 
 namespace tarn::kernel {
 namespace {
@@ -151,7 +152,8 @@ std::string ResolveDirectory(const std::string& path) {
 
 std::string SystemTempDirectory() {
   const char* const named = std::getenv("TMPDIR");
-  return named == nullptr || *named == '\0' ? "/tmp" : named;
+  // A name that is no UTF-8 could not be handed to anyone as wide text.
+  return named == nullptr || ToWide(named).empty() ? "/tmp" : named;
 }
 
 bool RandomBytes(void* buffer, uint64_t count) {

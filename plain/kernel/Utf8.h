@@ -1,6 +1,6 @@
-// Text.h - conversions between UTF-16 and UTF-8, on code units and without exceptions.
-#ifndef TARN_KERNEL_TEXT_H
-#define TARN_KERNEL_TEXT_H
+// Utf8.h - conversions between UTF-16 and UTF-8, on code units and without exceptions.
+#ifndef TARN_KERNEL_UTF8_H
+#define TARN_KERNEL_UTF8_H
 
 #include <cstdint>
 #include <string>

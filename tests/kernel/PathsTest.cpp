@@ -1,0 +1,46 @@
+#include "Paths.h"
+
+#include <gtest/gtest.h>
+
+namespace tarn::kernel {
+namespace {
+
+TEST(Paths, WideBecomesUtf8) {
+  EXPECT_EQ(PathFromWide(u"C:\\\u00E4/\U0001F600"), "C:\\\xC3\xA4/\xF0\x9F\x98\x80");
+  EXPECT_EQ(PathFromWide(nullptr), "");
+  EXPECT_EQ(PathFromWide(u""), "");
+  EXPECT_EQ(PathFromWide(u"a\xD800"), "");
+  EXPECT_EQ(PathFromWide(u"\xDC00z"), "");
+}
+
+TEST(Paths, Directories) {
+  EXPECT_EQ(DirectoryOf("a/b"), "a");
+  EXPECT_EQ(DirectoryOf("/a/b/c"), "/a/b");
+  EXPECT_EQ(DirectoryOf("/a"), "/");
+  EXPECT_EQ(DirectoryOf("a"), ".");
+  EXPECT_EQ(DirectoryOf("a\\b"), ".");
+}
+
+TEST(Paths, ClimbingIsAWholeComponent) {
+  EXPECT_TRUE(ClimbsUp(".."));
+  EXPECT_TRUE(ClimbsUp("../a"));
+  EXPECT_TRUE(ClimbsUp("a\\.."));
+  EXPECT_TRUE(ClimbsUp("a/..\\b"));
+  EXPECT_FALSE(ClimbsUp(""));
+  EXPECT_FALSE(ClimbsUp("a/...b"));
+  EXPECT_FALSE(ClimbsUp("a../b"));
+  EXPECT_FALSE(ClimbsUp("./a/."));
+}
+
+TEST(Paths, OneSpellingForOneFile) {
+  EXPECT_EQ(OneSpelling("/tmp/a"), "/tmp/a");
+  EXPECT_EQ(OneSpelling("\\tmp\\a"), "/tmp/a");
+  EXPECT_EQ(OneSpelling("//tmp\\/./a"), "/tmp/a");
+  EXPECT_EQ(OneSpelling("a\\b"), "a/b");
+  EXPECT_EQ(OneSpelling("./a"), "a");
+  EXPECT_EQ(OneSpelling("/"), "/");
+  EXPECT_EQ(OneSpelling(""), "");
+}
+
+}  // namespace
+}  // namespace tarn::kernel

@@ -1,0 +1,121 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstring>
+#include <random>
+#include <thread>
+#include <vector>
+
+#include "Scratch.h"
+#include "Tarnbase/PlainKernel.h"
+
+namespace tarn::test {
+namespace {
+
+constexpr const char16_t* kHere = u"ThreadsTest.cpp";
+constexpr unsigned kThreads = 4;
+
+class Threads : public Scratch {
+ protected:
+  template <typename Work>
+  static void Run(Work work) {
+    std::vector<std::thread> threads;
+    for (unsigned i = 0; i < kThreads; ++i) threads.emplace_back(work, i);
+    for (std::thread& thread : threads) thread.join();
+  }
+};
+
+// Blocks move all the time, so that one thread is given what another has just let go of.
+TEST_F(Threads, ShareTheHeap) {
+  std::atomic<int> wrong{0};
+  Run([&wrong](unsigned number) {
+    std::mt19937_64 random(number);
+    std::vector<unsigned char*> blocks(64);
+    for (unsigned char*& block : blocks) {
+      block = static_cast<unsigned char*>(KernelAlloc(1, 1, 1, kHere));
+      *block = static_cast<unsigned char>(number);
+    }
+    for (int step = 0; step < 20000; ++step) {
+      unsigned char*& block = blocks[random() % blocks.size()];
+      if (*block != number) ++wrong;
+      if (step % 3 == 0) {
+        KernelFree(block, 2, kHere);
+        block = static_cast<unsigned char*>(KernelAllocZero(random() % 3000 + 1, 1, 1, kHere));
+        *block = static_cast<unsigned char>(number);
+      } else {
+        block = static_cast<unsigned char*>(KernelRealloc(block, random() % 3000 + 1, 3, kHere));
+      }
+    }
+    for (unsigned char* const block : blocks) KernelFree(block, 4, kHere);
+  });
+  EXPECT_EQ(wrong, 0);
+  EXPECT_EQ(Usage().liveBlocks, 0U);
+  EXPECT_EQ(Usage().liveBytes, 0U);
+}
+
+TEST_F(Threads, OpenReadAndCloseFiles) {
+  Put("file", "abcdef");
+  const std::u16string path = WidePathOf("file");
+  std::atomic<int> wrong{0};
+  Run([&](unsigned) {
+    for (int i = 0; i < 500; ++i) {
+      const uint64_t handle = KernelFileOpen(path.c_str(), KERNEL_OPEN_READ, KERNEL_OPEN_MODE);
+      char bytes[6];
+      if (KernelFileRead(handle, bytes, 6) != 6 || std::memcmp(bytes, "abcdef", 6) != 0) ++wrong;
+      KernelFileClose(handle);
+      if (KernelFileRead(handle, bytes, 1) != 0) ++wrong;
+    }
+  });
+  EXPECT_EQ(wrong, 0);
+  EXPECT_EQ(Usage().openHandles, 0U);
+}
+
+TEST_F(Threads, MakeTemporaryFilesAndMemoryFiles) {
+  const std::u16string root = Widen(Root());
+  std::atomic<int> wrong{0};
+  Run([&](unsigned) {
+    for (int i = 0; i < 200; ++i) {
+      char16_t name[264];
+      if (KernelTempFileName(root.c_str(), name, 264, 1, u"pst", nullptr) != 1) ++wrong;
+      KernelDeleteFile(name);
+      uint64_t handle = 0;
+      void* state = nullptr;
+      if (KernelMemFileOpen(&handle, &state, KERNEL_MEMFILE_EMPTY, nullptr, 0, 0) != 1) ++wrong;
+      if (KernelFileWrite(handle, "abc", 3) != 3) ++wrong;
+      KernelFileClose(handle);
+      if (KernelMemFileClose(state, nullptr, nullptr, nullptr) != 1) ++wrong;
+    }
+  });
+  EXPECT_EQ(wrong, 0);
+  EXPECT_EQ(Entries(), 0U);
+  EXPECT_EQ(Usage().temporaryFiles, 0U);
+}
+
+TEST_F(Threads, ExactlyOneCallFails) {
+  std::atomic<int> failed{0};
+  PlainKernelFailAt(PlainKernelFaultText, 1000);
+  Run([&failed](unsigned) {
+    char out[2];
+    for (int i = 0; i < 1000; ++i) {
+      if (KernelWideToUtf8(u"a", 1, out, 2) == 0) ++failed;
+    }
+  });
+  EXPECT_EQ(failed, 1);
+}
+
+TEST_F(Threads, TrackAndReport) {
+  Run([](unsigned) {
+    int object = 0;
+    for (int i = 0; i < 2000; ++i) {
+      KernelTrackObject(KERNEL_TRACK_OBJECT, &object, 1, kHere);
+      KernelMemoryReport(KERNEL_MEMORY_WANT, 3, 0);
+      KernelMemoryReport(KERNEL_MEMORY_RETURN, 3, 0);
+      KernelUntrackObject(KERNEL_TRACK_OBJECT, &object, 2, kHere);
+    }
+  });
+  EXPECT_EQ(Usage().liveTrackedObjects, 0U);
+  EXPECT_EQ(Usage().reportedBytes, 0U);
+}
+
+}  // namespace
+}  // namespace tarn::test
