@@ -109,8 +109,8 @@ struct SizedBytes {
 
 // Appends `length` bytes of `source` (kNulTerminated: up to its NUL) behind the target's text, and
 // sees that the result ends with a NUL that the length counts; only one is ever added, so a source
-// that ends with a NUL gets no second. 1, or -1 without memory and then the target is unchanged
-// but for the trailing NUL of its old text, which its length may no longer count.
+// that ends with a NUL gets no second. A null source is an empty one. 1, or -1 without memory, and
+// then nothing has changed.
 int32_t AppendTerminated(SizedBytes& target, const char* source, uint64_t length = kNulTerminated);
 
 // The accounting part of a TrackedBuffer: the host hears of a buffer once it passes the threshold.
@@ -150,8 +150,9 @@ struct TrackedBuffer {
   ~TrackedBuffer() { release(); }
 
   // Room for `count` elements in all. Returns the block, or null with `lastError` set: without
-  // memory the contents stay; a refusal by the host's budget clears the buffer. Never shrinks.
-  // The request is not rounded and the old capacity plays no part in the new one.
+  // memory the contents stay; a refusal by the host's budget frees the block, and the next call
+  // starts again from nothing (`length` is left to the users even then). Never shrinks. The request
+  // is not rounded and the old capacity plays no part in the new one.
   T* reserve(uint64_t count);
 
   // Frees the block; also done by the destructor.
@@ -166,12 +167,16 @@ struct TrackedBuffer {
   }
 
   // Behind the elements in use, writes `count` more and counts them. 1; -814 for a null source
-  // with a count; else `lastError`.
+  // with a count; else `lastError`. Without a block no element is in use.
   int32_t append(const T* source, uint64_t count) {
     if (count == 0) return StatusOk;
     if (source == nullptr) return StatusNullArgument;
+    if (data == nullptr) length = 0;
     if (count > UINT64_MAX - length) return lastError = StatusOutOfMemory;
-    if (reserve(length + count) == nullptr) return lastError;
+    if (reserve(length + count) == nullptr) {
+      if (data == nullptr) length = 0;
+      return lastError;
+    }
     std::memcpy(data + length, source, count * sizeof(T));
     length += count;
     return StatusOk;
@@ -222,7 +227,8 @@ void TrackedBuffer<T>::release() {
 }
 
 // Prints behind the text in `buffer`, with a NUL that its length does not count. `flag` is the
-// success of all calls so far: once 0, every call does nothing and gives 0. 1 or 0.
+// success of all calls so far: once 0, every call does nothing and gives 0. A null format gives 0
+// and leaves the flag. 1 or 0.
 [[gnu::format(printf, 3, 4)]] int32_t AppendFormat(TrackedBuffer<char>& buffer, int32_t& flag,
                                                    const char* format, ...);
 

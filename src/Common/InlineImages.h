@@ -1,0 +1,62 @@
+// InlineImages.h - puts attached images in the place of the references an HTML body makes to them:
+// as a data: URL when all stays in memory, or as a file beside the HTML temp file.
+#ifndef TARN_COMMON_INLINEIMAGES_H
+#define TARN_COMMON_INLINEIMAGES_H
+
+#include "Internal/PstFilterData.h"
+
+namespace tarn {
+
+// The state of one pass over a body; a local of the reader, which owns everything it points to.
+struct InlineImageContext {
+  PstFilterData* filterData = nullptr;  // its useTempFile selects the route
+  SizedBytes* body = nullptr;           // the HTML to rewrite
+  uint64_t searchOffset = 0;            // where the replacing starts
+  const char* contentId = nullptr;      // long name, UTF-8, for the file's name; or null
+  const char* name = nullptr;           // short name, UTF-8, for the file's name
+  TrackedBuffer<char> cidText;          // "cid:%s" of the attachment in hand
+  int32_t cidTextFlag = 1;
+  const char* needle = nullptr;  // what is replaced, UTF-8: cidText's or name
+};
+
+// Replaces every quoted value of the body that holds the needle (see ImageReferences.h) by the
+// image: its file's name, or a data: URL. `replacements`, if not null, receives their number. An
+// image file is written, and its path left in the record's inlineFiles, even when the body does not
+// refer to it.
+//
+//   1      done; a body without references keeps its block
+//   0      the data: URL of a small image does not fit the room of 1.4 times its size: sizes 1 to
+//          14 and some up to 52
+//   -13    data: URL of an image without bytes
+//   -1     no memory. Replacements are made all at once: the body is then as it was
+//   other  failures of MakeInlineImagePath; -1488 for a path that is no UTF-8; -1490 and -5 as the
+//          kernel maps them, for an image file that could not be made or written
+//
+// A file that could not be written or recorded for lack of memory is deleted; one whose path only
+// found no place in the grown list stays behind unrecorded.
+int32_t RewriteInlineImage(InlineImageContext& context, const char* block, uint64_t size,
+                           uint32_t* replacements = nullptr);
+
+// The path of an image's file in the record's image directory, UTF-8 and terminated:
+//
+//   text                path
+//   null or empty       <directory>name
+//   name@tail           <directory>tail_name     (and before name in the text: in front of tail)
+//   name                <directory>_name
+//   without the name    <directory>text_name
+//
+// An empty `directory` is made first, under a new temporary name, and named with a separator at its
+// end; when that fails it stays empty. 1; a failure of KernelTempFileName; -1490 when the directory
+// could not be made; -1851 when its name is no text; -290 when the path is 263 bytes or longer.
+int32_t MakeInlineImagePath(char (&path)[kPathCapacity], char16_t (&directory)[kPathCapacity],
+                            const char* text, const char* name);
+
+// Replaces `removed` bytes at `offset` by `count` new ones, which must not lie in the text's own
+// block. A text that grows gets a block of its new length; one that shrinks keeps its block. 1; 0
+// without memory, or for a range that is not wholly inside the text, and then nothing has changed.
+int32_t SpliceBytes(SizedBytes& text, uint64_t offset, uint64_t removed, const char* bytes,
+                    uint64_t count);
+
+}  // namespace tarn
+
+#endif
