@@ -149,7 +149,7 @@ TEST_P(EveryWay, AgreesWithThePlainSearchOnPeriodicTexts) {
     fibonacci = before + fibonacci;
   }
   std::string aaa(200, 'a');
-  aaa += "b" + std::string(150, 'a') + "bb";
+  aaa += 'b' + std::string(150, 'a') + "bb";
   for (const std::string& needle : needles) {
     ASSERT_EQ(Exact(fibonacci, needle), Naive(fibonacci, needle)) << needle;
     ASSERT_EQ(Exact(aaa, needle), Naive(aaa, needle)) << needle;
@@ -289,7 +289,7 @@ TEST_P(Hostile, NeedleThatDiffersInItsMiddle) {
 }
 
 TEST_P(Hostile, NeedleThatDiffersAtItsFront) {
-  const std::string needle = "b" + Repeated("a", kNeedle);
+  const std::string needle = 'b' + Repeated("a", kNeedle);
   EXPECT_EQ(Exact(Repeated("a", kText), needle), kNotFound);
   EXPECT_EQ(Folded(Repeated("A", kText), needle), kNotFound);
 }
