@@ -1,47 +1,37 @@
 #include <gtest/gtest.h>
 
-#include <string>
-
 #include "Common/InlineImages.h"
-#include "Tarnbase/PlainKernel.h"
+#include "KernelUse.h"
 
 namespace tarn {
 namespace {
 
-SizedBytes Text(std::string_view bytes) {
-  SizedBytes text;
-  text.data = static_cast<char*>(KernelAlloc(bytes.size(), 1, TARN_HERE));
-  std::memcpy(text.data, bytes.data(), bytes.size());
-  text.length = bytes.size();
-  return text;
-}
+using test::Bytes;
 
 int32_t Splice(SizedBytes& text, uint64_t offset, uint64_t removed, std::string_view bytes) {
   return SpliceBytes(text, offset, removed, bytes.data(), bytes.size());
 }
 
 TEST(SpliceBytes, GrowingMovesTheTailBack) {
-  SizedBytes text = Text("one two three");
+  SizedBytes text = Bytes("one two three");
   EXPECT_EQ(Splice(text, 4, 3, "hundred"), 1);
   EXPECT_EQ(text.bytes(), "one hundred three");
 }
 
 TEST(SpliceBytes, ShrinkingMovesTheTailForwardAndKeepsTheBlock) {
-  SizedBytes text = Text("one hundred three");
+  SizedBytes text = Bytes("one hundred three");
   const char* const block = text.data;
-  PlainKernelUsageRecord before = {};
-  PlainKernelUsage(&before);
+  const PlainKernelUsageRecord before = test::Usage();
   EXPECT_EQ(Splice(text, 4, 7, "2"), 1);
   EXPECT_EQ(text.bytes(), "one 2 three");
   EXPECT_EQ(text.data, block);
-  PlainKernelUsageRecord after = {};
-  PlainKernelUsage(&after);
+  const PlainKernelUsageRecord after = test::Usage();
   EXPECT_EQ(after.allocationCalls, before.allocationCalls);
   EXPECT_EQ(after.liveBytes, before.liveBytes);
 }
 
 TEST(SpliceBytes, EqualLengthsWriteInPlace) {
-  SizedBytes text = Text("abcdef");
+  SizedBytes text = Bytes("abcdef");
   const char* const block = text.data;
   EXPECT_EQ(Splice(text, 2, 2, "XY"), 1);
   EXPECT_EQ(text.bytes(), "abXYef");
@@ -49,7 +39,7 @@ TEST(SpliceBytes, EqualLengthsWriteInPlace) {
 }
 
 TEST(SpliceBytes, AtTheStartAtTheEndAndOverAll) {
-  SizedBytes text = Text("abc");
+  SizedBytes text = Bytes("abc");
   EXPECT_EQ(Splice(text, 0, 0, "<"), 1);
   EXPECT_EQ(Splice(text, 4, 0, ">"), 1);
   EXPECT_EQ(text.bytes(), "<abc>");
@@ -64,19 +54,19 @@ TEST(SpliceBytes, AMissingBlockIsMade) {
   SizedBytes text;
   EXPECT_EQ(SpliceBytes(text, 0, 0, nullptr, 0), 1);
   EXPECT_EQ(text.data, nullptr);
-  EXPECT_EQ(Splice(text, 0, 0, std::string_view("a\0b", 3)), 1);
-  EXPECT_EQ(text.bytes(), std::string_view("a\0b", 3));
+  EXPECT_EQ(Splice(text, 0, 0, test::Raw("a\0b")), 1);
+  EXPECT_EQ(text.bytes(), test::Raw("a\0b"));
 }
 
 TEST(SpliceBytes, ATextThatGrowsAgainIsResizedToItsNewLength) {
-  SizedBytes text = Text("0123456789");
+  SizedBytes text = Bytes("0123456789");
   ASSERT_EQ(Splice(text, 2, 8, ""), 1);
   ASSERT_EQ(Splice(text, 2, 0, "abc"), 1);
   EXPECT_EQ(text.bytes(), "01abc");
 }
 
 TEST(SpliceBytes, RangesOutsideTheTextChangeNothing) {
-  SizedBytes text = Text("abc");
+  SizedBytes text = Bytes("abc");
   EXPECT_EQ(Splice(text, 4, 0, "x"), 0);
   EXPECT_EQ(Splice(text, 2, 2, "x"), 0);
   EXPECT_EQ(Splice(text, 1, UINT64_MAX, "x"), 0);
@@ -85,7 +75,7 @@ TEST(SpliceBytes, RangesOutsideTheTextChangeNothing) {
 }
 
 TEST(SpliceBytes, WithoutMemoryNothingChanges) {
-  SizedBytes text = Text("abc");
+  SizedBytes text = Bytes("abc");
   const char* const block = text.data;
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
   EXPECT_EQ(Splice(text, 1, 1, "xyz"), 0);

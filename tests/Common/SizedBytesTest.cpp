@@ -1,0 +1,138 @@
+#include <gtest/gtest.h>
+
+#include "KernelUse.h"
+
+namespace tarn {
+namespace {
+
+using test::Allocations;
+using test::Bytes;
+using test::Raw;
+
+TEST(SizedBytes, TextDropsOneTrailingNul) {
+  EXPECT_EQ(SizedBytes().text(), "");
+  EXPECT_EQ(Bytes("ab").text(), "ab");
+  EXPECT_EQ(Bytes(Raw("ab\0")).text(), "ab");
+  EXPECT_EQ(Bytes(Raw("ab\0\0")).text(), Raw("ab\0"));
+  EXPECT_EQ(Bytes(Raw("\0ab")).text(), Raw("\0ab"));
+}
+
+TEST(SizedBytes, EmptyIsAbsentOrWithoutLengthOrOneNul) {
+  EXPECT_TRUE(SizedBytes().isEmptyText());
+  EXPECT_TRUE(Bytes("").isEmptyText());
+  EXPECT_TRUE(Bytes(Raw("\0")).isEmptyText());
+  EXPECT_FALSE(Bytes(Raw("\0\0")).isEmptyText());
+  EXPECT_FALSE(Bytes("a").isEmptyText());
+}
+
+TEST(SizedBytes, ALengthWithoutABlockIsNoText) {
+  SizedBytes broken;
+  broken.length = 5;
+  EXPECT_EQ(broken.bytes(), "");
+  EXPECT_TRUE(broken.isEmptyText());
+}
+
+TEST(SizedBytes, MovesPassTheBlockOn) {
+  SizedBytes first = Bytes("ab");
+  const char* const block = first.data;
+  SizedBytes second = std::move(first);
+  EXPECT_EQ(second.data, block);
+  EXPECT_EQ(second.length, 2u);
+  SizedBytes third = Bytes("xyz");
+  third = std::move(second);
+  EXPECT_EQ(third.data, block);
+  EXPECT_EQ(third.bytes(), "ab");
+  third.release();
+  EXPECT_EQ(third.data, nullptr);
+  EXPECT_EQ(third.length, 0u);
+  third.release();
+}
+
+TEST(KernelBlock, OwnsGivesAndReplaces) {
+  const uint64_t before = test::Usage().liveBlocks;
+  {
+    KernelBlock<char16_t> block = AllocateBlock<char16_t>(3, TARN_HERE);
+    ASSERT_TRUE(block);
+    block[2] = u'x';
+    KernelBlock<char16_t> other = std::move(block);
+    EXPECT_FALSE(block);
+    EXPECT_EQ(other[2], u'x');
+    other = AllocateZeroBlock<char16_t>(2, TARN_HERE);
+    EXPECT_EQ(other[0], u'\0');
+    EXPECT_EQ(other[1], u'\0');
+    EXPECT_EQ(test::Usage().liveBlocks, before + 1);
+    char16_t* const given = other.take();
+    EXPECT_FALSE(other);
+    KernelFree(given, TARN_HERE);
+  }
+  EXPECT_EQ(test::Usage().liveBlocks, before);
+  PlainKernelFailAt(PlainKernelFaultMemory, 1);
+  EXPECT_FALSE(AllocateBlock<char>(1, TARN_HERE));
+  PlainKernelFailAt(PlainKernelFaultMemory, 1);
+  EXPECT_FALSE(AllocateZeroBlock<char>(1, TARN_HERE));
+  EXPECT_FALSE(AllocateBlock<uint64_t>(UINT64_MAX / 4, TARN_HERE));
+}
+
+TEST(AppendTerminated, MakesATextWithItsNulCounted) {
+  SizedBytes text;
+  EXPECT_EQ(AppendTerminated(text, "abc"), 1);
+  EXPECT_EQ(text.bytes(), Raw("abc\0"));
+}
+
+TEST(AppendTerminated, LeavesNoNulInTheMiddle) {
+  SizedBytes text = Bytes(Raw("abc\0"));
+  EXPECT_EQ(AppendTerminated(text, "def"), 1);
+  EXPECT_EQ(text.bytes(), Raw("abcdef\0"));
+  EXPECT_EQ(AppendTerminated(text, "g", 1), 1);
+  EXPECT_EQ(text.bytes(), Raw("abcdefg\0"));
+}
+
+TEST(AppendTerminated, ATextThatDoesNotCountItsNulGetsOne) {
+  SizedBytes text = Bytes("abc");
+  EXPECT_EQ(AppendTerminated(text, "d"), 1);
+  EXPECT_EQ(text.bytes(), Raw("abcd\0"));
+}
+
+TEST(AppendTerminated, DropsNoMoreThanOneNul) {
+  SizedBytes text = Bytes(Raw("a\0\0"));
+  EXPECT_EQ(AppendTerminated(text, "b"), 1);
+  EXPECT_EQ(text.bytes(), Raw("a\0b\0"));
+}
+
+TEST(AppendTerminated, ASourceThatEndsWithANulGetsNoSecond) {
+  SizedBytes text = Bytes(Raw("a\0"));
+  EXPECT_EQ(AppendTerminated(text, "b\0", 2), 1);
+  EXPECT_EQ(text.bytes(), Raw("ab\0"));
+  EXPECT_EQ(AppendTerminated(text, "x\0y", 3), 1);
+  EXPECT_EQ(text.bytes(), Raw("abx\0y\0"));
+}
+
+TEST(AppendTerminated, NothingAppendedStillTerminates) {
+  SizedBytes none;
+  EXPECT_EQ(AppendTerminated(none, ""), 1);
+  EXPECT_EQ(none.bytes(), Raw("\0"));
+  SizedBytes nul = Bytes(Raw("\0"));
+  EXPECT_EQ(AppendTerminated(nul, nullptr), 1);
+  EXPECT_EQ(nul.bytes(), Raw("\0"));
+  SizedBytes text = Bytes("abc");
+  EXPECT_EQ(AppendTerminated(text, nullptr, 7), 1);
+  EXPECT_EQ(text.bytes(), Raw("abc\0"));
+  // One NUL is dropped, and what is left ends with one.
+  SizedBytes twice = Bytes(Raw("abc\0\0"));
+  EXPECT_EQ(AppendTerminated(twice, ""), 1);
+  EXPECT_EQ(twice.bytes(), Raw("abc\0"));
+}
+
+TEST(AppendTerminated, WithoutMemoryNothingChanges) {
+  SizedBytes text = Bytes(Raw("abc\0"));
+  PlainKernelFailAt(PlainKernelFaultMemory, 1);
+  EXPECT_EQ(AppendTerminated(text, "def"), -1);
+  EXPECT_EQ(text.bytes(), Raw("abc\0"));
+  const uint64_t calls = Allocations();
+  EXPECT_EQ(AppendTerminated(text, "x", UINT64_MAX - 3), -1);
+  EXPECT_EQ(Allocations(), calls);
+  EXPECT_EQ(text.bytes(), Raw("abc\0"));
+}
+
+}  // namespace
+}  // namespace tarn
