@@ -70,7 +70,8 @@ TARNBASE_API void KernelUntrackObject(int32_t kind, const void* object, int32_t 
 
 #define KERNEL_MEMORY_WANT 2   /* may the filter hold `bytes` more? 1 grants it */
 #define KERNEL_MEMORY_RETURN 3 /* the filter gives `bytes` back */
-#define KERNEL_MEMORY_FAILED 5 /* an allocation of `bytes` failed; the result is the code to report */
+#define KERNEL_MEMORY_FAILED \
+  5 /* an allocation of `bytes` failed; the result is the code to report */
 
 /* The memory budget. `reserved` is 0. Giving back more than is held gives back what is held. */
 TARNBASE_API int32_t KernelMemoryReport(int32_t action, uint64_t bytes, int32_t reserved);
@@ -133,9 +134,9 @@ TARNBASE_API int32_t KernelTempFileName(const char16_t* directory, char16_t* out
 #define KERNEL_MEMFILE_FILLED 29
 
 /* A growing memory block as a file: the handle works with the KernelFile operations, from position
- * 0. `block` comes from the memory operations above and holds at least `capacity` bytes, `length` of
- * them filled; or it is null and both are 0. Until the file is ended the block belongs to it and may
- * move. Status. */
+ * 0. `block` comes from the memory operations above and holds at least `capacity` bytes, `length`
+ * of them filled; or it is null and both are 0. Until the file is ended the block belongs to it and
+ * may move. Status. */
 TARNBASE_API int32_t KernelMemFileOpen(uint64_t* handle, void** state, int32_t mode, void* block,
                                        uint64_t length, uint64_t capacity);
 
@@ -163,14 +164,15 @@ TARNBASE_API int64_t KernelUtf8ToWide(const char* source, int64_t bytes, char16_
                                       int64_t units);
 
 /* The position behind the one user-visible character that begins at `position`: a code point and
- * the combining marks (general categories Mn, Mc, Me) behind it. Looks at `unitsLeft` units at most;
- * with none left the position itself. A lone surrogate is a character. */
+ * the combining marks (general categories Mn, Mc, Me) behind it. Looks at `unitsLeft` units at
+ * most; with none left the position itself. A lone surrogate is a character. */
 TARNBASE_API const char16_t* KernelNextChar(const char16_t* position, int64_t unitsLeft);
 
 /* The host's language as a Windows LANGID (0x0409, 0x0407, ...). */
 TARNBASE_API uint32_t KernelGetLanguage(void);
 
-/* File I/O mode ---------------------------------------------------------------------------------- */
+/* File I/O mode ----------------------------------------------------------------------------------
+ */
 
 #define KERNEL_IO_IN_MEMORY 3 /* a document must not go through a temporary file */
 #define KERNEL_IO_SCOPE_BYTES 120
@@ -184,7 +186,8 @@ TARNBASE_API int32_t KernelIoModeFill(void* scope, int32_t size, int32_t mode, i
 /* Exchanges the current mode with the scope's: called once to enter, once more to leave. */
 TARNBASE_API void KernelIoModeSwap(void* scope, int32_t reserved0, int32_t reserved1);
 
-/* Fonts and device contexts ---------------------------------------------------------------------- */
+/* Fonts and device contexts ----------------------------------------------------------------------
+ */
 
 /* All four are tracked: deleting what is not live aborts the process. The plain kernel draws
  * nothing; outside Windows its font is a copy of the LOGFONTW record (92 bytes). */
@@ -194,7 +197,8 @@ TARNBASE_API void KernelDeleteDC(void* context, int32_t line, const char16_t* fi
 TARNBASE_API void* KernelCreateFont(const void* logFont, int32_t line, const char16_t* file);
 TARNBASE_API void KernelDeleteFont(void* font, int32_t line, const char16_t* file);
 
-/* Loader ------------------------------------------------------------------------------------------- */
+/* Loader
+ * ------------------------------------------------------------------------------------------- */
 
 /* The kernel's half of a filter's load stub: the address of the caller's own TARN_Load, then the
  * three remaining arguments of that call. */

@@ -3,6 +3,9 @@
  * The plain kernel is an implementation of Kernel.h on the ordinary heap and ordinary files. A
  * plain host and tests set it up and look into it here; the filter never calls these. All settings
  * are process wide.
+ *
+ * With TARNBASE_REPORT_LEAKS in the environment, the end of the process lists on standard error the
+ * source location of every block and object that is still alive.
  */
 #ifndef TARNBASE_PLAINKERNEL_H
 #define TARNBASE_PLAINKERNEL_H
@@ -18,8 +21,8 @@ typedef struct PlainKernelUsageRecord {
   uint64_t liveBlocks;         /* blocks allocated and not freed */
   uint64_t liveBytes;          /* their bytes */
   uint64_t peakBytes;          /* the most that liveBytes ever was */
-  uint64_t liveTrackedObjects; /* tracked and not untracked */
-  uint64_t openHandles;        /* files, raw files and memory files */
+  uint64_t liveTrackedObjects; /* tracked and not untracked; device contexts and fonts too */
+  uint64_t openHandles;        /* files, raw files, and memory files until they are ended */
   uint64_t reportedBytes;      /* bytes reported and not given back */
   uint64_t temporaryFiles;     /* different files created by the raw group and by temp names and
                                   not deleted */
@@ -31,11 +34,12 @@ enum PlainKernelFaultGroup {
   PlainKernelFaultMemory = 1, /* KernelAlloc, KernelAllocZero, KernelRealloc */
   PlainKernelFaultOpen = 2,   /* KernelFileOpen, KernelRawFileCreate, KernelTempFileName,
                                  KernelMemFileOpen */
-  PlainKernelFaultRead = 3,   /* KernelFileRead, KernelFileReadLarge: one byte less than asked for */
-  PlainKernelFaultWrite = 4,  /* KernelFileWrite, KernelFileWriteLarge, KernelRawFileWrite: likewise */
-  PlainKernelFaultSeek = 5,   /* KernelFileSeek: all ones, and the position stays */
-  PlainKernelFaultText = 6,   /* KernelWideToUtf8, KernelUtf8ToWide */
-  PlainKernelFaultBudget = 7  /* KernelMemoryReport, action 2 */
+  PlainKernelFaultRead = 3, /* KernelFileRead, KernelFileReadLarge: one byte less than asked for */
+  PlainKernelFaultWrite =
+      4, /* KernelFileWrite, KernelFileWriteLarge, KernelRawFileWrite: likewise */
+  PlainKernelFaultSeek = 5,  /* KernelFileSeek: all ones, and the position stays */
+  PlainKernelFaultText = 6,  /* KernelWideToUtf8, KernelUtf8ToWide */
+  PlainKernelFaultBudget = 7 /* KernelMemoryReport, action 2 */
 };
 
 /* A Windows LANGID; 0x0409 to begin with. */

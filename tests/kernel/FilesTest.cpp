@@ -227,6 +227,13 @@ TEST_F(Files, AFileToCreateReadsBackslashesAsSeparatorsOtherwise) {
   EXPECT_FALSE(Exists("dir/sub/second"));  // "other" exists in neither spelling
 }
 
+TEST_F(Files, AFileToCreateWhoseNameIsTooLongStaysOneNameWhereItsDirectoryExists) {
+  const std::string directory(200, 'd');
+  std::filesystem::create_directory(PathOf(directory));
+  EXPECT_EQ(Create(directory + "\\" + std::string(200, 'n')), KERNEL_BAD_HANDLE);
+  EXPECT_TRUE(std::filesystem::is_empty(PathOf(directory)));
+}
+
 TEST_F(Files, BackslashesAreSeparatorsWhenThePathIsTooLongAsOneName) {
   std::string directory;
   for (int i = 0; i < 4; ++i) {

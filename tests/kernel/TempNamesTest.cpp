@@ -1,14 +1,38 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#include <sys/random.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <atomic>
+#include <cstring>
 #include <optional>
 #include <set>
 
 #include "Scratch.h"
 #include "Tarnbase/PlainKernel.h"
+
+namespace {
+
+// How many of the next draws of random bytes give zeros.
+std::atomic<int> zeroDraws{0};
+
+}  // namespace
+
+// Stands in front of the C library's, for the kernel too: collisions of names cannot be had
+// otherwise.
+extern "C" __attribute__((visibility("default"))) ssize_t getrandom(void* buffer, size_t length,
+                                                                    unsigned flags) {
+  if (zeroDraws.load() > 0) {
+    --zeroDraws;
+    std::memset(buffer, 0, length);
+    return static_cast<ssize_t>(length);
+  }
+  return static_cast<ssize_t>(::syscall(SYS_getrandom, buffer, length, flags));
+}
 
 namespace tarn::test {
 namespace {
@@ -116,6 +140,35 @@ TEST_F(TempNames, AreAllDifferent) {
   EXPECT_EQ(Entries(), 300U);
   EXPECT_EQ(Usage().temporaryFiles, 300U);
   for (const std::u16string& name : names) KernelDeleteFile(name.c_str());
+}
+
+TEST_F(TempNames, ACollisionDrawsAnotherName) {
+  Put("pstaaaaaaaaaaaaaaaa.html", "precious");
+  zeroDraws = 2;
+  ASSERT_EQ(MakeIn(Root(), u"html"), 1);
+  EXPECT_EQ(zeroDraws, 0);
+  EXPECT_EQ(Get("pstaaaaaaaaaaaaaaaa.html"), "precious");
+  EXPECT_EQ(Entries(), 2U);
+  EXPECT_EQ(Usage().temporaryFiles, 1U);
+  Delete();
+}
+
+TEST_F(TempNames, ALinkInTheWayIsACollisionToo) {
+  std::filesystem::create_symlink(PathOf("elsewhere"), PathOf("pstaaaaaaaaaaaaaaaa"));
+  zeroDraws = 1;
+  ASSERT_EQ(MakeIn(Root()), 1);
+  EXPECT_FALSE(Exists("elsewhere"));
+  Delete();
+}
+
+TEST_F(TempNames, EndlessCollisionsFail) {
+  Put("pstaaaaaaaaaaaaaaaa", "precious");
+  zeroDraws = 1000000;
+  EXPECT_EQ(MakeIn(Root()), -1490);
+  EXPECT_GT(zeroDraws, 0);
+  zeroDraws = 0;
+  EXPECT_EQ(Get("pstaaaaaaaaaaaaaaaa"), "precious");
+  EXPECT_EQ(Usage().temporaryFiles, 0U);
 }
 
 TEST_F(TempNames, FitExactlyOrNotAtAll) {

@@ -1,4 +1,5 @@
-// LeakCheck.h - fails every test that leaves something behind in the kernel.
+// LeakCheck.h - fails every test that leaves something behind in the kernel. To see where it came
+// from, run that test alone with TARNBASE_REPORT_LEAKS=1 in the environment.
 #ifndef TARN_TESTS_SUPPORT_LEAKCHECK_H
 #define TARN_TESTS_SUPPORT_LEAKCHECK_H
 
