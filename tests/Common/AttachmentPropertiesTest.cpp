@@ -1,0 +1,145 @@
+#include "Common/AttachmentProperties.h"
+
+#include <gtest/gtest.h>
+
+#include "KernelUse.h"
+
+namespace tarn {
+namespace {
+
+std::u16string Name(const PropertyList& list, uint64_t i) { return list.data[i].name; }
+std::u16string Value(const PropertyList& list, uint64_t i) { return list.data[i].value; }
+
+TEST(AddAttachmentProperty, AppendsNameAndValueAsTheyAre) {
+  PropertyList list;
+  EXPECT_EQ(AddAttachmentProperty(list, "Content-ID:", "<a@b>"), 1);
+  EXPECT_EQ(AddAttachmentProperty(list, "name=", "caf\xC3\xA9", 5), 1);
+  ASSERT_EQ(list.length, 2u);
+  EXPECT_EQ(Name(list, 0), u"Content-ID:");
+  EXPECT_EQ(Value(list, 0), u"<a@b>");
+  EXPECT_EQ(Name(list, 1), u"name=");
+  EXPECT_EQ(Value(list, 1), u"caf\u00E9");
+  // One grow by one record: the first makes room for all that follow.
+  EXPECT_EQ(list.capacity, 1025u);
+}
+
+TEST(AddAttachmentProperty, WhatFollowsTheTextIsZero) {
+  PropertyList list;
+  ASSERT_EQ(AddAttachmentProperty(list, "ab", "c"), 1);
+  std::string expected = test::Raw("a\0b\0") + std::string(252, '\0') + test::Raw("c\0");
+  expected.resize(512, '\0');
+  EXPECT_EQ(std::string(reinterpret_cast<const char*>(list.data), 512), expected);
+}
+
+TEST(AddAttachmentProperty, CutsBothAt127Units) {
+  const std::string at126(126, 'x');
+  PropertyList list;
+  ASSERT_EQ(AddAttachmentProperty(list, (at126 + "y").c_str(), (at126 + "z").c_str()), 1);
+  ASSERT_EQ(AddAttachmentProperty(list, (at126 + "yy").c_str(), (at126 + "zz").c_str()), 1);
+  for (uint64_t i = 0; i < 2; ++i) {
+    EXPECT_EQ(Name(list, i), std::u16string(126, u'x') + u"y");
+    EXPECT_EQ(Value(list, i), std::u16string(126, u'x') + u"z");
+    EXPECT_EQ(list.data[i].name[127], u'\0');
+    EXPECT_EQ(list.data[i].value[127], u'\0');
+  }
+}
+
+TEST(AddAttachmentProperty, CutsInsideASurrogatePair) {
+  const std::string text = std::string(126, 'x') + "\xF0\x9F\x98\x80";
+  PropertyList list;
+  ASSERT_EQ(AddAttachmentProperty(list, "n", text.c_str()), 1);
+  std::u16string expected(126, u'x');
+  expected += static_cast<char16_t>(0xD83D);
+  EXPECT_EQ(Value(list, 0), expected);
+}
+
+TEST(AddAttachmentProperty, NameAndValueEndAtTheirFirstNul) {
+  PropertyList list;
+  ASSERT_EQ(AddAttachmentProperty(list, "n", "ab\0cd", 5), 1);
+  EXPECT_EQ(Value(list, 0), u"ab");
+  EXPECT_EQ(list.data[0].value[3], u'\0');
+  // What stands behind the NUL is not even converted.
+  ASSERT_EQ(AddAttachmentProperty(list, "n", "ab\0\xFF", 4), 1);
+  EXPECT_EQ(Value(list, 1), u"ab");
+  // A length cuts a value short, and nothing behind it is read.
+  const SizedBytes value = test::Bytes("abc");
+  ASSERT_EQ(AddAttachmentProperty(list, "n", value.data, 3), 1);
+  EXPECT_EQ(Value(list, 2), u"abc");
+  ASSERT_EQ(AddAttachmentProperty(list, "n", value.data, 2), 1);
+  EXPECT_EQ(Value(list, 3), u"ab");
+}
+
+TEST(AddAttachmentProperty, EmptyTextsAreNoFailure) {
+  PropertyList list;
+  EXPECT_EQ(AddAttachmentProperty(list, "n", ""), 1);
+  EXPECT_EQ(AddAttachmentProperty(list, "n", "x", 0), 1);
+  EXPECT_EQ(AddAttachmentProperty(list, "n", "\0x", 2), 1);
+  EXPECT_EQ(AddAttachmentProperty(list, "n", nullptr), 1);
+  EXPECT_EQ(AddAttachmentProperty(list, "", "v"), 1);
+  EXPECT_EQ(AddAttachmentProperty(list, nullptr, "v"), 1);
+  ASSERT_EQ(list.length, 6u);
+  for (uint64_t i = 0; i < 4; ++i) EXPECT_EQ(Value(list, i), u"") << i;
+  for (uint64_t i = 4; i < 6; ++i) EXPECT_EQ(Name(list, i), u"") << i;
+}
+
+TEST(AddAttachmentProperty, TextThatIsNoUtf8Gives0) {
+  PropertyList list;
+  EXPECT_EQ(AddAttachmentProperty(list, "n\xE9", "v"), 0);
+  EXPECT_EQ(AddAttachmentProperty(list, "n", "v\xE9"), 0);
+  // Even behind the units that are kept.
+  EXPECT_EQ(AddAttachmentProperty(list, "n", (std::string(200, 'x') + "\xE9").c_str()), 0);
+  EXPECT_EQ(list.length, 0u);
+  for (uint64_t call = 1; call <= 2; ++call) {
+    PlainKernelFailAt(PlainKernelFaultText, call);
+    EXPECT_EQ(AddAttachmentProperty(list, "n", "v"), 0);
+  }
+  PlainKernelFailAt(PlainKernelFaultText, 3);
+  EXPECT_EQ(AddAttachmentProperty(list, "n", "v"), 1);
+}
+
+// The scratch block grows for a value longer than the name, and serves one that is not.
+TEST(AddAttachmentProperty, TheScratchBlockIsUsedAgain) {
+  PropertyList list;
+  ASSERT_NE(list.reserve(3), nullptr);
+  uint64_t calls = test::Allocations();
+  EXPECT_EQ(AddAttachmentProperty(list, "name", "v"), 1);
+  EXPECT_EQ(test::Allocations(), calls + 1);
+  calls = test::Allocations();
+  EXPECT_EQ(AddAttachmentProperty(list, "n", "a longer value"), 1);
+  EXPECT_EQ(test::Allocations(), calls + 2);
+}
+
+TEST(AddAttachmentProperty, WithoutMemoryTheListIsAsItWas) {
+  PropertyList list;
+  list.lastError = 0;
+  int32_t status = 0;
+  uint64_t call = 0;
+  while (status != 1) {
+    PlainKernelFailAt(PlainKernelFaultMemory, ++call);
+    status = AddAttachmentProperty(list, "name", "longer value");
+    if (status != 1) {
+      EXPECT_EQ(status, -1) << call;
+      EXPECT_EQ(list.length, 0u);
+      // The third is the list's own, and the code is its last error.
+      EXPECT_EQ(list.lastError, call == 3 ? -1 : 0);
+    }
+  }
+  EXPECT_EQ(call, 4u);
+  EXPECT_EQ(Value(list, 0), u"longer value");
+  PlainKernelFailAt(PlainKernelFaultMemory, 0);
+}
+
+TEST(AddAttachmentProperty, ARefusedBudgetEndsTheList) {
+  PropertyList list;
+  ASSERT_EQ(AddAttachmentProperty(list, "n", "v"), 1);
+  ASSERT_NE(list.reserve(14000), nullptr);
+  list.length = list.capacity;
+  ASSERT_LT(list.capacity * 512, 8000000u);
+  PlainKernelFailAt(PlainKernelFaultBudget, 1);
+  EXPECT_EQ(AddAttachmentProperty(list, "n", "v"), -1);
+  EXPECT_EQ(list.data, nullptr);
+  EXPECT_EQ(list.length, 0u);
+}
+
+}  // namespace
+}  // namespace tarn
