@@ -1,0 +1,36 @@
+// HeaderLabels.h - the labels of the header block in the host's language, and the two texts made
+// while a message is read: the time it was sent and its importance.
+#ifndef TARN_RENDER_HEADERLABELS_H
+#define TARN_RENDER_HEADERLABELS_H
+
+#include "Internal/Tarnclasses_.h"
+
+namespace tarn {
+
+// The texts of a label set; the numbers are not the order of output.
+enum HeaderRow : int32_t {
+  HeaderRowFrom = 0,
+  HeaderRowTo = 1,
+  HeaderRowBcc = 2,
+  HeaderRowCc = 3,
+  HeaderRowSent = 4,
+  HeaderRowSubject = 5,
+  HeaderRowImportance = 6,
+  HeaderRowHighWord = 7,
+  HeaderRowLowWord = 8
+};
+
+// The constant UTF-8 text of a row in the host's current language, padding included; "Unknown" for
+// a number outside 0 to 8.
+const char* GetHeaderLabel(int32_t row);
+
+// Appends the word for an importance of 2 (high) or 0 (low); nothing for any other. 1 or -1.
+int32_t ImportanceText(int32_t importance, SizedBytes& text);
+
+// Appends a FILETIME (100 ns since 1601, signed) as local time, "%a %b %d, %Y %I:%M %p". 1; -74
+// when the time cannot be formatted; -1 without memory.
+int32_t FormatFileTime(int64_t fileTime, SizedBytes& text);
+
+}  // namespace tarn
+
+#endif

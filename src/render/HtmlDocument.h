@@ -1,0 +1,31 @@
+// HtmlDocument.h - the header block as an HTML table behind the opening of the body element.
+#ifndef TARN_RENDER_HTML_DOCUMENT_H
+#define TARN_RENDER_HTML_DOCUMENT_H
+
+#include <string_view>
+
+#include "Internal/MailMessage.h"
+
+namespace tarn {
+
+inline constexpr std::string_view kHtmlTableOpen =
+    "<table style = 'border-collapse: collapse ; table-layout: fixed; width: 100%'>\r\n";
+inline constexpr std::string_view kHtmlRowTail = "</span></td></tr>\r\n";
+inline constexpr std::string_view kHtmlBlockTail =
+    "</table>\r\n<p class=MsoNormal><o:p>&nbsp;</o:p></p>\r\n";
+
+// Puts the block into message.body, which afterwards ends with a NUL that its length counts. A
+// message without any row keeps its body untouched. Values are not escaped: a field that holds
+// markup brings it into the table. With bytes beyond ASCII in the block, a body that declares a
+// known charset is converted to UTF-8 first. 1; -9 for "<body" without a ">" (a conversion stays);
+// -814 for a length without a pointer; the result of a failed conversion; the code of a buffer
+// that cannot grow, and then the body is unchanged.
+int32_t RenderMailHtml(MailMessage& message);
+
+// Where the block goes: behind the ">" of the first "<body" (lower case only), or the start of a
+// text without one. False for "<body" without a ">".
+bool FindSplicePoint(std::string_view html, uint64_t& offset);
+
+}  // namespace tarn
+
+#endif

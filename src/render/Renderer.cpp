@@ -1,0 +1,22 @@
+#include "render/Renderer.h"
+
+#include "render/HtmlDocument.h"
+#include "render/TextDocument.h"
+
+namespace tarn {
+
+int32_t RenderMailMessage(MailMessage* message, uint32_t kind) {
+  if (message == nullptr) return StatusFailed;
+  switch (kind) {
+    case DocumentHtml:
+      return RenderMailHtml(*message);
+    case DocumentRtf:
+      return StatusNotSupported;
+    case DocumentText:
+      return RenderMailText(*message);
+    default:
+      return StatusOk;
+  }
+}
+
+}  // namespace tarn

@@ -1,0 +1,362 @@
+#include <gtest/gtest.h>
+
+#include "RenderSupport.h"
+#include "render/EmlDocument.h"
+#include "render/Renderer.h"
+
+namespace tarn {
+namespace {
+
+using test::BrokenField;
+using test::Bytes;
+using test::Set;
+using test::SetTerminated;
+using test::Terminated;
+
+std::string Row(const std::string& label, const std::string& value) {
+  std::string row =
+      "<tr><td style = 'width:87pt; padding: 0px; vertical-align:top'><b><span lang = EN-US style "
+      "= 'font-family:\"Calibri\",\"sans-serif\";mso-bidi-font-family:Calibri; color:black; "
+      "mso-ansi-language:EN-US'>";
+  row += label;
+  row +=
+      "</span></b></td><td style = 'padding: 0px'><span lang = EN-US style = "
+      "'font-family:\"Calibri\",\"sans-serif\";mso-bidi-font-family:Calibri; color:black; "
+      "mso-ansi-language:EN-US; word-wrap: break-word;'>";
+  row += value;
+  row += "</span></td></tr>\r\n";
+  return row;
+}
+
+std::string Block(const std::string& rows) {
+  return "<table style = 'border-collapse: collapse ; table-layout: fixed; width: 100%'>\r\n" +
+         rows + "</table>\r\n<p class=MsoNormal><o:p>&nbsp;</o:p></p>\r\n";
+}
+
+const std::string kToBob = Block(Row("To:", "Bob"));
+
+void SetAllFields(EmlMessage& message) {
+  SetTerminated(message.from, "Ann");
+  SetTerminated(message.to, "Bob");
+  SetTerminated(message.date, "Sat, 21 Nov 2026 10:00:00 +0000");
+  SetTerminated(message.cc, "Cy");
+  SetTerminated(message.bcc, "Di");
+  SetTerminated(message.subject, "Hello");
+  SetTerminated(message.importance, "high");
+}
+
+std::string RenderToBob(std::string_view body) {
+  EmlMessage message;
+  SetTerminated(message.to, "Bob");
+  Set(message.body, body);
+  EXPECT_EQ(RenderEmlMessage(message), 1);
+  return Bytes(message.body);
+}
+
+TEST(EmlHtml, ARowByteForByte) {
+  EXPECT_EQ(
+      RenderToBob("<html><body>text"),
+      "<html><body>"
+      "<table style = 'border-collapse: collapse ; table-layout: fixed; width: 100%'>\r\n"
+      "<tr><td style = 'width:87pt; padding: 0px; vertical-align:top'><b><span lang = EN-US style "
+      "= 'font-family:\"Calibri\",\"sans-serif\";mso-bidi-font-family:Calibri; color:black; "
+      "mso-ansi-language:EN-US'>"
+      "To:"
+      "</span></b></td><td style = 'padding: 0px'><span lang = EN-US style = "
+      "'font-family:\"Calibri\",\"sans-serif\";mso-bidi-font-family:Calibri; color:black; "
+      "mso-ansi-language:EN-US; word-wrap: break-word;'>"
+      "Bob"
+      "</span></td></tr>\r\n"
+      "</table>\r\n<p class=MsoNormal><o:p>&nbsp;</o:p></p>\r\n"
+      "text");
+}
+
+TEST(EmlHtml, AllRowsInTheirOrderInEnglish) {
+  PlainKernelSetLanguage(0x0407);
+  EmlMessage message;
+  SetAllFields(message);
+  Set(message.body, "<html><body>text");
+  ASSERT_EQ(RenderEmlMessage(message), 1);
+  EXPECT_EQ(Bytes(message.body),
+            "<html><body>" +
+                Block(Row("From:", "Ann") + Row("To:", "Bob") +
+                      Row("Sent:", "Sat, 21 Nov 2026 10:00:00 +0000") + Row("Cc:", "Cy") +
+                      Row("Bcc:", "Di") + Row("Subject:", "Hello") + Row("Importance:", "high")) +
+                "text");
+}
+
+TEST(EmlHtml, AngleBracketsAreEscapedAndAmpersandsStay) {
+  EmlMessage message;
+  SetTerminated(message.to, "<b>&lt;\"<>>");
+  Set(message.body, "<html>");
+  ASSERT_EQ(RenderEmlMessage(message), 1);
+  EXPECT_EQ(Bytes(message.body), Block(Row("To:", "&lt;b&gt;&lt;\"&lt;&gt;&gt;")) + "<html>");
+}
+
+TEST(EmlHtml, AFieldEndsAtItsFirstNul) {
+  EmlMessage message;
+  Set(message.to, std::string_view("Bob\0<Eve>", 9));
+  Set(message.cc, "Cy");
+  Set(message.body, "<html>");
+  ASSERT_EQ(RenderEmlMessage(message), 1);
+  EXPECT_EQ(Bytes(message.body), Block(Row("To:", "Bob") + Row("Cc:", "Cy")) + "<html>");
+}
+
+TEST(EmlHtml, AFieldThatBeginsWithANulHasAnEmptyRow) {
+  EmlMessage message;
+  Set(message.to, std::string_view("\0Bob", 4));
+  Set(message.body, "<html>");
+  ASSERT_EQ(RenderEmlMessage(message), 1);
+  EXPECT_EQ(Bytes(message.body), Block(Row("To:", "")) + "<html>");
+}
+
+TEST(EmlHtml, EmptyFieldsHaveNoRow) {
+  EmlMessage message;
+  SetTerminated(message.from, "");
+  SetTerminated(message.to, "Bob");
+  Set(message.cc, "");
+  SetTerminated(message.bcc, "");
+  Set(message.body, "<html>");
+  ASSERT_EQ(RenderEmlMessage(message), 1);
+  EXPECT_EQ(Bytes(message.body), kToBob + "<html>");
+}
+
+TEST(EmlHtml, WithoutFromToDateAndCcThereIsNoBlock) {
+  EmlMessage message;
+  SetTerminated(message.bcc, "Di");
+  SetTerminated(message.subject, "Hello");
+  SetTerminated(message.importance, "high");
+  SetTerminated(message.from, "");
+  Set(message.body, "no html element");
+  const char* const block = message.body.data;
+  EXPECT_EQ(RenderEmlMessage(message), 1);
+  EXPECT_EQ(message.body.data, block);
+  EXPECT_EQ(Bytes(message.body), "no html element");
+}
+
+TEST(EmlHtml, OneOfTheFourIsEnough) {
+  for (SizedBytes EmlMessage::*const field :
+       {&EmlMessage::from, &EmlMessage::to, &EmlMessage::date, &EmlMessage::cc}) {
+    EmlMessage message;
+    SetTerminated(message.*field, "x");
+    SetTerminated(message.bcc, "Di");
+    Set(message.body, "<html>");
+    ASSERT_EQ(RenderEmlMessage(message), 1);
+    EXPECT_TRUE(Bytes(message.body).starts_with("<table "));
+    EXPECT_NE(Bytes(message.body).find(Row("Bcc:", "Di")), std::string::npos);
+  }
+}
+
+// The place of the block, and the html element ----------------------------------------------------
+
+TEST(EmlHtmlSplice, BehindTheOpeningOfTheBody) {
+  EXPECT_EQ(RenderToBob("<html><body a=\"b\">text</body></html>"),
+            "<html><body a=\"b\">" + kToBob + "text</body></html>");
+}
+
+TEST(EmlHtmlSplice, ABodyTagInCapitalsIsNotFound) {
+  EXPECT_EQ(RenderToBob("<html><BODY>text"), kToBob + "<html><BODY>text");
+}
+
+TEST(EmlHtmlSplice, ATerminatorStaysWhereItIs) {
+  EXPECT_EQ(RenderToBob(std::string_view("<html><body>x\0", 14)),
+            Terminated("<html><body>" + kToBob + "x"));
+}
+
+TEST(EmlHtmlWrap, ABodyWithoutAnHtmlElementGetsOne) {
+  EXPECT_EQ(RenderToBob("text"), "<html>" + kToBob + "text</html>");
+  EXPECT_EQ(RenderToBob("<p><body>text"), "<html><p><body>" + kToBob + "text</html>");
+}
+
+TEST(EmlHtmlWrap, ATerminatorStaysBehindTheElement) {
+  EXPECT_EQ(RenderToBob(std::string_view("text\0", 5)),
+            Terminated("<html>" + kToBob + "text</html>"));
+  EXPECT_EQ(RenderToBob(std::string_view("text\0\0", 6)),
+            "<html>" + kToBob + "text" + std::string("\0</html>\0", 9));
+}
+
+TEST(EmlHtmlWrap, LeadingBlanksAndLineEndsArePassed) {
+  EXPECT_EQ(RenderToBob(" \r\n\n <HtMl>x"), kToBob + " \r\n\n <HtMl>x");
+  EXPECT_EQ(RenderToBob("\r\n<HTML>x"), kToBob + "\r\n<HTML>x");
+  EXPECT_EQ(RenderToBob("\t<html>x"), "<html>" + kToBob + "\t<html>x</html>");
+}
+
+TEST(EmlHtmlWrap, OnlyTheFourLettersCount) {
+  EXPECT_EQ(RenderToBob("<htmlx"), kToBob + "<htmlx");
+  EXPECT_EQ(RenderToBob("<html"), kToBob + "<html");
+  EXPECT_EQ(RenderToBob("<htm"), "<html>" + kToBob + "<htm</html>");
+  EXPECT_EQ(RenderToBob("< html>"), "<html>" + kToBob + "< html></html>");
+  EXPECT_EQ(RenderToBob("<"), "<html>" + kToBob + "<</html>");
+}
+
+TEST(EmlHtmlWrap, AnyOtherTagInFrontMeansNone) {
+  EXPECT_EQ(RenderToBob("<!DOCTYPE html><html><body>x"),
+            "<html><!DOCTYPE html><html><body>" + kToBob + "x</html>");
+}
+
+TEST(EmlHtmlWrap, ABlankBodyGetsOne) {
+  EXPECT_EQ(RenderToBob(" \r\n"), "<html>" + kToBob + " \r\n</html>");
+  EXPECT_EQ(RenderToBob(std::string_view("\0", 1)), Terminated("<html>" + kToBob + "</html>"));
+  EXPECT_EQ(RenderToBob(""), "<html>" + kToBob + "</html>");
+}
+
+TEST(EmlHtmlWrap, AnAbsentBodyGetsOne) {
+  EmlMessage message;
+  SetTerminated(message.to, "Bob");
+  ASSERT_EQ(RenderEmlMessage(message), 1);
+  EXPECT_EQ(Bytes(message.body), "<html>" + kToBob + "</html>");
+}
+
+// Kinds -----------------------------------------------------------------------------------------
+
+TEST(RenderEmlMessage, NoKindNoBlock) {
+  EmlMessage message;
+  SetAllFields(message);
+  message.documentKind = DocumentNone;
+  Set(message.body, "text");
+  EXPECT_EQ(RenderEmlMessage(message), 1);
+  EXPECT_EQ(Bytes(message.body), "text");
+}
+
+TEST(RenderEmlMessage, OtherKindsAreRefused) {
+  EmlMessage message;
+  SetAllFields(message);
+  Set(message.body, "text");
+  for (const uint32_t kind : {1u, 4u, 0xFFFFFFFFu}) {
+    message.documentKind = kind;
+    EXPECT_EQ(RenderEmlMessage(message), -9);
+    EXPECT_EQ(Bytes(message.body), "text");
+  }
+}
+
+std::string AppendRow(uint32_t kind, HeaderRow row) {
+  SizedBytes field;
+  SetTerminated(field, "<x>");
+  BlockWriter block;
+  block.write("before ");
+  EXPECT_EQ(AppendEmlHeaderRow(block, field, kind, row), 1);
+  return std::string(block.text());
+}
+
+TEST(AppendEmlHeaderRow, EveryOpenerOfHtml) {
+  EXPECT_EQ(AppendRow(DocumentHtml, HeaderRowFrom), "before " + Row("From:", "&lt;x&gt;"));
+  EXPECT_EQ(AppendRow(DocumentHtml, HeaderRowTo), "before " + Row("To:", "&lt;x&gt;"));
+  EXPECT_EQ(AppendRow(DocumentHtml, HeaderRowBcc), "before " + Row("Bcc:", "&lt;x&gt;"));
+  EXPECT_EQ(AppendRow(DocumentHtml, HeaderRowCc), "before " + Row("Cc:", "&lt;x&gt;"));
+  EXPECT_EQ(AppendRow(DocumentHtml, HeaderRowSent), "before " + Row("Sent:", "&lt;x&gt;"));
+  EXPECT_EQ(AppendRow(DocumentHtml, HeaderRowSubject), "before " + Row("Subject:", "&lt;x&gt;"));
+  EXPECT_EQ(AppendRow(DocumentHtml, HeaderRowImportance),
+            "before " + Row("Importance:", "&lt;x&gt;"));
+}
+
+TEST(AppendEmlHeaderRow, EveryOpenerOfText) {
+  EXPECT_EQ(AppendRow(DocumentText, HeaderRowFrom), "before From:   \t<x>\r\n");
+  EXPECT_EQ(AppendRow(DocumentText, HeaderRowTo), "before To:     \t<x>\r\n");
+  EXPECT_EQ(AppendRow(DocumentText, HeaderRowBcc), "before Bcc:    \t<x>\r\n");
+  EXPECT_EQ(AppendRow(DocumentText, HeaderRowCc), "before Cc:     \t<x>\r\n");
+  EXPECT_EQ(AppendRow(DocumentText, HeaderRowSent), "before Sent:   \t<x>\r\n");
+  EXPECT_EQ(AppendRow(DocumentText, HeaderRowSubject), "before Subject:\t<x>\r\n");
+  EXPECT_EQ(AppendRow(DocumentText, HeaderRowImportance), "before Importance: <x>\r\n");
+}
+
+TEST(AppendEmlHeaderRow, AnEmptyFieldComesBeforeTheKind) {
+  SizedBytes absent;
+  SizedBytes terminator;
+  SetTerminated(terminator, "");
+  BlockWriter block;
+  for (const uint32_t kind : {0u, 1u, 2u, 3u}) {
+    EXPECT_EQ(AppendEmlHeaderRow(block, absent, kind, HeaderRowTo), 1);
+    EXPECT_EQ(AppendEmlHeaderRow(block, terminator, kind, HeaderRowTo), 1);
+  }
+  EXPECT_EQ(block.text(), "");
+}
+
+TEST(AppendEmlHeaderRow, RefusesKindsWithoutARow) {
+  SizedBytes field;
+  SetTerminated(field, "x");
+  BlockWriter block;
+  EXPECT_EQ(AppendEmlHeaderRow(block, field, DocumentNone, HeaderRowTo), -74);
+  EXPECT_EQ(AppendEmlHeaderRow(block, field, DocumentRtf, HeaderRowTo), -9);
+  EXPECT_EQ(AppendEmlHeaderRow(block, field, DocumentHtml, HeaderRowHighWord), -9);
+  EXPECT_EQ(block.text(), "");
+}
+
+// Failures --------------------------------------------------------------------------------------
+
+TEST(EmlHtmlFailure, ABodyTagThatNeverEndsIsRefused) {
+  EmlMessage message;
+  SetTerminated(message.to, "Bob");
+  Set(message.body, "x<body a");
+  const char* const block = message.body.data;
+  EXPECT_EQ(RenderEmlMessage(message), -9);
+  EXPECT_EQ(message.body.data, block);
+  EXPECT_EQ(Bytes(message.body), "x<body a");
+}
+
+TEST(EmlHtmlFailure, ALengthWithoutAPointer) {
+  EmlMessage message;
+  SetAllFields(message);
+  Set(message.body, "x");
+  for (SizedBytes* const field : {&message.from, &message.to, &message.date, &message.cc,
+                                  &message.bcc, &message.subject, &message.importance}) {
+    SizedBytes kept = std::move(*field);
+    {
+      const BrokenField broken(*field, 1);
+      EXPECT_EQ(RenderEmlMessage(message), -814);
+    }
+    *field = std::move(kept);
+    EXPECT_EQ(Bytes(message.body), "x");
+  }
+  const BrokenField broken(message.body, 4);
+  EXPECT_EQ(RenderEmlMessage(message), -814);
+  EXPECT_EQ(message.body.data, nullptr);
+}
+
+// Once the html element is there it stays.
+TEST(EmlHtmlFailure, WithoutMemory) {
+  uint64_t unchanged = 0;
+  uint64_t wrapped = 0;
+  for (uint64_t call = 1;; ++call) {
+    EmlMessage message;
+    SetAllFields(message);
+    SetTerminated(message.body, "x");
+    PlainKernelFailAt(PlainKernelFaultMemory, call);
+    const int32_t rendered = RenderEmlMessage(message);
+    PlainKernelFailAt(PlainKernelFaultMemory, 0);
+    if (rendered == 1) break;
+    EXPECT_EQ(rendered, -1);
+    if (Bytes(message.body) == Terminated("<html>x</html>")) {
+      ++wrapped;
+    } else {
+      EXPECT_EQ(Bytes(message.body), Terminated("x"));
+      EXPECT_EQ(wrapped, 0u);
+      ++unchanged;
+    }
+  }
+  EXPECT_GE(unchanged, 2u);
+  EXPECT_EQ(wrapped, 1u);
+}
+
+TEST(EmlHtmlFailure, ABlockBeyondTheBudget) {
+  EmlMessage message;
+  SetTerminated(message.to, std::string(3000000, '<'));
+  SetTerminated(message.body, "x");
+  PlainKernelSetMemoryBudget(8000000);
+  EXPECT_EQ(RenderEmlMessage(message), -1);
+  EXPECT_EQ(Bytes(message.body), Terminated("x"));
+}
+
+TEST(EmlHtml, ALongFieldOfBracketsIsEscapedInOneGo) {
+  EmlMessage message;
+  SetTerminated(message.to, std::string(1000000, '>'));
+  Set(message.body, "<html>");
+  const uint64_t calls = test::AllocationCalls();
+  ASSERT_EQ(RenderEmlMessage(message), 1);
+  EXPECT_LE(test::AllocationCalls(), calls + 3);
+  std::string escaped;
+  for (int i = 0; i < 1000000; ++i) escaped += "&gt;";
+  EXPECT_EQ(Bytes(message.body), Block(Row("To:", escaped)) + "<html>");
+}
+
+}  // namespace
+}  // namespace tarn

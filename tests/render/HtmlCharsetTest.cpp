@@ -1,0 +1,165 @@
+#include <gtest/gtest.h>
+
+#include "RenderSupport.h"
+#include "render/Renderer.h"
+
+namespace tarn {
+namespace {
+
+using test::Bytes;
+using test::Set;
+using test::SetTerminated;
+using test::Terminated;
+
+// A German label of importance is the one label of the set beyond ASCII.
+const std::string kGermanBlock =
+    "<table style = 'border-collapse: collapse ; table-layout: fixed; width: 100%'>\r\n"
+    "\n<tr><td style = 'width:87pt; padding: 0px; vertical-align:top'><b><span style = "
+    "'font-family:\"Calibri\",\"sans-serif\";mso-bidi-font-family:Calibri; color:black'>"
+    "Priorit\xC3\xA4t: "
+    "</span></b></td><td style = 'padding: 0px'><span style = "
+    "'font-family:\"Calibri\",\"sans-serif\";mso-bidi-font-family:Calibri; color:black; "
+    "word-wrap: break-word;'>"
+    "Niedrig"
+    "</span></td></tr>\r\n"
+    "</table>\r\n<p class=MsoNormal><o:p>&nbsp;</o:p></p>\r\n";
+const std::string kEnglishBlock =
+    "<table style = 'border-collapse: collapse ; table-layout: fixed; width: 100%'>\r\n"
+    "\n<tr><td style = 'width:87pt; padding: 0px; vertical-align:top'><b><span style = "
+    "'font-family:\"Calibri\",\"sans-serif\";mso-bidi-font-family:Calibri; color:black'>"
+    "Importance:"
+    "</span></b></td><td style = 'padding: 0px'><span style = "
+    "'font-family:\"Calibri\",\"sans-serif\";mso-bidi-font-family:Calibri; color:black; "
+    "word-wrap: break-word;'>"
+    "Niedrig"
+    "</span></td></tr>\r\n"
+    "</table>\r\n<p class=MsoNormal><o:p>&nbsp;</o:p></p>\r\n";
+
+int32_t RenderUnderLabel(MailMessage& message, uint32_t language, std::string_view body) {
+  PlainKernelSetLanguage(language);
+  SetTerminated(message.importance, "Niedrig");
+  Set(message.body, body);
+  return RenderMailMessage(&message, DocumentHtml);
+}
+
+std::string RenderInGerman(std::string_view body) {
+  MailMessage message;
+  EXPECT_EQ(RenderUnderLabel(message, 0x0407, body), 1);
+  return Bytes(message.body);
+}
+
+std::string RenderInEnglish(std::string_view body) {
+  MailMessage message;
+  EXPECT_EQ(RenderUnderLabel(message, 0x0409, body), 1);
+  return Bytes(message.body);
+}
+
+TEST(HtmlCharset, ADeclaredBodyUnderALabelBeyondAsciiBecomesUtf8) {
+  EXPECT_EQ(RenderInGerman("<meta content=\"text/html; charset=windows-1252\"><body>gr\xFC\x80"),
+            Terminated("<meta content=\"text/html; charset=UTF-8\"><body>" + kGermanBlock +
+                       "gr\xC3\xBC\xE2\x82\xAC"));
+}
+
+TEST(HtmlCharset, UnderAnAsciiBlockItStays) {
+  EXPECT_EQ(RenderInEnglish("<meta content=\"text/html; charset=windows-1252\"><body>gr\xFC"),
+            Terminated("<meta content=\"text/html; charset=windows-1252\"><body>" + kEnglishBlock +
+                       "gr\xFC"));
+}
+
+TEST(HtmlCharset, AValueBeyondAsciiAlignsAsWell) {
+  MailMessage message;
+  SetTerminated(message.importance, "Niedrig");
+  SetTerminated(message.bcc, "\xC3\xA9");
+  Set(message.body, "<meta charset=iso-8859-1><body>\xFC");
+  ASSERT_EQ(RenderMailMessage(&message, DocumentHtml), 1);
+  EXPECT_TRUE(Bytes(message.body).starts_with("<meta charset=UTF-8><body><table "));
+  EXPECT_TRUE(Bytes(message.body).ends_with(Terminated("\r\n\xC3\xBC")));
+}
+
+TEST(HtmlCharset, TheMetaElementIsFoundInAnyCase) {
+  EXPECT_EQ(RenderInGerman("<META CHARSET=\"Windows-1252\">\xFC"),
+            Terminated(kGermanBlock + "<META CHARSET=\"UTF-8\">\xC3\xBC"));
+}
+
+TEST(HtmlCharset, AnElementWithoutACharsetIsPassed) {
+  EXPECT_EQ(
+      RenderInGerman("<meta name=generator>charset=big5<meta charset=windows-1252><body>\xFC"),
+      Terminated("<meta name=generator>charset=big5<meta charset=UTF-8><body>" + kGermanBlock +
+                 "\xC3\xBC"));
+}
+
+TEST(HtmlCharset, ACharsetInsideALongerNameIsNone) {
+  EXPECT_EQ(RenderInGerman("<meta data-charset=windows-1252>\xFC"),
+            Terminated(kGermanBlock + "<meta data-charset=windows-1252>\xFC"));
+}
+
+TEST(HtmlCharset, OnlyTheFirstDeclarationCounts) {
+  EXPECT_EQ(RenderInGerman("<meta charset=utf-8><meta charset=windows-1252>\xFC"),
+            Terminated(kGermanBlock + "<meta charset=utf-8><meta charset=windows-1252>\xFC"));
+  EXPECT_EQ(RenderInGerman("<meta charset=koi8-r><meta charset=windows-1252>\xFC"),
+            Terminated(kGermanBlock + "<meta charset=koi8-r><meta charset=windows-1252>\xFC"));
+}
+
+// What stands in front of the name keeps its bytes.
+TEST(HtmlCharset, AnElementThatNeverEndsReachesToTheEnd) {
+  EXPECT_EQ(RenderInGerman("<meta charset=windows-1252"),
+            Terminated(kGermanBlock + "<meta charset=UTF-8"));
+  EXPECT_EQ(RenderInGerman("<meta x=\"\xFC\" charset=windows-1252 y=\"\xFC\""),
+            Terminated(kGermanBlock + "<meta x=\"\xFC\" charset=UTF-8 y=\"\xC3\xBC\""));
+}
+
+TEST(HtmlCharset, ABodyWithoutADeclarationStays) {
+  EXPECT_EQ(RenderInGerman("charset=windows-1252 \xFC"),
+            Terminated(kGermanBlock + "charset=windows-1252 \xFC"));
+}
+
+TEST(HtmlCharset, AnEmptyBodyHasNothingToAlign) {
+  MailMessage message;
+  PlainKernelSetLanguage(0x0407);
+  SetTerminated(message.importance, "Niedrig");
+  ASSERT_EQ(RenderMailMessage(&message, DocumentHtml), 1);
+  EXPECT_EQ(Bytes(message.body), Terminated(kGermanBlock));
+}
+
+TEST(HtmlCharset, AConversionStaysWhenTheBodyTagNeverEnds) {
+  MailMessage message;
+  EXPECT_EQ(RenderUnderLabel(message, 0x0407, "<meta charset=windows-1252>\xFC<body"), -9);
+  EXPECT_EQ(Bytes(message.body), "<meta charset=UTF-8>\xC3\xBC<body");
+}
+
+TEST(HtmlCharset, AFailedConversionIsTheResult) {
+  MailMessage message;
+  PlainKernelSetLanguage(0x0407);
+  SetTerminated(message.importance, "Niedrig");
+  Set(message.body, "<meta charset=windows-1252>\xFC");
+  PlainKernelFailAt(PlainKernelFaultText, 1);
+  EXPECT_EQ(RenderMailMessage(&message, DocumentHtml), -1851);
+}
+
+TEST(HtmlCharset, WithoutMemoryTheResultIsAFailure) {
+  uint64_t failures = 0;
+  for (uint64_t call = 1;; ++call) {
+    MailMessage message;
+    PlainKernelSetLanguage(0x0407);
+    SetTerminated(message.importance, "Niedrig");
+    Set(message.body, "<meta charset=windows-1252>\xFC");
+    PlainKernelFailAt(PlainKernelFaultMemory, call);
+    const int32_t rendered = RenderMailMessage(&message, DocumentHtml);
+    PlainKernelFailAt(PlainKernelFaultMemory, 0);
+    if (rendered == 1) break;
+    ++failures;
+    EXPECT_TRUE(rendered == -1 || rendered == 0) << rendered;
+  }
+  EXPECT_GE(failures, 3u);
+}
+
+// A hundred thousand elements cost one pass.
+TEST(HtmlCharset, ManyElementsWithoutACharset) {
+  std::string body;
+  for (int i = 0; i < 100000; ++i) body += "<meta name=x>";
+  for (int i = 0; i < 100000; ++i) body += "<meta ";
+  EXPECT_EQ(RenderInGerman(body), Terminated(kGermanBlock + body));
+}
+
+}  // namespace
+}  // namespace tarn
