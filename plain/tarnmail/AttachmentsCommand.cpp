@@ -1,0 +1,89 @@
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <vector>
+
+#include "Commands.h"
+#include "Table.h"
+#include "Text.h"
+
+namespace tarn::host {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+template <typename Value>
+Json OrNull(const std::optional<Value>& value) {
+  return value ? Json(*value) : Json(nullptr);
+}
+
+std::optional<std::string> TimeText(const std::optional<int64_t>& seconds) {
+  return seconds ? IsoTime(*seconds) : std::nullopt;
+}
+
+std::string TextCell(const std::optional<std::string>& text) {
+  return Printable(text.value_or(""));
+}
+
+// A time that no calendar has shows as its number of seconds.
+std::string TimeCell(const std::optional<int64_t>& seconds) {
+  if (!seconds) return "";
+  return IsoTime(*seconds).value_or(std::to_string(*seconds) + " s");
+}
+
+std::string AsTable(const std::vector<Attachment>& attachments) {
+  if (attachments.empty()) return "No attachments\n";
+  Column number = {"No.", true, {}};
+  Column name = {"Name", false, {}};
+  Column size = {"Size", true, {}};
+  Column type = {"Type", false, {}};
+  Column contentId = {"Content ID", false, {}};
+  Column created = {"Created", false, {}};
+  Column modified = {"Modified", false, {}};
+  Column description = {"Description", false, {}};
+  for (const Attachment& attachment : attachments) {
+    number.cells.push_back(std::to_string(attachment.number));
+    name.cells.push_back(TextCell(attachment.name));
+    size.cells.push_back(attachment.size ? std::to_string(*attachment.size) : "");
+    type.cells.push_back(TextCell(attachment.mediaType()));
+    contentId.cells.push_back(TextCell(attachment.contentId()));
+    created.cells.push_back(TimeCell(attachment.created));
+    modified.cells.push_back(TimeCell(attachment.modified));
+    description.cells.push_back(TextCell(attachment.description));
+  }
+  return FormatTable({number, name, size, type, contentId, created, modified, description});
+}
+
+std::string AsJson(const std::string& file, const std::vector<Attachment>& attachments) {
+  Json list = Json::array();
+  for (const Attachment& attachment : attachments) {
+    Json properties = Json::array();
+    for (const auto& [name, value] : attachment.properties) {
+      properties.push_back({{"name", name}, {"value", value}});
+    }
+    Json item;
+    item["number"] = attachment.number;
+    item["name"] = OrNull(attachment.name);
+    item["description"] = OrNull(attachment.description);
+    item["size"] = OrNull(attachment.size);
+    item["created"] = OrNull(TimeText(attachment.created));
+    item["createdSeconds"] = OrNull(attachment.created);
+    item["modified"] = OrNull(TimeText(attachment.modified));
+    item["modifiedSeconds"] = OrNull(attachment.modified);
+    item["properties"] = properties;
+    list.push_back(item);
+  }
+  Json json;
+  json["file"] = file;
+  json["attachments"] = list;
+  return json.dump(2) + "\n";
+}
+
+}  // namespace
+
+std::string AttachmentsText(const FilterLibrary& filter, const AttachmentsOptions& options) {
+  const MailFile mail(filter, options.message);
+  const std::vector<Attachment> attachments = mail.attachments();
+  return options.json ? AsJson(options.message.file, attachments) : AsTable(attachments);
+}
+
+}  // namespace tarn::host

@@ -1,0 +1,33 @@
+// Failure.h - how a command ends that cannot do what it was asked: an exit status and one line.
+#ifndef TARN_TARNMAIL_FAILURE_H
+#define TARN_TARNMAIL_FAILURE_H
+
+#include <stdexcept>
+#include <string>
+
+namespace tarn::host {
+
+enum class ExitStatus {
+  Done = 0,
+  Failed = 1,  // the filter refused the file, or the output could not be written
+  Usage = 2,   // the command line, or a file or directory that it names, cannot be used
+  Broken = 3   // the filter library is not as it should be, or something was left behind
+};
+
+// The line names what it is about, and is printed behind "tarnmail: " with its control characters
+// escaped.
+class Failure : public std::runtime_error {
+ public:
+  Failure(ExitStatus status, const std::string& line) : std::runtime_error(line), status_(status) {}
+  Failure(ExitStatus status, const std::string& subject, const std::string& what)
+      : Failure(status, subject + ": " + what) {}
+
+  ExitStatus status() const { return status_; }
+
+ private:
+  ExitStatus status_;
+};
+
+}  // namespace tarn::host
+
+#endif

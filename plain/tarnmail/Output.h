@@ -1,0 +1,27 @@
+// Output.h - where the bytes of a command go: whole, or not at all.
+#ifndef TARN_TARNMAIL_OUTPUT_H
+#define TARN_TARNMAIL_OUTPUT_H
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace tarn::host {
+
+// To be called before anything is opened: keeps the numbers of closed standard streams from being
+// given to other files, and lets a broken pipe show as a failed write.
+void PrepareStandardStreams();
+
+// Exactly the bytes. Throws Failure (Failed) when they could not all be written.
+void WriteToStandardOutput(std::string_view bytes);
+
+// Writes the bytes to standard output without a path, else to that file. A file appears under
+// its name when it is complete, in place of one that was there; devices and pipes are written to
+// as they are. Throws Failure: Usage when the place cannot be written to or is `source` itself,
+// Failed when a write fails; then nothing has changed.
+void WriteOutput(const std::optional<std::string>& path, const std::string& source,
+                 std::string_view bytes);
+
+}  // namespace tarn::host
+
+#endif

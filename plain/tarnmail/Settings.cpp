@@ -1,0 +1,59 @@
+#include "Settings.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <system_error>
+
+#include "Failure.h"
+#include "Tarnbase/PlainKernel.h"
+#include "Text.h"
+
+namespace tarn::host {
+namespace {
+
+namespace fs = std::filesystem;
+
+// The kernel makes temporary files only below paths that do not climb, so that the directory is
+// given without any "..".
+std::u16string TempDirectory(const std::string& directory) {
+  std::error_code error;
+  const fs::path resolved = fs::canonical(directory, error);
+  if (error) throw Failure(ExitStatus::Usage, directory, "no such directory");
+  if (!fs::is_directory(resolved, error)) {
+    throw Failure(ExitStatus::Usage, directory, "is not a directory");
+  }
+  const std::optional<std::u16string> wide = WideFromUtf8(resolved.string());
+  if (!wide) throw Failure(ExitStatus::Usage, directory, "the name is not UTF-8");
+  return *wide;
+}
+
+void Count(std::string& text, uint64_t count, const char* what) {
+  if (count == 0) return;
+  if (!text.empty()) text += ", ";
+  text += std::to_string(count) + " " + what;
+}
+
+}  // namespace
+
+void ApplySettings(const Settings& settings) {
+  if (settings.language) PlainKernelSetLanguage(*settings.language);
+  if (settings.inMemory) PlainKernelSetIoMode(KERNEL_IO_IN_MEMORY);
+  if (settings.tempDirectory) {
+    PlainKernelSetTempDirectory(TempDirectory(*settings.tempDirectory).c_str());
+  }
+}
+
+std::string WhatIsLeftInTheKernel() {
+  PlainKernelUsageRecord usage = {};
+  PlainKernelUsage(&usage);
+  std::string text;
+  Count(text, usage.liveBlocks, "blocks");
+  Count(text, usage.liveTrackedObjects, "tracked objects");
+  Count(text, usage.openHandles, "open files");
+  Count(text, usage.reportedBytes, "reported bytes");
+  Count(text, usage.temporaryFiles, "temporary files");
+  return text;
+}
+
+}  // namespace tarn::host

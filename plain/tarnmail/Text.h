@@ -1,0 +1,43 @@
+// Text.h - text between the filter, the command line and the terminal.
+//
+// Names and values in mail are written by whoever sent it. What goes to a terminal is escaped, so
+// that it can neither move the cursor nor pretend to be something else.
+#ifndef TARN_TARNMAIL_TEXT_H
+#define TARN_TARNMAIL_TEXT_H
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace tarn::host {
+
+// Always valid UTF-8: a lone surrogate becomes U+FFFD.
+std::string Utf8FromWide(std::u16string_view text);
+
+// Nothing when the text is not UTF-8 or holds a NUL, which no path can.
+std::optional<std::u16string> WideFromUtf8(std::string_view text);
+
+// The text in one line that a terminal shows as it stands. C0 controls and DEL become "\n", "\t" or
+// "\x1b"; C1 controls, line and paragraph separators and the marks that turn the direction of
+// writing become "\u202e"; a byte that is not part of valid UTF-8 becomes "\xff".
+std::string Printable(std::string_view text);
+
+// Columns that a terminal takes for the text: 2 for East Asian wide characters, 0 for combining
+// marks, 1 for all others.
+size_t DisplayWidth(std::string_view text);
+
+// "2026-11-21T10:00:00Z"; nothing outside the years 1 to 9999.
+std::optional<std::string> IsoTime(int64_t secondsSince1970);
+
+// A number in decimal digits, with "-" in front if it is negative; nothing for any other text.
+std::optional<int32_t> ParseNumber(std::string_view text);
+
+// A Windows LANGID, decimal ("1031") or hexadecimal behind "0x"; nothing for any other text and
+// for numbers above 0xFFFF.
+std::optional<uint32_t> ParseLangId(std::string_view text);
+
+}  // namespace tarn::host
+
+#endif

@@ -1,0 +1,169 @@
+// tarnmail - the plain host's command line.
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <exception>
+#include <optional>
+#include <sstream>
+#include <string>
+
+#include "Commands.h"
+#include "Failure.h"
+#include "FilterLibrary.h"
+#include "Output.h"
+#include "Settings.h"
+#include "Text.h"
+
+namespace tarn::host {
+namespace {
+
+// All that the command line can say, with one slot a command.
+struct CommandLine {
+  Settings settings;
+  InfoOptions info;
+  DocumentOptions document;
+  AttachmentsOptions attachments;
+  ExtractOptions extract;
+};
+
+void AddNumber(CLI::App& app, const std::string& name, int32_t& number, const std::string& help,
+               bool required = false) {
+  const auto take = [name, &number](const std::string& text) {
+    const std::optional<int32_t> parsed = ParseNumber(text);
+    if (!parsed) throw CLI::ValidationError(name, text + " is not a number");
+    number = *parsed;
+  };
+  app.add_option_function<std::string>(name, take, help)->type_name("N")->required(required);
+}
+
+// These stand in front of the command or behind it.
+void AddSettings(CLI::App& app, Settings& settings) {
+  const auto takeLanguage = [&settings](const std::string& text) {
+    settings.language = ParseLangId(text);
+    if (!settings.language) {
+      throw CLI::ValidationError("--language", text + " is not a LANGID such as 0x0407 or 1031");
+    }
+  };
+  app.add_option_function<std::string>("--language", takeLanguage,
+                                       "Language of the header labels, as a Windows LANGID")
+      ->type_name("LANGID");
+  app.add_flag("--in-memory", settings.inMemory, "Write no temporary files");
+  app.add_option("--temp", settings.tempDirectory, "Directory for temporary files")
+      ->type_name("DIR");
+}
+
+CLI::App* AddCommand(CLI::App& app, const std::string& name, const std::string& help,
+                     Settings& settings, MessageChoice& message) {
+  CLI::App* const command = app.add_subcommand(name, help);
+  command->add_option("FILE", message.file, "A PST, MSG or EML file")->required()->type_name("");
+  AddSettings(*command, settings);
+  AddNumber(*command, "-m,--message", message.messageNumber,
+            "Message of a PST file, from 1 (default 1)");
+  return command;
+}
+
+void AddTextOption(CLI::App& command, MessageChoice& message) {
+  command.add_flag("--text", message.textOnly, "The plain text of the message");
+}
+
+void AddOutputOption(CLI::App& command, std::optional<std::string>& output) {
+  command.add_option("-o,--output", output, "File to write instead of standard output")
+      ->type_name("OUT");
+}
+
+void Describe(CLI::App& app, CommandLine& line) {
+  app.require_subcommand(1);
+  app.set_version_flag("--version", "tarnmail " TARNMAIL_VERSION);
+  app.footer(
+      "Exit status: 0 done, 1 refused by the filter or not written, 2 wrong usage, 3 broken.\n"
+      "tarnmail COMMAND --help tells more.");
+  AddSettings(app, line.settings);
+
+  CLI::App* const info =
+      AddCommand(app, "info", "Tell what a mail file is", line.settings, line.info.message);
+  AddTextOption(*info, line.info.message);
+  info->add_flag("--json", line.info.json, "JSON for machines");
+
+  CLI::App* const document = AddCommand(app, "document", "Write the finished document of a message",
+                                        line.settings, line.document.message);
+  AddTextOption(*document, line.document.message);
+  AddOutputOption(*document, line.document.output);
+
+  CLI::App* const attachments = AddCommand(app, "attachments", "List the attachments of a message",
+                                           line.settings, line.attachments.message);
+  attachments->add_flag("--json", line.attachments.json, "JSON for machines, with all properties");
+
+  CLI::App* const extract = AddCommand(app, "extract", "Write one attachment of a message",
+                                       line.settings, line.extract.message);
+  AddNumber(*extract, "K", line.extract.attachmentNumber, "Number of the attachment, from 1", true);
+  AddOutputOption(*extract, line.extract.output);
+}
+
+// What a run writes, and where.
+struct Product {
+  std::string bytes;
+  std::optional<std::string> place;  // else standard output
+  std::string source;                // the mail file
+};
+
+Product RunCommand(const CLI::App& app, const CommandLine& line) {
+  ApplySettings(line.settings);
+  const FilterLibrary filter;
+  if (app.got_subcommand("info")) {
+    return {InfoText(filter, line.info), std::nullopt, line.info.message.file};
+  }
+  if (app.got_subcommand("document")) {
+    return {DocumentBytes(filter, line.document), line.document.output, line.document.message.file};
+  }
+  if (app.got_subcommand("attachments")) {
+    return {AttachmentsText(filter, line.attachments), std::nullopt, line.attachments.message.file};
+  }
+  return {AttachmentBytes(filter, line.extract), line.extract.output, line.extract.message.file};
+}
+
+// Help and version are asked for by what the parser throws, too.
+void Run(int argc, char** argv) {
+  CLI::App app("Reads PST, MSG and EML mail files through the mail filter.", "tarnmail");
+  CommandLine line;
+  Describe(app, line);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    std::ostringstream text;
+    std::ostringstream ignored;
+    if (app.exit(error, text, ignored) != 0) {
+      throw Failure(ExitStatus::Usage, std::string(error.what()) + "; see tarnmail --help");
+    }
+    WriteToStandardOutput(text.str());
+    return;
+  }
+
+  const Product product = RunCommand(app, line);
+  const std::string left = WhatIsLeftInTheKernel();
+  if (!left.empty()) throw Failure(ExitStatus::Broken, "internal error: left behind: " + left);
+  WriteOutput(product.place, product.source, product.bytes);
+}
+
+int Report(ExitStatus status, const std::string& line) {
+  const std::string text = "tarnmail: " + Printable(line) + "\n";
+  std::fwrite(text.data(), 1, text.size(), stderr);
+  return static_cast<int>(status);
+}
+
+}  // namespace
+}  // namespace tarn::host
+
+int main(int argc, char** argv) {
+  using tarn::host::ExitStatus;
+  tarn::host::PrepareStandardStreams();
+  try {
+    tarn::host::Run(argc, argv);
+  } catch (const tarn::host::Failure& failure) {
+    return tarn::host::Report(failure.status(), failure.what());
+  } catch (const std::bad_alloc&) {
+    return tarn::host::Report(ExitStatus::Failed, "out of memory");
+  } catch (const std::exception& error) {
+    return tarn::host::Report(ExitStatus::Broken, std::string("internal error: ") + error.what());
+  }
+  return static_cast<int>(ExitStatus::Done);
+}

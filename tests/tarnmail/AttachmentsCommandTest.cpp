@@ -1,0 +1,122 @@
+// tarnmail attachments: the table and the JSON list.
+
+#include <nlohmann/json.hpp>
+
+#include "TarnmailFixture.h"
+#include "support/SampleMails.h"
+
+namespace tarn::test {
+namespace {
+
+using AttachmentsCommand = TarnmailTest;
+using nlohmann::json;
+
+json Property(const char* name, const char* value) { return {{"name", name}, {"value", value}}; }
+
+TEST_F(AttachmentsCommand, ShowsATable) {
+  // The times stand in the mail without a zone that counts, and the program runs in UTC.
+  EXPECT_EQ(
+      output({"attachments", Example("nested-attachments.eml")}),
+      "No.  Name           Size  Type            Created               Modified              "
+      "Description\n"
+      "  1  minutes.txt      74  text/plain      2026-05-19T15:02:00Z  2026-05-19T16:31:45Z  "
+      "Minutes of 19 May\n"
+      "  2  rooms.csv        95  text/csv        -                     -                     -\n"
+      "  3  caretaker.eml   282  message/rfc822  -                     -                     "
+      "The mail of the caretaker\n");
+}
+
+TEST_F(AttachmentsCommand, ShowsTheContentIdOfAnInlineImage) {
+  const std::string expected =
+      "No.  Name       Size  Type       Content ID\n"
+      "  1  chart.png   111  image/png  chart.q1@example.com\n";
+  EXPECT_EQ(output({"attachments", Example("html-inline-image.eml")}), expected);
+  EXPECT_EQ(output({"attachments", "--in-memory", Example("html-inline-image.eml")}), expected);
+}
+
+TEST_F(AttachmentsCommand, SaysThatThereAreNone) {
+  EXPECT_EQ(output({"attachments", Example("plain-7bit.eml")}), "No attachments\n");
+}
+
+TEST_F(AttachmentsCommand, WritesAnEmptyListAsJson) {
+  const std::string file = Example("plain-7bit.eml");
+  EXPECT_EQ(json::parse(output({"attachments", "--json", file})),
+            json({{"file", file}, {"attachments", json::array()}}));
+}
+
+TEST_F(AttachmentsCommand, WritesEverythingAsJson) {
+  const std::string file = Example("nested-attachments.eml");
+  const json list = json::parse(output({"attachments", "--json", "-m", "1", file}))["attachments"];
+  ASSERT_EQ(list.size(), 3u);
+  EXPECT_EQ(list[0],
+            json({{"number", 1},
+                  {"name", "minutes.txt"},
+                  {"description", "Minutes of 19 May"},
+                  {"size", 74},
+                  {"created", "2026-05-19T15:02:00Z"},
+                  {"createdSeconds", 1779202920},
+                  {"modified", "2026-05-19T16:31:45Z"},
+                  {"modifiedSeconds", 1779208305},
+                  {"properties", json::array({Property("Content-Disposition", "attachment"),
+                                              Property("MineType", "text/plain")})}}));
+  EXPECT_EQ(list[1],
+            json({{"number", 2},
+                  {"name", "rooms.csv"},
+                  {"description", nullptr},
+                  {"size", 95},
+                  {"created", nullptr},
+                  {"createdSeconds", nullptr},
+                  {"modified", nullptr},
+                  {"modifiedSeconds", nullptr},
+                  {"properties", json::array({Property("Content-Disposition", "attachment"),
+                                              Property("MineType", "text/csv")})}}));
+  EXPECT_EQ(list[2]["name"], "caretaker.eml");
+  EXPECT_EQ(list[2]["description"], "The mail of the caretaker");
+}
+
+std::string MailWithAttachment(const std::string& disposition) {
+  return kSampleFields +
+         "Content-Type: multipart/mixed; boundary=\"sep\"\r\n"
+         "\r\n"
+         "--sep\r\n"
+         "Content-Type: text/plain\r\n"
+         "\r\n"
+         "Hi\r\n"
+         "--sep\r\n"
+         "Content-Type: application/pdf\r\n" +
+         disposition +
+         "\r\n"
+         "\r\n"
+         "%PDF\r\n"
+         "--sep--\r\n";
+}
+
+TEST_F(AttachmentsCommand, EscapesWhatATerminalWouldObey) {
+  const std::string file = mail(MailWithAttachment(
+      "Content-Disposition: attachment; filename=\"\x1b[31m\xE2\x80\xAEgnp.exe\x7f\xC2\x9B\""));
+  EXPECT_EQ(output({"attachments", file}),
+            "No.  Name                             Size  Type\n"
+            "  1  \\x1b[31m\\u202egnp.exe\\x7f\\u009b     4  application/pdf\n");
+  EXPECT_EQ(json::parse(output({"attachments", "--json", file}))["attachments"][0]["name"],
+            "\x1b[31m\u202Egnp.exe\x7f\u009B");
+}
+
+TEST_F(AttachmentsCommand, AlignsWideCharacters) {
+  const std::string file =
+      mail(MailWithAttachment("Content-Disposition: attachment; filename=\"会議.pdf\""));
+  EXPECT_EQ(output({"attachments", file}),
+            "No.  Name      Size  Type\n"
+            "  1  会議.pdf     4  application/pdf\n");
+}
+
+TEST_F(AttachmentsCommand, ShowsAnAttachmentWithoutName) {
+  const std::string file = mail(MailWithAttachment("Content-Disposition: attachment"));
+  EXPECT_EQ(output({"attachments", file}),
+            "No.  Size  Type\n"
+            "  1     4  application/pdf\n");
+  EXPECT_EQ(json::parse(output({"attachments", "--json", file}))["attachments"][0]["name"],
+            nullptr);
+}
+
+}  // namespace
+}  // namespace tarn::test

@@ -1,0 +1,105 @@
+// tarnmail document: exactly the bytes that the sibling gets, by temp file and from memory.
+
+#include "ExampleDocuments.h"
+#include "TarnmailFixture.h"
+#include "support/SampleMails.h"
+
+namespace tarn::test {
+namespace {
+
+using DocumentCommand = TarnmailTest;
+
+// From memory an HTML document has its terminator and one more zero byte behind it, a text its
+// terminator.
+const std::string kHtmlEnd(2, '\0');
+const std::string kTextEnd(1, '\0');
+
+TEST_F(DocumentCommand, NamesTheImageFileBesideTheHtmlFile) {
+  EXPECT_EQ(output({"document", Example("html-inline-image.eml")}),
+            InlineImageDocument("chart.q1@example.com_chart.png"));
+}
+
+TEST_F(DocumentCommand, PutsTheImageIntoTheDocumentInMemory) {
+  EXPECT_EQ(output({"document", "--in-memory", Example("html-inline-image.eml")}),
+            InlineImageDocument("data:image;base64," + kChartBase64) + kHtmlEnd);
+}
+
+TEST_F(DocumentCommand, ShowsTheHtmlOfNestedParts) {
+  EXPECT_EQ(output({"document", Example("nested-attachments.eml")}), NestedDocument());
+  EXPECT_EQ(output({"document", Example("nested-attachments.eml"), "--in-memory"}),
+            NestedDocument() + kHtmlEnd);
+}
+
+TEST_F(DocumentCommand, TurnsJapaneseIntoUtf8) {
+  EXPECT_EQ(output({"document", Example("japanese-iso2022jp.eml")}), kJapaneseDocument + kTextEnd);
+  EXPECT_EQ(output({"document", "--in-memory", Example("japanese-iso2022jp.eml")}),
+            kJapaneseDocument + kTextEnd);
+}
+
+TEST_F(DocumentCommand, KeepsTheMarkOfSevenBitText) {
+  EXPECT_EQ(output({"document", Example("plain-7bit.eml")}), kSevenBitDocument + kTextEnd);
+  EXPECT_EQ(output({"document", "--in-memory", Example("plain-7bit.eml")}),
+            kSevenBitDocument + kTextEnd);
+}
+
+TEST_F(DocumentCommand, HandsHtmlToTheTextSiblingFromMemory) {
+  EXPECT_EQ(output({"document", "--text", Example("nested-attachments.eml")}),
+            NestedDocument() + kHtmlEnd);
+}
+
+TEST_F(DocumentCommand, KeepsEnglishLabelsOfMailFilesInEveryLanguage) {
+  for (const char* language : {"0x0407", "1031", "0X0407", "0x411", "2052", "0", "65535"}) {
+    EXPECT_EQ(output({"document", "--language", language, Example("nested-attachments.eml")}),
+              NestedDocument())
+        << language;
+  }
+}
+
+TEST_F(DocumentCommand, TakesAnyMessageNumberForAMailFile) {
+  for (const char* number : {"2", "0", "-5"}) {
+    EXPECT_EQ(output({"document", "-m", number, Example("nested-attachments.eml")}),
+              NestedDocument());
+  }
+}
+
+TEST_F(DocumentCommand, WritesToAFile) {
+  EXPECT_EQ(output({"document", Example("nested-attachments.eml"), "-o", "minutes.html"}), "");
+  EXPECT_EQ(ReadWholeFile(directory_.path() / "minutes.html"), NestedDocument());
+  EXPECT_EQ(directory_.listing(), "minutes.html");
+}
+
+TEST_F(DocumentCommand, PutsTemporaryFilesWhereItIsTold) {
+  const TempDirectory elsewhere;
+  // The system's temporary directory is of no use here.
+  environment_.emplace_back("TMPDIR", (temporary_.path() / "none").string());
+  EXPECT_EQ(output({"document", "--temp", elsewhere.path(), Example("html-inline-image.eml")}),
+            InlineImageDocument("chart.q1@example.com_chart.png"));
+  EXPECT_EQ(elsewhere.listing(), "");
+}
+
+TEST_F(DocumentCommand, TakesATemporaryDirectoryWithDots) {
+  std::filesystem::create_directories(directory_.path() / "a" / "b");
+  EXPECT_EQ(output({"document", "--temp", "a/b/../../a", Example("html-inline-image.eml")}),
+            InlineImageDocument("chart.q1@example.com_chart.png"));
+  EXPECT_EQ(directory_.listing(), "a a/b");
+}
+
+TEST_F(DocumentCommand, NeedsNoTemporaryDirectoryInMemory) {
+  const std::string file = Example("html-inline-image.eml");
+  const std::string inMemory = output({"document", "--in-memory", file});
+  environment_.emplace_back("TMPDIR", (temporary_.path() / "none").string());
+  EXPECT_EQ(output({"document", "--in-memory", file}), inMemory);
+}
+
+TEST_F(DocumentCommand, ReadsAMailWhoseNameHasABackslash) {
+  EXPECT_EQ(output({"document", mail(kPlainMail, "to\\bob.eml")}), kPlainMailDocument + kTextEnd);
+}
+
+TEST_F(DocumentCommand, ReadsAMailThroughALink) {
+  mail(kPlainMail);
+  std::filesystem::create_symlink("mail.eml", directory_.path() / "link");
+  EXPECT_EQ(output({"document", "link"}), kPlainMailDocument + kTextEnd);
+}
+
+}  // namespace
+}  // namespace tarn::test

@@ -1,0 +1,81 @@
+// tarnmail info.
+
+#include <nlohmann/json.hpp>
+
+#include "TarnmailFixture.h"
+#include "support/SampleMails.h"
+
+namespace tarn::test {
+namespace {
+
+using InfoCommand = TarnmailTest;
+using nlohmann::json;
+
+TEST_F(InfoCommand, TellsWhatEachExampleIs) {
+  EXPECT_EQ(output({"info", Example("html-inline-image.eml")}),
+            "Format:      EML\n"
+            "Messages:    1\n"
+            "Document:    HTML\n"
+            "Pages:       unknown\n"
+            "Attachments: 1\n");
+  EXPECT_EQ(output({"info", Example("japanese-iso2022jp.eml")}),
+            "Format:      EML\n"
+            "Messages:    1\n"
+            "Document:    text\n"
+            "Pages:       unknown\n"
+            "Attachments: 0\n");
+  EXPECT_EQ(output({"info", Example("nested-attachments.eml")}),
+            "Format:      EML\n"
+            "Messages:    1\n"
+            "Document:    HTML\n"
+            "Pages:       unknown\n"
+            "Attachments: 3\n");
+  EXPECT_EQ(output({"info", Example("plain-7bit.eml")}),
+            "Format:      EML\n"
+            "Messages:    1\n"
+            "Document:    text\n"
+            "Pages:       unknown\n"
+            "Attachments: 0\n");
+}
+
+TEST_F(InfoCommand, SaysTheSameInMemory) {
+  for (const char* name : {"html-inline-image.eml", "japanese-iso2022jp.eml",
+                           "nested-attachments.eml", "plain-7bit.eml"}) {
+    EXPECT_EQ(output({"info", "--in-memory", Example(name)}), output({"info", Example(name)}))
+        << name;
+  }
+}
+
+TEST_F(InfoCommand, WritesJson) {
+  const std::string file = Example("nested-attachments.eml");
+  EXPECT_EQ(json::parse(output({"info", "--json", file})), json({{"file", file},
+                                                                 {"format", "EML"},
+                                                                 {"messages", 1},
+                                                                 {"message", 1},
+                                                                 {"document", "HTML"},
+                                                                 {"pages", nullptr},
+                                                                 {"attachments", 3}}));
+}
+
+TEST_F(InfoCommand, WritesJsonForANameThatNeedsEscapes) {
+  const std::string file = mail(kPlainMail, "a \"quoted\"\nn\u00E4me.eml");
+  EXPECT_EQ(json::parse(output({"info", file, "--json"}))["file"], file);
+}
+
+TEST_F(InfoCommand, AsksForTheTextSiblingWithTheTextFlag) {
+  const json answer =
+      json::parse(output({"info", "--text", "--json", Example("html-inline-image.eml")}));
+  EXPECT_EQ(answer["document"], "text");
+}
+
+TEST_F(InfoCommand, TakesAnyMessageNumberForAMailFile) {
+  for (const char* number : {"1", "0", "-1", "7", "2147483647", "-2147483648"}) {
+    const json answer =
+        json::parse(output({"info", "-m", number, "--json", Example("plain-7bit.eml")}));
+    EXPECT_EQ(answer["message"], 1) << number;
+    EXPECT_EQ(answer["messages"], 1) << number;
+  }
+}
+
+}  // namespace
+}  // namespace tarn::test

@@ -1,0 +1,46 @@
+// The meaning of each of the filter's results.
+
+#include "tarnmail/StatusText.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+
+namespace tarn::host {
+namespace {
+
+TEST(StatusText, NamesMeaningAndNumber) {
+  EXPECT_EQ(StatusText(-9), "not a mail file the filter takes (-9)");
+  EXPECT_EQ(StatusText(-7), "shorter than 12 bytes, or a read came short (-7)");
+  EXPECT_EQ(StatusText(0), "failed without a code of its own (0)");
+  EXPECT_EQ(StatusText(2), "the message ended early (2)");
+}
+
+TEST(StatusText, HasAMeaningOfItsOwnForEachResult) {
+  std::set<std::string> meanings;
+  for (int status : {2,   0,    -1,   -4,    -5,    -7,    -9,    -10,   -13,   -14,
+                     -74, -290, -814, -1488, -1490, -1778, -1851, -1860, -1863, -1935}) {
+    const std::string text = StatusText(status);
+    const std::string number = " (" + std::to_string(status) + ")";
+    ASSERT_GT(text.size(), number.size());
+    EXPECT_EQ(text.substr(text.size() - number.size()), number);
+    const std::string meaning = text.substr(0, text.size() - number.size());
+    EXPECT_NE(meaning, "failed with a code that means nothing here") << status;
+    EXPECT_TRUE(meanings.insert(meaning).second) << status;
+  }
+}
+
+TEST(StatusText, SaysSoWhenANumberMeansNothing) {
+  EXPECT_EQ(StatusText(-99999), "failed with a code that means nothing here (-99999)");
+  EXPECT_EQ(StatusText(INT32_MIN), "failed with a code that means nothing here (-2147483648)");
+}
+
+TEST(SiblingRefusalText, NamesBothCodes) {
+  EXPECT_EQ(SiblingRefusalText(-7),
+            "the document could not be taken over: shorter than 12 bytes, or a read came short "
+            "(-1863, -7)");
+}
+
+}  // namespace
+}  // namespace tarn::host

@@ -1,0 +1,70 @@
+#include "TarnmailFixture.h"
+
+#include <algorithm>
+
+namespace tarn::test {
+namespace {
+
+constexpr std::string_view kPrefix = "tarnmail: ";
+
+}  // namespace
+
+TarnmailTest::TarnmailTest() : program_(TARNMAIL_PATH) {
+  environment_ = {{"TMPDIR", temporary_.path().string()},
+                  {"TZ", "UTC"},
+                  {"LC_ALL", "C"},
+                  {"TARNBASE_REPORT_LEAKS", "1"}};
+}
+
+ProgramResult TarnmailTest::run(const std::vector<std::string>& arguments,
+                                StandardOutput standardOutput) {
+  ProgramCall call;
+  call.program = program_;
+  call.arguments = arguments;
+  call.environment = environment_;
+  call.workingDirectory = directory_.path();
+  call.standardOutput = standardOutput;
+  ProgramResult result = RunProgram(call);
+
+  EXPECT_EQ(temporary_.listing(), "");
+  if (result.exitStatus == 0) {
+    EXPECT_EQ(result.err, "");
+  } else {
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.err.substr(0, kPrefix.size()), kPrefix);
+    EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
+    EXPECT_EQ(result.err.back(), '\n');
+  }
+  return result;
+}
+
+std::string TarnmailTest::output(const std::vector<std::string>& arguments) {
+  const ProgramResult result = run(arguments);
+  EXPECT_EQ(result.exitStatus, 0) << result.err;
+  return result.out;
+}
+
+std::string TarnmailTest::failure(int exitStatus, const std::vector<std::string>& arguments,
+                                  StandardOutput standardOutput) {
+  const ProgramResult result = run(arguments, standardOutput);
+  EXPECT_EQ(result.exitStatus, exitStatus);
+  if (result.err.size() <= kPrefix.size()) return result.err;
+  return result.err.substr(kPrefix.size(), result.err.size() - kPrefix.size() - 1);
+}
+
+std::string TarnmailTest::mail(std::string_view bytes, const std::string& name) {
+  directory_.write(name, bytes);
+  return name;
+}
+
+void TarnmailTest::useFilter(const std::filesystem::path& library) {
+  namespace fs = std::filesystem;
+  fs::copy_file(TARNMAIL_PATH, copies_.path() / "tarnmail");
+  fs::copy_file(TARNBASE_PATH, copies_.path() / fs::path(TARNBASE_PATH).filename());
+  if (!library.empty()) fs::copy_file(library, copies_.path() / "libTarnPst.so");
+  program_ = copies_.path() / "tarnmail";
+}
+
+std::string Example(const std::string& name) { return std::string(EXAMPLES_PATH) + "/" + name; }
+
+}  // namespace tarn::test

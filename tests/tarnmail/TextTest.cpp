@@ -1,0 +1,101 @@
+// Text for terminals, JSON and the filter; numbers of the command line.
+
+#include "tarnmail/Text.h"
+
+#include <gtest/gtest.h>
+
+namespace tarn::host {
+namespace {
+
+using namespace std::literals;
+
+TEST(Utf8FromWide, MakesValidUtf8OfAnything) {
+  EXPECT_EQ(Utf8FromWide(u""), "");
+  EXPECT_EQ(Utf8FromWide(u"a\u00E9\u20AC\U0001F600"), "a\u00E9\u20AC\U0001F600");
+  EXPECT_EQ(Utf8FromWide(std::u16string(1, char16_t{0xD800})), "\xEF\xBF\xBD");
+  EXPECT_EQ(Utf8FromWide(u"a\0b"sv), "a\0b"sv);
+}
+
+TEST(WideFromUtf8, RefusesWhatNoPathCanBe) {
+  EXPECT_EQ(WideFromUtf8(""), u""s);
+  EXPECT_EQ(WideFromUtf8("a\u20AC\U0001F600"), u"a\u20AC\U0001F600"s);
+  EXPECT_EQ(WideFromUtf8("caf\xE9"), std::nullopt);
+  EXPECT_EQ(WideFromUtf8("a\0b"sv), std::nullopt);
+}
+
+TEST(Printable, KeepsOrdinaryText) {
+  EXPECT_EQ(Printable(""), "");
+  EXPECT_EQ(Printable("a b~\\x1b \u00E9\u20AC\u4F1A\U0001F600"),
+            "a b~\\x1b \u00E9\u20AC\u4F1A\U0001F600");
+}
+
+TEST(Printable, EscapesControlCharacters) {
+  EXPECT_EQ(Printable("\0\x01\x1b\x1f\x7f\r"sv), "\\x00\\x01\\x1b\\x1f\\x7f\\x0d");
+  EXPECT_EQ(Printable("a\tb\nc"), "a\\tb\\nc");
+  EXPECT_EQ(Printable("\u0080\u009B\u009F\u00A0"), "\\u0080\\u009b\\u009f\u00A0");
+}
+
+TEST(Printable, EscapesLineSeparatorsAndDirections) {
+  EXPECT_EQ(Printable("\u2028\u2029\u202A\u202E\u2066\u2069\u200E\u200F\u061C\uFEFF"),
+            "\\u2028\\u2029\\u202a\\u202e\\u2066\\u2069\\u200e\\u200f\\u061c\\ufeff");
+}
+
+TEST(Printable, EscapesBytesThatAreNoUtf8) {
+  EXPECT_EQ(Printable("a\x80z"), "a\\x80z");
+  EXPECT_EQ(Printable("\xC0\xAF"), "\\xc0\\xaf");                    // overlong
+  EXPECT_EQ(Printable("\xE0\x80\xAF"), "\\xe0\\x80\\xaf");           // overlong
+  EXPECT_EQ(Printable("\xED\xA0\x80"), "\\xed\\xa0\\x80");           // surrogate
+  EXPECT_EQ(Printable("\xF4\x90\x80\x80"), "\\xf4\\x90\\x80\\x80");  // beyond U+10FFFF
+  EXPECT_EQ(Printable("\xE2\x82"), "\\xe2\\x82");                    // cut off
+  EXPECT_EQ(Printable("\xE2\x82z"), "\\xe2\\x82z");
+  EXPECT_EQ(Printable("\xFF\xF5"), "\\xff\\xf5");
+}
+
+TEST(DisplayWidth, CountsColumns) {
+  EXPECT_EQ(DisplayWidth(""), 0u);
+  EXPECT_EQ(DisplayWidth("abc"), 3u);
+  EXPECT_EQ(DisplayWidth("\u00E9\u20AC"), 2u);
+  EXPECT_EQ(DisplayWidth("e\u0301"), 1u);
+  EXPECT_EQ(DisplayWidth("\u4F1A\u8B70.pdf"), 8u);
+  EXPECT_EQ(DisplayWidth("\uFF21\uAC00\U0001F600"), 6u);
+}
+
+TEST(IsoTime, CountsFromTheEpochInUtc) {
+  EXPECT_EQ(IsoTime(0), "1970-01-01T00:00:00Z");
+  EXPECT_EQ(IsoTime(-1), "1969-12-31T23:59:59Z");
+  EXPECT_EQ(IsoTime(951782400), "2000-02-29T00:00:00Z");
+  EXPECT_EQ(IsoTime(1779208305), "2026-05-19T16:31:45Z");
+  EXPECT_EQ(IsoTime(-11644473600), "1601-01-01T00:00:00Z");
+}
+
+TEST(IsoTime, KnowsTheYearsOfFourDigits) {
+  EXPECT_EQ(IsoTime(253402300799), "9999-12-31T23:59:59Z");
+  EXPECT_EQ(IsoTime(253402300800), std::nullopt);
+  EXPECT_EQ(IsoTime(-62135596800), "0001-01-01T00:00:00Z");
+  EXPECT_EQ(IsoTime(-62135596801), std::nullopt);
+  EXPECT_EQ(IsoTime(INT64_MAX), std::nullopt);
+  EXPECT_EQ(IsoTime(INT64_MIN), std::nullopt);
+}
+
+TEST(ParseNumber, TakesDecimalDigitsOnly) {
+  EXPECT_EQ(ParseNumber("0"), 0);
+  EXPECT_EQ(ParseNumber("010"), 10);
+  EXPECT_EQ(ParseNumber("-2147483648"), INT32_MIN);
+  for (const char* text : {"", " 1", "1 ", "+1", "0x1", "2147483648", "-2147483649", "1e3", "-"}) {
+    EXPECT_EQ(ParseNumber(text), std::nullopt) << text;
+  }
+}
+
+TEST(ParseLangId, TakesDecimalAndHexadecimal) {
+  EXPECT_EQ(ParseLangId("1031"), 0x0407u);
+  EXPECT_EQ(ParseLangId("01031"), 0x0407u);
+  EXPECT_EQ(ParseLangId("0x0407"), 0x0407u);
+  EXPECT_EQ(ParseLangId("0X2c01"), 0x2C01u);
+  EXPECT_EQ(ParseLangId("0xFFFF"), 0xFFFFu);
+  for (const char* text : {"", "0x", "0x10000", "65536", "-1", "0x-1", "4e", "de", "0x 1"}) {
+    EXPECT_EQ(ParseLangId(text), std::nullopt) << text;
+  }
+}
+
+}  // namespace
+}  // namespace tarn::host
