@@ -10,6 +10,12 @@ namespace {
 // Twenty-four bytes an entry, and sixteen in front of the first.
 static_assert(sizeof(FilterDataList) == 40 && sizeof(FilterDataEntry) == 24);
 
+// The fields of packed records may lie anywhere, so comparisons take copies.
+template <typename T>
+T Copy(T value) {
+  return value;
+}
+
 char itemA[] = "item a";
 char itemB[] = "item b";
 
@@ -49,7 +55,7 @@ class FilterDataTest : public ::testing::Test {
     EXPECT_EQ(SetFilterDataEntry(&slot_, 0, itemA, 1, 1), -13);
     EXPECT_EQ(SetFilterDataEntry(&slot_, 3, itemA, 1, 1), -13);
     EXPECT_EQ(test::Allocations(), calls);
-    EXPECT_EQ(slot_.data, listBlock_);
+    EXPECT_EQ(Copy(slot_.data), listBlock_);
   }
 
   FilterDataSlot slot_ = {};
@@ -197,9 +203,9 @@ TEST_F(FilterDataTest, SlotListOfNothingIsNull) {
 TEST_F(FilterDataTest, EnsureOnAnEmptySlotMakesAListWithoutEntries) {
   slot_.dataSize = 99;
   EXPECT_EQ(EnsureFilterDataList(&slot_, 3), 1);
-  EXPECT_EQ(slot_.dataFormat, -2);
-  EXPECT_EQ(slot_.dataSize, 0u);
-  ASSERT_NE(slot_.data, nullptr);
+  EXPECT_EQ(Copy(slot_.dataFormat), -2);
+  EXPECT_EQ(Copy(slot_.dataSize), 0u);
+  ASSERT_NE(Copy(slot_.data), nullptr);
   const std::string expected =
       test::Raw("LMLT\0\0\0\0\x58\0\0\0\0\0\0\0") + std::string(3 * 24, '\0');
   EXPECT_EQ(std::string(static_cast<char*>(slot_.data), 88), expected);
@@ -209,23 +215,23 @@ TEST_F(FilterDataTest, EnsureOnAnEmptySlotMakesAListWithoutEntries) {
 
 TEST_F(FilterDataTest, EnsureOfOneMakesAListForAnEmptySlotOnly) {
   EXPECT_EQ(EnsureFilterDataList(&slot_, 1), 1);
-  EXPECT_EQ(slot_.dataFormat, -2);
-  EXPECT_EQ(list().count, 0);
-  EXPECT_EQ(list().size, 40u);
+  EXPECT_EQ(Copy(slot_.dataFormat), -2);
+  EXPECT_EQ(Copy(list().count), 0);
+  EXPECT_EQ(Copy(list().size), 40u);
   KernelFree(slot_.data, TARN_HERE);
 
   slot_ = {};
   slot_.data = itemA;
   slot_.dataFormat = 300;
   EXPECT_EQ(EnsureFilterDataList(&slot_, 1), 1);
-  EXPECT_EQ(slot_.data, itemA);
-  EXPECT_EQ(slot_.dataFormat, 300);
+  EXPECT_EQ(Copy(slot_.data), itemA);
+  EXPECT_EQ(Copy(slot_.dataFormat), 300);
 }
 
 TEST_F(FilterDataTest, EnsureOfNothingChangesNothing) {
   EXPECT_EQ(EnsureFilterDataList(&slot_, 0), 1);
   EXPECT_EQ(EnsureFilterDataList(&slot_, INT32_MIN), 1);
-  EXPECT_EQ(slot_.data, nullptr);
+  EXPECT_EQ(Copy(slot_.data), nullptr);
   EXPECT_EQ(EnsureFilterDataList(nullptr, 1), -814);
 }
 
@@ -235,17 +241,17 @@ TEST_F(FilterDataTest, EnsureMovesASingleItemToEntryZero) {
   slot_.dataFormat = -1;  // kept as it is, unlike the format of an item that is stored
   slot_.defaultFormat = 400;
   EXPECT_EQ(EnsureFilterDataList(&slot_, 2), 1);
-  EXPECT_EQ(slot_.dataFormat, -2);
-  EXPECT_EQ(slot_.dataSize, 0u);
-  EXPECT_EQ(slot_.defaultFormat, 400);
-  EXPECT_EQ(list().signature, 0x544C4D4Cu);
-  EXPECT_EQ(list().count, 1);
-  EXPECT_EQ(list().size, 64u);
-  EXPECT_EQ(list().entries[0].data, itemA);
-  EXPECT_EQ(list().entries[0].size, 6u);
-  EXPECT_EQ(list().entries[0].format, -1);
-  EXPECT_EQ(list().entries[0].flags, 0u);
-  EXPECT_EQ(list().entries[1].data, nullptr);
+  EXPECT_EQ(Copy(slot_.dataFormat), -2);
+  EXPECT_EQ(Copy(slot_.dataSize), 0u);
+  EXPECT_EQ(Copy(slot_.defaultFormat), 400);
+  EXPECT_EQ(Copy(list().signature), 0x544C4D4Cu);
+  EXPECT_EQ(Copy(list().count), 1);
+  EXPECT_EQ(Copy(list().size), 64u);
+  EXPECT_EQ(Copy(list().entries[0].data), itemA);
+  EXPECT_EQ(Copy(list().entries[0].size), 6u);
+  EXPECT_EQ(Copy(list().entries[0].format), -1);
+  EXPECT_EQ(Copy(list().entries[0].flags), 0u);
+  EXPECT_EQ(Copy(list().entries[1].data), nullptr);
 }
 
 TEST_F(FilterDataTest, EnsureGrowsAListAndClearsWhatIsNew) {
@@ -254,15 +260,15 @@ TEST_F(FilterDataTest, EnsureGrowsAListAndClearsWhatIsNew) {
   old.entries[1] = {itemA, 4, 5, 6};
   slot_.dataSize = 64;
   EXPECT_EQ(EnsureFilterDataList(&slot_, 2), 1);
-  EXPECT_EQ(slot_.dataSize, 64u);  // nothing to do
+  EXPECT_EQ(Copy(slot_.dataSize), 64u);  // nothing to do
   EXPECT_EQ(EnsureFilterDataList(&slot_, 5), 1);
-  EXPECT_EQ(slot_.dataSize, 0u);
-  EXPECT_EQ(list().count, 2);
-  EXPECT_EQ(list().size, 136u);
-  EXPECT_EQ(list().entries[0].data, &record_);
-  EXPECT_EQ(list().entries[0].flags, 3u);
-  EXPECT_EQ(list().entries[1].data, itemA);
-  EXPECT_EQ(list().entries[1].size, 4u);
+  EXPECT_EQ(Copy(slot_.dataSize), 0u);
+  EXPECT_EQ(Copy(list().count), 2);
+  EXPECT_EQ(Copy(list().size), 136u);
+  EXPECT_EQ(Copy(list().entries[0].data), &record_);
+  EXPECT_EQ(Copy(list().entries[0].flags), 3u);
+  EXPECT_EQ(Copy(list().entries[1].data), itemA);
+  EXPECT_EQ(Copy(list().entries[1].size), 4u);
   const char* const fresh = static_cast<char*>(slot_.data) + 64;
   EXPECT_EQ(std::string(fresh, 72), std::string(72, '\0'));
 }
@@ -272,40 +278,40 @@ TEST_F(FilterDataTest, EnsureTakesTheCountForTheRoom) {
   FilterDataList& old = putList(2, 10);
   old.entries[2] = {itemA, 1, 1, 1};
   EXPECT_EQ(EnsureFilterDataList(&slot_, 3), 1);
-  EXPECT_EQ(list().size, 88u);
-  EXPECT_EQ(list().count, 2);
-  EXPECT_EQ(list().entries[2].data, nullptr);
-  EXPECT_EQ(list().entries[2].size, 0u);
+  EXPECT_EQ(Copy(list().size), 88u);
+  EXPECT_EQ(Copy(list().count), 2);
+  EXPECT_EQ(Copy(list().entries[2].data), nullptr);
+  EXPECT_EQ(Copy(list().entries[2].size), 0u);
 }
 
 TEST_F(FilterDataTest, EnsureWithoutMemoryChangesNothing) {
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
   EXPECT_EQ(EnsureFilterDataList(&slot_, 2), -1);
-  EXPECT_EQ(slot_.data, nullptr);
-  EXPECT_EQ(slot_.dataFormat, 0);
+  EXPECT_EQ(Copy(slot_.data), nullptr);
+  EXPECT_EQ(Copy(slot_.dataFormat), 0);
 
   slot_.data = itemA;
   slot_.dataFormat = 300;
   slot_.dataSize = 6;
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
   EXPECT_EQ(EnsureFilterDataList(&slot_, 2), -1);
-  EXPECT_EQ(slot_.data, itemA);
-  EXPECT_EQ(slot_.dataFormat, 300);
-  EXPECT_EQ(slot_.dataSize, 6u);
+  EXPECT_EQ(Copy(slot_.data), itemA);
+  EXPECT_EQ(Copy(slot_.dataFormat), 300);
+  EXPECT_EQ(Copy(slot_.dataSize), 6u);
 
   FilterDataList& old = putList(2, 2);
   old.entries[1].data = itemB;
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
   EXPECT_EQ(EnsureFilterDataList(&slot_, 3), -1);
-  EXPECT_EQ(slot_.data, &old);
-  EXPECT_EQ(old.size, 64u);
-  EXPECT_EQ(old.entries[1].data, itemB);
+  EXPECT_EQ(Copy(slot_.data), &old);
+  EXPECT_EQ(Copy(old.size), 64u);
+  EXPECT_EQ(Copy(old.entries[1].data), itemB);
 }
 
 TEST_F(FilterDataTest, SetWithoutDataOrSlot) {
   EXPECT_EQ(SetFilterDataEntry(&slot_, 0, nullptr, 5, 5), 1);
   EXPECT_EQ(SetFilterDataEntry(nullptr, 0, nullptr, 5, 5), 1);
-  EXPECT_EQ(slot_.data, nullptr);
+  EXPECT_EQ(Copy(slot_.data), nullptr);
   EXPECT_EQ(SetFilterDataEntry(nullptr, 0, itemA, 5, 5), -814);
 }
 
@@ -313,7 +319,7 @@ TEST_F(FilterDataTest, SetOfAnImpossibleIndex) {
   EXPECT_EQ(SetFilterDataEntry(&slot_, -1, itemA, 5, 5), -1860);
   EXPECT_EQ(SetFilterDataEntry(&slot_, INT32_MIN, itemA, 5, 5), -1860);
   EXPECT_EQ(SetFilterDataEntry(&slot_, INT32_MAX, itemA, 5, 5), -1860);
-  EXPECT_EQ(slot_.data, nullptr);
+  EXPECT_EQ(Copy(slot_.data), nullptr);
 }
 
 TEST_F(FilterDataTest, SetOfItemZeroGoesDirectlyIntoAnEmptySlot) {
@@ -321,14 +327,14 @@ TEST_F(FilterDataTest, SetOfItemZeroGoesDirectlyIntoAnEmptySlot) {
   for (const auto& [format, stored] : {std::pair(300, 300), {-1, 400}, {-2, 400}, {0, 0}}) {
     slot_.data = nullptr;
     EXPECT_EQ(SetFilterDataEntry(&slot_, 0, itemA, 6, format), 1);
-    EXPECT_EQ(slot_.data, itemA);
-    EXPECT_EQ(slot_.dataSize, 6u);
-    EXPECT_EQ(slot_.dataFormat, stored);
+    EXPECT_EQ(Copy(slot_.data), itemA);
+    EXPECT_EQ(Copy(slot_.dataSize), 6u);
+    EXPECT_EQ(Copy(slot_.dataFormat), stored);
   }
   // The same pointer is already there: nothing is stored anew.
   EXPECT_EQ(SetFilterDataEntry(&slot_, 0, itemA, 9, 500), 1);
-  EXPECT_EQ(slot_.dataSize, 6u);
-  EXPECT_EQ(slot_.dataFormat, 0);
+  EXPECT_EQ(Copy(slot_.dataSize), 6u);
+  EXPECT_EQ(Copy(slot_.dataFormat), 0);
 }
 
 // A slot with another single item has room for one entry, so no list is made, and the item stays.
@@ -336,8 +342,8 @@ TEST_F(FilterDataTest, SetOfItemZeroIsRefusedByAnotherItem) {
   slot_.data = itemA;
   slot_.dataFormat = 300;
   EXPECT_EQ(SetFilterDataEntry(&slot_, 0, &record_, 0, -1), -1935);
-  EXPECT_EQ(slot_.data, itemA);
-  EXPECT_EQ(slot_.dataFormat, 300);
+  EXPECT_EQ(Copy(slot_.data), itemA);
+  EXPECT_EQ(Copy(slot_.dataFormat), 300);
 }
 
 TEST_F(FilterDataTest, SetBesideASingleItemMakesAList) {
@@ -345,16 +351,16 @@ TEST_F(FilterDataTest, SetBesideASingleItemMakesAList) {
   slot_.dataFormat = 385;
   slot_.defaultFormat = 400;
   EXPECT_EQ(SetFilterDataEntry(&slot_, 2, itemA, 6, 369), 1);
-  EXPECT_EQ(slot_.dataFormat, -2);
-  EXPECT_EQ(list().count, 3);
-  EXPECT_EQ(list().size, 88u);
-  EXPECT_EQ(list().entries[0].data, &record_);
-  EXPECT_EQ(list().entries[0].format, 385);
-  EXPECT_EQ(list().entries[1].data, nullptr);
-  EXPECT_EQ(list().entries[2].data, itemA);
-  EXPECT_EQ(list().entries[2].size, 6u);
-  EXPECT_EQ(list().entries[2].format, 369);
-  EXPECT_EQ(list().entries[2].flags, 0u);
+  EXPECT_EQ(Copy(slot_.dataFormat), -2);
+  EXPECT_EQ(Copy(list().count), 3);
+  EXPECT_EQ(Copy(list().size), 88u);
+  EXPECT_EQ(Copy(list().entries[0].data), &record_);
+  EXPECT_EQ(Copy(list().entries[0].format), 385);
+  EXPECT_EQ(Copy(list().entries[1].data), nullptr);
+  EXPECT_EQ(Copy(list().entries[2].data), itemA);
+  EXPECT_EQ(Copy(list().entries[2].size), 6u);
+  EXPECT_EQ(Copy(list().entries[2].format), 369);
+  EXPECT_EQ(Copy(list().entries[2].flags), 0u);
   PstFilterData* found = nullptr;
   EXPECT_EQ(FindFilterData(&slot_, 0, &found), 1);
   EXPECT_EQ(found, &record_);
@@ -364,40 +370,40 @@ TEST_F(FilterDataTest, SetBesideASingleItemMakesAList) {
 TEST_F(FilterDataTest, SetOnAnEmptySlotAndThenTheRecord) {
   slot_.defaultFormat = 400;
   EXPECT_EQ(SetFilterDataEntry(&slot_, 1, itemA, 6, -1), 1);
-  EXPECT_EQ(list().count, 2);
-  EXPECT_EQ(list().entries[0].data, nullptr);
-  EXPECT_EQ(list().entries[1].format, 400);
+  EXPECT_EQ(Copy(list().count), 2);
+  EXPECT_EQ(Copy(list().entries[0].data), nullptr);
+  EXPECT_EQ(Copy(list().entries[1].format), 400);
   EXPECT_EQ(EnsureFilterDataList(&slot_, 1), 1);
   EXPECT_EQ(SetFilterDataEntry(&slot_, 0, &record_, 0, -2), 1);
-  EXPECT_EQ(list().entries[0].data, &record_);
-  EXPECT_EQ(list().entries[0].format, 400);
-  EXPECT_EQ(list().count, 2);
+  EXPECT_EQ(Copy(list().entries[0].data), &record_);
+  EXPECT_EQ(Copy(list().entries[0].format), 400);
+  EXPECT_EQ(Copy(list().count), 2);
 }
 
 TEST_F(FilterDataTest, SetIntoAListKeepsOrRaisesTheCount) {
   FilterDataList& old = putList(3, 3);
   old.entries[1].flags = 9;
   EXPECT_EQ(SetFilterDataEntry(&slot_, 1, itemA, 6, 369), 1);
-  EXPECT_EQ(list().count, 3);
-  EXPECT_EQ(list().entries[1].data, itemA);
-  EXPECT_EQ(list().entries[1].flags, 0u);
+  EXPECT_EQ(Copy(list().count), 3);
+  EXPECT_EQ(Copy(list().entries[1].data), itemA);
+  EXPECT_EQ(Copy(list().entries[1].flags), 0u);
   EXPECT_EQ(SetFilterDataEntry(&slot_, 4, itemB, 6, 369), 1);
-  EXPECT_EQ(list().count, 5);
-  EXPECT_EQ(list().size, 136u);
-  EXPECT_EQ(list().entries[3].data, nullptr);
-  EXPECT_EQ(list().entries[4].data, itemB);
+  EXPECT_EQ(Copy(list().count), 5);
+  EXPECT_EQ(Copy(list().size), 136u);
+  EXPECT_EQ(Copy(list().entries[3].data), nullptr);
+  EXPECT_EQ(Copy(list().entries[4].data), itemB);
 }
 
 TEST_F(FilterDataTest, SetOverTheSameItemStoresAnewAndOverAnotherIsRefused) {
   FilterDataList& old = putList(2, 2);
   old.entries[1] = {itemA, 1, 1, 1};
   EXPECT_EQ(SetFilterDataEntry(&slot_, 1, itemA, 6, 369), 1);
-  EXPECT_EQ(list().entries[1].size, 6u);
-  EXPECT_EQ(list().entries[1].format, 369);
-  EXPECT_EQ(list().entries[1].flags, 0u);
+  EXPECT_EQ(Copy(list().entries[1].size), 6u);
+  EXPECT_EQ(Copy(list().entries[1].format), 369);
+  EXPECT_EQ(Copy(list().entries[1].flags), 0u);
   EXPECT_EQ(SetFilterDataEntry(&slot_, 1, itemB, 7, 226), -1935);
-  EXPECT_EQ(list().entries[1].data, itemA);
-  EXPECT_EQ(list().entries[1].size, 6u);
+  EXPECT_EQ(Copy(list().entries[1].data), itemA);
+  EXPECT_EQ(Copy(list().entries[1].size), 6u);
   EXPECT_EQ(SetFilterDataEntry(&slot_, 0, &record_, 0, 385), 1);
   EXPECT_EQ(SetFilterDataEntry(&slot_, 0, itemB, 0, 385), -1935);
 }
@@ -407,8 +413,8 @@ TEST_F(FilterDataTest, SetWithoutMemoryChangesNothing) {
   slot_.dataFormat = 385;
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
   EXPECT_EQ(SetFilterDataEntry(&slot_, 1, itemA, 6, 369), -1);
-  EXPECT_EQ(slot_.data, &record_);
-  EXPECT_EQ(slot_.dataFormat, 385);
+  EXPECT_EQ(Copy(slot_.data), &record_);
+  EXPECT_EQ(Copy(slot_.dataFormat), 385);
 }
 
 }  // namespace

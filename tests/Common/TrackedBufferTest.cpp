@@ -320,7 +320,7 @@ TEST(AppendFormat, ANullFormatFailsWithoutTouchingTheFlag) {
   TrackedBuffer<char> buffer;
   int32_t flag = 1;
   const char* volatile format = nullptr;
-  EXPECT_EQ(AppendFormat(buffer, flag, format), 0);
+  EXPECT_EQ(AppendFormat(buffer, flag, format, 1), 0);
   EXPECT_EQ(flag, 1);
   EXPECT_EQ(buffer.data, nullptr);
 }

@@ -1,0 +1,189 @@
+#include <gtest/gtest.h>
+
+#include "Common/ApiUtils.h"
+#include "Common/InlineImages.h"
+#include "KernelUse.h"
+#include "Platform/Directories.h"
+#include "support/TempDirectory.h"
+
+namespace tarn {
+namespace {
+
+class InlineImagePathTest : public ::testing::Test {
+ protected:
+  void setDirectory(const std::u16string& name) {
+    ASSERT_LT(name.size(), std::size(directory_));
+    std::memset(directory_, 0, sizeof(directory_));
+    name.copy(directory_, name.size());
+  }
+
+  int32_t make(const char* text, const char* name) {
+    std::memset(path_, '#', sizeof(path_));
+    return MakeInlineImagePath(path_, directory_, text, name);
+  }
+
+  // The longest path has 262 bytes.
+  void expectLimit(const std::string& text, const std::string& name, uint64_t length) {
+    if (length <= 262) {
+      EXPECT_EQ(make(text.c_str(), name.c_str()), 1) << length;
+      EXPECT_EQ(std::strlen(path_), length);
+    } else {
+      EXPECT_EQ(make(text.c_str(), name.c_str()), -290) << length;
+    }
+  }
+
+  char path_[kPathCapacity];
+  char16_t directory_[kPathCapacity] = {};
+};
+
+TEST_F(InlineImagePathTest, WithoutATextTheNameAlone) {
+  setDirectory(u"d\\");
+  EXPECT_EQ(make(nullptr, "a.png"), 1);
+  EXPECT_STREQ(path_, "d\\a.png");
+  EXPECT_EQ(make("", "a.png"), 1);
+  EXPECT_STREQ(path_, "d\\a.png");
+  EXPECT_EQ(make(nullptr, nullptr), 1);
+  EXPECT_STREQ(path_, "d\\");
+}
+
+TEST_F(InlineImagePathTest, ATextWithoutTheName) {
+  setDirectory(u"d\\");
+  EXPECT_EQ(make("id7@host", "a.png"), 1);
+  EXPECT_STREQ(path_, "d\\id7@host_a.png");
+  EXPECT_EQ(make("id7@host", ""), 1);
+  EXPECT_STREQ(path_, "d\\id7@host_");
+  EXPECT_EQ(make("id7@host", nullptr), 1);
+  EXPECT_STREQ(path_, "d\\id7@host_");
+  EXPECT_EQ(make("A.PNG", "a.png"), 1);
+  EXPECT_STREQ(path_, "d\\A.PNG_a.png");
+}
+
+TEST_F(InlineImagePathTest, EqualTextsGiveUnderscoreAndName) {
+  setDirectory(u"d\\");
+  EXPECT_EQ(make("a.png", "a.png"), 1);
+  EXPECT_STREQ(path_, "d\\_a.png");
+}
+
+TEST_F(InlineImagePathTest, NameAtTailGivesTailAndName) {
+  setDirectory(u"d\\");
+  EXPECT_EQ(make("a.png@01D9", "a.png"), 1);
+  EXPECT_STREQ(path_, "d\\01D9_a.png");
+  EXPECT_EQ(make("a.png01D9", "a.png"), 1);
+  EXPECT_STREQ(path_, "d\\01D9_a.png");
+  EXPECT_EQ(make("a.png@", "a.png"), 1);
+  EXPECT_STREQ(path_, "d\\_a.png");
+  EXPECT_EQ(make("a.png@@x", "a.png"), 1);
+  EXPECT_STREQ(path_, "d\\@x_a.png");
+}
+
+TEST_F(InlineImagePathTest, WhatStandsBeforeTheNameStays) {
+  setDirectory(u"d\\");
+  EXPECT_EQ(make("x-a.png", "a.png"), 1);
+  EXPECT_STREQ(path_, "d\\x-_a.png");
+  EXPECT_EQ(make("x-a.png@01D9", "a.png"), 1);
+  EXPECT_STREQ(path_, "d\\x-01D9_a.png");
+  EXPECT_EQ(make("aXa", "a"), 1);  // the first find
+  EXPECT_STREQ(path_, "d\\Xa_a");
+}
+
+TEST_F(InlineImagePathTest, TheDirectoryIsTakenAsItIsAndInUtf8) {
+  setDirectory(u"caf\u00E9\u20AC\U0001F600/");
+  EXPECT_EQ(make(nullptr, "a"), 1);
+  EXPECT_STREQ(path_, "caf\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80/a");
+  EXPECT_EQ(std::u16string(directory_), u"caf\u00E9\u20AC\U0001F600/");
+}
+
+TEST_F(InlineImagePathTest, NoPathOf263BytesWithoutAText) {
+  setDirectory(u"d\\");
+  for (const uint64_t length : {261u, 262u, 263u, 264u, 265u, 5000u}) {
+    expectLimit("", std::string(length - 2, 'n'), length);
+  }
+}
+
+TEST_F(InlineImagePathTest, NoPathOf263BytesWithATextWithoutTheName) {
+  setDirectory(u"d\\");
+  for (const uint64_t length : {261u, 262u, 263u, 264u, 265u, 5000u}) {
+    expectLimit(std::string(length - 2 - 2, 't'), "n", length);
+    expectLimit("t", std::string(length - 2 - 2, 'n'), length);
+  }
+  // Where even a part of the path is too long.
+  for (const uint64_t length : {260u, 261u, 262u, 263u}) {
+    EXPECT_EQ(make(std::string(length, 't').c_str(), "n"), -290) << length;
+  }
+  expectLimit(std::string(259, 't'), "", 262);
+  expectLimit(std::string(260, 't'), "", 263);
+}
+
+TEST_F(InlineImagePathTest, NoPathOf263BytesWithATextAroundTheName) {
+  setDirectory(u"d\\");
+  for (const uint64_t length : {261u, 262u, 263u, 264u, 265u, 5000u}) {
+    expectLimit(std::string(length - 2 - 2, 'b') + "n", "n", length);
+    expectLimit("n@" + std::string(length - 2 - 2, 't'), "n", length);
+    expectLimit("bn@" + std::string(length - 2 - 3, 't'), "n", length);
+    const std::string name(length - 2 - 1, 'n');
+    expectLimit(name, name, length);
+    const std::string shorter(length - 2 - 2, 'n');
+    expectLimit(shorter + "@t", shorter, length);
+  }
+}
+
+TEST_F(InlineImagePathTest, NoPathOf263BytesFromTheDirectory) {
+  for (const uint64_t length : {260u, 261u, 262u, 263u}) {
+    setDirectory(std::u16string(length - 1, u'd') + u"\\");
+    expectLimit("", "", length);
+    expectLimit("", "n", length + 1);
+    expectLimit("n", "n", length + 2);
+  }
+  // Longer in UTF-8 than in units.
+  setDirectory(std::u16string(87, u'\u20AC') + u"\\");
+  expectLimit("", "", 262);
+  expectLimit("", "n", 263);
+  setDirectory(std::u16string(263, u'\u20AC'));
+  expectLimit("", "n", 790);
+}
+
+// A directory without a terminator in its room is read no further.
+TEST_F(InlineImagePathTest, AFullDirectoryIsTooLong) {
+  std::fill(std::begin(directory_), std::end(directory_), u'd');
+  EXPECT_EQ(make(nullptr, "n"), -290);
+}
+
+TEST_F(InlineImagePathTest, ADirectoryThatIsNoText) {
+  setDirectory(u"d\\");
+  PlainKernelFailAt(PlainKernelFaultText, 1);
+  EXPECT_EQ(make(nullptr, "n"), -1851);
+}
+
+TEST_F(InlineImagePathTest, MakesTheDirectoryOnceAndNamesItWithASeparator) {
+  const test::TempDirectory temp;
+  PlainKernelSetTempDirectory(temp.wide().c_str());
+  EXPECT_EQ(make(nullptr, "a.png"), 1);
+  const std::u16string made = directory_;
+  EXPECT_EQ(made.back(), u'\\');
+  const std::string name = temp.listing();
+  EXPECT_EQ(name.substr(0, 3), "pst");
+  EXPECT_EQ(name.find('.'), std::string::npos);
+  EXPECT_TRUE(std::filesystem::is_directory(temp.path() / name));
+  EXPECT_EQ(std::string(path_), temp.path().string() + "/" + name + "\\a.png");
+
+  EXPECT_EQ(make(nullptr, "b.png"), 1);
+  EXPECT_EQ(std::u16string(directory_), made);
+  EXPECT_EQ(temp.listing(), name);
+  EXPECT_TRUE(platform::RemoveEmptyDirectory(directory_));
+  EXPECT_EQ(temp.listing(), "");
+}
+
+TEST_F(InlineImagePathTest, ANameThatCannotBeMadeLeavesTheDirectoryEmpty) {
+  const test::TempDirectory temp;
+  PlainKernelSetTempDirectory(temp.wide().c_str());
+  PlainKernelFailAt(PlainKernelFaultOpen, 1);
+  EXPECT_EQ(make(nullptr, "a.png"), -1490);
+  EXPECT_EQ(directory_[0], u'\0');
+  PlainKernelSetTempDirectory((temp.wide() + u"/missing").c_str());
+  EXPECT_EQ(make(nullptr, "a.png"), -1490);
+  EXPECT_EQ(directory_[0], u'\0');
+  EXPECT_EQ(temp.listing(), "");
+}
+
+}  // namespace
+}  // namespace tarn

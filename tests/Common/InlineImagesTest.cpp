@@ -1,0 +1,398 @@
+#include "Common/InlineImages.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <ctime>
+#include <vector>
+
+#include "KernelUse.h"
+#include "Platform/Directories.h"
+#include "support/TempDirectory.h"
+
+namespace tarn {
+namespace {
+
+using test::Bytes;
+
+// Fifteen bytes, the smallest image that fits the data route.
+constexpr std::string_view kImage = "\x89PNG 15 bytes.\n";
+static_assert(kImage.size() == 15);
+constexpr std::string_view kImageUrl = "data:image;base64,iVBORyAxNSBieXRlcy4K";
+
+class InlineImagesTest : public ::testing::Test {
+ protected:
+  explicit InlineImagesTest(uint32_t useTempFile) {
+    record_.useTempFile = useTempFile;
+    context_.filterData = &record_;
+    context_.body = &body_;
+    context_.contentId = "a.png";
+    context_.name = "a.png";
+    context_.needle = "cid:a.png";
+  }
+
+  int32_t rewrite(std::string_view image) {
+    return RewriteInlineImage(context_, image.data(), image.size(), &replacements_);
+  }
+
+  void setBody(std::string_view bytes) { body_ = Bytes(bytes); }
+
+  PstFilterData record_;
+  SizedBytes body_ = Bytes("<img src=\"cid:a.png\">");
+  InlineImageContext context_;
+  uint32_t replacements_ = 99;
+};
+
+class DataRoute : public InlineImagesTest {
+ protected:
+  DataRoute() : InlineImagesTest(0) {}
+};
+
+TEST_F(DataRoute, TheSourceBecomesADataUrl) {
+  EXPECT_EQ(rewrite(kImage), 1);
+  EXPECT_EQ(body_.bytes(), "<img src=\"" + std::string(kImageUrl) + "\">");
+  EXPECT_EQ(replacements_, 1u);
+}
+
+TEST_F(DataRoute, AnyOtherValueThanOneSelectsIt) {
+  record_.useTempFile = 2;
+  EXPECT_EQ(rewrite(kImage), 1);
+  EXPECT_EQ(replacements_, 1u);
+  EXPECT_EQ(record_.inlineFiles.length, 0u);
+}
+
+TEST_F(DataRoute, TheCountMayBeLeftOut) {
+  EXPECT_EQ(RewriteInlineImage(context_, kImage.data(), kImage.size()), 1);
+  EXPECT_EQ(body_.bytes(), "<img src=\"" + std::string(kImageUrl) + "\">");
+}
+
+TEST_F(DataRoute, ImageDataKeepsItsReferenceAndTheNextIsReplaced) {
+  setBody("<v:imagedata src=\"cid:a.png\"/><img src=\"cid:a.png\">");
+  EXPECT_EQ(rewrite(kImage), 1);
+  EXPECT_EQ(body_.bytes(),
+            "<v:imagedata src=\"cid:a.png\"/><img src=\"" + std::string(kImageUrl) + "\">");
+  EXPECT_EQ(replacements_, 1u);
+}
+
+TEST_F(DataRoute, TwoTagsWithTheSameReferenceAreBothReplaced) {
+  setBody(test::Raw("<img src=\"cid:a.png\"><img src=\"cid:a.png\">\0"));
+  EXPECT_EQ(rewrite(kImage), 1);
+  const std::string url(kImageUrl);
+  EXPECT_EQ(body_.bytes(),
+            "<img src=\"" + url + "\"><img src=\"" + url + "\">" + std::string(1, '\0'));
+  EXPECT_EQ(replacements_, 2u);
+}
+
+TEST_F(DataRoute, AReferenceWithoutAClosingQuoteEndsTheLoopWith1) {
+  setBody("<img src=cid:a.png>");
+  const char* const block = body_.data;
+  EXPECT_EQ(rewrite(kImage), 1);
+  EXPECT_EQ(body_.bytes(), "<img src=cid:a.png>");
+  EXPECT_EQ(body_.data, block);
+  EXPECT_EQ(replacements_, 0u);
+}
+
+TEST_F(DataRoute, AFileNameInPlainTextIsReplacedFromTheNearestEarlierQuote) {
+  context_.needle = context_.name;
+  setBody("<p class=\"c\">see a.png</p><p id=\"d\">");
+  EXPECT_EQ(rewrite(kImage), 1);
+  EXPECT_EQ(body_.bytes(), "<p class=\"c\"" + std::string(kImageUrl) + "\"d\">");
+  setBody("<p class=\"c\">see a.png</p><p id=\"d\">");
+  context_.searchOffset = 16;
+  EXPECT_EQ(rewrite(kImage), 1);
+  EXPECT_EQ(body_.bytes(), "<p class=\"c\">see" + std::string(kImageUrl) + "\"d\">");
+}
+
+TEST_F(DataRoute, ANullOrEmptyNeedleMatchesNothing) {
+  for (const char* const needle : {static_cast<const char*>(nullptr), ""}) {
+    context_.needle = needle;
+    EXPECT_EQ(rewrite(kImage), 1);
+    EXPECT_EQ(replacements_, 0u);
+    EXPECT_EQ(body_.bytes(), "<img src=\"cid:a.png\">");
+  }
+}
+
+TEST_F(DataRoute, ThreeBytesGive0FifteenSucceedSixteenGive0) {
+  EXPECT_EQ(rewrite("GIF"), 0);
+  EXPECT_EQ(replacements_, 0u);
+  EXPECT_EQ(body_.bytes(), "<img src=\"cid:a.png\">");
+  EXPECT_EQ(rewrite(std::string(16, 'x')), 0);
+  EXPECT_EQ(body_.bytes(), "<img src=\"cid:a.png\">");
+  EXPECT_EQ(rewrite(std::string(15, 'x')), 1);
+  EXPECT_EQ(body_.bytes(), "<img src=\"data:image;base64,eHh4eHh4eHh4eHh4eHh4\">");
+}
+
+TEST_F(DataRoute, TheSmallSizesThatDoNotFit) {
+  const std::vector<uint64_t> tooSmall = {1,  2,  3,  4,  5,  6,  7,  8,  9,  10, 11,
+                                          12, 13, 14, 16, 17, 19, 20, 22, 23, 25, 26,
+                                          28, 29, 31, 32, 34, 37, 40, 43, 46, 49, 52};
+  for (uint64_t size = 1; size <= 200; ++size) {
+    const bool fits = std::find(tooSmall.begin(), tooSmall.end(), size) == tooSmall.end();
+    setBody("<img src=\"cid:a.png\">");
+    EXPECT_EQ(rewrite(std::string(size, 'x')), fits ? 1 : 0) << size;
+    EXPECT_EQ(replacements_, fits ? 1u : 0u) << size;
+    const uint64_t characters = (size + 2) / 3 * 4;
+    EXPECT_EQ(body_.length, fits ? 10 + 18 + characters + 2 : 21) << size;
+  }
+}
+
+TEST_F(DataRoute, AnImageWithoutBytesGivesMinus13) {
+  EXPECT_EQ(rewrite(""), -13);
+  EXPECT_EQ(RewriteInlineImage(context_, nullptr, 0, &replacements_), -13);
+  EXPECT_EQ(RewriteInlineImage(context_, nullptr, 5, &replacements_), -13);
+  EXPECT_EQ(replacements_, 0u);
+  // The block for the URL comes first, even for no image.
+  PlainKernelFailAt(PlainKernelFaultMemory, 1);
+  EXPECT_EQ(rewrite(""), -1);
+}
+
+TEST_F(DataRoute, SizesBeyondAllMemoryGiveMinus1) {
+  EXPECT_EQ(RewriteInlineImage(context_, kImage.data(), uint64_t{1} << 62, &replacements_), -1);
+  EXPECT_EQ(RewriteInlineImage(context_, kImage.data(), UINT64_MAX, &replacements_), -1);
+  EXPECT_EQ(body_.bytes(), "<img src=\"cid:a.png\">");
+}
+
+TEST_F(DataRoute, WithoutMemoryTheBodyIsAsItWas) {
+  for (uint64_t call = 1; call <= 2; ++call) {
+    PlainKernelFailAt(PlainKernelFaultMemory, call);
+    EXPECT_EQ(rewrite(kImage), -1) << call;
+    EXPECT_EQ(replacements_, 0u);
+    EXPECT_EQ(body_.bytes(), "<img src=\"cid:a.png\">");
+  }
+  PlainKernelFailAt(PlainKernelFaultMemory, 3);
+  EXPECT_EQ(rewrite(kImage), 1);
+  PlainKernelFailAt(PlainKernelFaultMemory, 0);
+}
+
+TEST_F(DataRoute, TenThousandReferencesInALargeBody) {
+  std::string body;
+  for (int i = 0; i < 10000; ++i) {
+    body += "<img src=\"cid:a.png\">" + std::string(480, 'x');
+  }
+  setBody(body);
+  const std::string image(5000, 'x');
+  const std::clock_t start = std::clock();
+  EXPECT_EQ(rewrite(image), 1);
+  EXPECT_LT(std::clock() - start, 5 * CLOCKS_PER_SEC);
+  EXPECT_EQ(replacements_, 10000u);
+  // A value of 9 bytes gives way to the 18 of the prefix and the 6668 of the image.
+  EXPECT_EQ(body_.length, body.size() + 10000 * (6686 - 9));
+}
+
+class FileRoute : public InlineImagesTest {
+ protected:
+  FileRoute() : InlineImagesTest(1) { PlainKernelSetTempDirectory(temp_.wide().c_str()); }
+
+  // What the record's owner does at its end.
+  ~FileRoute() override {
+    for (uint64_t i = 0; i < record_.inlineFiles.length; ++i) {
+      KernelDeleteFileUtf8(record_.inlineFiles.data[i]);
+    }
+    if (record_.tempDirectory[0] != u'\0') {
+      EXPECT_TRUE(platform::RemoveEmptyDirectory(record_.tempDirectory));
+    }
+  }
+
+  // The image directory's content, its files' names joined by blanks.
+  std::string files() const {
+    std::string names;
+    const std::string listing = temp_.listing() + " ";
+    for (size_t at = 0, end = 0; (end = listing.find(' ', at)) != std::string::npos; at = end + 1) {
+      const std::string entry = listing.substr(at, end - at);
+      const size_t slash = entry.find('/');
+      if (slash != std::string::npos) names += (names.empty() ? "" : " ") + entry.substr(slash + 1);
+    }
+    return names;
+  }
+
+  std::string content(const std::string& name) const {
+    const std::string listing = temp_.listing();
+    return test::ReadWholeFile(temp_.path() / listing.substr(0, listing.find(' ')) / name);
+  }
+
+  test::TempDirectory temp_;
+};
+
+TEST_F(FileRoute, TheSourceBecomesTheNameOfAFileWithTheImage) {
+  EXPECT_EQ(rewrite(kImage), 1);
+  EXPECT_EQ(body_.bytes(), "<img src=\"_a.png\">");
+  EXPECT_EQ(replacements_, 1u);
+  EXPECT_EQ(files(), "_a.png");
+  EXPECT_EQ(content("_a.png"), kImage);
+  ASSERT_EQ(record_.inlineFiles.length, 1u);
+  const std::string directory = std::filesystem::path(record_.tempDirectory).string();
+  EXPECT_EQ(std::string(record_.inlineFiles.data[0]), directory + "_a.png");
+  EXPECT_EQ(record_.inlineFiles.capacity, 6u);
+}
+
+TEST_F(FileRoute, SmallAndEmptyImagesAreFilesLikeAnyOther) {
+  EXPECT_EQ(rewrite("GIF"), 1);
+  EXPECT_EQ(content("_a.png"), "GIF");
+  EXPECT_EQ(rewrite(""), 1);
+  EXPECT_EQ(content("_a.png"), "");
+  EXPECT_EQ(RewriteInlineImage(context_, nullptr, 5, &replacements_), 1);
+  EXPECT_EQ(content("_a.png"), "");
+}
+
+TEST_F(FileRoute, AnImageWithoutReferencesIsAFileAllTheSame) {
+  setBody("<b>none</b>");
+  const char* const block = body_.data;
+  EXPECT_EQ(rewrite(kImage), 1);
+  EXPECT_EQ(replacements_, 0u);
+  EXPECT_EQ(body_.data, block);
+  EXPECT_EQ(files(), "_a.png");
+  EXPECT_EQ(record_.inlineFiles.length, 1u);
+}
+
+TEST_F(FileRoute, ImagesShareTheDirectory) {
+  setBody("<img src=\"cid:a.png\"><img src=\"cid:b.png\">");
+  EXPECT_EQ(rewrite(kImage), 1);
+  context_.contentId = "b.png@7";
+  context_.name = "b.png";
+  context_.needle = "cid:b.png";
+  EXPECT_EQ(rewrite("bbb"), 1);
+  EXPECT_EQ(body_.bytes(), "<img src=\"_a.png\"><img src=\"7_b.png\">");
+  EXPECT_EQ(files(), "7_b.png _a.png");
+  EXPECT_EQ(record_.inlineFiles.length, 2u);
+}
+
+TEST_F(FileRoute, TheSameNameOverwritesTheFirstFile) {
+  EXPECT_EQ(rewrite(kImage), 1);
+  EXPECT_EQ(rewrite("second"), 1);
+  EXPECT_EQ(files(), "_a.png");
+  EXPECT_EQ(content("_a.png"), "second");
+  EXPECT_EQ(record_.inlineFiles.length, 2u);
+}
+
+TEST_F(FileRoute, LineEndsInTheNameBecomeUnderscores) {
+  context_.contentId = nullptr;
+  context_.name = "\ra\r\nb.png\n";
+  EXPECT_EQ(rewrite(kImage), 1);
+  EXPECT_EQ(body_.bytes(), "<img src=\"_a__b.png_\">");
+  EXPECT_EQ(files(), "_a__b.png_");
+}
+
+TEST_F(FileRoute, LineEndsInFrontOfASeparatorStay) {
+  const std::filesystem::path sub = temp_.path() / "own" / "x\ny";
+  std::filesystem::create_directories(sub);
+  const std::u16string directory = (temp_.path() / "own" / "").u16string();
+  directory.copy(record_.tempDirectory, directory.size());
+  context_.contentId = nullptr;
+  context_.name = "x\ny/c\rd";
+  EXPECT_EQ(rewrite(kImage), 1);
+  EXPECT_EQ(test::ReadWholeFile(sub / "c_d"), kImage);
+  // Without a "\" in the path all of it is the name.
+  EXPECT_EQ(body_.bytes(), "<img src=\"" + temp_.path().string() + "/own/x\ny/c_d\">");
+  KernelDeleteFileUtf8(record_.inlineFiles.data[0]);
+  std::filesystem::remove(sub);
+}
+
+TEST_F(FileRoute, TheReplacementFollowsTheLastBackslash) {
+  const std::u16string directory = (temp_.path() / "own").u16string() + u"\\";
+  directory.copy(record_.tempDirectory, directory.size());
+  std::filesystem::create_directories(temp_.path() / "own" / "x");
+  context_.contentId = nullptr;
+  context_.name = "x\\a:b\n.png";
+  EXPECT_EQ(rewrite(kImage), 1);
+  EXPECT_EQ(body_.bytes(), "<img src=\"a:b_.png\">");
+  KernelDeleteFileUtf8(record_.inlineFiles.data[0]);
+  std::filesystem::remove(temp_.path() / "own" / "x");
+}
+
+TEST_F(FileRoute, ANameThatDoesNotFitGivesMinus290) {
+  const std::string name(264, 'n');
+  context_.name = name.c_str();
+  EXPECT_EQ(rewrite(kImage), -290);
+  EXPECT_EQ(files(), "");
+  EXPECT_EQ(record_.inlineFiles.length, 0u);
+  EXPECT_EQ(body_.bytes(), "<img src=\"cid:a.png\">");
+}
+
+TEST_F(FileRoute, ANameThatIsNoUtf8GivesMinus1488) {
+  context_.contentId = nullptr;
+  context_.name = "caf\xE9.png";
+  EXPECT_EQ(rewrite(kImage), -1488);
+  EXPECT_EQ(files(), "");
+  EXPECT_EQ(record_.inlineFiles.length, 0u);
+}
+
+TEST_F(FileRoute, TextFailures) {
+  PlainKernelFailAt(PlainKernelFaultText, 1);
+  EXPECT_EQ(rewrite(kImage), -1851);
+  PlainKernelFailAt(PlainKernelFaultText, 2);
+  EXPECT_EQ(rewrite(kImage), -1488);
+  EXPECT_EQ(files(), "");
+  EXPECT_EQ(replacements_, 0u);
+}
+
+TEST_F(FileRoute, AFileThatCannotBeMadeGivesMinus1490) {
+  // The first is the directory's name, the second the file.
+  PlainKernelFailAt(PlainKernelFaultOpen, 1);
+  EXPECT_EQ(rewrite(kImage), -1490);
+  EXPECT_EQ(record_.tempDirectory[0], u'\0');
+  PlainKernelFailAt(PlainKernelFaultOpen, 2);
+  EXPECT_EQ(rewrite(kImage), -1490);
+  EXPECT_NE(record_.tempDirectory[0], u'\0');
+  EXPECT_EQ(files(), "");
+  context_.name = "../out.png";
+  EXPECT_EQ(rewrite(kImage), -1490);
+  EXPECT_EQ(record_.inlineFiles.length, 0u);
+  EXPECT_EQ(body_.bytes(), "<img src=\"cid:a.png\">");
+}
+
+TEST_F(FileRoute, AFileThatCannotBeWrittenIsDeletedAndGivesMinus5) {
+  PlainKernelFailAt(PlainKernelFaultWrite, 1);
+  EXPECT_EQ(rewrite(kImage), -5);
+  EXPECT_EQ(files(), "");
+  EXPECT_EQ(record_.inlineFiles.length, 0u);
+  EXPECT_EQ(body_.bytes(), "<img src=\"cid:a.png\">");
+  EXPECT_EQ(replacements_, 0u);
+}
+
+TEST_F(FileRoute, WithoutMemory) {
+  // 1 the wide path, 2 the copy of the path, 3 the list of paths, 4 the body.
+  PlainKernelFailAt(PlainKernelFaultMemory, 1);
+  EXPECT_EQ(rewrite(kImage), -1);
+  EXPECT_EQ(files(), "");
+  PlainKernelFailAt(PlainKernelFaultMemory, 2);
+  EXPECT_EQ(rewrite(kImage), -1);
+  EXPECT_EQ(files(), "");
+  EXPECT_EQ(record_.inlineFiles.length, 0u);
+  EXPECT_EQ(body_.bytes(), "<img src=\"cid:a.png\">");
+
+  // The path stays unrecorded, and the pass goes on.
+  PlainKernelFailAt(PlainKernelFaultMemory, 3);
+  EXPECT_EQ(rewrite(kImage), 1);
+  EXPECT_EQ(files(), "_a.png");
+  EXPECT_EQ(record_.inlineFiles.length, 0u);
+  EXPECT_EQ(body_.bytes(), "<img src=\"_a.png\">");
+
+  setBody("<img src=\"cid:a.png\">");
+  PlainKernelFailAt(PlainKernelFaultMemory, 4);
+  EXPECT_EQ(rewrite(kImage), -1);
+  EXPECT_EQ(files(), "_a.png");
+  EXPECT_EQ(record_.inlineFiles.length, 1u);
+  EXPECT_EQ(body_.bytes(), "<img src=\"cid:a.png\">");
+  EXPECT_EQ(replacements_, 0u);
+
+  PlainKernelFailAt(PlainKernelFaultMemory, 4);
+  EXPECT_EQ(rewrite(kImage), 1);
+  EXPECT_EQ(record_.inlineFiles.length, 2u);
+  PlainKernelFailAt(PlainKernelFaultMemory, 0);
+}
+
+// A list of a million paths is refused by the host: the path stays unrecorded, too.
+TEST_F(FileRoute, ARefusedListOfPaths) {
+  record_.inlineFiles.increment = 1000000;
+  PlainKernelFailAt(PlainKernelFaultBudget, 1);
+  EXPECT_EQ(rewrite(kImage), 1);
+  EXPECT_EQ(record_.inlineFiles.data, nullptr);
+  EXPECT_EQ(record_.inlineFiles.length, 0u);
+  EXPECT_EQ(body_.bytes(), "<img src=\"_a.png\">");
+  EXPECT_EQ(files(), "_a.png");
+  const std::string path = std::filesystem::path(record_.tempDirectory).string() + "_a.png";
+  KernelDeleteFileUtf8(path.c_str());
+}
+
+}  // namespace
+}  // namespace tarn
