@@ -1,0 +1,26 @@
+// ByteSearch.h - the searches that all readers stand on: a needle in a stretch of bytes, exactly or
+// ignoring the case of ASCII letters.
+//
+// A stretch is a half-open range [start, end) of a block that somebody else owns; no search reads
+// outside it, allocates, or fails. Cost is linear in the stretch for any needle. NUL is a byte like
+// any other. An empty needle is found nowhere, and neither is one longer than the stretch.
+#ifndef TARN_COMMON_BYTESEARCH_H
+#define TARN_COMMON_BYTESEARCH_H
+
+#include <string_view>
+
+namespace tarn {
+
+// First occurrence, or null.
+const char* FindBytes(const char* start, const char* end, std::string_view needle);
+const char* FindIgnoringCase(const char* start, const char* end, std::string_view needle);
+const char* FindByte(const char* start, const char* end, char byte);
+
+// Do the bytes from start on, within end, begin with the prefix?
+bool StartsWith(const char* start, const char* end, std::string_view prefix);
+bool StartsWithIgnoringCase(const char* start, const char* end, std::string_view prefix);
+bool EqualsIgnoringCase(std::string_view a, std::string_view b);
+
+}  // namespace tarn
+
+#endif
