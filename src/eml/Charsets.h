@@ -1,0 +1,40 @@
+// Charsets.h - charset names and the way of text of a known charset into UTF-8.
+//
+// ISO-2022-JP has a decoder of its own (Iso2022Jp.h); all other conversions go through the
+// platform's code pages. An unknown charset is no failure: its text passes through.
+#ifndef TARN_EML_CHARSETS_H
+#define TARN_EML_CHARSETS_H
+
+#include "Internal/CharsetRef.h"
+#include "Internal/Tarnclasses_.h"
+
+namespace tarn {
+
+// The charset of a name, ignoring case; CharsetOther for all that is not known.
+CharsetRef ClassifyCharset(const char* start, const char* end);
+
+// Replaces the string's bytes from `offset` on by their UTF-8 form, with a terminating NUL that the
+// length counts (ISO-2022-JP: does not count). Text that needs or allows no conversion stays: of a
+// charset or code page that is not converted, or of more than INT32_MAX bytes. 1; -1 without
+// memory, and then nothing has changed; -1851 when the UTF-8 form cannot be made, and then the
+// string is cut at the offset.
+int32_t ConvertTailToUtf8(SizedBytes& text, uint64_t offset, CharsetRef charset);
+
+// Converts a whole text to UTF-8 and renames the charset where the text first declares it. Without
+// `force` only ISO-2022-JP is converted. The length of a converted text counts no NUL; one that is
+// not converted keeps its own. For us-ascii, whose bytes stay, `charset` becomes CharsetUtf8 when
+// the name was replaced. 1; -814 for null addresses; -1 without memory, and then nothing has
+// changed; -1851, and then the text is cut where the conversion started; 0 without memory for a
+// longer name, and then the text is freed.
+int32_t ConvertBodyToUtf8(SizedBytes* text, CharsetRef* charset, bool force);
+
+// Converts a header field that is not UTF-8 by form from `charset`, as ConvertBodyToUtf8 with force
+// does. Overlong forms and surrogates count as UTF-8. Failures are not reported.
+void RepairFieldToUtf8(SizedBytes& field, CharsetRef charset);
+
+// Overwrites `oldLength` bytes at `offset` with "UTF-8". 1; on a failure 0, and the text is freed.
+int32_t ReplaceWithUtf8Name(SizedBytes& text, uint64_t offset, uint64_t oldLength);
+
+}  // namespace tarn
+
+#endif
