@@ -48,6 +48,7 @@ std::string FormatTable(const std::vector<Column>& columns) {
   if (used.empty()) return "";
 
   std::vector<size_t> widths;
+  widths.reserve(used.size());
   for (const Column* column : used) widths.push_back(WidthOf(*column));
 
   std::string table;

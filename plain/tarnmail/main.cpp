@@ -74,9 +74,6 @@ void AddOutputOption(CLI::App& command, std::optional<std::string>& output) {
 void Describe(CLI::App& app, CommandLine& line) {
   app.require_subcommand(1);
   app.set_version_flag("--version", "tarnmail " TARNMAIL_VERSION);
-  app.footer(
-      "Exit status: 0 done, 1 refused by the filter or not written, 2 wrong usage, 3 broken.\n"
-      "tarnmail COMMAND --help tells more.");
   AddSettings(app, line.settings);
 
   CLI::App* const info =
@@ -97,6 +94,11 @@ void Describe(CLI::App& app, CommandLine& line) {
                                        line.settings, line.extract.message);
   AddNumber(*extract, "K", line.extract.attachmentNumber, "Number of the attachment, from 1", true);
   AddOutputOption(*extract, line.extract.output);
+
+  // Last, since commands take over the footer that there is when they are added.
+  app.footer(
+      "Exit status: 0 done, 1 refused by the filter or not written, 2 wrong usage, 3 broken.\n"
+      "tarnmail COMMAND --help tells more.");
 }
 
 // What a run writes, and where.

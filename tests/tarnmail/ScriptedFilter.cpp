@@ -1,4 +1,5 @@
-// A filter whose answers are told by the file: its text is one of the words below.
+// A filter whose answers are told by the file: its text is one of the words below. Behind "!BDN " a
+// word means the same, in a file that begins like a store.
 //
 //   throw TEXT     a damaged store: a std::runtime_error
 //   throw-memory   std::bad_alloc
@@ -28,7 +29,8 @@ constexpr auto kDocument = "{\\rtf1 twelve\0\\par}"sv;
 std::string ReadScript(uint64_t handle) {
   char text[256];
   KernelFileSeek(handle, 0, KERNEL_SEEK_START);
-  return std::string(text, KernelFileRead(handle, text, sizeof text));
+  const std::string script(text, KernelFileRead(handle, text, sizeof text));
+  return script.substr(0, 5) == "!BDN " ? script.substr(5) : script;
 }
 
 std::string ReadScript(const char16_t* path) {
