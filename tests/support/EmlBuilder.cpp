@@ -10,7 +10,9 @@ using HeaderList = std::vector<std::pair<std::string, std::string>>;
 std::string WriteHeaders(const HeaderList& headers, std::string_view lineEnd) {
   std::string out;
   for (const auto& [name, value] : headers) {
-    out += name + ": " + value;
+    out += name;
+    out += ": ";
+    out += value;
     out += lineEnd;
   }
   return out;
@@ -66,7 +68,7 @@ std::string WriteQuotedPrintable(std::string_view bytes) {
     std::string piece(1, byte);
     if (!IsAlphanumeric(byte)) {
       const auto value = static_cast<unsigned char>(byte);
-      piece = std::string("=") + kDigits[value >> 4] + kDigits[value & 15];
+      piece = {'=', kDigits[value >> 4], kDigits[value & 15]};
     }
     if (onLine + piece.size() > 75) {
       out += "=\r\n";
@@ -87,8 +89,12 @@ EmlEntity EmlEntity::Leaf(std::string_view contentType, std::string_view content
 
 EmlEntity EmlEntity::Multipart(std::string_view subtype, std::string_view boundary) {
   EmlEntity multipart;
-  multipart.header("Content-Type", "multipart/" + std::string(subtype) + "; boundary=\"" +
-                                       std::string(boundary) + "\"");
+  std::string type = "multipart/";
+  type += subtype;
+  type += "; boundary=\"";
+  type += boundary;
+  type += '"';
+  multipart.header("Content-Type", type);
   multipart.isMultipart_ = true;
   multipart.boundary_ = boundary;
   return multipart;
@@ -100,7 +106,10 @@ EmlEntity& EmlEntity::header(std::string_view name, std::string_view value) {
 }
 
 EmlEntity& EmlEntity::contentId(std::string_view id) {
-  return header("Content-ID", "<" + std::string(id) + ">");
+  std::string value = "<";
+  value += id;
+  value += '>';
+  return header("Content-ID", value);
 }
 
 EmlEntity& EmlEntity::encoded(EmlEncoding encoding) {
@@ -127,13 +136,16 @@ std::string EmlEntity::write(std::string_view lineEnd) const {
 
   for (const EmlEntity& part : parts_) {
     out += lineEnd;
-    out += "--" + boundary_;
+    out += "--";
+    out += boundary_;
     out += lineEnd;
     out += part.write(lineEnd);
   }
   if (isClosed_) {
     out += lineEnd;
-    out += "--" + boundary_ + "--";
+    out += "--";
+    out += boundary_;
+    out += "--";
     out += lineEnd;
   }
   return out;
