@@ -1,0 +1,157 @@
+#include "eml/HeaderFields.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <string_view>
+
+#include "Tarnbase/PlainKernel.h"
+#include "eml/ReadMail.h"
+
+namespace tarn {
+namespace {
+
+using namespace std::string_view_literals;
+
+// A message whose data is this text.
+struct Headers {
+  EmlMessage message;
+  int32_t status = 0;
+
+  // The top header block ends at `limit`, or at the end of the text.
+  explicit Headers(std::string_view text, size_t limit = std::string_view::npos) {
+    message.data = static_cast<char*>(KernelAlloc(text.size() + 1, 1, TARN_HERE));
+    if (!text.empty()) std::memcpy(message.data, text.data(), text.size());
+    message.end = message.data + text.size();
+    status = ParseEmlHeaders(message, message.data + std::min(limit, text.size()));
+  }
+};
+
+TEST(HeaderFields, AllSevenAreTaken) {
+  const Headers headers(
+      "From: a\r\nTo: b\r\nSubject: c\r\nDate: d\r\nCC: e\r\nBCC: f\r\nImportance: g\r\n");
+  EXPECT_EQ(headers.status, 1);
+  EXPECT_EQ(headers.message.from.bytes(), "a\0"sv);
+  EXPECT_EQ(headers.message.to.bytes(), "b\0"sv);
+  EXPECT_EQ(headers.message.subject.bytes(), "c\0"sv);
+  EXPECT_EQ(headers.message.date.bytes(), "d\0"sv);
+  EXPECT_EQ(headers.message.cc.bytes(), "e\0"sv);
+  EXPECT_EQ(headers.message.bcc.bytes(), "f\0"sv);
+  EXPECT_EQ(headers.message.importance.bytes(), "g\0"sv);
+  EXPECT_EQ(headers.message.convertToUtf8, 0u);
+}
+
+TEST(HeaderFields, NamesMatchInAnyCase) {
+  const Headers headers("fRoM: a\nCc: e\nbcc: f\nIMPORTANCE: g");
+  EXPECT_EQ(headers.message.from.text(), "a");
+  EXPECT_EQ(headers.message.cc.text(), "e");
+  EXPECT_EQ(headers.message.bcc.text(), "f");
+  EXPECT_EQ(headers.message.importance.text(), "g");
+}
+
+TEST(HeaderFields, AbsentFieldStaysNullAndAnEmptyOneDoesNot) {
+  const Headers headers("From:\r\nTo: \r\nDate:");
+  EXPECT_EQ(headers.message.from.bytes(), "\0"sv);
+  EXPECT_EQ(headers.message.to.bytes(), "\0"sv);
+  EXPECT_EQ(headers.message.date.bytes(), "\0"sv);
+  EXPECT_EQ(headers.message.subject.data, nullptr);
+  EXPECT_EQ(headers.message.subject.length, 0u);
+}
+
+TEST(HeaderFields, OneBlankBehindTheColonIsSkipped) {
+  const Headers headers("From:a\nTo:  b\nSubject:\tc\n");
+  EXPECT_EQ(headers.message.from.text(), "a");
+  EXPECT_EQ(headers.message.to.text(), " b");
+  EXPECT_EQ(headers.message.subject.text(), "\tc");
+}
+
+TEST(HeaderFields, NameCountsOnlyAtALineStart) {
+  const Headers headers("X-From: a\r\nReply-To: b\rTo: c\r\n");
+  EXPECT_EQ(headers.message.from.data, nullptr);
+  EXPECT_EQ(headers.message.to.text(), "c");
+}
+
+TEST(HeaderFields, SecondLineOfANameIsIgnored) {
+  const Headers headers("To: a\r\nFrom: x\r\nTo: b\r\nFrom: y\r\n");
+  EXPECT_EQ(headers.message.to.text(), "a");
+  EXPECT_EQ(headers.message.from.text(), "x");
+}
+
+TEST(HeaderFields, LimitEndsTheSearchAndTheValue) {
+  const Headers headers("To: abcdef\r\n\r\nFrom: x\r\n", 7);
+  EXPECT_EQ(headers.message.to.text(), "abc");
+  EXPECT_EQ(headers.message.from.data, nullptr);
+}
+
+TEST(HeaderFields, CrLfFoldDropsTheLineEndAndOneBlankOrTab) {
+  EXPECT_EQ(Headers("Subject: ab\r\n cd\r\n\tef\r\n").message.subject.text(), "abcdef");
+  EXPECT_EQ(Headers("Subject: ab\r\n  cd\r\nX: y\r\n").message.subject.text(), "ab cd");
+}
+
+TEST(HeaderFields, LfFoldNeedsABlank) {
+  EXPECT_EQ(Headers("Subject: ab\n cd\nX: y\n").message.subject.text(), "abcd");
+  EXPECT_EQ(Headers("Subject: ab\n\tcd\nX: y\n").message.subject.text(), "ab");
+}
+
+TEST(HeaderFields, LfLfAndABlankContinue) {
+  EXPECT_EQ(Headers("Subject: ab\n\n cd\nX: y\n").message.subject.text(), "abcd");
+}
+
+TEST(HeaderFields, EmptyContinuationEndsTheField) {
+  EXPECT_EQ(Headers("Subject: ab\r\n \r\n cd\r\nX: y\r\n").message.subject.text(), "ab");
+}
+
+TEST(HeaderFields, ContinuationNeedsMoreThanThreeBytesInFrontOfTheLimit) {
+  // The line end stands at 10: 10 + 3 is not below 13, but is below 14.
+  const std::string_view text = "Subject: a\r\n bc";
+  EXPECT_EQ(Headers(text, 13).message.subject.text(), "a");
+  EXPECT_EQ(Headers(text, 14).message.subject.text(), "ab");
+}
+
+TEST(HeaderFields, NulOfALineIsLostToItsContinuation) {
+  EXPECT_EQ(Headers("Subject: a\0\r\n b\r\nX: y\r\n"sv).message.subject.bytes(), "ab\0"sv);
+  EXPECT_EQ(Headers("Subject: a\0\r\nX: y\r\n"sv).message.subject.bytes(), "a\0"sv);
+}
+
+TEST(HeaderFields, WordsAreDecodedAfterUnfolding) {
+  const Headers headers("From: =?utf-8?Q?J=C3=\r\n B6rg?= <j@x>\r\nTo: =?koi8-r?Q?x?= long\r\n");
+  EXPECT_EQ(headers.message.from.text(), "J\xC3\xB6rg <j@x>");
+  EXPECT_EQ(headers.message.to.text(), "=?koi8-r?Q?x?= long");
+  EXPECT_EQ(headers.message.convertToUtf8, 1u);
+}
+
+TEST(HeaderFields, FieldOfManyShortLinesIsJoined) {
+  std::string text = "Subject: ";
+  std::string expected;
+  for (int i = 0; i < 20000; ++i) {
+    text += "ab\r\n ";
+    expected += "ab";
+  }
+  const Headers headers(text + "end\r\n");
+  EXPECT_EQ(headers.message.subject.text(), expected + "end");
+}
+
+TEST(HeaderFields, WithoutMemoryTheAppendFailsAndAWordDoesNot) {
+  const std::string_view text = "From: a\r\nSubject: =?utf-8?Q?abc?=\r\n";
+  bool sawFailure = false;
+  bool sawUndecoded = false;
+  for (uint64_t ordinal = 2; ordinal < 30; ++ordinal) {
+    PlainKernelFailAt(PlainKernelFaultMemory, ordinal);
+    const Headers headers(text);
+    PlainKernelFailAt(PlainKernelFaultMemory, 0);
+    if (headers.status != 1) {
+      EXPECT_EQ(headers.status, -1);
+      sawFailure = true;
+    } else if (headers.message.subject.text() != "abc") {
+      EXPECT_EQ(headers.message.subject.text(), "=?utf-8?Q?abc?=");
+      EXPECT_EQ(headers.message.convertToUtf8, 0u);
+      sawUndecoded = true;
+    }
+  }
+  EXPECT_TRUE(sawFailure);
+  EXPECT_TRUE(sawUndecoded);
+}
+
+}  // namespace
+}  // namespace tarn
