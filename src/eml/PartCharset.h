@@ -1,0 +1,24 @@
+// PartCharset.h - the charset of a part, and whether the part is to become UTF-8.
+#ifndef TARN_EML_PARTCHARSET_H
+#define TARN_EML_PARTCHARSET_H
+
+#include "Internal/EmlMessage.h"
+
+namespace tarn {
+
+// Sets the part's charset by the "charset=" of its Content-Type, whose value starts at `value`, on
+// that line and its folded lines; CharsetNone when there is none. The bytes up to `readableEnd` are
+// those of the file.
+void ParsePartCharset(EmlPart& part, const char* value, const char* headerEnd,
+                      const char* readableEnd);
+
+// Decides whether the message's texts become UTF-8, if that is still open, and converts the part's
+// decoded text accordingly. A part of a charset that needs conversion decides for it, unless it is
+// an HTML text whose own meta element names the same charset; that element counts in one spelling
+// only, without quotes around Content-Type. The decision also repairs the header fields that are no
+// UTF-8. 1, or the failure of the conversion; then `decoded` may be empty.
+int32_t ConvertPartCharset(EmlPart& part, EmlMessage& message);
+
+}  // namespace tarn
+
+#endif

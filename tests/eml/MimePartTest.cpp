@@ -1,0 +1,270 @@
+#include "eml/MimePart.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <string_view>
+
+#include "Tarnbase/PlainKernel.h"
+#include "eml/ReadMail.h"
+
+namespace tarn {
+namespace {
+
+using namespace std::string_view_literals;
+using test::AttachmentRecorder;
+
+// One part that fills the whole file.
+struct Parsed {
+  EmlMessage message;
+  EmlPart part;
+  const char* cursor = nullptr;
+  int32_t status = 0;
+
+  explicit Parsed(std::string_view text, const AttachmentRequest* request = nullptr) {
+    message.data = static_cast<char*>(KernelAlloc(text.size() + 1, 1, TARN_HERE));
+    if (!text.empty()) std::memcpy(message.data, text.data(), text.size());
+    message.end = message.data + text.size();
+    part.start = message.data;
+    status = ParseMimePart(part, message, &cursor, message.end, request);
+  }
+
+  std::string raw() const { return part.raw.get(); }
+  std::string decoded() const { return {part.decoded.get(), part.decodedLength}; }
+  std::string id() const {
+    return part.contentId.length == 0 ? "" : std::string(part.contentId.data);
+  }
+};
+
+TEST(MimePart, PartWithCrLfHeaders) {
+  const Parsed parsed(
+      "\r\nContent-Type: text/html\r\nContent-Transfer-Encoding: base64\r\n\r\nPGI+\r\n");
+  EXPECT_EQ(parsed.status, 1);
+  EXPECT_EQ(parsed.part.contentClass, ContentHtml);
+  EXPECT_EQ(parsed.part.encoding, TransferBase64);
+  EXPECT_EQ(parsed.raw(), "PGI+\r\n");
+  EXPECT_EQ(parsed.decoded(), "<b>");
+  EXPECT_EQ(parsed.part.parsed, 1u);
+  EXPECT_EQ(parsed.part.disposition, DispositionNone);
+  EXPECT_EQ(parsed.part.locationLine, nullptr);
+  EXPECT_FALSE(parsed.part.name);
+  EXPECT_EQ(parsed.id(), "");
+  EXPECT_EQ(parsed.cursor, parsed.message.end);
+}
+
+TEST(MimePart, PartWithLfHeaders) {
+  const Parsed parsed("\nContent-Type: text/plain\n\nabc\n");
+  EXPECT_EQ(parsed.part.contentClass, ContentPlain);
+  EXPECT_EQ(parsed.decoded(), "abc\n");
+}
+
+TEST(MimePart, FirstByteIsSteppedOverWhateverItIs) {
+  EXPECT_EQ(Parsed("Content-Type: text/html\n\nabc").part.contentClass, ContentOther);
+  EXPECT_EQ(Parsed("xContent-Type: text/html\n\nabc").part.contentClass, ContentHtml);
+  EXPECT_EQ(Parsed("\rxContent-Type: text/html\n\nabc").part.contentClass, ContentHtml);
+}
+
+TEST(MimePart, EmptyPartHasAnEmptyContent) {
+  for (const std::string_view text : {""sv, "\n"sv, "\r"sv, "\r\n"sv}) {
+    const Parsed parsed(text);
+    EXPECT_EQ(parsed.status, 1);
+    EXPECT_EQ(parsed.decoded(), "");
+    EXPECT_EQ(parsed.part.contentClass, ContentOther);
+    EXPECT_EQ(parsed.cursor, parsed.message.end);
+  }
+}
+
+TEST(MimePart, WithoutAnEmptyLineTheHeaderEndsAtTheFirstCrLf) {
+  EXPECT_EQ(Parsed("\r\nA: b\r\nC: d\r\ne").decoded(), "C: d\r\ne");
+  EXPECT_EQ(Parsed("\nA: b\nC: d\ne").decoded(), "");
+}
+
+TEST(MimePart, WithoutContentTypeTheClassIsOtherAndNoNameIsLookedFor) {
+  const Parsed parsed("\nX: name=a\n\nabc");
+  EXPECT_EQ(parsed.part.contentClass, ContentOther);
+  EXPECT_FALSE(parsed.part.name);
+  EXPECT_EQ(parsed.decoded(), "abc");
+}
+
+TEST(MimePart, BlanksButNoTabsInFrontOfTheTypeAreSkipped) {
+  EXPECT_EQ(Parsed("\nContent-Type:   text/html\n\n").part.contentClass, ContentHtml);
+  EXPECT_EQ(Parsed("\nContent-Type:text/html\n\n").part.contentClass, ContentHtml);
+  EXPECT_EQ(Parsed("\nContent-Type:\ttext/html\n\n").part.contentClass, ContentOther);
+}
+
+TEST(MimePart, NameComesFromTheContentTypeOrAHeaderBehindIt) {
+  EXPECT_STREQ(Parsed("\nContent-Type: image/png; name=\"a.png\"\n\n").part.name.get(), "a.png");
+  EXPECT_STREQ(Parsed("\nContent-Type: image/png\nX: name=b.png\n\n").part.name.get(), "b.png");
+  EXPECT_FALSE(Parsed("\nX: name=b.png\nContent-Type: image/png\n\n").part.name);
+  EXPECT_FALSE(Parsed("\nContent-Type: image/png; filename=b.png\n\n").part.name);
+  EXPECT_STREQ(Parsed("\nContent-Type: x; name==?utf-8?Q?a=2Eb?=\n\n").part.name.get(), "a.b");
+  EXPECT_STREQ(Parsed("\nContent-Type: x; name=\"\"\n\n").part.name.get(), "");
+}
+
+TEST(MimePart, LastSegmentOfContentLocationIsTheName) {
+  const Parsed parsed("\nContent-Type: image/png; name=x\nContent-Location: http://a/b/c.png\n\n");
+  EXPECT_STREQ(parsed.part.name.get(), "c.png");
+  EXPECT_EQ(std::string(parsed.part.locationLine, 17), "Content-Location:");
+  EXPECT_STREQ(Parsed("\nContent-Location: c.png\r\nX: y/z\n\n").part.name.get(), "c.png");
+  EXPECT_STREQ(Parsed("\nContent-Location: /c\n\n").part.name.get(), "c");
+  EXPECT_STREQ(Parsed("\nContent-Location: a/\n\n").part.name.get(), "");
+}
+
+TEST(MimePart, ContentLocationValueLiesAtAFixedPlace) {
+  EXPECT_STREQ(Parsed("\nContent-Location:abc\n\n").part.name.get(), "bc");
+  EXPECT_STREQ(Parsed("\nContent-Location:  abc\n\n").part.name.get(), " abc");
+  // Behind the header: empty, and an empty name is a name.
+  EXPECT_STREQ(Parsed("\nContent-Type: x; name=n\nContent-Location:").part.name.get(), "");
+}
+
+TEST(MimePart, TransferEncodings) {
+  EXPECT_EQ(Parsed("\nContent-Transfer-Encoding: quoted-printable\n\na=41=\r\nb").decoded(), "aAb");
+  EXPECT_EQ(Parsed("\nContent-Transfer-Encoding: BASE64\n\nYWJj").decoded(), "abc");
+  EXPECT_EQ(Parsed("\nContent-Transfer-Encoding: 7bit\n\nabc").decoded(), "+/vabc");
+  EXPECT_EQ(Parsed("\nContent-Transfer-Encoding: 8bit\n\na=41").decoded(), "a=41");
+  EXPECT_EQ(Parsed("\nContent-Transfer-Encoding: binary\n\na=41").decoded(), "a=41");
+  EXPECT_EQ(Parsed("\nContent-Transfer-Encoding: x-uuencode\n\na=41").decoded(), "a=41");
+  EXPECT_EQ(Parsed("\nX: y\n\na=41").decoded(), "a=41");
+}
+
+TEST(MimePart, TransferEncodingRightBehindTheColonIsMisread) {
+  const Parsed parsed("\nContent-Transfer-Encoding:base64\n\nYWJj");
+  EXPECT_EQ(parsed.part.encoding, TransferRaw);
+  EXPECT_EQ(parsed.decoded(), "YWJj");
+  EXPECT_EQ(Parsed("\nContent-Transfer-Encoding:  base64\n\nYWJj").decoded(), "YWJj");
+  EXPECT_EQ(Parsed("\nContent-Transfer-Encoding:").part.encoding, TransferRaw);
+}
+
+TEST(MimePart, ContentIdStandsBetweenTheBrackets) {
+  EXPECT_EQ(Parsed("\nContent-ID: <a@b>\n\n").id(), "a@b");
+  EXPECT_EQ(Parsed("\nContent-ID: x <a@b> y\n\n").id(), "a@b");
+  EXPECT_EQ(Parsed("\nContent-ID: a@b\r\n\r\n").id(), "a@b");
+  EXPECT_EQ(Parsed("\nContent-ID: a@b>\n\n").id(), "a@b");
+  EXPECT_EQ(Parsed("\nContent-ID: <a@b\nX: >\n\n").id(), "a@b");
+  EXPECT_EQ(Parsed("\nContent-ID: <>\n\n").id(), "");
+  EXPECT_EQ(Parsed("\nContent-ID:").id(), "");
+}
+
+TEST(MimePart, ContentIdLiesAtAFixedPlace) {
+  EXPECT_EQ(Parsed("\nContent-ID:ab\n\n").id(), "b");
+  EXPECT_EQ(Parsed("\nContent-ID:<ab>\n\n").id(), "ab");
+  // One byte behind the colon is the next line.
+  EXPECT_EQ(Parsed("\nContent-ID:\nX: <c>\n\n").id(), "c");
+}
+
+TEST(MimePart, RecordIsClearedForTheNextPart) {
+  Parsed parsed(
+      "\nContent-Type: text/html; charset=us-ascii\nContent-ID: <a>\n"
+      "Content-Disposition: inline\nContent-Location: b\n\nc");
+  const std::string_view next = "\n\nd";
+  parsed.part.start = next.data();
+  parsed.part.name.reset();
+  const char* cursor = nullptr;
+  EXPECT_EQ(ParseMimePart(parsed.part, parsed.message, &cursor, next.data() + next.size(), nullptr),
+            1);
+  EXPECT_EQ(parsed.part.contentClass, ContentOther);
+  EXPECT_EQ(parsed.part.disposition, DispositionNone);
+  EXPECT_EQ(parsed.part.charset.kind, CharsetNone);
+  EXPECT_EQ(parsed.part.locationLine, nullptr);
+  EXPECT_EQ(parsed.part.encoding, TransferRaw);
+  EXPECT_EQ(parsed.id(), "");
+}
+
+TEST(MimePart, DispositionIsAPrefixInAnyCase) {
+  EXPECT_EQ(Parsed("\nContent-Disposition: Attachment; x\n\n").part.disposition,
+            DispositionAttachment);
+  EXPECT_EQ(Parsed("\nContent-Disposition: INLINEd\n\n").part.disposition, DispositionInline);
+  EXPECT_EQ(Parsed("\nContent-Disposition: form-data\n\n").part.disposition, DispositionOther);
+  EXPECT_EQ(Parsed("\nContent-Disposition:attachment\n\n").part.disposition, DispositionOther);
+  EXPECT_EQ(Parsed("\nContent-Disposition:").part.disposition, DispositionOther);
+}
+
+TEST(MimePart, DispositionValueRunsOverFoldedLines) {
+  AttachmentRecorder recorder;
+  const Parsed parsed(
+      "\r\nContent-Disposition: attachment;\r\n size=1;\r\n\tfilename=a.txt\r\nX: y\r\n\r\nabc",
+      &recorder.request);
+  EXPECT_EQ(parsed.status, 1);
+  ASSERT_EQ(recorder.attachments.size(), 1u);
+  EXPECT_EQ(recorder.attachments[0].name, u"a.txt");
+}
+
+TEST(MimePart, FileNameOnALineThatIsNotFoldedIsNotTheDispositions) {
+  AttachmentRecorder recorder;
+  const Parsed parsed("\r\nContent-Disposition: attachment\r\nX: filename=a.txt\r\n\r\nabc",
+                      &recorder.request);
+  ASSERT_EQ(recorder.attachments.size(), 1u);
+  EXPECT_FALSE(recorder.attachments[0].name.has_value());
+}
+
+TEST(MimePart, ReportedBytesAreDecodedButNotConverted) {
+  AttachmentRecorder recorder;
+  const Parsed parsed(
+      "\nContent-Type: text/plain; charset=iso-8859-1\nContent-Disposition: inline\n\n\xE4",
+      &recorder.request);
+  ASSERT_EQ(recorder.attachments.size(), 1u);
+  EXPECT_EQ(recorder.attachments[0].bytes, "\xE4");
+  EXPECT_EQ(parsed.decoded(), "\xC3\xA4");
+}
+
+TEST(MimePart, ResultOfTheReportEndsThePart) {
+  for (const int32_t result : {2, 0, -7}) {
+    AttachmentRecorder recorder;
+    recorder.results = {result};
+    const Parsed parsed("\nContent-Type: x; name=n\nContent-Disposition: inline\n\nabc",
+                        &recorder.request);
+    EXPECT_EQ(parsed.status, result);
+    EXPECT_FALSE(parsed.part.name);
+    EXPECT_FALSE(parsed.part.raw);
+  }
+}
+
+TEST(MimePart, EmptyBase64Fails) {
+  EXPECT_EQ(Parsed("\nContent-Transfer-Encoding: base64\n\n").status, -1);
+}
+
+TEST(MimePart, ReportReplacesTheFailureOfEmptyBase64) {
+  AttachmentRecorder recorder;
+  const Parsed parsed(
+      "\nContent-Transfer-Encoding: base64\nContent-Disposition: attachment; filename=a\n\n",
+      &recorder.request);
+  EXPECT_EQ(parsed.status, 1);
+  ASSERT_TRUE(parsed.part.decoded);
+  EXPECT_EQ(parsed.part.decodedLength, 0u);
+  ASSERT_EQ(recorder.attachments.size(), 1u);
+  EXPECT_EQ(recorder.attachments[0].bytes, "");
+  // A disposition that is not reported replaces it as well.
+  EXPECT_EQ(Parsed("\nContent-Transfer-Encoding: base64\nContent-Disposition: other\n\n").status,
+            1);
+}
+
+TEST(MimePart, Base64WithoutItsAlphabetIsEmptyAndNoFailure) {
+  const Parsed parsed("\nContent-Transfer-Encoding: base64\n\n\r\n..\r\n");
+  EXPECT_EQ(parsed.status, 1);
+  EXPECT_EQ(parsed.part.decodedLength, 0u);
+}
+
+TEST(MimePart, EveryFailedAllocationGivesMinusOneAndFreesThePart) {
+  const std::string_view text =
+      "\nContent-Type: text/html; name=n; charset=iso-8859-1\nContent-ID: <a>\n"
+      "Content-Transfer-Encoding: base64\nContent-Disposition: attachment\n\n5A==";
+  int32_t status = 0;
+  uint64_t ordinal = 1;  // the first one makes the file
+  while (status != 1) {
+    PlainKernelFailAt(PlainKernelFaultMemory, ++ordinal);
+    const Parsed parsed(text);
+    PlainKernelFailAt(PlainKernelFaultMemory, 0);
+    status = parsed.status;
+    if (status == 1) break;
+    EXPECT_EQ(status, -1);
+    EXPECT_FALSE(parsed.part.name);
+    EXPECT_FALSE(parsed.part.raw);
+    EXPECT_FALSE(parsed.part.decoded);
+    ASSERT_LT(ordinal, 50u);
+  }
+  EXPECT_GT(ordinal, 5u);
+}
+
+}  // namespace
+}  // namespace tarn
