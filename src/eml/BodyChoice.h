@@ -1,0 +1,32 @@
+// BodyChoice.h - what a leaf is to the document: its body, an image in the body, or nothing.
+//
+// The last HTML part wins over all parts; a plain part replaces an earlier plain part, or a part
+// that was the body only because there was none. "No body" means length 0: an empty text part is a
+// body, its terminator counted.
+#ifndef TARN_EML_BODYCHOICE_H
+#define TARN_EML_BODYCHOICE_H
+
+#include "Common/InlineImages.h"
+#include "Internal/EmlMessage.h"
+#include "eml/SearchBudget.h"
+
+namespace tarn {
+
+// Bytes that a body may have after images went into it as data: URLs: a fixed part and a part in
+// proportion to the file. An image of some size with references without number would else make
+// gigabytes of a small file; images that a mail program refers to a few dozen times each pass.
+inline constexpr uint64_t kBodyFixedBytes = uint64_t{1} << 30;
+inline constexpr uint64_t kBodyBytesPerFileByte = 64;
+
+// Uses a part that ParseMimePart has read. An image sets `walkResult`: 2 when the body has no place
+// for it (then the body stays), else the result of putting it there; other parts leave it.
+//
+// 1 goes on with the walk. Failures end it: -1 without memory or budget and for a body that would
+// grow beyond the bound above, and what RewriteInlineImage fails with (0 among them). The body then
+// holds what it held, or is empty.
+int32_t UsePart(const EmlPart& part, EmlMessage& message, InlineImageContext& context,
+                SearchBudget& budget, int32_t& walkResult);
+
+}  // namespace tarn
+
+#endif

@@ -1,0 +1,183 @@
+// Images of a mail that go into its HTML body.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "eml/BodyChoice.h"
+#include "eml/ReadMail.h"
+#include "support/EmlBuilder.h"
+
+namespace tarn {
+namespace {
+
+using namespace std::string_view_literals;
+using test::EmlBuilder;
+using test::EmlEncoding;
+using test::EmlEntity;
+using test::ReadMail;
+
+// 15 bytes, and their form in a body.
+constexpr std::string_view kImage = "0123456789abcde";
+constexpr std::string_view kUrl = "data:image;base64,MDEyMzQ1Njc4OWFiY2Rl";
+
+EmlEntity Html(std::string_view text) { return EmlEntity::Leaf("text/html", text); }
+EmlEntity Image(std::string_view type = "image/png; name=a.png") {
+  return EmlEntity::Leaf(type, kImage).encoded(EmlEncoding::Base64);
+}
+
+EmlEntity Parts(const std::vector<EmlEntity>& parts) {
+  EmlEntity body = EmlEntity::Multipart("related", "sep");
+  for (const EmlEntity& part : parts) body.part(part);
+  return body;
+}
+
+ReadMail ReadParts(const std::vector<EmlEntity>& parts) {
+  return ReadMail(EmlBuilder::Usual().body(Parts(parts)).build());
+}
+
+ReadMail ReadUnclosed(const std::vector<EmlEntity>& parts) {
+  return ReadMail(EmlBuilder::Usual().body(Parts(parts).unclosed()).build());
+}
+
+// A body that stands behind its terminator's rules: images leave it where it is.
+std::string Text(const ReadMail& read) { return std::string(read.message.body.text()); }
+
+TEST(ImageParts, ContentIdReferenceIsReplaced) {
+  const ReadMail read = ReadParts({Html("<img src=\"cid:a@b\">"), Image().contentId("a@b")});
+  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(Text(read), "<img src=\"" + std::string(kUrl) + "\">");
+}
+
+TEST(ImageParts, AllFourImageTypesAreUsed) {
+  for (const std::string_view type : {"image/png; name=a.x", "image/gif; name=a.x",
+                                      "image/jpeg; name=a.x", "image/x-wmf; name=a.x"}) {
+    const ReadMail read = ReadParts({Html("<img src=\"a.x\">"), Image(type)});
+    EXPECT_EQ(Text(read), "<img src=\"" + std::string(kUrl) + "\">") << type;
+  }
+  EXPECT_EQ(Text(ReadParts({Html("<img src=\"a.x\">"), Image("image/svg; name=a.x")})),
+            "<img src=\"a.x\">");
+}
+
+TEST(ImageParts, NameIsLookedForWithoutAContentIdOrWithOneThatIsNowhere) {
+  const std::string replaced = "<img src=\"" + std::string(kUrl) + "\">";
+  EXPECT_EQ(Text(ReadParts({Html("<img src=\"a.png\">"), Image()})), replaced);
+  EXPECT_EQ(Text(ReadParts({Html("<img src=\"a.png\">"), Image().contentId("x")})), replaced);
+}
+
+TEST(ImageParts, ContentIdComesBeforeTheName) {
+  const ReadMail read =
+      ReadParts({Html("<img src=\"a.png\"><img src=\"cid:x\">"), Image().contentId("x")});
+  EXPECT_EQ(Text(read), "<img src=\"a.png\"><img src=\"" + std::string(kUrl) + "\">");
+}
+
+TEST(ImageParts, ReferencesMatchInTheirExactCase) {
+  EXPECT_EQ(Text(ReadParts({Html("<img src=\"cid:A\">"), Image().contentId("a")})),
+            "<img src=\"cid:A\">");
+  EXPECT_EQ(Text(ReadParts({Html("<img src=\"A.png\">"), Image()})), "<img src=\"A.png\">");
+}
+
+TEST(ImageParts, EachImageIsLookedForByItsOwnContentId) {
+  const ReadMail read = ReadParts({Html("<img src=\"cid:1\"><img src=\"cid:2\">"),
+                                   Image().contentId("1"), Image().contentId("2")});
+  const std::string url(kUrl);
+  EXPECT_EQ(Text(read), "<img src=\"" + url + "\"><img src=\"" + url + "\">");
+}
+
+TEST(ImageParts, NameMayComeFromContentLocation) {
+  const ReadMail read =
+      ReadParts({Html("<img src=\"c.png\">"),
+                 Image("image/png").header("Content-Location", "http://x/c.png")});
+  EXPECT_EQ(Text(read), "<img src=\"" + std::string(kUrl) + "\">");
+}
+
+TEST(ImageParts, ImageWithoutANameIsPassedOver) {
+  const ReadMail read =
+      ReadUnclosed({Html("<img src=\"cid:a\">"), Image("image/png").contentId("a")});
+  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(Text(read), "<img src=\"cid:a\">");
+}
+
+TEST(ImageParts, EmptyNameMatchesNothing) {
+  const ReadMail read = ReadUnclosed({Html("<img src=\"\">"), Image("image/png; name=\"\"")});
+  EXPECT_EQ(read.status, 2);
+  EXPECT_EQ(Text(read), "<img src=\"\">");
+}
+
+TEST(ImageParts, ImageWithAnEmptyNameIsFoundByItsContentId) {
+  const ReadMail read =
+      ReadUnclosed({Html("<img src=\"cid:a\">"), Image("image/png; name=\"\"").contentId("a")});
+  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(Text(read), "<img src=\"" + std::string(kUrl) + "\">");
+}
+
+TEST(ImageParts, ImageWithoutAPlaceLeavesTheBodyAlone) {
+  const ReadMail read = ReadParts({Html("<p>"), Image().contentId("a")});
+  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(Text(read), "<p>");
+}
+
+TEST(ImageParts, ImageInFrontOfItsHtmlIsNotPutIn) {
+  const ReadMail read = ReadParts({Image().contentId("a"), Html("<img src=\"cid:a\">")});
+  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(Text(read), "<img src=\"cid:a\">");
+}
+
+TEST(ImageParts, LastImageWithoutAPlaceGivesTwoWithoutAClosingDelimiter) {
+  EXPECT_EQ(ReadUnclosed({Html("<p>"), Image()}).status, 2);
+  EXPECT_EQ(ReadUnclosed({Image()}).status, 2);  // no body
+  EXPECT_EQ(ReadUnclosed({Html("<img src=\"a.png\">"), Image("image/png; name=zz"), Image()}).status,
+            1);
+  EXPECT_EQ(ReadUnclosed({Html("<img src=\"a.png\">"), Image(), Image("image/png; name=zz")}).status,
+            2);
+}
+
+TEST(ImageParts, OnlyImagesSetTheResult) {
+  EXPECT_EQ(ReadUnclosed({Html("<p>"), Image(), Html("<b>")}).status, 2);
+  EXPECT_EQ(ReadUnclosed({Html("<p>"), Image(), Image("image/png")}).status, 2);
+}
+
+TEST(ImageParts, TwoOfANestedWalkEndsTheOuterOne) {
+  const EmlEntity inner =
+      EmlEntity::Multipart("related", "in").part(Html("<p>")).part(Image()).unclosed();
+  const ReadMail read = ReadParts({inner, Html("late")});
+  EXPECT_EQ(read.status, 2);
+  EXPECT_EQ(Text(read), "<p>");
+}
+
+TEST(ImageParts, NestedWalkThatEndsWellKeepsTheOuterResult) {
+  const EmlEntity inner = EmlEntity::Multipart("x", "in").part(EmlEntity::Leaf("text/css", ""));
+  EXPECT_EQ(ReadUnclosed({Html("<p>"), Image(), inner}).status, 2);
+}
+
+TEST(ImageParts, SmallImageFailsTheRead) {
+  const ReadMail read = ReadParts(
+      {Html("<img src=\"a.png\">"), EmlEntity::Leaf("image/png; name=a.png", "abc"), Html("x")});
+  EXPECT_EQ(read.status, 0);
+}
+
+TEST(ImageParts, EmptyImageFailsTheRead) {
+  const ReadMail read =
+      ReadParts({Html("<img src=\"a.png\">"), EmlEntity::Leaf("image/png; name=a.png", "")});
+  EXPECT_EQ(read.status, -13);
+}
+
+TEST(ImageParts, ImagesGoIntoAPlainBodyToo) {
+  const ReadMail read = ReadParts({EmlEntity::Leaf("text/plain", "\"a.png\""), Image()});
+  EXPECT_EQ(Text(read), "\"" + std::string(kUrl) + "\"");
+  EXPECT_EQ(read.message.documentKind, 2u);
+}
+
+TEST(ImageParts, BodyMayNotGrowWithoutBound) {
+  // 2000 references to an image of 600 KB would be 1.6 GB.
+  std::string html;
+  for (int i = 0; i < 2000; ++i) html += "\"a.png\" ";
+  const ReadMail read =
+      ReadParts({Html(html), EmlEntity::Leaf("image/png; name=a.png", std::string(600000, 'x'))});
+  EXPECT_EQ(read.status, -1);
+  EXPECT_EQ(Text(read), html);
+}
+
+}  // namespace
+}  // namespace tarn
