@@ -1,0 +1,27 @@
+// EmlReader.h - reads an internet mail file (RFC 822 with MIME) through an open kernel handle.
+//
+// The file is read once, whole, into one block, and all else searches that block: every header that
+// is wanted is looked up by name when it is wanted. Reading is also the test of the format.
+#ifndef TARN_EML_EMLREADER_H
+#define TARN_EML_EMLREADER_H
+
+#include "Internal/AttachmentRequest.h"
+#include "Internal/EmlMessage.h"
+#include "Internal/PstFilterData.h"
+
+namespace tarn {
+
+// Fills the message, which is new: header fields, and the body that the part walker chooses; with a
+// request (or null), the attachments are reported on the way. The handle stays open and stands at
+// the end of the file.
+//
+// 1, and then the body may still be null. -9 for a file without the fields of a mail (From, Date,
+// and one of To, Cc, Bcc; empty ones will do) and for one without a boundary whose Content-Type is
+// neither text/plain nor text/html. -7 for an empty file and a short read, -4 when the file cannot
+// be measured, -1 without memory. Else the result of the walk, 2 among them (PartWalker.h).
+int32_t ReadEmlMessage(EmlMessage& message, uint64_t handle, PstFilterData& filterData,
+                       const AttachmentRequest* request);
+
+}  // namespace tarn
+
+#endif

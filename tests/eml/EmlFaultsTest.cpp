@@ -1,0 +1,129 @@
+// Every call of the kernel that a read makes, failed in turn: the status is one that the reader
+// documents, and the leak check of the test program sees to the rest.
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+
+#include "Tarnbase/PlainKernel.h"
+#include "eml/ReadMail.h"
+#include "support/EmlBuilder.h"
+
+namespace tarn {
+namespace {
+
+using test::AttachmentRecorder;
+using test::EmlBuilder;
+using test::EmlEncoding;
+using test::EmlEntity;
+using test::MemoryMail;
+
+constexpr std::string_view kWords = "=?iso-8859-1?Q?f=FCr?= =?iso-2022-jp?B?GyRCJCIbKEI=?= dich";
+
+// A mail that takes every road: words in the subject or else fields that are to be repaired,
+// charsets, nested parts, images, attachments.
+std::string RichMail(std::string_view subject) {
+  return EmlBuilder::Usual()
+      .field("Subject", subject)
+      .field("Cc", "J\xF6rg")
+      .body(EmlEntity::Multipart("mixed", "out")
+                .part(EmlEntity::Multipart("related", "in")
+                          .part(EmlEntity::Leaf("text/plain; charset=iso-8859-1", "f\xFCr"))
+                          .part(EmlEntity::Leaf("text/html; charset=windows-1252",
+                                                "<img src=\"cid:a@b\">\xE4")
+                                    .encoded(EmlEncoding::QuotedPrintable))
+                          .part(EmlEntity::Leaf("image/png; name=\"=?utf-8?Q?a=2Epng?=\"",
+                                                "0123456789abcde")
+                                    .contentId("a@b")
+                                    .encoded(EmlEncoding::Base64)
+                                    .disposition("inline; filename=\"a.png\"")))
+                .part(EmlEntity::Leaf("application/pdf", "%PDF")
+                          .header("Content-Description", "=?iso-8859-1?Q?=E4?=")
+                          .header("Content-Location", "http://x/y.pdf")
+                          .disposition("attachment; filename=\"=?iso-8859-1?Q?=E4=2Epdf?=\"; "
+                                       "creation-date=\"Sat, 21 Nov 2026\"")))
+      .build();
+}
+
+// The statuses of a read with one call of the group after the other failed, far beyond the last one
+// that a read makes.
+std::set<int32_t> Sweep(int32_t group, uint32_t infoOnly, std::string_view subject = kWords) {
+  const std::string text = RichMail(subject);
+  std::set<int32_t> statuses;
+  const MemoryMail mail(text);
+  for (uint64_t ordinal = 1; ordinal < 400; ++ordinal) {
+    AttachmentRecorder recorder;
+    recorder.request.infoOnly = infoOnly;
+    EmlMessage message;
+    PstFilterData filterData;
+    KernelFileSeek(mail.handle(), 0, KERNEL_SEEK_START);
+
+    PlainKernelFailAt(group, ordinal);
+    const int32_t status = ReadEmlMessage(message, mail.handle(), filterData, &recorder.request);
+    PlainKernelFailAt(group, 0);
+    statuses.insert(status);
+  }
+  return statuses;
+}
+
+TEST(EmlFaults, SoundReadSucceeds) {
+  AttachmentRecorder recorder;
+  const test::ReadMail read(RichMail(kWords), &recorder.request);
+  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(read.message.subject.text(), "f\xC3\xBCr \xE3\x81\x82 dich");
+  EXPECT_EQ(read.message.cc.text(), "J\xF6rg");
+  EXPECT_EQ(read.message.body.text(),
+            "<img src=\"data:image;base64,MDEyMzQ1Njc4OWFiY2Rl\">\xC3\xA4");
+  ASSERT_EQ(recorder.attachments.size(), 2u);
+  EXPECT_EQ(recorder.attachments[0].name, u"a.png");
+  EXPECT_EQ(recorder.attachments[1].name, u"\u00E4.pdf");
+}
+
+TEST(EmlFaults, SoundReadRepairsItsFields) {
+  const test::ReadMail read(RichMail("no words"));
+  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(read.message.cc.text(), "J\xC3\xB6rg");
+}
+
+TEST(EmlFaults, Memory) {
+  EXPECT_EQ(Sweep(PlainKernelFaultMemory, 0), (std::set<int32_t>{-1, 1}));
+  EXPECT_EQ(Sweep(PlainKernelFaultMemory, 1), (std::set<int32_t>{-1, 1}));
+  EXPECT_EQ(Sweep(PlainKernelFaultMemory, 1, "no words"), (std::set<int32_t>{-1, 1}));
+}
+
+TEST(EmlFaults, Read) { EXPECT_EQ(Sweep(PlainKernelFaultRead, 0), (std::set<int32_t>{-7, 1})); }
+
+TEST(EmlFaults, Seek) { EXPECT_EQ(Sweep(PlainKernelFaultSeek, 0), (std::set<int32_t>{-4, 1})); }
+
+TEST(EmlFaults, Text) {
+  // A file name or a looked-up property gives 0, a part's text -1851; words and properties of the
+  // list fail without a trace.
+  EXPECT_EQ(Sweep(PlainKernelFaultText, 0), (std::set<int32_t>{-1851, 0, 1}));
+  EXPECT_EQ(Sweep(PlainKernelFaultText, 1), (std::set<int32_t>{-1851, 0, 1}));
+  EXPECT_EQ(Sweep(PlainKernelFaultText, 1, "no words"), (std::set<int32_t>{-1851, 0, 1}));
+}
+
+TEST(EmlFaults, EachSeekThatFailsGivesMinusFour) {
+  for (uint64_t ordinal = 1; ordinal <= 5; ++ordinal) {
+    const MemoryMail mail("From: a\nTo: b\nDate: c\n\nx");
+    EmlMessage message;
+    PstFilterData filterData;
+    PlainKernelFailAt(PlainKernelFaultSeek, ordinal);
+    EXPECT_EQ(ReadEmlMessage(message, mail.handle(), filterData, nullptr), -4) << ordinal;
+    PlainKernelFailAt(PlainKernelFaultSeek, 0);
+  }
+}
+
+TEST(EmlFaults, EachReadThatFailsGivesMinusSeven) {
+  for (uint64_t ordinal = 1; ordinal <= 2; ++ordinal) {
+    const MemoryMail mail("From: a\nTo: b\nDate: c\n\nx");
+    EmlMessage message;
+    PstFilterData filterData;
+    PlainKernelFailAt(PlainKernelFaultRead, ordinal);
+    EXPECT_EQ(ReadEmlMessage(message, mail.handle(), filterData, nullptr), -7) << ordinal;
+    PlainKernelFailAt(PlainKernelFaultRead, 0);
+  }
+}
+
+}  // namespace
+}  // namespace tarn
