@@ -87,6 +87,11 @@ TEST(MimePart, WithoutContentTypeTheClassIsOtherAndNoNameIsLookedFor) {
   EXPECT_EQ(parsed.decoded(), "abc");
 }
 
+TEST(MimePart, HeaderNameInsideAParameterCountsOnlyAtALineStart) {
+  EXPECT_EQ(Parsed("\nX: a=\"Content-Type: text/html\"\n\n").part.contentClass, ContentOther);
+  EXPECT_EQ(Parsed("\nX: a=\"\nContent-Type: text/html\"\n\n").part.contentClass, ContentHtml);
+}
+
 TEST(MimePart, BlanksButNoTabsInFrontOfTheTypeAreSkipped) {
   EXPECT_EQ(Parsed("\nContent-Type:   text/html\n\n").part.contentClass, ContentHtml);
   EXPECT_EQ(Parsed("\nContent-Type:text/html\n\n").part.contentClass, ContentHtml);
