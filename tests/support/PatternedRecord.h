@@ -17,6 +17,12 @@ struct ByteRange {
   size_t size;
 };
 
+// A field of a packed record by value: a reference to it might be misaligned.
+template <typename Field>
+Field Copy(Field field) {
+  return field;
+}
+
 template <typename Record>
 class PatternedRecord {
  public:

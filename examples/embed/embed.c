@@ -1,0 +1,111 @@
+/* embed.c - the smallest host: prints the document that the filter makes of a mail file, and the
+ * names of its attachments. Links Tarnbase and TarnPst.
+ *
+ *     embed mail.eml
+ */
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+#include "TarnPst.h"
+#include "Tarnbase/Kernel.h"
+
+/* Kernel blocks carry a source location. */
+#define HERE __LINE__, u"embed.c"
+
+/* The sibling for HTML on disk: a real one lays the file out; this one prints it. */
+static int32_t InfoByName(const char16_t* path, void* info, int32_t infoSize, int32_t mode,
+                          void* options) {
+  HostFileInfo* answer = info;
+  char buffer[4096];
+  uint32_t got;
+  uint64_t handle = KernelFileOpen(path, KERNEL_OPEN_READ, KERNEL_OPEN_MODE);
+  (void)infoSize, (void)mode, (void)options;
+  if (handle == KERNEL_BAD_HANDLE) return StatusOpenFailed;
+  while ((got = KernelFileRead(handle, buffer, sizeof buffer)) != 0) fwrite(buffer, 1, got, stdout);
+  KernelFileClose(handle);
+  answer->pageCount = 1;
+  answer->xResolution = answer->yResolution = 96; /* never 0 */
+  return StatusOk;
+}
+
+/* The siblings for everything that stays in memory. */
+static int32_t InfoFromMemory(const void* data, void* info, int32_t infoSize, uint64_t size,
+                              int32_t mode, void* options) {
+  HostFileInfo* answer = info;
+  (void)infoSize, (void)mode, (void)options;
+  fwrite(data, 1, size, stdout);
+  answer->pageCount = 1;
+  answer->xResolution = answer->yResolution = 96;
+  return StatusOk;
+}
+
+static int PrintDocument(const char16_t* path) {
+  FilterInfoContext context;
+  HostFileInfo info;
+  HostLoadOptions options;
+  int32_t status;
+
+  memset(&context, 0, sizeof context);
+  memset(&info, 0, sizeof info);
+  memset(&options, 0, sizeof options);
+  context.path = path;
+  context.handle = KernelFileOpen(path, KERNEL_OPEN_READ, KERNEL_OPEN_MODE);
+  if (context.handle == KERNEL_BAD_HANDLE) return StatusOpenFailed;
+  context.info = &info;
+  context.options = &options;
+  context.infoByName = InfoByName;
+  context.infoFromMemory = InfoFromMemory;
+  context.messageNumber = 1;
+  status = fltInfo(&context); /* no slot: nothing is left behind */
+  KernelFileClose(context.handle);
+  return status;
+}
+
+static int PrintAttachments(const char16_t* path) {
+  GetAttachmentInfoContext context;
+  AttachmentOptions options;
+  uint64_t i;
+  int32_t status;
+
+  memset(&context, 0, sizeof context);
+  memset(&options, 0, sizeof options);
+  options.messageNumber = 1;
+  context.path = path;
+  context.options = &options;
+  status = fltGetAttachmentInfo(&context);
+  if (status != StatusOk) return status;
+
+  for (i = 0; i < context.block->itemCount; ++i) {
+    AttachmentInfoItem* item = &context.block->items[i];
+    char name[1024] = "(no name)";
+    if (item->name != NULL) {
+      int64_t units = 0;
+      while (item->name[units] != 0) ++units;
+      KernelWideToUtf8(item->name, units, name, sizeof name);
+      KernelFree(item->name, HERE);
+    }
+    printf("\nattachment %d: %s, %d bytes", (int)item->number, name, (int)item->size);
+    if (item->description != NULL) KernelFree(item->description, HERE);
+    if (item->properties != NULL) KernelFree(item->properties, HERE);
+  }
+  printf("\n");
+  if (context.block->items != NULL) KernelFree(context.block->items, HERE);
+  KernelFree(context.block, HERE);
+  return StatusOk;
+}
+
+int main(int argc, char** argv) {
+  char16_t path[4096];
+  int status;
+
+  if (argc != 2) {
+    fprintf(stderr, "usage: embed FILE\n");
+    return 2;
+  }
+  if (KernelUtf8ToWide(argv[1], (int64_t)strlen(argv[1]) + 1, path, 4096) == 0) return 2;
+  status = PrintDocument(path);
+  if (status == StatusOk) status = PrintAttachments(path);
+  if (status != StatusOk) fprintf(stderr, "%s: the filter answered %d\n", argv[1], status);
+  return status == StatusOk ? 0 : 1;
+}

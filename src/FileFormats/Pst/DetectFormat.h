@@ -1,0 +1,22 @@
+// DetectFormat.h - the sniff: which reader a file is for, by its first 12 bytes alone.
+//
+//   offset  size  bytes
+//   0       4     "!BDN"                        FormatPst
+//   0       8     D0 CF 11 E0 A1 B1 1A E1       FormatMsg: any compound file at all
+//   8       4     must exist, play no part
+//
+// Anything else is FormatEml; whether it is a mail is the reader's question.
+#ifndef TARN_FILEFORMATS_PST_DETECTFORMAT_H
+#define TARN_FILEFORMATS_PST_DETECTFORMAT_H
+
+#include "TarnPst.h"
+
+namespace tarn {
+
+// Reads from the start of the file and leaves the position behind the 12 bytes. 1 with a
+// TarnFormat; -7 for a shorter file.
+int32_t DetectFormat(uint64_t handle, int32_t& format);
+
+}  // namespace tarn
+
+#endif

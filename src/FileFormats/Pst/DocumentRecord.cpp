@@ -1,0 +1,89 @@
+#include "FileFormats/Pst/DocumentRecord.h"
+
+#include <new>
+
+#include "Common/ApiUtils.h"
+#include "Common/FilterData.h"
+#include "FileFormats/Pst/Frame.h"
+#include "Platform/Directories.h"
+
+namespace tarn {
+
+void DestroyFilterData(PstFilterData* record) {
+  if (record->signature != kFilterDataSignature) return;
+
+  // By the path, not by the sibling's format: a sibling may have changed that, or refused.
+  if (record->tempHtmlPath[0] != u'\0') KernelDeleteFile(record->tempHtmlPath);
+  for (uint64_t i = 0; i < record->inlineFiles.length; ++i) {
+    char* const path = std::exchange(record->inlineFiles.data[i], nullptr);
+    if (path == nullptr) continue;
+    if (record->useTempFile == 1) KernelDeleteFileUtf8(path);
+    KernelFree(path, TARN_HERE);
+  }
+  if (record->useTempFile == 1 && record->tempDirectory[0] != u'\0') {
+    platform::RemoveEmptyDirectory(record->tempDirectory);
+  }
+  KernelUntrackObject(KERNEL_TRACK_OBJECT, record, TARN_HERE);
+  delete record;
+}
+
+int32_t FreeFilterData(void* data, int32_t value) {
+  if (data == nullptr) return StatusBadArgument;
+  uint32_t signature;
+  std::memcpy(&signature, data, sizeof signature);
+  if (value == 0 && signature == kFilterDataSignature) {
+    DestroyFilterData(static_cast<PstFilterData*>(data));
+  }
+  return StatusOk;
+}
+
+int32_t RecordHolder::make() {
+  record_ = new (std::nothrow) PstFilterData;
+  if (record_ == nullptr) return StatusOutOfMemory;
+  KernelTrackObject(KERNEL_TRACK_OBJECT, record_, TARN_HERE);
+  owned_ = true;
+  record_->useTempFile = KernelIoModeGet() == KERNEL_IO_IN_MEMORY ? 0 : 1;
+  return StatusOk;
+}
+
+int32_t WriteDocumentToTemp(PstFilterData& record) {
+  const char16_t* const directory =
+      record.tempDirectory[0] != u'\0' ? record.tempDirectory : nullptr;
+  const int32_t named =
+      KernelTempFileName(directory, record.tempHtmlPath, kPathCapacity, 1, u"pst", u"html");
+  if (named != StatusOk) {
+    record.tempHtmlPath[0] = u'\0';
+    return named;
+  }
+
+  TrackedBuffer<char>& document = record.document;
+  while (document.length != 0 && document.data[document.length - 1] == '\0') --document.length;
+
+  const FileGuard file(FileGuard::Raw, KernelRawFileCreate(record.tempHtmlPath, 0));
+  if (!file.isOpen()) return KernelMapLastError(StatusCreateFailed);
+  if (KernelRawFileWrite(file.handle(), document.data, document.length, 0) != document.length) {
+    return KernelMapLastError(StatusWriteFailed);
+  }
+  return StatusOk;
+}
+
+bool StoreRecord(FilterDataSlot& slot, PstFilterData* record) {
+  if (slot.data == record) return true;
+  if (slot.data == nullptr) {
+    slot.data = record;
+    slot.dataSize = 0;
+    slot.dataFormat = slot.defaultFormat;
+    return true;
+  }
+  if (EnsureFilterDataList(&slot, 1) != StatusOk) return false;
+  // Room for one is no list yet: a slot that holds another single item refuses the record.
+  FilterDataList* const list = SlotList(&slot);
+  if (list == nullptr) return false;
+  FilterDataEntry& entry = list->entries[0];
+  if (entry.data != nullptr && entry.data != record) return false;
+  entry = {record, 0, slot.defaultFormat, 0};
+  if (list->count < 1) list->count = 1;
+  return true;
+}
+
+}  // namespace tarn

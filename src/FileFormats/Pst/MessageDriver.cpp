@@ -1,0 +1,64 @@
+#include "FileFormats/Pst/MessageDriver.h"
+
+#include "eml/EmlReader.h"
+#include "render/Renderer.h"
+#include "rtf/ScrubHtmlBody.h"
+
+namespace tarn {
+namespace {
+
+// The body's block becomes the document's, without a copy.
+void MoveBodyIntoDocument(SizedBytes& body, TrackedBuffer<char>& document) {
+  document.release();
+  document.length = body.length;
+  document.capacity = body.length;
+  document.data = std::exchange(body.data, nullptr);
+  body.length = 0;
+}
+
+int32_t MakeEmlDocument(EmlMessage& message, PstFilterData& data, uint32_t& kind) {
+  const int32_t rendered = RenderEmlMessage(message);
+  if (rendered != StatusOk) return rendered;
+  const int32_t scrubbed = ScrubHtmlBody(message.body.data, message.body.length);
+  if (scrubbed != StatusOk) return scrubbed;
+
+  kind = message.documentKind;
+  MoveBodyIntoDocument(message.body, data.document);
+  data.inlineCount = message.inlineCount;
+  data.attachmentCount = message.attachmentCount;
+
+  const int32_t declared = EnsureHtmlCharsetMeta(data.document.data, data.document.length);
+  if (data.document.data == nullptr) data.document.length = 0;
+  data.document.capacity = data.document.length;
+  return declared;
+}
+
+// Asking for text has no effect on this road: the file's own body decides.
+int32_t ReadEmlDocument(PstFilterData& data, uint32_t& kind, uint64_t handle,
+                        const AttachmentRequest* request) {
+  EmlMessage message;
+  const int32_t read = ReadEmlMessage(message, handle, data, request);
+  if (read != StatusOk) return read;
+  if (message.body.data == nullptr) return StatusNotSupported;
+  if (request == nullptr) {
+    const int32_t made = MakeEmlDocument(message, data, kind);
+    if (made != StatusOk) return made;
+  }
+  data.readerFormat = FormatEml;
+  return StatusOk;
+}
+
+}  // namespace
+
+int32_t ReadMessageDocument(const char16_t* /*path*/, PstFilterData& data, int32_t& format,
+                            int32_t& /*index*/, uint32_t& kind, bool /*textOnly*/, uint64_t handle,
+                            const AttachmentRequest* request) {
+  switch (format) {
+    case FormatEml:
+      return ReadEmlDocument(data, kind, handle, request);
+    default:
+      return StatusNotSupported;
+  }
+}
+
+}  // namespace tarn

@@ -1,0 +1,102 @@
+#include "FileFormats/Pst/MailDate.h"
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <time.h>
+
+#include <string>
+
+#include "Tarnbase/PlainKernel.h"
+
+namespace tarn {
+namespace {
+
+// Local time is UTC, or another zone that a test names.
+class MailDate : public ::testing::Test {
+ protected:
+  MailDate() {
+    const char* const zone = getenv("TZ");
+    if (zone != nullptr) before_ = zone;
+    hadZone_ = zone != nullptr;
+    setZone("UTC0");
+  }
+  ~MailDate() override {
+    if (hadZone_) {
+      setenv("TZ", before_.c_str(), 1);
+    } else {
+      unsetenv("TZ");
+    }
+    tzset();
+  }
+  static void setZone(const char* zone) {
+    setenv("TZ", zone, 1);
+    tzset();
+  }
+
+ private:
+  std::string before_;
+  bool hadZone_ = false;
+};
+
+TEST_F(MailDate, ReadsTheUsualForm) {
+  EXPECT_EQ(ParseMailDate(u"Sat, 21 Nov 2026 10:00:00 +0000"), 1795255200);
+  EXPECT_EQ(ParseMailDate(u"Sat, 21 Nov 2026 10:00:00 GMT"), 1795255200);
+  EXPECT_EQ(ParseMailDate(u"  Sat,   21  nOV  2026  10:00:00  whatever-this-is"), 1795255200);
+  EXPECT_EQ(ParseMailDate(u"Thu, 1 Jan 1970 00:00:01 GMT"), 1);
+}
+
+TEST_F(MailDate, KnowsAllMonths) {
+  const char16_t* const months[] = {u"Jan", u"Feb", u"Mar", u"Apr", u"May", u"Jun",
+                                    u"Jul", u"Aug", u"Sep", u"Oct", u"Nov", u"Dec"};
+  const int64_t days[] = {0, 31, 59, 90, 120, 151, 181, 212, 243, 273, 304, 334};
+  for (int i = 0; i < 12; ++i) {
+    const std::u16string text = std::u16string(u"Mon, 2 ") + months[i] + u" 1970 00:00:00 GMT";
+    EXPECT_EQ(ParseMailDate(text.c_str()), (days[i] + 1) * 86400) << i;
+  }
+}
+
+TEST_F(MailDate, AppliesNoZone) {
+  EXPECT_EQ(ParseMailDate(u"Sat, 21 Nov 2026 10:00:00 +0900"), 1795255200);
+  setZone("XXX-2");  // two hours east
+  EXPECT_EQ(ParseMailDate(u"Sat, 21 Nov 2026 10:00:00 GMT"), 1795255200 - 7200);
+}
+
+TEST_F(MailDate, LetsTheRuntimeDecideOnDaylightSaving) {
+  setZone("CET-1CEST,M3.5.0,M10.5.0/3");
+  EXPECT_EQ(ParseMailDate(u"Wed, 1 Jul 2026 12:00:00 +0200"), 1782900000);  // 10:00 UTC
+  EXPECT_EQ(ParseMailDate(u"Thu, 1 Jan 2026 12:00:00 +0100"), 1767265200);  // 11:00 UTC
+}
+
+TEST_F(MailDate, LeavesFieldsOutOfRangeToTheRuntime) {
+  EXPECT_EQ(ParseMailDate(u"Mon, 32 Jan 1970 25:61:61 GMT"), 31 * 86400 + 25 * 3600 + 61 * 60 + 61);
+}
+
+TEST_F(MailDate, GivesZeroForAnythingElse) {
+  EXPECT_EQ(ParseMailDate(nullptr), 0);
+  EXPECT_EQ(ParseMailDate(u""), 0);
+  EXPECT_EQ(ParseMailDate(u"21 Nov 2026 10:00:00 GMT"), 0);       // no weekday
+  EXPECT_EQ(ParseMailDate(u"Sat, 21 Nov 2026 10:00:00"), 0);      // no zone
+  EXPECT_EQ(ParseMailDate(u"Sat, 21 Nov 2026 10:00 GMT"), 0);     // no seconds
+  EXPECT_EQ(ParseMailDate(u"Sat, 21 Foo 2026 10:00:00 GMT"), 0);  // no month
+  EXPECT_EQ(ParseMailDate(u"Sat, 21 Nove 2026 10:00:00 GMT"), 0);
+  EXPECT_EQ(ParseMailDate(u"Sat, 21 No 2026 10:00:00 GMT"), 0);
+  EXPECT_EQ(ParseMailDate(u"Wed, 31 Dec 1969 23:59:58 GMT"), 0);  // negative
+  EXPECT_EQ(ParseMailDate(u"Sat, x Nov 2026 10:00:00 GMT"), 0);
+}
+
+TEST_F(MailDate, IsEmptyWhenTheTextCannotBeConverted) {
+  PlainKernelFailAt(PlainKernelFaultText, 1);
+  EXPECT_EQ(ParseMailDate(u"Sat, 21 Nov 2026 10:00:00 GMT"), 0);
+  PlainKernelFailAt(PlainKernelFaultMemory, 1);
+  EXPECT_EQ(ParseMailDate(u"Sat, 21 Nov 2026 10:00:00 GMT"), 0);
+}
+
+TEST(ParseDecimal, ReadsTheDigitsAtTheStart) {
+  EXPECT_EQ(ParseDecimal(u""), 0u);
+  EXPECT_EQ(ParseDecimal(u"x1"), 0u);
+  EXPECT_EQ(ParseDecimal(u"1234567890x"), 1234567890u);
+  EXPECT_EQ(ParseDecimal(u"18446744073709551615"), 18446744073709551615u);
+}
+
+}  // namespace
+}  // namespace tarn
