@@ -1,0 +1,68 @@
+// Inline images: many references to one image in a large body, against one copy of what comes out.
+
+#include <benchmark/benchmark.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "Common/InlineImages.h"
+
+namespace {
+
+using tarn::InlineImageContext;
+using tarn::PstFilterData;
+using tarn::SizedBytes;
+
+// `references` images in a body of about `bytes` bytes of ordinary markup.
+std::string MakeBody(int references, size_t bytes) {
+  const std::string image = "<img alt=\"a\" src=\"cid:logo@example.com\">";
+  const size_t filler = bytes / static_cast<size_t>(references) - image.size();
+  std::string body = "<html><body>";
+  for (int i = 0; i < references; ++i) {
+    body += image;
+    for (size_t k = 0; k < filler; k += 36) body += "<p>Some text of a paragraph here.</p>";
+  }
+  return body + "</body></html>";
+}
+
+void BM_Replace(benchmark::State& state) {
+  const std::string text = MakeBody(static_cast<int>(state.range(0)), 5u << 20);
+  const std::string image(static_cast<size_t>(state.range(1)), 'x');
+  uint64_t produced = 0;
+  for (auto _ : state) {
+    state.PauseTiming();
+    PstFilterData data;
+    SizedBytes body;
+    tarn::AppendTerminated(body, text.data(), text.size());
+    InlineImageContext context;
+    context.filterData = &data;
+    context.body = &body;
+    context.contentId = "logo@example.com";
+    context.name = "logo.png";
+    context.needle = "cid:logo@example.com";
+    state.ResumeTiming();
+    uint32_t replaced = 0;
+    tarn::RewriteInlineImage(context, image.data(), image.size(), &replaced);
+    produced = body.length;
+    if (replaced != state.range(0)) state.SkipWithError("references were missed");
+  }
+  state.counters["MB out"] = static_cast<double>(produced) / 1e6;
+}
+BENCHMARK(BM_Replace)
+    ->Args({10000, 60})
+    ->Args({10000, 4000})
+    ->Args({100, 4000})
+    ->Unit(benchmark::kMillisecond);
+
+// What merely writing the result costs.
+void BM_CopyOfTheResult(benchmark::State& state) {
+  const std::vector<char> result(static_cast<size_t>(state.range(0)), 'x');
+  for (auto _ : state) {
+    std::vector<char> copy(result);
+    benchmark::DoNotOptimize(copy.data());
+  }
+}
+BENCHMARK(BM_CopyOfTheResult)->Arg(59'000'000)->Unit(benchmark::kMillisecond);
+
+}  // namespace
