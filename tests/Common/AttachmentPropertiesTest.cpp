@@ -112,19 +112,15 @@ TEST(AddAttachmentProperty, TheScratchBlockIsUsedAgain) {
 TEST(AddAttachmentProperty, WithoutMemoryTheListIsAsItWas) {
   PropertyList list;
   list.lastError = 0;
-  int32_t status = 0;
-  uint64_t call = 0;
-  while (status != 1) {
-    PlainKernelFailAt(PlainKernelFaultMemory, ++call);
-    status = AddAttachmentProperty(list, "name", "longer value");
-    if (status != 1) {
-      EXPECT_EQ(status, -1) << call;
-      EXPECT_EQ(list.length, 0u);
-      // The third is the list's own, and the code is its last error.
-      EXPECT_EQ(list.lastError, call == 3 ? -1 : 0);
-    }
+  for (uint64_t call = 1; call <= 3; ++call) {
+    PlainKernelFailAt(PlainKernelFaultMemory, call);
+    EXPECT_EQ(AddAttachmentProperty(list, "name", "longer value"), -1) << call;
+    EXPECT_EQ(list.length, 0u);
+    // The third is the list's own, and the code is its last error.
+    EXPECT_EQ(list.lastError, call == 3 ? -1 : 0);
   }
-  EXPECT_EQ(call, 4u);
+  PlainKernelFailAt(PlainKernelFaultMemory, 4);
+  EXPECT_EQ(AddAttachmentProperty(list, "name", "longer value"), 1);
   EXPECT_EQ(Value(list, 0), u"longer value");
   PlainKernelFailAt(PlainKernelFaultMemory, 0);
 }

@@ -20,7 +20,7 @@ char itemA[] = "item a";
 char itemB[] = "item b";
 
 class FilterDataTest : public ::testing::Test {
- protected:
+ public:
   ~FilterDataTest() override {
     if (listBlock_ != nullptr) KernelFree(listBlock_, TARN_HERE);
     if (slot_.data != nullptr && slot_.dataFormat == -2 && slot_.data != listBlock_) {
@@ -28,6 +28,7 @@ class FilterDataTest : public ::testing::Test {
     }
   }
 
+ protected:
   // Puts a list with room for `capacity` entries into the slot.
   FilterDataList& putList(int32_t count, uint64_t capacity) {
     const uint64_t size = (capacity - 1) * 24 + 40;

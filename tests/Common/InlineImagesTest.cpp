@@ -180,7 +180,7 @@ TEST_F(DataRoute, TenThousandReferencesInALargeBody) {
 }
 
 class FileRoute : public InlineImagesTest {
- protected:
+ public:
   FileRoute() : InlineImagesTest(1) { PlainKernelSetTempDirectory(temp_.wide().c_str()); }
 
   // What the record's owner does at its end.
@@ -193,6 +193,7 @@ class FileRoute : public InlineImagesTest {
     }
   }
 
+ protected:
   // The image directory's content, its files' names joined by blanks.
   std::string files() const {
     std::string names;
