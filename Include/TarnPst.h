@@ -81,7 +81,8 @@ enum TarnStatus {
   StatusSeekFailed = -4,          /* the file could not be measured */
   StatusWriteFailed = -5,         /* a temporary or an extracted file could not be written */
   StatusReadFailed = -7,          /* fewer than 12 bytes, or a read came short */
-  StatusNotSupported = -9,        /* not a message the filter takes; the slot holds another format */
+  StatusNotSupported = -9,        /* not a message the filter takes; the slot holds another format;
+                                     a PST message with a plain body only, when textOnly is not 1 */
   StatusOpenFailed = -10,         /* the file could not be opened */
   StatusBadArgument = -13,        /* null context, malformed list, attachment number below 1 */
   StatusMsgOpenFailed = -14,      /* the compound file could not be opened */
@@ -120,8 +121,8 @@ typedef struct HostFileInfo {
   uint32_t flags;             /* 4096 on the way to the sibling from fltInfo; fltLoad clears 0x4000 */
   uint8_t reserved3[1060];
   int32_t answered2188;       /* answered as 1 */
-  double widthInches;         /* integer quotient of width and xResolution */
-  double heightInches;
+  double widthInches;         /* whole quotient of the width that stood in this record before the */
+  double heightInches;        /* call by the resolution; likewise the height */
   int32_t answered2208;       /* answered as 1 */
   uint8_t reserved4[68];
   int32_t messageCount;       /* answered for FormatPst only */
@@ -148,7 +149,8 @@ typedef struct HostLoadOptions {
 
 #define FILTER_DATA_LIST_FORMAT (-2)
 
-/* One for each open file, owned by the host, zeroed when the file is opened. The filter leaves its
+/* One for each open file, owned by the host, zeroed when the file is opened but for defaultFormat,
+ * the host's own number for an item of this filter (neither -1 nor -2). The filter leaves its
  * document record here. A host that passes no slot gets every file read anew. */
 typedef struct FilterDataSlot {
   uint8_t reserved0[12];
@@ -178,7 +180,17 @@ typedef struct FilterDataList {
   FilterDataEntry entries[1];
 } FilterDataList;
 
-/* Siblings. `info` points to a HostFileInfo, `options` to a HostLoadOptions. Result 1 is success. */
+/* Siblings. `info` points to a HostFileInfo, `options` to a HostLoadOptions; both are the filter's
+ * for the time of the call. Result 1 is success.
+ *
+ *   by name      HTML, in a temporary file of the filter's, with inline images beside it under
+ *                relative names. The path may hold "\" on any system: open it with KernelFileOpen.
+ *   from memory  everything else. The size may count one or two NULs behind the text.
+ *   mode         3 when the host passed a slot, else 1.
+ *
+ * An info sibling sets pageCount (0 makes every page number 0), width, height, dataSize, and
+ * resolutions other than 0. What it leaves in siblingData comes back in the options of later calls
+ * for the same message. */
 typedef int32_t (*InfoByNameFunction)(const char16_t* path, void* info, int32_t infoSize,
                                       int32_t mode, void* options);
 typedef int32_t (*InfoFromMemoryFunction)(const void* data, void* info, int32_t infoSize,
@@ -218,7 +230,8 @@ typedef struct FilterInfoContext {
   uint8_t reserved4[52];
   HostRasterOptions raster;
   uint8_t reserved5[108];
-  int32_t messageNumber;  /* in: 1-based; out: 0-based index of the message used */
+  int32_t messageNumber;  /* in: 1-based; out: 0-based index of the message used. A PST clamps it;
+                             for one message a file it is the number asked for less 1 */
   int32_t textOnly;       /* 1 asks for the plain text and the text sibling */
   uint8_t reserved6[236];
   int32_t siblingResult;  /* out: the sibling's own code with StatusSiblingRefused */
@@ -261,7 +274,8 @@ typedef struct AttachmentOptions {
   int32_t messageNumber; /* 1-based */
 } AttachmentOptions;
 
-/* One property of an attachment: NUL-terminated, the value cut to 127 units. */
+/* One property of an attachment: NUL-terminated, the value cut to 127 units. Mail files give
+ * "Content-Disposition", "Content-ID" and "MineType" (spelt so), as far as the part has them. */
 typedef struct AttachmentProperty {
   char16_t name[128];
   char16_t value[128];
@@ -272,8 +286,9 @@ typedef struct AttachmentInfoItem {
   char16_t* name;            /* file name, or null */
   void* reserved0;           /* null */
   char16_t* description;     /* or null */
-  uint64_t size;             /* of the data; 0 unless the reader had it at hand */
-  int64_t creationTime;      /* seconds since 1970, 0 when unknown */
+  uint64_t size;             /* of the data; 0 unless the reader had it at hand, as mail files do */
+  int64_t creationTime;      /* seconds since 1970, 0 when unknown. A mail file's date is taken as
+                                local time, whatever zone it names */
   int64_t modificationTime;
   uint64_t propertyCount;
   AttachmentProperty* properties;
@@ -468,21 +483,23 @@ TARNPST_API int32_t fltLoad(FilterLoadContext* context);
 
 /* Ends the record that fltInfo left in a slot, with its temporary files.
  *
- * Ownership: takes `data`, which must be the slot's record, and frees it; the host then clears the
- * slot. With a non-zero `value`, or data that is no such record, nothing is done. 1; -13 for null. */
+ * Ownership: takes `data`, which must be the slot's record (slot.data or, where the slot holds a
+ * list, entries[0].data), and frees it; the host then clears the slot and frees the list. With a
+ * non-zero `value`, or data that is no such record, nothing is done. 1; -13 for null. */
 TARNPST_API int32_t fltFreeData(void* data, int32_t value);
 
 /* Lists the attachments of a message in context->block.
  *
  * Ownership: the block, its array, and each item's name, description and properties belong to the
  * host, which frees each non-null one, then the array, then the block, with KernelFree. On failure
- * there is no block. */
+ * there is no block; what items listed before the failure own stays allocated. */
 TARNPST_API int32_t fltGetAttachmentInfo(GetAttachmentInfoContext* context);
 
 /* Delivers one attachment to context->outputPath or, where that is null, to memory.
  *
  * Ownership: memory output is a block that the host frees with KernelFree. A message without an
- * attachment of that number gives 1 and leaves the output as it was. */
+ * attachment of that number gives 1 and leaves the output as it was: a host that sets `size` to all
+ * ones before the call can tell that from an empty attachment. */
 TARNPST_API int32_t fltExtractAttachment(ExtractAttachmentContext* context);
 
 /* The loader's stub: hands its own address and the last three arguments to the kernel.
