@@ -1,38 +1,16 @@
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <ctime>
-#include <optional>
 #include <string>
 
 #include "Tarnbase/PlainKernel.h"
 #include "render/HeaderLabels.h"
+#include "support/LocalZone.h"
 
 namespace tarn {
 namespace {
 
-// Runs each test in a time zone of its own and gives the old one back.
 class SentText : public ::testing::Test {
  protected:
-  SentText() {
-    const char* const zone = std::getenv("TZ");
-    if (zone != nullptr) old_ = zone;
-    UseZone("UTC0");
-  }
-  ~SentText() override {
-    if (old_) {
-      setenv("TZ", old_->c_str(), 1);
-    } else {
-      unsetenv("TZ");
-    }
-    tzset();
-  }
-
-  static void UseZone(const char* zone) {
-    setenv("TZ", zone, 1);
-    tzset();
-  }
-
   // The text of a time, without its terminating NUL, which has to be there.
   static std::string Format(int64_t fileTime) {
     SizedBytes text;
@@ -41,8 +19,7 @@ class SentText : public ::testing::Test {
     return std::string(text.text());
   }
 
- private:
-  std::optional<std::string> old_;
+  test::LocalZone zone_;
 };
 
 constexpr int64_t kSecond = 10000000;
@@ -60,14 +37,14 @@ TEST_F(SentText, DaysAndHoursHaveTwoDigits) {
 }
 
 TEST_F(SentText, IsTheLocalTimeOfTheMachine) {
-  UseZone("XST-5:30");
+  zone_.use("XST-5:30");
   EXPECT_EQ(Format(132444736000000000), "Sun Sep 13, 2020 05:56 PM");
-  UseZone("XST8");
+  zone_.use("XST8");
   EXPECT_EQ(Format(k1970), "Wed Dec 31, 1969 04:00 PM");
 }
 
 TEST_F(SentText, FollowsDaylightSaving) {
-  UseZone("XST-1XDT,M3.5.0,M10.5.0/3");
+  zone_.use("XST-1XDT,M3.5.0,M10.5.0/3");
   EXPECT_EQ(Format(132444736000000000), "Sun Sep 13, 2020 02:26 PM");
   EXPECT_EQ(Format(k1970), "Thu Jan 01, 1970 01:00 AM");
 }

@@ -1,8 +1,6 @@
 // fltGetAttachmentInfo and fltExtractAttachment.
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
-#include <time.h>
 
 #include <map>
 #include <string>
@@ -10,32 +8,14 @@
 #include "Internal/Tarnclasses_.h"
 #include "support/FakeHost.h"
 #include "support/LeakCheck.h"
+#include "support/LocalZone.h"
 #include "support/SampleMails.h"
 
 namespace tarn::test {
 namespace {
 
 class AttachmentRoad : public ::testing::Test {
- protected:
-  AttachmentRoad() {
-    const char* const zone = getenv("TZ");
-    hadZone_ = zone != nullptr;
-    if (hadZone_) before_ = zone;
-    setenv("TZ", "UTC0", 1);
-    tzset();
-  }
-  ~AttachmentRoad() override {
-    if (hadZone_) {
-      setenv("TZ", before_.c_str(), 1);
-    } else {
-      unsetenv("TZ");
-    }
-    tzset();
-  }
-
- private:
-  bool hadZone_ = false;
-  std::string before_;
+  LocalZone zone_;
 };
 
 using Properties = std::map<std::u16string, std::u16string>;

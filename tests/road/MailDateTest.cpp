@@ -1,41 +1,18 @@
 #include "FileFormats/Pst/MailDate.h"
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
-#include <time.h>
 
 #include <string>
 
 #include "Tarnbase/PlainKernel.h"
+#include "support/LocalZone.h"
 
 namespace tarn {
 namespace {
 
-// Local time is UTC, or another zone that a test names.
 class MailDate : public ::testing::Test {
  protected:
-  MailDate() {
-    const char* const zone = getenv("TZ");
-    if (zone != nullptr) before_ = zone;
-    hadZone_ = zone != nullptr;
-    setZone("UTC0");
-  }
-  ~MailDate() override {
-    if (hadZone_) {
-      setenv("TZ", before_.c_str(), 1);
-    } else {
-      unsetenv("TZ");
-    }
-    tzset();
-  }
-  static void setZone(const char* zone) {
-    setenv("TZ", zone, 1);
-    tzset();
-  }
-
- private:
-  std::string before_;
-  bool hadZone_ = false;
+  test::LocalZone zone_;
 };
 
 TEST_F(MailDate, ReadsTheUsualForm) {
@@ -57,12 +34,12 @@ TEST_F(MailDate, KnowsAllMonths) {
 
 TEST_F(MailDate, AppliesNoZone) {
   EXPECT_EQ(ParseMailDate(u"Sat, 21 Nov 2026 10:00:00 +0900"), 1795255200);
-  setZone("XXX-2");  // two hours east
+  zone_.use("XXX-2");  // two hours east
   EXPECT_EQ(ParseMailDate(u"Sat, 21 Nov 2026 10:00:00 GMT"), 1795255200 - 7200);
 }
 
 TEST_F(MailDate, LetsTheRuntimeDecideOnDaylightSaving) {
-  setZone("CET-1CEST,M3.5.0,M10.5.0/3");
+  zone_.use("CET-1CEST,M3.5.0,M10.5.0/3");
   EXPECT_EQ(ParseMailDate(u"Wed, 1 Jul 2026 12:00:00 +0200"), 1782900000);  // 10:00 UTC
   EXPECT_EQ(ParseMailDate(u"Thu, 1 Jan 2026 12:00:00 +0100"), 1767265200);  // 11:00 UTC
 }
