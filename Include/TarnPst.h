@@ -84,7 +84,8 @@ enum TarnStatus {
   StatusNotSupported = -9,        /* not a message the filter takes; the slot holds another format;
                                      a PST message with a plain body only, when textOnly is not 1 */
   StatusOpenFailed = -10,         /* the file could not be opened */
-  StatusBadArgument = -13,        /* null context, malformed list, attachment number below 1 */
+  StatusBadArgument = -13,        /* null context, malformed list, attachment number below 1, a PST
+                                     without messages, an image without bytes */
   StatusMsgOpenFailed = -14,      /* the compound file could not be opened */
   StatusTimeFailed = -74,         /* a time could not be formatted; a list changed under the filter */
   StatusPathOverflow = -290,      /* the path of an inline image would reach 264 characters */

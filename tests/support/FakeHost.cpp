@@ -194,7 +194,9 @@ int32_t FakeHost::info(bool useSlot) {
                                        : result == StatusSiblingRefused ? kSiblingResultOut
                                                                         : kNothing),
             "");
-  EXPECT_EQ(hostInfo.changesOutside(result == StatusOk ? kHostInfoOut : kNothing), "");
+  std::vector<ByteRange> infoOut = result == StatusOk ? kHostInfoOut : kNothing;
+  infoOut.insert(infoOut.end(), moreInfoOut.begin(), moreInfoOut.end());
+  EXPECT_EQ(hostInfo.changesOutside(infoOut), "");
   EXPECT_EQ(options.changesOutside(kNothing), "");
   return result;
 }

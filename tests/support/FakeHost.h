@@ -95,6 +95,9 @@ class FakeHost {
   PatternedRecord<ExtractAttachmentContext> extractContext;
   PatternedRecord<AttachmentOptions> attachmentOptions;
 
+  // What fltInfo may change in hostInfo besides the fields that it answers for every format.
+  std::vector<ByteRange> moreInfoOut;
+
   SiblingAnswer answer;
   std::vector<SiblingCall> calls;
   const TempDirectory& directory() const { return directory_; }

@@ -94,6 +94,23 @@ inline const std::string kImageMail =
     "%PDF-1.4 not much of one\r\n"
     "--sep--\r\n";
 
+// A plain body and one attachment behind it.
+inline const std::string kAttachmentMail =
+    kSampleFields +
+    "Content-Type: multipart/mixed; boundary=sep\r\n"
+    "\r\n"
+    "--sep\r\n"
+    "Content-Type: text/plain\r\n"
+    "\r\n"
+    "Hi\r\n"
+    "--sep\r\n"
+    "Content-Type: application/pdf\r\n"
+    "Content-Description: The report\r\n"
+    "Content-Disposition: attachment; filename=report.pdf\r\n"
+    "\r\n"
+    "%PDF-1.4 not much of one\r\n"
+    "--sep--\r\n";
+
 }  // namespace tarn::test
 
 #endif

@@ -30,8 +30,9 @@ int64_t ParseMailDate(const char16_t* text) {
   const uint64_t units = WideLength(text);
   const auto block = AllocateZeroBlock<char>(3 * units + 1, TARN_HERE);
   if (!block) return 0;
-  KernelWideToUtf8(text, static_cast<int64_t>(units), block.get(),
-                   static_cast<int64_t>(3 * units + 1));
+  const int64_t converted = KernelWideToUtf8(text, static_cast<int64_t>(units), block.get(),
+                                             static_cast<int64_t>(3 * units + 1));
+  if (converted <= 0) block[0] = '\0';
 
   int day = 0;
   int year = 0;

@@ -22,15 +22,17 @@ int32_t MakeEmlDocument(EmlMessage& message, PstFilterData& data, uint32_t& kind
   const int32_t scrubbed = ScrubHtmlBody(message.body.data, message.body.length);
   if (scrubbed != StatusOk) return scrubbed;
 
-  kind = message.documentKind;
   MoveBodyIntoDocument(message.body, data.document);
   data.inlineCount = message.inlineCount;
   data.attachmentCount = message.attachmentCount;
-
   const int32_t declared = EnsureHtmlCharsetMeta(data.document.data, data.document.length);
-  if (data.document.data == nullptr) data.document.length = 0;
+  if (declared != StatusOk) {
+    data.document.release();
+    return declared;
+  }
   data.document.capacity = data.document.length;
-  return declared;
+  kind = message.documentKind;
+  return StatusOk;
 }
 
 // Asking for text has no effect on this road: the file's own body decides.
