@@ -15,11 +15,15 @@ class WideScratch {
     uint64_t units = 0;
     if (!text.empty()) {
       if (!makeRoom(text.size() + 1)) return StatusOutOfMemory;
-      const int64_t written = KernelUtf8ToWide(text.data(), static_cast<int64_t>(text.size()),
-                                               block_.get(), static_cast<int64_t>(room_));
-      if (written <= 0) return StatusFailed;
-      units = std::min({static_cast<uint64_t>(written), room_, N - 1});
-      std::copy_n(block_.get(), units, field);
+      // Cleared, so that the text ends where the conversion does: not every kernel tells the units.
+      std::fill_n(block_.get(), text.size() + 1, u'\0');
+      if (KernelUtf8ToWide(text.data(), static_cast<int64_t>(text.size()), block_.get(),
+                           static_cast<int64_t>(text.size() + 1)) == 0) {
+        return StatusFailed;
+      }
+      for (; units < N - 1 && units < text.size() && block_[units] != u'\0'; ++units) {
+        field[units] = block_[units];
+      }
     }
     field[units] = u'\0';
     return StatusOk;

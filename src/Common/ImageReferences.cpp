@@ -91,7 +91,7 @@ bool ImageReferences::isInImageData(uint64_t place) {
 }
 
 int32_t ReplaceImageReferences(SizedBytes& body, uint64_t searchOffset, std::string_view needle,
-                               std::string_view replacement, uint64_t& count) {
+                               std::string_view replacement, uint64_t limit, uint64_t& count) {
   count = 0;
   const std::string_view old = body.bytes();
   if (needle.empty() || searchOffset > old.size()) return StatusOk;
@@ -107,6 +107,7 @@ int32_t ReplaceImageReferences(SizedBytes& body, uint64_t searchOffset, std::str
     newLength += replacement.size();
   }
   if (found == 0) return StatusOk;
+  if (newLength > limit) return StatusOutOfMemory;
 
   KernelBlock<char> block = AllocateBlock<char>(newLength, TARN_HERE);
   if (!block) return StatusOutOfMemory;

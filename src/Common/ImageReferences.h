@@ -67,10 +67,10 @@ class ImageReferences {
 
 // Replaces all references of the body from `searchOffset` on, in a new block that takes the place
 // of the old one; a body without references keeps its block. `count` receives their number. 1; -1
-// without memory, and then the body is as it was and the count 0. An empty needle has no
-// references.
+// without memory or when the body would become longer than `limit`, and then it is as it was and
+// the count 0. An empty needle has no references.
 int32_t ReplaceImageReferences(SizedBytes& body, uint64_t searchOffset, std::string_view needle,
-                               std::string_view replacement, uint64_t& count);
+                               std::string_view replacement, uint64_t limit, uint64_t& count);
 
 }  // namespace tarn
 

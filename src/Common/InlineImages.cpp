@@ -99,8 +99,8 @@ int32_t RewriteInlineImage(InlineImageContext& context, const char* block, uint6
   const std::string_view needle =
       context.needle == nullptr ? std::string_view() : std::string_view(context.needle);
   uint64_t count = 0;
-  const int32_t status =
-      ReplaceImageReferences(*context.body, context.searchOffset, needle, replacement, count);
+  const int32_t status = ReplaceImageReferences(*context.body, context.searchOffset, needle,
+                                                replacement, context.bodyLimit, count);
   if (replacements != nullptr) *replacements = static_cast<uint32_t>(count);
   return status;
 }

@@ -17,6 +17,8 @@ struct InlineImageContext {
   TrackedBuffer<char> cidText;          // "cid:%s" of the attachment in hand
   int32_t cidTextFlag = 1;
   const char* needle = nullptr;  // what is replaced, UTF-8: cidText's or name
+  // What the body may grow to: a small file can refer to one image very often.
+  uint64_t bodyLimit = UINT64_MAX;
 };
 
 // Replaces every quoted value of the body that holds the needle (see ImageReferences.h) by the
@@ -28,7 +30,8 @@ struct InlineImageContext {
 //   0      the data: URL of a small image does not fit the room of 1.4 times its size: sizes 1 to
 //          14 and some up to 52
 //   -13    data: URL of an image without bytes
-//   -1     no memory. Replacements are made all at once: the body is then as it was
+//   -1     no memory, or the body would outgrow its limit. Replacements are made all at once: the
+//          body is then as it was
 //   other  failures of MakeInlineImagePath; -1488 for a path that is no UTF-8; -1490 and -5 as the
 //          kernel maps them, for an image file that could not be made or written
 //

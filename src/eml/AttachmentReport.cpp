@@ -73,16 +73,13 @@ int32_t ReadFileName(Stretch value, KernelBlock<char16_t>& name) {
   if (status != StatusOk) return status;
   const std::string_view text = decoded.text();
   const uint64_t room = text.size() + 1;
-  name = AllocateBlock<char16_t>(room, TARN_HERE);
+  // Cleared, so that the name ends where the conversion does: not every kernel tells the units.
+  name = AllocateZeroBlock<char16_t>(room, TARN_HERE);
   if (!name) return StatusOutOfMemory;
-  name[0] = u'\0';
   if (text.empty()) return StatusOk;
-
-  const int64_t units = KernelUtf8ToWide(text.data(), static_cast<int64_t>(text.size()), name.get(),
-                                         static_cast<int64_t>(room));
-  if (units <= 0) return StatusFailed;
-  name[static_cast<uint64_t>(units)] = u'\0';
-  return StatusOk;
+  const int64_t converted = KernelUtf8ToWide(text.data(), static_cast<int64_t>(text.size()),
+                                             name.get(), static_cast<int64_t>(room));
+  return converted != 0 ? StatusOk : StatusFailed;
 }
 
 int32_t CallBack(const AttachmentRequest& request, const EmlPart& part, const char16_t* name,

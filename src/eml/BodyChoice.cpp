@@ -65,26 +65,6 @@ int32_t FindReference(const EmlPart& part, InlineImageContext& context, SearchBu
   return StatusOk;
 }
 
-// Would the data: URL of the image, put in the place of every reference, make the body too large?
-bool OutgrowsBound(const EmlPart& part, const EmlMessage& message,
-                   const InlineImageContext& context) {
-  if (context.filterData->useTempFile == 1) return false;
-  const auto fileSize = static_cast<uint64_t>(message.end - message.data);
-  const uint64_t bound = kBodyFixedBytes + kBodyBytesPerFileByte * fileSize;
-  const uint64_t urlLength = 24 + part.decodedLength / 3 * 4;
-
-  const std::string_view needle = context.needle;
-  const SizedBytes& body = *context.body;
-  const char* const end = body.data + body.length;
-  uint64_t length = body.length;
-  const char* hit = body.data + context.searchOffset;
-  while (hit != nullptr && length <= bound) {
-    length += urlLength;
-    hit = FindBytes(hit + needle.size(), end, needle);
-  }
-  return length > bound;
-}
-
 int32_t PlaceImage(const EmlPart& part, EmlMessage& message, InlineImageContext& context,
                    SearchBudget& budget, int32_t& walkResult) {
   if (!part.name) return StatusOk;
@@ -101,7 +81,6 @@ int32_t PlaceImage(const EmlPart& part, EmlMessage& message, InlineImageContext&
   if (!found) {
     walkResult = StatusDone;
   } else {
-    if (OutgrowsBound(part, message, context)) return StatusOutOfMemory;
     const int32_t status = RewriteInlineImage(context, part.decoded.get(), part.decodedLength);
     if (status < StatusOk) return status;
     walkResult = status;

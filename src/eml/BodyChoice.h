@@ -12,18 +12,21 @@
 
 namespace tarn {
 
-// Bytes that a body may have after images went into it as data: URLs: a fixed part and a part in
+// Bytes that the body of a file may have after images went into it: a fixed part and a part in
 // proportion to the file. An image of some size with references without number would else make
 // gigabytes of a small file; images that a mail program refers to a few dozen times each pass.
-inline constexpr uint64_t kBodyFixedBytes = uint64_t{1} << 30;
-inline constexpr uint64_t kBodyBytesPerFileByte = 64;
+constexpr uint64_t BodyLimit(uint64_t fileSize) {
+  constexpr uint64_t kFixedBytes = uint64_t{1} << 30;
+  constexpr uint64_t kBytesPerFileByte = 64;
+  return kFixedBytes + kBytesPerFileByte * fileSize;
+}
 
 // Uses a part that ParseMimePart has read. An image sets `walkResult`: 2 when the body has no place
 // for it (then the body stays), else the result of putting it there; other parts leave it.
 //
 // 1 goes on with the walk. Failures end it: -1 without memory or budget and for a body that would
-// grow beyond the bound above, and what RewriteInlineImage fails with (0 among them). The body then
-// holds what it held, or is empty.
+// grow beyond the context's limit, and what RewriteInlineImage fails with (0 among them). The body
+// then holds what it held, or is empty.
 int32_t UsePart(const EmlPart& part, EmlMessage& message, InlineImageContext& context,
                 SearchBudget& budget, int32_t& walkResult);
 

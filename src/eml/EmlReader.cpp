@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "Common/ByteSearch.h"
+#include "eml/BodyChoice.h"
 #include "eml/HeaderFields.h"
 #include "eml/HeaderSearch.h"
 #include "eml/MimeBoundary.h"
@@ -100,6 +101,7 @@ int32_t WalkMessage(EmlMessage& message, PstFilterData& filterData,
   InlineImageContext context;
   context.filterData = &filterData;
   context.body = &message.body;
+  context.bodyLimit = BodyLimit(static_cast<uint64_t>(message.end - message.data));
 
   TrackedBuffer<char> delimiter;
   const char* cursor = nullptr;

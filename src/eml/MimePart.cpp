@@ -115,13 +115,12 @@ int32_t CopyContent(EmlPart& part, Stretch content) {
 // failure.
 int32_t DecodeContent(EmlPart& part, Stretch content, bool& replaceable) {
   const auto length = static_cast<uint64_t>(content.end - content.start);
-  const int32_t status = DecodePartContent(part, length);
-  replaceable = part.encoding == TransferBase64 && length == 0;
-  if (!replaceable) return status;
-  if (!part.decoded) part.decoded = AllocateZeroBlock<char>(1, TARN_HERE);
+  replaceable = false;
+  if (part.encoding != TransferBase64 || length != 0) return DecodePartContent(part, length);
+  part.decoded = AllocateZeroBlock<char>(1, TARN_HERE);
   part.decodedLength = 0;
   replaceable = static_cast<bool>(part.decoded);
-  return status;
+  return StatusOutOfMemory;
 }
 
 ContentDisposition ClassifyDisposition(const char* value, const char* end) {

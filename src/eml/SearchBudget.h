@@ -6,8 +6,10 @@
 // therefore counted, and a read that has spent a budget ends with -1.
 //
 // A budget is the sum of a fixed part and a part in proportion to the file. What the mail programs
-// of this world write stays far below: ten levels or a hundred images of any size, or hundreds of
-// levels or thousands of images and a few megabytes in all, are within them.
+// of this world write stays far below: ten levels or five hundred images of any size, or hundreds
+// of levels or thousands of images and a few megabytes in all, are within them. (Images are
+// searched in a body that grows by each of them, so their cost grows with the square of their
+// number.)
 #ifndef TARN_EML_SEARCHBUDGET_H
 #define TARN_EML_SEARCHBUDGET_H
 
@@ -20,7 +22,7 @@ class SearchBudget {
   explicit SearchBudget(uint64_t bytes) : left_(bytes) {}
 
   static SearchBudget ForDelimiters(uint64_t fileSize) { return {uint64_t{1} << 28, 64, fileSize}; }
-  static SearchBudget ForImages(uint64_t fileSize) { return {uint64_t{1} << 30, 128, fileSize}; }
+  static SearchBudget ForImages(uint64_t fileSize) { return {uint64_t{1} << 32, 1024, fileSize}; }
 
   void spend(uint64_t bytes) { left_ = bytes < left_ ? left_ - bytes : 0; }
   bool isSpent() const { return left_ == 0; }

@@ -83,6 +83,17 @@ TEST_F(DataRoute, TwoTagsWithTheSameReferenceAreBothReplaced) {
   EXPECT_EQ(replacements_, 2u);
 }
 
+TEST_F(DataRoute, ABodyThatWouldOutgrowItsLimitStaysAsItIs) {
+  const uint64_t grown = body_.length - 9 + kImageUrl.size();  // "cid:a.png" goes
+  context_.bodyLimit = grown - 1;
+  EXPECT_EQ(rewrite(kImage), -1);
+  EXPECT_EQ(body_.bytes(), "<img src=\"cid:a.png\">");
+  EXPECT_EQ(replacements_, 0u);
+  context_.bodyLimit = grown;
+  EXPECT_EQ(rewrite(kImage), 1);
+  EXPECT_EQ(body_.length, grown);
+}
+
 TEST_F(DataRoute, AReferenceWithoutAClosingQuoteEndsTheLoopWith1) {
   setBody("<img src=cid:a.png>");
   const char* const block = body_.data;
