@@ -142,8 +142,8 @@ void InfoCall::keepAnswer(const HostFileInfo& answer) {
 // A quotient that the sibling's resolution of 0 would leave undefined is 0.
 double WholeInches(int32_t pixels, int32_t resolution) {
   if (resolution == 0) return 0.0;
-  return static_cast<double>(static_cast<int64_t>(pixels) /
-                             static_cast<int64_t>(static_cast<uint32_t>(resolution)));
+  const int64_t whole = pixels / static_cast<int64_t>(static_cast<uint32_t>(resolution));
+  return static_cast<double>(whole);
 }
 
 void InfoCall::answerHost() {
