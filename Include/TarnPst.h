@@ -45,7 +45,7 @@
 extern "C" {
 #endif
 
-/* Codes ------------------------------------------------------------------------------------------ */
+/* Codes --------------------------------------------------------------------------------------- */
 
 /* What the filter reads. The first 12 bytes of the file decide; neither its name nor its size
  * plays a part. */
@@ -57,11 +57,7 @@ enum TarnFormat {
 };
 
 /* The siblings that the document may be for. */
-enum TarnSibling {
-  SiblingRtf = 226,
-  SiblingText = 316,
-  SiblingHtml = 369
-};
+enum TarnSibling { SiblingRtf = 226, SiblingText = 316, SiblingHtml = 369 };
 
 /* What a document is. */
 enum TarnDocumentKind {
@@ -74,24 +70,24 @@ enum TarnDocumentKind {
 /* Results. Negative numbers are those of the host's failure table. */
 enum TarnStatus {
   StatusOk = 1,
-  StatusDone = 2,                 /* ended early with nothing wrong; a failure where it leaves
-                                     fltInfo, fltLoad or fltGetAttachmentInfo */
-  StatusFailed = 0,               /* failed without a code of its own */
-  StatusOutOfMemory = -1,         /* out of memory; a document that could not be put together */
-  StatusSeekFailed = -4,          /* the file could not be measured */
-  StatusWriteFailed = -5,         /* a temporary or an extracted file could not be written */
-  StatusReadFailed = -7,          /* fewer than 12 bytes, or a read came short */
-  StatusNotSupported = -9,        /* not a message the filter takes; the slot holds another format;
-                                     a PST message with a plain body only, when textOnly is not 1 */
-  StatusOpenFailed = -10,         /* the file could not be opened */
-  StatusBadArgument = -13,        /* null context, malformed list, attachment number below 1, a PST
-                                     without messages, an image without bytes */
-  StatusMsgOpenFailed = -14,      /* the compound file could not be opened */
-  StatusTimeFailed = -74,         /* a time could not be formatted; a list changed under the filter */
-  StatusPathOverflow = -290,      /* the path of an inline image would reach 264 characters */
-  StatusNullArgument = -814,      /* null context of an attachment call; null source */
+  StatusDone = 2,            /* ended early with nothing wrong; a failure where it leaves
+                                fltInfo, fltLoad or fltGetAttachmentInfo */
+  StatusFailed = 0,          /* failed without a code of its own */
+  StatusOutOfMemory = -1,    /* out of memory; a document that could not be put together */
+  StatusSeekFailed = -4,     /* the file could not be measured */
+  StatusWriteFailed = -5,    /* a temporary or an extracted file could not be written */
+  StatusReadFailed = -7,     /* fewer than 12 bytes, or a read came short */
+  StatusNotSupported = -9,   /* not a message the filter takes; the slot holds another format;
+                                a PST message with a plain body only, when textOnly is not 1 */
+  StatusOpenFailed = -10,    /* the file could not be opened */
+  StatusBadArgument = -13,   /* null context, malformed list, attachment number below 1, a PST
+                                without messages, an image without bytes */
+  StatusMsgOpenFailed = -14, /* the compound file could not be opened */
+  StatusTimeFailed = -74,    /* a time could not be formatted; a list changed under the filter */
+  StatusPathOverflow = -290, /* the path of an inline image would reach 264 characters */
+  StatusNullArgument = -814, /* null context of an attachment call; null source */
   StatusPathFromUtf8Failed = -1488,
-  StatusCreateFailed = -1490,     /* a file or directory could not be made */
+  StatusCreateFailed = -1490, /* a file or directory could not be made */
   StatusPathTooLong = -1778,
   StatusPathToUtf8Failed = -1851, /* text could not be turned into UTF-8 */
   StatusListIndex = -1860,        /* a list index out of range */
@@ -99,53 +95,53 @@ enum TarnStatus {
   StatusSlotConflict = -1935      /* a list entry holds other data */
 };
 
-/* Records ---------------------------------------------------------------------------------------- */
+/* Records ------------------------------------------------------------------------------------- */
 
 #pragma pack(push, 1)
 
 /* What is known of a file or page: asked of a sibling, answered to the host. */
 typedef struct HostFileInfo {
-  uint32_t size;              /* 2316, set before each sibling call */
-  int32_t format;             /* the sibling's code on the way to it; a TarnFormat in the answer */
+  uint32_t size;  /* 2316, set before each sibling call */
+  int32_t format; /* the sibling's code on the way to it; a TarnFormat in the answer */
   uint8_t reserved0[1024];
-  int32_t width;              /* of the page, in pixels of the resolutions below */
+  int32_t width; /* of the page, in pixels of the resolutions below */
   int32_t height;
-  int32_t depth;              /* answered as 24 */
+  int32_t depth; /* answered as 24 */
   uint8_t reserved1[8];
-  uint64_t dataSize;          /* as the sibling gave it */
+  uint64_t dataSize; /* as the sibling gave it */
   uint8_t reserved2[44];
-  int32_t answered1104;       /* answered as 1 */
-  int32_t pageNumber;         /* 1-based, clamped to the pages there are */
-  int32_t pageCount;          /* pages of the chosen message's document */
-  int32_t xResolution;        /* dots per inch */
+  int32_t answered1104; /* answered as 1 */
+  int32_t pageNumber;   /* 1-based, clamped to the pages there are */
+  int32_t pageCount;    /* pages of the chosen message's document */
+  int32_t xResolution;  /* dots per inch */
   int32_t yResolution;
-  uint32_t flags;             /* 4096 on the way to the sibling from fltInfo; fltLoad clears 0x4000 */
+  uint32_t flags; /* 4096 on the way to the sibling from fltInfo; fltLoad clears 0x4000 */
   uint8_t reserved3[1060];
-  int32_t answered2188;       /* answered as 1 */
-  double widthInches;         /* whole quotient of the width that stood in this record before the */
-  double heightInches;        /* call by the resolution; likewise the height */
-  int32_t answered2208;       /* answered as 1 */
+  int32_t answered2188; /* answered as 1 */
+  double widthInches;   /* whole quotient of the width that stood in this record before the */
+  double heightInches;  /* call by the resolution; likewise the height */
+  int32_t answered2208; /* answered as 1 */
   uint8_t reserved4[68];
-  int32_t messageCount;       /* answered for FormatPst only */
+  int32_t messageCount; /* answered for FormatPst only */
   uint8_t reserved5[8];
-  void* siblingData;          /* what the sibling wants kept for this message, with its size */
-  uint64_t siblingDataSize;   /* and its format */
+  void* siblingData;        /* what the sibling wants kept for this message, with its size */
+  uint64_t siblingDataSize; /* and its format */
   int32_t siblingDataFormat;
-  int32_t attachmentCount;    /* inline parts and attachments of the message */
+  int32_t attachmentCount; /* inline parts and attachments of the message */
 } HostFileInfo;
 
 #define HOST_LOAD_OPTIONS_HAS_DATA 4u
 
 typedef struct HostLoadOptions {
-  uint32_t size;       /* 84 in the filter's copy */
+  uint32_t size; /* 84 in the filter's copy */
   uint8_t reserved0[16];
-  int32_t pageNumber;  /* requested page, 1-based */
+  int32_t pageNumber; /* requested page, 1-based */
   uint8_t reserved1[32];
-  uint32_t flags;      /* HOST_LOAD_OPTIONS_HAS_DATA: the next three fields are set */
+  uint32_t flags; /* HOST_LOAD_OPTIONS_HAS_DATA: the next three fields are set */
   void* data;
   uint64_t dataSize;
   int32_t dataFormat;
-  uint32_t lastWord;   /* cleared in the copy that fltInfo passes on */
+  uint32_t lastWord; /* cleared in the copy that fltInfo passes on */
 } HostLoadOptions;
 
 #define FILTER_DATA_LIST_FORMAT (-2)
@@ -155,7 +151,7 @@ typedef struct HostLoadOptions {
  * document record here. A host that passes no slot gets every file read anew. */
 typedef struct FilterDataSlot {
   uint8_t reserved0[12];
-  void* data;            /* the filter's record, or a FilterDataList when dataFormat is -2 */
+  void* data; /* the filter's record, or a FilterDataList when dataFormat is -2 */
   uint8_t reserved1[4];
   int32_t defaultFormat;
   uint8_t reserved2[28];
@@ -176,8 +172,8 @@ typedef struct FilterDataEntry {
  * is the filter's record, entry k + 1 what the sibling wants kept for message index k. */
 typedef struct FilterDataList {
   uint32_t signature;
-  int32_t count;     /* entries in use */
-  uint64_t size;     /* (capacity - 1) x 24 + 40 */
+  int32_t count; /* entries in use */
+  uint64_t size; /* (capacity - 1) x 24 + 40 */
   FilterDataEntry entries[1];
 } FilterDataList;
 
@@ -219,9 +215,9 @@ typedef struct HostRasterOptions {
 typedef struct FilterInfoContext {
   const char16_t* path;
   uint8_t reserved0[4];
-  uint64_t handle;        /* of KernelFileOpen, open on the file; the filter moves its position */
-  HostFileInfo* info;     /* out: the answer */
-  FilterDataSlot* slot;   /* or null */
+  uint64_t handle;      /* of KernelFileOpen, open on the file; the filter moves its position */
+  HostFileInfo* info;   /* out: the answer */
+  FilterDataSlot* slot; /* or null */
   uint8_t reserved1[20];
   const HostLoadOptions* options;
   uint8_t reserved2[792];
@@ -231,11 +227,11 @@ typedef struct FilterInfoContext {
   uint8_t reserved4[52];
   HostRasterOptions raster;
   uint8_t reserved5[108];
-  int32_t messageNumber;  /* in: 1-based; out: 0-based index of the message used. A PST clamps it;
-                             for one message a file it is the number asked for less 1 */
-  int32_t textOnly;       /* 1 asks for the plain text and the text sibling */
+  int32_t messageNumber; /* in: 1-based; out: 0-based index of the message used. A PST clamps it;
+                            for one message a file it is the number asked for less 1 */
+  int32_t textOnly;      /* 1 asks for the plain text and the text sibling */
   uint8_t reserved6[236];
-  int32_t siblingResult;  /* out: the sibling's own code with StatusSiblingRefused */
+  int32_t siblingResult; /* out: the sibling's own code with StatusSiblingRefused */
 } FilterInfoContext;
 
 #define TARGET_KIND_DIRECT 10
@@ -245,22 +241,22 @@ typedef int32_t (*TargetKindFunction)(void* self);
 
 typedef struct FilterLoadContext {
   const char16_t* path;
-  void* bitmap;           /* the host's bitmap record, passed on unread */
+  void* bitmap; /* the host's bitmap record, passed on unread */
   uint8_t reserved0[4];
-  void* callback;         /* progress callback and its value, passed on unread */
+  void* callback; /* progress callback and its value, passed on unread */
   uint64_t userValue;
   uint8_t reserved1[36];
   const HostFileInfo* info; /* copied as the model for the sibling's */
-  FilterDataSlot* slot;   /* or null */
+  FilterDataSlot* slot;     /* or null */
   uint8_t reserved2[1912];
   const HostLoadOptions* options;
   uint8_t reserved3[20];
-  int32_t status;         /* in 1: takes the first failure of inline attachments, if any */
+  int32_t status; /* in 1: takes the first failure of inline attachments, if any */
   uint8_t reserved4[312];
-  int32_t messageNumber;  /* 1-based */
+  int32_t messageNumber; /* 1-based */
   int32_t textOnly;
-  uint64_t opaque;        /* for the target routes */
-  void* target;           /* or null; kind 10 selects the target routes */
+  uint64_t opaque; /* for the target routes */
+  void* target;    /* or null; kind 10 selects the target routes */
   uint8_t reserved5[8];
   LoadByNameFunction loadByName;
   LoadFromMemoryFunction loadFromMemory;
@@ -283,13 +279,13 @@ typedef struct AttachmentProperty {
 } AttachmentProperty;
 
 typedef struct AttachmentInfoItem {
-  uint64_t number;           /* 1-based */
-  char16_t* name;            /* file name, or null */
-  void* reserved0;           /* null */
-  char16_t* description;     /* or null */
-  uint64_t size;             /* of the data; 0 unless the reader had it at hand, as mail files do */
-  int64_t creationTime;      /* seconds since 1970, 0 when unknown. A mail file's date is taken as
-                                local time, whatever zone it names */
+  uint64_t number;       /* 1-based */
+  char16_t* name;        /* file name, or null */
+  void* reserved0;       /* null */
+  char16_t* description; /* or null */
+  uint64_t size;         /* of the data; 0 unless the reader had it at hand, as mail files do */
+  int64_t creationTime;  /* seconds since 1970, 0 when unknown. A mail file's date is taken as
+                            local time, whatever zone it names */
   int64_t modificationTime;
   uint64_t propertyCount;
   AttachmentProperty* properties;
@@ -298,10 +294,10 @@ typedef struct AttachmentInfoItem {
 } AttachmentInfoItem;
 
 typedef struct AttachmentInfoBlock {
-  uint32_t reserved0;        /* 0 */
-  int32_t format;            /* TarnFormat of the file */
-  uint32_t reserved1;        /* 0 */
-  uint32_t itemSize;         /* 88 */
+  uint32_t reserved0; /* 0 */
+  int32_t format;     /* TarnFormat of the file */
+  uint32_t reserved1; /* 0 */
+  uint32_t itemSize;  /* 88 */
   uint64_t itemCount;
   AttachmentInfoItem* items; /* null when there are none */
 } AttachmentInfoBlock;
@@ -319,7 +315,7 @@ typedef struct ExtractAttachmentContext {
   uint8_t reserved0[8];
   const char16_t* path;
   uint8_t reserved1[24];
-  int32_t attachmentNumber;   /* 1-based */
+  int32_t attachmentNumber; /* 1-based */
   uint8_t reserved2[4];
   const char16_t* outputPath; /* or null for memory */
   void* data;                 /* out: the data, for memory output */
@@ -465,7 +461,8 @@ TARN_SIZE(ExtractAttachmentContext, 92);
 #undef TARN_OFFSET
 #undef TARN_SIZE
 
-/* Exports ------------------------------------------------------------------------------------------ */
+/* Exports
+ * ------------------------------------------------------------------------------------------ */
 
 /* Learns about a file: reads the chosen message, has the sibling lay it out, fills context->info.
  *

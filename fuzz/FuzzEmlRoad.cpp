@@ -1,8 +1,8 @@
 // Whole mails through the exports: document on both routes, attachments listed and extracted.
 //
-// The first byte of the input chooses the variant, the rest is the mail. Besides what the sanitizers
-// see, a run aborts when a call leaves anything behind in the kernel or gives the sibling bytes
-// that cannot be read.
+// The first byte of the input chooses the variant, the rest is the mail. Besides what the
+// sanitizers see, a run aborts when a call leaves anything behind in the kernel or gives the
+// sibling bytes that cannot be read.
 
 #include <fcntl.h>
 #include <unistd.h>

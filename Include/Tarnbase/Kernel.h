@@ -38,7 +38,7 @@ extern "C" {
 
 #define KERNEL_BAD_HANDLE UINT64_MAX
 
-/* Memory ------------------------------------------------------------------------------------- */
+/* Memory -------------------------------------------------------------------------------------- */
 
 /* A new block of count x size bytes, contents undefined; null when exhausted or when the product
  * does not fit 64 bits. 0 bytes give a block that can be freed. */
@@ -76,7 +76,7 @@ TARNBASE_API void KernelUntrackObject(int32_t kind, const void* object, int32_t 
 /* The memory budget. `reserved` is 0. Giving back more than is held gives back what is held. */
 TARNBASE_API int32_t KernelMemoryReport(int32_t action, uint64_t bytes, int32_t reserved);
 
-/* Files through the host's I/O --------------------------------------------------------------- */
+/* Files through the host's I/O ---------------------------------------------------------------- */
 
 #define KERNEL_OPEN_READ 0     /* read an existing file */
 #define KERNEL_OPEN_CREATE 769 /* write only, create, truncate */
@@ -105,7 +105,7 @@ TARNBASE_API uint64_t KernelFileWriteLarge(uint64_t handle, const void* buffer, 
  * stays. */
 TARNBASE_API uint64_t KernelFileSeek(uint64_t handle, int64_t offset, int32_t origin);
 
-/* Files outside the host's I/O: temporary files that a sibling opens by name ------------------- */
+/* Files outside the host's I/O: temporary files that a sibling opens by name ------------------ */
 
 /* "\" and "/" both separate the components of these paths. No operation follows a path with a ".."
  * component: names of images come out of mail, which may be hostile. */
@@ -128,7 +128,7 @@ TARNBASE_API int32_t KernelTempFileName(const char16_t* directory, char16_t* out
                                         int32_t one, const char16_t* prefix,
                                         const char16_t* extension);
 
-/* Memory files --------------------------------------------------------------------------------- */
+/* Memory files -------------------------------------------------------------------------------- */
 
 #define KERNEL_MEMFILE_EMPTY 25
 #define KERNEL_MEMFILE_FILLED 29
@@ -147,12 +147,12 @@ TARNBASE_API int32_t KernelMemFileOpen(uint64_t* handle, void** state, int32_t m
 TARNBASE_API int32_t KernelMemFileClose(void* state, void** block, uint64_t* length,
                                         uint64_t* capacity);
 
-/* Errors --------------------------------------------------------------------------------------- */
+/* Errors -------------------------------------------------------------------------------------- */
 
 /* A code for the operating system's last error, or `fallback` when the kernel has none to offer. */
 TARNBASE_API int32_t KernelMapLastError(int32_t fallback);
 
-/* Text ----------------------------------------------------------------------------------------- */
+/* Text ---------------------------------------------------------------------------------------- */
 
 /* Convert exactly the units or bytes given, a NUL among them included, and return what they wrote.
  * Where room is left a terminator follows that the result does not count. 0 when the destination is
@@ -171,8 +171,7 @@ TARNBASE_API const char16_t* KernelNextChar(const char16_t* position, int64_t un
 /* The host's language as a Windows LANGID (0x0409, 0x0407, ...). */
 TARNBASE_API uint32_t KernelGetLanguage(void);
 
-/* File I/O mode ----------------------------------------------------------------------------------
- */
+/* File I/O mode ------------------------------------------------------------------------------- */
 
 #define KERNEL_IO_IN_MEMORY 3 /* a document must not go through a temporary file */
 #define KERNEL_IO_SCOPE_BYTES 120
@@ -186,8 +185,7 @@ TARNBASE_API int32_t KernelIoModeFill(void* scope, int32_t size, int32_t mode, i
 /* Exchanges the current mode with the scope's: called once to enter, once more to leave. */
 TARNBASE_API void KernelIoModeSwap(void* scope, int32_t reserved0, int32_t reserved1);
 
-/* Fonts and device contexts ----------------------------------------------------------------------
- */
+/* Fonts and device contexts ------------------------------------------------------------------- */
 
 /* All four are tracked: deleting what is not live aborts the process. The plain kernel draws
  * nothing; outside Windows its font is a copy of the LOGFONTW record (92 bytes). */
