@@ -64,6 +64,13 @@ TEST(BodyChoice, OtherPartIsTheBodyOnlyWhileThereIsNone) {
   EXPECT_EQ(ReadParts({Plain("p"), other}).body(), "p\0"sv);
 }
 
+TEST(BodyChoice, CharsetOfAPartThatIsNoTextDoesNotCount) {
+  const ReadMail read = ReadParts({EmlEntity::Leaf("x/y; charset=iso-8859-1", "\xE4")});
+  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(read.body(), "\xE4\0"sv);
+  EXPECT_EQ(read.message.convertToUtf8, 0u);
+}
+
 TEST(BodyChoice, EmptyHtmlPartIsABody) {
   EXPECT_EQ(ReadParts({Html(""), Plain("p")}).body(), "\0"sv);
   EXPECT_EQ(ReadParts({EmlEntity::Leaf("application/x", ""), EmlEntity::Leaf("x/y", "o")}).body(),
@@ -149,12 +156,14 @@ TEST(PartWalker, DelimiterKeepsItsCrWhileOneIsFound) {
   EXPECT_EQ(read.body(), "one\n--sep\nContent-Type: text/html\n\ntwo\0"sv);
 }
 
-TEST(PartWalker, CrOfADelimiterIsLostLateToo) {
-  // Behind the last one with CR LF, those with LF count: the second part starts at one.
+TEST(PartWalker, LfDelimiterBehindTheLastCrLfOneIsContent) {
+  // The end of a part is looked for with the delimiter as it is by then: the last part that a CR LF
+  // one starts runs to the end of the file, and the text behind the LF one is no part.
   const ReadMail read(
       WithBoundary("\r\n--sep\r\nContent-Type: text/html\r\n\r\none\r\n--sep\r\n"
                    "Content-Type: text/css\r\n\r\nx\n--sep\nContent-Type: text/html\n\ntwo"));
-  EXPECT_EQ(read.body(), "one\0"sv);  // the second part runs to the end of the file
+  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(read.body(), "one\0"sv);
 }
 
 TEST(PartWalker, NestedDelimiterThatLostItsCrLeavesTheOuterOneAlone) {
@@ -215,14 +224,34 @@ TEST(PartWalker, AdjacentDelimitersMakeEmptyParts) {
 }
 
 TEST(PartWalker, EmbeddedMessageIsNotOpened) {
-  const std::string_view inner =
-      "Subject: x\r\nContent-Type: multipart/mixed; boundary=in\r\n\r\n"
-      "\r\n--in\r\nContent-Type: text/html\r\n\r\nh\r\n--in--";
-  const ReadMail read(WithBoundary("\r\n--sep\r\nContent-Type: Message/RFC822\r\n\r\n" +
-                                   std::string(inner) + "\r\n--sep--"));
+  for (const std::string_view type : {"message/rfc822"sv, "Message/RFC822"sv}) {
+    const ReadMail read(WithBoundary("\r\n--sep\r\nContent-Type: " + std::string(type) +
+                                     "; boundary=in\r\n\r\n"
+                                     "\r\n--in\r\nContent-Type: text/html\r\n\r\nh\r\n--in--"
+                                     "\r\n--sep--"));
+    EXPECT_EQ(read.status, 1);
+    EXPECT_EQ(read.body(), "\r\n--in\r\nContent-Type: text/html\r\n\r\nh\r\n--in--\0"sv);
+    EXPECT_EQ(read.message.documentKind, 2u);
+  }
+}
+
+TEST(PartWalker, TypeOfAnEmbeddedMessageMayStandAnywhereInThePart) {
+  // The line is that of a part inside, but it keeps the outer part closed.
+  const ReadMail read(
+      WithBoundary("\r\n--sep\r\nX: boundary=in\r\n\r\n"
+                   "\r\n--in\r\nContent-Type: message/rfc822\r\n\r\nq\r\n--in--\r\n--sep--"));
   EXPECT_EQ(read.status, 1);
-  EXPECT_EQ(read.body(), std::string(inner) + '\0');
+  EXPECT_EQ(read.body(), "\r\n--in\r\nContent-Type: message/rfc822\r\n\r\nq\r\n--in--\0"sv);
   EXPECT_EQ(read.message.documentKind, 2u);
+}
+
+TEST(PartWalker, TypeOfAnEmbeddedMessageBehindThePartDoesNotCount) {
+  const ReadMail read(
+      WithBoundary("\r\n--sep\r\nX: boundary=in\r\n\r\n"
+                   "\r\n--in\r\n\r\nq\r\n--in--\r\n--sep\r\nContent-Type: message/rfc822\r\n\r\n"
+                   "r\r\n--sep--"));
+  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(read.body(), "q\0"sv);
 }
 
 TEST(PartWalker, EmbeddedMessageOfAnUnusualSpellingIsOpened) {
@@ -293,7 +322,10 @@ TEST(PartWalker, NullCursorWalksNothing) {
   InlineImageContext context;
   context.body = &message.body;
   const TrackedBuffer<char> delimiter;
-  EXPECT_EQ(WalkMimeParts(message, nullptr, nullptr, delimiter, context, nullptr), 1);
+  const std::string_view text = "\r\n\r\nx";
+  const char* const end = text.data() + text.size();
+  EXPECT_EQ(WalkMimeParts(message, nullptr, end, delimiter, context, nullptr), 1);
+  EXPECT_EQ(message.body.data, nullptr);
 }
 
 }  // namespace
