@@ -107,6 +107,25 @@ TEST(HeaderFields, ContinuationNeedsMoreThanThreeBytesInFrontOfTheLimit) {
   const std::string_view text = "Subject: a\r\n bc";
   EXPECT_EQ(Headers(text, 13).message.subject.text(), "a");
   EXPECT_EQ(Headers(text, 14).message.subject.text(), "ab");
+  // A lone LF needs as many, though fewer bytes would do.
+  EXPECT_EQ(Headers("Subject: a\n b", 13).message.subject.text(), "a");
+  EXPECT_EQ(Headers("Subject: a\n b\n", 14).message.subject.text(), "ab");
+}
+
+TEST(HeaderFields, NameThatEndsAtTheLimitHasAnEmptyValue) {
+  // Nothing is readable behind the limit.
+  EmlMessage message;
+  message.data = static_cast<char*>(KernelAlloc(3, 1, TARN_HERE));
+  std::memcpy(message.data, "To:", 3);
+  message.end = message.data + 3;
+  EXPECT_EQ(ParseEmlHeaders(message, message.end), 1);
+  EXPECT_EQ(message.to.bytes(), "\0"sv);
+}
+
+TEST(HeaderFields, BlankAtTheLimitIsNotSkipped) {
+  const Headers headers("To: x\r\n", 3);
+  EXPECT_EQ(headers.status, 1);
+  EXPECT_EQ(headers.message.to.bytes(), "\0"sv);
 }
 
 TEST(HeaderFields, NulOfALineIsLostToItsContinuation) {
