@@ -34,6 +34,13 @@ TEST(EmlReader, HtmlWithoutABoundaryIsTheBody) {
   EXPECT_EQ(read.message.documentKind, 0u);
 }
 
+TEST(EmlReader, PlainTextWithoutABoundaryIsTheBody) {
+  const ReadMail read("From: a\nTo: b\nDate: c\nContent-Type: text/plain\n\n<p>Hi</p>");
+  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(read.body(), "<p>Hi</p>\0"sv);
+  EXPECT_EQ(read.message.documentKind, 2u);
+}
+
 TEST(EmlReader, OtherTypesWithoutABoundaryAreRefused) {
   const ReadMail read("From: a\r\nTo: b\r\nDate: c\r\nContent-Type: application/pdf\r\n\r\n%PDF");
   EXPECT_EQ(read.status, -9);
@@ -42,6 +49,7 @@ TEST(EmlReader, OtherTypesWithoutABoundaryAreRefused) {
 
 TEST(EmlReader, TypeIsLookedForExactlyOneByteBehindTheColon) {
   EXPECT_EQ(ReadMail("From: a\nTo: b\nDate: c\nContent-Type:text/html\n\nx").status, -9);
+  EXPECT_EQ(ReadMail("From: a\nTo: b\nDate: c\nContent-Type:text/plain\n\nx").status, -9);
   EXPECT_EQ(ReadMail("From: a\nTo: b\nDate: c\nContent-Type:  text/html\n\nx").status, -9);
   EXPECT_EQ(ReadMail("From: a\nTo: b\nDate: c\nContent-Type:\ttext/html\n\nx").status, 1);
   EXPECT_EQ(ReadMail("From: a\nTo: b\nDate: c\nContent-Type:").status, -9);

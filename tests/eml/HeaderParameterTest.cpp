@@ -72,6 +72,14 @@ TEST(HeaderParameter, OtherBytesInFrontAreAllowed) {
   EXPECT_EQ(Find("name=a", "name="), "a");
 }
 
+TEST(HeaderParameter, NothingInFrontOfTheStartIsLookedAt) {
+  const std::string_view text = "xname=a";
+  const char* const end = text.data() + text.size();
+  const char* valueEnd = nullptr;
+  EXPECT_EQ(FindHeaderParameter(text.data() + 1, end, "name=", &valueEnd), text.data() + 6);
+  EXPECT_EQ(valueEnd, end);
+}
+
 TEST(HeaderParameter, AsteriskFormsAreNotFound) {
   EXPECT_EQ(Find("attachment; filename*=utf-8''a.txt", "filename="), std::nullopt);
   EXPECT_EQ(Find("attachment; filename*0=a; filename*1=b", "filename="), std::nullopt);

@@ -80,6 +80,26 @@ TEST(CharsetDecision, TextWithoutTheMetaIsConvertedAndFieldsAreRepaired) {
   EXPECT_EQ(conversion.message.importance.text(), "\xE4");
 }
 
+TEST(CharsetDecision, SixFieldsAreRepairedAndTheImportanceIsNot) {
+  Conversion conversion("", kLatin1);
+  EmlMessage& message = conversion.message;
+  message.from = MakeText("a\xE0");
+  message.to = MakeText("b\xE1");
+  message.subject = MakeText("c\xE2");
+  message.date = MakeText("d\xE3");
+  message.cc = MakeText("e\xE4");
+  message.bcc = MakeText("f\xE5");
+  message.importance = MakeText("g\xE6");
+  conversion.run();
+  EXPECT_EQ(message.from.text(), "a\xC3\xA0");
+  EXPECT_EQ(message.to.text(), "b\xC3\xA1");
+  EXPECT_EQ(message.subject.text(), "c\xC3\xA2");
+  EXPECT_EQ(message.date.text(), "d\xC3\xA3");
+  EXPECT_EQ(message.cc.text(), "e\xC3\xA4");
+  EXPECT_EQ(message.bcc.text(), "f\xC3\xA5");
+  EXPECT_EQ(message.importance.text(), "g\xE6");
+}
+
 constexpr std::string_view kMeta =
     "<META http-equiv=Content-Type content=\"text/html; charset=iso-8859-1\">\xE4";
 
