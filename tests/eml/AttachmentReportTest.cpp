@@ -10,11 +10,14 @@
 
 #include "Tarnbase/PlainKernel.h"
 #include "eml/ReadMail.h"
+#include "support/EmlBuilder.h"
 
 namespace tarn {
 namespace {
 
 using test::AttachmentRecorder;
+using test::EmlBuilder;
+using test::EmlEntity;
 using Properties = std::vector<std::pair<std::u16string, std::u16string>>;
 
 // A part with the content "data", and its report.
@@ -256,6 +259,43 @@ TEST(AttachmentReport, EachFailedAllocationGivesMinusOneOrIsIgnored) {
     }
   }
   EXPECT_GE(failures, 4);
+}
+
+// The attachments of a mail of these parts, with their properties.
+std::vector<Properties> ReportedProperties(const std::vector<EmlEntity>& parts) {
+  EmlEntity body = EmlEntity::Multipart("mixed", "sep");
+  for (const EmlEntity& part : parts) body.part(part);
+  AttachmentRecorder recorder;
+  recorder.request.infoOnly = 1;
+  const test::ReadMail read(EmlBuilder::Usual().body(body).build(), &recorder.request);
+  EXPECT_EQ(read.status, 1);
+  std::vector<Properties> all;
+  for (const test::ReportedAttachment& attachment : recorder.attachments) {
+    all.push_back(attachment.properties);
+  }
+  return all;
+}
+
+TEST(ReportedMail, LinesAboveTheDispositionAreFound) {
+  const std::vector<Properties> expected = {{{u"Content-Disposition:", u"attachment"},
+                                             {u"Content-Description:", u"d"},
+                                             {u"MineType", u"text/css"}}};
+  EXPECT_EQ(ReportedProperties({EmlEntity::Leaf("text/css", "x")
+                                    .header("Content-Description", "d")
+                                    .disposition("attachment")}),
+            expected);
+}
+
+TEST(ReportedMail, ContentIdIsThatOfThePartItself) {
+  const std::vector<Properties> expected = {
+      {{u"Content-Disposition:", u"attachment"},
+       {u"MineType", u"text/css"},
+       {u"Content-ID:", u"a@b"}},
+      {{u"Content-Disposition:", u"inline"}, {u"MineType", u"text/css"}}};
+  EXPECT_EQ(ReportedProperties(
+                {EmlEntity::Leaf("text/css", "x").contentId("a@b").disposition("attachment"),
+                 EmlEntity::Leaf("text/css", "y").disposition("inline")}),
+            expected);
 }
 
 TEST(HeaderParameterProperty, AbsentParameterAddsNothing) {
