@@ -1,13 +1,17 @@
 // Images of a mail that go into its HTML body.
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "Platform/Directories.h"
+#include "Tarnbase/PlainKernel.h"
 #include "eml/BodyChoice.h"
 #include "eml/ReadMail.h"
 #include "support/EmlBuilder.h"
+#include "support/TempDirectory.h"
 
 namespace tarn {
 namespace {
@@ -72,6 +76,13 @@ TEST(ImageParts, ContentIdComesBeforeTheName) {
   EXPECT_EQ(Text(read), "<img src=\"a.png\"><img src=\"" + std::string(kUrl) + "\">");
 }
 
+TEST(ImageParts, FirstReferenceIsReplacedFromTheNameOnly) {
+  // The replacing starts where the name was found: what stands in front of it is not looked at.
+  const ReadMail read = ReadParts({Html("<img src=\"x/a.png\"><img src=\"x/a.png\">"), Image()});
+  const std::string url(kUrl);
+  EXPECT_EQ(Text(read), "<img src=\"x/" + url + "\"><img src=\"" + url + "\">");
+}
+
 TEST(ImageParts, ReferencesMatchInTheirExactCase) {
   EXPECT_EQ(Text(ReadParts({Html("<img src=\"cid:A\">"), Image().contentId("a")})),
             "<img src=\"cid:A\">");
@@ -127,10 +138,10 @@ TEST(ImageParts, ImageInFrontOfItsHtmlIsNotPutIn) {
 TEST(ImageParts, LastImageWithoutAPlaceGivesTwoWithoutAClosingDelimiter) {
   EXPECT_EQ(ReadUnclosed({Html("<p>"), Image()}).status, 2);
   EXPECT_EQ(ReadUnclosed({Image()}).status, 2);  // no body
-  EXPECT_EQ(ReadUnclosed({Html("<img src=\"a.png\">"), Image("image/png; name=zz"), Image()}).status,
-            1);
-  EXPECT_EQ(ReadUnclosed({Html("<img src=\"a.png\">"), Image(), Image("image/png; name=zz")}).status,
-            2);
+  EXPECT_EQ(
+      ReadUnclosed({Html("<img src=\"a.png\">"), Image("image/png; name=zz"), Image()}).status, 1);
+  EXPECT_EQ(
+      ReadUnclosed({Html("<img src=\"a.png\">"), Image(), Image("image/png; name=zz")}).status, 2);
 }
 
 TEST(ImageParts, OnlyImagesSetTheResult) {
@@ -149,6 +160,16 @@ TEST(ImageParts, TwoOfANestedWalkEndsTheOuterOne) {
 TEST(ImageParts, NestedWalkThatEndsWellKeepsTheOuterResult) {
   const EmlEntity inner = EmlEntity::Multipart("x", "in").part(EmlEntity::Leaf("text/css", ""));
   EXPECT_EQ(ReadUnclosed({Html("<p>"), Image(), inner}).status, 2);
+}
+
+TEST(ImageParts, NestedWalkDoesNotTakeTheOuterResult) {
+  // The result of the outer walk is 2 by then. The inner multipart is not closed, and so ends with
+  // a result of its own.
+  const EmlEntity inner =
+      EmlEntity::Multipart("x", "in").part(EmlEntity::Leaf("text/css", "c")).unclosed();
+  const ReadMail read = ReadParts({Html("<p>"), Image(), inner, Html("last")});
+  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(Text(read), "last");
 }
 
 TEST(ImageParts, SmallImageFailsTheRead) {
@@ -177,6 +198,68 @@ TEST(ImageParts, BodyMayNotGrowWithoutBound) {
       ReadParts({Html(html), EmlEntity::Leaf("image/png; name=a.png", std::string(600000, 'x'))});
   EXPECT_EQ(read.status, -1);
   EXPECT_EQ(Text(read), html);
+}
+
+TEST(ImageParts, NameThatStandsOnlyInPlainTextCostsNothing) {
+  // Without a quote behind them, 900 occurrences of the name of a large image are no references.
+  std::string html;
+  for (int i = 0; i < 900; ++i) html += "see image ";
+  const ReadMail read =
+      ReadParts({Html(html), EmlEntity::Leaf("image/jpeg; name=image", std::string(1000000, 'x'))});
+  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(read.body(), html + '\0');
+}
+
+// A mail of `count` images of `size` bytes each, no two alike, and what becomes of its body.
+void ExpectAllImagesInPlace(int count, size_t size) {
+  std::string html;
+  std::string expected;
+  std::vector<EmlEntity> images;
+  for (int i = 0; i < count; ++i) {
+    const std::string id = "img" + std::to_string(i) + "@x";
+    std::string image = "\x89PNG" + id;
+    image.resize(size, '.');
+    html += "<img src=\"cid:" + id + "\">";
+    expected += "<img src=\"data:image;base64," + test::WriteBase64(image, "") + "\">";
+    images.push_back(EmlEntity::Leaf("image/png; name=i" + std::to_string(i) + ".png", image)
+                         .contentId(id)
+                         .encoded(EmlEncoding::Base64));
+  }
+  std::vector<EmlEntity> parts = {Html(html)};
+  parts.insert(parts.end(), images.begin(), images.end());
+  const ReadMail read = ReadParts(parts);
+  EXPECT_EQ(read.status, 1);
+  EXPECT_TRUE(Text(read) == expected);
+}
+
+TEST(ManyImages, FourHundredSmallOnes) { ExpectAllImagesInPlace(400, 1024); }
+
+TEST(ManyImages, AHundredOfSixtyKilobytes) { ExpectAllImagesInPlace(100, 60 * 1024); }
+
+TEST(ImageFiles, ImageWithoutAContentIdHasTheBareNameAgain) {
+  const test::TempDirectory temp;
+  PlainKernelSetTempDirectory(temp.wide().c_str());
+  const test::MemoryMail mail(
+      EmlBuilder::Usual()
+          .body(Parts({Html("<img src=\"cid:pic@x\"><img src=\"second.png\">"),
+                       EmlEntity::Leaf("image/png; name=first.png", "one").contentId("pic@x"),
+                       EmlEntity::Leaf("image/png; name=second.png", "two")}))
+          .build());
+  EmlMessage message;
+  PstFilterData record;
+  record.useTempFile = 1;
+  EXPECT_EQ(ReadEmlMessage(message, mail.handle(), record, nullptr), 1);
+  EXPECT_EQ(message.body.text(), "<img src=\"pic@x_first.png\"><img src=\"second.png\">");
+
+  const std::string directory = std::filesystem::path(record.tempDirectory).string();
+  std::vector<std::string> files;
+  for (uint64_t i = 0; i < record.inlineFiles.length; ++i) {
+    files.emplace_back(record.inlineFiles.data[i]);
+    KernelDeleteFileUtf8(record.inlineFiles.data[i]);
+  }
+  EXPECT_TRUE(platform::RemoveEmptyDirectory(record.tempDirectory));
+  EXPECT_EQ(files,
+            (std::vector<std::string>{directory + "pic@x_first.png", directory + "second.png"}));
 }
 
 }  // namespace
