@@ -17,7 +17,7 @@ struct Attachment {
   std::optional<std::string> name;
   std::optional<std::string> description;
   std::optional<uint64_t> size;    // bytes; nothing when the reader did not have them at hand
-  std::optional<int64_t> created;  // seconds since 1970
+  std::optional<int64_t> created;  // seconds since 1970, UTC
   std::optional<int64_t> modified;
   std::vector<std::pair<std::string, std::string>> properties;  // as they came; names may repeat
 

@@ -17,7 +17,7 @@ Json OrNull(const std::optional<Value>& value) {
 }
 
 std::optional<std::string> TimeText(const std::optional<int64_t>& seconds) {
-  return seconds ? IsoTime(*seconds) : std::nullopt;
+  return seconds ? LocalTimeText(*seconds) : std::nullopt;
 }
 
 std::string TextCell(const std::optional<std::string>& text) {
@@ -27,7 +27,7 @@ std::string TextCell(const std::optional<std::string>& text) {
 // A time that no calendar has shows as its number of seconds.
 std::string TimeCell(const std::optional<int64_t>& seconds) {
   if (!seconds) return "";
-  return IsoTime(*seconds).value_or(std::to_string(*seconds) + " s");
+  return LocalTimeText(*seconds).value_or(std::to_string(*seconds) + " s");
 }
 
 std::string AsTable(const std::vector<Attachment>& attachments) {

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <chrono>
 #include <cstdio>
+#include <ctime>
 
 #include "Tarnbase/Kernel.h"
 
@@ -130,21 +130,17 @@ size_t DisplayWidth(std::string_view text) {
   return width;
 }
 
-std::optional<std::string> IsoTime(int64_t secondsSince1970) {
-  constexpr int64_t kFirst = -62135596800;  // 0001-01-01T00:00:00Z
-  constexpr int64_t kLast = 253402300799;   // 9999-12-31T23:59:59Z
-  if (secondsSince1970 < kFirst || secondsSince1970 > kLast) return std::nullopt;
-
-  const std::chrono::sys_seconds time{std::chrono::seconds(secondsSince1970)};
-  const auto day = std::chrono::floor<std::chrono::days>(time);
-  const std::chrono::year_month_day date(day);
-  const std::chrono::hh_mm_ss clock(time - day);
+std::optional<std::string> LocalTimeText(int64_t secondsSince1970) {
+  constexpr int kFirstYear = 1900;
+  const std::time_t seconds = secondsSince1970;
+  std::tm fields = {};
+  if (localtime_r(&seconds, &fields) == nullptr) return std::nullopt;
+  const int64_t year = int64_t{kFirstYear} + fields.tm_year;
+  if (year < 1 || year > 9999) return std::nullopt;
 
   char text[64];
-  std::snprintf(text, sizeof text, "%04d-%02u-%02uT%02d:%02d:%02dZ", static_cast<int>(date.year()),
-                static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
-                static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
-                static_cast<int>(clock.seconds().count()));
+  std::snprintf(text, sizeof text, "%04d-%02d-%02dT%02d:%02d:%02d", static_cast<int>(year),
+                fields.tm_mon + 1, fields.tm_mday, fields.tm_hour, fields.tm_min, fields.tm_sec);
   return text;
 }
 

@@ -28,8 +28,10 @@ std::string Printable(std::string_view text);
 // marks, 1 for all others.
 size_t DisplayWidth(std::string_view text);
 
-// "2026-11-21T10:00:00Z"; nothing outside the years 1 to 9999.
-std::optional<std::string> IsoTime(int64_t secondsSince1970);
+// "2026-11-21T10:00:00", by the clock of the machine's time zone and without naming it; nothing
+// outside the years 1 to 9999. The filter reads a date in a mail as local time, whatever zone it
+// names, so that this gives back the fields as they stand in the mail.
+std::optional<std::string> LocalTimeText(int64_t secondsSince1970);
 
 // A number in decimal digits, with "-" in front if it is negative; nothing for any other text.
 std::optional<int32_t> ParseNumber(std::string_view text);

@@ -14,16 +14,35 @@ using nlohmann::json;
 json Property(const char* name, const char* value) { return {{"name", name}, {"value", value}}; }
 
 TEST_F(AttachmentsCommand, ShowsATable) {
-  // The times stand in the mail without a zone that counts, and the program runs in UTC.
   EXPECT_EQ(
       output({"attachments", Example("nested-attachments.eml")}),
-      "No.  Name           Size  Type            Created               Modified              "
+      "No.  Name           Size  Type            Created              Modified             "
       "Description\n"
-      "  1  minutes.txt      74  text/plain      2026-05-19T15:02:00Z  2026-05-19T16:31:45Z  "
+      "  1  minutes.txt      74  text/plain      2026-05-19T15:02:00  2026-05-19T16:31:45  "
       "Minutes of 19 May\n"
-      "  2  rooms.csv        95  text/csv        -                     -                     -\n"
-      "  3  caretaker.eml   282  message/rfc822  -                     -                     "
+      "  2  rooms.csv        95  text/csv        -                    -                    -\n"
+      "  3  caretaker.eml   282  message/rfc822  -                    -                    "
       "The mail of the caretaker\n");
+}
+
+// The zone in the mail does not count, and that of the machine changes the number of seconds alone.
+TEST_F(AttachmentsCommand, ShowsTimesAsTheyStandInTheMailInEveryZone) {
+  const std::string file = Example("nested-attachments.eml");
+  const std::string table = output({"attachments", file});
+  const std::pair<const char*, int64_t> zones[] = {
+      {"UTC0", 1779202920}, {"EST5EDT,M3.2.0,M11.1.0", 1779217320}, {"IST-5:30", 1779183120}};
+  for (const auto& [zone, seconds] : zones) {
+    environment_.emplace_back("TZ", zone);
+    EXPECT_EQ(output({"attachments", file}), table) << zone;
+    const json item = json::parse(output({"attachments", "--json", file}))["attachments"][0];
+    EXPECT_EQ(item["created"], "2026-05-19T15:02:00") << zone;
+    EXPECT_EQ(item["createdSeconds"], seconds) << zone;
+    EXPECT_EQ(item["modified"], "2026-05-19T16:31:45") << zone;
+    EXPECT_EQ(item["modifiedSeconds"], seconds + 5385) << zone;
+  }
+  // By name, wherever the machine's own tables put it.
+  environment_.emplace_back("TZ", "America/New_York");
+  EXPECT_EQ(output({"attachments", file}), table);
 }
 
 TEST_F(AttachmentsCommand, ShowsTheContentIdOfAnInlineImage) {
@@ -53,9 +72,9 @@ TEST_F(AttachmentsCommand, WritesEverythingAsJson) {
                   {"name", "minutes.txt"},
                   {"description", "Minutes of 19 May"},
                   {"size", 74},
-                  {"created", "2026-05-19T15:02:00Z"},
+                  {"created", "2026-05-19T15:02:00"},
                   {"createdSeconds", 1779202920},
-                  {"modified", "2026-05-19T16:31:45Z"},
+                  {"modified", "2026-05-19T16:31:45"},
                   {"modifiedSeconds", 1779208305},
                   {"properties", json::array({Property("Content-Disposition", "attachment"),
                                               Property("MineType", "text/plain")})}}));

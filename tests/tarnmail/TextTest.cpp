@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include "support/LocalZone.h"
+
 namespace tarn::host {
 namespace {
 
@@ -60,21 +62,37 @@ TEST(DisplayWidth, CountsColumns) {
   EXPECT_EQ(DisplayWidth("\uFF21\uAC00\U0001F600"), 6u);
 }
 
-TEST(IsoTime, CountsFromTheEpochInUtc) {
-  EXPECT_EQ(IsoTime(0), "1970-01-01T00:00:00Z");
-  EXPECT_EQ(IsoTime(-1), "1969-12-31T23:59:59Z");
-  EXPECT_EQ(IsoTime(951782400), "2000-02-29T00:00:00Z");
-  EXPECT_EQ(IsoTime(1779208305), "2026-05-19T16:31:45Z");
-  EXPECT_EQ(IsoTime(-11644473600), "1601-01-01T00:00:00Z");
+TEST(LocalTimeText, CountsFromTheEpoch) {
+  const test::LocalZone utc;
+  EXPECT_EQ(LocalTimeText(0), "1970-01-01T00:00:00");
+  EXPECT_EQ(LocalTimeText(-1), "1969-12-31T23:59:59");
+  EXPECT_EQ(LocalTimeText(951782400), "2000-02-29T00:00:00");
+  EXPECT_EQ(LocalTimeText(1779208305), "2026-05-19T16:31:45");
+  EXPECT_EQ(LocalTimeText(-11644473600), "1601-01-01T00:00:00");
 }
 
-TEST(IsoTime, KnowsTheYearsOfFourDigits) {
-  EXPECT_EQ(IsoTime(253402300799), "9999-12-31T23:59:59Z");
-  EXPECT_EQ(IsoTime(253402300800), std::nullopt);
-  EXPECT_EQ(IsoTime(-62135596800), "0001-01-01T00:00:00Z");
-  EXPECT_EQ(IsoTime(-62135596801), std::nullopt);
-  EXPECT_EQ(IsoTime(INT64_MAX), std::nullopt);
-  EXPECT_EQ(IsoTime(INT64_MIN), std::nullopt);
+TEST(LocalTimeText, FollowsTheZoneAndItsSummerTime) {
+  test::LocalZone zone;
+  zone.use("EST5EDT,M3.2.0,M11.1.0");
+  EXPECT_EQ(LocalTimeText(1779208305), "2026-05-19T12:31:45");
+  EXPECT_EQ(LocalTimeText(1768435200), "2026-01-14T19:00:00");
+  EXPECT_EQ(LocalTimeText(0), "1969-12-31T19:00:00");
+  zone.use("IST-5:30");
+  EXPECT_EQ(LocalTimeText(1779208305), "2026-05-19T22:01:45");
+}
+
+TEST(LocalTimeText, KnowsTheYearsOfFourDigits) {
+  test::LocalZone zone;
+  EXPECT_EQ(LocalTimeText(253402300799), "9999-12-31T23:59:59");
+  EXPECT_EQ(LocalTimeText(253402300800), std::nullopt);
+  EXPECT_EQ(LocalTimeText(-62135596800), "0001-01-01T00:00:00");
+  EXPECT_EQ(LocalTimeText(-62135596801), std::nullopt);
+  EXPECT_EQ(LocalTimeText(INT64_MAX), std::nullopt);
+  EXPECT_EQ(LocalTimeText(INT64_MIN), std::nullopt);
+  // The year that counts is that of the zone.
+  zone.use("EST5");
+  EXPECT_EQ(LocalTimeText(253402300800), "9999-12-31T19:00:00");
+  EXPECT_EQ(LocalTimeText(-62135596800), std::nullopt);
 }
 
 TEST(ParseNumber, TakesDecimalDigitsOnly) {
