@@ -115,20 +115,21 @@ void* KernelRealloc(void* block, uint64_t bytes, int32_t line, const char16_t* f
   // The lock stays held while the heap moves the block: the old address may be given out again at
   // once, and must not be in the table then.
   std::unique_lock lock(blocks.mutex);
-  const BlockRecord* const record = blocks.table.Find(block);
-  if (record == nullptr) {
+  BlockRecord old = {};
+  if (!blocks.table.Take(block, old)) {
     lock.unlock();
     AbortOnMisuse("KernelRealloc", "not a live block", block, line, file);
   }
-  if (fault || bytes > kLargestBlock) return nullptr;
-  const uintptr_t oldAddress = reinterpret_cast<uintptr_t>(block);
-  void* const moved = std::realloc(block, static_cast<size_t>(std::max<uint64_t>(bytes, 1)));
-  if (moved == nullptr) return nullptr;
-  BlockRecord old = {};
-  blocks.table.Take(reinterpret_cast<const void*>(oldAddress), old);
-  blocks.liveBytes -= old.bytes;
-  // Takes the place just freed, so it cannot fail.
+  const bool refused = fault || bytes > kLargestBlock;
+  void* const moved =
+      refused ? nullptr : std::realloc(block, static_cast<size_t>(std::max<uint64_t>(bytes, 1)));
+  // Both take the place just freed in the table, so neither can fail.
+  if (moved == nullptr) {
+    blocks.table.Insert(block, old);
+    return nullptr;
+  }
   blocks.table.Insert(moved, BlockRecord{bytes, file, line});
+  blocks.liveBytes -= old.bytes;
   blocks.Count(bytes);
   return moved;
 }

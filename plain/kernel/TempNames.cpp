@@ -57,7 +57,8 @@ int32_t MakeTempFile(const char16_t* directory, char16_t* out, int32_t capacity,
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
     std::array<char, kUniqueLength> unique;
     if (!MakeUnique(unique)) return KernelCannotCreate;
-    const std::string path = front + std::string(unique.begin(), unique.end()) + back;
+    std::string path = front;
+    path.append(unique.begin(), unique.end()).append(back);
     const std::u16string wide = ToWide(path);
     if (wide.empty() || static_cast<int64_t>(wide.size()) >= capacity) return KernelCannotCreate;
     Creation creation = Creation::Failed;

@@ -52,23 +52,19 @@ int32_t AppendFormat(TrackedBuffer<char>& buffer, int32_t& flag, const char* for
 
   va_list arguments;
   va_start(arguments, format);
-  va_list again;
-  va_copy(again, arguments);
   const int needed = std::vsnprintf(nullptr, 0, format, arguments);
   va_end(arguments);
 
   flag = 0;
-  if (needed >= 0) {
-    const auto size = static_cast<uint64_t>(needed);
-    if (buffer.data == nullptr) buffer.length = 0;
-    if (buffer.reserve(buffer.length + size + 1) != nullptr) {
-      std::vsnprintf(buffer.data + buffer.length, size + 1, format, again);
-      buffer.length += size;
-      flag = 1;
-    }
-  }
-  va_end(again);
-  return flag;
+  if (needed < 0) return flag;
+  const auto size = static_cast<uint64_t>(needed);
+  if (buffer.data == nullptr) buffer.length = 0;
+  if (buffer.reserve(buffer.length + size + 1) == nullptr) return flag;
+  va_start(arguments, format);
+  std::vsnprintf(buffer.data + buffer.length, size + 1, format, arguments);
+  va_end(arguments);
+  buffer.length += size;
+  return flag = 1;
 }
 
 }  // namespace tarn
