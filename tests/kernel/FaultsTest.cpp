@@ -55,6 +55,123 @@ TEST_F(Faults, CallsThatFailOnTheirOwnCountToo) {
   EXPECT_EQ(KernelWideToUtf8(u"a", 1, out, 4), 1);
 }
 
+TEST_F(Faults, AReallocationThatFailsOnItsOwnCountsToo) {
+  void* block = KernelAlloc(1, 1, 1, kHere);
+  PlainKernelFailAt(PlainKernelFaultMemory, 2);
+  EXPECT_EQ(KernelRealloc(block, UINT64_MAX, 1, kHere), nullptr);
+  EXPECT_EQ(KernelAlloc(1, 1, 1, kHere), nullptr);
+  void* const other = KernelAlloc(1, 1, 1, kHere);
+  EXPECT_NE(other, nullptr);
+  KernelFree(other, 1, kHere);
+  KernelFree(block, 1, kHere);
+}
+
+TEST_F(Faults, OpensThatFailOnTheirOwnCountToo) {
+  Put("file", "abc");
+  PlainKernelFailAt(PlainKernelFaultOpen, 2);
+  EXPECT_EQ(KernelFileOpen(u"", KERNEL_OPEN_READ, KERNEL_OPEN_MODE), KERNEL_BAD_HANDLE);
+  EXPECT_EQ(Open("file"), KERNEL_BAD_HANDLE);
+  const uint64_t handle = Open("file");
+  EXPECT_NE(handle, KERNEL_BAD_HANDLE);
+  KernelFileClose(handle);
+}
+
+TEST_F(Faults, RawCreatesThatFailOnTheirOwnCountToo) {
+  const std::u16string path = WidePathOf("raw");
+  PlainKernelFailAt(PlainKernelFaultOpen, 2);
+  EXPECT_EQ(KernelRawFileCreate(u"", 0), KERNEL_BAD_HANDLE);
+  EXPECT_EQ(KernelRawFileCreate(path.c_str(), 0), KERNEL_BAD_HANDLE);
+  EXPECT_FALSE(Exists("raw"));
+  const uint64_t handle = KernelRawFileCreate(path.c_str(), 0);
+  EXPECT_NE(handle, KERNEL_BAD_HANDLE);
+  KernelRawFileClose(handle, 0);
+  KernelDeleteFile(path.c_str());
+}
+
+TEST_F(Faults, TemporaryNamesThatFailOnTheirOwnCountToo) {
+  const std::u16string directory = Widen(Root());
+  char16_t name[264] = {};
+  PlainKernelFailAt(PlainKernelFaultOpen, 2);
+  EXPECT_EQ(KernelTempFileName(directory.c_str(), nullptr, 264, 1, u"pst", nullptr), -1490);
+  EXPECT_EQ(KernelTempFileName(directory.c_str(), name, 264, 1, u"pst", nullptr), -1490);
+  EXPECT_EQ(Entries(), 0U);
+  EXPECT_EQ(KernelTempFileName(directory.c_str(), name, 264, 1, u"pst", nullptr), 1);
+  EXPECT_EQ(Entries(), 1U);
+  KernelDeleteFile(name);
+}
+
+TEST_F(Faults, MemoryFilesThatFailOnTheirOwnCountToo) {
+  uint64_t handle = KERNEL_BAD_HANDLE;
+  void* state = nullptr;
+  PlainKernelFailAt(PlainKernelFaultOpen, 2);
+  EXPECT_EQ(KernelMemFileOpen(nullptr, &state, KERNEL_MEMFILE_EMPTY, nullptr, 0, 0), -1490);
+  EXPECT_EQ(KernelMemFileOpen(&handle, &state, KERNEL_MEMFILE_EMPTY, nullptr, 0, 0), -1490);
+  EXPECT_EQ(KernelMemFileOpen(&handle, &state, KERNEL_MEMFILE_EMPTY, nullptr, 0, 0), 1);
+  KernelFileClose(handle);
+  EXPECT_EQ(KernelMemFileClose(state, nullptr, nullptr, nullptr), 1);
+}
+
+TEST_F(Faults, ReadsThatFailOnTheirOwnCountToo) {
+  Put("file", "abcdefghijkl");
+  const uint64_t handle = Open("file");
+  char bytes[4] = {};
+  PlainKernelFailAt(PlainKernelFaultRead, 2);
+  EXPECT_EQ(KernelFileRead(KERNEL_BAD_HANDLE, bytes, 3), 0U);
+  EXPECT_EQ(KernelFileRead(handle, bytes, 3), 2U);
+  EXPECT_EQ(KernelFileRead(handle, bytes, 3), 3U);
+  EXPECT_STREQ(bytes, "cde");
+  PlainKernelFailAt(PlainKernelFaultRead, 2);
+  EXPECT_EQ(KernelFileReadLarge(KERNEL_BAD_HANDLE, bytes, 3), 0U);
+  EXPECT_EQ(KernelFileReadLarge(handle, bytes, 3), 2U);
+  EXPECT_EQ(KernelFileReadLarge(handle, bytes, 3), 3U);
+  EXPECT_STREQ(bytes, "hij");
+  KernelFileClose(handle);
+}
+
+TEST_F(Faults, WritesThatFailOnTheirOwnCountToo) {
+  const uint64_t handle = Create("file");
+  PlainKernelFailAt(PlainKernelFaultWrite, 2);
+  EXPECT_EQ(KernelFileWrite(KERNEL_BAD_HANDLE, "---", 3), 0U);
+  EXPECT_EQ(KernelFileWrite(handle, "abc", 3), 2U);
+  EXPECT_EQ(KernelFileWrite(handle, "def", 3), 3U);
+  PlainKernelFailAt(PlainKernelFaultWrite, 2);
+  EXPECT_EQ(KernelFileWriteLarge(KERNEL_BAD_HANDLE, "---", 3), 0U);
+  EXPECT_EQ(KernelFileWriteLarge(handle, "ghi", 3), 2U);
+  EXPECT_EQ(KernelFileWriteLarge(handle, "jkl", 3), 3U);
+  KernelFileClose(handle);
+  EXPECT_EQ(Get("file"), "abdefghjkl");
+
+  const std::u16string raw = WidePathOf("raw");
+  const uint64_t rawHandle = KernelRawFileCreate(raw.c_str(), 0);
+  PlainKernelFailAt(PlainKernelFaultWrite, 2);
+  EXPECT_EQ(KernelRawFileWrite(KERNEL_BAD_HANDLE, "---", 3, 0), 0U);
+  EXPECT_EQ(KernelRawFileWrite(rawHandle, "123", 3, 0), 2U);
+  EXPECT_EQ(KernelRawFileWrite(rawHandle, "456", 3, 0), 3U);
+  KernelRawFileClose(rawHandle, 0);
+  EXPECT_EQ(Get("raw"), "12456");
+  KernelDeleteFile(raw.c_str());
+}
+
+TEST_F(Faults, SeeksThatFailOnTheirOwnCountToo) {
+  Put("file", "abcdef");
+  const uint64_t handle = Open("file");
+  PlainKernelFailAt(PlainKernelFaultSeek, 2);
+  EXPECT_EQ(KernelFileSeek(KERNEL_BAD_HANDLE, 3, KERNEL_SEEK_START), UINT64_MAX);
+  EXPECT_EQ(KernelFileSeek(handle, 3, KERNEL_SEEK_START), UINT64_MAX);
+  EXPECT_EQ(KernelFileSeek(handle, 3, KERNEL_SEEK_START), 3U);
+  KernelFileClose(handle);
+}
+
+TEST_F(Faults, RefusalsOfTheBudgetCountToo) {
+  PlainKernelSetMemoryBudget(10);
+  PlainKernelFailAt(PlainKernelFaultBudget, 2);
+  EXPECT_EQ(KernelMemoryReport(KERNEL_MEMORY_WANT, 11, 0), -1);
+  EXPECT_EQ(KernelMemoryReport(KERNEL_MEMORY_WANT, 1, 0), -1);
+  EXPECT_EQ(KernelMemoryReport(KERNEL_MEMORY_WANT, 1, 0), 1);
+  EXPECT_EQ(Usage().reportedBytes, 1U);
+  EXPECT_EQ(KernelMemoryReport(KERNEL_MEMORY_RETURN, 1, 0), 1);
+}
+
 TEST_F(Faults, OrdinalZeroEndsTheInjection) {
   PlainKernelFailAt(PlainKernelFaultSeek, 1);
   PlainKernelFailAt(PlainKernelFaultSeek, 0);
@@ -114,6 +231,25 @@ TEST_F(Faults, AFailedReadDeliversOneByteLess) {
   EXPECT_STREQ(bytes, "cde");
   PlainKernelFailAt(PlainKernelFaultRead, 1);
   EXPECT_EQ(KernelFileRead(handle, bytes, 0), 0U);
+  KernelFileClose(handle);
+}
+
+TEST_F(Faults, OnlyTheOrdinalReadDeliversLess) {
+  Put("file", "abcdefghijklmnop");
+  const uint64_t handle = Open("file");
+  char bytes[4] = {};
+  PlainKernelFailAt(PlainKernelFaultRead, 2);
+  EXPECT_EQ(KernelFileRead(handle, bytes, 3), 3U);
+  EXPECT_STREQ(bytes, "abc");
+  EXPECT_EQ(KernelFileRead(handle, bytes, 3), 2U);
+  EXPECT_EQ(KernelFileRead(handle, bytes, 3), 3U);
+  EXPECT_STREQ(bytes, "fgh");
+  PlainKernelFailAt(PlainKernelFaultRead, 2);
+  EXPECT_EQ(KernelFileReadLarge(handle, bytes, 3), 3U);
+  EXPECT_STREQ(bytes, "ijk");
+  EXPECT_EQ(KernelFileReadLarge(handle, bytes, 3), 2U);
+  EXPECT_EQ(KernelFileReadLarge(handle, bytes, 3), 3U);
+  EXPECT_STREQ(bytes, "nop");
   KernelFileClose(handle);
 }
 
