@@ -78,6 +78,26 @@ TEST_F(RawFiles, AFileThatIsGoneAlreadyIsForgottenByItsDelete) {
   EXPECT_EQ(Usage().temporaryFiles, 0U);
 }
 
+// Such as one whose place a directory has taken, which no delete of a file removes.
+TEST_F(RawFiles, AFileThatCannotBeDeletedStaysCounted) {
+  const std::u16string path = WidePathOf("image");
+  Make(path, "1");
+  std::filesystem::remove(PathOf("image"));
+  std::filesystem::create_directory(PathOf("image"));
+  Put("image/other", "precious");
+  KernelDeleteFile(path.c_str());
+  EXPECT_EQ(Get("image/other"), "precious");
+  EXPECT_EQ(Usage().temporaryFiles, 1U);
+  KernelDeleteFileUtf8(PathOf("image").c_str());
+  EXPECT_EQ(Usage().temporaryFiles, 1U);
+
+  std::filesystem::remove_all(PathOf("image"));
+  Make(path, "2");
+  EXPECT_EQ(Usage().temporaryFiles, 1U);
+  KernelDeleteFile(path.c_str());
+  EXPECT_EQ(Usage().temporaryFiles, 0U);
+}
+
 TEST_F(RawFiles, DoNotClimbOutOfTheirDirectory) {
   std::filesystem::create_directory(PathOf("dir"));
   Put("outside", "precious");
