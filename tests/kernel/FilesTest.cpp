@@ -208,6 +208,14 @@ TEST_F(Files, ADirectoryNamedWithABackslashIsFoundFirst) {
   EXPECT_EQ(Open("dir\\name"), KERNEL_BAD_HANDLE);
 }
 
+TEST_F(Files, AFileInThePlaceOfADirectoryHoldsNothingOfThatName) {
+  std::filesystem::create_directories(PathOf("dir/F"));
+  Put("dir\\F", "a plain file");
+  Put("dir/F/x", "in the directory");
+  EXPECT_EQ(ReadAll(Open("dir\\F/x")), "in the directory");
+  EXPECT_EQ(ReadAll(Open("dir\\F")), "a plain file");
+}
+
 TEST_F(Files, AFileToCreateTakesTheNameAsItStandsWhereItsDirectoryExists) {
   std::filesystem::create_directory(PathOf("dir"));
   KernelFileClose(Create("dir\\name"));
