@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -23,6 +24,12 @@ namespace {
 using namespace std::string_view_literals;
 using test::Bytes;
 using test::Sized;
+
+// Two words, the kind first, and kinds of fixed numbers.
+static_assert(sizeof(CharsetRef) == 8 && offsetof(CharsetRef, kind) == 0);
+static_assert(CharsetNone == 0 && CharsetIso2022Jp == 1 && CharsetLatin1 == 2 && CharsetUtf8 == 3);
+static_assert(CharsetAscii == 4 && CharsetWindows == 5 && CharsetGb2312 == 6 && CharsetBig5 == 7);
+static_assert(CharsetOther == 8);
 
 constexpr CharsetRef kNone = {CharsetNone, 0};
 constexpr CharsetRef kIso2022Jp = {CharsetIso2022Jp, 0};
@@ -377,6 +384,18 @@ TEST(RepairFieldToUtf8, ConvertsFieldsThatAreNotUtf8) {
   EXPECT_EQ(Field("\xFF", kLatin1), "\xC3\xBF");
   EXPECT_EQ(Field("\xC3\xA9\xE9", kLatin1), "\xC3\x83\xC2\xA9\xC3\xA9");
   EXPECT_EQ(Field("\xCF\xF0\0"sv, Windows(1251)), "\xD0\x9F\xD1\x80");
+}
+
+// None of these bytes leads a character, however many following bytes stand behind it.
+TEST(RepairFieldToUtf8, BytesFromF8OnOpenNothing) {
+  EXPECT_EQ(Field("\xF8\xA5\xA5\xA5", kLatin1), "\xC3\xB8\xC2\xA5\xC2\xA5\xC2\xA5");
+  EXPECT_EQ(Field("\xF9\xA5\xA5\xA5", kLatin1), "\xC3\xB9\xC2\xA5\xC2\xA5\xC2\xA5");
+  EXPECT_EQ(Field("\xFA\xA5\xA5\xA5", kLatin1), "\xC3\xBA\xC2\xA5\xC2\xA5\xC2\xA5");
+  EXPECT_EQ(Field("\xFB\xA5\xA5\xA5", kLatin1), "\xC3\xBB\xC2\xA5\xC2\xA5\xC2\xA5");
+  EXPECT_EQ(Field("\xFC\xA5\xA5\xA5", kLatin1), "\xC3\xBC\xC2\xA5\xC2\xA5\xC2\xA5");
+  EXPECT_EQ(Field("\xFD\xA5\xA5\xA5", kLatin1), "\xC3\xBD\xC2\xA5\xC2\xA5\xC2\xA5");
+  EXPECT_EQ(Field("\xFE\xA5\xA5\xA5", kLatin1), "\xC3\xBE\xC2\xA5\xC2\xA5\xC2\xA5");
+  EXPECT_EQ(Field("\xFF\xA5\xA5\xA5", kLatin1), "\xC3\xBF\xC2\xA5\xC2\xA5\xC2\xA5");
 }
 
 TEST(RepairFieldToUtf8, LeavesFieldsOfCharsetsThatAreNotConverted) {

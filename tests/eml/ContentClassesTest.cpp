@@ -7,6 +7,11 @@
 namespace tarn {
 namespace {
 
+static_assert(ContentHtml == 0 && ContentPlain == 1 && ContentXml == 2 && ContentOfficeTheme == 3);
+static_assert(ContentJavascript == 4 && ContentSvg == 5 && ContentPng == 6 && ContentGif == 7);
+static_assert(ContentJpeg == 8 && ContentWmf == 9 && ContentCss == 10 && ContentPdf == 11);
+static_assert(ContentOther == 12);
+
 ContentClass Classify(std::string_view value) {
   return ClassifyContent(value.data(), value.data() + value.size());
 }

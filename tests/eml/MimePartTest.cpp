@@ -15,6 +15,9 @@ namespace {
 using namespace std::string_view_literals;
 using test::AttachmentRecorder;
 
+static_assert(DispositionNone == 0 && DispositionAttachment == 1);
+static_assert(DispositionInline == 2 && DispositionOther == 3);
+
 // One part that fills the whole file.
 struct Parsed {
   EmlMessage message;
@@ -147,6 +150,8 @@ TEST(MimePart, ContentIdStandsBetweenTheBrackets) {
   EXPECT_EQ(Parsed("\nContent-ID: a@b\r\n\r\n").id(), "a@b");
   EXPECT_EQ(Parsed("\nContent-ID: a@b>\n\n").id(), "a@b");
   EXPECT_EQ(Parsed("\nContent-ID: <a@b\nX: >\n\n").id(), "a@b");
+  // A closing bracket counts only behind the opening one.
+  EXPECT_EQ(Parsed("\nContent-ID: x> <a@b>\n\n").id(), "a@b");
   EXPECT_EQ(Parsed("\nContent-ID: <>\n\n").id(), "");
   EXPECT_EQ(Parsed("\nContent-ID:").id(), "");
 }
@@ -174,6 +179,22 @@ TEST(MimePart, RecordIsClearedForTheNextPart) {
   EXPECT_EQ(parsed.part.locationLine, nullptr);
   EXPECT_EQ(parsed.part.encoding, TransferRaw);
   EXPECT_EQ(parsed.id(), "");
+}
+
+TEST(MimePart, RecordWhoseNextPartFailsIsNotParsed) {
+  Parsed parsed("\nContent-Type: text/html\n\nc");
+  EXPECT_EQ(parsed.part.parsed, 1u);
+  const std::string_view next = "\nContent-Location: b\n\nd";
+  parsed.part.start = next.data();
+  const char* cursor = nullptr;
+  PlainKernelFailAt(PlainKernelFaultMemory, 1);  // the name
+  EXPECT_EQ(ParseMimePart(parsed.part, parsed.message, &cursor, next.data() + next.size(), nullptr),
+            -1);
+  PlainKernelFailAt(PlainKernelFaultMemory, 0);
+  EXPECT_EQ(parsed.part.parsed, 0u);
+  EXPECT_FALSE(parsed.part.name);
+  EXPECT_FALSE(parsed.part.decoded);
+  EXPECT_EQ(cursor, nullptr);
 }
 
 TEST(MimePart, DispositionIsAPrefixInAnyCase) {

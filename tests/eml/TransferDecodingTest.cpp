@@ -15,6 +15,9 @@ namespace {
 
 using namespace std::string_view_literals;
 
+static_assert(TransferQuotedPrintable == 0 && TransferBase64 == 1);
+static_assert(Transfer7Bit == 2 && TransferRaw == 3);
+
 TransferEncoding Classify(std::string_view value) {
   return ClassifyTransferEncoding(value.data(), value.data() + value.size());
 }
