@@ -173,6 +173,53 @@ TEST_F(InlineImagePathTest, MakesTheDirectoryOnceAndNamesItWithASeparator) {
   EXPECT_EQ(temp.listing(), "");
 }
 
+// A directory between words that nothing may write to.
+struct GuardedDirectory {
+  char16_t before[8];
+  char16_t name[kPathCapacity];
+  char16_t after[8];
+
+  GuardedDirectory() {
+    std::fill(std::begin(before), std::end(before), u'#');
+    std::fill(std::begin(name), std::end(name), u'#');
+    std::fill(std::begin(after), std::end(after), u'#');
+    name[0] = u'\0';
+  }
+
+  void expectSoundGuards() const {
+    EXPECT_EQ(std::u16string(std::begin(before), std::end(before)), u"########");
+    EXPECT_EQ(std::u16string(std::begin(after), std::end(after)), u"########");
+  }
+};
+
+TEST_F(InlineImagePathTest, AMadeNameThatFillsItsRoomGetsNoSeparator) {
+  const test::TempDirectory temp;
+  // The kernel puts a separator, "pst" and its unique characters behind its directory; how many
+  // those are, a name made first tells.
+  PlainKernelSetTempDirectory(temp.wide().c_str());
+  ASSERT_EQ(make(nullptr, "n"), 1);
+  const size_t own = std::u16string(directory_).size() - 1 - temp.wide().size();
+  EXPECT_TRUE(platform::RemoveEmptyDirectory(directory_));
+
+  for (const size_t length : {262u, 263u}) {
+    const size_t filler = length - own - temp.wide().size() - 1;
+    const std::filesystem::path parent = temp.path() / std::string(filler, 'd');
+    std::filesystem::create_directory(parent);
+    PlainKernelSetTempDirectory(parent.u16string().c_str());
+    GuardedDirectory guarded;
+    EXPECT_EQ(MakeInlineImagePath(path_, guarded.name, nullptr, "n"), -290) << length;
+    guarded.expectSoundGuards();
+    // Either way the name has 263 units: the shorter one has room for the separator.
+    ASSERT_EQ(guarded.name[263], u'\0') << length;
+    const std::u16string made = guarded.name;
+    ASSERT_EQ(made.size(), 263u) << length;
+    EXPECT_EQ(made.back() == u'\\', length == 262) << length;
+    EXPECT_EQ(made.substr(0, length - own + 4), parent.u16string() + u"/pst") << length;
+    EXPECT_TRUE(platform::RemoveEmptyDirectory(guarded.name)) << length;
+    EXPECT_TRUE(std::filesystem::is_empty(parent)) << length;
+  }
+}
+
 TEST_F(InlineImagePathTest, ANameThatCannotBeMadeLeavesTheDirectoryEmpty) {
   const test::TempDirectory temp;
   PlainKernelSetTempDirectory(temp.wide().c_str());

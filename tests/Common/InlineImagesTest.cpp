@@ -284,6 +284,15 @@ TEST_F(FileRoute, LineEndsInTheNameBecomeUnderscores) {
   EXPECT_EQ(files(), "_a__b.png_");
 }
 
+TEST_F(FileRoute, LineEndsInFrontOfAColonStay) {
+  context_.contentId = nullptr;
+  context_.name = "x\r:y\nz.png";
+  EXPECT_EQ(rewrite(kImage), 1);
+  EXPECT_EQ(body_.bytes(), "<img src=\"x\r:y_z.png\">");
+  EXPECT_EQ(files(), "x\r:y_z.png");
+  EXPECT_EQ(content("x\r:y_z.png"), kImage);
+}
+
 TEST_F(FileRoute, LineEndsInFrontOfASeparatorStay) {
   const std::filesystem::path sub = temp_.path() / "own" / "x\ny";
   std::filesystem::create_directories(sub);
