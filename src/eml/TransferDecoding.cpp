@@ -94,11 +94,11 @@ class Base64Output {
 // What a byte behind "=" is worth: a hexadecimal digit its value, any other byte itself.
 constexpr std::array<int8_t, 256> kHexValues = [] {
   std::array<int8_t, 256> table = {};
-  for (int i = 0; i < 256; ++i) table[static_cast<size_t>(i)] = static_cast<int8_t>(i);
-  for (int i = 0; i < 10; ++i) table[static_cast<size_t>('0' + i)] = static_cast<int8_t>(i);
-  for (int i = 0; i < 6; ++i) {
-    table[static_cast<size_t>('A' + i)] = static_cast<int8_t>(10 + i);
-    table[static_cast<size_t>('a' + i)] = static_cast<int8_t>(10 + i);
+  for (size_t i = 0; i < 256; ++i) table[i] = static_cast<int8_t>(i);
+  for (size_t i = 0; i < 10; ++i) table[size_t{'0'} + i] = static_cast<int8_t>(i);
+  for (size_t i = 0; i < 6; ++i) {
+    table[size_t{'A'} + i] = static_cast<int8_t>(10 + i);
+    table[size_t{'a'} + i] = static_cast<int8_t>(10 + i);
   }
   return table;
 }();
