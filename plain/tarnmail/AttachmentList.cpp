@@ -1,6 +1,7 @@
 #include "AttachmentList.h"
 
 #include <algorithm>
+#include <array>
 #include <string_view>
 
 #include "KernelBytes.h"
@@ -8,6 +9,9 @@
 
 namespace tarn::host {
 namespace {
+
+using Property = std::pair<std::string, std::string>;
+using PropertyNames = std::array<std::string_view, 2>;
 
 std::optional<std::string> OptionalText(const char16_t* text) {
   if (text == nullptr) return std::nullopt;
@@ -42,20 +46,41 @@ Attachment CopyItem(const AttachmentInfoItem& item, int32_t format) {
   return attachment;
 }
 
-std::string FirstOf(const Attachment& attachment, std::string_view name,
-                    std::string_view otherName) {
-  for (const auto& [key, value] : attachment.properties) {
-    if (key == name || key == otherName) return value;
+// The readers of mail files spell the name of the media type otherwise than those of messages.
+constexpr PropertyNames kMediaType = {"MimeType", "MineType"};
+constexpr PropertyNames kDisposition = {"Content-Disposition", "Content-Disposition:"};
+constexpr PropertyNames kContentId = {"Content-ID", "Content-ID:"};
+
+// The first property of one of the names; null when there is none.
+const Property* FirstOf(const std::vector<Property>& properties, const PropertyNames& names) {
+  for (const Property& property : properties) {
+    if (property.first == names[0] || property.first == names[1]) return &property;
   }
-  return "";
+  return nullptr;
+}
+
+std::string ValueOf(const Property* property) {
+  return property == nullptr ? "" : property->second;
 }
 
 }  // namespace
 
-// The readers of mail files spell the name of this property otherwise than those of messages.
-std::string Attachment::mediaType() const { return FirstOf(*this, "MimeType", "MineType"); }
+std::string Attachment::mediaType() const { return ValueOf(FirstOf(properties, kMediaType)); }
 
-std::string Attachment::contentId() const { return FirstOf(*this, "Content-ID", "Content-ID:"); }
+std::string Attachment::disposition() const { return ValueOf(FirstOf(properties, kDisposition)); }
+
+std::string Attachment::contentId() const { return ValueOf(FirstOf(properties, kContentId)); }
+
+std::vector<std::pair<std::string, std::string>> Attachment::otherProperties() const {
+  const std::array<const Property*, 3> known = {FirstOf(properties, kMediaType),
+                                                FirstOf(properties, kDisposition),
+                                                FirstOf(properties, kContentId)};
+  std::vector<Property> others;
+  for (const Property& property : properties) {
+    if (std::find(known.begin(), known.end(), &property) == known.end()) others.push_back(property);
+  }
+  return others;
+}
 
 std::vector<Attachment> CopyAttachments(const AttachmentInfoBlock& block) {
   std::vector<Attachment> attachments;

@@ -21,9 +21,12 @@ struct Attachment {
   std::optional<int64_t> modified;
   std::vector<std::pair<std::string, std::string>> properties;  // as they came; names may repeat
 
-  // The first property of one of the names; empty when there is none.
+  // Values of the properties that are known by name, the first of each; empty when there is none.
   std::string mediaType() const;
+  std::string disposition() const;
   std::string contentId() const;
+  // All properties but those, in their order.
+  std::vector<std::pair<std::string, std::string>> otherProperties() const;
 };
 
 // Copies the block, which stays the caller's, and frees nothing.

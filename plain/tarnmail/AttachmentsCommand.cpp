@@ -30,27 +30,42 @@ std::string TimeCell(const std::optional<int64_t>& seconds) {
   return LocalTimeText(*seconds).value_or(std::to_string(*seconds) + " s");
 }
 
+std::vector<std::string> PropertyLines(
+    const std::vector<std::pair<std::string, std::string>>& properties) {
+  std::vector<std::string> lines;
+  for (const auto& [name, value] : properties) {
+    lines.push_back(Printable(name) + ": " + Printable(value));
+  }
+  return lines;
+}
+
+// What has no column of its own stands below its row, so that nothing is left out.
 std::string AsTable(const std::vector<Attachment>& attachments) {
   if (attachments.empty()) return "No attachments\n";
   Column number = {"No.", true, {}};
   Column name = {"Name", false, {}};
   Column size = {"Size", true, {}};
   Column type = {"Type", false, {}};
+  Column disposition = {"Disposition", false, {}};
   Column contentId = {"Content ID", false, {}};
   Column created = {"Created", false, {}};
   Column modified = {"Modified", false, {}};
   Column description = {"Description", false, {}};
+  std::vector<std::vector<std::string>> notes;
   for (const Attachment& attachment : attachments) {
     number.cells.push_back(std::to_string(attachment.number));
     name.cells.push_back(TextCell(attachment.name));
     size.cells.push_back(attachment.size ? std::to_string(*attachment.size) : "");
     type.cells.push_back(TextCell(attachment.mediaType()));
+    disposition.cells.push_back(TextCell(attachment.disposition()));
     contentId.cells.push_back(TextCell(attachment.contentId()));
     created.cells.push_back(TimeCell(attachment.created));
     modified.cells.push_back(TimeCell(attachment.modified));
     description.cells.push_back(TextCell(attachment.description));
+    notes.push_back(PropertyLines(attachment.otherProperties()));
   }
-  return FormatTable({number, name, size, type, contentId, created, modified, description});
+  return FormatTable(
+      {number, name, size, type, disposition, contentId, created, modified, description}, notes);
 }
 
 std::string AsJson(const std::string& file, const std::vector<Attachment>& attachments) {

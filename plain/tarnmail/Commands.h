@@ -39,7 +39,7 @@ std::string InfoText(const FilterLibrary& filter, const InfoOptions& options);
 // The finished document, exactly the bytes that the sibling gets.
 std::string DocumentBytes(const FilterLibrary& filter, const DocumentOptions& options);
 
-// The attachments: a table, or all there is to know as JSON.
+// The attachments with all their properties: a table, or JSON.
 std::string AttachmentsText(const FilterLibrary& filter, const AttachmentsOptions& options);
 
 // The bytes of one attachment. A number that the message does not have is a failure.

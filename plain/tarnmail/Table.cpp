@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <string_view>
 
 #include "Text.h"
 
@@ -9,7 +10,7 @@ namespace tarn::host {
 namespace {
 
 constexpr size_t kWidest = 40;
-constexpr const char* kGap = "  ";
+constexpr std::string_view kGap = "  ";
 
 const std::string& Shown(const std::string& cell) {
   static const std::string kMissing = "-";
@@ -39,7 +40,8 @@ void AppendLine(std::string& table, std::string line) {
 
 }  // namespace
 
-std::string FormatTable(const std::vector<Column>& columns) {
+std::string FormatTable(const std::vector<Column>& columns,
+                        const std::vector<std::vector<std::string>>& notes) {
   std::vector<const Column*> used;
   for (const Column& column : columns) {
     const auto hasValue = [](const std::string& cell) { return !cell.empty(); };
@@ -57,12 +59,15 @@ std::string FormatTable(const std::vector<Column>& columns) {
     AppendCell(line, used[i]->title, widths[i], used[i]->alignRight);
   }
   AppendLine(table, line);
+  const std::string indent(widths[0] + kGap.size(), ' ');
   for (size_t row = 0; row < used[0]->cells.size(); ++row) {
     line.clear();
     for (size_t i = 0; i < used.size(); ++i) {
       AppendCell(line, Shown(used[i]->cells[row]), widths[i], used[i]->alignRight);
     }
     AppendLine(table, line);
+    if (row >= notes.size()) continue;
+    for (const std::string& note : notes[row]) AppendLine(table, indent + note);
   }
   return table;
 }

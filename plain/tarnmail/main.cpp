@@ -88,7 +88,7 @@ void Describe(CLI::App& app, CommandLine& line) {
 
   CLI::App* const attachments = AddCommand(app, "attachments", "List the attachments of a message",
                                            line.settings, line.attachments.message);
-  attachments->add_flag("--json", line.attachments.json, "JSON for machines, with all properties");
+  attachments->add_flag("--json", line.attachments.json, "JSON for machines");
 
   CLI::App* const extract = AddCommand(app, "extract", "Write one attachment of a message",
                                        line.settings, line.extract.message);

@@ -14,15 +14,15 @@ using nlohmann::json;
 json Property(const char* name, const char* value) { return {{"name", name}, {"value", value}}; }
 
 TEST_F(AttachmentsCommand, ShowsATable) {
-  EXPECT_EQ(
-      output({"attachments", Example("nested-attachments.eml")}),
-      "No.  Name           Size  Type            Created              Modified             "
-      "Description\n"
-      "  1  minutes.txt      74  text/plain      2026-05-19T15:02:00  2026-05-19T16:31:45  "
-      "Minutes of 19 May\n"
-      "  2  rooms.csv        95  text/csv        -                    -                    -\n"
-      "  3  caretaker.eml   282  message/rfc822  -                    -                    "
-      "The mail of the caretaker\n");
+  EXPECT_EQ(output({"attachments", Example("nested-attachments.eml")}),
+            "No.  Name           Size  Type            Disposition  Created              "
+            "Modified             Description\n"
+            "  1  minutes.txt      74  text/plain      attachment   2026-05-19T15:02:00  "
+            "2026-05-19T16:31:45  Minutes of 19 May\n"
+            "  2  rooms.csv        95  text/csv        attachment   -                    "
+            "-                    -\n"
+            "  3  caretaker.eml   282  message/rfc822  attachment   -                    "
+            "-                    The mail of the caretaker\n");
 }
 
 // The zone in the mail does not count, and that of the machine changes the number of seconds alone.
@@ -47,8 +47,8 @@ TEST_F(AttachmentsCommand, ShowsTimesAsTheyStandInTheMailInEveryZone) {
 
 TEST_F(AttachmentsCommand, ShowsTheContentIdOfAnInlineImage) {
   const std::string expected =
-      "No.  Name       Size  Type       Content ID\n"
-      "  1  chart.png   111  image/png  chart.q1@example.com\n";
+      "No.  Name       Size  Type       Disposition  Content ID\n"
+      "  1  chart.png   111  image/png  inline       chart.q1@example.com\n";
   EXPECT_EQ(output({"attachments", Example("html-inline-image.eml")}), expected);
   EXPECT_EQ(output({"attachments", "--in-memory", Example("html-inline-image.eml")}), expected);
 }
@@ -114,8 +114,8 @@ TEST_F(AttachmentsCommand, EscapesWhatATerminalWouldObey) {
   const std::string file = mail(MailWithAttachment(
       "Content-Disposition: attachment; filename=\"\x1b[31m\xE2\x80\xAEgnp.exe\x7f\xC2\x9B\""));
   EXPECT_EQ(output({"attachments", file}),
-            "No.  Name                             Size  Type\n"
-            "  1  \\x1b[31m\\u202egnp.exe\\x7f\\u009b     4  application/pdf\n");
+            "No.  Name                             Size  Type             Disposition\n"
+            "  1  \\x1b[31m\\u202egnp.exe\\x7f\\u009b     4  application/pdf  attachment\n");
   EXPECT_EQ(json::parse(output({"attachments", "--json", file}))["attachments"][0]["name"],
             "\x1b[31m\u202Egnp.exe\x7f\u009B");
 }
@@ -124,15 +124,15 @@ TEST_F(AttachmentsCommand, AlignsWideCharacters) {
   const std::string file =
       mail(MailWithAttachment("Content-Disposition: attachment; filename=\"会議.pdf\""));
   EXPECT_EQ(output({"attachments", file}),
-            "No.  Name      Size  Type\n"
-            "  1  会議.pdf     4  application/pdf\n");
+            "No.  Name      Size  Type             Disposition\n"
+            "  1  会議.pdf     4  application/pdf  attachment\n");
 }
 
 TEST_F(AttachmentsCommand, ShowsAnAttachmentWithoutName) {
   const std::string file = mail(MailWithAttachment("Content-Disposition: attachment"));
   EXPECT_EQ(output({"attachments", file}),
-            "No.  Size  Type\n"
-            "  1     4  application/pdf\n");
+            "No.  Size  Type             Disposition\n"
+            "  1     4  application/pdf  attachment\n");
   EXPECT_EQ(json::parse(output({"attachments", "--json", file}))["attachments"][0]["name"],
             nullptr);
 }

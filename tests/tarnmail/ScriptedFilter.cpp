@@ -96,13 +96,15 @@ AttachmentInfoItem* HostileItems() {
   items[0].description = NewText(u"two\nlines");
   items[0].creationTime = INT64_MIN;
   items[0].modificationTime = 1779204705;
-  items[0].propertyCount = 3;
+  items[0].propertyCount = 5;
   items[0].properties =
-      static_cast<AttachmentProperty*>(NewBlock(3 * uint64_t{sizeof(AttachmentProperty)}));
+      static_cast<AttachmentProperty*>(NewBlock(5 * uint64_t{sizeof(AttachmentProperty)}));
   SetProperty(items[0].properties[0], u"MimeType", u"text/\u001B[31mred");
   // Both arrays are full: no NUL ends them.
   SetProperty(items[0].properties[1], std::u16string(128, u'n'), std::u16string(128, u'v'));
   SetProperty(items[0].properties[2], u"Content-ID", u"<\u0007>");
+  SetProperty(items[0].properties[3], u"Content-ID", u"a second\none");
+  SetProperty(items[0].properties[4], u"\x1b[2J", u"");
   items[1].number = 2;
   return items;
 }

@@ -97,9 +97,15 @@ TEST_F(ScriptedFilter, ShowsHostileAttachmentsSafely) {
       "Modified             Description\n"
       "  1  \\x1b[2Jevil\\u202egnp.\\x0d\\nexe\\x7f\\u0085\uFFFD  text/\\x1b[31mred  <\\x07>      "
       "-9223372036854775808 s  2026-05-19T15:31:45  two\\nlines\n"
-      "  2  -                                         -                 -           -              "
-      "         "
-      "-                    -\n");
+      "     " +
+          std::string(128, 'n') + ": " + std::string(128, 'v') +
+          "\n"
+          "     Content-ID: a second\\none\n"
+          "     \\x1b[2J:\n"
+          "  2  -                                         -                 -           -          "
+          "    "
+          "         "
+          "-                    -\n");
 }
 
 TEST_F(ScriptedFilter, WritesHostileAttachmentsAsValidJson) {
@@ -111,9 +117,11 @@ TEST_F(ScriptedFilter, WritesHostileAttachmentsAsValidJson) {
   EXPECT_EQ(list[0]["created"], nullptr);
   EXPECT_EQ(list[0]["createdSeconds"], INT64_MIN);
   EXPECT_EQ(list[0]["modified"], "2026-05-19T15:31:45");
-  ASSERT_EQ(list[0]["properties"].size(), 3u);
+  ASSERT_EQ(list[0]["properties"].size(), 5u);
   EXPECT_EQ(list[0]["properties"][1]["name"], std::string(128, 'n'));
   EXPECT_EQ(list[0]["properties"][1]["value"], std::string(128, 'v'));
+  EXPECT_EQ(list[0]["properties"][3]["value"], "a second\none");
+  EXPECT_EQ(list[0]["properties"][4]["name"], "\x1b[2J");
   EXPECT_EQ(list[1]["name"], nullptr);
   EXPECT_EQ(list[1]["properties"], json::array());
 }

@@ -36,6 +36,24 @@ TEST(FormatTable, LetsALongCellMoveItsOwnLineOnly) {
                 "  2\n");
 }
 
+TEST(FormatTable, PutsNotesBelowTheirRows) {
+  const std::vector<Column> columns = {{"No.", true, {"1", "2", "3"}},
+                                       {"B", false, {"x", "", "z"}}};
+  EXPECT_EQ(FormatTable(columns, {{"one", "two "}, {}, {"three"}}),
+            "No.  B\n"
+            "  1  x\n"
+            "     one\n"
+            "     two\n"
+            "  2  -\n"
+            "  3  z\n"
+            "     three\n");
+  EXPECT_EQ(FormatTable({{"A", false, {"", "y"}}}, {{"note"}}),
+            "A\n"
+            "-\n"
+            "   note\n"
+            "y\n");
+}
+
 TEST(FormatTable, OfNothingIsEmpty) {
   EXPECT_EQ(FormatTable({}), "");
   EXPECT_EQ(FormatTable({{"A", false, {}}}), "");
