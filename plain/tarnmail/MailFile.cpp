@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <memory>
-#include <string_view>
 #include <system_error>
 
 #include "Failure.h"
@@ -73,9 +72,6 @@ MessageAnswer MailFile::read() {
 
   const int32_t status = filter_.info(choice_.file, context);
   if (status == StatusSiblingRefused) refuse(SiblingRefusalText(context.siblingResult));
-  if (status == StatusNotSupported && !choice_.textOnly && beginsLikeStore()) {
-    refuse("the message has no HTML or RTF body, --text asks for its plain text (-9)");
-  }
   if (status != StatusOk) refuse(StatusText(status));
 
   MessageAnswer answer;
@@ -115,13 +111,6 @@ std::optional<std::string> MailFile::extract(int32_t attachmentNumber) const {
   if (context.size == kUntouched) return std::nullopt;
   const KernelBytes bytes(context.data, context.size);
   return std::string(bytes.view());
-}
-
-bool MailFile::beginsLikeStore() const {
-  char magic[4] = {};
-  KernelFileSeek(file_.handle(), 0, KERNEL_SEEK_START);
-  const uint32_t got = KernelFileRead(file_.handle(), magic, sizeof magic);
-  return std::string_view(magic, got) == "!BDN";
 }
 
 AttachmentOptions MailFile::attachmentOptions() const {

@@ -48,7 +48,6 @@ class MailFile {
   std::optional<std::string> extract(int32_t attachmentNumber) const;
 
  private:
-  bool beginsLikeStore() const;
   AttachmentOptions attachmentOptions() const;
   [[noreturn]] void refuse(const std::string& why) const;
 

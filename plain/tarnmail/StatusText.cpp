@@ -17,7 +17,7 @@ constexpr Meaning kMeanings[] = {
     {StatusSeekFailed, "the file could not be measured"},
     {StatusWriteFailed, "a temporary file could not be written"},
     {StatusReadFailed, "shorter than 12 bytes, or a read came short"},
-    {StatusNotSupported, "not a mail file the filter takes"},
+    {StatusNotSupported, "not a mail file the filter takes, or one without a body it can show"},
     {StatusOpenFailed, "the file could not be opened"},
     {StatusBadArgument, "an attachment number below 1, or a store without messages"},
     {StatusMsgOpenFailed, "the compound file could not be opened"},

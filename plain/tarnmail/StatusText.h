@@ -7,8 +7,8 @@
 
 namespace tarn::host {
 
-// The meaning of a result other than 1 and the number itself: "not a mail file the filter takes
-// (-9)". A number that the filter does not define is called so.
+// The meaning of a result other than 1 and the number itself: "the file could not be opened (-10)".
+// A number that the filter does not define is called so.
 std::string StatusText(int32_t status);
 
 // StatusText of -1863 with the code of the sibling that refused.

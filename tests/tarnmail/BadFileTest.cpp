@@ -79,9 +79,9 @@ TEST_F(BadFile, FewerThanTwelveBytes) {
 
 TEST_F(BadFile, NoMail) {
   EXPECT_EQ(failureOfAll(1, mail("Hello, world", "note.txt")),
-            "note.txt: not a mail file the filter takes (-9)");
+            "note.txt: not a mail file the filter takes, or one without a body it can show (-9)");
   EXPECT_EQ(failureOfAll(1, mail(std::string(100, '\0'), "zeros")),
-            "zeros: not a mail file the filter takes (-9)");
+            "zeros: not a mail file the filter takes, or one without a body it can show (-9)");
 }
 
 }  // namespace
