@@ -12,7 +12,9 @@ struct Meaning {
 
 constexpr Meaning kMeanings[] = {
     {StatusDone, "the message ended early"},
-    {StatusFailed, "failed without a code of its own"},
+    {StatusFailed,
+     "an attachment's name or property is not valid UTF-8, or an inline image is too small for a "
+     "data: URL"},
     {StatusOutOfMemory, "out of memory, or the document could not be put together"},
     {StatusSeekFailed, "the file could not be measured"},
     {StatusWriteFailed, "a temporary file could not be written"},

@@ -137,5 +137,44 @@ TEST_F(AttachmentsCommand, ShowsAnAttachmentWithoutName) {
             nullptr);
 }
 
+const std::string kZeroMeaning =
+    ": an attachment's name or property is not valid UTF-8, or an inline image is too small for a "
+    "data: URL (0)";
+
+TEST_F(AttachmentsCommand, SaysWhatANameThatIsNoUtf8Brings) {
+  const std::string file =
+      mail(MailWithAttachment("Content-Disposition: attachment; filename=\"caf\xE9.pdf\""));
+  EXPECT_EQ(failure(1, {"attachments", file}), file + kZeroMeaning);
+  EXPECT_EQ(failure(1, {"extract", file, "1"}), file + kZeroMeaning);
+}
+
+TEST_F(AttachmentsCommand, SaysWhatADescriptionThatIsNoUtf8Brings) {
+  const std::string file =
+      mail(MailWithAttachment("Content-Description: caf\xE9\r\n"
+                              "Content-Disposition: attachment; filename=\"a.pdf\""));
+  EXPECT_EQ(failure(1, {"attachments", file}), file + kZeroMeaning);
+  EXPECT_EQ(output({"extract", file, "1"}), "%PDF");
+}
+
+TEST_F(AttachmentsCommand, SaysWhatAnImageOfThreeBytesBrings) {
+  const std::string file = mail(kSampleFields +
+                                "Content-Type: multipart/related; boundary=\"sep\"\r\n"
+                                "\r\n"
+                                "--sep\r\n"
+                                "Content-Type: text/html\r\n"
+                                "\r\n"
+                                "<html><head></head><body><img src=\"cid:p@x\"></body></html>\r\n"
+                                "--sep\r\n"
+                                "Content-Type: image/png; name=\"p.png\"\r\n"
+                                "Content-ID: <p@x>\r\n"
+                                "\r\n"
+                                "abc\r\n"
+                                "--sep--\r\n");
+  EXPECT_EQ(failure(1, {"attachments", file}), file + kZeroMeaning);
+  EXPECT_EQ(failure(1, {"document", "--in-memory", file}), file + kZeroMeaning);
+  // A file beside the document takes an image of any size.
+  EXPECT_EQ(run({"document", file}).exitStatus, 0);
+}
+
 }  // namespace
 }  // namespace tarn::test

@@ -37,7 +37,10 @@ TEST_F(ScriptedFilter, ReportsOtherExceptions) {
 TEST_F(ScriptedFilter, ReportsCodes) {
   EXPECT_EQ(failureOfAll(1, "status -14"), "script: the compound file could not be opened (-14)");
   EXPECT_EQ(failureOfAll(1, "status 2"), "script: the message ended early (2)");
-  EXPECT_EQ(failureOfAll(1, "status 0"), "script: failed without a code of its own (0)");
+  EXPECT_EQ(
+      failureOfAll(1, "status 0"),
+      "script: an attachment's name or property is not valid UTF-8, or an inline image is too "
+      "small for a data: URL (0)");
   EXPECT_EQ(failureOfAll(1, "status -4711"),
             "script: failed with a code that means nothing here (-4711)");
 }

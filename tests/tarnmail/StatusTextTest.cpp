@@ -11,9 +11,12 @@ namespace tarn::host {
 namespace {
 
 TEST(StatusText, NamesMeaningAndNumber) {
-  EXPECT_EQ(StatusText(-9), "not a mail file the filter takes, or one without a body it can show (-9)");
+  EXPECT_EQ(StatusText(-9),
+            "not a mail file the filter takes, or one without a body it can show (-9)");
   EXPECT_EQ(StatusText(-7), "shorter than 12 bytes, or a read came short (-7)");
-  EXPECT_EQ(StatusText(0), "failed without a code of its own (0)");
+  EXPECT_EQ(StatusText(0),
+            "an attachment's name or property is not valid UTF-8, or an inline image is too small "
+            "for a data: URL (0)");
   EXPECT_EQ(StatusText(2), "the message ended early (2)");
 }
 
