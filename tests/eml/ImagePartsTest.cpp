@@ -234,6 +234,8 @@ void ExpectAllImagesInPlace(int count, size_t size) {
 
 TEST(ManyImages, FourHundredSmallOnes) { ExpectAllImagesInPlace(400, 1024); }
 
+TEST(ManyImages, FourHundredOfTenKilobytes) { ExpectAllImagesInPlace(400, 10 * 1024); }
+
 TEST(ManyImages, AHundredOfSixtyKilobytes) { ExpectAllImagesInPlace(100, 60 * 1024); }
 
 TEST(ImageFiles, ImageWithoutAContentIdHasTheBareNameAgain) {
