@@ -1,5 +1,7 @@
 // The command line itself: help, version, wrong usage, where options may stand.
 
+#include <algorithm>
+
 #include "ExampleDocuments.h"
 #include "TarnmailFixture.h"
 #include "support/SampleMails.h"
@@ -40,6 +42,19 @@ TEST_F(CommandLine, ExplainsEachCommand) {
     for (const char* part : {"--language LANGID", "--in-memory", "--temp DIR"}) {
       EXPECT_TRUE(Contains(help, part)) << part << "\n" << help;
     }
+  }
+}
+
+// A mail file has one body. What is asked for names the sibling that gets it.
+TEST_F(CommandLine, PromisesNoPlainTextOfAMailFile) {
+  for (const char* command : {"info", "document"}) {
+    // The help is broken into lines at blanks.
+    std::string help = output({command, "--help"});
+    help.erase(
+        std::remove_if(help.begin(), help.end(), [](char c) { return c == ' ' || c == '\n'; }),
+        help.end());
+    EXPECT_TRUE(Contains(help, "--textAskforplaintext(amailfilegivesitsownbodyallthesame)"))
+        << help;
   }
 }
 
