@@ -21,6 +21,7 @@ std::u16string CheckedPath(const std::string& file) {
   const auto unusable = [&file](const std::string& why) {
     return Failure(ExitStatus::Usage, file, why);
   };
+  if (file.empty()) throw Failure(ExitStatus::Usage, "empty file name");
   const std::optional<std::u16string> wide = WideFromUtf8(file);
   if (!wide) throw unusable("the name is not UTF-8");
 

@@ -18,7 +18,7 @@ namespace tarn::host {
 // Which message of which file, as the command line names it.
 struct MessageChoice {
   std::string file;           // UTF-8
-  int32_t messageNumber = 1;  // 1-based; the filter clamps it to the messages of a store
+  int32_t messageNumber = 1;  // 1-based; a number beyond a store's messages means its last one
   bool textOnly = false;      // the plain text of the message, for the text sibling
 };
 

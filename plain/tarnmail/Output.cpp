@@ -74,6 +74,7 @@ class PartFile {
 };
 
 void WriteToFile(const std::string& path, const std::string& source, std::string_view bytes) {
+  if (path.empty()) throw Failure(ExitStatus::Usage, "empty name of the output file");
   std::error_code error;
   const fs::file_status status = fs::status(path, error);
   if (fs::is_directory(status)) throw Failure(ExitStatus::Usage, path, "is a directory");

@@ -17,6 +17,7 @@ namespace fs = std::filesystem;
 // The kernel makes temporary files only below paths that do not climb, so that the directory is
 // given without any "..".
 std::u16string TempDirectory(const std::string& directory) {
+  if (directory.empty()) throw Failure(ExitStatus::Usage, "empty directory name");
   std::error_code error;
   const fs::path resolved = fs::canonical(directory, error);
   if (error) throw Failure(ExitStatus::Usage, directory, "no such directory");

@@ -144,6 +144,11 @@ std::optional<std::string> LocalTimeText(int64_t secondsSince1970) {
   return text;
 }
 
+bool IsNumber(std::string_view text) {
+  if (!text.empty() && text[0] == '-') text.remove_prefix(1);
+  return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
 std::optional<int32_t> ParseNumber(std::string_view text) {
   int32_t number = 0;
   const char* const end = text.data() + text.size();

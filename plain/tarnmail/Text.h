@@ -33,7 +33,10 @@ size_t DisplayWidth(std::string_view text);
 // names, so that this gives back the fields as they stand in the mail.
 std::optional<std::string> LocalTimeText(int64_t secondsSince1970);
 
-// A number in decimal digits, with "-" in front if it is negative; nothing for any other text.
+// Whether the text is a number in decimal digits, with "-" in front if it is negative, of any size.
+bool IsNumber(std::string_view text);
+
+// The value of such a number; nothing for any other text and for numbers beyond 32 bits.
 std::optional<int32_t> ParseNumber(std::string_view text);
 
 // A Windows LANGID, decimal ("1031") or hexadecimal behind "0x"; nothing for any other text and

@@ -1,11 +1,13 @@
 // tarnmail - the plain host's command line.
 
 #include <CLI/CLI.hpp>
+#include <cstdint>
 #include <cstdio>
 #include <exception>
 #include <optional>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "Commands.h"
 #include "Failure.h"
@@ -26,14 +28,22 @@ struct CommandLine {
   ExtractOptions extract;
 };
 
-void AddNumber(CLI::App& app, const std::string& name, int32_t& number, const std::string& help,
-               bool required = false) {
-  const auto take = [name, &number](const std::string& text) {
+// The text as a message names it.
+std::string Named(const std::string& text) { return text.empty() ? "an empty text" : text; }
+
+// Takes numbers of 32 bits from `lowest` on.
+CLI::Option* AddNumber(CLI::App& app, const std::string& name, int32_t& number, int32_t lowest,
+                       const std::string& help) {
+  const auto take = [name, lowest, &number](const std::string& text) {
+    if (!IsNumber(text)) throw CLI::ValidationError(name, Named(text) + " is not a number");
     const std::optional<int32_t> parsed = ParseNumber(text);
-    if (!parsed) throw CLI::ValidationError(name, text + " is not a number");
+    if (!parsed) throw CLI::ValidationError(name, text + " is out of range");
+    if (*parsed < lowest) {
+      throw CLI::ValidationError(name, text + " is below " + std::to_string(lowest));
+    }
     number = *parsed;
   };
-  app.add_option_function<std::string>(name, take, help)->type_name("N")->required(required);
+  return app.add_option_function<std::string>(name, take, help)->type_name("N");
 }
 
 // These stand in front of the command or behind it.
@@ -41,7 +51,8 @@ void AddSettings(CLI::App& app, Settings& settings) {
   const auto takeLanguage = [&settings](const std::string& text) {
     settings.language = ParseLangId(text);
     if (!settings.language) {
-      throw CLI::ValidationError("--language", text + " is not a LANGID such as 0x0407 or 1031");
+      throw CLI::ValidationError("--language",
+                                 Named(text) + " is not a LANGID such as 0x0407 or 1031");
     }
   };
   app.add_option_function<std::string>("--language", takeLanguage,
@@ -57,7 +68,7 @@ CLI::App* AddCommand(CLI::App& app, const std::string& name, const std::string& 
   CLI::App* const command = app.add_subcommand(name, help);
   command->add_option("FILE", message.file, "A PST, MSG or EML file")->required()->type_name("");
   AddSettings(*command, settings);
-  AddNumber(*command, "-m,--message", message.messageNumber,
+  AddNumber(*command, "-m,--message", message.messageNumber, 1,
             "Message of a PST file, from 1 (default 1)");
   return command;
 }
@@ -93,7 +104,10 @@ void Describe(CLI::App& app, CommandLine& line) {
 
   CLI::App* const extract = AddCommand(app, "extract", "Write one attachment of a message",
                                        line.settings, line.extract.message);
-  AddNumber(*extract, "K", line.extract.attachmentNumber, "Number of the attachment, from 1", true);
+  // The filter itself refuses the numbers below 1, and has a code for it.
+  AddNumber(*extract, "K", line.extract.attachmentNumber, INT32_MIN,
+            "Number of the attachment, from 1")
+      ->required();
   AddOutputOption(*extract, line.extract.output);
 
   // Last, since commands take over the footer that there is when they are added.
@@ -124,6 +138,27 @@ Product RunCommand(const CLI::App& app, const CommandLine& line) {
   return {AttachmentBytes(filter, line.extract), line.extract.output, line.extract.message.file};
 }
 
+// What is wrong with a command line, and the help that tells more. A word that stands where a
+// command is wanted is the reason for whatever the parser misses behind it.
+std::string UsageLine(const CLI::App& app, const CLI::ParseError& error) {
+  const std::vector<std::string> unknown = app.remaining();
+  const bool isOption = !unknown.empty() && unknown[0].size() > 1 && unknown[0][0] == '-';
+  if (!unknown.empty() && !isOption) {
+    const std::string what =
+        unknown[0].empty() ? "empty command" : "unknown command: " + unknown[0];
+    return what + "; see tarnmail --help";
+  }
+  const std::vector<CLI::App*> commands = app.get_subcommands();
+  if (!commands.empty()) {
+    return std::string(error.what()) + "; see tarnmail " + commands[0]->get_name() + " --help";
+  }
+  std::string what = error.what();
+  if (error.get_name() == "RequiredError") {
+    what = isOption ? "unknown option: " + unknown[0] : "no command given";
+  }
+  return what + "; see tarnmail --help";
+}
+
 // Help and version are asked for by what the parser throws, too.
 void Run(int argc, char** argv) {
   CLI::App app("Reads PST, MSG and EML mail files through the mail filter.", "tarnmail");
@@ -135,7 +170,7 @@ void Run(int argc, char** argv) {
     std::ostringstream text;
     std::ostringstream ignored;
     if (app.exit(error, text, ignored) != 0) {
-      throw Failure(ExitStatus::Usage, std::string(error.what()) + "; see tarnmail --help");
+      throw Failure(ExitStatus::Usage, UsageLine(app, error));
     }
     WriteToStandardOutput(text.str());
     return;

@@ -26,7 +26,7 @@ class BadFile : public TarnmailTest {
 TEST_F(BadFile, Missing) {
   EXPECT_EQ(failureOfAll(2, "none.eml"), "none.eml: no such file");
   EXPECT_EQ(failureOfAll(2, "none/none.eml"), "none/none.eml: no such file");
-  EXPECT_EQ(failureOfAll(2, ""), ": no such file");
+  EXPECT_EQ(failureOfAll(2, ""), "empty file name");
 }
 
 TEST_F(BadFile, BelowAFile) {

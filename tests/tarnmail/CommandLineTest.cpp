@@ -58,12 +58,34 @@ TEST_F(CommandLine, PromisesNoPlainTextOfAMailFile) {
   }
 }
 
-TEST_F(CommandLine, RefusesWhatItDoesNotKnow) {
+TEST_F(CommandLine, NamesTheWordThatIsNoCommand) {
+  const std::string file = Example("plain-7bit.eml");
+  const std::string unknown = "unknown command: frobnicate; see tarnmail --help";
+  EXPECT_EQ(failure(2, {"frobnicate", file}), unknown);
+  EXPECT_EQ(failure(2, {"frobnicate"}), unknown);
+  EXPECT_EQ(failure(2, {"frobnicate", "--json", file}), unknown);
+  EXPECT_EQ(failure(2, {"--language", "1031", "frobnicate"}), unknown);
+  EXPECT_EQ(failure(2, {"frobnicate", "info"}), unknown);
+  EXPECT_EQ(failure(2, {"frobnicate", "info", file}), unknown);
+  EXPECT_EQ(failure(2, {"help"}), "unknown command: help; see tarnmail --help");
+  EXPECT_EQ(failure(2, {"-"}), "unknown command: -; see tarnmail --help");
+  EXPECT_EQ(failure(2, {file}), "unknown command: " + file + "; see tarnmail --help");
+  EXPECT_EQ(failure(2, {"\x1b[2J"}), "unknown command: \\x1b[2J; see tarnmail --help");
+  EXPECT_EQ(failure(2, {""}), "empty command; see tarnmail --help");
+}
+
+TEST_F(CommandLine, MissesACommand) {
+  EXPECT_EQ(failure(2, {}), "no command given; see tarnmail --help");
+  EXPECT_EQ(failure(2, {"--in-memory"}), "no command given; see tarnmail --help");
+  EXPECT_EQ(failure(2, {"--unknown"}), "unknown option: --unknown; see tarnmail --help");
+  EXPECT_EQ(failure(2, {"-m", "1"}), "unknown option: -m; see tarnmail --help");
+  EXPECT_EQ(failure(2, {"--language", "german"}),
+            "--language: german is not a LANGID such as 0x0407 or 1031; see tarnmail --help");
+}
+
+TEST_F(CommandLine, PointsToTheHelpOfTheCommand) {
   const std::string file = Example("plain-7bit.eml");
   const std::vector<std::vector<std::string>> wrong = {
-      {},
-      {"unknown", file},
-      {file},
       {"info"},
       {"info", file, "more"},
       {"info", file, "--unknown"},
@@ -83,29 +105,41 @@ TEST_F(CommandLine, RefusesWhatItDoesNotKnow) {
   };
   for (const auto& arguments : wrong) {
     const std::string line = failure(2, arguments);
-    EXPECT_TRUE(Contains(line, "; see tarnmail --help")) << line;
+    EXPECT_TRUE(Contains(line, "; see tarnmail " + arguments[0] + " --help")) << line;
   }
+  // An option of a command does not stand in front of it.
+  EXPECT_EQ(failure(2, {"--json", "info", file}),
+            "The following argument was not expected: --json; see tarnmail info --help");
   EXPECT_EQ(directory_.listing(), "");
 }
 
 TEST_F(CommandLine, RefusesValuesThatAreNone) {
   const std::string file = Example("plain-7bit.eml");
-  EXPECT_EQ(failure(2, {"info", file, "-m", "two"}),
-            "-m,--message: two is not a number; see tarnmail --help");
-  EXPECT_EQ(failure(2, {"info", file, "-m", "99999999999"}),
-            "-m,--message: 99999999999 is not a number; see tarnmail --help");
-  for (const char* language : {"german", "0x", "0x10000", "65536", "-1", "0407x", "0x0407 ", ""}) {
-    EXPECT_EQ(failure(2, {"info", file, "--language", language}),
-              "--language: " + std::string(language) +
-                  " is not a LANGID such as 0x0407 or 1031; see tarnmail --help");
+  const auto messageNumber = [&](const char* number) {
+    return failure(2, {"info", file, "-m", number});
+  };
+  const std::string help = "; see tarnmail info --help";
+  EXPECT_EQ(messageNumber("two"), "-m,--message: two is not a number" + help);
+  EXPECT_EQ(messageNumber(""), "-m,--message: an empty text is not a number" + help);
+  EXPECT_EQ(messageNumber("99999999999"), "-m,--message: 99999999999 is out of range" + help);
+  EXPECT_EQ(messageNumber("2147483648"), "-m,--message: 2147483648 is out of range" + help);
+  EXPECT_EQ(messageNumber("-99999999999"), "-m,--message: -99999999999 is out of range" + help);
+  EXPECT_EQ(messageNumber("0"), "-m,--message: 0 is below 1" + help);
+  EXPECT_EQ(messageNumber("-1"), "-m,--message: -1 is below 1" + help);
+  for (const char* language : {"german", "0x", "0x10000", "65536", "-1", "0407x", "0x0407 "}) {
+    EXPECT_EQ(
+        failure(2, {"info", file, "--language", language}),
+        "--language: " + std::string(language) + " is not a LANGID such as 0x0407 or 1031" + help);
   }
+  EXPECT_EQ(failure(2, {"info", file, "--language", ""}),
+            "--language: an empty text is not a LANGID such as 0x0407 or 1031" + help);
 }
 
 TEST_F(CommandLine, RefusesATemporaryDirectoryThatIsNone) {
   const std::string file = Example("html-inline-image.eml");
   mail(kPlainMail);
   EXPECT_EQ(failure(2, {"document", "--temp", "none", file}), "none: no such directory");
-  EXPECT_EQ(failure(2, {"document", "--temp", "", file}), ": no such directory");
+  EXPECT_EQ(failure(2, {"document", "--temp", "", file}), "empty directory name");
   EXPECT_EQ(failure(2, {"document", "--temp", "mail.eml", file}), "mail.eml: is not a directory");
 }
 

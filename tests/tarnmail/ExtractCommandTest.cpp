@@ -68,10 +68,14 @@ TEST_F(ExtractCommand, RefusesNumbersThatTheMessageDoesNotHave) {
 
 TEST_F(ExtractCommand, RefusesWhatIsNoNumber) {
   const std::string file = Example("nested-attachments.eml");
-  for (const char* number : {"one", "1x", "", " 1", "+1", "0x1", "2147483648", "1.0"}) {
+  for (const char* number : {"one", "1x", " 1", "+1", "0x1", "1.0", "2147483648x"}) {
     EXPECT_EQ(failure(2, {"extract", file, number}),
-              "K: " + std::string(number) + " is not a number; see tarnmail --help");
+              "K: " + std::string(number) + " is not a number; see tarnmail extract --help");
   }
+  EXPECT_EQ(failure(2, {"extract", file, ""}),
+            "K: an empty text is not a number; see tarnmail extract --help");
+  EXPECT_EQ(failure(2, {"extract", file, "2147483648"}),
+            "K: 2147483648 is out of range; see tarnmail extract --help");
 }
 
 }  // namespace

@@ -68,8 +68,8 @@ TEST_F(InfoCommand, AsksForTheTextSiblingWithTheTextFlag) {
   EXPECT_EQ(answer["document"], "text");
 }
 
-TEST_F(InfoCommand, TakesAnyMessageNumberForAMailFile) {
-  for (const char* number : {"1", "0", "-1", "7", "2147483647", "-2147483648"}) {
+TEST_F(InfoCommand, TakesAnyMessageNumberFromOneForAMailFile) {
+  for (const char* number : {"1", "7", "2147483647"}) {
     const json answer =
         json::parse(output({"info", "-m", number, "--json", Example("plain-7bit.eml")}));
     EXPECT_EQ(answer["message"], 1) << number;

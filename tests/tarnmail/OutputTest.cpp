@@ -77,7 +77,7 @@ TEST_F(Output, RefusesPlacesThatCannotBeWrittenTo) {
   EXPECT_EQ(extractTo(2, "none/out"), "none/out: No such file or directory");
   EXPECT_EQ(extractTo(2, "plain/out"), "plain/out: Not a directory");
   EXPECT_EQ(extractTo(2, "new/"), "new/: No such file or directory");
-  EXPECT_EQ(extractTo(2, ""), ": No such file or directory");
+  EXPECT_EQ(extractTo(2, ""), "empty name of the output file");
   EXPECT_EQ(extractTo(2, std::string(300, 'n')), std::string(300, 'n') + ": File name too long");
   fs::permissions(directory_.path() / "folder", fs::perms::owner_read | fs::perms::owner_exec);
   EXPECT_EQ(extractTo(2, "folder/out"), "folder/out: Permission denied");

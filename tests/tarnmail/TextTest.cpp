@@ -95,6 +95,15 @@ TEST(LocalTimeText, KnowsTheYearsOfFourDigits) {
   EXPECT_EQ(LocalTimeText(-62135596800), std::nullopt);
 }
 
+TEST(IsNumber, TakesDecimalDigitsOnly) {
+  for (const char* text : {"0", "010", "-1", "2147483648", "99999999999999999999999"}) {
+    EXPECT_TRUE(IsNumber(text)) << text;
+  }
+  for (const char* text : {"", " 1", "1 ", "+1", "0x1", "1e3", "-", "--1", "1-"}) {
+    EXPECT_FALSE(IsNumber(text)) << text;
+  }
+}
+
 TEST(ParseNumber, TakesDecimalDigitsOnly) {
   EXPECT_EQ(ParseNumber("0"), 0);
   EXPECT_EQ(ParseNumber("010"), 10);
