@@ -10,6 +10,7 @@ namespace {
 using test::BrokenField;
 using test::Bytes;
 using test::Set;
+using test::SetAllFields;
 using test::SetTerminated;
 using test::Terminated;
 
@@ -64,16 +65,6 @@ TEST(MailHtml, ARowByteForByte) {
           "</span></td></tr>\r\n"
           "</table>\r\n<p class=MsoNormal><o:p>&nbsp;</o:p></p>\r\n"
           "text"));
-}
-
-void SetAllFields(MailMessage& message) {
-  SetTerminated(message.from, "Ann");
-  SetTerminated(message.sent, "Thu Jan 01, 1970 12:00 AM");
-  SetTerminated(message.to, "Bob");
-  SetTerminated(message.cc, "Cy");
-  SetTerminated(message.bcc, "Di");
-  SetTerminated(message.subject, "Hello");
-  SetTerminated(message.importance, "High");
 }
 
 TEST(MailHtml, AllRowsInTheirOrder) {

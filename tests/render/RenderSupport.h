@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "Internal/MailMessage.h"
 #include "Internal/Tarnclasses_.h"
 #include "Tarnbase/PlainKernel.h"
 
@@ -23,6 +24,17 @@ inline void Set(SizedBytes& field, std::string_view bytes) {
 // The bytes and a NUL behind them.
 inline void SetTerminated(SizedBytes& field, std::string_view text) {
   Set(field, std::string(text) + '\0');
+}
+
+// A text for every row of the header block.
+inline void SetAllFields(MailMessage& message) {
+  SetTerminated(message.from, "Ann");
+  SetTerminated(message.sent, "Thu Jan 01, 1970 12:00 AM");
+  SetTerminated(message.to, "Bob");
+  SetTerminated(message.cc, "Cy");
+  SetTerminated(message.bcc, "Di");
+  SetTerminated(message.subject, "Hello");
+  SetTerminated(message.importance, "High");
 }
 
 // A length without a pointer, until the end of the scope.

@@ -9,22 +9,13 @@ namespace {
 using test::BrokenField;
 using test::Bytes;
 using test::Set;
+using test::SetAllFields;
 using test::SetTerminated;
 using test::Terminated;
 
 std::string Render(MailMessage& message) {
   EXPECT_EQ(RenderMailMessage(&message, DocumentText), 1);
   return Bytes(message.text);
-}
-
-void SetAllFields(MailMessage& message) {
-  SetTerminated(message.from, "Ann");
-  SetTerminated(message.sent, "Thu Jan 01, 1970 12:00 AM");
-  SetTerminated(message.to, "Bob");
-  SetTerminated(message.cc, "Cy");
-  SetTerminated(message.bcc, "Di");
-  SetTerminated(message.subject, "Hello");
-  SetTerminated(message.importance, "High");
 }
 
 TEST(MailText, AllRowsInTheirOrder) {
