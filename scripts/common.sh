@@ -12,9 +12,10 @@ say() { printf '%s\n' "$*" >&2; }
 install_packages() {
   local missing=() package
   local installed
-  installed=$(dpkg-query -W -f='${Package} ${db:Status-Status}\n' "${TARN_PACKAGES[@]}" 2>/dev/null)
+  # Packages that dpkg has never heard of make the query fail; the others are listed all the same.
+  installed=$(dpkg-query -W -f='${Package} ${db:Status-Status}\n' "${TARN_PACKAGES[@]}" 2>/dev/null) || true
   for package in "${TARN_PACKAGES[@]}"; do
-    grep -q "^$package installed$" <<<"$installed" || missing+=("$package")
+    grep -qxF "$package installed" <<<"$installed" || missing+=("$package")
   done
   [ ${#missing[@]} -eq 0 ] && return 0
 
@@ -25,8 +26,8 @@ install_packages() {
   fi
   say "installing: ${missing[*]}"
   "${as_root[@]}" apt-get update -qq >&2 &&
-    DEBIAN_FRONTEND=noninteractive "${as_root[@]}" apt-get install -y -qq --no-install-recommends \
-      "${missing[@]}" >/dev/null
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq \
+      --no-install-recommends "${missing[@]}" >/dev/null
 }
 
 # build_preset PRESET [TARGET...]: configures once, builds the targets (all without any), and shows
