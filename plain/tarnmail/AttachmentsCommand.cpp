@@ -33,6 +33,7 @@ std::string TimeCell(const std::optional<int64_t>& seconds) {
 std::vector<std::string> PropertyLines(
     const std::vector<std::pair<std::string, std::string>>& properties) {
   std::vector<std::string> lines;
+  lines.reserve(properties.size());
   for (const auto& [name, value] : properties) {
     lines.push_back(Printable(name) + ": " + Printable(value));
   }

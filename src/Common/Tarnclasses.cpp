@@ -52,6 +52,8 @@ int32_t AppendFormat(TrackedBuffer<char>& buffer, int32_t& flag, const char* for
 
   va_list arguments;
   va_start(arguments, format);
+  // The analyzer does not see that va_start has set the list.
+  // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized)
   const int needed = std::vsnprintf(nullptr, 0, format, arguments);
   va_end(arguments);
 
