@@ -1,6 +1,7 @@
 #include "Common/ImageReferences.h"
 
 #include "Common/ByteSearch.h"
+#include "Common/InlineImages.h"
 
 namespace tarn {
 namespace {
@@ -90,30 +91,23 @@ bool ImageReferences::isInImageData(uint64_t place) {
   return answer;
 }
 
-int32_t ReplaceImageReferences(SizedBytes& body, uint64_t searchOffset, std::string_view needle,
-                               std::string_view replacement, uint64_t limit, uint64_t& count) {
-  count = 0;
+namespace {
+
+// The body with all its references replaced, in a block of `newLength` bytes. -1 without memory,
+// and then the body is as it was and the count 0.
+int32_t WriteReplaced(SizedBytes& body, uint64_t searchOffset, std::string_view needle,
+                      std::string_view replacement, uint64_t newLength, uint64_t& count) {
   const std::string_view old = body.bytes();
-  if (needle.empty() || searchOffset > old.size()) return StatusOk;
-
-  uint64_t found = 0;
-  uint64_t newLength = old.size();
-  uint64_t start = 0;
-  uint64_t end = 0;
-  ImageReferences counted(old, searchOffset, needle, replacement);
-  for (; counted.next(start, end); ++found) {
-    newLength -= end - start;
-    if (replacement.size() > UINT64_MAX - newLength) return StatusOutOfMemory;
-    newLength += replacement.size();
-  }
-  if (found == 0) return StatusOk;
-  if (newLength > limit) return StatusOutOfMemory;
-
   KernelBlock<char> block = AllocateBlock<char>(newLength, TARN_HERE);
-  if (!block) return StatusOutOfMemory;
+  if (!block) {
+    count = 0;
+    return StatusOutOfMemory;
+  }
   char* out = block.get();
   const auto put = [&out](std::string_view piece) { out += piece.copy(out, piece.size()); };
   uint64_t copied = 0;
+  uint64_t start = 0;
+  uint64_t end = 0;
   ImageReferences written(old, searchOffset, needle, replacement);
   while (written.next(start, end)) {
     put(old.substr(copied, start - copied));
@@ -125,8 +119,47 @@ int32_t ReplaceImageReferences(SizedBytes& body, uint64_t searchOffset, std::str
   body.release();
   body.data = block.take();
   body.length = newLength;
-  count = found;
   return StatusOk;
+}
+
+}  // namespace
+
+int32_t ReplaceImageReferences(SizedBytes& body, uint64_t searchOffset, std::string_view needle,
+                               std::string_view replacement, uint64_t limit, uint64_t& count) {
+  count = 0;
+  const std::string_view old = body.bytes();
+  if (needle.empty() || searchOffset > old.size()) return StatusOk;
+
+  uint64_t found = 0;
+  uint64_t newLength = old.size();
+  uint64_t start = 0;
+  uint64_t end = 0;
+  uint64_t firstStart = 0;
+  uint64_t firstEnd = 0;
+  ImageReferences counted(old, searchOffset, needle, replacement);
+  for (; counted.next(start, end); ++found) {
+    if (found == 0) {
+      firstStart = start;
+      firstEnd = end;
+    }
+    newLength -= end - start;
+    if (replacement.size() > UINT64_MAX - newLength) return StatusOutOfMemory;
+    newLength += replacement.size();
+  }
+  if (found == 0) return StatusOk;
+  if (newLength > limit) return StatusOutOfMemory;
+  count = found;
+  // A single reference moves the tail alone: images that stand in the order of their references
+  // leave hardly any, however large the body has become by them.
+  if (found == 1) {
+    const uint64_t removed = firstEnd - firstStart;
+    if (SpliceBytes(body, firstStart, removed, replacement.data(), replacement.size()) == 1) {
+      return StatusOk;
+    }
+    count = 0;
+    return StatusOutOfMemory;
+  }
+  return WriteReplaced(body, searchOffset, needle, replacement, newLength, count);
 }
 
 }  // namespace tarn

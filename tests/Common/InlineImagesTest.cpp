@@ -83,6 +83,14 @@ TEST_F(DataRoute, TwoTagsWithTheSameReferenceAreBothReplaced) {
   EXPECT_EQ(replacements_, 2u);
 }
 
+TEST_F(DataRoute, ASingleReferenceWithoutMemoryStaysAsItIs) {
+  // 1 the data: URL, 2 the body.
+  PlainKernelFailAt(PlainKernelFaultMemory, 2);
+  EXPECT_EQ(rewrite(kImage), -1);
+  EXPECT_EQ(body_.bytes(), "<img src=\"cid:a.png\">");
+  EXPECT_EQ(replacements_, 0u);
+}
+
 TEST_F(DataRoute, ABodyThatWouldOutgrowItsLimitStaysAsItIs) {
   const uint64_t grown = body_.length - 9 + kImageUrl.size();  // "cid:a.png" goes
   context_.bodyLimit = grown - 1;
@@ -388,12 +396,13 @@ TEST_F(FileRoute, WithoutMemory) {
   EXPECT_EQ(record_.inlineFiles.length, 0u);
   EXPECT_EQ(body_.bytes(), "<img src=\"_a.png\">");
 
-  setBody("<img src=\"cid:a.png\">");
+  // Two references take a new block.
+  setBody("<img src=\"cid:a.png\"><img src=\"cid:a.png\">");
   PlainKernelFailAt(PlainKernelFaultMemory, 4);
   EXPECT_EQ(rewrite(kImage), -1);
   EXPECT_EQ(files(), "_a.png");
   EXPECT_EQ(record_.inlineFiles.length, 1u);
-  EXPECT_EQ(body_.bytes(), "<img src=\"cid:a.png\">");
+  EXPECT_EQ(body_.bytes(), "<img src=\"cid:a.png\"><img src=\"cid:a.png\">");
   EXPECT_EQ(replacements_, 0u);
 
   PlainKernelFailAt(PlainKernelFaultMemory, 4);
