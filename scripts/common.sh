@@ -2,8 +2,9 @@
 
 # Everything that building and testing needs, as Debian 12 names it.
 TARN_PACKAGES=(
-  binutils clang cmake coreutils g++ gcc libbenchmark-dev libclang-rt-14-dev libcli11-dev
-  libgtest-dev libicu-dev ninja-build nlohmann-json3-dev
+  binutils clang cmake coreutils g++ gcc libbenchmark-dev libboost-dev libclang-rt-14-dev
+  libcli11-dev libfontconfig-dev libfreetype-dev libgtest-dev libicu-dev ninja-build
+  nlohmann-json3-dev zlib1g-dev
 )
 
 say() { printf '%s\n' "$*" >&2; }

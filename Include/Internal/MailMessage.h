@@ -46,6 +46,12 @@ struct MailMessage {
   }
 };
 
+// The head of the array of a store's messages.
+struct MessageList {
+  int32_t count = 0;
+  MailMessage* records = nullptr;
+};
+
 }  // namespace tarn
 
 #endif

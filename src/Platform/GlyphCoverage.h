@@ -1,0 +1,31 @@
+// GlyphCoverage.h - whether a font has the glyphs of a text.
+//
+// On Windows the font is selected into the device context and Uniscribe is asked. Elsewhere the
+// context and the font are not looked at: the installed face of exactly that family name (compared
+// without case, never substituted), the one nearest to regular, is asked through its Unicode
+// character map or else its symbol map. There a face is opened once in a process and kept.
+//
+// Units are looked at one by one, so no unit of a surrogate pair has a glyph.
+#ifndef TARN_PLATFORM_GLYPHCOVERAGE_H
+#define TARN_PLATFORM_GLYPHCOVERAGE_H
+
+#include <cstdint>
+#include <string_view>
+
+namespace tarn::platform {
+
+struct GlyphQuery {
+  void* context = nullptr;       // the kernel's device context
+  void* font = nullptr;          // the kernel's font of that face
+  std::u16string_view faceName;  // without a NUL
+  std::u16string_view text;
+  uint16_t* glyphs = nullptr;  // scratch, one word a unit of the text
+};
+
+// True when every unit has a glyph; false otherwise, for an unknown face and on any failure. May be
+// called from any thread; nothing throws. A face that is no longer on disk counts as it was.
+bool FontHasGlyphs(const GlyphQuery& query) noexcept;
+
+}  // namespace tarn::platform
+
+#endif

@@ -1,0 +1,37 @@
+// CompressedRtf.h - unpacks compressed RTF (MS-OXRTFCP).
+//
+//   offset 0   compressed size   bytes behind this field
+//          4   raw size          of the text, signed
+//          8   magic             "LZFu" packed, "MELA" stored
+//         12   CRC               of all bytes from 16 on
+//         16   contents          groups: a control byte, then 8 tokens from its bit 0 up;
+//                                0: a literal byte, 1: two bytes, offset (12 bits), length - 2 (4)
+//
+// There are two decoders, one for each kind of mail file, and they differ where their comments say
+// so. Whatever the data, neither leaves its buffers, and neither allocates more than the packed
+// data can fill: a raw size beyond that is damage, -9.
+#ifndef TARN_RTF_COMPRESSEDRTF_H
+#define TARN_RTF_COMPRESSEDRTF_H
+
+#include <cstdint>
+#include <iosfwd>
+
+#include "Internal/MailMessage.h"
+
+namespace tarn {
+
+// Unpacks a block into message.body and, when the RTF wraps HTML, turns it into HTML. Takes over
+// `source`, which is freed on every way out. The body then ends with a NUL that its length counts.
+// Stored data is taken without a test of its CRC. 1; -9 for damaged data; -1 without memory. The
+// body is unchanged when damage is found.
+int32_t DecodeCompressedRtf(char* source, MailMessage& message, uint64_t sourceLength);
+
+// Unpacks a stream that is at its end into messages.records[index].body, as RTF in any case and
+// without a NUL behind it. The CRC of stored data is tested; its raw size is ignored, and the text
+// ends at its first NUL. A body that held more than the text needs keeps its length, less 207. What
+// the stream throws is let through. 1; -9; -1.
+int32_t DecodePstCompressedRtf(std::istream& stream, MessageList& messages, int32_t index);
+
+}  // namespace tarn
+
+#endif

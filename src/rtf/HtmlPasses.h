@@ -1,0 +1,18 @@
+// HtmlPasses.h - two passes over a text that RtfToHtml has made, in place and in linear time. Both
+// take any bytes, cut `text.length`, and keep the block.
+#ifndef TARN_RTF_HTMLPASSES_H
+#define TARN_RTF_HTMLPASSES_H
+
+#include "Internal/Tarnclasses_.h"
+
+namespace tarn {
+
+// Brings conditional comments ("<![if ...]>") down to the one form "<![if !V]>".
+void ShortenConditionalComments(SizedBytes& text);
+
+// Cuts overlong values (`&nbsp;value="..."`) in text blocks to 97 bytes.
+void CutLongValues(SizedBytes& text);
+
+}  // namespace tarn
+
+#endif
