@@ -1,0 +1,62 @@
+// Node.h - a node: an id, a stream of bytes, and a small tree of subnodes.
+//
+// The stream lies in one block or in a tree of blocks; it is read flat, or page by page, a page
+// being one block of data. Everything is loaded at the first need and kept. A copy of a node shares
+// what was loaded when it was made and goes on loading for itself. A node keeps its context, and a
+// subnode its container, alive.
+//
+// Offsets and sizes count bytes. Damage is found at the first touch of the data, not when the node
+// is made, and ends in database_corrupt.
+#ifndef TARN_PSTSTORE_NODE_H
+#define TARN_PSTSTORE_NODE_H
+
+#include <memory>
+
+#include "pststore/Types.h"
+
+namespace pststore {
+
+class data_block;
+class db_context;
+class node_impl;
+
+class node {
+ public:
+  node(const std::shared_ptr<db_context>& context, const node_info& info);
+  explicit node(std::shared_ptr<node_impl> impl);
+  node(const node& other);
+  node& operator=(const node& other);
+  node(node&&) noexcept = default;
+  node& operator=(node&&) noexcept = default;
+  ~node();
+
+  ulong get_id() const;
+  ulonglong size() const;
+  ulong get_page_count() const;
+  ulonglong get_page_size(ulong page) const;
+
+  // Fills the buffer from one page; the result is the number of bytes read, less than the buffer's
+  // size at the page's end. An empty buffer reads nothing.
+  size_t read(byte_vector& buffer, ulong page, ulong offset) const;
+
+  // One little-endian value out of one page; T is a ushort, ulong, ulonglong or unsigned char.
+  template <typename T>
+  T read(ulong page, ulong offset) const;
+
+  // A flat read, clipped at the end of the stream. The result is the number of bytes read.
+  size_t read(void* destination, ulonglong count, ulonglong offset) const;
+
+  // The subnode as a node of its own; key_not_found<ulong> when there is none.
+  node lookup(ulong sub_id) const;
+
+  // The data block, loaded at the first need.
+  std::shared_ptr<data_block> get_data_block() const;
+  const std::shared_ptr<db_context>& get_context() const;
+
+ private:
+  std::shared_ptr<node_impl> impl_;
+};
+
+}  // namespace pststore
+
+#endif
