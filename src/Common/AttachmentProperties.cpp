@@ -1,6 +1,7 @@
 #include "Common/AttachmentProperties.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace tarn {
 namespace {
@@ -61,6 +62,15 @@ int32_t AddAttachmentProperty(PropertyList& list, const char* name, const char* 
   if (status != StatusOk) return status;
   status = scratch.convert(UpToNul(value, valueLength), property.value);
   if (status != StatusOk) return status;
+  return list.append(&property, 1);
+}
+
+int32_t AddWideAttachmentProperty(PropertyList& list, const char* name, std::u16string_view value) {
+  AttachmentProperty property = {};
+  const int32_t status = WideScratch().convert(UpToNul(name, kNulTerminated), property.name);
+  if (status != StatusOk) return status;
+  value = value.substr(0, value.find(u'\0'));
+  value.copy(property.value, std::size(property.value) - 1);
   return list.append(&property, 1);
 }
 

@@ -13,6 +13,9 @@ namespace tarn {
 int32_t AddAttachmentProperty(PropertyList& list, const char* name, const char* value,
                               uint64_t valueLength = kNulTerminated);
 
+// The same for a value that is UTF-16 already; it ends at its first NUL too.
+int32_t AddWideAttachmentProperty(PropertyList& list, const char* name, std::u16string_view value);
+
 }  // namespace tarn
 
 #endif

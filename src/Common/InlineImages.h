@@ -21,6 +21,15 @@ struct InlineImageContext {
   uint64_t bodyLimit = UINT64_MAX;
 };
 
+// Bytes that the body of a file may have after images went into it: a fixed part and a part in
+// proportion to the file. An image of some size with references without number would else make
+// gigabytes of a small file; images that a mail program refers to a few dozen times each pass.
+constexpr uint64_t BodyLimit(uint64_t fileSize) {
+  constexpr uint64_t kFixedBytes = uint64_t{1} << 30;
+  constexpr uint64_t kBytesPerFileByte = 64;
+  return kFixedBytes + kBytesPerFileByte * fileSize;
+}
+
 // Replaces every quoted value of the body that holds the needle (see ImageReferences.h) by the
 // image: its file's name, or a data: URL. `replacements`, if not null, receives their number. An
 // image file is written, and its path left in the record's inlineFiles, even when the body does not

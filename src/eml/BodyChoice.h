@@ -7,19 +7,10 @@
 #define TARN_EML_BODYCHOICE_H
 
 #include "Common/InlineImages.h"
+#include "Common/SearchBudget.h"
 #include "Internal/EmlMessage.h"
-#include "eml/SearchBudget.h"
 
 namespace tarn {
-
-// Bytes that the body of a file may have after images went into it: a fixed part and a part in
-// proportion to the file. An image of some size with references without number would else make
-// gigabytes of a small file; images that a mail program refers to a few dozen times each pass.
-constexpr uint64_t BodyLimit(uint64_t fileSize) {
-  constexpr uint64_t kFixedBytes = uint64_t{1} << 30;
-  constexpr uint64_t kBytesPerFileByte = 64;
-  return kFixedBytes + kBytesPerFileByte * fileSize;
-}
 
 // Uses a part that ParseMimePart has read. An image sets `walkResult`: 2 when the body has no place
 // for it (then the body stays), else the result of putting it there; other parts leave it.

@@ -4,11 +4,11 @@
 #include <string_view>
 
 #include "Common/ByteSearch.h"
+#include "Common/SearchBudget.h"
 #include "eml/BodyChoice.h"
 #include "eml/HeaderMemo.h"
 #include "eml/MimeBoundary.h"
 #include "eml/MimePart.h"
-#include "eml/SearchBudget.h"
 
 namespace tarn {
 namespace {

@@ -125,6 +125,38 @@ TEST(AddAttachmentProperty, WithoutMemoryTheListIsAsItWas) {
   PlainKernelFailAt(PlainKernelFaultMemory, 0);
 }
 
+TEST(AddWideAttachmentProperty, TakesTheValueAsItIs) {
+  PropertyList list;
+  EXPECT_EQ(AddWideAttachmentProperty(list, "Content-ID:", u"im\u00e4ge.png"), 1);
+  EXPECT_EQ(AddWideAttachmentProperty(list, "n", std::u16string_view(u"ab\0cd", 5)), 1);
+  EXPECT_EQ(AddWideAttachmentProperty(list, "", u""), 1);
+  ASSERT_EQ(list.length, 3u);
+  EXPECT_EQ(std::u16string(list.data[0].name), u"Content-ID:");
+  EXPECT_EQ(Value(list, 0), u"im\u00e4ge.png");
+  EXPECT_EQ(Value(list, 1), u"ab");
+  EXPECT_EQ(Value(list, 2), u"");
+}
+
+TEST(AddWideAttachmentProperty, CutsAt127UnitsEvenInsideASurrogatePair) {
+  PropertyList list;
+  const std::u16string value = std::u16string(126, u'v') + u"\U0001F600z";
+  ASSERT_EQ(AddWideAttachmentProperty(list, std::string(200, 'n').c_str(), value), 1);
+  EXPECT_EQ(std::u16string(list.data[0].name), std::u16string(127, u'n'));
+  EXPECT_EQ(Value(list, 0), value.substr(0, 127));
+  EXPECT_EQ(list.data[0].value[127], u'\0');
+}
+
+TEST(AddWideAttachmentProperty, FailsForANameThatIsNoTextAndWithoutMemory) {
+  PropertyList list;
+  EXPECT_EQ(AddWideAttachmentProperty(list, "\xff", u"v"), 0);
+  for (uint64_t call = 1; call <= 2; ++call) {
+    PlainKernelFailAt(PlainKernelFaultMemory, call);
+    EXPECT_EQ(AddWideAttachmentProperty(list, "name", u"v"), -1) << call;
+    EXPECT_EQ(list.length, 0u);
+  }
+  PlainKernelFailAt(PlainKernelFaultMemory, 0);
+}
+
 TEST(AddAttachmentProperty, ARefusedBudgetEndsTheList) {
   PropertyList list;
   ASSERT_EQ(AddAttachmentProperty(list, "n", "v"), 1);

@@ -7,9 +7,9 @@
 #include <string>
 #include <string_view>
 
+#include "Common/SearchBudget.h"
 #include "eml/BodyChoice.h"
 #include "eml/ReadMail.h"
-#include "eml/SearchBudget.h"
 
 namespace tarn {
 namespace {

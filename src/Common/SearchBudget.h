@@ -10,8 +10,8 @@
 // of levels or thousands of images and a few megabytes in all, are within them. (Images are
 // searched in a body that grows by each of them, so their cost grows with the square of their
 // number.)
-#ifndef TARN_EML_SEARCHBUDGET_H
-#define TARN_EML_SEARCHBUDGET_H
+#ifndef TARN_COMMON_SEARCHBUDGET_H
+#define TARN_COMMON_SEARCHBUDGET_H
 
 #include <cstdint>
 
