@@ -1,0 +1,25 @@
+// LittleEndian.h - numbers out of bytes, least significant byte first, whatever the machine.
+#ifndef TARN_COMMON_LITTLEENDIAN_H
+#define TARN_COMMON_LITTLEENDIAN_H
+
+#include <cstddef>
+#include <cstdint>
+#include <type_traits>
+
+namespace tarn {
+
+// The unsigned number at `bytes`, of which the caller has seen that sizeof(T) can be read.
+// Compilers make one load of it.
+template <typename T>
+constexpr T LoadLittleEndian(const unsigned char* bytes) {
+  static_assert(std::is_unsigned_v<T>);
+  T value = 0;
+  for (size_t i = 0; i < sizeof(T); ++i) {
+    value = static_cast<T>(value | static_cast<T>(static_cast<T>(bytes[i]) << (8 * i)));
+  }
+  return value;
+}
+
+}  // namespace tarn
+
+#endif
