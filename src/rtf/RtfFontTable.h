@@ -9,11 +9,14 @@
 // says that the document's stretch is to be replaced by it.
 //
 // Names in the table are the document's bytes. All blocks come from the kernel and belong to the
-// table. Documents are hostile: nothing is read behind `end`, and a table of more than
-// kMaxRtfFonts fonts is refused like one that memory cannot hold.
+// table. Entries are only ever added, behind the ones that are there. Documents are hostile:
+// nothing is read behind `end`, and a document of more than kMaxRtfFonts fonts is refused like one
+// that memory cannot hold.
 #ifndef TARN_RTF_RTFFONTTABLE_H
 #define TARN_RTF_RTFFONTTABLE_H
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 
 #include "Internal/Tarnclasses_.h"
@@ -32,6 +35,14 @@ struct RtfFontEntry {
   char* name = nullptr;          // owned, NUL-terminated; null: none
 };
 
+// What FontForCodePage found before, so that a text of many pieces looks through a long table once
+// for each code page.
+struct RtfFontMemo {
+  uint32_t codePage = 0;
+  bool ofDocument = false;  // the code page was the table's `ansiCodePage`
+  int32_t entry = -1;       // index of the first entry that carries it; -1: unused
+};
+
 struct RtfFontTable {
   RtfFontEntry* entries = nullptr;  // owned
   int32_t count = 0;
@@ -43,6 +54,8 @@ struct RtfFontTable {
   uint64_t tableStart = 0;  // offsets in the document
   uint64_t tableEnd = 0;
   TrackedBuffer<char> tableText;  // no NUL behind it
+  std::array<RtfFontMemo, 16> found;
+  size_t nextFound = 0;  // the memo that the next one replaces
 
   RtfFontTable() = default;
   RtfFontTable(const RtfFontTable&) = delete;
@@ -57,7 +70,7 @@ struct RtfFontTable {
 int32_t ParseRtfFontTable(RtfFontTable& table, const char*& cursor, const char* end);
 
 // Reads "\ansicpg", "\deff" and "\fonttbl" of a whole document, once: 1 at once for a table that
-// is `parsed`. `text` is NUL-terminated at `length` or holds no NUL; the whole length is searched.
+// is `parsed`. The whole length is searched, NULs or not; nothing is read behind it.
 // A document without a table gets an insertion point at its "\from" word. 1; -9 without either; a
 // failure of the parser.
 int32_t PrepareRtfFontTable(RtfFontTable& table, const char* text, uint64_t length);
@@ -66,13 +79,14 @@ int32_t PrepareRtfFontTable(RtfFontTable& table, const char* text, uint64_t leng
 // none. 1; -13 for a code page that no charset of RTF has; -1 without memory.
 int32_t FontForCodePage(RtfFontTable& table, uint32_t codePage, uint32_t& fontNumber);
 
-// Adds a font under the table's next number, to the entries and to `tableText`. `familyWord` is
-// the word without its backslash and may be empty. 1; -1 without memory, and then the table is as
-// it was.
+// Adds a font under the table's next number, to the entries and, in front of the last byte, to
+// `tableText`. `familyWord` is the word without its backslash and may be empty. A group of more
+// than 99 bytes is cut to 98 and its brace; the entry has the whole name. 1; -1 without memory, and
+// then the table is as it was.
 int32_t AddRtfFont(RtfFontTable& table, const char* faceName, const char* familyWord,
                    uint32_t codePage, uint32_t charset, uint32_t& fontNumber);
 
-// Frees names and entries, and leaves an empty table.
+// Frees names and entries; no entries are left. The other fields stay.
 void ReleaseRtfFontTable(RtfFontTable& table);
 
 }  // namespace tarn

@@ -1,0 +1,318 @@
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <string>
+
+#include "Tarnbase/PlainKernel.h"
+#include "rtf/RtfFonts.h"
+
+namespace tarn {
+namespace {
+
+using test::Parsed;
+using test::Show;
+
+std::string Repeat(std::string_view text, int count) {
+  std::string all;
+  for (int i = 0; i < count; ++i) all += text;
+  return all;
+}
+
+// The entries of a table that holds these groups.
+std::string Fonts(std::string_view groups) {
+  const Parsed parsed("\\fonttbl" + std::string(groups) + "}");
+  EXPECT_EQ(parsed.status, 1);
+  EXPECT_EQ(parsed.taken, static_cast<int64_t>(groups.size()) + 9);
+  return Show(parsed.table);
+}
+
+// The entries that a scan which runs to the end of the data finds.
+std::string Unclosed(std::string_view text) {
+  const Parsed parsed(text);
+  EXPECT_EQ(parsed.status, 1);
+  EXPECT_EQ(parsed.taken, static_cast<int64_t>(text.size()));
+  return Show(parsed.table);
+}
+
+TEST(RtfFontTableParser, AnUsualTable) {
+  const Parsed parsed(
+      "\\fonttbl{\\f0\\fswiss\\fcharset0 Arial;}{\\f37\\froman\\fcharset204\\fprq2 Times New "
+      "Roman;}}\\pard");
+  EXPECT_EQ(parsed.status, 1);
+  EXPECT_EQ(parsed.taken, 86);
+  EXPECT_EQ(Show(parsed.table), "0:1252:0:Arial|37:1251:0:Times New Roman");
+}
+
+TEST(RtfFontTableParser, TheCursorMayStandBehindTheWord) {
+  const Parsed parsed("{\\f1 A;}}x");
+  EXPECT_EQ(parsed.status, 1);
+  EXPECT_EQ(parsed.taken, 9);
+  EXPECT_EQ(Show(parsed.table), "1:0:0:A");
+}
+
+TEST(RtfFontTableParser, AnEmptyTableEndsAtItsBrace) {
+  EXPECT_EQ(Fonts(""), "");
+  const Parsed parsed("}{\\f1 A;}");
+  EXPECT_EQ(parsed.taken, 1);
+  EXPECT_EQ(parsed.table.count, 0);
+}
+
+TEST(RtfFontTableParser, AGroupWithNothingInItIsAFont) {
+  EXPECT_EQ(Fonts("{}"), "-1:0:0:-");
+  EXPECT_EQ(Fonts("{\\f3}{}"), "3:0:0:-|-1:0:0:-");
+}
+
+TEST(RtfFontTableParser, EachGroupStartsWithoutANumber) {
+  EXPECT_EQ(Fonts("{\\f5 A;}{ B;}"), "5:0:0:A|-1:0:0:B");
+  EXPECT_EQ(Fonts("\\f7{A;}"), "-1:0:0:A");
+}
+
+TEST(RtfFontTableParser, ACodePageInFrontOfAGroupIsTheGroups) {
+  EXPECT_EQ(Fonts("\\fcharset128{\\f1 A;}{\\f2 B;}"), "1:932:0:A|2:0:0:B");
+  EXPECT_EQ(Fonts("\\fcpg1250{\\f1 A;}{\\f2 B;}"), "1:1250:0:A|2:0:0:B");
+}
+
+TEST(RtfFontTableParser, TheCodePageOfAGroupEndsWithIt) {
+  EXPECT_EQ(Fonts("{\\f1\\fcharset128 A;}{\\f2 B;}"), "1:932:0:A|2:0:0:B");
+}
+
+TEST(RtfFontTableParser, NumbersEatOneSpace) {
+  EXPECT_EQ(Fonts("{\\f12 A}"), "12:0:0:A");
+  EXPECT_EQ(Fonts("{\\f12A}"), "12:0:0:A");
+  EXPECT_EQ(Fonts("{\\f12\tA}"), "12:0:0:\tA");
+  EXPECT_EQ(Fonts("{\\f1\\fcharset161  A}"), "1:1253:0:A");
+}
+
+TEST(RtfFontTableParser, NumbersWrapIn32Bits) {
+  EXPECT_EQ(Fonts("{\\f4294967298 A}"), "2:0:0:A");
+  EXPECT_EQ(Fonts("{\\f4294967295 A}"), "-1:0:0:A");
+  EXPECT_EQ(Fonts("{\\f1\\fcharset4294967424 A}"), "1:932:0:A");
+}
+
+TEST(RtfFontTableParser, ALaterNumberOfAGroupReplacesTheEarlierOne) {
+  EXPECT_EQ(Fonts("{\\f1\\f2 A}"), "2:0:0:A");
+  EXPECT_EQ(Fonts("{\\f1{\\f3}A}"), "3:0:0:A");
+}
+
+TEST(RtfFontTableParser, ACharsetGivesItsCodePage) {
+  EXPECT_EQ(Fonts("{\\f1\\fcharset0 A}"), "1:1252:0:A");
+  EXPECT_EQ(Fonts("{\\f1\\fcharset2 A}"), "1:42:0:A");
+  EXPECT_EQ(Fonts("{\\f1\\fcharset77 A}"), "1:10000:0:A");
+  EXPECT_EQ(Fonts("{\\f1\\fcharset136 A}"), "1:950:0:A");
+  EXPECT_EQ(Fonts("{\\f1\\fcharset255 A}"), "1:850:0:A");
+}
+
+TEST(RtfFontTableParser, TheDefaultCharsetHasNoCodePage) {
+  EXPECT_EQ(Fonts("{\\f1\\fcharset1 A}"), "1:0:0:A");
+  EXPECT_EQ(Fonts("{\\f1\\fcharset128\\fcharset1 A}"), "1:0:0:A");
+}
+
+TEST(RtfFontTableParser, ACharsetThatIsNotListedChangesNothing) {
+  EXPECT_EQ(Fonts("{\\f1\\fcharset3 A}"), "1:0:0:A");
+  EXPECT_EQ(Fonts("{\\f1\\fcharset256 A}"), "1:0:0:A");
+  EXPECT_EQ(Fonts("{\\f1\\fcharset128\\fcharset3 A}"), "1:932:0:A");
+}
+
+TEST(RtfFontTableParser, ACharsetWithoutDigitsIsZero) {
+  EXPECT_EQ(Fonts("{\\f1\\fcharset A}"), "1:1252:0:A");
+}
+
+TEST(RtfFontTableParser, OnlyTheCodePageWordWithAnFInFrontCounts) {
+  EXPECT_EQ(Fonts("{\\f1\\fcpg1251 A}"), "1:1251:0:A");
+  EXPECT_EQ(Fonts("{\\f1\\cpg1251 A}"), "1:0:0:A");
+  EXPECT_EQ(Fonts("{\\f1\\charset128 A}"), "1:0:0:A");
+  EXPECT_EQ(Fonts("{\\f1\\fcpg A}"), "1:0:0:A");
+}
+
+TEST(RtfFontTableParser, TheLastWordDecidesOnTheCodePage) {
+  EXPECT_EQ(Fonts("{\\f1\\fcharset128\\fcpg1251 A}"), "1:1251:0:A");
+  EXPECT_EQ(Fonts("{\\f1\\fcpg1251\\fcharset128 A}"), "1:932:0:A");
+}
+
+TEST(RtfFontTableParser, WordsAreComparedWithCase) {
+  EXPECT_EQ(Fonts("{\\F1\\fCharset128 A}"), "-1:0:0:A");
+}
+
+TEST(RtfFontTableParser, OtherWordsAreSkippedToTheNextDelimiter) {
+  EXPECT_EQ(Fonts("{\\f1\\fswiss;x\"y A}"), "1:0:0:A");
+  EXPECT_EQ(Fonts("{\\f1\\fnil{\\*\\panose 020b}A}"), "1:0:0:A");
+  EXPECT_EQ(Fonts("{\\f1\\fnil\nA B}"), "1:0:0:B");
+  EXPECT_EQ(Fonts("{\\f1\\fnil}"), "1:0:0:-");
+}
+
+TEST(RtfFontTableParser, TheFirstByteOfAWordIsPartOfItWhateverItIs) {
+  EXPECT_EQ(Fonts("{\\f1\\{ A}"), "1:0:0:A");
+  EXPECT_EQ(Fonts("{\\f1\\} A}"), "1:0:0:A");
+  EXPECT_EQ(Fonts("{\\f1\\\\ A}"), "1:0:0:A");
+  EXPECT_EQ(Fonts("{\\f1\\ x A}"), "1:0:0:A");
+  EXPECT_EQ(Fonts("{\\f1\\'e9t A}"), "1:0:0:A");
+}
+
+TEST(RtfFontTableParser, ANameWithoutQuotesEndsAtASemicolon) {
+  EXPECT_EQ(Fonts("{\\f1 MS Gothic;}"), "1:0:0:MS Gothic");
+  EXPECT_EQ(Fonts("{\\f1 A}"), "1:0:0:A");
+  EXPECT_EQ(Fonts("{\\f1 A B \\b}"), "1:0:0:A B ");
+  EXPECT_EQ(Fonts("{\\f1 A{x}}"), "1:0:0:A");
+}
+
+TEST(RtfFontTableParser, AnyByteMayBeginAName) {
+  EXPECT_EQ(Fonts("{\\f1 \xE9;}"), "1:0:0:\xE9");
+  EXPECT_EQ(Fonts("{\\f1 \x01;}"), "1:0:0:\x01");
+  EXPECT_EQ(Fonts("{\\f1 7;}"), "1:0:0:7");
+}
+
+TEST(RtfFontTableParser, WhatStandsBetweenNamesBeginsNone) {
+  EXPECT_EQ(Fonts("{\\f1 \r\n ;; A;}"), "1:0:0:A");
+  EXPECT_EQ(Fonts("{\\f1 A;\r\n; }"), "1:0:0:A");
+}
+
+TEST(RtfFontTableParser, LineEndsInsideANameStay) {
+  EXPECT_EQ(Fonts("{\\f1 A\r\nB;}"), "1:0:0:A\r\nB");
+}
+
+TEST(RtfFontTableParser, ANameInQuotesEndsAtTheQuote) {
+  EXPECT_EQ(Fonts("{\\f1 \"A;B\";}"), "1:0:0:A;B");
+  EXPECT_EQ(Fonts("{\\f1 \" A \"}"), "1:0:0: A ");
+  EXPECT_EQ(Fonts("{\\f1 \"\"}"), "1:0:0:");
+}
+
+TEST(RtfFontTableParser, ANameInQuotesEndsAtABackslashOrABraceToo) {
+  EXPECT_EQ(Fonts("{\\f1 \"A}{\\f2 B;}"), "1:0:0:A|2:0:0:B");
+  EXPECT_EQ(Fonts("{\\f1 \"A\\f3 }"), "3:0:0:A");
+  EXPECT_EQ(Fonts("{\\f1 \"A{x}}"), "1:0:0:A");
+}
+
+TEST(RtfFontTableParser, AQuoteEndsANameWithoutQuotes) {
+  EXPECT_EQ(Fonts("{\\f1 A\"}"), "1:0:0:A");
+  EXPECT_EQ(Fonts("{\\f1 A\"B;}"), "1:0:0:B");
+}
+
+TEST(RtfFontTableParser, ALaterNameReplacesTheEarlierOne) {
+  EXPECT_EQ(Fonts("{\\f1 A;B;}"), "1:0:0:B");
+  EXPECT_EQ(Fonts("{\\f1 Long name;\"C\";}"), "1:0:0:C");
+  EXPECT_EQ(Fonts("{\\f1 A{\\*\\falt B;}C;}"), "1:0:0:C");
+}
+
+TEST(RtfFontTableParser, ANameEndsAtItsFirstNul) {
+  EXPECT_EQ(Fonts(std::string_view("{\\f1 A\0B;}", 10)), "1:0:0:A");
+}
+
+TEST(RtfFontTableParser, TextOutsideOfAFontsGroupIsNoName) {
+  EXPECT_EQ(Fonts("A;\"B\"{\\f1}"), "1:0:0:-");
+  EXPECT_EQ(Fonts("{\\f1{A;}}"), "1:0:0:-");
+}
+
+TEST(RtfFontTableParser, WordsInInnerGroupsCount) {
+  EXPECT_EQ(Fonts("{{\\f4\\fcharset2 x}A;}"), "4:42:0:A");
+}
+
+TEST(RtfFontTableParser, FontsOfOneNumberStandSideBySide) {
+  EXPECT_EQ(Fonts("{\\f1 A;}{\\f1 B;}"), "1:0:0:A|1:0:0:B");
+}
+
+TEST(RtfFontTableParser, TheEntriesComeBehindWhatTheTableHolds) {
+  RtfFontTable table;
+  for (const char* const text : {"{\\f1 A;}}", "{\\f2 B;}}"}) {
+    const char* cursor = text;
+    EXPECT_EQ(ParseRtfFontTable(table, cursor, text + 9), 1);
+  }
+  EXPECT_EQ(Show(table), "1:0:0:A|2:0:0:B");
+}
+
+TEST(RtfFontTableParser, AtTheEndOfTheDataAnUnclosedEntryIsDropped) {
+  EXPECT_EQ(Unclosed(""), "");
+  EXPECT_EQ(Unclosed("\\fonttbl"), "");
+  EXPECT_EQ(Unclosed("\\fonttbl{\\f1 A;}{\\f2 B;"), "1:0:0:A");
+  EXPECT_EQ(Unclosed("{\\f1 A;}"), "1:0:0:A");
+  EXPECT_EQ(Unclosed("{\\f1 A"), "");
+  EXPECT_EQ(Unclosed("{\\f1 \"A"), "");
+  EXPECT_EQ(Unclosed("{\\f1 \""), "");
+  EXPECT_EQ(Unclosed("{\\f12"), "");
+  EXPECT_EQ(Unclosed("{\\fcharset"), "");
+  EXPECT_EQ(Unclosed("{\\fcpg"), "");
+}
+
+TEST(RtfFontTableParser, AWordThatRunsToTheEndOfTheDataEndsTheTable) {
+  EXPECT_EQ(Unclosed("{\\f1 A;}{\\fswiss"), "1:0:0:A");
+  EXPECT_EQ(Unclosed("{\\f1 A;}\\ab"), "1:0:0:A");
+}
+
+TEST(RtfFontTableParser, ABackslashAtTheEndOfTheDataFails) {
+  for (const char* const text : {"\\", "{\\f1 A;}{\\f2 B;\\", "{\\f1 A;}{\\f2 B;\\f"}) {
+    const Parsed parsed(text);
+    EXPECT_EQ(parsed.status, -9) << text;
+    EXPECT_EQ(parsed.taken, 0) << text;
+  }
+  EXPECT_EQ(Show(Parsed("{\\f1 A;}{\\f2 B;\\").table), "1:0:0:A");
+}
+
+TEST(RtfFontTableParser, TwoBytesBehindTheLastBackslashAreEnough) {
+  EXPECT_EQ(Unclosed("\\ab"), "");
+  EXPECT_EQ(Unclosed("\\f1"), "");
+}
+
+TEST(RtfFontTableParser, EveryCutOfATableIsHandled) {
+  const std::string table =
+      "\\fonttbl{\\f0\\fswiss\\fcharset0\\fcpg1252 Arial;}{\\f1\\*\\'e9 \"MS Gothic\";}}";
+  for (size_t length = 0; length < table.size(); ++length) {
+    const Parsed parsed(std::string_view(table).substr(0, length));
+    const bool cut =
+        length > 0 && (table[length - 1] == '\\' || (length > 1 && table[length - 2] == '\\'));
+    EXPECT_EQ(parsed.status, cut ? -9 : 1) << length;
+    EXPECT_EQ(parsed.taken, cut ? 0 : static_cast<int64_t>(length)) << length;
+  }
+}
+
+TEST(RtfFontTableParser, WithoutMemoryItFailsAndLeavesTheCursor) {
+  // Two names, of which the second replaces the first, and two entries.
+  for (uint64_t ordinal = 1; ordinal <= 4; ++ordinal) {
+    PlainKernelFailAt(PlainKernelFaultMemory, ordinal);
+    const Parsed parsed("{\\f1 A;B;}{}}");
+    EXPECT_EQ(parsed.status, -1) << ordinal;
+    EXPECT_EQ(parsed.taken, 0) << ordinal;
+    EXPECT_EQ(Show(parsed.table), ordinal == 4 ? "1:0:0:B" : "") << ordinal;
+  }
+  PlainKernelFailAt(PlainKernelFaultMemory, 5);
+  EXPECT_EQ(Show(Parsed("{\\f1 A;B;}{}}").table), "1:0:0:B|-1:0:0:-");
+}
+
+TEST(RtfFontTableParser, TheEntriesGrowByOne) {
+  PlainKernelUsageRecord before = {};
+  PlainKernelUsage(&before);
+  const Parsed parsed("{}{}{}}");
+  PlainKernelUsageRecord after = {};
+  PlainKernelUsage(&after);
+  EXPECT_EQ(after.allocationCalls - before.allocationCalls, 3u);
+  EXPECT_EQ(after.liveBlocks - before.liveBlocks, 1u);
+  EXPECT_EQ(after.liveBytes - before.liveBytes, 3 * sizeof(RtfFontEntry));
+}
+
+TEST(RtfFontTableParser, MoreFontsThanNumbersAreRefused) {
+  RtfFontTable table;
+  table.count = 32767;
+  table.entries = AllocateZeroBlock<RtfFontEntry>(32767, TARN_HERE).take();
+  const std::string_view text = "{}{}}";
+  const char* cursor = text.data();
+  EXPECT_EQ(ParseRtfFontTable(table, cursor, text.data() + 2), 1);
+  EXPECT_EQ(table.count, 32768);
+  EXPECT_EQ(cursor, text.data() + 2);
+  EXPECT_EQ(ParseRtfFontTable(table, cursor, text.data() + 5), -1);
+  EXPECT_EQ(table.count, 32768);
+  EXPECT_EQ(cursor, text.data() + 2);
+}
+
+// Whatever is repeated over a megabyte, the scan reads it once.
+TEST(RtfFontTableParser, HostileTablesEndQuickly) {
+  for (const char* const text :
+       {"{", "\\f", "\\a", "\\f1", "\\fcharset9", "\"", "\"a", "a;", "a", "{\"", "{a", "{\\"}) {
+    const std::string unit = text;
+    const std::string table = "{" + Repeat(unit, static_cast<int>((1 << 20) / unit.size())) + "   ";
+    const auto start = std::chrono::steady_clock::now();
+    const Parsed parsed(table);
+    EXPECT_EQ(parsed.status, 1) << text;
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5)) << text;
+  }
+}
+
+}  // namespace
+}  // namespace tarn
