@@ -9,12 +9,10 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
-#include <new>
 #include <string>
 #include <utility>
-#include <vector>
 
-#include "Internal/Tarnclasses_.h"
+#include "Common/KernelAllocator.h"
 
 namespace pststore {
 
@@ -24,26 +22,10 @@ using ulong = uint32_t;
 using ulonglong = uint64_t;
 
 template <typename T>
-class kernel_allocator {
- public:
-  using value_type = T;
-
-  kernel_allocator() noexcept = default;
-  template <typename U>
-  kernel_allocator(const kernel_allocator<U>&) noexcept {}
-
-  T* allocate(size_t count) {
-    void* const block = KernelAlloc(count, sizeof(T), TARN_HERE);
-    if (block == nullptr) throw std::bad_alloc();
-    return static_cast<T*>(block);
-  }
-  void deallocate(T* block, size_t) noexcept { KernelFree(block, TARN_HERE); }
-
-  friend bool operator==(const kernel_allocator&, const kernel_allocator&) { return true; }
-};
+using kernel_allocator = tarn::KernelAllocator<T>;
 
 template <typename T>
-using vector = std::vector<T, kernel_allocator<T>>;
+using vector = tarn::KernelVector<T>;
 using byte_vector = vector<unsigned char>;
 using wstring = std::basic_string<char16_t, std::char_traits<char16_t>, kernel_allocator<char16_t>>;
 
