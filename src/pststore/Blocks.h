@@ -1,0 +1,175 @@
+// Blocks.h - the blocks that hold the data of nodes (MS-PST, 2.2.2.8).
+//
+//   external_block   bytes, at most 8180 (ANSI) or 8176 (Unicode) of them
+//   extended_block   ids of blocks: of external ones (level 1) or of extended ones of level 1 (2)
+//
+//   extended block:  0  1  block type, 1
+//                    1  1  level
+//                    2  2  count of ids
+//                    4  4  bytes of data in the whole tree
+//                    8     ids, 4 (ANSI) or 8 (Unicode) bytes each; id 0 is a hole, all zeros
+//
+// The context makes blocks; nodes and parent blocks own them. Blocks refer to their context weakly:
+// one that outlives it can no longer load children, and says so with std::bad_weak_ptr. Children
+// are loaded at the first need and kept.
+//
+// Writing happens in memory only. An operation that writes leaves the block that holds the outcome
+// in `result`: the block itself, a copy of it when others hold the block too, or a block of a
+// higher level. `result` may be the pointer through which the block is held.
+#ifndef TARN_PSTSTORE_BLOCKS_H
+#define TARN_PSTSTORE_BLOCKS_H
+
+#include <memory>
+#include <span>
+
+#include "pststore/Types.h"
+
+namespace pststore {
+
+class db_context;
+class external_block;
+
+// What every block knows of itself.
+class block {
+ public:
+  virtual ~block() = default;
+
+  // Whether it holds references instead of data.
+  virtual bool is_internal() const = 0;
+
+  ulonglong get_id() const { return id_; }
+  ulonglong get_address() const { return address_; }
+  // The size of its data in the file; 0 for a block made or changed in memory.
+  ulonglong get_disk_size() const { return size_; }
+  bool is_modified() const { return modified_; }
+
+ protected:
+  block(const std::shared_ptr<db_context>& context, const block_info& info)
+      : size_(info.size), id_(info.id), address_(info.address), context_(context) {}
+  block(const block&) = default;
+
+  // The context; std::bad_weak_ptr when it has died.
+  std::shared_ptr<db_context> get_context() const { return std::shared_ptr<db_context>(context_); }
+
+  // From the first change on a block has an id of its own and no place in the file.
+  void mark_modified(bool internal);
+
+ private:
+  bool modified_ = false;
+  ulonglong size_;
+  ulonglong id_;
+  ulonglong address_;
+  std::weak_ptr<db_context> context_;
+};
+
+// A stream of bytes in one block or in a tree of them, cut into pages of one external block each.
+class data_block : public block {
+ public:
+  // Copies what lies between `offset` and the stream's end, at most `count` bytes, and returns how
+  // many.
+  virtual size_t read_raw(void* destination, ulonglong count, ulonglong offset) = 0;
+
+  // Replaces bytes, clipped in the same way. A stream does not grow by this.
+  virtual size_t write_raw(const void* source, ulonglong count, ulonglong offset,
+                           std::shared_ptr<data_block>& result) = 0;
+
+  virtual ulong get_page_count() const = 0;
+
+  // std::out_of_range for a page that there is not.
+  virtual std::shared_ptr<external_block> get_page(ulong index) = 0;
+
+  // Cuts or lengthens the stream and returns its new size. New bytes are zeros.
+  virtual ulonglong resize(ulonglong size, std::shared_ptr<data_block>& result) = 0;
+
+  // The bytes of the stream.
+  ulonglong get_total_size() const { return total_size_; }
+
+ protected:
+  data_block(const std::shared_ptr<db_context>& context, const block_info& info,
+             ulonglong total_size)
+      : block(context, info), total_size_(total_size) {}
+  data_block(const data_block&) = default;
+
+  // How many of `count` bytes lie between `offset` and the stream's end.
+  ulonglong clip(ulonglong count, ulonglong offset) const {
+    if (offset >= total_size_) return 0;
+    return count < total_size_ - offset ? count : total_size_ - offset;
+  }
+
+  ulonglong total_size_;
+};
+
+class external_block final : public data_block,
+                             public std::enable_shared_from_this<external_block> {
+ public:
+  // A block of the file. `extent` holds at least info.size bytes; it may hold padding and trailer.
+  external_block(const std::shared_ptr<db_context>& context, const block_info& info,
+                 ulonglong max_size, byte_vector&& extent)
+      : data_block(context, info, info.size), max_size_(max_size), buffer_(std::move(extent)) {}
+  // A new block of zeros.
+  external_block(const std::shared_ptr<db_context>& context, ulonglong max_size, ulonglong size);
+  external_block(const external_block&) = default;
+
+  bool is_internal() const override { return false; }
+  size_t read_raw(void* destination, ulonglong count, ulonglong offset) override;
+  size_t write_raw(const void* source, ulonglong count, ulonglong offset,
+                   std::shared_ptr<data_block>& result) override;
+  ulong get_page_count() const override { return 1; }
+  std::shared_ptr<external_block> get_page(ulong index) override;
+  ulonglong resize(ulonglong size, std::shared_ptr<data_block>& result) override;
+
+  // The bytes themselves, without padding; they live as long as the block and until it is written.
+  std::span<const unsigned char> get_bytes() const { return {buffer_.data(), total_size_}; }
+
+ private:
+  ulonglong max_size_;
+  byte_vector buffer_;
+};
+
+// What follows from a block's layout and level.
+struct extended_limits {
+  ulonglong child_max_total_size = 0;  // bytes under one child
+  ulong child_max_page_count = 0;      // pages under one child
+  ulong max_page_count = 0;            // children
+  ushort level = 0;                    // 1 or 2
+};
+
+class extended_block final : public data_block,
+                             public std::enable_shared_from_this<extended_block> {
+ public:
+  // A block of the file. Neither the total size nor the number of ids is compared with the limits.
+  extended_block(const std::shared_ptr<db_context>& context, const block_info& info,
+                 const extended_limits& limits, ulonglong total_size, vector<ulonglong>&& ids);
+  // A new block of as many holes as `total_size` asks for.
+  extended_block(const std::shared_ptr<db_context>& context, const extended_limits& limits,
+                 ulonglong total_size);
+  // A new block over one child.
+  extended_block(const std::shared_ptr<db_context>& context, const extended_limits& limits,
+                 std::shared_ptr<data_block> child);
+  extended_block(const extended_block&) = default;
+
+  bool is_internal() const override { return true; }
+  size_t read_raw(void* destination, ulonglong count, ulonglong offset) override;
+  size_t write_raw(const void* source, ulonglong count, ulonglong offset,
+                   std::shared_ptr<data_block>& result) override;
+  ulong get_page_count() const override;
+  std::shared_ptr<external_block> get_page(ulong index) override;
+  ulonglong resize(ulonglong size, std::shared_ptr<data_block>& result) override;
+
+  ushort get_level() const { return limits_.level; }
+  const vector<ulonglong>& get_child_ids() const { return block_ids_; }
+
+ private:
+  std::shared_ptr<data_block>& get_child_block(ulonglong index);
+  std::shared_ptr<data_block> make_hole(ulonglong index);
+  std::shared_ptr<data_block> load_child(ulonglong id);
+  void resize_child(ulonglong index, ulonglong size);
+
+  extended_limits limits_;
+  vector<ulonglong> block_ids_;
+  vector<std::shared_ptr<data_block>> child_blocks_;
+};
+
+}  // namespace pststore
+
+#endif

@@ -1,0 +1,109 @@
+// DbContext.h - an open store: the one object through which everything above reaches the file.
+//
+// A store is read only, by one thread at a time. It is open as long as a shared pointer to it
+// lives; nodes hold one, pages and blocks do not. Objects that the operations make refer to the
+// context given as `parent`, which is this one but for contexts that stand in front of others.
+//
+// Every operation checks what it reads and throws what Errors.h lists. A failure changes nothing,
+// and the store stays usable. Only the two root pages are kept here; all else is kept by those who
+// asked for it.
+#ifndef TARN_PSTSTORE_DBCONTEXT_H
+#define TARN_PSTSTORE_DBCONTEXT_H
+
+#include <memory>
+
+#include "pststore/Blocks.h"
+#include "pststore/Errors.h"
+#include "pststore/Node.h"
+#include "pststore/Pages.h"
+#include "pststore/SubnodeBlocks.h"
+#include "pststore/Types.h"
+
+namespace pststore {
+
+class db_context : public std::enable_shared_from_this<db_context> {
+ public:
+  using context_ptr = std::shared_ptr<db_context>;
+
+  db_context() = default;
+  db_context(const db_context&) = delete;
+  db_context& operator=(const db_context&) = delete;
+  virtual ~db_context() = default;
+
+  // key_not_found<ulong> when there is no such node.
+  virtual node lookup_node(ulong nid) = 0;
+  virtual node_info lookup_node_info(ulong nid) = 0;
+  // Bit 0 of the id does not count. Id 0 is the empty block, all zeros; key_not_found<ulonglong>
+  // when there is no such block.
+  virtual block_info lookup_block_info(ulonglong bid) = 0;
+
+  // Both are read once and kept.
+  virtual std::shared_ptr<bbt_page> read_bbt_root() = 0;
+  virtual std::shared_ptr<nbt_page> read_nbt_root() = 0;
+
+  // unexpected_page for a page of another type; the last four also for one of another kind.
+  virtual std::shared_ptr<bbt_page> read_bbt_page(const page_info& info) = 0;
+  virtual std::shared_ptr<nbt_page> read_nbt_page(const page_info& info) = 0;
+  virtual std::shared_ptr<nbt_leaf_page> read_nbt_leaf_page(const page_info& info) = 0;
+  virtual std::shared_ptr<bbt_leaf_page> read_bbt_leaf_page(const page_info& info) = 0;
+  virtual std::shared_ptr<nbt_nonleaf_page> read_nbt_nonleaf_page(const page_info& info) = 0;
+  virtual std::shared_ptr<bbt_nonleaf_page> read_bbt_nonleaf_page(const page_info& info) = 0;
+
+  // The forms that take an id look it up and go on with what stands before them. unexpected_block
+  // for a block of another kind.
+  virtual std::shared_ptr<block> read_block(const context_ptr& parent, const block_info& info) = 0;
+  virtual std::shared_ptr<block> read_block(const context_ptr& parent, ulonglong bid) = 0;
+  virtual std::shared_ptr<data_block> read_data_block(const context_ptr& parent,
+                                                      const block_info& info) = 0;
+  virtual std::shared_ptr<data_block> read_data_block(const context_ptr& parent, ulonglong bid) = 0;
+  virtual std::shared_ptr<extended_block> read_extended_block(const context_ptr& parent,
+                                                              const block_info& info) = 0;
+  virtual std::shared_ptr<extended_block> read_extended_block(const context_ptr& parent,
+                                                              ulonglong bid) = 0;
+  virtual std::shared_ptr<external_block> read_external_block(const context_ptr& parent,
+                                                              const block_info& info) = 0;
+  virtual std::shared_ptr<external_block> read_external_block(const context_ptr& parent,
+                                                              ulonglong bid) = 0;
+  virtual std::shared_ptr<subnode_block> read_subnode_block(const context_ptr& parent,
+                                                            const block_info& info) = 0;
+  virtual std::shared_ptr<subnode_block> read_subnode_block(const context_ptr& parent,
+                                                            ulonglong bid) = 0;
+  virtual std::shared_ptr<subnode_leaf_block> read_subnode_leaf_block(const context_ptr& parent,
+                                                                      const block_info& info) = 0;
+  virtual std::shared_ptr<subnode_leaf_block> read_subnode_leaf_block(const context_ptr& parent,
+                                                                      ulonglong bid) = 0;
+  virtual std::shared_ptr<subnode_nonleaf_block> read_subnode_nonleaf_block(
+      const context_ptr& parent, const block_info& info) = 0;
+  virtual std::shared_ptr<subnode_nonleaf_block> read_subnode_nonleaf_block(
+      const context_ptr& parent, ulonglong bid) = 0;
+
+  // New blocks in memory, of zeros or over one child.
+  virtual std::shared_ptr<external_block> create_external_block(const context_ptr& parent,
+                                                                ulonglong size) = 0;
+  virtual std::shared_ptr<extended_block> create_extended_block(const context_ptr& parent,
+                                                                ulonglong size) = 0;
+  virtual std::shared_ptr<extended_block> create_extended_block(
+      const context_ptr& parent, const std::shared_ptr<extended_block>& child) = 0;
+  virtual std::shared_ptr<extended_block> create_extended_block(
+      const context_ptr& parent, const std::shared_ptr<external_block>& child) = 0;
+
+  // The next id for a block in memory. Of an internal block's id only the bit that says so is left:
+  // such blocks are never looked up by it.
+  virtual ulonglong alloc_bid(bool is_internal) = 0;
+
+  std::shared_ptr<data_block> read_data_block(ulonglong bid) {
+    return read_data_block(shared_from_this(), bid);
+  }
+  std::shared_ptr<subnode_block> read_subnode_block(ulonglong bid) {
+    return read_subnode_block(shared_from_this(), bid);
+  }
+};
+
+// Opens the file, which may have either layout. std::runtime_error "fopen failed",
+// std::out_of_range "fseek failed" or "fread failed" for what is no readable file of a header's
+// size, crc_fail for a damaged header. The path is NUL-terminated.
+std::shared_ptr<db_context> open_database(const char16_t* path);
+
+}  // namespace pststore
+
+#endif
