@@ -7,6 +7,7 @@
 #include "render/EmlLiterals.h"
 #include "render/HeaderBlock.h"
 #include "render/Renderer.h"
+#include "render/RtfSplice.h"
 
 namespace tarn {
 namespace {
@@ -101,6 +102,14 @@ int32_t InsertIntoText(SizedBytes& body, std::string_view block) {
   return InsertBlock(body, marked ? 3 : 0, block);
 }
 
+int32_t InsertIntoBody(EmlMessage& message, BlockWriter& block) {
+  if (message.documentKind == DocumentHtml) return InsertIntoHtml(message.body, block.text());
+  if (message.documentKind == DocumentText) return InsertIntoText(message.body, block.text());
+  SizedBytes rtf;
+  block.moveInto(rtf);
+  return SpliceEmlRtf(message.body, std::move(rtf));
+}
+
 }  // namespace
 
 int32_t AppendEmlHeaderRow(BlockWriter& block, const SizedBytes& field, uint32_t kind,
@@ -137,8 +146,7 @@ int32_t RenderEmlMessage(EmlMessage& message) {
   const int32_t built = BuildBlock(message, block);
   if (built != StatusOk) return built;
   if (message.body.data == nullptr && message.body.length != 0) return StatusNullArgument;
-  return message.documentKind == DocumentHtml ? InsertIntoHtml(message.body, block.text())
-                                              : InsertIntoText(message.body, block.text());
+  return InsertIntoBody(message, block);
 }
 
 }  // namespace tarn

@@ -9,6 +9,7 @@
 
 #include "TarnPst.h"
 #include "render/HtmlDocument.h"
+#include "render/RtfSplice.h"
 
 namespace tarn {
 
@@ -63,21 +64,42 @@ template <const std::string_view& kLabel>
 inline constexpr std::string_view kEmlHtmlOpener =
     Joined<kEmlHtmlHead, kLabel, kEmlHtmlMiddle>::kText;
 
+// Around a label in RTF. Unlike the row of a MailMessage it has no CR in front. The labels are not
+// padded; tabs align the fields.
+inline constexpr std::string_view kEmlRtfHead =
+    "{\\rtlch\\fcs1 \\ab\\af37 \\ltrch\\fcs0 \\b\\cf0\\insrsid5716485 ";
+inline constexpr std::string_view kEmlRtfThreeTabs = "\\tab \\tab \\tab ";
+inline constexpr std::string_view kEmlRtfFourTabs = "\\tab \\tab \\tab \\tab ";
+inline constexpr std::string_view kEmlRtfMiddle = "}{\\rtlch\\fcs1 \\af37 \\ltrch\\fcs0 \\cf0 ";
+
+template <const std::string_view& kLabel, const std::string_view& kTabs>
+inline constexpr std::string_view kEmlRtfOpener =
+    Joined<kEmlRtfHead, kLabel, kTabs, kEmlRtfMiddle>::kText;
+
 // One row of each table for every kind that is rendered. The text row of Importance ends with a
-// blank where the others have a tab.
-inline constexpr std::array<EmlRowOpeners, 2> kEmlRowOpeners = {{
+// blank where the others have a tab; in RTF it has the four tabs of a short label.
+inline constexpr std::array<EmlRowOpeners, 3> kEmlRowOpeners = {{
     {DocumentHtml,
      {kEmlHtmlOpener<eml_label::kFrom>, kEmlHtmlOpener<eml_label::kTo>,
       kEmlHtmlOpener<eml_label::kBcc>, kEmlHtmlOpener<eml_label::kCc>,
       kEmlHtmlOpener<eml_label::kSent>, kEmlHtmlOpener<eml_label::kSubject>,
       kEmlHtmlOpener<eml_label::kImportance>}},
+    {DocumentRtf,
+     {kEmlRtfOpener<eml_label::kFrom, kEmlRtfFourTabs>,
+      kEmlRtfOpener<eml_label::kTo, kEmlRtfFourTabs>,
+      kEmlRtfOpener<eml_label::kBcc, kEmlRtfThreeTabs>,
+      kEmlRtfOpener<eml_label::kCc, kEmlRtfFourTabs>,
+      kEmlRtfOpener<eml_label::kSent, kEmlRtfFourTabs>,
+      kEmlRtfOpener<eml_label::kSubject, kEmlRtfThreeTabs>,
+      kEmlRtfOpener<eml_label::kImportance, kEmlRtfFourTabs>}},
     {DocumentText,
      {"From:   \t", "To:     \t", "Bcc:    \t", "Cc:     \t", "Sent:   \t", "Subject:\t",
       "Importance: "}},
 }};
 
-inline constexpr std::array<EmlTails, 2> kEmlTails = {{
+inline constexpr std::array<EmlTails, 3> kEmlTails = {{
     {DocumentHtml, kHtmlRowTail, kHtmlBlockTail},
+    {DocumentRtf, kRtfRowTail, kRtfSeparator},
     {DocumentText, "\r\n", "\r\n"},
 }};
 

@@ -13,16 +13,17 @@ namespace tarn {
 // -9, and nothing has changed. Any other kind gives 1 and does nothing.
 int32_t RenderMailMessage(MailMessage* message, uint32_t kind);
 
-// Renders message.documentKind into message.body: DocumentHtml or DocumentText. DocumentNone, and a
-// message without From, To, Date and Cc, give 1 and keep the body, whatever Bcc holds.
+// Renders message.documentKind into message.body. DocumentNone, and a message without From, To,
+// Date and Cc, give 1 and keep the body, whatever Bcc holds.
 //
 // In HTML the block stands behind the opening of the body element or else at the start, and a text
-// whose first tag is not <html> in any case is put between "<html>" and "</html>". In text it
-// stands at the start or, behind a mark, three bytes in.
+// whose first tag is not <html> in any case is put between "<html>" and "</html>". In RTF it stands
+// in front of the first "\pard", and a text without one stays as it is. In text it stands at the
+// start or, behind a mark, three bytes in.
 //
-// 1; -9 for another kind, and for "<body" without a ">"; -814 for a length without a pointer; the
-// code of a block that cannot grow; -1 when the body cannot. On failure the body is unchanged, but
-// for an <html> element that it got before memory ran out.
+// 1; -9 for another kind, and for "<body" without a ">"; -74 for RTF of length 0; -814 for a length
+// without a pointer; the code of a block that cannot grow; -1 when the body cannot. On failure the
+// body is unchanged, but for an <html> element that it got before memory ran out.
 int32_t RenderEmlMessage(EmlMessage& message);
 
 // Gives a finished HTML document that has a "<head>" and nowhere the word "charset", both in lower

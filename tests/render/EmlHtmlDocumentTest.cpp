@@ -222,7 +222,7 @@ TEST(RenderEmlMessage, OtherKindsAreRefused) {
   EmlMessage message;
   SetAllFields(message);
   Set(message.body, "text");
-  for (const uint32_t kind : {1u, 4u, 0xFFFFFFFFu}) {
+  for (const uint32_t kind : {4u, 5u, 0xFFFFFFFFu}) {
     message.documentKind = kind;
     EXPECT_EQ(RenderEmlMessage(message), -9);
     EXPECT_EQ(Bytes(message.body), "text");
@@ -264,7 +264,7 @@ TEST(AppendEmlHeaderRow, AnEmptyFieldComesBeforeTheKind) {
   SizedBytes terminator;
   SetTerminated(terminator, "");
   BlockWriter block;
-  for (const uint32_t kind : {0u, 1u, 2u, 3u}) {
+  for (const uint32_t kind : {0u, 1u, 2u, 3u, 4u}) {
     EXPECT_EQ(AppendEmlHeaderRow(block, absent, kind, HeaderRowTo), 1);
     EXPECT_EQ(AppendEmlHeaderRow(block, terminator, kind, HeaderRowTo), 1);
   }
@@ -276,7 +276,7 @@ TEST(AppendEmlHeaderRow, RefusesKindsWithoutARow) {
   SetTerminated(field, "x");
   BlockWriter block;
   EXPECT_EQ(AppendEmlHeaderRow(block, field, DocumentNone, HeaderRowTo), -74);
-  EXPECT_EQ(AppendEmlHeaderRow(block, field, DocumentRtf, HeaderRowTo), -9);
+  EXPECT_EQ(AppendEmlHeaderRow(block, field, DocumentNone + 1, HeaderRowTo), -9);
   EXPECT_EQ(AppendEmlHeaderRow(block, field, DocumentHtml, HeaderRowHighWord), -9);
   EXPECT_EQ(block.text(), "");
 }
