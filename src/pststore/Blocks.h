@@ -161,7 +161,7 @@ class extended_block final : public data_block,
 
  private:
   std::shared_ptr<data_block>& get_child_block(ulonglong index);
-  std::shared_ptr<data_block> make_hole(ulonglong index);
+  std::shared_ptr<data_block> make_hole();
   std::shared_ptr<data_block> load_child(ulonglong id);
   void resize_child(ulonglong index, ulonglong size);
 

@@ -1,0 +1,22 @@
+// Codec.h - the two encodings of the data in external blocks (MS-PST, 5.1 and 5.2).
+//
+// Both decode in place, byte by byte: no byte depends on another. They hide data, and protect it
+// from nobody.
+#ifndef TARN_PSTSTORE_CODEC_H
+#define TARN_PSTSTORE_CODEC_H
+
+#include <cstddef>
+
+#include "pststore/Types.h"
+
+namespace pststore::disk {
+
+// Every byte is replaced by one table.
+void decode_permute(unsigned char* bytes, size_t count);
+
+// Every byte is replaced by its value, its place and the key, the lower 32 bits of the block's id.
+void decode_cyclic(unsigned char* bytes, size_t count, ulong key);
+
+}  // namespace pststore::disk
+
+#endif

@@ -1,0 +1,318 @@
+#include "pststore/Database.h"
+
+#include <algorithm>
+
+#include "pststore/BtreeNode.inc"
+#include "pststore/PageParsing.h"
+
+namespace pststore {
+
+namespace {
+
+constexpr const char* no_bbt_page = "page_type != page_type_bbt";
+constexpr const char* no_nbt_page = "page_type != page_type_nbt";
+
+void expect_page(bool expected, const char* message) {
+  if (!expected) throw unexpected_page(message);
+}
+
+void expect_block(bool expected, const char* message) {
+  if (!expected) throw unexpected_block(message);
+}
+
+bool is_internal_id(ulonglong bid) { return (bid & disk::bid_internal_bit) != 0; }
+
+// Every level but 1 counts as the second.
+template <typename T>
+constexpr extended_limits limits_of(ushort level) {
+  using layout = disk::layout<T>;
+  if (level == 1) return {layout::max_block_data, 1, layout::max_extended_children, 1};
+  return {layout::max_block_data * layout::max_extended_children, layout::max_extended_children,
+          layout::max_extended_children, 2};
+}
+
+}  // namespace
+
+template <typename T>
+node database_impl<T>::lookup_node(ulong nid) {
+  return node(shared_from_this(), lookup_node_info(nid));
+}
+
+template <typename T>
+node_info database_impl<T>::lookup_node_info(ulong nid) {
+  return read_nbt_root()->lookup(nid);
+}
+
+template <typename T>
+block_info database_impl<T>::lookup_block_info(ulonglong bid) {
+  if (bid == 0) return block_info();
+  return read_bbt_root()->lookup(bid & ~disk::bid_ignored_bit);
+}
+
+template <typename T>
+std::shared_ptr<bbt_page> database_impl<T>::read_bbt_root() {
+  if (bbt_root_ == nullptr) bbt_root_ = read_bbt_page(reader_.get_bbt_root());
+  return bbt_root_;
+}
+
+template <typename T>
+std::shared_ptr<nbt_page> database_impl<T>::read_nbt_root() {
+  if (nbt_root_ == nullptr) nbt_root_ = read_nbt_page(reader_.get_nbt_root());
+  return nbt_root_;
+}
+
+// Pages ---------------------------------------------------------------------------------------
+
+template <typename T>
+std::shared_ptr<bbt_page> database_impl<T>::read_bbt_page(const page_info& info) {
+  const page_bytes bytes = reader_.read_page(info);
+  expect_page(bytes[layout::page_type] == disk::page_type_bbt, no_bbt_page);
+  if (bytes[layout::page_level] != 0) return make_bbt_nonleaf(info, bytes);
+  return make_bbt_leaf(info, bytes);
+}
+
+template <typename T>
+std::shared_ptr<nbt_page> database_impl<T>::read_nbt_page(const page_info& info) {
+  const page_bytes bytes = reader_.read_page(info);
+  expect_page(bytes[layout::page_type] == disk::page_type_nbt, no_nbt_page);
+  if (bytes[layout::page_level] != 0) return make_nbt_nonleaf(info, bytes);
+  return make_nbt_leaf(info, bytes);
+}
+
+template <typename T>
+std::shared_ptr<nbt_leaf_page> database_impl<T>::read_nbt_leaf_page(const page_info& info) {
+  const page_bytes bytes = reader_.read_page(info);
+  expect_page(bytes[layout::page_type] == disk::page_type_nbt, no_nbt_page);
+  expect_page(bytes[layout::page_level] == 0, no_nbt_page);
+  return make_nbt_leaf(info, bytes);
+}
+
+template <typename T>
+std::shared_ptr<bbt_leaf_page> database_impl<T>::read_bbt_leaf_page(const page_info& info) {
+  const page_bytes bytes = reader_.read_page(info);
+  expect_page(bytes[layout::page_type] == disk::page_type_bbt, no_bbt_page);
+  expect_page(bytes[layout::page_level] == 0, no_bbt_page);
+  return make_bbt_leaf(info, bytes);
+}
+
+template <typename T>
+std::shared_ptr<nbt_nonleaf_page> database_impl<T>::read_nbt_nonleaf_page(const page_info& info) {
+  const page_bytes bytes = reader_.read_page(info);
+  expect_page(bytes[layout::page_type] == disk::page_type_nbt, no_nbt_page);
+  expect_page(bytes[layout::page_level] != 0, no_nbt_page);
+  return make_nbt_nonleaf(info, bytes);
+}
+
+template <typename T>
+std::shared_ptr<bbt_nonleaf_page> database_impl<T>::read_bbt_nonleaf_page(const page_info& info) {
+  const page_bytes bytes = reader_.read_page(info);
+  expect_page(bytes[layout::page_type] == disk::page_type_bbt, no_bbt_page);
+  expect_page(bytes[layout::page_level] != 0, no_bbt_page);
+  return make_bbt_nonleaf(info, bytes);
+}
+
+template <typename T>
+std::shared_ptr<bbt_leaf_page> database_impl<T>::make_bbt_leaf(const page_info& info,
+                                                               const page_bytes& bytes) {
+  return make_tracked<bbt_leaf_page>(shared_from_this(), info, parse_bbt_leaf<T>(bytes));
+}
+
+template <typename T>
+std::shared_ptr<nbt_leaf_page> database_impl<T>::make_nbt_leaf(const page_info& info,
+                                                               const page_bytes& bytes) {
+  return make_tracked<nbt_leaf_page>(shared_from_this(), info, parse_nbt_leaf<T>(bytes));
+}
+
+template <typename T>
+std::shared_ptr<bbt_nonleaf_page> database_impl<T>::make_bbt_nonleaf(const page_info& info,
+                                                                     const page_bytes& bytes) {
+  return make_tracked<bbt_nonleaf_page>(shared_from_this(), info, bytes[layout::page_level],
+                                        parse_nonleaf<T, ulonglong>(bytes));
+}
+
+template <typename T>
+std::shared_ptr<nbt_nonleaf_page> database_impl<T>::make_nbt_nonleaf(const page_info& info,
+                                                                     const page_bytes& bytes) {
+  return make_tracked<nbt_nonleaf_page>(shared_from_this(), info, bytes[layout::page_level],
+                                        parse_nonleaf<T, ulong>(bytes));
+}
+
+// Blocks of data ------------------------------------------------------------------------------
+
+template <typename T>
+std::shared_ptr<block> database_impl<T>::read_block(const context_ptr& parent,
+                                                    const block_info& info) {
+  try {
+    return read_data_block(parent, info);
+  } catch (const unexpected_block&) {
+    return read_subnode_block(parent, info);
+  }
+}
+
+template <typename T>
+std::shared_ptr<data_block> database_impl<T>::read_data_block(const context_ptr& parent,
+                                                              const block_info& info) {
+  if (!is_internal_id(info.id)) return read_external_block(parent, info);
+  expect_block(reader_.read_block_type(info) == disk::block_type_extended,
+               "extended block expected");
+  return read_extended_block(parent, info);
+}
+
+template <typename T>
+std::shared_ptr<extended_block> database_impl<T>::read_extended_block(const context_ptr& parent,
+                                                                      const block_info& info) {
+  expect_block(is_internal_id(info.id), "internal bid expected");
+  const byte_vector bytes = reader_.read_block(info);
+  const ulong total_size = disk::load<ulong>(bytes, disk::extended_total_size);
+  const extended_limits limits = limits_of<T>(bytes[disk::internal_level]);
+  vector<ulonglong> ids = parse_block_ids<T>(bytes);
+  // All children but the last are full. Pages behind the stream's end can be asked for, too.
+  const ulonglong full_children = ids.empty() ? 0 : ids.size() - 1;
+  reader_.expect_room(std::max<ulonglong>(total_size, full_children * limits.child_max_total_size));
+  return make_tracked<extended_block>(parent, info, limits, total_size, std::move(ids));
+}
+
+template <typename T>
+std::shared_ptr<external_block> database_impl<T>::read_external_block(const context_ptr& parent,
+                                                                      const block_info& info) {
+  byte_vector bytes;
+  if (info.id != 0) {
+    expect_block(!is_internal_id(info.id), "External BID expected");
+    bytes = reader_.read_block(info);
+    reader_.decode(bytes, info);
+  }
+  // The empty block has no bytes, whatever else is said of it.
+  return make_tracked<external_block>(parent, info.id != 0 ? info : block_info(),
+                                      layout::max_block_data, std::move(bytes));
+}
+
+template <typename T>
+std::shared_ptr<external_block> database_impl<T>::create_external_block(const context_ptr& parent,
+                                                                        ulonglong size) {
+  return make_tracked<external_block>(parent, layout::max_block_data, size);
+}
+
+template <typename T>
+std::shared_ptr<extended_block> database_impl<T>::create_extended_block(const context_ptr& parent,
+                                                                        ulonglong size) {
+  const bool one_level = size <= limits_of<T>(2).child_max_total_size;
+  return make_tracked<extended_block>(parent, limits_of<T>(one_level ? 1 : 2), size);
+}
+
+template <typename T>
+std::shared_ptr<extended_block> database_impl<T>::create_extended_block(
+    const context_ptr& parent, const std::shared_ptr<extended_block>& child) {
+  return make_tracked<extended_block>(parent, limits_of<T>(2), child);
+}
+
+template <typename T>
+std::shared_ptr<extended_block> database_impl<T>::create_extended_block(
+    const context_ptr& parent, const std::shared_ptr<external_block>& child) {
+  return make_tracked<extended_block>(parent, limits_of<T>(1), child);
+}
+
+// An AND, not an OR: all that is left of an internal block's id is the bit that says so.
+template <typename T>
+ulonglong database_impl<T>::alloc_bid(bool is_internal) {
+  const ulonglong next = reader_.take_next_bid();
+  return is_internal ? next & disk::bid_internal_bit : next;
+}
+
+// Blocks of subnodes --------------------------------------------------------------------------
+
+template <typename T>
+std::shared_ptr<subnode_block> database_impl<T>::read_subnode_block(const context_ptr& parent,
+                                                                    const block_info& info) {
+  if (info.id == 0) {
+    return make_tracked<subnode_leaf_block>(parent, info, subnode_leaf_block::entries());
+  }
+  const byte_vector bytes = reader_.read_block(info);
+  if (bytes[disk::internal_level] != 0) return make_subnode_nonleaf(parent, info, bytes);
+  return make_subnode_leaf(parent, info, bytes);
+}
+
+template <typename T>
+std::shared_ptr<subnode_leaf_block> database_impl<T>::read_subnode_leaf_block(
+    const context_ptr& parent, const block_info& info) {
+  const byte_vector bytes = reader_.read_block(info);
+  expect_block(bytes[disk::internal_level] == 0, "psub->level != 0");
+  return make_subnode_leaf(parent, info, bytes);
+}
+
+template <typename T>
+std::shared_ptr<subnode_nonleaf_block> database_impl<T>::read_subnode_nonleaf_block(
+    const context_ptr& parent, const block_info& info) {
+  const byte_vector bytes = reader_.read_block(info);
+  expect_block(bytes[disk::internal_level] != 0, "psub->level == 1");
+  return make_subnode_nonleaf(parent, info, bytes);
+}
+
+template <typename T>
+std::shared_ptr<subnode_leaf_block> database_impl<T>::make_subnode_leaf(const context_ptr& parent,
+                                                                        const block_info& info,
+                                                                        disk::bytes_view bytes) {
+  return make_tracked<subnode_leaf_block>(parent, info, parse_subnode_leaf<T>(bytes));
+}
+
+template <typename T>
+std::shared_ptr<subnode_nonleaf_block> database_impl<T>::make_subnode_nonleaf(
+    const context_ptr& parent, const block_info& info, disk::bytes_view bytes) {
+  return make_tracked<subnode_nonleaf_block>(parent, info, parse_subnode_nonleaf<T>(bytes));
+}
+
+// The forms that take an id -------------------------------------------------------------------
+
+template <typename T>
+std::shared_ptr<block> database_impl<T>::read_block(const context_ptr& parent, ulonglong bid) {
+  return read_block(parent, lookup_block_info(bid));
+}
+
+template <typename T>
+std::shared_ptr<data_block> database_impl<T>::read_data_block(const context_ptr& parent,
+                                                              ulonglong bid) {
+  return read_data_block(parent, lookup_block_info(bid));
+}
+
+template <typename T>
+std::shared_ptr<extended_block> database_impl<T>::read_extended_block(const context_ptr& parent,
+                                                                      ulonglong bid) {
+  return read_extended_block(parent, lookup_block_info(bid));
+}
+
+template <typename T>
+std::shared_ptr<external_block> database_impl<T>::read_external_block(const context_ptr& parent,
+                                                                      ulonglong bid) {
+  return read_external_block(parent, lookup_block_info(bid));
+}
+
+template <typename T>
+std::shared_ptr<subnode_block> database_impl<T>::read_subnode_block(const context_ptr& parent,
+                                                                    ulonglong bid) {
+  return read_subnode_block(parent, lookup_block_info(bid));
+}
+
+template <typename T>
+std::shared_ptr<subnode_leaf_block> database_impl<T>::read_subnode_leaf_block(
+    const context_ptr& parent, ulonglong bid) {
+  return read_subnode_leaf_block(parent, lookup_block_info(bid));
+}
+
+template <typename T>
+std::shared_ptr<subnode_nonleaf_block> database_impl<T>::read_subnode_nonleaf_block(
+    const context_ptr& parent, ulonglong bid) {
+  return read_subnode_nonleaf_block(parent, lookup_block_info(bid));
+}
+
+template class database_impl<ulong>;
+template class database_impl<ulonglong>;
+
+std::shared_ptr<db_context> open_database(const char16_t* path) {
+  try {
+    return make_tracked<database_impl<ulong>>(path);
+  } catch (const invalid_format&) {
+    // The first attempt has closed the file.
+    return make_tracked<database_impl<ulonglong>>(path);
+  }
+}
+
+}  // namespace pststore

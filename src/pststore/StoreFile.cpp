@@ -1,0 +1,39 @@
+#include "pststore/StoreFile.h"
+
+#include <stdexcept>
+
+namespace pststore {
+
+namespace {
+
+constexpr ulonglong seek_failed = std::numeric_limits<ulonglong>::max();
+
+}  // namespace
+
+store_file::store_file(const char16_t* path)
+    : path_(path), handle_(KernelFileOpen(path_.c_str(), KERNEL_OPEN_READ, KERNEL_OPEN_MODE)) {
+  if (handle_ == KERNEL_BAD_HANDLE) throw std::runtime_error("fopen failed");
+}
+
+store_file::~store_file() { KernelFileClose(handle_); }
+
+void store_file::read(void* buffer, size_t count, ulonglong address) {
+  // An address of all ones, which only a damaged file has, looks like the answer of a failed seek.
+  const ulonglong position =
+      KernelFileSeek(handle_, static_cast<int64_t>(address), KERNEL_SEEK_START);
+  if (position != address || position == seek_failed) throw std::out_of_range("fseek failed");
+  if (KernelFileReadLarge(handle_, buffer, count) != count) {
+    throw std::out_of_range("fread failed");
+  }
+}
+
+ulonglong store_file::get_size() {
+  if (size_ == 0) {
+    const ulonglong end = KernelFileSeek(handle_, 0, KERNEL_SEEK_END);
+    if (end == seek_failed) throw std::out_of_range("fseek failed");
+    size_ = end;
+  }
+  return size_;
+}
+
+}  // namespace pststore
