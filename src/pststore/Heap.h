@@ -1,0 +1,90 @@
+// Heap.h - a heap on a node: small numbered allocations in the pages of a node (MS-PST, 2.3.1).
+//
+//   first header, at the start of the node's data
+//     0  2  offset of the page map; stands at the start of every page
+//     2  1  heap signature, 0xEC
+//     3  1  client signature: 0xBC property context, 0x7C table
+//     4  4  the client's root allocation
+//     8  4  fill levels, not read
+//
+//   page map, at that offset of each page
+//     0  2  number of allocations
+//     2  2  number of freed ones, not read
+//     4     offsets into the page, 2 bytes each; entry i + 1 is the end of allocation i
+//
+//   heap id: page number << 16 | (number of the allocation + 1) << 5; 0 is the empty allocation.
+//   The lower 5 bits are 0; an id with one of them set names a subnode of the heap's node instead.
+//
+// Nothing is kept but the node with its loaded blocks: every operation reads the page map again.
+// Sizes and offsets count bytes. A bad id raises std::length_error or, when the page does not exist
+// or is too short, std::out_of_range; a page map that does not hold together, database_corrupt.
+#ifndef TARN_PSTSTORE_HEAP_H
+#define TARN_PSTSTORE_HEAP_H
+
+#include <memory>
+#include <span>
+
+#include "pststore/Node.h"
+#include "pststore/Types.h"
+
+namespace pststore {
+
+class external_block;
+class heap_impl;
+class hnid_stream_device;
+
+using heap_ptr = std::shared_ptr<heap_impl>;
+
+enum : unsigned char {
+  heap_sig = 0xEC,
+  heap_sig_pc = 0xBC,  // client signature of a property context
+  heap_sig_tc = 0x7C   // client signature of a table, and first byte of its root allocation
+};
+
+// Whether a heap-or-node id names an allocation.
+constexpr bool is_heap_id(ulong hnid) { return (hnid & 0x1F) == 0; }
+
+class heap_impl : public std::enable_shared_from_this<heap_impl> {
+ public:
+  // For open_heap.
+  explicit heap_impl(const node& data);
+  heap_impl(const node& data, unsigned char client_sig);
+
+  size_t size(ulong hid) const;
+
+  // Fills the buffer from `offset` of the allocation, none of which may lie behind its end, and
+  // returns the number of bytes read: fewer when the page ends before the allocation does.
+  size_t read(byte_vector& buffer, ulong hid, ulong offset) const;
+  size_t read(void* destination, size_t count, ulong hid, ulong offset) const;
+
+  // The whole allocation.
+  byte_vector read(ulong hid) const;
+
+  hnid_stream_device open_stream(ulong hid);
+
+  ulong get_root_id() const { return root_id_; }
+  const node& get_node() const { return node_; }
+  node& get_node() { return node_; }
+
+ private:
+  struct allocation {
+    std::shared_ptr<external_block> page;
+    ulong start = 0;
+    ulong size = 0;
+  };
+
+  unsigned char read_header();
+  allocation find(ulong hid) const;
+
+  node node_;
+  ulong root_id_ = 0;
+};
+
+// The heap on a copy of the node. A wrong signature raises sig_mismatch; the first form takes any
+// client signature.
+heap_ptr open_heap(const node& data);
+heap_ptr open_heap(const node& data, unsigned char client_sig);
+
+}  // namespace pststore
+
+#endif

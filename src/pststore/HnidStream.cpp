@@ -1,0 +1,48 @@
+#include "pststore/HnidStream.h"
+
+#include <algorithm>
+
+namespace pststore {
+
+hnid_stream_device::hnid_stream_device(heap_ptr heap, ulong hid)
+    : hid_(hid), heap_(std::move(heap)), node_(heap_->get_node()), is_hid_(true) {}
+
+hnid_stream_device::hnid_stream_device(const node& data) : node_(data), is_hid_(false) {}
+
+std::streamsize hnid_stream_device::read(char* destination, std::streamsize count) {
+  return is_hid_ ? read_allocation(destination, count) : read_node(destination, count);
+}
+
+std::streamsize hnid_stream_device::read_allocation(char* destination, std::streamsize count) {
+  if (hid_ == 0) return -1;
+  count =
+      std::min<std::streamsize>(count, static_cast<std::streamsize>(heap_->size(hid_)) - position_);
+  if (count <= 0) return -1;
+  const size_t done =
+      heap_->read(destination, static_cast<size_t>(count), hid_, static_cast<ulong>(position_));
+  position_ += static_cast<int64_t>(done);
+  return static_cast<std::streamsize>(done);
+}
+
+std::streamsize hnid_stream_device::read_node(char* destination, std::streamsize count) {
+  if (count <= 0) return -1;
+  const size_t done = node_.read(destination, static_cast<ulonglong>(count),
+                                 static_cast<ulonglong>(node_position_));
+  if (done == 0) return -1;
+  node_position_ += static_cast<int64_t>(done);
+  return static_cast<std::streamsize>(done);
+}
+
+std::streampos hnid_stream_device::seek(boost::iostreams::stream_offset offset,
+                                        std::ios_base::seekdir direction) {
+  int64_t& position = is_hid_ ? position_ : node_position_;
+  const auto size = static_cast<int64_t>(is_hid_ ? heap_->size(hid_) : node_.size());
+  int64_t base = position;
+  if (direction == std::ios_base::beg) base = 0;
+  if (direction == std::ios_base::end) base = size;
+  // Both lie between 0 and the size, so that clamping the offset is clamping the sum.
+  position = base + std::clamp<int64_t>(offset, -base, size - base);
+  return position;
+}
+
+}  // namespace pststore

@@ -1,0 +1,65 @@
+// HnidStream.h - one stored value as a seekable stream of bytes: an allocation of a heap, or the
+// data of a whole subnode.
+//
+// `hnid_stream_device` is an input-seekable device of Boost.Iostreams, and a value: copies move on
+// their own. `prop_stream` is the stream over a copy of it, with a buffer of 4096 bytes and 4 bytes
+// of putback. Both hold the heap or subnode, and may outlive whatever made them.
+//
+// What the store throws comes out of a prop_stream unchanged. Writing through its buffer fails with
+// the stream library's failure "no write access".
+#ifndef TARN_PSTSTORE_HNIDSTREAM_H
+#define TARN_PSTSTORE_HNIDSTREAM_H
+
+#include <boost/iostreams/categories.hpp>
+#include <boost/iostreams/positioning.hpp>
+#include <boost/iostreams/stream.hpp>
+#include <ios>
+
+#include "pststore/Heap.h"
+#include "pststore/Node.h"
+#include "pststore/Types.h"
+
+namespace pststore {
+
+class hnid_stream_device {
+ public:
+  using char_type = char;
+  struct category : boost::iostreams::input_seekable, boost::iostreams::device_tag {};
+
+  // An allocation; heap id 0 has no data.
+  hnid_stream_device(heap_ptr heap, ulong hid);
+  // The data of a node.
+  explicit hnid_stream_device(const node& data);
+
+  // The number of bytes delivered, or -1 at the end of the data.
+  std::streamsize read(char* destination, std::streamsize count);
+
+  // The new position: from the start (beg), the end (end) or the present place (all else), kept
+  // between 0 and the size.
+  std::streampos seek(boost::iostreams::stream_offset offset, std::ios_base::seekdir direction);
+
+ private:
+  std::streamsize read_allocation(char* destination, std::streamsize count);
+  std::streamsize read_node(char* destination, std::streamsize count);
+
+  int64_t position_ = 0;
+  ulong hid_ = 0;
+  heap_ptr heap_;  // null over a node
+  int64_t node_position_ = 0;
+  node node_;
+  bool is_hid_;
+};
+
+class prop_stream : public boost::iostreams::stream<hnid_stream_device, std::char_traits<char>,
+                                                    kernel_allocator<char>> {
+ public:
+  explicit prop_stream(const hnid_stream_device& device)
+      : boost::iostreams::stream<hnid_stream_device, std::char_traits<char>,
+                                 kernel_allocator<char>>(device) {
+    exceptions(std::ios_base::badbit);
+  }
+};
+
+}  // namespace pststore
+
+#endif

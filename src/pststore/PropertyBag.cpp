@@ -1,0 +1,83 @@
+#include "pststore/PropertyBag.h"
+
+#include "Common/LittleEndian.h"
+#include "pststore/Errors.h"
+
+namespace pststore {
+
+namespace {
+
+std::shared_ptr<prop_tree> open_properties(const heap_ptr& heap) {
+  return open_bth<ushort, disk::prop_entry>(heap, heap->get_root_id());
+}
+
+}  // namespace
+
+property_bag::property_bag(const node& data)
+    : tree_(open_properties(open_heap(data, heap_sig_pc))) {}
+
+property_bag::property_bag(const property_bag& other)
+    : const_property_object(other), tree_(open_properties(open_heap(other.get_node()))) {}
+
+property_bag& property_bag::operator=(const property_bag& other) {
+  if (this != &other) *this = property_bag(other);
+  return *this;
+}
+
+const disk::prop_entry& property_bag::lookup(ushort id) const {
+  const disk::prop_entry* const entry = tree_->find(id);
+  if (entry == nullptr) throw key_not_found<ushort>(id);
+  return *entry;
+}
+
+vector<ushort> property_bag::get_prop_list() const {
+  vector<ushort> ids;
+  tree_->append_keys(ids);
+  return ids;
+}
+
+ushort property_bag::get_prop_type(ushort id) const { return lookup(id).type; }
+
+bool property_bag::prop_exists(ushort id) const { return tree_->find(id) != nullptr; }
+
+ulonglong property_bag::size(ushort id) const {
+  const ulong hnid = get_value_4(id);
+  if (!is_heap_id(hnid)) return get_node().lookup(hnid).size();
+  return tree_->get_heap()->size(hnid);
+}
+
+hnid_stream_device property_bag::open_prop_stream(ushort id) const {
+  const ulong hnid = get_value_4(id);
+  if (is_heap_id(hnid)) return tree_->get_heap()->open_stream(hnid);
+  return hnid_stream_device(get_node().lookup(hnid));
+}
+
+unsigned char property_bag::get_value_1(ushort id) const {
+  return static_cast<unsigned char>(lookup(id).value);
+}
+
+ushort property_bag::get_value_2(ushort id) const { return static_cast<ushort>(lookup(id).value); }
+
+ulong property_bag::get_value_4(ushort id) const { return lookup(id).value; }
+
+ulonglong property_bag::get_value_8(ushort id) const {
+  const byte_vector bytes = get_value_variable(id);
+  if (bytes.size() < sizeof(ulonglong)) throw database_corrupt("value of less than 8 bytes");
+  return tarn::LoadLittleEndian<ulonglong>(bytes.data());
+}
+
+byte_vector property_bag::get_value_variable(ushort id) const {
+  const ulong hnid = get_value_4(id);
+  if (is_heap_id(hnid)) return tree_->get_heap()->read(hnid);
+  return read_whole(get_node().lookup(hnid));
+}
+
+byte_vector read_whole(const node& data) {
+  byte_vector bytes(data.size());
+  if (data.read(bytes.data(), bytes.size(), 0) != bytes.size()) {
+    throw database_corrupt("node shorter than its size");
+  }
+  return bytes;
+}
+
+}  // namespace pststore
