@@ -1,0 +1,340 @@
+// The scan has a head, which only collects code pages and fonts, and a body, which writes. In the
+// body a step is a byte, a line end or a control word; before each of them the output sees to its
+// room (RtfScanOutput.h), so that a step need not. Stretches of plain bytes are copied at once, in
+// as many steps as they have bytes.
+//
+// No byte is looked at more often than a small number of times: every step moves the cursor on, and
+// what a step costs does not depend on what was met before, be it fonts or open groups. Besides the
+// output, which is at most twice as long as the text, there are 4 bytes for each escape of the
+// longest hex run, 8 for each group that changes the code page, and the fonts.
+#include "rtf/RtfToHtml.h"
+
+#include <array>
+
+#include "Common/ByteSearch.h"
+#include "rtf/RtfCodePageStack.h"
+#include "rtf/RtfControlWords.h"
+#include "rtf/RtfFontIndex.h"
+#include "rtf/RtfFontTable.h"
+#include "rtf/RtfHexRun.h"
+#include "rtf/RtfNumbers.h"
+#include "rtf/RtfScanOutput.h"
+
+namespace tarn {
+namespace {
+
+constexpr uint32_t kNone = UINT32_MAX;
+
+constexpr std::string_view kTagGroup = "{\\*\\htmltag";
+constexpr std::string_view kAnsiCodePage = "\\ansicpg";
+constexpr std::string_view kDefaultFont = "\\deff";
+constexpr std::string_view kFontTable = "\\fonttbl";
+constexpr std::string_view kLanguage = "\\lang";
+constexpr std::string_view kFont = "\\f";
+constexpr std::string_view kBlockEnd = "\\htmlrtf0";
+
+// The loop through a dropped block ends so many bytes in front of the end; no "\htmlrtf0" that
+// stands there is seen by it.
+constexpr ptrdiff_t kBlockTail = 9;
+
+using ByteSet = std::array<bool, 256>;
+
+constexpr ByteSet SetOf(std::string_view bytes) {
+  ByteSet set = {};
+  for (const char byte : bytes) set[static_cast<unsigned char>(byte)] = true;
+  return set;
+}
+
+constexpr ByteSet kHeadBytes = SetOf("{\\");
+constexpr ByteSet kBlockBytes = SetOf("{}\\");
+constexpr ByteSet kBodyBytes = SetOf("{}\\\r\n");
+
+// The first byte of the set, or the end.
+const char* FindAny(const char* from, const char* end, const ByteSet& set) {
+  while (from < end && !set[static_cast<unsigned char>(*from)]) ++from;
+  return from;
+}
+
+uint32_t CodePageOfLanguage(uint32_t language) {
+  switch (language) {
+    case 1033:
+      return 1252;
+    case 1041:
+      return 932;
+    case 1049:
+      return 1251;
+    default:
+      return language;  // tried as a code page, which it hardly ever is
+  }
+}
+
+class RtfScan {
+ public:
+  explicit RtfScan(std::string_view text) : at_(text.data()), end_(text.data() + text.size()) {}
+
+  // 1, or the failure.
+  int32_t run() {
+    if (!output_.start()) return StatusOutOfMemory;
+    const int32_t status = scanHead();
+    return status == StatusOk ? scanBody() : status;
+  }
+
+  bool finish(SizedBytes& text) { return output_.finish(text); }
+
+ private:
+  bool startsWith(std::string_view word) const { return StartsWith(at_, end_, word); }
+  bool startsFont() const {
+    return startsWith(kFont) && end_ - at_ > 2 && IsRtfDigit(at_[kFont.size()]);
+  }
+
+  uint32_t takeNumberBehind(std::string_view word) {
+    at_ += word.size();
+    return TakeRtfNumber(at_, end_);
+  }
+
+  void lookUpFont(uint32_t number) {
+    if (const uint32_t* const codePage = fonts_.find(number)) fontCodePage_ = *codePage;
+  }
+
+  void takeLanguage() { languageCodePage_ = CodePageOfLanguage(TakeRtfNumber(at_, end_)); }
+
+  // At or behind "\fonttbl".
+  int32_t takeFontTable() {
+    if (const int32_t status = ParseRtfFontTable(table_, at_, end_); status != StatusOk) {
+      return status;
+    }
+    return fonts_.update(table_) ? StatusOk : StatusOutOfMemory;
+  }
+
+  void goToBrace() {
+    const char* const brace = FindByte(at_, end_, '}');
+    at_ = brace != nullptr ? brace : end_;
+  }
+
+  int32_t scanHead();
+  int32_t takeHeadWord();
+  int32_t scanBody();
+  int32_t takeStep();
+  int32_t takeWord();
+  int32_t act(RtfWordAction action, const char* backslash);
+  void takeLineEnd(char other);
+  int32_t takeTag();
+  int32_t dropBlock();
+  int32_t stepInBlock();
+  void takeUnicode(const char* backslash);
+  int32_t takeHexRun(const char* backslash);
+
+  const char* at_;
+  const char* const end_;
+  RtfScanOutput output_;
+  uint32_t ansiCodePage_ = kNone;
+  uint32_t fontCodePage_ = kNone;
+  uint32_t languageCodePage_ = kNone;
+  uint32_t pendingTag_ = kNone;
+  uint32_t defaultFont_ = kNone;
+  uint32_t currentFont_ = kNone;
+  bool hasCurrentFont_ = false;
+  RtfCodePageStack stack_;
+  RtfFontTable table_;
+  RtfFontIndex fonts_;
+};
+
+// After whatever it finds the head steps over one byte more, so that of two words in a row, as in
+// "\ansicpg1252\deff0", only the first is seen. Code pages come out as they always have this way.
+int32_t RtfScan::scanHead() {
+  while ((at_ = FindAny(at_, end_, kHeadBytes)) < end_ && !startsWith(kTagGroup)) {
+    if (*at_ == '\\') {
+      if (const int32_t status = takeHeadWord(); status != StatusOk) return status;
+    }
+    if (at_ < end_) ++at_;
+  }
+  lookUpFont(hasCurrentFont_ ? currentFont_ : defaultFont_);
+  return stack_.push(fontCodePage_) ? StatusOk : StatusOutOfMemory;
+}
+
+int32_t RtfScan::takeHeadWord() {
+  if (startsWith(kAnsiCodePage)) {
+    ansiCodePage_ = takeNumberBehind(kAnsiCodePage);
+  } else if (startsWith(kDefaultFont)) {
+    defaultFont_ = takeNumberBehind(kDefaultFont);
+  } else if (startsFont()) {
+    currentFont_ = takeNumberBehind(kFont);
+    hasCurrentFont_ = true;
+  } else if (startsWith(kFontTable)) {
+    at_ += kFontTable.size();
+    return takeFontTable();
+  }
+  return StatusOk;
+}
+
+int32_t RtfScan::scanBody() {
+  while (at_ < end_) {
+    const char* const special = FindAny(at_, end_, kBodyBytes);
+    if (!output_.copyInSteps(at_, static_cast<uint64_t>(special - at_))) return StatusOutOfMemory;
+    at_ = special;
+    if (at_ == end_) break;
+    if (!output_.makeRoom()) return StatusOutOfMemory;
+    if (const int32_t status = takeStep(); status != StatusOk) return status;
+  }
+  return StatusOk;
+}
+
+int32_t RtfScan::takeStep() {
+  switch (*at_) {
+    case '{':
+      if (!stack_.push(fontCodePage_)) return StatusOutOfMemory;
+      ++at_;
+      break;
+    case '}':
+      ++at_;
+      stack_.pop(fontCodePage_);
+      break;
+    case '\r':
+      takeLineEnd('\n');
+      break;
+    case '\n':
+      takeLineEnd('\r');
+      break;
+    default:
+      return takeWord();
+  }
+  return StatusOk;
+}
+
+// A pair of line end bytes, in either order, is layout of the RTF; a single one is text.
+void RtfScan::takeLineEnd(char other) {
+  const char byte = *at_++;
+  if (at_ < end_ && *at_ == other) {
+    ++at_;
+  } else {
+    output_.put(byte);
+  }
+}
+
+int32_t RtfScan::takeWord() {
+  const char* const backslash = at_;
+  const RtfControlWord& word =
+      FindRtfControlWord(std::string_view(at_, static_cast<size_t>(end_ - at_)));
+  output_.write(word.written);
+  at_ += word.text.size();
+  return word.action == RtfWordAction::None ? StatusOk : act(word.action, backslash);
+}
+
+int32_t RtfScan::act(RtfWordAction action, const char* backslash) {
+  switch (action) {
+    case RtfWordAction::None:
+      break;
+    case RtfWordAction::EatSpace:
+      EatRtfSpace(at_, end_);
+      break;
+    case RtfWordAction::SkipParameter:
+      TakeRtfNumber(at_, end_);
+      break;
+    case RtfWordAction::Tag:
+      return takeTag();
+    case RtfWordAction::ReplacedTag:
+      pendingTag_ = TakeRtfNumber(at_, end_);
+      break;
+    case RtfWordAction::Font:
+      lookUpFont(TakeRtfNumber(at_, end_));
+      break;
+    case RtfWordAction::HexRun:
+      return takeHexRun(backslash);
+    case RtfWordAction::SkipToBrace:
+      goToBrace();
+      break;
+    case RtfWordAction::SkipBlock:
+      return dropBlock();
+    case RtfWordAction::AnsiCodePage:
+      ansiCodePage_ = TakeRtfNumber(at_, end_);
+      break;
+    case RtfWordAction::Language:
+      takeLanguage();
+      break;
+    case RtfWordAction::FontTable:
+      // The table's own brace is read with it, so that its group stays on the stack.
+      return takeFontTable();
+    case RtfWordAction::Unicode:
+      takeUnicode(backslash);
+      break;
+  }
+  return StatusOk;
+}
+
+// Behind "\*\htmltag". The text of a tag is text like any other, unless its replacement has just
+// been written; then the group is dropped. What its "{" put on the stack stays there.
+int32_t RtfScan::takeTag() {
+  const uint32_t number = TakeRtfNumber(at_, end_);
+  if (number == pendingTag_) {
+    goToBrace();
+    if (!stack_.push(fontCodePage_)) return StatusOutOfMemory;
+    if (at_ < end_) {
+      stack_.pop(fontCodePage_);
+      ++at_;
+    }
+  }
+  pendingTag_ = kNone;
+  return StatusOk;
+}
+
+// Behind "\htmlrtf", with whatever follows it: a closing word that has no block opens one. Text is
+// dropped, but fonts, languages and groups count. Without an end, the last bytes are text again.
+int32_t RtfScan::dropBlock() {
+  while (end_ - at_ > kBlockTail) {
+    at_ = FindAny(at_, end_ - kBlockTail, kBlockBytes);
+    if (end_ - at_ <= kBlockTail) break;
+    if (startsWith(kBlockEnd)) {
+      at_ += kBlockEnd.size();
+      break;
+    }
+    if (const int32_t status = stepInBlock(); status != StatusOk) return status;
+  }
+  EatRtfSpace(at_, end_);
+  return StatusOk;
+}
+
+int32_t RtfScan::stepInBlock() {
+  if (startsWith(kLanguage)) {
+    at_ += kLanguage.size();
+    takeLanguage();
+  } else if (startsFont()) {
+    lookUpFont(takeNumberBehind(kFont));
+  } else if (*at_++ == '{') {
+    if (!stack_.push(fontCodePage_)) return StatusOutOfMemory;
+  } else if (at_[-1] == '}') {
+    stack_.pop(fontCodePage_);
+  }
+  return StatusOk;
+}
+
+// Writes the number two bytes behind the backslash and steps over the character that stands in for
+// it. No sign is understood: "\u-4064?" writes "&#0;", takes the "-" for the stand-in, and leaves
+// "4064?" as text.
+void RtfScan::takeUnicode(const char* backslash) {
+  at_ = backslash + 2;
+  output_.writeReference(static_cast<int32_t>(TakeRtfNumber(at_, end_)));
+  EatRtfSpace(at_, end_);
+  if (at_ < end_) ++at_;
+}
+
+// The code pages are signed here: the initial -1 is none, and neither is a number that has wrapped
+// below zero.
+int32_t RtfScan::takeHexRun(const char* backslash) {
+  const auto isKnown = [](uint32_t codePage) { return static_cast<int32_t>(codePage) > 1; };
+  const uint32_t codePage = isKnown(fontCodePage_)       ? fontCodePage_
+                            : isKnown(languageCodePage_) ? languageCodePage_
+                                                         : ansiCodePage_;
+  at_ = backslash;
+  return DecodeRtfHexRun(at_, end_, output_, codePage) == StatusOk ? StatusOk : StatusOutOfMemory;
+}
+
+}  // namespace
+
+int32_t RtfToHtml(SizedBytes& text) {
+  RtfScan scan(text.bytes());
+  const int32_t status = scan.run();
+  if (status != StatusOk) return status;
+  return scan.finish(text) ? StatusOk : StatusOutOfMemory;
+}
+
+}  // namespace tarn

@@ -1,0 +1,68 @@
+// RtfConversion.h - calls of RtfToHtml for tests.
+#ifndef TARN_TESTS_RTF_RTFCONVERSION_H
+#define TARN_TESTS_RTF_RTFCONVERSION_H
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <string_view>
+
+#include "Internal/Tarnclasses_.h"
+#include "rtf/RtfToHtml.h"
+
+namespace tarn::test {
+
+// Where the body of a document begins; an empty tag that writes nothing.
+inline const std::string kBodyStart = "{\\*\\htmltag}";
+
+inline std::string Repeat(std::string_view text, size_t count) {
+  std::string all;
+  all.reserve(text.size() * count);
+  for (size_t i = 0; i < count; ++i) all += text;
+  return all;
+}
+
+// A text whose block ends where it does, so that a step outside is noticed.
+inline SizedBytes BytesOf(std::string_view bytes) {
+  SizedBytes text;
+  text.data = AllocateBlock<char>(bytes.size(), TARN_HERE).take();
+  text.length = bytes.size();
+  if (text.data != nullptr && !bytes.empty()) std::memcpy(text.data, bytes.data(), bytes.size());
+  return text;
+}
+
+struct Converted {
+  int32_t status = 0;
+  std::string bytes;  // all that the length counts; those of before where the call failed
+};
+
+inline Converted ConvertRtf(std::string_view rtf) {
+  SizedBytes text = BytesOf(rtf);
+  const char* const before = text.data;
+  Converted converted;
+  converted.status = RtfToHtml(text);
+  converted.bytes = std::string(text.bytes());
+  if (converted.status == 1) {
+    EXPECT_TRUE(converted.bytes.ends_with('\0'));
+    EXPECT_LE(text.length, 2 * rtf.size() + 1);
+  } else {
+    EXPECT_EQ(text.data, before);
+    EXPECT_EQ(text.bytes(), rtf);
+  }
+  return converted;
+}
+
+// The markup of a whole document, without the NUL.
+inline std::string HtmlOf(std::string_view rtf) {
+  Converted converted = ConvertRtf(rtf);
+  EXPECT_EQ(converted.status, 1);
+  if (!converted.bytes.empty()) converted.bytes.pop_back();
+  return converted.bytes;
+}
+
+// What a stretch of the body comes to.
+inline std::string Body(std::string_view rtf) { return HtmlOf(kBodyStart + std::string(rtf)); }
+
+}  // namespace tarn::test
+
+#endif
