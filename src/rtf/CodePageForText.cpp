@@ -1,0 +1,64 @@
+#include "rtf/CodePageForText.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+#include "Internal/Tarnclasses_.h"
+#include "Platform/CodePages.h"
+#include "rtf/CharsetCodePages.h"
+
+namespace tarn {
+namespace {
+
+// No code page takes more for a unit.
+constexpr uint64_t kBytesPerUnit = 2;
+
+int32_t Capacity(uint64_t size) {
+  return static_cast<int32_t>(std::min<uint64_t>(size, INT32_MAX));
+}
+
+uint32_t FirstCarrier(const char16_t* text, uint64_t length, char16_t* wideScratch,
+                      char* byteScratch) {
+  for (const CharsetCodePage& row : CharsetCodePageTable) {
+    if (row.forText == 1 && RoundTripsInCodePage(text, length, row.codePage, wideScratch,
+                                                 byteScratch, length * kBytesPerUnit) == 1) {
+      return row.codePage;
+    }
+  }
+  return kNoCodePage;
+}
+
+}  // namespace
+
+int32_t RoundTripsInCodePage(const char16_t* text, uint64_t length, uint32_t codePage,
+                             char16_t* wideScratch, char* byteScratch, uint64_t byteScratchSize) {
+  if (text == nullptr || length == 0 || byteScratchSize == 0) return 0;
+  const std::u16string_view source(text, length);
+  bool usedDefault = false;
+  const int32_t bytes = platform::Utf16ToBytes(codePage, source, byteScratch,
+                                               Capacity(byteScratchSize), &usedDefault);
+  if (usedDefault || bytes <= 0) return 0;
+  const std::string_view carried(byteScratch, static_cast<size_t>(bytes));
+  const int32_t units = platform::BytesToUtf16(codePage, carried, wideScratch, Capacity(length));
+  if (units <= 0) return 0;
+  return std::u16string_view(wideScratch, static_cast<size_t>(units)) == source ? 1 : 0;
+}
+
+uint32_t FindCodePageForText(const char16_t* text, uint64_t length) {
+  if (text == nullptr || length == 0) return kNoCodePage;
+  // Single characters are asked for one after the other and are to cost no allocation.
+  constexpr uint64_t kFewUnits = 16;
+  if (length <= kFewUnits) {
+    std::array<char16_t, kFewUnits> wide;
+    std::array<char, kFewUnits * kBytesPerUnit> bytes;
+    return FirstCarrier(text, length, wide.data(), bytes.data());
+  }
+  if (length > INT32_MAX) return kNoCodePage;  // beyond what a conversion takes
+  const auto wide = AllocateBlock<char16_t>(length, TARN_HERE);
+  const auto bytes = AllocateBlock<char>(length * kBytesPerUnit, TARN_HERE);
+  if (!wide || !bytes) return kNoCodePage;
+  return FirstCarrier(text, length, wide.get(), bytes.get());
+}
+
+}  // namespace tarn

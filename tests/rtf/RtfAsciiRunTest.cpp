@@ -1,0 +1,148 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "Tarnbase/PlainKernel.h"
+#include "rtf/RtfTextWriter.h"
+
+namespace tarn {
+namespace {
+
+// One run, from a text whose heap block ends where it does.
+struct WrittenRun {
+  explicit WrittenRun(std::u16string_view text, uint32_t current = 0, uint32_t ascii = 0)
+      : font(current) {
+    const std::vector<char16_t> units(text.begin(), text.end());
+    status = WriteRtfAsciiRun(output, font, ascii, units.data(), units.size(), &taken);
+  }
+  std::string text() const {
+    return output.data == nullptr ? std::string() : std::string(output.data, output.length);
+  }
+
+  TrackedBuffer<char> output;
+  uint32_t font;
+  uint64_t taken = 77777;
+  int32_t status = 0;
+};
+
+void ExpectRun(std::u16string_view text, std::string_view written, uint64_t taken) {
+  const WrittenRun run(text);
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.text(), written);
+  EXPECT_EQ(run.taken, taken);
+}
+
+TEST(WriteRtfAsciiRun, TextToTheEndIsWritten) {
+  ExpectRun(u"a", "a", 1);
+  ExpectRun(u"From: me~\x7F", "From: me~\x7F", 10);
+}
+
+TEST(WriteRtfAsciiRun, SpecialsAreEscaped) {
+  ExpectRun(u"a{b", "a\\'7bb", 3);
+  ExpectRun(u"\\{}", "\\'5c\\'7b\\'7d", 3);
+  ExpectRun(u"a\tb\r\n\x01\x1F c", "a\\'09b\\'0d\\'0a\\'01\\'1f c", 9);
+}
+
+TEST(WriteRtfAsciiRun, WhatStandsBetweenASpecialAndTheEndOfTheRunIsLost) {
+  ExpectRun(u"union \u00E0", "", 6);
+  ExpectRun(u"a{bc\u00E0", "a\\'7b", 4);
+  ExpectRun(u"{\u00E0", "\\'7b", 1);
+  ExpectRun(std::u16string_view(u"a\\b\0c", 5), "a\\'5c", 3);
+  ExpectRun(u"a\u0080", "", 1);
+}
+
+TEST(WriteRtfAsciiRun, NothingIsTakenInFrontOfOtherText) {
+  ExpectRun(u"\u00E0 bc", "", 0);
+  ExpectRun(std::u16string_view(u"\0bc", 3), "", 0);
+}
+
+TEST(WriteRtfAsciiRun, TheAsciiFontIsSelectedWhereSomethingIsWritten) {
+  const WrittenRun plain(u"ab", 5, 3);
+  EXPECT_EQ(plain.text(), "\\f3 ab");
+  EXPECT_EQ(plain.font, 3u);
+  const WrittenRun special(u"}ab", 5, 3);
+  EXPECT_EQ(special.text(), "\\f3 \\'7dab");
+  const WrittenRun lost(u"ab\u00E0", 5, 3);
+  EXPECT_EQ(lost.text(), "");
+  EXPECT_EQ(lost.font, 5u);
+}
+
+TEST(WriteRtfAsciiRun, FontNumbersAreSigned) {
+  EXPECT_EQ(WrittenRun(u"a", 0, 0xFFFFFFFF).text(), "\\f-1 a");
+  EXPECT_EQ(WrittenRun(u"a", 0, 0x80000000).text(), "\\f-2147483648 a");
+  EXPECT_EQ(WrittenRun(u"a", 0, 2147483647).text(), "\\f2147483647 a");
+}
+
+TEST(WriteRtfAsciiRun, NoTextIsWrittenAsNothing) {
+  const WrittenRun run(u"", 5, 3);
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.text(), "");
+  EXPECT_EQ(run.taken, 0u);
+  EXPECT_EQ(run.font, 5u);
+  TrackedBuffer<char> output;
+  uint32_t font = 5;
+  EXPECT_EQ(WriteRtfAsciiRun(output, font, 3, nullptr, 0, nullptr), 1);
+}
+
+TEST(WriteRtfAsciiRun, NullArgumentsFail) {
+  TrackedBuffer<char> output;
+  uint32_t font = 0;
+  uint64_t taken = 77777;
+  EXPECT_EQ(WriteRtfAsciiRun(output, font, 0, nullptr, 1, &taken), -814);
+  EXPECT_EQ(WriteRtfAsciiRun(output, font, 0, u"a", 1, nullptr), -814);
+  EXPECT_EQ(output.length, 0u);
+}
+
+TEST(WriteRtfAsciiRun, AFailedConversionIsReported) {
+  PlainKernelFailAt(PlainKernelFaultText, 1);
+  const WrittenRun first(u"ab{cd");
+  EXPECT_EQ(first.status, -1851);
+  EXPECT_EQ(first.text(), "");
+  EXPECT_EQ(first.taken, 0u);
+  PlainKernelFailAt(PlainKernelFaultText, 2);
+  const WrittenRun second(u"ab{cd");
+  EXPECT_EQ(second.status, -1851);
+  EXPECT_EQ(second.text(), "ab\\'7b");
+  PlainKernelFailAt(PlainKernelFaultText, 3);
+  EXPECT_EQ(WrittenRun(u"ab{cd").status, 1);
+}
+
+TEST(WriteRtfAsciiRun, NothingCollectedIsNotConverted) {
+  PlainKernelFailAt(PlainKernelFaultText, 1);
+  EXPECT_EQ(WrittenRun(u"{}\\", 5, 3).text(), "\\f3 \\'7b\\'7d\\'5c");
+  EXPECT_EQ(WrittenRun(u"lost\u00E0").status, 1);
+}
+
+TEST(WriteRtfAsciiRun, WithoutMemoryItFails) {
+  // The output for the font, the scratch for "ab", the scratch for "cd".
+  for (uint64_t ordinal = 1; ordinal <= 3; ++ordinal) {
+    PlainKernelFailAt(PlainKernelFaultMemory, ordinal);
+    const WrittenRun run(u"ab{cd", 5, 3);
+    EXPECT_EQ(run.status, -1) << ordinal;
+    EXPECT_EQ(run.taken, 0u) << ordinal;
+  }
+  PlainKernelFailAt(PlainKernelFaultMemory, 4);
+  EXPECT_EQ(WrittenRun(u"ab{cd", 5, 3).text(), "\\f3 ab\\'7bcd");
+}
+
+TEST(WriteRtfAsciiRun, AnOutputThatCannotGrowIsReported) {
+  // Room for the font, for the collected text, or for the escape alone is missing.
+  for (const uint64_t room : {0u, 4u, 6u}) {
+    TrackedBuffer<char> output(0, 0);
+    if (room != 0) {
+      ASSERT_NE(output.reserve(room), nullptr);
+    }
+    uint32_t font = 5;
+    uint64_t taken = 0;
+    // One scratch block stands in front of the growth unless the font does not fit.
+    PlainKernelFailAt(PlainKernelFaultMemory, room == 0 ? 1 : 2);
+    output.lastError = 0;
+    EXPECT_EQ(WriteRtfAsciiRun(output, font, 3, u"ab{", 3, &taken), -1) << room;
+    EXPECT_EQ(output.lastError, -1) << room;
+    EXPECT_EQ(output.length, room) << room;
+  }
+}
+
+}  // namespace
+}  // namespace tarn
