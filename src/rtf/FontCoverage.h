@@ -1,4 +1,13 @@
 // FontCoverage.h - which font has the glyphs of a text.
+//
+// Texts are characters that no code page carries. Each test of a font makes a font and a block of
+// glyph words in the kernel; both are gone when it ends, whatever it finds.
+//
+// A document may name thousands of fonts and have thousands of characters that none of them has.
+// So the last answers are remembered in the table, and the work for one table is bounded: a font
+// looked at counts as 1, and a test as the units of its text. When kMaxCoverageWork is used up, no
+// font is found any more but for characters that are still remembered. That is enough for 200 fonts
+// and 800 different emoji; what is not found is written in the current font.
 #ifndef TARN_RTF_FONTCOVERAGE_H
 #define TARN_RTF_FONTCOVERAGE_H
 
@@ -8,12 +17,16 @@
 
 namespace tarn {
 
+inline constexpr uint64_t kMaxCoverageWork = 1u << 19;
+
 // 1 when the face has a glyph for every unit of the text; 0 otherwise, and on any failure.
-// `context` is a device context of the kernel. Only the first 31 bytes of a face name count.
+// `context` is a device context of the kernel. Only the first 31 bytes of a face name count; they
+// are in the code page of programs that know nothing of Unicode.
 int32_t FontCoversText(void* context, const char* faceName, const char16_t* text, uint64_t length);
 
-// The first font that covers the text: of the table, or else of a short list of common ones, which
-// is then added to the table. 1, or 0 when none does and without memory.
+// The first font that covers the text: of the table, in its order, or else of a short list of
+// common ones, which is then added to the table. 1, or 0 when none does and without memory, and
+// then `fontNumber` and the table are as they were.
 int32_t FindFontForText(RtfFontTable& table, const char16_t* text, uint64_t length,
                         uint32_t& fontNumber);
 

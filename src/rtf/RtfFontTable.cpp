@@ -181,6 +181,7 @@ void ReleaseRtfFontTable(RtfFontTable& table) {
   table.entries = nullptr;
   table.count = 0;
   table.found = {};
+  table.coverage = {};
 }
 
 }  // namespace tarn

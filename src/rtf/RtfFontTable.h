@@ -43,6 +43,23 @@ struct RtfFontMemo {
   int32_t entry = -1;       // index of the first entry that carries it; -1: unused
 };
 
+// What FindFontForText answered for one character. Longer ones are not kept.
+struct RtfCoverageAnswer {
+  std::array<char16_t, 4> text{};
+  uint32_t length = 0;   // units of the text; 0: unused
+  bool covered = false;  // by the font of that number
+  uint32_t fontNumber = 0;
+};
+
+// What FindFontForText remembers of a table: its last answers, which hold until a font is added,
+// and the work that it has done for the table.
+struct RtfCoverageMemo {
+  std::array<RtfCoverageAnswer, 16> answers;
+  size_t next = 0;    // the answer that the next one replaces
+  int32_t count = 0;  // entries that the table had
+  uint64_t work = 0;  // see kMaxCoverageWork in FontCoverage.h
+};
+
 struct RtfFontTable {
   RtfFontEntry* entries = nullptr;  // owned
   int32_t count = 0;
@@ -56,6 +73,7 @@ struct RtfFontTable {
   TrackedBuffer<char> tableText;  // no NUL behind it
   std::array<RtfFontMemo, 16> found;
   size_t nextFound = 0;  // the memo that the next one replaces
+  RtfCoverageMemo coverage;
 
   RtfFontTable() = default;
   RtfFontTable(const RtfFontTable&) = delete;

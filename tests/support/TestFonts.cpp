@@ -83,16 +83,16 @@ const TestFonts& InstalledTestFonts() { return Environment().installed(); }
 std::vector<TestFont> StandardTestFonts() {
   const std::u16string ascii = UnitRange(0x20, 0x7E);
   const std::u16string armenian = UnitRange(0x531, 0x556) + UnitRange(0x561, 0x587) + u"\u058A";
+  const std::u16string kana = UnitRange(0x3041, 0x30FE);
   const std::u16string syllables = UnitRange(0xAC00, 0xAC10);
   return {
       {.family = u"Arial",
        .characters = UnitRange(0x20, 0x17F) + UnitRange(0x391, 0x3CE) + UnitRange(0x410, 0x44F) +
                      armenian + u"\uFB13"},
       {.family = u"Symbol", .characters = UnitRange(0xF020, 0xF0FF), .symbol = true},
-      {.family = u"MS Gothic",
-       .characters = ascii + UnitRange(0x3041, 0x30FE) + UnitRange(0x3400, 0x34FF)},
-      {.family = u"Batang", .characters = ascii + syllables + UnitRange(0xA960, 0xA97C)},
-      {.family = u"Gulim", .characters = ascii + syllables + UnitRange(0x1681, 0x169A)},
+      {.family = u"MS Gothic", .characters = ascii + kana + u"\uF0B7" + UnitRange(0x3400, 0x34FF)},
+      {.family = u"Batang", .characters = ascii + kana + syllables + UnitRange(0xA960, 0xA97C)},
+      {.family = u"Gulim", .characters = ascii + kana + syllables + UnitRange(0x1681, 0x169A)},
       {.family = u"Sylfaen", .characters = ascii + armenian + UnitRange(0x10D0, 0x10FA)},
   };
 }

@@ -45,9 +45,9 @@ const TestFonts& InstalledTestFonts();
 //
 //   Arial      U+0020..U+017F, Greek, Cyrillic, Armenian (U+0531..U+058A), U+FB13
 //   Symbol     a symbol font: U+F020..U+F0FF
-//   MS Gothic  U+0020..U+007E, kana, U+3400..U+34FF
-//   Batang     U+0020..U+007E, U+AC00..U+AC10, U+A960..U+A97C
-//   Gulim      U+0020..U+007E, U+AC00..U+AC10, U+1681..U+169A (Ogham)
+//   MS Gothic  U+0020..U+007E, kana, U+3400..U+34FF, U+F0B7
+//   Batang     U+0020..U+007E, kana, U+AC00..U+AC10, U+A960..U+A97C
+//   Gulim      U+0020..U+007E, kana, U+AC00..U+AC10, U+1681..U+169A (Ogham)
 //   Sylfaen    U+0020..U+007E, Armenian, Georgian (U+10D0..U+10FA)
 //
 // No Windows code page holds the Armenian, Georgian and Ogham letters, U+3400 and U+A960.

@@ -1,0 +1,426 @@
+#include "rtf/FontCoverage.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "Tarnbase/PlainKernel.h"
+#include "rtf/RtfFonts.h"
+#include "support/TestFonts.h"
+
+namespace tarn::test {
+namespace {
+
+std::vector<TestFont> SpecialFonts() {
+  return {
+      // 31 characters, the most that a face name may have.
+      {.family = u"Name Of Thirty-One Characters 1", .characters = u"l"},
+      {.family = u"Caf\u00E9", .characters = u"c"},
+      {.family = u"Same Letters", .characters = u"\u0531"},
+  };
+}
+
+[[maybe_unused]] const bool kFonts =
+    UseTestFonts(StandardTestFonts()) && UseTestFonts(SpecialFonts());
+
+constexpr std::u16string_view kArmenian = u"\u0531";  // in Arial and Sylfaen
+constexpr std::u16string_view kGeorgian = u"\u10D0";  // in Sylfaen
+constexpr std::u16string_view kHan = u"\u3400";       // in MS Gothic
+constexpr std::u16string_view kJamo = u"\uA960";      // in Batang
+constexpr std::u16string_view kOgham = u"\u1681";     // in Gulim
+constexpr std::u16string_view kNowhere = u"\u1400";
+constexpr std::u16string_view kEmoji = u"\U0001F600";
+
+uint64_t LiveObjects() {
+  PlainKernelUsageRecord usage = {};
+  PlainKernelUsage(&usage);
+  return usage.liveTrackedObjects;
+}
+
+uint64_t AllocationCalls() {
+  PlainKernelUsageRecord usage = {};
+  PlainKernelUsage(&usage);
+  return usage.allocationCalls;
+}
+
+int32_t Covers(const char* faceName, std::u16string_view text) {
+  void* const context = KernelCreateDC(0, TARN_HERE);
+  const uint64_t before = LiveObjects();
+  const int32_t result = FontCoversText(context, faceName, text.data(), text.size());
+  EXPECT_EQ(LiveObjects(), before) << faceName;
+  KernelDeleteDC(context, TARN_HERE);
+  return result;
+}
+
+constexpr uint32_t kUntouched = 4711;
+
+struct Found {
+  int32_t result;
+  uint32_t number;
+  bool operator==(const Found&) const = default;
+};
+constexpr Found kNone = {0, kUntouched};
+
+std::ostream& operator<<(std::ostream& out, const Found& found) {
+  return out << "{" << found.result << ", " << found.number << "}";
+}
+
+Found Find(RtfFontTable& table, std::u16string_view text) {
+  const uint64_t before = LiveObjects();
+  Found found = kNone;
+  found.result = FindFontForText(table, text.data(), text.size(), found.number);
+  EXPECT_EQ(LiveObjects(), before);
+  return found;
+}
+
+// A prepared document with these groups in its font table.
+struct Document {
+  explicit Document(const std::string& fonts) {
+    status = Prepare(table, "{\\rtf1\\ansi\\deff0{\\fonttbl" + fonts + "}\\pard text}");
+    EXPECT_EQ(status, StatusOk);
+  }
+  RtfFontTable table;
+  int32_t status = 0;
+};
+
+TEST(FontCoversText, AsksForEveryUnit) {
+  EXPECT_EQ(Covers("Arial", u"Plain"), 1);
+  EXPECT_EQ(Covers("Arial", kArmenian), 1);
+  EXPECT_EQ(Covers("Arial", kGeorgian), 0);
+  EXPECT_EQ(Covers("Arial", u"a\u10D0"), 0);
+  EXPECT_EQ(Covers("Arial", u"\u10D0a"), 0);
+  EXPECT_EQ(Covers("arial", u"Plain"), 1);
+  EXPECT_EQ(Covers("Symbol", u"\uF041A"), 1);
+  EXPECT_EQ(Covers("Arial", kEmoji), 0);
+}
+
+TEST(FontCoversText, KnowsNoOtherFace) {
+  EXPECT_EQ(Covers("No Such Face", u"a"), 0);
+  EXPECT_EQ(Covers("Helvetica", u"a"), 0);
+  EXPECT_EQ(Covers("", u"a"), 0);
+}
+
+TEST(FontCoversText, HasNoAnswerWithoutAnArgument) {
+  EXPECT_EQ(FontCoversText(nullptr, nullptr, u"a", 1), 0);
+  EXPECT_EQ(FontCoversText(nullptr, "Arial", nullptr, 1), 0);
+}
+
+TEST(FontCoversText, ReadsThirtyOneBytesOfTheName) {
+  EXPECT_EQ(Covers("Name Of Thirty-One Characters 1", u"l"), 1);
+  EXPECT_EQ(Covers("Name Of Thirty-One Characters 12", u"l"), 1);
+  EXPECT_EQ(Covers("Name Of Thirty-One Characters 1 and many more of them", u"l"), 1);
+  EXPECT_EQ(Covers("Name Of Thirty-One Characters", u"l"), 0);
+}
+
+TEST(FontCoversText, ReadsNothingBehindTheName) {
+  const std::vector<char> exact = {'A', 'r', 'i', 'a', 'l', '\0'};
+  EXPECT_EQ(Covers(exact.data(), u"a"), 1);
+  const std::vector<char> text = {'N'};
+  EXPECT_EQ(Covers(std::string(31, text[0]).c_str(), u"a"), 0);
+}
+
+TEST(FontCoversText, ReadsTheNameInTheAnsiCodePage) {
+  EXPECT_EQ(Covers("Caf\xE9", u"c"), 1);
+  EXPECT_EQ(Covers("Caf\xC9", u"c"), 1);
+  EXPECT_EQ(Covers("Caf\xC3\xA9", u"c"), 0);
+}
+
+TEST(FontCoversText, DeletesTheFontWithoutMemoryForGlyphs) {
+  PlainKernelFailAt(PlainKernelFaultMemory, 1);
+  EXPECT_EQ(Covers("Arial", u"a"), 0);
+  EXPECT_EQ(Covers("Arial", u"a"), 1);
+}
+
+TEST(FontCoversText, TakesOneWordAUnitAndNothingElse) {
+  PlainKernelUsageRecord before = {};
+  PlainKernelUsage(&before);
+  const std::u16string text(100000, u'a');
+  EXPECT_EQ(Covers("Arial", text), 1);
+  PlainKernelUsageRecord after = {};
+  PlainKernelUsage(&after);
+  EXPECT_EQ(after.allocationCalls, before.allocationCalls + 1);
+  EXPECT_GE(after.peakBytes, before.liveBytes + 200000);
+}
+
+TEST(FindFontForText, TakesTheFirstOfTheTableThatCovers) {
+  Document document("{\\f3 Gulim;}{\\f5 Same Letters;}{\\f4 Sylfaen;}{\\f1 Arial;}");
+  EXPECT_EQ(Find(document.table, kArmenian), (Found{1, 5}));
+  EXPECT_EQ(Find(document.table, kGeorgian), (Found{1, 4}));
+  EXPECT_EQ(Find(document.table, kOgham), (Found{1, 3}));
+  EXPECT_EQ(document.table.changed, 0u);
+  EXPECT_EQ(document.table.count, 4);
+}
+
+TEST(FindFontForText, PrefersTheTableToTheCommonFaces) {
+  Document document("{\\f7 Sylfaen;}");
+  EXPECT_EQ(Find(document.table, kArmenian), (Found{1, 7}));
+  EXPECT_EQ(Find(document.table, kHan), (Found{1, 8}));
+}
+
+TEST(FindFontForText, PassesOverFontsWithoutAName) {
+  Document document("{\\f1}{\\f2\\fcharset0}{\\f3 Arial;}");
+  ASSERT_EQ(document.table.entries[0].name, nullptr);
+  EXPECT_EQ(Find(document.table, kArmenian), (Found{1, 3}));
+}
+
+TEST(FindFontForText, GivesTheNumberOfAnEntryWhateverItIs) {
+  Document document("{\\fswiss Arial;}");
+  EXPECT_EQ(document.table.entries[0].number, kNoRtfFont);
+  EXPECT_EQ(Find(document.table, kArmenian), (Found{1, kNoRtfFont}));
+  EXPECT_EQ(Find(document.table, kArmenian), (Found{1, kNoRtfFont}));
+}
+
+TEST(FindFontForText, AddsACommonFace) {
+  Document document("{\\f11\\fcharset204 Nobody Has This;}");
+  EXPECT_EQ(Find(document.table, kOgham), (Found{1, 12}));
+  EXPECT_EQ(TableText(document.table),
+            "\\fonttbl{\\f11\\fcharset204 Nobody Has This;}{\\f12 \\ \\fcharset0 Gulim}}");
+  EXPECT_EQ(Show(document.table), "11:1251:0:Nobody Has This|12:0:0:Gulim");
+  EXPECT_EQ(document.table.changed, 1u);
+  EXPECT_EQ(document.table.nextNumber, 13u);
+}
+
+TEST(FindFontForText, AddsAFaceOnce) {
+  Document document("{\\f0 Nobody Has This;}");
+  EXPECT_EQ(Find(document.table, kOgham), (Found{1, 1}));
+  EXPECT_EQ(Find(document.table, kOgham), (Found{1, 1}));
+  EXPECT_EQ(Find(document.table, u"\u1682"), (Found{1, 1}));
+  EXPECT_EQ(Show(document.table), "0:0:0:Nobody Has This|1:0:0:Gulim");
+}
+
+TEST(FindFontForText, TriesTheCommonFacesInOrder) {
+  // All but the last are in a later face as well.
+  const std::pair<std::u16string_view, const char*> expected[] = {{u"A", "Arial"},
+                                                                  {u"\uF0B7", "Symbol"},
+                                                                  {u"\u3041", "MS Gothic"},
+                                                                  {u"\uAC00", "Batang"},
+                                                                  {kOgham, "Gulim"}};
+  for (const auto& [text, face] : expected) {
+    Document document("{\\f0 Nobody Has This;}");
+    EXPECT_EQ(Find(document.table, text), (Found{1, 1})) << face;
+    EXPECT_EQ(Show(document.table), std::string("0:0:0:Nobody Has This|1:0:0:") + face);
+  }
+}
+
+TEST(FindFontForText, AddsFacesOneBehindTheOther) {
+  Document document("{\\f0 Nobody Has This;}");
+  EXPECT_EQ(Find(document.table, kJamo), (Found{1, 1}));
+  EXPECT_EQ(Find(document.table, kHan), (Found{1, 2}));
+  EXPECT_EQ(Find(document.table, u"\u3041"), (Found{1, 1}));
+  EXPECT_EQ(Find(document.table, u"\uFB13"), (Found{1, 3}));
+  EXPECT_EQ(TableText(document.table),
+            "\\fonttbl{\\f0 Nobody Has This;}{\\f1 \\ \\fcharset0 Batang}"
+            "{\\f2 \\ \\fcharset0 MS Gothic}{\\f3 \\ \\fcharset0 Arial}}");
+}
+
+TEST(FindFontForText, PassesOverCommonFacesOfTheTable) {
+  Document document("{\\f0 GULIM;}{\\f1 arial;}{\\f2 mS gOTHIC;}{\\f3 batang;}{\\f4 SYMBOL;}");
+  const uint64_t before = AllocationCalls();
+  EXPECT_EQ(Find(document.table, kNowhere), kNone);
+  // One block a test: the five of the table, and none of the common ones.
+  EXPECT_EQ(AllocationCalls() - before, 5u);
+}
+
+TEST(FindFontForText, ComparesWholeNamesOfCommonFaces) {
+  Document document("{\\f0 Arial Black;}{\\f1 Aria;}{\\f2 XArial;}");
+  EXPECT_EQ(Find(document.table, u"\uFB13"), (Found{1, 3}));
+  EXPECT_EQ(Show(document.table), "0:0:0:Arial Black|1:0:0:Aria|2:0:0:XArial|3:0:0:Arial");
+}
+
+TEST(FindFontForText, TriesSixCommonFacesAndSymbolTwice) {
+  Document document("{\\f0 Nobody Has This;}");
+  const uint64_t before = AllocationCalls();
+  EXPECT_EQ(Find(document.table, kNowhere), kNone);
+  EXPECT_EQ(AllocationCalls() - before, 7u);
+  EXPECT_EQ(document.table.count, 1);
+  EXPECT_EQ(document.table.changed, 0u);
+}
+
+TEST(FindFontForText, StartsATableInADocumentWithoutOne) {
+  RtfFontTable table;
+  ASSERT_EQ(Prepare(table, "{\\rtf1\\fromtext \\pard x}"), StatusOk);
+  EXPECT_EQ(Find(table, kOgham), (Found{1, 0}));
+  EXPECT_EQ(TableText(table), "\x0Conttbl{\\f0 \\ \\fcharset0 Gulim}}");
+}
+
+TEST(FindFontForText, FindsNothingForHalvesOfPairs) {
+  Document document("{\\f0 Arial;}");
+  EXPECT_EQ(Find(document.table, kEmoji), kNone);
+}
+
+TEST(FindFontForText, HasNoAnswerWithoutAText) {
+  Document document("{\\f0 Arial;}");
+  uint32_t number = kUntouched;
+  EXPECT_EQ(FindFontForText(document.table, nullptr, 1, number), 0);
+  EXPECT_EQ(number, kUntouched);
+}
+
+TEST(FindFontForText, SaysNoWithoutMemoryAndRecovers) {
+  const std::string_view fonts = "{\\f0 Nobody Has This;}{\\f1 Same Letters;}";
+  const std::string extended = "0:0:0:Nobody Has This|1:0:0:Same Letters|2:0:0:Gulim";
+  int failures = 0;
+  for (uint64_t ordinal = 1;; ++ordinal) {
+    Document document{std::string(fonts)};
+    const uint64_t before = AllocationCalls();
+    PlainKernelFailAt(PlainKernelFaultMemory, ordinal);
+    const Found found = Find(document.table, kOgham);
+    PlainKernelFailAt(PlainKernelFaultMemory, 0);
+    if (found.result == 1) {
+      // At most the test of another face failed, as if that face did not cover the text.
+      EXPECT_EQ(found, (Found{1, 2}));
+      EXPECT_EQ(Show(document.table), extended);
+      if (AllocationCalls() - before < ordinal) break;
+      continue;
+    }
+    ++failures;
+    EXPECT_EQ(found, kNone);
+    EXPECT_EQ(Show(document.table), "0:0:0:Nobody Has This|1:0:0:Same Letters");
+    EXPECT_EQ(TableText(document.table), "\\fonttbl" + std::string(fonts) + "}");
+    EXPECT_EQ(document.table.changed, 0u);
+    // What memory hid is not remembered as an answer.
+    EXPECT_EQ(Find(document.table, kOgham), (Found{1, 2}));
+  }
+  // The test of Gulim, and the name and the entry of what is added; the text has room.
+  EXPECT_EQ(failures, 3);
+}
+
+TEST(FindFontForText, FallsBackWhenMemoryHidesAFont) {
+  Document document("{\\f5 Sylfaen;}");
+  PlainKernelFailAt(PlainKernelFaultMemory, 1);
+  EXPECT_EQ(Find(document.table, kArmenian), (Found{1, 6}));
+  EXPECT_EQ(Show(document.table), "5:0:0:Sylfaen|6:0:0:Arial");
+}
+
+TEST(FindFontForText, RemembersItsLastAnswers) {
+  Document document("{\\f0 Sylfaen;}");
+  EXPECT_EQ(Find(document.table, kArmenian), (Found{1, 0}));
+  EXPECT_EQ(Find(document.table, kEmoji), kNone);
+  const uint64_t before = AllocationCalls();
+  EXPECT_EQ(Find(document.table, kArmenian), (Found{1, 0}));
+  EXPECT_EQ(Find(document.table, kEmoji), kNone);
+  EXPECT_EQ(Find(document.table, kEmoji), kNone);
+  EXPECT_EQ(AllocationCalls(), before);
+  // Another text, if only by a unit, is asked for.
+  EXPECT_EQ(Find(document.table, u"\u0531\u0531"), (Found{1, 0}));
+  EXPECT_EQ(AllocationCalls(), before + 1);
+}
+
+TEST(FindFontForText, ForgetsItsAnswersWhenTheTableGrows) {
+  Document document("{\\f0 Arial;}");
+  EXPECT_EQ(Find(document.table, kGeorgian), kNone);
+  uint32_t number = 0;
+  ASSERT_EQ(AddRtfFont(document.table, "Sylfaen", "nil", 0, 0, number), StatusOk);
+  EXPECT_EQ(Find(document.table, kGeorgian), (Found{1, 1}));
+}
+
+TEST(FindFontForText, ForgetsItsAnswersWithTheTable) {
+  RtfFontTable table;
+  ASSERT_EQ(Prepare(table, "{\\fonttbl{\\f0 Arial;}}"), StatusOk);
+  EXPECT_EQ(Find(table, kGeorgian), kNone);
+  ReleaseRtfFontTable(table);
+  table.parsed = 0;
+  ASSERT_EQ(Prepare(table, "{\\fonttbl{\\f9 Sylfaen;}}"), StatusOk);
+  EXPECT_EQ(Find(table, kGeorgian), (Found{1, 9}));
+}
+
+TEST(FindFontForText, RemembersNothingOfTheCallersNumber) {
+  Document document("{\\f0 Arial;}");
+  uint32_t number = 1;
+  EXPECT_EQ(FindFontForText(document.table, kGeorgian.data(), 1, number), 0);
+  number = 2;
+  EXPECT_EQ(FindFontForText(document.table, kGeorgian.data(), 1, number), 0);
+  EXPECT_EQ(number, 2u);
+}
+
+TEST(FindFontForText, AsksAgainForLongCharacters) {
+  Document document("{\\f0 Sylfaen;}");
+  // The second ends with a unit that is its length.
+  for (const std::u16string_view text : {u"\u0531aaaa", u"\u1400aaa\u0005"}) {
+    Find(document.table, text);
+    const uint64_t before = AllocationCalls();
+    Find(document.table, text);
+    EXPECT_GT(AllocationCalls(), before);
+  }
+}
+
+TEST(FindFontForText, FindsNothingMissingInAnEmptyText) {
+  Document document("{\\f3 No Such Face;}{\\f4 Sylfaen;}");
+  EXPECT_EQ(Find(document.table, u""), (Found{1, 4}));
+}
+
+// Fonts that nobody has, numbered from 0, named by a text and their number, or not at all. Made
+// without a document: reading one with so many fonts takes long under a sanitizer.
+void FillWithFonts(RtfFontTable& table, int32_t count, const char* name) {
+  const auto fonts = static_cast<uint32_t>(count);
+  table.entries = AllocateZeroBlock<RtfFontEntry>(fonts, TARN_HERE).take();
+  ASSERT_NE(table.entries, nullptr);
+  for (uint32_t n = 0; n < fonts; ++n) {
+    RtfFontEntry& entry = table.entries[n];
+    entry.number = n;
+    if (name == nullptr) continue;
+    const std::string full = name + std::to_string(n);
+    entry.name = AllocateZeroBlock<char>(full.size() + 1, TARN_HERE).take();
+    ASSERT_NE(entry.name, nullptr);
+    full.copy(entry.name, full.size());
+  }
+  table.count = count;
+  table.nextNumber = fonts;
+}
+
+// All the work that a table is worth: 16 searches of a table of 32,767 fonts without names.
+TEST(FindFontForText, StopsWhenTheWorkIsUsedUp) {
+  RtfFontTable table;
+  FillWithFonts(table, 32767, nullptr);
+  EXPECT_EQ(Find(table, u"A"), (Found{1, 32767}));
+  const std::u16string_view misses = u"\u1401\u1402\u1403\u1404\u1405\u1406\u1407\u1408";
+  for (size_t at = 0; at < misses.size(); ++at) {
+    EXPECT_EQ(Find(table, misses.substr(at, 1)), kNone);
+  }
+  EXPECT_EQ(Find(table, kArmenian), (Found{1, 32767}));
+  for (char16_t unit = 0x1409; unit < 0x1409 + 8; ++unit) {
+    EXPECT_EQ(Find(table, {&unit, 1}), kNone);
+  }
+  // Not looked for any more; what was found before is still known.
+  EXPECT_EQ(Find(table, u"B"), kNone);
+  EXPECT_EQ(Find(table, kArmenian), (Found{1, 32767}));
+}
+
+TEST(FindFontForText, CountsTheUnitsOfATest) {
+  Document document("{\\f0 Arial;}");
+  const std::u16string text = std::u16string(200000, u'a') + u"\u1400";
+  EXPECT_EQ(Find(document.table, text), kNone);
+  EXPECT_EQ(Find(document.table, u"A"), kNone);
+}
+
+TEST(FindFontForText, LeavesWellFormedDocumentsEnoughWork) {
+  RtfFontTable table;
+  FillWithFonts(table, 200, "Unknown ");
+  for (char16_t unit = 0xDC00; unit < 0xDC00 + 800; ++unit) {
+    const char16_t pair[] = {0xD83D, unit};
+    ASSERT_EQ(Find(table, {pair, 2}), kNone);
+  }
+  EXPECT_EQ(Find(table, kOgham), (Found{1, 200}));
+}
+
+TEST(FindFontForText, BoundsTheWorkOfAHostileDocument) {
+  RtfFontTable named;
+  FillWithFonts(named, 32768, "Unknown ");
+  RtfFontTable nameless;
+  FillWithFonts(nameless, 32768, nullptr);
+  const auto start = std::chrono::steady_clock::now();
+  for (int n = 0; n < 100000; ++n) {
+    const char16_t text[] = {static_cast<char16_t>(0x1400 + n % 256),
+                             static_cast<char16_t>(0x1400 + n / 256)};
+    ASSERT_EQ(Find(named, {text, 2}), kNone);
+    ASSERT_EQ(Find(nameless, {text, 2}), kNone);
+  }
+  const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
+  EXPECT_LT(time.count(), 10.0);
+}
+
+}  // namespace
+}  // namespace tarn::test
