@@ -9,7 +9,9 @@
 //
 // There are two decoders, one for each kind of mail file, and they differ where their comments say
 // so. Whatever the data, neither leaves its buffers, and neither allocates more than the packed
-// data can fill: a raw size beyond that is damage, -9.
+// data can fill: a raw size beyond that is damage, -9, and so are a negative one of packed data,
+// packed data that ends early, and a reference that reads or writes outside of the block. When
+// damage is found the body is as it was.
 #ifndef TARN_RTF_COMPRESSEDRTF_H
 #define TARN_RTF_COMPRESSEDRTF_H
 
@@ -22,14 +24,16 @@ namespace tarn {
 
 // Unpacks a block into message.body and, when the RTF wraps HTML, turns it into HTML. Takes over
 // `source`, which is freed on every way out. The body then ends with a NUL that its length counts.
-// Stored data is taken without a test of its CRC. 1; -9 for damaged data; -1 without memory. The
-// body is unchanged when damage is found.
+// Stored data is taken without a test of its CRC; its raw size is cut to the data, -1 ends the text
+// at its first NUL, and -2 to -16 are sizes that no memory holds. 1; -9 for damaged data; -1
+// without memory, and then a body that stored data would have replaced has length 0.
 int32_t DecodeCompressedRtf(char* source, MailMessage& message, uint64_t sourceLength);
 
-// Unpacks a stream that is at its end into messages.records[index].body, as RTF in any case and
-// without a NUL behind it. The CRC of stored data is tested; its raw size is ignored, and the text
-// ends at its first NUL. A body that held more than the text needs keeps its length, less 207. What
-// the stream throws is let through. 1; -9; -1.
+// Unpacks a stream that is at its end into messages.records[index].body, as RTF in any case.
+// Packed text gets no NUL behind it. The CRC of stored data is tested; its raw size is ignored, and
+// the text ends at its first NUL. A body of at least raw size + 207 bytes keeps its block, and its
+// length less 207: the bytes behind the text are not part of it. What the stream throws is let
+// through. 1; -9, and for a stream that gives less than its length; -1.
 int32_t DecodePstCompressedRtf(std::istream& stream, MessageList& messages, int32_t index);
 
 }  // namespace tarn

@@ -1,0 +1,81 @@
+// Unpacking goes into a block of its own. It becomes the body, but for a body that has room enough:
+// that one keeps its block, and what stood behind the unpacked bytes stays there.
+#include <algorithm>
+#include <cstring>
+#include <istream>
+#include <span>
+
+#include "Common/Crc32.h"
+#include "rtf/CompressedRtf.h"
+#include "rtf/LzfuUnpack.h"
+
+namespace tarn {
+namespace {
+
+using Bytes = std::span<const unsigned char>;
+
+// All bytes in front of the read position. 1; -9; -1.
+int32_t ReadFromStart(std::istream& stream, KernelBlock<unsigned char>& block, uint64_t& length) {
+  const auto position = static_cast<std::streamoff>(stream.tellg());
+  if (position < static_cast<std::streamoff>(kCompressedRtfHeaderSize)) return StatusNotSupported;
+  length = static_cast<uint64_t>(position);
+  block = AllocateBlock<unsigned char>(length, TARN_HERE);
+  if (!block) return StatusOutOfMemory;
+  stream.seekg(0);
+  stream.read(reinterpret_cast<char*>(block.get()), position);
+  return stream.gcount() == position ? StatusOk : StatusNotSupported;
+}
+
+int32_t TakeStored(SizedBytes& body, Bytes contents) {
+  const std::string_view text(reinterpret_cast<const char*>(contents.data()), contents.size());
+  body.length = 0;
+  return AppendTerminated(body, text.data(), std::min(text.find('\0'), text.size()));
+}
+
+int32_t TakePacked(SizedBytes& body, Bytes packed, int32_t rawSize) {
+  if (rawSize < 0) return StatusNotSupported;
+  const auto size = static_cast<uint64_t>(rawSize);
+  if (size > LongestUnpackedText(packed.size())) return StatusNotSupported;
+
+  const uint64_t end = kLzfuFixedSize + size;
+  const bool keepsBlock = body.data != nullptr && body.length >= end;
+  const uint64_t room = keepsBlock ? std::min(body.length, end + kLzfuLongestToken) : end;
+  auto block = AllocateBlock<unsigned char>(room, TARN_HERE);
+  if (!block) return StatusOutOfMemory;
+  std::memcpy(block.get(), kLzfuFixedText.data(), kLzfuFixedSize);
+  const uint64_t reached = UnpackLzfu(packed, {block.get(), room}, end);
+  if (reached == 0) return StatusNotSupported;
+
+  if (keepsBlock) {
+    std::memcpy(body.data, block.get(), reached);
+  } else {
+    body.release();
+    body.data = reinterpret_cast<char*>(block.take());
+    body.length = end;
+  }
+  std::memmove(body.data, body.data + kLzfuFixedSize, size);
+  body.length -= kLzfuFixedSize;
+  return StatusOk;
+}
+
+}  // namespace
+
+int32_t DecodePstCompressedRtf(std::istream& stream, MessageList& messages, int32_t index) {
+  KernelBlock<unsigned char> block;
+  uint64_t length = 0;
+  const int32_t status = ReadFromStart(stream, block, length);
+  if (status != StatusOk) return status;
+
+  const Bytes all(block.get(), length);
+  const CompressedRtfHeader header = ReadCompressedRtfHeader(all);
+  const Bytes contents = all.subspan(kCompressedRtfHeaderSize);
+  if (header.compressedSize != length - 4) return StatusNotSupported;
+  if (header.crc != Crc32(contents.data(), contents.size())) return StatusNotSupported;
+
+  SizedBytes& body = messages.records[index].body;
+  if (header.magic == kMagicStored) return TakeStored(body, contents);
+  if (header.magic == kMagicPacked) return TakePacked(body, contents, header.rawSize);
+  return StatusNotSupported;
+}
+
+}  // namespace tarn

@@ -1,0 +1,281 @@
+#include <gtest/gtest.h>
+
+#include <istream>
+#include <stdexcept>
+#include <streambuf>
+
+#include "CompressedRtfSupport.h"
+#include "Tarnbase/PlainKernel.h"
+#include "rtf/CompressedRtf.h"
+
+namespace tarn::test {
+namespace {
+
+Decoded Ok(std::string body) { return {1, std::move(body)}; }
+const Decoded kDamaged = {-9, "old"};
+
+TEST(CompressedPstRtf, ThePublishedExamples) {
+  EXPECT_EQ(UnpackPst(PublishedHelloWorld()),
+            Ok("{\\rtf1\\ansi\\ansicpg1252\\pard hello world}\n\r"));
+  EXPECT_EQ(UnpackPst(PublishedCrossing()), Ok("{\\rtf1 WXYZWXYZWXYZWXYZWXYZ}"));
+}
+
+TEST(CompressedPstRtf, NoTerminatorFollows) {
+  EXPECT_EQ(UnpackPst(Packed(3, LzfuTokens().literals("abc"))), Ok("abc"));
+  EXPECT_EQ(UnpackPst(Packed(4, LzfuTokens().literals(Literal("abc\0")))), Ok(Literal("abc\0")));
+  EXPECT_EQ(UnpackPst(Packed(0, LzfuTokens())), Ok(""));
+}
+
+TEST(CompressedPstRtf, RtfThatWrapsHtmlStaysRtf) {
+  const std::string text = "{\\rtf1\\ansi\\fromhtml1 {\\*\\htmltag64 <p><![if !supportLists]>}}";
+  EXPECT_EQ(UnpackPst(PackRtf(text)), Ok(text));
+}
+
+TEST(CompressedPstRtf, FillsTheRecordOfTheIndex) {
+  MailMessage records[3];
+  MessageList messages{3, records};
+  std::istringstream stream(PublishedCrossing());
+  stream.seekg(0, std::ios::end);
+  EXPECT_EQ(DecodePstCompressedRtf(stream, messages, 1), 1);
+  EXPECT_EQ(records[0].body.data, nullptr);
+  EXPECT_EQ(records[1].body.bytes(), "{\\rtf1 WXYZWXYZWXYZWXYZWXYZ}");
+  EXPECT_EQ(records[2].body.data, nullptr);
+}
+
+TEST(CompressedPstRtf, AShortBodyIsReplaced) {
+  const std::string packed = Packed(3, LzfuTokens().literals("abc"));
+  EXPECT_EQ(UnpackPst(packed, std::string(209, '.')), Ok("abc"));
+  MailMessage message;
+  message.body.length = 1000;  // a length without a block
+  EXPECT_EQ(UnpackPst(message, packed), 1);
+  EXPECT_EQ(message.body.bytes(), "abc");
+}
+
+// What lies behind the text: the last 207 bytes of fixed text and text as they were unpacked, and
+// then the old body.
+TEST(CompressedPstRtf, ALongBodyKeepsItsBlockAndItsLengthLess207) {
+  const std::string packed = Packed(3, LzfuTokens().literals("abc"));
+  const std::string fixed(LzfuStartText());
+  MailMessage message;
+  GiveBody(message, std::string(292, '.') + '!' + std::string(207, '?'));
+  const char* const block = message.body.data;
+  EXPECT_EQ(UnpackPst(message, packed), 1);
+  EXPECT_EQ(message.body.data, block);
+  EXPECT_EQ(message.body.bytes(), "abc" + fixed.substr(3) + "abc" + std::string(82, '.') + '!');
+}
+
+TEST(CompressedPstRtf, ABodyOfJustTheTextAnd207BytesKeepsItsBlock) {
+  const std::string packed = Packed(3, LzfuTokens().literals("abc"));
+  for (const size_t length : {209u, 210u, 211u}) {
+    MailMessage message;
+    GiveBody(message, std::string(length, '.'));
+    const char* const block = message.body.data;
+    EXPECT_EQ(UnpackPst(message, packed), 1);
+    EXPECT_EQ(message.body.data == block, length >= 210);
+    EXPECT_EQ(message.body.bytes(), length == 211 ? "abct" : "abc");
+  }
+}
+
+TEST(CompressedPstRtf, ALastReferenceMayGoBeyondTheTextInALongBody) {
+  const std::string packed = Packed(3, LzfuTokens().literals("ab").back(1, 17));
+  const std::string fixed(LzfuStartText());
+  // The reference writes up to the block's byte 226.
+  EXPECT_EQ(UnpackPst(packed, std::string(250, '.')), Ok("abb" + fixed.substr(3, 40)));
+  EXPECT_EQ(UnpackPst(packed, std::string(226, '.')), Ok("abb" + fixed.substr(3, 16)));
+  EXPECT_EQ(UnpackPst(packed, std::string(225, '.')), (Decoded{-9, std::string(225, '.')}));
+  EXPECT_EQ(UnpackPst(packed, std::string(450, '.')),
+            Ok("abb" + fixed.substr(3) + "a" + std::string(18, 'b') + std::string(17, '.')));
+}
+
+TEST(CompressedPstRtf, WithoutRoomALastReferenceEndsWithTheText) {
+  EXPECT_EQ(UnpackPst(Packed(5, LzfuTokens().reference(1, 5))), Ok("\\rtf1"));
+  EXPECT_EQ(UnpackPst(Packed(5, LzfuTokens().reference(1, 6))), kDamaged);
+}
+
+TEST(CompressedPstRtf, ATextOfNoBytesInALongBody) {
+  const std::string fixed(LzfuStartText());
+  EXPECT_EQ(UnpackPst(Packed(0, LzfuTokens()), std::string(207, '.')), Ok(""));
+  EXPECT_EQ(UnpackPst(Packed(0, LzfuTokens()), std::string(217, '.')), Ok(fixed.substr(0, 10)));
+}
+
+TEST(CompressedPstRtf, AStreamBelow16BytesIsRefused) {
+  const std::string whole = Packed(0, LzfuTokens());
+  for (size_t length = 0; length < 16; ++length) {
+    EXPECT_EQ(UnpackPst(whole.substr(0, length)), kDamaged) << length;
+  }
+}
+
+TEST(CompressedPstRtf, AWrongCompressedSizeIsRefused) {
+  for (const uint32_t size : {0u, 14u, 16u, 19u, 0xFFFFFFFFu}) {
+    EXPECT_EQ(
+        UnpackPst(WriteCompressedRtf({.compressedSize = size, .rawSize = 2}, Literal("\0ab"))),
+        kDamaged);
+    EXPECT_EQ(UnpackPst(WriteCompressedRtf(
+                  {.compressedSize = size, .rawSize = 3, .magic = kMelaMagic}, "abc")),
+              kDamaged);
+  }
+}
+
+TEST(CompressedPstRtf, AWrongChecksumIsRefused) {
+  const std::string contents = Literal("\0ab");
+  const uint32_t right = LzfuChecksum(contents);
+  for (const uint32_t magic : {kLzfuMagic, kMelaMagic}) {
+    for (const uint32_t wrong : {0u, ~right, right ^ 1, right ^ 0x80000000u}) {
+      EXPECT_EQ(
+          UnpackPst(WriteCompressedRtf({.rawSize = 2, .magic = magic, .crc = wrong}, contents)),
+          kDamaged);
+    }
+    EXPECT_EQ(UnpackPst(WriteCompressedRtf({.rawSize = 2, .magic = magic, .crc = right}, contents))
+                  .status,
+              1);
+  }
+}
+
+TEST(CompressedPstRtf, AnotherMagicIsRefused) {
+  for (const uint32_t magic : {0u, 0x75465A4Du, 0x4C5A4675u, 0x414C454Cu}) {
+    EXPECT_EQ(UnpackPst(WriteCompressedRtf({.rawSize = 2, .magic = magic}, Literal("\0ab"))),
+              kDamaged);
+  }
+}
+
+TEST(CompressedPstRtf, DamagedPackedDataIsRefused) {
+  LzfuTokens tokens;
+  for (int i = 0; i < 8; ++i) tokens.reference(0, 17);
+  EXPECT_EQ(UnpackPst(Packed(136, tokens)).status, 1);
+  EXPECT_EQ(UnpackPst(Packed(137, tokens)), kDamaged);
+  EXPECT_EQ(UnpackPst(Packed(0x7FFFFFFF, tokens)), kDamaged);
+  EXPECT_EQ(UnpackPst(Packed(0xFFFFFFFF, tokens)), kDamaged);
+  EXPECT_EQ(UnpackPst(Packed(0xFFFFFF31, tokens)), kDamaged);
+  EXPECT_EQ(UnpackPst(Packed(0x80000000, tokens)), kDamaged);
+  EXPECT_EQ(UnpackPst(Packed(2, LzfuTokens().reference(300, 2))), kDamaged);
+  EXPECT_EQ(UnpackPst(Packed(4, LzfuTokens().literals("abc"))), kDamaged);
+  EXPECT_EQ(UnpackPst(WriteCompressedRtf({.rawSize = 1}, "\x01\x01")), kDamaged);
+}
+
+TEST(CompressedPstRtf, ARawSizeBeyondWhatTheDataCanGiveAllocatesNothing) {
+  MailMessage message;
+  PlainKernelUsageRecord before = {};
+  PlainKernelUsageRecord after = {};
+  PlainKernelUsage(&before);
+  EXPECT_EQ(UnpackPst(message, Packed(0x7FFFFFFF, LzfuTokens().literals("abc"))), -9);
+  PlainKernelUsage(&after);
+  EXPECT_EQ(after.allocationCalls - before.allocationCalls, 1u);  // the stream's bytes
+}
+
+// Also the long body, into which the text would have gone, and only its start was good.
+TEST(CompressedPstRtf, ALongBodyIsUntouchedByDamage) {
+  const std::string old(1000, '.');
+  EXPECT_EQ(UnpackPst(Packed(4, LzfuTokens().literals("abc")), old), (Decoded{-9, old}));
+  EXPECT_EQ(UnpackPst(Packed(4, LzfuTokens().literals("ab").reference(300, 2)), old),
+            (Decoded{-9, old}));
+}
+
+TEST(CompressedPstRtf, StoredTextNeedsItsChecksum) {
+  EXPECT_EQ(UnpackPst(StoreRtf("{\\rtf1 abc}")), kDamaged);
+  EXPECT_EQ(UnpackPst(StoreRtf("{\\rtf1 abc}", StoredCrc::OfContents)),
+            Ok(Literal("{\\rtf1 abc}\0")));
+  // No bytes have a checksum of 0.
+  EXPECT_EQ(UnpackPst(StoreRtf("")), Ok(Literal("\0")));
+}
+
+TEST(CompressedPstRtf, StoredTextEndsAtItsFirstNulOrWithTheData) {
+  EXPECT_EQ(UnpackPst(StoreRtf(Literal("ab\0cd"), StoredCrc::OfContents)), Ok(Literal("ab\0")));
+  EXPECT_EQ(UnpackPst(StoreRtf(Literal("\0cd"), StoredCrc::OfContents)), Ok(Literal("\0")));
+  EXPECT_EQ(UnpackPst(StoreRtf("abcd", StoredCrc::OfContents), std::string(500, '.')),
+            Ok(Literal("abcd\0")));
+}
+
+TEST(CompressedPstRtf, TheRawSizeOfStoredTextIsIgnored) {
+  for (const uint32_t size : {0u, 1u, 100u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFEu}) {
+    EXPECT_EQ(UnpackPst(WriteCompressedRtf({.rawSize = size, .magic = kMelaMagic}, "abc")),
+              Ok(Literal("abc\0")));
+  }
+}
+
+// Only what stands in front of the read position is the stream.
+TEST(CompressedPstRtf, TheReadPositionIsTheLength) {
+  const std::string packed = PublishedCrossing();
+  std::istringstream stream(packed + "more");
+  stream.seekg(static_cast<std::streamoff>(packed.size()));
+  MailMessage message;
+  MessageList messages{1, &message};
+  EXPECT_EQ(DecodePstCompressedRtf(stream, messages, 0), 1);
+  EXPECT_EQ(message.body.length, 28u);
+}
+
+TEST(CompressedPstRtf, AFailedStreamIsRefused) {
+  std::istringstream stream(PublishedCrossing());
+  stream.setstate(std::ios::failbit);
+  MailMessage message;
+  MessageList messages{1, &message};
+  EXPECT_EQ(DecodePstCompressedRtf(stream, messages, 0), -9);
+}
+
+// A stream of so many bytes that gives fewer, or throws.
+class BrokenBuffer : public std::streambuf {
+ public:
+  explicit BrokenBuffer(bool throws) : throws_(throws) {}
+
+ protected:
+  pos_type seekoff(off_type offset, std::ios::seekdir, std::ios::openmode) override {
+    return offset == 0 ? pos_type(30) : pos_type(off_type(-1));
+  }
+  pos_type seekpos(pos_type position, std::ios::openmode) override { return position; }
+  std::streamsize xsgetn(char* to, std::streamsize count) override {
+    if (throws_) throw std::runtime_error("store");
+    std::memset(to, 'x', 10);
+    return count < 10 ? count : 10;
+  }
+
+ private:
+  bool throws_;
+};
+
+TEST(CompressedPstRtf, AStreamThatGivesLessThanItsLengthIsRefused) {
+  BrokenBuffer buffer(false);
+  std::istream stream(&buffer);
+  MailMessage message;
+  GiveBody(message, "old");
+  MessageList messages{1, &message};
+  EXPECT_EQ(DecodePstCompressedRtf(stream, messages, 0), -9);
+  EXPECT_EQ(message.body.bytes(), "old");
+}
+
+TEST(CompressedPstRtf, WhatTheStreamThrowsIsLetThrough) {
+  BrokenBuffer buffer(true);
+  std::istream stream(&buffer);
+  stream.exceptions(std::ios::badbit);
+  MailMessage message;
+  GiveBody(message, "old");
+  MessageList messages{1, &message};
+  EXPECT_THROW(DecodePstCompressedRtf(stream, messages, 0), std::runtime_error);
+  EXPECT_EQ(message.body.bytes(), "old");
+}
+
+TEST(CompressedPstRtf, WithoutMemory) {
+  const std::string text = "{\\rtf1 abc}";
+  for (const std::string& old : {std::string("old"), std::string(500, '.')}) {
+    for (const std::string& bytes : {PackRtf(text), StoreRtf(text, StoredCrc::OfContents)}) {
+      for (uint64_t ordinal = 1; ordinal <= 2; ++ordinal) {
+        MailMessage message;
+        GiveBody(message, old);
+        PlainKernelFailAt(PlainKernelFaultMemory, ordinal);
+        EXPECT_EQ(UnpackPst(message, bytes), -1);
+        PlainKernelFailAt(PlainKernelFaultMemory, 0);
+        // Stored text replaces the body before it asks for memory.
+        const bool isEmptied = bytes[8] == 'M' && ordinal == 2;
+        EXPECT_EQ(message.body.bytes(), isEmptied ? "" : old);
+        EXPECT_EQ(UnpackPst(message, bytes), 1);
+        EXPECT_TRUE(message.body.bytes().starts_with(text));
+      }
+      MailMessage message;
+      GiveBody(message, old);
+      PlainKernelFailAt(PlainKernelFaultMemory, 3);
+      EXPECT_EQ(UnpackPst(message, bytes), 1);
+      PlainKernelFailAt(PlainKernelFaultMemory, 0);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace tarn::test
