@@ -1,0 +1,438 @@
+// Opening a store, and what is checked when pages and blocks are read.
+#include <gtest/gtest.h>
+
+#include "pststore/RawImage.h"
+
+namespace tarn::test {
+
+namespace {
+
+using namespace pststore;
+
+class PstContextTest : public BothLayouts {};
+INSTANTIATE_TEST_SUITE_P(Layouts, PstContextTest, ::testing::Bool(), LayoutName);
+
+constexpr uint64_t kData = 0x104;
+
+// A store with one node and one block, whose bytes are "data".
+RawImage SmallStore(bool unicode) {
+  RawImage image(unicode);
+  image.block(kData, "data");
+  image.node(0x21, kData);
+  return image.trees();
+}
+
+template <typename Exception>
+void ExpectOpenThrows(const std::string& text, const RawImage& image) {
+  const OpenedImage file(image);
+  ExpectThrow<Exception>(text, [&] { file.open(); });
+}
+
+// Opening -------------------------------------------------------------------------------------
+
+TEST_P(PstContextTest, Opens) {
+  const OpenedImage file(SmallStore(unicode()));
+  EXPECT_EQ(kData, file.open()->lookup_node_info(0x21).data_bid);
+}
+
+TEST(PstOpenTest, NoFile) {
+  ExpectThrow<std::runtime_error>("fopen failed", [] { open_database(u"/no/such/file.pst"); });
+}
+
+TEST(PstOpenTest, AVersionBelow20IsTheNarrowLayout) {
+  RawImage image = SmallStore(false);
+  image.put(10, 19, 2);
+  EXPECT_EQ(kData, OpenedImage(image).open()->lookup_node_info(0x21).data_bid);
+}
+
+TEST(PstOpenTest, AVersionFrom20OnIsTheWideLayout) {
+  for (const uint16_t version : {uint16_t{20}, uint16_t{0x8000}, uint16_t{0xFFFF}}) {
+    RawImage image = SmallStore(true);
+    image.put(10, version, 2);
+    EXPECT_EQ(kData, OpenedImage(image).open()->lookup_node_info(0x21).data_bid) << version;
+  }
+}
+
+TEST(PstOpenTest, AWideBodyOfVersion19MeetsTheChecksumOfTheNarrowLayout) {
+  RawImage image = SmallStore(true);
+  image.put(10, 19, 2);
+  image.sealed = false;
+  ExpectOpenThrows<crc_fail>("header dwCRCPartial failure", image);
+}
+
+TEST_P(PstContextTest, ADamagedHeaderIsFinal) {
+  RawImage image(unicode());
+  image.file = image.bytes();
+  image.sealed = false;
+  image.put(478, 1, 1);  // the last byte that the partial checksum covers
+  const std::string covered = image.file.substr(8, 471);
+  const uint32_t stored = RawImage(unicode()).crc(RawImage(unicode()).bytes().substr(8, 471));
+  const OpenedImage file(image);
+  try {
+    file.open();
+    ADD_FAILURE();
+  } catch (const crc_fail& failure) {
+    EXPECT_STREQ("header dwCRCPartial failure", failure.what());
+    EXPECT_EQ(0u, failure.address);
+    EXPECT_EQ(0u, failure.id);
+    EXPECT_EQ(RawImage::crc(covered), failure.computed);
+    EXPECT_EQ(stored, failure.stored);
+  }
+}
+
+TEST(PstOpenTest, TheFullChecksumOfTheWideLayout) {
+  RawImage image(true);
+  image.file = image.bytes();
+  image.sealed = false;
+  image.put(523, 1, 1);  // only the full checksum covers it
+  ExpectOpenThrows<crc_fail>("header dwCRCFull failure", image);
+  image.put(523, 0, 1).put(479, 1, 1);
+  ExpectOpenThrows<crc_fail>("header dwCRCFull failure", image);
+}
+
+TEST(PstOpenTest, BytesThatNoChecksumCovers) {
+  RawImage narrow = SmallStore(false);
+  narrow.file = narrow.bytes();
+  narrow.sealed = false;
+  narrow.put(479, 1, 1).put(0, 0, 4);
+  EXPECT_NO_THROW(OpenedImage(narrow).open());
+  RawImage wide = SmallStore(true);
+  wide.file = wide.bytes();
+  wide.sealed = false;
+  wide.put(528, 1, 1).put(0, 0, 4);
+  EXPECT_NO_THROW(OpenedImage(wide).open());
+}
+
+TEST(PstOpenTest, WhatIsNotTestedAtOpen) {
+  RawImage image = SmallStore(true);
+  image.put(0, 0, 4).put(8, 0, 2).put(512, 0, 1).setFileEof(0);
+  image.cryptMethod = 9;
+  EXPECT_NO_THROW(OpenedImage(image).open());
+}
+
+TEST(PstOpenTest, FilesShorterThanTheirHeader) {
+  RawImage narrow(false);
+  narrow.file = narrow.bytes();
+  narrow.sealed = false;
+  narrow.file.resize(512);
+  narrow.cryptMethod = 0;
+  EXPECT_NO_THROW(OpenedImage(narrow).open());
+  narrow.file.resize(511);
+  ExpectOpenThrows<std::out_of_range>("fread failed", narrow);
+
+  RawImage wide(true);
+  wide.file = wide.bytes();
+  wide.sealed = false;
+  wide.file.resize(568);
+  EXPECT_NO_THROW(OpenedImage(wide).open());
+  wide.file.resize(567);
+  ExpectOpenThrows<std::out_of_range>("fread failed", wide);
+}
+
+TEST_P(PstContextTest, FailuresOfTheHostAtOpen) {
+  const OpenedImage file(SmallStore(unicode()));
+  const uint64_t attempts = unicode() ? 2 : 1;
+  for (uint64_t n = 1; n <= attempts; ++n) {
+    PlainKernelFailAt(PlainKernelFaultOpen, n);
+    ExpectThrow<std::runtime_error>("fopen failed", [&] { file.open(); });
+    PlainKernelFailAt(PlainKernelFaultSeek, n);
+    ExpectThrow<std::out_of_range>("fseek failed", [&] { file.open(); });
+    PlainKernelFailAt(PlainKernelFaultRead, n);
+    ExpectThrow<std::out_of_range>("fread failed", [&] { file.open(); });
+  }
+  EXPECT_EQ(attempts, CallsOf(PlainKernelFaultOpen, [&] { file.open(); }));
+  EXPECT_EQ(attempts, CallsOf(PlainKernelFaultRead, [&] { file.open(); }));
+}
+
+TEST_P(PstContextTest, TheFileIsOpenAsLongAsTheContextLives) {
+  const OpenedImage file(SmallStore(unicode()));
+  PlainKernelUsageRecord before = {};
+  PlainKernelUsage(&before);
+  auto context = file.open();
+  PlainKernelUsageRecord open = {};
+  PlainKernelUsage(&open);
+  EXPECT_EQ(before.openHandles + 1, open.openHandles);
+  const auto page = context->read_nbt_root();
+  context.reset();
+  PlainKernelUsage(&open);
+  EXPECT_EQ(before.openHandles, open.openHandles);
+}
+
+// Pages ---------------------------------------------------------------------------------------
+
+TEST_P(PstContextTest, PagePlaces) {
+  RawImage image = SmallStore(unicode());
+  const uint64_t eof = 0x4000;
+  image.page(eof - 512, 7, 0x81, 0, 0, "").setFileEof(eof);
+  image.write(eof, std::string(0x1000, '\0'));
+  const auto context = OpenedImage(image).open();
+  const char* const past = "nonsensical page location; past eof";
+  const char* const unaligned = "nonsensical page location; not sector aligned";
+  EXPECT_EQ(eof - 512, context->read_nbt_page({7, eof - 512})->get_address());
+  ExpectThrow<unexpected_page>(past, [&] { context->read_nbt_page({7, eof - 511}); });
+  ExpectThrow<unexpected_page>(past, [&] { context->read_nbt_page({7, eof}); });
+  ExpectThrow<unexpected_page>(unaligned, [&] { context->read_nbt_page({7, eof - 513}); });
+  ExpectThrow<unexpected_page>(unaligned, [&] { context->read_nbt_page({7, 1}); });
+  ExpectThrow<unexpected_page>(past, [&] { context->read_nbt_page({7, eof + 1}); });
+}
+
+TEST(PstPagePlaceTest, ASumThatWrapsPassesAndTheSeekFails) {
+  const auto context = OpenedImage(SmallStore(true)).open();
+  ExpectThrow<std::out_of_range>("fseek failed", [&] {
+    context->read_nbt_page({7, UINT64_MAX - 511});
+  });
+  ExpectThrow<std::out_of_range>("fseek failed", [&] {
+    context->read_external_block(context, block_info{4, UINT64_MAX - 63, 4, 1});
+  });
+  // An address of all ones is also the answer of a failed seek.
+  ExpectThrow<std::out_of_range>("fseek failed", [&] {
+    context->read_external_block(context, block_info{4, UINT64_MAX, 4, 1});
+  });
+}
+
+TEST_P(PstContextTest, APageBehindTheRealEnd) {
+  RawImage image = SmallStore(unicode());
+  image.setFileEof(0x100000);
+  const auto context = OpenedImage(image).open();
+  ExpectThrow<std::out_of_range>("fread failed", [&] { context->read_nbt_page({7, 0x80000}); });
+  ExpectThrow<std::out_of_range>("fread failed", [&] {
+    context->read_external_block(context, block_info{4, 0x80000, 4, 1});
+  });
+}
+
+TEST_P(PstContextTest, PageTrailerInOrder) {
+  RawImage image = SmallStore(unicode());
+  const uint64_t at = image.file.size() / 512 * 512 + 512;
+  image.page(at, 7, 0x81, 0, 0, "").setFileEof(at + 512);
+  const uint64_t trailer = at + (unicode() ? 496 : 500);
+
+  // Everything is wrong at first; each step puts one more thing right.
+  image.put(at + 504, 8, image.wide()).put(trailer + 1, 0x80, 1).put(trailer + 2, 0, 2);
+  ExpectThrow<unexpected_page>("wrong page id", [&] {
+    OpenedImage(image).open()->read_nbt_page({7, at});
+  });
+  image.put(at + 504, 7, image.wide());
+  ExpectThrow<database_corrupt>("ptype != ptype repeat?", [&] {
+    OpenedImage(image).open()->read_nbt_page({7, at});
+  });
+  image.put(trailer + 1, 0x81, 1);
+  ExpectThrow<sig_mismatch>("page sig mismatch", [&] {
+    OpenedImage(image).open()->read_nbt_page({7, at});
+  });
+  image.put(trailer + 2, RawImage::signature(7, at), 2);
+  EXPECT_EQ(7u, OpenedImage(image).open()->read_nbt_page({7, at})->get_page_id());
+}
+
+TEST_P(PstContextTest, WhatASignatureFailureCarries) {
+  RawImage image = SmallStore(unicode());
+  image.put(RawImage::kNbtAddress + (unicode() ? 498 : 502), 0xABCD, 2);
+  const auto context = OpenedImage(image).open();
+  try {
+    context->read_nbt_root();
+    ADD_FAILURE();
+  } catch (const sig_mismatch& failure) {
+    EXPECT_EQ(0x1000u, failure.address);
+    EXPECT_EQ(0x31u, failure.id);
+    EXPECT_EQ(0x1031u, failure.first);
+    EXPECT_EQ(0xABCDu, failure.second);
+  }
+}
+
+TEST_P(PstContextTest, NoChecksumInAPageOrABlock) {
+  RawImage image = SmallStore(unicode());
+  image.put(RawImage::kNbtAddress + (unicode() ? 500 : 508), 0x12345678, 4);
+  image.put(RawImage::kFirstBlock + 64 - (unicode() ? 12 : 4), 0x12345678, 4);
+  const auto context = OpenedImage(image).open();
+  EXPECT_EQ(4u, context->read_data_block(kData)->get_total_size());
+}
+
+TEST_P(PstContextTest, PageTypesAndLevels) {
+  RawImage image = SmallStore(unicode());
+  const uint64_t at = 0x4000;
+  image.page(at, 7, 0x81, 1, 0, "").page(at + 512, 8, 0x80, 1, 0, "");
+  image.page(at + 1024, 9, 0x82, 0, 0, "").setFileEof(at + 1536);
+  const auto context = OpenedImage(image).open();
+  const page_info nbtLeaf = {RawImage::kNbtId, RawImage::kNbtAddress};
+  const page_info bbtLeaf = {RawImage::kBbtId, RawImage::kBbtAddress};
+  const page_info nbtNonleaf = {7, at};
+  const page_info bbtNonleaf = {8, at + 512};
+  const page_info other = {9, at + 1024};
+  const char* const noNbt = "page_type != page_type_nbt";
+  const char* const noBbt = "page_type != page_type_bbt";
+
+  EXPECT_EQ(0, context->read_nbt_page(nbtLeaf)->get_level());
+  EXPECT_EQ(1, context->read_nbt_page(nbtNonleaf)->get_level());
+  ExpectThrow<unexpected_page>(noNbt, [&] { context->read_nbt_page(bbtLeaf); });
+  ExpectThrow<unexpected_page>(noNbt, [&] { context->read_nbt_page(other); });
+  EXPECT_EQ(0, context->read_bbt_page(bbtLeaf)->get_level());
+  EXPECT_EQ(1, context->read_bbt_page(bbtNonleaf)->get_level());
+  ExpectThrow<unexpected_page>(noBbt, [&] { context->read_bbt_page(nbtLeaf); });
+  ExpectThrow<unexpected_page>(noBbt, [&] { context->read_bbt_page(other); });
+
+  EXPECT_EQ(1u, context->read_nbt_leaf_page(nbtLeaf)->num_values());
+  ExpectThrow<unexpected_page>(noNbt, [&] { context->read_nbt_leaf_page(nbtNonleaf); });
+  ExpectThrow<unexpected_page>(noNbt, [&] { context->read_nbt_leaf_page(bbtLeaf); });
+  EXPECT_EQ(1u, context->read_bbt_leaf_page(bbtLeaf)->num_values());
+  ExpectThrow<unexpected_page>(noBbt, [&] { context->read_bbt_leaf_page(bbtNonleaf); });
+  ExpectThrow<unexpected_page>(noBbt, [&] { context->read_bbt_leaf_page(nbtLeaf); });
+  EXPECT_EQ(1, context->read_nbt_nonleaf_page(nbtNonleaf)->get_level());
+  ExpectThrow<unexpected_page>(noNbt, [&] { context->read_nbt_nonleaf_page(nbtLeaf); });
+  ExpectThrow<unexpected_page>(noNbt, [&] { context->read_nbt_nonleaf_page(bbtNonleaf); });
+  EXPECT_EQ(1, context->read_bbt_nonleaf_page(bbtNonleaf)->get_level());
+  ExpectThrow<unexpected_page>(noBbt, [&] { context->read_bbt_nonleaf_page(bbtLeaf); });
+  ExpectThrow<unexpected_page>(noBbt, [&] { context->read_bbt_nonleaf_page(nbtNonleaf); });
+}
+
+TEST_P(PstContextTest, ARootIsReadOnceAndKept) {
+  const OpenedImage file(SmallStore(unicode()));
+  const auto context = file.open();
+  EXPECT_EQ(1u, CallsOf(PlainKernelFaultRead, [&] { context->read_nbt_root(); }));
+  const auto root = context->read_nbt_root();
+  EXPECT_EQ(0u, CallsOf(PlainKernelFaultRead, [&] { EXPECT_EQ(root, context->read_nbt_root()); }));
+  EXPECT_EQ(1u, CallsOf(PlainKernelFaultRead, [&] { context->read_bbt_root(); }));
+  EXPECT_EQ(context->read_bbt_root(), context->read_bbt_root());
+}
+
+TEST_P(PstContextTest, AFailedRootIsReadAgain) {
+  const auto context = OpenedImage(SmallStore(unicode())).open();
+  PlainKernelFailAt(PlainKernelFaultSeek, 1);
+  ExpectThrow<std::out_of_range>("fseek failed", [&] { context->read_nbt_root(); });
+  EXPECT_EQ(1u, context->read_nbt_root()->num_values());
+}
+
+// Lookups -------------------------------------------------------------------------------------
+
+TEST_P(PstContextTest, BlockLookups) {
+  RawImage image(unicode());
+  image.block(0x104, "data");
+  const auto context = OpenedImage(image.trees()).open();
+  const block_info none = context->lookup_block_info(0);
+  EXPECT_EQ(0u, none.id);
+  EXPECT_EQ(0u, none.address);
+  EXPECT_EQ(0, none.size);
+  EXPECT_EQ(0, none.ref_count);
+  for (const uint64_t id : {0x104u, 0x105u}) {
+    const block_info info = context->lookup_block_info(id);
+    EXPECT_EQ(0x104u, info.id);
+    EXPECT_EQ(RawImage::kFirstBlock, info.address);
+    EXPECT_EQ(4, info.size);
+    EXPECT_EQ(2, info.ref_count);
+  }
+  try {
+    context->lookup_block_info(0x109);
+    ADD_FAILURE();
+  } catch (const key_not_found<ulonglong>& failure) {
+    EXPECT_EQ(0x108u, failure.key);
+    EXPECT_STREQ("key not found", failure.what());
+  }
+}
+
+TEST_P(PstContextTest, BlockIdZeroReadsNothing) {
+  const auto context = OpenedImage(SmallStore(unicode())).open();
+  EXPECT_EQ(0u, CallsOf(PlainKernelFaultRead, [&] { context->lookup_block_info(0); }));
+}
+
+TEST_P(PstContextTest, NodeLookups) {
+  RawImage image(unicode());
+  image.node(0x21, 0x104, 0x10A, 0x122);
+  const auto context = OpenedImage(image.trees()).open();
+  const node_info info = context->lookup_node_info(0x21);
+  EXPECT_EQ(0x21u, info.id);
+  EXPECT_EQ(0x104u, info.data_bid);
+  EXPECT_EQ(0x10Au, info.subnode_bid);
+  EXPECT_EQ(0x122u, info.parent_id);
+  EXPECT_EQ(0x21u, context->lookup_node(0x21).get_id());
+  EXPECT_THROW(context->lookup_node_info(0x22), key_not_found<ulong>);
+  EXPECT_THROW(context->lookup_node(0x20), key_not_found<ulong>);
+}
+
+TEST_P(PstContextTest, NewBlockIds) {
+  RawImage image(unicode());
+  image.put(unicode() ? 516 : 24, 0x1006, image.wide());
+  const auto context = OpenedImage(image).open();
+  EXPECT_EQ(0x1006u, context->alloc_bid(false));
+  EXPECT_EQ(2u, context->alloc_bid(true));  // 0x100A & 2
+  EXPECT_EQ(0x100Eu, context->alloc_bid(false));
+}
+
+TEST_P(PstContextTest, NewInternalIdsLoseAllButOneBit) {
+  RawImage image(unicode());
+  image.put(unicode() ? 516 : 24, 0x1004, image.wide());
+  const auto context = OpenedImage(image).open();
+  EXPECT_EQ(0u, context->alloc_bid(true));
+  EXPECT_EQ(0x1008u, context->alloc_bid(false));
+}
+
+TEST_P(PstContextTest, NewBlockIdsWrapInTheWidthOfTheLayout) {
+  RawImage image(unicode());
+  image.put(unicode() ? 516 : 24, UINT64_MAX - 1, image.wide());
+  const auto context = OpenedImage(image).open();
+  EXPECT_EQ(unicode() ? UINT64_MAX - 1 : UINT32_MAX - 1, context->alloc_bid(false));
+  EXPECT_EQ(2u, context->alloc_bid(false));
+}
+
+// Blocks --------------------------------------------------------------------------------------
+
+TEST_P(PstContextTest, BlockSizes) {
+  RawImage image(unicode());
+  const std::string data(maxData(), 'x');
+  const uint64_t at = image.block(kData, data);
+  image.trees();
+  const auto context = OpenedImage(image).open();
+  EXPECT_EQ(maxData(), context->read_data_block(kData)->get_total_size());
+  const block_info larger = {kData, at, static_cast<ushort>(maxData() + 1), 1};
+  ExpectThrow<unexpected_block>("nonsensical block size",
+                                [&] { context->read_external_block(context, larger); });
+}
+
+TEST_P(PstContextTest, BlockPlaces) {
+  RawImage image(unicode());
+  const uint64_t at = image.block(kData, "data");
+  image.trees();
+  ASSERT_EQ(at + 64, image.file.size());
+  image.write(at + 64, std::string(64, '\0'));
+  const auto context = OpenedImage(image).open();
+  EXPECT_EQ(4u, context->read_data_block(kData)->get_total_size());
+  for (const uint64_t further : {1u, 64u, 1000u}) {
+    const block_info info = {kData, at + further, 4, 1};
+    ExpectThrow<unexpected_block>("nonsensical block location; past eof",
+                                  [&] { context->read_external_block(context, info); });
+  }
+}
+
+TEST_P(PstContextTest, BlockTrailerInOrder) {
+  RawImage image(unicode());
+  const uint64_t at = image.block(kData, "data");
+  image.trees();
+  const uint64_t end = at + 64;
+  const uint64_t size = end - (unicode() ? 16 : 12);
+  image.put(end - 8, kData + 4, image.wide()).put(size, 5, 2).put(size + 2, 0, 2);
+  const auto read = [&] { OpenedImage(image).open()->read_data_block(kData); };
+  ExpectThrow<unexpected_block>("wrong block id", read);
+  image.put(end - 8, kData, image.wide());
+  ExpectThrow<unexpected_block>("wrong block size", read);
+  image.put(size, 4, 2);
+  ExpectThrow<sig_mismatch>("block sig mismatch", read);
+  try {
+    read();
+  } catch (const sig_mismatch& failure) {
+    EXPECT_EQ(0x2000u, failure.address);
+    EXPECT_EQ(0x104u, failure.id);
+    EXPECT_EQ(0x2104u, failure.first);
+    EXPECT_EQ(0u, failure.second);
+  }
+  image.put(size + 2, 0x2104, 2);
+  EXPECT_NO_THROW(read());
+}
+
+TEST_P(PstContextTest, AFailureLeavesTheStoreUsable) {
+  const OpenedImage file(SmallStore(unicode()));
+  const auto context = file.open();
+  PlainKernelFailAt(PlainKernelFaultRead, 2);
+  ExpectThrow<std::out_of_range>("fread failed", [&] { context->read_data_block(kData); });
+  EXPECT_EQ(4u, context->read_data_block(kData)->get_total_size());
+}
+
+}  // namespace
+
+}  // namespace tarn::test
