@@ -150,8 +150,13 @@ TEST(LoadRoad, ReportsFilesThatItCannotTake) {
   EXPECT_EQ(shortFile.load(), StatusReadFailed);
   FakeHost other("Hello, world");
   EXPECT_EQ(other.load(), StatusNotSupported);
+}
+
+// What a store's reader throws leaves the export, and nothing stays behind.
+TEST(LoadRoad, LetsTheExceptionsOfAStoreThrough) {
   FakeHost store("!BDN12345678");
-  EXPECT_EQ(store.load(), StatusNotSupported);
+  EXPECT_THROW(store.load(), std::out_of_range);
+  EXPECT_EQ(KernelIoModeGet(), 0);
 }
 
 TEST(LoadRoad, ReleasesEverythingWhenASiblingThrows) {

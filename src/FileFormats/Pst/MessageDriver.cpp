@@ -1,5 +1,7 @@
 #include "FileFormats/Pst/MessageDriver.h"
 
+#include "FileFormats/Pst/MsgDocument.h"
+#include "FileFormats/Pst/PstDocument.h"
 #include "eml/EmlReader.h"
 #include "render/Renderer.h"
 #include "rtf/ScrubHtmlBody.h"
@@ -52,10 +54,14 @@ int32_t ReadEmlDocument(PstFilterData& data, uint32_t& kind, uint64_t handle,
 
 }  // namespace
 
-int32_t ReadMessageDocument(const char16_t* /*path*/, PstFilterData& data, int32_t& format,
-                            int32_t& /*index*/, uint32_t& kind, bool /*textOnly*/, uint64_t handle,
+int32_t ReadMessageDocument(const char16_t* path, PstFilterData& data, int32_t& format,
+                            int32_t& index, uint32_t& kind, bool textOnly, uint64_t handle,
                             const AttachmentRequest* request) {
   switch (format) {
+    case FormatPst:
+      return ReadPstDocument(path, data, index, kind, textOnly, handle, request);
+    case FormatMsg:
+      return ReadMsgDocument(path, data, kind, textOnly, request);
     case FormatEml:
       return ReadEmlDocument(data, kind, handle, request);
     default:

@@ -1,0 +1,118 @@
+#include "FileFormats/Pst/PstAttachments.h"
+
+#include <cinttypes>
+#include <cstdio>
+#include <exception>
+
+#include "Common/AttachmentProperties.h"
+#include "Common/FileTime.h"
+#include "FileFormats/Pst/PstStreams.h"
+#include "pststore/StoreObjects.h"
+
+namespace tarn {
+namespace {
+
+enum AttachmentPropertyId : pststore::ushort {
+  PR_CREATION_TIME = 0x3007,
+  PR_LAST_MODIFICATION_TIME = 0x3008,
+  PR_ATTACH_DATA = 0x3701,
+  PR_ATTACH_METHOD = 0x3705,
+  PR_ATTACH_LONG_FILENAME = 0x3707,
+  PR_ATTACH_MIME_TAG = 0x370E,
+};
+
+constexpr pststore::ulong kEmbeddedMessage = 5;  // PR_ATTACH_METHOD
+
+// The embedded message has to be there and to be a message, although only its raw property goes
+// out.
+void OpenEmbeddedMessage(const pststore::property_bag& properties) {
+  const pststore::byte_vector object = properties.get_value_variable(PR_ATTACH_DATA);
+  if (object.size() < 4) throw pststore::database_corrupt("embedded message without a node");
+  const auto byte = [&object](size_t i) { return static_cast<pststore::ulong>(object[i]); };
+  const pststore::ulong id = byte(0) | byte(1) << 8 | byte(2) << 16 | byte(3) << 24;
+  const pststore::property_bag message(properties.get_node().lookup(id));
+}
+
+int32_t ReadData(const pststore::property_bag& properties, TrackedBuffer<char>& data) {
+  if (properties.get_value_4(PR_ATTACH_METHOD) == kEmbeddedMessage) OpenEmbeddedMessage(properties);
+  pststore::prop_stream stream(properties.open_prop_stream(PR_ATTACH_DATA));
+  const uint64_t size = SizeByEnd(stream);
+  if (data.reserve(size) == nullptr) return data.lastError;
+  ReadFromStart(stream, data.data, size);
+  data.length = size;
+  return StatusOk;
+}
+
+// A time as seconds since 1970, in unsigned decimal digits; a property of another size adds
+// nothing.
+int32_t AddTime(PropertyList& list, const char* name, const pststore::property_bag& properties,
+                AttachmentPropertyId id) {
+  if (!properties.prop_exists(id) || properties.size(id) != 8) return StatusOk;
+  const int64_t seconds = SecondsSince1970(static_cast<int64_t>(properties.get_value_8(id)));
+  char digits[25];
+  const int length =
+      std::snprintf(digits, sizeof digits, "%" PRIu64, static_cast<uint64_t>(seconds));
+  return AddAttachmentProperty(list, name, digits, static_cast<uint64_t>(length));
+}
+
+int32_t AddProperties(PropertyList& list, const pststore::attachment& source) {
+  // The long file name stands in for a content id: bodies of stores refer to attachments by it.
+  int32_t status =
+      AddAttachmentPropertyFromBag(list, "Content-ID:", source, PR_ATTACH_LONG_FILENAME);
+  if (status != StatusOk) return status;
+  status = AddAttachmentPropertyFromBag(list, "MimeType", source, PR_ATTACH_MIME_TAG);
+  if (status != StatusOk) return status;
+  const pststore::property_bag& properties = source.get_property_bag();
+  status = AddTime(list, "MsgCreationTime", properties, PR_CREATION_TIME);
+  if (status < StatusOk) return status;
+  status = AddTime(list, "MsgModificationTime", properties, PR_LAST_MODIFICATION_TIME);
+  return status < StatusOk ? status : int32_t{StatusOk};
+}
+
+int32_t Deliver(const pststore::attachment& source, const AttachmentRequest& request) {
+  TrackedBuffer<char> data;
+  if (request.infoOnly == 0) {
+    const int32_t read = ReadData(source.get_property_bag(), data);
+    if (read != StatusOk) return read;
+  }
+  PropertyList properties;
+  const int32_t added = AddProperties(properties, source);
+  if (added != StatusOk) return added;
+  const pststore::wstring name = pststore::get_filename(source);
+  return request.callback(request.user, &data, name.c_str(), &properties);
+}
+
+}  // namespace
+
+int32_t AddAttachmentPropertyFromBag(PropertyList& list, const char* name,
+                                     const pststore::attachment& source, uint16_t property) {
+  const pststore::property_bag& properties = source.get_property_bag();
+  pststore::wstring value;
+  if (properties.prop_exists(property)) value = properties.read_prop<pststore::wstring>(property);
+  if (value.empty()) return StatusOk;
+  return AddWideAttachmentProperty(list, name, value);
+}
+
+int32_t EnumeratePstAttachments(const pststore::message& source, const AttachmentRequest& request) {
+  if (request.callback == nullptr) return StatusOk;
+  const uint32_t count = pststore::get_attachment_count(source);
+  if (count == 0) return StatusOk;
+
+  const pststore::attachment_iterator end = pststore::attachment_end(source);
+  auto at = pststore::attachment_begin(source);
+  try {
+    for (uint32_t number = 1; at != end && number <= count; ++number, ++at) {
+      const bool one = request.index != kAllAttachments;
+      if (one && request.index != number) continue;
+      const int32_t status = Deliver(pststore::make_attachment(at), request);
+      if (status == StatusDone) return StatusOk;
+      if (status != StatusOk) return status;
+      if (one) return StatusOk;
+    }
+  } catch (const std::exception&) {
+    // The attachments behind a broken one are not seen.
+  }
+  return StatusOk;
+}
+
+}  // namespace tarn

@@ -1,0 +1,26 @@
+// PstAttachments.h - the attachments of a store's message, one callback each.
+#ifndef TARN_FILEFORMATS_PST_PSTATTACHMENTS_H
+#define TARN_FILEFORMATS_PST_PSTATTACHMENTS_H
+
+#include "Internal/AttachmentRequest.h"
+
+namespace pststore {
+class attachment;
+class message;
+}  // namespace pststore
+
+namespace tarn {
+
+// Calls the request back for the attachments that it asks for, in the order of the attachment
+// table. An embedded message comes as the raw bytes of its property. What the store throws inside
+// the loop ends the walk silently. 1; failures of a property and of the callback.
+int32_t EnumeratePstAttachments(const pststore::message& source, const AttachmentRequest& request);
+
+// Adds a string property of the attachment; nothing for a missing or empty one. 1; 0 for a name
+// that is no text; -1 without memory; the list's last error.
+int32_t AddAttachmentPropertyFromBag(PropertyList& list, const char* name,
+                                     const pststore::attachment& source, uint16_t property);
+
+}  // namespace tarn
+
+#endif

@@ -1,0 +1,150 @@
+#include "FileFormats/Pst/PstInlineImages.h"
+
+#include <exception>
+
+#include "Common/ByteSearch.h"
+#include "Common/InlineImages.h"
+#include "Common/SearchBudget.h"
+#include "FileFormats/Pst/PstStreams.h"
+#include "pststore/StoreObjects.h"
+
+namespace tarn {
+namespace {
+
+constexpr pststore::ushort kData = 0x3701;
+constexpr pststore::ushort kLongFileName = 0x3707;
+
+// A name in UTF-8, in a block that serves one attachment after the other.
+class NameBuffer {
+ public:
+  // `room` bytes hold the text and its NUL. 1; -1 without memory. An empty name is the empty text,
+  // and one that does not convert is null.
+  int32_t set(const pststore::wstring& name, uint64_t room) {
+    text_ = "";
+    if (name.empty()) return StatusOk;
+    if (!block_ || room_ < room) {
+      void* const block = KernelRealloc(block_.get(), room, TARN_HERE);
+      if (block == nullptr) return StatusOutOfMemory;
+      block_.take();
+      block_.reset(static_cast<char*>(block));
+      room_ = room;
+    }
+    const int64_t written = KernelWideToUtf8(name.data(), static_cast<int64_t>(name.size()),
+                                             block_.get(), static_cast<int64_t>(room - 1));
+    if (written > 0) block_[static_cast<uint64_t>(written)] = '\0';
+    text_ = written > 0 ? block_.get() : nullptr;
+    return StatusOk;
+  }
+
+  const char* get() const { return text_; }
+  bool isEmpty() const { return text_ == nullptr || *text_ == '\0'; }
+
+ private:
+  KernelBlock<char> block_;
+  uint64_t room_ = 0;
+  const char* text_ = nullptr;
+};
+
+pststore::wstring LongFileName(const pststore::attachment& attachment) {
+  const pststore::property_bag& properties = attachment.get_property_bag();
+  if (!properties.prop_exists(kLongFileName)) return {};
+  return properties.read_prop<pststore::wstring>(kLongFileName);
+}
+
+class InlinePass {
+ public:
+  InlinePass(SizedBytes& body, StoreReading& reading)
+      : budget_(SearchBudget::ForImages(reading.fileSize)) {
+    context_.filterData = &reading.data;
+    context_.body = &body;
+    context_.bodyLimit = BodyLimit(reading.fileSize);
+  }
+
+  int32_t place(const pststore::attachment& attachment);
+
+ private:
+  int32_t readNames(const pststore::attachment& attachment);
+  bool aimAt(const char* needle);
+  bool findReference(int32_t& status);
+
+  InlineImageContext context_;
+  SearchBudget budget_;
+  NameBuffer plainName_;
+  NameBuffer cidName_;
+};
+
+int32_t InlinePass::readNames(const pststore::attachment& attachment) {
+  const pststore::wstring plain = pststore::get_filename(attachment);
+  int32_t status = plainName_.set(plain, 4 * static_cast<uint64_t>(plain.size()) + 4);
+  if (status != StatusOk) return status;
+  const pststore::wstring cid = LongFileName(attachment);
+  return cidName_.set(cid, 3 * static_cast<uint64_t>(cid.size()) + 1);
+}
+
+// Whether the body holds the needle; then it is what is replaced, from there on.
+bool InlinePass::aimAt(const char* needle) {
+  const char* const start = context_.body->data;
+  const char* const end = start + context_.body->length;
+  const char* const found = FindBytes(start, end, needle);
+  budget_.spend(static_cast<uint64_t>((found != nullptr ? found : end) - start));
+  if (found == nullptr) return false;
+  context_.needle = needle;
+  context_.searchOffset = static_cast<uint64_t>(found - start);
+  return true;
+}
+
+bool InlinePass::findReference(int32_t& status) {
+  context_.cidText.length = 0;
+  context_.cidTextFlag = 1;
+  if (!cidName_.isEmpty()) {
+    if (AppendFormat(context_.cidText, context_.cidTextFlag, "cid:%s", cidName_.get()) == 0) {
+      status = StatusOutOfMemory;
+      return false;
+    }
+    if (aimAt(context_.cidText.data)) return true;
+  }
+  return !plainName_.isEmpty() && aimAt(plainName_.get());
+}
+
+int32_t InlinePass::place(const pststore::attachment& attachment) {
+  pststore::prop_stream stream(attachment.get_property_bag().open_prop_stream(kData));
+  const uint64_t size = SizeByEnd(stream);
+  int32_t status = readNames(attachment);
+  if (status != StatusOk) return status;
+  if (context_.body->length == 0 || (plainName_.isEmpty() && cidName_.isEmpty())) return StatusOk;
+
+  context_.contentId = cidName_.get();
+  context_.name = plainName_.get();
+  const bool found = findReference(status);
+  if (budget_.isSpent()) return StatusOutOfMemory;
+  if (!found) return status;
+  if (size == 0) return StatusOutOfMemory;
+  KernelBlock<char> image = AllocateBlock<char>(size, TARN_HERE);
+  if (!image) return StatusOutOfMemory;
+  ReadFromStart(stream, image.get(), size);
+  return RewriteInlineImage(context_, image.get(), size);
+}
+
+}  // namespace
+
+int32_t InlinePstImages(const pststore::message& source, uint32_t attachmentCount, SizedBytes& body,
+                        StoreReading& reading) {
+  reading.data.attachmentCount = attachmentCount;
+  if (reading.data.inlineFiles.reserve(attachmentCount) == nullptr) return StatusOk;
+
+  InlinePass pass(body, reading);
+  try {
+    const pststore::attachment_iterator end = pststore::attachment_end(source);
+    uint32_t number = 0;
+    for (auto at = pststore::attachment_begin(source); at != end && number < attachmentCount;
+         ++at, ++number) {
+      const int32_t status = pass.place(pststore::make_attachment(at));
+      if (status < StatusOk) return status;
+    }
+  } catch (const std::exception&) {
+    // The images placed so far stay.
+  }
+  return StatusOk;
+}
+
+}  // namespace tarn

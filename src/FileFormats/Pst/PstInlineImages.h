@@ -1,0 +1,21 @@
+// PstInlineImages.h - puts the attached images of a store's message into its HTML body.
+#ifndef TARN_FILEFORMATS_PST_PSTINLINEIMAGES_H
+#define TARN_FILEFORMATS_PST_PSTINLINEIMAGES_H
+
+#include "FileFormats/Pst/StoreWalk.h"
+
+namespace pststore {
+class message;
+}
+
+namespace tarn {
+
+// For each attachment that the body refers to, by "cid:" and its long name or by its name alone.
+// Content ids are not looked at. What the store throws ends the pass, and the body keeps the images
+// placed so far. 1; -1 without memory or for an image of no bytes; failures of RewriteInlineImage.
+int32_t InlinePstImages(const pststore::message& source, uint32_t attachmentCount, SizedBytes& body,
+                        StoreReading& reading);
+
+}  // namespace tarn
+
+#endif

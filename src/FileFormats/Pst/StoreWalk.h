@@ -1,0 +1,50 @@
+// StoreWalk.h - the messages of a store in their order, and the records that they are read into.
+//
+// There is no index: message k is the k-th in walking order, folders by node id, messages by the
+// rows of a folder's contents table. Counting believes what the folders say of their contents;
+// walking takes what the tables hold. The two may differ: a folder called "Freebusy Data" is not
+// counted but walked, and a message of the subject "LocalFreebusy" is counted but does not take a
+// number. Hosts know messages by these numbers.
+#ifndef TARN_FILEFORMATS_PST_STOREWALK_H
+#define TARN_FILEFORMATS_PST_STOREWALK_H
+
+#include <memory>
+
+#include "Internal/AttachmentRequest.h"
+#include "Internal/MailMessage.h"
+#include "Internal/PstFilterData.h"
+
+namespace pststore {
+class db_context;
+}
+
+namespace tarn {
+
+using Store = std::shared_ptr<pststore::db_context>;
+
+// Where the messages of a store go, and what reading them may cost.
+struct StoreReading {
+  PstFilterData& data;
+  const AttachmentRequest* request;  // or null
+  uint64_t fileSize;                 // bounds memory and time
+  uint64_t bodyBytes = 0;            // of all messages read so far
+};
+
+// A list with a record for every message that the folders of the store claim. 1; -13 when there is
+// none; -1 without memory, and for a number of messages that no file of this size can hold. A
+// folder without a name or without a count throws out of here.
+int32_t CountStoreMessages(MessageList*& list, const Store& store, uint64_t fileSize);
+
+// Reads messages in order until the record `selected` (0-based) is filled; `kind` becomes the
+// document kind of the last message that had a body. A folder that cannot be read is passed over,
+// as is the rest of a folder behind a message that cannot be. 1, also when there are fewer
+// messages: then the selected record is empty. Failures of ReadPstMessage end the walk.
+int32_t WalkStoreMessages(MessageList& list, const Store& store, int32_t selected, uint32_t& kind,
+                          StoreReading& reading);
+
+// Frees the list with its records; null is nothing.
+void ReleaseMessageList(MessageList* list);
+
+}  // namespace tarn
+
+#endif

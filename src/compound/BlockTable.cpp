@@ -1,0 +1,103 @@
+#include "compound/BlockTable.h"
+
+#include <algorithm>
+
+#include "compound/CompoundFile.h"
+#include "compound/LittleEndian.h"
+
+namespace tarn {
+namespace {
+
+bool EndsChain(uint64_t value) {
+  return value == kMetaBlock || value == kTableBlock || value == kChainEnd;
+}
+
+// How many blocks a chain that runs into a cycle has in front of the cycle.
+uint64_t LengthBeforeCycle(const BlockTable& table, uint64_t start, uint64_t cycleLength) {
+  uint64_t ahead = start;
+  for (uint64_t i = 0; i < cycleLength; ++i) ahead = table.entries[ahead];
+  uint64_t behind = start;
+  uint64_t length = 0;
+  for (; behind != ahead; ++length) {
+    behind = table.entries[behind];
+    ahead = table.entries[ahead];
+  }
+  return length;
+}
+
+}  // namespace
+
+void SetBlockEntry(BlockTable& table, uint64_t index, uint64_t value) {
+  if (index >= table.entries.size()) table.entries.resize(index + 1, kFreeBlock);
+  table.entries[index] = value;
+  if (value == kFreeBlock) table.maybeFragmented = true;
+}
+
+// A chain ends at the first block that comes twice. To find it without looking back over the whole
+// chain, one block is remembered at distances that double: a chain that meets it has gone once
+// around a cycle, whose length is known then, and is cut behind one turn.
+BlockList FollowChain(const BlockTable& table, uint64_t start, uint64_t most) {
+  BlockList chain;
+  const uint64_t count = table.entries.size();
+  uint64_t remembered = kFreeBlock;
+  uint64_t sinceRemembered = 0;
+  uint64_t distance = 1;
+  for (uint64_t block = start; block < count && !EndsChain(block) && chain.size() < most;
+       block = table.entries[block]) {
+    if (block == remembered) {
+      chain.resize(LengthBeforeCycle(table, start, sinceRemembered) + sinceRemembered);
+      break;
+    }
+    if (sinceRemembered == distance || chain.empty()) {
+      remembered = block;
+      distance *= 2;
+      sinceRemembered = 0;
+    }
+    ++sinceRemembered;
+    chain.push_back(block);
+  }
+  return chain;
+}
+
+uint32_t FirstFreeBlock(BlockTable& table) {
+  if (table.maybeFragmented && !table.entries.empty()) {
+    const auto free = std::find(table.entries.begin(), table.entries.end(), kFreeBlock);
+    if (free != table.entries.end()) return static_cast<uint32_t>(free - table.entries.begin());
+  }
+  table.maybeFragmented = false;
+  return static_cast<uint32_t>(table.entries.size());
+}
+
+void MarkDirty(BlockList& marks, uint64_t number) {
+  // The newest mark is the likeliest to come again.
+  if (std::find(marks.rbegin(), marks.rend(), number) == marks.rend()) marks.push_back(number);
+}
+
+void MarkTableDirty(BlockTable& table, uint64_t index, uint64_t bigBlockSize) {
+  MarkDirty(table.dirtyBlocks, index / (bigBlockSize / 4));
+}
+
+void LoadBlockTable(BlockTable& table, const unsigned char* bytes, uint64_t length) {
+  const uint64_t count = length / 4;
+  table.entries.resize(count, kFreeBlock);
+  for (uint64_t i = 0; i < count; ++i) SetBlockEntry(table, i, LoadU32(bytes + 4 * i));
+}
+
+void FlushBlockTable(BlockTable& table, const BlockList& blocks, CompoundFile& file,
+                     uint64_t bigBlockSize) {
+  const uint64_t size = blocks.size() * bigBlockSize;
+  KernelVector<unsigned char> image(size, 0xFF);
+  const uint64_t count = std::min<uint64_t>(table.entries.size(), size / 4);
+  for (uint64_t i = 0; i < count; ++i) StoreU32(image.data() + 4 * i, table.entries[i]);
+  KernelVector<unsigned char> isDirty(blocks.size(), 0);
+  for (const uint64_t i : table.dirtyBlocks) {
+    if (i < isDirty.size()) isDirty[i] = 1;
+  }
+  for (uint64_t i = 0; i < blocks.size(); ++i) {
+    if (isDirty[i] == 0) continue;
+    SaveBigBlock(file, blocks[i], 0, image.data() + i * bigBlockSize, bigBlockSize);
+  }
+  table.dirtyBlocks.clear();
+}
+
+}  // namespace tarn

@@ -1,0 +1,75 @@
+#include "compound/CompoundHeader.h"
+
+#include <algorithm>
+
+#include "compound/LittleEndian.h"
+
+namespace tarn {
+namespace {
+
+constexpr uint64_t kTableBlocksOffset = 76;
+
+struct HeaderField {
+  uint64_t offset;
+  uint64_t size;
+  uint64_t CompoundHeader::*field;
+};
+
+constexpr HeaderField kFields[] = {
+    {30, 2, &CompoundHeader::bigShift},
+    {32, 2, &CompoundHeader::smallShift},
+    {44, 4, &CompoundHeader::tableBlockCount},
+    {48, 4, &CompoundHeader::directoryStart},
+    {56, 4, &CompoundHeader::threshold},
+    {60, 4, &CompoundHeader::smallTableStart},
+    {64, 4, &CompoundHeader::smallTableBlockCount},
+    {68, 4, &CompoundHeader::metaStart},
+    {72, 4, &CompoundHeader::metaBlockCount},
+};
+
+}  // namespace
+
+bool CompoundHeader::isReadable() const {
+  if (threshold != kSmallStreamLimit) return false;
+  if (tableBlockCount == 0) return false;
+  if (tableBlockCount < kHeaderTableBlocks && metaBlockCount != 0) return false;
+  if (smallShift > bigShift) return false;
+  if (bigShift < 7 || bigShift > 30) return false;
+  const auto used = static_cast<std::ptrdiff_t>(std::min(tableBlockCount, kHeaderTableBlocks));
+  return std::find(tableBlocks.begin(), tableBlocks.begin() + used, kFreeBlock) ==
+         tableBlocks.begin() + used;
+}
+
+void LoadHeader(CompoundHeader& header, const HeaderBytes& bytes) {
+  std::copy_n(bytes.begin(), header.magic.size(), header.magic.begin());
+  for (const HeaderField& row : kFields) {
+    const unsigned char* const at = bytes.data() + row.offset;
+    header.*row.field = row.size == 2 ? LoadU16(at) : LoadU32(at);
+  }
+  for (uint64_t i = 0; i < kHeaderTableBlocks; ++i) {
+    header.tableBlocks[i] = LoadU32(bytes.data() + kTableBlocksOffset + 4 * i);
+  }
+  header.dirty = false;
+}
+
+void SaveHeader(CompoundHeader& header, HeaderBytes& bytes) {
+  bytes.fill(0);
+  std::copy(kCompoundMagic.begin(), kCompoundMagic.end(), bytes.begin());
+  StoreU16(bytes.data() + 24, 62);
+  StoreU16(bytes.data() + 26, 3);
+  StoreU16(bytes.data() + 28, 0xFFFE);
+  for (const HeaderField& row : kFields) {
+    unsigned char* const at = bytes.data() + row.offset;
+    if (row.size == 2) {
+      StoreU16(at, header.*row.field);
+    } else {
+      StoreU32(at, header.*row.field);
+    }
+  }
+  for (uint64_t i = 0; i < kHeaderTableBlocks; ++i) {
+    StoreU32(bytes.data() + kTableBlocksOffset + 4 * i, header.tableBlocks[i]);
+  }
+  header.dirty = false;
+}
+
+}  // namespace tarn

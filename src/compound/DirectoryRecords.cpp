@@ -1,0 +1,155 @@
+// The directory between its records and the tree in memory.
+
+#include <algorithm>
+#include <array>
+
+#include "compound/CompoundFile.h"
+#include "compound/DirectoryTree.h"
+#include "compound/LittleEndian.h"
+
+namespace tarn {
+namespace {
+
+constexpr uint64_t kNameBytes = 64;
+constexpr uint64_t kNameSizeOffset = 64;
+constexpr uint64_t kTypeOffset = 66;
+constexpr uint64_t kColourOffset = 67;
+constexpr uint64_t kClassIdOffset = 80;
+constexpr uint64_t kStartOffset = 116;
+constexpr uint64_t kSizeOffset = 120;
+
+enum RecordType : unsigned char {
+  RecordInvalid = 0,
+  RecordStorage = 1,
+  RecordStream = 2,
+  RecordRoot = 5
+};
+
+struct LinkField {
+  uint64_t offset;
+  uint64_t DirectoryEntry::*field;
+};
+
+constexpr LinkField kLinks[] = {
+    {68, &DirectoryEntry::prev},
+    {72, &DirectoryEntry::next},
+    {76, &DirectoryEntry::child},
+};
+
+// Searches together may follow this many links: what a million look-ups in a balanced directory
+// take, and what a few thousand take in the worst one.
+constexpr uint64_t kSearchSteps = uint64_t{1} << 28;
+
+using ClassId = std::array<unsigned char, 16>;
+
+constexpr ClassId RootClassId(uint32_t kind) {
+  switch (kind) {
+    case 1:
+      return {0x06, 0x09, 0x02, 0, 0, 0, 0, 0, 0xC0, 0, 0, 0, 0, 0, 0, 0x46};
+    case 2:
+      return {0x06, 0x08, 0x02, 0, 0, 0, 0, 0, 0xC0, 0, 0, 0, 0, 0, 0, 0x46};
+    case 3:
+      return {0x10, 0x8D, 0x81, 0x64, 0x9B, 0x4F, 0xCF, 0x11,
+              0x86, 0xEA, 0x00, 0xAA, 0x00, 0xB9, 0x29, 0xE8};
+    default:
+      return {};
+  }
+}
+
+DirectoryEntry ReadRecord(const unsigned char* record) {
+  DirectoryEntry entry;
+  const uint64_t nameSize = std::min(LoadU16(record + kNameSizeOffset), kNameBytes);
+  for (uint64_t i = 0; i < nameSize && record[i] != 0; i += 2) {
+    entry.name.push_back(static_cast<char>(record[i]));
+  }
+  if (record[0] < 32 && !entry.name.empty()) entry.name.erase(0, 1);
+  const unsigned char type = record[kTypeOffset];
+  entry.valid =
+      (type == RecordStorage || type == RecordStream || type == RecordRoot) && nameSize != 0;
+  entry.isDirectory = type != RecordStream;
+  for (const LinkField& link : kLinks) entry.*link.field = LoadU32(record + link.offset);
+  entry.start = LoadU32(record + kStartOffset);
+  entry.size = LoadU32(record + kSizeOffset);
+  return entry;
+}
+
+void WriteName(unsigned char* record, std::string_view name) {
+  name = name.substr(0, kNameBytes / 2);
+  for (uint64_t i = 0; i < name.size(); ++i) record[2 * i] = static_cast<unsigned char>(name[i]);
+  StoreU16(record + kNameSizeOffset, 2 * name.size() + 2);
+}
+
+void WriteRoot(unsigned char* record, const DirectoryTree& tree) {
+  WriteName(record, "Root Entry");
+  record[kTypeOffset] = RecordRoot;
+  StoreU32(record + 68, kNoEntry);
+  StoreU32(record + 72, kNoEntry);
+  StoreU32(record + 76, tree.entries[0].child);
+  const ClassId id = RootClassId(tree.rootKind);
+  std::copy(id.begin(), id.end(), record + kClassIdOffset);
+  StoreU32(record + kStartOffset, kNoEntry);
+}
+
+void WriteEntry(unsigned char* record, DirectoryEntry& entry) {
+  if (entry.isDirectory) {
+    entry.start = kNoEntry;
+    entry.size = 0;
+  }
+  WriteName(record, entry.name);
+  record[kTypeOffset] = !entry.valid        ? RecordInvalid
+                        : entry.isDirectory ? RecordStorage
+                                            : RecordStream;
+  record[kColourOffset] = 1;
+  for (const LinkField& link : kLinks) StoreU32(record + link.offset, entry.*link.field);
+  StoreU32(record + kStartOffset, entry.start);
+  StoreU32(record + kSizeOffset, entry.size);
+}
+
+}  // namespace
+
+DirectoryTree::DirectoryTree() : entries(1), dirtyBlocks(1, 0), stepsLeft(kSearchSteps) {
+  entries[0].valid = true;
+  entries[0].name = "Root Entry";
+}
+
+void LoadDirectory(DirectoryTree& tree, const unsigned char* bytes, uint64_t length) {
+  const uint64_t count = length / kDirectoryRecordSize;
+  tree.entries.clear();
+  tree.entries.reserve(count);
+  tree.firstMaybeInvalid = 0;
+  for (uint64_t i = 0; i < count; ++i) {
+    tree.entries.push_back(ReadRecord(bytes + i * kDirectoryRecordSize));
+  }
+}
+
+KernelVector<unsigned char> SaveDirectory(DirectoryTree& tree) {
+  const uint64_t count = tree.entries.size();
+  KernelVector<unsigned char> bytes(count * kDirectoryRecordSize, 0);
+  if (count != 0) WriteRoot(bytes.data(), tree);
+  for (uint64_t i = 1; i < count; ++i) {
+    WriteEntry(bytes.data() + i * kDirectoryRecordSize, tree.entries[i]);
+  }
+  return bytes;
+}
+
+void FlushDirectory(DirectoryTree& tree, const BlockList& blocks, CompoundFile& file,
+                    uint64_t bigBlockSize, uint64_t containerStart, uint64_t containerSize) {
+  KernelVector<unsigned char> bytes = SaveDirectory(tree);
+  if (!bytes.empty()) {
+    StoreU32(bytes.data() + kStartOffset, containerStart);
+    StoreU32(bytes.data() + kSizeOffset, containerSize);
+  }
+  for (const uint64_t i : tree.dirtyBlocks) {
+    const uint64_t offset = i * bigBlockSize;
+    if (i >= blocks.size() || offset >= bytes.size()) continue;
+    SaveBigBlock(file, blocks[i], 0, bytes.data() + offset,
+                 std::min(bigBlockSize, bytes.size() - offset));
+  }
+  tree.dirtyBlocks.clear();
+}
+
+void MarkDirectoryDirty(DirectoryTree& tree, uint64_t index, uint64_t bigBlockSize) {
+  MarkDirty(tree.dirtyBlocks, index / (bigBlockSize / kDirectoryRecordSize));
+}
+
+}  // namespace tarn

@@ -1,0 +1,199 @@
+#include "compound/DirectoryTree.h"
+
+#include <algorithm>
+#include <compare>
+
+#include "compound/CompoundFile.h"
+
+namespace tarn {
+namespace {
+
+// Names are ordered by length and then by bytes.
+std::strong_ordering CompareNames(std::string_view left, std::string_view right) {
+  if (left.size() != right.size()) return left.size() <=> right.size();
+  return left.compare(right) <=> 0;
+}
+
+// The sibling link to follow from a node that is not the one.
+uint64_t LinkTowards(const DirectoryEntry& node, std::string_view name) {
+  return CompareNames(node.name, name) < 0 ? node.next : node.prev;
+}
+
+// Splits a path into its names. Empty names in the middle stay; a "/" at the end adds none.
+class PathPieces {
+ public:
+  explicit PathPieces(std::string_view path) : rest_(path) {
+    if (!rest_.empty() && rest_.front() == '/') rest_.remove_prefix(1);
+  }
+
+  bool done() const { return rest_.empty(); }
+
+  std::string_view next() {
+    const size_t end = rest_.find('/');
+    const std::string_view piece = rest_.substr(0, end);
+    rest_.remove_prefix(end == std::string_view::npos ? rest_.size() : end + 1);
+    return piece;
+  }
+
+ private:
+  std::string_view rest_;
+};
+
+// Links a new entry below the entry where the search ended, or, without one, below its parent.
+void LinkNewEntry(DirectoryTree& tree, uint64_t slot, uint64_t parent, uint64_t closest,
+                  uint64_t bigBlockSize) {
+  DirectoryEntry& entry = tree.entries[slot];
+  if (closest >= tree.entries.size()) {
+    entry.prev = kNoEntry;
+    entry.next = tree.entries[parent].child;
+    tree.entries[parent].child = slot;
+    MarkDirectoryDirty(tree, parent, bigBlockSize);
+    return;
+  }
+  DirectoryEntry& above = tree.entries[closest];
+  if (CompareNames(above.name, entry.name) < 0) {
+    entry.prev = above.next;
+    entry.next = kNoEntry;
+    above.next = slot;
+  } else {
+    entry.next = above.prev;
+    entry.prev = kNoEntry;
+    above.prev = slot;
+  }
+  MarkDirectoryDirty(tree, closest, bigBlockSize);
+}
+
+// A new entry in the first free place. Gives its index.
+uint64_t CreateEntry(DirectoryTree& tree, std::string_view name, bool isDirectory, uint64_t parent,
+                     uint64_t closest, uint64_t bigBlockSize, CompoundFile& file) {
+  uint64_t slot = tree.firstMaybeInvalid;
+  while (slot < tree.entries.size() && tree.entries[slot].valid) ++slot;
+  if (slot == tree.entries.size()) tree.entries.emplace_back();
+  tree.firstMaybeInvalid = slot;
+
+  DirectoryEntry& entry = tree.entries[slot];
+  entry.name = name;
+  entry.valid = true;
+  entry.isDirectory = isDirectory;
+  entry.size = 0;
+  entry.start = kChainEnd;
+  entry.child = kNoEntry;
+  LinkNewEntry(tree, slot, parent, closest, bigBlockSize);
+  MarkDirectoryDirty(tree, slot, bigBlockSize);
+  GrowDirectory(file, slot / (bigBlockSize / kDirectoryRecordSize));
+  return slot;
+}
+
+// Finds one name among the children of an entry; kNoEntry without a match. The first child may be
+// any entry, the root included.
+uint64_t FindChild(DirectoryTree& tree, uint64_t parent, std::string_view name, uint64_t& closest) {
+  closest = kNoEntry;
+  const uint64_t count = tree.entries.size();
+  if (parent >= count || !tree.entries[parent].valid) return kNoEntry;
+  const uint64_t child = tree.entries[parent].child;
+  if (child >= count || !tree.entries[child].valid) return kNoEntry;
+
+  const DirectoryEntry& node = tree.entries[child];
+  if (node.name == name) return child;
+  const uint64_t link = LinkTowards(node, name);
+  if (link == 0 || link >= count) {
+    closest = child;
+    return kNoEntry;
+  }
+  const uint64_t found = FindSibling(tree, link, name, closest);
+  return found != 0 ? found : kNoEntry;
+}
+
+}  // namespace
+
+// Each step of a search is decided by the entry alone, so one that follows more links than there
+// are entries goes in a circle.
+uint64_t FindSibling(DirectoryTree& tree, uint64_t index, std::string_view name,
+                     uint64_t& closest) {
+  const uint64_t count = tree.entries.size();
+  for (uint64_t steps = 0; steps <= count && tree.stepsLeft != 0; ++steps, --tree.stepsLeft) {
+    if (index >= count || !tree.entries[index].valid) return 0;
+    const DirectoryEntry& node = tree.entries[index];
+    if (node.name == name) return index;
+    const uint64_t link = LinkTowards(node, name);
+    if (link == 0 || link >= count) {
+      closest = index;
+      return 0;
+    }
+    index = link;
+  }
+  return 0;
+}
+
+DirectoryEntry* FindEntry(DirectoryTree& tree, std::string_view path, bool create,
+                          uint64_t bigBlockSize, CompoundFile* file) {
+  if (path.empty()) return nullptr;
+  if (path == "/") return tree.entries.empty() ? nullptr : &tree.entries[0];
+
+  PathPieces pieces(path);
+  uint64_t index = 0;
+  while (!pieces.done()) {
+    const std::string_view name = pieces.next();
+    uint64_t closest = kNoEntry;
+    uint64_t found = FindChild(tree, index, name, closest);
+    if (found == kNoEntry) {
+      if (!create || file == nullptr || !file->writable) return nullptr;
+      if (index >= tree.entries.size()) return nullptr;
+      found = CreateEntry(tree, name, !pieces.done(), index, closest, bigBlockSize, *file);
+    }
+    index = found;
+  }
+  return index < tree.entries.size() ? &tree.entries[index] : nullptr;
+}
+
+namespace {
+
+// Walks a tree of siblings in order: what is at `prev`, the node, what is at `next`.
+class SiblingWalk {
+ public:
+  SiblingWalk(DirectoryTree& tree, KernelVector<KernelString>& names) : tree_(tree), names_(names) {
+    tree.visits.resize(tree.entries.size(), 0);
+    if (++tree.visit == 0) {
+      std::fill(tree.visits.begin(), tree.visits.end(), 0);
+      tree.visit = 1;
+    }
+  }
+
+  void run(uint64_t index) {
+    descend(index);
+    while (!path_.empty()) {
+      const DirectoryEntry& node = tree_.entries[path_.back()];
+      path_.pop_back();
+      names_.push_back(node.name);
+      descend(node.next);
+    }
+  }
+
+ private:
+  // Puts an entry and all that leads from it to the left on the path.
+  void descend(uint64_t index) {
+    while (index < tree_.entries.size() && tree_.visits[index] != tree_.visit) {
+      tree_.visits[index] = tree_.visit;
+      path_.push_back(index);
+      index = tree_.entries[index].prev;
+    }
+  }
+
+  DirectoryTree& tree_;
+  KernelVector<KernelString>& names_;
+  BlockList path_;
+};
+
+}  // namespace
+
+KernelVector<KernelString> ListEntryNames(const CompoundStorage& storage, std::string_view path) {
+  KernelVector<KernelString> names;
+  CompoundFile& file = *storage.file;
+  const DirectoryEntry* const entry =
+      FindEntry(file.directory, path, false, file.bigTable.blockSize, nullptr);
+  if (entry == nullptr || !entry->isDirectory || !entry->valid) return names;
+  SiblingWalk(file.directory, names).run(entry->child);
+  return names;
+}
+
+}  // namespace tarn

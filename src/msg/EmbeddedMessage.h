@@ -1,0 +1,27 @@
+// EmbeddedMessage.h - makes an MSG file of its own out of a message embedded in another one
+// (MS-OXMSG).
+//
+// The file gets the parent's map of named properties and what the embedded storage holds, moved up
+// to the root; the header of its properties grows from the 24 bytes of an embedded message to the
+// 32 of a message of its own. Empty storages do not come along.
+#ifndef TARN_MSG_EMBEDDEDMESSAGE_H
+#define TARN_MSG_EMBEDDEDMESSAGE_H
+
+#include "compound/CompoundFile.h"
+
+namespace tarn {
+
+// Writes the file for the storage at `path` into the buffer. Header, tables and directory are
+// written only when the last entry of the storage's listing is a stream; else the bytes hold the
+// streams and nothing that leads to them, and hosts have always got them so.
+//
+// 1; 2 when there is nothing to copy; -1 without memory, for storages nested too deep and for a
+// directory that leads to more than the file holds; -5 and -7 for a stream that could not be
+// written or read whole; -1490; failures of KernelMemFileOpen. On failure the buffer may hold a
+// block.
+int32_t ExportEmbeddedMessage(const CompoundStorage& source, std::string_view path,
+                              TrackedBuffer<char>& data);
+
+}  // namespace tarn
+
+#endif

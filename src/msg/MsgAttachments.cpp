@@ -1,0 +1,182 @@
+#include "msg/MsgAttachments.h"
+
+#include <cinttypes>
+#include <cstdio>
+
+#include "Common/AttachmentProperties.h"
+#include "Common/FileTime.h"
+#include "msg/AttachmentPath.h"
+#include "msg/EmbeddedMessage.h"
+#include "msg/MsgStreams.h"
+
+namespace tarn {
+namespace {
+
+constexpr uint64_t kRecordsStart = 24;  // in the properties of an attachment
+constexpr uint64_t kSmallestProperties = 40;
+constexpr uint16_t kCreationTime = 0x3007;
+constexpr uint16_t kModificationTime = 0x3008;
+
+struct TextProperty {
+  std::string_view stream;
+  const char* name;
+};
+
+constexpr TextProperty kTextProperties[] = {
+    {"__substg1.0_3712", "Content-ID:"},
+    {"__substg1.0_370E", "MimeType"},
+};
+
+struct TimeProperty {
+  uint16_t id;
+  const char* name;
+};
+
+constexpr TimeProperty kTimeProperties[] = {
+    {kCreationTime, "MsgCreationTime"},
+    {kModificationTime, "MsgModificationTime"},
+};
+
+// One attachment on its way to the callback.
+class Delivery {
+ public:
+  Delivery(const CompoundStorage& storage, std::string_view name, const AttachmentRequest& request)
+      : storage_(storage), path_(name), request_(request) {}
+
+  int32_t run();
+
+ private:
+  void readName();
+  int32_t addTexts();
+  int32_t addTimes();
+  int32_t readData();
+  int32_t exportMessage();
+  int32_t callBack();
+
+  const CompoundStorage& storage_;
+  AttachmentPath path_;
+  const AttachmentRequest& request_;
+  SizedBytes name_;
+  PropertyList properties_;
+  TrackedBuffer<char> data_{0, 1024, 1};
+};
+
+int32_t Delivery::run() {
+  readName();
+  if (!path_.hasRoomForData()) return StatusOk;
+  int32_t status = StatusOk;
+  if (request_.infoOnly != 0) {
+    status = addTexts();
+    if (status == StatusOk) status = addTimes();
+  } else {
+    status = readData();
+  }
+  return status == StatusOk ? callBack() : status;
+}
+
+// A name that cannot be read is no name.
+void Delivery::readName() {
+  const int32_t status = ReadMsgTextProperty(storage_, path_.of("__substg1.0_3707"), name_);
+  if (status == StatusOk && !name_.isEmptyText()) return;
+  ReadMsgTextProperty(storage_, path_.of("__substg1.0_3704"), name_);
+}
+
+int32_t Delivery::addTexts() {
+  for (const TextProperty& property : kTextProperties) {
+    SizedBytes text;
+    const int32_t read = ReadMsgTextProperty(storage_, path_.of(property.stream), text);
+    if (read != StatusOk) return read;
+    if (text.isEmptyText()) continue;
+    const int32_t added = AddAttachmentProperty(properties_, property.name, text.data, text.length);
+    if (added != StatusOk) return added;
+  }
+  return StatusOk;
+}
+
+// Times before 1970 come out as large unsigned numbers.
+int32_t Delivery::addTimes() {
+  SizedBytes records;
+  const int32_t read = ReadMsgStream(storage_, path_.of(kPropertiesStream), records);
+  if (read < StatusOk) return read;
+  if (read != StatusOk || records.length < kSmallestProperties) return StatusOk;
+  for (const TimeProperty& property : kTimeProperties) {
+    uint64_t value = 0;
+    if (!FindPropertyRecord(records.bytes(), kRecordsStart, kPropertyTime, property.id, value)) {
+      continue;
+    }
+    const auto seconds = static_cast<uint64_t>(SecondsSince1970(static_cast<int64_t>(value)));
+    char digits[25];
+    std::snprintf(digits, sizeof digits, "%" PRIu64, seconds);
+    const int32_t added = AddAttachmentProperty(properties_, property.name, digits);
+    if (added != StatusOk) return added;
+  }
+  return StatusOk;
+}
+
+int32_t Delivery::readData() {
+  std::optional<CompoundStream> stream = OpenStream(storage_, path_.of("__substg1.0_37010102"));
+  if (!stream) return exportMessage();
+  KernelBlock<char> block;
+  uint64_t length = 0;
+  const int32_t read = ReadWholeStream(&*stream, block, length);
+  if (read != StatusOk) return read;
+  data_.data = block.take();
+  data_.length = length;
+  data_.capacity = length;
+  return StatusOk;
+}
+
+int32_t Delivery::exportMessage() {
+  const int32_t status = ExportEmbeddedMessage(storage_, path_.of("__substg1.0_3701000D"), data_);
+  if (status != StatusOk) return status;
+  return data_.length != 0 ? StatusOk : StatusOutOfMemory;
+}
+
+int32_t Delivery::callBack() {
+  KernelBlock<char16_t> wide;
+  const char16_t* name = nullptr;
+  if (name_.data != nullptr) {
+    name = u"";
+    const std::string_view text = name_.text();
+    wide.reset(static_cast<char16_t*>(
+        KernelRealloc(nullptr, (text.size() + 1) * sizeof(char16_t), TARN_HERE)));
+    if (wide) {
+      const int64_t units = KernelUtf8ToWide(text.data(), static_cast<int64_t>(text.size()),
+                                             wide.get(), static_cast<int64_t>(text.size() + 1));
+      wide[units > 0 ? static_cast<uint64_t>(units) : 0] = u'\0';
+      name = wide.get();
+    }
+  }
+  return request_.callback(request_.user, &data_, name, &properties_);
+}
+
+}  // namespace
+
+KernelVector<KernelString> ListAttachments(const CompoundStorage& storage) {
+  KernelVector<KernelString> names = ListEntryNames(storage, "/");
+  std::erase_if(names, [&storage](const KernelString& name) {
+    constexpr std::string_view kPrefix = "__attach_version1.0_";
+    if (name.size() <= kPrefix.size() || !std::string_view(name).starts_with(kPrefix)) return true;
+    if (!AttachmentPath::Holds(name)) return true;
+    CompoundFile& file = *storage.file;
+    const DirectoryEntry* const entry =
+        FindEntry(file.directory, name, false, file.bigBlockSize(), nullptr);
+    return entry == nullptr || !entry->isDirectory;
+  });
+  return names;
+}
+
+int32_t EnumerateMsgAttachments(const CompoundStorage& storage, const AttachmentRequest& request) {
+  if (request.callback == nullptr) return StatusOk;
+  uint32_t number = 1;
+  for (const KernelString& name : ListAttachments(storage)) {
+    if (request.index == kAllAttachments || request.index == number) {
+      const int32_t status = Delivery(storage, name, request).run();
+      if (status < StatusOk) return status;
+    }
+    ++number;
+  }
+  return StatusOk;
+}
+
+}  // namespace tarn

@@ -1,0 +1,25 @@
+// MsgAttachments.h - the attachments of an MSG file: storages under the root whose names begin with
+// "__attach_version1.0_" and go on. Their numbers are their places in the listing, from 1.
+#ifndef TARN_MSG_MSGATTACHMENTS_H
+#define TARN_MSG_MSGATTACHMENTS_H
+
+#include "Internal/AttachmentRequest.h"
+#include "Internal/MailMessage.h"
+#include "Internal/PstFilterData.h"
+#include "compound/CompoundFile.h"
+
+namespace tarn {
+
+// Puts the attachments that the message's body refers to into it, by "cid:" and their content id
+// or else by their file name, and counts all attachments in data.attachmentCount. 1; -1 without
+// memory or search budget; failures of RewriteInlineImage (0 among them) and of reading a name.
+int32_t InlineMsgImages(MailMessage& message, PstFilterData& data, const CompoundStorage& storage);
+
+// Calls the request back for the attachments that it asks for; an embedded message comes as an MSG
+// file of its own. An attachment with neither is passed over and keeps its number. 1; the
+// callback's result when that is below 1; -1; failures of the list and of ExportEmbeddedMessage.
+int32_t EnumerateMsgAttachments(const CompoundStorage& storage, const AttachmentRequest& request);
+
+}  // namespace tarn
+
+#endif

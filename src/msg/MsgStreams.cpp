@@ -1,0 +1,123 @@
+#include "msg/MsgStreams.h"
+
+#include <algorithm>
+
+#include "Platform/CodePages.h"
+
+namespace tarn {
+namespace {
+
+constexpr uint64_t kNameCapacity = 100;
+constexpr uint64_t kTypeLength = 4;
+
+// The name of a property's stream, in a buffer of a fixed size.
+class StreamName {
+ public:
+  StreamName(std::string_view base, std::string_view type) {
+    if (base.size() + kTypeLength >= kNameCapacity) return;
+    base.copy(name_, base.size());
+    type.copy(name_ + base.size(), type.size());
+    length_ = base.size() + type.size();
+  }
+
+  // Empty for a name that does not fit.
+  std::string_view get() const { return {name_, length_}; }
+
+ private:
+  char name_[kNameCapacity];
+  uint64_t length_ = 0;
+};
+
+// Turns UTF-16 bytes into the target's UTF-8. An odd byte at the end is dropped.
+int32_t ConvertWide(std::string_view wide, SizedBytes& target) {
+  const uint64_t room = 4 * wide.size() + 1;
+  if (target.data == nullptr || target.length < room) {
+    const uint64_t held = target.data != nullptr ? target.length : 0;
+    void* const block = KernelRealloc(target.data, room, TARN_HERE);
+    if (block == nullptr) return StatusOutOfMemory;
+    target.data = static_cast<char*>(block);
+    std::memset(target.data + held, 0, room - held);
+    target.length = room;
+  }
+  const uint64_t units = wide.size() / sizeof(char16_t);
+  int32_t written = 0;
+  if (units != 0) {
+    const KernelBlock<char16_t> source = AllocateBlock<char16_t>(units, TARN_HERE);
+    if (!source) return StatusOutOfMemory;
+    std::memcpy(source.get(), wide.data(), units * sizeof(char16_t));
+    const uint64_t most = std::min<uint64_t>(2 * wide.size() + 1, INT32_MAX);
+    written = platform::Utf16ToBytes(platform::kCodePageUtf8, {source.get(), units}, target.data,
+                                     static_cast<int32_t>(most), nullptr);
+  }
+  target.length = static_cast<uint64_t>(written);
+  if (written != 0 && target.data[written - 1] != '\0') {
+    target.data[written] = '\0';
+    ++target.length;
+  }
+  return StatusOk;
+}
+
+uint64_t LoadValue(const char* at, int bytes) {
+  uint64_t value = 0;
+  for (int i = bytes; i-- > 0;) value = value << 8 | static_cast<unsigned char>(at[i]);
+  return value;
+}
+
+}  // namespace
+
+int32_t ReadWholeStream(CompoundStream* stream, KernelBlock<char>& block, uint64_t& length) {
+  length = stream != nullptr ? stream->size() : 0;
+  if (stream != nullptr && length > stream->file->fileSize) return StatusOutOfMemory;
+  block = AllocateZeroBlock<char>(length + 2, TARN_HERE);
+  if (!block) return StatusOutOfMemory;
+  if (stream == nullptr) return StatusOk;
+  auto* const bytes = reinterpret_cast<unsigned char*>(block.get());
+  stream->position += StreamRead(*stream, stream->position, bytes, length);
+  return StatusOk;
+}
+
+int32_t ReadMsgStream(const CompoundStorage& storage, std::string_view name, SizedBytes& target) {
+  std::optional<CompoundStream> stream = OpenStream(storage, name);
+  if (!stream) return kNoStream;
+  target.release();
+  target.length = 0;
+  KernelBlock<char> block;
+  uint64_t length = 0;
+  const int32_t read = ReadWholeStream(&*stream, block, length);
+  if (read != StatusOk) return read;
+  target.data = block.take();
+  target.length = length;
+  return StatusOk;
+}
+
+int32_t ReadMsgTextProperty(const CompoundStorage& storage, std::string_view name,
+                            SizedBytes& target) {
+  SizedBytes wide;
+  const int32_t status = ReadMsgStream(storage, StreamName(name, "001F").get(), wide);
+  if (status < StatusOk) return status;
+  if (status == StatusOk) {
+    if (wide.length != 0) return ConvertWide(wide.bytes(), target);
+    target.length = 0;
+    return StatusOk;
+  }
+  for (const std::string_view type : {"001E", "0102"}) {
+    const int32_t read = ReadMsgStream(storage, StreamName(name, type).get(), target);
+    if (read != kNoStream) return read;
+  }
+  target.length = 0;
+  return ConvertWide({}, target);
+}
+
+bool FindPropertyRecord(std::string_view properties, uint64_t start, uint16_t type, uint16_t id,
+                        uint64_t& value) {
+  for (uint64_t at = start; at + kPropertyRecordSize <= properties.size();
+       at += kPropertyRecordSize) {
+    const char* const record = properties.data() + at;
+    if (LoadValue(record, 2) != type || LoadValue(record + 2, 2) != id) continue;
+    value = LoadValue(record + 8, 8);
+    return true;
+  }
+  return false;
+}
+
+}  // namespace tarn

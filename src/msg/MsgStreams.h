@@ -1,0 +1,45 @@
+// MsgStreams.h - the streams of an MSG file (MS-OXMSG) as blocks and texts.
+//
+// A property is a stream "__substg1.0_" + id + type, both four upper-case hexadecimal digits; text
+// properties are looked for without their type. Sizes count bytes. A storage where a stream is
+// looked for counts as nothing. std::bad_alloc of the compound layer passes through.
+#ifndef TARN_MSG_MSGSTREAMS_H
+#define TARN_MSG_MSGSTREAMS_H
+
+#include <string_view>
+
+#include "compound/CompoundStream.h"
+
+namespace tarn {
+
+inline constexpr int32_t kNoStream = 2;
+
+// Fixed-size properties stand in records of 16 bytes behind a header, whose size differs between a
+// message and an attachment: type (2), id (2), flags (4), value (8).
+inline constexpr std::string_view kPropertiesStream = "__properties_version1.0";
+inline constexpr uint64_t kPropertyRecordSize = 16;
+inline constexpr uint16_t kPropertyInteger = 3;
+inline constexpr uint16_t kPropertyTime = 64;
+
+// Reads a stream from its position to its end into a new block, with two zero bytes behind it that
+// the length does not count; the length is that of the directory, whatever was there to be read.
+// No stream gives an empty block. 1; -1 without memory, and for a stream larger than its file.
+int32_t ReadWholeStream(CompoundStream* stream, KernelBlock<char>& block, uint64_t& length);
+
+// Puts a stream into the target. 1; 2 when there is none, and then the target is as it was; -1.
+int32_t ReadMsgStream(const CompoundStorage& storage, std::string_view name, SizedBytes& target);
+
+// Puts a text property into the target as UTF-8: from UTF-16 ("001F"), with a NUL that the length
+// counts; else the bytes of "001E" or "0102" as they stand. A missing property is an empty text
+// with a block. Names of 100 bytes and more are missing. 1 or -1.
+int32_t ReadMsgTextProperty(const CompoundStorage& storage, std::string_view name,
+                            SizedBytes& target);
+
+// The value of the first record of that type and id, from offset `start` of a properties stream
+// on. False when there is none.
+bool FindPropertyRecord(std::string_view properties, uint64_t start, uint16_t type, uint16_t id,
+                        uint64_t& value);
+
+}  // namespace tarn
+
+#endif
