@@ -21,4 +21,5 @@ fuzz() {
   grep -E 'stat::number_of_executed_units|stat::peak_rss_mb' "$work/$target.log" >&2
 }
 
+fuzz FuzzCompressedRtf rtf.dict examples/compressed-rtf
 fuzz FuzzEmlRoad mail.dict examples

@@ -1,0 +1,120 @@
+// Compressed RTF through both decoders, and what the first makes of RTF that wraps HTML.
+//
+// The input is the compressed RTF; its last byte also chooses the variant. In half of the variants
+// the header is repaired, so that the bytes behind it are unpacked. Besides what the
+// sanitizers see, a run aborts when a decoder leaves anything behind in the kernel, changes the
+// body of damaged data, or makes more than the data can hold.
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <sstream>
+#include <string>
+
+#include "Common/Crc32.h"
+#include "Internal/MailMessage.h"
+#include "Tarnbase/PlainKernel.h"
+#include "rtf/CompressedRtf.h"
+#include "rtf/LzfuUnpack.h"
+
+namespace {
+
+enum Variant : uint8_t {
+  Repaired = 1,  // sizes, checksum and magic
+  Stored = 2,    // the magic that repairing writes
+  LongBody = 4,  // the body before is longer than most texts
+  WholeText = 8  // of Repaired: as the raw size says, if the data can give it; else a smaller one
+};
+
+[[noreturn]] void Fail(const char* what) {
+  std::fprintf(stderr, "%s\n", what);
+  std::abort();
+}
+
+void Expect(bool holds, const char* what) {
+  if (!holds) Fail(what);
+}
+
+void Put(std::string& bytes, size_t offset, uint32_t value) {
+  for (size_t i = 0; i < 4; ++i) bytes[offset + i] = static_cast<char>(value >> (8 * i));
+}
+
+void Repair(std::string& bytes, uint8_t variant) {
+  if (bytes.size() < tarn::kCompressedRtfHeaderSize) return;
+  const std::string contents = bytes.substr(tarn::kCompressedRtfHeaderSize);
+  const uint64_t longest = tarn::LongestUnpackedText(contents.size());
+  uint32_t rawSize = 0;
+  for (size_t i = 0; i < 4; ++i) {
+    rawSize |= static_cast<uint32_t>(static_cast<unsigned char>(bytes[4 + i])) << (8 * i);
+  }
+  const uint64_t most = (variant & WholeText) != 0 ? longest : contents.size();
+  Put(bytes, 0, static_cast<uint32_t>(bytes.size() - 4));
+  Put(bytes, 4, static_cast<uint32_t>(rawSize % (most + 1)));
+  Put(bytes, 8, (variant & Stored) != 0 ? tarn::kMagicStored : tarn::kMagicPacked);
+  Put(bytes, 12, tarn::Crc32(contents.data(), contents.size()));
+}
+
+char* KernelCopy(const std::string& bytes) {
+  auto* const block = static_cast<char*>(KernelAlloc(bytes.size(), 1, TARN_HERE));
+  if (block == nullptr) Fail("out of memory");
+  std::memcpy(block, bytes.data(), bytes.size());
+  return block;
+}
+
+std::string OldBody(uint8_t variant) {
+  return std::string((variant & LongBody) != 0 ? 1000 : 10, '.');
+}
+
+void CheckDamage(int32_t status, const tarn::MailMessage& message, const std::string& old) {
+  Expect(status == StatusOk || status == StatusNotSupported || status == StatusOutOfMemory,
+         "a status that no decoder has");
+  if (status == StatusNotSupported) Expect(message.body.bytes() == old, "damage reached the body");
+}
+
+void Unpack(const std::string& bytes, uint8_t variant) {
+  const std::string old = OldBody(variant);
+  tarn::MailMessage message;
+  message.body.data = KernelCopy(old);
+  message.body.length = old.size();
+  const int32_t status = tarn::DecodeCompressedRtf(KernelCopy(bytes), message, bytes.size());
+  CheckDamage(status, message, old);
+  if (status != StatusOk) return;
+  Expect(message.body.length != 0, "a text without its terminator");
+  Expect(message.body.bytes().back() == '\0', "a text without its terminator");
+}
+
+void UnpackOfAStore(const std::string& bytes, uint8_t variant) {
+  const std::string old = OldBody(variant);
+  tarn::MailMessage message;
+  message.body.data = KernelCopy(old);
+  message.body.length = old.size();
+  std::istringstream stream(bytes);
+  stream.seekg(0, std::ios::end);
+  tarn::MessageList messages{1, &message};
+  const int32_t status = tarn::DecodePstCompressedRtf(stream, messages, 0);
+  CheckDamage(status, message, old);
+  Expect(status == StatusNotSupported ||
+             message.body.length <= tarn::LongestUnpackedText(bytes.size()) + old.size(),
+         "a text longer than its data");
+}
+
+PlainKernelUsageRecord Usage() {
+  PlainKernelUsageRecord usage = {};
+  PlainKernelUsage(&usage);
+  return usage;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  if (size == 0) return 0;
+  const uint8_t variant = data[size - 1];
+  std::string bytes(reinterpret_cast<const char*>(data), size);
+  if ((variant & Repaired) != 0) Repair(bytes, variant);
+
+  const PlainKernelUsageRecord before = Usage();
+  Unpack(bytes, variant);
+  UnpackOfAStore(bytes, variant);
+  Expect(Usage().liveBlocks == before.liveBlocks, "a decoder left something behind");
+  return 0;
+}
