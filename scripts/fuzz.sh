@@ -23,3 +23,6 @@ fuzz() {
 
 fuzz FuzzCompressedRtf rtf.dict examples/compressed-rtf
 fuzz FuzzEmlRoad mail.dict examples
+fuzz FuzzRtfFontTable rtf.dict examples/rtf
+fuzz FuzzRtfToHtml rtf.dict examples/rtf-html
+fuzz FuzzScrubHtmlBody rtf.dict examples/html-scrub
