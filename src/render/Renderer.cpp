@@ -1,6 +1,7 @@
 #include "render/Renderer.h"
 
 #include "render/HtmlDocument.h"
+#include "render/RtfDocument.h"
 #include "render/TextDocument.h"
 
 namespace tarn {
@@ -11,7 +12,7 @@ int32_t RenderMailMessage(MailMessage* message, uint32_t kind) {
     case DocumentHtml:
       return RenderMailHtml(*message);
     case DocumentRtf:
-      return StatusNotSupported;
+      return RenderMailRtf(*message);
     case DocumentText:
       return RenderMailText(*message);
     default:

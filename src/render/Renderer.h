@@ -8,9 +8,9 @@
 
 namespace tarn {
 
-// Renders DocumentHtml into message->body (HtmlDocument.h) and DocumentText into message->text
-// (TextDocument.h). 1, or their failure code; 0 for a null message. DocumentRtf is not rendered:
-// -9, and nothing has changed. Any other kind gives 1 and does nothing.
+// Renders DocumentHtml and DocumentRtf into message->body (HtmlDocument.h, RtfDocument.h) and
+// DocumentText into message->text (TextDocument.h). 1, or their failure code; 0 for a null message.
+// Any other kind gives 1 and does nothing.
 int32_t RenderMailMessage(MailMessage* message, uint32_t kind);
 
 // Renders message.documentKind into message.body. DocumentNone, and a message without From, To,

@@ -273,14 +273,6 @@ TEST(RenderMailMessage, OtherKindsDoNothing) {
   }
 }
 
-TEST(RenderMailMessage, RichTextIsRefused) {
-  MailMessage message;
-  SetAllFields(message);
-  Set(message.body, "{\\rtf1\\pard}");
-  EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), -9);
-  EXPECT_EQ(Bytes(message.body), "{\\rtf1\\pard}");
-}
-
 TEST(RenderMailMessage, HtmlLeavesTheTextAlone) {
   MailMessage message;
   SetAllFields(message);

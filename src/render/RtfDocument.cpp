@@ -1,0 +1,86 @@
+#include "render/RtfDocument.h"
+
+#include "Platform/CodePages.h"
+#include "render/HeaderBlock.h"
+#include "render/RtfSplice.h"
+
+namespace tarn {
+namespace {
+
+constexpr std::string_view kRowOpen =
+    "\r{\\rtlch\\fcs1 \\ab\\af37 \\ltrch\\fcs0 \\b\\cf0\\insrsid5716485 ";
+constexpr std::string_view kRowMiddle = "\\tab }{\\rtlch\\fcs1 \\af37 \\ltrch\\fcs0 \\cf0 ";
+
+// Writes into a render until the first failure; every write behind it does nothing.
+class RowWriter {
+ public:
+  explicit RowWriter(RtfRender& render) : render_(render) {}
+
+  // RTF as it stands.
+  void writeRtf(std::string_view rtf) {
+    if (status_ == StatusOk) status_ = render_.output.append(rtf.data(), rtf.size());
+  }
+
+  // UTF-8 text, to be escaped. The text writer passes over some growths that fail; here a row
+  // without all of its text has failed.
+  void writeText(std::string_view text) {
+    if (status_ != StatusOk) return;
+    render_.output.lastError = StatusOk;
+    status_ = WriteRtfUtf8Text(render_, text.data(), text.size());
+    if (status_ == StatusOk) status_ = render_.output.lastError;
+  }
+
+  // A field without its terminating NUL.
+  void writeField(const SizedBytes& field) {
+    const bool broken = field.data == nullptr && field.length != 0;
+    if (broken && status_ == StatusOk) status_ = StatusNullArgument;
+    writeText(field.text());
+  }
+
+  int32_t status() const { return status_; }
+
+ private:
+  RtfRender& render_;
+  int32_t status_ = StatusOk;
+};
+
+}  // namespace
+
+int32_t AppendRtfHeaderRow(RtfRender& render, const MailMessage* message, const SizedBytes* field,
+                           HeaderRow row) {
+  if (message == nullptr || field == nullptr) return StatusNullArgument;
+  if (HasNoText(*field)) return StatusOk;
+
+  RowWriter writer(render);
+  writer.writeRtf(kRowOpen);
+  writer.writeText(GetHeaderLabel(row));
+  writer.writeRtf(kRowMiddle);
+  writer.writeField(*field);
+  if (row == HeaderRowFrom && message->fromAddress.data != nullptr) {
+    writer.writeRtf(" <");
+    writer.writeField(message->fromAddress);
+    writer.writeRtf(">");
+  }
+  writer.writeRtf(kRtfRowTail);
+  return writer.status();
+}
+
+int32_t RenderMailRtf(MailMessage& message) {
+  if (message.body.data == nullptr && message.body.length != 0) return StatusNullArgument;
+  const std::string_view body = message.body.text();
+
+  RtfRender render;
+  render.fonts.ansiCodePage = platform::AnsiCodePage();
+  const int32_t prepared = PrepareRtfFontTable(render.fonts, body.data(), body.size());
+  if (prepared != StatusOk) return prepared;
+
+  for (const HeaderField<MailMessage>& field : kMailRows) {
+    const int32_t written = AppendRtfHeaderRow(render, &message, &(message.*field.text), field.row);
+    if (written != StatusOk) return written;
+  }
+  if (render.output.data == nullptr || render.output.length == 0) return StatusOk;
+  return SpliceRtfBlock(message.body, render.fonts,
+                        std::string_view(render.output.data, render.output.length));
+}
+
+}  // namespace tarn

@@ -1,0 +1,160 @@
+// What the header block in RTF cannot be made of, and what stays when memory runs out.
+#include <gtest/gtest.h>
+
+#include "RenderSupport.h"
+#include "RtfSupport.h"
+#include "render/Renderer.h"
+
+namespace tarn {
+namespace {
+
+using test::BrokenField;
+using test::Bytes;
+using test::MailRtfRow;
+using test::Set;
+using test::SetAllFields;
+using test::SetTerminated;
+using test::Terminated;
+
+const std::string kSeparator = test::kRtfEmptyParagraph;
+const std::string kHead = R"({\rtf1\ansi\ansicpg1252\deff0{\fonttbl{\f0\fswiss\fcharset0 Arial;}})";
+const std::string kTail = R"(\pard Hi\par})";
+const std::string kBody = kHead + kTail;
+
+const std::string kKanji = "\xE5\xB7\xAE";  // U+5DEE
+
+TEST(MailRtfFailure, ABodyThatIsNoRtf) {
+  MailMessage message;
+  SetTerminated(message.to, "Bob");
+  for (const std::string_view body :
+       {std::string_view("{\\rtf1\\pard Hi}"), std::string_view(""), std::string_view("\0", 1)}) {
+    Set(message.body, body);
+    const char* const block = message.body.data;
+    EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), -9);
+    EXPECT_EQ(message.body.data, block);
+    EXPECT_EQ(Bytes(message.body), body);
+  }
+  message.body.release();
+  EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), -9);
+}
+
+// The table is asked for before the rows.
+TEST(MailRtfFailure, ABodyThatIsNoRtfUnderNoRows) {
+  MailMessage message;
+  Set(message.body, "Hi");
+  EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), -9);
+  EXPECT_EQ(Bytes(message.body), "Hi");
+}
+
+TEST(MailRtfFailure, ADamagedTable) {
+  const std::string body = R"({\rtf1\pard{\fonttbl{\f0 A\)";
+  MailMessage message;
+  SetTerminated(message.to, "Bob");
+  Set(message.body, body);
+  EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), -9);
+  EXPECT_EQ(Bytes(message.body), body);
+}
+
+TEST(MailRtfFailure, ALengthWithoutAPointer) {
+  MailMessage message;
+  SetAllFields(message);
+  Set(message.body, kBody);
+  for (SizedBytes* const field : {&message.from, &message.sent, &message.to, &message.cc,
+                                  &message.bcc, &message.subject, &message.importance}) {
+    SizedBytes kept = std::move(*field);
+    {
+      const BrokenField broken(*field, 1);
+      EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), -814);
+    }
+    *field = std::move(kept);
+    EXPECT_EQ(Bytes(message.body), kBody);
+  }
+  const BrokenField broken(message.body, 4);
+  EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), -814);
+  EXPECT_EQ(message.body.data, nullptr);
+}
+
+// An address has to have a pointer to be written.
+TEST(MailRtfFailure, AnAddressOfALengthWithoutAPointerIsNone) {
+  MailMessage message;
+  Set(message.from, "Ann");
+  Set(message.body, kBody);
+  const BrokenField broken(message.fromAddress, 3);
+  EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), 1);
+  EXPECT_EQ(Bytes(message.body),
+            Terminated(kHead + MailRtfRow("From:      ", "Ann") + kSeparator + kTail));
+}
+
+TEST(MailRtfFailure, WithoutMemoryTheBodyStays) {
+  uint64_t failures = 0;
+  for (uint64_t call = 1;; ++call) {
+    MailMessage message;
+    SetAllFields(message);
+    Set(message.body, kBody);
+    const char* const block = message.body.data;
+    PlainKernelFailAt(PlainKernelFaultMemory, call);
+    const int32_t rendered = RenderMailMessage(&message, DocumentRtf);
+    PlainKernelFailAt(PlainKernelFaultMemory, 0);
+    if (rendered == 1) break;
+    ++failures;
+    EXPECT_EQ(rendered, -1);
+    EXPECT_EQ(message.body.data, block);
+    EXPECT_EQ(Bytes(message.body), kBody);
+  }
+  EXPECT_GE(failures, 4u);  // the table twice, the block, the document
+}
+
+// Memory that fails while a text beyond ASCII is written need not end in a failure; when it does,
+// nothing has changed, and when it does not, the message is still there.
+TEST(MailRtfFailure, WithoutMemoryForAFont) {
+  const auto fill = [](MailMessage& message) {
+    SetTerminated(message.from, kKanji);
+    SetTerminated(message.subject, "\xC8\x9B" + kKanji);
+    Set(message.body, kBody);
+  };
+  uint64_t calls = test::AllocationCalls();
+  {
+    MailMessage message;
+    fill(message);
+    EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), 1);
+  }
+  calls = test::AllocationCalls() - calls;
+  uint64_t failures = 0;
+  for (uint64_t call = 1; call <= calls; ++call) {
+    MailMessage message;
+    fill(message);
+    PlainKernelFailAt(PlainKernelFaultMemory, call);
+    const int32_t rendered = RenderMailMessage(&message, DocumentRtf);
+    PlainKernelFailAt(PlainKernelFaultMemory, 0);
+    if (rendered == 1) {
+      EXPECT_TRUE(Bytes(message.body).ends_with(Terminated(kSeparator + kTail)));
+      continue;
+    }
+    ++failures;
+    EXPECT_LT(rendered, 0);
+    EXPECT_EQ(Bytes(message.body), kBody);
+  }
+  EXPECT_GE(failures, 4u);
+}
+
+TEST(MailRtfFailure, ABlockBeyondTheBudget) {
+  MailMessage message;
+  SetTerminated(message.to, std::string(9000000, 'x'));
+  Set(message.body, kBody);
+  PlainKernelSetMemoryBudget(8000000);
+  EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), -1);
+  EXPECT_EQ(Bytes(message.body), kBody);
+}
+
+TEST(MailRtfFailure, ABodyBeyondTheBudget) {
+  const std::string body = kBody + std::string(8000000, 'x');
+  MailMessage message;
+  SetTerminated(message.to, "Bob");
+  Set(message.body, body);
+  PlainKernelSetMemoryBudget(8000000);
+  EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), -1);
+  EXPECT_EQ(Bytes(message.body), body);
+}
+
+}  // namespace
+}  // namespace tarn
