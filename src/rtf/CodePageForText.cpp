@@ -18,11 +18,23 @@ int32_t Capacity(uint64_t size) {
   return static_cast<int32_t>(std::min<uint64_t>(size, INT32_MAX));
 }
 
+// False when the code page cannot carry the text, going by one of its units: conversions are made
+// unit by unit. Most code pages fail here, at the cost of a single look-up.
+bool MayCarry(char16_t unit, uint32_t codePage) {
+  std::array<char16_t, 1> wide;
+  std::array<char, kBytesPerUnit> bytes;
+  return RoundTripsInCodePage(&unit, 1, codePage, wide.data(), bytes.data(), bytes.size()) == 1;
+}
+
 uint32_t FirstCarrier(const char16_t* text, uint64_t length, char16_t* wideScratch,
                       char* byteScratch) {
+  const char16_t* const end = text + length;
+  const char16_t* const beyondAscii = std::find_if(text, end, [](char16_t u) { return u >= 128; });
+  const char16_t probe = beyondAscii != end ? *beyondAscii : *text;
   for (const CharsetCodePage& row : CharsetCodePageTable) {
-    if (row.forText == 1 && RoundTripsInCodePage(text, length, row.codePage, wideScratch,
-                                                 byteScratch, length * kBytesPerUnit) == 1) {
+    if (row.forText == 1 && MayCarry(probe, row.codePage) &&
+        RoundTripsInCodePage(text, length, row.codePage, wideScratch, byteScratch,
+                             length * kBytesPerUnit) == 1) {
       return row.codePage;
     }
   }

@@ -63,7 +63,6 @@ class FontTableParser {
     entry_.name = name_.take();
     table_.entries[table_.count++] = entry_;
     entry_ = {};
-    entry_.number = 0;
   }
 
   // A backslash that fewer than two bytes follow is a document cut off in the middle of a word.

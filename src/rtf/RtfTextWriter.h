@@ -5,8 +5,11 @@
 // code page that carries it; a character that no code page carries goes out as "\uN ?" in the first
 // font that has its glyphs.
 //
-// Wide text is UTF-16 of `length` units; it may hold NULs and lone surrogates. Output goes behind
-// what the buffer holds.
+// Wide text is UTF-16 of `length` units; it may hold lone surrogates. UTF-8 text may hold NULs in
+// front of its first character beyond ASCII; any other NUL belongs to no run and ends in -13.
+// Output goes behind what the buffer holds. Where it cannot grow, the two writers in the middle
+// leave out what did not fit and go on; the first and the last report it. On failure what was
+// written before stays.
 #ifndef TARN_RTF_RTFTEXTWRITER_H
 #define TARN_RTF_RTFTEXTWRITER_H
 
@@ -23,23 +26,28 @@ struct RtfRender {
   TrackedBuffer<char> output;
 };
 
-// Writes UTF-8. Malformed parts come out as U+FFFD. 1; -814 for a null text with a length; -13 when
-// a text cannot be converted; the output's last error; -1 without memory.
+// Writes UTF-8. Malformed parts come out as U+FFFD. 1; -814 for a null text with a length; the
+// output's last error; or a failure of the writers below.
 int32_t WriteRtfUtf8Text(RtfRender& render, const char* text, uint64_t length);
 
-// Writes a whole wide text, and leaves the document's default font as the current one.
+// Writes a whole wide text, and leaves the document's default font as the current one. Statuses are
+// those below; -13 also for a document of unknown default font whose code page no charset of RTF
+// has.
 int32_t WriteRtfWideText(TrackedBuffer<char>& output, RtfFontTable& table, const char16_t* text,
                          uint64_t length);
 
 // Writes a text that the code page carries: runs beyond ASCII as escapes in its font, the rest in
-// the ASCII font.
+// the ASCII font. 1; -13 when a run cannot be converted or no charset of RTF has the code page; -1
+// without memory; a failure of WriteRtfAsciiRun.
 int32_t WriteRtfCodePageText(TrackedBuffer<char>& output, RtfFontTable& table, uint32_t asciiFont,
                              uint32_t& currentFont, uint32_t codePage, const char16_t* text,
                              uint64_t length);
 
 // Writes the ASCII text in front of the first unit that is 0 or at least 128, and puts the number
 // of its units into `taken`. What stands between the last special character and such a unit is
-// taken but not written; documents made so far look that way, and comparisons rely on it.
+// taken but not written; documents made so far look that way, and comparisons rely on it. 1; -814
+// without text or `taken`, unless the length is 0; -1851 when the conversion to UTF-8 fails, -1778
+// when its result might pass 32 bits; the output's last error; -1 without memory.
 int32_t WriteRtfAsciiRun(TrackedBuffer<char>& output, uint32_t& currentFont, uint32_t asciiFont,
                          const char16_t* text, uint64_t length, uint64_t* taken);
 

@@ -1,0 +1,381 @@
+#include "rtf/RtfTextWriter.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include "Tarnbase/PlainKernel.h"
+#include "rtf/RtfFonts.h"
+#include "support/TestFonts.h"
+
+namespace tarn {
+namespace {
+
+using test::Prepare;
+using test::Show;
+using test::TableText;
+
+[[maybe_unused]] const bool kFonts = test::UseTestFonts(test::StandardTestFonts());
+
+// Font 0 has Windows-1252 and is the default.
+constexpr std::string_view kWestern =
+    "{\\rtf1\\ansi\\ansicpg1252\\deff0{\\fonttbl{\\f0\\fswiss\\fcharset0 Courier;}}\\pard x}";
+
+std::string Written(const TrackedBuffer<char>& output) {
+  return output.data == nullptr ? std::string() : std::string(output.data, output.length);
+}
+
+// What a text becomes in a document, and the fonts after it.
+struct Utf8 {
+  explicit Utf8(std::string_view text, std::string_view document = kWestern) {
+    Prepare(render.fonts, document);
+    const std::vector<char> bytes(text.begin(), text.end());
+    status = WriteRtfUtf8Text(render, bytes.data(), bytes.size());
+    output = Written(render.output);
+  }
+
+  RtfRender render;
+  int32_t status = 0;
+  std::string output;
+};
+
+// The same for a wide text.
+struct Wide {
+  explicit Wide(std::u16string_view text, std::string_view document = kWestern) {
+    Prepare(table, document);
+    const std::vector<char16_t> units(text.begin(), text.end());
+    TrackedBuffer<char> buffer;
+    status = WriteRtfWideText(buffer, table, units.data(), units.size());
+    output = Written(buffer);
+  }
+
+  RtfFontTable table;
+  int32_t status = 0;
+  std::string output;
+};
+
+struct CodePageText {
+  CodePageText(uint32_t codePage, std::u16string_view text, uint32_t ascii = 0,
+               uint32_t current = 0)
+      : font(current) {
+    Prepare(table, kWestern);
+    const std::vector<char16_t> units(text.begin(), text.end());
+    TrackedBuffer<char> buffer;
+    status = WriteRtfCodePageText(buffer, table, ascii, font, codePage, units.data(), units.size());
+    output = Written(buffer);
+  }
+
+  RtfFontTable table;
+  uint32_t font;
+  int32_t status = 0;
+  std::string output;
+};
+
+TEST(WriteRtfUtf8Text, AsciiIsWrittenWithoutAFont) {
+  EXPECT_EQ(Utf8("Plain text ~\x7F").output, "Plain text ~\x7F");
+  EXPECT_EQ(Utf8("a{b").output, "a\\'7bb");
+  EXPECT_EQ(Utf8("\\}\t\r\n.").output, "\\'5c\\'7d\\'09\\'0d\\'0a.");
+  EXPECT_EQ(Utf8(std::string_view("a\0b", 3)).output, "a\\'00b");
+  EXPECT_EQ(Utf8("").output, "");
+}
+
+TEST(WriteRtfUtf8Text, WhatStandsBetweenTwoAccentedLettersIsLost) {
+  const Utf8 text("R\xC3\xA9union \xC3\xA0 Paris");
+  EXPECT_EQ(text.status, 1);
+  EXPECT_EQ(text.output, "R\\'e9\\'e0 Paris");
+  EXPECT_EQ(text.render.fonts.changed, 0u);
+}
+
+TEST(WriteRtfUtf8Text, TheSameInADocumentWithoutAFittingFont) {
+  const Utf8 text("R\xC3\xA9union \xC3\xA0 Paris",
+                  "\\ansicpg1252\\deff2{\\fonttbl{\\f2\\fcharset2 Symbol;}}");
+  EXPECT_EQ(text.output, "R\\f3 \\'e9\\'e0\\f2  Paris");
+  EXPECT_EQ(TableText(text.render.fonts),
+            "\\fonttbl{\\f2\\fcharset2 Symbol;}{\\f3 \\swiss \\fcharset0 Arial}}");
+}
+
+TEST(WriteRtfUtf8Text, SpecialsBehindTheFirstForeignCharacter) {
+  EXPECT_EQ(Utf8("\xC3\xA9"
+                 "a{b\xC3\xA9")
+                .output,
+            "\\'e9a\\'7b\\'e9");
+  EXPECT_EQ(Utf8("\xC3\xA9\n\\").output, "\\'e9\\'0a\\'5c");
+}
+
+TEST(WriteRtfUtf8Text, JapaneseGetsAFontOfItsOwn) {
+  const Utf8 text("\xE6\x97\xA5\xE6\x9C\xAC");
+  EXPECT_EQ(text.status, 1);
+  EXPECT_EQ(text.output, "\\f1 \\'93\\'fa\\'96{\\f0 ");
+  EXPECT_EQ(Show(text.render.fonts), "0:1252:0:Courier|1:932:128:MS Gothic");
+  EXPECT_EQ(TableText(text.render.fonts),
+            "\\fonttbl{\\f0\\fswiss\\fcharset0 Courier;}{\\f1 \\swiss \\fcharset128 MS Gothic}}");
+  EXPECT_EQ(text.render.fonts.changed, 1u);
+}
+
+TEST(WriteRtfUtf8Text, TheSecondTextUsesTheFontOfTheFirst) {
+  Utf8 text("\xE6\x97\xA5");
+  EXPECT_EQ(WriteRtfUtf8Text(text.render, "a\xE6\x97\xA5", 4), 1);
+  EXPECT_EQ(Written(text.render.output), "\\f1 \\'93\\'fa\\f0 a\\f1 \\'93\\'fa\\f0 ");
+  EXPECT_EQ(text.render.fonts.count, 2);
+}
+
+TEST(WriteRtfUtf8Text, MalformedPartsAreReplacementCharacters) {
+  // U+FFFD, which no code page and no font of the test has.
+  EXPECT_EQ(Utf8("a\xFF"
+                 "b")
+                .output,
+            "a\\u-3 ?b");
+  EXPECT_EQ(Utf8("\xE6\x97").output, "\\u-3 ?");
+  EXPECT_EQ(Utf8("\xC3\xC3").output, "\\u-3 ?\\u-3 ?");
+}
+
+TEST(WriteRtfUtf8Text, NullTextFails) {
+  RtfRender render;
+  EXPECT_EQ(WriteRtfUtf8Text(render, nullptr, 1), -814);
+  EXPECT_EQ(WriteRtfUtf8Text(render, nullptr, 0), 1);
+}
+
+TEST(WriteRtfUtf8Text, AnOutputThatCannotGrowIsReported) {
+  // The collected bytes, the escape and the bytes in front of a foreign character.
+  for (const std::string_view text : {"ab", "{", "a\xC3\xA9"}) {
+    PlainKernelFailAt(PlainKernelFaultMemory, 1);
+    const Utf8 written(text, "");
+    EXPECT_EQ(written.status, -1) << text;
+    EXPECT_EQ(written.output, "") << text;
+  }
+}
+
+TEST(WriteRtfUtf8Text, EachFailedAllocationHasItsResult) {
+  struct Case {
+    uint64_t ordinal;
+    int32_t status;
+    const char* output;
+  };
+  const Case cases[] = {
+      {1, -1, ""},                           // the wide text
+      {2, -1, ""},                           // the name of the new font
+      {3, -1, ""},                           // its entry
+      {4, 1, "\\'93\\'fa\\'96{\\f0 "},       // the output: the font is left out
+      {5, -1, "\\f1 "},                      // the scratch of the run
+      {6, 1, "\\f1 \\'93\\'fa\\'96{\\f0 "},  // none
+  };
+  for (const Case& row : cases) {
+    RtfRender render;
+    ASSERT_EQ(Prepare(render.fonts, kWestern), 1);
+    PlainKernelFailAt(PlainKernelFaultMemory, row.ordinal);
+    EXPECT_EQ(WriteRtfUtf8Text(render, "\xE6\x97\xA5\xE6\x9C\xAC", 6), row.status) << row.ordinal;
+    PlainKernelFailAt(PlainKernelFaultMemory, 0);
+    EXPECT_EQ(Written(render.output), row.output) << row.ordinal;
+  }
+}
+
+TEST(WriteRtfUtf8Text, AFailedConversionOfAsciiIsReported) {
+  PlainKernelFailAt(PlainKernelFaultText, 1);
+  const Utf8 text("a\xC3\xA9 b");
+  EXPECT_EQ(text.status, -1851);
+  EXPECT_EQ(text.output, "a\\'e9");
+  PlainKernelFailAt(PlainKernelFaultText, 2);
+  EXPECT_EQ(Utf8("a\xC3\xA9 b").output, "a\\'e9 b");
+}
+
+TEST(WriteRtfWideText, GreekAndRussianEachGetTheirFont) {
+  // Accented Greek is in the Greek page only; Russian is carried by the Japanese one first.
+  const Wide text(u"\u0386\u03B3\u03B9\u03BF\u03C2 \u0416\u0443\u043A\u043E\u0432");
+  EXPECT_EQ(text.status, 1);
+  EXPECT_EQ(text.output,
+            "\\f1 \\'a2\\'e3\\'e9\\'ef\\'f2\\f0  "
+            "\\f2 \\'84G\\'84\\'85\\'84{\\'84\\'80\\'84r\\f0 ");
+  EXPECT_EQ(Show(text.table), "0:1252:0:Courier|1:1253:161:Batang|2:932:128:MS Gothic");
+}
+
+TEST(WriteRtfWideText, APieceTakesAsciiAlong) {
+  // "bc" stands between two characters of one piece and is lost there; "{" is written.
+  EXPECT_EQ(Wide(u"\u0402a{bc\u0403 d\u0386").output,
+            "\\f1 \\'80\\f0 a\\'7b\\f1 \\'81\\f0  d\\f2 \\'a2\\f0 ");
+}
+
+TEST(WriteRtfWideText, ACharacterWithoutACodePageIsAnEscapeInTheFirstFontThatHasIt) {
+  const std::string_view document =
+      "\\ansicpg1252\\deff0{\\fonttbl{\\f0\\fcharset0 Courier;}{\\f5\\fcharset0 Arial;}{\\f6 "
+      "Sylfaen;}}";
+  const Wide text(u"\u0561", document);
+  EXPECT_EQ(text.status, 1);
+  EXPECT_EQ(text.output, "\\f5 \\u1377 ?\\f0 ");
+  EXPECT_EQ(text.table.changed, 0u);
+  EXPECT_EQ(Wide(u"\uFB13", document).output, "\\f5 \\u-1261 ?\\f0 ");
+  EXPECT_EQ(Wide(u"\u10D0", document).output, "\\f6 \\u4304 ?\\f0 ");
+}
+
+TEST(WriteRtfWideText, TheDefaultFontIsNotSelectedAgain) {
+  const Wide text(u"\u0561", "\\ansicpg1252\\deff5{\\fonttbl{\\f5 Arial;}}");
+  EXPECT_EQ(text.output, "\\u1377 ?");
+}
+
+TEST(WriteRtfWideText, AFontMayBeAddedForACharacter) {
+  const Wide text(u"\u1681");
+  EXPECT_EQ(text.output, "\\f1 \\u5761 ?\\f0 ");
+  EXPECT_EQ(TableText(text.table),
+            "\\fonttbl{\\f0\\fswiss\\fcharset0 Courier;}{\\f1 \\ \\fcharset0 Gulim}}");
+}
+
+TEST(WriteRtfWideText, WithoutAFontTheCharacterStandsInTheCurrentOne) {
+  EXPECT_EQ(Wide(u"\xD83D\xDE00").output, "\\u-10179 ?\\u-8704 ?");
+  EXPECT_EQ(Wide(u"\xDC00").output, "\\u-9216 ?");
+  EXPECT_EQ(Wide(u"\u0386\u2603").output, "\\f1 \\'a2\\u9731 ?\\f0 ");
+}
+
+TEST(WriteRtfWideText, EveryUnitOfACharacterIsWritten) {
+  // A mark that no font of the test has goes with its letter.
+  EXPECT_EQ(Wide(u"\u0561\u0308").output, "\\u1377 ?\\u776 ?");
+}
+
+TEST(WriteRtfWideText, ACharacterJoinsAPieceAsAWhole) {
+  // An accented letter of 1252, and another one inside a sign that 1252 lacks.
+  EXPECT_EQ(Wide(u"\u00E9\u00E8\u0489").output, "\\'e9\\u232 ?\\u1161 ?");
+}
+
+TEST(WriteRtfWideText, AnAsciiLetterJoinsAPieceWithoutItsMark) {
+  EXPECT_EQ(Wide(u"\u00E9a\u0489").output, "\\'e9a\\u1161 ?");
+}
+
+TEST(WriteRtfWideText, AsciiBehindACharacterWithoutACodePage) {
+  EXPECT_EQ(Wide(u"\u0561 b").output, "\\f1 \\u1377 ?\\f0  b");
+  EXPECT_EQ(Wide(u"\u0561 b\u0561").output, "\\f1 \\u1377 ?\\u1377 ?\\f0 ");
+}
+
+TEST(WriteRtfWideText, TheUnknownDefaultFontIsThatOfTheDocumentsCodePage) {
+  const Wide known(u"\u00E9", "\\ansicpg1252\\deff4294967295{\\fonttbl{\\f4\\fcharset0 A;}}");
+  EXPECT_EQ(known.table.defaultFont, 4u);
+  EXPECT_EQ(known.output, "\\'e9");
+  const Wide added(u"\u00E9", "\\ansicpg1252\\deff4294967295{\\fonttbl{\\f4\\fcharset2 A;}}");
+  EXPECT_EQ(added.table.defaultFont, 5u);
+  EXPECT_EQ(added.output, "\\'e9");
+  const Wide none(u"\u00E9", "\\ansicpg65001\\deff4294967295{\\fonttbl{\\f4\\fcharset0 A;}}");
+  EXPECT_EQ(none.status, -13);
+  EXPECT_EQ(none.output, "");
+}
+
+TEST(WriteRtfWideText, NoTextIsWrittenAsNothing) {
+  EXPECT_EQ(Wide(u"").status, 1);
+  EXPECT_EQ(Wide(u"").output, "");
+  TrackedBuffer<char> output;
+  RtfFontTable table;
+  EXPECT_EQ(WriteRtfWideText(output, table, nullptr, 0), 1);
+  EXPECT_EQ(WriteRtfWideText(output, table, nullptr, 1), -814);
+}
+
+TEST(WriteRtfWideText, ANulEndsWithAFailure) {
+  EXPECT_EQ(Wide(std::u16string_view(u"\u00E9\0", 2)).status, -13);
+  EXPECT_EQ(Wide(std::u16string_view(u"\u00E9\0", 2)).output, "\\'e9");
+  EXPECT_EQ(Wide(std::u16string_view(u"\u0561\0b", 3)).status, -13);
+}
+
+TEST(WriteRtfWideText, FailedGrowthsLeaveWordsOut) {
+  // The name and the entry of the font come first, then the output for each word in turn.
+  struct Case {
+    uint64_t room;
+    uint64_t ordinal;
+    const char* output;
+  };
+  const Case cases[] = {
+      {0, 3, "\\'a2\\f0 "},  // the font
+      {4, 4, "\\f1 \\f0 "},  // the byte
+      {8, 4, "\\f1 \\'a2"},  // the default font at the end
+  };
+  for (const Case& row : cases) {
+    RtfFontTable table;
+    ASSERT_EQ(Prepare(table, kWestern), 1);
+    TrackedBuffer<char> output(0, 0);
+    if (row.room != 0) {
+      ASSERT_NE(output.reserve(row.room), nullptr);
+    }
+    PlainKernelFailAt(PlainKernelFaultMemory, row.ordinal);
+    EXPECT_EQ(WriteRtfWideText(output, table, u"\u0386", 1), 1) << row.room;
+    EXPECT_EQ(Written(output), row.output);
+  }
+}
+
+TEST(WriteRtfWideText, AFailedGrowthLeavesAnEscapeOut) {
+  bool leftOut = false;
+  for (uint64_t ordinal = 1; ordinal < 40; ++ordinal) {
+    PlainKernelFailAt(PlainKernelFaultMemory, ordinal);
+    const Wide text(u"\xDC00", "\\from");
+    EXPECT_EQ(text.status, 1) << ordinal;
+    EXPECT_TRUE(text.output == "\\u-9216 ?" || text.output.empty()) << text.output;
+    leftOut = leftOut || text.output.empty();
+  }
+  EXPECT_TRUE(leftOut);
+}
+
+TEST(WriteRtfCodePageText, RunsAndAsciiAlternate) {
+  const CodePageText text(932, u"\u65E5 a\u672C b");
+  EXPECT_EQ(text.status, 1);
+  EXPECT_EQ(text.output, "\\f1 \\'93\\'fa\\'96{\\f0  b");
+  EXPECT_EQ(text.font, 0u);
+}
+
+TEST(WriteRtfCodePageText, TheCurrentFontStaysBehindARun) {
+  const CodePageText text(932, u"\u65E5");
+  EXPECT_EQ(text.output, "\\f1 \\'93\\'fa");
+  EXPECT_EQ(text.font, 1u);
+  const CodePageText selected(932, u"\u65E5", 0, 1);
+  EXPECT_EQ(selected.output, "\\'93\\'fa");
+}
+
+TEST(WriteRtfCodePageText, TrailBytesStandAsThemselves) {
+  // The second bytes are "\", "{", "}" and "A".
+  EXPECT_EQ(CodePageText(932, u"\u8868\u672C\u515A\u30A2").output,
+            "\\f1 \\'95\\\\'96{\\'93}\\'83A");
+}
+
+TEST(WriteRtfCodePageText, WhatTheCodePageLacksIsAQuestionMark) {
+  EXPECT_EQ(CodePageText(1252, u"\u00E9\u0416").output, "\\'e9?");
+}
+
+TEST(WriteRtfCodePageText, AsciiMayComeFirst) {
+  EXPECT_EQ(CodePageText(1252, u"a{\u00E9 b").output, "a\\'7b\\'e9 b");
+  EXPECT_EQ(CodePageText(1253, u"ab", 0, 7).output, "\\f0 ab");
+}
+
+TEST(WriteRtfCodePageText, ANulEndsWithAFailure) {
+  EXPECT_EQ(CodePageText(1252, std::u16string_view(u"\u00E9 a\0", 4)).status, -13);
+  EXPECT_EQ(CodePageText(1252, std::u16string_view(u"\0", 1)).status, -13);
+}
+
+TEST(WriteRtfCodePageText, FailuresAreReported) {
+  EXPECT_EQ(CodePageText(65001, u"\u00E9").status, -13);  // no charset
+  EXPECT_EQ(CodePageText(42, u"\u00E9").status, -13);     // no conversion
+  EXPECT_EQ(CodePageText(10001, u"\u00E9").status, -13);  // no converter
+  TrackedBuffer<char> output;
+  RtfFontTable table;
+  uint32_t font = 0;
+  EXPECT_EQ(WriteRtfCodePageText(output, table, 0, font, 1252, nullptr, 1), -814);
+  EXPECT_EQ(table.count, 0);
+}
+
+TEST(WriteRtfCodePageText, ARunThatFailsHasSelectedItsFont) {
+  const CodePageText text(42, u"\u00E9");
+  EXPECT_EQ(text.output, "\\f1 ");
+  EXPECT_EQ(text.font, 1u);
+}
+
+// Half a megabyte of pieces in a table that is as long as any, looked through for each of them.
+TEST(WriteRtfWideText, HostileTextsEndQuickly) {
+  RtfFontTable table;
+  table.entries = AllocateZeroBlock<RtfFontEntry>(kMaxRtfFonts, TARN_HERE).take();
+  table.count = kMaxRtfFonts;
+  table.ansiCodePage = 1252;
+  table.nextNumber = 1;
+  std::u16string text;
+  while (text.size() < (1 << 18)) text += u"\u0386 \u0436\u0402 ";
+  TrackedBuffer<char> output;
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(WriteRtfWideText(output, table, text.data(), text.size()), 1);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+  EXPECT_EQ(table.count, kMaxRtfFonts + 3);
+}
+
+}  // namespace
+}  // namespace tarn
