@@ -1,0 +1,200 @@
+// Font tables out of any bytes: parsed, prepared, asked for fonts, extended.
+//
+// Besides what the sanitizers see, a run aborts when the parser reads another table than the plain
+// one below does, when a table that is extended is not what its entries say, or when anything is
+// left behind in the kernel.
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Tarnbase/PlainKernel.h"
+#include "rtf/CharsetCodePages.h"
+#include "rtf/RtfFontTable.h"
+
+namespace {
+
+using tarn::RtfFontEntry;
+using tarn::RtfFontTable;
+
+void Expect(bool holds, const char* what) {
+  if (holds) return;
+  std::fprintf(stderr, "%s\n", what);
+  std::abort();
+}
+
+struct PlainFont {
+  uint32_t number = UINT32_MAX;
+  uint32_t codePage = 0;
+  std::optional<std::string> name;
+};
+
+// The same table by strings and whole-text searches.
+struct PlainTable {
+  explicit PlainTable(std::string bytes) : text(std::move(bytes)) { status = Read(); }
+
+  int32_t Read() {
+    PlainFont font;
+    int64_t depth = 0;
+    while (at < text.size()) {
+      const char byte = text[at++];
+      if (byte == '{') {
+        if (++depth == 1) font.number = UINT32_MAX;
+      } else if (byte == '}') {
+        if (depth-- == 1) {
+          fonts.push_back(font);
+          font = PlainFont{0, 0, std::nullopt};
+        }
+        if (depth == -1) return 1;
+      } else if (byte == '\\') {
+        if (at + 1 >= text.size()) return -9;
+        ReadWord(font);
+      } else if (byte == '"' && depth == 1) {
+        font.name = Until("\"\\{}");
+        Skip("\"");
+      } else if (depth == 1 && std::string_view("\n\r ;").find(byte) == std::string_view::npos) {
+        --at;
+        font.name = Until("\";\\{}");
+        Skip("\";");
+      }
+    }
+    return 1;
+  }
+
+  void ReadWord(PlainFont& font) {
+    if (text[at] == 'f' && text[at + 1] >= '0' && text[at + 1] <= '9') {
+      at += 1;
+      font.number = Number();
+    } else if (text.compare(at, 8, "fcharset") == 0) {
+      at += 8;
+      const uint32_t charset = Number();
+      for (const auto& row : tarn::CharsetCodePageTable) {
+        if (row.charset == charset) font.codePage = row.codePage;
+      }
+    } else if (text.compare(at, 4, "fcpg") == 0) {
+      at += 4;
+      font.codePage = Number();
+    } else {
+      at += 1;
+      Until(" \\{}");
+    }
+  }
+
+  uint32_t Number() {
+    uint32_t number = 0;
+    while (at < text.size() && text[at] >= '0' && text[at] <= '9') {
+      number = number * 10 + static_cast<uint32_t>(text[at++] - '0');
+    }
+    Skip(" ");
+    return number;
+  }
+
+  std::string Until(const char* ends) {
+    const size_t start = at;
+    at = std::min(text.find_first_of(ends, at), text.size());
+    return text.substr(start, at - start);
+  }
+
+  void Skip(std::string_view bytes) {
+    if (at < text.size() && bytes.find(text[at]) != std::string_view::npos) ++at;
+  }
+
+  std::string text;
+  size_t at = 0;
+  std::vector<PlainFont> fonts;
+  int32_t status = 0;
+};
+
+void Compare(const RtfFontEntry& entry, const PlainFont& font) {
+  Expect(entry.number == font.number, "another number");
+  Expect(entry.codePage == font.codePage, "another code page");
+  Expect(entry.charset == 0, "a charset");
+  Expect((entry.name == nullptr) == !font.name.has_value(), "a name more or less");
+  if (entry.name == nullptr) return;
+  Expect(std::memcmp(entry.name, font.name->c_str(), font.name->size() + 1) == 0, "another name");
+}
+
+void Parse(const std::vector<char>& bytes) {
+  const PlainTable plain(std::string(bytes.begin(), bytes.end()));
+  RtfFontTable table;
+  const char* cursor = bytes.data();
+  const int32_t status = tarn::ParseRtfFontTable(table, cursor, bytes.data() + bytes.size());
+  Expect(status == plain.status, "another status");
+  const auto taken = static_cast<size_t>(cursor - bytes.data());
+  Expect(taken == (status == StatusOk ? plain.at : 0), "another cursor");
+  Expect(static_cast<size_t>(table.count) == plain.fonts.size(), "another number of fonts");
+  for (size_t i = 0; i < plain.fonts.size(); ++i) Compare(table.entries[i], plain.fonts[i]);
+}
+
+std::string Text(const RtfFontTable& table) {
+  return table.tableText.data == nullptr
+             ? std::string()
+             : std::string(table.tableText.data, table.tableText.length);
+}
+
+// Asks for each code page, twice, by the plain rule too.
+void AskForFonts(RtfFontTable& table) {
+  for (const uint32_t codePage : {table.ansiCodePage, 1252u, 932u, 1253u, 0u, 42u, 20866u, 932u}) {
+    const RtfFontEntry* first = nullptr;
+    for (int32_t i = table.count - 1; i >= 0; --i) {
+      const uint32_t own = table.entries[i].codePage;
+      if (own == codePage || (own == 0 && codePage == table.ansiCodePage)) {
+        first = &table.entries[i];
+      }
+    }
+    const int32_t count = table.count;
+    const std::string before = Text(table);
+    const uint32_t expected = first != nullptr ? first->number : table.nextNumber;
+    uint32_t number = 0;
+    const int32_t status = tarn::FontForCodePage(table, codePage, number);
+    Expect(status == StatusOk || (status == StatusBadArgument && first == nullptr),
+           "a status that no font has");
+    const bool added = status == StatusOk && first == nullptr;
+    Expect(table.count == count + (added ? 1 : 0), "another number of fonts");
+    if (status == StatusOk) Expect(number == expected, "another font");
+    const std::string after = Text(table);
+    if (!added) {
+      Expect(after == before, "a text that changed");
+    } else if (!before.empty()) {
+      Expect(after.back() == before.back() &&
+                 after.compare(0, before.size() - 1, before, 0, before.size() - 1) == 0 &&
+                 after.compare(before.size() - 1, 3, "{\\f") == 0 && after[after.size() - 2] == '}',
+             "a font in another place");
+    }
+  }
+}
+
+void Prepare(const std::vector<char>& bytes) {
+  RtfFontTable table;
+  table.ansiCodePage = 1252;
+  const int32_t status = tarn::PrepareRtfFontTable(table, bytes.data(), bytes.size());
+  Expect(status == StatusOk || status == StatusNotSupported, "a status that no document has");
+  if (status != StatusOk) return;
+  Expect(table.tableStart <= table.tableEnd && table.tableEnd <= bytes.size(), "a stretch outside");
+  const std::string_view document(bytes.data(), bytes.size());
+  Expect(Text(table) == document.substr(table.tableStart, table.tableEnd - table.tableStart),
+         "another text");
+  AskForFonts(table);
+}
+
+PlainKernelUsageRecord Usage() {
+  PlainKernelUsageRecord usage = {};
+  PlainKernelUsage(&usage);
+  return usage;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  const uint64_t before = Usage().liveBlocks;
+  // Of exactly this size, so that a step outside is noticed.
+  const std::vector<char> bytes(data, data + size);
+  Parse(bytes);
+  Prepare(bytes);
+  Expect(Usage().liveBlocks == before, "a call left something behind");
+  return 0;
+}
