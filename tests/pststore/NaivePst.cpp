@@ -297,7 +297,9 @@ std::map<uint32_t, NaiveNode> NaivePst::subnodes(uint64_t subnodeBid) const {
 
 std::string NaivePst::allocation(const NaiveNode& node, uint32_t hid) const {
   if (hid == 0) return {};
-  const std::string page = pages(node.dataBid).at(hid >> 16);
+  std::vector<std::string>& heap = heaps_[node.dataBid];
+  if (heap.empty()) heap = pages(node.dataBid);
+  const std::string& page = heap.at(hid >> 16);
   const uint64_t map = Number(page, 0, 2);
   const uint64_t index = (hid >> 5) & 0x7FF;
   if (map % 2 != 0 || index == 0 || index > Number(page, map, 2)) {

@@ -77,6 +77,7 @@ class NaivePst {
   std::map<uint64_t, uint64_t> used_;  // extents: start, end
   unsigned levels_[2] = {0, 0};
   uint64_t highestPage_ = 0;
+  mutable std::map<uint64_t, std::vector<std::string>> heaps_;  // pages read before
 };
 
 }  // namespace tarn::test

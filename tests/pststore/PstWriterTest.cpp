@@ -1,6 +1,7 @@
 // What the PST writer writes, byte by byte, and whole files judged by a reader of their own.
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <set>
 #include <stdexcept>
 
@@ -426,7 +427,7 @@ TEST_P(PstWriterFile, RepairRestoresEveryTrailer) {
 }
 
 TEST(PstDamage, RepairTakesAnyBytes) {
-  for (size_t size : {0, 11, 12, 511, 512, 600}) {
+  for (size_t size : std::initializer_list<size_t>{0, 11, 12, 511, 512, 600}) {
     std::string image(size, '\xFF');
     RepairPstImage(image);
     EXPECT_EQ(image.size(), size);

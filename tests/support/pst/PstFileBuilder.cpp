@@ -27,9 +27,7 @@ PstFileBuilder::PstFileBuilder(const PstFileOptions& options)
     : options_(options),
       allocator_(options.layout, options.isCompact, output_, extents_),
       nextIndexes_(FirstIndexes()) {
-  for (size_t i = 0; i < options.leadingPages; ++i) {
-    leadingPages_.insert(leadingPages_.begin(), allocator_.allocate(kPstPageSize, kPstPageSize));
-  }
+  reserveLeadingPages();
 }
 
 PstFileBuilder::PstFileBuilder(const PstFileOptions& options, const std::filesystem::path& path)
@@ -37,9 +35,14 @@ PstFileBuilder::PstFileBuilder(const PstFileOptions& options, const std::filesys
       output_(path),
       allocator_(options.layout, options.isCompact, output_, extents_),
       nextIndexes_(FirstIndexes()) {
-  for (size_t i = 0; i < options.leadingPages; ++i) {
-    leadingPages_.insert(leadingPages_.begin(), allocator_.allocate(kPstPageSize, kPstPageSize));
+  reserveLeadingPages();
+}
+
+void PstFileBuilder::reserveLeadingPages() {
+  for (size_t i = 0; i < options_.leadingPages; ++i) {
+    leadingPages_.push_back(allocator_.allocate(kPstPageSize, kPstPageSize));
   }
+  std::reverse(leadingPages_.begin(), leadingPages_.end());
 }
 
 uint64_t PstFileBuilder::writeBlock(PstExtentKind kind, std::string_view data) {

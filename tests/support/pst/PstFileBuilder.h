@@ -56,6 +56,8 @@ class PstFileBuilder {
  public:
   explicit PstFileBuilder(const PstFileOptions& options = {});
   PstFileBuilder(const PstFileOptions& options, const std::filesystem::path& path);
+  PstFileBuilder(const PstFileBuilder&) = delete;
+  PstFileBuilder& operator=(const PstFileBuilder&) = delete;
 
   const PstFileOptions& options() const { return options_; }
   // Largest data of a block.
@@ -98,6 +100,7 @@ class PstFileBuilder {
   const std::vector<PstExtent>& extents();
 
  private:
+  void reserveLeadingPages();
   uint64_t writeBlock(PstExtentKind kind, std::string_view data);
   uint64_t extendedLevel(uint8_t level, std::span<const uint64_t> ids,
                          std::span<const uint32_t> sizes, std::optional<uint32_t> totalSize);

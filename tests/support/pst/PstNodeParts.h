@@ -10,6 +10,8 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace tarn::test {
@@ -39,6 +41,11 @@ struct SubnodeTreeShape {
 struct PstSubnode;
 
 struct PstNodeParts {
+  PstNodeParts() = default;
+  static PstNodeParts OfPages(std::vector<std::string> pages);
+  // Data of one stream, cut into pages of this size.
+  static PstNodeParts Stream(std::string_view bytes, size_t pageSize);
+
   // One block each, none for no data. Every page but the last is to have the full size, if the
   // node is to be as published.
   std::vector<std::string> pages;
@@ -47,9 +54,6 @@ struct PstNodeParts {
   std::vector<PstSubnode> subnodes;
   SubnodeTreeShape subnodeShape;
 
-  // Data of one stream, cut into pages of this size.
-  static PstNodeParts Stream(std::string_view bytes, size_t pageSize);
-
   PstNodeParts& subnode(uint32_t nid, PstNodeParts parts);
 };
 
@@ -57,6 +61,12 @@ struct PstSubnode {
   uint32_t nid = 0;
   PstNodeParts parts;
 };
+
+inline PstNodeParts PstNodeParts::OfPages(std::vector<std::string> pages) {
+  PstNodeParts parts;
+  parts.pages = std::move(pages);
+  return parts;
+}
 
 inline PstNodeParts PstNodeParts::Stream(std::string_view bytes, size_t pageSize) {
   PstNodeParts parts;
