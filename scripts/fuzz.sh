@@ -23,6 +23,7 @@ fuzz() {
 
 fuzz FuzzCompressedRtf rtf.dict examples/compressed-rtf
 fuzz FuzzEmlRoad mail.dict examples
+fuzz FuzzRtfDocument rtf.dict examples/rtf
 fuzz FuzzRtfFontTable rtf.dict examples/rtf
 fuzz FuzzRtfToHtml rtf.dict examples/rtf-html
 fuzz FuzzScrubHtmlBody rtf.dict examples/html-scrub
