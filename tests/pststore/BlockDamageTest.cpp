@@ -1,0 +1,197 @@
+// Blocks that contradict themselves or their file: bounded work, bounded memory, no byte from
+// outside of a buffer.
+#include <gtest/gtest.h>
+
+#include "pststore/RawImage.h"
+
+namespace tarn::test {
+
+namespace {
+
+using namespace pststore;
+
+class PstBlockDamageTest : public BothLayouts {
+ protected:
+  static size_t Read(data_block& block, uint64_t count, uint64_t offset) {
+    std::string bytes(count, '?');
+    return block.read_raw(bytes.data(), count, offset);
+  }
+  uint32_t max32() const { return static_cast<uint32_t>(maxData()); }
+};
+INSTANTIATE_TEST_SUITE_P(Layouts, PstBlockDamageTest, ::testing::Bool(), LayoutName);
+
+TEST_P(PstBlockDamageTest, IdsAreTakenAsFarAsTheExtentReaches) {
+  // Extent 64, ids from 8: 14 of 4 bytes or 7 of 8 bytes, the last ones out of the trailer.
+  const uint16_t room = unicode() ? 7 : 14;
+  for (const uint16_t count : {room, static_cast<uint16_t>(room + 1), uint16_t{0xFFFF}}) {
+    RawImage image(unicode());
+    const uint64_t at = image.extended(0x10A, 1, 4, {0x104});
+    image.put(at + 2, count, 2);
+    const auto context = OpenedImage(image.trees()).open();
+    if (count == room) {
+      EXPECT_EQ(room, context->read_extended_block(context, 0x10A)->get_child_ids().size());
+    } else {
+      EXPECT_THROW(context->read_data_block(0x10A), database_corrupt);
+    }
+  }
+}
+
+TEST_P(PstBlockDamageTest, ABlockThatContainsItself) {
+  for (const uint8_t level : {uint8_t{1}, uint8_t{2}, uint8_t{9}}) {
+    RawImage image(unicode());
+    image.extended(0x10A, level, 100, {0x10A});
+    const auto context = OpenedImage(image.trees()).open();
+    const auto block = context->read_data_block(0x10A);
+    EXPECT_THROW(Read(*block, 10, 0), database_corrupt);
+    EXPECT_THROW(block->get_page(0), database_corrupt);
+  }
+}
+
+TEST_P(PstBlockDamageTest, BlocksThatContainEachOther) {
+  RawImage image(unicode());
+  image.extended(0x10A, 2, 100, {0x10E});
+  image.extended(0x10E, 2, 100, {0x10A});
+  const auto context = OpenedImage(image.trees()).open();
+  EXPECT_THROW(Read(*context->read_data_block(0x10A), 10, 0), database_corrupt);
+}
+
+TEST_P(PstBlockDamageTest, AFirstLevelOverAFirstLevel) {
+  RawImage image(unicode());
+  image.block(0x104, "data");
+  image.extended(0x10A, 1, 4, {0x104});
+  image.extended(0x10E, 1, 4, {0x10A});
+  const auto context = OpenedImage(image.trees()).open();
+  EXPECT_THROW(Read(*context->read_data_block(0x10E), 4, 0), database_corrupt);
+  EXPECT_THROW(context->read_data_block(0x10E)->get_page(0), database_corrupt);
+}
+
+TEST_P(PstBlockDamageTest, ChildrenThatAreNoBlocksOfData) {
+  RawImage image(unicode());
+  image.subnodeLeaf(0x10A, {});
+  image.extended(0x10E, 1, 4, {0x10A});
+  image.extended(0x112, 1, 4, {0x7770});
+  const auto context = OpenedImage(image.trees()).open();
+  ExpectThrow<unexpected_block>("extended block expected",
+                                [&] { Read(*context->read_data_block(0x10E), 4, 0); });
+  EXPECT_THROW(Read(*context->read_data_block(0x112), 4, 0), key_not_found<ulonglong>);
+}
+
+TEST_P(PstBlockDamageTest, AChildShorterThanItsPlace) {
+  RawImage image(unicode());
+  image.block(0x104, "short");
+  image.block(0x108, "tail");
+  image.extended(0x10E, 1, max32() + 4, {0x104, 0x108});
+  const auto context = OpenedImage(image.trees()).open();
+  const auto block = context->read_data_block(0x10E);
+  EXPECT_EQ(5u, Read(*block, 5, 0));
+  EXPECT_THROW(Read(*block, 6, 0), database_corrupt);
+  EXPECT_THROW(Read(*block, 1, 5), database_corrupt);
+  EXPECT_THROW(Read(*block, 1, 100), database_corrupt);
+  EXPECT_EQ(4u, Read(*block, 4, maxData()));
+}
+
+TEST_P(PstBlockDamageTest, AChildWithoutBytes) {
+  RawImage image(unicode());
+  image.block(0x104, "");
+  image.extended(0x10A, 1, 4, {0x104});
+  const auto context = OpenedImage(image.trees()).open();
+  EXPECT_THROW(Read(*context->read_data_block(0x10A), 1, 0), database_corrupt);
+}
+
+TEST_P(PstBlockDamageTest, FewerChildrenThanTheSizeAsksFor) {
+  RawImage image(unicode());
+  image.block(0x104, std::string(maxData(), 'x'));
+  image.extended(0x10A, 1, max32() + 100, {0x104});
+  image.extended(0x10E, 1, 100, {});
+  const auto context = OpenedImage(image.trees()).open();
+  const auto block = context->read_data_block(0x10A);
+  EXPECT_EQ(2u, block->get_page_count());
+  EXPECT_EQ(maxData(), Read(*block, maxData(), 0));
+  ExpectThrow<std::out_of_range>("index >= m_child_blocks.size()",
+                                 [&] { Read(*block, maxData() + 1, 0); });
+  ExpectThrow<std::out_of_range>("index >= m_child_blocks.size()",
+                                 [&] { Read(*context->read_data_block(0x10E), 1, 0); });
+}
+
+TEST_P(PstBlockDamageTest, AChildLargerThanItsPlaceGivesWhatItHas) {
+  // Neither size is compared with the other: the child goes on behind its place.
+  RawImage image(unicode());
+  const uint64_t full = maxData() * maxChildren();
+  image.block(0x104, std::string(maxData(), 'x'));
+  image.extended(0x10A, 1, static_cast<uint32_t>(full + 8),
+                 std::vector<uint64_t>(maxChildren(), 0x104));
+  image.extended(0x10E, 2, static_cast<uint32_t>(full + 8), {0x10A});
+  const auto context = OpenedImage(image.trees()).open();
+  const auto block = context->read_data_block(0x10E);
+  EXPECT_EQ(4u, Read(*block, 4, full - 4));
+  ExpectThrow<std::out_of_range>("index >= m_child_blocks.size()",
+                                 [&] { Read(*block, 8, full - 4); });
+}
+
+TEST_P(PstBlockDamageTest, AStreamMuchLargerThanTheFile) {
+  // 16 MiB may be holes; beyond that the file has to have the bytes.
+  constexpr uint32_t kHoles = 16u << 20;
+  for (const uint32_t more : {0u, 1u}) {
+    RawImage image(unicode());
+    const uint64_t at = image.extended(0x10A, 2, 0, {0, 0, 0});
+    image.trees();
+    const auto size = static_cast<uint32_t>(image.file.size());
+    image.put(at + 4, kHoles + size + more, 4);
+    const auto context = OpenedImage(image).open();
+    if (more == 0) {
+      EXPECT_EQ(kHoles + size, context->read_data_block(0x10A)->get_total_size());
+    } else {
+      ExpectThrow<database_corrupt>("stream larger than the file",
+                                    [&] { context->read_data_block(0x10A); });
+    }
+  }
+}
+
+TEST_P(PstBlockDamageTest, AnEndOfFileThatTheHeaderInventsIsNoRoom) {
+  RawImage image(unicode());
+  image.extended(0x10A, 2, UINT32_MAX, {0, 0, 0});
+  image.trees().setFileEof(UINT32_MAX);
+  const auto context = OpenedImage(image).open();
+  EXPECT_THROW(context->read_data_block(0x10A), database_corrupt);
+}
+
+TEST_P(PstBlockDamageTest, ChildrenBehindTheEndTakeRoomToo) {
+  // A thousand holes of eight megabytes, all behind a stream of four bytes, can be asked for as
+  // pages.
+  RawImage image(unicode());
+  image.extended(0x10A, 2, 4, std::vector<uint64_t>(1000, 0));
+  image.extended(0x10E, 2, 4, {0, 0});
+  const auto context = OpenedImage(image.trees()).open();
+  EXPECT_THROW(context->read_data_block(0x10A), database_corrupt);
+  EXPECT_EQ(maxData(), context->read_data_block(0x10E)->get_page(5)->get_total_size());
+}
+
+TEST_P(PstBlockDamageTest, TheSizeOfTheFileIsAskedForOnce) {
+  RawImage image(unicode());
+  image.extended(0x10A, 2, 16u << 20, {0});
+  image.extended(0x10E, 2, (16u << 20) + 1, {0});
+  const OpenedImage file(image.trees());
+  const auto seeks = [&](ulonglong id, int times) {
+    return CallsOf(PlainKernelFaultSeek, file, [=](const auto& context) {
+      for (int i = 0; i < times; ++i) context->read_data_block(id);
+    });
+  };
+  // The block tree once; then the beginning and the block.
+  EXPECT_EQ(3u, seeks(0x10A, 1));
+  EXPECT_EQ(4u, seeks(0x10E, 1));
+  EXPECT_EQ(6u, seeks(0x10E, 2));
+}
+
+TEST_P(PstBlockDamageTest, TheTypeOfABlockBehindTheEnd) {
+  RawImage image(unicode());
+  image.blocks.push_back({0x10A, 0x700000, 16});
+  image.blocks.push_back({0x10E, unicode() ? UINT64_MAX : UINT32_MAX, 16});
+  const auto context = OpenedImage(image.trees()).open();
+  ExpectThrow<std::out_of_range>("fread failed", [&] { context->read_data_block(0x10A); });
+  ExpectThrow<std::out_of_range>(unicode() ? "fseek failed" : "fread failed",
+                                 [&] { context->read_data_block(0x10E); });
+}
+
+}  // namespace
+
+}  // namespace tarn::test

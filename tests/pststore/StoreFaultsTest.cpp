@@ -1,0 +1,120 @@
+// A host without memory, and files that do not read: whatever call fails, the exception says so,
+// nothing is left behind, and the store goes on working.
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "pststore/BtreeNode.inc"
+#include "pststore/RawImage.h"
+
+namespace tarn::test {
+
+namespace {
+
+using namespace pststore;
+
+class PstStoreFaultsTest : public BothLayouts {
+ protected:
+  // Two levels of pages in the node tree, streams of each kind, subnodes of two levels.
+  RawImage Store() {
+    RawImage image(unicode());
+    image.block(0x104, std::string(maxData(), 'x'));
+    image.block(0x108, "tail");
+    image.extended(0x10E, 1, static_cast<uint32_t>(maxData()) + 4, {0x104, 0x108});
+    image.extended(0x112, 2, static_cast<uint32_t>(maxData()) + 4, {0x10E});
+    image.subnodeLeaf(0x116, {{0x25, 0x108, 0, 0}});
+    image.subnodeNonleaf(0x11A, {{0x25, 0x116}});
+    image.trees();
+    const uint64_t leaf = (image.file.size() + 511) / 512 * 512;
+    image.page(leaf, 0x77, 0x81, 0, 1, image.nbtEntry({0x21, 0x112, 0x11A, 0}));
+    image.page(RawImage::kNbtAddress, RawImage::kNbtId, 0x81, 1, 1,
+               image.nonleafEntry(0x21, 0x77, leaf));
+    return image.setFileEof(leaf + 512);
+  }
+
+  // Everything that reads, and what it gives.
+  static std::string Use(const std::shared_ptr<db_context>& context) {
+    const node node = context->lookup_node(0x21);
+    const pststore::node copy = node;
+    std::string text(copy.size(), '?');
+    text.resize(copy.read(text.data(), text.size(), 0));
+    const pststore::node inner = copy.lookup(0x25);
+    byte_vector page(4);
+    inner.read(page, 0, 0);
+    btree_iter_impl<ulong, node_info> iter;
+    context->read_nbt_root()->first(iter);
+    iter.leaf->next(iter);
+    std::shared_ptr<data_block> block = inner.get_data_block();
+    block->write_raw("T", 1, 0, block);
+    block->resize(9000, block);
+    return text.substr(text.size() - 5) + std::string(page.begin(), page.end());
+  }
+
+  template <typename Exception>
+  static void Sweep(int32_t group, const OpenedImage& file, uint64_t atLeast) {
+    for (uint64_t n = 1;; ++n) {
+      PlainKernelFailAt(group, n);
+      std::shared_ptr<db_context> context;
+      bool failed = false;
+      try {
+        context = file.open();
+        Use(context);
+      } catch (const Exception&) {
+        failed = true;
+      }
+      PlainKernelFailAt(group, 0);
+      if (context != nullptr) {
+        EXPECT_EQ("xtailtail", Use(context));
+      }
+      if (!failed) {
+        EXPECT_GT(n, atLeast);
+        return;
+      }
+    }
+  }
+};
+INSTANTIATE_TEST_SUITE_P(Layouts, PstStoreFaultsTest, ::testing::Bool(), LayoutName);
+
+TEST_P(PstStoreFaultsTest, WithoutMemory) {
+  Sweep<std::bad_alloc>(PlainKernelFaultMemory, OpenedImage(Store()), 30);
+}
+
+TEST_P(PstStoreFaultsTest, ReadsThatFail) {
+  Sweep<std::out_of_range>(PlainKernelFaultRead, OpenedImage(Store()), 10);
+}
+
+TEST_P(PstStoreFaultsTest, SeeksThatFail) {
+  Sweep<std::out_of_range>(PlainKernelFaultSeek, OpenedImage(Store()), 10);
+}
+
+TEST_P(PstStoreFaultsTest, OpeningThatFails) {
+  Sweep<std::runtime_error>(PlainKernelFaultOpen, OpenedImage(Store()), unicode() ? 2 : 1);
+}
+
+TEST_P(PstStoreFaultsTest, EveryByteOfASmallStoreMayBeWrong) {
+  // Whatever comes of it, it is an exception of the store or an answer.
+  const std::string good = Store().bytes();
+  TempDirectory directory;
+  const auto path = directory.write("bad.pst", good);
+  std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
+  const auto put = [&](size_t at, char byte) {
+    file.seekp(static_cast<std::streamoff>(at));
+    file.put(byte).flush();
+  };
+  int failures = 0;
+  // The header is held by its checksums; trees, trailers and the beginnings of blocks follow.
+  for (size_t at = 0x1000; at < good.size(); at += at % 512 < 48 || at % 512 > 488 ? 1 : 7) {
+    put(at, static_cast<char>(~good[at]));
+    try {
+      Use(open_database(path.u16string().c_str()));
+    } catch (const std::exception&) {
+      ++failures;
+    }
+    put(at, good[at]);
+  }
+  EXPECT_GT(failures, 50);
+}
+
+}  // namespace
+
+}  // namespace tarn::test
