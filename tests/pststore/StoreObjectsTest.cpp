@@ -1,0 +1,341 @@
+#include "pststore/StoreObjects.h"
+
+#include <gtest/gtest.h>
+
+#include <optional>
+
+#include "pststore/WrittenStore.h"
+#include "support/pst/StoreBuilder.h"
+
+namespace tarn::test {
+namespace {
+
+using pststore::attachment;
+using pststore::folder;
+using pststore::message;
+using pststore::wstring;
+
+struct Kind {
+  PstLayout layout;
+  PstEncoding encoding;
+};
+
+const std::vector<Kind>& AllKinds() {
+  static const std::vector<Kind> kinds = {
+      {PstLayout::Ansi, PstEncoding::None},       {PstLayout::Ansi, PstEncoding::Permute},
+      {PstLayout::Ansi, PstEncoding::Cyclic},     {PstLayout::Unicode, PstEncoding::None},
+      {PstLayout::Unicode, PstEncoding::Permute}, {PstLayout::Unicode, PstEncoding::Cyclic}};
+  return kinds;
+}
+
+StoreOptions Bare() {
+  StoreOptions options;
+  options.isBare = true;
+  return options;
+}
+
+std::u16string Wide(const wstring& text) { return std::u16string(text.begin(), text.end()); }
+
+std::vector<folder> Folders(const WrittenStore& store) {
+  std::vector<folder> folders;
+  const auto end = pststore::folder_end(store.context());
+  for (auto at = pststore::folder_begin(store.context()); at != end; ++at) {
+    folders.push_back(pststore::make_folder(at));
+  }
+  return folders;
+}
+
+folder TheFolder(const WrittenStore& store) {
+  return pststore::make_folder(pststore::folder_begin(store.context()));
+}
+
+// The messages of a folder, in the order of its rows.
+std::vector<message> Messages(const WrittenStore& store, const folder& owner) {
+  const pststore::table& contents = *pststore::get_contents_table(owner);
+  std::vector<message> messages;
+  const pststore::message_iterator end(contents.end(), store.context());
+  for (pststore::message_iterator at(contents.begin(), store.context()); at != end; ++at) {
+    messages.push_back(pststore::make_message(at));
+  }
+  return messages;
+}
+
+std::vector<attachment> Attachments(const message& owner) {
+  std::vector<attachment> attachments;
+  const auto end = pststore::attachment_end(owner);
+  for (auto at = pststore::attachment_begin(owner); at != end; ++at) {
+    attachments.push_back(pststore::make_attachment(at));
+  }
+  return attachments;
+}
+
+// A bare store of one folder with one message, to which the test adds.
+class OneMessage {
+ public:
+  OneMessage() : builder_(Bare()), message_(builder_.folder(u"Inbox").message()) {}
+
+  MessageBuilder& describe() { return message_; }
+  message open() {
+    store_.emplace(builder_.bytes());
+    return Messages(*store_, TheFolder(*store_)).at(0);
+  }
+  void release() { store_.reset(); }
+
+ private:
+  StoreBuilder builder_;
+  MessageBuilder& message_;
+  std::optional<WrittenStore> store_;
+};
+
+TEST(StoreObjects, AWholeStoreInEveryLayoutAndEncoding) {
+  const std::string large(30000, 'D');
+  for (const Kind& kind : AllKinds()) {
+    StoreBuilder builder(kind.layout, kind.encoding);
+    FolderBuilder& inbox = builder.folder(u"Inbox");
+    inbox.message().subject(u"first").html("<p>one</p>").attachment(u"a.bin", large);
+    inbox.message().subject(u"second").body(u"two");
+    builder.folder(u"Sent").message().subject(u"third");
+    const WrittenStore store(builder.bytes());
+
+    std::vector<std::u16string> seen;
+    for (const folder& each : Folders(store)) {
+      const auto& bag = each.get_property_bag();
+      const std::u16string name = Wide(bag.read_prop<wstring>(0x3001));
+      const std::vector<message> messages = Messages(store, each);
+      EXPECT_EQ(bag.get_value_4(0x3602), messages.size());
+      for (const message& one : messages) {
+        seen.push_back(name + u"/" + Wide(one.get_property_bag().read_prop<wstring>(0x0037)));
+      }
+    }
+    EXPECT_EQ(seen, (std::vector<std::u16string>{u"Inbox/first", u"Inbox/second", u"Sent/third"}));
+
+    for (const folder& each : Folders(store)) {
+      for (const message& one : Messages(store, each)) {
+        if (pststore::get_attachment_count(one) == 0) continue;
+        const attachment file = Attachments(one).at(0);
+        EXPECT_EQ(Wide(pststore::get_filename(file)), u"a.bin");
+        EXPECT_EQ(Text(file.get_property_bag().get_value_variable(0x3701)), large);
+        EXPECT_EQ(Text(one.get_property_bag().get_value_variable(0x1013)), "<p>one</p>");
+      }
+    }
+  }
+}
+
+TEST(FolderIterator, TakesFolderNodesInTheOrderOfTheirIds) {
+  StoreBuilder builder(Bare());
+  builder.folder(0x8082, u"late");
+  builder.folder(0x0122, u"root");
+  builder.folder(0x8042, u"early");
+  builder.folder(0x8043, u"search");  // of another type
+  const WrittenStore store(builder.bytes());
+  std::vector<uint32_t> ids;
+  for (const folder& each : Folders(store)) ids.push_back(each.get_id());
+  EXPECT_EQ(ids, (std::vector<uint32_t>{0x0122, 0x8042, 0x8082}));
+}
+
+TEST(FolderIterator, CrossesPages) {
+  StoreOptions options = Bare();
+  options.file.nbt = {.leafFanOut = 2, .innerFanOut = 2};
+  StoreBuilder builder(options);
+  for (int i = 0; i < 20; ++i) builder.folder(u"folder");
+  const WrittenStore store(builder.bytes());
+  EXPECT_EQ(Folders(store).size(), 20U);
+}
+
+TEST(FolderIterator, StoresWithoutFolders) {
+  for (const bool hasNodes : {false, true}) {
+    PstFileBuilder file;
+    if (hasNodes) file.node(0x8004, file.block("no folder"), 0);
+    const WrittenStore store(file.bytes());
+    EXPECT_TRUE(pststore::folder_begin(store.context()) == pststore::folder_end(store.context()));
+    EXPECT_EQ(Thrown<std::out_of_range>([&] { TheFolder(store); }), "folder iterator at its end");
+    auto at = pststore::folder_begin(store.context());
+    EXPECT_EQ(Thrown<std::out_of_range>([&] { ++at; }), "folder iterator at its end");
+  }
+}
+
+TEST(Folder, NodesThatAreNoPropertyContext) {
+  PstFileBuilder file;
+  file.node(0x8022, file.block("sixteen bytes.. "), 0);
+  const WrittenStore store(file.bytes());
+  EXPECT_EQ(Thrown<pststore::sig_mismatch>([&] { TheFolder(store); }), "invalid heap_sig");
+}
+
+TEST(Folder, WithoutAContentsTable) {
+  StoreBuilder builder(Bare());
+  builder.folder(0x8022, u"Inbox").withoutContentsTable();
+  const WrittenStore store(builder.bytes());
+  const folder inbox = TheFolder(store);
+  EXPECT_EQ(Wide(inbox.get_property_bag().read_prop<wstring>(0x3001)), u"Inbox");
+  EXPECT_EQ(MissingKey<uint32_t>([&] { pststore::get_contents_table(inbox); }), 0x802EU);
+}
+
+TEST(Folder, LoadsItsContentsTableOnce) {
+  StoreBuilder builder(Bare());
+  builder.folder(u"Inbox").message().subject(u"one");
+  const WrittenStore store(builder.bytes());
+  const folder inbox = TheFolder(store);
+  const pststore::table* const contents = pststore::get_contents_table(inbox).get();
+  EXPECT_EQ(pststore::get_contents_table(inbox).get(), contents);
+  EXPECT_EQ(contents->size(), 1U);
+}
+
+TEST(Folder, CopiesHaveTheirOwnTable) {
+  StoreBuilder builder(Bare());
+  builder.folder(u"Inbox").message().subject(u"one");
+  std::optional<WrittenStore> store(builder.bytes());
+  std::optional<folder> inbox(TheFolder(*store));
+  const folder before(*inbox);
+  pststore::get_contents_table(*inbox);
+  const folder after(*inbox);
+  folder assigned(before);
+  assigned = after;
+  EXPECT_NE(pststore::get_contents_table(before).get(), pststore::get_contents_table(*inbox).get());
+  EXPECT_NE(pststore::get_contents_table(after).get(), pststore::get_contents_table(*inbox).get());
+  inbox.reset();
+  store.reset();
+  EXPECT_EQ(pststore::get_contents_table(before)->size(), 1U);
+  EXPECT_EQ(pststore::get_contents_table(after)->size(), 1U);
+  EXPECT_EQ(pststore::get_contents_table(assigned)->size(), 1U);
+}
+
+TEST(Message, ContentsWithoutRows) {
+  StoreBuilder builder(Bare());
+  builder.folder(u"Inbox");
+  const WrittenStore store(builder.bytes());
+  const folder inbox = TheFolder(store);
+  const pststore::table& contents = *pststore::get_contents_table(inbox);
+  EXPECT_EQ(contents.begin(), contents.end());
+  EXPECT_TRUE(Messages(store, inbox).empty());
+}
+
+TEST(Message, ComesByItsRowId) {
+  StoreBuilder builder(Bare());
+  FolderBuilder& inbox = builder.folder(u"Inbox");
+  inbox.message(0x200044).subject(u"second");
+  inbox.message(0x200024).subject(u"first");
+  const WrittenStore store(builder.bytes());
+  const std::vector<message> messages = Messages(store, TheFolder(store));
+  ASSERT_EQ(messages.size(), 2U);
+  EXPECT_EQ(messages[0].get_id(), 0x200044U);
+  EXPECT_EQ(messages[1].get_id(), 0x200024U);
+  const folder owner = TheFolder(store);
+  const pststore::message_iterator at(pststore::get_contents_table(owner)->begin(),
+                                      store.context());
+  const pststore::property_bag bag = pststore::make_message_bag(at);
+  EXPECT_EQ(Wide(bag.read_prop<wstring>(0x0037)), u"second");
+}
+
+TEST(Message, RowsWithoutAMessage) {
+  StoreBuilder builder(Bare());
+  builder.folder(u"Inbox").row(0x4444);
+  const WrittenStore store(builder.bytes());
+  EXPECT_EQ(MissingKey<uint32_t>([&] { Messages(store, TheFolder(store)); }), 0x4444U);
+}
+
+TEST(Message, WithoutAttachments) {
+  OneMessage one;
+  one.describe().subject(u"alone");
+  const message read = one.open();
+  EXPECT_EQ(pststore::get_attachment_count(read), 0U);
+  EXPECT_EQ(MissingKey<uint32_t>([&] { pststore::get_attachment_table(read); }), 0x671U);
+  EXPECT_EQ(MissingKey<uint32_t>([&] { pststore::attachment_begin(read); }), 0x671U);
+  EXPECT_EQ(MissingKey<uint32_t>([&] { pststore::attachment_end(read); }), 0x671U);
+}
+
+TEST(Message, WithAnEmptyAttachmentTable) {
+  OneMessage one;
+  one.describe().withAttachmentTable();
+  const message read = one.open();
+  EXPECT_EQ(pststore::get_attachment_count(read), 0U);
+  EXPECT_TRUE(pststore::attachment_begin(read) == pststore::attachment_end(read));
+}
+
+// A row node that does not exist is a key that is not found, too.
+TEST(Message, TablesThatDoNotLoad) {
+  OneMessage lost;
+  lost.describe().withAttachmentTable().attachmentTable({.hnidRows = 0x8FF});
+  EXPECT_EQ(pststore::get_attachment_count(lost.open()), 0U);
+  OneMessage broken;
+  broken.describe().withAttachmentTable().attachmentTable({.hnidRows = 0x10020});
+  const message read = broken.open();
+  EXPECT_EQ(Thrown<std::out_of_range>([&] { pststore::get_attachment_count(read); }), "index > 0");
+}
+
+TEST(Message, CopiesHaveTheirOwnTable) {
+  OneMessage one;
+  one.describe().attachment(u"a.txt", "bytes");
+  std::optional<message> read(one.open());
+  const message before(*read);
+  EXPECT_EQ(pststore::get_attachment_count(*read), 1U);
+  const message after(*read);
+  message assigned(before);
+  assigned = after;
+  EXPECT_NE(pststore::get_attachment_table(after).get(),
+            pststore::get_attachment_table(*read).get());
+  EXPECT_EQ(pststore::get_attachment_table(*read).get(),
+            pststore::get_attachment_table(*read).get());
+  read.reset();
+  one.release();
+  for (const message* each : {&before, &after, static_cast<const message*>(&assigned)}) {
+    EXPECT_EQ(Wide(pststore::get_filename(Attachments(*each).at(0))), u"a.txt");
+  }
+}
+
+TEST(Attachment, ComesInTheOrderOfTheRows) {
+  OneMessage one;
+  one.describe().attachment(u"b.txt", "second").attachment(u"a.txt", "first");
+  const message read = one.open();
+  EXPECT_EQ(pststore::get_attachment_count(read), 2U);
+  const std::vector<attachment> attachments = Attachments(read);
+  EXPECT_EQ(Text(attachments.at(0).get_property_bag().get_value_variable(0x3701)), "second");
+  EXPECT_EQ(Text(attachments.at(1).get_property_bag().get_value_variable(0x3701)), "first");
+}
+
+TEST(Attachment, RowsWithoutASubnode) {
+  OneMessage one;
+  const uint32_t nid = one.describe().attach().longName(u"a").withoutNode().nid();
+  const message read = one.open();
+  EXPECT_EQ(pststore::get_attachment_count(read), 1U);
+  EXPECT_EQ(MissingKey<uint32_t>([&] { Attachments(read); }), nid);
+}
+
+TEST(Attachment, HasItsLongNameOrItsShortOne) {
+  OneMessage one;
+  one.describe().attach().data("1").longName(u"long name.text").shortName(u"long~1.tex");
+  one.describe().attach().data("2").shortName(u"short.tex");
+  one.describe().attach().data("3");
+  one.describe().attach().data("4").longName(u"").shortName(u"short.tex");
+  const std::vector<attachment> attachments = Attachments(one.open());
+  EXPECT_EQ(Wide(pststore::get_filename(attachments.at(0))), u"long name.text");
+  EXPECT_EQ(Wide(pststore::get_filename(attachments.at(1))), u"short.tex");
+  EXPECT_EQ(MissingKey<uint16_t>([&] { pststore::get_filename(attachments.at(2)); }), 0x3704);
+  EXPECT_EQ(Wide(pststore::get_filename(attachments.at(3))), u"");
+}
+
+TEST(StoreObjects, KeepTheStoreOpen) {
+  OneMessage one;
+  one.describe().attachment(u"a.txt", "bytes");
+  std::optional<attachment> file;
+  {
+    const message read = one.open();
+    file.emplace(Attachments(read).at(0));
+  }
+  one.release();
+  EXPECT_EQ(Text(file->get_property_bag().get_value_variable(0x3701)), "bytes");
+}
+
+TEST(StoreObjects, WithoutMemory) {
+  StoreBuilder builder(Bare());
+  builder.folder(u"Inbox").message().attachment(u"a.txt", "bytes");
+  const WrittenStore store(builder.bytes());
+  FailEachAllocation([&] {
+    const std::vector<folder> folders = Folders(store);
+    const std::vector<message> messages = Messages(store, folders.at(0));
+    EXPECT_EQ(pststore::get_attachment_count(messages.at(0)), 1U);
+    EXPECT_EQ(Wide(pststore::get_filename(Attachments(messages[0]).at(0))), u"a.txt");
+  });
+}
+
+}  // namespace
+}  // namespace tarn::test
