@@ -78,7 +78,7 @@ int32_t RenderMailRtf(MailMessage& message) {
     const int32_t written = AppendRtfHeaderRow(render, &message, &(message.*field.text), field.row);
     if (written != StatusOk) return written;
   }
-  if (render.output.data == nullptr || render.output.length == 0) return StatusOk;
+  if (render.output.data == nullptr) return StatusOk;
   return SpliceRtfBlock(message.body, render.fonts,
                         std::string_view(render.output.data, render.output.length));
 }

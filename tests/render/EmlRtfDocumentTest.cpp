@@ -179,7 +179,7 @@ TEST(EmlRtfFailure, WithoutMemoryTheBodyStays) {
 TEST(EmlRtfFailure, BeyondTheBudgetTheBodyStays) {
   EmlMessage message;
   message.documentKind = DocumentRtf;
-  SetTerminated(message.to, std::string(9000000, 'x'));
+  SetTerminated(message.to, std::string(8000000, 'x'));
   Set(message.body, "a\\pard");
   PlainKernelSetMemoryBudget(8000000);
   EXPECT_EQ(RenderEmlMessage(message), -1);

@@ -74,6 +74,16 @@ TEST(MailRtfFailure, ALengthWithoutAPointer) {
   EXPECT_EQ(message.body.data, nullptr);
 }
 
+// Behind a letter beyond ASCII a NUL cannot be written.
+TEST(MailRtfFailure, AValueThatCannotBeWritten) {
+  MailMessage message;
+  SetTerminated(message.from, "Ann");
+  Set(message.subject, std::string_view("\xC3\xA9\0x", 4));
+  Set(message.body, kBody);
+  EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), -13);
+  EXPECT_EQ(Bytes(message.body), kBody);
+}
+
 // An address has to have a pointer to be written.
 TEST(MailRtfFailure, AnAddressOfALengthWithoutAPointerIsNone) {
   MailMessage message;
@@ -139,7 +149,7 @@ TEST(MailRtfFailure, WithoutMemoryForAFont) {
 
 TEST(MailRtfFailure, ABlockBeyondTheBudget) {
   MailMessage message;
-  SetTerminated(message.to, std::string(9000000, 'x'));
+  SetTerminated(message.to, std::string(8000000, 'x'));
   Set(message.body, kBody);
   PlainKernelSetMemoryBudget(8000000);
   EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), -1);

@@ -174,8 +174,9 @@ TEST(EmlRtfSplice, FailuresTakeTheBlockToo) {
   Set(block, "BLOCK");
   EXPECT_EQ(SpliceEmlRtf(body, std::move(block)), -74);
   Set(body, "a");
-  Set(block, "BLOCK");
-  EXPECT_EQ(SpliceEmlRtf(body, std::move(block)), 1);
+  SizedBytes another;
+  Set(another, "BLOCK");
+  EXPECT_EQ(SpliceEmlRtf(body, std::move(another)), 1);
   EXPECT_EQ(Bytes(body), "a");
 }
 
