@@ -88,6 +88,7 @@ TEST(HeapBuilder, EighthPageAndEach128thBehindItHoldFillLevels) {
   EXPECT_EQ(pages[7].substr(2, 2), "aa");
   EXPECT_EQ(pages[8].substr(2, 65), std::string(64, '\x77') + "a");
   EXPECT_EQ(pages[9].substr(2, 2), "aa");
+  EXPECT_EQ(pages[72].substr(2, 2), "aa");
   EXPECT_EQ(pages[136].substr(2, 65), "\x07"s + std::string(63, '\0') + "a");
 }
 

@@ -1,6 +1,8 @@
 // Whole stores of folders and messages, read back by a reader of the tests' own.
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "NaivePst.h"
 #include "support/TempDirectory.h"
 #include "support/pst/PstBytes.h"
@@ -200,6 +202,8 @@ TEST_P(StoreBuilderLayouts, StreamsManyMessages) {
     one.message().subject(u"one").body(std::string(static_cast<size_t>(i), 'x'));
     two.message().subject(u"two");
   }
+  // What was described is in the file already.
+  EXPECT_GT(std::filesystem::file_size(path), 1000000U);
   store.finish();
   const std::string image = ReadWholeFile(path);
   const NaivePst read(image);
