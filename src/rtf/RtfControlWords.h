@@ -94,8 +94,16 @@ inline constexpr std::array<uint32_t, 256> kRtfRowsOfByte = [] {
   return rows;
 }();
 
+// Byte by byte: words are short, and most of those that differ do so in their first letters.
+constexpr bool BeginsWithRtfWord(std::string_view bytes, std::string_view word) {
+  if (bytes.size() < word.size()) return false;
+  size_t i = 0;
+  while (i < word.size() && bytes[i] == word[i]) ++i;
+  return i == word.size();
+}
+
 constexpr bool FitsRtfControlWord(const RtfControlWord& word, std::string_view bytes) {
-  if (!bytes.starts_with(word.text)) return false;
+  if (!BeginsWithRtfWord(bytes, word.text)) return false;
   switch (word.form) {
     case RtfWordForm::PrefixAndDigit:
       return bytes.size() > word.text.size() && IsRtfDigit(bytes[word.text.size()]);

@@ -9,9 +9,8 @@
 // longest hex run, 8 for each group that changes the code page, and the fonts.
 #include "rtf/RtfToHtml.h"
 
-#include <array>
-
 #include "Common/ByteSearch.h"
+#include "rtf/FindAnyByte.h"
 #include "rtf/RtfCodePageStack.h"
 #include "rtf/RtfControlWords.h"
 #include "rtf/RtfFontIndex.h"
@@ -36,24 +35,6 @@ constexpr std::string_view kBlockEnd = "\\htmlrtf0";
 // The loop through a dropped block ends so many bytes in front of the end; no "\htmlrtf0" that
 // stands there is seen by it.
 constexpr ptrdiff_t kBlockTail = 9;
-
-using ByteSet = std::array<bool, 256>;
-
-constexpr ByteSet SetOf(std::string_view bytes) {
-  ByteSet set = {};
-  for (const char byte : bytes) set[static_cast<unsigned char>(byte)] = true;
-  return set;
-}
-
-constexpr ByteSet kHeadBytes = SetOf("{\\");
-constexpr ByteSet kBlockBytes = SetOf("{}\\");
-constexpr ByteSet kBodyBytes = SetOf("{}\\\r\n");
-
-// The first byte of the set, or the end.
-const char* FindAny(const char* from, const char* end, const ByteSet& set) {
-  while (from < end && !set[static_cast<unsigned char>(*from)]) ++from;
-  return from;
-}
 
 uint32_t CodePageOfLanguage(uint32_t language) {
   switch (language) {
@@ -82,7 +63,8 @@ class RtfScan {
   bool finish(SizedBytes& text) { return output_.finish(text); }
 
  private:
-  bool startsWith(std::string_view word) const { return StartsWith(at_, end_, word); }
+  std::string_view rest() const { return std::string_view(at_, static_cast<size_t>(end_ - at_)); }
+  bool startsWith(std::string_view word) const { return BeginsWithRtfWord(rest(), word); }
   bool startsFont() const {
     return startsWith(kFont) && end_ - at_ > 2 && IsRtfDigit(at_[kFont.size()]);
   }
@@ -142,7 +124,7 @@ class RtfScan {
 // After whatever it finds the head steps over one byte more, so that of two words in a row, as in
 // "\ansicpg1252\deff0", only the first is seen. Code pages come out as they always have this way.
 int32_t RtfScan::scanHead() {
-  while ((at_ = FindAny(at_, end_, kHeadBytes)) < end_ && !startsWith(kTagGroup)) {
+  while ((at_ = FindAnyByte<'{', '\\'>(at_, end_)) < end_ && !startsWith(kTagGroup)) {
     if (*at_ == '\\') {
       if (const int32_t status = takeHeadWord(); status != StatusOk) return status;
     }
@@ -169,7 +151,7 @@ int32_t RtfScan::takeHeadWord() {
 
 int32_t RtfScan::scanBody() {
   while (at_ < end_) {
-    const char* const special = FindAny(at_, end_, kBodyBytes);
+    const char* const special = FindAnyByte<'{', '}', '\\', '\r', '\n'>(at_, end_);
     if (!output_.copyInSteps(at_, static_cast<uint64_t>(special - at_))) return StatusOutOfMemory;
     at_ = special;
     if (at_ == end_) break;
@@ -213,8 +195,7 @@ void RtfScan::takeLineEnd(char other) {
 
 int32_t RtfScan::takeWord() {
   const char* const backslash = at_;
-  const RtfControlWord& word =
-      FindRtfControlWord(std::string_view(at_, static_cast<size_t>(end_ - at_)));
+  const RtfControlWord& word = FindRtfControlWord(rest());
   output_.write(word.written);
   at_ += word.text.size();
   return word.action == RtfWordAction::None ? StatusOk : act(word.action, backslash);
@@ -281,7 +262,7 @@ int32_t RtfScan::takeTag() {
 // dropped, but fonts, languages and groups count. Without an end, the last bytes are text again.
 int32_t RtfScan::dropBlock() {
   while (end_ - at_ > kBlockTail) {
-    at_ = FindAny(at_, end_ - kBlockTail, kBlockBytes);
+    at_ = FindAnyByte<'{', '}', '\\'>(at_, end_ - kBlockTail);
     if (end_ - at_ <= kBlockTail) break;
     if (startsWith(kBlockEnd)) {
       at_ += kBlockEnd.size();

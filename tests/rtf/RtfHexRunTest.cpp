@@ -67,6 +67,10 @@ TEST(RtfHexRun, DigitsOfAReference) {
   EXPECT_EQ(DecodedRun("\\'83", 1252).text, "&#x192;");
   EXPECT_EQ(DecodedRun("\\'80", 1252).text, "&#x20AC;");
   EXPECT_EQ(DecodedRun("\\'f0\\'40", 932).text, "&#xE000;");
+  EXPECT_EQ(DecodedRun("\\'c2\\'80\\'c3\\'bf", 65001).text, "&#x80;&#xFF;");
+  EXPECT_EQ(DecodedRun("\\'c4\\'80", 65001).text, "&#x100;");
+  EXPECT_EQ(DecodedRun("\\'e0\\'bf\\'bf\\'e1\\'80\\'80", 65001).text, "&#xFFF;&#x1000;");
+  EXPECT_EQ(DecodedRun("\\'ef\\'bf\\'bf", 65001).text, "&#xFFFF;");
 }
 
 TEST(RtfHexRun, DigitsOfEitherCase) {
