@@ -55,12 +55,19 @@ int32_t AddTime(PropertyList& list, const char* name, const pststore::property_b
   return AddAttachmentProperty(list, name, digits, static_cast<uint64_t>(length));
 }
 
-int32_t AddProperties(PropertyList& list, const pststore::attachment& source) {
+// A text that the whole store cannot have room for is damage like any other.
+void TakeText(uint64_t& textLeft, const pststore::wstring& text) {
+  if (!TakeFrom(textLeft, sizeof(char16_t) * text.size())) {
+    throw pststore::database_corrupt("texts of attachments larger than the store");
+  }
+}
+
+int32_t AddProperties(PropertyList& list, const pststore::attachment& source, uint64_t& textLeft) {
   // The long file name stands in for a content id: bodies of stores refer to attachments by it.
   int32_t status =
-      AddAttachmentPropertyFromBag(list, "Content-ID:", source, PR_ATTACH_LONG_FILENAME);
+      AddAttachmentPropertyFromBag(list, "Content-ID:", source, PR_ATTACH_LONG_FILENAME, textLeft);
   if (status != StatusOk) return status;
-  status = AddAttachmentPropertyFromBag(list, "MimeType", source, PR_ATTACH_MIME_TAG);
+  status = AddAttachmentPropertyFromBag(list, "MimeType", source, PR_ATTACH_MIME_TAG, textLeft);
   if (status != StatusOk) return status;
   const pststore::property_bag& properties = source.get_property_bag();
   status = AddTime(list, "MsgCreationTime", properties, PR_CREATION_TIME);
@@ -69,42 +76,50 @@ int32_t AddProperties(PropertyList& list, const pststore::attachment& source) {
   return status < StatusOk ? status : int32_t{StatusOk};
 }
 
-int32_t Deliver(const pststore::attachment& source, const AttachmentRequest& request) {
+int32_t Deliver(const pststore::attachment& source, const AttachmentRequest& request,
+                uint64_t& textLeft) {
   TrackedBuffer<char> data;
   if (request.infoOnly == 0) {
     const int32_t read = ReadData(source.get_property_bag(), data);
     if (read != StatusOk) return read;
   }
   PropertyList properties;
-  const int32_t added = AddProperties(properties, source);
+  const int32_t added = AddProperties(properties, source, textLeft);
   if (added != StatusOk) return added;
   const pststore::wstring name = pststore::get_filename(source);
+  TakeText(textLeft, name);
   return request.callback(request.user, &data, name.c_str(), &properties);
 }
 
 }  // namespace
 
 int32_t AddAttachmentPropertyFromBag(PropertyList& list, const char* name,
-                                     const pststore::attachment& source, uint16_t property) {
+                                     const pststore::attachment& source, uint16_t property,
+                                     uint64_t& textLeft) {
   const pststore::property_bag& properties = source.get_property_bag();
   pststore::wstring value;
   if (properties.prop_exists(property)) value = properties.read_prop<pststore::wstring>(property);
   if (value.empty()) return StatusOk;
+  TakeText(textLeft, value);
   return AddWideAttachmentProperty(list, name, value);
 }
 
-int32_t EnumeratePstAttachments(const pststore::message& source, const AttachmentRequest& request) {
+int32_t EnumeratePstAttachments(const pststore::message& source, const AttachmentRequest& request,
+                                uint64_t fileSize) {
   if (request.callback == nullptr) return StatusOk;
   const uint32_t count = pststore::get_attachment_count(source);
   if (count == 0) return StatusOk;
 
+  uint64_t attachmentsLeft = AttachmentLimit(fileSize);
+  uint64_t textLeft = AttachmentTextLimit(fileSize);
   const pststore::attachment_iterator end = pststore::attachment_end(source);
   auto at = pststore::attachment_begin(source);
   try {
     for (uint32_t number = 1; at != end && number <= count; ++number, ++at) {
       const bool one = request.index != kAllAttachments;
       if (one && request.index != number) continue;
-      const int32_t status = Deliver(pststore::make_attachment(at), request);
+      if (!TakeFrom(attachmentsLeft, 1)) return StatusOk;
+      const int32_t status = Deliver(pststore::make_attachment(at), request, textLeft);
       if (status == StatusDone) return StatusOk;
       if (status != StatusOk) return status;
       if (one) return StatusOk;

@@ -65,7 +65,7 @@ uint64_t FileSize(uint64_t handle) {
 int32_t ReadPstDocument(const char16_t* path, PstFilterData& data, int32_t& index, uint32_t& kind,
                         bool textOnly, uint64_t handle, const AttachmentRequest* request) {
   const Store store = pststore::open_database(path);
-  StoreReading reading = {data, request, FileSize(handle)};
+  StoreReading reading(data, request, FileSize(handle));
   ListGuard messages;
   const int32_t counted = CountStoreMessages(messages.list, store, reading.fileSize);
   if (counted != StatusOk) return counted;

@@ -1,5 +1,6 @@
 #include "FileFormats/Pst/PstInlineImages.h"
 
+#include <algorithm>
 #include <exception>
 
 #include "Common/ByteSearch.h"
@@ -78,6 +79,8 @@ int32_t InlinePass::readNames(const pststore::attachment& attachment) {
   int32_t status = plainName_.set(plain, 4 * static_cast<uint64_t>(plain.size()) + 4);
   if (status != StatusOk) return status;
   const pststore::wstring cid = LongFileName(attachment);
+  budget_.spend(sizeof(char16_t) * (plain.size() + cid.size()));
+  if (budget_.isSpent()) return StatusOutOfMemory;
   return cidName_.set(cid, 3 * static_cast<uint64_t>(cid.size()) + 1);
 }
 
@@ -132,11 +135,12 @@ int32_t InlinePstImages(const pststore::message& source, uint32_t attachmentCoun
   reading.data.attachmentCount = attachmentCount;
   if (reading.data.inlineFiles.reserve(attachmentCount) == nullptr) return StatusOk;
 
+  const uint64_t limit = std::min<uint64_t>(attachmentCount, AttachmentLimit(reading.fileSize));
   InlinePass pass(body, reading);
   try {
     const pststore::attachment_iterator end = pststore::attachment_end(source);
-    uint32_t number = 0;
-    for (auto at = pststore::attachment_begin(source); at != end && number < attachmentCount;
+    uint64_t number = 0;
+    for (auto at = pststore::attachment_begin(source); at != end && number < limit;
          ++at, ++number) {
       const int32_t status = pass.place(pststore::make_attachment(at));
       if (status < StatusOk) return status;

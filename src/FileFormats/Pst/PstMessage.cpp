@@ -1,6 +1,5 @@
 #include "FileFormats/Pst/PstMessage.h"
 
-#include "Common/InlineImages.h"
 #include "FileFormats/Pst/PstAttachments.h"
 #include "FileFormats/Pst/PstInlineImages.h"
 #include "FileFormats/Pst/PstStreams.h"
@@ -102,7 +101,6 @@ class MessageRead {
   int32_t readPlainBody();
   int32_t readHtmlBody(bool selected);
   int32_t readRtfBody();
-  bool makeRoom(uint64_t bytes);
 
   const pststore::message& source_;
   const pststore::property_bag& properties_;
@@ -115,12 +113,14 @@ class MessageRead {
 
 int32_t MessageRead::run(bool selected) {
   const pststore::wstring subject = ReadSubject(properties_);
+  if (!TakeFrom(reading_.textLeft, sizeof(char16_t) * subject.size())) return StatusOutOfMemory;
   if (subject == u"LocalFreebusy") return StatusDone;
 
   record_.body.length = 0;
   record_.text.length = 0;
   if (reading_.request != nullptr) {
-    return selected ? EnumeratePstAttachments(source_, *reading_.request) : int32_t{StatusOk};
+    if (!selected) return StatusOk;
+    return EnumeratePstAttachments(source_, *reading_.request, reading_.fileSize);
   }
   if (selected) ReadHeaderFields(properties_, subject, record_);
 
@@ -130,20 +130,12 @@ int32_t MessageRead::run(bool selected) {
   return status;
 }
 
-// The bodies of all messages stay in memory until the walk is over.
-bool MessageRead::makeRoom(uint64_t bytes) {
-  const uint64_t limit = BodyLimit(reading_.fileSize);
-  if (bytes > limit - reading_.bodyBytes) return false;
-  reading_.bodyBytes += bytes;
-  return true;
-}
-
 int32_t MessageRead::readPlainBody() {
   if (!properties_.prop_exists(PR_BODY)) return StatusOk;
   kind_ = DocumentText;
   pststore::prop_stream stream(properties_.open_prop_stream(PR_BODY));
   const uint64_t size = SizeByEnd(stream);
-  if (!makeRoom(size)) return StatusOutOfMemory;
+  if (!TakeFrom(reading_.textLeft, size)) return StatusOutOfMemory;
   KernelBlock<char> block = AllocateBlock<char>(size, TARN_HERE);
   if (!block) return StatusOutOfMemory;
   ReadFromStart(stream, block.get(), size);
@@ -158,7 +150,7 @@ int32_t MessageRead::readHtmlBody(bool selected) {
   kind_ = DocumentHtml;
   pststore::prop_stream stream(properties_.open_prop_stream(PR_HTML));
   const uint64_t size = SizeByEnd(stream);
-  if (!makeRoom(size)) return StatusOutOfMemory;
+  if (!TakeFrom(reading_.textLeft, size)) return StatusOutOfMemory;
   SizedBytes& body = record_.body;
   if (body.data == nullptr || body.length < size) {
     void* const block = KernelRealloc(body.data, size, TARN_HERE);
@@ -181,7 +173,7 @@ int32_t MessageRead::readRtfBody() {
   SizeByEnd(stream);
   const int32_t status = DecodePstCompressedRtf(stream, list_, index_);
   if (status != StatusOk) return status;
-  return makeRoom(record_.body.length) ? StatusOk : StatusOutOfMemory;
+  return TakeFrom(reading_.textLeft, record_.body.length) ? StatusOk : StatusOutOfMemory;
 }
 
 }  // namespace

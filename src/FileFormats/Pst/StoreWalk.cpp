@@ -12,14 +12,6 @@ namespace {
 constexpr pststore::ushort kDisplayName = 0x3001;
 constexpr pststore::ushort kContentCount = 0x3602;
 
-// Messages that a file of this size may claim: each takes an entry of the node tree, and a small
-// file may lie a little.
-uint64_t MessageLimit(uint64_t fileSize) {
-  constexpr uint64_t kFixedMessages = 1000000;
-  constexpr uint64_t kSmallestEntry = 16;
-  return kFixedMessages + fileSize / kSmallestEntry;
-}
-
 // What the folders claim; the sum wraps as a signed 32-bit number.
 int32_t ClaimedMessages(const Store& store) {
   uint32_t total = 0;
@@ -32,8 +24,6 @@ int32_t ClaimedMessages(const Store& store) {
   }
   return static_cast<int32_t>(total);
 }
-
-enum class FolderEnd { Done, Broken, Target };
 
 // One pass over the messages of a store.
 class StoreWalk {
@@ -83,6 +73,10 @@ bool StoreWalk::readRows(const pststore::table& contents) {
   const pststore::message_iterator end(contents.end(), store_);
   for (pststore::message_iterator at(contents.begin(), store_); at != end; ++at) {
     if (next_ >= list_.count) return true;
+    if (!TakeFrom(reading_.rowsLeft, 1)) {
+      status_ = StatusOutOfMemory;
+      return false;
+    }
     const pststore::message message = pststore::make_message(at);
     status_ = ReadPstMessage(message, kind_, next_ == selected_, list_, next_, reading_);
     if (status_ < StatusOk) return false;
@@ -103,7 +97,7 @@ int32_t CountStoreMessages(MessageList*& list, const Store& store, uint64_t file
   const int32_t total = ClaimedMessages(store);
   if (total < 1) return StatusBadArgument;
   const auto count = static_cast<uint64_t>(total);
-  if (count > MessageLimit(fileSize)) return StatusOutOfMemory;
+  if (count > ClaimLimit(fileSize)) return StatusOutOfMemory;
 
   KernelBlock<MessageList> head = AllocateBlock<MessageList>(1, TARN_HERE);
   if (!head) return StatusOutOfMemory;

@@ -10,6 +10,7 @@
 
 #include <memory>
 
+#include "FileFormats/Pst/StoreLimits.h"
 #include "Internal/AttachmentRequest.h"
 #include "Internal/MailMessage.h"
 #include "Internal/PstFilterData.h"
@@ -22,12 +23,20 @@ namespace tarn {
 
 using Store = std::shared_ptr<pststore::db_context>;
 
-// Where the messages of a store go, and what reading them may cost.
+// Where the messages of a store go, and what reading them may still cost (StoreLimits.h).
 struct StoreReading {
+  StoreReading(PstFilterData& data_, const AttachmentRequest* request_, uint64_t fileSize_)
+      : data(data_),
+        request(request_),
+        fileSize(fileSize_),
+        rowsLeft(RowLimit(fileSize_)),
+        textLeft(TextLimit(fileSize_)) {}
+
   PstFilterData& data;
   const AttachmentRequest* request;  // or null
-  uint64_t fileSize;                 // bounds memory and time
-  uint64_t bodyBytes = 0;            // of all messages read so far
+  const uint64_t fileSize;
+  uint64_t rowsLeft;
+  uint64_t textLeft;  // bytes
 };
 
 // A list with a record for every message that the folders of the store claim. 1; -13 when there is
@@ -38,7 +47,8 @@ int32_t CountStoreMessages(MessageList*& list, const Store& store, uint64_t file
 // Reads messages in order until the record `selected` (0-based) is filled; `kind` becomes the
 // document kind of the last message that had a body. A folder that cannot be read is passed over,
 // as is the rest of a folder behind a message that cannot be. 1, also when there are fewer
-// messages: then the selected record is empty. Failures of ReadPstMessage end the walk.
+// messages: then the selected record is empty. Failures of ReadPstMessage end the walk, and so does
+// a store of more rows than its file can have messages, with -1.
 int32_t WalkStoreMessages(MessageList& list, const Store& store, int32_t selected, uint32_t& kind,
                           StoreReading& reading);
 

@@ -1,0 +1,63 @@
+// PstReading.h - a store that a builder wrote, opened and read as the filter's driver does.
+#ifndef TARN_TESTS_ROAD_PSTREADING_H
+#define TARN_TESTS_ROAD_PSTREADING_H
+
+#include <string>
+
+#include "FileFormats/Pst/StoreWalk.h"
+#include "pststore/DbContext.h"
+#include "support/TempDirectory.h"
+#include "support/pst/StoreBuilder.h"
+
+namespace tarn::test {
+
+inline constexpr PstLayout kBothLayouts[] = {PstLayout::Ansi, PstLayout::Unicode};
+
+// A few messages in 2 to 3 kB.
+inline StoreOptions SmallStore(PstLayout layout = PstLayout::Unicode) {
+  return StoreOptions::Smallest(layout, PstEncoding::Permute);
+}
+
+class PstReading {
+ public:
+  explicit PstReading(StoreBuilder& store) : fileSize(store.bytes().size()) {
+    path_ = directory_.write("store.pst", store.bytes()).u16string();
+    context = pststore::open_database(path_.c_str());
+  }
+  PstReading(const PstReading&) = delete;
+  PstReading& operator=(const PstReading&) = delete;
+  ~PstReading() { ReleaseMessageList(list); }
+
+  int32_t count() { return CountStoreMessages(list, context, fileSize); }
+  int32_t walk(int32_t selected) {
+    StoreReading reading(data, request, fileSize);
+    return WalkStoreMessages(*list, context, selected, kind, reading);
+  }
+  // Counts and walks.
+  int32_t read(int32_t selected) {
+    const int32_t counted = count();
+    return counted == StatusOk ? walk(selected) : counted;
+  }
+
+  MailMessage& record(int32_t index) { return list->records[index]; }
+  std::string text(int32_t index) { return std::string(record(index).text.bytes()); }
+  std::string body(int32_t index) { return std::string(record(index).body.bytes()); }
+
+  const char16_t* path() const { return path_.c_str(); }
+  const std::u16string directory() const { return directory_.wide(); }
+
+  const uint64_t fileSize;
+  Store context;
+  PstFilterData data;
+  const AttachmentRequest* request = nullptr;
+  MessageList* list = nullptr;
+  uint32_t kind = DocumentNone;
+
+ private:
+  TempDirectory directory_;
+  std::u16string path_;
+};
+
+}  // namespace tarn::test
+
+#endif
