@@ -63,6 +63,18 @@ inline std::string HtmlOf(std::string_view rtf) {
 // What a stretch of the body comes to.
 inline std::string Body(std::string_view rtf) { return HtmlOf(kBodyStart + std::string(rtf)); }
 
+// A document with these font groups in its table, and a body.
+inline std::string WithFonts(std::string_view fonts, std::string_view body) {
+  return "{\\rtf1{\\fonttbl" + std::string(fonts) + "} " + kBodyStart + std::string(body);
+}
+
+inline constexpr std::string_view kThreeFonts =
+    "{\\f0\\fcharset0 Arial;}{\\f1\\fcharset128 MS Gothic;}{\\f2\\fcharset204 Arial;}";
+
+inline std::string InThreeFonts(std::string_view body) {
+  return HtmlOf(WithFonts(kThreeFonts, body));
+}
+
 }  // namespace tarn::test
 
 #endif

@@ -1,0 +1,177 @@
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "RtfConversion.h"
+#include "Tarnbase/PlainKernel.h"
+#include "rtf/RtfToHtml.h"
+
+namespace tarn {
+namespace {
+
+using test::Body;
+using test::BytesOf;
+using test::ConvertRtf;
+using test::HtmlOf;
+using test::InThreeFonts;
+using test::Repeat;
+
+// Unicode -----------------------------------------------------------------------------------------
+
+TEST(RtfUnicode, AReferenceReplacesTheStandIn) {
+  EXPECT_EQ(Body("\\u8364?"), "&#8364;");
+  EXPECT_EQ(Body("\\u8364?x"), "&#8364;x");
+  EXPECT_EQ(Body("\\u8364"), "&#8364;");
+  EXPECT_EQ(Body("\\u8364 "), "&#8364;");
+}
+
+// The stand-in is one byte, whatever it is.
+TEST(RtfUnicode, AStandInOfMoreBytesLeavesItsRest) {
+  EXPECT_EQ(Body("\\u8364\\'80"), "&#8364;'80");
+  EXPECT_EQ(Body("\\u8364\\u8364?"), "&#8364;u8364?");
+  EXPECT_EQ(InThreeFonts("\\f0 {\\f2 \\u8364}\\'c0"), "&#8364;&#x410;");
+}
+
+TEST(RtfUnicode, ANegativeNumberIsNotUnderstood) {
+  EXPECT_EQ(Body("\\u-4064?"), "&#0;4064?");
+  EXPECT_EQ(Body("\\u-"), "&#0;");
+  EXPECT_EQ(Body("\\*-x"), "&#0;x");
+}
+
+TEST(RtfUnicode, NumbersWrapAndAreSigned) {
+  EXPECT_EQ(Body("\\u2147483647?"), "&#2147483647;");
+  EXPECT_EQ(Body("\\u2147483648?"), "&#-2147483648;");
+  EXPECT_EQ(Body("\\u4294967295?"), "&#-1;");
+  EXPECT_EQ(Body("\\u4294967296?"), "&#0;");
+  EXPECT_EQ(Body("\\u0000000000000000000065?"), "&#65;");
+}
+
+// Room --------------------------------------------------------------------------------------------
+
+const std::string kEuro = "&#x20AC;";
+
+std::string EuroRun(size_t count) { return "\\ansicpg1252 " + Repeat("\\'80", count); }
+
+// A run of 8-byte references can fill the block to its last byte. The step behind it gets room
+// between 0 and 1024 bytes in front of the limit, and only that is used.
+TEST(RtfRoom, AReferenceBehindALongRunIsCut) {
+  EXPECT_EQ(Body(EuroRun(256) + "\\u8364?x"), Repeat(kEuro, 256) + "x");
+  EXPECT_EQ(Body(EuroRun(255) + "\\u8364?x"), Repeat(kEuro, 255) + "&#8364;x");
+  EXPECT_EQ(Body(EuroRun(255) + "\\u65536?x"), Repeat(kEuro, 255) + "&#65536;x");
+  EXPECT_EQ(Body(EuroRun(255) + "\\u165536?x"), Repeat(kEuro, 255) + "&#165536x");
+  EXPECT_EQ(Body(EuroRun(255) + "\\u2147483648?x"), Repeat(kEuro, 255) + "&#-21474x");
+  EXPECT_EQ(Body(EuroRun(254) + "\\u2147483648?x"), Repeat(kEuro, 254) + "&#-2147483648;x");
+}
+
+// The block grows a step later, so every further reference has 1024 bytes more.
+TEST(RtfRoom, TheNextReferenceIsWhole) {
+  EXPECT_EQ(Body(EuroRun(256) + "\\u8364?\\u8364?"), Repeat(kEuro, 256) + "&#8364;");
+  EXPECT_EQ(Body(EuroRun(256) + "{\\u8364?"), Repeat(kEuro, 256) + "&#8364;");
+  EXPECT_EQ(Body(EuroRun(256) + "\r\n\\u8364?"), Repeat(kEuro, 256) + "&#8364;");
+  EXPECT_EQ(Body(EuroRun(256) + "-\\u8364?"), Repeat(kEuro, 256) + "-&#8364;");
+}
+
+// A run of 257 does not fit, gets its own 1024 bytes, and leaves room for all.
+TEST(RtfRoom, ARunThatGrowsTheBlockLeavesRoom) {
+  EXPECT_EQ(Body(EuroRun(257) + "\\u8364?"), Repeat(kEuro, 257) + "&#8364;");
+}
+
+// `before` plain bytes and a run that ends exactly where the block should end if these have made it
+// grow to `capacity`; without room for the reference behind it.
+bool FillsTheBlock(size_t before, size_t capacity) {
+  const std::string plain(before, '.');
+  const size_t units = (capacity - before) / 8;
+  EXPECT_EQ((capacity - before) % 8, 0U);
+  const std::string html = Body("\\ansicpg1252 " + plain + Repeat("\\'80", units) + "\\u8364?");
+  const std::string run = plain + Repeat(kEuro, units);
+  if (html == run) return true;
+  EXPECT_EQ(html, run + "&#8364;");
+  return false;
+}
+
+// Before a step the block grows if its end is less than 128 bytes in front of the limit. The run is
+// the step behind the plain bytes.
+TEST(RtfRoom, PlainBytesGrowTheBlockStepByStep) {
+  EXPECT_TRUE(FillsTheBlock(872, 2048));
+  EXPECT_TRUE(FillsTheBlock(896, 3072));
+  EXPECT_FALSE(FillsTheBlock(896, 2048));
+  EXPECT_TRUE(FillsTheBlock(1896, 3072));
+  EXPECT_TRUE(FillsTheBlock(1920, 4096));
+  EXPECT_FALSE(FillsTheBlock(1920, 3072));
+  EXPECT_TRUE(FillsTheBlock(2920, 4096));
+  EXPECT_TRUE(FillsTheBlock(2944, 5120));
+  EXPECT_FALSE(FillsTheBlock(2944, 4096));
+  EXPECT_TRUE(FillsTheBlock(103272, 104448));
+  EXPECT_TRUE(FillsTheBlock(103296, 105472));
+}
+
+// Bytes that no code page takes may stand up to the limit, and the steps behind them grow the
+// block.
+TEST(RtfRoom, PlainBytesBehindARunCatchUp) {
+  const std::string run = EuroRun(256);
+  const std::string html = Repeat(kEuro, 256);
+  for (const size_t plain : {1U, 2U, 3U, 127U, 128U, 895U, 896U, 897U, 1024U, 5000U}) {
+    const std::string dots(plain, '.');
+    ASSERT_EQ(Body(run + dots + "\\u8364?x"), html + dots + "&#8364;x") << plain;
+  }
+}
+
+// Failures ----------------------------------------------------------------------------------------
+
+const std::string kRichMail =
+    "{\\rtf1\\ansi\\ansicpg1252 \\deff0{\\fonttbl{\\f0\\fcharset0 Arial;}{\\f1\\fcharset128 "
+    "MS Gothic;}} \\f1 x{\\*\\htmltag19 <html>}\\htmlrtf {\\f0 \\lang1033\\htmlrtf0 text" +
+    std::string(3000, '.') + Repeat("{\\f0 {\\f1 ", 100) + Repeat("\\'82\\'a0", 700) +
+    "{\\fonttbl{\\f2\\fcharset204 Arial;}}\\f2 \\'c0\\u8364?\\par}" +
+    "{\\*\\mhtmltag5 a}{\\*\\htmltag5 b}";
+
+const std::string kRichHtml =
+    "<html>text" + std::string(3000, '.') + Repeat("&#x3042;", 700) + "&#x410;&#8364;\r\na";
+
+// With every allocation failing in turn: -1 and the text as it was, but for two that are not
+// needed, the conversion of a run, whose bytes then stand for themselves, and the last trim.
+TEST(RtfFailures, EveryAllocation) {
+  PlainKernelUsageRecord before;
+  PlainKernelUsage(&before);
+  ASSERT_EQ(HtmlOf(kRichMail), kRichHtml);
+  PlainKernelUsageRecord after;
+  PlainKernelUsage(&after);
+  const uint64_t calls = after.allocationCalls - before.allocationCalls - 1;  // less the text's
+  ASSERT_GT(calls, 8U);
+
+  const std::string rawHtml =
+      "<html>text" + std::string(3000, '.') + Repeat("\x82\xA0", 700) + "&#x410;&#8364;\r\na";
+  uint64_t raw = 0;
+  uint64_t whole = 0;
+  for (uint64_t n = 1; n <= calls; ++n) {
+    SizedBytes text = BytesOf(kRichMail);
+    const char* const block = text.data;
+    PlainKernelFailAt(PlainKernelFaultMemory, n);
+    const int32_t status = RtfToHtml(text);
+    PlainKernelFailAt(PlainKernelFaultMemory, 0);
+    if (status == 1) {
+      raw += text.text() == rawHtml ? 1 : 0;
+      whole += text.text() == kRichHtml ? 1 : 0;
+    } else {
+      ASSERT_EQ(status, -1) << n;
+      ASSERT_EQ(text.data, block) << n;
+      ASSERT_EQ(text.bytes(), kRichMail) << n;
+    }
+  }
+  EXPECT_EQ(raw, 1U);
+  EXPECT_EQ(whole, 1U);
+}
+
+TEST(RtfFailures, TheTrimIsTheLastAllocation) {
+  PlainKernelFailAt(PlainKernelFaultMemory, 4);  // text, output, stack, trim
+  EXPECT_EQ(Body("abc"), "abc");
+  PlainKernelFailAt(PlainKernelFaultMemory, 0);
+}
+
+// Nothing stays of a document that fails half way.
+TEST(RtfFailures, DamageBehindMuch) {
+  EXPECT_EQ(ConvertRtf(kRichMail + "{\\fonttbl{\\f9\\fcharset0 Arial;}\\").status, -9);
+}
+
+}  // namespace
+}  // namespace tarn
