@@ -23,6 +23,8 @@ fuzz() {
 
 fuzz FuzzCompressedRtf rtf.dict examples/compressed-rtf
 fuzz FuzzEmlRoad mail.dict examples
+"$root/build/debug/tests/WritePstSeeds" "$work/pst-seeds"
+fuzz FuzzPstStore pst.dict build/debug/fuzz/pst-seeds
 fuzz FuzzRtfDocument rtf.dict examples/rtf
 fuzz FuzzRtfFontTable rtf.dict examples/rtf
 fuzz FuzzRtfToHtml rtf.dict examples/rtf-html
