@@ -4,7 +4,6 @@
 #include <benchmark/benchmark.h>
 #include <zlib.h>
 
-#include <cstring>
 #include <random>
 #include <sstream>
 #include <string>
@@ -75,7 +74,7 @@ void Finish(benchmark::State& state, const std::string& text, const std::string&
 
 char* KernelCopy(const std::string& bytes) {
   auto* const block = static_cast<char*>(KernelAlloc(bytes.size(), 1, TARN_HERE));
-  std::memcpy(block, bytes.data(), bytes.size());
+  bytes.copy(block, bytes.size());
   return block;
 }
 

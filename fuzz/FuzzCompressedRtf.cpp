@@ -7,7 +7,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <sstream>
 #include <string>
 
@@ -57,7 +56,7 @@ void Repair(std::string& bytes, uint8_t variant) {
 char* KernelCopy(const std::string& bytes) {
   auto* const block = static_cast<char*>(KernelAlloc(bytes.size(), 1, TARN_HERE));
   if (block == nullptr) Fail("out of memory");
-  std::memcpy(block, bytes.data(), bytes.size());
+  bytes.copy(block, bytes.size());
   return block;
 }
 

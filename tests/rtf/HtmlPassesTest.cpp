@@ -208,7 +208,7 @@ TEST(LongValues, OnlyInDivisionsOfMoreThan10000Bytes) {
   EXPECT_EQ(just.find("</div>"), 10000u);
   EXPECT_EQ(Cut(just), just);
   const std::string over = "<div>" + text + "vvvvv</div>\"";
-  EXPECT_EQ(over.find("\"", 20) - over.find("&"), 10002u);
+  EXPECT_EQ(over.find('"', 20) - over.find('&'), 10002u);
   EXPECT_EQ(Cut(over), "<div>" + kValue + Times(97, 'v') + "\"");
 }
 
