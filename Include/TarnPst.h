@@ -272,7 +272,9 @@ typedef struct AttachmentOptions {
 } AttachmentOptions;
 
 /* One property of an attachment: NUL-terminated, the value cut to 127 units. Mail files give
- * "Content-Disposition", "Content-ID" and "MineType" (spelt so), as far as the part has them. */
+ * "Content-Disposition", "Content-ID" and "MineType" (spelt so), PST stores and MSG files
+ * "Content-ID" and "MimeType", as far as the attachment has them. In a PST store the content id is
+ * the long file name, which is what its HTML bodies refer to. */
 typedef struct AttachmentProperty {
   char16_t name[128];
   char16_t value[128];
