@@ -122,10 +122,12 @@ TEST_P(PstBlocksTest, AnyBlock) {
   EXPECT_NE(nullptr,
             dynamic_cast<subnode_nonleaf_block*>(context->read_block(context, 0x10E).get()));
   EXPECT_THROW(context->read_block(context, 0x112), key_not_found<ulonglong>);
-  // Only an unexpected block is tried as another kind.
-  image.put(image.blocks[2].address + signatureOf64(), 0, 2);
+  // Only an unexpected block is tried as another kind: a third read, behind that of the block tree,
+  // would fail here.
+  image.put(image.blocks[0].address + signatureOf64(), 0, 2);
   const auto damaged = OpenedImage(image).open();
-  ExpectThrow<sig_mismatch>("block sig mismatch", [&] { damaged->read_block(damaged, 0x10E); });
+  PlainKernelFailAt(PlainKernelFaultRead, 3);
+  ExpectThrow<sig_mismatch>("block sig mismatch", [&] { damaged->read_block(damaged, 0x104); });
 }
 
 TEST_P(PstBlocksTest, TheBeginningOfAnExtendedBlockIsReadFirst) {

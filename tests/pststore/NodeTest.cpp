@@ -243,9 +243,13 @@ TEST_P(PstNodeTest, ASubnodeKeepsWhatItStandsOnAlive) {
   auto context = Open(image);
   std::optional<Node> node = context->lookup_node(0x21);
   context.reset();
-  const Node inner = node->lookup(0x25);
+  const std::weak_ptr<data_block> outerData = node->get_data_block();
+  std::optional<Node> inner = node->lookup(0x25);
   node.reset();
-  EXPECT_EQ(5u, inner.size());
+  EXPECT_EQ(5u, inner->size());
+  EXPECT_FALSE(outerData.expired());
+  inner.reset();
+  EXPECT_TRUE(outerData.expired());
 }
 
 }  // namespace
