@@ -1,0 +1,256 @@
+// The road from a store's file to one document, without the frame around it.
+
+#include "FileFormats/Pst/PstDocument.h"
+
+#include <gtest/gtest.h>
+
+#include "FileFormats/Pst/MessageDriver.h"
+#include "PstReading.h"
+#include "Tarnbase/PlainKernel.h"
+#include "pststore/Errors.h"
+#include "support/MemoryMail.h"
+#include "support/RtfCompressor.h"
+
+namespace tarn::test {
+namespace {
+
+const std::string kSubjectRow =
+    "<table style = 'border-collapse: collapse ; table-layout: fixed; width: 100%'>\r\n"
+    "\n<tr><td style = 'width:87pt; padding: 0px; vertical-align:top'><b><span style = "
+    "'font-family:\"Calibri\",\"sans-serif\";mso-bidi-font-family:Calibri; color:black'>"
+    "Subject:   "
+    "</span></b></td><td style = 'padding: 0px'><span style = "
+    "'font-family:\"Calibri\",\"sans-serif\";mso-bidi-font-family:Calibri; color:black; "
+    "word-wrap: break-word;'>"
+    "Hi"
+    "</span></td></tr>\r\n"
+    "</table>\r\n<p class=MsoNormal><o:p>&nbsp;</o:p></p>\r\n";
+
+class PstDocument : public ::testing::Test {
+ protected:
+  int32_t read(StoreBuilder& store, int32_t messageIndex = 0, bool textOnly = false,
+               const AttachmentRequest* request = nullptr) {
+    const MemoryMail file(store.bytes());
+    const TempDirectory directory;
+    const std::u16string path = directory.write("store.pst", store.bytes()).u16string();
+    index = messageIndex;
+    kind = DocumentNone;
+    int32_t format = FormatPst;
+    data.emplace();
+    const int32_t status = ReadMessageDocument(path.c_str(), *data, format, index, kind, textOnly,
+                                               file.handle(), request);
+    EXPECT_EQ(format, FormatPst);
+    return status;
+  }
+  std::string document() const { return std::string(data->document.data, data->document.length); }
+
+  std::optional<PstFilterData> data;
+  int32_t index = 0;
+  uint32_t kind = DocumentNone;
+};
+
+TEST_F(PstDocument, PutsHtmlBetweenTagsWhateverItContains) {
+  for (const PstLayout layout : kBothLayouts) {
+    StoreBuilder store(SmallStore(layout));
+    store.folder("A").message().subject(u"Hi").html("<html><body>x</body></html>");
+    ASSERT_EQ(read(store), 1);
+    EXPECT_EQ(kind, uint32_t{DocumentHtml});
+    EXPECT_EQ(document(), "<html><html><body>" + kSubjectRow + "x</body></html></html>");
+    EXPECT_EQ(data->readerFormat, 385);
+    EXPECT_EQ(data->messageCount, 1);
+    EXPECT_EQ(data->attachmentStatus, 1);
+  }
+}
+
+TEST_F(PstDocument, PutsTheRowsInFrontOfHtmlWithoutBody) {
+  StoreBuilder store(SmallStore());
+  store.folder("A").message().subject(u"Hi").html("x");
+  ASSERT_EQ(read(store), 1);
+  EXPECT_EQ(document(), "<html>" + kSubjectRow + "x</html>");
+}
+
+// No charset is declared on this road.
+TEST_F(PstDocument, LeavesTheHeadAsItIs) {
+  StoreBuilder store(SmallStore());
+  store.folder("A").message().subject(u"").html("<head></head>");
+  ASSERT_EQ(read(store), 1);
+  EXPECT_EQ(document(), "<html><head></head></html>");
+}
+
+TEST_F(PstDocument, DropsOneTrailingNul) {
+  StoreBuilder store(SmallStore());
+  store.folder("A").message().subject(u"").html(std::string_view("x\0\0", 3));
+  ASSERT_EQ(read(store), 1);
+  EXPECT_EQ(document(), std::string("<html>x\0</html>", 15));
+}
+
+TEST_F(PstDocument, CopiesRtfAsItIs) {
+  const std::string rtf = "{\\rtf1\\ansi{\\fonttbl{\\f0 Arial;}}\\pard Hello}";
+  for (const PstLayout layout : kBothLayouts) {
+    StoreBuilder store(SmallStore(layout));
+    store.folder("A").message().subject(u"").html("<p>").rtf(PackRtf(rtf));
+    ASSERT_EQ(read(store), 1);
+    EXPECT_EQ(kind, uint32_t{DocumentRtf});
+    EXPECT_EQ(document(), rtf);
+  }
+}
+
+TEST_F(PstDocument, RefusesAMessageWithAPlainBodyOnly) {
+  StoreBuilder store(SmallStore());
+  store.folder("A").message().subject(u"Hi").body(u"text");
+  EXPECT_EQ(read(store), -9);
+  EXPECT_EQ(kind, uint32_t{DocumentNone});
+  EXPECT_EQ(data->document.length, 0u);
+  EXPECT_EQ(data->messageCount, 1);
+}
+
+// The mark is not in the length, so that the last two bytes of the text fall outside; rows are
+// UTF-8 and the body is UTF-16.
+TEST_F(PstDocument, StartsTextWithAMarkThatDoesNotCount) {
+  for (const PstLayout layout : kBothLayouts) {
+    StoreBuilder store(SmallStore(layout));
+    store.folder("A").message().subject(u"Hi").body(u"bye").html("<p>");
+    ASSERT_EQ(read(store, 0, true), 1);
+    EXPECT_EQ(kind, uint32_t{DocumentText});
+    // The last byte of the body is zero and counts as the text's terminator.
+    const std::string whole =
+        std::string("\xFF\xFE") + "Subject:   \tHi\r\n\r\n" + std::string("b\0y\0e", 5);
+    ASSERT_EQ(data->document.length, whole.size() - 2);
+    // The bytes behind the length are there.
+    EXPECT_EQ(std::string(data->document.data, whole.size()), whole);
+  }
+}
+
+TEST_F(PstDocument, TakesOneNulOffATextWithoutRows) {
+  StoreBuilder store(SmallStore());
+  store.folder("A").message().subject(u"").body(u"ab");
+  ASSERT_EQ(read(store, 0, true), 1);
+  EXPECT_EQ(document().substr(0, 2), "\xFF\xFE");
+  EXPECT_EQ(std::string(data->document.data + 2, 3), std::string("a\0b", 3));
+}
+
+TEST_F(PstDocument, RefusesTheTextOfAMessageWithoutPlainBody) {
+  StoreBuilder store(SmallStore());
+  store.folder("A").message().html("<p>").rtf(PackRtf("{\\rtf1 Hello}"));
+  EXPECT_EQ(read(store, 0, true), -9);
+  EXPECT_EQ(kind, uint32_t{DocumentNone});
+}
+
+TEST_F(PstDocument, ClampsTheNumber) {
+  StoreBuilder store(SmallStore());
+  FolderBuilder& folder = store.folder("A");
+  for (const char* text : {"0", "1", "2"}) folder.message().subject(u"").html(text);
+  for (const auto& [asked, given] :
+       {std::pair{0, 0}, {1, 1}, {2, 2}, {3, 2}, {INT32_MAX, 2}, {-1, 0}, {INT32_MIN, 0}}) {
+    ASSERT_EQ(read(store, asked), 1);
+    EXPECT_EQ(index, given) << asked;
+    EXPECT_EQ(document(), "<html>" + std::to_string(given) + "</html>");
+    EXPECT_EQ(data->messageCount, 3);
+  }
+}
+
+TEST_F(PstDocument, RefusesNumbersThatTheTablesDoNotHave) {
+  StoreBuilder store(SmallStore());
+  store.folder("A").count(3).message().html("x");
+  EXPECT_EQ(read(store, 0), 1);
+  EXPECT_EQ(read(store, 1), -9);
+  EXPECT_EQ(index, 1);
+  EXPECT_EQ(read(store, 2), -9);
+  EXPECT_EQ(read(store, 2, true), -9);
+  EXPECT_EQ(data->messageCount, 3);
+}
+
+TEST_F(PstDocument, LeavesTheDocumentForARequest) {
+  StoreBuilder store(SmallStore());
+  store.folder("A").message().html("x").attachment(u"a", "b");
+  int calls = 0;
+  const AttachmentRequest request = {
+      kAllAttachments, 1,
+      [](void* user, TrackedBuffer<char>*, const char16_t*, PropertyList*) {
+        ++*static_cast<int*>(user);
+        return int32_t{1};
+      },
+      &calls};
+  ASSERT_EQ(read(store, 0, true, &request), 1);
+  EXPECT_EQ(calls, 1);
+  EXPECT_EQ(data->document.data, nullptr);
+  EXPECT_EQ(kind, uint32_t{DocumentNone});
+  EXPECT_EQ(data->readerFormat, 385);
+}
+
+TEST_F(PstDocument, PassesOnFailuresOfCountAndWalk) {
+  StoreBuilder empty(SmallStore());
+  empty.folder("A");
+  EXPECT_EQ(read(empty), -13);
+  EXPECT_EQ(data->messageCount, 0);
+  EXPECT_EQ(data->readerFormat, 388);
+  StoreBuilder damaged(SmallStore());
+  damaged.folder("A").message().rtf("0123456789abcdef");
+  EXPECT_EQ(read(damaged), -9);
+  EXPECT_EQ(data->readerFormat, 388);
+}
+
+// A body that a message left in the record before it failed shows as an empty page.
+TEST_F(PstDocument, ShowsTheBlockOfAFailedMessageAsAnEmptyPage) {
+  StoreBuilder store(SmallStore());
+  store.folder("A").message().subject(u"").html("old").properties().raw(kPropRtfCompressed,
+                                                                        kTypeBinary, 0x9F3F);
+  store.folder("B").message().subject(u"").html("");
+  ASSERT_EQ(read(store), 1);
+  EXPECT_EQ(document(), "<html></html>");
+}
+
+TEST_F(PstDocument, LetsTheStoreThrow) {
+  StoreBuilder store(SmallStore());
+  store.folder("A").without(kPropContentCount).message().html("x");
+  EXPECT_THROW(read(store), pststore::key_not_found<uint16_t>);
+  PstFilterData scratch;
+  int32_t messageIndex = 0;
+  uint32_t none = DocumentNone;
+  EXPECT_THROW(ReadPstDocument(u"/nowhere.pst", scratch, messageIndex, none, false, 0, nullptr),
+               std::runtime_error);
+}
+
+// All that a road takes fails once, from opening the store on.
+TEST_F(PstDocument, ReleasesAllWhateverFails) {
+  StoreBuilder store(SmallStore());
+  store.folder("A").message().subject(u"Hi").html("<p>").attachment(u"a", "b");
+  const MemoryMail file(store.bytes());
+  const TempDirectory directory;
+  const std::u16string path = directory.write("store.pst", store.bytes()).u16string();
+  for (const int32_t group : {PlainKernelFaultMemory, PlainKernelFaultOpen, PlainKernelFaultRead,
+                              PlainKernelFaultSeek, PlainKernelFaultText}) {
+    int successes = 0;
+    for (uint64_t call = 1; call <= 300; ++call) {
+      PstFilterData scratch;
+      int32_t messageIndex = 0;
+      uint32_t documentKind = DocumentNone;
+      PlainKernelUsageRecord before = {};
+      PlainKernelUsage(&before);
+      {
+        PstFilterData attempt;
+        PlainKernelFailAt(group, call);
+        try {
+          const int32_t status = ReadPstDocument(path.c_str(), attempt, messageIndex, documentKind,
+                                                 false, file.handle(), nullptr);
+          EXPECT_TRUE(status == 1 || status == -1 || status == -9) << status;
+          if (status == 1) ++successes;
+        } catch (const std::exception&) {
+          EXPECT_EQ(attempt.document.length, 0u);
+        }
+        PlainKernelFailAt(group, 0);
+      }
+      PlainKernelUsageRecord after = {};
+      PlainKernelUsage(&after);
+      ASSERT_EQ(after.liveBlocks, before.liveBlocks) << group << " " << call;
+      ASSERT_EQ(after.openHandles, before.openHandles) << group << " " << call;
+      ASSERT_EQ(after.liveTrackedObjects, before.liveTrackedObjects) << group << " " << call;
+    }
+    EXPECT_GT(successes, 0) << group;
+    // Texts that do not convert leave out a header row or an image.
+    EXPECT_EQ(successes == 300, group == PlainKernelFaultText) << group;
+  }
+}
+
+}  // namespace
+}  // namespace tarn::test

@@ -1,0 +1,228 @@
+// Attached images of a store's message in its HTML body.
+
+#include "FileFormats/Pst/PstInlineImages.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "PstReading.h"
+#include "Tarnbase/PlainKernel.h"
+#include "support/SampleMails.h"
+
+namespace tarn::test {
+namespace {
+
+const std::string kDataUrl = "data:image;base64," + kImageBase64;
+
+class PstInlineImages : public ::testing::Test {
+ protected:
+  MessageBuilder& message() { return store_.folder("Inbox").message(); }
+  int32_t read() {
+    reading_.emplace(store_);
+    return reading_->read(0);
+  }
+  std::string body() { return reading_->body(0); }
+
+  StoreBuilder store_{SmallStore()};
+  std::optional<PstReading> reading_;
+};
+
+TEST(PstInlineImagesOfBothLayouts, ReplaceTheReference) {
+  for (const PstLayout layout : kBothLayouts) {
+    StoreBuilder store(SmallStore(layout));
+    store.folder("Inbox")
+        .message()
+        .html("<p><img src=\"cid:a.png\"> and <img src=\"cid:a.png\"></p>")
+        .attachment(u"a.png", kImageBytes);
+    PstReading reading(store);
+    ASSERT_EQ(reading.read(0), 1);
+    EXPECT_EQ(reading.body(0),
+              "<p><img src=\"" + kDataUrl + "\"> and <img src=\"" + kDataUrl + "\"></p>");
+    EXPECT_EQ(reading.data.attachmentCount, 1u);
+    EXPECT_EQ(reading.data.inlineCount, 0u);
+  }
+}
+
+// What is replaced begins where the name was found, and not at the quote in front of it.
+TEST_F(PstInlineImages, FindTheNameAloneWithoutCid) {
+  message().html("<img src=\"pictures/a.png\">").attachment(u"a.png", kImageBytes);
+  ASSERT_EQ(read(), 1);
+  EXPECT_EQ(body(), "<img src=\"pictures/" + kDataUrl + "\">");
+}
+
+// The search starts at the first cid reference: the name in front of it stays.
+TEST_F(PstInlineImages, PreferTheCidReference) {
+  message()
+      .html("<img alt=\"a.png\" src=\"cid:a.png\"><img src=\"a.png\">")
+      .attachment(u"a.png", kImageBytes);
+  ASSERT_EQ(read(), 1);
+  EXPECT_EQ(body(), "<img alt=\"a.png\" src=\"" + kDataUrl + "\"><img src=\"a.png\">");
+}
+
+TEST_F(PstInlineImages, FindTheShortNameOnlyAsItStands) {
+  message()
+      .html("<img src=\"cid:B.PNG\"> <img src=\"B.PNG\">")
+      .attach()
+      .shortName(u"B.PNG")
+      .data(kImageBytes);
+  ASSERT_EQ(read(), 1);
+  // There is no cid name, and the plain name is found inside the cid reference first.
+  EXPECT_EQ(body(), "<img src=\"cid:" + kDataUrl + "\"> <img src=\"" + kDataUrl + "\">");
+}
+
+TEST_F(PstInlineImages, DoNotLookAtContentIds) {
+  message()
+      .html("<img src=\"cid:id@x\">")
+      .attach()
+      .longName(u"a.png")
+      .contentId(u"id@x")
+      .data(kImageBytes);
+  ASSERT_EQ(read(), 1);
+  EXPECT_EQ(body(), "<img src=\"cid:id@x\">");
+}
+
+TEST_F(PstInlineImages, LookForNamesInUtf8AndByCase) {
+  MessageBuilder& m = message();
+  m.html("<img src=\"cid:\xC3\xA4.png\"><img src=\"cid:A.png\">");
+  m.attachment(u"\u00E4.png", kImageBytes).attachment(u"a.png", kImageBytes);
+  ASSERT_EQ(read(), 1);
+  EXPECT_EQ(body(), "<img src=\"" + kDataUrl + "\"><img src=\"cid:A.png\">");
+}
+
+TEST_F(PstInlineImages, KeepAnAttachmentWithAnEmptyNameOut) {
+  MessageBuilder& m = message();
+  m.html("<img src=\"cid:\"><img src=\"cid:b\">");
+  m.attachment(u"", kImageBytes);
+  m.attachment(std::u16string_view(u"\0x", 2), kImageBytes);
+  m.attachment(u"b", kImageBytes);
+  ASSERT_EQ(read(), 1);
+  EXPECT_EQ(body(), "<img src=\"cid:\"><img src=\"" + kDataUrl + "\">");
+}
+
+TEST_F(PstInlineImages, EndNamesAtTheirFirstNul) {
+  message().html("<img src=\"cid:b\">").attachment(std::u16string_view(u"b\0x", 3), kImageBytes);
+  ASSERT_EQ(read(), 1);
+  EXPECT_EQ(body(), "<img src=\"" + kDataUrl + "\">");
+}
+
+// The padding of small images does not fit the room that they get.
+TEST_F(PstInlineImages, FailForImagesWhoseUrlDoesNotFit) {
+  for (const auto& [size, expected] :
+       {std::pair{0, -1}, {1, 0}, {3, 0}, {14, 0}, {15, 1}, {16, 0}, {52, 0}, {53, 1}}) {
+    StoreBuilder store(SmallStore());
+    store.folder("A")
+        .message()
+        .html("<img src=\"cid:a\">")
+        .attachment(u"a", std::string(static_cast<size_t>(size), 'x'));
+    PstReading reading(store);
+    EXPECT_EQ(reading.read(0), expected) << size;
+  }
+}
+
+TEST_F(PstInlineImages, TakeAnyImageThatTheBodyDoesNotReferTo) {
+  message().html("<p>nothing here</p>").attachment(u"a", "").attachment(u"bb", "x");
+  ASSERT_EQ(read(), 1);
+  EXPECT_EQ(body(), "<p>nothing here</p>");
+  EXPECT_EQ(reading_->data.attachmentCount, 2u);
+}
+
+TEST_F(PstInlineImages, StayOutOfAnEmptyBody) {
+  message().html("").attachment(u"a", "");
+  ASSERT_EQ(read(), 1);
+  EXPECT_EQ(body(), "");
+  EXPECT_EQ(reading_->data.attachmentCount, 1u);
+}
+
+TEST_F(PstInlineImages, KeepWhatWasPlacedBeforeABrokenAttachment) {
+  MessageBuilder& m = message();
+  m.html("<img src=\"cid:a\"><img src=\"cid:c\">").body(u"t");
+  m.attachment(u"a", kImageBytes);
+  m.attach().longName(u"gone").withoutNode();
+  m.attachment(u"c", kImageBytes);
+  ASSERT_EQ(read(), 1);
+  EXPECT_EQ(body(), "<img src=\"" + kDataUrl + "\"><img src=\"cid:c\">");
+  EXPECT_EQ(reading_->data.attachmentCount, 3u);
+}
+
+TEST_F(PstInlineImages, EndAtAnAttachmentWithoutBytesOrNames) {
+  MessageBuilder& m = message();
+  m.html("<img src=\"cid:a\"><img src=\"cid:c\">");
+  m.attach().longName(u"no bytes").method(1);
+  m.attachment(u"a", kImageBytes);
+  ASSERT_EQ(read(), 1);
+  EXPECT_EQ(body(), "<img src=\"cid:a\"><img src=\"cid:c\">");
+
+  StoreBuilder other(SmallStore());
+  MessageBuilder& unnamed = other.folder("A").message();
+  unnamed.html("<img src=\"cid:a\">");
+  unnamed.attach().data(kImageBytes);
+  unnamed.attachment(u"a", kImageBytes);
+  PstReading reading(other);
+  ASSERT_EQ(reading.read(0), 1);
+  EXPECT_EQ(reading.body(0), "<img src=\"cid:a\">");
+}
+
+TEST_F(PstInlineImages, GoIntoTheSelectedMessageOnly) {
+  FolderBuilder& folder = store_.folder("A");
+  folder.message().html("<img src=\"cid:a\">").attachment(u"a", kImageBytes);
+  folder.message().html("second");
+  reading_.emplace(store_);
+  ASSERT_EQ(reading_->read(1), 1);
+  EXPECT_EQ(body(), "<img src=\"cid:a\">");
+  EXPECT_EQ(reading_->data.attachmentCount, 0u);
+}
+
+TEST_F(PstInlineImages, NeedHtml) {
+  message().body(u"cid:a").attachment(u"a", "x");
+  ASSERT_EQ(read(), 1);
+  EXPECT_EQ(reading_->text(0), std::string("c\0i\0d\0:\0a\0", 10));
+  EXPECT_EQ(reading_->data.attachmentCount, 0u);
+}
+
+TEST_F(PstInlineImages, BecomeFilesOnTheTempFileRoute) {
+  message().html("<img src=\"cid:a.png\">").attachment(u"a.png", "abc");
+  reading_.emplace(store_);
+  PlainKernelSetTempDirectory(reading_->directory().c_str());
+  reading_->data.useTempFile = 1;
+  ASSERT_EQ(reading_->read(0), 1);
+  EXPECT_EQ(body(), "<img src=\"_a.png\">");
+  ASSERT_EQ(reading_->data.inlineFiles.length, 1u);
+  std::string path = reading_->data.inlineFiles.data[0];
+  EXPECT_TRUE(path.ends_with("\\_a.png"));
+  for (char& c : path) {
+    if (c == '\\') c = '/';
+  }
+  EXPECT_EQ(ReadWholeFile(path), "abc");
+  KernelDeleteFileUtf8(reading_->data.inlineFiles.data[0]);
+}
+
+// No room for the list of files: the pass is left out.
+TEST_F(PstInlineImages, AreLeftOutWhenTheListOfFilesGetsNoMemory) {
+  message().html("<img src=\"cid:a\">").attachment(u"a", kImageBytes);
+  bool leftOut = false;
+  for (uint64_t call = 1; !leftOut; ++call) {
+    PstReading reading(store_);
+    ASSERT_EQ(reading.count(), 1);
+    PlainKernelFailAt(PlainKernelFaultMemory, call);
+    const int32_t status = reading.walk(0);
+    PlainKernelFailAt(PlainKernelFaultMemory, 0);
+    ASSERT_LT(call, 1000u);
+    leftOut = status == 1 && reading.data.attachmentCount == 1 &&
+              reading.data.inlineFiles.data == nullptr && reading.body(0) == "<img src=\"cid:a\">";
+  }
+}
+
+TEST_F(PstInlineImages, TakeANameThatDoesNotConvertAsNone) {
+  message().subject(u"").html("<img src=\"cid:a\">").attachment(u"a", kImageBytes);
+  reading_.emplace(store_);
+  ASSERT_EQ(reading_->count(), 1);
+  PlainKernelFailAt(PlainKernelFaultText, 2);  // the cid name; the plain name is the first
+  ASSERT_EQ(reading_->walk(0), 1);
+  PlainKernelFailAt(PlainKernelFaultText, 0);
+  // The plain name is found where the reference ends.
+  EXPECT_EQ(body(), "<img src=\"cid:" + kDataUrl + "\">");
+}
+
+}  // namespace
+}  // namespace tarn::test
