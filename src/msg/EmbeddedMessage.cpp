@@ -150,7 +150,7 @@ int32_t WriteMessage(const CompoundStorage& source, std::string_view path, uint6
 }  // namespace
 
 int32_t ExportEmbeddedMessage(const CompoundStorage& source, std::string_view path,
-                              TrackedBuffer<char>& data) {
+                              TrackedBuffer<char>& data) try {
   if (ListEntryNames(source, path).empty()) return kNothingToCopy;
 
   uint64_t handle = KERNEL_BAD_HANDLE;
@@ -175,6 +175,8 @@ int32_t ExportEmbeddedMessage(const CompoundStorage& source, std::string_view pa
     data.capacity = memory.capacity();
   }
   return status;
+} catch (const std::bad_alloc&) {
+  return StatusOutOfMemory;
 }
 
 }  // namespace tarn

@@ -1,5 +1,7 @@
 // Images attached to an MSG file go into its HTML body.
 
+#include <new>
+
 #include "Common/ByteSearch.h"
 #include "Common/InlineImages.h"
 #include "Common/SearchBudget.h"
@@ -10,10 +12,14 @@
 namespace tarn {
 namespace {
 
+// Puts one attachment after the other into the body. In a sound file no two of them share their
+// bytes; a damaged one can make thousands of large images of the same.
 class InlinePass {
  public:
   InlinePass(SizedBytes& body, PstFilterData& data, const CompoundStorage& storage)
-      : storage_(storage), budget_(SearchBudget::ForImages(storage.file->fileSize)) {
+      : storage_(storage),
+        budget_(SearchBudget::ForImages(storage.file->fileSize)),
+        imageBytesLeft_(2 * storage.file->fileSize) {
     context_.filterData = &data;
     context_.body = &body;
     context_.bodyLimit = BodyLimit(storage.file->fileSize);
@@ -28,6 +34,7 @@ class InlinePass {
   const CompoundStorage& storage_;
   InlineImageContext context_;
   SearchBudget budget_;
+  uint64_t imageBytesLeft_;
 };
 
 // Whether the body holds the needle; then it is what is replaced, from there on.
@@ -78,16 +85,22 @@ int32_t InlinePass::place(AttachmentPath path) {
 
   std::optional<CompoundStream> stream = OpenStream(storage_, path.of("__substg1.0_37010102"));
   if (!stream) return StatusOk;
+  if (stream->size() > imageBytesLeft_) return StatusOutOfMemory;
+  imageBytesLeft_ -= stream->size();
   KernelBlock<char> image;
   uint64_t length = 0;
   const int32_t loaded = ReadWholeStream(&*stream, image, length);
   if (loaded != StatusOk) return loaded;
-  return RewriteInlineImage(context_, image.get(), length);
+  const int32_t status = RewriteInlineImage(context_, image.get(), length);
+  // The whole body may have been written anew.
+  budget_.spend(context_.body->length);
+  return status;
 }
 
 }  // namespace
 
-int32_t InlineMsgImages(MailMessage& message, PstFilterData& data, const CompoundStorage& storage) {
+int32_t InlineMsgImages(MailMessage& message, PstFilterData& data,
+                        const CompoundStorage& storage) try {
   InlinePass pass(message.body, data, storage);
   for (const KernelString& name : ListAttachments(storage)) {
     const int32_t status = pass.place(AttachmentPath(name));
@@ -95,6 +108,8 @@ int32_t InlineMsgImages(MailMessage& message, PstFilterData& data, const Compoun
     ++data.attachmentCount;
   }
   return StatusOk;
+} catch (const std::bad_alloc&) {
+  return StatusOutOfMemory;
 }
 
 }  // namespace tarn

@@ -2,6 +2,7 @@
 
 #include <cinttypes>
 #include <cstdio>
+#include <new>
 
 #include "Common/AttachmentProperties.h"
 #include "Common/FileTime.h"
@@ -166,7 +167,8 @@ KernelVector<KernelString> ListAttachments(const CompoundStorage& storage) {
   return names;
 }
 
-int32_t EnumerateMsgAttachments(const CompoundStorage& storage, const AttachmentRequest& request) {
+int32_t EnumerateMsgAttachments(const CompoundStorage& storage,
+                                const AttachmentRequest& request) try {
   if (request.callback == nullptr) return StatusOk;
   uint32_t number = 1;
   for (const KernelString& name : ListAttachments(storage)) {
@@ -177,6 +179,8 @@ int32_t EnumerateMsgAttachments(const CompoundStorage& storage, const Attachment
     ++number;
   }
   return StatusOk;
+} catch (const std::bad_alloc&) {
+  return StatusOutOfMemory;
 }
 
 }  // namespace tarn

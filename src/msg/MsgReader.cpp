@@ -152,7 +152,7 @@ bool IsCompressedRtf(std::string_view bytes) {
 
 }  // namespace
 
-int32_t ReadMsgCompressedBody(MailMessage& message, const CompoundStorage& storage) {
+int32_t ReadMsgCompressedBody(MailMessage& message, const CompoundStorage& storage) try {
   std::optional<CompoundStream> stream = OpenStream(storage, "__substg1.0_10090102");
   if (!stream) return kNoStream;
   KernelBlock<char> packed;
@@ -169,6 +169,8 @@ int32_t ReadMsgCompressedBody(MailMessage& message, const CompoundStorage& stora
   if (decoded != StatusOk) return decoded;
   if (message.body.bytes().starts_with("{\\rtf")) return StatusOk;
   return ScrubHtmlBody(message.body.data, message.body.length);
+} catch (const std::bad_alloc&) {
+  return StatusOutOfMemory;
 }
 
 int32_t ReadMsgFile(MailMessage& message, PstFilterData& data, const char16_t* path,

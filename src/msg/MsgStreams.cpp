@@ -1,6 +1,7 @@
 #include "msg/MsgStreams.h"
 
 #include <algorithm>
+#include <new>
 
 #include "Platform/CodePages.h"
 
@@ -9,6 +10,9 @@ namespace {
 
 constexpr uint64_t kNameCapacity = 100;
 constexpr uint64_t kTypeLength = 4;
+// What a byte of a stream costs of the bytes that a file's reads may take: it is cleared, read and
+// mostly converted.
+constexpr uint64_t kCostOfAByte = 32;
 
 // The name of a property's stream, in a buffer of a fixed size.
 class StreamName {
@@ -65,18 +69,26 @@ uint64_t LoadValue(const char* at, int bytes) {
 
 }  // namespace
 
-int32_t ReadWholeStream(CompoundStream* stream, KernelBlock<char>& block, uint64_t& length) {
+int32_t ReadWholeStream(CompoundStream* stream, KernelBlock<char>& block, uint64_t& length) try {
   length = stream != nullptr ? stream->size() : 0;
-  if (stream != nullptr && length > stream->file->fileSize) return StatusOutOfMemory;
+  if (stream != nullptr) {
+    CompoundFile& file = *stream->file;
+    if (length > file.fileSize || !SpendBytes(file, kCostOfAByte * length)) {
+      return StatusOutOfMemory;
+    }
+  }
   block = AllocateZeroBlock<char>(length + 2, TARN_HERE);
   if (!block) return StatusOutOfMemory;
   if (stream == nullptr) return StatusOk;
   auto* const bytes = reinterpret_cast<unsigned char*>(block.get());
   stream->position += StreamRead(*stream, stream->position, bytes, length);
   return StatusOk;
+} catch (const std::bad_alloc&) {
+  return StatusOutOfMemory;
 }
 
-int32_t ReadMsgStream(const CompoundStorage& storage, std::string_view name, SizedBytes& target) {
+int32_t ReadMsgStream(const CompoundStorage& storage, std::string_view name,
+                      SizedBytes& target) try {
   std::optional<CompoundStream> stream = OpenStream(storage, name);
   if (!stream) return kNoStream;
   target.release();
@@ -88,6 +100,8 @@ int32_t ReadMsgStream(const CompoundStorage& storage, std::string_view name, Siz
   target.data = block.take();
   target.length = length;
   return StatusOk;
+} catch (const std::bad_alloc&) {
+  return StatusOutOfMemory;
 }
 
 int32_t ReadMsgTextProperty(const CompoundStorage& storage, std::string_view name,

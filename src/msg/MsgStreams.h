@@ -2,7 +2,12 @@
 //
 // A property is a stream "__substg1.0_" + id + type, both four upper-case hexadecimal digits; text
 // properties are looked for without their type. Sizes count bytes. A storage where a stream is
-// looked for counts as nothing. std::bad_alloc of the compound layer passes through.
+// looked for counts as nothing. Nothing here throws.
+//
+// In a sound file the streams lie apart, so all of them together are no larger than the file; in a
+// damaged one thousands may name the same large block of bytes. What has been read of a file is
+// therefore counted, and streams beyond a multiple of its size fail like those that memory cannot
+// hold.
 #ifndef TARN_MSG_MSGSTREAMS_H
 #define TARN_MSG_MSGSTREAMS_H
 
@@ -23,7 +28,8 @@ inline constexpr uint16_t kPropertyTime = 64;
 
 // Reads a stream from its position to its end into a new block, with two zero bytes behind it that
 // the length does not count; the length is that of the directory, whatever was there to be read.
-// No stream gives an empty block. 1; -1 without memory, and for a stream larger than its file.
+// No stream gives an empty block. 1; -1 without memory, for a stream larger than its file, and when
+// too much of the file has been read.
 int32_t ReadWholeStream(CompoundStream* stream, KernelBlock<char>& block, uint64_t& length);
 
 // Puts a stream into the target. 1; 2 when there is none, and then the target is as it was; -1.

@@ -25,20 +25,19 @@ int32_t MakeBodyDocument(MailMessage& message, uint32_t& kind, TrackedBuffer<cha
   const std::string_view body = message.body.text();
   const bool wrapped = !rtf && !IsCompleteHtml(body);
   const uint64_t size = body.size() + (wrapped ? kHtmlOpen.size() + kHtmlClose.size() : 0);
-  document.length = size;
   if (document.reserve(size + 1) == nullptr) return StatusOutOfMemory;
+  document.length = size;
   char* out = document.data;
   if (wrapped) out = PutBytes(out, kHtmlOpen);
   out = PutBytes(out, body);
   if (wrapped) PutBytes(out, kHtmlClose);
   if (!rtf) {
-    const char* const block = document.data;
     if (EnsureHtmlCharsetMeta(document.data, document.length) != StatusOk) {
       document.release();
       return StatusOutOfMemory;
     }
     // A new document has room for the NUL, and for one more.
-    if (document.data != block) document.capacity = document.length + 1;
+    if (document.length != size) document.capacity = document.length + 1;
   }
   document.data[document.length] = '\0';
   return StatusOk;
@@ -53,8 +52,8 @@ int32_t MakeTextDocument(MailMessage& message, uint32_t& kind, TrackedBuffer<cha
   if (message.text.data == nullptr) return StatusOk;
 
   const std::string_view text = message.text.text();
-  document.length = text.size() + 1;
   if (document.reserve(text.size() + 1 + kUtf8Mark.size()) == nullptr) return StatusOutOfMemory;
+  document.length = text.size() + 1;
   *PutBytes(PutBytes(document.data, kUtf8Mark), text) = '\0';
   return StatusOk;
 }
