@@ -9,16 +9,23 @@ seconds=${1:?usage: scripts/fuzz.sh SECONDS}
 work="$root/build/debug/fuzz"
 mkdir -p "$work"
 
-# fuzz TARGET DICTIONARY SEEDS
-fuzz() {
+# Runs one target to its end.
+run_target() {
   local target=$1 dictionary=$2 seeds=$3
   local corpus="$work/$target-corpus"
   mkdir -p "$corpus"
-  printf 'fuzzing %s for %s s\n' "$target" "$seconds" >&2
-  "$root/build/debug/tests/$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -max_len=4096 \
+  "$root/build/debug/tests/$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -max_len=8192 \
     -dict="$root/fuzz/$dictionary" -artifact_prefix="$work/" -print_final_stats=1 \
     "$corpus" "$root/$seeds" >"$work/$target.log" 2>&1 || { tail -n 60 "$work/$target.log" >&2; return 1; }
-  grep -E 'stat::number_of_executed_units|stat::peak_rss_mb' "$work/$target.log" >&2
+  printf '%s: %s runs\n' "$target" "$(sed -n 's/^stat::number_of_executed_units: *//p' "$work/$target.log")" >&2
+}
+
+# fuzz TARGET DICTIONARY SEEDS: starts a target as soon as a processor is free.
+failed=0
+fuzz() {
+  while [ "$(jobs -rp | wc -l)" -ge "$(nproc)" ]; do wait -n || failed=1; done
+  printf 'fuzzing %s for %s s\n' "$1" "$seconds" >&2
+  run_target "$@" &
 }
 
 fuzz FuzzCompressedRtf rtf.dict examples/compressed-rtf
@@ -29,3 +36,6 @@ fuzz FuzzRtfDocument rtf.dict examples/rtf
 fuzz FuzzRtfFontTable rtf.dict examples/rtf
 fuzz FuzzRtfToHtml rtf.dict examples/rtf-html
 fuzz FuzzScrubHtmlBody rtf.dict examples/html-scrub
+
+for job in $(jobs -p); do wait "$job" || failed=1; done
+exit "$failed"
