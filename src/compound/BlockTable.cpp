@@ -34,27 +34,33 @@ void SetBlockEntry(BlockTable& table, uint64_t index, uint64_t value) {
 }
 
 // A chain ends at the first block that comes twice. To find it without looking back over the whole
-// chain, one block is remembered at distances that double: a chain that meets it has gone once
-// around a cycle, whose length is known then, and is cut behind one turn.
+// chain, one block is remembered at distances that double (0, 2, 6, 14, ...): a chain that meets it
+// has gone once around a cycle, whose length is known then, and is cut behind one turn. A cycle
+// that closes within the first n blocks is met within 3 n + 6 steps, so a walk that gives n blocks
+// goes on, without collecting, until it knows that they are all different.
 BlockList FollowChain(const BlockTable& table, uint64_t start, uint64_t most) {
   BlockList chain;
   const uint64_t count = table.entries.size();
+  const uint64_t longest = std::min(most, count);
   uint64_t remembered = kFreeBlock;
   uint64_t sinceRemembered = 0;
   uint64_t distance = 1;
-  for (uint64_t block = start; block < count && !EndsChain(block) && chain.size() < most;
-       block = table.entries[block]) {
+  uint64_t block = start;
+  for (uint64_t steps = 0; steps <= 3 * longest + 6; ++steps) {
+    if (block >= count || EndsChain(block)) break;
     if (block == remembered) {
-      chain.resize(LengthBeforeCycle(table, start, sinceRemembered) + sinceRemembered);
+      const uint64_t whole = LengthBeforeCycle(table, start, sinceRemembered) + sinceRemembered;
+      chain.resize(std::min<uint64_t>(whole, chain.size()));
       break;
     }
-    if (sinceRemembered == distance || chain.empty()) {
+    if (sinceRemembered == distance || steps == 0) {
       remembered = block;
       distance *= 2;
       sinceRemembered = 0;
     }
     ++sinceRemembered;
-    chain.push_back(block);
+    if (chain.size() < longest) chain.push_back(block);
+    block = table.entries[block];
   }
   return chain;
 }
@@ -68,13 +74,20 @@ uint32_t FirstFreeBlock(BlockTable& table) {
   return static_cast<uint32_t>(table.entries.size());
 }
 
-void MarkDirty(BlockList& marks, uint64_t number) {
-  // The newest mark is the likeliest to come again.
-  if (std::find(marks.rbegin(), marks.rend(), number) == marks.rend()) marks.push_back(number);
+void BlockMarks::add(uint64_t number) {
+  if (contains(number)) return;
+  if (number >= isMarked_.size()) isMarked_.resize(number + 1, 0);
+  numbers_.push_back(number);
+  isMarked_[number] = 1;
+}
+
+void BlockMarks::clear() {
+  for (const uint64_t number : numbers_) isMarked_[number] = 0;
+  numbers_.clear();
 }
 
 void MarkTableDirty(BlockTable& table, uint64_t index, uint64_t bigBlockSize) {
-  MarkDirty(table.dirtyBlocks, index / (bigBlockSize / 4));
+  table.dirtyBlocks.add(index / (bigBlockSize / 4));
 }
 
 void LoadBlockTable(BlockTable& table, const unsigned char* bytes, uint64_t length) {
@@ -89,12 +102,8 @@ void FlushBlockTable(BlockTable& table, const BlockList& blocks, CompoundFile& f
   KernelVector<unsigned char> image(size, 0xFF);
   const uint64_t count = std::min<uint64_t>(table.entries.size(), size / 4);
   for (uint64_t i = 0; i < count; ++i) StoreU32(image.data() + 4 * i, table.entries[i]);
-  KernelVector<unsigned char> isDirty(blocks.size(), 0);
-  for (const uint64_t i : table.dirtyBlocks) {
-    if (i < isDirty.size()) isDirty[i] = 1;
-  }
   for (uint64_t i = 0; i < blocks.size(); ++i) {
-    if (isDirty[i] == 0) continue;
+    if (!table.dirtyBlocks.contains(i)) continue;
     SaveBigBlock(file, blocks[i], 0, image.data() + i * bigBlockSize, bigBlockSize);
   }
   table.dirtyBlocks.clear();

@@ -15,10 +15,26 @@ struct CompoundFile;
 
 using BlockList = KernelVector<uint64_t>;
 
+// Numbers of blocks without repeats, in the order in which they came.
+class BlockMarks {
+ public:
+  void add(uint64_t number);
+  bool contains(uint64_t number) const {
+    return number < isMarked_.size() && isMarked_[number] != 0;
+  }
+  bool empty() const { return numbers_.empty(); }
+  void clear();
+  const BlockList& numbers() const { return numbers_; }
+
+ private:
+  BlockList numbers_;
+  KernelVector<unsigned char> isMarked_;  // for each number up to the highest
+};
+
 struct BlockTable {
   uint64_t blockSize = 4096;  // of the blocks that are chained; the file sets it
   BlockList entries = BlockList(128, kFreeBlock);
-  BlockList dirtyBlocks;        // indexes of the table's own blocks that changed, without repeats
+  BlockMarks dirtyBlocks;       // indexes of the table's own blocks that changed
   bool maybeFragmented = true;  // a free entry may exist before the end
 };
 
@@ -26,8 +42,8 @@ struct BlockTable {
 void SetBlockEntry(BlockTable& table, uint64_t index, uint64_t value);
 
 // The blocks of a chain. It ends at a special value, at a number beyond the table, and where it
-// would come back to a block that it holds already; at most `most` blocks are given. Linear in the
-// length.
+// would come back to a block that it holds already; at most the first `most` of its blocks are
+// given. Takes time in proportion to what is given.
 BlockList FollowChain(const BlockTable& table, uint64_t start, uint64_t most = UINT64_MAX);
 
 // The first free entry. Without one the index behind the last, which SetBlockEntry then makes;
@@ -44,9 +60,6 @@ void LoadBlockTable(BlockTable& table, const unsigned char* bytes, uint64_t leng
 // fills is FF.
 void FlushBlockTable(BlockTable& table, const BlockList& blocks, CompoundFile& file,
                      uint64_t bigBlockSize);
-
-// Adds a number to a list of numbers without repeats.
-void MarkDirty(BlockList& marks, uint64_t number);
 
 }  // namespace tarn
 

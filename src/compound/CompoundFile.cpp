@@ -57,6 +57,7 @@ bool LoadEntries(CompoundFile& file) {
   if (IsTooLong(blocks.size(), file.bigBlockSize(), most)) return false;
   const Bytes bytes = LoadWhole(file, blocks);
   LoadDirectory(file.directory, bytes.data(), bytes.size());
+  file.containerBlocks.clear();
   if (bytes.size() >= kDirectoryRecordSize) {
     file.containerBlocks = FollowChain(file.bigTable, LoadU32(bytes.data() + kRootStartOffset));
   }
@@ -64,25 +65,30 @@ bool LoadEntries(CompoundFile& file) {
 }
 
 // Reads at a position as the reader of blocks takes it: its low 32 bits, signed. What the kernel
-// does not give is zeros.
+// does not give stays as it was.
 void ReadAt(const CompoundFile& file, uint64_t position, unsigned char* buffer, uint64_t length) {
   const auto offset = static_cast<int32_t>(static_cast<uint32_t>(position));
   KernelFileSeek(file.handle, offset, KERNEL_SEEK_START);
-  const uint64_t given = KernelFileRead(file.handle, buffer, static_cast<uint32_t>(length));
-  if (given < length) std::fill(buffer + given, buffer + length, static_cast<unsigned char>(0));
+  KernelFileRead(file.handle, buffer, static_cast<uint32_t>(length));
 }
 
-// Makes the window hold a block of the container, with those around it. Each block stands for
-// itself: one that the file does not have is zeros.
-void MoveWindow(CompoundFile& file, uint64_t index) {
-  constexpr uint64_t kWindowBytes = 32768;
+// Makes the window hold a block of the container, and some behind it: more each time that reading
+// goes on where the window ended. Each block stands for itself: one that the file does not have is
+// zeros. False when reads have cost too much.
+bool MoveWindow(CompoundFile& file, uint64_t index) {
+  constexpr uint64_t kFirstBytes = 4096;
+  constexpr uint64_t kMostBytes = 65536;
   ContainerWindow& window = file.window;
-  if (index >= window.first && index - window.first < window.count) return;
+  if (index >= window.first && index - window.first < window.count) return true;
   const uint64_t size = file.bigBlockSize();
-  const uint64_t most = std::max<uint64_t>(1, kWindowBytes / size);
+  const bool goesOn = window.count != 0 && index == window.first + window.count;
+  const uint64_t bytes =
+      goesOn ? std::min<uint64_t>(2 * window.bytes.size(), kMostBytes) : kFirstBytes;
+  const uint64_t count =
+      std::min(std::max<uint64_t>(1, bytes / size), file.containerBlocks.size() - index);
   window.count = 0;
-  window.first = index / most * most;
-  const uint64_t count = std::min(most, file.containerBlocks.size() - window.first);
+  window.first = index;
+  if (!SpendBytes(file, count * size)) return false;
   window.bytes.assign(count * size, 0);
   const uint64_t* const blocks = file.containerBlocks.data() + window.first;
   for (uint64_t i = 0; i < count;) {
@@ -91,6 +97,7 @@ void MoveWindow(CompoundFile& file, uint64_t index) {
     i += run;
   }
   window.count = count;
+  return true;
 }
 
 }  // namespace
@@ -112,6 +119,7 @@ void LoadCompoundFile(CompoundFile& file) {
   file.fileSize = KernelFileSeek(file.handle, 0, KERNEL_SEEK_END);
   if (file.fileSize == KERNEL_BAD_HANDLE) return;
   file.bytesLeft = ReadBudget(file.fileSize);
+  ForgetChains(file);
   KernelFileSeek(file.handle, 0, KERNEL_SEEK_START);
   HeaderBytes bytes = {};
   KernelFileRead(file.handle, bytes.data(), static_cast<uint32_t>(bytes.size()));
@@ -169,6 +177,12 @@ BlockList BigTableBlocks(CompoundFile& file, bool loading) {
   return list;
 }
 
+void ForgetChains(CompoundFile& file) {
+  file.window.count = 0;
+  file.directoryChain.clear();
+  file.smallTableChain.clear();
+}
+
 bool SpendBytes(CompoundFile& file, uint64_t bytes) {
   const bool enough = bytes <= file.bytesLeft;
   file.bytesLeft = enough ? file.bytesLeft - bytes : 0;
@@ -220,7 +234,7 @@ uint64_t LoadSmallBlocks(CompoundFile& file, const uint64_t* blocks, uint64_t co
     const uint64_t position = blocks[i] * file.smallBlockSize();
     const uint64_t index = position / size;
     if (index >= file.containerBlocks.size()) break;
-    MoveWindow(file, index);
+    if (!MoveWindow(file, index)) break;
     const uint64_t offset = position % size;
     const uint64_t part = std::min({length - copied, size - offset, file.smallBlockSize()});
     const unsigned char* const from =

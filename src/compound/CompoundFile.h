@@ -30,7 +30,8 @@ struct CompoundStorage {
   CompoundFile* file = nullptr;
 };
 
-// The part of the container that was read last: small streams lie side by side.
+// The part of the container that was read last, for small streams that lie side by side. Emptied
+// by every write.
 struct ContainerWindow {
   uint64_t first = 0;  // place in containerBlocks
   uint64_t count = 0;  // blocks
@@ -53,7 +54,8 @@ struct CompoundFile {
   BlockList metaData;  // table blocks beyond those of the header
   bool metaDirty = false;
   uint64_t bytesLeft = UINT64_MAX;  // that reads may still take from the file
-  BlockList directoryChain;         // of a file that is being written
+  BlockList directoryChain;         // of a file that is being written, once needed
+  BlockList smallTableChain;        // likewise
   ContainerWindow window;
 
   CompoundFile(CompoundStorage& storage_, uint64_t handle_);
@@ -76,7 +78,8 @@ void CloseCompoundFile(CompoundFile& file);
 BlockList BigTableBlocks(CompoundFile& file, bool loading);
 
 // Read blocks one behind the other. The result is the number of bytes; a block that lies behind the
-// end of the file ends the read with 0, one that overlaps the end is read as far as it goes.
+// end of the file ends the read with 0, one that overlaps the end is read as far as it goes. What
+// the kernel does not give of a block stays as it was in the buffer, and counts.
 // Positions are taken as signed 32-bit numbers, so files beyond 2 GiB are not read right.
 uint64_t LoadBigBlocks(CompoundFile& file, const uint64_t* blocks, uint64_t count,
                        unsigned char* buffer, uint64_t length);
@@ -84,6 +87,9 @@ uint64_t LoadSmallBlocks(CompoundFile& file, const uint64_t* blocks, uint64_t co
                          unsigned char* buffer, uint64_t length);
 uint64_t LoadBigBlock(CompoundFile& file, uint64_t block, unsigned char* buffer, uint64_t length);
 uint64_t LoadSmallBlock(CompoundFile& file, uint64_t block, unsigned char* buffer, uint64_t length);
+
+// Drops what is remembered of the container's blocks and of chains, for a file that begins anew.
+void ForgetChains(CompoundFile& file);
 
 // Takes from what reads may still cost; false when that is not enough, and then nothing is left.
 bool SpendBytes(CompoundFile& file, uint64_t bytes);

@@ -5,8 +5,17 @@
 namespace tarn {
 namespace {
 
-// Reads from big blocks. Whole blocks that lie side by side in the file are read at once, straight
-// into the buffer; the first and the last one go through a scratch block.
+// Loads blocks; what is counted and the kernel does not give is zeros. Nothing else is touched.
+uint64_t LoadCleared(CompoundFile& file, const uint64_t* blocks, uint64_t count,
+                     unsigned char* buffer, uint64_t length) {
+  const uint64_t position = (blocks[0] + 1) * file.bigBlockSize();
+  if (position >= file.fileSize) return 0;
+  std::fill_n(buffer, std::min(length, file.fileSize - position), static_cast<unsigned char>(0));
+  return LoadBigBlocks(file, blocks, count, buffer, length);
+}
+
+// Reads from big blocks, straight into the buffer; whole blocks that lie side by side in the file
+// at once. Only a block that is not read from its beginning goes through a scratch block.
 uint64_t ReadBig(CompoundStream& stream, uint64_t position, unsigned char* buffer,
                  uint64_t length) {
   CompoundFile& file = *stream.file;
@@ -14,24 +23,25 @@ uint64_t ReadBig(CompoundStream& stream, uint64_t position, unsigned char* buffe
   uint64_t offset = position % size;
   uint64_t copied = 0;
   KernelVector<unsigned char> scratch;
-  for (uint64_t i = position / size; i < stream.blocks.size() && copied < length; ++i) {
+  for (uint64_t i = position / size; i < stream.blocks.size() && copied < length;) {
+    const uint64_t* const blocks = stream.blocks.data() + i;
     const uint64_t wanted = length - copied;
-    if (offset == 0 && wanted >= size) {
-      const uint64_t run =
-          std::max<uint64_t>(1, RunOfBlocks(file, stream.blocks.data() + i,
-                                            std::min(stream.blocks.size() - i, wanted / size)));
-      copied += LoadBigBlocks(file, stream.blocks.data() + i, run, buffer + copied, run * size);
-      i += run - 1;
+    if (offset == 0) {
+      const uint64_t whole = std::min<uint64_t>(stream.blocks.size() - i, wanted / size);
+      const uint64_t run = std::max<uint64_t>(1, RunOfBlocks(file, blocks, whole));
+      const uint64_t most = std::min(run * size, wanted);
+      copied += LoadCleared(file, blocks, run, buffer + copied, most);
+      i += run;
       continue;
     }
-    scratch.assign(size, 0);
-    const uint64_t given = LoadBigBlock(file, stream.blocks[i], scratch.data(), size);
+    scratch.resize(std::min(size, offset + wanted));
+    const uint64_t given = LoadCleared(file, blocks, 1, scratch.data(), scratch.size());
     if (given > offset) {
-      const uint64_t part = std::min(given - offset, wanted);
-      std::copy_n(scratch.data() + offset, part, buffer + copied);
-      copied += part;
+      std::copy_n(scratch.data() + offset, given - offset, buffer);
+      copied = given - offset;
     }
     offset = 0;
+    ++i;
   }
   return copied;
 }

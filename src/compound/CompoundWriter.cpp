@@ -66,6 +66,7 @@ bool OpenCompoundFile(CompoundFile& file, bool write, bool create) {
 }
 
 void CreateCompoundLayout(CompoundFile& file) {
+  ForgetChains(file);
   file.header = CompoundHeader();
   file.header.tableBlocks[0] = 0;
   file.header.directoryStart = 1;

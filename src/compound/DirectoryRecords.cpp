@@ -36,9 +36,9 @@ constexpr LinkField kLinks[] = {
     {76, &DirectoryEntry::child},
 };
 
-// Searches together may follow this many links: what a million look-ups in a balanced directory
-// take, and what a few thousand take in the worst one.
-constexpr uint64_t kSearchSteps = uint64_t{1} << 28;
+// Searches together may follow this many links: what six million look-ups in a balanced directory
+// of a million entries take, and ten thousand in one of that many that is a list.
+constexpr uint64_t kSearchSteps = uint64_t{1} << 27;
 
 using ClassId = std::array<unsigned char, 16>;
 
@@ -107,7 +107,8 @@ void WriteEntry(unsigned char* record, DirectoryEntry& entry) {
 
 }  // namespace
 
-DirectoryTree::DirectoryTree() : entries(1), dirtyBlocks(1, 0), stepsLeft(kSearchSteps) {
+DirectoryTree::DirectoryTree() : entries(1), stepsLeft(kSearchSteps) {
+  dirtyBlocks.add(0);
   entries[0].valid = true;
   entries[0].name = "Root Entry";
 }
@@ -117,6 +118,7 @@ void LoadDirectory(DirectoryTree& tree, const unsigned char* bytes, uint64_t len
   tree.entries.clear();
   tree.entries.reserve(count);
   tree.firstMaybeInvalid = 0;
+  tree.isIndexed = false;
   for (uint64_t i = 0; i < count; ++i) {
     tree.entries.push_back(ReadRecord(bytes + i * kDirectoryRecordSize));
   }
@@ -139,9 +141,9 @@ void FlushDirectory(DirectoryTree& tree, const BlockList& blocks, CompoundFile& 
     StoreU32(bytes.data() + kStartOffset, containerStart);
     StoreU32(bytes.data() + kSizeOffset, containerSize);
   }
-  for (const uint64_t i : tree.dirtyBlocks) {
+  for (uint64_t i = 0; i < blocks.size(); ++i) {
     const uint64_t offset = i * bigBlockSize;
-    if (i >= blocks.size() || offset >= bytes.size()) continue;
+    if (!tree.dirtyBlocks.contains(i) || offset >= bytes.size()) continue;
     SaveBigBlock(file, blocks[i], 0, bytes.data() + offset,
                  std::min(bigBlockSize, bytes.size() - offset));
   }
@@ -149,7 +151,7 @@ void FlushDirectory(DirectoryTree& tree, const BlockList& blocks, CompoundFile& 
 }
 
 void MarkDirectoryDirty(DirectoryTree& tree, uint64_t index, uint64_t bigBlockSize) {
-  MarkDirty(tree.dirtyBlocks, index / (bigBlockSize / kDirectoryRecordSize));
+  tree.dirtyBlocks.add(index / (bigBlockSize / kDirectoryRecordSize));
 }
 
 }  // namespace tarn

@@ -1,18 +1,11 @@
 #include "compound/DirectoryTree.h"
 
 #include <algorithm>
-#include <compare>
 
 #include "compound/CompoundFile.h"
 
 namespace tarn {
 namespace {
-
-// Names are ordered by length and then by bytes.
-std::strong_ordering CompareNames(std::string_view left, std::string_view right) {
-  if (left.size() != right.size()) return left.size() <=> right.size();
-  return left.compare(right) <=> 0;
-}
 
 // The sibling link to follow from a node that is not the one.
 uint64_t LinkTowards(const DirectoryEntry& node, std::string_view name) {
@@ -79,19 +72,35 @@ uint64_t CreateEntry(DirectoryTree& tree, std::string_view name, bool isDirector
   entry.start = kChainEnd;
   entry.child = kNoEntry;
   LinkNewEntry(tree, slot, parent, closest, bigBlockSize);
+  if (tree.isIndexed) tree.index.add(parent, name, slot);
   MarkDirectoryDirty(tree, slot, bigBlockSize);
   GrowDirectory(file, slot / (bigBlockSize / kDirectoryRecordSize));
   return slot;
 }
 
-// Finds one name among the children of an entry; kNoEntry without a match. The first child may be
-// any entry, the root included.
+// Finds one name by the index. Where the search in the tree would end is told by the neighbours: of
+// the two it is the one further down, which is the one without a link towards the other.
+uint64_t FindIndexed(const DirectoryTree& tree, uint64_t parent, std::string_view name,
+                     uint64_t& closest) {
+  const SiblingIndex::Place place = tree.index.find(parent, name);
+  if (place.match != SiblingIndex::kNone) return place.match;
+  if (place.before != SiblingIndex::kNone && tree.entries[place.before].next == kNoEntry) {
+    closest = place.before;
+  } else if (place.behind != SiblingIndex::kNone) {
+    closest = place.behind;
+  }
+  return kNoEntry;
+}
+
+// Finds one name among the children of an entry; kNoEntry without a match, and then `closest` is
+// where the search came to its end, if it did. The first child may be any entry, the root included.
 uint64_t FindChild(DirectoryTree& tree, uint64_t parent, std::string_view name, uint64_t& closest) {
   closest = kNoEntry;
   const uint64_t count = tree.entries.size();
   if (parent >= count || !tree.entries[parent].valid) return kNoEntry;
   const uint64_t child = tree.entries[parent].child;
   if (child >= count || !tree.entries[child].valid) return kNoEntry;
+  if (tree.isIndexed) return FindIndexed(tree, parent, name, closest);
 
   const DirectoryEntry& node = tree.entries[child];
   if (node.name == name) return child;

@@ -23,6 +23,7 @@
 #include <string_view>
 
 #include "compound/BlockTable.h"
+#include "compound/SiblingIndex.h"
 
 namespace tarn {
 
@@ -45,11 +46,13 @@ struct DirectoryEntry {
 struct DirectoryTree {
   uint32_t rootKind = 0;  // which class id the root is written with; 0: none
   KernelVector<DirectoryEntry> entries;
-  BlockList dirtyBlocks;  // indexes of the directory's blocks that changed, without repeats
-  uint64_t stepsLeft;     // links that searches may still follow
+  BlockMarks dirtyBlocks;          // indexes of the directory's blocks that changed
+  uint64_t stepsLeft;              // links that searches of a file's directory may still follow
   uint64_t firstMaybeInvalid = 0;  // no entry in front of it is invalid, while entries are added
   KernelVector<uint32_t> visits;   // for each entry the last listing that met it
   uint32_t visit = 0;              // the number of that listing
+  bool isIndexed = true;           // every entry was made by FindEntry
+  SiblingIndex index;              // of an indexed directory
 
   // One entry, the root, in a block that is to be written.
   DirectoryTree();

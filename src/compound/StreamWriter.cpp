@@ -12,7 +12,7 @@ void MarkEntryDirty(CompoundStream& stream) {
 }
 
 // Gives the stream's blocks back to their table. The marks are made for places in the list, not for
-// the blocks: readers of such files know that the table block that changed can be an older one.
+// the blocks, so the table block that changed can stay unmarked: files made so far are that way.
 void FreeBlocks(CompoundStream& stream, BlockTable& table) {
   for (uint64_t i = 0; i < stream.blocks.size(); ++i) {
     SetBlockEntry(table, stream.blocks[i], kFreeBlock);
@@ -46,14 +46,15 @@ void ExtendSmallChain(CompoundStream& stream) {
   stream.blocks.push_back(block);
 
   while (block / (size / 4) >= file.header.smallTableBlockCount) {
-    BlockList chain = FollowChain(file.bigTable, file.header.smallTableStart);
+    BlockList& chain = file.smallTableChain;
+    if (chain.empty()) chain = FollowChain(file.bigTable, file.header.smallTableStart);
     ExtendChain(file, chain);
     ++file.header.smallTableBlockCount;
     file.header.dirty = true;
   }
   while (block * file.smallBlockSize() / size >= file.containerBlocks.size()) {
     ExtendChain(file, file.containerBlocks);
-    MarkDirty(file.directory.dirtyBlocks, 0);
+    file.directory.dirtyBlocks.add(0);
   }
 }
 
