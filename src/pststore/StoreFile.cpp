@@ -2,11 +2,17 @@
 
 #include <stdexcept>
 
+#include "pststore/Errors.h"
+
 namespace pststore {
 
 namespace {
 
 constexpr ulonglong seek_failed = std::numeric_limits<ulonglong>::max();
+
+// What all reads together may take, beside a part in proportion to the file.
+constexpr ulonglong free_bytes = ulonglong{1} << 30;
+constexpr ulonglong bytes_per_file_byte = 64;
 
 }  // namespace
 
@@ -17,12 +23,21 @@ store_file::store_file(const char16_t* path)
 
 store_file::~store_file() { KernelFileClose(handle_); }
 
-void store_file::read(void* buffer, size_t count, ulonglong address) {
+void store_file::count(size_t bytes) {
+  taken_ += bytes;
+  if (taken_ <= free_bytes) return;
+  if ((taken_ - free_bytes) / bytes_per_file_byte > get_size()) {
+    throw database_corrupt("the same data is read too often");
+  }
+}
+
+void store_file::read(void* buffer, size_t size, ulonglong address) {
+  count(size);
   // An address of all ones, which only a damaged file has, looks like the answer of a failed seek.
   const ulonglong position =
       KernelFileSeek(handle_, static_cast<int64_t>(address), KERNEL_SEEK_START);
   if (position != address || position == seek_failed) throw std::out_of_range("fseek failed");
-  if (KernelFileReadLarge(handle_, buffer, count) != count) {
+  if (KernelFileReadLarge(handle_, buffer, size) != size) {
     throw std::out_of_range("fread failed");
   }
 }

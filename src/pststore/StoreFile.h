@@ -2,6 +2,9 @@
 //
 // Every read seeks first: the position is shared by all who read. The file is closed when the
 // object dies.
+//
+// All reads together may take 1 GiB and 64 times the size of the file. Those who read a whole store
+// take it a few times; a damaged one can name the same data in as many places as it has nodes.
 #ifndef TARN_PSTSTORE_STOREFILE_H
 #define TARN_PSTSTORE_STOREFILE_H
 
@@ -17,16 +20,20 @@ class store_file {
   store_file& operator=(const store_file&) = delete;
   ~store_file();
 
-  // All bytes or an exception: std::out_of_range "fseek failed" or "fread failed".
-  void read(void* buffer, size_t count, ulonglong address);
+  // All bytes or an exception: std::out_of_range "fseek failed" or "fread failed", database_corrupt
+  // when more has been read than a sound store gives reason to.
+  void read(void* buffer, size_t size, ulonglong address);
 
   // The size of the file, asked for once. std::out_of_range "fseek failed".
   ulonglong get_size();
 
  private:
+  void count(size_t bytes);
+
   wstring path_;
   ulonglong handle_;
-  ulonglong size_ = 0;  // 0: not asked for yet
+  ulonglong taken_ = 0;  // bytes read
+  ulonglong size_ = 0;   // 0: not asked for yet
 };
 
 }  // namespace pststore
