@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <string>
 
+#include "support/RtfCompressor.h"
 #include "support/pst/StoreBuilder.h"
 
 namespace {
@@ -20,6 +21,18 @@ void WriteStore(const std::filesystem::path& path, const StoreOptions& options, 
     inbox.contentsTable({.rows = TableShape::Rows::Subnode});
     message.attachmentTable({.rows = TableShape::Rows::Subnode, .rowIndexWidth = 2});
   }
+  store.write(path);
+}
+
+// Messages with every kind of body, an inline image, and an embedded message.
+void WriteMail(const std::filesystem::path& path, const StoreOptions& options) {
+  StoreBuilder store(options);
+  FolderBuilder& inbox = store.folder(u"Inbox");
+  MessageBuilder& page = inbox.message().subject(u"\1\1Hi").from(u"Ann").importance(2);
+  page.submitTime(132539328000000000).body(u"t").html("<img src=\"cid:a\">");
+  page.attachment(u"a", std::string(60, 'x'));
+  inbox.message().rtf(PackRtf("{\\rtf1{\\fonttbl{\\f0 A;}}\\pard x}"));
+  inbox.message().body(u"plain").attach().longName(u"m").embedded().subject(u"in");
   store.write(path);
 }
 
@@ -40,6 +53,8 @@ int main(int count, char** arguments) {
         WriteStore(directory / name, StoreOptions::Smallest(layout, encoding), isRich);
       }
     }
+    WriteMail(directory / ("mail" + std::to_string(number) + ".pst"),
+              StoreOptions::Smallest(layout, PstEncoding::Permute));
   }
   return 0;
 }

@@ -28,9 +28,11 @@ fuzz() {
   run_target "$@" &
 }
 
+fuzz FuzzCompoundFile compound.dict examples/compound
 fuzz FuzzCompressedRtf rtf.dict examples/compressed-rtf
 fuzz FuzzEmlRoad mail.dict examples
 "$root/build/debug/tests/WritePstSeeds" "$work/pst-seeds"
+fuzz FuzzPstRoad pst.dict build/debug/fuzz/pst-seeds
 fuzz FuzzPstStore pst.dict build/debug/fuzz/pst-seeds
 fuzz FuzzRtfDocument rtf.dict examples/rtf
 fuzz FuzzRtfFontTable rtf.dict examples/rtf
