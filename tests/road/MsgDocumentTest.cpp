@@ -1,0 +1,235 @@
+// What a message of an MSG file becomes: the kind by its first bytes, the wrap, the odd lengths of
+// text, and that a failed road leaves nothing.
+
+#include "FileFormats/Pst/MsgDocument.h"
+
+#include <gtest/gtest.h>
+
+#include "MsgSamples.h"
+#include "Tarnbase/PlainKernel.h"
+#include "support/LocalZone.h"
+#include "support/RtfCompressor.h"
+#include "support/TempDirectory.h"
+
+namespace tarn::test {
+namespace {
+
+struct Document {
+  explicit Document(const std::string& file, bool textOnly = false,
+                    const AttachmentRequest* request = nullptr) {
+    const TempDirectory directory;
+    const std::u16string path = directory.write("mail.msg", file).u16string();
+    status = ReadMsgDocument(path.c_str(), data, kind, textOnly, request);
+    if (data.document.data != nullptr) {
+      bytes.assign(data.document.data, data.document.length);
+      EXPECT_GE(data.document.capacity, data.document.length);
+    }
+  }
+  explicit Document(const MsgBuilder& msg, bool textOnly = false)
+      : Document(msg.write(), textOnly) {}
+
+  PstFilterData data;
+  uint32_t kind = DocumentNone;
+  int32_t status = 0;
+  std::string bytes;
+};
+
+// The HTML document of a body; without header fields, so that no rows go into it.
+std::string Html(const std::string& body) {
+  MsgBuilder msg;
+  msg.binary(0x1013, body).text(0x1000, u"Plain");
+  Document document(msg);
+  EXPECT_EQ(document.status, StatusOk);
+  EXPECT_EQ(document.kind, uint32_t{DocumentHtml});
+  EXPECT_EQ(document.data.document.data[document.data.document.length], '\0');
+  return document.bytes;
+}
+
+TEST(MsgDocument, IsCompleteWithAnHtmlTagFirst) {
+  for (const char* body : {"<html><p>Hi</html>", "  \r\n<HtMl><p>Hi", "\n\n <HTML", "<htmlx"}) {
+    EXPECT_EQ(Html(body), body);
+  }
+}
+
+TEST(MsgDocument, IsWrappedWithAnythingElseFirst) {
+  for (const char* body : {"<!DOCTYPE html><html><p>Hi</html>", "<!-- --><html>", "<ab", "<htm",
+                           "<", "   ", "\r\n", "\t<html>", "Hi <html>", "< html>", "<p>"}) {
+    EXPECT_EQ(Html(body), "<html>" + std::string(body) + "</html>");
+  }
+}
+
+TEST(MsgDocument, OfOneNulIsAnEmptyElement) {
+  EXPECT_EQ(Html(std::string(1, '\0')), "<html></html>");
+  // One terminator is dropped, no more.
+  EXPECT_EQ(Html(std::string("<p>\0\0", 5)), std::string("<html><p>\0</html>", 17));
+}
+
+TEST(MsgDocument, GetsACharsetDeclarationAndItsNul) {
+  const std::string meta = "<meta http-equiv=Content-Type content=\"text/html; charset=utf-8\">";
+  EXPECT_EQ(Html("<html><head></head>"), "<html><head>" + meta + "</head>" + '\0');
+  EXPECT_EQ(Html("<p><head></head>"), "<html><p><head>" + meta + "</head></html>" + '\0');
+  EXPECT_EQ(Html("<html><HEAD></HEAD>"), "<html><HEAD></HEAD>");
+  EXPECT_EQ(Html("<html><head></head>charset"), "<html><head></head>charset");
+}
+
+TEST(MsgDocument, TellsRtfByItsFirstFiveBytes) {
+  MsgBuilder msg;
+  msg.binary(0x1009, PackRtf(kMsgRtf)).text(0x1000, u"Plain");
+  Document rtf(msg);
+  EXPECT_EQ(rtf.status, StatusOk);
+  EXPECT_EQ(rtf.kind, uint32_t{DocumentRtf});
+  EXPECT_EQ(rtf.bytes, kMsgRtf);
+  EXPECT_EQ(rtf.data.document.data[rtf.bytes.size()], '\0');
+  EXPECT_EQ(Html(" {\\rtf1}"), "<html> {\\rtf1}</html>");
+  EXPECT_EQ(Html("{\\rt"), "<html>{\\rt</html>");
+  // The HTML stream may hold it as well.
+  MsgBuilder stream;
+  stream.binary(0x1013, kMsgRtf);
+  EXPECT_EQ(Document(stream).kind, uint32_t{DocumentRtf});
+}
+
+TEST(MsgDocument, FailsWithOneCodeWhateverTheRendererSays) {
+  MsgBuilder rtf;
+  rtf.binary(0x1009, StoreRtf("{\\rtf1 no font table}"));
+  EXPECT_EQ(Document(rtf).status, StatusOutOfMemory);
+  MsgBuilder html = PlainMsg();
+  html.binary(0x1013, "<body without an end");
+  EXPECT_EQ(Document(html).status, StatusOutOfMemory);
+}
+
+// The length counts from the mark, so that the last two bytes of the text fall outside.
+TEST(MsgDocument, OfTextBeginsWithAMarkThatItsLengthLeavesOut) {
+  const std::string mark = "\xEF\xBB\xBF";
+  for (const bool textOnly : {false, true}) {
+    for (const auto& [text, counted] :
+         {std::pair(u"Body", mark + "Bo"), std::pair(u"abc", mark + "a"), std::pair(u"ab", mark),
+          std::pair(u"a", mark.substr(0, 2)), std::pair(u"\u00e9", mark)}) {
+      MsgBuilder msg;
+      msg.text(0x1000, text);
+      Document document(msg, textOnly);
+      EXPECT_EQ(document.status, StatusOk);
+      EXPECT_EQ(document.kind, uint32_t{DocumentText});
+      EXPECT_EQ(document.bytes, counted);
+      EXPECT_GE(document.data.document.capacity, counted.size() + 3);
+    }
+  }
+  MsgBuilder msg;
+  msg.text(0x1000, u"Body");
+  const Document document(msg);
+  EXPECT_EQ(std::string(document.data.document.data, 8), mark + "Body" + '\0');
+}
+
+TEST(MsgDocument, OfEmptyTextIsTheFirstByteOfTheMark) {
+  MsgBuilder narrow;
+  narrow.text8(0x1000, "");
+  for (const std::string& file :
+       {narrow.write(), MsgBuilder().write(), CompoundBuilder().write()}) {
+    const Document document(file);
+    EXPECT_EQ(document.status, StatusOk);
+    EXPECT_EQ(document.kind, uint32_t{DocumentText});
+    EXPECT_EQ(document.bytes, "\xEF");
+  }
+}
+
+TEST(MsgDocument, TakesABodyOfLengthZeroForNone) {
+  MsgBuilder msg;
+  msg.text(0x1000, u"Body").text8(0x1013, "");
+  EXPECT_EQ(Document(msg).kind, uint32_t{DocumentText});
+}
+
+TEST(MsgDocument, GivesTheTextOfAMessageWithHtmlWhenAsked) {
+  MsgBuilder msg;
+  msg.text(0x1000, u"Body").binary(0x1013, "<p>Html");
+  EXPECT_EQ(Document(msg).bytes, "<html><p>Html</html>");
+  EXPECT_EQ(Document(msg, true).bytes,
+            "\xEF\xBB\xBF"
+            "Bo");
+}
+
+void ExpectNothing(const Document& document, int32_t status) {
+  EXPECT_EQ(document.status, status);
+  EXPECT_EQ(document.kind, uint32_t{DocumentNone});
+  EXPECT_EQ(document.data.readerFormat, FormatNone);
+  EXPECT_EQ(document.data.document.data, nullptr);
+  EXPECT_EQ(document.data.document.length, 0u);
+}
+
+TEST(MsgDocument, NeedsABodyOfTheKind) {
+  MsgBuilder msg;
+  msg.text(0x1000, u"").binary(0x1013, "<p>Html");
+  EXPECT_EQ(Document(msg).status, StatusOk);
+  ExpectNothing(Document(msg, true), StatusNotSupported);
+  MsgBuilder none;
+  none.text(0x1000, u"");
+  ExpectNothing(Document(none), StatusNotSupported);
+  ExpectNothing(Document("\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1 and nothing else"), StatusNotSupported);
+}
+
+TEST(MsgDocument, PassesOnTheCodeOfTheReader) {
+  MsgBuilder msg;
+  std::string packed = PackRtf(kMsgRtf);
+  packed[12] = static_cast<char>(packed[12] ^ 1);
+  msg.binary(0x1009, packed).text(0x1000, u"Body");
+  ExpectNothing(Document(msg), StatusNotSupported);
+  PstFilterData data;
+  uint32_t kind = DocumentNone;
+  EXPECT_EQ(ReadMsgDocument(u"/nowhere", data, kind, false, nullptr), StatusMsgOpenFailed);
+}
+
+TEST(MsgDocument, SaysHowItsImagesFared) {
+  MsgBuilder msg;
+  msg.binary(0x1013, "<img src=\"a.png\">").attachment(u"a.png", "");
+  const Document document(msg);
+  EXPECT_EQ(document.status, StatusOk);
+  EXPECT_EQ(document.bytes, "<html><img src=\"a.png\"></html>");
+  EXPECT_EQ(document.data.attachmentStatus, StatusBadArgument);
+  EXPECT_EQ(document.data.readerFormat, FormatMsg);
+}
+
+TEST(MsgDocument, IsNotMadeForARequest) {
+  int calls = 0;
+  const AttachmentRequest request = {
+      kAllAttachments, 0,
+      [](void* user, TrackedBuffer<char>*, const char16_t*, PropertyList*) {
+        ++*static_cast<int*>(user);
+        return int32_t{2};
+      },
+      &calls};
+  const Document document(AttachedMsg().write(), false, &request);
+  EXPECT_EQ(document.status, StatusOk);
+  EXPECT_EQ(calls, 3);
+  EXPECT_EQ(document.kind, uint32_t{DocumentNone});
+  EXPECT_EQ(document.data.document.data, nullptr);
+  EXPECT_EQ(document.data.readerFormat, FormatMsg);
+  EXPECT_EQ(document.data.attachmentCount, 0u);
+}
+
+// The charset declaration comes last, so some of these fail in it.
+TEST(MsgDocument, IsWholeOrNotThereWhicheverAllocationFails) {
+  MsgBuilder html;
+  html.binary(0x1013, "<html><head></head>");
+  MsgBuilder text;
+  text.text(0x1000, u"Body");
+  for (const MsgBuilder* msg : {&html, &text}) {
+    const std::string file = msg->write();
+    const std::string whole = Document(file).bytes;
+    int failures = 0;
+    for (uint64_t n = 1;; ++n) {
+      PlainKernelFailAt(PlainKernelFaultMemory, n);
+      const Document document(file);
+      PlainKernelFailAt(PlainKernelFaultMemory, 0);
+      if (document.status == StatusOk) {
+        EXPECT_EQ(document.bytes, whole);
+        // What fails in the pass over the attachments alone is kept.
+        if (document.data.attachmentStatus == StatusOk) break;
+        continue;
+      }
+      ++failures;
+      ExpectNothing(document, StatusOutOfMemory);
+    }
+    EXPECT_GT(failures, 10);
+  }
+}
+
+}  // namespace
+}  // namespace tarn::test

@@ -1,0 +1,396 @@
+// MSG files through the exports: every kind of document in nine languages on both routes, the
+// attachments, and embedded messages that open again.
+
+#include <gtest/gtest.h>
+
+#include "Internal/Tarnclasses_.h"
+#include "MsgSamples.h"
+#include "support/FakeHost.h"
+#include "support/LeakCheck.h"
+#include "support/LocalZone.h"
+#include "support/RtfCompressor.h"
+
+namespace tarn::test {
+namespace {
+
+struct Labels {
+  uint32_t language;
+  std::string from, sent, to, subject, importance, high;
+};
+
+const Labels kLabels[] = {
+    {0x0409, "From:      ", "Sent:      ", "To:        ", "Subject:   ", "Importance:", "High"},
+    {0x0407, "Von:       ", "Gesendet:  ", "An:        ", "Betreff:   ", "Priorit\u00e4t: ",
+     "H\u00f6"
+     "ch"},
+    {0x0418, "De la:     ", "Trimis:    ", "C\u0103tre:     ", "Subiect:   ",
+     "Importan\u021b\u0103:", "Maxim"},
+    {0x040C,
+     "De:        ", "Envoy\u00e8:    ", "\u00c0:         ", "Objet:     ", "Importance:", "Haute"},
+    {0x0411, "差出人:  ", "送信日時:", "宛先:    ", "件名:    ", "重要度:  ", "高"},
+    {0x0804, "发件人:  ", "发送时间:", "收件人:  ", "主题:    ", "重要性:  ", "高"},
+    {0x0404, "寄件者:  ", "寄件日期:", "收件者:  ", "主旨:    ", "重要性:  ", "高"},
+    {0x0412, "보낸 사람:", "보낸 날짜:", "받는 사람:", "제목:     ", "중요도:  ", "높음"},
+    {0x2C01, "نمن :  ", "تاريخ الإرسال:", "إلى :  ", "الموضوع:", "الأهمية: ", "عالية"}};
+
+const Labels& kEnglish = kLabels[0];
+
+std::string MsgHtmlRow(const std::string& label, const std::string& value) {
+  return "\n<tr><td style = 'width:87pt; padding: 0px; vertical-align:top'><b><span style = "
+         "'font-family:\"Calibri\",\"sans-serif\";mso-bidi-font-family:Calibri; color:black'>" +
+         label +
+         "</span></b></td><td style = 'padding: 0px'><span style = "
+         "'font-family:\"Calibri\",\"sans-serif\";mso-bidi-font-family:Calibri; color:black; "
+         "word-wrap: break-word;'>" +
+         value + "</span></td></tr>\r\n";
+}
+
+std::string MsgHtmlBlock(const Labels& labels) {
+  return "<table style = 'border-collapse: collapse ; table-layout: fixed; width: 100%'>\r\n" +
+         MsgHtmlRow(labels.from, "Ann &lt;ann@example.com&gt;") +
+         MsgHtmlRow(labels.sent, "Sat Nov 21, 2026 10:00 AM") + MsgHtmlRow(labels.to, "Bob") +
+         MsgHtmlRow(labels.subject, "Hello") + MsgHtmlRow(labels.importance, labels.high) +
+         "</table>\r\n<p class=MsoNormal><o:p>&nbsp;</o:p></p>\r\n";
+}
+
+std::string MsgTextRow(const std::string& label, const std::string& value) {
+  return label + "\t" + value + "\r\n";
+}
+
+// The bytes that the length of a text document counts.
+std::string Counted(const std::string& text) {
+  return ("\xEF\xBB\xBF" + text).substr(0, text.size() + 1);
+}
+
+std::string PlainDocument(const Labels& labels) {
+  return Counted(MsgTextRow(labels.from, "Ann <ann@example.com>") +
+                 MsgTextRow(labels.sent, "Sat Nov 21, 2026 10:00 AM") +
+                 MsgTextRow(labels.to, "Bob") + MsgTextRow(labels.subject, "Hello") +
+                 MsgTextRow(labels.importance, labels.high) + "\r\nPlain body");
+}
+
+std::string MsgRtfRow(const std::string& label, const std::string& value) {
+  return "\r{\\rtlch\\fcs1 \\ab\\af37 \\ltrch\\fcs0 \\b\\cf0\\insrsid5716485 " + label +
+         "\\tab }{\\rtlch\\fcs1 \\af37 \\ltrch\\fcs0 \\cf0 " + value +
+         "\\insrsid5716485 \\par }\r\n";
+}
+
+class MsgRoad : public ::testing::Test {
+ protected:
+  LocalZone zone_;
+};
+
+// The document on the current route, by fltInfo and by fltLoad.
+std::string DocumentOf(const std::string& file, int32_t textOnly = 0) {
+  FakeHost host(file);
+  host.infoContext->textOnly = textOnly;
+  EXPECT_EQ(host.info(), StatusOk);
+  host.clearSlot();
+  host.loadContext->textOnly = textOnly;
+  EXPECT_EQ(host.load(), StatusOk);
+  EXPECT_EQ(host.directory().listing(), "mail");
+  if (host.calls.size() != 2) return "no two documents";
+  EXPECT_EQ(host.calls[0].document, host.calls[1].document);
+  EXPECT_EQ(host.calls[0].info.format, host.calls[1].info.format);
+  EXPECT_EQ(host.hostInfo->format, FormatMsg);
+  return host.calls[0].document;
+}
+
+TEST_F(MsgRoad, MakesHtmlInEveryLanguage) {
+  MsgBuilder msg = PlainMsg();
+  msg.binary(0x1013, kMsgHtml);
+  const std::string file = msg.write();
+  for (const Labels& labels : kLabels) {
+    PlainKernelSetLanguage(labels.language);
+    const std::string expected =
+        "<html><head><meta http-equiv=Content-Type content=\"text/html; charset=utf-8\"></head>"
+        "<body>" +
+        MsgHtmlBlock(labels) + "<p>Hi</p></body></html>";
+    PlainKernelSetIoMode(0);
+    EXPECT_EQ(DocumentOf(file), expected) << labels.language;
+    // From memory the length counts the NUL of the declaration.
+    PlainKernelSetIoMode(3);
+    EXPECT_EQ(DocumentOf(file), expected + '\0') << labels.language;
+    for (const int32_t ioMode : {0, 3}) {
+      PlainKernelSetIoMode(ioMode);
+      EXPECT_EQ(DocumentOf(file, 1), PlainDocument(labels)) << labels.language;
+    }
+  }
+}
+
+TEST_F(MsgRoad, MakesTextInEveryLanguageWithAndWithoutTheFlag) {
+  const std::string file = PlainMsg().write();
+  for (const Labels& labels : kLabels) {
+    for (const int32_t ioMode : {0, 3}) {
+      for (const int32_t textOnly : {0, 1}) {
+        PlainKernelSetLanguage(labels.language);
+        PlainKernelSetIoMode(ioMode);
+        EXPECT_EQ(DocumentOf(file, textOnly), PlainDocument(labels)) << labels.language;
+      }
+    }
+  }
+}
+
+TEST_F(MsgRoad, MakesRtf) {
+  MsgBuilder msg = PlainMsg();
+  msg.binary(0x1009, PackRtf(kMsgRtf));
+  const std::string expected =
+      "{\\rtf1\\ansi{\\fonttbl{\\f0 Arial;}}\r\n" +
+      MsgRtfRow("From:      ", "Ann <ann@example.com>") +
+      MsgRtfRow("Sent:      ", "Sat Nov 21, 2026 10:00 AM") + MsgRtfRow("To:        ", "Bob") +
+      MsgRtfRow("Subject:   ", "Hello") + MsgRtfRow("Importance:", "High") +
+      "\\pard \\ltrpar\\ql \\li0\\ri0\\widctlpar\\wrapdefault\\aspalpha\\aspnum\\faauto"
+      "\\adjustright\\rin0\\lin0\\itap0 {\\rtlch\\fcs1 \\af1 \\ltrch\\fcs0 \\insrsid5716485 \\par }"
+      "\\pard Hi\\par}";
+  for (const int32_t ioMode : {0, 3}) {
+    PlainKernelSetIoMode(ioMode);
+    EXPECT_EQ(DocumentOf(msg.write()), expected);
+    EXPECT_EQ(DocumentOf(msg.write(), 1), PlainDocument(kEnglish));
+  }
+  // In every language it is RTF with the same body.
+  for (const Labels& labels : kLabels) {
+    PlainKernelSetLanguage(labels.language);
+    const std::string document = DocumentOf(msg.write());
+    EXPECT_EQ(document.substr(0, 11), "{\\rtf1\\ansi");
+    EXPECT_TRUE(document.ends_with("\\pard Hi\\par}")) << document;
+  }
+}
+
+TEST_F(MsgRoad, TellsTheSiblingWhatTheDocumentIs) {
+  MsgBuilder html = PlainMsg();
+  html.binary(0x1013, kMsgHtml);
+  MsgBuilder rtf = PlainMsg();
+  rtf.binary(0x1009, PackRtf(kMsgRtf));
+  struct Case {
+    std::string file;
+    int32_t ioMode;
+    int32_t textOnly;
+    Route route;
+    int32_t sibling;
+  };
+  const Case cases[] = {
+      {html.write(), 0, 0, Route::InfoByName, SiblingHtml},
+      {html.write(), 3, 0, Route::InfoFromMemory, SiblingHtml},
+      {html.write(), 0, 1, Route::InfoFromMemory, SiblingText},
+      {rtf.write(), 0, 0, Route::InfoFromMemory, SiblingRtf},
+      {rtf.write(), 3, 1, Route::InfoFromMemory, SiblingText},
+      {PlainMsg().write(), 0, 0, Route::InfoFromMemory, SiblingText},
+  };
+  for (const Case& one : cases) {
+    PlainKernelSetIoMode(one.ioMode);
+    FakeHost host(one.file);
+    host.infoContext->textOnly = one.textOnly;
+    ASSERT_EQ(host.info(), StatusOk);
+    EXPECT_EQ(host.calls[0].route, one.route);
+    EXPECT_EQ(host.calls[0].info.format, one.sibling);
+  }
+}
+
+TEST_F(MsgRoad, WritesTheAddressEvenWhenThereIsNone) {
+  MsgBuilder msg;
+  msg.text(0x0C1A, u"Ann").text(0x1000, u"Body");
+  EXPECT_EQ(DocumentOf(msg.write()), Counted("From:      \tAnn <>\r\nBody"));
+  msg.text(0x5D01, u"/O=EXAMPLE/CN=ANN");
+  EXPECT_EQ(DocumentOf(msg.write()), Counted("From:      \tAnn\r\nBody"));
+}
+
+TEST_F(MsgRoad, NamesTheAuthorBehindTheSender) {
+  PlainKernelSetIoMode(3);
+  MsgBuilder msg;
+  msg.text(0x0C1A, u"Ann").text(0x004D, u"Eve").text(0x5D01, u"ann@example.com");
+  msg.binary(0x1013, "<html>Hi</html>");
+  EXPECT_NE(DocumentOf(msg.write()).find(">Ann on behalf of Eve</span>"), std::string::npos);
+}
+
+TEST_F(MsgRoad, PutsImagesIntoTheDocument) {
+  const std::string file = AttachedMsg().write();
+  const std::string front = "<html><body>" + MsgHtmlBlock(kEnglish) + "<img src=\"";
+  PlainKernelSetIoMode(3);
+  EXPECT_EQ(DocumentOf(file),
+            front + "data:image;base64," + MsgImageBase64() + "\"></body></html>");
+  PlainKernelSetIoMode(0);
+  EXPECT_EQ(DocumentOf(file), front + "one@x_a.png\"></body></html>");
+  FakeHost host(file);
+  ASSERT_EQ(host.info(), StatusOk);
+  EXPECT_NE(host.calls[0].besideFiles.find("/one@x_a.png"), std::string::npos);
+  EXPECT_EQ(Copy(host.hostInfo->attachmentCount), 3);
+}
+
+TEST_F(MsgRoad, TellsTheHostHowImagesFared) {
+  PlainKernelSetIoMode(3);
+  MsgBuilder msg = PlainMsg();
+  msg.binary(0x1013, "<html><img src=\"a.png\"></html>").attachment(u"a.png", "");
+  FakeHost host(msg.write());
+  host.loadContext->status = 1;
+  ASSERT_EQ(host.load(), StatusOk);
+  EXPECT_EQ(Copy(host.loadContext->status), StatusBadArgument);
+}
+
+TEST_F(MsgRoad, RefusesWhatIsNoMessage) {
+  const std::string magic = "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1";
+  for (const std::string& file :
+       {magic + "1234", magic + std::string(600, '\xFF'), magic + std::string(10, '\0')}) {
+    for (const int32_t textOnly : {0, 1}) {
+      FakeHost host(file);
+      host.infoContext->textOnly = textOnly;
+      EXPECT_EQ(host.info(), StatusNotSupported);
+      host.loadContext->textOnly = textOnly;
+      EXPECT_EQ(host.load(), StatusNotSupported);
+      EXPECT_TRUE(host.calls.empty());
+    }
+  }
+}
+
+// --------------------------------------------------------------------------------- attachments
+
+std::string Extracted(const std::string& file, int32_t number) {
+  FakeHost host(file);
+  EXPECT_EQ(host.extract(number), StatusOk);
+  void* const data = host.extractContext->data;
+  if (data == nullptr) return "(none)";
+  std::string bytes(static_cast<const char*>(data), Copy(host.extractContext->size));
+  KernelFree(data, TARN_HERE);
+  return bytes;
+}
+
+TEST_F(MsgRoad, ListsAttachments) {
+  FakeHost host(AttachedMsg().write());
+  ASSERT_EQ(host.attachmentInfo(), StatusOk);
+  AttachmentInfoBlock* const block = host.listContext->block;
+  EXPECT_EQ(block->format, FormatMsg);
+  ASSERT_EQ(Copy(block->itemCount), 3u);
+  const AttachmentInfoItem& image = block->items[0];
+  EXPECT_EQ(std::u16string(image.name), u"a.png");
+  EXPECT_EQ(image.size, 0u);
+  EXPECT_EQ(image.creationTime, 1795255200);
+  EXPECT_EQ(image.modificationTime, 1795255260);
+  ASSERT_EQ(image.propertyCount, 2u);
+  EXPECT_EQ(std::u16string(image.properties[0].name), u"Content-ID");
+  EXPECT_EQ(std::u16string(image.properties[0].value), u"one@x");
+  EXPECT_EQ(std::u16string(image.properties[1].name), u"MimeType");
+  EXPECT_EQ(std::u16string(image.properties[1].value), u"image/png");
+  EXPECT_EQ(std::u16string(block->items[1].name), u"report.pdf");
+  EXPECT_EQ(block->items[1].propertyCount, 0u);
+  EXPECT_EQ(block->items[1].creationTime, 0);
+  EXPECT_EQ(std::u16string(block->items[2].name), u"Inner message");
+  EXPECT_EQ(block->items[2].number, 3u);
+  FreeAttachmentBlock(block);
+  EXPECT_EQ(host.directory().listing(), "mail");
+}
+
+TEST_F(MsgRoad, ExtractsToMemoryAndToFiles) {
+  const std::string file = AttachedMsg().write();
+  EXPECT_EQ(Extracted(file, 1), kMsgImage);
+  EXPECT_EQ(Extracted(file, 2), "%PDF-1.4 not much of one");
+  EXPECT_EQ(Extracted(file, 4), "(none)");
+  FakeHost host(file);
+  const std::u16string path = host.directory().wide() + u"/out";
+  for (const auto& [number, bytes] :
+       {std::pair(1, kMsgImage), std::pair(2, std::string("%PDF-1.4 not much of one")),
+        std::pair(3, Extracted(file, 3))}) {
+    ASSERT_EQ(host.extract(number, path.c_str()), StatusOk);
+    EXPECT_EQ(ReadWholeFile(path), bytes);
+  }
+}
+
+TEST_F(MsgRoad, ListsNothingOfAFileThatDoesNotLoad) {
+  FakeHost host("\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1 and nothing else");
+  ASSERT_EQ(host.attachmentInfo(), StatusOk);
+  EXPECT_EQ(Copy(host.listContext->block->itemCount), 0u);
+  FreeAttachmentBlock(host.listContext->block);
+  EXPECT_EQ(host.extract(1), StatusOk);
+  EXPECT_EQ(Copy(host.extractContext->data), nullptr);
+}
+
+TEST_F(MsgRoad, OpensAnExtractedMessageAgain) {
+  PlainKernelSetIoMode(3);
+  const std::string inner = Extracted(AttachedMsg().write(), 3);
+  EXPECT_EQ(DocumentOf(inner), Counted("From:      \tEve <>\r\n"
+                                       "Sent:      \tSat Nov 21, 2026 10:00 AM\r\n"
+                                       "Subject:   \tInner\r\n\r\nInner body"));
+  FakeHost host(inner);
+  ASSERT_EQ(host.attachmentInfo(), StatusOk);
+  EXPECT_EQ(Copy(host.listContext->block->itemCount), 0u);
+  FreeAttachmentBlock(host.listContext->block);
+}
+
+// Relied upon: a message that ends in a storage comes out with its streams and nothing that leads
+// to them, and the call succeeds.
+TEST_F(MsgRoad, ExtractsAMessageThatEndsInAStorageWithoutAHeader) {
+  MsgBuilder msg = PlainMsg();
+  MsgBuilder& inner = msg.attachment().text(0x3707, u"Inner").embedded();
+  inner.text(0x1000, u"Inner body").recipient(u"Bob", u"bob@example.com");
+  const std::string bytes = Extracted(msg.write(), 1);
+  ASSERT_GT(bytes.size(), 2048u);
+  EXPECT_EQ(bytes.substr(0, 512), std::string(512, '\0'));
+  EXPECT_NE(bytes.find(WideBytes(u"Inner body")), std::string::npos);
+  // To the filter it is a mail file without a body.
+  FakeHost host(bytes);
+  EXPECT_EQ(host.info(), StatusNotSupported);
+}
+
+TEST_F(MsgRoad, PassesOverAnAttachmentThatIsEmpty) {
+  MsgBuilder msg = PlainMsg();
+  msg.attachment().text(0x3707, u"nothing");
+  msg.attachment(u"b", "bytes");
+  EXPECT_EQ(Extracted(msg.write(), 1), "(none)");
+  EXPECT_EQ(Extracted(msg.write(), 2), "bytes");
+}
+
+// -------------------------------------------------------------------------------------- faults
+
+// Deletes the image that is not in the host's directory for good; 1 when there is one.
+int DeleteLeftover(const FakeHost& host) {
+  const std::string listing = host.directory().listing();
+  if (listing == "mail") return 0;
+  EXPECT_TRUE(listing.ends_with("/one@x_a.png")) << listing;
+  const std::filesystem::path image =
+      host.directory().path() / listing.substr(listing.rfind(' ') + 1);
+  KernelDeleteFile(image.u16string().c_str());
+  return 1;
+}
+
+// Relied upon: an image whose path finds no place in the record's list stays behind.
+TEST_F(MsgRoad, LeavesNothingBehindWhicheverCallFails) {
+  MsgBuilder msg = PlainMsg();
+  msg.binary(0x1013, "<html><head></head><body><img src=\"cid:one@x\"></body></html>");
+  msg.attachment(u"a.png", kMsgImage).contentId(u"one@x");
+  const std::string file = msg.write();
+  int leftovers = 0;
+  for (const int32_t ioMode : {0, 3}) {
+    for (const int32_t group :
+         {PlainKernelFaultMemory, PlainKernelFaultRead, PlainKernelFaultSeek, PlainKernelFaultWrite,
+          PlainKernelFaultOpen, PlainKernelFaultText}) {
+      uint32_t calm = 0;
+      for (uint64_t n = 1; calm < 60; ++n) {
+        PlainKernelUsageRecord before = {};
+        PlainKernelUsage(&before);
+        int32_t status = 0;
+        {
+          PlainKernelSetIoMode(ioMode);
+          FakeHost host(file);
+          PlainKernelFailAt(group, n);
+          status = host.info();
+          PlainKernelFailAt(group, 0);
+          host.clearSlot();
+          leftovers += DeleteLeftover(host);
+        }
+        PlainKernelUsageRecord after = {};
+        PlainKernelUsage(&after);
+        ASSERT_EQ(after.liveBlocks, before.liveBlocks) << group << " " << n;
+        ASSERT_EQ(after.openHandles, before.openHandles) << group << " " << n;
+        ASSERT_EQ(after.liveTrackedObjects, before.liveTrackedObjects) << group << " " << n;
+        EXPECT_TRUE(status == StatusOk || status == StatusOutOfMemory ||
+                    status == StatusReadFailed || status == StatusNotSupported ||
+                    status == StatusMsgOpenFailed || status == StatusCreateFailed ||
+                    status == StatusWriteFailed)
+            << group << " " << n << " " << status;
+        calm = status == StatusOk ? calm + 1 : 0;
+      }
+    }
+  }
+  EXPECT_EQ(leftovers, 1);
+}
+
+}  // namespace
+}  // namespace tarn::test
