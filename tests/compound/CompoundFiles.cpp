@@ -1,5 +1,7 @@
 #include "CompoundFiles.h"
 
+#include <new>
+
 namespace tarn::test {
 
 DirectoryEntry* LoadedFile::find(std::string_view path) {
@@ -27,7 +29,12 @@ std::string LoadedFile::names(std::string_view path) {
 NewFile::NewFile() : file_(storage_, KERNEL_BAD_HANDLE) {
   KernelMemFileOpen(&handle_, &state_, KERNEL_MEMFILE_EMPTY, nullptr, 0, 0);
   file_.handle = handle_;
-  opened_ = OpenCompoundFile(file_, true, true);
+  try {
+    opened_ = OpenCompoundFile(file_, true, true);
+  } catch (const std::bad_alloc&) {
+    end();
+    throw;
+  }
 }
 
 uint64_t NewFile::append(std::string_view path, std::string_view bytes) {
