@@ -266,5 +266,36 @@ TEST(PropertyBag, WithoutMemory) {
   });
 }
 
+// Written with records of 8 bytes at every level, as they are read here.
+TEST(PropertyBag, ThousandsOfPropertiesLieInATreeOfThreeLevels) {
+  for (const PstLayout layout : kLayouts) {
+    BthShape shape = BthShape::StrideOf8();
+    shape.fanOut = 20;
+    PropertyContextBuilder builder(layout, shape);
+    for (uint32_t id = 1; id <= 5000; ++id) {
+      if (id % 3 == 0) {
+        builder.text(static_cast<uint16_t>(id), u"text " + std::u16string(id % 7, u'x'));
+      } else {
+        builder.number(static_cast<uint16_t>(id), kTypeInt32, id * 7);
+      }
+    }
+    NodeStore store(builder.build(), layout);
+    const property_bag bag(store.node());
+    const std::vector<uint16_t> list = List(bag);
+    ASSERT_EQ(list.size(), 5000u);
+    for (uint32_t id = 1; id <= 5000; ++id) {
+      const auto key = static_cast<uint16_t>(id);
+      EXPECT_EQ(list[id - 1], key);
+      if (id % 3 == 0) {
+        EXPECT_EQ(Wide(bag, key), u"text " + std::u16string(id % 7, u'x'));
+      } else {
+        EXPECT_EQ(bag.get_value_4(key), id * 7);
+      }
+    }
+    EXPECT_FALSE(bag.prop_exists(5001));
+    EXPECT_FALSE(bag.prop_exists(0));
+  }
+}
+
 }  // namespace
 }  // namespace tarn::test

@@ -139,7 +139,7 @@ TEST(BthBuilder, StrideOf8FillsUpAllRecordsAndCountsTheLeaves) {
             "\xB5\x02\x02\x02\x80\0\0\0"
             "\x01\0vw\0\0\0\0\x02\0vw\0\0\0\0"
             "\x03\0vw\0\0\0\0"
-            "\x01\0\x40\0\0\0\0\0\x03\0\x60\0\0\0\0\0"s);
+            "\x01\0\0\0\x40\0\0\0\x03\0\0\0\x60\0\0\0"s);
   shape.fanOut = 0;
   EXPECT_EQ(ThreeRecords(shape)[3], '\0');
   shape.levels = 9;

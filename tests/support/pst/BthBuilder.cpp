@@ -30,7 +30,9 @@ std::vector<BthBuilder::Record> BthBuilder::writeLevel(HeapBuilder& heap,
       bytes += records[j].data;
       bytes.resize(std::max(bytes.size(), start + shape_.stride));
     }
-    above.push_back({records[i].key, LeBytes(heap.add(bytes), 4)});
+    // In records of a stride the id of the child stands at their end.
+    const size_t gap = std::max(shape_.stride, keySize_ + sizeof(uint32_t)) - keySize_ - 4;
+    above.push_back({records[i].key, std::string(gap, '\0') + LeBytes(heap.add(bytes), 4)});
   }
   return above;
 }
@@ -43,7 +45,7 @@ void BthBuilder::write(HeapBuilder& heap, uint32_t headerHid) const {
     for (; level.size() > 1 || indexLevels < shape_.minIndexLevels; ++indexLevels) {
       level = writeLevel(heap, level, 2);
     }
-    root = level.front().data;
+    root = level.front().data.substr(level.front().data.size() - 4);
   }
   const bool isOneHigher = shape_.countsLeaves && indexLevels != 0;
   const uint8_t counted = static_cast<uint8_t>(indexLevels + (isOneHigher ? 1 : 0));

@@ -25,7 +25,7 @@ struct BthShape {
   size_t fanOut = 0;
   // Index levels of one record above a tree that would have fewer.
   uint8_t minIndexLevels = 0;
-  // Deviating: each record is filled up with zeros to this many bytes.
+  // Deviating: each record is filled up with zeros to this many bytes, in front of a child's id.
   size_t stride = 0;
   // Deviating: bIdxLevels of a tree with index levels is one higher.
   bool countsLeaves = false;
