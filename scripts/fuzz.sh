@@ -30,7 +30,9 @@ fuzz() {
 
 fuzz FuzzCompoundFile compound.dict examples/compound
 fuzz FuzzCompressedRtf rtf.dict examples/compressed-rtf
+fuzz FuzzEmbeddedExport msg.dict examples/msg
 fuzz FuzzEmlRoad mail.dict examples
+fuzz FuzzMsgRoad msg.dict examples/msg
 "$root/build/debug/tests/WritePstSeeds" "$work/pst-seeds"
 fuzz FuzzPstRoad pst.dict build/debug/fuzz/pst-seeds
 fuzz FuzzPstStore pst.dict build/debug/fuzz/pst-seeds

@@ -1,0 +1,122 @@
+// Embedded messages of damaged files: each is exported, and what came out is loaded again.
+//
+// A run aborts when an export leaves anything behind in the kernel, when an exported file with a
+// header does not load, or when a stream of the embedded message is not in it as it was.
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <string>
+#include <string_view>
+
+#include "Internal/Tarnclasses_.h"
+#include "Tarnbase/PlainKernel.h"
+#include "compound/CompoundStream.h"
+#include "msg/EmbeddedMessage.h"
+
+namespace {
+
+using tarn::CompoundOk;
+using tarn::CompoundStorage;
+
+constexpr std::string_view kEmbedded = "__substg1.0_3701000D";
+constexpr std::string_view kProperties = "__properties_version1.0";
+
+// A compound file over a copy of the bytes, in a memory file.
+class File {
+ public:
+  explicit File(std::string_view bytes) : block_(KernelAlloc(bytes.size() + 1, 1, TARN_HERE)) {
+    std::memcpy(block_, bytes.data(), bytes.size());
+    if (KernelMemFileOpen(&handle_, &state_, KERNEL_MEMFILE_FILLED, block_, bytes.size(),
+                          bytes.size() + 1) != StatusOk) {
+      std::abort();
+    }
+    file_.emplace(storage_, handle_);
+    LoadCompoundFile(*file_);
+  }
+  File(const File&) = delete;
+  File& operator=(const File&) = delete;
+  ~File() {
+    file_.reset();
+    KernelFileClose(handle_);
+    KernelMemFileClose(state_, nullptr, nullptr, nullptr);
+    KernelFree(block_, TARN_HERE);
+  }
+
+  const CompoundStorage& storage() const { return storage_; }
+  bool isLoaded() const { return file_->result == CompoundOk; }
+
+ private:
+  void* block_;
+  uint64_t handle_ = 0;
+  void* state_ = nullptr;
+  CompoundStorage storage_;
+  std::optional<tarn::CompoundFile> file_;
+};
+
+std::string Read(const CompoundStorage& storage, const std::string& path) {
+  std::optional<tarn::CompoundStream> stream = OpenStream(storage, path);
+  if (!stream || stream->size() > storage.file->fileSize) return {};
+  std::string bytes(stream->size(), '\0');
+  bytes.resize(
+      StreamRead(*stream, 0, reinterpret_cast<unsigned char*>(bytes.data()), bytes.size()));
+  return bytes;
+}
+
+void Fail(const char* what) {
+  std::fprintf(stderr, "%s\n", what);
+  std::abort();
+}
+
+bool IsPlain(std::string_view name) {
+  return !name.empty() && name.size() <= 31 && name.find('/') == std::string_view::npos;
+}
+
+// Compares the streams of the root with those of the embedded message. Names that a file cannot
+// have, or has twice, are nobody's concern.
+void Compare(const CompoundStorage& source, const std::string& path, const CompoundStorage& copy) {
+  const auto names = ListEntryNames(source, path);
+  for (size_t i = 0; i < names.size(); ++i) {
+    const std::string name(names[i]);
+    size_t count = 0;
+    for (const auto& other : names) count += other == names[i] ? 1 : 0;
+    if (!IsPlain(name) || count != 1 || name == kProperties || name == "__nameid_version1.0")
+      continue;
+    if (!OpenStream(source, path + "/" + name)) continue;
+    if (Read(source, path + "/" + name) != Read(copy, name)) Fail("a stream has changed");
+  }
+}
+
+void Export(const CompoundStorage& source, const std::string& path) {
+  tarn::TrackedBuffer<char> data(0, 1024, 1);
+  const int32_t status = ExportEmbeddedMessage(source, path, data);
+  if (status != StatusOk || data.length < 512 || data.data[0] != '\xD0') return;
+  const File copy({data.data, data.length});
+  if (!copy.isLoaded()) Fail("the exported file does not load");
+  Compare(source, path, copy.storage());
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) try {
+  PlainKernelUsageRecord before = {};
+  PlainKernelUsage(&before);
+  {
+    const File file({reinterpret_cast<const char*>(data), size});
+    if (!file.isLoaded()) return 0;
+    Export(file.storage(), "/");
+    for (const auto& name : ListEntryNames(file.storage(), "/")) {
+      Export(file.storage(), std::string(name) + "/" + std::string(kEmbedded));
+    }
+  }
+  PlainKernelUsageRecord after = {};
+  PlainKernelUsage(&after);
+  if (after.liveBlocks != before.liveBlocks || after.openHandles != before.openHandles ||
+      after.liveTrackedObjects != before.liveTrackedObjects) {
+    Fail("an export left something behind");
+  }
+  return 0;
+} catch (const std::bad_alloc&) {
+  return 0;
+}
