@@ -75,7 +75,8 @@ CLI::App* AddCommand(CLI::App& app, const std::string& name, const std::string& 
 
 void AddTextOption(CLI::App& command, MessageChoice& message) {
   command.add_flag("--text", message.textOnly,
-                   "Ask for plain text (a mail file gives its own body all the same)");
+                   "Ask for plain text, which PST messages without another body need (an EML file "
+                   "gives its own body all the same)");
 }
 
 void AddOutputOption(CLI::App& command, std::optional<std::string>& output) {

@@ -53,7 +53,9 @@ TEST_F(CommandLine, PromisesNoPlainTextOfAMailFile) {
     help.erase(
         std::remove_if(help.begin(), help.end(), [](char c) { return c == ' ' || c == '\n'; }),
         help.end());
-    EXPECT_TRUE(Contains(help, "--textAskforplaintext(amailfilegivesitsownbodyallthesame)"))
+    EXPECT_TRUE(Contains(help,
+                         "--textAskforplaintext,whichPSTmessageswithoutanotherbodyneed("
+                         "anEMLfilegivesitsownbodyallthesame)"))
         << help;
   }
 }
