@@ -60,6 +60,17 @@ TEST_F(PstInlineImages, PreferTheCidReference) {
   EXPECT_EQ(body(), "<img alt=\"a.png\" src=\"" + kDataUrl + "\"><img src=\"a.png\">");
 }
 
+TEST_F(PstInlineImages, PlaceEachAttachmentByItsOwnReference) {
+  MessageBuilder& m = message();
+  m.html("<img src=\"cid:one.png\"><img src=\"cid:two.png\"><img src=\"cid:one.png\">");
+  m.attachment(u"one.png", kImageBytes).attachment(u"two.png", std::string(60, 'x'));
+  ASSERT_EQ(read(), 1);
+  std::string second = "data:image;base64,";
+  for (int i = 0; i < 20; ++i) second += "eHh4";
+  EXPECT_EQ(body(), "<img src=\"" + kDataUrl + "\"><img src=\"" + second + "\"><img src=\"" +
+                        kDataUrl + "\">");
+}
+
 TEST_F(PstInlineImages, FindTheShortNameOnlyAsItStands) {
   message()
       .html("<img src=\"cid:B.PNG\"> <img src=\"B.PNG\">")
