@@ -23,8 +23,8 @@ constexpr uint64_t kTime = 134397288000000000;
 // A file in the temporary directory, gone with the object.
 class MailFile {
  public:
-  explicit MailFile(const std::string& bytes)
-      : path_(std::filesystem::temp_directory_path() / "MsgBench.msg"), size_(bytes.size()) {
+  explicit MailFile(const std::string& bytes, const char* name = "MsgBench.msg")
+      : path_(std::filesystem::temp_directory_path() / name), size_(bytes.size()) {
     std::ofstream(path_, std::ios::binary)
         .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     wide_ = path_.u16string();
@@ -143,10 +143,57 @@ void SmallStreams(benchmark::State& state) {
   state.SetItemsProcessed(kStreams * state.iterations());
 }
 
+constexpr size_t kLarge = 50 << 20;
+
+bool WriteFile(const char16_t* path, const char* bytes, uint64_t size) {
+  const uint64_t handle = KernelFileOpen(path, KERNEL_OPEN_CREATE, KERNEL_OPEN_MODE);
+  const bool written = KernelFileWriteLarge(handle, bytes, size) == size;
+  KernelFileClose(handle);
+  return written;
+}
+
+void ExtractLarge(benchmark::State& state) {
+  MsgBuilder msg;
+  msg.attachment(u"large.bin", std::string(kLarge, 'x'));
+  const MailFile file(msg.write());
+  const MailFile target("", "MsgBench.out");
+  const tarn::AttachmentRequest request = {
+      1, 0,
+      [](void* user, tarn::TrackedBuffer<char>* data, const char16_t*, tarn::PropertyList*) {
+        const auto* const path = static_cast<const MailFile*>(user)->path();
+        return WriteFile(path, data->data, data->length) ? int32_t{StatusOk} : StatusWriteFailed;
+      },
+      const_cast<MailFile*>(&target)};
+  for (auto _ : state) {
+    tarn::PstFilterData data;
+    uint32_t kind = 3;
+    if (ReadMsgDocument(file.path(), data, kind, true, &request) != StatusOk) std::abort();
+  }
+  state.SetBytesProcessed(static_cast<int64_t>(kLarge) * state.iterations());
+}
+
+void CopyLarge(benchmark::State& state) {
+  const MailFile file(std::string(kLarge, 'x'));
+  const MailFile target("", "MsgBench.out");
+  std::string buffer(1 << 20, '\0');
+  for (auto _ : state) {
+    const uint64_t from = KernelFileOpen(file.path(), KERNEL_OPEN_READ, KERNEL_OPEN_MODE);
+    const uint64_t to = KernelFileOpen(target.path(), KERNEL_OPEN_CREATE, KERNEL_OPEN_MODE);
+    while (const uint64_t read = KernelFileReadLarge(from, buffer.data(), buffer.size())) {
+      if (KernelFileWriteLarge(to, buffer.data(), read) != read) std::abort();
+    }
+    KernelFileClose(to);
+    KernelFileClose(from);
+  }
+  state.SetBytesProcessed(static_cast<int64_t>(kLarge) * state.iterations());
+}
+
 BENCHMARK(HtmlDocument)->Unit(benchmark::kMicrosecond);
 BENCHMARK(RtfDocument)->Unit(benchmark::kMicrosecond);
 BENCHMARK(TextDocument)->Unit(benchmark::kMicrosecond);
 BENCHMARK(ReadFile)->Unit(benchmark::kMicrosecond);
 BENCHMARK(SmallStreams)->Unit(benchmark::kMicrosecond);
+BENCHMARK(ExtractLarge)->Unit(benchmark::kMillisecond);
+BENCHMARK(CopyLarge)->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -43,7 +43,7 @@ std::string DocumentBytes(const FilterLibrary& filter, const DocumentOptions& op
 std::string AttachmentsText(const FilterLibrary& filter, const AttachmentsOptions& options);
 
 // The bytes of one attachment. A number that the message does not have is a failure.
-std::string AttachmentBytes(const FilterLibrary& filter, const ExtractOptions& options);
+KernelBytes AttachmentBytes(const FilterLibrary& filter, const ExtractOptions& options);
 
 }  // namespace tarn::host
 

@@ -5,9 +5,9 @@
 
 namespace tarn::host {
 
-std::string AttachmentBytes(const FilterLibrary& filter, const ExtractOptions& options) {
+KernelBytes AttachmentBytes(const FilterLibrary& filter, const ExtractOptions& options) {
   const MailFile mail(filter, options.message);
-  std::optional<std::string> bytes = mail.extract(options.attachmentNumber);
+  std::optional<KernelBytes> bytes = mail.extract(options.attachmentNumber);
   if (!bytes) {
     throw Failure(ExitStatus::Failed, options.message.file,
                   "has no attachment " + std::to_string(options.attachmentNumber));

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string_view>
+#include <utility>
 
 #include "Tarnbase/Kernel.h"
 
@@ -17,19 +18,22 @@ inline void ReleaseBlock(void* block) {
 // Bytes in a kernel block, which the filter gave away.
 class KernelBytes {
  public:
+  KernelBytes() = default;
   KernelBytes(void* block, uint64_t size) : block_(block), size_(size) {}
-  KernelBytes(const KernelBytes&) = delete;
-  KernelBytes& operator=(const KernelBytes&) = delete;
+  KernelBytes(KernelBytes&& other) noexcept
+      : block_(std::exchange(other.block_, nullptr)), size_(std::exchange(other.size_, 0)) {}
+  KernelBytes& operator=(KernelBytes&&) = delete;
   ~KernelBytes() { ReleaseBlock(block_); }
 
+  bool hasBlock() const { return block_ != nullptr; }
   std::string_view view() const {
     return block_ == nullptr ? std::string_view()
                              : std::string_view(static_cast<const char*>(block_), size_);
   }
 
  private:
-  void* block_;
-  uint64_t size_;
+  void* block_ = nullptr;
+  uint64_t size_ = 0;
 };
 
 // A file that is open for reading in the kernel, or is not.

@@ -99,7 +99,7 @@ std::vector<Attachment> MailFile::attachments() const {
   return CopyAttachments(*block);
 }
 
-std::optional<std::string> MailFile::extract(int32_t attachmentNumber) const {
+std::optional<KernelBytes> MailFile::extract(int32_t attachmentNumber) const {
   constexpr uint64_t kUntouched = UINT64_MAX;
   const AttachmentOptions options = attachmentOptions();
   ExtractAttachmentContext context = {};
@@ -110,8 +110,7 @@ std::optional<std::string> MailFile::extract(int32_t attachmentNumber) const {
   const int32_t status = filter_.extractAttachment(choice_.file, context);
   if (status != StatusOk) refuse(StatusText(status));
   if (context.size == kUntouched) return std::nullopt;
-  const KernelBytes bytes(context.data, context.size);
-  return std::string(bytes.view());
+  return KernelBytes(context.data, context.size);
 }
 
 AttachmentOptions MailFile::attachmentOptions() const {

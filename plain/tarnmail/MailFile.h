@@ -45,7 +45,7 @@ class MailFile {
   MessageAnswer read();
   std::vector<Attachment> attachments() const;
   // Nothing when the message has no attachment of that number.
-  std::optional<std::string> extract(int32_t attachmentNumber) const;
+  std::optional<KernelBytes> extract(int32_t attachmentNumber) const;
 
  private:
   AttachmentOptions attachmentOptions() const;

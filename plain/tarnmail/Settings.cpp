@@ -45,11 +45,11 @@ void ApplySettings(const Settings& settings) {
   }
 }
 
-std::string WhatIsLeftInTheKernel() {
+std::string WhatIsLeftInTheKernel(uint64_t blocksInUse) {
   PlainKernelUsageRecord usage = {};
   PlainKernelUsage(&usage);
   std::string text;
-  Count(text, usage.liveBlocks, "blocks");
+  Count(text, usage.liveBlocks - blocksInUse, "blocks");
   Count(text, usage.liveTrackedObjects, "tracked objects");
   Count(text, usage.openHandles, "open files");
   Count(text, usage.reportedBytes, "reported bytes");

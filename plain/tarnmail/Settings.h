@@ -18,8 +18,9 @@ struct Settings {
 // directory.
 void ApplySettings(const Settings& settings);
 
-// What the kernel still holds, as text ("3 blocks, 1 open file"); empty when that is nothing.
-std::string WhatIsLeftInTheKernel();
+// What the kernel still holds besides the blocks in use, as text ("3 blocks, 1 open file"); empty
+// when that is nothing.
+std::string WhatIsLeftInTheKernel(uint64_t blocksInUse);
 
 }  // namespace tarn::host
 

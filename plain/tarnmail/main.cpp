@@ -119,24 +119,28 @@ void Describe(CLI::App& app, CommandLine& line) {
 
 // What a run writes, and where.
 struct Product {
-  std::string bytes;
+  std::string text;
   std::optional<std::string> place;  // else standard output
   std::string source;                // the mail file
+  KernelBytes block;                 // in place of the text, as the filter gave it
 };
 
 Product RunCommand(const CLI::App& app, const CommandLine& line) {
   ApplySettings(line.settings);
   const FilterLibrary filter;
   if (app.got_subcommand("info")) {
-    return {InfoText(filter, line.info), std::nullopt, line.info.message.file};
+    return {InfoText(filter, line.info), std::nullopt, line.info.message.file, {}};
   }
   if (app.got_subcommand("document")) {
-    return {DocumentBytes(filter, line.document), line.document.output, line.document.message.file};
+    return {
+        DocumentBytes(filter, line.document), line.document.output, line.document.message.file, {}};
   }
   if (app.got_subcommand("attachments")) {
-    return {AttachmentsText(filter, line.attachments), std::nullopt, line.attachments.message.file};
+    return {
+        AttachmentsText(filter, line.attachments), std::nullopt, line.attachments.message.file, {}};
   }
-  return {AttachmentBytes(filter, line.extract), line.extract.output, line.extract.message.file};
+  return {
+      {}, line.extract.output, line.extract.message.file, AttachmentBytes(filter, line.extract)};
 }
 
 // What is wrong with a command line, and the help that tells more. A word that stands where a
@@ -178,9 +182,11 @@ void Run(int argc, char** argv) {
   }
 
   const Product product = RunCommand(app, line);
-  const std::string left = WhatIsLeftInTheKernel();
+  const bool hasBlock = product.block.hasBlock();
+  const std::string left = WhatIsLeftInTheKernel(hasBlock ? 1 : 0);
   if (!left.empty()) throw Failure(ExitStatus::Broken, "internal error: left behind: " + left);
-  WriteOutput(product.place, product.source, product.bytes);
+  WriteOutput(product.place, product.source,
+              hasBlock ? product.block.view() : std::string_view(product.text));
 }
 
 int Report(ExitStatus status, const std::string& line) {
