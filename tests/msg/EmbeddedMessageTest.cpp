@@ -209,6 +209,26 @@ TEST(EmbeddedMessage, WhoseStorageHoldsItselfFails) {
   EXPECT_EQ(Export(image.bytes).status, StatusOutOfMemory);
 }
 
+// Two storages in each storage that are one and the same: 2^40 ways to the bottom.
+TEST(EmbeddedMessage, WhoseStoragesShareTheirEntriesFails) {
+  constexpr int kLevels = 40;
+  CompoundBuilder parent;
+  std::vector<std::string> paths = {kInner};
+  for (int i = 0; i < kLevels; ++i) {
+    parent.at(paths.back() + "/b");
+    parent.at(paths.back() + "/a");
+    paths.push_back(paths.back() + "/a");
+  }
+  parent.at(paths.back()).stream("empty", "");
+  CompoundImage image = parent.image();
+  for (int i = 0; i < kLevels; ++i) {
+    const std::string& path = paths[static_cast<size_t>(i)];
+    image.put(image.record(path + "/b") + RecordChild,
+              image.get(image.record(path + "/a") + RecordChild));
+  }
+  EXPECT_EQ(Export(image.bytes).status, StatusOutOfMemory);
+}
+
 TEST(EmbeddedMessage, OfStreamsThatShareTheirBytesFails) {
   CompoundBuilder parent;
   CompoundFolder& inner = parent.at(kInner);

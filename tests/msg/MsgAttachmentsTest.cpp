@@ -106,6 +106,10 @@ TEST(MsgAttachments, AreNumberedByTheListing) {
   EXPECT_EQ(deliveries.all[0].bytes, "short");
   EXPECT_EQ(deliveries.all[1].bytes, "one");
   EXPECT_EQ(deliveries.all[2].bytes, "nine");
+  Deliveries second(2);
+  ASSERT_EQ(Enumerate(file.write(), second), StatusOk);
+  ASSERT_EQ(second.all.size(), 1u);
+  EXPECT_EQ(second.all[0].bytes, "one");
 }
 
 TEST(MsgAttachments, AreNamedByTheLongNameOrElseTheShort) {
