@@ -32,28 +32,23 @@ int32_t TakeStored(SizedBytes& body, Bytes contents) {
   return AppendTerminated(body, text.data(), std::min(text.find('\0'), text.size()));
 }
 
+// The last token has as much room behind the text as the old body's block gives it.
 int32_t TakePacked(SizedBytes& body, Bytes packed, int32_t rawSize) {
-  if (rawSize < 0) return StatusNotSupported;
-  const auto size = static_cast<uint64_t>(rawSize);
-  if (size > LongestUnpackedText(packed.size())) return StatusNotSupported;
-
-  const uint64_t end = kLzfuFixedSize + size;
+  const uint64_t end = kLzfuFixedSize + static_cast<uint64_t>(rawSize);
   const bool keepsBlock = body.data != nullptr && body.length >= end;
-  const uint64_t room = keepsBlock ? std::min(body.length, end + kLzfuLongestToken) : end;
-  auto block = AllocateBlock<unsigned char>(room, TARN_HERE);
-  if (!block) return StatusOutOfMemory;
-  std::memcpy(block.get(), kLzfuFixedText.data(), kLzfuFixedSize);
-  const uint64_t reached = UnpackLzfu(packed, {block.get(), room}, end);
-  if (reached == 0) return StatusNotSupported;
+  const uint64_t spare = keepsBlock ? std::min(body.length - end, kLzfuLongestToken) : 0;
+  LzfuText text;
+  const int32_t status = UnpackLzfuText(packed, rawSize, spare, text);
+  if (status != StatusOk) return status;
 
   if (keepsBlock) {
-    std::memcpy(body.data, block.get(), reached);
+    std::memcpy(body.data, text.block.get(), text.reached);
   } else {
     body.release();
-    body.data = reinterpret_cast<char*>(block.take());
+    body.data = reinterpret_cast<char*>(text.block.take());
     body.length = end;
   }
-  std::memmove(body.data, body.data + kLzfuFixedSize, size);
+  std::memmove(body.data, body.data + kLzfuFixedSize, text.size);
   body.length -= kLzfuFixedSize;
   return StatusOk;
 }

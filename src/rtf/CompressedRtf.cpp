@@ -33,24 +33,38 @@ int32_t TakeStored(SizedBytes& body, std::string_view contents, int32_t rawSize)
   return AppendTerminated(body, contents.data(), length);
 }
 
+// One byte is spare for the terminator.
 int32_t TakePacked(SizedBytes& body, std::span<const unsigned char> packed, int32_t rawSize) {
-  if (rawSize < 0) return StatusNotSupported;
-  const auto size = static_cast<uint64_t>(rawSize);
-  if (size > LongestUnpackedText(packed.size())) return StatusNotSupported;
+  LzfuText text;
+  const int32_t status = UnpackLzfuText(packed, rawSize, 1, text);
+  if (status != StatusOk) return status;
 
-  const uint64_t end = kLzfuFixedSize + size;
-  auto block = AllocateBlock<unsigned char>(end + 1, TARN_HERE);
-  if (!block) return StatusOutOfMemory;
-  std::memcpy(block.get(), kLzfuFixedText.data(), kLzfuFixedSize);
-  if (UnpackLzfu(packed, {block.get(), end + 1}, end) == 0) return StatusNotSupported;
-
-  std::memmove(block.get(), block.get() + kLzfuFixedSize, size);
-  block[size] = '\0';
-  const bool endsWithNul = size != 0 && block[size - 1] == '\0';
+  std::memmove(text.block.get(), text.block.get() + kLzfuFixedSize, text.size);
+  text.block[text.size] = '\0';
+  const bool endsWithNul = text.size != 0 && text.block[text.size - 1] == '\0';
   body.release();
-  body.data = reinterpret_cast<char*>(block.take());
-  body.length = endsWithNul ? size : size + 1;
+  body.data = reinterpret_cast<char*>(text.block.take());
+  body.length = endsWithNul ? text.size : text.size + 1;
   return StatusOk;
+}
+
+int32_t TakeSource(SizedBytes& body, std::string_view source) {
+  if (source.size() < kCompressedRtfHeaderSize) return StatusNotSupported;
+  const std::span<const unsigned char> all(reinterpret_cast<const unsigned char*>(source.data()),
+                                           source.size());
+  const CompressedRtfHeader header = ReadCompressedRtfHeader(all);
+  if (header.compressedSize != static_cast<uint32_t>(source.size() - 4)) return StatusNotSupported;
+
+  const auto packed = all.subspan(kCompressedRtfHeaderSize);
+  switch (header.magic) {
+    case kMagicStored:
+      return TakeStored(body, source.substr(kCompressedRtfHeaderSize), header.rawSize);
+    case kMagicPacked:
+      if (header.crc != Crc32(packed.data(), packed.size())) return StatusNotSupported;
+      return TakePacked(body, packed, header.rawSize);
+    default:
+      return StatusNotSupported;
+  }
 }
 
 // Only the first "\from" counts.
@@ -64,21 +78,9 @@ bool WrapsHtml(const SizedBytes& body) {
 
 int32_t DecodeCompressedRtf(char* source, MailMessage& message, uint64_t sourceLength) {
   if (source == nullptr) return StatusNotSupported;
-  const KernelBlock<char> block(source);
-  if (sourceLength < kCompressedRtfHeaderSize) return StatusNotSupported;
-
-  const std::span<const unsigned char> all(reinterpret_cast<unsigned char*>(source), sourceLength);
-  const CompressedRtfHeader header = ReadCompressedRtfHeader(all);
-  if (header.compressedSize != static_cast<uint32_t>(sourceLength - 4)) return StatusNotSupported;
-  const auto packed = all.subspan(kCompressedRtfHeaderSize);
-
-  int32_t status = StatusNotSupported;
-  if (header.magic == kMagicStored) {
-    const std::string_view contents(source + kCompressedRtfHeaderSize, packed.size());
-    status = TakeStored(message.body, contents, header.rawSize);
-  } else if (header.magic == kMagicPacked && Crc32(packed.data(), packed.size()) == header.crc) {
-    status = TakePacked(message.body, packed, header.rawSize);
-  }
+  KernelBlock<char> block(source);
+  const int32_t status = TakeSource(message.body, std::string_view(source, sourceLength));
+  block.reset();
   if (status != StatusOk || !WrapsHtml(message.body)) return status;
 
   // A text that cannot be turned into HTML stays RTF, and the passes run over that.

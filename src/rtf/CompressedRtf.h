@@ -8,10 +8,10 @@
 //                                0: a literal byte, 1: two bytes, offset (12 bits), length - 2 (4)
 //
 // There are two decoders, one for each kind of mail file, and they differ where their comments say
-// so. Whatever the data, neither leaves its buffers, and neither allocates more than the packed
-// data can fill: a raw size beyond that is damage, -9, and so are a negative one of packed data,
-// packed data that ends early, and a reference that reads or writes outside of the block. When
-// damage is found the body is as it was.
+// so. Whatever the data, neither leaves its buffers. Of packed data, a raw size beyond what the
+// bytes can unpack to is damage, -9, and nothing is allocated for it; so are a negative raw size,
+// packed bytes that end early, and a reference that reads or writes outside of the block. The raw
+// size of stored data is never damage. When damage is found the body is as it was.
 #ifndef TARN_RTF_COMPRESSEDRTF_H
 #define TARN_RTF_COMPRESSEDRTF_H
 
@@ -26,14 +26,16 @@ namespace tarn {
 // `source`, which is freed on every way out. The body then ends with a NUL that its length counts.
 // Stored data is taken without a test of its CRC; its raw size is cut to the data, -1 ends the text
 // at its first NUL, and -2 to -16 are sizes that no memory holds. 1; -9 for damaged data; -1
-// without memory, and then a body that stored data would have replaced has length 0.
+// without memory. After a -1 for stored data the body has length 0, else it is as it was.
 int32_t DecodeCompressedRtf(char* source, MailMessage& message, uint64_t sourceLength);
 
 // Unpacks a stream that is at its end into messages.records[index].body, as RTF in any case.
-// Packed text gets no NUL behind it. The CRC of stored data is tested; its raw size is ignored, and
-// the text ends at its first NUL. A body of at least raw size + 207 bytes keeps its block, and its
-// length less 207: the bytes behind the text are not part of it. What the stream throws is let
-// through. 1; -9, and for a stream that gives less than its length; -1.
+// Packed text gets no NUL behind it. A body of at least raw size + 207 bytes keeps its block, and
+// its length less 207: behind the text, stale bytes of the unpacking and of the old body stay part
+// of it. The CRC of stored data is tested; its raw size is ignored, and the text ends at its first
+// NUL, which the body's length counts. What the stream throws is let through. 1; -9 for damaged
+// data, and for a stream that gives less than its length; -1 without memory. After a -1 for stored
+// data whose bytes could be read the body has length 0, else it is as it was.
 int32_t DecodePstCompressedRtf(std::istream& stream, MessageList& messages, int32_t index);
 
 }  // namespace tarn

@@ -4,9 +4,9 @@
 // so the choice is made without a branch. The last groups are unpacked byte by byte.
 #include "rtf/LzfuUnpack.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <utility>
 
 #include "Common/LittleEndian.h"
 
@@ -137,8 +137,6 @@ CompressedRtfHeader ReadCompressedRtfHeader(std::span<const unsigned char> sourc
 
 uint64_t LongestUnpackedText(uint64_t packedSize) {
   constexpr uint64_t kGroupSize = 1 + 2 * kTokens;
-  constexpr uint64_t kMoreThanAnyText = uint64_t{1} << 32;
-  packedSize = std::min(packedSize, kMoreThanAnyText);
   const uint64_t full = packedSize / kGroupSize;
   const uint64_t tokenBytes = packedSize % kGroupSize == 0 ? 0 : packedSize % kGroupSize - 1;
   const uint64_t last = tokenBytes / 2 * kLzfuLongestToken + tokenBytes % 2;
@@ -148,9 +146,23 @@ uint64_t LongestUnpackedText(uint64_t packedSize) {
 uint64_t UnpackLzfu(std::span<const unsigned char> packed, std::span<unsigned char> block,
                     uint64_t end) {
   Unpacker unpacker(packed, block);
-  if (end > kLzfuFixedSize && !unpacker.unpackGroups(end)) return 0;
-  if (!unpacker.unpackTokens(end)) return 0;
+  if (!unpacker.unpackGroups(end) || !unpacker.unpackTokens(end)) return 0;
   return unpacker.position();
+}
+
+int32_t UnpackLzfuText(std::span<const unsigned char> packed, int32_t rawSize, uint64_t spare,
+                       LzfuText& text) {
+  // Without its sign a negative size is longer than any text.
+  const auto size = static_cast<uint64_t>(rawSize);
+  if (size > LongestUnpackedText(packed.size())) return StatusNotSupported;
+  const uint64_t end = kLzfuFixedSize + size;
+  auto block = AllocateBlock<unsigned char>(end + spare, TARN_HERE);
+  if (!block) return StatusOutOfMemory;
+  std::memcpy(block.get(), kLzfuFixedText.data(), kLzfuFixedSize);
+  const uint64_t reached = UnpackLzfu(packed, {block.get(), end + spare}, end);
+  if (reached == 0) return StatusNotSupported;
+  text = {std::move(block), size, reached};
+  return StatusOk;
 }
 
 }  // namespace tarn

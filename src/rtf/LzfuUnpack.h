@@ -16,6 +16,8 @@
 #include <span>
 #include <string_view>
 
+#include "Internal/Tarnclasses_.h"
+
 namespace tarn {
 
 inline constexpr uint64_t kCompressedRtfHeaderSize = 16;
@@ -44,7 +46,7 @@ static_assert(kLzfuFixedText.size() == kLzfuFixedSize);
 inline constexpr uint64_t kLzfuLongestToken = 17;
 
 // The longest text that so many packed bytes can unpack to: eight references of 17 bytes from each
-// group of 17, and what a shorter last group still gives. Exact up to 4 GiB, which no text reaches.
+// group of 17, and what a shorter last group still gives.
 uint64_t LongestUnpackedText(uint64_t packedSize);
 
 // Unpacks into `block`, which begins with the fixed text, until the write position reaches `end`;
@@ -53,6 +55,18 @@ uint64_t LongestUnpackedText(uint64_t packedSize);
 // a reference leaves the block; the block's contents are then undefined.
 uint64_t UnpackLzfu(std::span<const unsigned char> packed, std::span<unsigned char> block,
                     uint64_t end);
+
+struct LzfuText {
+  KernelBlock<unsigned char> block;  // the fixed text, then the text
+  uint64_t size = 0;                 // of the text
+  uint64_t reached = 0;              // the position behind the last token
+};
+
+// Unpacks a text of `rawSize` bytes into a block of its own, with room for `spare` bytes behind it.
+// 1; -9 for a raw size that the packed data cannot give, before anything is allocated, and for
+// damage; -1 without memory. On failure `text` is unchanged.
+int32_t UnpackLzfuText(std::span<const unsigned char> packed, int32_t rawSize, uint64_t spare,
+                       LzfuText& text);
 
 }  // namespace tarn
 
