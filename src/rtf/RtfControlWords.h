@@ -31,6 +31,7 @@ enum class RtfWordAction : uint8_t {
   SkipToBrace,    // go to the next closing brace
   SkipBlock,      // drop everything up to "\htmlrtf0"
   AnsiCodePage,   // note the document's code page
+  DefaultFont,    // note the document's font, which matters in the head only
   Language,       // note the language's code page
   FontTable,      // read the font table
   Unicode         // write a numeric reference; the number is two bytes behind the backslash
@@ -73,7 +74,7 @@ inline constexpr std::array<RtfControlWord, 28> kRtfControlWords = {{
     {"\\}", "}"},
     {"\\ansicpg", "", RtfWordAction::AnsiCodePage},
     {"\\lang", "", RtfWordAction::Language},
-    {"\\deff", "", RtfWordAction::SkipParameter},
+    {"\\deff", "", RtfWordAction::DefaultFont},
     {"\\fonttbl", "", RtfWordAction::FontTable},
     {"\\u", "", RtfWordAction::Unicode, RtfWordForm::PrefixAndDigit},
     {"\\", "", RtfWordAction::Unicode, RtfWordForm::AnyByteAndMinus},
@@ -94,16 +95,8 @@ inline constexpr std::array<uint32_t, 256> kRtfRowsOfByte = [] {
   return rows;
 }();
 
-// Byte by byte: words are short, and most of those that differ do so in their first letters.
-constexpr bool BeginsWithRtfWord(std::string_view bytes, std::string_view word) {
-  if (bytes.size() < word.size()) return false;
-  size_t i = 0;
-  while (i < word.size() && bytes[i] == word[i]) ++i;
-  return i == word.size();
-}
-
 constexpr bool FitsRtfControlWord(const RtfControlWord& word, std::string_view bytes) {
-  if (!BeginsWithRtfWord(bytes, word.text)) return false;
+  if (!bytes.starts_with(word.text)) return false;
   switch (word.form) {
     case RtfWordForm::PrefixAndDigit:
       return bytes.size() > word.text.size() && IsRtfDigit(bytes[word.text.size()]);

@@ -1,5 +1,5 @@
-// RtfNumbers.h - the small steps behind a control word: digits, a number, the one blank that ends
-// the word. No step goes beyond `end`.
+// RtfNumbers.h - the small steps behind a control word: a number, the one blank that ends the word.
+// No step goes beyond `end`.
 #ifndef TARN_RTF_RTFNUMBERS_H
 #define TARN_RTF_RTFNUMBERS_H
 
@@ -8,10 +8,6 @@
 namespace tarn {
 
 constexpr bool IsRtfDigit(char byte) { return byte >= '0' && byte <= '9'; }
-
-inline void SkipRtfDigits(const char*& cursor, const char* end) {
-  while (cursor < end && IsRtfDigit(*cursor)) ++cursor;
-}
 
 inline void EatRtfSpace(const char*& cursor, const char* end) {
   if (cursor < end && *cursor == ' ') ++cursor;

@@ -5,7 +5,7 @@
 //
 // `capacity` counts as if the block grew by 1024 bytes before each step of the scan that finds its
 // end closer than 128 bytes to the limit, and the limit decides how much of a "&#N;" is written
-// (see WriteReference). Results depend on it to the byte, so it is kept exactly. The room that is
+// (see writeReference). Results depend on it to the byte, so it is kept exactly. The room that is
 // really allocated doubles instead, that a large text is not copied once for every 1024 bytes; it
 // is never less than the capacity.
 //

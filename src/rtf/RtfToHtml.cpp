@@ -4,9 +4,14 @@
 // as many steps as they have bytes.
 //
 // No byte is looked at more often than a small number of times: every step moves the cursor on, and
-// what a step costs does not depend on what was met before, be it fonts or open groups. Besides the
-// output, which is at most twice as long as the text, there are 4 bytes for each escape of the
-// longest hex run, 8 for each group that changes the code page, and the fonts.
+// what a step costs does not depend on what was met before, be it fonts or open groups.
+//
+// Memory: the output is at most twice as long as the text, as an escape of 4 bytes becomes a
+// reference of 8 (more only where a code page makes two units of one byte). Besides it there are 4
+// bytes for each escape of the longest hex run, 8 for each group that changes the code page, and
+// for each of at most kMaxRtfFonts fonts its entry, its name and 16 bytes of index. The blocks of
+// the output, the groups and the index double as they grow: each is up to twice as large as what it
+// holds or makes room for, and while it moves the old one is there as well.
 #include "rtf/RtfToHtml.h"
 
 #include "Common/ByteSearch.h"
@@ -24,12 +29,6 @@ namespace {
 
 constexpr uint32_t kNone = UINT32_MAX;
 
-constexpr std::string_view kTagGroup = "{\\*\\htmltag";
-constexpr std::string_view kAnsiCodePage = "\\ansicpg";
-constexpr std::string_view kDefaultFont = "\\deff";
-constexpr std::string_view kFontTable = "\\fonttbl";
-constexpr std::string_view kLanguage = "\\lang";
-constexpr std::string_view kFont = "\\f";
 constexpr std::string_view kBlockEnd = "\\htmlrtf0";
 
 // The loop through a dropped block ends so many bytes in front of the end; no "\htmlrtf0" that
@@ -64,14 +63,11 @@ class RtfScan {
 
  private:
   std::string_view rest() const { return std::string_view(at_, static_cast<size_t>(end_ - at_)); }
-  bool startsWith(std::string_view word) const { return BeginsWithRtfWord(rest(), word); }
-  bool startsFont() const {
-    return startsWith(kFont) && end_ - at_ > 2 && IsRtfDigit(at_[kFont.size()]);
-  }
 
-  uint32_t takeNumberBehind(std::string_view word) {
-    at_ += word.size();
-    return TakeRtfNumber(at_, end_);
+  // At a "{" that a tag follows at once.
+  bool startsTagGroup() const {
+    const std::string_view behind = rest().substr(1);
+    return behind.starts_with('\\') && FindRtfControlWord(behind).action == RtfWordAction::Tag;
   }
 
   void lookUpFont(uint32_t number) {
@@ -80,7 +76,7 @@ class RtfScan {
 
   void takeLanguage() { languageCodePage_ = CodePageOfLanguage(TakeRtfNumber(at_, end_)); }
 
-  // At or behind "\fonttbl".
+  // Behind "\fonttbl".
   int32_t takeFontTable() {
     if (const int32_t status = ParseRtfFontTable(table_, at_, end_); status != StatusOk) {
       return status;
@@ -103,6 +99,7 @@ class RtfScan {
   int32_t takeTag();
   int32_t dropBlock();
   int32_t stepInBlock();
+  void takeBlockWord();
   void takeUnicode(const char* backslash);
   int32_t takeHexRun(const char* backslash);
 
@@ -122,11 +119,13 @@ class RtfScan {
 };
 
 // After whatever it finds the head steps over one byte more, so that of two words in a row, as in
-// "\ansicpg1252\deff0", only the first is seen. Code pages come out as they always have this way.
+// "\ansicpg1252\deff0", only the first is seen.
 int32_t RtfScan::scanHead() {
-  while ((at_ = FindAnyByte<'{', '\\'>(at_, end_)) < end_ && !startsWith(kTagGroup)) {
+  while ((at_ = FindAnyByte<'{', '\\'>(at_, end_)) < end_) {
     if (*at_ == '\\') {
       if (const int32_t status = takeHeadWord(); status != StatusOk) return status;
+    } else if (startsTagGroup()) {
+      break;
     }
     if (at_ < end_) ++at_;
   }
@@ -134,17 +133,29 @@ int32_t RtfScan::scanHead() {
   return stack_.push(fontCodePage_) ? StatusOk : StatusOutOfMemory;
 }
 
+// Steps over those words only that the head knows.
 int32_t RtfScan::takeHeadWord() {
-  if (startsWith(kAnsiCodePage)) {
-    ansiCodePage_ = takeNumberBehind(kAnsiCodePage);
-  } else if (startsWith(kDefaultFont)) {
-    defaultFont_ = takeNumberBehind(kDefaultFont);
-  } else if (startsFont()) {
-    currentFont_ = takeNumberBehind(kFont);
-    hasCurrentFont_ = true;
-  } else if (startsWith(kFontTable)) {
-    at_ += kFontTable.size();
-    return takeFontTable();
+  const RtfControlWord& word = FindRtfControlWord(rest());
+  const char* const behind = at_ + word.text.size();
+  switch (word.action) {
+    case RtfWordAction::AnsiCodePage:
+      at_ = behind;
+      ansiCodePage_ = TakeRtfNumber(at_, end_);
+      break;
+    case RtfWordAction::DefaultFont:
+      at_ = behind;
+      defaultFont_ = TakeRtfNumber(at_, end_);
+      break;
+    case RtfWordAction::Font:
+      at_ = behind;
+      currentFont_ = TakeRtfNumber(at_, end_);
+      hasCurrentFont_ = true;
+      break;
+    case RtfWordAction::FontTable:
+      at_ = behind;
+      return takeFontTable();
+    default:
+      break;
   }
   return StatusOk;
 }
@@ -209,6 +220,7 @@ int32_t RtfScan::act(RtfWordAction action, const char* backslash) {
       EatRtfSpace(at_, end_);
       break;
     case RtfWordAction::SkipParameter:
+    case RtfWordAction::DefaultFont:
       TakeRtfNumber(at_, end_);
       break;
     case RtfWordAction::Tag:
@@ -264,7 +276,7 @@ int32_t RtfScan::dropBlock() {
   while (end_ - at_ > kBlockTail) {
     at_ = FindAnyByte<'{', '}', '\\'>(at_, end_ - kBlockTail);
     if (end_ - at_ <= kBlockTail) break;
-    if (startsWith(kBlockEnd)) {
+    if (rest().starts_with(kBlockEnd)) {
       at_ += kBlockEnd.size();
       break;
     }
@@ -275,17 +287,37 @@ int32_t RtfScan::dropBlock() {
 }
 
 int32_t RtfScan::stepInBlock() {
-  if (startsWith(kLanguage)) {
-    at_ += kLanguage.size();
-    takeLanguage();
-  } else if (startsFont()) {
-    lookUpFont(takeNumberBehind(kFont));
-  } else if (*at_++ == '{') {
-    if (!stack_.push(fontCodePage_)) return StatusOutOfMemory;
-  } else if (at_[-1] == '}') {
-    stack_.pop(fontCodePage_);
+  switch (*at_) {
+    case '{':
+      ++at_;
+      return stack_.push(fontCodePage_) ? StatusOk : StatusOutOfMemory;
+    case '}':
+      ++at_;
+      stack_.pop(fontCodePage_);
+      return StatusOk;
+    default:
+      takeBlockWord();
+      return StatusOk;
   }
-  return StatusOk;
+}
+
+// Any other word than these is stepped into, so that what is behind its backslash is dropped byte
+// by byte.
+void RtfScan::takeBlockWord() {
+  const RtfControlWord& word = FindRtfControlWord(rest());
+  switch (word.action) {
+    case RtfWordAction::Language:
+      at_ += word.text.size();
+      takeLanguage();
+      break;
+    case RtfWordAction::Font:
+      at_ += word.text.size();
+      lookUpFont(TakeRtfNumber(at_, end_));
+      break;
+    default:
+      ++at_;
+      break;
+  }
 }
 
 // Writes the number two bytes behind the backslash and steps over the character that stands in for
@@ -299,11 +331,11 @@ void RtfScan::takeUnicode(const char* backslash) {
 }
 
 // The code pages are signed here: the initial -1 is none, and neither is a number that has wrapped
-// below zero.
+// below zero, nor 0 or 1. Whether there is such a code page shows in the conversion.
 int32_t RtfScan::takeHexRun(const char* backslash) {
-  const auto isKnown = [](uint32_t codePage) { return static_cast<int32_t>(codePage) > 1; };
-  const uint32_t codePage = isKnown(fontCodePage_)       ? fontCodePage_
-                            : isKnown(languageCodePage_) ? languageCodePage_
+  const auto isGiven = [](uint32_t codePage) { return static_cast<int32_t>(codePage) > 1; };
+  const uint32_t codePage = isGiven(fontCodePage_)       ? fontCodePage_
+                            : isGiven(languageCodePage_) ? languageCodePage_
                                                          : ansiCodePage_;
   at_ = backslash;
   return DecodeRtfHexRun(at_, end_, output_, codePage) == StatusOk ? StatusOk : StatusOutOfMemory;

@@ -12,8 +12,9 @@
 namespace tarn {
 
 // Turns the text into markup; afterwards it ends with a NUL that its length counts. Without any
-// "{\*\htmltag" group nothing but that NUL remains. 1; -9 for a font table that ends with a
-// backslash; -1 without memory. On failure the text is unchanged.
+// "{\*\htmltag" group nothing but that NUL remains. 1; -9 for a font table in which fewer
+// than two bytes of the text follow a backslash; -1 without memory, and for more than kMaxRtfFonts
+// fonts. On failure the text is unchanged.
 int32_t RtfToHtml(SizedBytes& text);
 
 }  // namespace tarn
