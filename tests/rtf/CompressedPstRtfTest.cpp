@@ -1,8 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <istream>
 #include <stdexcept>
 #include <streambuf>
+#include <string>
+#include <utility>
 
 #include "CompressedRtfSupport.h"
 #include "Tarnbase/PlainKernel.h"
@@ -170,6 +173,16 @@ TEST(CompressedPstRtf, ALongBodyIsUntouchedByDamage) {
             (Decoded{-9, old}));
 }
 
+// Nothing of the size of the old body is needed beside it.
+TEST(CompressedPstRtf, AHugeBodyTakesNoMoreMemoryThanTheText) {
+  const std::string packed = Packed(3, LzfuTokens().literals("abc"));
+  MailMessage message;
+  GiveBody(message, std::string(1 << 20, '.'));
+  const uint64_t peak = PeakOf([&] { EXPECT_EQ(UnpackPst(message, packed), 1); });
+  EXPECT_EQ(peak, packed.size() + 207 + 3 + 17);
+  EXPECT_EQ(message.body.length, (1u << 20) - 207);
+}
+
 TEST(CompressedPstRtf, StoredTextNeedsItsChecksum) {
   EXPECT_EQ(UnpackPst(StoreRtf("{\\rtf1 abc}")), kDamaged);
   EXPECT_EQ(UnpackPst(StoreRtf("{\\rtf1 abc}", StoredCrc::OfContents)),
@@ -211,38 +224,51 @@ TEST(CompressedPstRtf, AFailedStreamIsRefused) {
   EXPECT_EQ(DecodePstCompressedRtf(stream, messages, 0), -9);
 }
 
-// A stream of so many bytes that gives fewer, or throws.
-class BrokenBuffer : public std::streambuf {
+// A stream that is at the end of these bytes and says that it has read only so many of them. All of
+// them are written, so that what a reader makes of the rest is no matter of chance.
+class ShortBuffer : public std::streambuf {
  public:
-  explicit BrokenBuffer(bool throws) : throws_(throws) {}
+  ShortBuffer(std::string bytes, std::streamsize given) : bytes_(std::move(bytes)), given_(given) {}
 
  protected:
   pos_type seekoff(off_type offset, std::ios::seekdir, std::ios::openmode) override {
-    return offset == 0 ? pos_type(30) : pos_type(off_type(-1));
+    return offset == 0 ? pos_type(static_cast<off_type>(bytes_.size())) : pos_type(off_type(-1));
   }
   pos_type seekpos(pos_type position, std::ios::openmode) override { return position; }
   std::streamsize xsgetn(char* to, std::streamsize count) override {
-    if (throws_) throw std::runtime_error("store");
-    std::memset(to, 'x', 10);
-    return count < 10 ? count : 10;
+    std::memcpy(to, bytes_.data(), std::min(static_cast<size_t>(count), bytes_.size()));
+    return std::min(count, given_);
   }
 
  private:
-  bool throws_;
+  std::string bytes_;
+  std::streamsize given_;
 };
 
 TEST(CompressedPstRtf, AStreamThatGivesLessThanItsLengthIsRefused) {
-  BrokenBuffer buffer(false);
-  std::istream stream(&buffer);
-  MailMessage message;
-  GiveBody(message, "old");
-  MessageList messages{1, &message};
-  EXPECT_EQ(DecodePstCompressedRtf(stream, messages, 0), -9);
-  EXPECT_EQ(message.body.bytes(), "old");
+  const std::string packed = PublishedCrossing();
+  const auto size = static_cast<std::streamsize>(packed.size());
+  for (const std::streamsize given : {std::streamsize{0}, std::streamsize{16}, size - 1, size}) {
+    ShortBuffer buffer(packed, given);
+    std::istream stream(&buffer);
+    MailMessage message;
+    GiveBody(message, "old");
+    MessageList messages{1, &message};
+    EXPECT_EQ(DecodePstCompressedRtf(stream, messages, 0), given == size ? 1 : -9) << given;
+    EXPECT_EQ(message.body.bytes(), given == size ? "{\\rtf1 WXYZWXYZWXYZWXYZWXYZ}" : "old");
+  }
 }
 
+class ThrowingBuffer : public ShortBuffer {
+ public:
+  ThrowingBuffer() : ShortBuffer(PublishedCrossing(), 0) {}
+
+ protected:
+  std::streamsize xsgetn(char*, std::streamsize) override { throw std::runtime_error("store"); }
+};
+
 TEST(CompressedPstRtf, WhatTheStreamThrowsIsLetThrough) {
-  BrokenBuffer buffer(true);
+  ThrowingBuffer buffer;
   std::istream stream(&buffer);
   stream.exceptions(std::ios::badbit);
   MailMessage message;

@@ -45,6 +45,38 @@ TEST(CompressedRtfHtml, CommentsAreShortenedBeforeValuesAreCut) {
   ExpectBody(kHead + Tag(start + comment + rest) + "}", start + "<![if !V]>" + rest);
 }
 
+// A body that wraps HTML already is nothing that damaged data would have to do with.
+TEST(CompressedRtfHtml, DamageLeavesAnOldBodyThatWrapsHtml) {
+  const std::string old = kHead + Tag("<p><![if !supportLists]>") + "}";
+  const std::string damaged[] = {
+      "",
+      Packed(4, LzfuTokens().literals("abc")),
+      Packed(0xFFFFFFFF, LzfuTokens().literals("abc")),
+      Packed(4, LzfuTokens().literals("ab").reference(300, 2)),
+      WriteCompressedRtf({.rawSize = 2, .crc = 0}, Literal("\0ab")),
+      WriteCompressedRtf({.compressedSize = 9, .rawSize = 2}, Literal("\0ab")),
+      WriteCompressedRtf({.rawSize = 2, .magic = 0}, Literal("\0ab")),
+  };
+  for (const std::string& bytes : damaged) {
+    EXPECT_EQ(Unpack(bytes, old), (Decoded{-9, old}));
+    MailMessage message;  // as a reader leaves it that has loaded packed bytes
+    message.body.length = 49;
+    EXPECT_EQ(Unpack(message, bytes), -9);
+    EXPECT_EQ(message.body.data, nullptr);
+    EXPECT_EQ(message.body.length, 49u);
+  }
+}
+
+// The source is gone when the HTML is made: of three texts of a size there are two at a time.
+TEST(CompressedRtfHtml, TheSourceIsFreedBehindTheUnpacking) {
+  const std::string rtf = kHead + Tag("<p>") + std::string(1000000, 'x') + "}";
+  const std::string stored = StoreRtf(rtf);
+  MailMessage message;
+  const uint64_t peak = PeakOf([&] { EXPECT_EQ(Unpack(message, stored), 1); });
+  EXPECT_EQ(message.body.length, 1000004u);
+  EXPECT_LT(peak, 2100000u);
+}
+
 const std::string kMarkup = "{\\*\\htmltag64 <![if !supportLists]>}";
 
 TEST(CompressedRtfHtml, RtfThatWrapsTextStaysAsItIs) {

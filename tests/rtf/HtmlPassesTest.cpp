@@ -56,6 +56,12 @@ TEST(ConditionalComments, OtherTextStays) {
   EXPECT_EQ(Shorten("]<![if"), "]<![if");
 }
 
+TEST(ConditionalComments, TheCaseCountsBehindTheFirstOne) {
+  EXPECT_EQ(Shorten("<![if 12]<![IF 123456]"), "<![if !V]<![IF 123456]");
+  EXPECT_EQ(Shorten("<![if 12345]ab<![IF 123456]"), "<![if !V]ab<![IF 123456]");
+  EXPECT_EQ(Shorten("<![IF 12]<![if 123456]"), "<![IF 12]<![if !V]");
+}
+
 TEST(ConditionalComments, AnAbsentTextStaysAbsent) {
   SizedBytes text;
   ShortenConditionalComments(text);
@@ -318,13 +324,13 @@ TEST(LongValues, AnyTextComesOutAsByRepeatedMoves) {
       "bcd",   Times(26, 'w'),   Times(5000, 'x'), Times(9980, 'y'), Times(10001, 'z')};
   std::mt19937 random(8);
   int changed = 0;
-  for (int i = 0; i < 10000; ++i) {
+  for (int i = 0; i < 1500; ++i) {
     const std::string text = RandomText(random, pieces, 30);
     const std::string expected = CutByMoves(text);
     ASSERT_TRUE(Cut(text) == expected) << i;
     changed += expected.size() < text.size() ? 1 : 0;
   }
-  EXPECT_GT(changed, 400);
+  EXPECT_GT(changed, 60);
 }
 
 TEST(LongValues, ManyTakeOnePass) {

@@ -80,6 +80,30 @@ TEST(RtfFontIndex, IsLikeAWalkThroughTheTable) {
   }
 }
 
+// As many fonts as a table can have, in two steps; no room is made for more.
+TEST(RtfFontIndex, TakesAFullTable) {
+  RtfFontTable table;
+  table.entries = AllocateZeroBlock<RtfFontEntry>(kMaxRtfFonts, TARN_HERE).take();
+  for (int32_t i = 0; i < kMaxRtfFonts; ++i) {
+    table.entries[i].number = static_cast<uint32_t>(i);
+    table.entries[i].codePage = static_cast<uint32_t>(100000 + i);
+  }
+  PlainKernelUsageRecord before = {};
+  PlainKernelUsage(&before);
+  RtfFontIndex index;
+  table.count = 20000;
+  ASSERT_TRUE(index.update(table));
+  EXPECT_EQ(Find(index, 19999), 119999U);
+  EXPECT_EQ(Find(index, 20000), 9U);
+  table.count = kMaxRtfFonts;
+  ASSERT_TRUE(index.update(table));
+  for (uint32_t i = 0; i < 32768; ++i) ASSERT_EQ(Find(index, i), 100000 + i);
+  EXPECT_EQ(Find(index, 32768), 9U);
+  PlainKernelUsageRecord after = {};
+  PlainKernelUsage(&after);
+  EXPECT_EQ(after.liveBytes - before.liveBytes, 32768U * 16);
+}
+
 TEST(RtfFontIndex, WithoutMemory) {
   RtfFontTable table;
   RtfFontIndex index;

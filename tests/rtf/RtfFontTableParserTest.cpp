@@ -237,8 +237,9 @@ TEST(RtfFontTableParser, AWordThatRunsToTheEndOfTheDataEndsTheTable) {
   EXPECT_EQ(Unclosed("{\\f1 A;}\\ab"), "1:0:0:A");
 }
 
-TEST(RtfFontTableParser, ABackslashAtTheEndOfTheDataFails) {
-  for (const char* const text : {"\\", "{\\f1 A;}{\\f2 B;\\", "{\\f1 A;}{\\f2 B;\\f"}) {
+TEST(RtfFontTableParser, ABackslashThatFewerThanTwoBytesFollowFails) {
+  for (const char* const text : {"\\", "\\}", "\\x", "{\\f1 A;}\\}", "{\\f1 A;}\\x",
+                                 "{\\f1 A;}{\\f2 B;\\", "{\\f1 A;}{\\f2 B;\\f"}) {
     const Parsed parsed(text);
     EXPECT_EQ(parsed.status, -9) << text;
     EXPECT_EQ(parsed.taken, 0) << text;

@@ -123,6 +123,24 @@ TEST(RtfScanOutput, AConversionWithMoreUnitsThanBytesHasRoom) {
   EXPECT_EQ(text.length, 8011U);
 }
 
+// The text may then be longer than the capacity, and a step has its room all the same.
+TEST(RtfScanOutput, AStepBehindAConversionWithMoreUnitsThanBytesHasRoom) {
+  PlainKernelUsageRecord before;
+  PlainKernelUsage(&before);
+  Output output;
+  EXPECT_TRUE(output.putRaw('.'));
+  EXPECT_TRUE(output.makeRoomForUnits(0, 1, 1000));
+  output.rewind(0);
+  for (int i = 0; i < 1000; ++i) output.write("&#xFFFF;");
+  EXPECT_TRUE(output.makeRoom());
+  EXPECT_EQ(output.capacity(), 3072U);
+  PlainKernelUsageRecord after;
+  PlainKernelUsage(&after);
+  EXPECT_GE(after.liveBytes - before.liveBytes, 8000U + RtfScanOutput::kMargin);
+  output.write("01234567890123456789");
+  EXPECT_EQ(output.from(7992), "&#xFFFF;01234567890123456789");
+}
+
 TEST(RtfScanOutput, ATextGetsOneNul) {
   SizedBytes text;
   EXPECT_TRUE(Output(3).finish(text));

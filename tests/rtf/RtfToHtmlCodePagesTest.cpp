@@ -3,7 +3,6 @@
 #include <string>
 
 #include "RtfConversion.h"
-#include "rtf/RtfFontTable.h"
 #include "rtf/RtfToHtml.h"
 
 namespace tarn {
@@ -15,7 +14,6 @@ using test::HtmlOf;
 using test::InThreeFonts;
 using test::kBodyStart;
 using test::kThreeFonts;
-using test::Repeat;
 using test::WithFonts;
 
 // Skipped formatting ------------------------------------------------------------------------------
@@ -165,14 +163,14 @@ TEST(RtfFontTables, LeaveTheirGroupOpen) {
   EXPECT_EQ(InThreeFonts("\\f1 {\\fonttbl}\\f2 \\'c0}\\'82\\'a0"), "&#x410;&#x3042;");
 }
 
-TEST(RtfFontTables, ABackslashAtTheEndIsDamage) {
-  EXPECT_EQ(ConvertRtf("{\\fonttbl{\\f0 A;}\\").status, -9);
-  EXPECT_EQ(ConvertRtf(kBodyStart + "x{\\fonttbl{\\f0 A;}\\").status, -9);
-}
-
-TEST(RtfFontTables, TooManyFontsAreRefused) {
-  const std::string fonts = Repeat("{}", kMaxRtfFonts + 1);
-  EXPECT_EQ(ConvertRtf(kBodyStart + "x{\\fonttbl" + fonts + "}").status, -1);
+TEST(RtfFontTables, ABackslashThatFewerThanTwoBytesFollowIsDamage) {
+  for (const char* const table :
+       {"{\\fonttbl{\\f0 A;}\\", "{\\fonttbl{\\f0 A;}\\x", "{\\fonttbl{\\f0 A;}\\}", "{\\fonttbl\\",
+        "{\\fonttbl\\}", "{\\fonttbl\\x"}) {
+    EXPECT_EQ(ConvertRtf(table).status, -9) << table;
+    EXPECT_EQ(ConvertRtf(kBodyStart + "x" + table).status, -9) << table;
+    EXPECT_EQ(HtmlOf(std::string(table) + "ab"), "") << table;
+  }
 }
 
 // Every number finds its own font, however the numbers are spread.

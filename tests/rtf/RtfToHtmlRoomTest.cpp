@@ -150,6 +150,7 @@ TEST(RtfFailures, EveryAllocation) {
     const int32_t status = RtfToHtml(text);
     PlainKernelFailAt(PlainKernelFaultMemory, 0);
     if (status == 1) {
+      ASSERT_TRUE(text.text() == rawHtml || text.text() == kRichHtml) << n;
       raw += text.text() == rawHtml ? 1 : 0;
       whole += text.text() == kRichHtml ? 1 : 0;
     } else {

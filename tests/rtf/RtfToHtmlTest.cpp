@@ -124,6 +124,11 @@ TEST(RtfHead, TheDefaultFontCountsUntilAFontIsSeen) {
   EXPECT_EQ(HtmlOf("\\f0 x\\f2 x" + WithFonts(kThreeFonts, "\\'c0")), "&#x410;");
 }
 
+// A font was seen, though none has that number.
+TEST(RtfHead, TheDefaultFontDoesNotStandInForAllOnes) {
+  EXPECT_EQ(HtmlOf("\\deff2 x\\f4294967295 x" + WithFonts(kThreeFonts, "\\'c0")), "\xC0");
+}
+
 TEST(RtfHead, WithoutAnyFontTheDocumentDecides) {
   EXPECT_EQ(HtmlOf("\\ansicpg1251 x" + WithFonts("{\\f0\\fcharset0 A;}", "\\'c0")), "&#x410;");
   EXPECT_EQ(HtmlOf("\\ansicpg1251 x\\f7 x" + WithFonts("{\\f0\\fcharset0 A;}", "\\'c0")),
