@@ -69,7 +69,7 @@ std::u16string_view SetFaceName(LogFont& record, const char* faceName) {
   return {record.faceName.data(), static_cast<size_t>(units)};
 }
 
-// Unknown: memory or the work allowed ran out.
+// Unknown: memory ran out.
 enum class Answer { Covers, CoversNot, Unknown };
 
 Answer AskFace(void* context, const char* faceName, std::u16string_view text) {
@@ -99,78 +99,56 @@ bool HoldsFace(const RtfFontTable& table, std::string_view name) {
   });
 }
 
-// The answer given before, or null.
-const RtfCoverageAnswer* Recall(RtfFontTable& table, std::u16string_view text) {
-  RtfCoverageMemo& memo = table.coverage;
-  if (memo.count != table.count) {
-    memo.answers = {};
-    memo.count = table.count;
-  }
-  if (text.empty()) return nullptr;
-  for (const RtfCoverageAnswer& answer : memo.answers) {
-    if (std::u16string_view(answer.text.data(), answer.length) == text) return &answer;
-  }
-  return nullptr;
-}
-
-void Remember(RtfFontTable& table, std::u16string_view text, bool covered, uint32_t fontNumber) {
-  RtfCoverageMemo& memo = table.coverage;
-  RtfCoverageAnswer& answer = memo.answers[memo.next];
-  if (text.size() > answer.text.size()) return;
-  std::copy(text.begin(), text.end(), answer.text.begin());
-  answer.length = static_cast<uint32_t>(text.size());
-  answer.covered = covered;
-  answer.fontNumber = fontNumber;
-  memo.next = (memo.next + 1) % memo.answers.size();
-}
-
-// False when the work for the table is used up. The last piece may go beyond.
+// False when the work for the table is used up. The last step may go beyond.
 bool Spend(RtfFontTable& table, uint64_t work) {
-  if (table.coverage.work >= kMaxCoverageWork) return false;
-  table.coverage.work += std::min(work, kMaxCoverageWork);
+  if (table.coverageWork >= kMaxCoverageWork) return false;
+  table.coverageWork += std::min(work, kMaxCoverageWork);
   return true;
 }
 
-// One search, after which each face has been asked until one covers the text.
+// One search, after which each face has been asked until one covered the text or the work allowed
+// was used up. `fontNumber` is set by what gives true.
 struct Search {
   RtfFontTable& table;
   void* context;
   std::u16string_view text;
-  bool isCertain = true;  // no answer was unknown
+  bool hasWork = true;       // no step was refused
+  bool knowsAnswers = true;  // memory hid none
 
-  bool covers(const char* faceName) {
-    const Answer answer =
-        Spend(table, text.size()) ? AskFace(context, faceName, text) : Answer::Unknown;
-    if (answer == Answer::Unknown) isCertain = false;
-    return answer == Answer::Covers;
-  }
-
-  Answer inTable(uint32_t& fontNumber) {
-    for (int32_t i = 0; i < table.count; ++i) {
-      if (!Spend(table, 1)) return Answer::Unknown;
-      const RtfFontEntry& entry = table.entries[i];
-      if (entry.name == nullptr || !covers(entry.name)) continue;
-      fontNumber = entry.number;
-      return Answer::Covers;
+  bool inTable(int32_t first, uint32_t& fontNumber) {
+    for (int32_t i = first; hasWork && i < table.count; ++i) {
+      if (!covers(table.entries[i].name)) continue;
+      fontNumber = table.entries[i].number;
+      return true;
     }
-    return Answer::CoversNot;
+    return false;
   }
 
-  Answer amongFallbacks(uint32_t& fontNumber) {
+  bool amongFallbacks(uint32_t& fontNumber) {
     for (const char* const name : kFallbackFaces) {
-      if (!Spend(table, 1)) return Answer::Unknown;
+      if (!hasWork) break;
       if (HoldsFace(table, name) || !covers(name)) continue;
-      const int32_t status = AddRtfFont(table, name, "", 0, 0, fontNumber);
-      return status == StatusOk ? Answer::Covers : Answer::Unknown;
+      knowsAnswers = AddRtfFont(table, name, "", 0, 0, fontNumber) == StatusOk;
+      return knowsAnswers;
     }
-    return isCertain ? Answer::CoversNot : Answer::Unknown;
+    return false;
+  }
+
+ private:
+  // A font without a name covers nothing.
+  bool covers(const char* faceName) {
+    hasWork = Spend(table, faceName == nullptr ? 1 : 1 + text.size());
+    if (!hasWork || faceName == nullptr) return false;
+    const Answer answer = AskFace(context, faceName, text);
+    if (answer == Answer::Unknown) knowsAnswers = false;
+    return answer == Answer::Covers;
   }
 };
 
 }  // namespace
 
 int32_t FontCoversText(void* context, const char* faceName, const char16_t* text, uint64_t length) {
-  if (faceName == nullptr || (text == nullptr && length != 0)) return 0;
+  if (context == nullptr || faceName == nullptr || (text == nullptr && length != 0)) return 0;
   return AskFace(context, faceName, {text, length}) == Answer::Covers ? 1 : 0;
 }
 
@@ -178,20 +156,25 @@ int32_t FindFontForText(RtfFontTable& table, const char16_t* text, uint64_t leng
                         uint32_t& fontNumber) {
   if (text == nullptr && length != 0) return 0;
   const std::u16string_view units(text, length);
-  if (const RtfCoverageAnswer* const known = Recall(table, units); known != nullptr) {
-    if (known->covered) fontNumber = known->fontNumber;
-    return known->covered ? 1 : 0;
+  const RtfCoverageAnswer* const known = table.coverage.find(units);
+  if (known != nullptr && known->covered) {
+    fontNumber = known->fontNumber;
+    return 1;
   }
-  if (!Spend(table, 0)) return 0;
+  const int32_t asked = known == nullptr ? 0 : known->asked;
+  if (known != nullptr && asked == table.count) return 0;
+  if (table.coverageWork >= kMaxCoverageWork) return 0;
+
   const DeviceContext context;
   if (context.get() == nullptr) return 0;
   Search search{table, context.get(), units};
-  Answer answer = search.inTable(fontNumber);
-  if (answer == Answer::CoversNot) answer = search.amongFallbacks(fontNumber);
-  if (answer != Answer::Unknown) {
-    Remember(table, units, answer == Answer::Covers, fontNumber);
+  bool covered = search.inTable(asked, fontNumber);
+  // Where the table's old entries were asked, so were the fallbacks.
+  if (!covered && known == nullptr) covered = search.amongFallbacks(fontNumber);
+  if (search.hasWork && search.knowsAnswers) {
+    table.coverage.keep(units, {covered, covered ? fontNumber : 0, table.count});
   }
-  return answer == Answer::Covers ? 1 : 0;
+  return covered ? 1 : 0;
 }
 
 }  // namespace tarn

@@ -69,7 +69,7 @@ bool Carries(const RtfFontTable& table, const RtfFontEntry& entry, uint32_t code
 
 // The index of the first entry that carries the code page, or -1. What was found is kept: entries
 // only ever come behind it, so it stays the first.
-int32_t FirstCarrier(RtfFontTable& table, uint32_t codePage) {
+int32_t FindEntryFor(RtfFontTable& table, uint32_t codePage) {
   const bool ofDocument = codePage == table.ansiCodePage;
   for (const RtfFontMemo& memo : table.found) {
     if (memo.entry >= 0 && memo.codePage == codePage && memo.ofDocument == ofDocument) {
@@ -132,7 +132,7 @@ int32_t PrepareRtfFontTable(RtfFontTable& table, const char* text, uint64_t leng
 }
 
 int32_t FontForCodePage(RtfFontTable& table, uint32_t codePage, uint32_t& fontNumber) {
-  if (const int32_t entry = FirstCarrier(table, codePage); entry >= 0) {
+  if (const int32_t entry = FindEntryFor(table, codePage); entry >= 0) {
     fontNumber = table.entries[entry].number;
     return StatusOk;
   }
@@ -181,7 +181,8 @@ void ReleaseRtfFontTable(RtfFontTable& table) {
   table.entries = nullptr;
   table.count = 0;
   table.found = {};
-  table.coverage = {};
+  table.coverage.clear();
+  table.coverageWork = 0;
 }
 
 }  // namespace tarn

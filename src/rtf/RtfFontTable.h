@@ -20,6 +20,7 @@
 #include <cstdint>
 
 #include "Internal/Tarnclasses_.h"
+#include "rtf/RtfCoverageMemo.h"
 
 namespace tarn {
 
@@ -43,23 +44,6 @@ struct RtfFontMemo {
   int32_t entry = -1;       // index of the first entry that carries it; -1: unused
 };
 
-// What FindFontForText answered for one character. Longer ones are not kept.
-struct RtfCoverageAnswer {
-  std::array<char16_t, 4> text{};
-  uint32_t length = 0;   // units of the text; 0: unused
-  bool covered = false;  // by the font of that number
-  uint32_t fontNumber = 0;
-};
-
-// What FindFontForText remembers of a table: its last answers, which hold until a font is added,
-// and the work that it has done for the table.
-struct RtfCoverageMemo {
-  std::array<RtfCoverageAnswer, 16> answers;
-  size_t next = 0;    // the answer that the next one replaces
-  int32_t count = 0;  // entries that the table had
-  uint64_t work = 0;  // see kMaxCoverageWork in FontCoverage.h
-};
-
 struct RtfFontTable {
   RtfFontEntry* entries = nullptr;  // owned
   int32_t count = 0;
@@ -72,8 +56,9 @@ struct RtfFontTable {
   uint64_t tableEnd = 0;
   TrackedBuffer<char> tableText;  // no NUL behind it
   std::array<RtfFontMemo, 16> found;
-  size_t nextFound = 0;  // the memo that the next one replaces
-  RtfCoverageMemo coverage;
+  size_t nextFound = 0;       // the memo that the next one replaces
+  RtfCoverageMemo coverage;   // of FindFontForText
+  uint64_t coverageWork = 0;  // what its searches have cost; see kMaxCoverageWork
 
   RtfFontTable() = default;
   RtfFontTable(const RtfFontTable&) = delete;
@@ -90,7 +75,8 @@ int32_t ParseRtfFontTable(RtfFontTable& table, const char*& cursor, const char* 
 // Reads "\ansicpg", "\deff" and "\fonttbl" of a whole document, once: 1 at once for a table that
 // is `parsed`. The whole length is searched, NULs or not; nothing is read behind it.
 // A document without a table gets an insertion point at its "\from" word. 1; -9 without either; a
-// failure of the parser.
+// failure of the parser; the code of a `tableText` that cannot grow, which is the host's own when
+// its budget refuses the copy.
 int32_t PrepareRtfFontTable(RtfFontTable& table, const char* text, uint64_t length);
 
 // The number of the first font that carries the code page; a fitting font is added when there is
@@ -104,7 +90,7 @@ int32_t FontForCodePage(RtfFontTable& table, uint32_t codePage, uint32_t& fontNu
 int32_t AddRtfFont(RtfFontTable& table, const char* faceName, const char* familyWord,
                    uint32_t codePage, uint32_t charset, uint32_t& fontNumber);
 
-// Frees names and entries; no entries are left. The other fields stay.
+// Frees names and entries, and forgets what was found in them. The other fields stay.
 void ReleaseRtfFontTable(RtfFontTable& table);
 
 }  // namespace tarn

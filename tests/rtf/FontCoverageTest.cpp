@@ -2,13 +2,14 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include "Tarnbase/PlainKernel.h"
+#include "rtf/FontSearch.h"
+#include "rtf/GraphicsProbe.h"
 #include "rtf/RtfFonts.h"
 #include "support/TestFonts.h"
 
@@ -27,20 +28,6 @@ std::vector<TestFont> SpecialFonts() {
 [[maybe_unused]] const bool kFonts =
     UseTestFonts(StandardTestFonts()) && UseTestFonts(SpecialFonts());
 
-constexpr std::u16string_view kArmenian = u"\u0531";  // in Arial and Sylfaen
-constexpr std::u16string_view kGeorgian = u"\u10D0";  // in Sylfaen
-constexpr std::u16string_view kHan = u"\u3400";       // in MS Gothic
-constexpr std::u16string_view kJamo = u"\uA960";      // in Batang
-constexpr std::u16string_view kOgham = u"\u1681";     // in Gulim
-constexpr std::u16string_view kNowhere = u"\u1400";
-constexpr std::u16string_view kEmoji = u"\U0001F600";
-
-uint64_t LiveObjects() {
-  PlainKernelUsageRecord usage = {};
-  PlainKernelUsage(&usage);
-  return usage.liveTrackedObjects;
-}
-
 uint64_t AllocationCalls() {
   PlainKernelUsageRecord usage = {};
   PlainKernelUsage(&usage);
@@ -55,37 +42,6 @@ int32_t Covers(const char* faceName, std::u16string_view text) {
   KernelDeleteDC(context, TARN_HERE);
   return result;
 }
-
-constexpr uint32_t kUntouched = 4711;
-
-struct Found {
-  int32_t result;
-  uint32_t number;
-  bool operator==(const Found&) const = default;
-};
-constexpr Found kNone = {0, kUntouched};
-
-std::ostream& operator<<(std::ostream& out, const Found& found) {
-  return out << "{" << found.result << ", " << found.number << "}";
-}
-
-Found Find(RtfFontTable& table, std::u16string_view text) {
-  const uint64_t before = LiveObjects();
-  Found found = kNone;
-  found.result = FindFontForText(table, text.data(), text.size(), found.number);
-  EXPECT_EQ(LiveObjects(), before);
-  return found;
-}
-
-// A prepared document with these groups in its font table.
-struct Document {
-  explicit Document(const std::string& fonts) {
-    status = Prepare(table, "{\\rtf1\\ansi\\deff0{\\fonttbl" + fonts + "}\\pard text}");
-    EXPECT_EQ(status, StatusOk);
-  }
-  RtfFontTable table;
-  int32_t status = 0;
-};
 
 TEST(FontCoversText, AsksForEveryUnit) {
   EXPECT_EQ(Covers("Arial", u"Plain"), 1);
@@ -105,8 +61,37 @@ TEST(FontCoversText, KnowsNoOtherFace) {
 }
 
 TEST(FontCoversText, HasNoAnswerWithoutAnArgument) {
-  EXPECT_EQ(FontCoversText(nullptr, nullptr, u"a", 1), 0);
-  EXPECT_EQ(FontCoversText(nullptr, "Arial", nullptr, 1), 0);
+  void* const context = KernelCreateDC(0, TARN_HERE);
+  const GraphicsProbe probe;
+  EXPECT_EQ(FontCoversText(nullptr, "Arial", u"a", 1), 0);
+  EXPECT_EQ(FontCoversText(context, nullptr, u"a", 1), 0);
+  EXPECT_EQ(FontCoversText(context, "Arial", nullptr, 1), 0);
+  EXPECT_TRUE(probe.fonts.empty());
+  EXPECT_EQ(FontCoversText(context, "Arial", u"a", 1), 1);
+  KernelDeleteDC(context, TARN_HERE);
+}
+
+TEST(FontCoversText, HasNoAnswerWithoutAFont) {
+  GraphicsProbe probe;
+  probe.refusedFont = 1;
+  const uint64_t before = AllocationCalls();
+  EXPECT_EQ(Covers("Arial", u"a"), 0);
+  EXPECT_EQ(AllocationCalls(), before);
+  EXPECT_EQ(Covers("Arial", u"a"), 1);
+}
+
+TEST(FontCoversText, AsksForAFontOfWhichOnlyTheNameIsKnown) {
+  const GraphicsProbe probe;
+  EXPECT_EQ(Covers("Ab\xE9", u"a"), 0);
+  EXPECT_EQ(Covers("Name Of Thirty-One Characters 12", u"l"), 1);
+  LogFontBytes expected{};
+  expected[28] = 'A';
+  expected[30] = 'b';
+  expected[32] = 0xE9;
+  ASSERT_EQ(probe.fonts.size(), 2u);
+  EXPECT_EQ(probe.fonts[0], expected);
+  // 31 characters and a NUL fill the record.
+  EXPECT_EQ(probe.faceNames()[1], u"Name Of Thirty-One Characters 1");
 }
 
 TEST(FontCoversText, ReadsThirtyOneBytesOfTheName) {
@@ -219,10 +204,11 @@ TEST(FindFontForText, AddsFacesOneBehindTheOther) {
 
 TEST(FindFontForText, PassesOverCommonFacesOfTheTable) {
   Document document("{\\f0 GULIM;}{\\f1 arial;}{\\f2 mS gOTHIC;}{\\f3 batang;}{\\f4 SYMBOL;}");
-  const uint64_t before = AllocationCalls();
+  const GraphicsProbe probe;
   EXPECT_EQ(Find(document.table, kNowhere), kNone);
-  // One block a test: the five of the table, and none of the common ones.
-  EXPECT_EQ(AllocationCalls() - before, 5u);
+  // Those of the table, and none of the common ones.
+  EXPECT_EQ(probe.faceNames(),
+            (std::vector<std::u16string>{u"GULIM", u"arial", u"mS gOTHIC", u"batang", u"SYMBOL"}));
 }
 
 TEST(FindFontForText, ComparesWholeNamesOfCommonFaces) {
@@ -233,9 +219,11 @@ TEST(FindFontForText, ComparesWholeNamesOfCommonFaces) {
 
 TEST(FindFontForText, TriesSixCommonFacesAndSymbolTwice) {
   Document document("{\\f0 Nobody Has This;}");
-  const uint64_t before = AllocationCalls();
+  const GraphicsProbe probe;
   EXPECT_EQ(Find(document.table, kNowhere), kNone);
-  EXPECT_EQ(AllocationCalls() - before, 7u);
+  EXPECT_EQ(probe.faceNames(),
+            (std::vector<std::u16string>{u"Nobody Has This", u"Arial", u"Symbol", u"MS Gothic",
+                                         u"Batang", u"Gulim", u"Symbol"}));
   EXPECT_EQ(document.table.count, 1);
   EXPECT_EQ(document.table.changed, 0u);
 }
@@ -295,7 +283,28 @@ TEST(FindFontForText, FallsBackWhenMemoryHidesAFont) {
   EXPECT_EQ(Show(document.table), "5:0:0:Sylfaen|6:0:0:Arial");
 }
 
-TEST(FindFontForText, RemembersItsLastAnswers) {
+TEST(FindFontForText, HasNoAnswerWithoutAContext) {
+  Document document("{\\f0 Sylfaen;}");
+  GraphicsProbe probe;
+  probe.refusesContexts = true;
+  EXPECT_EQ(Find(document.table, kArmenian), kNone);
+  EXPECT_TRUE(probe.fonts.empty());
+  EXPECT_EQ(document.table.coverageWork, 0u);
+  probe.refusesContexts = false;
+  EXPECT_EQ(Find(document.table, kArmenian), (Found{1, 0}));
+}
+
+TEST(FindFontForText, PassesOverAFontThatCannotBeMade) {
+  Document document("{\\f0 Sylfaen;}{\\f1 Arial;}");
+  GraphicsProbe probe;
+  probe.refusedFont = 1;
+  EXPECT_EQ(Find(document.table, kArmenian), (Found{1, 1}));
+  // What was hidden is not remembered.
+  EXPECT_EQ(Find(document.table, kArmenian), (Found{1, 0}));
+  EXPECT_EQ(probe.contexts, 2u);
+}
+
+TEST(FindFontForText, RemembersItsAnswers) {
   Document document("{\\f0 Sylfaen;}");
   EXPECT_EQ(Find(document.table, kArmenian), (Found{1, 0}));
   EXPECT_EQ(Find(document.table, kEmoji), kNone);
@@ -309,7 +318,7 @@ TEST(FindFontForText, RemembersItsLastAnswers) {
   EXPECT_EQ(AllocationCalls(), before + 1);
 }
 
-TEST(FindFontForText, ForgetsItsAnswersWhenTheTableGrows) {
+TEST(FindFontForText, AsksWhatWasAddedToTheTable) {
   Document document("{\\f0 Arial;}");
   EXPECT_EQ(Find(document.table, kGeorgian), kNone);
   uint32_t number = 0;
@@ -350,76 +359,6 @@ TEST(FindFontForText, AsksAgainForLongCharacters) {
 TEST(FindFontForText, FindsNothingMissingInAnEmptyText) {
   Document document("{\\f3 No Such Face;}{\\f4 Sylfaen;}");
   EXPECT_EQ(Find(document.table, u""), (Found{1, 4}));
-}
-
-// Fonts that nobody has, numbered from 0, named by a text and their number, or not at all. Made
-// without a document: reading one with so many fonts takes long under a sanitizer.
-void FillWithFonts(RtfFontTable& table, int32_t count, const char* name) {
-  const auto fonts = static_cast<uint32_t>(count);
-  table.entries = AllocateZeroBlock<RtfFontEntry>(fonts, TARN_HERE).take();
-  ASSERT_NE(table.entries, nullptr);
-  for (uint32_t n = 0; n < fonts; ++n) {
-    RtfFontEntry& entry = table.entries[n];
-    entry.number = n;
-    if (name == nullptr) continue;
-    const std::string full = name + std::to_string(n);
-    entry.name = AllocateZeroBlock<char>(full.size() + 1, TARN_HERE).take();
-    ASSERT_NE(entry.name, nullptr);
-    full.copy(entry.name, full.size());
-  }
-  table.count = count;
-  table.nextNumber = fonts;
-}
-
-// All the work that a table is worth: 16 searches of a table of 32,767 fonts without names.
-TEST(FindFontForText, StopsWhenTheWorkIsUsedUp) {
-  RtfFontTable table;
-  FillWithFonts(table, 32767, nullptr);
-  EXPECT_EQ(Find(table, u"A"), (Found{1, 32767}));
-  const std::u16string_view misses = u"\u1401\u1402\u1403\u1404\u1405\u1406\u1407\u1408";
-  for (size_t at = 0; at < misses.size(); ++at) {
-    EXPECT_EQ(Find(table, misses.substr(at, 1)), kNone);
-  }
-  EXPECT_EQ(Find(table, kArmenian), (Found{1, 32767}));
-  for (char16_t unit = 0x1409; unit < 0x1409 + 8; ++unit) {
-    EXPECT_EQ(Find(table, {&unit, 1}), kNone);
-  }
-  // Not looked for any more; what was found before is still known.
-  EXPECT_EQ(Find(table, u"B"), kNone);
-  EXPECT_EQ(Find(table, kArmenian), (Found{1, 32767}));
-}
-
-TEST(FindFontForText, CountsTheUnitsOfATest) {
-  Document document("{\\f0 Arial;}");
-  const std::u16string text = std::u16string(200000, u'a') + u"\u1400";
-  EXPECT_EQ(Find(document.table, text), kNone);
-  EXPECT_EQ(Find(document.table, u"A"), kNone);
-}
-
-TEST(FindFontForText, LeavesWellFormedDocumentsEnoughWork) {
-  RtfFontTable table;
-  FillWithFonts(table, 200, "Unknown ");
-  for (char16_t unit = 0xDC00; unit < 0xDC00 + 800; ++unit) {
-    const char16_t pair[] = {0xD83D, unit};
-    ASSERT_EQ(Find(table, {pair, 2}), kNone);
-  }
-  EXPECT_EQ(Find(table, kOgham), (Found{1, 200}));
-}
-
-TEST(FindFontForText, BoundsTheWorkOfAHostileDocument) {
-  RtfFontTable named;
-  FillWithFonts(named, 32768, "Unknown ");
-  RtfFontTable nameless;
-  FillWithFonts(nameless, 32768, nullptr);
-  const auto start = std::chrono::steady_clock::now();
-  for (int n = 0; n < 100000; ++n) {
-    const char16_t text[] = {static_cast<char16_t>(0x1400 + n % 256),
-                             static_cast<char16_t>(0x1400 + n / 256)};
-    ASSERT_EQ(Find(named, {text, 2}), kNone);
-    ASSERT_EQ(Find(nameless, {text, 2}), kNone);
-  }
-  const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
-  EXPECT_LT(time.count(), 10.0);
 }
 
 }  // namespace

@@ -65,6 +65,28 @@ TEST(PrepareRtfFontTable, ReadsOnlyOnce) {
   EXPECT_EQ(Show(table), "3:1251:0:Arial|9:0:0:B");
 }
 
+// A table that was added to a document without one does not stand in for that of the next.
+TEST(PrepareRtfFontTable, ASecondDocumentBringsItsOwnText) {
+  RtfFontTable table;
+  EXPECT_EQ(Prepare(table, "{\\rtf1\\fromtext x}"), 1);
+  EXPECT_EQ(Add(table, "Symbol", "nil", 42, 2), 0);
+  EXPECT_EQ(TableText(table), "\x0Conttbl{\\f0 \\nil \\fcharset2 Symbol}}");
+  EXPECT_EQ(Prepare(table, kDocument), 1);
+  EXPECT_EQ(TableText(table), "\\fonttbl{\\f3\\fcharset204 Arial;}{\\f9 B;}}");
+  EXPECT_EQ(Show(table), "0:42:2:Symbol|3:1251:0:Arial|9:0:0:B");
+  EXPECT_EQ(table.nextNumber, 10u);
+}
+
+// From 8,000,000 bytes on the host is asked.
+TEST(PrepareRtfFontTable, ARefusedBudgetIsTheResult) {
+  const std::string document = "{\\fonttbl{\\f1 A;}" + std::string(8'000'000, ' ') + "}";
+  PlainKernelSetMemoryBudget(1000);
+  RtfFontTable table;
+  EXPECT_EQ(Prepare(table, document), -1);
+  EXPECT_EQ(table.parsed, 0u);
+  PlainKernelSetMemoryBudget(UINT64_MAX);
+}
+
 TEST(PrepareRtfFontTable, WhatADocumentDoesNotSayStays) {
   RtfFontTable table;
   table.ansiCodePage = 1250;

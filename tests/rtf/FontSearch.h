@@ -1,0 +1,64 @@
+// FontSearch.h - searches of FindFontForText in tables of tests.
+#ifndef TARN_TESTS_RTF_FONTSEARCH_H
+#define TARN_TESTS_RTF_FONTSEARCH_H
+
+#include <gtest/gtest.h>
+
+#include <ostream>
+#include <string>
+#include <string_view>
+
+#include "Tarnbase/PlainKernel.h"
+#include "rtf/FontCoverage.h"
+#include "rtf/RtfFonts.h"
+
+namespace tarn::test {
+
+inline constexpr std::u16string_view kArmenian = u"\u0531";  // in Arial and Sylfaen
+inline constexpr std::u16string_view kGeorgian = u"\u10D0";  // in Sylfaen
+inline constexpr std::u16string_view kHan = u"\u3400";       // in MS Gothic
+inline constexpr std::u16string_view kJamo = u"\uA960";      // in Batang
+inline constexpr std::u16string_view kOgham = u"\u1681";     // in Gulim
+inline constexpr std::u16string_view kNowhere = u"\u1400";
+inline constexpr std::u16string_view kEmoji = u"\U0001F600";
+
+inline uint64_t LiveObjects() {
+  PlainKernelUsageRecord usage = {};
+  PlainKernelUsage(&usage);
+  return usage.liveTrackedObjects;
+}
+
+inline constexpr uint32_t kUntouched = 4711;
+
+struct Found {
+  int32_t result;
+  uint32_t number;
+  bool operator==(const Found&) const = default;
+};
+inline constexpr Found kNone = {0, kUntouched};
+
+inline std::ostream& operator<<(std::ostream& out, const Found& found) {
+  return out << "{" << found.result << ", " << found.number << "}";
+}
+
+inline Found Find(RtfFontTable& table, std::u16string_view text) {
+  const uint64_t before = LiveObjects();
+  Found found = kNone;
+  found.result = FindFontForText(table, text.data(), text.size(), found.number);
+  EXPECT_EQ(LiveObjects(), before);
+  return found;
+}
+
+// A prepared document with these groups in its font table.
+struct Document {
+  explicit Document(const std::string& fonts) {
+    status = Prepare(table, "{\\rtf1\\ansi\\deff0{\\fonttbl" + fonts + "}\\pard text}");
+    EXPECT_EQ(status, StatusOk);
+  }
+  RtfFontTable table;
+  int32_t status = 0;
+};
+
+}  // namespace tarn::test
+
+#endif
