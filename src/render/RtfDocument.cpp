@@ -24,7 +24,7 @@ class RowWriter {
   // UTF-8 text, to be escaped. The text writer passes over some growths that fail; here a row
   // without all of its text has failed.
   void writeText(std::string_view text) {
-    if (status_ != StatusOk) return;
+    if (status_ != StatusOk || text.empty()) return;
     render_.output.lastError = StatusOk;
     status_ = WriteRtfUtf8Text(render_, text.data(), text.size());
     if (status_ == StatusOk) status_ = render_.output.lastError;

@@ -7,16 +7,13 @@
 #include "Internal/Tarnclasses_.h"
 #include "Platform/CodePages.h"
 #include "rtf/CharsetCodePages.h"
+#include "rtf/ConversionCapacity.h"
 
 namespace tarn {
 namespace {
 
 // No code page takes more for a unit.
 constexpr uint64_t kBytesPerUnit = 2;
-
-int32_t Capacity(uint64_t size) {
-  return static_cast<int32_t>(std::min<uint64_t>(size, INT32_MAX));
-}
 
 // False when the code page cannot carry the text, going by one of its units: conversions are made
 // unit by unit. Most code pages fail here, at the cost of a single look-up.
@@ -49,10 +46,11 @@ int32_t RoundTripsInCodePage(const char16_t* text, uint64_t length, uint32_t cod
   const std::u16string_view source(text, length);
   bool usedDefault = false;
   const int32_t bytes = platform::Utf16ToBytes(codePage, source, byteScratch,
-                                               Capacity(byteScratchSize), &usedDefault);
+                                               ConversionCapacity(byteScratchSize), &usedDefault);
   if (usedDefault || bytes <= 0) return 0;
   const std::string_view carried(byteScratch, static_cast<size_t>(bytes));
-  const int32_t units = platform::BytesToUtf16(codePage, carried, wideScratch, Capacity(length));
+  const int32_t units =
+      platform::BytesToUtf16(codePage, carried, wideScratch, ConversionCapacity(length));
   if (units <= 0) return 0;
   return std::u16string_view(wideScratch, static_cast<size_t>(units)) == source ? 1 : 0;
 }

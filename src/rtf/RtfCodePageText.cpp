@@ -2,6 +2,7 @@
 #include <string_view>
 
 #include "Platform/CodePages.h"
+#include "rtf/ConversionCapacity.h"
 #include "rtf/RtfTextWriter.h"
 #include "rtf/RtfWords.h"
 
@@ -21,9 +22,8 @@ int32_t WriteRun(TrackedBuffer<char>& output, uint32_t codePage, const char16_t*
   const uint64_t room = length * 2;
   const auto scratch = AllocateBlock<char>(room, TARN_HERE);
   if (!scratch) return StatusOutOfMemory;
-  const auto capacity = static_cast<int32_t>(std::min<uint64_t>(room, INT32_MAX));
   const int32_t size = platform::Utf16ToBytes(codePage, std::u16string_view(text, length),
-                                              scratch.get(), capacity, nullptr);
+                                              scratch.get(), ConversionCapacity(room), nullptr);
   if (size <= 0) return StatusBadArgument;
   for (const char byte : std::string_view(scratch.get(), static_cast<size_t>(size))) {
     const auto value = static_cast<uint8_t>(byte);
@@ -41,7 +41,7 @@ int32_t WriteRun(TrackedBuffer<char>& output, uint32_t codePage, const char16_t*
 int32_t WriteRtfCodePageText(TrackedBuffer<char>& output, RtfFontTable& table, uint32_t asciiFont,
                              uint32_t& currentFont, uint32_t codePage, const char16_t* text,
                              uint64_t length) {
-  if (text == nullptr && length != 0) return StatusNullArgument;
+  if (text == nullptr) return StatusNullArgument;
   uint32_t font = kNoRtfFont;
   int32_t status = FontForCodePage(table, codePage, font);
   for (uint64_t at = 0; status == StatusOk && at < length;) {

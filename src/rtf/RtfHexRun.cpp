@@ -4,6 +4,7 @@
 #include <array>
 
 #include "Platform/CodePages.h"
+#include "rtf/ConversionCapacity.h"
 
 namespace tarn {
 namespace {
@@ -70,8 +71,7 @@ int32_t DecodeRtfHexRun(const char*& cursor, const char* end, RtfScanOutput& out
   char16_t* const units = longRun ? longRun.get() : shortRun.data();
   // 0 stands for the code page of the system.
   const uint32_t page = codePage == 0 ? platform::AnsiCodePage() : codePage;
-  const auto capacity = static_cast<int32_t>(std::min<uint64_t>(room, INT32_MAX));
-  const int32_t converted = platform::BytesToUtf16(page, bytes, units, capacity);
+  const int32_t converted = platform::BytesToUtf16(page, bytes, units, ConversionCapacity(room));
   if (converted <= 0) return 1;
 
   const auto count = static_cast<uint64_t>(converted);

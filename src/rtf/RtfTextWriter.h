@@ -7,9 +7,13 @@
 //
 // Wide text is UTF-16 of `length` units; it may hold lone surrogates. UTF-8 text may hold NULs in
 // front of its first character beyond ASCII; any other NUL belongs to no run and ends in -13.
+// A null text is -814, even one of length 0 (but see WriteRtfAsciiRun).
+//
 // Output goes behind what the buffer holds. Where it cannot grow, the two writers in the middle
-// leave out what did not fit and go on; the first and the last report it. On failure what was
-// written before stays.
+// leave out what did not fit and go on; the first and the last report it. Without memory, what was
+// written before stays. A host that refuses its budget, though, costs the output its block, and
+// what follows begins anew. So a success does not say that the output is whole: AppendRtfHeaderRow
+// therefore clears its `lastError` in front of a text and looks at it afterwards.
 #ifndef TARN_RTF_RTFTEXTWRITER_H
 #define TARN_RTF_RTFTEXTWRITER_H
 
@@ -26,8 +30,8 @@ struct RtfRender {
   TrackedBuffer<char> output;
 };
 
-// Writes UTF-8. Malformed parts come out as U+FFFD. 1; -814 for a null text with a length; the
-// output's last error; or a failure of the writers below.
+// Writes UTF-8. Malformed parts come out as U+FFFD. 1; -13 for more than INT32_MAX bytes from the
+// first one beyond ASCII on; the output's last error; or a failure of the writers below.
 int32_t WriteRtfUtf8Text(RtfRender& render, const char* text, uint64_t length);
 
 // Writes a whole wide text, and leaves the document's default font as the current one. Statuses are

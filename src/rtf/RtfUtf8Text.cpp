@@ -6,10 +6,11 @@ namespace tarn {
 namespace {
 
 int32_t WriteBeyondAscii(RtfRender& render, std::string_view text) {
+  if (text.size() > INT32_MAX) return StatusBadArgument;  // beyond what a conversion takes
   TrackedBuffer<char16_t> wide;
   if (wide.reserve(text.size()) == nullptr) return wide.lastError;
-  const auto capacity = static_cast<int32_t>(text.size() <= INT32_MAX ? text.size() : INT32_MAX);
-  const int32_t units = platform::BytesToUtf16(platform::kCodePageUtf8, text, wide.data, capacity);
+  const int32_t units = platform::BytesToUtf16(platform::kCodePageUtf8, text, wide.data,
+                                               static_cast<int32_t>(text.size()));
   if (units <= 0) return StatusBadArgument;
   wide.length = static_cast<uint64_t>(units);
   return WriteRtfWideText(render.output, render.fonts, wide.data, wide.length);
@@ -18,7 +19,6 @@ int32_t WriteBeyondAscii(RtfRender& render, std::string_view text) {
 }  // namespace
 
 int32_t WriteRtfUtf8Text(RtfRender& render, const char* text, uint64_t length) {
-  if (length == 0) return StatusOk;
   if (text == nullptr) return StatusNullArgument;
 
   uint64_t collected = 0;  // where the collected bytes begin

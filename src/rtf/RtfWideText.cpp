@@ -107,7 +107,7 @@ class PieceWriter {
 
 int32_t WriteRtfWideText(TrackedBuffer<char>& output, RtfFontTable& table, const char16_t* text,
                          uint64_t length) {
-  if (text == nullptr && length != 0) return StatusNullArgument;
+  if (text == nullptr) return StatusNullArgument;
   const uint32_t codePage = FindCodePageForText(text, length);
   if (table.defaultFont == kNoRtfFont) {
     const int32_t status = FontForCodePage(table, table.ansiCodePage, table.defaultFont);

@@ -2,11 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "Tarnbase/PlainKernel.h"
+#include "rtf/GraphicsProbe.h"
 #include "rtf/RtfFonts.h"
 #include "support/TestFonts.h"
 
@@ -23,16 +26,29 @@ using test::TableText;
 constexpr std::string_view kWestern =
     "{\\rtf1\\ansi\\ansicpg1252\\deff0{\\fonttbl{\\f0\\fswiss\\fcharset0 Courier;}}\\pard x}";
 
+uint64_t AllocationCalls() {
+  PlainKernelUsageRecord usage = {};
+  PlainKernelUsage(&usage);
+  return usage.allocationCalls;
+}
+
 std::string Written(const TrackedBuffer<char>& output) {
   return output.data == nullptr ? std::string() : std::string(output.data, output.length);
+}
+
+// A text that ends where its heap block does, so that a step outside is noticed; never null.
+template <typename T>
+std::unique_ptr<T[]> Copy(std::basic_string_view<T> text) {
+  std::unique_ptr<T[]> copy(new T[text.size()]);
+  std::copy(text.begin(), text.end(), copy.get());
+  return copy;
 }
 
 // What a text becomes in a document, and the fonts after it.
 struct Utf8 {
   explicit Utf8(std::string_view text, std::string_view document = kWestern) {
     Prepare(render.fonts, document);
-    const std::vector<char> bytes(text.begin(), text.end());
-    status = WriteRtfUtf8Text(render, bytes.data(), bytes.size());
+    status = WriteRtfUtf8Text(render, Copy(text).get(), text.size());
     output = Written(render.output);
   }
 
@@ -45,9 +61,8 @@ struct Utf8 {
 struct Wide {
   explicit Wide(std::u16string_view text, std::string_view document = kWestern) {
     Prepare(table, document);
-    const std::vector<char16_t> units(text.begin(), text.end());
     TrackedBuffer<char> buffer;
-    status = WriteRtfWideText(buffer, table, units.data(), units.size());
+    status = WriteRtfWideText(buffer, table, Copy(text).get(), text.size());
     output = Written(buffer);
   }
 
@@ -134,7 +149,17 @@ TEST(WriteRtfUtf8Text, MalformedPartsAreReplacementCharacters) {
 TEST(WriteRtfUtf8Text, NullTextFails) {
   RtfRender render;
   EXPECT_EQ(WriteRtfUtf8Text(render, nullptr, 1), -814);
-  EXPECT_EQ(WriteRtfUtf8Text(render, nullptr, 0), 1);
+  EXPECT_EQ(WriteRtfUtf8Text(render, nullptr, 0), -814);
+  EXPECT_EQ(WriteRtfUtf8Text(render, "", 0), 1);
+}
+
+// More than a conversion takes. Of the second byte on, nothing is read.
+TEST(WriteRtfUtf8Text, ATextOfMoreThan31BitsBeyondAsciiFails) {
+  RtfRender render;
+  const char byte = '\xC3';
+  const uint64_t before = AllocationCalls();
+  EXPECT_EQ(WriteRtfUtf8Text(render, &byte, uint64_t{INT32_MAX} + 1), -13);
+  EXPECT_EQ(AllocationCalls(), before);
 }
 
 TEST(WriteRtfUtf8Text, AnOutputThatCannotGrowIsReported) {
@@ -236,6 +261,16 @@ TEST(WriteRtfWideText, ACharacterJoinsAPieceAsAWhole) {
   EXPECT_EQ(Wide(u"\u00E9\u00E8\u0489").output, "\\'e9\\u232 ?\\u1161 ?");
 }
 
+TEST(WriteRtfWideText, ACharacterOfMoreThanFiveBytesJoinsNoPiece) {
+  const std::string_view document = "\\ansicpg1252\\deff0{\\fonttbl{\\f0\\fcharset0 A;}}";
+  const std::u16string_view text = u"\u0386\u01A1ab\u01B0\u0301\u0301\u0301\u0301\u0301";
+  // Vietnamese: a letter under four accents goes with the letter in front, and "ab" is lost.
+  EXPECT_EQ(Wide(text.substr(0, 9), document).output,
+            "\\f1 \\'a2\\f2 \\'f5\\'fd\\'ec\\'ec\\'ec\\'ec\\f0 ");
+  EXPECT_EQ(Wide(text, document).output,
+            "\\f1 \\'a2\\f2 \\'f5\\f0 ab\\f2 \\'fd\\'ec\\'ec\\'ec\\'ec\\'ec\\f0 ");
+}
+
 TEST(WriteRtfWideText, AnAsciiLetterJoinsAPieceWithoutItsMark) {
   EXPECT_EQ(Wide(u"\u00E9a\u0489").output, "\\'e9a\\u1161 ?");
 }
@@ -262,8 +297,19 @@ TEST(WriteRtfWideText, NoTextIsWrittenAsNothing) {
   EXPECT_EQ(Wide(u"").output, "");
   TrackedBuffer<char> output;
   RtfFontTable table;
-  EXPECT_EQ(WriteRtfWideText(output, table, nullptr, 0), 1);
+  EXPECT_EQ(WriteRtfWideText(output, table, nullptr, 0), -814);
   EXPECT_EQ(WriteRtfWideText(output, table, nullptr, 1), -814);
+}
+
+TEST(WriteRtfWideText, OnlyCharactersWithoutACodePageNeedADeviceContext) {
+  const test::GraphicsProbe probe;
+  for (const std::u16string_view text :
+       {u"Plain", u"R\u00E9union \u00E0 Paris", u"\u65E5\u672C", u"\u0386 \u0402 \u65E5"}) {
+    EXPECT_EQ(Wide(text).status, 1);
+    EXPECT_EQ(probe.contexts, 0u);
+  }
+  EXPECT_EQ(Wide(u"\u0386\u1681").output, "\\f1 \\'a2\\f2 \\u5761 ?\\f0 ");
+  EXPECT_EQ(probe.contexts, 1u);
 }
 
 TEST(WriteRtfWideText, ANulEndsWithAFailure) {
@@ -352,6 +398,7 @@ TEST(WriteRtfCodePageText, FailuresAreReported) {
   RtfFontTable table;
   uint32_t font = 0;
   EXPECT_EQ(WriteRtfCodePageText(output, table, 0, font, 1252, nullptr, 1), -814);
+  EXPECT_EQ(WriteRtfCodePageText(output, table, 0, font, 1252, nullptr, 0), -814);
   EXPECT_EQ(table.count, 0);
 }
 
