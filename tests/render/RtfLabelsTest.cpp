@@ -7,6 +7,7 @@
 #include "RenderSupport.h"
 #include "RtfSupport.h"
 #include "render/Renderer.h"
+#include "support/TestFonts.h"
 
 namespace tarn {
 namespace {
@@ -14,6 +15,9 @@ namespace {
 using test::Bytes;
 using test::Set;
 using test::Terminated;
+
+// None of them has the letters of the labels that no code page carries.
+[[maybe_unused]] const bool kFonts = test::UseTestFonts(test::StandardTestFonts());
 
 struct RtfLabels {
   uint32_t language;
@@ -58,7 +62,7 @@ TEST(RtfLabels, German) {
                  "Betreff:   ", R"(Priorit\'e4t: )"}});
 }
 
-// 1258 is the first code page that has U+0103; none has U+021B, and no common font either.
+// 1258 is the first code page that has U+0103; none has U+021B, and no font of the test either.
 TEST(RtfLabels, Romanian) {
   ExpectLabels({0x0418,
                 R"({\f1 \swiss \fcharset163 Batang})",
