@@ -78,17 +78,20 @@ enum TarnStatus {
   StatusWriteFailed = -5,    /* a temporary or an extracted file could not be written */
   StatusReadFailed = -7,     /* fewer than 12 bytes, or a read came short */
   StatusNotSupported = -9,   /* not a message the filter takes; the slot holds another format;
-                                a PST message with a plain body only, when textOnly is not 1 */
+                                a PST message with a plain body only, when textOnly is not 1;
+                                RTF without a font table and "\from", or with a damaged one */
   StatusOpenFailed = -10,    /* the file could not be opened */
   StatusBadArgument = -13,   /* null context, malformed list, attachment number below 1, a PST
-                                without messages, an image without bytes */
+                                without messages, an image without bytes; header text that no
+                                code page of RTF carries, or that cannot be converted */
   StatusMsgOpenFailed = -14, /* the compound file could not be opened */
-  StatusTimeFailed = -74,    /* a time could not be formatted; a list changed under the filter */
+  StatusTimeFailed = -74,    /* a time could not be formatted; a list changed under the filter;
+                                an RTF body is empty */
   StatusPathOverflow = -290, /* the path of an inline image would reach 264 characters */
   StatusNullArgument = -814, /* null context of an attachment call; null source */
   StatusPathFromUtf8Failed = -1488,
-  StatusCreateFailed = -1490, /* a file or directory could not be made */
-  StatusPathTooLong = -1778,
+  StatusCreateFailed = -1490,     /* a file or directory could not be made */
+  StatusPathTooLong = -1778,      /* a path, or a text for RTF, too long to convert */
   StatusPathToUtf8Failed = -1851, /* text could not be turned into UTF-8 */
   StatusListIndex = -1860,        /* a list index out of range */
   StatusSiblingRefused = -1863,   /* the sibling's own code is in the context */

@@ -1,11 +1,13 @@
 // GlyphCoverage.h - whether a font has the glyphs of a text.
 //
-// On Windows the font is selected into the device context and Uniscribe is asked. Elsewhere the
-// context and the font are not looked at: the installed face of exactly that family name (compared
-// without case, never substituted), the one nearest to regular, is asked through its Unicode
-// character map or else its symbol map. There the installed families are listed once in a process,
-// the face of a family is opened once, when the family is first asked for, and nothing is kept of
-// other names, however many documents bring. docs/glyph-coverage.md tells more.
+// The installed face of exactly that family name (compared without case, never substituted), the
+// one nearest to regular, is asked through its Unicode character map or else its symbol map. The
+// installed families are listed once in a process, the face of a family is opened once, when the
+// family is first asked for, and nothing is kept of other names, however many documents bring.
+// docs/glyph-coverage.md tells more.
+//
+// Context, font and glyph words are the seam for a system whose text services want a font selected
+// into a context; nothing looks at them now.
 //
 // Units are looked at one by one, so no unit of a surrogate pair has a glyph.
 #ifndef TARN_PLATFORM_GLYPHCOVERAGE_H
@@ -21,7 +23,7 @@ struct GlyphQuery {
   void* font = nullptr;          // the kernel's font of that face
   std::u16string_view faceName;  // without a NUL
   std::u16string_view text;
-  uint16_t* glyphs = nullptr;  // scratch, one word a unit of the text; only Windows writes there
+  uint16_t* glyphs = nullptr;  // scratch, one word a unit of the text
 };
 
 // True when every unit has a glyph; false otherwise, for an unknown face and on any failure.

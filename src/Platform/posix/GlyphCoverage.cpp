@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <mutex>
-#include <new>
 #include <optional>
 #include <vector>
 
@@ -50,7 +49,7 @@ bool FontHasGlyphs(const GlyphQuery& query) noexcept {
   try {
     static FontCache* const cache = new FontCache;
     return cache->HasGlyphs(query.faceName, query.text);
-  } catch (const std::bad_alloc&) {
+  } catch (...) {
     return false;
   }
 }
