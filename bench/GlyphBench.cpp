@@ -129,8 +129,11 @@ void BM_SearchATable(benchmark::State& state) {
   char16_t unit = 0x1000;
   for (auto _ : state) {
     uint32_t number = 0;
-    if (isNew) unit = static_cast<char16_t>(0x1000 + (unit + 1) % 0x1000);
-    table.coverage.work = 0;
+    if (isNew) {
+      unit = static_cast<char16_t>(0x1000 + (unit + 1) % 0x1000);
+      table.coverage.clear();
+    }
+    table.coverageWork = 0;
     if (FindFontForText(table, &unit, 1, number) != 0) state.SkipWithError("there is a glyph");
   }
 }
