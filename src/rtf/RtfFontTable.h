@@ -67,9 +67,9 @@ struct RtfFontTable {
 };
 
 // Appends the entries of the table whose "\fonttbl" word the cursor is at or behind. The cursor
-// ends behind the table's closing brace, or at the end of the data. 1; -9 for a backslash that ends
-// the data; -1 without memory, and for too many fonts. On failure the entries read so far stay, and
-// the cursor is where it was.
+// ends behind the table's closing brace, or at the end of the data. 1; -9 for a backslash that
+// fewer than two bytes of the data follow; -1 without memory, and for more than kMaxRtfFonts fonts.
+// On failure the entries read so far stay, and the cursor is where it was.
 int32_t ParseRtfFontTable(RtfFontTable& table, const char*& cursor, const char* end);
 
 // Reads "\ansicpg", "\deff" and "\fonttbl" of a whole document, once: 1 at once for a table that
