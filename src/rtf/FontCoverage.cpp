@@ -106,8 +106,8 @@ bool Spend(RtfFontTable& table, uint64_t work) {
   return true;
 }
 
-// One search, after which each face has been asked until one covered the text or the work allowed
-// was used up. `fontNumber` is set by what gives true.
+// One search, after which each face has been asked until one covered the text. Once the work
+// allowed is used up, none covers it. `fontNumber` is set by what gives true.
 struct Search {
   RtfFontTable& table;
   void* context;
@@ -116,7 +116,7 @@ struct Search {
   bool knowsAnswers = true;  // memory hid none
 
   bool inTable(int32_t first, uint32_t& fontNumber) {
-    for (int32_t i = first; hasWork && i < table.count; ++i) {
+    for (int32_t i = first; i < table.count; ++i) {
       if (!covers(table.entries[i].name)) continue;
       fontNumber = table.entries[i].number;
       return true;
@@ -126,10 +126,10 @@ struct Search {
 
   bool amongFallbacks(uint32_t& fontNumber) {
     for (const char* const name : kFallbackFaces) {
-      if (!hasWork) break;
       if (HoldsFace(table, name) || !covers(name)) continue;
-      knowsAnswers = AddRtfFont(table, name, "", 0, 0, fontNumber) == StatusOk;
-      return knowsAnswers;
+      const bool added = AddRtfFont(table, name, "", 0, 0, fontNumber) == StatusOk;
+      if (!added) knowsAnswers = false;
+      return added;
     }
     return false;
   }

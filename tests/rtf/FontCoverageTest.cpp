@@ -281,6 +281,8 @@ TEST(FindFontForText, FallsBackWhenMemoryHidesAFont) {
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
   EXPECT_EQ(Find(document.table, kArmenian), (Found{1, 6}));
   EXPECT_EQ(Show(document.table), "5:0:0:Sylfaen|6:0:0:Arial");
+  // The font that was hidden comes first again.
+  EXPECT_EQ(Find(document.table, kArmenian), (Found{1, 5}));
 }
 
 TEST(FindFontForText, HasNoAnswerWithoutAContext) {
