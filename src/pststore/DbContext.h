@@ -5,8 +5,9 @@
 // context given as `parent`, which is this one but for contexts that stand in front of others.
 //
 // Every operation checks what it reads and throws what Errors.h lists. A failure changes nothing,
-// and the store stays usable. Only the two root pages are kept here; all else is kept by those who
-// asked for it.
+// and the store stays usable, but for one: a context that has read 1 GiB and 64 times the size of
+// its file gives up and throws database_corrupt at every further read (StoreFile.h). Only the two
+// root pages are kept here; all else is kept by those who asked for it.
 #ifndef TARN_PSTSTORE_DBCONTEXT_H
 #define TARN_PSTSTORE_DBCONTEXT_H
 
@@ -90,6 +91,9 @@ class db_context : public std::enable_shared_from_this<db_context> {
   // The next id for a block in memory. Of an internal block's id only the bit that says so is left:
   // such blocks are never looked up by it.
   virtual ulonglong alloc_bid(bool is_internal) = 0;
+
+  // database_corrupt when the blocks of one tree take more bytes than the file can give them.
+  virtual void expect_tree_room(ulonglong bytes) = 0;
 
   std::shared_ptr<data_block> read_data_block(ulonglong bid) {
     return read_data_block(shared_from_this(), bid);

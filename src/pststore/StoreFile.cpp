@@ -1,5 +1,6 @@
 #include "pststore/StoreFile.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 #include "pststore/Errors.h"
@@ -23,23 +24,23 @@ store_file::store_file(const char16_t* path)
 
 store_file::~store_file() { KernelFileClose(handle_); }
 
-void store_file::count(size_t bytes) {
-  taken_ += bytes;
-  if (taken_ <= free_bytes) return;
-  if ((taken_ - free_bytes) / bytes_per_file_byte > get_size()) {
+void store_file::expect_budget(size_t bytes) {
+  const ulonglong taken = taken_ + bytes;
+  if (taken <= free_bytes) return;
+  if ((taken - free_bytes) / bytes_per_file_byte > get_size()) {
     throw database_corrupt("the same data is read too often");
   }
 }
 
 void store_file::read(void* buffer, size_t size, ulonglong address) {
-  count(size);
+  expect_budget(size);
   // An address of all ones, which only a damaged file has, looks like the answer of a failed seek.
   const ulonglong position =
       KernelFileSeek(handle_, static_cast<int64_t>(address), KERNEL_SEEK_START);
   if (position != address || position == seek_failed) throw std::out_of_range("fseek failed");
-  if (KernelFileReadLarge(handle_, buffer, size) != size) {
-    throw std::out_of_range("fread failed");
-  }
+  const ulonglong done = KernelFileReadLarge(handle_, buffer, size);
+  taken_ += std::min<ulonglong>(done, size);
+  if (done != size) throw std::out_of_range("fread failed");
 }
 
 ulonglong store_file::get_size() {

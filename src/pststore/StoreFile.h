@@ -3,8 +3,9 @@
 // Every read seeks first: the position is shared by all who read. The file is closed when the
 // object dies.
 //
-// All reads together may take 1 GiB and 64 times the size of the file. Those who read a whole store
-// take it a few times; a damaged one can name the same data in as many places as it has nodes.
+// All reads together may take 1 GiB and 64 times the size of the file, counted in the bytes that
+// were read; then every further read raises database_corrupt. Those who read a whole store take it
+// a few times; a damaged one can name the same data in as many places as it has nodes.
 #ifndef TARN_PSTSTORE_STOREFILE_H
 #define TARN_PSTSTORE_STOREFILE_H
 
@@ -28,7 +29,8 @@ class store_file {
   ulonglong get_size();
 
  private:
-  void count(size_t bytes);
+  // Raises database_corrupt when so many more bytes would be too many.
+  void expect_budget(size_t bytes);
 
   wstring path_;
   ulonglong handle_;

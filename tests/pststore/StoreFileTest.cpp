@@ -41,6 +41,20 @@ TEST_F(StoreFile, GivesAGibibyteAndItsOwnSizeSixtyFourTimes) {
   EXPECT_THROW(file.read(buffer.data(), kSize, 0), pststore::database_corrupt);
 }
 
+TEST_F(StoreFile, OnlyBytesThatWereReadCount) {
+  store_file file(path.c_str());
+  const uint64_t reads = (uint64_t{1} << 30) / kSize + 64;
+  for (uint64_t i = 0; i < reads; ++i) {
+    EXPECT_THROW(file.read(buffer.data(), kSize, kSize), std::out_of_range);
+    EXPECT_THROW(file.read(buffer.data(), kSize, UINT64_MAX), std::out_of_range);
+  }
+  // The half that a read past the end brought counts.
+  EXPECT_THROW(file.read(buffer.data(), kSize, kSize / 2), std::out_of_range);
+  for (uint64_t i = 1; i < reads; ++i) file.read(buffer.data(), kSize, 0);
+  file.read(buffer.data(), kSize / 2, 0);
+  EXPECT_THROW(file.read(buffer.data(), 64, 0), pststore::database_corrupt);
+}
+
 TEST_F(StoreFile, AFileThatCannotBeMeasuredIsNotReadForEver) {
   store_file file(path.c_str());
   for (uint64_t i = 0; i < (uint64_t{1} << 30) / kSize; ++i) file.read(buffer.data(), kSize, 0);
