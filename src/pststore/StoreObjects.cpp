@@ -48,22 +48,24 @@ message& message::operator=(const message& other) {
   return *this;
 }
 
-bool folder_iterator::is_end() const {
-  return current_.leaf == end_.leaf && current_.leaf_pos == end_.leaf_pos;
+bool folder_iterator::is_end(const position& at) const {
+  return at.leaf == end_.leaf && at.leaf_pos == end_.leaf_pos;
 }
 
-void folder_iterator::skip_others() {
-  while (!is_end()) {
-    const node_info& info = current_.leaf->get_value(current_.leaf_pos);
+void folder_iterator::skip_others(position& at) const {
+  while (!is_end(at)) {
+    const node_info& info = at.leaf->get_value(at.leaf_pos);
     if ((info.id & nid_type_mask) == nid_type_folder) return;
-    current_.leaf->next(current_);
+    at.leaf->next(at);
   }
 }
 
 folder_iterator& folder_iterator::operator++() {
-  if (is_end()) throw std::out_of_range("folder iterator at its end");
-  current_.leaf->next(current_);
-  skip_others();
+  if (is_end(current_)) throw std::out_of_range("folder iterator at its end");
+  position following = current_;
+  following.leaf->next(following);
+  skip_others(following);
+  current_ = std::move(following);
   return *this;
 }
 
@@ -71,7 +73,7 @@ folder_iterator folder_begin(const std::shared_ptr<db_context>& context) {
   btree_iter_impl<ulong, node_info> current;
   context->read_nbt_root()->first(current);
   folder_iterator begin(std::move(current), end_of(*context->read_nbt_root()), context);
-  begin.skip_others();
+  begin.skip_others(begin.current_);
   return begin;
 }
 
@@ -81,7 +83,7 @@ folder_iterator folder_end(const std::shared_ptr<db_context>& context) {
 }
 
 folder make_folder(const folder_iterator& at) {
-  if (at.is_end()) throw std::out_of_range("folder iterator at its end");
+  if (at.is_end(at.current_)) throw std::out_of_range("folder iterator at its end");
   const node_info& info = at.current_.leaf->get_value(at.current_.leaf_pos);
   return folder(at.context_, property_bag(node(at.context_, info)));
 }

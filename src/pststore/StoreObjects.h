@@ -75,7 +75,7 @@ class attachment {
   property_bag bag_;
 };
 
-// Over the nodes of folder type.
+// Over the nodes of folder type. A step that fails leaves the iterator where it was.
 class folder_iterator {
  public:
   folder_iterator& operator++();
@@ -93,8 +93,8 @@ class folder_iterator {
 
   folder_iterator(position current, position end, std::shared_ptr<db_context> context)
       : current_(std::move(current)), end_(std::move(end)), context_(std::move(context)) {}
-  bool is_end() const;
-  void skip_others();
+  bool is_end(const position& at) const;
+  void skip_others(position& at) const;
 
   position current_;
   position end_;

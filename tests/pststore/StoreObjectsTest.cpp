@@ -36,6 +36,20 @@ StoreOptions Bare() {
 
 std::u16string Wide(const wstring& text) { return std::u16string(text.begin(), text.end()); }
 
+// What the action gives while no memory is to be had and no read succeeds: nothing is loaded.
+template <typename Action>
+auto WithoutLoading(const Action& action) {
+  struct Faults {
+    Faults() { set(1); }
+    ~Faults() { set(0); }
+    static void set(uint64_t ordinal) {
+      PlainKernelFailAt(PlainKernelFaultMemory, ordinal);
+      PlainKernelFailAt(PlainKernelFaultRead, ordinal);
+    }
+  } const faults;
+  return action();
+}
+
 std::vector<folder> Folders(const WrittenStore& store) {
   std::vector<folder> folders;
   const auto end = pststore::folder_end(store.context());
@@ -79,6 +93,8 @@ class OneMessage {
     store_.emplace(builder_.bytes());
     return Messages(*store_, TheFolder(*store_)).at(0);
   }
+  // Of the store that was opened.
+  folder inbox() const { return TheFolder(*store_); }
   void release() { store_.reset(); }
 
  private:
@@ -142,6 +158,50 @@ TEST(FolderIterator, CrossesPages) {
   EXPECT_EQ(Folders(store).size(), 20U);
 }
 
+TEST(FolderIterator, StaysWhereItIsWhenAStepFails) {
+  StoreOptions options = Bare();
+  options.file.nbt = {.leafFanOut = 2, .innerFanOut = 2};
+  StoreBuilder builder(options);
+  for (const uint32_t nid : {0x8022U, 0x8042U, 0x8062U, 0x8082U, 0x80A2U, 0x80C2U}) {
+    builder.folder(nid, u"folder").withoutContentsTable();
+  }
+  std::string image = builder.bytes();
+  // The leaf that begins with the third folder loses its signature.
+  size_t page = 0;
+  while (image.substr(page, 4) != LeBytes(0x8062, 4) ||
+         image.substr(page + 488, 10) != std::string("\x02\x0F\x20\0\0\0\0\0\x81\x81", 10)) {
+    page += 512;
+    ASSERT_LT(page, image.size());
+  }
+  image[page + 498] = static_cast<char>(~image[page + 498]);
+  const WrittenStore store(image);
+  auto at = pststore::folder_begin(store.context());
+  ++at;
+  for (int attempt = 0; attempt < 2; ++attempt) {
+    EXPECT_EQ(Thrown<pststore::sig_mismatch>([&] { ++at; }), "page sig mismatch");
+    EXPECT_EQ(pststore::make_folder(at).get_id(), 0x8042U);
+    EXPECT_FALSE(at == pststore::folder_end(store.context()));
+  }
+}
+
+TEST(FolderIterator, GoesOnWhenAFailureHasPassed) {
+  StoreOptions options = Bare();
+  options.file.nbt = {.leafFanOut = 2, .innerFanOut = 2};
+  StoreBuilder builder(options);
+  for (const uint32_t nid : {0x8022U, 0x8042U, 0x8062U, 0x8082U, 0x80A2U, 0x80C2U}) {
+    builder.folder(nid, u"folder").withoutContentsTable();
+  }
+  const WrittenStore store(builder.bytes());
+  auto at = pststore::folder_begin(store.context());
+  ++at;
+  PlainKernelFailAt(PlainKernelFaultRead, 1);
+  EXPECT_EQ(Thrown<std::out_of_range>([&] { ++at; }), "fread failed");
+  PlainKernelFailAt(PlainKernelFaultRead, 0);
+  EXPECT_EQ(pststore::make_folder(at).get_id(), 0x8042U);
+  ++at;
+  EXPECT_EQ(pststore::make_folder(at).get_id(), 0x8062U);
+}
+
 TEST(FolderIterator, StoresWithoutFolders) {
   for (const bool hasNodes : {false, true}) {
     PstFileBuilder file;
@@ -188,6 +248,10 @@ TEST(Folder, CopiesHaveTheirOwnTable) {
   const folder before(*inbox);
   pststore::get_contents_table(*inbox);
   const folder after(*inbox);
+  // A table that was loaded is copied at once.
+  EXPECT_EQ(WithoutLoading([&] { return pststore::get_contents_table(after); })->size(), 1U);
+  EXPECT_THROW(WithoutLoading([&] { return pststore::get_contents_table(before); }),
+               std::bad_alloc);
   folder assigned(before);
   assigned = after;
   EXPECT_NE(pststore::get_contents_table(before).get(), pststore::get_contents_table(*inbox).get());
@@ -269,6 +333,10 @@ TEST(Message, CopiesHaveTheirOwnTable) {
   const message before(*read);
   EXPECT_EQ(pststore::get_attachment_count(*read), 1U);
   const message after(*read);
+  // A table that was loaded is copied at once.
+  EXPECT_EQ(WithoutLoading([&] { return pststore::get_attachment_count(after); }), 1U);
+  EXPECT_THROW(WithoutLoading([&] { return pststore::get_attachment_count(before); }),
+               std::bad_alloc);
   message assigned(before);
   assigned = after;
   EXPECT_NE(pststore::get_attachment_table(after).get(),
@@ -280,6 +348,45 @@ TEST(Message, CopiesHaveTheirOwnTable) {
   for (const message* each : {&before, &after, static_cast<const message*>(&assigned)}) {
     EXPECT_EQ(Wide(pststore::get_filename(Attachments(*each).at(0))), u"a.txt");
   }
+}
+
+// The iterator's copy of the node is made when the table is there, and has what that needed.
+TEST(Attachment, SharesTheSubnodesThatTheTableLoaded) {
+  OneMessage one;
+  one.describe().attachment(u"a.txt", "bytes");
+  const message read = one.open();
+  const auto at = pststore::attachment_begin(read);
+  // One read, of the attachment's own data.
+  PlainKernelFailAt(PlainKernelFaultRead, 2);
+  EXPECT_EQ(Wide(pststore::get_filename(pststore::make_attachment(at))), u"a.txt");
+  PlainKernelFailAt(PlainKernelFaultRead, 0);
+}
+
+// Their tables are not compared.
+TEST(StoreObjects, IteratorsAreEqualWhenTheirRowsAre) {
+  OneMessage one;
+  one.describe().attachment(u"a.txt", "bytes").attachment(u"b.txt", "bytes");
+  const message left = one.open();
+  const message right(left);
+  ASSERT_NE(pststore::get_attachment_table(left), pststore::get_attachment_table(right));
+  auto at = pststore::attachment_begin(left);
+  EXPECT_TRUE(at == pststore::attachment_begin(right));
+  ++at;
+  EXPECT_FALSE(at == pststore::attachment_begin(right));
+  ++at;
+  EXPECT_TRUE(at == pststore::attachment_end(right));
+
+  const folder inbox = one.inbox();
+  const folder copy(inbox);
+  const pststore::table& contents = *pststore::get_contents_table(inbox);
+  const pststore::table& others = *pststore::get_contents_table(copy);
+  ASSERT_NE(&contents, &others);
+  const auto context = left.get_property_bag().get_node().get_context();
+  pststore::message_iterator row(contents.begin(), context);
+  EXPECT_TRUE(row == pststore::message_iterator(others.begin(), context));
+  ++row;
+  EXPECT_FALSE(row == pststore::message_iterator(others.begin(), context));
+  EXPECT_TRUE(row == pststore::message_iterator(others.end(), context));
 }
 
 TEST(Attachment, ComesInTheOrderOfTheRows) {
