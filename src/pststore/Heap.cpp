@@ -13,8 +13,15 @@ using tarn::LoadLittleEndian;
 
 namespace {
 
+// Where the fields stand in the first header and in a page map.
+constexpr size_t first_header_heap_sig = 2;
+constexpr size_t first_header_client_sig = 3;
+constexpr size_t first_header_root = 4;
 constexpr size_t first_header_size = 12;
-constexpr ulong page_map_header_size = 4;
+
+constexpr ulong page_map_num_allocs_size = 2;
+constexpr size_t page_map_offsets = 4;
+constexpr size_t offset_size = 2;
 
 }  // namespace
 
@@ -34,37 +41,37 @@ unsigned char heap_impl::read_header() {
   if (size < first_header_size) throw std::out_of_range("sizeof(T) + offset >= size()");
 
   std::array<unsigned char, first_header_size> header = {};
-  if (node_.read(header.data(), header.size(), 0) != header.size()) {
-    throw database_corrupt("heap header cut short");
-  }
-  if (header[2] != heap_sig) {
-    throw sig_mismatch("invalid heap_sig", 0, node_.get_id(), header[2], heap_sig);
-  }
-  root_id_ = LoadLittleEndian<ulong>(&header[4]);
-  return header[3];
+  node_.read(header.data(), header.size(), 0);
+  const unsigned char found = header[first_header_heap_sig];
+  if (found != heap_sig) throw sig_mismatch("invalid heap_sig", 0, node_.get_id(), found, heap_sig);
+  root_id_ = LoadLittleEndian<ulong>(&header[first_header_root]);
+  return header[first_header_client_sig];
 }
 
 heap_impl::allocation heap_impl::find(ulong hid) const {
   if (hid == 0) return {};
   const ulong page_index = hid >> 16;
-  const ulong map_offset = node_.read<ushort>(page_index, 0);
+  const ulong page_map_offset = node_.read<ushort>(page_index, 0);
 
   allocation found;
   found.page = node_.get_data_block()->get_page(page_index);
   const std::span<const unsigned char> bytes = found.page->get_bytes();
-  if (map_offset > bytes.size()) throw std::length_error("page_map_offset > node size");
-  const std::span<const unsigned char> map = bytes.subspan(map_offset);
-  if (map.size() < page_map_header_size) throw database_corrupt("heap page map cut short");
+  if (page_map_offset > bytes.size()) throw std::length_error("page_map_offset > node size");
+  const std::span<const unsigned char> map = bytes.subspan(page_map_offset);
+  if (map.size() < page_map_num_allocs_size) throw database_corrupt("heap page map cut short");
 
   // The index may equal the number of allocations: the allocation behind the last one ends where
   // the 16 bits behind the array say.
   const ulong index = ((hid >> 5) - 1) & 0x7FF;
-  if (index > LoadLittleEndian<ushort>(map.data())) throw std::length_error("index > num_allocs");
-  const size_t entry = page_map_header_size + size_t{2} * index;
-  if (map.size() < entry + 4) throw database_corrupt("heap page map runs beyond its page");
+  const ulong num_allocs = LoadLittleEndian<ushort>(map.data());
+  if (index > num_allocs) throw std::length_error("index > num_allocs");
+  const size_t entry = page_map_offsets + offset_size * index;
+  if (map.size() < entry + 2 * offset_size) {
+    throw database_corrupt("heap page map runs beyond its page");
+  }
 
   found.start = LoadLittleEndian<ushort>(&map[entry]);
-  const ulong end = LoadLittleEndian<ushort>(&map[entry + 2]);
+  const ulong end = LoadLittleEndian<ushort>(&map[entry + offset_size]);
   if (end < found.start) throw database_corrupt("heap allocation of negative size");
   found.size = end - found.start;
   return found;

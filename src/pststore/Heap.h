@@ -1,21 +1,22 @@
 // Heap.h - a heap on a node: small numbered allocations in the pages of a node (MS-PST, 2.3.1).
 //
 //   first header, at the start of the node's data
-//     0  2  offset of the page map; stands at the start of every page
-//     2  1  heap signature, 0xEC
-//     3  1  client signature: 0xBC property context, 0x7C table
-//     4  4  the client's root allocation
+//     0  2  page_map_offset: where the page map is; stands at the start of every page
+//     2  1  heap_sig, 0xEC
+//     3  1  client_sig: 0xBC property context, 0x7C table
+//     4  4  heap id of the client's root allocation
 //     8  4  fill levels, not read
 //
 //   page map, at that offset of each page
-//     0  2  number of allocations
+//     0  2  num_allocs, the number of allocations
 //     2  2  number of freed ones, not read
 //     4     offsets into the page, 2 bytes each; entry i + 1 is the end of allocation i
 //
 //   heap id: page number << 16 | (number of the allocation + 1) << 5; 0 is the empty allocation.
 //   The lower 5 bits are 0; an id with one of them set names a subnode of the heap's node instead.
 //
-// Nothing is kept but the node with its loaded blocks: every operation reads the page map again.
+// Nothing is kept but the root's id and the node with its loaded blocks: every operation reads the
+// page map again.
 // Sizes and offsets count bytes. A bad id raises std::length_error or, when the page does not exist
 // or is too short, std::out_of_range; a page map that does not hold together, database_corrupt.
 #ifndef TARN_PSTSTORE_HEAP_H
@@ -53,7 +54,8 @@ class heap_impl : public std::enable_shared_from_this<heap_impl> {
   size_t size(ulong hid) const;
 
   // Fills the buffer from `offset` of the allocation, none of which may lie behind its end, and
-  // returns the number of bytes read: fewer when the page ends before the allocation does.
+  // returns the number of bytes read: fewer when the page ends before the allocation does. One that
+  // starts behind its page raises std::out_of_range when bytes of it are read.
   size_t read(byte_vector& buffer, ulong hid, ulong offset) const;
   size_t read(void* destination, size_t count, ulong hid, ulong offset) const;
 

@@ -148,12 +148,25 @@ TEST(Heap, PageMapAtOrBehindTheEndOfItsPage) {
             "page_map_offset > node size");
   // At the end it passes that test, and then there is nothing to read.
   PutLe(page, 0, page.size(), 2);
-  Thrown<database_corrupt>([&] { Open(NodeStore({page}))->size(0x20); });
   EXPECT_EQ(Thrown<database_corrupt>([&] { Open(NodeStore({page}))->size(0x20); }),
             "heap page map cut short");
-  PutLe(page, 0, page.size() - 3, 2);
+  PutLe(page, 0, page.size() - 1, 2);
   EXPECT_EQ(Thrown<database_corrupt>([&] { Open(NodeStore({page}))->read(0x20); }),
             "heap page map cut short");
+}
+
+// The number of allocations is looked at before the array behind it.
+TEST(Heap, PageMapsOfLittleMoreThanTheirNumberOfAllocations) {
+  for (const std::string& map : {std::string("\x01\x00", 2), std::string("\x01\x00\x00", 3)}) {
+    std::string page = ThreeAllocations();
+    PutLe(page, 0, page.size(), 2);
+    const NodeStore store({page + map});
+    EXPECT_EQ(Thrown<database_corrupt>([&] { Open(store)->size(0x20); }),
+              "heap page map runs beyond its page");
+    EXPECT_EQ(Thrown<database_corrupt>([&] { Open(store)->size(0x40); }),
+              "heap page map runs beyond its page");
+    EXPECT_EQ(Thrown<std::length_error>([&] { Open(store)->size(0x60); }), "index > num_allocs");
+  }
 }
 
 TEST(Heap, PagesWithoutRoomForTheOffsetOfTheirMap) {
