@@ -1,7 +1,8 @@
 // Blocks.h - the blocks that hold the data of nodes (MS-PST, 2.2.2.8).
 //
 //   external_block   bytes, at most 8180 (ANSI) or 8176 (Unicode) of them
-//   extended_block   ids of blocks: of external ones (level 1) or of extended ones of level 1 (2)
+//   extended_block   ids of blocks: of external ones (level 1) or of extended ones of level 1 (2);
+//                    what they are is not compared with the level
 //
 //   extended block:  0  1  block type, 1
 //                    1  1  level
@@ -22,15 +23,16 @@
 #include <memory>
 #include <span>
 
+#include "pststore/ContextRef.h"
+#include "pststore/TreePart.h"
 #include "pststore/Types.h"
 
 namespace pststore {
 
-class db_context;
 class external_block;
 
 // What every block knows of itself.
-class block {
+class block : public context_ref {
  public:
   virtual ~block() = default;
 
@@ -45,11 +47,8 @@ class block {
 
  protected:
   block(const std::shared_ptr<db_context>& context, const block_info& info)
-      : size_(info.size), id_(info.id), address_(info.address), context_(context) {}
+      : context_ref(context), size_(info.size), id_(info.id), address_(info.address) {}
   block(const block&) = default;
-
-  // The context; std::bad_weak_ptr when it has died.
-  std::shared_ptr<db_context> get_context() const { return std::shared_ptr<db_context>(context_); }
 
   // From the first change on a block has an id of its own and no place in the file.
   void mark_modified(bool internal);
@@ -59,7 +58,6 @@ class block {
   ulonglong size_;
   ulonglong id_;
   ulonglong address_;
-  std::weak_ptr<db_context> context_;
 };
 
 // A stream of bytes in one block or in a tree of them, cut into pages of one external block each.
@@ -135,11 +133,17 @@ struct extended_limits {
 };
 
 class extended_block final : public data_block,
+                             public tree_part,
                              public std::enable_shared_from_this<extended_block> {
  public:
-  // A block of the file. Neither the total size nor the number of ids is compared with the limits.
+  // Whatever the levels say, at most so many extended blocks stand below each other.
+  static constexpr ulong max_extended_depth = 8;
+
+  // A block of the file, in which it takes `extent` bytes. Neither the total size nor the number of
+  // ids is compared with the limits.
   extended_block(const std::shared_ptr<db_context>& context, const block_info& info,
-                 const extended_limits& limits, ulonglong total_size, vector<ulonglong>&& ids);
+                 ulonglong extent, const extended_limits& limits, ulonglong total_size,
+                 vector<ulonglong>&& ids);
   // A new block of as many holes as `total_size` asks for.
   extended_block(const std::shared_ptr<db_context>& context, const extended_limits& limits,
                  ulonglong total_size);

@@ -169,7 +169,8 @@ std::shared_ptr<extended_block> database_impl<T>::read_extended_block(const cont
   // All children but the last are full. Pages behind the stream's end can be asked for, too.
   const ulonglong full_children = ids.empty() ? 0 : ids.size() - 1;
   reader_.expect_room(std::max<ulonglong>(total_size, full_children * limits.child_max_total_size));
-  return make_tracked<extended_block>(parent, info, limits, total_size, std::move(ids));
+  return make_tracked<extended_block>(parent, info, bytes.size(), limits, total_size,
+                                      std::move(ids));
 }
 
 template <typename T>
@@ -224,7 +225,8 @@ template <typename T>
 std::shared_ptr<subnode_block> database_impl<T>::read_subnode_block(const context_ptr& parent,
                                                                     const block_info& info) {
   if (info.id == 0) {
-    return make_tracked<subnode_leaf_block>(parent, info, subnode_leaf_block::entries());
+    // The empty block has no place, whatever else is said of it.
+    return make_tracked<subnode_leaf_block>(parent, block_info(), 0, subnode_leaf_block::entries());
   }
   const byte_vector bytes = reader_.read_block(info);
   if (bytes[disk::internal_level] != 0) return make_subnode_nonleaf(parent, info, bytes);
@@ -251,13 +253,14 @@ template <typename T>
 std::shared_ptr<subnode_leaf_block> database_impl<T>::make_subnode_leaf(const context_ptr& parent,
                                                                         const block_info& info,
                                                                         disk::bytes_view bytes) {
-  return make_tracked<subnode_leaf_block>(parent, info, parse_subnode_leaf<T>(bytes));
+  return make_tracked<subnode_leaf_block>(parent, info, bytes.size(), parse_subnode_leaf<T>(bytes));
 }
 
 template <typename T>
 std::shared_ptr<subnode_nonleaf_block> database_impl<T>::make_subnode_nonleaf(
     const context_ptr& parent, const block_info& info, disk::bytes_view bytes) {
-  return make_tracked<subnode_nonleaf_block>(parent, info, parse_subnode_nonleaf<T>(bytes));
+  return make_tracked<subnode_nonleaf_block>(parent, info, bytes.size(),
+                                             parse_subnode_nonleaf<T>(bytes));
 }
 
 // The forms that take an id -------------------------------------------------------------------
@@ -301,6 +304,11 @@ template <typename T>
 std::shared_ptr<subnode_nonleaf_block> database_impl<T>::read_subnode_nonleaf_block(
     const context_ptr& parent, ulonglong bid) {
   return read_subnode_nonleaf_block(parent, lookup_block_info(bid));
+}
+
+template <typename T>
+void database_impl<T>::expect_tree_room(ulonglong bytes) {
+  reader_.expect_tree_room(bytes);
 }
 
 template class database_impl<ulong>;

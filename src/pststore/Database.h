@@ -69,6 +69,7 @@ class database_impl final : public db_context {
       const context_ptr& parent, const std::shared_ptr<external_block>& child) override;
 
   ulonglong alloc_bid(bool is_internal) override;
+  void expect_tree_room(ulonglong bytes) override;
 
  private:
   using layout = disk::layout<T>;

@@ -9,6 +9,9 @@ namespace {
 // What holes may add to a stream beyond the size of the file: two of the largest there are.
 constexpr ulonglong hole_allowance = 16u << 20;
 
+// What repeated blocks may add to a tree beyond the size of the file: eight of the largest.
+constexpr ulonglong tree_allowance = 64u << 10;
+
 void expect_crc(disk::bytes_view header, size_t count, size_t stored_at, const char* message) {
   const ulong computed = disk::compute_crc(header.data() + disk::header_crc_begin, count);
   const ulong stored = disk::load<ulong>(header, stored_at);
@@ -133,6 +136,14 @@ void disk_reader<T>::expect_room(ulonglong total_size) {
   if (total_size <= hole_allowance) return;
   if (total_size - hole_allowance > file_.get_size()) {
     throw database_corrupt("stream larger than the file");
+  }
+}
+
+template <typename T>
+void disk_reader<T>::expect_tree_room(ulonglong bytes) {
+  if (bytes <= tree_allowance) return;
+  if (bytes - tree_allowance > file_.get_size()) {
+    throw database_corrupt("blocks of a tree larger than the file");
   }
 }
 

@@ -46,6 +46,10 @@ class disk_reader {
   // room in the file, so a small file may well hold a larger stream, by a bounded amount.
   void expect_room(ulonglong total_size);
 
+  // Raises database_corrupt for blocks of one tree that together take more than the size of the
+  // file and 64 KiB: blocks that overlap, or one block in many places.
+  void expect_tree_room(ulonglong bytes);
+
  private:
   using layout = disk::layout<T>;
 

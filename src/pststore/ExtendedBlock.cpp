@@ -14,9 +14,10 @@ ulonglong divide_up(ulonglong dividend, ulonglong divisor) {
 }  // namespace
 
 extended_block::extended_block(const std::shared_ptr<db_context>& context, const block_info& info,
-                               const extended_limits& limits, ulonglong total_size,
-                               vector<ulonglong>&& ids)
+                               ulonglong extent, const extended_limits& limits,
+                               ulonglong total_size, vector<ulonglong>&& ids)
     : data_block(context, info, total_size),
+      tree_part(extent),
       limits_(limits),
       block_ids_(std::move(ids)),
       child_blocks_(block_ids_.size()) {}
@@ -121,9 +122,10 @@ ulonglong extended_block::resize(ulonglong size, std::shared_ptr<data_block>& re
   return context->create_extended_block(context, self)->resize(size, result);
 }
 
+// A child that has the size already counts as changed, too.
 void extended_block::resize_child(ulonglong index, ulonglong size) {
   std::shared_ptr<data_block>& child = get_child_block(index);
-  if (child->get_total_size() != size) child->resize(size, child);
+  child->resize(size, child);
 }
 
 std::shared_ptr<data_block>& extended_block::get_child_block(ulonglong index) {
@@ -138,12 +140,12 @@ std::shared_ptr<data_block>& extended_block::get_child_block(ulonglong index) {
   return child;
 }
 
-// A child stands on a lower level than its parent, or a block could contain itself.
+// A block can contain itself: the depth ends that.
 std::shared_ptr<data_block> extended_block::load_child(ulonglong id) {
-  std::shared_ptr<data_block> child = get_context()->read_data_block(id);
-  if (child->is_internal() &&
-      static_cast<const extended_block&>(*child).get_level() >= limits_.level) {
-    throw database_corrupt("child is not below its block");
+  const std::shared_ptr<db_context> context = get_context();
+  std::shared_ptr<data_block> child = context->read_data_block(id);
+  if (child->is_internal()) {
+    adopt(*context, static_cast<extended_block&>(*child), max_extended_depth);
   }
   return child;
 }

@@ -7,10 +7,6 @@ namespace pststore {
 
 namespace {
 
-void expect_entry(ulong pos, size_t count) {
-  if (pos >= count) throw database_corrupt("position beyond the entries of a page");
-}
-
 std::shared_ptr<bbt_page> read_page(db_context& context, const page_info& info,
                                     const bbt_nonleaf_page*) {
   return context.read_bbt_page(info);
@@ -24,31 +20,13 @@ std::shared_ptr<nbt_page> read_page(db_context& context, const page_info& info,
 }  // namespace
 
 template <typename K, typename V>
-K bt_leaf_page<K, V>::get_key(ulong pos) const {
-  expect_entry(pos, entries_.size());
-  return entries_[pos].first;
-}
-
-template <typename K, typename V>
-const V& bt_leaf_page<K, V>::get_value(ulong pos) const {
-  expect_entry(pos, entries_.size());
-  return entries_[pos].second;
-}
-
-template <typename K, typename V>
-K bt_nonleaf_page<K, V>::get_key(ulong pos) const {
-  expect_entry(pos, entries_.size());
-  return entries_[pos].first;
-}
-
-template <typename K, typename V>
 bt_page<K, V>& bt_nonleaf_page<K, V>::load_child(ulong pos) const {
-  expect_entry(pos, entries_.size());
+  const page_info& info = entries_.get_value(pos);
   std::shared_ptr<bt_page<K, V>>& child = children_[pos];
   if (child == nullptr) {
-    const page_info& info = entries_[pos].second;
-    auto loaded = read_page(*this->get_context(), info, this);
-    this->adopt(this->get_address(), *loaded, info.address);
+    const std::shared_ptr<db_context> context = this->get_context();
+    auto loaded = read_page(*context, info, this);
+    this->adopt_once(*context, this->get_address(), *loaded, info.address);
     child = std::move(loaded);
   }
   return *child;

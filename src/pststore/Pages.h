@@ -9,17 +9,17 @@
 #include <memory>
 
 #include "pststore/BtreeNode.h"
+#include "pststore/ContextRef.h"
+#include "pststore/TreeEntries.h"
 #include "pststore/TreePart.h"
 #include "pststore/Types.h"
 
 namespace pststore {
 
-class db_context;
-
-class page : public tree_part {
+class page : public context_ref, public tree_part {
  public:
   page(const std::shared_ptr<db_context>& context, const page_info& info)
-      : context_(context), info_(info) {}
+      : context_ref(context), info_(info) {}
 
   ulonglong get_page_id() const { return info_.id; }
   ulonglong get_address() const { return info_.address; }
@@ -27,11 +27,7 @@ class page : public tree_part {
  protected:
   ~page() = default;
 
-  // The context; std::bad_weak_ptr when it has died.
-  std::shared_ptr<db_context> get_context() const { return std::shared_ptr<db_context>(context_); }
-
  private:
-  std::weak_ptr<db_context> context_;
   page_info info_;
 };
 
@@ -51,23 +47,23 @@ class bt_page : public page, public virtual btree_node<K, V> {
 template <typename K, typename V>
 class bt_leaf_page final : public bt_page<K, V>, public btree_node_leaf<K, V> {
  public:
-  using entries = vector<std::pair<K, V>>;
+  using entries = typename tree_entries<K, V>::list;
 
   bt_leaf_page(const std::shared_ptr<db_context>& context, const page_info& info, entries&& leaves)
       : bt_page<K, V>(context, info, 0), entries_(std::move(leaves)) {}
 
-  K get_key(ulong pos) const override;
-  ulong num_values() const override { return static_cast<ulong>(entries_.size()); }
-  const V& get_value(ulong pos) const override;
+  K get_key(ulong pos) const override { return entries_.get_key(pos); }
+  ulong num_values() const override { return entries_.size(); }
+  const V& get_value(ulong pos) const override { return entries_.get_value(pos); }
 
  private:
-  entries entries_;
+  tree_entries<K, V> entries_;
 };
 
 template <typename K, typename V>
 class bt_nonleaf_page final : public bt_page<K, V>, public btree_node_nonleaf<K, V> {
  public:
-  using entries = vector<std::pair<K, page_info>>;
+  using entries = typename tree_entries<K, page_info>::list;
 
   bt_nonleaf_page(const std::shared_ptr<db_context>& context, const page_info& info, ushort level,
                   entries&& children)
@@ -75,15 +71,15 @@ class bt_nonleaf_page final : public bt_page<K, V>, public btree_node_nonleaf<K,
         entries_(std::move(children)),
         children_(entries_.size()) {}
 
-  K get_key(ulong pos) const override;
-  ulong num_values() const override { return static_cast<ulong>(entries_.size()); }
+  K get_key(ulong pos) const override { return entries_.get_key(pos); }
+  ulong num_values() const override { return entries_.size(); }
   const btree_node<K, V>& get_child(ulong pos) const override { return load_child(pos); }
   btree_node<K, V>& get_child(ulong pos) override { return load_child(pos); }
 
  private:
   bt_page<K, V>& load_child(ulong pos) const;
 
-  entries entries_;
+  tree_entries<K, page_info> entries_;
   mutable vector<std::shared_ptr<bt_page<K, V>>> children_;
 };
 

@@ -5,36 +5,14 @@
 
 namespace pststore {
 
-namespace {
-
-void expect_entry(ulong pos, size_t count) {
-  if (pos >= count) throw database_corrupt("position beyond the entries of a subnode block");
-}
-
-}  // namespace
-
-ulong subnode_leaf_block::get_key(ulong pos) const {
-  expect_entry(pos, entries_.size());
-  return entries_[pos].first;
-}
-
-const subnode_info& subnode_leaf_block::get_value(ulong pos) const {
-  expect_entry(pos, entries_.size());
-  return entries_[pos].second;
-}
-
-ulong subnode_nonleaf_block::get_key(ulong pos) const {
-  expect_entry(pos, entries_.size());
-  return entries_[pos].first;
-}
-
 subnode_block& subnode_nonleaf_block::load_child(ulong pos) const {
-  expect_entry(pos, entries_.size());
+  const ulonglong id = entries_.get_value(pos);
   std::shared_ptr<subnode_block>& child = children_[pos];
   if (child == nullptr) {
-    const ulonglong id = entries_[pos].second;
-    auto loaded = get_context()->read_subnode_block(id);
-    adopt(get_id(), *loaded, id);
+    const std::shared_ptr<db_context> context = get_context();
+    auto loaded = context->read_subnode_block(id);
+    // The empty block is no block of the file, and is made anew for everybody who names it.
+    if (loaded->get_id() != 0) adopt_once(*context, get_id(), *loaded, loaded->get_id());
     child = std::move(loaded);
   }
   return *child;

@@ -16,6 +16,7 @@
 
 #include "pststore/Blocks.h"
 #include "pststore/BtreeNode.h"
+#include "pststore/TreeEntries.h"
 #include "pststore/TreePart.h"
 #include "pststore/Types.h"
 
@@ -30,8 +31,10 @@ class subnode_block : public block,
   ushort get_level() const { return level_; }
 
  protected:
-  subnode_block(const std::shared_ptr<db_context>& context, const block_info& info, ushort level)
-      : block(context, info), level_(level) {}
+  // `extent` is what the block takes in the file.
+  subnode_block(const std::shared_ptr<db_context>& context, const block_info& info,
+                ulonglong extent, ushort level)
+      : block(context, info), tree_part(extent), level_(level) {}
 
  private:
   ushort level_;
@@ -41,34 +44,34 @@ class subnode_leaf_block final : public subnode_block,
                                  public btree_node_leaf<ulong, subnode_info>,
                                  public std::enable_shared_from_this<subnode_leaf_block> {
  public:
-  using entries = vector<std::pair<ulong, subnode_info>>;
+  using entries = tree_entries<ulong, subnode_info>::list;
 
   subnode_leaf_block(const std::shared_ptr<db_context>& context, const block_info& info,
-                     entries&& subnodes)
-      : subnode_block(context, info, 0), entries_(std::move(subnodes)) {}
+                     ulonglong extent, entries&& subnodes)
+      : subnode_block(context, info, extent, 0), entries_(std::move(subnodes)) {}
 
-  ulong get_key(ulong pos) const override;
-  ulong num_values() const override { return static_cast<ulong>(entries_.size()); }
-  const subnode_info& get_value(ulong pos) const override;
+  ulong get_key(ulong pos) const override { return entries_.get_key(pos); }
+  ulong num_values() const override { return entries_.size(); }
+  const subnode_info& get_value(ulong pos) const override { return entries_.get_value(pos); }
 
  private:
-  entries entries_;
+  tree_entries<ulong, subnode_info> entries_;
 };
 
 class subnode_nonleaf_block final : public subnode_block,
                                     public btree_node_nonleaf<ulong, subnode_info>,
                                     public std::enable_shared_from_this<subnode_nonleaf_block> {
  public:
-  using entries = vector<std::pair<ulong, ulonglong>>;
+  using entries = tree_entries<ulong, ulonglong>::list;
 
   subnode_nonleaf_block(const std::shared_ptr<db_context>& context, const block_info& info,
-                        entries&& children)
-      : subnode_block(context, info, 1),
+                        ulonglong extent, entries&& children)
+      : subnode_block(context, info, extent, 1),
         entries_(std::move(children)),
         children_(entries_.size()) {}
 
-  ulong get_key(ulong pos) const override;
-  ulong num_values() const override { return static_cast<ulong>(entries_.size()); }
+  ulong get_key(ulong pos) const override { return entries_.get_key(pos); }
+  ulong num_values() const override { return entries_.size(); }
   const btree_node<ulong, subnode_info>& get_child(ulong pos) const override {
     return load_child(pos);
   }
@@ -77,7 +80,7 @@ class subnode_nonleaf_block final : public subnode_block,
  private:
   subnode_block& load_child(ulong pos) const;
 
-  entries entries_;
+  tree_entries<ulong, ulonglong> entries_;
   mutable vector<std::shared_ptr<subnode_block>> children_;
 };
 

@@ -1,50 +1,48 @@
 #include "pststore/TreePart.h"
 
-#include "pststore/Errors.h"
+#include <functional>
+#include <set>
+
+#include "pststore/DbContext.h"
 
 namespace pststore {
 
-namespace {
+// The numbers are the file's choice: an ordered set takes as long for some as for others.
+struct tree_part::record {
+  std::set<ulonglong, std::less<>, kernel_allocator<ulonglong>> numbers;
+  ulonglong bytes = 0;
+};
 
-// Where the search for a number begins. Numbers of neighbouring parts differ in few bits.
-size_t spread(ulonglong number) {
-  return static_cast<size_t>((number * 0x9E3779B97F4A7C15u) >> 20);
+ulonglong tree_part::measure(db_context& context, const tree_part& child, ulong max_parts) const {
+  if (depth_ + 1 >= max_parts) throw database_corrupt("tree too deep");
+  if (record_ == nullptr) {
+    record_ = make_tracked<record>();
+    record_->bytes = extent_;
+  }
+  const ulonglong bytes = record_->bytes + child.extent_;
+  context.expect_tree_room(bytes);
+  return bytes;
 }
 
-}  // namespace
-
-bool odd_set::insert(ulonglong number) {
-  if (2 * (count_ + 1) > slots_.size()) grow();
-  const size_t mask = slots_.size() - 1;
-  size_t slot = spread(number) & mask;
-  while (slots_[slot] != 0) {
-    if (slots_[slot] == number) return false;
-    slot = (slot + 1) & mask;
-  }
-  slots_[slot] = number;
-  ++count_;
-  return true;
-}
-
-void odd_set::grow() {
-  vector<ulonglong> old(slots_.empty() ? 16 : 2 * slots_.size());
-  old.swap(slots_);
-  count_ = 0;
-  for (const ulonglong number : old) {
-    if (number != 0) insert(number);
-  }
-}
-
-void tree_part::adopt(ulonglong own_number, tree_part& child, ulonglong child_number) const {
-  if (depth_ + 1 >= max_depth) throw database_corrupt("tree too deep");
-  if (loaded_ == nullptr) {
-    auto loaded = make_tracked<odd_set>();
-    loaded->insert(own_number | 1);
-    loaded_ = std::move(loaded);
-  }
-  if (!loaded_->insert(child_number | 1)) throw database_corrupt("part of a tree met twice");
-  child.loaded_ = loaded_;
+void tree_part::enter(tree_part& child, ulonglong bytes) const {
+  record_->bytes = bytes;
+  child.record_ = record_;
   child.depth_ = depth_ + 1;
+}
+
+void tree_part::adopt_once(db_context& context, ulonglong own_number, tree_part& child,
+                           ulonglong child_number) const {
+  const ulonglong bytes = measure(context, child, max_depth);
+  // Parts below the root are there already.
+  record_->numbers.insert(own_number);
+  if (!record_->numbers.insert(child_number).second) {
+    throw database_corrupt("part of a tree met twice");
+  }
+  enter(child, bytes);
+}
+
+void tree_part::adopt(db_context& context, tree_part& child, ulong max_parts) const {
+  enter(child, measure(context, child, max_parts));
 }
 
 }  // namespace pststore

@@ -1,10 +1,14 @@
 // TreePart.h - what keeps damaged trees finite.
 //
-// Trees of pages and of subnode blocks are loaded child by child, and a damaged file can name a
-// part as its own ancestor, or as the child of many parents. Every part of a tree knows how deep it
-// stands, and all share one record of the parts that were loaded: a part that turns up a second
-// time, or too deep, raises database_corrupt. In a sound file every part has one parent, who loads
-// it once and keeps it, so sound files never notice.
+// Trees of pages and of blocks are loaded child by child, and a damaged file can name a part as its
+// own ancestor, as the child of many parents, or lay many blocks over the same bytes. Every part of
+// a tree knows how deep it stands, and all loaded parts share one record: which they are, and how
+// many bytes of the file they take.
+//
+// A part of a tree of pages or subnodes that turns up a second time raises database_corrupt, below
+// itself or not: a tree whose parents share a child is refused, though it would come to an end. So
+// does one that stands too deep, and so do blocks that together are larger than the whole file.
+// Where every part has one parent and bytes of its own, no part is refused.
 #ifndef TARN_PSTSTORE_TREEPART_H
 #define TARN_PSTSTORE_TREEPART_H
 
@@ -14,18 +18,7 @@
 
 namespace pststore {
 
-// A set of odd numbers.
-class odd_set {
- public:
-  // False when the number was in the set.
-  bool insert(ulonglong number);
-
- private:
-  void grow();
-
-  vector<ulonglong> slots_;  // 0: free; at most half of them are in use
-  size_t count_ = 0;
-};
+class db_context;
 
 class tree_part {
  public:
@@ -33,15 +26,29 @@ class tree_part {
   static constexpr ulong max_depth = 256;
 
  protected:
-  tree_part() = default;
+  // `extent` is what the part takes in the file, and 0 where parts cannot overlap.
+  explicit tree_part(ulonglong extent = 0) : extent_(extent) {}
+  tree_part(const tree_part&) = default;
   ~tree_part() = default;
 
-  // Takes a child into this part's tree. The numbers name this part and the child, and lose their
-  // lowest bit.
-  void adopt(ulonglong own_number, tree_part& child, ulonglong child_number) const;
+  // Takes a child into this part's tree. The numbers name this part and the child. A child that
+  // was refused, or for which there was no memory, leaves no trace.
+  void adopt_once(db_context& context, ulonglong own_number, tree_part& child,
+                  ulonglong child_number) const;
+
+  // Takes a child into a tree of at most `max_parts` parts below each other, in which a child may
+  // have many parents.
+  void adopt(db_context& context, tree_part& child, ulong max_parts) const;
 
  private:
-  mutable std::shared_ptr<odd_set> loaded_;  // of the whole tree; made for the first child
+  struct record;
+
+  // The tree's record, and with the child what its parts take; counts neither.
+  ulonglong measure(db_context& context, const tree_part& child, ulong max_parts) const;
+  void enter(tree_part& child, ulonglong bytes) const;
+
+  ulonglong extent_;
+  mutable std::shared_ptr<record> record_;  // of the whole tree; made for the first child
   ulong depth_ = 0;
 };
 

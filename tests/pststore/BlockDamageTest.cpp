@@ -40,10 +40,31 @@ TEST_P(PstBlockDamageTest, ABlockThatContainsItself) {
   for (const uint8_t level : {uint8_t{1}, uint8_t{2}, uint8_t{9}}) {
     RawImage image(unicode());
     image.extended(0x10A, level, 100, {0x10A});
-    const auto context = OpenedImage(image.trees()).open();
+    const OpenedImage file(image.trees());
+    const auto context = file.open();
     const auto block = context->read_data_block(0x10A);
-    EXPECT_THROW(Read(*block, 10, 0), database_corrupt);
-    EXPECT_THROW(block->get_page(0), database_corrupt);
+    ExpectThrow<database_corrupt>("tree too deep", [&] { Read(*block, 10, 0); });
+    ExpectThrow<database_corrupt>("tree too deep", [&] { block->get_page(0); });
+    // The block tree once; then the block, seven times below itself, and the ninth that is refused,
+    // each with its beginning.
+    EXPECT_EQ(1u + 9 * 2, CallsOf(PlainKernelFaultRead, file, [](const auto& other) {
+                const auto root = other->read_data_block(0x10A);
+                try {
+                  Read(*root, 10, 0);
+                } catch (const database_corrupt&) {
+                }
+              }));
+  }
+}
+
+TEST_P(PstBlockDamageTest, ABlockThatContainsItselfCannotBeCut) {
+  for (const uint8_t level : {uint8_t{1}, uint8_t{2}}) {
+    RawImage image(unicode());
+    image.extended(0x10A, level, 100, {0x10A});
+    const auto context = OpenedImage(image.trees()).open();
+    std::shared_ptr<data_block> block = context->read_data_block(0x10A);
+    ExpectThrow<database_corrupt>("tree too deep", [&] { block->resize(5, block); });
+    ExpectThrow<database_corrupt>("tree too deep", [&] { block->write_raw("x", 1, 0, block); });
   }
 }
 
@@ -52,17 +73,52 @@ TEST_P(PstBlockDamageTest, BlocksThatContainEachOther) {
   image.extended(0x10A, 2, 100, {0x10E});
   image.extended(0x10E, 2, 100, {0x10A});
   const auto context = OpenedImage(image.trees()).open();
-  EXPECT_THROW(Read(*context->read_data_block(0x10A), 10, 0), database_corrupt);
+  ExpectThrow<database_corrupt>("tree too deep",
+                                [&] { Read(*context->read_data_block(0x10A), 10, 0); });
 }
 
-TEST_P(PstBlockDamageTest, AFirstLevelOverAFirstLevel) {
-  RawImage image(unicode());
-  image.block(0x104, "data");
-  image.extended(0x10A, 1, 4, {0x104});
-  image.extended(0x10E, 1, 4, {0x10A});
-  const auto context = OpenedImage(image.trees()).open();
-  EXPECT_THROW(Read(*context->read_data_block(0x10E), 4, 0), database_corrupt);
-  EXPECT_THROW(context->read_data_block(0x10E)->get_page(0), database_corrupt);
+TEST_P(PstBlockDamageTest, AtMostEightExtendedBlocksStandBelowEachOther) {
+  for (const uint64_t blocks : {8u, 9u}) {
+    RawImage image(unicode());
+    image.block(0x104, "data");
+    for (uint64_t i = 0; i < blocks; ++i) {
+      const uint64_t child = i == 0 ? 0x104 : 0x10A + 4 * (i - 1);
+      image.extended(0x10A + 4 * i, static_cast<uint8_t>(1 + i % 3), 4, {child});
+    }
+    const auto context = OpenedImage(image.trees()).open();
+    const auto root = context->read_data_block(0x10A + 4 * (blocks - 1));
+    if (blocks == 8) {
+      EXPECT_EQ(4u, Read(*root, 10, 0));
+      EXPECT_EQ(4u, root->get_page(0)->get_total_size());
+    } else {
+      ExpectThrow<database_corrupt>("tree too deep", [&] { Read(*root, 10, 0); });
+    }
+  }
+}
+
+TEST_P(PstBlockDamageTest, OneBlockUnderManyParentsTakesRoomEachTime) {
+  // The child fills an extent of 8192 bytes; the root, of 20 ids, one of 192 or 128. The limit is
+  // the size of the file and 64 KiB: the root and eleven children, or one byte less.
+  const uint64_t root = unicode() ? 192 : 128;
+  for (const uint64_t less : {0u, 1u}) {
+    RawImage image(unicode());
+    image.block(0x104, "data");
+    std::vector<uint64_t> ids((maxData() - 8) / image.wide(), 0);
+    ids[0] = 0x104;
+    image.extended(0x10A, 1, 4, ids);
+    image.extended(0x10E, 1, 4, std::vector<uint64_t>(20, 0x10A));
+    image.trees().file.resize(root + 11 * 8192 - 65536 - less);
+    const auto context = OpenedImage(image).open();
+    const auto block = context->read_data_block(0x10E);
+    const uint32_t pages = less == 0 ? 11 : 10;
+    for (uint32_t i = 0; i < pages; ++i) EXPECT_EQ(4u, block->get_page(i)->get_total_size());
+    for (int i = 0; i < 2; ++i) {
+      ExpectThrow<database_corrupt>("blocks of a tree larger than the file",
+                                    [&] { block->get_page(pages); });
+    }
+    // Another stream may well have the same blocks.
+    EXPECT_EQ(4u, context->read_data_block(0x10E)->get_page(pages - 1)->get_total_size());
+  }
 }
 
 TEST_P(PstBlockDamageTest, ChildrenThatAreNoBlocksOfData) {
@@ -180,6 +236,22 @@ TEST_P(PstBlockDamageTest, TheSizeOfTheFileIsAskedForOnce) {
   EXPECT_EQ(3u, seeks(0x10A, 1));
   EXPECT_EQ(4u, seeks(0x10E, 1));
   EXPECT_EQ(6u, seeks(0x10E, 2));
+}
+
+TEST_P(PstBlockDamageTest, TheBeginningOfABlockHas12Or16Bytes) {
+  const size_t beginning = unicode() ? 16 : 12;
+  for (const size_t less : {0u, 1u}) {
+    RawImage image(unicode());
+    image.blocks.push_back({0x10A, 0x4000, 16});
+    image.trees().write(0x4000, "\x02").file.resize(0x4000 + beginning - less);
+    const auto context = OpenedImage(image).open();
+    if (less == 0) {
+      ExpectThrow<unexpected_block>("extended block expected",
+                                    [&] { context->read_data_block(0x10A); });
+    } else {
+      ExpectThrow<std::out_of_range>("fread failed", [&] { context->read_data_block(0x10A); });
+    }
+  }
 }
 
 TEST_P(PstBlockDamageTest, TheTypeOfABlockBehindTheEnd) {

@@ -318,6 +318,22 @@ TEST_P(PstBlocksTest, EveryLevelButOneIsTheSecond) {
   }
 }
 
+TEST_P(PstBlocksTest, LevelsAreNotComparedWithEachOther) {
+  RawImage image(unicode());
+  image.block(0x104, "data");
+  image.extended(0x10A, 1, 4, {0x104});
+  image.extended(0x10E, 1, 4, {0x10A});
+  image.extended(0x112, 2, 4, {0x10A});
+  image.extended(0x116, 3, 4, {0x112});
+  image.extended(0x11A, 1, 4, {0x116});
+  const auto context = OpenedImage(image.trees()).open();
+  for (const uint64_t id : {0x10Eu, 0x112u, 0x116u, 0x11Au}) {
+    const auto block = context->read_data_block(id);
+    EXPECT_EQ("data", ReadRaw(*block, 9, 0)) << id;
+    EXPECT_EQ("data", BytesOf(*block->get_page(0))) << id;
+  }
+}
+
 TEST_P(PstBlocksTest, ASecondLevelOverDataWithoutAFirst) {
   RawImage image(unicode());
   image.block(0x104, "data");

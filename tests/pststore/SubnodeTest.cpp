@@ -172,6 +172,89 @@ TEST_P(PstSubnodeTest, ABlockWithTwoParents) {
   EXPECT_EQ(0x104u, context->read_subnode_block(0x10E)->lookup(0x25).data_bid);
 }
 
+TEST_P(PstSubnodeTest, ChildrenOfIdZeroAreEmpty) {
+  // The empty tree may stand in as many places as it is named.
+  RawImage image(unicode());
+  image.subnodeLeaf(0x10A, {{0x65, 0x104, 0, 0}});
+  image.subnodeNonleaf(0x10E, {{0x25, 0}, {0x45, 0}, {0x65, 0x10A}});
+  const auto context = Open(image);
+  const auto root = context->read_subnode_block(0x10E);
+  for (const ulong id : {0x25u, 0x45u, 0x25u}) {
+    try {
+      root->lookup(id);
+      ADD_FAILURE() << id;
+    } catch (const key_not_found<ulong>& failure) {
+      EXPECT_EQ(id, failure.key);
+    }
+  }
+  EXPECT_EQ(0x104u, root->lookup(0x65).data_bid);
+}
+
+TEST_P(PstSubnodeTest, BlocksThatOverlapTakeRoomEachTime) {
+  // Fifteen leaves of 8192 bytes, each 32 bytes behind the one before; the root takes 320 or 192.
+  // The limit is the size of the file and 64 KiB: the root and eleven leaves, or one byte less.
+  const uint64_t root = unicode() ? 320 : 192;
+  for (const uint64_t less : {0u, 1u}) {
+    RawImage image(unicode());
+    std::vector<std::pair<uint64_t, uint64_t>> children;
+    for (uint64_t i = 0; i < 15; ++i) children.emplace_back(0x25 + i, 0x10A + 4 * i);
+    image.subnodeNonleaf(0x106, children);
+    const std::string head = image.subnodeHead(0, 300);
+    for (const auto& [key, id] : children) {
+      const uint64_t at = image.nextBlock;
+      image.block(id, head);
+      image.blocks.back().size = maxData();
+      const uint64_t end = at + 8192;
+      image.put(end - 8, id, image.wide());
+      image.put(end - (unicode() ? 16 : 12), maxData(), 2);
+      image.put(end - (unicode() ? 14 : 10), RawImage::signature(id, at), 2);
+      image.nextBlock = at + 32;
+    }
+    image.trees().file.resize(root + 11 * 8192 - 65536 - less);
+    const auto context = OpenedImage(image).open();
+    const auto tree = context->read_subnode_nonleaf_block(context, 0x106);
+    const uint32_t leaves = less == 0 ? 11 : 10;
+    for (uint32_t i = 0; i < leaves; ++i) EXPECT_EQ(300u, tree->get_child(i).num_values());
+    for (int i = 0; i < 2; ++i) {
+      ExpectThrow<database_corrupt>("blocks of a tree larger than the file",
+                                    [&] { tree->get_child(leaves); });
+    }
+    EXPECT_EQ(300u, tree->get_child(0).num_values());
+  }
+}
+
+TEST_P(PstSubnodeTest, TheEmptyBlockHasNoPlace) {
+  RawImage image(unicode());
+  const auto context = Open(image);
+  const auto block = context->read_subnode_block(context, block_info{0, 0x2000, 99, 1});
+  EXPECT_EQ(0u, block->num_values());
+  EXPECT_EQ(0u, block->get_address());
+  EXPECT_EQ(0u, block->get_disk_size());
+}
+
+TEST_P(PstSubnodeTest, OnlyTheFormForEveryLevelKnowsTheEmptyBlock) {
+  // The other two look at offset 0, where the header is.
+  RawImage image(unicode());
+  image.put(56, 0x400, 4);
+  const auto context = Open(image);
+  ExpectThrow<unexpected_block>("wrong block id",
+                                [&] { context->read_subnode_leaf_block(context, ulonglong{0}); });
+  ExpectThrow<unexpected_block>(
+      "wrong block id", [&] { context->read_subnode_nonleaf_block(context, ulonglong{0}); });
+}
+
+TEST_P(PstSubnodeTest, NextIntoAChildThatFailsLosesTheLeaf) {
+  RawImage image(unicode());
+  image.subnodeLeaf(0x10A, {{0x25, 0x104, 0, 0}});
+  image.subnodeNonleaf(0x10E, {{0x25, 0x10A}, {0x45, 0x7772}});
+  const auto context = Open(image);
+  const auto root = context->read_subnode_block(0x10E);
+  btree_iter_impl<ulong, subnode_info> iter;
+  root->first(iter);
+  EXPECT_THROW(iter.leaf->next(iter), key_not_found<ulonglong>);
+  EXPECT_EQ(nullptr, iter.leaf);
+}
+
 TEST_P(PstSubnodeTest, AChildThatFailsIsReadAgain) {
   RawImage image(unicode());
   image.subnodeLeaf(0x10A, {{0x25, 0x104, 0, 0}});
