@@ -11,12 +11,7 @@ namespace pststore {
 class node_impl : public std::enable_shared_from_this<node_impl> {
  public:
   node_impl(const std::shared_ptr<db_context>& context_, const node_info& info)
-      : id(info.id),
-        data_bid(info.data_bid),
-        subnode_bid(info.subnode_bid),
-        stored_parent_id(info.parent_id),
-        parent_id(info.parent_id),
-        context(context_) {}
+      : id(info.id), data_bid(info.data_bid), subnode_bid(info.subnode_bid), context(context_) {}
 
   node_impl(const std::shared_ptr<node_impl>& owner, const subnode_info& info)
       : id(info.id),
@@ -38,10 +33,8 @@ class node_impl : public std::enable_shared_from_this<node_impl> {
   ulong id;
   ulonglong data_bid;
   ulonglong subnode_bid;
-  ulong stored_parent_id = 0;
   std::shared_ptr<data_block> data;
   std::shared_ptr<subnode_block> subnodes;
-  ulong parent_id = 0;
   std::shared_ptr<node_impl> container;  // the node that a subnode belongs to
   std::shared_ptr<db_context> context;
 };

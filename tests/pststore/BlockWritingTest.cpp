@@ -17,6 +17,7 @@ class PstBlockWritingTest : public BothLayouts {
     image.block(0x108, std::string(maxData(), 'x'));
     image.block(0x10C, "tail");
     image.extended(0x112, 1, static_cast<uint32_t>(maxData()) + 4, {0x108, 0x10C});
+    image.extended(0x116, 1, 2 * static_cast<uint32_t>(maxData()), {0x108, 0x108});
     file_ = std::make_unique<OpenedImage>(image.trees());
     context = file_->open();
   }
@@ -94,6 +95,8 @@ TEST_P(PstBlockWritingTest, PositionsHave32Bits) {
   EXPECT_EQ(5u, Write("begin", 0, block));
   EXPECT_EQ("begin", Text(*block, 5, ulonglong{1} << 32));
   EXPECT_EQ("gin", Text(*block, 3, (ulonglong{1} << 32) + 2));
+  EXPECT_EQ(3u, Write("GIN", (ulonglong{1} << 32) + 2, block));
+  EXPECT_EQ("beGIN", Text(*block, 5, 0));
 }
 
 // write_raw -----------------------------------------------------------------------------------
@@ -239,6 +242,50 @@ TEST_P(PstBlockWritingTest, ASharedExtendedBlockIsCopiedBeforeItIsResized) {
   EXPECT_NE(other, block);
   EXPECT_EQ(maxData() + 4, other->get_total_size());
   EXPECT_EQ(2 * maxData(), block->get_total_size());
+}
+
+TEST_P(PstBlockWritingTest, TheFirstChildIsResizedBeforeASharedBlockIsCopied) {
+  const std::shared_ptr<data_block> other = context->read_data_block(0x112);
+  std::shared_ptr<data_block> block = other;
+  EXPECT_EQ(3u, block->resize(3, block));
+  EXPECT_FALSE(block->is_internal());
+  // The child is the one of the block that others hold, too.
+  EXPECT_EQ(block, other->get_page(0));
+  EXPECT_EQ(3u, other->get_page(0)->get_total_size());
+  EXPECT_FALSE(other->is_modified());
+  EXPECT_EQ(maxData() + 4, other->get_total_size());
+}
+
+TEST_P(PstBlockWritingTest, ChildrenThatHaveTheirSizeAreResizedToo) {
+  // The last child, which is full already, when others come behind it.
+  std::shared_ptr<data_block> block = context->read_data_block(0x116);
+  EXPECT_EQ(2 * maxData() + 1, block->resize(2 * maxData() + 1, block));
+  EXPECT_FALSE(block->get_page(0)->is_modified());
+  EXPECT_TRUE(block->get_page(1)->is_modified());
+  // One that others hold is copied.
+  block = context->read_data_block(0x116);
+  const auto page = block->get_page(1);
+  EXPECT_EQ(2 * maxData() + 1, block->resize(2 * maxData() + 1, block));
+  EXPECT_NE(page, block->get_page(1));
+  EXPECT_FALSE(page->is_modified());
+  EXPECT_EQ(Text(*page), Text(*block->get_page(1)));
+  // And the last child of a stream that keeps its size.
+  block = context->read_data_block(0x112);
+  EXPECT_EQ(maxData() + 4, block->resize(maxData() + 4, block));
+  EXPECT_FALSE(block->get_page(0)->is_modified());
+  EXPECT_TRUE(block->get_page(1)->is_modified());
+  EXPECT_EQ("xtail", Text(*block, 5, maxData() - 1));
+}
+
+TEST_P(PstBlockWritingTest, ALevelOverItsOwnLevelGrows) {
+  // A second level over a second level over a first, as made in memory.
+  const auto first =
+      context->create_extended_block(context, context->read_external_block(context, 0x104));
+  const auto second = context->create_extended_block(context, first);
+  std::shared_ptr<data_block> block = context->create_extended_block(context, second);
+  EXPECT_EQ(2 * levelTwo(), block->resize(2 * levelTwo(), block));
+  EXPECT_EQ("abcdef" + std::string(1, '\0'), Text(*block, 7, 0));
+  EXPECT_EQ(std::string(3, '\0'), Text(*block, 9, 2 * levelTwo() - 3));
 }
 
 TEST_P(PstBlockWritingTest, AFirstLevelGrowsIntoASecond) {

@@ -78,6 +78,14 @@ TEST_P(PstContextTest, ADamagedHeaderIsFinal) {
     EXPECT_EQ(RawImage::crc(covered), failure.computed);
     EXPECT_EQ(stored, failure.stored);
   }
+  // A wide layout is known only by the second constructor, which opens the file again.
+  if (unicode()) {
+    PlainKernelFailAt(PlainKernelFaultOpen, 2);
+    ExpectThrow<std::runtime_error>("fopen failed", [&] { file.open(); });
+  }
+  PlainKernelFailAt(PlainKernelFaultOpen, unicode() ? 3 : 2);
+  ExpectThrow<crc_fail>("header dwCRCPartial failure", [&] { file.open(); });
+  PlainKernelFailAt(PlainKernelFaultOpen, 0);
 }
 
 TEST(PstOpenTest, TheFullChecksumOfTheWideLayout) {
@@ -223,6 +231,16 @@ TEST_P(PstContextTest, PageTrailerInOrder) {
   EXPECT_EQ(7u, OpenedImage(image).open()->read_nbt_page({7, at})->get_page_id());
 }
 
+TEST(PstPageIdTest, AllOfAWideIdCounts) {
+  constexpr uint64_t kWide = 0x100000007;
+  RawImage image = SmallStore(true);
+  image.page(0x4000, 7, 0x81, 0, 0, "").page(0x4200, kWide, 0x81, 0, 0, "").setFileEof(0x4400);
+  const auto context = OpenedImage(image).open();
+  EXPECT_EQ(kWide, context->read_nbt_page({kWide, 0x4200})->get_page_id());
+  ExpectThrow<unexpected_page>("wrong page id", [&] { context->read_nbt_page({kWide, 0x4000}); });
+  ExpectThrow<unexpected_page>("wrong page id", [&] { context->read_nbt_page({7, 0x4200}); });
+}
+
 TEST_P(PstContextTest, WhatASignatureFailureCarries) {
   RawImage image = SmallStore(unicode());
   image.put(RawImage::kNbtAddress + (unicode() ? 498 : 502), 0xABCD, 2);
@@ -317,6 +335,13 @@ TEST_P(PstContextTest, BlockLookups) {
     EXPECT_EQ(RawImage::kFirstBlock, info.address);
     EXPECT_EQ(4, info.size);
     EXPECT_EQ(2, info.ref_count);
+  }
+  // Only 0 itself is the empty block: the bit is cleared behind that test.
+  try {
+    context->lookup_block_info(1);
+    ADD_FAILURE();
+  } catch (const key_not_found<ulonglong>& failure) {
+    EXPECT_EQ(0u, failure.key);
   }
   try {
     context->lookup_block_info(0x109);
