@@ -3,7 +3,7 @@
 #include "Common/LittleEndian.h"
 #include "pststore/Errors.h"
 #include "pststore/Heap.h"
-#include "pststore/PropertyBag.h"
+#include "pststore/HnidStream.h"
 
 namespace pststore {
 
@@ -12,23 +12,40 @@ using tarn::LoadLittleEndian;
 namespace {
 
 constexpr ulong gust_table_id = 0x730;
+
+// Where the fields stand in the description.
+constexpr size_t description_heap_sig_tc = 0;
+constexpr size_t description_cCols = 1;
+constexpr size_t description_rgib = 2;
+constexpr size_t description_hidRowIndex = 10;
+constexpr size_t description_hnidRows = 14;
 constexpr size_t description_size = 22;
+
+// And in the description of a column.
+constexpr size_t column_wPropType = 0;
+constexpr size_t column_id = 2;
+constexpr size_t column_ibData = 4;
+constexpr size_t column_cbData = 6;
+constexpr size_t column_iBit = 7;
 constexpr size_t column_size = 8;
 
-// The part of the heap's root allocation that every table has.
-byte_vector read_description(const heap_impl& heap) {
-  byte_vector bytes = heap.read(heap.get_root_id());
-  if (bytes.size() < description_size) throw database_corrupt("table description cut short");
-  return bytes;
-}
-
-ulong row_index_id(const byte_vector& description) {
-  return LoadLittleEndian<ulong>(&description[10]);
-}
+constexpr size_t bth_header_entry_size = 2;
 
 disk::column_desc load_column(const unsigned char* bytes) {
-  return {LoadLittleEndian<ushort>(bytes), LoadLittleEndian<ushort>(bytes + 2),
-          LoadLittleEndian<ushort>(bytes + 4), bytes[6], bytes[7]};
+  return {LoadLittleEndian<ushort>(bytes + column_wPropType),
+          LoadLittleEndian<ushort>(bytes + column_id),
+          LoadLittleEndian<ushort>(bytes + column_ibData), bytes[column_cbData],
+          bytes[column_iBit]};
+}
+
+// The width of the values in the row index; 0 when there is no such field. Then the table is
+// refused while it is read, by the first test that it does not pass.
+unsigned char row_index_entry_size(const heap_impl& heap) {
+  const byte_vector description = heap.read(heap.get_root_id());
+  if (description.size() < description_hidRowIndex + sizeof(ulong)) return 0;
+  const byte_vector header =
+      heap.read(LoadLittleEndian<ulong>(&description[description_hidRowIndex]));
+  return header.size() > bth_header_entry_size ? header[bth_header_entry_size] : 0;
 }
 
 }  // namespace
@@ -36,44 +53,46 @@ disk::column_desc load_column(const unsigned char* bytes) {
 std::shared_ptr<table_impl> open_table(const node& data) {
   if (data.get_id() == gust_table_id) throw not_implemented("gust table");
   const heap_ptr heap = open_heap(data);
-  const byte_vector index_header = heap->read(row_index_id(read_description(*heap)));
-  if (index_header.size() < 3) throw database_corrupt("row index header cut short");
   // The heap's copy of the node has its data loaded already.
-  if (index_header[2] == sizeof(ulong)) return make_tracked<basic_table<ulong>>(heap->get_node());
-  return make_tracked<basic_table<ushort>>(heap->get_node());
+  const node& loaded = heap->get_node();
+  if (row_index_entry_size(*heap) == sizeof(ulong)) return make_tracked<basic_table<ulong>>(loaded);
+  return make_tracked<basic_table<ushort>>(loaded);
 }
 
 template <typename T>
 basic_table<T>::basic_table(const node& data) {
   const heap_ptr heap = open_heap(data, heap_sig_tc);
-  const byte_vector description = read_description(*heap);
-  if (description[0] != heap_sig_tc) {
-    throw sig_mismatch("heap_sig_tc expected", 0, data.get_id(), description[0], heap_sig_tc);
+  const byte_vector description = heap->read(heap->get_root_id());
+  if (!description.empty() && description[description_heap_sig_tc] != heap_sig_tc) {
+    throw sig_mismatch("heap_sig_tc expected", 0, data.get_id(),
+                       description[description_heap_sig_tc], heap_sig_tc);
   }
-  row_index_ = open_bth<ulong, T>(heap, row_index_id(description));
+  if (description.size() < description_size) throw database_corrupt("table description cut short");
+  row_index_ =
+      open_bth<ulong, T>(heap, LoadLittleEndian<ulong>(&description[description_hidRowIndex]));
 
-  const size_t columns = description[1];
-  if (description.size() < description_size + columns * column_size) {
+  const size_t cCols = description[description_cCols];
+  if (description.size() < description_size + cCols * column_size) {
     throw database_corrupt("table columns cut short");
   }
-  columns_.reserve(columns);
-  for (size_t i = 0; i < columns; ++i) {
+  columns_.reserve(cCols);
+  for (size_t i = 0; i < cCols; ++i) {
     const disk::column_desc column = load_column(&description[description_size + i * column_size]);
     columns_[column.id] = column;
   }
-  for (size_t i = 0; i < offsets_.size(); ++i) {
-    offsets_[i] = LoadLittleEndian<ushort>(&description[2 + 2 * i]);
+  for (size_t i = 0; i < rgib_.size(); ++i) {
+    rgib_[i] = LoadLittleEndian<ushort>(&description[description_rgib + i * sizeof(ushort)]);
   }
-  open_rows(LoadLittleEndian<ulong>(&description[14]));
+  open_rows(LoadLittleEndian<ulong>(&description[description_hnidRows]));
 }
 
 template <typename T>
-void basic_table<T>::open_rows(ulong hnid) {
-  if (hnid == 0) return;
-  if (is_heap_id(hnid)) {
-    inline_rows_ = get_heap().read(hnid);
+void basic_table<T>::open_rows(ulong hnidRows) {
+  if (hnidRows == 0) return;
+  if (is_heap_id(hnidRows)) {
+    inline_rows_ = get_heap().read(hnidRows);
   } else {
-    row_node_ = make_tracked<node>(get_node().lookup(hnid));
+    row_node_ = make_tracked<node>(get_node().lookup(hnidRows));
   }
 }
 
@@ -124,7 +143,7 @@ Value basic_table<T>::read_at(ulong row, ulong offset) const {
 template <typename T>
 bool basic_table<T>::read_paged_bit(ulong row, ulong byte, unsigned char mask) const {
   const ulong page = row / layout_.rows_per_page;
-  const ulong bitmap = row_size() * (row % layout_.rows_per_page) + offsets_[2];
+  const ulong bitmap = row_size() * (row % layout_.rows_per_page) + rgib_[2];
   const ulonglong page_size = row_node_->get_page_size(page);
   if (bitmap >= page_size) throw std::out_of_range("offset >= size()");
   if (bitmap + byte >= page_size) return false;
@@ -132,40 +151,40 @@ bool basic_table<T>::read_paged_bit(ulong row, ulong byte, unsigned char mask) c
 }
 
 template <typename T>
-bool basic_table<T>::read_bit(ulong row, ulong bit) const {
+bool basic_table<T>::read_bit(ulong row, ulong iBit) const {
   check_row(row);
-  const ulong byte = bit >> 3;
-  const auto mask = static_cast<unsigned char>(0x80 >> (bit & 7));
-  if (offsets_[3] < offsets_[2]) throw database_corrupt("existence bitmap of negative size");
-  if (byte >= ulong{offsets_[3]} - offsets_[2]) {
+  const ulong byte = iBit >> 3;
+  const auto mask = static_cast<unsigned char>(0x80 >> (iBit & 7));
+  if (rgib_[3] < rgib_[2]) throw database_corrupt("existence bitmap of negative size");
+  if (byte >= ulong{rgib_[3]} - rgib_[2]) {
     throw database_corrupt("bit beyond the existence bitmap");
   }
   if (row_node_ != nullptr) return read_paged_bit(row, byte, mask);
-  return (inline_rows_[row_size() * row + offsets_[2] + byte] & mask) != 0;
+  return (inline_rows_[row_size() * row + rgib_[2] + byte] & mask) != 0;
 }
 
 template <typename T>
 bool basic_table<T>::prop_exists(ulong row, ushort prop) const {
   const auto column = columns_.find(prop);
-  return column != columns_.end() && read_bit(row, column->second.bit);
+  return column != columns_.end() && read_bit(row, column->second.iBit);
 }
 
 template <typename T>
 ulonglong basic_table<T>::get_cell_value(ulong row, ushort prop) const {
   const auto column = columns_.find(prop);
-  if (column == columns_.end() || !read_bit(row, column->second.bit)) {
+  if (column == columns_.end() || !read_bit(row, column->second.iBit)) {
     throw key_not_found<ushort>(prop);
   }
-  const ulong offset = column->second.offset;
-  switch (column->second.size) {
+  const ulong ibData = column->second.ibData;
+  switch (column->second.cbData) {
     case 1:
-      return read_at<unsigned char>(row, offset);
+      return read_at<unsigned char>(row, ibData);
     case 2:
-      return read_at<ushort>(row, offset);
+      return read_at<ushort>(row, ibData);
     case 4:
-      return read_at<ulong>(row, offset);
+      return read_at<ulong>(row, ibData);
     case 8:
-      return read_at<ulonglong>(row, offset);
+      return read_at<ulonglong>(row, ibData);
     default:
       throw database_corrupt("get_cell_value: invalid cell size");
   }
@@ -178,23 +197,17 @@ ulong basic_table<T>::get_row_id(ulong row) const {
 
 template <typename T>
 byte_vector basic_table<T>::read_cell(ulong row, ushort prop) const {
-  const auto hnid = static_cast<ulong>(get_cell_value(row, prop));
-  if (is_heap_id(hnid)) return get_heap().read(hnid);
-  return read_whole(get_node().lookup(hnid));
+  return read_hnid(get_heap(), static_cast<ulong>(get_cell_value(row, prop)));
 }
 
 template <typename T>
 hnid_stream_device basic_table<T>::open_cell_stream(ulong row, ushort prop) const {
-  const auto hnid = static_cast<ulong>(get_cell_value(row, prop));
-  if (is_heap_id(hnid)) return get_heap().open_stream(hnid);
-  return hnid_stream_device(get_node().lookup(hnid));
+  return open_hnid(get_heap(), static_cast<ulong>(get_cell_value(row, prop)));
 }
 
 template <typename T>
 ulonglong basic_table<T>::row_prop_size(ulong row, ushort prop) const {
-  const auto hnid = static_cast<ulong>(get_cell_value(row, prop));
-  if (is_heap_id(hnid)) return get_heap().size(hnid);
-  return get_node().lookup(hnid).size();
+  return hnid_size(get_heap(), static_cast<ulong>(get_cell_value(row, prop)));
 }
 
 template <typename T>
@@ -214,7 +227,7 @@ template <typename T>
 ushort basic_table<T>::get_prop_type(ushort prop) const {
   const auto column = columns_.find(prop);
   if (column == columns_.end()) throw key_not_found<ushort>(prop);
-  return column->second.type;
+  return column->second.wPropType;
 }
 
 template class basic_table<ulong>;

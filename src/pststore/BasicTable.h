@@ -2,21 +2,21 @@
 // the rows themselves (MS-PST, 2.3.4).
 //
 //   description, the heap's root allocation
-//      0  1  signature, 0x7C
-//      1  1  number of columns
-//      2  2  end of the cells of 4 and 8 bytes
-//      4  2  end of the cells of 2 bytes
-//      6  2  end of the cells of 1 byte, where the existence bitmap starts
-//      8  2  end of the bitmap, the size of a row
-//     10  4  heap id of the header of the row index, a BTH from row id to row number
-//     14  4  the rows: an allocation, or a subnode of the heap's node; 0 when there are none
+//      0  1  heap_sig_tc, 0x7C
+//      1  1  cCols, the number of columns
+//      2  2  rgib[0], end of the cells of 4 and 8 bytes
+//      4  2  rgib[1], end of the cells of 2 bytes
+//      6  2  rgib[2], end of the cells of 1 byte, where the existence bitmap starts
+//      8  2  rgib[3], end of the bitmap, the size of a row
+//     10  4  hidRowIndex: the header of the row index, a BTH from row id to row number
+//     14  4  hnidRows: an allocation, or a subnode of the heap's node; 0 when there are no rows
 //     18  4  not read
-//     22     columns, 8 bytes each:
-//              0  2  property type
+//     22     columns, 8 bytes each; of two for one property the last one counts:
+//              0  2  wPropType, the property type
 //              2  2  property id
-//              4  2  offset of the cell in a row
-//              6  1  width of the cell
-//              7  1  the cell's bit in the bitmap; bit 0 is the top bit of the first byte
+//              4  2  ibData, offset of the cell in a row
+//              6  1  cbData, width of the cell
+//              7  1  iBit, the cell's bit in the bitmap; bit 0 is the top bit of the first byte
 //
 // Rows stand back to back, the row id in the first 4 bytes of each. In a subnode every page but the
 // last holds as many whole rows as the first, and no row crosses a page.
@@ -40,11 +40,11 @@ namespace pststore {
 namespace disk {
 
 struct column_desc {
-  ushort type = 0;
+  ushort wPropType = 0;
   ushort id = 0;
-  ushort offset = 0;
-  unsigned char size = 0;
-  unsigned char bit = 0;
+  ushort ibData = 0;
+  unsigned char cbData = 0;
+  unsigned char iBit = 0;
 };
 
 }  // namespace disk
@@ -69,7 +69,7 @@ class basic_table final : public table_impl {
   ulonglong row_prop_size(ulong row, ushort prop) const override;
 
  private:
-  // What follows from the sizes of the pages that hold the rows.
+  // What follows from the sizes of the pages that hold the rows; these never change.
   struct row_layout {
     bool known = false;
     ulong rows_per_page = 0;  // only of rows in a subnode
@@ -80,21 +80,21 @@ class basic_table final : public table_impl {
                          kernel_allocator<std::pair<const ushort, disk::column_desc>>>;
 
   heap_impl& get_heap() const { return *row_index_->get_heap(); }
-  void open_rows(ulong hnid);
-  ulong row_size() const { return offsets_[3]; }
+  void open_rows(ulong hnidRows);
+  ulong row_size() const { return rgib_[3]; }
   const row_layout& get_layout() const;
   void check_row(ulong row) const;
   template <typename Value>
   Value read_at(ulong row, ulong offset) const;
-  bool read_bit(ulong row, ulong bit) const;
+  bool read_bit(ulong row, ulong iBit) const;
   bool read_paged_bit(ulong row, ulong byte, unsigned char mask) const;
 
   std::shared_ptr<bth_node<ulong, T>> row_index_;
   byte_vector inline_rows_;
   std::shared_ptr<node> row_node_;
   column_map columns_;
-  std::array<ushort, 4> offsets_ = {};
-  mutable row_layout layout_;
+  std::array<ushort, 4> rgib_ = {};
+  mutable row_layout layout_;  // found at the first need, and kept
 };
 
 extern template class basic_table<ulong>;

@@ -17,6 +17,17 @@ namespace {
 constexpr unsigned char bth_signature = 0xB5;
 constexpr size_t record_size = 8;
 
+// Where the fields stand in the header, and in a record behind its key.
+constexpr size_t header_signature = 0;
+constexpr size_t header_key_size = 1;
+constexpr size_t header_entry_size = 2;
+constexpr size_t header_levels = 3;
+constexpr size_t header_root = 4;
+constexpr size_t header_size = 8;
+
+constexpr size_t record_wPropType = 2;
+constexpr size_t record_value = 4;
+
 using record_bytes = std::span<const unsigned char, record_size>;
 
 template <typename V>
@@ -26,20 +37,23 @@ template <>
 struct bth_value<disk::prop_entry> {
   static constexpr unsigned char width = 6;
   static disk::prop_entry load(record_bytes record) {
-    return {LoadLittleEndian<ushort>(&record[2]), LoadLittleEndian<ulong>(&record[4])};
+    return {LoadLittleEndian<ushort>(&record[record_wPropType]),
+            LoadLittleEndian<ulong>(&record[record_value])};
   }
 };
 
 template <>
 struct bth_value<ulong> {
   static constexpr unsigned char width = 4;
-  static ulong load(record_bytes record) { return LoadLittleEndian<ulong>(&record[4]); }
+  static ulong load(record_bytes record) { return LoadLittleEndian<ulong>(&record[record_value]); }
 };
 
 template <>
 struct bth_value<ushort> {
   static constexpr unsigned char width = 2;
-  static ushort load(record_bytes record) { return LoadLittleEndian<ushort>(&record[4]); }
+  static ushort load(record_bytes record) {
+    return LoadLittleEndian<ushort>(&record[record_value]);
+  }
 };
 
 template <typename K, typename V>
@@ -142,17 +156,21 @@ bth_node<K, V>& bth_nonleaf_node<K, V>::load_child(ulong pos) const {
 
 template <typename K, typename V>
 std::shared_ptr<bth_node<K, V>> open_bth(const heap_ptr& heap, ulong hid) {
-  std::array<unsigned char, 8> header = {};
+  std::array<unsigned char, header_size> header = {};
   heap->read(header.data(), header.size(), hid, 0);
-  if (header[0] != bth_signature) {
-    throw sig_mismatch("bth_signature expected", 0, hid, header[0], bth_signature);
+  const unsigned char found = header[header_signature];
+  if (found != bth_signature) {
+    throw sig_mismatch("bth_signature expected", 0, hid, found, bth_signature);
   }
-  if (header[1] != sizeof(K)) throw std::logic_error("invalid key size");
-  if (header[2] != bth_value<V>::width) throw std::logic_error("invalid entry size");
+  if (header[header_key_size] != sizeof(K)) throw std::logic_error("invalid key size");
+  if (header[header_entry_size] != bth_value<V>::width) {
+    throw std::logic_error("invalid entry size");
+  }
 
   // One level is a lone leaf, as none is.
-  const auto level = static_cast<ushort>(header[3] < 2 ? 0 : header[3] - 1);
-  return open_bth_node<K, V>(heap, LoadLittleEndian<ulong>(&header[4]), level,
+  const unsigned char levels = header[header_levels];
+  const auto level = static_cast<ushort>(levels < 2 ? 0 : levels - 1);
+  return open_bth_node<K, V>(heap, LoadLittleEndian<ulong>(&header[header_root]), level,
                              make_tracked<bth_budget>(most_records<K>(heap)));
 }
 

@@ -1,7 +1,7 @@
 // Bth.h - a B-tree in the allocations of a heap (MS-PST, 2.3.2).
 //
 //   header, an allocation
-//     0  1  signature, 0xB5
+//     0  1  bth_signature, 0xB5
 //     1  1  width of a key
 //     2  1  width of a value
 //     3  1  levels: 0 or 1 is a lone leaf, n a tree with n - 1 levels above the leaves
@@ -32,7 +32,7 @@ namespace disk {
 
 // The entry of a property context.
 struct prop_entry {
-  ushort type = 0;
+  ushort wPropType = 0;
   ulong value = 0;  // the value, or the id of the allocation or subnode that holds it
 };
 

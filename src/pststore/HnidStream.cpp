@@ -4,6 +4,24 @@
 
 namespace pststore {
 
+namespace {
+
+// Memory is filled as far as there are bytes: a node may be shorter than it says.
+byte_vector read_whole(const node& data) {
+  constexpr ulonglong step = 65536;
+  const ulonglong size = data.size();
+  byte_vector bytes;
+  bytes.reserve(size);
+  while (bytes.size() < size) {
+    const size_t done = bytes.size();
+    bytes.resize(std::min(done + step, size));
+    data.read(&bytes[done], bytes.size() - done, done);
+  }
+  return bytes;
+}
+
+}  // namespace
+
 hnid_stream_device::hnid_stream_device(heap_ptr heap, ulong hid)
     : hid_(hid), heap_(std::move(heap)), node_(heap_->get_node()), is_hid_(true) {}
 
@@ -20,8 +38,9 @@ std::streamsize hnid_stream_device::read_allocation(char* destination, std::stre
   if (count <= 0) return -1;
   const size_t done =
       heap_->read(destination, static_cast<size_t>(count), hid_, static_cast<ulong>(position_));
-  position_ += static_cast<int64_t>(done);
-  return static_cast<std::streamsize>(done);
+  std::fill(destination + done, destination + count, '\0');
+  position_ += count;
+  return count;
 }
 
 std::streamsize hnid_stream_device::read_node(char* destination, std::streamsize count) {
@@ -43,6 +62,19 @@ std::streampos hnid_stream_device::seek(boost::iostreams::stream_offset offset,
   // Both lie between 0 and the size, so that clamping the offset is clamping the sum.
   position = base + std::clamp<int64_t>(offset, -base, size - base);
   return position;
+}
+
+ulonglong hnid_size(const heap_impl& heap, ulong hnid) {
+  return is_heap_id(hnid) ? heap.size(hnid) : heap.get_node().lookup(hnid).size();
+}
+
+byte_vector read_hnid(const heap_impl& heap, ulong hnid) {
+  return is_heap_id(hnid) ? heap.read(hnid) : read_whole(heap.get_node().lookup(hnid));
+}
+
+hnid_stream_device open_hnid(heap_impl& heap, ulong hnid) {
+  if (is_heap_id(hnid)) return heap.open_stream(hnid);
+  return hnid_stream_device(heap.get_node().lookup(hnid));
 }
 
 }  // namespace pststore

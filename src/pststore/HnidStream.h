@@ -1,9 +1,12 @@
-// HnidStream.h - one stored value as a seekable stream of bytes: an allocation of a heap, or the
-// data of a whole subnode.
+// HnidStream.h - one stored value: an allocation of a heap, or the data of a whole subnode. It is
+// read at once, or as a seekable stream of bytes.
 //
 // `hnid_stream_device` is an input-seekable device of Boost.Iostreams, and a value: copies move on
 // their own. `prop_stream` is the stream over a copy of it, with a buffer of 4096 bytes and 4 bytes
 // of putback. Both hold the heap or subnode, and may outlive whatever made them.
+//
+// An allocation may end behind its page; what the page does not hold is zeros. A read that begins
+// there raises what Heap.h says.
 //
 // What the store throws comes out of a prop_stream unchanged. Writing through its buffer fails with
 // the stream library's failure "no write access".
@@ -26,12 +29,12 @@ class hnid_stream_device {
   using char_type = char;
   struct category : boost::iostreams::input_seekable, boost::iostreams::device_tag {};
 
-  // An allocation; heap id 0 has no data.
+  // An allocation of the heap, which is never null; heap id 0 has no data.
   hnid_stream_device(heap_ptr heap, ulong hid);
   // The data of a node.
   explicit hnid_stream_device(const node& data);
 
-  // The number of bytes delivered, or -1 at the end of the data.
+  // The number of bytes delivered, or -1 at the end of the data and for a count of 0.
   std::streamsize read(char* destination, std::streamsize count);
 
   // The new position: from the start (beg), the end (end) or the present place (all else), kept
@@ -44,11 +47,18 @@ class hnid_stream_device {
 
   int64_t position_ = 0;
   ulong hid_ = 0;
-  heap_ptr heap_;  // null over a node
+  heap_ptr heap_;  // null if a node is read
   int64_t node_position_ = 0;
-  node node_;
+  node node_;  // of the heap if an allocation is read
   bool is_hid_;
 };
+
+// What a heap-or-node id refers to: an allocation of the heap, or a subnode of the heap's node.
+// key_not_found<ulong> for a subnode that does not exist; an allocation is looked at when its
+// stream is read.
+ulonglong hnid_size(const heap_impl& heap, ulong hnid);
+byte_vector read_hnid(const heap_impl& heap, ulong hnid);
+hnid_stream_device open_hnid(heap_impl& heap, ulong hnid);
 
 class prop_stream : public boost::iostreams::stream<hnid_stream_device, std::char_traits<char>,
                                                     kernel_allocator<char>> {

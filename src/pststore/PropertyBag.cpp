@@ -36,20 +36,16 @@ vector<ushort> property_bag::get_prop_list() const {
   return ids;
 }
 
-ushort property_bag::get_prop_type(ushort id) const { return lookup(id).type; }
+ushort property_bag::get_prop_type(ushort id) const { return lookup(id).wPropType; }
 
 bool property_bag::prop_exists(ushort id) const { return tree_->find(id) != nullptr; }
 
 ulonglong property_bag::size(ushort id) const {
-  const ulong hnid = get_value_4(id);
-  if (!is_heap_id(hnid)) return get_node().lookup(hnid).size();
-  return tree_->get_heap()->size(hnid);
+  return hnid_size(*tree_->get_heap(), get_value_4(id));
 }
 
 hnid_stream_device property_bag::open_prop_stream(ushort id) const {
-  const ulong hnid = get_value_4(id);
-  if (is_heap_id(hnid)) return tree_->get_heap()->open_stream(hnid);
-  return hnid_stream_device(get_node().lookup(hnid));
+  return open_hnid(*tree_->get_heap(), get_value_4(id));
 }
 
 unsigned char property_bag::get_value_1(ushort id) const {
@@ -67,17 +63,7 @@ ulonglong property_bag::get_value_8(ushort id) const {
 }
 
 byte_vector property_bag::get_value_variable(ushort id) const {
-  const ulong hnid = get_value_4(id);
-  if (is_heap_id(hnid)) return tree_->get_heap()->read(hnid);
-  return read_whole(get_node().lookup(hnid));
-}
-
-byte_vector read_whole(const node& data) {
-  byte_vector bytes(data.size());
-  if (data.read(bytes.data(), bytes.size(), 0) != bytes.size()) {
-    throw database_corrupt("node shorter than its size");
-  }
-  return bytes;
+  return read_hnid(*tree_->get_heap(), get_value_4(id));
 }
 
 }  // namespace pststore

@@ -2,7 +2,7 @@
 // of their own (MS-PST, 2.3.3).
 //
 //   BTH leaf record:  0  2  property id
-//                     2  2  property type
+//                     2  2  wPropType, the property type
 //                     4  4  the value if it is fixed and takes at most 4 bytes, else the id of the
 //                           allocation or subnode that holds it; id 0 is an empty value
 //
@@ -19,9 +19,6 @@
 #include "pststore/Types.h"
 
 namespace pststore {
-
-// All bytes of a node; database_corrupt when it gives fewer than it says.
-byte_vector read_whole(const node& data);
 
 class property_bag final : public const_property_object {
  public:

@@ -69,6 +69,16 @@ TEST(BthOpen, RefusesAnotherSignature) {
   }
 }
 
+// The signature comes before the width of a key, and that before the width of a value.
+TEST(BthOpen, RefusesInOrder) {
+  std::string header = BthHeader(3, 3, 0, 0);
+  header[0] = '\xB4';
+  const TreeHeap all({header});
+  EXPECT_EQ(Thrown<pststore::sig_mismatch>([&] { all.index(); }), "bth_signature expected");
+  const TreeHeap widths({BthHeader(3, 3, 0, 0)});
+  EXPECT_EQ(Thrown<std::logic_error>([&] { widths.index(); }), "invalid key size");
+}
+
 TEST(BthOpen, RefusesOtherWidths) {
   for (const uint8_t width : std::initializer_list<uint8_t>{0, 1, 3, 4, 255}) {
     const TreeHeap tree({BthHeader(width, 1, 0, 0)});
@@ -124,9 +134,9 @@ TEST(Bth, LeafOfProperties) {
   EXPECT_EQ(root->get_id(), 0x40U);
   EXPECT_EQ(root->get_heap(), tree.heap());
   EXPECT_EQ(AllKeys(*root), (std::vector<uint16_t>{0x0037, 0x0E17}));
-  EXPECT_EQ(root->lookup(0x0037).type, 0x1F);
+  EXPECT_EQ(root->lookup(0x0037).wPropType, 0x1F);
   EXPECT_EQ(root->lookup(0x0037).value, 0x60U);
-  EXPECT_EQ(root->lookup(0x0E17).type, 0x03);
+  EXPECT_EQ(root->lookup(0x0E17).wPropType, 0x03);
   EXPECT_EQ(root->lookup(0x0E17).value, 0x12345678U);
   EXPECT_EQ(root->find(0x0E17)->value, 0x12345678U);
   EXPECT_EQ(MissingKey<uint16_t>([&] { root->lookup(0x0038); }), 0x0038);

@@ -116,6 +116,9 @@ TEST(HnidStreamDevice, SeeksWithinItsData) {
     EXPECT_EQ(Seek(device, 1, std::ios_base::cur), 1);
     EXPECT_EQ(Seek(device, INT64_MAX, std::ios_base::cur), 10);
     EXPECT_EQ(Seek(device, INT64_MAX, std::ios_base::end), 10);
+    // Every other direction counts from where the device stands.
+    EXPECT_EQ(Seek(device, -4, static_cast<std::ios_base::seekdir>(7)), 6);
+    EXPECT_EQ(Seek(device, 3, static_cast<std::ios_base::seekdir>(3)), 9);
   }
 }
 
@@ -141,9 +144,35 @@ TEST(HnidStreamDevice, AnAllocationThatLeavesItsPage) {
   std::string page = HeapPage(kPropertyHeap, 0, {"abc"});
   PutLe(page, page.size() - 2, page.size() + 5, 2);
   const NodeStore store({page});
-  hnid_stream_device device = pststore::open_heap(store.node())->open_stream(0x20);
-  EXPECT_EQ(Read(device, 100), page.substr(12));
+  const pststore::heap_ptr heap = pststore::open_heap(store.node());
+  const std::string bytes = page.substr(12) + std::string(5, '\0');
+  hnid_stream_device device = heap->open_stream(0x20);
+  EXPECT_EQ(Read(device, 100), bytes);
+  EXPECT_EQ(Read(device, 1), "end");
+  prop_stream stream(heap->open_stream(0x20));
+  EXPECT_EQ(ReadAll(stream), bytes);
+
+  // A read that begins behind the page is one that the heap refuses.
+  EXPECT_EQ(Seek(device, 1, std::ios_base::beg), 1);
+  EXPECT_EQ(Read(device, static_cast<std::streamsize>(page.size() - 12)),
+            page.substr(13) + std::string(1, '\0'));
   EXPECT_EQ(Thrown<std::out_of_range>([&] { Read(device, 1); }), "offset >= size()");
+  EXPECT_EQ(Seek(device, 0, std::ios_base::cur), static_cast<int64_t>(page.size() - 11));
+}
+
+TEST(HnidValue, IsReadWhole) {
+  const std::string bytes = Pattern(200000);
+  PstNodeParts parts;
+  parts.pages = {HeapPage(kPropertyHeap, 0, {"abcdefghij"})};
+  parts.subnode(kSubnode, PstNodeParts::Stream(bytes, 8176));
+  const NodeStore store(parts);
+  const pststore::heap_ptr heap = pststore::open_heap(store.node());
+  EXPECT_TRUE(Text(pststore::read_hnid(*heap, kSubnode)) == bytes);
+  EXPECT_EQ(pststore::hnid_size(*heap, kSubnode), 200000U);
+  EXPECT_EQ(Text(pststore::read_hnid(*heap, 0x20)), "abcdefghij");
+  EXPECT_EQ(pststore::hnid_size(*heap, 0x20), 10U);
+  EXPECT_TRUE(pststore::read_hnid(*heap, 0).empty());
+  EXPECT_EQ(pststore::hnid_size(*heap, 0), 0U);
 }
 
 TEST(PropStream, ReadsAcrossItsBufferAndItsBlocks) {

@@ -4,6 +4,7 @@
 
 #include <optional>
 
+#include "pststore/Blocks.h"
 #include "pststore/WrittenStore.h"
 #include "support/pst/PropertyContextBuilder.h"
 
@@ -232,9 +233,17 @@ TEST(PropertyBag, CopiesStandOnTheirOwn) {
 TEST(PropertyBag, CopiesAreNotAskedForTheirClient) {
   const NodeStore store = HandBag(Record2(0x0017, 3, 1), {});
   const property_bag bag(store.node());
+  // The bag's own block is changed, in memory: nobody else holds it.
+  pststore::data_block* const block = bag.get_node().get_data_block().get();
+  std::shared_ptr<pststore::data_block> changed;
+  block->write_raw("\x7C", 1, 3, changed);
+  ASSERT_EQ(changed.get(), block);
+
   const property_bag copy(bag);
   EXPECT_NE(&bag.get_node(), &copy.get_node());
   EXPECT_EQ(copy.get_value_4(0x0017), 1U);
+  EXPECT_EQ(Thrown<pststore::sig_mismatch>([&] { property_bag other(bag.get_node()); }),
+            "invalid client_sig");
 }
 
 TEST(PropertyBag, SubnodesLargerThanTheirData) {

@@ -140,6 +140,38 @@ TEST(TableOpen, LooksAtTheIndexBeforeTheSignatures) {
   EXPECT_EQ(Thrown<std::length_error>([&] { open_table(bag.node()); }), "index > num_allocs");
 }
 
+// What is wrong with a table comes to light in the order in which it is read.
+TEST(TableOpen, RefusesInOrder) {
+  Description description;
+  description.signature = 0x7D;
+  description.columns = {Column(1, 0, 4, 0)};
+  std::string bytes = description.bytes().substr(0, 29);  // the column is cut short
+  const auto store = [&](uint8_t client) {
+    return NodeStore({HeapPage(client, 0x20, {bytes, std::string(8, '\x04')})});
+  };
+  const NodeStore bag = store(kPropertyHeap);
+  EXPECT_EQ(Thrown<sig_mismatch>([&] { open_table(bag.node()); }), "invalid client_sig");
+  const NodeStore other = store(kTableHeap);
+  EXPECT_EQ(Thrown<sig_mismatch>([&] { open_table(other.node()); }), "heap_sig_tc expected");
+  bytes[0] = '\x7C';
+  const NodeStore index = store(kTableHeap);
+  EXPECT_EQ(Thrown<sig_mismatch>([&] { open_table(index.node()); }), "bth_signature expected");
+}
+
+// A description too short to name its row index is no reason to skip the signatures.
+TEST(TableOpen, LooksAtTheSignaturesOfShortDescriptions) {
+  Description description;
+  description.signature = 0x7D;
+  const std::string bytes = description.bytes();
+  for (size_t size = 1; size < 22; ++size) {
+    const std::vector<std::string> allocations = {bytes.substr(0, size), BthHeader(4, 4, 0, 0)};
+    const NodeStore table({HeapPage(kTableHeap, 0x20, allocations)});
+    EXPECT_EQ(Thrown<sig_mismatch>([&] { open_table(table.node()); }), "heap_sig_tc expected");
+    const NodeStore bag({HeapPage(kPropertyHeap, 0x20, allocations)});
+    EXPECT_EQ(Thrown<sig_mismatch>([&] { open_table(bag.node()); }), "invalid client_sig");
+  }
+}
+
 TEST(TableOpen, RefusesShortDescriptions) {
   const auto open = [](const std::string& description) {
     return OpenError(NodeStore({HeapPage(kTableHeap, 0x20, {description, BthHeader(4, 4, 0, 0)})}));
@@ -149,6 +181,8 @@ TEST(TableOpen, RefusesShortDescriptions) {
   const std::string bytes = description.bytes();
   EXPECT_EQ(open(bytes), "no exception");
   EXPECT_EQ(open(bytes.substr(0, 21)), "table description cut short");
+  EXPECT_EQ(open(bytes.substr(0, 13)), "table description cut short");
+  EXPECT_EQ(open(bytes.substr(0, 1)), "table description cut short");
   EXPECT_EQ(open(""), "table description cut short");
   description.columns = {Column(1, 0, 4, 0), Column(2, 0, 4, 0)};
   EXPECT_EQ(open(description.bytes()), "no exception");
@@ -177,10 +211,10 @@ TEST(TableOpen, RowIndexes) {
             "invalid key size");
   EXPECT_EQ(Thrown<sig_mismatch>([&] { open_table(open(std::string(8, '\x04')).node()); }),
             "bth_signature expected");
-  EXPECT_EQ(OpenError(open("\xB5\x04")), "row index header cut short");
-  EXPECT_EQ(OpenError(open("")), "row index header cut short");
-  EXPECT_EQ(Thrown<std::length_error>([&] { open_table(open("\xB5\x04\x04").node()); }),
-            "buffer.size() > size()");
+  for (const std::string header : {"", "\xB5\x04", "\xB5\x04\x04"}) {
+    EXPECT_EQ(Thrown<std::length_error>([&] { open_table(open(header).node()); }),
+              "buffer.size() > size()");
+  }
 }
 
 TEST(TableOpen, RowsThatDoNotExist) {
