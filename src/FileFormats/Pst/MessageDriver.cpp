@@ -1,5 +1,7 @@
 #include "FileFormats/Pst/MessageDriver.h"
 
+#include <utility>
+
 #include "FileFormats/Pst/MsgDocument.h"
 #include "FileFormats/Pst/PstDocument.h"
 #include "eml/EmlReader.h"

@@ -1,6 +1,7 @@
 #include "FileFormats/Pst/PstDocument.h"
 
 #include <algorithm>
+#include <string_view>
 
 #include "FileFormats/Pst/DocumentText.h"
 #include "FileFormats/Pst/StoreWalk.h"
