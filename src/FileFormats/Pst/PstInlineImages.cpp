@@ -5,7 +5,6 @@
 
 #include "Common/ByteSearch.h"
 #include "Common/InlineImages.h"
-#include "Common/SearchBudget.h"
 #include "FileFormats/Pst/PstStreams.h"
 #include "pststore/StoreObjects.h"
 
@@ -55,7 +54,7 @@ pststore::wstring LongFileName(const pststore::attachment& attachment) {
 class InlinePass {
  public:
   InlinePass(SizedBytes& body, StoreReading& reading)
-      : budget_(SearchBudget::ForImages(reading.fileSize)) {
+      : reading_(reading), budget_(reading.imageSearches) {
     context_.filterData = &reading.data;
     context_.body = &body;
     context_.bodyLimit = BodyLimit(reading.fileSize);
@@ -67,9 +66,11 @@ class InlinePass {
   int32_t readNames(const pststore::attachment& attachment);
   bool aimAt(const char* needle);
   bool findReference(int32_t& status);
+  bool takeImage(uint64_t size);
 
+  StoreReading& reading_;
+  SearchBudget& budget_;
   InlineImageContext context_;
-  SearchBudget budget_;
   NameBuffer plainName_;
   NameBuffer cidName_;
 };
@@ -109,6 +110,14 @@ bool InlinePass::findReference(int32_t& status) {
   return !plainName_.isEmpty() && aimAt(plainName_.get());
 }
 
+// Whether the image may be read, and written to its file, and the body rewritten.
+bool InlinePass::takeImage(uint64_t size) {
+  budget_.spend(context_.body->length);
+  const bool isWritten = context_.filterData->useTempFile == 1;
+  return !budget_.isSpent() && TakeFrom(reading_.imageBytesLeft, size) &&
+         (!isWritten || TakeFrom(reading_.imageBytesLeft, size));
+}
+
 int32_t InlinePass::place(const pststore::attachment& attachment) {
   pststore::prop_stream stream(attachment.get_property_bag().open_prop_stream(kData));
   const uint64_t size = SizeByEnd(stream);
@@ -121,7 +130,7 @@ int32_t InlinePass::place(const pststore::attachment& attachment) {
   const bool found = findReference(status);
   if (budget_.isSpent()) return StatusOutOfMemory;
   if (!found) return status;
-  if (size == 0) return StatusOutOfMemory;
+  if (size == 0 || !takeImage(size)) return StatusOutOfMemory;
   KernelBlock<char> image = AllocateBlock<char>(size, TARN_HERE);
   if (!image) return StatusOutOfMemory;
   ReadFromStart(stream, image.get(), size);
@@ -133,15 +142,16 @@ int32_t InlinePass::place(const pststore::attachment& attachment) {
 int32_t InlinePstImages(const pststore::message& source, uint32_t attachmentCount, SizedBytes& body,
                         StoreReading& reading) {
   reading.data.attachmentCount = attachmentCount;
-  if (reading.data.inlineFiles.reserve(attachmentCount) == nullptr) return StatusOk;
+  const uint64_t room = std::min<uint64_t>(attachmentCount, AttachmentLimit(reading.fileSize));
+  if (reading.data.inlineFiles.reserve(room) == nullptr) return StatusOk;
 
-  const uint64_t limit = std::min<uint64_t>(attachmentCount, AttachmentLimit(reading.fileSize));
   InlinePass pass(body, reading);
   try {
     const pststore::attachment_iterator end = pststore::attachment_end(source);
     uint64_t number = 0;
-    for (auto at = pststore::attachment_begin(source); at != end && number < limit;
+    for (auto at = pststore::attachment_begin(source); at != end && number < attachmentCount;
          ++at, ++number) {
+      if (!TakeFrom(reading.attachmentsLeft, 1)) break;
       const int32_t status = pass.place(pststore::make_attachment(at));
       if (status < StatusOk) return status;
     }

@@ -1,5 +1,7 @@
 #include "FileFormats/Pst/PstMessage.h"
 
+#include <stdexcept>
+
 #include "FileFormats/Pst/PstAttachments.h"
 #include "FileFormats/Pst/PstInlineImages.h"
 #include "FileFormats/Pst/PstStreams.h"
@@ -36,15 +38,27 @@ constexpr StringField kStringFields[] = {
     {PR_DISPLAY_BCC, &MailMessage::bcc},
 };
 
+// A text property that exists. 1; -1, and nothing is read, for one of more than `textLeft` bytes.
+int32_t ReadText(const pststore::property_bag& properties, pststore::ushort id, uint64_t& textLeft,
+                 pststore::wstring& text) {
+  if (!TakeFrom(textLeft, TextBytes(properties, id))) return StatusOutOfMemory;
+  text = properties.read_prop<pststore::wstring>(id);
+  return StatusOk;
+}
+
 // A subject may start with a marker, the character 1 and one that tells the length of a prefix.
-pststore::wstring ReadSubject(const pststore::property_bag& properties) {
-  if (!properties.prop_exists(PR_SUBJECT)) return u"No Subject";
-  pststore::wstring subject = properties.read_prop<pststore::wstring>(PR_SUBJECT);
-  if (!subject.empty() && subject.front() == u'\1') {
+int32_t ReadSubject(const pststore::property_bag& properties, uint64_t& textLeft,
+                    pststore::wstring& subject) {
+  if (!properties.prop_exists(PR_SUBJECT)) {
+    subject = u"No Subject";
+    return StatusOk;
+  }
+  const int32_t status = ReadText(properties, PR_SUBJECT, textLeft, subject);
+  if (status == StatusOk && !subject.empty() && subject.front() == u'\1') {
     if (subject.size() < 2) throw std::out_of_range("subject marker without its second character");
     subject.erase(0, 2);
   }
-  return subject;
+  return status;
 }
 
 // The text as UTF-8 in the field. An empty text frees the field; without memory, or when the
@@ -65,12 +79,15 @@ void StoreField(SizedBytes& field, const pststore::wstring& text) {
   if (written > 0) field.length = static_cast<uint64_t>(written);
 }
 
-void ReadHeaderFields(const pststore::property_bag& properties, const pststore::wstring& subject,
-                      MailMessage& record) {
+int32_t ReadHeaderFields(const pststore::property_bag& properties, const pststore::wstring& subject,
+                         uint64_t& textLeft, MailMessage& record) {
   StoreField(record.subject, subject);
+  pststore::wstring text;
   for (const StringField& row : kStringFields) {
     if (!properties.prop_exists(row.property)) continue;
-    StoreField(record.*row.field, properties.read_prop<pststore::wstring>(row.property));
+    const int32_t status = ReadText(properties, row.property, textLeft, text);
+    if (status != StatusOk) return status;
+    StoreField(record.*row.field, text);
   }
   if (properties.prop_exists(PR_CLIENT_SUBMIT_TIME) &&
       properties.size(PR_CLIENT_SUBMIT_TIME) == 8) {
@@ -80,6 +97,7 @@ void ReadHeaderFields(const pststore::property_bag& properties, const pststore::
   if (properties.prop_exists(PR_IMPORTANCE)) {
     ImportanceText(static_cast<int32_t>(properties.get_value_4(PR_IMPORTANCE)), record.importance);
   }
+  return StatusOk;
 }
 
 // Reads one message, step by step. What the store throws passes through.
@@ -112,8 +130,9 @@ class MessageRead {
 };
 
 int32_t MessageRead::run(bool selected) {
-  const pststore::wstring subject = ReadSubject(properties_);
-  if (!TakeFrom(reading_.textLeft, sizeof(char16_t) * subject.size())) return StatusOutOfMemory;
+  pststore::wstring subject;
+  int32_t status = ReadSubject(properties_, reading_.textLeft, subject);
+  if (status != StatusOk) return status;
   if (subject == u"LocalFreebusy") return StatusDone;
 
   record_.body.length = 0;
@@ -122,9 +141,8 @@ int32_t MessageRead::run(bool selected) {
     if (!selected) return StatusOk;
     return EnumeratePstAttachments(source_, *reading_.request, reading_.fileSize);
   }
-  if (selected) ReadHeaderFields(properties_, subject, record_);
-
-  int32_t status = readPlainBody();
+  if (selected) status = ReadHeaderFields(properties_, subject, reading_.textLeft, record_);
+  if (status == StatusOk) status = readPlainBody();
   if (status == StatusOk) status = readHtmlBody(selected);
   if (status == StatusOk) status = readRtfBody();
   return status;
@@ -170,7 +188,7 @@ int32_t MessageRead::readRtfBody() {
   if (!properties_.prop_exists(PR_RTF_COMPRESSED)) return StatusOk;
   kind_ = DocumentRtf;
   pststore::prop_stream stream(properties_.open_prop_stream(PR_RTF_COMPRESSED));
-  SizeByEnd(stream);
+  if (!TakeFrom(reading_.textLeft, SizeByEnd(stream))) return StatusOutOfMemory;
   const int32_t status = DecodePstCompressedRtf(stream, list_, index_);
   if (status != StatusOk) return status;
   return TakeFrom(reading_.textLeft, record_.body.length) ? StatusOk : StatusOutOfMemory;

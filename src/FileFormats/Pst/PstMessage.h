@@ -15,10 +15,10 @@ namespace tarn {
 // this order, so that the last one wins. With a request nothing of the record is filled: the
 // selected message's attachments go to the request's callback.
 //
-// 1; 2 for a message that does not count; -1 without memory, and when subjects and bodies take more
-// than a file of this size can hold; failures of DecodePstCompressedRtf, of
-// RewriteInlineImage and of the callback. Exceptions of the store leave the function. Bodies stay
-// as the store has them: the plain one is UTF-16 in a Unicode store.
+// 1; 2 for a message that does not count; -1 without memory, and when subjects, header strings and
+// bodies take more than a file of this size can hold; failures of DecodePstCompressedRtf, of
+// InlinePstImages and of the callback. Exceptions of the store leave the function. Bodies stay as
+// the store has them: the plain one is UTF-16 in a Unicode store.
 int32_t ReadPstMessage(const pststore::message& source, uint32_t& kind, bool selected,
                        MessageList& list, int32_t index, StoreReading& reading);
 

@@ -1,10 +1,12 @@
-// PstStreams.h - a property's stream as one block. Sizes count bytes; what the store throws passes.
+// PstStreams.h - a property's stream as one block, and the size of a text before it is read. Sizes
+// count bytes; what the store throws passes.
 #ifndef TARN_FILEFORMATS_PST_PSTSTREAMS_H
 #define TARN_FILEFORMATS_PST_PSTSTREAMS_H
 
 #include <istream>
 
 #include "pststore/Errors.h"
+#include "pststore/PropertyObject.h"
 
 namespace tarn {
 
@@ -22,6 +24,13 @@ inline void ReadFromStart(std::istream& stream, char* destination, uint64_t size
   if (static_cast<uint64_t>(stream.gcount()) != size) {
     throw pststore::database_corrupt("a stream is shorter than its size");
   }
+}
+
+// The size that a string property has once it is read; it is not read for that.
+inline uint64_t TextBytes(const pststore::const_property_object& properties, pststore::ushort id) {
+  const uint64_t stored = properties.size(id);
+  const bool isEightBit = properties.get_prop_type(id) == pststore::prop_type_string;
+  return isEightBit ? sizeof(char16_t) * stored : stored;
 }
 
 }  // namespace tarn

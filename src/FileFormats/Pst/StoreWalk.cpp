@@ -4,6 +4,7 @@
 #include <new>
 
 #include "FileFormats/Pst/PstMessage.h"
+#include "FileFormats/Pst/PstStreams.h"
 #include "pststore/StoreObjects.h"
 
 namespace tarn {
@@ -12,17 +13,21 @@ namespace {
 constexpr pststore::ushort kDisplayName = 0x3001;
 constexpr pststore::ushort kContentCount = 0x3602;
 
-// What the folders claim; the sum wraps as a signed 32-bit number.
-int32_t ClaimedMessages(const Store& store) {
+// What the folders claim; the sum wraps as a signed 32-bit number. 1; -1 for more names than a file
+// of this size can hold.
+int32_t AddClaims(const Store& store, uint64_t fileSize, int32_t& claimed) {
   uint32_t total = 0;
+  uint64_t textLeft = FolderTextLimit(fileSize);
   const pststore::folder_iterator end = pststore::folder_end(store);
   for (pststore::folder_iterator at = pststore::folder_begin(store); at != end; ++at) {
     const pststore::folder folder = pststore::make_folder(at);
     const pststore::property_bag& properties = folder.get_property_bag();
+    if (!TakeFrom(textLeft, TextBytes(properties, kDisplayName))) return StatusOutOfMemory;
     if (properties.read_prop<pststore::wstring>(kDisplayName) == u"Freebusy Data") continue;
     total += properties.get_value_4(kContentCount);
   }
-  return static_cast<int32_t>(total);
+  claimed = static_cast<int32_t>(total);
+  return StatusOk;
 }
 
 // One pass over the messages of a store.
@@ -94,8 +99,11 @@ bool StoreWalk::readRows(const pststore::table& contents) {
 }  // namespace
 
 int32_t CountStoreMessages(MessageList*& list, const Store& store, uint64_t fileSize) {
-  const int32_t total = ClaimedMessages(store);
-  if (total < 1) return StatusBadArgument;
+  int32_t total = 0;
+  const int32_t added = AddClaims(store, fileSize, total);
+  if (added == StatusOk && total < 1) return StatusBadArgument;
+  list = nullptr;
+  if (added != StatusOk) return added;
   const auto count = static_cast<uint64_t>(total);
   if (count > ClaimLimit(fileSize)) return StatusOutOfMemory;
 

@@ -10,6 +10,7 @@
 
 #include <memory>
 
+#include "Common/SearchBudget.h"
 #include "FileFormats/Pst/StoreLimits.h"
 #include "Internal/AttachmentRequest.h"
 #include "Internal/MailMessage.h"
@@ -23,25 +24,32 @@ namespace tarn {
 
 using Store = std::shared_ptr<pststore::db_context>;
 
-// Where the messages of a store go, and what reading them may still cost (StoreLimits.h).
+// Where the messages of a store go, and what reading them may still cost (StoreLimits.h). Messages
+// that fail and those that are read in their place spend the same limits.
 struct StoreReading {
   StoreReading(PstFilterData& data_, const AttachmentRequest* request_, uint64_t fileSize_)
       : data(data_),
         request(request_),
         fileSize(fileSize_),
         rowsLeft(RowLimit(fileSize_)),
-        textLeft(TextLimit(fileSize_)) {}
+        textLeft(TextLimit(fileSize_)),
+        attachmentsLeft(AttachmentLimit(fileSize_)),
+        imageBytesLeft(ImageLimit(fileSize_)),
+        imageSearches(SearchBudget::ForImages(fileSize_)) {}
 
   PstFilterData& data;
   const AttachmentRequest* request;  // or null
   const uint64_t fileSize;
   uint64_t rowsLeft;
-  uint64_t textLeft;  // bytes
+  uint64_t textLeft;         // bytes
+  uint64_t attachmentsLeft;  // to look at for images
+  uint64_t imageBytesLeft;
+  SearchBudget imageSearches;
 };
 
 // A list with a record for every message that the folders of the store claim. 1; -13 when there is
-// none; -1 without memory, and for a number of messages that no file of this size can hold. A
-// folder without a name or without a count throws out of here.
+// none; -1 without memory, and for names or a number of messages that no file of this size can
+// hold. `list` is null after -1. A folder without a name or without a count throws out of here.
 int32_t CountStoreMessages(MessageList*& list, const Store& store, uint64_t fileSize);
 
 // Reads messages in order until the record `selected` (0-based) is filled; `kind` becomes the
