@@ -10,21 +10,42 @@ namespace {
 using Bytes = KernelVector<unsigned char>;
 
 constexpr uint64_t kMostTableBytes = uint64_t{64} << 20;
-constexpr uint64_t kRootStartOffset = 116;
+// Of blocks that the file does not give, that many bytes are made as zeros; and blocks that are
+// named several times may be that much more than the file.
+constexpr uint64_t kMostBytesBeyondFile = uint64_t{1} << 20;
+// The least that a call of the kernel costs of the bytes that reads may take.
+constexpr uint64_t kCallCost = 4096;
 
 // Bytes that all reads of a file may take together. A directory can name the same blocks as
 // millions of streams; what programs write is read a few times at most.
 uint64_t ReadBudget(uint64_t fileSize) {
-  constexpr uint64_t kFixedBytes = uint64_t{1} << 32;
+  constexpr uint64_t kFixedBytes = uint64_t{1} << 28;
   constexpr uint64_t kBytesPerFileByte = 64;
   return kFixedBytes + kBytesPerFileByte * std::min(fileSize, UINT64_MAX / 256);
 }
 
-// All blocks of a list in a block of their size, zeros where the file gives nothing.
-Bytes LoadWhole(CompoundFile& file, const BlockList& blocks) {
-  Bytes bytes(blocks.size() * file.bigBlockSize(), 0);
-  LoadBigBlocks(file, blocks.data(), blocks.size(), bytes.data(), bytes.size());
+// How much of a list of blocks the file has, up to the first block that lies behind its end.
+uint64_t BytesInFile(const CompoundFile& file, const BlockList& blocks) {
+  const uint64_t size = file.bigBlockSize();
+  uint64_t bytes = 0;
+  for (const uint64_t block : blocks) {
+    const uint64_t position = (block + 1) * size;
+    if (position > file.fileSize) break;
+    bytes += std::min(size, file.fileSize - position);
+  }
   return bytes;
+}
+
+// All blocks of a list, whole records of the directory, zeros where the file gives nothing. A long
+// list of missing blocks at the end is left out. False for blocks that are more than the file.
+bool LoadWhole(CompoundFile& file, const BlockList& blocks, Bytes& bytes) {
+  const uint64_t present =
+      (BytesInFile(file, blocks) + kDirectoryRecordSize - 1) & ~(kDirectoryRecordSize - 1);
+  if (present > file.fileSize + kMostBytesBeyondFile) return false;
+  const uint64_t all = blocks.size() * file.bigBlockSize();
+  bytes.assign(std::min(all, present + kMostBytesBeyondFile), 0);
+  LoadBigBlocks(file, blocks.data(), blocks.size(), bytes.data(), bytes.size());
+  return true;
 }
 
 bool IsTooLong(uint64_t blocks, uint64_t blockSize, uint64_t most) {
@@ -33,69 +54,107 @@ bool IsTooLong(uint64_t blocks, uint64_t blockSize, uint64_t most) {
 
 bool LoadTables(CompoundFile& file) {
   const uint64_t size = file.bigBlockSize();
-  if (IsTooLong(file.header.tableBlockCount, size, kMostTableBytes)) return false;
-  if (IsTooLong(file.header.metaBlockCount, size, kMostTableBytes)) return false;
+  const CompoundHeader& header = file.header;
+  if (IsTooLong(header.tableBlockCount, size, kMostTableBytes)) return false;
+  if (header.tableBlockCount > kHeaderTableBlocks &&
+      IsTooLong(header.metaBlockCount, size, kMostTableBytes)) {
+    return false;
+  }
+  Bytes bytes;
   const BlockList big = BigTableBlocks(file, true);
-  if (!big.empty()) {
-    const Bytes bytes = LoadWhole(file, big);
-    LoadBlockTable(file.bigTable, bytes.data(), bytes.size());
-  }
+  if (!LoadWhole(file, big, bytes)) return false;
+  if (!big.empty()) LoadBlockTable(file.bigTable, bytes.data(), bytes.size());
 
-  const BlockList small = FollowChain(file.bigTable, file.header.smallTableStart);
+  const BlockList small = FollowChain(file.bigTable, header.smallTableStart);
   if (IsTooLong(small.size(), size, kMostTableBytes)) return false;
-  if (!small.empty()) {
-    const Bytes bytes = LoadWhole(file, small);
-    LoadBlockTable(file.smallTable, bytes.data(), bytes.size());
-  }
+  if (!LoadWhole(file, small, bytes)) return false;
+  if (!small.empty()) LoadBlockTable(file.smallTable, bytes.data(), bytes.size());
   return true;
 }
 
-// A directory shorter than one record is empty, and then there is no container.
-bool LoadEntries(CompoundFile& file) {
-  const BlockList blocks = FollowChain(file.bigTable, file.header.directoryStart);
+// A directory that is longer than its file, or shorter than one record, is empty, and then there is
+// no container.
+void LoadEntries(CompoundFile& file) {
+  BlockList blocks = FollowChain(file.bigTable, file.header.directoryStart);
   const uint64_t most = std::max(kMostTableBytes, file.fileSize + file.bigBlockSize());
-  if (IsTooLong(blocks.size(), file.bigBlockSize(), most)) return false;
-  const Bytes bytes = LoadWhole(file, blocks);
+  if (IsTooLong(blocks.size(), file.bigBlockSize(), most)) blocks.clear();
+  Bytes bytes;
+  if (!LoadWhole(file, blocks, bytes)) bytes.clear();
   LoadDirectory(file.directory, bytes.data(), bytes.size());
-  file.containerBlocks.clear();
   if (bytes.size() >= kDirectoryRecordSize) {
-    file.containerBlocks = FollowChain(file.bigTable, LoadU32(bytes.data() + kRootStartOffset));
+    file.containerBlocks = FollowChain(file.bigTable, LoadU32(bytes.data() + kRecordStartOffset));
   }
-  return true;
 }
 
-// Reads at a position as the reader of blocks takes it: its low 32 bits, signed. What the kernel
-// does not give stays as it was.
-void ReadAt(const CompoundFile& file, uint64_t position, unsigned char* buffer, uint64_t length) {
+// Reads at a position as the reader of blocks takes it: its low 32 bits, signed. Gives what the
+// kernel gave; the rest of the buffer stays as it was.
+uint64_t ReadAt(const CompoundFile& file, uint64_t position, unsigned char* buffer,
+                uint64_t length) {
   const auto offset = static_cast<int32_t>(static_cast<uint32_t>(position));
   KernelFileSeek(file.handle, offset, KERNEL_SEEK_START);
-  KernelFileRead(file.handle, buffer, static_cast<uint32_t>(length));
+  return std::min<uint64_t>(length,
+                            KernelFileRead(file.handle, buffer, static_cast<uint32_t>(length)));
 }
 
-// Makes the window hold a block of the container, and some behind it: more each time that reading
-// goes on where the window ended. Each block stands for itself: one that the file does not have is
-// zeros. False when reads have cost too much.
-bool MoveWindow(CompoundFile& file, uint64_t index) {
+// LoadBigBlocks; with `clear`, what the kernel does not give of the bytes that count is zeros.
+uint64_t ReadBigBlocks(CompoundFile& file, const uint64_t* blocks, uint64_t count,
+                       unsigned char* buffer, uint64_t length, bool clear) {
+  if (buffer == nullptr || count == 0 || length == 0) return 0;
+  const uint64_t size = file.bigBlockSize();
+  uint64_t read = 0;
+  for (uint64_t i = 0; i < count && read < length;) {
+    const uint64_t whole = std::min(count - i, (length - read) / size);
+    const uint64_t run = RunOfBlocks(file, blocks + i, whole);
+    const uint64_t position = (blocks[i] + 1) * size;
+    i += std::max<uint64_t>(run, 1);
+    if (position > file.fileSize) return 0;
+    const uint64_t wanted = run != 0 ? run * size : std::min(size, length - read);
+    const uint64_t part = std::min(wanted, file.fileSize - position);
+    if (part == 0) continue;
+    if (!SpendBytes(file, std::max(part, kCallCost))) return 0;
+    const uint64_t given = ReadAt(file, position, buffer + read, part);
+    if (clear) std::fill_n(buffer + read + given, part - given, static_cast<unsigned char>(0));
+    read += part;
+  }
+  return read;
+}
+
+// How many blocks of the container the window takes in from one on. What lies side by side costs
+// no more calls; other blocks are read ahead when reading goes on where the window ended, more each
+// time.
+uint64_t WindowBlocks(const CompoundFile& file, uint64_t index) {
   constexpr uint64_t kFirstBytes = 4096;
   constexpr uint64_t kMostBytes = 65536;
+  const ContainerWindow& window = file.window;
+  const uint64_t size = file.bigBlockSize();
+  const uint64_t rest = file.containerBlocks.size() - index;
+  if (window.count != 0 && index == window.first + window.count) {
+    const uint64_t bytes = std::min<uint64_t>(2 * window.bytes.size(), kMostBytes);
+    return std::min(std::max<uint64_t>(1, bytes / size), rest);
+  }
+  const uint64_t most = std::min(std::max<uint64_t>(1, kFirstBytes / size), rest);
+  return std::max<uint64_t>(1, RunOfBlocks(file, file.containerBlocks.data() + index, most));
+}
+
+// Makes the window hold a block of the container. Each block stands for itself: one that the file
+// does not have is zeros. False when reads have cost too much.
+bool MoveWindow(CompoundFile& file, uint64_t index) {
   ContainerWindow& window = file.window;
   if (index >= window.first && index - window.first < window.count) return true;
   const uint64_t size = file.bigBlockSize();
-  const bool goesOn = window.count != 0 && index == window.first + window.count;
-  const uint64_t bytes =
-      goesOn ? std::min<uint64_t>(2 * window.bytes.size(), kMostBytes) : kFirstBytes;
-  const uint64_t count =
-      std::min(std::max<uint64_t>(1, bytes / size), file.containerBlocks.size() - index);
+  const uint64_t count = WindowBlocks(file, index);
   window.count = 0;
   window.first = index;
-  if (!SpendBytes(file, count * size)) return false;
+  if (file.bytesLeft == 0) return false;
   window.bytes.assign(count * size, 0);
-  const uint64_t* const blocks = file.containerBlocks.data() + window.first;
+  const uint64_t* const blocks = file.containerBlocks.data() + index;
+  uint64_t read = 0;
   for (uint64_t i = 0; i < count;) {
     const uint64_t run = std::max<uint64_t>(1, RunOfBlocks(file, blocks + i, count - i));
-    LoadBigBlocks(file, blocks + i, run, window.bytes.data() + i * size, run * size);
+    read += LoadBigBlocks(file, blocks + i, run, window.bytes.data() + i * size, run * size);
     i += run;
   }
+  if (!SpendBytes(file, window.bytes.size() - read)) return false;
   window.count = count;
   return true;
 }
@@ -105,8 +164,7 @@ bool MoveWindow(CompoundFile& file, uint64_t index) {
 CompoundFile::CompoundFile(CompoundStorage& storage_, uint64_t handle_)
     : storage(&storage_), handle(handle_) {
   storage_.file = this;
-  bigTable.blockSize = 512;
-  smallTable.blockSize = 64;
+  ResetTables(*this);
 }
 
 CompoundFile::~CompoundFile() {
@@ -118,8 +176,8 @@ void LoadCompoundFile(CompoundFile& file) {
   file.result = CompoundOpenFailed;
   file.fileSize = KernelFileSeek(file.handle, 0, KERNEL_SEEK_END);
   if (file.fileSize == KERNEL_BAD_HANDLE) return;
+  ResetTables(file);
   file.bytesLeft = ReadBudget(file.fileSize);
-  ForgetChains(file);
   KernelFileSeek(file.handle, 0, KERNEL_SEEK_START);
   HeaderBytes bytes = {};
   KernelFileRead(file.handle, bytes.data(), static_cast<uint32_t>(bytes.size()));
@@ -131,7 +189,8 @@ void LoadCompoundFile(CompoundFile& file) {
   if (!file.header.isReadable()) return;
   file.bigTable.blockSize = uint64_t{1} << file.header.bigShift;
   file.smallTable.blockSize = uint64_t{1} << file.header.smallShift;
-  if (!LoadTables(file) || !LoadEntries(file)) return;
+  if (!LoadTables(file)) return;
+  LoadEntries(file);
   file.result = CompoundOk;
   file.opened = true;
 }
@@ -166,21 +225,32 @@ BlockList BigTableBlocks(CompoundFile& file, bool loading) {
       number = list[next];
     }
     file.metaBlocks.push_back(number);
-    file.metaData.resize(file.metaBlocks.size() * words);
     std::fill(block.begin(), block.end(), static_cast<unsigned char>(0));
     LoadBigBlock(file, number, block.data(), block.size());
+    file.metaData.resize(std::min(data + words, data + (count - next)));
     for (uint64_t i = 0; i < words && next < count; ++i) {
       list[next++] = file.metaData[data++] = LoadU32(block.data() + 4 * i);
     }
   }
-  file.metaData.resize(data);
   return list;
 }
 
-void ForgetChains(CompoundFile& file) {
-  file.window.count = 0;
+void ResetTables(CompoundFile& file) {
+  file.bigTable = BlockTable();
+  file.bigTable.blockSize = 512;
+  file.smallTable = BlockTable();
+  file.smallTable.blockSize = 64;
+  const uint32_t rootKind = file.directory.rootKind;
+  file.directory = DirectoryTree();
+  file.directory.rootKind = rootKind;
+  file.containerBlocks.clear();
+  file.metaBlocks.clear();
+  file.metaData.clear();
+  file.metaDirty = false;
+  file.bytesLeft = UINT64_MAX;
   file.directoryChain.clear();
   file.smallTableChain.clear();
+  file.window.count = 0;
 }
 
 bool SpendBytes(CompoundFile& file, uint64_t bytes) {
@@ -203,22 +273,12 @@ uint64_t RunOfBlocks(const CompoundFile& file, const uint64_t* blocks, uint64_t 
 
 uint64_t LoadBigBlocks(CompoundFile& file, const uint64_t* blocks, uint64_t count,
                        unsigned char* buffer, uint64_t length) {
-  if (buffer == nullptr || count == 0 || length == 0) return 0;
-  const uint64_t size = file.bigBlockSize();
-  uint64_t read = 0;
-  for (uint64_t i = 0; i < count && read < length;) {
-    const uint64_t whole = std::min(count - i, (length - read) / size);
-    const uint64_t run = RunOfBlocks(file, blocks + i, whole);
-    const uint64_t position = (blocks[i] + 1) * size;
-    if (position > file.fileSize) return 0;
-    const uint64_t wanted = run != 0 ? run * size : std::min(size, length - read);
-    const uint64_t part = std::min(wanted, file.fileSize - position);
-    if (!SpendBytes(file, part)) return 0;
-    ReadAt(file, position, buffer + read, part);
-    read += part;
-    i += std::max<uint64_t>(run, 1);
-  }
-  return read;
+  return ReadBigBlocks(file, blocks, count, buffer, length, false);
+}
+
+uint64_t LoadBigBlocksCleared(CompoundFile& file, const uint64_t* blocks, uint64_t count,
+                              unsigned char* buffer, uint64_t length) {
+  return ReadBigBlocks(file, blocks, count, buffer, length, true);
 }
 
 uint64_t LoadBigBlock(CompoundFile& file, uint64_t block, unsigned char* buffer, uint64_t length) {

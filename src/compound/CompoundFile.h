@@ -9,8 +9,9 @@
 //
 // The handle may be a file or a memory file; whoever opened it closes it. All memory is the
 // kernel's; std::bad_alloc leaves every function here when it has none. Files are hostile: tables
-// of more than 64 MiB are refused, what a file does not give reads as zeros, and all blocks that
-// are read together have a bounded size.
+// of more than 64 MiB, or of more than the file, are refused, and all that is read of a file
+// together costs a bounded time. What a file does not give of its tables, directory, container and
+// streams is zeros.
 #ifndef TARN_COMPOUND_COMPOUNDFILE_H
 #define TARN_COMPOUND_COMPOUNDFILE_H
 
@@ -30,8 +31,8 @@ struct CompoundStorage {
   CompoundFile* file = nullptr;
 };
 
-// The part of the container that was read last, for small streams that lie side by side. Emptied
-// by every write.
+// The part of the container that was read last, for small streams that lie side by side. Every
+// write to the file empties it.
 struct ContainerWindow {
   uint64_t first = 0;  // place in containerBlocks
   uint64_t count = 0;  // blocks
@@ -53,7 +54,7 @@ struct CompoundFile {
   BlockList metaBlocks;
   BlockList metaData;  // table blocks beyond those of the header
   bool metaDirty = false;
-  uint64_t bytesLeft = UINT64_MAX;  // that reads may still take from the file
+  uint64_t bytesLeft = UINT64_MAX;  // that reads may still cost; see SpendBytes
   BlockList directoryChain;         // of a file that is being written, once needed
   BlockList smallTableChain;        // likewise
   ContainerWindow window;
@@ -67,8 +68,8 @@ struct CompoundFile {
   uint64_t smallBlockSize() const { return smallTable.blockSize; }
 };
 
-// Reads header, tables and directory, and sets `result`. A directory that cannot be followed is an
-// empty one, and no failure.
+// Reads header, tables and directory, and sets `result`; what the file was before is gone. A
+// directory that cannot be followed, or is longer than the file, is an empty one, and no failure.
 void LoadCompoundFile(CompoundFile& file);
 
 // The handle stays open.
@@ -80,7 +81,8 @@ BlockList BigTableBlocks(CompoundFile& file, bool loading);
 // Read blocks one behind the other. The result is the number of bytes; a block that lies behind the
 // end of the file ends the read with 0, one that overlaps the end is read as far as it goes. What
 // the kernel does not give of a block stays as it was in the buffer, and counts.
-// Positions are taken as signed 32-bit numbers, so files beyond 2 GiB are not read right.
+// Positions are taken as signed 32-bit numbers: from 2 GiB on the seek fails and what stands where
+// the read before ended is given, from 4 GiB on what stands at the position less 4 GiB.
 uint64_t LoadBigBlocks(CompoundFile& file, const uint64_t* blocks, uint64_t count,
                        unsigned char* buffer, uint64_t length);
 uint64_t LoadSmallBlocks(CompoundFile& file, const uint64_t* blocks, uint64_t count,
@@ -88,10 +90,17 @@ uint64_t LoadSmallBlocks(CompoundFile& file, const uint64_t* blocks, uint64_t co
 uint64_t LoadBigBlock(CompoundFile& file, uint64_t block, unsigned char* buffer, uint64_t length);
 uint64_t LoadSmallBlock(CompoundFile& file, uint64_t block, unsigned char* buffer, uint64_t length);
 
-// Drops what is remembered of the container's blocks and of chains, for a file that begins anew.
-void ForgetChains(CompoundFile& file);
+// LoadBigBlocks, but what the kernel does not give of the bytes that count is zeros.
+uint64_t LoadBigBlocksCleared(CompoundFile& file, const uint64_t* blocks, uint64_t count,
+                              unsigned char* buffer, uint64_t length);
+
+// Tables, directory, chains, window and bounds as those of a file that was never loaded; the
+// header, the size and `rootKind` stay.
+void ResetTables(CompoundFile& file);
 
 // Takes from what reads may still cost; false when that is not enough, and then nothing is left.
+// The unit is a byte that is read. A call of the kernel costs no less than 4096, however little it
+// reads.
 bool SpendBytes(CompoundFile& file, uint64_t bytes);
 
 // How many blocks, from the first on, lie side by side in the file, whole and where positions do
@@ -103,7 +112,7 @@ uint64_t RunOfBlocks(const CompoundFile& file, const uint64_t* blocks, uint64_t 
 // Opens for reading or, with `create`, begins a new file. Whether `result` is 0.
 bool OpenCompoundFile(CompoundFile& file, bool write, bool create);
 
-// Four blocks: big table, directory, small table, container.
+// Four blocks: big table, directory, small table, container. What the file was before is gone.
 void CreateCompoundLayout(CompoundFile& file);
 
 // Writes header, tables, directory and meta blocks, as far as they changed.

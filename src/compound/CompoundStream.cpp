@@ -1,18 +1,14 @@
 #include "compound/CompoundStream.h"
 
 #include <algorithm>
+#include <functional>
 
 namespace tarn {
 namespace {
 
-// Loads blocks; what is counted and the kernel does not give is zeros. Nothing else is touched.
-uint64_t LoadCleared(CompoundFile& file, const uint64_t* blocks, uint64_t count,
-                     unsigned char* buffer, uint64_t length) {
-  const uint64_t position = (blocks[0] + 1) * file.bigBlockSize();
-  if (position >= file.fileSize) return 0;
-  std::fill_n(buffer, std::min(length, file.fileSize - position), static_cast<unsigned char>(0));
-  return LoadBigBlocks(file, blocks, count, buffer, length);
-}
+// What a block of a chain costs of the bytes that reads may take, when the chain is followed and
+// each time that a read passes over it because nothing is there.
+constexpr uint64_t kChainBlockCost = sizeof(uint64_t);
 
 // Reads from big blocks, straight into the buffer; whole blocks that lie side by side in the file
 // at once. Only a block that is not read from its beginning goes through a scratch block.
@@ -30,12 +26,15 @@ uint64_t ReadBig(CompoundStream& stream, uint64_t position, unsigned char* buffe
       const uint64_t whole = std::min<uint64_t>(stream.blocks.size() - i, wanted / size);
       const uint64_t run = std::max<uint64_t>(1, RunOfBlocks(file, blocks, whole));
       const uint64_t most = std::min(run * size, wanted);
-      copied += LoadCleared(file, blocks, run, buffer + copied, most);
+      const uint64_t given = LoadBigBlocksCleared(file, blocks, run, buffer + copied, most);
+      if (given == 0 && !SpendBytes(file, kChainBlockCost)) break;
+      copied += given;
       i += run;
       continue;
     }
     scratch.resize(std::min(size, offset + wanted));
-    const uint64_t given = LoadCleared(file, blocks, 1, scratch.data(), scratch.size());
+    const uint64_t given = LoadBigBlocksCleared(file, blocks, 1, scratch.data(), scratch.size());
+    if (given == 0 && !SpendBytes(file, kChainBlockCost)) break;
     if (given > offset) {
       std::copy_n(scratch.data() + offset, given - offset, buffer);
       copied = given - offset;
@@ -55,6 +54,7 @@ uint64_t ReadSmall(CompoundStream& stream, uint64_t position, unsigned char* buf
   KernelVector<unsigned char> scratch(size, 0);
   for (uint64_t i = position / size; i < stream.blocks.size() && copied < length; ++i) {
     const uint64_t given = LoadSmallBlock(file, stream.blocks[i], scratch.data(), size);
+    if (given == 0 && !SpendBytes(file, kChainBlockCost)) break;
     if (given > offset) {
       const uint64_t part = std::min(given - offset, length - copied);
       std::copy_n(scratch.data() + offset, part, buffer + copied);
@@ -75,11 +75,11 @@ CompoundStream::CompoundStream(CompoundFile& file_, const DirectoryEntry& entry_
   if (ours) entryIndex = static_cast<uint64_t>(&entry_ - first);
   const BlockTable& table =
       entry_.size >= file->header.threshold ? file->bigTable : file->smallTable;
-  // What a reader never comes to is left out, and all chains together cost a bounded time.
-  if (!file->writable && file->bytesLeft == 0) return;
-  const uint64_t most = file->writable ? UINT64_MAX : entry_.size / table.blockSize + 1;
+  // The whole chain, however short the stream is: a read goes on behind blocks where nothing is.
+  // All chains together cost a bounded time.
+  const uint64_t most = file->writable ? UINT64_MAX : file->bytesLeft / kChainBlockCost;
   blocks = FollowChain(table, entry_.start, most);
-  SpendBytes(*file, blocks.size() * sizeof(uint64_t));
+  SpendBytes(*file, blocks.size() * kChainBlockCost);
 }
 
 DirectoryEntry* CompoundStream::entry() const {

@@ -3,10 +3,11 @@
 //   block 0  first block of the big table     block 2  first block of the small table
 //   block 1  first block of the directory     block 3  first block of the container
 //
-// Files written here differ from MS-CFB in three ways that their readers know: each block of the
-// big table takes 64 entries before the next is added, so half of it stays unused; table blocks
-// carry the meta mark, the first one the end mark; and a meta block holds 63 numbers and a link,
-// two such groups to a block.
+// Files written here differ from MS-CFB in three ways. A block is added to the big table for every
+// 64 blocks although it has room for 128 entries; entries stand without a gap, so the second half
+// of the table's blocks is unused. Table blocks carry the meta mark, the first one the end mark.
+// A meta block holds 63 numbers and a link, two such groups to a block. Readers know none of this:
+// the first two do no harm, the third makes files of more than 22,000 blocks unreadable.
 
 #include <algorithm>
 
@@ -66,7 +67,9 @@ bool OpenCompoundFile(CompoundFile& file, bool write, bool create) {
 }
 
 void CreateCompoundLayout(CompoundFile& file) {
-  ForgetChains(file);
+  ResetTables(file);
+  file.result = CompoundOk;
+  file.fileSize = 0;
   file.header = CompoundHeader();
   file.header.tableBlocks[0] = 0;
   file.header.directoryStart = 1;
@@ -78,7 +81,6 @@ void CreateCompoundLayout(CompoundFile& file) {
     MarkTableDirty(file.bigTable, block, file.bigBlockSize());
   }
   file.containerBlocks = FollowChain(file.bigTable, 3);
-  file.metaDirty = false;
 }
 
 uint64_t ExtendChain(CompoundFile& file, BlockList& chain) {
@@ -171,6 +173,7 @@ void FlushCompoundFile(CompoundFile& file) {
   if (file.header.dirty) {
     HeaderBytes bytes;
     SaveHeader(file.header, bytes);
+    file.window.count = 0;  // blocks of less than 512 bytes begin inside of the header
     KernelFileSeek(file.handle, 0, KERNEL_SEEK_START);
     KernelFileWrite(file.handle, bytes.data(), static_cast<uint32_t>(bytes.size()));
   }

@@ -14,8 +14,10 @@ constexpr uint64_t kNameBytes = 64;
 constexpr uint64_t kNameSizeOffset = 64;
 constexpr uint64_t kTypeOffset = 66;
 constexpr uint64_t kColourOffset = 67;
+constexpr uint64_t kPrevOffset = 68;
+constexpr uint64_t kNextOffset = 72;
+constexpr uint64_t kChildOffset = 76;
 constexpr uint64_t kClassIdOffset = 80;
-constexpr uint64_t kStartOffset = 116;
 constexpr uint64_t kSizeOffset = 120;
 
 enum RecordType : unsigned char {
@@ -31,9 +33,9 @@ struct LinkField {
 };
 
 constexpr LinkField kLinks[] = {
-    {68, &DirectoryEntry::prev},
-    {72, &DirectoryEntry::next},
-    {76, &DirectoryEntry::child},
+    {kPrevOffset, &DirectoryEntry::prev},
+    {kNextOffset, &DirectoryEntry::next},
+    {kChildOffset, &DirectoryEntry::child},
 };
 
 // Searches together may follow this many links: what six million look-ups in a balanced directory
@@ -68,7 +70,7 @@ DirectoryEntry ReadRecord(const unsigned char* record) {
       (type == RecordStorage || type == RecordStream || type == RecordRoot) && nameSize != 0;
   entry.isDirectory = type != RecordStream;
   for (const LinkField& link : kLinks) entry.*link.field = LoadU32(record + link.offset);
-  entry.start = LoadU32(record + kStartOffset);
+  entry.start = LoadU32(record + kRecordStartOffset);
   entry.size = LoadU32(record + kSizeOffset);
   return entry;
 }
@@ -82,12 +84,12 @@ void WriteName(unsigned char* record, std::string_view name) {
 void WriteRoot(unsigned char* record, const DirectoryTree& tree) {
   WriteName(record, "Root Entry");
   record[kTypeOffset] = RecordRoot;
-  StoreU32(record + 68, kNoEntry);
-  StoreU32(record + 72, kNoEntry);
-  StoreU32(record + 76, tree.entries[0].child);
+  StoreU32(record + kPrevOffset, kNoEntry);
+  StoreU32(record + kNextOffset, kNoEntry);
+  StoreU32(record + kChildOffset, tree.entries[0].child);
   const ClassId id = RootClassId(tree.rootKind);
   std::copy(id.begin(), id.end(), record + kClassIdOffset);
-  StoreU32(record + kStartOffset, kNoEntry);
+  StoreU32(record + kRecordStartOffset, kNoEntry);
 }
 
 void WriteEntry(unsigned char* record, DirectoryEntry& entry) {
@@ -101,7 +103,7 @@ void WriteEntry(unsigned char* record, DirectoryEntry& entry) {
                                             : RecordStream;
   record[kColourOffset] = 1;
   for (const LinkField& link : kLinks) StoreU32(record + link.offset, entry.*link.field);
-  StoreU32(record + kStartOffset, entry.start);
+  StoreU32(record + kRecordStartOffset, entry.start);
   StoreU32(record + kSizeOffset, entry.size);
 }
 
@@ -117,6 +119,7 @@ void LoadDirectory(DirectoryTree& tree, const unsigned char* bytes, uint64_t len
   const uint64_t count = length / kDirectoryRecordSize;
   tree.entries.clear();
   tree.entries.reserve(count);
+  tree.stepsLeft = kSearchSteps;
   tree.firstMaybeInvalid = 0;
   tree.isIndexed = false;
   for (uint64_t i = 0; i < count; ++i) {
@@ -138,7 +141,7 @@ void FlushDirectory(DirectoryTree& tree, const BlockList& blocks, CompoundFile& 
                     uint64_t bigBlockSize, uint64_t containerStart, uint64_t containerSize) {
   KernelVector<unsigned char> bytes = SaveDirectory(tree);
   if (!bytes.empty()) {
-    StoreU32(bytes.data() + kStartOffset, containerStart);
+    StoreU32(bytes.data() + kRecordStartOffset, containerStart);
     StoreU32(bytes.data() + kSizeOffset, containerSize);
   }
   for (uint64_t i = 0; i < blocks.size(); ++i) {

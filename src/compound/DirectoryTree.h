@@ -30,6 +30,7 @@ namespace tarn {
 struct CompoundStorage;
 
 inline constexpr uint64_t kDirectoryRecordSize = 128;
+inline constexpr uint64_t kRecordStartOffset = 116;
 inline constexpr uint64_t kNoEntry = 0xFFFFFFFF;
 
 struct DirectoryEntry {
@@ -58,8 +59,8 @@ struct DirectoryTree {
   DirectoryTree();
 };
 
-// Takes the whole directory from its bytes; a tail shorter than a record is dropped. A control
-// character that begins a name is left out.
+// Takes the whole directory from its bytes, and lets searches cost anew; a tail shorter than a
+// record is dropped. A control character that begins a name is left out.
 void LoadDirectory(DirectoryTree& tree, const unsigned char* bytes, uint64_t length);
 
 // The record bytes of all entries. Storages lose their start and size.

@@ -7,9 +7,11 @@
 #define TARN_COMPOUND_SIBLINGINDEX_H
 
 #include <compare>
-#include <functional>
+#include <cstdint>
+#include <iterator>
 #include <map>
 #include <string_view>
+#include <utility>
 
 #include "Common/KernelAllocator.h"
 
