@@ -190,6 +190,7 @@ std::shared_ptr<external_block> database_impl<T>::read_external_block(const cont
 template <typename T>
 std::shared_ptr<external_block> database_impl<T>::create_external_block(const context_ptr& parent,
                                                                         ulonglong size) {
+  reader_.count_made(size);
   return make_tracked<external_block>(parent, layout::max_block_data, size);
 }
 
@@ -197,7 +198,9 @@ template <typename T>
 std::shared_ptr<extended_block> database_impl<T>::create_extended_block(const context_ptr& parent,
                                                                         ulonglong size) {
   const bool one_level = size <= limits_of<T>(2).child_max_total_size;
-  return make_tracked<extended_block>(parent, limits_of<T>(one_level ? 1 : 2), size);
+  const auto made = make_tracked<extended_block>(parent, limits_of<T>(one_level ? 1 : 2), size);
+  reader_.count_made(made->get_child_ids().size() * sizeof(T));
+  return made;
 }
 
 template <typename T>

@@ -78,7 +78,8 @@ class db_context : public std::enable_shared_from_this<db_context> {
   virtual std::shared_ptr<subnode_nonleaf_block> read_subnode_nonleaf_block(
       const context_ptr& parent, ulonglong bid) = 0;
 
-  // New blocks in memory, of zeros or over one child.
+  // New blocks in memory, of zeros or over one child. Those of zeros stand for blocks of the file,
+  // and count like these for what may be read.
   virtual std::shared_ptr<external_block> create_external_block(const context_ptr& parent,
                                                                 ulonglong size) = 0;
   virtual std::shared_ptr<extended_block> create_extended_block(const context_ptr& parent,

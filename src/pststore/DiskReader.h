@@ -46,6 +46,10 @@ class disk_reader {
   // room in the file, so a small file may well hold a larger stream, by a bounded amount.
   void expect_room(ulonglong total_size);
 
+  // Counts a block that was made and not read as if it had been: a hole takes no room in the file,
+  // and time and memory like any other block.
+  void count_made(ulonglong bytes) { file_.count(bytes); }
+
   // Raises database_corrupt for blocks of one tree that together take more than the size of the
   // file and 64 KiB: blocks that overlap, or one block in many places.
   void expect_tree_room(ulonglong bytes);

@@ -32,6 +32,11 @@ void store_file::expect_budget(size_t bytes) {
   }
 }
 
+void store_file::count(size_t bytes) {
+  expect_budget(bytes);
+  taken_ += bytes;
+}
+
 void store_file::read(void* buffer, size_t size, ulonglong address) {
   expect_budget(size);
   // An address of all ones, which only a damaged file has, looks like the answer of a failed seek.

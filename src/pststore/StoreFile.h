@@ -25,6 +25,10 @@ class store_file {
   // when more has been read than a sound store gives reason to.
   void read(void* buffer, size_t size, ulonglong address);
 
+  // Counts bytes that stand for some of the file, and were not read, like those that were: what is
+  // made for a hole. database_corrupt as read.
+  void count(size_t bytes);
+
   // The size of the file, asked for once. std::out_of_range "fseek failed".
   ulonglong get_size();
 
@@ -34,7 +38,7 @@ class store_file {
 
   wstring path_;
   ulonglong handle_;
-  ulonglong taken_ = 0;  // bytes read
+  ulonglong taken_ = 0;  // bytes read, or counted like these
   ulonglong size_ = 0;   // 0: not asked for yet
 };
 
