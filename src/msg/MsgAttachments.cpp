@@ -2,6 +2,7 @@
 
 #include <cinttypes>
 #include <cstdio>
+#include <cstring>
 #include <new>
 
 #include "Common/AttachmentProperties.h"
@@ -139,12 +140,14 @@ int32_t Delivery::callBack() {
   if (name_.data != nullptr) {
     name = u"";
     const std::string_view text = name_.text();
-    wide.reset(static_cast<char16_t*>(
-        KernelRealloc(nullptr, (text.size() + 1) * sizeof(char16_t), TARN_HERE)));
+    const uint64_t room = (text.size() + 1) * sizeof(char16_t);
+    wide.reset(static_cast<char16_t*>(KernelRealloc(nullptr, room, TARN_HERE)));
     if (wide) {
-      const int64_t units = KernelUtf8ToWide(text.data(), static_cast<int64_t>(text.size()),
-                                             wide.get(), static_cast<int64_t>(text.size() + 1));
-      wide[units > 0 ? static_cast<uint64_t>(units) : 0] = u'\0';
+      // Cleared, so that the name ends where the conversion does: not every kernel tells the units.
+      std::memset(wide.get(), 0, room);
+      const int64_t converted = KernelUtf8ToWide(text.data(), static_cast<int64_t>(text.size()),
+                                                 wide.get(), static_cast<int64_t>(text.size() + 1));
+      if (converted == 0) wide[0] = u'\0';
       name = wide.get();
     }
   }

@@ -1,7 +1,9 @@
 #include "msg/MsgStreams.h"
 
 #include <algorithm>
+#include <cstring>
 #include <new>
+#include <optional>
 
 #include "Platform/CodePages.h"
 
@@ -34,6 +36,14 @@ class StreamName {
 
 // Turns UTF-16 bytes into the target's UTF-8. An odd byte at the end is dropped.
 int32_t ConvertWide(std::string_view wide, SizedBytes& target) {
+  // First, so that a target that gets no text keeps its length.
+  const uint64_t units = wide.size() / sizeof(char16_t);
+  const KernelBlock<char16_t> source =
+      units != 0 ? AllocateBlock<char16_t>(units, TARN_HERE) : KernelBlock<char16_t>();
+  if (units != 0) {
+    if (!source) return StatusOutOfMemory;
+    std::memcpy(source.get(), wide.data(), units * sizeof(char16_t));
+  }
   const uint64_t room = 4 * wide.size() + 1;
   if (target.data == nullptr || target.length < room) {
     const uint64_t held = target.data != nullptr ? target.length : 0;
@@ -43,12 +53,8 @@ int32_t ConvertWide(std::string_view wide, SizedBytes& target) {
     std::memset(target.data + held, 0, room - held);
     target.length = room;
   }
-  const uint64_t units = wide.size() / sizeof(char16_t);
   int32_t written = 0;
   if (units != 0) {
-    const KernelBlock<char16_t> source = AllocateBlock<char16_t>(units, TARN_HERE);
-    if (!source) return StatusOutOfMemory;
-    std::memcpy(source.get(), wide.data(), units * sizeof(char16_t));
     const uint64_t most = std::min<uint64_t>(2 * wide.size() + 1, INT32_MAX);
     written = platform::Utf16ToBytes(platform::kCodePageUtf8, {source.get(), units}, target.data,
                                      static_cast<int32_t>(most), nullptr);

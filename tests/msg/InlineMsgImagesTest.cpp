@@ -213,6 +213,31 @@ TEST(InlineMsgImages, ThatShareAStreamEndThePass) {
   EXPECT_LT(inlined.body.size(), 4 * image.bytes.size());
 }
 
+// A content id that memory fails for is none. It is no text of NULs, for which every "cid:" stands.
+TEST(InlineMsgImages, ReplaceNoOtherReferenceWhicheverAllocationFails) {
+  const std::string body = "<img src=\"cid:two@x\"><img src=\"cid:three@x\">";
+  MsgBuilder msg;
+  msg.attachment(u"a.png", kImage).contentId(u"one@x");
+  OpenMsg file(msg.write());
+  PlainKernelUsageRecord before = {};
+  PlainKernelUsageRecord after = {};
+  uint64_t calls = 1;
+  for (uint64_t n = 0; n <= calls; ++n) {
+    MailMessage message;
+    PstFilterData data;
+    Set(message.body, body);
+    PlainKernelUsage(&before);
+    PlainKernelFailAt(PlainKernelFaultMemory, n);
+    const int32_t status = InlineMsgImages(message, data, file.storage());
+    PlainKernelFailAt(PlainKernelFaultMemory, 0);
+    PlainKernelUsage(&after);
+    if (n == 0) calls = after.allocationCalls - before.allocationCalls;
+    EXPECT_TRUE(status == StatusOk || status == StatusOutOfMemory) << n << " " << status;
+    EXPECT_EQ(Bytes(message.body), body) << n;
+  }
+  EXPECT_GT(calls, 10u);
+}
+
 TEST(InlineMsgImages, EndInAStatusWhicheverAllocationFails) {
   MsgBuilder msg = Html("<img src=\"cid:one@x\">");
   msg.attachment(u"a.png", kImage).contentId(u"one@x");
