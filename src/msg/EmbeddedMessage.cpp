@@ -82,7 +82,7 @@ int32_t TreeCopy::read(CompoundStream* stream, TrackedBuffer<char>& buffer) {
   buffer.length = 0;
   const uint64_t length = stream != nullptr ? stream->size() : 0;
   if (length == 0) return StatusOk;
-  if (length > bytesLeft_) return StatusOutOfMemory;
+  if (length > source_.file->fileSize || length > bytesLeft_) return StatusOutOfMemory;
   bytesLeft_ -= length;
   if (buffer.reserve(length) == nullptr) return StatusOutOfMemory;
   auto* const bytes = reinterpret_cast<unsigned char*>(buffer.data);

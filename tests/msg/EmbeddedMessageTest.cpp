@@ -146,6 +146,30 @@ TEST(EmbeddedMessage, WhoseLastNameIsAStorageHasNoHeader) {
   EXPECT_EQ(exported.bytes.substr(2048 + 64, 5), "below");
 }
 
+// The stream of one value of a property with many has a name of 29 bytes. The listing puts it
+// behind the storages of recipients, which are shorter, and of attachments, whose names are
+// smaller.
+TEST(EmbeddedMessage, WhoseLastNameIsAStreamOpensWithItsStorages) {
+  constexpr const char* kValue = "__substg1.0_8001101F-00000000";
+  const std::string inner(kInner);
+  for (const bool hasValue : {true, false}) {
+    CompoundBuilder parent;
+    parent.at(kInner).stream("__substg1.0_0037001E", "Inner");
+    parent.at(inner + "/__recip_version1.0_#00000000").stream("r", "recipient");
+    parent.at(inner + "/__attach_version1.0_#00000000").stream("a", "attachment");
+    if (hasValue) parent.at(kInner).stream(kValue, "value");
+    const Export exported(parent.write());
+    ASSERT_EQ(exported.status, StatusOk);
+    OpenMsg file(exported.bytes);
+    EXPECT_EQ(file.file().result == CompoundOk, hasValue);
+    if (!hasValue) continue;
+    EXPECT_EQ(file.stream("__substg1.0_0037001E"), "Inner");
+    EXPECT_EQ(file.stream("__recip_version1.0_#00000000/r"), "recipient");
+    EXPECT_EQ(file.stream("__attach_version1.0_#00000000/a"), "attachment");
+    EXPECT_EQ(file.stream(kValue), "value");
+  }
+}
+
 TEST(EmbeddedMessage, WithoutEntriesOrStorageHasNothingToCopy) {
   CompoundBuilder parent;
   parent.at(kInner);
@@ -174,6 +198,20 @@ TEST(EmbeddedMessage, WhoseStreamEndsEarlyCannotBeRead) {
   CompoundImage image = parent.image();
   image.put(image.record(std::string(kInner) + "/s") + RecordSize, 100);
   EXPECT_EQ(Export(image.bytes).status, StatusReadFailed);
+}
+
+TEST(EmbeddedMessage, WithAStreamLargerThanTheFileIsOutOfMemory) {
+  CompoundBuilder parent;
+  parent.at(kInner).stream("s", std::string(5000, 'x'));
+  CompoundImage image = parent.image();
+  const uint64_t whole = image.bytes.size();
+  for (const auto& [size, status] : {std::pair(whole, int32_t{StatusReadFailed}),
+                                     std::pair(whole + 1, int32_t{StatusOutOfMemory}),
+                                     std::pair(2 * whole, int32_t{StatusOutOfMemory}),
+                                     std::pair(uint64_t{0x7FFFFFFF}, int32_t{StatusOutOfMemory})}) {
+    image.put(image.record(std::string(kInner) + "/s") + RecordSize, size);
+    EXPECT_EQ(Export(image.bytes).status, status) << size;
+  }
 }
 
 // A damaged directory: in front of the stream "d" stands one named "d/e", which is looked up as
