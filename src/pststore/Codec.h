@@ -11,10 +11,11 @@
 
 namespace pststore::disk {
 
-// Every byte is replaced by one table.
+// What a byte becomes follows from its value alone.
 void decode_permute(unsigned char* bytes, size_t count);
 
-// Every byte is replaced by its value, its place and the key, the lower 32 bits of the block's id.
+// What a byte becomes follows from its value, its place and the key, the lower 32 bits of the
+// block's id.
 void decode_cyclic(unsigned char* bytes, size_t count, ulong key);
 
 }  // namespace pststore::disk

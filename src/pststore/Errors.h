@@ -6,7 +6,6 @@
 
 #include <exception>
 #include <stdexcept>
-#include <string>
 
 #include "pststore/Types.h"
 
@@ -15,7 +14,7 @@ namespace pststore {
 // The file contradicts itself or its format.
 class database_corrupt : public std::runtime_error {
  public:
-  using std::runtime_error::runtime_error;
+  explicit database_corrupt(const char* message) : std::runtime_error(message) {}
 };
 
 // The file has the other of the two layouts.
@@ -27,8 +26,7 @@ class invalid_format : public database_corrupt {
 // A signature differs from the one computed, or is not the one that has to stand there.
 class sig_mismatch : public database_corrupt {
  public:
-  sig_mismatch(const std::string& message, ulonglong address_, ulonglong id_, ulong first_,
-               ulong second_)
+  sig_mismatch(const char* message, ulonglong address_, ulonglong id_, ulong first_, ulong second_)
       : database_corrupt(message), address(address_), id(id_), first(first_), second(second_) {}
 
   const ulonglong address;
@@ -39,8 +37,7 @@ class sig_mismatch : public database_corrupt {
 
 class crc_fail : public database_corrupt {
  public:
-  crc_fail(const std::string& message, ulonglong address_, ulonglong id_, ulong computed_,
-           ulong stored_)
+  crc_fail(const char* message, ulonglong address_, ulonglong id_, ulong computed_, ulong stored_)
       : database_corrupt(message),
         address(address_),
         id(id_),
@@ -66,13 +63,13 @@ class unexpected_page : public database_corrupt {
 // A block made in memory cannot grow so far.
 class can_not_resize : public std::runtime_error {
  public:
-  using std::runtime_error::runtime_error;
+  explicit can_not_resize(const char* message) : std::runtime_error(message) {}
 };
 
 // The store does not read this.
 class not_implemented : public std::logic_error {
  public:
-  using std::logic_error::logic_error;
+  explicit not_implemented(const char* message) : std::logic_error(message) {}
 };
 
 // A tree has no such key. K is ushort, ulong or ulonglong.

@@ -6,7 +6,9 @@
 // subnode its container, alive.
 //
 // Offsets and sizes count bytes. Damage is found at the first touch of the data, not when the node
-// is made, and ends in database_corrupt.
+// is made. It ends in what Errors.h lists: database_corrupt, also key_not_found<ulonglong> for a
+// block that the store does not have, and std::out_of_range for a place outside of a page, a tree
+// or the file.
 #ifndef TARN_PSTSTORE_NODE_H
 #define TARN_PSTSTORE_NODE_H
 
