@@ -24,6 +24,10 @@ struct btree_iter_impl {
   const btree_node_leaf<K, V>* leaf = nullptr;
   ulong leaf_pos = 0;
   vector<std::pair<const btree_node_nonleaf<K, V>*, ulong>> path;  // from the root downwards
+
+  friend bool operator==(const btree_iter_impl& left, const btree_iter_impl& right) {
+    return left.leaf == right.leaf && left.leaf_pos == right.leaf_pos;
+  }
 };
 
 template <typename K, typename V>

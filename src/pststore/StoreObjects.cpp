@@ -48,9 +48,7 @@ message& message::operator=(const message& other) {
   return *this;
 }
 
-bool folder_iterator::is_end(const position& at) const {
-  return at.leaf == end_.leaf && at.leaf_pos == end_.leaf_pos;
-}
+bool folder_iterator::is_end(const position& at) const { return at == end_; }
 
 void folder_iterator::skip_others(position& at) const {
   while (!is_end(at)) {

@@ -80,8 +80,7 @@ class folder_iterator {
  public:
   folder_iterator& operator++();
   friend bool operator==(const folder_iterator& left, const folder_iterator& right) {
-    return left.current_.leaf == right.current_.leaf &&
-           left.current_.leaf_pos == right.current_.leaf_pos;
+    return left.current_ == right.current_;
   }
 
  private:

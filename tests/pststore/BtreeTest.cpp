@@ -77,7 +77,7 @@ std::string Walk(const Tree& tree) {
   Iter iter;
   tree.first(iter);
   std::string values;
-  while (iter.leaf != end.leaf || iter.leaf_pos != end.leaf_pos) {
+  while (iter != end) {
     values += iter.leaf->get_value(iter.leaf_pos);
     iter.leaf->next(iter);
   }
@@ -224,6 +224,30 @@ TEST(PstBtreeTest, ThePathLeadsFromTheRootDownwards) {
   EXPECT_EQ(tree->children[1].second.get(), static_cast<const Tree*>(iter.path[1].first));
   EXPECT_EQ("d", iter.leaf->get_value(iter.leaf_pos));
   EXPECT_EQ(0u, iter.leaf_pos);
+}
+
+TEST(PstBtreeTest, PlacesAreEqualWhateverTheirPaths) {
+  const auto tree = DeepTree();
+  Iter iter;
+  tree->first(iter);
+  Iter other;
+  iter.leaf->first(other);
+  EXPECT_NE(iter.path.size(), other.path.size());
+  EXPECT_TRUE(iter == other);
+  iter.leaf->next(iter);
+  EXPECT_FALSE(iter == other);
+  // The same position of another leaf.
+  tree->children[1].second->first(other);
+  other.leaf_pos = iter.leaf_pos;
+  EXPECT_FALSE(iter == other);
+}
+
+TEST(PstBtreeTest, NextIntoAChildThatFailsLosesTheLeaf) {
+  const auto tree = MakeNonleaf({{1, MakeLeaf({{1, "a"}})}, {2, MakeNonleaf({})}});
+  Iter iter;
+  tree->first(iter);
+  EXPECT_THROW(iter.leaf->next(iter), database_corrupt);
+  EXPECT_EQ(nullptr, iter.leaf);
 }
 
 TEST(PstBtreeTest, NextBehindTheLastEntryStaysInTheLastLeaf) {

@@ -57,7 +57,7 @@ std::vector<uint32_t> WalkNodes(db_context& context) {
   btree_iter_impl<ulong, node_info> iter;
   context.read_nbt_root()->first(iter);
   std::vector<uint32_t> ids;
-  while (iter.leaf != end.leaf || iter.leaf_pos != end.leaf_pos) {
+  while (iter != end) {
     ids.push_back(iter.leaf->get_value(iter.leaf_pos).id);
     iter.leaf->next(iter);
   }

@@ -21,7 +21,7 @@ class PstSubnodeTest : public BothLayouts {
     btree_iter_impl<ulong, subnode_info> iter;
     root.first(iter);
     std::vector<uint32_t> ids;
-    while (iter.leaf != end.leaf || iter.leaf_pos != end.leaf_pos) {
+    while (iter != end) {
       ids.push_back(iter.leaf->get_value(iter.leaf_pos).id);
       iter.leaf->next(iter);
     }
