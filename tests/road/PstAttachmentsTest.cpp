@@ -252,6 +252,23 @@ TEST_F(PstAttachments, EndsWhereTheCallbackSays) {
   }
 }
 
+// The name of the first property is the first text that is converted.
+TEST_F(PstAttachments, EndAtAContentIdThatCannotBeAdded) {
+  message().attach().longName(u"a").data("x").mimeTag(u"text/plain");
+  PlainKernelFailAt(PlainKernelFaultText, 1);
+  EXPECT_EQ(all(1), 0);
+  PlainKernelFailAt(PlainKernelFaultText, 0);
+  EXPECT_TRUE(seen().empty());
+}
+
+TEST_F(PstAttachments, EndAtAMimeTypeThatCannotBeAdded) {
+  message().attach().shortName(u"a").data("x").mimeTag(u"text/plain").created(0);
+  PlainKernelFailAt(PlainKernelFaultText, 1);
+  EXPECT_EQ(all(1), 0);
+  PlainKernelFailAt(PlainKernelFaultText, 0);
+  EXPECT_TRUE(seen().empty());
+}
+
 TEST_F(PstAttachments, NeedsATableAndACallback) {
   message().attachment(u"1", "one").withoutAttachmentTable();
   EXPECT_EQ(all(), 1);

@@ -178,6 +178,33 @@ TEST_F(PstDocument, LeavesTheDocumentForARequest) {
   EXPECT_EQ(data->readerFormat, 385);
 }
 
+TEST_F(PstDocument, TakesARequestForAMessageThatNoTableHolds) {
+  StoreBuilder store(SmallStore());
+  store.folder("A").count(2).message().html("x").attachment(u"a", "b");
+  int calls = 0;
+  const AttachmentRequest request = {
+      kAllAttachments, 1,
+      [](void* user, TrackedBuffer<char>*, const char16_t*, PropertyList*) {
+        ++*static_cast<int*>(user);
+        return int32_t{1};
+      },
+      &calls};
+  EXPECT_EQ(read(store, 1, false, &request), 1);
+  EXPECT_EQ(index, 1);
+  EXPECT_EQ(calls, 0);
+  EXPECT_EQ(data->readerFormat, 385);
+  EXPECT_EQ(data->messageCount, 2);
+}
+
+// An opening of the body element without its end is -9 to the renderer.
+TEST_F(PstDocument, MakesAnyFailureOfTheRendererMinusOne) {
+  StoreBuilder store(SmallStore());
+  store.folder("A").message().subject(u"Hi").html("<body");
+  EXPECT_EQ(read(store), -1);
+  EXPECT_EQ(kind, uint32_t{DocumentNone});
+  EXPECT_EQ(data->readerFormat, 388);
+}
+
 TEST_F(PstDocument, PassesOnFailuresOfCountAndWalk) {
   StoreBuilder empty(SmallStore());
   empty.folder("A");

@@ -208,6 +208,55 @@ TEST_F(PstInlineImages, BecomeFilesOnTheTempFileRoute) {
   KernelDeleteFileUtf8(reading_->data.inlineFiles.data[0]);
 }
 
+// A cid name makes the underscore: the plain name alone is the file's name.
+TEST_F(PstInlineImages, BecomeFilesOfTheirShortNameAlone) {
+  message().html("<img src=\"B.PNG\">").attach().shortName(u"B.PNG").data("abc");
+  reading_.emplace(store_);
+  PlainKernelSetTempDirectory(reading_->directory().c_str());
+  reading_->data.useTempFile = 1;
+  ASSERT_EQ(reading_->read(0), 1);
+  EXPECT_EQ(body(), "<img src=\"B.PNG\">");
+  ASSERT_EQ(reading_->data.inlineFiles.length, 1u);
+  EXPECT_TRUE(std::string(reading_->data.inlineFiles.data[0]).ends_with("\\B.PNG"));
+  KernelDeleteFileUtf8(reading_->data.inlineFiles.data[0]);
+}
+
+TEST_F(PstInlineImages, BecomeFilesOfTheirPlainNameWhenTheCidNameDoesNotConvert) {
+  message().subject(u"").html("<img src=\"cid:a\">").attachment(u"a", "abc");
+  reading_.emplace(store_);
+  PlainKernelSetTempDirectory(reading_->directory().c_str());
+  reading_->data.useTempFile = 1;
+  ASSERT_EQ(reading_->count(), 1);
+  PlainKernelFailAt(PlainKernelFaultText, 2);
+  ASSERT_EQ(reading_->walk(0), 1);
+  PlainKernelFailAt(PlainKernelFaultText, 0);
+  EXPECT_EQ(body(), "<img src=\"cid:a\">");
+  ASSERT_EQ(reading_->data.inlineFiles.length, 1u);
+  EXPECT_TRUE(std::string(reading_->data.inlineFiles.data[0]).ends_with("\\a"));
+  KernelDeleteFileUtf8(reading_->data.inlineFiles.data[0]);
+}
+
+// Names of three bytes a character, behind a shorter one in the same block.
+TEST_F(PstInlineImages, HaveRoomForTheLongestNames) {
+  const std::u16string name(9, u'\u20AC');
+  std::string utf8;
+  for (int i = 0; i < 9; ++i) utf8 += "\xE2\x82\xAC";
+  MessageBuilder& m = message();
+  m.html("<img src=\"cid:a\"><img src=\"cid:" + utf8 + "\">");
+  m.attachment(u"a", kImageBytes).attachment(name, kImageBytes);
+  ASSERT_EQ(read(), 1);
+  EXPECT_EQ(body(), "<img src=\"" + kDataUrl + "\"><img src=\"" + kDataUrl + "\">");
+
+  StoreBuilder other(SmallStore());
+  MessageBuilder& plain = other.folder("A").message();
+  plain.html("<img src=\"a\"><img src=\"" + utf8 + "\">");
+  plain.attach().shortName(u"a").data(kImageBytes);
+  plain.attach().shortName(name).data(kImageBytes);
+  PstReading reading(other);
+  ASSERT_EQ(reading.read(0), 1);
+  EXPECT_EQ(reading.body(0), "<img src=\"" + kDataUrl + "\"><img src=\"" + kDataUrl + "\">");
+}
+
 // No room for the list of files: the pass is left out.
 TEST_F(PstInlineImages, AreLeftOutWhenTheListOfFilesGetsNoMemory) {
   message().html("<img src=\"cid:a\">").attachment(u"a", kImageBytes);

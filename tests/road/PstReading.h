@@ -2,6 +2,7 @@
 #ifndef TARN_TESTS_ROAD_PSTREADING_H
 #define TARN_TESTS_ROAD_PSTREADING_H
 
+#include <functional>
 #include <string>
 
 #include "FileFormats/Pst/StoreWalk.h"
@@ -31,6 +32,7 @@ class PstReading {
   int32_t count() { return CountStoreMessages(list, context, fileSize); }
   int32_t walk(int32_t selected) {
     StoreReading reading(data, request, fileSize);
+    if (limits) limits(reading);
     return WalkStoreMessages(*list, context, selected, kind, reading);
   }
   // Counts and walks.
@@ -50,6 +52,7 @@ class PstReading {
   Store context;
   PstFilterData data;
   const AttachmentRequest* request = nullptr;
+  std::function<void(StoreReading&)> limits;  // changes what a walk may cost
   MessageList* list = nullptr;
   uint32_t kind = DocumentNone;
 

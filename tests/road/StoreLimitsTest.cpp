@@ -1,0 +1,257 @@
+// What reading a message of a store may cost, and where each limit is met.
+
+#include "FileFormats/Pst/StoreLimits.h"
+
+#include <gtest/gtest.h>
+
+#include "PstReading.h"
+#include "Tarnbase/PlainKernel.h"
+#include "support/RtfCompressor.h"
+#include "support/SampleMails.h"
+#include "support/pst/StoreTemplates.h"
+
+namespace tarn::test {
+namespace {
+
+const std::string kDataUrl = "data:image;base64," + kImageBase64;
+
+// Reads message 0 of a store within limits that the test sets.
+class StoreLimits : public ::testing::Test {
+ protected:
+  MessageBuilder& message(const char* folder = "A") { return store_.folder(folder).message(); }
+
+  int32_t readWith(const std::function<void(StoreReading&)>& limits) {
+    reading_.emplace(store_);
+    reading_->data.useTempFile = useTempFile_;
+    reading_->limits = limits;
+    return reading_->read(0);
+  }
+  int32_t readWithText(uint64_t bytes) {
+    return readWith([bytes](StoreReading& reading) { reading.textLeft = bytes; });
+  }
+  int32_t readWithImages(uint64_t bytes) {
+    return readWith([bytes](StoreReading& reading) { reading.imageBytesLeft = bytes; });
+  }
+  int32_t readWithSearches(uint64_t bytes) {
+    return readWith(
+        [bytes](StoreReading& reading) { reading.imageSearches = SearchBudget(bytes); });
+  }
+  int32_t readWithAttachments(uint64_t count) {
+    return readWith([count](StoreReading& reading) { reading.attachmentsLeft = count; });
+  }
+  // The store's folder A has a message that fails behind its bodies, so that the next folder's
+  // message is read in its place.
+  MessageBuilder& failingMessage() {
+    MessageBuilder& failing = message();
+    failing.properties().raw(kPropRtfCompressed, kTypeBinary, 0x9F3F);
+    return failing;
+  }
+  std::string body() { return reading_->body(0); }
+
+  StoreBuilder store_{SmallStore()};
+  std::optional<PstReading> reading_;
+  uint32_t useTempFile_ = 0;
+};
+
+TEST_F(StoreLimits, GrowWithTheFile) {
+  EXPECT_EQ(ClaimLimit(0), 1000000u);
+  EXPECT_EQ(ClaimLimit(1600), 1000100u);
+  EXPECT_EQ(RowLimit(0), 65536u);
+  EXPECT_EQ(RowLimit(1600), 65636u);
+  EXPECT_EQ(FolderTextLimit(0), 67108864u);
+  EXPECT_EQ(FolderTextLimit(100), 67109264u);
+  EXPECT_EQ(TextLimit(0), 67108864u);
+  EXPECT_EQ(TextLimit(100), 67110464u);
+  EXPECT_EQ(AttachmentLimit(0), 16384u);
+  EXPECT_EQ(AttachmentLimit(1200), 16484u);
+  EXPECT_EQ(AttachmentTextLimit(0), 67108864u);
+  EXPECT_EQ(AttachmentTextLimit(100), 67109264u);
+  EXPECT_EQ(ImageLimit(0), 67108864u);
+  EXPECT_EQ(ImageLimit(100), 67109264u);
+}
+
+TEST_F(StoreLimits, AreThoseOfTheFileWhenAReadingBegins) {
+  PstFilterData data;
+  const StoreReading reading(data, nullptr, 1200);
+  EXPECT_EQ(reading.rowsLeft, 65611u);
+  EXPECT_EQ(reading.textLeft, 67128064u);
+  EXPECT_EQ(reading.attachmentsLeft, 16484u);
+  EXPECT_EQ(reading.imageBytesLeft, 67113664u);
+  SearchBudget searches = reading.imageSearches;
+  searches.spend(4294967296u + 1228799u);
+  EXPECT_FALSE(searches.isSpent());
+  searches.spend(1);
+  EXPECT_TRUE(searches.isSpent());
+}
+
+TEST_F(StoreLimits, TakeNothingThatIsNotThere) {
+  uint64_t left = 3;
+  EXPECT_TRUE(TakeFrom(left, 2));
+  EXPECT_EQ(left, 1u);
+  EXPECT_FALSE(TakeFrom(left, 2));
+  EXPECT_EQ(left, 0u);
+  EXPECT_TRUE(TakeFrom(left, 0));
+}
+
+TEST_F(StoreLimits, CountSubjects) {
+  message().subject(u"abc").html("");
+  EXPECT_EQ(readWithText(6), 1);
+  EXPECT_EQ(readWithText(5), -1);
+}
+
+// 8-bit text is widened.
+TEST_F(StoreLimits, CountSubjectsAsTheyAreRead) {
+  message().subject("abc").html("");
+  EXPECT_EQ(readWithText(6), 1);
+  EXPECT_EQ(readWithText(5), -1);
+}
+
+TEST_F(StoreLimits, CountHeaderStrings) {
+  using Set = MessageBuilder& (MessageBuilder::*)(std::u16string_view);
+  for (const Set set :
+       {&MessageBuilder::from, &MessageBuilder::to, &MessageBuilder::cc, &MessageBuilder::bcc}) {
+    StoreBuilder store(SmallStore());
+    MessageBuilder& m = store.folder("A").message();
+    (m.subject(u"ab").*set)(u"cde");
+    for (const auto& [bytes, status] : {std::pair{10, 1}, {9, -1}}) {
+      PstReading reading(store);
+      reading.limits = [left = bytes](StoreReading& limits) {
+        limits.textLeft = static_cast<uint64_t>(left);
+      };
+      EXPECT_EQ(reading.read(0), status) << bytes;
+    }
+  }
+}
+
+TEST_F(StoreLimits, CountPlainBodies) {
+  message().subject(u"").body(u"text");
+  EXPECT_EQ(readWithText(8), 1);
+  EXPECT_EQ(readWithText(7), -1);
+}
+
+TEST_F(StoreLimits, CountHtmlBodies) {
+  message().subject(u"").html("html");
+  EXPECT_EQ(readWithText(4), 1);
+  EXPECT_EQ(readWithText(3), -1);
+}
+
+TEST_F(StoreLimits, CountRtfPackedAndUnpacked) {
+  const std::string packed = PackRtf("{\\rtf1 Hello}");
+  message().subject(u"").rtf(packed);
+  EXPECT_EQ(readWithText(packed.size() + 13), 1);
+  EXPECT_EQ(readWithText(packed.size() + 12), -1);
+}
+
+// Not even the checksum is looked at then.
+TEST_F(StoreLimits, CountPackedRtfBeforeItIsUnpacked) {
+  message().subject(u"").rtf("0123456789abcdef");
+  EXPECT_EQ(readWithText(16), -9);
+  EXPECT_EQ(readWithText(15), -1);
+}
+
+TEST_F(StoreLimits, CountWhatFailedMessagesHaveRead) {
+  failingMessage().subject(u"ab").to(u"cd").html("html");
+  message("B").subject(u"ab").to(u"cd").html("html");
+  EXPECT_EQ(readWithText(24), 1);
+  EXPECT_EQ(readWithText(23), -1);
+}
+
+TEST_F(StoreLimits, CountImages) {
+  MessageBuilder& m = message();
+  m.html("<img src=\"cid:a\"><img src=\"cid:b\">");
+  m.attachment(u"a", std::string(60, 'x')).attachment(u"b", std::string(90, 'x'));
+  EXPECT_EQ(readWithImages(150), 1);
+  EXPECT_EQ(readWithImages(149), -1);
+}
+
+TEST_F(StoreLimits, CountOnlyImagesThatTheBodyRefersTo) {
+  message().html("<p>").attachment(u"a", kImageBytes);
+  EXPECT_EQ(readWithImages(0), 1);
+}
+
+TEST_F(StoreLimits, CountImagesThatStayReferences) {
+  MessageBuilder& m = message();
+  m.html("<v:imagedata src=\"cid:a\">");
+  m.attachment(u"a", std::string(60, 'x')).attachment(u"a", std::string(60, 'x'));
+  EXPECT_EQ(readWithImages(120), 1);
+  EXPECT_EQ(body(), "<v:imagedata src=\"cid:a\">");
+  EXPECT_EQ(readWithImages(119), -1);
+}
+
+TEST_F(StoreLimits, CountImagesTwiceThatAreWritten) {
+  const TempDirectory directory;
+  PlainKernelSetTempDirectory(directory.wide().c_str());
+  useTempFile_ = 1;
+  message().html("<img src=\"cid:a\">").attachment(u"a", std::string(60, 'x'));
+  EXPECT_EQ(readWithImages(119), -1);
+  EXPECT_EQ(reading_->data.inlineFiles.length, 0u);
+  ASSERT_EQ(readWithImages(120), 1);
+  ASSERT_EQ(reading_->data.inlineFiles.length, 1u);
+  KernelDeleteFileUtf8(reading_->data.inlineFiles.data[0]);
+}
+
+TEST_F(StoreLimits, CountImagesOfFailedMessages) {
+  const std::string image(60, 'x');
+  failingMessage().html("<img src=\"cid:a\">").attachment(u"a", image);
+  message("B").html("<img src=\"cid:a\">").attachment(u"a", image);
+  EXPECT_EQ(readWithImages(120), 1);
+  EXPECT_EQ(readWithImages(119), -1);
+}
+
+TEST_F(StoreLimits, CountAttachmentsLookedAtForImages) {
+  MessageBuilder& m = message();
+  m.html("<img src=\"cid:a\"><img src=\"cid:b\">");
+  m.attachment(u"a", kImageBytes).attachment(u"b", kImageBytes);
+  ASSERT_EQ(readWithAttachments(2), 1);
+  EXPECT_EQ(body(), "<img src=\"" + kDataUrl + "\"><img src=\"" + kDataUrl + "\">");
+  ASSERT_EQ(readWithAttachments(1), 1);
+  EXPECT_EQ(body(), "<img src=\"" + kDataUrl + "\"><img src=\"cid:b\">");
+  EXPECT_EQ(reading_->data.attachmentCount, 2u);
+}
+
+TEST_F(StoreLimits, CountAttachmentsOfFailedMessages) {
+  failingMessage().html("x").attachment(u"a", kImageBytes).attachment(u"b", kImageBytes);
+  message("B").html("<img src=\"cid:a\">").attachment(u"a", kImageBytes);
+  ASSERT_EQ(readWithAttachments(3), 1);
+  EXPECT_EQ(body(), "<img src=\"" + kDataUrl + "\">");
+  ASSERT_EQ(readWithAttachments(2), 1);
+  EXPECT_EQ(body(), "<img src=\"cid:a\">");
+}
+
+// Both names are 2 bytes, the reference is found at 10, and the body that may be rewritten has 17.
+TEST_F(StoreLimits, CountNamesSearchesAndRewriting) {
+  message().html("<img src=\"cid:a\">").attachment(u"a", kImageBytes);
+  EXPECT_EQ(readWithSearches(4 + 10 + 17 + 1), 1);
+  EXPECT_EQ(readWithSearches(4 + 10 + 17), -1);
+}
+
+// A name that is not found is looked for in the whole body: with "cid:" and alone.
+TEST_F(StoreLimits, CountSearchesThatFindNothing) {
+  message().html("<p>nothing here</p>").attachment(u"a", kImageBytes);
+  EXPECT_EQ(readWithSearches(4 + 19 + 19 + 1), 1);
+  EXPECT_EQ(readWithSearches(4 + 19 + 19), -1);
+}
+
+TEST_F(StoreLimits, CountNamesWithoutSearches) {
+  message().html("").attachment(u"abc", kImageBytes);
+  EXPECT_EQ(readWithSearches(13), 1);
+  EXPECT_EQ(readWithSearches(12), -1);
+}
+
+TEST_F(StoreLimits, CountSearchesOfFailedMessages) {
+  failingMessage().html("<p>nothing here</p>").attachment(u"a", kImageBytes);
+  message("B").html("<p>nothing here</p>").attachment(u"a", kImageBytes);
+  EXPECT_EQ(readWithSearches(2 * 42 + 1), 1);
+  EXPECT_EQ(readWithSearches(2 * 42), -1);
+}
+
+// 70,000 references to 16 kB would be a body of 1.5 GB.
+TEST_F(StoreLimits, BoundTheBodyThatImagesMake) {
+  std::string html;
+  for (int i = 0; i < 70000; ++i) html += "\"cid:a\"";
+  message().html(html).attachment(u"a", std::string(16384, 'x'));
+  EXPECT_EQ(readWith(nullptr), -1);
+}
+
+}  // namespace
+}  // namespace tarn::test

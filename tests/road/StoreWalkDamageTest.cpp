@@ -1,0 +1,120 @@
+// A walk through a store that fails in its middle: what is passed over, and what stays.
+
+#include "FileFormats/Pst/StoreWalk.h"
+
+#include <gtest/gtest.h>
+
+#include <new>
+#include <utility>
+
+#include "PstReading.h"
+#include "Tarnbase/PlainKernel.h"
+#include "support/pst/StoreTemplates.h"
+
+namespace tarn::test {
+namespace {
+
+// The attachments of an HTML message are counted whether or not it is the selected one.
+TEST(StoreWalkDamage, LeavesAFolderAtABrokenAttachmentTableOfAnyHtmlMessage) {
+  PstNodeParts broken = MessageBuilder(PstLayout::Unicode, {}, 0x300024).html("broken").build();
+  broken.subnode(kAttachmentTableNid, PstNodeParts::OfPages({std::string(50, 'x')}));
+  StoreBuilder store(SmallStore());
+  FolderBuilder& first = store.folder("A").count(2);
+  first.row(0x300024);
+  first.message().html("dropped");
+  store.node(0x300024, broken);
+  FolderBuilder& second = store.folder("B");
+  second.message().html("0");
+  second.message().html("1");
+  PstReading reading(store);
+  ASSERT_EQ(reading.read(1), 1);
+  EXPECT_EQ(reading.body(0), "0");
+  EXPECT_EQ(reading.body(1), "1");
+}
+
+TEST(StoreWalkDamage, NeedsNoAttachmentTableOfAMessageWithoutHtml) {
+  PstNodeParts broken = MessageBuilder(PstLayout::Unicode, {}, 0x300024).body(u"a").build();
+  broken.subnode(kAttachmentTableNid, PstNodeParts::OfPages({std::string(50, 'x')}));
+  StoreBuilder store(SmallStore());
+  FolderBuilder& folder = store.folder("A").count(2);
+  folder.row(0x300024);
+  store.node(0x300024, broken);
+  PstReading reading(store);
+  ASSERT_EQ(reading.read(0), 1);
+  EXPECT_EQ(reading.text(0), std::string("a\0", 2));
+}
+
+// A header text that does not convert leaves the length that the failed message gave the field.
+TEST(StoreWalkDamage, KeepsTheLengthOfAFieldThatDoesNotConvert) {
+  StoreBuilder store(SmallStore());
+  store.folder("A")
+      .message()
+      .subject(u"old subject")
+      .properties()
+      .raw(kPropRtfCompressed, kTypeBinary, 0x9F3F);
+  store.folder("B").message().subject(u"new").html("html");
+  PstReading reading(store);
+  ASSERT_EQ(reading.count(), 1);
+  PlainKernelFailAt(PlainKernelFaultText, 2);
+  EXPECT_EQ(reading.walk(0), 1);
+  PlainKernelFailAt(PlainKernelFaultText, 0);
+  EXPECT_EQ(reading.record(0).subject.length, 11u);
+  EXPECT_EQ(reading.body(0), "html");
+}
+
+// Whatever page cannot be read, those of the list of folders among them, a walk without bodies in
+// its way ends with 1.
+TEST(StoreWalkDamage, EndsWellWhereTheListOfFoldersCannotBeRead) {
+  StoreBuilder store(SmallStore());
+  for (const char* name : {"A", "B", "C"}) store.folder(name).message().subject(u"").html(name);
+  PstReading counted(store);
+  ASSERT_EQ(counted.count(), 1);
+  bool hasLostAll = false;
+  for (uint64_t call = 1;; ++call) {
+    ASSERT_LT(call, 200u);
+    PstReading reading(store);
+    reading.list = std::exchange(counted.list, nullptr);
+    for (int32_t i = 0; i < 3; ++i) reading.record(i).body.length = 0;
+    reading.list->count = 3;
+    PlainKernelFailAt(PlainKernelFaultRead, call);
+    EXPECT_EQ(reading.walk(2), 1) << call;
+    PlainKernelFailAt(PlainKernelFaultRead, 0);
+    const std::string bodies = reading.body(0) + reading.body(1) + reading.body(2);
+    counted.list = std::exchange(reading.list, nullptr);
+    if (bodies.empty()) hasLostAll = true;
+    if (bodies == "ABC") break;
+  }
+  EXPECT_TRUE(hasLostAll);
+}
+
+// What fails leaves no list behind, whatever the slot held.
+TEST(StoreWalkDamage, ClearsTheSlotWithoutAList) {
+  StoreBuilder store(SmallStore());
+  store.folder("A").count(0x7FFFFFFF);
+  PstReading reading(store);
+  MessageList other = {};
+  reading.list = &other;
+  EXPECT_EQ(reading.count(), -1);
+  EXPECT_EQ(reading.list, nullptr);
+
+  StoreBuilder small(SmallStore());
+  small.folder("A").count(1);
+  for (uint64_t call = 1;; ++call) {
+    PstReading again(small);
+    again.list = &other;
+    int32_t status = 0;
+    PlainKernelFailAt(PlainKernelFaultMemory, call);
+    try {
+      status = again.count();
+    } catch (const std::bad_alloc&) {
+      again.list = nullptr;
+    }
+    PlainKernelFailAt(PlainKernelFaultMemory, 0);
+    if (status == 1) break;
+    EXPECT_EQ(again.list, nullptr);
+    again.list = nullptr;
+  }
+}
+
+}  // namespace
+}  // namespace tarn::test
