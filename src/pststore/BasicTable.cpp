@@ -55,8 +55,9 @@ std::shared_ptr<table_impl> open_table(const node& data) {
   const heap_ptr heap = open_heap(data);
   // The heap's copy of the node has its data loaded already.
   const node& loaded = heap->get_node();
-  if (row_index_entry_size(*heap) == sizeof(ulong)) return make_tracked<basic_table<ulong>>(loaded);
-  return make_tracked<basic_table<ushort>>(loaded);
+  if (row_index_entry_size(*heap) == sizeof(ulong))
+    return make_kernel_shared<basic_table<ulong>>(loaded);
+  return make_kernel_shared<basic_table<ushort>>(loaded);
 }
 
 template <typename T>
@@ -92,7 +93,7 @@ void basic_table<T>::open_rows(ulong hnidRows) {
   if (is_heap_id(hnidRows)) {
     inline_rows_ = get_heap().read(hnidRows);
   } else {
-    row_node_ = make_tracked<node>(get_node().lookup(hnidRows));
+    row_node_ = make_kernel_shared<node>(get_node().lookup(hnidRows));
   }
 }
 

@@ -75,10 +75,10 @@ std::shared_ptr<bth_node<K, V>> open_bth_node(const heap_ptr& heap, ulong hid, u
   const byte_vector bytes = heap->read(hid);
   std::shared_ptr<bth_node<K, V>> opened;
   if (level == 0) {
-    opened = make_tracked<bth_leaf_node<K, V>>(heap, hid, load_records<K, V>(bytes));
+    opened = make_kernel_shared<bth_leaf_node<K, V>>(heap, hid, load_records<K, V>(bytes));
   } else {
-    opened = make_tracked<bth_nonleaf_node<K, V>>(heap, hid, level, load_records<K, ulong>(bytes),
-                                                  budget);
+    opened = make_kernel_shared<bth_nonleaf_node<K, V>>(heap, hid, level,
+                                                        load_records<K, ulong>(bytes), budget);
   }
   budget->spend(count);
   return opened;
@@ -171,7 +171,7 @@ std::shared_ptr<bth_node<K, V>> open_bth(const heap_ptr& heap, ulong hid) {
   const unsigned char levels = header[header_levels];
   const auto level = static_cast<ushort>(levels < 2 ? 0 : levels - 1);
   return open_bth_node<K, V>(heap, LoadLittleEndian<ulong>(&header[header_root]), level,
-                             make_tracked<bth_budget>(most_records<K>(heap)));
+                             make_kernel_shared<bth_budget>(most_records<K>(heap)));
 }
 
 template class bth_leaf_node<ushort, disk::prop_entry>;

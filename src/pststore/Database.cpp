@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "pststore/BtreeNode.inc"
-#include "pststore/PageParsing.h"
+#include "pststore/EntryParsing.h"
 
 namespace pststore {
 
@@ -114,27 +114,27 @@ std::shared_ptr<bbt_nonleaf_page> database_impl<T>::read_bbt_nonleaf_page(const 
 template <typename T>
 std::shared_ptr<bbt_leaf_page> database_impl<T>::make_bbt_leaf(const page_info& info,
                                                                const page_bytes& bytes) {
-  return make_tracked<bbt_leaf_page>(shared_from_this(), info, parse_bbt_leaf<T>(bytes));
+  return make_kernel_shared<bbt_leaf_page>(shared_from_this(), info, parse_bbt_leaf<T>(bytes));
 }
 
 template <typename T>
 std::shared_ptr<nbt_leaf_page> database_impl<T>::make_nbt_leaf(const page_info& info,
                                                                const page_bytes& bytes) {
-  return make_tracked<nbt_leaf_page>(shared_from_this(), info, parse_nbt_leaf<T>(bytes));
+  return make_kernel_shared<nbt_leaf_page>(shared_from_this(), info, parse_nbt_leaf<T>(bytes));
 }
 
 template <typename T>
 std::shared_ptr<bbt_nonleaf_page> database_impl<T>::make_bbt_nonleaf(const page_info& info,
                                                                      const page_bytes& bytes) {
-  return make_tracked<bbt_nonleaf_page>(shared_from_this(), info, bytes[layout::page_level],
-                                        parse_nonleaf<T, ulonglong>(bytes));
+  return make_kernel_shared<bbt_nonleaf_page>(shared_from_this(), info, bytes[layout::page_level],
+                                              parse_nonleaf<T, ulonglong>(bytes));
 }
 
 template <typename T>
 std::shared_ptr<nbt_nonleaf_page> database_impl<T>::make_nbt_nonleaf(const page_info& info,
                                                                      const page_bytes& bytes) {
-  return make_tracked<nbt_nonleaf_page>(shared_from_this(), info, bytes[layout::page_level],
-                                        parse_nonleaf<T, ulong>(bytes));
+  return make_kernel_shared<nbt_nonleaf_page>(shared_from_this(), info, bytes[layout::page_level],
+                                              parse_nonleaf<T, ulong>(bytes));
 }
 
 // Blocks of data ------------------------------------------------------------------------------
@@ -169,8 +169,8 @@ std::shared_ptr<extended_block> database_impl<T>::read_extended_block(const cont
   // All children but the last are full. Pages behind the stream's end can be asked for, too.
   const ulonglong full_children = ids.empty() ? 0 : ids.size() - 1;
   reader_.expect_room(std::max<ulonglong>(total_size, full_children * limits.child_max_total_size));
-  return make_tracked<extended_block>(parent, info, bytes.size(), limits, total_size,
-                                      std::move(ids));
+  return make_kernel_shared<extended_block>(parent, info, bytes.size(), limits, total_size,
+                                            std::move(ids));
 }
 
 template <typename T>
@@ -183,22 +183,23 @@ std::shared_ptr<external_block> database_impl<T>::read_external_block(const cont
     reader_.decode(bytes, info);
   }
   // The empty block has no bytes, whatever else is said of it.
-  return make_tracked<external_block>(parent, info.id != 0 ? info : block_info(),
-                                      layout::max_block_data, std::move(bytes));
+  return make_kernel_shared<external_block>(parent, info.id != 0 ? info : block_info(),
+                                            layout::max_block_data, std::move(bytes));
 }
 
 template <typename T>
 std::shared_ptr<external_block> database_impl<T>::create_external_block(const context_ptr& parent,
                                                                         ulonglong size) {
   reader_.count_made(size);
-  return make_tracked<external_block>(parent, layout::max_block_data, size);
+  return make_kernel_shared<external_block>(parent, layout::max_block_data, size);
 }
 
 template <typename T>
 std::shared_ptr<extended_block> database_impl<T>::create_extended_block(const context_ptr& parent,
                                                                         ulonglong size) {
   const bool one_level = size <= limits_of<T>(2).child_max_total_size;
-  const auto made = make_tracked<extended_block>(parent, limits_of<T>(one_level ? 1 : 2), size);
+  const auto made =
+      make_kernel_shared<extended_block>(parent, limits_of<T>(one_level ? 1 : 2), size);
   reader_.count_made(made->get_child_ids().size() * sizeof(T));
   return made;
 }
@@ -206,13 +207,13 @@ std::shared_ptr<extended_block> database_impl<T>::create_extended_block(const co
 template <typename T>
 std::shared_ptr<extended_block> database_impl<T>::create_extended_block(
     const context_ptr& parent, const std::shared_ptr<extended_block>& child) {
-  return make_tracked<extended_block>(parent, limits_of<T>(2), child);
+  return make_kernel_shared<extended_block>(parent, limits_of<T>(2), child);
 }
 
 template <typename T>
 std::shared_ptr<extended_block> database_impl<T>::create_extended_block(
     const context_ptr& parent, const std::shared_ptr<external_block>& child) {
-  return make_tracked<extended_block>(parent, limits_of<T>(1), child);
+  return make_kernel_shared<extended_block>(parent, limits_of<T>(1), child);
 }
 
 // An AND, not an OR: all that is left of an internal block's id is the bit that says so.
@@ -229,7 +230,8 @@ std::shared_ptr<subnode_block> database_impl<T>::read_subnode_block(const contex
                                                                     const block_info& info) {
   if (info.id == 0) {
     // The empty block has no place, whatever else is said of it.
-    return make_tracked<subnode_leaf_block>(parent, block_info(), 0, subnode_leaf_block::entries());
+    return make_kernel_shared<subnode_leaf_block>(parent, block_info(), 0,
+                                                  subnode_leaf_block::entries());
   }
   const byte_vector bytes = reader_.read_block(info);
   if (bytes[disk::internal_level] != 0) return make_subnode_nonleaf(parent, info, bytes);
@@ -256,14 +258,15 @@ template <typename T>
 std::shared_ptr<subnode_leaf_block> database_impl<T>::make_subnode_leaf(const context_ptr& parent,
                                                                         const block_info& info,
                                                                         disk::bytes_view bytes) {
-  return make_tracked<subnode_leaf_block>(parent, info, bytes.size(), parse_subnode_leaf<T>(bytes));
+  return make_kernel_shared<subnode_leaf_block>(parent, info, bytes.size(),
+                                                parse_subnode_leaf<T>(bytes));
 }
 
 template <typename T>
 std::shared_ptr<subnode_nonleaf_block> database_impl<T>::make_subnode_nonleaf(
     const context_ptr& parent, const block_info& info, disk::bytes_view bytes) {
-  return make_tracked<subnode_nonleaf_block>(parent, info, bytes.size(),
-                                             parse_subnode_nonleaf<T>(bytes));
+  return make_kernel_shared<subnode_nonleaf_block>(parent, info, bytes.size(),
+                                                   parse_subnode_nonleaf<T>(bytes));
 }
 
 // The forms that take an id -------------------------------------------------------------------
@@ -319,10 +322,10 @@ template class database_impl<ulonglong>;
 
 std::shared_ptr<db_context> open_database(const char16_t* path) {
   try {
-    return make_tracked<database_impl<ulong>>(path);
+    return make_kernel_shared<database_impl<ulong>>(path);
   } catch (const invalid_format&) {
     // The first attempt has closed the file.
-    return make_tracked<database_impl<ulonglong>>(path);
+    return make_kernel_shared<database_impl<ulonglong>>(path);
   }
 }
 

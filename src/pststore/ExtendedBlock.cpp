@@ -73,7 +73,7 @@ size_t extended_block::write_raw(const void* source, ulonglong count, ulonglong 
                                  std::shared_ptr<data_block>& result) {
   const std::shared_ptr<extended_block> self = shared_from_this();
   if (self.use_count() >= 3) {
-    return make_tracked<extended_block>(*this)->write_raw(source, count, offset, result);
+    return make_kernel_shared<extended_block>(*this)->write_raw(source, count, offset, result);
   }
   mark_modified(is_internal());
   count = clip(count, offset);
@@ -100,7 +100,7 @@ ulonglong extended_block::resize(ulonglong size, std::shared_ptr<data_block>& re
       std::min<ulonglong>(divide_up(size, limits_.child_max_total_size), limits_.max_page_count);
   if (pages < 2) return get_child_block(0)->resize(size, result);
 
-  if (self.use_count() >= 3) return make_tracked<extended_block>(*this)->resize(size, result);
+  if (self.use_count() >= 3) return make_kernel_shared<extended_block>(*this)->resize(size, result);
   mark_modified(is_internal());
 
   const ulonglong new_size = std::min(size, max_size);

@@ -30,7 +30,7 @@ size_t external_block::write_raw(const void* source, ulonglong count, ulonglong 
                                  std::shared_ptr<data_block>& result) {
   const std::shared_ptr<external_block> self = shared_from_this();
   if (self.use_count() >= 3) {
-    return make_tracked<external_block>(*this)->write_raw(source, count, offset, result);
+    return make_kernel_shared<external_block>(*this)->write_raw(source, count, offset, result);
   }
   mark_modified(is_internal());
   count = clip(count, offset);
@@ -46,7 +46,7 @@ std::shared_ptr<external_block> external_block::get_page(ulong index) {
 
 ulonglong external_block::resize(ulonglong size, std::shared_ptr<data_block>& result) {
   const std::shared_ptr<external_block> self = shared_from_this();
-  if (self.use_count() >= 3) return make_tracked<external_block>(*this)->resize(size, result);
+  if (self.use_count() >= 3) return make_kernel_shared<external_block>(*this)->resize(size, result);
   mark_modified(is_internal());
   const ulonglong new_size = std::min(size, max_size_);
   // What follows the data in a block of the file is no part of it and must not come to light.

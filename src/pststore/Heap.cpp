@@ -104,10 +104,10 @@ hnid_stream_device heap_impl::open_stream(ulong hid) {
   return hnid_stream_device(shared_from_this(), hid);
 }
 
-heap_ptr open_heap(const node& data) { return make_tracked<heap_impl>(data); }
+heap_ptr open_heap(const node& data) { return make_kernel_shared<heap_impl>(data); }
 
 heap_ptr open_heap(const node& data, unsigned char client_sig) {
-  return make_tracked<heap_impl>(data, client_sig);
+  return make_kernel_shared<heap_impl>(data, client_sig);
 }
 
 }  // namespace pststore

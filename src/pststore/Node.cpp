@@ -40,14 +40,14 @@ class node_impl : public std::enable_shared_from_this<node_impl> {
 };
 
 node::node(const std::shared_ptr<db_context>& context, const node_info& info)
-    : impl_(make_tracked<node_impl>(context, info)) {}
+    : impl_(make_kernel_shared<node_impl>(context, info)) {}
 
 node::node(std::shared_ptr<node_impl> impl) : impl_(std::move(impl)) {}
 
-node::node(const node& other) : impl_(make_tracked<node_impl>(*other.impl_)) {}
+node::node(const node& other) : impl_(make_kernel_shared<node_impl>(*other.impl_)) {}
 
 node& node::operator=(const node& other) {
-  if (this != &other) impl_ = make_tracked<node_impl>(*other.impl_);
+  if (this != &other) impl_ = make_kernel_shared<node_impl>(*other.impl_);
   return *this;
 }
 
@@ -93,7 +93,7 @@ size_t node::read(void* destination, ulonglong count, ulonglong offset) const {
 node node::lookup(ulong sub_id) const {
   const std::shared_ptr<subnode_block>& subnodes = impl_->get_subnode_block();
   const std::shared_ptr<node_impl> owner = impl_;
-  return node(make_tracked<node_impl>(owner, subnodes->lookup(sub_id)));
+  return node(make_kernel_shared<node_impl>(owner, subnodes->lookup(sub_id)));
 }
 
 std::shared_ptr<data_block> node::get_data_block() const { return impl_->get_data_block(); }

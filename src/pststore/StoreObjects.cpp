@@ -15,7 +15,7 @@ constexpr ushort prop_attach_long_filename = 0x3707;
 constexpr ushort prop_attach_filename = 0x3704;
 
 std::shared_ptr<table> copy_table(const std::shared_ptr<table>& source) {
-  return source == nullptr ? nullptr : make_tracked<table>(*source);
+  return source == nullptr ? nullptr : make_kernel_shared<table>(*source);
 }
 
 // One behind the last entry of the tree.
@@ -90,7 +90,7 @@ const std::shared_ptr<table>& get_contents_table(const folder& owner) {
   std::shared_ptr<table>& slot = owner.tables_[0];
   if (slot == nullptr) {
     const ulong nid = (owner.get_id() & ~nid_type_mask) | nid_type_contents_table;
-    slot = make_tracked<table>(owner.context_->lookup_node(nid));
+    slot = make_kernel_shared<table>(owner.context_->lookup_node(nid));
   }
   return slot;
 }
@@ -105,7 +105,7 @@ message make_message(const message_iterator& at) { return message(make_message_b
 const std::shared_ptr<table>& get_attachment_table(const message& owner) {
   std::shared_ptr<table>& slot = owner.tables_[0];
   if (slot == nullptr) {
-    slot = make_tracked<table>(owner.bag_.get_node().lookup(nid_attachment_table));
+    slot = make_kernel_shared<table>(owner.bag_.get_node().lookup(nid_attachment_table));
   }
   return slot;
 }

@@ -16,7 +16,7 @@ struct tree_part::record {
 ulonglong tree_part::measure(db_context& context, const tree_part& child, ulong max_parts) const {
   if (depth_ + 1 >= max_parts) throw database_corrupt("tree too deep");
   if (record_ == nullptr) {
-    record_ = make_tracked<record>();
+    record_ = make_kernel_shared<record>();
     record_->bytes = extent_;
   }
   const ulonglong bytes = record_->bytes + child.extent_;

@@ -30,7 +30,7 @@ using byte_vector = vector<unsigned char>;
 using wstring = std::basic_string<char16_t, std::char_traits<char16_t>, kernel_allocator<char16_t>>;
 
 template <typename T, typename... Arguments>
-std::shared_ptr<T> make_tracked(Arguments&&... arguments) {
+std::shared_ptr<T> make_kernel_shared(Arguments&&... arguments) {
   return std::allocate_shared<T>(kernel_allocator<T>(), std::forward<Arguments>(arguments)...);
 }
 

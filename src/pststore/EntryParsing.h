@@ -1,8 +1,9 @@
-// PageParsing.h - the entries of pages and of subnode blocks, taken out of their bytes.
+// EntryParsing.h - the entries of pages, subnode blocks and extended blocks, taken out of their
+// bytes: all that the count says, in the order of the file.
 //
 // An entry that ends beyond the bytes raises database_corrupt.
-#ifndef TARN_PSTSTORE_PAGEPARSING_H
-#define TARN_PSTSTORE_PAGEPARSING_H
+#ifndef TARN_PSTSTORE_ENTRYPARSING_H
+#define TARN_PSTSTORE_ENTRYPARSING_H
 
 #include <algorithm>
 
