@@ -2,9 +2,8 @@
 #ifndef TARN_MSG_ATTACHMENTPATH_H
 #define TARN_MSG_ATTACHMENTPATH_H
 
+#include <cstdint>
 #include <string_view>
-
-#include "compound/CompoundFile.h"
 
 namespace tarn {
 
@@ -16,6 +15,7 @@ class AttachmentPath {
   // Whether a storage's name leaves room for what comes behind it.
   static bool Holds(std::string_view name) { return name.size() + 8 < kCapacity; }
 
+  // Of a storage whose name is held.
   explicit AttachmentPath(std::string_view name) : length_(name.size()) {
     name.copy(path_, name.size());
     path_[length_++] = '/';
@@ -24,10 +24,11 @@ class AttachmentPath {
   // The storage's path with its "/".
   std::string_view storage() const { return {path_, length_}; }
 
-  // Whether the name of the data stream still fits.
+  // Whether the name of the data stream still fits, with one byte to spare.
   bool hasRoomForData() const { return length_ + 21 < kCapacity; }
 
-  // The path of a stream or a storage below; good until the next call.
+  // The path of a stream or a storage below; good until the next call. A name that does not fit is
+  // cut where the buffer ends, and then stands for nothing that a file holds.
   std::string_view of(std::string_view name) {
     const uint64_t size = name.copy(path_ + length_, kCapacity - length_);
     return {path_, length_ + size};
@@ -37,9 +38,6 @@ class AttachmentPath {
   char path_[kCapacity];
   uint64_t length_;
 };
-
-// The names of the attachments' storages, in the order of the listing.
-KernelVector<KernelString> ListAttachments(const CompoundStorage& storage);
 
 }  // namespace tarn
 

@@ -1,10 +1,13 @@
 #include "msg/EmbeddedMessage.h"
 
 #include <new>
+#include <optional>
+#include <string_view>
 
 #include "Common/ApiUtils.h"
 #include "compound/CompoundStream.h"
 #include "msg/MsgStreams.h"
+#include "msg/TrackedCompoundFile.h"
 
 namespace tarn {
 namespace {
@@ -22,68 +25,23 @@ KernelString AsDirectory(std::string_view path) {
   return text;
 }
 
-bool IsStorage(const CompoundStorage& storage, std::string_view path) {
-  CompoundFile& file = *storage.file;
-  const DirectoryEntry* const entry =
-      FindEntry(file.directory, path, false, file.bigBlockSize(), nullptr);
-  return entry != nullptr && entry->isDirectory;
-}
+// What a copy may cost. In a sound file every entry is copied once at most and all streams together
+// are no larger than the file; a damaged directory may lead to the same ones for ever.
+struct CopyBudget {
+  explicit CopyBudget(const CompoundFile& source)
+      : entries(2 * source.directory.entries.size()), bytes(2 * source.fileSize) {}
 
-// Copies trees of storages. In a sound file every entry is copied once at most and all streams
-// together are no larger than the file; a damaged directory may lead to the same ones for ever.
-class TreeCopy {
- public:
-  TreeCopy(CompoundStorage& target, const CompoundStorage& source)
-      : target_(target),
-        source_(source),
-        entriesLeft_(2 * source.file->directory.entries.size()),
-        bytesLeft_(2 * source.file->fileSize) {}
-
-  int32_t copy(std::string_view targetPath, std::string_view sourcePath, uint32_t depth);
-
- private:
-  int32_t copyStream(const KernelString& targetPath, const KernelString& sourcePath,
-                     TrackedBuffer<char>& buffer, bool widen, bool flush);
-  int32_t read(CompoundStream* stream, TrackedBuffer<char>& buffer);
-
-  CompoundStorage& target_;
-  const CompoundStorage& source_;
-  uint64_t entriesLeft_;
-  uint64_t bytesLeft_;
+  uint64_t entries;
+  uint64_t bytes;
 };
 
-int32_t TreeCopy::copy(std::string_view targetPath, std::string_view sourcePath, uint32_t depth) {
-  if (depth > kDeepestStorage) return StatusOutOfMemory;
-  const KernelVector<KernelString> names = ListEntryNames(source_, sourcePath);
-  if (names.empty()) return kNothingToCopy;
-
-  const bool atRoot = targetPath.size() <= 1;
-  const KernelString targetDirectory = AsDirectory(targetPath);
-  const KernelString sourceDirectory = AsDirectory(sourcePath);
-  TrackedBuffer<char> buffer;
-  for (uint64_t i = 0; i < names.size(); ++i) {
-    if (entriesLeft_ == 0) return StatusOutOfMemory;
-    --entriesLeft_;
-    const KernelString sourceChild = sourceDirectory + names[i] + "/";
-    const KernelString targetChild = targetDirectory + names[i] + "/";
-    int32_t status = StatusOk;
-    if (IsStorage(source_, sourceChild)) {
-      status = copy(targetChild, sourceChild, depth + 1);
-    } else {
-      const bool widen = atRoot && names[i] == kPropertiesStream;
-      status = copyStream(targetChild, sourceChild, buffer, widen, atRoot && i + 1 == names.size());
-    }
-    if (status < StatusOk) return status;
-  }
-  return StatusOk;
-}
-
-int32_t TreeCopy::read(CompoundStream* stream, TrackedBuffer<char>& buffer) {
+// Reads a stream whole; without one, nothing.
+int32_t ReadAll(CompoundStream* stream, TrackedBuffer<char>& buffer, CopyBudget& budget) {
   buffer.length = 0;
   const uint64_t length = stream != nullptr ? stream->size() : 0;
   if (length == 0) return StatusOk;
-  if (length > source_.file->fileSize || length > bytesLeft_) return StatusOutOfMemory;
-  bytesLeft_ -= length;
+  if (length > stream->file->fileSize || length > budget.bytes) return StatusOutOfMemory;
+  budget.bytes -= length;
   if (buffer.reserve(length) == nullptr) return StatusOutOfMemory;
   auto* const bytes = reinterpret_cast<unsigned char*>(buffer.data);
   if (StreamRead(*stream, 0, bytes, length) != length) return StatusReadFailed;
@@ -91,54 +49,65 @@ int32_t TreeCopy::read(CompoundStream* stream, TrackedBuffer<char>& buffer) {
   return StatusOk;
 }
 
-int32_t TreeCopy::copyStream(const KernelString& targetPath, const KernelString& sourcePath,
-                             TrackedBuffer<char>& buffer, bool widen, bool flush) {
-  std::optional<CompoundStream> from = OpenStream(source_, sourcePath);
-  std::optional<CompoundStream> to = OpenStream(target_, targetPath, true);
-  const int32_t status = read(from ? &*from : nullptr, buffer);
-  if (status != StatusOk) return status;
-
+// Writes the bytes from the stream's position on; no stream takes none.
+int32_t WriteAll(CompoundStream* stream, const TrackedBuffer<char>& buffer, bool widen) {
   const auto* const bytes = reinterpret_cast<const unsigned char*>(buffer.data);
   const uint64_t length = buffer.length;
   uint64_t written = 0;
-  if (to && widen && length >= kEmbeddedHeader) {
+  if (stream != nullptr && widen && length >= kEmbeddedHeader) {
     // The bytes added to the header repeat its beginning.
-    written = StreamWrite(*to, to->position, bytes, kEmbeddedHeader);
-    StreamWrite(*to, to->position, bytes, kAddedHeader);
-    written += StreamWrite(*to, to->position, bytes + kEmbeddedHeader, length - kEmbeddedHeader);
-  } else if (to) {
-    written = StreamWrite(*to, to->position, bytes, length);
+    written = StreamWrite(*stream, stream->position, bytes, kEmbeddedHeader);
+    StreamWrite(*stream, stream->position, bytes, kAddedHeader);
+    written +=
+        StreamWrite(*stream, stream->position, bytes + kEmbeddedHeader, length - kEmbeddedHeader);
+  } else if (stream != nullptr) {
+    written = StreamWrite(*stream, stream->position, bytes, length);
   }
-  if (written != length) return StatusWriteFailed;
-  if (flush && to) FlushCompoundFile(*target_.file);
+  return written == length ? int32_t{StatusOk} : int32_t{StatusWriteFailed};
+}
+
+// Copies the tree of a storage to the target's path. 1; 2 when there is nothing in it.
+int32_t CopyStorageTree(const CompoundStorage& target, std::string_view targetPath,
+                        const CompoundStorage& source, std::string_view sourcePath,
+                        CopyBudget& budget, uint32_t depth = 0) {
+  if (depth > kDeepestStorage) return StatusOutOfMemory;
+  const KernelVector<KernelString> names = ListEntryNames(source, sourcePath);
+  if (names.empty()) return kNothingToCopy;
+
+  const bool atRoot = targetPath.size() <= 1;
+  const KernelString targetDirectory = AsDirectory(targetPath);
+  const KernelString sourceDirectory = AsDirectory(sourcePath);
+  TrackedBuffer<char> buffer;
+  for (uint64_t i = 0; i < names.size(); ++i) {
+    if (budget.entries == 0) return StatusOutOfMemory;
+    --budget.entries;
+    const KernelString sourceChild = sourceDirectory + names[i] + "/";
+    const KernelString targetChild = targetDirectory + names[i] + "/";
+    int32_t status = StatusOk;
+    if (IsStorage(source, sourceChild)) {
+      status = CopyStorageTree(target, targetChild, source, sourceChild, budget, depth + 1);
+    } else {
+      std::optional<CompoundStream> from = OpenStream(source, sourceChild);
+      std::optional<CompoundStream> to = OpenStream(target, targetChild, true);
+      status = ReadAll(from ? &*from : nullptr, buffer, budget);
+      const bool widen = atRoot && names[i] == kPropertiesStream;
+      if (status == StatusOk) status = WriteAll(to ? &*to : nullptr, buffer, widen);
+      const bool flush = atRoot && i + 1 == names.size() && to;
+      if (status == StatusOk && flush) FlushCompoundFile(*target.file);
+    }
+    if (status < StatusOk) return status;
+  }
   return StatusOk;
 }
 
-// Ends a compound file before its memory file is.
-class TargetFile {
- public:
-  explicit TargetFile(uint64_t handle) : file_(storage_, handle) {
-    KernelTrackObject(KERNEL_TRACK_OBJECT, &file_, TARN_HERE);
-  }
-  TargetFile(const TargetFile&) = delete;
-  TargetFile& operator=(const TargetFile&) = delete;
-  ~TargetFile() { KernelUntrackObject(KERNEL_TRACK_OBJECT, &file_, TARN_HERE); }
-
-  CompoundFile& file() { return file_; }
-  CompoundStorage& storage() { return storage_; }
-
- private:
-  CompoundStorage storage_;
-  CompoundFile file_;
-};
-
 int32_t WriteMessage(const CompoundStorage& source, std::string_view path, uint64_t handle) try {
-  TargetFile target(handle);
+  TrackedCompoundFile target(handle);
   if (!OpenCompoundFile(target.file(), true, true)) return StatusCreateFailed;
-  TreeCopy copying(target.storage(), source);
-  int32_t status = copying.copy(kNamedProperties, kNamedProperties, 0);
+  CopyBudget budget(*source.file);
+  int32_t status =
+      CopyStorageTree(target.storage(), kNamedProperties, source, kNamedProperties, budget);
   if (status < StatusOk) return status;
-  status = copying.copy("/", path, 0);
+  status = CopyStorageTree(target.storage(), "/", source, path, budget);
   if (status < StatusOk) return status;
   CloseCompoundFile(target.file());
   return StatusOk;

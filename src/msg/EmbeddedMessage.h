@@ -7,6 +7,10 @@
 #ifndef TARN_MSG_EMBEDDEDMESSAGE_H
 #define TARN_MSG_EMBEDDEDMESSAGE_H
 
+#include <cstdint>
+#include <string_view>
+
+#include "Internal/Tarnclasses_.h"
 #include "compound/CompoundFile.h"
 
 namespace tarn {
@@ -15,10 +19,10 @@ namespace tarn {
 // written only when the last entry of the storage's listing is a stream; else the bytes hold the
 // streams and nothing that leads to them, and hosts have always got them so.
 //
-// 1; 2 when there is nothing to copy; -1 without memory, for storages nested too deep and for a
-// directory that leads to more than the file holds; -5 and -7 for a stream that could not be
-// written or read whole; -1490; failures of KernelMemFileOpen. On failure the buffer may hold a
-// block.
+// 1; 2 when there is nothing to copy; -1 without memory, for storages nested too deep, for a
+// stream larger than the file and for a directory that leads to more than the file holds; -5 and -7
+// for a stream that could not be written or read whole; -1490; failures of KernelMemFileOpen. On
+// failure the buffer may hold a block.
 int32_t ExportEmbeddedMessage(const CompoundStorage& source, std::string_view path,
                               TrackedBuffer<char>& data);
 

@@ -1,8 +1,9 @@
 // Images attached to an MSG file go into its HTML body.
 
 #include <new>
+#include <optional>
 
-#include "Common/ByteSearch.h"
+#include "Common/ImageAim.h"
 #include "Common/InlineImages.h"
 #include "Common/SearchBudget.h"
 #include "msg/AttachmentPath.h"
@@ -12,88 +13,50 @@
 namespace tarn {
 namespace {
 
-// Puts one attachment after the other into the body. In a sound file no two of them share their
-// bytes; a damaged one can make thousands of large images of the same.
-class InlinePass {
- public:
-  InlinePass(SizedBytes& body, PstFilterData& data, const CompoundStorage& storage)
-      : storage_(storage),
-        budget_(SearchBudget::ForImages(storage.file->fileSize)),
-        imageBytesLeft_(2 * storage.file->fileSize) {
-    context_.filterData = &data;
-    context_.body = &body;
-    context_.bodyLimit = BodyLimit(storage.file->fileSize);
-  }
+// What one pass may cost. In a sound file no two attachments share their bytes; a damaged one can
+// make thousands of large images of the same.
+struct ImageBudget {
+  explicit ImageBudget(uint64_t fileSize)
+      : searches(SearchBudget::ForImages(fileSize)), imageBytes(2 * fileSize) {}
 
-  int32_t place(AttachmentPath path);
-
- private:
-  bool aimAt(const char* needle);
-  int32_t findReference(const SizedBytes& contentId, const SizedBytes& name, bool& found);
-
-  const CompoundStorage& storage_;
-  InlineImageContext context_;
-  SearchBudget budget_;
-  uint64_t imageBytesLeft_;
+  SearchBudget searches;
+  uint64_t imageBytes;
 };
 
-// Whether the body holds the needle; then it is what is replaced, from there on.
-bool InlinePass::aimAt(const char* needle) {
-  const char* const start = context_.body->data;
-  const char* const end = start + context_.body->length;
-  const char* const found = FindBytes(start, end, needle);
-  budget_.spend(static_cast<uint64_t>((found != nullptr ? found : end) - start));
-  if (found == nullptr) return false;
-  context_.needle = needle;
-  context_.searchOffset = static_cast<uint64_t>(found - start);
-  return true;
-}
+// The text as AimAtReference takes it.
+const char* TextOrNull(const SizedBytes& text) { return text.isEmptyText() ? nullptr : text.data; }
 
-// A content id wins over a file name; one that occurs nowhere leaves the matching to the name.
-int32_t InlinePass::findReference(const SizedBytes& contentId, const SizedBytes& name,
-                                  bool& found) {
-  context_.cidText.length = 0;
-  context_.cidTextFlag = 1;
-  found = false;
-  if (!contentId.isEmptyText()) {
-    if (AppendFormat(context_.cidText, context_.cidTextFlag, "cid:%s", contentId.data) == 0) {
-      return StatusOutOfMemory;
-    }
-    found = aimAt(context_.cidText.data);
-  }
-  if (!found) found = aimAt(name.data);
-  return budget_.isSpent() ? int32_t{StatusOutOfMemory} : int32_t{StatusOk};
-}
-
-int32_t InlinePass::place(AttachmentPath path) {
+int32_t InlineOneMsgAttachment(const CompoundStorage& storage, AttachmentPath path,
+                               InlineImageContext& context, ImageBudget& budget) {
   SizedBytes name;
-  const int32_t read = ReadMsgTextProperty(storage_, path.of("__substg1.0_3707"), name);
+  const int32_t read = ReadMsgTextProperty(storage, path.of("__substg1.0_3707"), name);
   if (read != StatusOk || name.isEmptyText()) {
-    const int32_t second = ReadMsgTextProperty(storage_, path.of("__substg1.0_3704"), name);
+    const int32_t second = ReadMsgTextProperty(storage, path.of("__substg1.0_3704"), name);
     if (second != StatusOk || name.isEmptyText()) return second;
   }
   SizedBytes contentId;
-  ReadMsgTextProperty(storage_, path.of("__substg1.0_3712"), contentId);
-  if (context_.body->data == nullptr || context_.body->length == 0) return StatusOk;
+  ReadMsgTextProperty(storage, path.of("__substg1.0_3712"), contentId);
+  if (context.body->data == nullptr || context.body->length == 0) return StatusOk;
 
-  context_.name = name.data;
-  context_.contentId = contentId.data;
+  context.name = name.data;
+  context.contentId = contentId.data;
   bool found = false;
-  const int32_t searched = findReference(contentId, name, found);
+  const int32_t searched =
+      AimAtReference(context, budget.searches, TextOrNull(contentId), name.data, found);
   if (searched != StatusOk || !found) return searched;
   if (!path.hasRoomForData()) return StatusOk;
 
-  std::optional<CompoundStream> stream = OpenStream(storage_, path.of("__substg1.0_37010102"));
+  std::optional<CompoundStream> stream = OpenStream(storage, path.of("__substg1.0_37010102"));
   if (!stream) return StatusOk;
-  if (stream->size() > imageBytesLeft_) return StatusOutOfMemory;
-  imageBytesLeft_ -= stream->size();
+  if (stream->size() > budget.imageBytes) return StatusOutOfMemory;
+  budget.imageBytes -= stream->size();
   KernelBlock<char> image;
   uint64_t length = 0;
   const int32_t loaded = ReadWholeStream(&*stream, image, length);
   if (loaded != StatusOk) return loaded;
-  const int32_t status = RewriteInlineImage(context_, image.get(), length);
+  const int32_t status = RewriteInlineImage(context, image.get(), length);
   // The whole body may have been written anew.
-  budget_.spend(context_.body->length);
+  budget.searches.spend(context.body->length);
   return status;
 }
 
@@ -101,9 +64,14 @@ int32_t InlinePass::place(AttachmentPath path) {
 
 int32_t InlineMsgImages(MailMessage& message, PstFilterData& data,
                         const CompoundStorage& storage) try {
-  InlinePass pass(message.body, data, storage);
+  const uint64_t fileSize = storage.file->fileSize;
+  InlineImageContext context;
+  context.filterData = &data;
+  context.body = &message.body;
+  context.bodyLimit = BodyLimit(fileSize);
+  ImageBudget budget(fileSize);
   for (const KernelString& name : ListAttachments(storage)) {
-    const int32_t status = pass.place(AttachmentPath(name));
+    const int32_t status = InlineOneMsgAttachment(storage, AttachmentPath(name), context, budget);
     if (status < StatusOk) return status;
     ++data.attachmentCount;
   }

@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <cstring>
 #include <new>
+#include <optional>
+#include <string_view>
 
 #include "Common/AttachmentProperties.h"
 #include "Common/FileTime.h"
@@ -14,7 +16,7 @@
 namespace tarn {
 namespace {
 
-constexpr uint64_t kRecordsStart = 24;  // in the properties of an attachment
+constexpr uint64_t kAttachmentRecordsStart = 24;  // in the properties stream
 constexpr uint64_t kSmallestProperties = 40;
 constexpr uint16_t kCreationTime = 0x3007;
 constexpr uint16_t kModificationTime = 0x3008;
@@ -103,7 +105,8 @@ int32_t Delivery::addTimes() {
   if (read != StatusOk || records.length < kSmallestProperties) return StatusOk;
   for (const TimeProperty& property : kTimeProperties) {
     uint64_t value = 0;
-    if (!FindPropertyRecord(records.bytes(), kRecordsStart, kPropertyTime, property.id, value)) {
+    if (!FindPropertyRecord(records.bytes(), kAttachmentRecordsStart, kPropertyTime, property.id,
+                            value)) {
       continue;
     }
     const auto seconds = static_cast<uint64_t>(SecondsSince1970(static_cast<int64_t>(value)));
@@ -154,6 +157,13 @@ int32_t Delivery::callBack() {
   return request_.callback(request_.user, &data_, name, &properties_);
 }
 
+// 1 for an attachment that is not asked for; 2 for one that is passed over.
+int32_t DeliverMsgAttachment(const CompoundStorage& storage, std::string_view name,
+                             const AttachmentRequest& request, uint32_t number) {
+  if (request.index != kAllAttachments && request.index != number) return StatusOk;
+  return Delivery(storage, name, request).run();
+}
+
 }  // namespace
 
 KernelVector<KernelString> ListAttachments(const CompoundStorage& storage) {
@@ -162,10 +172,7 @@ KernelVector<KernelString> ListAttachments(const CompoundStorage& storage) {
     constexpr std::string_view kPrefix = "__attach_version1.0_";
     if (name.size() <= kPrefix.size() || !std::string_view(name).starts_with(kPrefix)) return true;
     if (!AttachmentPath::Holds(name)) return true;
-    CompoundFile& file = *storage.file;
-    const DirectoryEntry* const entry =
-        FindEntry(file.directory, name, false, file.bigBlockSize(), nullptr);
-    return entry == nullptr || !entry->isDirectory;
+    return !IsStorage(storage, name);
   });
   return names;
 }
@@ -175,11 +182,8 @@ int32_t EnumerateMsgAttachments(const CompoundStorage& storage,
   if (request.callback == nullptr) return StatusOk;
   uint32_t number = 1;
   for (const KernelString& name : ListAttachments(storage)) {
-    if (request.index == kAllAttachments || request.index == number) {
-      const int32_t status = Delivery(storage, name, request).run();
-      if (status < StatusOk) return status;
-    }
-    ++number;
+    const int32_t status = DeliverMsgAttachment(storage, name, request, number++);
+    if (status < StatusOk) return status;
   }
   return StatusOk;
 } catch (const std::bad_alloc&) {

@@ -10,9 +10,15 @@
 
 namespace tarn {
 
+// The names of the attachments' storages. One too long for a path (AttachmentPath.h) is left out
+// and has no number. Throws std::bad_alloc.
+KernelVector<KernelString> ListAttachments(const CompoundStorage& storage);
+
 // Puts the attachments that the message's body refers to into it, by "cid:" and their content id
 // or else by their file name, and counts all attachments in data.attachmentCount. 1; -1 without
-// memory or search budget; failures of RewriteInlineImage (0 among them) and of reading a name.
+// memory, once the searches have passed over too much (SearchBudget.h), and for images that are
+// together larger than twice the file; failures of RewriteInlineImage (0 among them) and of reading
+// a name. The first failure ends the pass, and its attachment is not counted.
 int32_t InlineMsgImages(MailMessage& message, PstFilterData& data, const CompoundStorage& storage);
 
 // Calls the request back for the attachments that it asks for; an embedded message comes as an MSG

@@ -1,11 +1,15 @@
 #include "msg/MsgReader.h"
 
 #include <algorithm>
+#include <iterator>
 #include <new>
+#include <optional>
+#include <string_view>
 
 #include "Common/ApiUtils.h"
 #include "msg/MsgAttachments.h"
 #include "msg/MsgStreams.h"
+#include "msg/TrackedCompoundFile.h"
 #include "render/HeaderLabels.h"
 #include "rtf/CompressedRtf.h"
 #include "rtf/ScrubHtmlBody.h"
@@ -13,7 +17,7 @@
 namespace tarn {
 namespace {
 
-constexpr uint64_t kRecordsStart = 32;  // in the properties of a message of its own
+constexpr uint64_t kMessageRecordsStart = 32;  // in the properties of a message of its own
 constexpr uint16_t kSubmitTime = 0x0039;
 constexpr uint16_t kImportance = 0x0017;
 
@@ -33,24 +37,6 @@ constexpr TextField kRecipientFields[] = {
     {"__substg1.0_0E04", &MailMessage::to},
     {"__substg1.0_0E03", &MailMessage::cc},
     {"__substg1.0_0E02", &MailMessage::bcc},
-};
-
-// The compound file over a handle, announced to the kernel while it lives.
-class OpenedFile {
- public:
-  explicit OpenedFile(uint64_t handle) : file_(storage_, handle) {
-    KernelTrackObject(KERNEL_TRACK_OBJECT, &file_, TARN_HERE);
-  }
-  OpenedFile(const OpenedFile&) = delete;
-  OpenedFile& operator=(const OpenedFile&) = delete;
-  ~OpenedFile() { KernelUntrackObject(KERNEL_TRACK_OBJECT, &file_, TARN_HERE); }
-
-  CompoundFile& file() { return file_; }
-  const CompoundStorage& storage() const { return storage_; }
-
- private:
-  CompoundStorage storage_;
-  CompoundFile file_;
 };
 
 // Reads one message, step by step.
@@ -116,7 +102,7 @@ int32_t MessageReader::readSender() {
   int32_t status = readTexts(std::begin(kSenderFields), std::end(kSenderFields));
   if (status < StatusOk) return status;
   SizedBytes& address = message_.fromAddress;
-  if (address.data == nullptr || address.isEmptyText()) {
+  if (address.isEmptyText()) {
     status = ReadMsgTextProperty(storage_, kRepresentedAddress, address);
     if (status < StatusOk) return status;
   }
@@ -133,11 +119,13 @@ int32_t MessageReader::readFixedProperties() {
   const int32_t read = ReadMsgStream(storage_, kPropertiesStream, properties);
   if (read != StatusOk) return read < StatusOk ? read : int32_t{StatusOk};
   uint64_t value = 0;
-  if (FindPropertyRecord(properties.bytes(), kRecordsStart, kPropertyTime, kSubmitTime, value)) {
+  if (FindPropertyRecord(properties.bytes(), kMessageRecordsStart, kPropertyTime, kSubmitTime,
+                         value)) {
     const int32_t status = FormatFileTime(static_cast<int64_t>(value), message_.sent);
     if (status < StatusOk) return status;
   }
-  if (FindPropertyRecord(properties.bytes(), kRecordsStart, kPropertyInteger, kImportance, value)) {
+  if (FindPropertyRecord(properties.bytes(), kMessageRecordsStart, kPropertyInteger, kImportance,
+                         value)) {
     const auto importance = static_cast<int32_t>(static_cast<uint32_t>(value));
     const int32_t status = ImportanceText(importance, message_.importance);
     if (status < StatusOk) return status;
@@ -178,7 +166,7 @@ int32_t ReadMsgFile(MailMessage& message, PstFilterData& data, const char16_t* p
   const FileGuard file(FileGuard::Read, KernelFileOpen(path, KERNEL_OPEN_READ, KERNEL_OPEN_MODE));
   if (!file.isOpen()) return StatusMsgOpenFailed;
   try {
-    OpenedFile opened(file.handle());
+    TrackedCompoundFile opened(file.handle());
     LoadCompoundFile(opened.file());
     if (opened.file().result != CompoundOk) return StatusOk;
     if (request != nullptr) return EnumerateMsgAttachments(opened.storage(), *request);

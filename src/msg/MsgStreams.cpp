@@ -5,6 +5,7 @@
 #include <new>
 #include <optional>
 
+#include "Common/LittleEndian.h"
 #include "Platform/CodePages.h"
 
 namespace tarn {
@@ -67,13 +68,14 @@ int32_t ConvertWide(std::string_view wide, SizedBytes& target) {
   return StatusOk;
 }
 
-uint64_t LoadValue(const char* at, int bytes) {
-  uint64_t value = 0;
-  for (int i = bytes; i-- > 0;) value = value << 8 | static_cast<unsigned char>(at[i]);
-  return value;
-}
-
 }  // namespace
+
+bool IsStorage(const CompoundStorage& storage, std::string_view path) {
+  CompoundFile& file = *storage.file;
+  const DirectoryEntry* const entry =
+      FindEntry(file.directory, path, false, file.bigBlockSize(), nullptr);
+  return entry != nullptr && entry->isDirectory;
+}
 
 int32_t ReadWholeStream(CompoundStream* stream, KernelBlock<char>& block, uint64_t& length) try {
   length = stream != nullptr ? stream->size() : 0;
@@ -132,9 +134,10 @@ bool FindPropertyRecord(std::string_view properties, uint64_t start, uint16_t ty
                         uint64_t& value) {
   for (uint64_t at = start; at + kPropertyRecordSize <= properties.size();
        at += kPropertyRecordSize) {
-    const char* const record = properties.data() + at;
-    if (LoadValue(record, 2) != type || LoadValue(record + 2, 2) != id) continue;
-    value = LoadValue(record + 8, 8);
+    const auto* const record = reinterpret_cast<const unsigned char*>(properties.data() + at);
+    if (LoadLittleEndian<uint16_t>(record) != type) continue;
+    if (LoadLittleEndian<uint16_t>(record + 2) != id) continue;
+    value = LoadLittleEndian<uint64_t>(record + 8);
     return true;
   }
   return false;

@@ -2,7 +2,7 @@
 //
 // A property is a stream "__substg1.0_" + id + type, both four upper-case hexadecimal digits; text
 // properties are looked for without their type. Sizes count bytes. A storage where a stream is
-// looked for counts as nothing. Nothing here throws.
+// looked for counts as nothing. What gives a status throws nothing.
 //
 // In a sound file the streams lie apart, so all of them together are no larger than the file; in a
 // damaged one thousands may name the same large block of bytes. What has been read of a file is
@@ -11,8 +11,10 @@
 #ifndef TARN_MSG_MSGSTREAMS_H
 #define TARN_MSG_MSGSTREAMS_H
 
+#include <cstdint>
 #include <string_view>
 
+#include "Internal/Tarnclasses_.h"
 #include "compound/CompoundStream.h"
 
 namespace tarn {
@@ -26,6 +28,9 @@ inline constexpr uint64_t kPropertyRecordSize = 16;
 inline constexpr uint16_t kPropertyInteger = 3;
 inline constexpr uint16_t kPropertyTime = 64;
 
+// Whether the path leads to a storage. Throws std::bad_alloc.
+bool IsStorage(const CompoundStorage& storage, std::string_view path);
+
 // Reads a stream from its position to its end into a new block, with two zero bytes behind it that
 // the length does not count; the length is that of the directory, whatever was there to be read.
 // No stream gives an empty block. 1; -1 without memory, for a stream larger than its file, and when
@@ -37,7 +42,8 @@ int32_t ReadMsgStream(const CompoundStorage& storage, std::string_view name, Siz
 
 // Puts a text property into the target as UTF-8: from UTF-16 ("001F"), with a NUL that the length
 // counts; else the bytes of "001E" or "0102" as they stand. A missing property is an empty text
-// with a block. Names of 100 bytes and more are missing. 1 or -1.
+// with a block. Names of 100 bytes and more are missing. 1; or -1, and then the target is no text
+// that was not there before.
 int32_t ReadMsgTextProperty(const CompoundStorage& storage, std::string_view name,
                             SizedBytes& target);
 
