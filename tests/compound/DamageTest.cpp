@@ -6,7 +6,6 @@
 #include <chrono>
 
 #include "CompoundFiles.h"
-#include "Tarnbase/PlainKernel.h"
 #include "support/compound/CompoundBuilder.h"
 
 namespace tarn::test {
@@ -190,24 +189,6 @@ TEST(Bounds, AFileReadsAHundredTimesOverWhatItHolds) {
   LoadedFile file(SmallFile(9).bytes);
   for (int i = 0; i < 10000; ++i) ASSERT_EQ(file.stream("big"), Pattern(4500));
   EXPECT_NE(file.file().bytesLeft, 0u);
-}
-
-TEST(Bounds, MemoryStaysInProportion) {
-  // A stream that says to be of 4 GiB, and a chain of the whole table.
-  CompoundImage image = SmallFile(9);
-  for (uint32_t i = 0; i < 128; ++i) image.put(image.tableEntry(i), (i + 1) % 128);
-  image.put(image.record("big") + RecordSize, 0xFFFFFFFF);
-  PlainKernelUsageRecord before = {};
-  PlainKernelUsage(&before);
-  {
-    LoadedFile file(image.bytes);
-    std::optional<CompoundStream> stream = OpenStream(file.storage(), "big");
-    ASSERT_TRUE(stream.has_value());
-    EXPECT_EQ(stream->blocks.size(), 128u);
-  }
-  PlainKernelUsageRecord after = {};
-  PlainKernelUsage(&after);
-  EXPECT_EQ(after.liveBytes, before.liveBytes);
 }
 
 }  // namespace

@@ -233,6 +233,12 @@ std::string NaiveCompound::record(uint32_t index) const {
   return bytes + Word(0, 4);
 }
 
+void NaiveCompound::clearMarks() {
+  big_.dirty.clear();
+  small_.dirty.clear();
+  dirtyDirectory_.clear();
+}
+
 std::string NaiveCompound::flush() {
   std::string header("\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1", 8);
   header += std::string(16, '\0') + Word(62, 2) + Word(3, 2) + Word(0xFFFE, 2) + Word(9, 2) +

@@ -21,6 +21,8 @@ class NaiveCompound {
   void resize(const std::string& path, uint32_t size);
   // The file's bytes when it is flushed now.
   std::string flush();
+  // Lets the next flush write only what changes from now on.
+  void clearMarks();
 
   uint32_t tableBlockCount() const { return static_cast<uint32_t>(tableBlocks_.size()); }
   uint32_t metaBlockCount() const { return static_cast<uint32_t>(metaBlocks_.size()); }
