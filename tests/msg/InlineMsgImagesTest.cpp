@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "Platform/Directories.h"
 #include "ReadMsg.h"
 #include "Tarnbase/PlainKernel.h"
 #include "support/RtfCompressor.h"
@@ -173,6 +174,56 @@ TEST(InlineMsgImages, AreLeftAloneWhenTheRecordHasImagesAlready) {
   ASSERT_EQ(reading.run(), StatusOk);
   EXPECT_EQ(Bytes(reading.message.body), "<img src=\"a.png\">");
   EXPECT_EQ(reading.message.attachmentCount, 7u);
+}
+
+TEST(InlineMsgImages, LeaveAnEarlierFailureInTheMessage) {
+  MsgBuilder msg = Html("<img src=\"a.png\">");
+  msg.attachment(u"a.png", "");
+  MsgReading reading(msg);
+  reading.message.inlineStatus = StatusWriteFailed;
+  ASSERT_EQ(reading.run(), StatusOk);
+  EXPECT_EQ(reading.message.inlineStatus, StatusWriteFailed);
+}
+
+// Beside the HTML file, an image's file is named by content id and name.
+TEST(InlineMsgImages, HaveFilesNamedByTheirContentId) {
+  MsgBuilder msg = Html("<img src=\"cid:one@x\">");
+  msg.attachment(u"a.png", kImage).contentId(u"one@x");
+  MsgReading reading(msg);
+  reading.data.useTempFile = 1;
+  ASSERT_EQ(reading.run(), StatusOk);
+  EXPECT_EQ(reading.message.inlineStatus, StatusOk);
+  ASSERT_EQ(reading.data.inlineFiles.length, 1u);
+  const std::filesystem::path file(reading.data.inlineFiles.data[0]);
+  EXPECT_TRUE(file.string().ends_with("one@x_a.png")) << file;
+  KernelDeleteFileUtf8(reading.data.inlineFiles.data[0]);
+  platform::RemoveEmptyDirectory(reading.data.tempDirectory);
+}
+
+// 1 GiB and 64 times the file: 400 references to an image of 4 MiB are more.
+TEST(InlineMsgImages, ThatMakeTheBodyTooLargeEndThePass) {
+  std::string body;
+  for (int i = 0; i < 400; ++i) body += "<img src=\"a.png\">";
+  MsgBuilder msg = Html(body);
+  msg.attachment(u"a.png", std::string(4 << 20, 'A'));
+  const Inlined inlined(msg);
+  EXPECT_EQ(inlined.status, StatusOutOfMemory);
+  EXPECT_EQ(inlined.count, 0u);
+  EXPECT_TRUE(inlined.body == body);
+}
+
+// The searches of a small file may pass over 4 GiB: that is 64 times a body of 64 MiB.
+TEST(InlineMsgImages, ThatAreSearchedForTooLongEndThePass) {
+  constexpr uint32_t kImages = 100;
+  MsgBuilder msg;
+  for (uint32_t i = 0; i < kImages; ++i) msg.attachment(u"nowhere", "x");
+  OpenMsg file(msg.write());
+  MailMessage message;
+  PstFilterData data;
+  Set(message.body, std::string(64 << 20, '-'));
+  EXPECT_EQ(InlineMsgImages(message, data, file.storage()), StatusOutOfMemory);
+  EXPECT_GE(data.attachmentCount, 63u);
+  EXPECT_LE(data.attachmentCount, 66u);
 }
 
 TEST(InlineMsgImages, KeepAnEmptyFieldOfNulsApart) {

@@ -6,6 +6,7 @@
 
 #include "ReadMsg.h"
 #include "Tarnbase/PlainKernel.h"
+#include "TextProbe.h"
 
 namespace tarn::test {
 namespace {
@@ -146,6 +147,69 @@ TEST(MsgAttachments, HaveWideNames) {
             u"na\u00efve");
   // 8-bit names are not converted, and those that are no UTF-8 are lost.
   EXPECT_EQ(Only(OneAttachment({{data, ""}, {"__substg1.0_3707001E", "na\xEFve"}})).name, u"");
+}
+
+// A kernel need not tell the number of units; success is all that it promises.
+TEST(MsgAttachments, HaveNamesThatEndWhereTheConversionDoes) {
+  const std::string file = OneAttachment(
+      {{"__substg1.0_37010102", ""}, {"__substg1.0_3707001F", WideBytes(u"n\u00e9\u65e5.txt")}});
+  for (const int64_t answer : {int64_t{1}, int64_t{1} << 40, int64_t{-1}}) {
+    const TextProbe probe(answer);
+    EXPECT_EQ(Only(file).name, u"n\u00e9\u65e5.txt") << answer;
+  }
+}
+
+// The bytes of what callbacks get may grow by steps of 1024 that are cleared.
+TEST(MsgAttachments, ComeInABufferThatGrowsByClearedSteps) {
+  for (const uint32_t infoOnly : {0u, 1u}) {
+    OpenMsg msg(TwoAttachments().write());
+    int calls = 0;
+    const AttachmentRequest request = {
+        1, infoOnly,
+        [](void* user, TrackedBuffer<char>* data, const char16_t*, PropertyList* properties) {
+          ++*static_cast<int*>(user);
+          EXPECT_EQ(data->increment, 1024u);
+          EXPECT_EQ(data->zeroFill, 1u);
+          EXPECT_EQ(properties->increment, 1024u);
+          EXPECT_EQ(properties->zeroFill, 0u);
+          return int32_t{StatusOk};
+        },
+        &calls};
+    EXPECT_EQ(EnumerateMsgAttachments(msg.storage(), request), StatusOk);
+    EXPECT_EQ(calls, 1);
+  }
+}
+
+// A path of 264 bytes holds the storage's name and 8 bytes more, or it has no number; one without
+// room for the name of the data stream has a number and no more.
+TEST(MsgAttachments, WithNamesBeyondThePathAreLeftOut) {
+  struct Case {
+    size_t length;
+    size_t calls;
+    uint32_t count;
+  };
+  for (const Case& one : {Case{241, 1, 1}, Case{242, 0, 1}, Case{255, 0, 1}, Case{256, 0, 0}}) {
+    MsgBuilder builder;
+    builder.attachment(u"a.bin", "bytes");
+    OpenMsg msg(builder.write());
+    // No name of a file is that long. It stays the longest, so that the directory stays in order.
+    const std::string old = "__attach_version1.0_#00000000";
+    for (DirectoryEntry& entry : msg.file().directory.entries) {
+      if (std::string_view(entry.name) != old) continue;
+      entry.name.resize(one.length, 'x');
+    }
+    ASSERT_EQ(ListAttachments(msg.storage()).size(), one.count) << one.length;
+    Deliveries deliveries;
+    EXPECT_EQ(EnumerateMsgAttachments(msg.storage(), deliveries.request), StatusOk);
+    ASSERT_EQ(deliveries.all.size(), one.calls) << one.length;
+    if (one.calls != 0) {
+      EXPECT_EQ(deliveries.all[0].bytes, "bytes");
+    }
+    MailMessage message;
+    PstFilterData data;
+    EXPECT_EQ(InlineMsgImages(message, data, msg.storage()), StatusOk);
+    EXPECT_EQ(data.attachmentCount, one.count) << one.length;
+  }
 }
 
 TEST(MsgAttachments, WithoutBytesHaveABlock) {

@@ -277,6 +277,31 @@ TEST_F(MsgReader, KeepsWhatWasReadBeforeAFailure) {
   EXPECT_EQ(Bytes(reading.message.sent), "(null)");
 }
 
+// Each stream in turn fails, and the fields show which were read before it.
+TEST_F(MsgReader, ReadsItsTextsInOrder) {
+  using Field = SizedBytes MailMessage::*;
+  const std::pair<const char*, Field> order[] = {
+      {"__substg1.0_1000001F", &MailMessage::text},
+      {"__substg1.0_0037001F", &MailMessage::subject},
+      {"__substg1.0_0C1A001F", &MailMessage::from},
+      {"__substg1.0_5D01001F", &MailMessage::fromAddress},
+      {"__substg1.0_004D001F", &MailMessage::originalAuthor},
+      {"__substg1.0_0E04001F", &MailMessage::to},
+      {"__substg1.0_0E03001F", &MailMessage::cc},
+      {"__substg1.0_0E02001F", &MailMessage::bcc},
+  };
+  for (size_t failing = 0; failing < std::size(order); ++failing) {
+    CompoundImage image = FullMessage().image();
+    image.put(image.record(order[failing].first) + RecordSize, 0x7FFFFFFF);
+    MsgReading reading(image.bytes);
+    EXPECT_EQ(reading.run(), StatusOutOfMemory);
+    for (size_t i = 0; i < std::size(order); ++i) {
+      EXPECT_EQ((reading.message.*order[i].second).data != nullptr, i < failing)
+          << order[failing].first << " " << order[i].first;
+    }
+  }
+}
+
 TEST_F(MsgReader, ReadsFilesOfEveryLayout) {
   for (const CompoundVersion version : {CompoundVersion::V3, CompoundVersion::V4}) {
     for (const BlockOrder order :
