@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 
 #include <cstring>
+#include <string>
 
 #include "Tarnbase/Kernel.h"
 
@@ -24,6 +25,11 @@ int64_t KernelUtf8ToWide(const char* source, int64_t bytes, char16_t* destinatio
   decltype(&KernelUtf8ToWide) next = nullptr;
   static_assert(sizeof(next) == sizeof(address));
   std::memcpy(&next, &address, sizeof(address));
+  std::u16string before;
+  if (destination != nullptr && units > 0) before.assign(destination, static_cast<size_t>(units));
   const int64_t written = next(source, bytes, destination, units);
-  return written != 0 && g_answer != 0 ? g_answer : written;
+  if (written == 0 || g_answer == 0) return written;
+  // The units behind are as they were.
+  for (int64_t i = written; i < units; ++i) destination[i] = before[static_cast<size_t>(i)];
+  return g_answer;
 }

@@ -9,7 +9,8 @@
 
 namespace tarn::test {
 
-// While it lives, conversions that succeed answer with this number. One at a time.
+// While it lives, conversions that succeed answer with this number and write no terminator. One at
+// a time.
 class TextProbe {
  public:
   explicit TextProbe(int64_t answer);
