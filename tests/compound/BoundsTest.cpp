@@ -234,6 +234,20 @@ TEST(Reads, CostTheirBytesOnceAndNoLessThanACall) {
   EXPECT_EQ(before - file.bytesLeft, 63u * 8);
 }
 
+TEST(Reads, ZerosOfAMissingContainerBlockCostWhatTheyAre) {
+  LoadedFile loaded(CompoundBuilder().stream("s", Pattern(600)).write());
+  CompoundFile& file = loaded.file();
+  file.containerBlocks[0] = 100;
+  const uint64_t before = file.bytesLeft;
+  unsigned char byte = 7;
+  EXPECT_EQ(LoadSmallBlock(file, 0, &byte, 1), 1u);
+  EXPECT_EQ(byte, 0);
+  EXPECT_EQ(before - file.bytesLeft, 512u);
+  file.window.count = 0;
+  file.bytesLeft = 511;
+  EXPECT_EQ(LoadSmallBlock(file, 0, &byte, 1), 0u);
+}
+
 TEST(Reads, PassOverMissingBlocksABoundedNumberOfTimes) {
   CompoundImage image = CompoundBuilder().stream("b", Pattern(4608)).image();
   for (uint32_t i = 40; i < 127; ++i) image.put(image.tableEntry(i), i + 1);

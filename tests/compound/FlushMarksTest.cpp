@@ -234,6 +234,7 @@ TEST(Open, CreatesAfterALoad) {
       file.handle = handle;
       EXPECT_TRUE(OpenCompoundFile(file, true, true)) << length;
       EXPECT_FALSE(file.opened);
+      EXPECT_EQ(file.fileSize, 0u);
       EXPECT_EQ(file.directory.entries.size(), 1u);
       EXPECT_EQ(file.bytesLeft, UINT64_MAX);
       CompoundStream stream = *OpenStream(storage, "s", true);
