@@ -15,6 +15,9 @@ constexpr ulonglong seek_failed = std::numeric_limits<ulonglong>::max();
 constexpr ulonglong free_bytes = ulonglong{1} << 30;
 constexpr ulonglong bytes_per_file_byte = 64;
 
+// What a read counts at least: reading little takes time, too.
+constexpr ulonglong least_bytes = 2048;
+
 }  // namespace
 
 store_file::store_file(const char16_t* path)
@@ -44,7 +47,7 @@ void store_file::read(void* buffer, size_t size, ulonglong address) {
       KernelFileSeek(handle_, static_cast<int64_t>(address), KERNEL_SEEK_START);
   if (position != address || position == seek_failed) throw std::out_of_range("fseek failed");
   const ulonglong done = KernelFileReadLarge(handle_, buffer, size);
-  taken_ += std::min<ulonglong>(done, size);
+  if (done != 0) taken_ += std::max(std::min<ulonglong>(done, size), least_bytes);
   if (done != size) throw std::out_of_range("fread failed");
 }
 

@@ -4,8 +4,9 @@
 // object dies.
 //
 // All reads together may take 1 GiB and 64 times the size of the file, counted in the bytes that
-// were read; then every further read raises database_corrupt. Those who read a whole store take it
-// a few times; a damaged one can name the same data in as many places as it has nodes.
+// were read, 2 KiB at least for each read; then every further read raises database_corrupt. Those
+// who read a whole store take it a few times; a damaged one can name the same data in as many
+// places as it has nodes.
 #ifndef TARN_PSTSTORE_STOREFILE_H
 #define TARN_PSTSTORE_STOREFILE_H
 

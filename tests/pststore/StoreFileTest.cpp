@@ -63,5 +63,12 @@ TEST_F(StoreFile, AFileThatCannotBeMeasuredIsNotReadForEver) {
   PlainKernelFailAt(PlainKernelFaultSeek, 0);
 }
 
+TEST_F(StoreFile, SmallReadsCountTwoKibibytes) {
+  store_file file(path.c_str());
+  const uint64_t reads = ((uint64_t{1} << 30) + 64 * kSize) / 2048;
+  for (uint64_t i = 0; i < reads; ++i) file.read(buffer.data(), 64, 0);
+  EXPECT_THROW(file.read(buffer.data(), 64, 0), pststore::database_corrupt);
+}
+
 }  // namespace
 }  // namespace tarn::test

@@ -253,5 +253,26 @@ TEST_F(StoreLimits, BoundTheBodyThatImagesMake) {
   EXPECT_EQ(readWith(nullptr), -1);
 }
 
+// Names of 4,088,000 bytes, all holes, in a file of some more: each takes twice as much once it is
+// widened, and 64 MiB and 4 times the file are 10 of them.
+TEST_F(StoreLimits, CountNamesOfFolders) {
+  constexpr size_t kPages = 500;
+  constexpr size_t kPage = 8176;
+  for (const auto& [folders, status] : {std::pair{10, 1}, {11, -1}}) {
+    StoreBuilder store(SmallStore());
+    for (int i = 0; i < folders; ++i) {
+      FolderBuilder& folder = store.folder("A").count(1);
+      PstNodeParts name = PstNodeParts::Stream(std::string(kPages * kPage, '\0'), kPage);
+      for (size_t page = 0; page < kPages; ++page) name.dataShape.pageHoles.insert(page);
+      folder.properties().raw(kPropDisplayName, kTypeString8, ValueSubnode(0));
+      folder.properties().subnode(ValueSubnode(0), name);
+    }
+    store.node(0x300024, PstNodeParts::Stream(std::string(4100000, 'x'), kPage));
+    PstReading reading(store);
+    EXPECT_EQ(reading.count(), status);
+    EXPECT_EQ(reading.list == nullptr, status == -1);
+  }
+}
+
 }  // namespace
 }  // namespace tarn::test

@@ -3,8 +3,7 @@
 #include <algorithm>
 #include <exception>
 
-#include "Common/ByteSearch.h"
-#include "Common/InlineImages.h"
+#include "Common/ImageAim.h"
 #include "FileFormats/Pst/PstStreams.h"
 #include "pststore/StoreObjects.h"
 
@@ -29,9 +28,10 @@ class NameBuffer {
       block_.reset(static_cast<char*>(block));
       room_ = room;
     }
+    // Cleared, so that the text ends where the conversion does: not every kernel tells the bytes.
+    std::memset(block_.get(), 0, room);
     const int64_t written = KernelWideToUtf8(name.data(), static_cast<int64_t>(name.size()),
                                              block_.get(), static_cast<int64_t>(room - 1));
-    if (written > 0) block_[static_cast<uint64_t>(written)] = '\0';
     text_ = written > 0 ? block_.get() : nullptr;
     return StatusOk;
   }
@@ -64,8 +64,6 @@ class InlinePass {
 
  private:
   int32_t readNames(const pststore::attachment& attachment);
-  bool aimAt(const char* needle);
-  bool findReference(int32_t& status);
   bool takeImage(uint64_t size);
 
   StoreReading& reading_;
@@ -85,31 +83,6 @@ int32_t InlinePass::readNames(const pststore::attachment& attachment) {
   return cidName_.set(cid, 3 * static_cast<uint64_t>(cid.size()) + 1);
 }
 
-// Whether the body holds the needle; then it is what is replaced, from there on.
-bool InlinePass::aimAt(const char* needle) {
-  const char* const start = context_.body->data;
-  const char* const end = start + context_.body->length;
-  const char* const found = FindBytes(start, end, needle);
-  budget_.spend(static_cast<uint64_t>((found != nullptr ? found : end) - start));
-  if (found == nullptr) return false;
-  context_.needle = needle;
-  context_.searchOffset = static_cast<uint64_t>(found - start);
-  return true;
-}
-
-bool InlinePass::findReference(int32_t& status) {
-  context_.cidText.length = 0;
-  context_.cidTextFlag = 1;
-  if (!cidName_.isEmpty()) {
-    if (AppendFormat(context_.cidText, context_.cidTextFlag, "cid:%s", cidName_.get()) == 0) {
-      status = StatusOutOfMemory;
-      return false;
-    }
-    if (aimAt(context_.cidText.data)) return true;
-  }
-  return !plainName_.isEmpty() && aimAt(plainName_.get());
-}
-
 // Whether the image may be read, and written to its file, and the body rewritten.
 bool InlinePass::takeImage(uint64_t size) {
   budget_.spend(context_.body->length);
@@ -127,9 +100,10 @@ int32_t InlinePass::place(const pststore::attachment& attachment) {
 
   context_.contentId = cidName_.get();
   context_.name = plainName_.get();
-  const bool found = findReference(status);
-  if (budget_.isSpent()) return StatusOutOfMemory;
-  if (!found) return status;
+  bool found = false;
+  status = AimAtReference(context_, budget_, cidName_.isEmpty() ? nullptr : cidName_.get(),
+                          plainName_.isEmpty() ? nullptr : plainName_.get(), found);
+  if (status != StatusOk || !found) return status;
   if (size == 0 || !takeImage(size)) return StatusOutOfMemory;
   KernelBlock<char> image = AllocateBlock<char>(size, TARN_HERE);
   if (!image) return StatusOutOfMemory;
