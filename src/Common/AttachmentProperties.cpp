@@ -1,7 +1,11 @@
 #include "Common/AttachmentProperties.h"
 
 #include <algorithm>
+#include <cinttypes>
+#include <cstdio>
 #include <iterator>
+
+#include "Common/FileTime.h"
 
 namespace tarn {
 namespace {
@@ -72,6 +76,13 @@ int32_t AddWideAttachmentProperty(PropertyList& list, const char* name, std::u16
   value = value.substr(0, value.find(u'\0'));
   value.copy(property.value, std::size(property.value) - 1);
   return list.append(&property, 1);
+}
+
+int32_t AddTimeAttachmentProperty(PropertyList& list, const char* name, uint64_t fileTime) {
+  const auto seconds = static_cast<uint64_t>(SecondsSince1970(static_cast<int64_t>(fileTime)));
+  char digits[25];
+  std::snprintf(digits, sizeof digits, "%" PRIu64, seconds);
+  return AddAttachmentProperty(list, name, digits);
 }
 
 }  // namespace tarn

@@ -16,6 +16,10 @@ int32_t AddAttachmentProperty(PropertyList& list, const char* name, const char* 
 // The same for a value that is UTF-16 already; it ends at its first NUL too.
 int32_t AddWideAttachmentProperty(PropertyList& list, const char* name, std::u16string_view value);
 
+// The same for a FILETIME: seconds since 1970 in decimal digits. Times before that come out as
+// large unsigned numbers.
+int32_t AddTimeAttachmentProperty(PropertyList& list, const char* name, uint64_t fileTime);
+
 }  // namespace tarn
 
 #endif

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "Common/LittleEndian.h"
 #include "compound/CompoundFile.h"
-#include "compound/LittleEndian.h"
 
 namespace tarn {
 namespace {
@@ -93,7 +93,8 @@ void MarkTableDirty(BlockTable& table, uint64_t index, uint64_t bigBlockSize) {
 void LoadBlockTable(BlockTable& table, const unsigned char* bytes, uint64_t length) {
   const uint64_t count = length / 4;
   table.entries.resize(count, kFreeBlock);
-  for (uint64_t i = 0; i < count; ++i) SetBlockEntry(table, i, LoadU32(bytes + 4 * i));
+  for (uint64_t i = 0; i < count; ++i)
+    SetBlockEntry(table, i, LoadLittleEndian<uint32_t>(bytes + 4 * i));
 }
 
 void FlushBlockTable(BlockTable& table, const BlockList& blocks, CompoundFile& file,
@@ -101,7 +102,8 @@ void FlushBlockTable(BlockTable& table, const BlockList& blocks, CompoundFile& f
   const uint64_t size = blocks.size() * bigBlockSize;
   KernelVector<unsigned char> image(size, 0xFF);
   const uint64_t count = std::min<uint64_t>(table.entries.size(), size / 4);
-  for (uint64_t i = 0; i < count; ++i) StoreU32(image.data() + 4 * i, table.entries[i]);
+  for (uint64_t i = 0; i < count; ++i)
+    StoreLittleEndian<uint32_t>(image.data() + 4 * i, table.entries[i]);
   for (uint64_t i = 0; i < blocks.size(); ++i) {
     if (!table.dirtyBlocks.contains(i)) continue;
     SaveBigBlock(file, blocks[i], 0, image.data() + i * bigBlockSize, bigBlockSize);

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "compound/LittleEndian.h"
+#include "Common/LittleEndian.h"
 
 namespace tarn {
 namespace {
@@ -82,7 +82,8 @@ void LoadEntries(CompoundFile& file) {
   if (!LoadWhole(file, blocks, bytes)) bytes.clear();
   LoadDirectory(file.directory, bytes.data(), bytes.size());
   if (bytes.size() >= kDirectoryRecordSize) {
-    file.containerBlocks = FollowChain(file.bigTable, LoadU32(bytes.data() + kRecordStartOffset));
+    file.containerBlocks =
+        FollowChain(file.bigTable, LoadLittleEndian<uint32_t>(bytes.data() + kRecordStartOffset));
   }
 }
 
@@ -229,7 +230,7 @@ BlockList BigTableBlocks(CompoundFile& file, bool loading) {
     LoadBigBlock(file, number, block.data(), block.size());
     file.metaData.resize(std::min(data + words, data + (count - next)));
     for (uint64_t i = 0; i < words && next < count; ++i) {
-      list[next++] = file.metaData[data++] = LoadU32(block.data() + 4 * i);
+      list[next++] = file.metaData[data++] = LoadLittleEndian<uint32_t>(block.data() + 4 * i);
     }
   }
   return list;

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "compound/LittleEndian.h"
+#include "Common/LittleEndian.h"
 
 namespace tarn {
 namespace {
@@ -44,10 +44,11 @@ void LoadHeader(CompoundHeader& header, const HeaderBytes& bytes) {
   std::copy_n(bytes.begin(), header.magic.size(), header.magic.begin());
   for (const HeaderField& row : kFields) {
     const unsigned char* const at = bytes.data() + row.offset;
-    header.*row.field = row.size == 2 ? LoadU16(at) : LoadU32(at);
+    header.*row.field =
+        row.size == 2 ? LoadLittleEndian<uint16_t>(at) : LoadLittleEndian<uint32_t>(at);
   }
   for (uint64_t i = 0; i < kHeaderTableBlocks; ++i) {
-    header.tableBlocks[i] = LoadU32(bytes.data() + kTableBlocksOffset + 4 * i);
+    header.tableBlocks[i] = LoadLittleEndian<uint32_t>(bytes.data() + kTableBlocksOffset + 4 * i);
   }
   header.dirty = false;
 }
@@ -55,19 +56,19 @@ void LoadHeader(CompoundHeader& header, const HeaderBytes& bytes) {
 void SaveHeader(CompoundHeader& header, HeaderBytes& bytes) {
   bytes.fill(0);
   std::copy(kCompoundMagic.begin(), kCompoundMagic.end(), bytes.begin());
-  StoreU16(bytes.data() + 24, 62);
-  StoreU16(bytes.data() + 26, 3);
-  StoreU16(bytes.data() + 28, 0xFFFE);
+  StoreLittleEndian<uint16_t>(bytes.data() + 24, 62);
+  StoreLittleEndian<uint16_t>(bytes.data() + 26, 3);
+  StoreLittleEndian<uint16_t>(bytes.data() + 28, 0xFFFE);
   for (const HeaderField& row : kFields) {
     unsigned char* const at = bytes.data() + row.offset;
     if (row.size == 2) {
-      StoreU16(at, header.*row.field);
+      StoreLittleEndian<uint16_t>(at, header.*row.field);
     } else {
-      StoreU32(at, header.*row.field);
+      StoreLittleEndian<uint32_t>(at, header.*row.field);
     }
   }
   for (uint64_t i = 0; i < kHeaderTableBlocks; ++i) {
-    StoreU32(bytes.data() + kTableBlocksOffset + 4 * i, header.tableBlocks[i]);
+    StoreLittleEndian<uint32_t>(bytes.data() + kTableBlocksOffset + 4 * i, header.tableBlocks[i]);
   }
   header.dirty = false;
 }

@@ -11,8 +11,8 @@
 
 #include <algorithm>
 
+#include "Common/LittleEndian.h"
 #include "compound/CompoundFile.h"
-#include "compound/LittleEndian.h"
 
 namespace tarn {
 namespace {
@@ -39,12 +39,12 @@ void FlushMetaBlocks(CompoundFile& file) {
   uint64_t at = 0;
   uint64_t groups = 0;
   for (uint64_t i = 0; i < file.metaData.size() && at + 8 <= image.size(); ++i) {
-    StoreU32(image.data() + at, file.metaData[i]);
+    StoreLittleEndian<uint32_t>(image.data() + at, file.metaData[i]);
     at += 4;
     if ((i + 1) % numbersPerGroup != 0) continue;
     ++groups;
     const bool last = groups >= file.metaBlocks.size();
-    StoreU32(image.data() + at, last ? kChainEnd : file.metaBlocks[groups]);
+    StoreLittleEndian<uint32_t>(image.data() + at, last ? kChainEnd : file.metaBlocks[groups]);
     at += 4;
   }
   SaveBigBlocks(file, file.metaBlocks.data(), file.metaBlocks.size(), 0, image.data(),

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <array>
 
+#include "Common/LittleEndian.h"
 #include "compound/CompoundFile.h"
 #include "compound/DirectoryTree.h"
-#include "compound/LittleEndian.h"
 
 namespace tarn {
 namespace {
@@ -60,7 +60,8 @@ constexpr ClassId RootClassId(uint32_t kind) {
 
 DirectoryEntry ReadRecord(const unsigned char* record) {
   DirectoryEntry entry;
-  const uint64_t nameSize = std::min(LoadU16(record + kNameSizeOffset), kNameBytes);
+  const uint64_t nameSize =
+      std::min<uint64_t>(LoadLittleEndian<uint16_t>(record + kNameSizeOffset), kNameBytes);
   for (uint64_t i = 0; i < nameSize && record[i] != 0; i += 2) {
     entry.name.push_back(static_cast<char>(record[i]));
   }
@@ -69,27 +70,28 @@ DirectoryEntry ReadRecord(const unsigned char* record) {
   entry.valid =
       (type == RecordStorage || type == RecordStream || type == RecordRoot) && nameSize != 0;
   entry.isDirectory = type != RecordStream;
-  for (const LinkField& link : kLinks) entry.*link.field = LoadU32(record + link.offset);
-  entry.start = LoadU32(record + kRecordStartOffset);
-  entry.size = LoadU32(record + kSizeOffset);
+  for (const LinkField& link : kLinks)
+    entry.*link.field = LoadLittleEndian<uint32_t>(record + link.offset);
+  entry.start = LoadLittleEndian<uint32_t>(record + kRecordStartOffset);
+  entry.size = LoadLittleEndian<uint32_t>(record + kSizeOffset);
   return entry;
 }
 
 void WriteName(unsigned char* record, std::string_view name) {
   name = name.substr(0, kNameBytes / 2);
   for (uint64_t i = 0; i < name.size(); ++i) record[2 * i] = static_cast<unsigned char>(name[i]);
-  StoreU16(record + kNameSizeOffset, 2 * name.size() + 2);
+  StoreLittleEndian<uint16_t>(record + kNameSizeOffset, 2 * name.size() + 2);
 }
 
 void WriteRoot(unsigned char* record, const DirectoryTree& tree) {
   WriteName(record, "Root Entry");
   record[kTypeOffset] = RecordRoot;
-  StoreU32(record + kPrevOffset, kNoEntry);
-  StoreU32(record + kNextOffset, kNoEntry);
-  StoreU32(record + kChildOffset, tree.entries[0].child);
+  StoreLittleEndian<uint32_t>(record + kPrevOffset, kNoEntry);
+  StoreLittleEndian<uint32_t>(record + kNextOffset, kNoEntry);
+  StoreLittleEndian<uint32_t>(record + kChildOffset, tree.entries[0].child);
   const ClassId id = RootClassId(tree.rootKind);
   std::copy(id.begin(), id.end(), record + kClassIdOffset);
-  StoreU32(record + kRecordStartOffset, kNoEntry);
+  StoreLittleEndian<uint32_t>(record + kRecordStartOffset, kNoEntry);
 }
 
 void WriteEntry(unsigned char* record, DirectoryEntry& entry) {
@@ -102,9 +104,10 @@ void WriteEntry(unsigned char* record, DirectoryEntry& entry) {
                         : entry.isDirectory ? RecordStorage
                                             : RecordStream;
   record[kColourOffset] = 1;
-  for (const LinkField& link : kLinks) StoreU32(record + link.offset, entry.*link.field);
-  StoreU32(record + kRecordStartOffset, entry.start);
-  StoreU32(record + kSizeOffset, entry.size);
+  for (const LinkField& link : kLinks)
+    StoreLittleEndian<uint32_t>(record + link.offset, entry.*link.field);
+  StoreLittleEndian<uint32_t>(record + kRecordStartOffset, entry.start);
+  StoreLittleEndian<uint32_t>(record + kSizeOffset, entry.size);
 }
 
 }  // namespace
@@ -141,8 +144,8 @@ void FlushDirectory(DirectoryTree& tree, const BlockList& blocks, CompoundFile& 
                     uint64_t bigBlockSize, uint64_t containerStart, uint64_t containerSize) {
   KernelVector<unsigned char> bytes = SaveDirectory(tree);
   if (!bytes.empty()) {
-    StoreU32(bytes.data() + kRecordStartOffset, containerStart);
-    StoreU32(bytes.data() + kSizeOffset, containerSize);
+    StoreLittleEndian<uint32_t>(bytes.data() + kRecordStartOffset, containerStart);
+    StoreLittleEndian<uint32_t>(bytes.data() + kSizeOffset, containerSize);
   }
   for (uint64_t i = 0; i < blocks.size(); ++i) {
     const uint64_t offset = i * bigBlockSize;

@@ -1,14 +1,11 @@
 #include "msg/MsgAttachments.h"
 
-#include <cinttypes>
-#include <cstdio>
 #include <cstring>
 #include <new>
 #include <optional>
 #include <string_view>
 
 #include "Common/AttachmentProperties.h"
-#include "Common/FileTime.h"
 #include "msg/AttachmentPath.h"
 #include "msg/EmbeddedMessage.h"
 #include "msg/MsgStreams.h"
@@ -97,7 +94,6 @@ int32_t Delivery::addTexts() {
   return StatusOk;
 }
 
-// Times before 1970 come out as large unsigned numbers.
 int32_t Delivery::addTimes() {
   SizedBytes records;
   const int32_t read = ReadMsgStream(storage_, path_.of(kPropertiesStream), records);
@@ -109,10 +105,7 @@ int32_t Delivery::addTimes() {
                             value)) {
       continue;
     }
-    const auto seconds = static_cast<uint64_t>(SecondsSince1970(static_cast<int64_t>(value)));
-    char digits[25];
-    std::snprintf(digits, sizeof digits, "%" PRIu64, seconds);
-    const int32_t added = AddAttachmentProperty(properties_, property.name, digits);
+    const int32_t added = AddTimeAttachmentProperty(properties_, property.name, value);
     if (added != StatusOk) return added;
   }
   return StatusOk;

@@ -12,9 +12,6 @@
 namespace tarn {
 namespace {
 
-constexpr std::string_view kHtmlOpen = "<html>";
-constexpr std::string_view kHtmlClose = "</html>";
-
 // The row of a table that serves a kind of document, or null.
 template <typename Table>
 const typename Table::value_type* FindKind(const Table& table, uint32_t kind) {
@@ -50,13 +47,6 @@ int32_t BuildBlock(const EmlMessage& message, BlockWriter& block) {
   }
   block.write(tails->block);
   return block.status();
-}
-
-// Only the very first tag counts: behind a doctype or a comment there is none.
-bool OpensWithHtmlElement(std::string_view html) {
-  const size_t first = html.find_first_not_of(" \r\n");
-  return first != std::string_view::npos && html[first] == '<' &&
-         EqualsIgnoringCase(html.substr(first + 1, 4), "html");
 }
 
 // Puts the body between "<html>" and "</html>", a terminating NUL behind both. False without

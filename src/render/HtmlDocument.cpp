@@ -110,6 +110,12 @@ bool FindSplicePoint(std::string_view html, uint64_t& offset) {
   return true;
 }
 
+bool OpensWithHtmlElement(std::string_view html) {
+  const size_t first = html.find_first_not_of(" \r\n");
+  return first != std::string_view::npos && html[first] == '<' &&
+         EqualsIgnoringCase(html.substr(first + 1, 4), "html");
+}
+
 int32_t RenderMailHtml(MailMessage& message) {
   BlockWriter block;
   for (const HeaderField<MailMessage>& field : kMailRows) {

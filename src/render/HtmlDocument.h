@@ -26,6 +26,13 @@ int32_t RenderMailHtml(MailMessage& message);
 // text without one. False for "<body" without a ">".
 bool FindSplicePoint(std::string_view html, uint64_t& offset);
 
+// What a text that is no whole document is put between.
+inline constexpr std::string_view kHtmlOpen = "<html>";
+inline constexpr std::string_view kHtmlClose = "</html>";
+
+// Whether the very first tag is <html>, in any case: behind a doctype or a comment there is none.
+bool OpensWithHtmlElement(std::string_view html);
+
 }  // namespace tarn
 
 #endif

@@ -157,6 +157,18 @@ TEST(AddWideAttachmentProperty, FailsForANameThatIsNoTextAndWithoutMemory) {
   PlainKernelFailAt(PlainKernelFaultMemory, 0);
 }
 
+TEST(AddTimeAttachmentProperty, WritesSecondsSince1970AsAnUnsignedNumber) {
+  PropertyList list;
+  EXPECT_EQ(AddTimeAttachmentProperty(list, "t", 116444736000000000), 1);
+  EXPECT_EQ(AddTimeAttachmentProperty(list, "t", 116444736019999999), 1);
+  EXPECT_EQ(AddTimeAttachmentProperty(list, "t", 116444735990000001), 1);
+  EXPECT_EQ(AddTimeAttachmentProperty(list, "t", 0), 1);
+  EXPECT_EQ(Value(list, 0), u"0");
+  EXPECT_EQ(Value(list, 1), u"1");
+  EXPECT_EQ(Value(list, 2), u"0");
+  EXPECT_EQ(Value(list, 3), u"18446744062065078016");
+}
+
 TEST(AddAttachmentProperty, ARefusedBudgetEndsTheList) {
   PropertyList list;
   ASSERT_EQ(AddAttachmentProperty(list, "n", "v"), 1);

@@ -1,4 +1,4 @@
-// DocumentText.h - the pieces that finished documents of stores and MSG files are put together of.
+// DocumentText.h - puts finished documents of stores and MSG files together.
 #ifndef TARN_FILEFORMATS_PST_DOCUMENTTEXT_H
 #define TARN_FILEFORMATS_PST_DOCUMENTTEXT_H
 
@@ -6,9 +6,6 @@
 #include <string_view>
 
 namespace tarn {
-
-inline constexpr std::string_view kHtmlOpen = "<html>";
-inline constexpr std::string_view kHtmlClose = "</html>";
 
 // Copies the bytes, for which there is room, and gives the place behind them.
 inline char* PutBytes(char* out, std::string_view bytes) {

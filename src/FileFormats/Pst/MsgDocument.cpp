@@ -1,8 +1,8 @@
 #include "FileFormats/Pst/MsgDocument.h"
 
-#include "Common/ByteSearch.h"
 #include "FileFormats/Pst/DocumentText.h"
 #include "msg/MsgReader.h"
+#include "render/HtmlDocument.h"
 #include "render/Renderer.h"
 
 namespace tarn {
@@ -10,20 +10,13 @@ namespace {
 
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 
-// Only the very first tag counts: behind a doctype or a comment there is none.
-bool IsCompleteHtml(std::string_view html) {
-  const size_t first = html.find_first_not_of(" \r\n");
-  return first != std::string_view::npos && html[first] == '<' &&
-         EqualsIgnoringCase(html.substr(first + 1, 4), "HTML");
-}
-
 int32_t MakeBodyDocument(MailMessage& message, uint32_t& kind, TrackedBuffer<char>& document) {
   const bool rtf = message.body.bytes().starts_with("{\\rtf");
   kind = rtf ? DocumentRtf : DocumentHtml;
   if (RenderMailMessage(&message, kind) != StatusOk) return StatusOutOfMemory;
 
   const std::string_view body = message.body.text();
-  const bool wrapped = !rtf && !IsCompleteHtml(body);
+  const bool wrapped = !rtf && !OpensWithHtmlElement(body);
   const uint64_t size = body.size() + (wrapped ? kHtmlOpen.size() + kHtmlClose.size() : 0);
   if (document.reserve(size + 1) == nullptr) return StatusOutOfMemory;
   document.length = size;

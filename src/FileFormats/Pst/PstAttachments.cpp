@@ -1,11 +1,9 @@
 #include "FileFormats/Pst/PstAttachments.h"
 
-#include <cinttypes>
-#include <cstdio>
 #include <exception>
 
 #include "Common/AttachmentProperties.h"
-#include "Common/FileTime.h"
+#include "Common/LittleEndian.h"
 #include "FileFormats/Pst/PstStreams.h"
 #include "pststore/StoreObjects.h"
 
@@ -28,8 +26,7 @@ constexpr pststore::ulong kEmbeddedMessage = 5;  // PR_ATTACH_METHOD
 void OpenEmbeddedMessage(const pststore::property_bag& properties) {
   const pststore::byte_vector object = properties.get_value_variable(PR_ATTACH_DATA);
   if (object.size() < 4) throw pststore::database_corrupt("embedded message without a node");
-  const auto byte = [&object](size_t i) { return static_cast<pststore::ulong>(object[i]); };
-  const pststore::ulong id = byte(0) | byte(1) << 8 | byte(2) << 16 | byte(3) << 24;
+  const auto id = LoadLittleEndian<pststore::ulong>(object.data());
   const pststore::property_bag message(properties.get_node().lookup(id));
 }
 
@@ -43,16 +40,11 @@ int32_t ReadData(const pststore::property_bag& properties, TrackedBuffer<char>& 
   return StatusOk;
 }
 
-// A time as seconds since 1970, in unsigned decimal digits; a property of another size adds
-// nothing.
+// A property of another size than a time's adds nothing.
 int32_t AddTime(PropertyList& list, const char* name, const pststore::property_bag& properties,
                 AttachmentPropertyId id) {
   if (!properties.prop_exists(id) || properties.size(id) != 8) return StatusOk;
-  const int64_t seconds = SecondsSince1970(static_cast<int64_t>(properties.get_value_8(id)));
-  char digits[25];
-  const int length =
-      std::snprintf(digits, sizeof digits, "%" PRIu64, static_cast<uint64_t>(seconds));
-  return AddAttachmentProperty(list, name, digits, static_cast<uint64_t>(length));
+  return AddTimeAttachmentProperty(list, name, properties.get_value_8(id));
 }
 
 // A text that the whole store cannot have room for is damage like any other.

@@ -6,6 +6,7 @@
 #include "FileFormats/Pst/DocumentText.h"
 #include "FileFormats/Pst/StoreWalk.h"
 #include "pststore/DbContext.h"
+#include "render/HtmlDocument.h"
 #include "render/Renderer.h"
 
 namespace tarn {
