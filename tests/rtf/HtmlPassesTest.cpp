@@ -80,6 +80,12 @@ TEST(ConditionalComments, TheTerminatorMovesWithTheText) {
   EXPECT_EQ(Shorten(std::string("<![if !supportLists]>\0", 22)), std::string("<![if !V]>\0", 11));
 }
 
+// The form is written although the bracket stands in its way, and over a terminator too.
+TEST(ConditionalComments, AShortOneAtTheEndCostsTheTerminator) {
+  EXPECT_EQ(Shorten(std::string("<![if]x\0", 8)), "<![if]!V");
+  EXPECT_EQ(Shorten(std::string("<![if]\0", 7)), std::string("<![if]\0", 7));
+}
+
 TEST(ConditionalComments, ABracketAtTheEndIsEnough) {
   EXPECT_EQ(Shorten("<![if !supportLists]"), "<![if !V]");
 }
