@@ -1,8 +1,5 @@
 # How every target of this project is compiled, and the short forms the folders use.
 
-find_package(GTest REQUIRED)
-include(GoogleTest)
-
 add_library(tarn_options INTERFACE)
 target_compile_options(tarn_options INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror

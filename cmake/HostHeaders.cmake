@@ -1,0 +1,16 @@
+# tarn_host_headers(<target> <name>...)
+# A target for header-only libraries of the build machine, for cross-builds: the named folders of
+# /usr/include and nothing else from there, by links in the build tree.
+function(tarn_host_headers target)
+  string(REPLACE "::" "-" folder_name ${target})
+  set(folder ${CMAKE_BINARY_DIR}/host-headers/${folder_name})
+  file(MAKE_DIRECTORY ${folder})
+  foreach(name IN LISTS ARGN)
+    if(NOT EXISTS /usr/include/${name})
+      message(FATAL_ERROR "the headers of ${name} are not installed")
+    endif()
+    file(CREATE_LINK /usr/include/${name} ${folder}/${name} SYMBOLIC)
+  endforeach()
+  add_library(${target} INTERFACE IMPORTED GLOBAL)
+  target_include_directories(${target} SYSTEM INTERFACE ${folder})
+endfunction()
