@@ -1,22 +1,33 @@
 #!/usr/bin/env bash
-# scripts/fuzz.sh SECONDS: runs each fuzz target of the debug build for that long, from its seeds.
-# Findings stay in build/debug/fuzz/ and end the run with 1.
+# scripts/fuzz.sh SECONDS [RANDOM_SEED]: runs each fuzz target of the debug build for that long, from
+# its checked-in inputs. Without a random seed every run in a fresh build tree takes the same way, as far
+# as it gets in its time, so that one change is not tested by another way than the next; 0 takes a
+# new way each time. Findings stay in build/debug/fuzz/, are printed in base64, and end the run with 1.
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 . "$root/scripts/common.sh"
 use_fast_temp_directory
-seconds=${1:?usage: scripts/fuzz.sh SECONDS}
+seconds=${1:?usage: scripts/fuzz.sh SECONDS [RANDOM_SEED]}
+seed=${2:-20260401}
 work="$root/build/debug/fuzz"
 mkdir -p "$work"
+
+# What a target said last, and its input, for whoever does not have this machine's files.
+show_finding() {
+  local log=$1 input
+  tail -n 60 "$log" >&2
+  input=$(sed -n 's/.*Test unit written to //p' "$log")
+  if [ -f "$input" ]; then base64 "$input" >&2; fi
+}
 
 # Runs one target to its end.
 run_target() {
   local target=$1 dictionary=$2 seeds=$3
   local corpus="$work/$target-corpus"
   mkdir -p "$corpus"
-  "$root/build/debug/tests/$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -max_len=8192 \
-    -dict="$root/fuzz/$dictionary" -artifact_prefix="$work/" -print_final_stats=1 \
-    "$corpus" "$root/$seeds" >"$work/$target.log" 2>&1 || { tail -n 60 "$work/$target.log" >&2; return 1; }
+  "$root/build/debug/tests/$target" -max_total_time="$seconds" -seed="$seed" -timeout=10 \
+    -rss_limit_mb=2048 -max_len=8192 -dict="$root/fuzz/$dictionary" -artifact_prefix="$work/" -print_final_stats=1 \
+    "$corpus" "$root/$seeds" >"$work/$target.log" 2>&1 || { show_finding "$work/$target.log"; return 1; }
   printf '%s: %s runs\n' "$target" "$(sed -n 's/^stat::number_of_executed_units: *//p' "$work/$target.log")" >&2
 }
 
