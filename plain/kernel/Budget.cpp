@@ -4,13 +4,14 @@
 #include <mutex>
 
 #include "Faults.h"
+#include "Lock.h"
 #include "Status.h"
 #include "Tarnbase/PlainKernel.h"
 
 namespace tarn::kernel {
 namespace {
 
-constinit std::mutex budgetMutex;
+constinit Lock budgetMutex;
 uint64_t budgetBytes = UINT64_MAX;
 uint64_t reportedBytes = 0;
 

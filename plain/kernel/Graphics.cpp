@@ -1,10 +1,8 @@
-// Device contexts and fonts. The plain kernel draws nothing: a context is a bare record, and a font
-// is a copy of the LOGFONTW record that it was made from.
+// Device contexts and fonts: the system's, and the register of those alive.
 #include <cstdint>
-#include <cstdlib>
-#include <cstring>
 
 #include "Report.h"
+#include "SystemGraphics.h"
 #include "Tarnbase/Kernel.h"
 #include "TrackedObjects.h"
 
@@ -13,21 +11,16 @@ namespace {
 
 enum GraphicsKind : int32_t { DeviceContext = 1, Font = 2 };
 
-constexpr size_t kLogFontBytes = 92;  // LOGFONTW: 28 bytes of numbers, 32 units of face name
-constexpr size_t kContextBytes = 16;
-
-void* NewGraphicsObject(GraphicsKind kind, size_t bytes, int32_t line, const char16_t* file) {
-  void* const object = std::calloc(1, bytes);
-  if (object != nullptr) GraphicsObjects().Add(kind, object, line, file);
+void* Tracked(GraphicsKind kind, void* object, int32_t line, const char16_t* file) {
+  GraphicsObjects().Add(kind, object, line, file);
   return object;
 }
 
-void DeleteGraphicsObject(GraphicsKind kind, const char* operation, void* object, int32_t line,
-                          const char16_t* file) {
-  if (!GraphicsObjects().Remove(kind, object)) {
-    AbortOnMisuse(operation, "not a live object of this kind", object, line, file);
-  }
-  std::free(object);
+// Before the object goes: its address or handle may be given out again at once.
+void Untrack(GraphicsKind kind, const char* operation, const void* object, int32_t line,
+             const char16_t* file) {
+  if (GraphicsObjects().Remove(kind, object)) return;
+  AbortOnMisuse(operation, "not a live object of this kind", object, line, file);
 }
 
 }  // namespace
@@ -36,20 +29,20 @@ void DeleteGraphicsObject(GraphicsKind kind, const char* operation, void* object
 using namespace tarn::kernel;
 
 void* KernelCreateDC(int32_t /*reserved*/, int32_t line, const char16_t* file) {
-  return NewGraphicsObject(DeviceContext, kContextBytes, line, file);
+  return Tracked(DeviceContext, MakeContext(), line, file);
 }
 
 void KernelDeleteDC(void* context, int32_t line, const char16_t* file) {
-  DeleteGraphicsObject(DeviceContext, "KernelDeleteDC", context, line, file);
+  Untrack(DeviceContext, "KernelDeleteDC", context, line, file);
+  DestroyContext(context);
 }
 
 void* KernelCreateFont(const void* logFont, int32_t line, const char16_t* file) {
   if (logFont == nullptr) return nullptr;
-  void* const font = NewGraphicsObject(Font, kLogFontBytes, line, file);
-  if (font != nullptr) std::memcpy(font, logFont, kLogFontBytes);
-  return font;
+  return Tracked(Font, MakeFont(logFont), line, file);
 }
 
 void KernelDeleteFont(void* font, int32_t line, const char16_t* file) {
-  DeleteGraphicsObject(Font, "KernelDeleteFont", font, line, file);
+  Untrack(Font, "KernelDeleteFont", font, line, file);
+  DestroyFont(font);
 }

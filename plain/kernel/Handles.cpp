@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "Lock.h"
 #include "Tarnbase/Kernel.h"
 #include "Undying.h"
 
@@ -17,7 +18,7 @@ struct Slot {
 };
 
 struct Slots {
-  std::mutex mutex;
+  Lock mutex;
   std::vector<Slot> slots;
   std::vector<uint32_t> freeSlots;  // has room for every slot, so that dropping never allocates
   uint64_t live = 0;

@@ -6,13 +6,14 @@
 #include <cstring>
 #include <mutex>
 
+#include "Lock.h"
 #include "Status.h"
 #include "Tarnbase/PlainKernel.h"
 
 namespace tarn::kernel {
 namespace {
 
-constinit std::mutex modeMutex;
+constinit Lock modeMutex;
 int32_t currentMode = 0;
 
 }  // namespace

@@ -11,6 +11,7 @@
 
 #include "AddressTable.h"
 #include "Faults.h"
+#include "Lock.h"
 #include "Report.h"
 #include "Tarnbase/Kernel.h"
 
@@ -27,7 +28,7 @@ struct BlockRecord {
 };
 
 struct Blocks {
-  std::mutex mutex;
+  Lock mutex;
   AddressTable<BlockRecord> table;
   uint64_t liveBytes = 0;
   uint64_t peakBytes = 0;

@@ -9,6 +9,7 @@
 
 #include "Faults.h"
 #include "Handles.h"
+#include "Lock.h"
 #include "Memory.h"
 #include "Status.h"
 #include "Tarnbase/Kernel.h"
@@ -88,7 +89,7 @@ class MemoryFile final : public OpenFile {
     return true;
   }
 
-  std::mutex mutex_;
+  Lock mutex_;
   Contents contents_;
   const char* given_;
   uint64_t position_ = 0;
@@ -103,7 +104,7 @@ struct State {
 // States are numbers that only look like pointers, so that one that has ended is never taken for
 // another.
 struct States {
-  std::mutex mutex;
+  Lock mutex;
   std::unordered_map<uintptr_t, State> live;
   uintptr_t last = 0;
 };

@@ -3,6 +3,7 @@
 #define TARN_KERNEL_PATHS_H
 
 #include <string>
+#include <string_view>
 
 namespace tarn::kernel {
 
@@ -17,11 +18,16 @@ std::string WithSlashes(std::string path);
 // What stands before the last "/" ("/" for a file of the root, "." without one).
 std::string DirectoryOf(const std::string& path);
 
-// Whether a component is "..", by either separator.
-bool ClimbsUp(const std::string& path);
-
-// One spelling for all that differ in separators, doubled separators and "." components only.
-std::string OneSpelling(const std::string& path);
+// Calls `visit` with each component, empty ones included.
+template <typename Visit>
+void ForEachComponent(std::string_view path, Visit visit) {
+  size_t start = 0;
+  for (size_t i = 0; i <= path.size(); ++i) {
+    if (i < path.size() && !IsSeparator(path[i])) continue;
+    visit(path.substr(start, i - start));
+    start = i + 1;
+  }
+}
 
 }  // namespace tarn::kernel
 

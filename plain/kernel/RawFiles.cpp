@@ -1,9 +1,10 @@
 // Temporary files outside the host's I/O: made to be opened by name, and deleted by name.
 //
 // Names of inline images come out of mail, which may be hostile: no operation here follows a path
-// with a ".." component, so that no image climbs out of the directory made for it, and deleting
-// after a refused create deletes nothing else either.
+// with a ".." component or anything else that MayNameTemporary refuses, so that no image climbs out
+// of the directory made for it, and deleting after a refused create deletes nothing else either.
 #include "Faults.h"
+#include "PathRules.h"
 #include "Paths.h"
 #include "Status.h"
 #include "SystemFiles.h"
@@ -14,7 +15,7 @@ namespace tarn::kernel {
 namespace {
 
 uint64_t CreateRaw(const std::string& path) {
-  if (path.empty() || ClimbsUp(path)) return KERNEL_BAD_HANDLE;
+  if (!MayNameTemporary(path)) return KERNEL_BAD_HANDLE;
   std::shared_ptr<OpenFile> file;
   MakeNotedFile(path, [&] { return (file = OpenTemporary(path)) != nullptr; });
   return GiveHandle(HandleGroup::Raw, std::move(file));

@@ -1,5 +1,5 @@
 // SystemFiles.h - the file calls of the operating system, as few as the kernel can do with. One
-// folder a system implements them (posix/).
+// folder a system implements them (posix/, win32/).
 //
 // Paths are UTF-8. "Null" below is a failure of any kind. All may throw std::bad_alloc.
 #ifndef TARN_KERNEL_SYSTEMFILES_H

@@ -3,6 +3,8 @@
 #include <mutex>
 #include <unordered_set>
 
+#include "Lock.h"
+#include "PathRules.h"
 #include "Paths.h"
 #include "Status.h"
 #include "SystemFiles.h"
@@ -13,7 +15,7 @@ namespace tarn::kernel {
 namespace {
 
 struct Notes {
-  std::mutex mutex;
+  Lock mutex;
   std::unordered_set<std::string> paths;  // each in its one spelling
   std::string directory;                  // empty: the system's
 };
@@ -39,7 +41,7 @@ void ForgetFile(const std::string& path) {
 }
 
 void DeleteNotedFile(const std::string& path) {
-  if (path.empty() || ClimbsUp(path)) return;
+  if (!MayNameTemporary(path)) return;
   if (RemoveFile(path)) ForgetFile(path);
 }
 

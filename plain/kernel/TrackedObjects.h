@@ -7,6 +7,7 @@
 #include <mutex>
 
 #include "AddressTable.h"
+#include "Lock.h"
 
 namespace tarn::kernel {
 
@@ -32,7 +33,7 @@ class ObjectRegister {
     int32_t kind;
   };
 
-  std::mutex mutex_;
+  Lock mutex_;
   AddressTable<Record> table_;
   uint64_t unrecorded_ = 0;  // objects the table had no memory for
 };

@@ -1,0 +1,18 @@
+#include "Lock.h"
+
+#include "SystemHeaders.h"
+
+namespace tarn::kernel {
+namespace {
+
+static_assert(sizeof(SRWLOCK) == sizeof(void*) && alignof(SRWLOCK) == alignof(void*));
+
+SRWLOCK* Native(void*& state) { return reinterpret_cast<SRWLOCK*>(&state); }
+
+}  // namespace
+
+void Lock::lock() noexcept { ::AcquireSRWLockExclusive(Native(state_)); }
+
+void Lock::unlock() noexcept { ::ReleaseSRWLockExclusive(Native(state_)); }
+
+}  // namespace tarn::kernel

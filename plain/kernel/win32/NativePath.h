@@ -1,0 +1,38 @@
+// NativePath.h - the kernel's paths as the system's calls take them.
+//
+// The system resolves a path of MAX_PATH units or more only when it is full and carries the prefix
+// "\\?\". Paths whose full form is that long get one, so that length alone never fails; all others
+// are passed as they stand. Paths are empty when they were empty or no well-formed text: a name
+// with half a surrogate pair, which the system can hold, cannot be told in UTF-8.
+#ifndef TARN_KERNEL_WIN32_NATIVEPATH_H
+#define TARN_KERNEL_WIN32_NATIVEPATH_H
+
+#include <string>
+
+namespace tarn::kernel {
+
+// Both are runs of UTF-16 code units.
+inline const wchar_t* AsNative(const std::u16string& text) {
+  return reinterpret_cast<const wchar_t*>(text.c_str());
+}
+inline const char16_t* AsText(const wchar_t* text) {
+  return reinterpret_cast<const char16_t*>(text);
+}
+
+// The full form of a path, as the system resolves it against the current directory; empty when it
+// cannot.
+std::u16string FullPath(const std::u16string& path);
+
+// A path that the host gave: one that begins with "\\?\" or "\\.\" is the host's own business.
+std::u16string HostPath(const std::string& path);
+
+// Without a prefix "\\?\", if one is there; behind "\\?\UNC\" stands a server.
+std::string WithoutVerbatimPrefix(const std::string& path);
+
+// A path of a temporary file: a prefix "\\?\" is taken off, so that the usual rules of names hold
+// behind it too.
+std::u16string TemporaryPath(const std::string& path);
+
+}  // namespace tarn::kernel
+
+#endif

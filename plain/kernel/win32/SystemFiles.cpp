@@ -1,0 +1,180 @@
+#include "SystemFiles.h"
+
+#include "SystemHeaders.h"
+// Behind the header that it builds on.
+#include <bcrypt.h>
+
+#include <algorithm>
+#include <array>
+
+#include "FileKinds.h"
+#include "NativePath.h"
+#include "Tarnbase/Kernel.h"
+#include "Utf8.h"
+
+namespace tarn::kernel {
+namespace {
+
+constexpr uint64_t kLargestTransfer = 0x40000000;  // what one call of the system is asked to move
+
+// The kernel locks nobody out: others may read, write, rename and delete what it has open.
+constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+class NativeFile final : public OpenFile {
+ public:
+  explicit NativeFile(HANDLE handle) : handle_(handle), seeks_(IsDiskFile(handle)) {}
+  ~NativeFile() override { ::CloseHandle(handle_); }
+
+  uint64_t Read(void* buffer, uint64_t count) override {
+    char* const bytes = static_cast<char*>(buffer);
+    return MoveAll(count, [&](uint64_t done, DWORD step, DWORD* moved) {
+      return ::ReadFile(handle_, bytes + done, step, moved, nullptr);
+    });
+  }
+
+  uint64_t Write(const void* buffer, uint64_t count) override {
+    const char* const bytes = static_cast<const char*>(buffer);
+    return MoveAll(count, [&](uint64_t done, DWORD step, DWORD* moved) {
+      return ::WriteFile(handle_, bytes + done, step, moved, nullptr);
+    });
+  }
+
+  uint64_t Seek(int64_t offset, int32_t origin) override {
+    static_assert(FILE_BEGIN == KERNEL_SEEK_START && FILE_CURRENT == KERNEL_SEEK_CURRENT &&
+                  FILE_END == KERNEL_SEEK_END);
+    if (origin < KERNEL_SEEK_START || origin > KERNEL_SEEK_END || !seeks_) return UINT64_MAX;
+    LARGE_INTEGER distance;
+    LARGE_INTEGER position;
+    distance.QuadPart = offset;
+    const BOOL moved = ::SetFilePointerEx(handle_, distance, &position, static_cast<DWORD>(origin));
+    return moved != 0 ? static_cast<uint64_t>(position.QuadPart) : UINT64_MAX;
+  }
+
+ private:
+  // Goes on after short counts, up to the end of the file or an error.
+  template <typename Step>
+  static uint64_t MoveAll(uint64_t count, Step step) {
+    uint64_t done = 0;
+    while (done < count) {
+      const DWORD want = static_cast<DWORD>(std::min(count - done, kLargestTransfer));
+      DWORD moved = 0;
+      if (step(done, want, &moved) == 0 || moved == 0) break;
+      done += moved;
+    }
+    return done;
+  }
+
+  HANDLE handle_;
+  bool seeks_;  // asking others for a position is not defined
+};
+
+HANDLE OpenNative(const std::u16string& path, DWORD access, DWORD creation, DWORD flags) {
+  if (path.empty()) return INVALID_HANDLE_VALUE;
+  return ::CreateFileW(AsNative(path), access, kShareAll, nullptr, creation,
+                       FILE_ATTRIBUTE_NORMAL | flags, nullptr);
+}
+
+// Takes the handle over; null when there is none.
+std::shared_ptr<OpenFile> FileOf(HANDLE handle) {
+  if (handle == INVALID_HANDLE_VALUE) return nullptr;
+  try {
+    return std::make_shared<NativeFile>(handle);
+  } catch (...) {
+    ::CloseHandle(handle);
+    throw;
+  }
+}
+
+bool NothingOfThatName(DWORD error) {
+  return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND ||
+         error == ERROR_INVALID_NAME || error == ERROR_BAD_PATHNAME || error == ERROR_DIRECTORY ||
+         error == ERROR_FILENAME_EXCED_RANGE || error == ERROR_INVALID_DRIVE;
+}
+
+// A file that is marked read-only is deleted like any other; the mark stays when that fails.
+bool RemoveReadOnly(const std::u16string& path) {
+  const DWORD attributes = ::GetFileAttributesW(AsNative(path));
+  constexpr DWORD kMark = FILE_ATTRIBUTE_READONLY;
+  if (attributes == INVALID_FILE_ATTRIBUTES) return NothingOfThatName(::GetLastError());
+  if ((attributes & kMark) == 0 || (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) return false;
+  if (::SetFileAttributesW(AsNative(path), attributes & ~kMark) == 0) return false;
+  if (::DeleteFileW(AsNative(path)) != 0) return true;
+  ::SetFileAttributesW(AsNative(path), attributes);
+  return false;
+}
+
+}  // namespace
+
+const char kPathSeparator = '\\';
+
+// The system takes both separators, and refuses to open a directory as a file.
+std::shared_ptr<OpenFile> OpenForReading(const std::string& path) {
+  return FileOf(OpenNative(HostPath(path), GENERIC_READ, OPEN_EXISTING, 0));
+}
+
+std::shared_ptr<OpenFile> OpenForWriting(const std::string& path) {
+  return FileOf(OpenNative(HostPath(path), GENERIC_WRITE, CREATE_ALWAYS, 0));
+}
+
+std::shared_ptr<OpenFile> OpenTemporary(const std::string& path) {
+  // A link is opened itself instead of followed; emptied only once it is known to be a plain file.
+  const HANDLE handle = OpenNative(TemporaryPath(path), GENERIC_WRITE | FILE_READ_ATTRIBUTES,
+                                   OPEN_ALWAYS, FILE_FLAG_OPEN_REPARSE_POINT);
+  std::shared_ptr<OpenFile> file = FileOf(handle);
+  if (file == nullptr || !IsPlainFile(handle) || ::SetEndOfFile(handle) == 0) return nullptr;
+  return file;
+}
+
+Creation MakeNewFile(const std::string& path) {
+  // Without the flag a link to nowhere would be followed and its target made.
+  const HANDLE handle =
+      OpenNative(TemporaryPath(path), GENERIC_WRITE, CREATE_NEW, FILE_FLAG_OPEN_REPARSE_POINT);
+  if (handle == INVALID_HANDLE_VALUE) {
+    const DWORD error = ::GetLastError();
+    const bool exists = error == ERROR_FILE_EXISTS || error == ERROR_ALREADY_EXISTS;
+    return exists ? Creation::Exists : Creation::Failed;
+  }
+  const bool plain = IsDiskFile(handle);
+  ::CloseHandle(handle);
+  return plain ? Creation::Made : Creation::Failed;
+}
+
+bool RemoveFile(const std::string& path) {
+  const std::u16string native = TemporaryPath(path);
+  if (native.empty()) return true;
+  if (::DeleteFileW(AsNative(native)) != 0) return true;
+  const DWORD error = ::GetLastError();
+  return NothingOfThatName(error) || (error == ERROR_ACCESS_DENIED && RemoveReadOnly(native));
+}
+
+std::string ResolveDirectory(const std::string& path) {
+  const std::u16string full = FullPath(ToWide(path));
+  const std::string resolved = ToUtf8(full.data(), static_cast<int64_t>(full.size()));
+  const std::u16string native = HostPath(resolved);
+  if (native.empty()) return {};
+  const DWORD attributes = ::GetFileAttributesW(AsNative(native));
+  const bool exists = attributes != INVALID_FILE_ATTRIBUTES;
+  return exists && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? resolved : std::string();
+}
+
+std::string SystemTempDirectory() {
+  std::array<wchar_t, MAX_PATH + 2> path;
+  const DWORD units = ::GetTempPathW(static_cast<DWORD>(path.size()), path.data());
+  if (units == 0 || units >= path.size()) return {};
+  return ToUtf8(AsText(path.data()), units);
+}
+
+bool RandomBytes(void* buffer, uint64_t count) {
+  unsigned char* const bytes = static_cast<unsigned char*>(buffer);
+  uint64_t done = 0;
+  while (done < count) {
+    const ULONG want = static_cast<ULONG>(std::min(count - done, kLargestTransfer));
+    const NTSTATUS status =
+        ::BCryptGenRandom(nullptr, bytes + done, want, BCRYPT_USE_SYSTEM_PREFERRED_RNG);
+    if (status < 0) return false;
+    done += want;
+  }
+  return true;
+}
+
+}  // namespace tarn::kernel
