@@ -1,0 +1,101 @@
+# What `cmake --install` puts where: the two libraries, tarnmail, the public headers, the CMake
+# package, the pkg-config file, the manual page. Included last, when all targets are there.
+#
+# The libraries carry no version in their names: hosts load them, and the kernel of a host may take
+# the place of libTarnbase.so, by these very names. They lie in the public library directory, so
+# that a program linked with -lTarnPst runs without a search path of its own.
+if(NOT WIN32 AND CMAKE_LIBRARY_ARCHITECTURE)
+  # Below every prefix, not below /usr alone: where the loader of Debian looks.
+  set(CMAKE_INSTALL_LIBDIR "lib/${CMAKE_LIBRARY_ARCHITECTURE}" CACHE PATH "Object code libraries")
+endif()
+if(NOT CMAKE_INSTALL_DOCDIR)
+  # What unpacks side by side on Windows has no share/.
+  if(WIN32)
+    set(docdir doc)
+  else()
+    set(docdir share/doc/tarnpst)
+  endif()
+  set(CMAKE_INSTALL_DOCDIR ${docdir} CACHE PATH "Documentation" FORCE)
+endif()
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+set(cmakedir ${CMAKE_INSTALL_LIBDIR}/cmake/TarnPst)
+
+# Libraries and program. Whatever the prefix becomes, each finds the others from where it lies.
+set(include_installed $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+target_include_directories(Tarnbase INTERFACE ${include_installed})
+target_include_directories(TarnPst INTERFACE ${include_installed})
+target_link_libraries(TarnPst INTERFACE $<INSTALL_INTERFACE:TarnPst::Tarnbase>)
+if(NOT WIN32)
+  file(RELATIVE_PATH libdir_from_program
+    ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+  target_compile_definitions(tarnmail_parts PRIVATE
+    TARN_LIBRARIES_FROM_PROGRAM="${libdir_from_program}")
+  set_target_properties(TarnPst PROPERTIES INSTALL_RPATH "$ORIGIN")
+  set_target_properties(tarnmail PROPERTIES INSTALL_RPATH "$ORIGIN/${libdir_from_program}")
+endif()
+install(TARGETS TarnPst Tarnbase EXPORT TarnPst
+  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(TARGETS tarnmail RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+
+install(FILES ${PROJECT_SOURCE_DIR}/Include/TarnPst.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/Include/Tarnbase
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
+
+# For programs built against what is installed.
+install(EXPORT TarnPst NAMESPACE TarnPst:: FILE TarnPstTargets.cmake DESTINATION ${cmakedir})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/TarnPstConfigVersion.cmake
+  COMPATIBILITY SameMinorVersion)
+install(FILES
+  ${CMAKE_CURRENT_LIST_DIR}/TarnPstConfig.cmake
+  ${PROJECT_BINARY_DIR}/TarnPstConfigVersion.cmake
+  DESTINATION ${cmakedir})
+
+set(pkgconfigdir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+file(RELATIVE_PATH prefix_from_pkgconfig
+  ${CMAKE_INSTALL_PREFIX}/${pkgconfigdir} ${CMAKE_INSTALL_PREFIX})
+string(REGEX REPLACE "/$" "" prefix_from_pkgconfig ${prefix_from_pkgconfig})
+configure_file(${CMAKE_CURRENT_LIST_DIR}/tarnpst.pc.in ${PROJECT_BINARY_DIR}/tarnpst.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/tarnpst.pc DESTINATION ${pkgconfigdir})
+
+if(WIN32)
+  include(InstallWindows)
+endif()
+
+# For people.
+set(documents ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/packaging/copyright)
+if(WIN32)
+  install(FILES ${documents} ${PROJECT_SOURCE_DIR}/CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+else()
+  install(FILES ${documents} DESTINATION ${CMAKE_INSTALL_DOCDIR})
+endif()
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs DESTINATION ${CMAKE_INSTALL_DOCDIR}
+  FILES_MATCHING PATTERN "*.md" PATTERN "*.png")
+install(DIRECTORY
+  ${PROJECT_SOURCE_DIR}/examples/consumers/c ${PROJECT_SOURCE_DIR}/examples/consumers/cpp
+  DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
+
+# compressed(<file> <name> <folder> [<option of install>...]): installs the file as <name>.gz, the
+# same bytes every time.
+function(compressed file name folder)
+  set(packed ${PROJECT_BINARY_DIR}/compressed/${name}.gz)
+  file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/compressed)
+  add_custom_command(OUTPUT ${packed}
+    COMMAND gzip -9nc ${file} > ${packed}
+    DEPENDS ${file} VERBATIM)
+  set_property(GLOBAL APPEND PROPERTY TARN_COMPRESSED ${packed})
+  install(FILES ${packed} DESTINATION ${folder} ${ARGN})
+endfunction()
+if(NOT WIN32)
+  compressed(${PROJECT_SOURCE_DIR}/docs/tarnmail.1 tarnmail.1 ${CMAKE_INSTALL_MANDIR}/man1)
+  compressed(${PROJECT_SOURCE_DIR}/CHANGELOG.md changelog ${CMAKE_INSTALL_DOCDIR})
+  compressed(${PROJECT_SOURCE_DIR}/packaging/debian/changelog changelog.Debian ${CMAKE_INSTALL_DOCDIR}
+    COMPONENT debian EXCLUDE_FROM_ALL)
+  get_property(packed_files GLOBAL PROPERTY TARN_COMPRESSED)
+  add_custom_target(compressed_documents ALL DEPENDS ${packed_files})
+endif()
+
+include(Packages)
