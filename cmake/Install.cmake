@@ -58,6 +58,11 @@ set(pkgconfigdir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 file(RELATIVE_PATH prefix_from_pkgconfig
   ${CMAKE_INSTALL_PREFIX}/${pkgconfigdir} ${CMAKE_INSTALL_PREFIX})
 string(REGEX REPLACE "/$" "" prefix_from_pkgconfig ${prefix_from_pkgconfig})
+set(pkgconfig_libraries "-lTarnPst -lTarnbase")
+if(WIN32)
+  # By their file names, under which programs with a static runtime (-static) find them too.
+  set(pkgconfig_libraries "-l:libTarnPst.dll.a -l:libTarnbase.dll.a")
+endif()
 configure_file(${CMAKE_CURRENT_LIST_DIR}/tarnpst.pc.in ${PROJECT_BINARY_DIR}/tarnpst.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/tarnpst.pc DESTINATION ${pkgconfigdir})
 

@@ -145,7 +145,7 @@ same "the .zip: what Tarnbase.dll imports" /dev/null <(imports "$tree/bin/Tarnba
 
 flags=$(PKG_CONFIG_LIBDIR="$tree/lib/pkgconfig" pkg-config --cflags --libs tarnpst) ||
   fail "pkg-config does not know tarnpst of the .zip"
-quietly "building the program in C for Windows" $cross-gcc-posix -std=c11 "${warnings[@]}" \
+quietly "building the program in C for Windows" $cross-gcc-posix -static -std=c11 "${warnings[@]}" \
   "$work/consumers/c/pages.c" -o "$work/pages.exe" $flags
 quietly "building the program in C for Windows with the .lib files" \
   $cross-gcc-posix -std=c11 "${warnings[@]}" "$work/consumers/c/pages.c" \
@@ -181,7 +181,7 @@ for pages in pages.exe pages-lib.exe; do
   run_consumers "the .zip, $pages" "$work/$pages" "$work/cpp-windows/summary.exe" \
     "$root/scripts/wine-run"
 done
-# Beside its libraries it needs no search path.
-WINEPATH='' run_tarnmail "the .zip" "$tree/bin/tarnmail.exe" "$root/scripts/wine-run"
+# Beside its libraries it needs no search path; wine-run has one for those who give none.
+WINEPATH='C:\' run_tarnmail "the .zip" "$tree/bin/tarnmail.exe" "$root/scripts/wine-run"
 
 echo "packages: ok: $(basename "$deb"), $(basename "$zip")"
