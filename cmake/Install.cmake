@@ -4,7 +4,7 @@
 # The libraries carry no version in their names: hosts load them, and the kernel of a host may take
 # the place of libTarnbase.so, by these very names. They lie in the public library directory, so
 # that a program linked with -lTarnPst runs without a search path of its own.
-if(NOT WIN32 AND CMAKE_LIBRARY_ARCHITECTURE)
+if(NOT WIN32 AND CMAKE_LIBRARY_ARCHITECTURE AND NOT DEFINED CMAKE_INSTALL_LIBDIR)
   # Below every prefix, not below /usr alone: where the loader of Debian looks.
   set(CMAKE_INSTALL_LIBDIR "lib/${CMAKE_LIBRARY_ARCHITECTURE}" CACHE PATH "Object code libraries")
 endif()
