@@ -108,7 +108,8 @@ TARNBASE_API uint64_t KernelFileSeek(uint64_t handle, int64_t offset, int32_t or
 /* Files outside the host's I/O: temporary files that a sibling opens by name ------------------ */
 
 /* "\" and "/" both separate the components of these paths. No operation follows a path with a ".."
- * component: names of images come out of mail, which may be hostile. */
+ * component, nor on Windows one that names a stream or a device: names of images come out of mail,
+ * which may be hostile. */
 
 /* Creates the file for its owner alone, or empties it; it is a regular file, and no link. */
 TARNBASE_API uint64_t KernelRawFileCreate(const char16_t* path, int32_t reserved);

@@ -31,7 +31,7 @@ enum class Creation { Made, Exists, Failed };
 // Makes an empty file for its owner alone, if nothing of that name exists.
 Creation MakeNewFile(const std::string& path);
 
-// Whether no file of that name exists afterwards.
+// Whether no file of that name exists afterwards, or will once those who have it open let go.
 bool RemoveFile(const std::string& path);
 
 // The same directory without ".." components; empty when there is none.

@@ -49,9 +49,10 @@ std::u16string HostPath(const std::string& path) {
 
 std::string WithoutVerbatimPrefix(const std::string& path) {
   const std::string front = WithSlashes(path.substr(0, 8));
-  if (!front.starts_with("//?/")) return path;
+  if (front.size() < 7 || !front.starts_with("//?/")) return path;
+  if (front[5] == ':' && front[6] == '/') return path.substr(4);
   const bool server = front.size() == 8 && front[7] == '/' && _strnicmp(&front[4], "UNC", 3) == 0;
-  return server ? "\\\\" + path.substr(8) : path.substr(4);
+  return server ? "\\\\" + path.substr(8) : path;
 }
 
 std::u16string TemporaryPath(const std::string& path) {
