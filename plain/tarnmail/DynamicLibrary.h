@@ -1,4 +1,6 @@
-// DynamicLibrary.h - a shared library that lies beside the running program, loaded at run time.
+// DynamicLibrary.h - a shared library that lies beside the running program or, installed, in the
+// library directory that belongs to the program's; loaded at run time. One folder a system
+// implements it.
 #ifndef TARN_TARNMAIL_DYNAMICLIBRARY_H
 #define TARN_TARNMAIL_DYNAMICLIBRARY_H
 
@@ -10,7 +12,7 @@ namespace tarn::host {
 // code and constants.
 class DynamicLibrary {
  public:
-  // `name` is the bare name ("TarnPst" for libTarnPst.so). Throws Failure (Broken).
+  // `name` is the bare name ("TarnPst" for libTarnPst.so and TarnPst.dll). Throws Failure (Broken).
   explicit DynamicLibrary(const std::string& name);
 
   // The address of an exported function. Throws Failure (Broken) when there is none.

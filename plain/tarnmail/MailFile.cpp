@@ -1,19 +1,18 @@
 #include "MailFile.h"
 
-#include <cerrno>
-#include <cstdio>
 #include <filesystem>
 #include <memory>
 #include <system_error>
 
 #include "Failure.h"
+#include "Paths.h"
 #include "StatusText.h"
+#include "SystemErrors.h"
+#include "SystemFiles.h"
 #include "Text.h"
 
 namespace tarn::host {
 namespace {
-
-namespace fs = std::filesystem;
 
 // The path for the filter, once it is known that a regular file of that name can be opened: the
 // kernel's own open says no more than that it failed.
@@ -25,15 +24,15 @@ std::u16string CheckedPath(const std::string& file) {
   const std::optional<std::u16string> wide = WideFromUtf8(file);
   if (!wide) throw unusable("the name is not UTF-8");
 
+  const std::filesystem::path path = PathFromUtf8(file);
   std::error_code error;
-  const fs::file_status status = fs::status(file, error);
-  if (status.type() == fs::file_type::not_found) throw unusable("no such file");
-  if (error) throw unusable(error.message());
-  if (fs::is_directory(status)) throw unusable("is a directory");
-  if (!fs::is_regular_file(status)) throw unusable("is not a regular file");
-  std::FILE* const probe = std::fopen(file.c_str(), "rb");
-  if (probe == nullptr) throw unusable(std::generic_category().message(errno));
-  std::fclose(probe);
+  const FileKind kind = KindOfFile(path, error);
+  if (kind == FileKind::Missing) throw unusable("no such file");
+  if (kind == FileKind::Unknown) throw unusable(ErrorText(error));
+  if (kind == FileKind::Directory) throw unusable("is a directory");
+  if (kind == FileKind::Other) throw unusable("is not a regular file");
+  error = CheckReadable(path);
+  if (error) throw unusable(ErrorText(error));
   return *wide;
 }
 

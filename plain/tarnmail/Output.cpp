@@ -1,38 +1,26 @@
 #include "Output.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <csignal>
-#include <cstdio>
 #include <filesystem>
 #include <random>
 #include <system_error>
 
 #include "Failure.h"
+#include "Paths.h"
+#include "StandardStreams.h"
+#include "SystemErrors.h"
+#include "SystemFiles.h"
 
 namespace tarn::host {
 namespace {
 
 namespace fs = std::filesystem;
 
-std::string ErrorText(int error) { return std::generic_category().message(error); }
-
-// Writes and closes the stream. The result is 0 or the error.
-int WriteAndClose(std::FILE* stream, std::string_view bytes) {
-  const bool written = std::fwrite(bytes.data(), 1, bytes.size(), stream) == bytes.size() &&
-                       std::fflush(stream) == 0;
-  const int error = written ? 0 : errno;
-  if (std::fclose(stream) != 0 && error == 0) return errno;
-  return error;
-}
-
 void WriteToDevice(const std::string& path, std::string_view bytes) {
-  std::FILE* const stream = std::fopen(path.c_str(), "wb");
-  if (stream == nullptr) throw Failure(ExitStatus::Usage, path, ErrorText(errno));
-  const int error = WriteAndClose(stream, bytes);
-  if (error != 0) throw Failure(ExitStatus::Failed, path, ErrorText(error));
+  WritableFile device;
+  const std::error_code opened = device.openDevice(PathFromUtf8(path));
+  if (opened) throw Failure(ExitStatus::Usage, path, ErrorText(opened));
+  const std::error_code written = device.writeAndClose(bytes);
+  if (written) throw Failure(ExitStatus::Failed, path, ErrorText(written));
 }
 
 // A file beside the one it shall become. It goes with this object unless it was put in place.
@@ -40,11 +28,12 @@ class PartFile {
  public:
   PartFile(const std::string& path, const fs::path& place) : path_(path), place_(place) {
     std::random_device random;
+    std::error_code error;
     do {
       part_ = place_.parent_path() / (".tarnmail-" + std::to_string(random()) + ".part");
-      stream_ = std::fopen(part_.c_str(), "wbx");
-    } while (stream_ == nullptr && errno == EEXIST);
-    if (stream_ == nullptr) throw Failure(ExitStatus::Usage, path_, ErrorText(errno));
+      error = file_.create(part_);
+    } while (error == std::errc::file_exists);
+    if (error) throw Failure(ExitStatus::Usage, path_, ErrorText(error));
   }
   PartFile(const PartFile&) = delete;
   PartFile& operator=(const PartFile&) = delete;
@@ -55,14 +44,13 @@ class PartFile {
   }
 
   void write(std::string_view bytes) {
-    const int error = WriteAndClose(stream_, bytes);
-    if (error != 0) throw Failure(ExitStatus::Failed, path_, ErrorText(error));
+    const std::error_code error = file_.writeAndClose(bytes);
+    if (error) throw Failure(ExitStatus::Failed, path_, ErrorText(error));
   }
 
   void putInPlace() {
-    std::error_code error;
-    fs::rename(part_, place_, error);
-    if (error) throw Failure(ExitStatus::Usage, path_, error.message());
+    const std::error_code error = MoveIntoPlace(part_, place_);
+    if (error) throw Failure(ExitStatus::Usage, path_, ErrorText(error));
     part_.clear();
   }
 
@@ -70,23 +58,26 @@ class PartFile {
   const std::string path_;
   const fs::path place_;
   fs::path part_;
-  std::FILE* stream_ = nullptr;
+  WritableFile file_;
 };
 
 void WriteToFile(const std::string& path, const std::string& source, std::string_view bytes) {
   if (path.empty()) throw Failure(ExitStatus::Usage, "empty name of the output file");
+  const fs::path asked = PathFromUtf8(path);
   std::error_code error;
-  const fs::file_status status = fs::status(path, error);
-  if (fs::is_directory(status)) throw Failure(ExitStatus::Usage, path, "is a directory");
-  if (fs::exists(status) && !fs::is_regular_file(status)) {
+  const FileKind kind = KindOfFile(asked, error);
+  if (kind == FileKind::Directory) throw Failure(ExitStatus::Usage, path, "is a directory");
+  if (kind == FileKind::Other) {
     WriteToDevice(path, bytes);
     return;
   }
-  if (fs::equivalent(path, source, error)) {
+  if (fs::equivalent(asked, PathFromUtf8(source), error)) {
     throw Failure(ExitStatus::Usage, path, "is the mail file itself");
   }
+  error.clear();
   // A link stays a link: the file that it names is replaced.
-  const fs::path place = fs::exists(status) ? fs::canonical(path) : fs::path(path);
+  const fs::path place = kind == FileKind::Regular ? TargetOfLinks(asked, error) : asked;
+  if (error) throw Failure(ExitStatus::Usage, path, ErrorText(error));
   PartFile part(path, place);
   part.write(bytes);
   part.putInPlace();
@@ -94,19 +85,9 @@ void WriteToFile(const std::string& path, const std::string& source, std::string
 
 }  // namespace
 
-void PrepareStandardStreams() {
-  for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
-    if (fcntl(descriptor, F_GETFD) >= 0 || errno != EBADF) continue;
-    // Takes the lowest free number, which is this one. Writes to it fail as if it were closed.
-    if (open("/dev/null", O_RDONLY | O_NOCTTY) < 0) return;
-  }
-  std::signal(SIGPIPE, SIG_IGN);
-}
-
 void WriteToStandardOutput(std::string_view bytes) {
-  const bool written = std::fwrite(bytes.data(), 1, bytes.size(), stdout) == bytes.size() &&
-                       std::fflush(stdout) == 0;
-  if (!written) throw Failure(ExitStatus::Failed, "standard output", ErrorText(errno));
+  const std::error_code error = WriteStandardOutput(bytes);
+  if (error) throw Failure(ExitStatus::Failed, "standard output", ErrorText(error));
 }
 
 void WriteOutput(const std::optional<std::string>& path, const std::string& source,

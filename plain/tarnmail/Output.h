@@ -8,10 +8,6 @@
 
 namespace tarn::host {
 
-// To be called before anything is opened: keeps the numbers of closed standard streams from being
-// given to other files, and lets a broken pipe show as a failed write.
-void PrepareStandardStreams();
-
 // Exactly the bytes. Throws Failure (Failed) when they could not all be written.
 void WriteToStandardOutput(std::string_view bytes);
 

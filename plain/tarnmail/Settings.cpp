@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "Failure.h"
+#include "Paths.h"
 #include "Tarnbase/PlainKernel.h"
 #include "Text.h"
 
@@ -19,12 +20,12 @@ namespace fs = std::filesystem;
 std::u16string TempDirectory(const std::string& directory) {
   if (directory.empty()) throw Failure(ExitStatus::Usage, "empty directory name");
   std::error_code error;
-  const fs::path resolved = fs::canonical(directory, error);
+  const fs::path resolved = fs::canonical(PathFromUtf8(directory), error);
   if (error) throw Failure(ExitStatus::Usage, directory, "no such directory");
   if (!fs::is_directory(resolved, error)) {
     throw Failure(ExitStatus::Usage, directory, "is not a directory");
   }
-  const std::optional<std::u16string> wide = WideFromUtf8(resolved.string());
+  const std::optional<std::u16string> wide = WideFromUtf8(Utf8FromPath(resolved));
   if (!wide) throw Failure(ExitStatus::Usage, directory, "the name is not UTF-8");
   return *wide;
 }

@@ -1,19 +1,21 @@
 // tarnmail - the plain host's command line.
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdint>
-#include <cstdio>
 #include <exception>
 #include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "Arguments.h"
 #include "Commands.h"
 #include "Failure.h"
 #include "FilterLibrary.h"
 #include "Output.h"
 #include "Settings.h"
+#include "StandardStreams.h"
 #include "Text.h"
 
 namespace tarn::host {
@@ -86,6 +88,8 @@ void AddOutputOption(CLI::App& command, std::optional<std::string>& output) {
 
 void Describe(CLI::App& app, CommandLine& line) {
   app.require_subcommand(1);
+  // "/" begins a path, on Windows too.
+  app.allow_windows_style_options(false);
   app.set_version_flag("--version", "tarnmail " TARNMAIL_VERSION);
   AddSettings(app, line.settings);
 
@@ -165,12 +169,14 @@ std::string UsageLine(const CLI::App& app, const CLI::ParseError& error) {
 }
 
 // Help and version are asked for by what the parser throws, too.
-void Run(int argc, char** argv) {
+void Run(std::vector<std::string> words) {
   CLI::App app("Reads PST, MSG and EML mail files through the mail filter.", "tarnmail");
   CommandLine line;
   Describe(app, line);
   try {
-    app.parse(argc, argv);
+    // The parser takes the words from the end.
+    std::reverse(words.begin(), words.end());
+    app.parse(std::move(words));
   } catch (const CLI::ParseError& error) {
     std::ostringstream text;
     std::ostringstream ignored;
@@ -191,7 +197,7 @@ void Run(int argc, char** argv) {
 
 int Report(ExitStatus status, const std::string& line) {
   const std::string text = "tarnmail: " + Printable(line) + "\n";
-  std::fwrite(text.data(), 1, text.size(), stderr);
+  WriteStandardError(text);
   return static_cast<int>(status);
 }
 
@@ -202,7 +208,7 @@ int main(int argc, char** argv) {
   using tarn::host::ExitStatus;
   tarn::host::PrepareStandardStreams();
   try {
-    tarn::host::Run(argc, argv);
+    tarn::host::Run(tarn::host::CommandLineWords(argc, argv));
   } catch (const tarn::host::Failure& failure) {
     return tarn::host::Report(failure.status(), failure.what());
   } catch (const std::bad_alloc&) {

@@ -2,6 +2,7 @@
 
 #include "ExampleDocuments.h"
 #include "TarnmailFixture.h"
+#include "support/Environment.h"
 #include "support/SampleMails.h"
 
 namespace tarn::test {
@@ -71,9 +72,10 @@ TEST_F(DocumentCommand, WritesToAFile) {
 TEST_F(DocumentCommand, PutsTemporaryFilesWhereItIsTold) {
   const TempDirectory elsewhere;
   // The system's temporary directory is of no use here.
-  environment_.emplace_back("TMPDIR", (temporary_.path() / "none").string());
-  EXPECT_EQ(output({"document", "--temp", elsewhere.path(), Example("html-inline-image.eml")}),
-            InlineImageDocument("chart.q1@example.com_chart.png"));
+  environment_.emplace_back(kTempVariable, Utf8(temporary_.path() / "none"));
+  EXPECT_EQ(
+      output({"document", "--temp", Utf8(elsewhere.path()), Example("html-inline-image.eml")}),
+      InlineImageDocument("chart.q1@example.com_chart.png"));
   EXPECT_EQ(elsewhere.listing(), "");
 }
 
@@ -87,18 +89,24 @@ TEST_F(DocumentCommand, TakesATemporaryDirectoryWithDots) {
 TEST_F(DocumentCommand, NeedsNoTemporaryDirectoryInMemory) {
   const std::string file = Example("html-inline-image.eml");
   const std::string inMemory = output({"document", "--in-memory", file});
-  environment_.emplace_back("TMPDIR", (temporary_.path() / "none").string());
+  environment_.emplace_back(kTempVariable, Utf8(temporary_.path() / "none"));
   EXPECT_EQ(output({"document", "--in-memory", file}), inMemory);
 }
 
-TEST_F(DocumentCommand, ReadsAMailWhoseNameHasABackslash) {
-  EXPECT_EQ(output({"document", mail(kPlainMail, "to\\bob.eml")}), kPlainMailDocument + kTextEnd);
+TEST_F(DocumentCommand, TakesNamesOfEveryScript) {
+  const std::string name = mail(kPlainMail, "Gr\u00FC\u00DFe \u4F1A\u8B70 \u0416 \U0001F600.eml");
+  EXPECT_EQ(output({"document", name}), kPlainMailDocument + kTextEnd);
+  std::filesystem::create_directory(directory_.path() / Path("\u8CC7\u6599"));
+  EXPECT_EQ(output({"document", name, "-o", "\u8CC7\u6599/\U0001F600.txt"}), "");
+  EXPECT_EQ(ReadWholeFile(directory_.path() / Path("\u8CC7\u6599/\U0001F600.txt")),
+            kPlainMailDocument + kTextEnd);
 }
 
-TEST_F(DocumentCommand, ReadsAMailThroughALink) {
-  mail(kPlainMail);
-  std::filesystem::create_symlink("mail.eml", directory_.path() / "link");
-  EXPECT_EQ(output({"document", "link"}), kPlainMailDocument + kTextEnd);
+TEST_F(DocumentCommand, PutsTemporaryFilesIntoADirectoryOfAnyName) {
+  std::filesystem::create_directory(directory_.path() / Path("\u4E00\u6642 \u00FC"));
+  EXPECT_EQ(output({"document", "--temp", "\u4E00\u6642 \u00FC", Example("html-inline-image.eml")}),
+            InlineImageDocument("chart.q1@example.com_chart.png"));
+  EXPECT_TRUE(std::filesystem::is_empty(directory_.path() / Path("\u4E00\u6642 \u00FC")));
 }
 
 }  // namespace

@@ -57,11 +57,6 @@ TEST_F(InfoCommand, WritesJson) {
                                                                  {"attachments", 3}}));
 }
 
-TEST_F(InfoCommand, WritesJsonForANameThatNeedsEscapes) {
-  const std::string file = mail(kPlainMail, "a \"quoted\"\nn\u00E4me.eml");
-  EXPECT_EQ(json::parse(output({"info", file, "--json"}))["file"], file);
-}
-
 TEST_F(InfoCommand, AsksForTheTextSiblingWithTheTextFlag) {
   const json answer =
       json::parse(output({"info", "--text", "--json", Example("html-inline-image.eml")}));

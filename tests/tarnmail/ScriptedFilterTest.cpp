@@ -148,12 +148,13 @@ TEST_F(ScriptedFilter, NoticesWhatIsLeftBehind) {
 TEST_F(TarnmailTest, SaysThatTheFilterIsMissing) {
   useFilter("");
   const std::string line = failure(3, {"info", mail("Hello, world")});
-  EXPECT_EQ(line.substr(0, 32), "libTarnPst.so: cannot be loaded:");
+  EXPECT_TRUE(line.starts_with(FILTER_FILE_NAME ": cannot be loaded: ")) << line;
 }
 
 TEST_F(TarnmailTest, SaysThatTheFilterLacksAnExport) {
   useFilter(INCOMPLETE_FILTER_PATH);
-  EXPECT_EQ(failure(3, {"info", mail("Hello, world")}), "libTarnPst.so: does not export fltLoad");
+  EXPECT_EQ(failure(3, {"info", mail("Hello, world")}),
+            FILTER_FILE_NAME ": does not export fltLoad");
 }
 
 }  // namespace

@@ -1,6 +1,9 @@
 #include "TarnmailFixture.h"
 
 #include <algorithm>
+#include <fstream>
+
+#include "support/Environment.h"
 
 namespace tarn::test {
 namespace {
@@ -10,7 +13,7 @@ constexpr std::string_view kPrefix = "tarnmail: ";
 }  // namespace
 
 TarnmailTest::TarnmailTest() : program_(TARNMAIL_PATH) {
-  environment_ = {{"TMPDIR", temporary_.path().string()},
+  environment_ = {{kTempVariable, Utf8(temporary_.path())},
                   {"TZ", "UTC"},
                   {"LC_ALL", "C"},
                   {"TARNBASE_REPORT_LEAKS", "1"}};
@@ -53,18 +56,32 @@ std::string TarnmailTest::failure(int exitStatus, const std::vector<std::string>
 }
 
 std::string TarnmailTest::mail(std::string_view bytes, const std::string& name) {
-  directory_.write(name, bytes);
+  std::ofstream stream(directory_.path() / Path(name), std::ios::binary);
+  stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  EXPECT_TRUE(stream.good()) << name;
   return name;
 }
 
 void TarnmailTest::useFilter(const std::filesystem::path& library) {
   namespace fs = std::filesystem;
-  fs::copy_file(TARNMAIL_PATH, copies_.path() / "tarnmail");
+  program_ = copies_.path() / fs::path(TARNMAIL_PATH).filename();
+  fs::copy_file(TARNMAIL_PATH, program_);
   fs::copy_file(TARNBASE_PATH, copies_.path() / fs::path(TARNBASE_PATH).filename());
-  if (!library.empty()) fs::copy_file(library, copies_.path() / "libTarnPst.so");
-  program_ = copies_.path() / "tarnmail";
+  if (!library.empty()) fs::copy_file(library, copies_.path() / FILTER_FILE_NAME);
 }
 
-std::string Example(const std::string& name) { return std::string(EXAMPLES_PATH) + "/" + name; }
+std::filesystem::path Path(std::string_view text) {
+  return std::filesystem::path(std::u8string(text.begin(), text.end()));
+}
+
+std::string Utf8(const std::filesystem::path& path) {
+  const std::u8string text = path.u8string();
+  return std::string(text.begin(), text.end());
+}
+
+// With its drive, where there are drives: the program runs in another directory.
+std::string Example(const std::string& name) {
+  return Utf8(std::filesystem::absolute(EXAMPLES_PATH)) + "/" + name;
+}
 
 }  // namespace tarn::test

@@ -32,7 +32,7 @@ class TarnmailTest : public ::testing::Test {
   std::string failure(int exitStatus, const std::vector<std::string>& arguments,
                       StandardOutput standardOutput = StandardOutput::Captured);
 
-  // Writes a file into `directory_` and returns its name.
+  // Writes a file into `directory_` and returns its name, which is UTF-8.
   std::string mail(std::string_view bytes, const std::string& name = "mail.eml");
 
   // Uses a copy of tarnmail that has this library, or none, in place of the filter.
@@ -46,6 +46,10 @@ class TarnmailTest : public ::testing::Test {
   std::filesystem::path program_;
   TempDirectory copies_;
 };
+
+// Paths of UTF-8, and back.
+std::filesystem::path Path(std::string_view text);
+std::string Utf8(const std::filesystem::path& path);
 
 // Path of a mail in examples/.
 std::string Example(const std::string& name);

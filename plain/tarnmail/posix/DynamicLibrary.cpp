@@ -3,14 +3,23 @@
 #include <dlfcn.h>
 
 #include <filesystem>
+#include <system_error>
 
 #include "Failure.h"
 
 namespace tarn::host {
 namespace {
 
-std::filesystem::path ProgramDirectory() {
-  return std::filesystem::read_symlink("/proc/self/exe").parent_path();
+namespace fs = std::filesystem;
+
+fs::path ProgramDirectory() { return fs::read_symlink("/proc/self/exe").parent_path(); }
+
+// Beside the program, as built; or where an installation has its libraries.
+fs::path Find(const std::string& fileName) {
+  const fs::path beside = ProgramDirectory() / fileName;
+  const fs::path installed = ProgramDirectory() / TARN_LIBRARIES_FROM_PROGRAM / fileName;
+  std::error_code ignored;
+  return !fs::exists(beside, ignored) && fs::exists(installed, ignored) ? installed : beside;
 }
 
 std::string LastError() {
@@ -21,7 +30,7 @@ std::string LastError() {
 }  // namespace
 
 DynamicLibrary::DynamicLibrary(const std::string& name) : fileName_("lib" + name + ".so") {
-  library_ = dlopen((ProgramDirectory() / fileName_).c_str(), RTLD_NOW | RTLD_LOCAL);
+  library_ = dlopen(Find(fileName_).c_str(), RTLD_NOW | RTLD_LOCAL);
   if (library_ == nullptr) {
     throw Failure(ExitStatus::Broken, fileName_, "cannot be loaded: " + LastError());
   }

@@ -1,4 +1,4 @@
-#include "RunProgram.h"
+#include "tarnmail/RunProgram.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -38,7 +38,7 @@ void SetUpStandardOutput(StandardOutput kind, const std::string& captureFile) {
       MakeStream(STDOUT_FILENO, ends[1]);
       break;
     }
-    case StandardOutput::FullDevice:
+    case StandardOutput::TakesNothing:
       MakeStream(STDOUT_FILENO, open("/dev/full", O_WRONLY | O_CLOEXEC));
       break;
   }

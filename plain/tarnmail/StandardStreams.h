@@ -1,0 +1,23 @@
+// StandardStreams.h - standard output and standard error. One folder a system implements them.
+#ifndef TARN_TARNMAIL_STANDARDSTREAMS_H
+#define TARN_TARNMAIL_STANDARDSTREAMS_H
+
+#include <string_view>
+#include <system_error>
+
+namespace tarn::host {
+
+// To be called before anything is opened: keeps the numbers of closed standard streams from being
+// given to other files, and lets a broken pipe show as a failed write.
+void PrepareStandardStreams();
+
+// Exactly the bytes, whole or with the error, to a file, a pipe or a device. A console of Windows
+// gets the text that they are in UTF-8, whatever its code page.
+std::error_code WriteStandardOutput(std::string_view bytes);
+
+// The same for standard error, whose failure nobody could be told.
+void WriteStandardError(std::string_view bytes);
+
+}  // namespace tarn::host
+
+#endif

@@ -1,0 +1,57 @@
+// SystemFiles.h - what a command needs to know of a file, and how it makes one. One folder a system
+// implements it.
+#ifndef TARN_TARNMAIL_SYSTEMFILES_H
+#define TARN_TARNMAIL_SYSTEMFILES_H
+
+#include <cstdint>
+#include <filesystem>
+#include <string_view>
+#include <system_error>
+
+namespace tarn::host {
+
+enum class FileKind {
+  Missing,  // also below a directory that does not exist
+  Regular,
+  Directory,
+  Other,   // a device, a pipe; on Windows also names of devices, such as NUL
+  Unknown  // `error` tells
+};
+
+// What the path leads to, through links. Opens nothing.
+FileKind KindOfFile(const std::filesystem::path& path, std::error_code& error);
+
+// Whether the file can be opened for reading.
+std::error_code CheckReadable(const std::filesystem::path& path);
+
+// The file that the path leads to, which exists: itself unless it is a link.
+std::filesystem::path TargetOfLinks(const std::filesystem::path& path, std::error_code& error);
+
+// Renames in one step, in place of a file that is there. Windows keeps one that is open elsewhere
+// or for reading alone.
+std::error_code MoveIntoPlace(const std::filesystem::path& from, const std::filesystem::path& to);
+
+// A file that is open for writing, or is not.
+class WritableFile {
+ public:
+  WritableFile() = default;
+  WritableFile(const WritableFile&) = delete;
+  WritableFile& operator=(const WritableFile&) = delete;
+  // Closes the file.
+  ~WritableFile();
+
+  // Makes a file of that name; std::errc::file_exists when there is one.
+  std::error_code create(const std::filesystem::path& path);
+  // Opens what there is: a device or a pipe.
+  std::error_code openDevice(const std::filesystem::path& path);
+  // Writes all bytes and closes the file, also when that fails.
+  std::error_code writeAndClose(std::string_view bytes);
+
+ private:
+  static constexpr intptr_t kClosed = -1;
+  intptr_t file_ = kClosed;  // the system's number of the file: a descriptor, a HANDLE
+};
+
+}  // namespace tarn::host
+
+#endif

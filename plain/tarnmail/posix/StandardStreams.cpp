@@ -1,0 +1,28 @@
+#include "StandardStreams.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+
+#include "WriteAll.h"
+
+namespace tarn::host {
+
+void PrepareStandardStreams() {
+  for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
+    if (fcntl(descriptor, F_GETFD) >= 0 || errno != EBADF) continue;
+    // Takes the lowest free number, which is this one. Writes to it fail as if it were closed.
+    if (open("/dev/null", O_RDONLY | O_NOCTTY) < 0) return;
+  }
+  std::signal(SIGPIPE, SIG_IGN);
+}
+
+std::error_code WriteStandardOutput(std::string_view bytes) {
+  return WriteAll(STDOUT_FILENO, bytes);
+}
+
+void WriteStandardError(std::string_view bytes) { (void)WriteAll(STDERR_FILENO, bytes); }
+
+}  // namespace tarn::host

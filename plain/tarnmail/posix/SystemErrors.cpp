@@ -1,0 +1,7 @@
+#include "SystemErrors.h"
+
+namespace tarn::host {
+
+std::string ErrorText(const std::error_code& error) { return error.message(); }
+
+}  // namespace tarn::host

@@ -1,0 +1,65 @@
+#include "SystemErrors.h"
+
+#include <windows.h>
+
+#include "LastError.h"
+#include "Text.h"
+#include "WideText.h"
+
+namespace tarn::host {
+namespace {
+
+struct Meaning {
+  DWORD error;
+  const char* text;
+};
+
+// The words of other systems where they have the same error.
+constexpr Meaning kMeanings[] = {
+    {ERROR_FILE_NOT_FOUND, "No such file or directory"},
+    {ERROR_PATH_NOT_FOUND, "No such file or directory"},
+    {ERROR_INVALID_DRIVE, "No such file or directory"},
+    {ERROR_ACCESS_DENIED, "Permission denied"},
+    {ERROR_WRITE_PROTECT, "Read-only file system"},
+    {ERROR_INVALID_HANDLE, "Bad file descriptor"},
+    {ERROR_NOT_ENOUGH_MEMORY, "Cannot allocate memory"},
+    {ERROR_OUTOFMEMORY, "Cannot allocate memory"},
+    {ERROR_HANDLE_DISK_FULL, "No space left on device"},
+    {ERROR_DISK_FULL, "No space left on device"},
+    {ERROR_BROKEN_PIPE, "Broken pipe"},
+    {ERROR_NO_DATA, "Broken pipe"},
+    {ERROR_FILENAME_EXCED_RANGE, "File name too long"},
+    {ERROR_FILE_EXISTS, "File exists"},
+    {ERROR_ALREADY_EXISTS, "File exists"},
+    {ERROR_SHARING_VIOLATION, "in use by another program"},
+    {ERROR_LOCK_VIOLATION, "in use by another program"},
+    {ERROR_INVALID_NAME, "not a valid file name"},
+};
+
+std::string SystemText(DWORD error) {
+  wchar_t text[1024];
+  DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
+                                error, 0, text, static_cast<DWORD>(std::size(text)), nullptr);
+  while (length > 0 && (text[length - 1] <= L' ' || text[length - 1] == L'.')) --length;
+  if (length == 0) return "error " + std::to_string(error);
+  return Utf8FromWide(AsUtf16({text, length}));
+}
+
+}  // namespace
+
+std::error_code LastError() {
+  const DWORD error = GetLastError();
+  return {static_cast<int>(error == ERROR_SUCCESS ? ERROR_GEN_FAILURE : error),
+          std::system_category()};
+}
+
+std::string ErrorText(const std::error_code& error) {
+  if (error.category() != std::system_category()) return error.message();
+  const auto number = static_cast<DWORD>(error.value());
+  for (const Meaning& meaning : kMeanings) {
+    if (meaning.error == number) return meaning.text;
+  }
+  return SystemText(number);
+}
+
+}  // namespace tarn::host

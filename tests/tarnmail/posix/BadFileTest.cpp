@@ -1,0 +1,40 @@
+// Files that only POSIX has, and the system's own words there.
+
+#include "tarnmail/BadFileFixture.h"
+
+#include <sys/stat.h>
+
+#include "support/SampleMails.h"
+
+namespace tarn::test {
+namespace {
+
+TEST_F(BadFile, Pipe) {
+  ASSERT_EQ(mkfifo((directory_.path() / "pipe").c_str(), 0600), 0);
+  EXPECT_EQ(failureOfAll(2, "pipe"), "pipe: is not a regular file");
+  EXPECT_EQ(failureOfAll(2, "/dev/null"), "/dev/null: is not a regular file");
+}
+
+TEST_F(BadFile, LinkToItself) {
+  std::filesystem::create_symlink("loop", directory_.path() / "loop");
+  EXPECT_EQ(failureOfAll(2, "loop"), "loop: Too many levels of symbolic links");
+}
+
+TEST_F(BadFile, Unreadable) {
+  mail(kPlainMail);
+  std::filesystem::permissions(directory_.path() / "mail.eml", std::filesystem::perms::none);
+  EXPECT_EQ(failureOfAll(2, "mail.eml"), "mail.eml: Permission denied");
+}
+
+TEST_F(BadFile, NameThatIsNoUtf8) {
+  mail(kPlainMail, "caf\xE9.eml");
+  EXPECT_EQ(failureOfAll(2, "caf\xE9.eml"), "caf\\xe9.eml: the name is not UTF-8");
+}
+
+TEST_F(BadFile, NameThatIsTooLong) {
+  const std::string name(300, 'n');
+  EXPECT_EQ(failureOfAll(2, name), name + ": File name too long");
+}
+
+}  // namespace
+}  // namespace tarn::test

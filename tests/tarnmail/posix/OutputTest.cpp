@@ -1,0 +1,53 @@
+// Places that only POSIX has, and the system's own words there.
+
+#include "tarnmail/OutputFixture.h"
+
+#include "tarnmail/ExampleDocuments.h"
+
+namespace tarn::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+TEST_F(Output, ReportsAFullDevice) {
+  for (const auto& arguments : allCommands()) {
+    EXPECT_EQ(failure(1, arguments, StandardOutput::TakesNothing),
+              "standard output: No space left on device");
+  }
+}
+
+TEST_F(Output, ReplacesTheFileThatALinkNames) {
+  fs::create_directory(directory_.path() / "sub");
+  directory_.write("sub/out", "old");
+  fs::create_symlink("sub/out", directory_.path() / "link");
+  output({"extract", file_, "2", "-o", "link"});
+  EXPECT_TRUE(fs::is_symlink(directory_.path() / "link"));
+  EXPECT_EQ(ReadWholeFile(directory_.path() / "sub/out"), kRooms);
+  EXPECT_EQ(directory_.listing(), "link sub sub/out");
+}
+
+TEST_F(Output, WritesToADevice) {
+  output({"extract", file_, "2", "-o", "/dev/null"});
+  EXPECT_TRUE(fs::is_character_file("/dev/null"));
+  EXPECT_EQ(extractTo(1, "/dev/full"), "/dev/full: No space left on device");
+}
+
+TEST_F(Output, SaysWhatTheSystemSaysOfAPlace) {
+  fs::create_directory(directory_.path() / "folder");
+  directory_.write("plain", "p");
+  EXPECT_EQ(extractTo(2, "plain/out"), "plain/out: Not a directory");
+  EXPECT_EQ(extractTo(2, std::string(300, 'n')), std::string(300, 'n') + ": File name too long");
+  fs::permissions(directory_.path() / "folder", fs::perms::owner_read | fs::perms::owner_exec);
+  EXPECT_EQ(extractTo(2, "folder/out"), "folder/out: Permission denied");
+  EXPECT_EQ(directory_.listing(), "folder plain");
+}
+
+// Permissions of the file itself are not asked: it is another file that takes its place.
+TEST_F(Output, ReplacesAFileThatIsForReadingAlone) {
+  fs::permissions(directory_.write("out", "old"), fs::perms::owner_read);
+  output({"extract", file_, "2", "-o", "out"});
+  EXPECT_EQ(ReadWholeFile(directory_.path() / "out"), kRooms);
+}
+
+}  // namespace
+}  // namespace tarn::test
