@@ -1,35 +1,14 @@
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstring>
 #include <vector>
 
-#include "Scratch.h"
+#include "FilesFixture.h"
 #include "Tarnbase/PlainKernel.h"
 
 namespace tarn::test {
 namespace {
-
-class Files : public Scratch {
- protected:
-  uint64_t Open(const std::string& name) { return OpenPath(WidePathOf(name)); }
-  uint64_t Create(const std::string& name) { return CreatePath(WidePathOf(name)); }
-  static uint64_t OpenPath(const std::u16string& path) {
-    return KernelFileOpen(path.c_str(), KERNEL_OPEN_READ, KERNEL_OPEN_MODE);
-  }
-  static uint64_t CreatePath(const std::u16string& path) {
-    return KernelFileOpen(path.c_str(), KERNEL_OPEN_CREATE, KERNEL_OPEN_MODE);
-  }
-  // What the file of this path holds, read through the kernel.
-  static std::string ReadAll(uint64_t handle) {
-    char bytes[256];
-    const uint32_t count = KernelFileRead(handle, bytes, sizeof bytes);
-    KernelFileClose(handle);
-    return std::string(bytes, count);
-  }
-};
 
 TEST_F(Files, ReadInPiecesUpToTheEnd) {
   Put("file", "abcdefgh");
@@ -190,72 +169,6 @@ TEST_F(Files, ManyHandlesAreAllDifferent) {
   EXPECT_EQ(std::unique(handles.begin(), handles.end()), handles.end());
   for (const uint64_t handle : handles) KernelFileClose(handle);
   EXPECT_EQ(Usage().openHandles, 0U);
-}
-
-TEST_F(Files, ABackslashIsPartOfTheNameWhereSuchAFileExists) {
-  std::filesystem::create_directory(PathOf("dir"));
-  Put("dir\\name", "as it stands");
-  Put("dir/name", "in the directory");
-  EXPECT_EQ(ReadAll(Open("dir\\name")), "as it stands");
-  std::filesystem::remove(PathOf("dir\\name"));
-  EXPECT_EQ(ReadAll(Open("dir\\name")), "in the directory");
-}
-
-TEST_F(Files, ADirectoryNamedWithABackslashIsFoundFirst) {
-  std::filesystem::create_directory(PathOf("dir"));
-  std::filesystem::create_directory(PathOf("dir\\name"));
-  Put("dir/name", "in the directory");
-  EXPECT_EQ(Open("dir\\name"), KERNEL_BAD_HANDLE);
-}
-
-TEST_F(Files, AFileInThePlaceOfADirectoryHoldsNothingOfThatName) {
-  std::filesystem::create_directories(PathOf("dir/F"));
-  Put("dir\\F", "a plain file");
-  Put("dir/F/x", "in the directory");
-  EXPECT_EQ(ReadAll(Open("dir\\F/x")), "in the directory");
-  EXPECT_EQ(ReadAll(Open("dir\\F")), "a plain file");
-}
-
-TEST_F(Files, AFileToCreateTakesTheNameAsItStandsWhereItsDirectoryExists) {
-  std::filesystem::create_directory(PathOf("dir"));
-  KernelFileClose(Create("dir\\name"));
-  EXPECT_TRUE(Exists("dir\\name"));
-  EXPECT_FALSE(Exists("dir/name"));
-}
-
-TEST_F(Files, AFileToCreateReadsBackslashesAsSeparatorsOtherwise) {
-  std::filesystem::create_directories(PathOf("dir/sub"));
-  const uint64_t handle = Create("dir\\sub/name");
-  ASSERT_NE(handle, KERNEL_BAD_HANDLE);
-  KernelFileClose(handle);
-  EXPECT_TRUE(Exists("dir/sub/name"));
-  EXPECT_FALSE(Exists("dir\\sub"));
-
-  KernelFileClose(Create("dir\\sub\\other/../second"));
-  EXPECT_FALSE(Exists("dir/sub/second"));  // "other" exists in neither spelling
-}
-
-TEST_F(Files, AFileToCreateWhoseNameIsTooLongStaysOneNameWhereItsDirectoryExists) {
-  const std::string directory(200, 'd');
-  std::filesystem::create_directory(PathOf(directory));
-  EXPECT_EQ(Create(directory + "\\" + std::string(200, 'n')), KERNEL_BAD_HANDLE);
-  EXPECT_TRUE(std::filesystem::is_empty(PathOf(directory)));
-}
-
-TEST_F(Files, BackslashesAreSeparatorsWhenThePathIsTooLongAsOneName) {
-  std::string directory;
-  for (int i = 0; i < 4; ++i) {
-    directory += std::string(90, static_cast<char>('a' + i));
-    std::filesystem::create_directory(PathOf(directory));
-    directory += '/';
-  }
-  Put(directory + "name", "deep");
-  std::string path = directory + "name";
-  std::replace(path.begin(), path.end(), '/', '\\');
-  EXPECT_EQ(ReadAll(Open(path)), "deep");
-  path.replace(path.size() - 5, 5, "/made");
-  KernelFileClose(Create(path));
-  EXPECT_TRUE(Exists(directory + "made"));
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 
 #include "Scratch.h"
 #include "Tarnbase/PlainKernel.h"
+#include "support/Environment.h"
 
 namespace tarn::test {
 namespace {
@@ -147,7 +148,7 @@ TEST(MemoryDeathTest, FreeingTwiceAborts) {
         KernelFree(block, 2, kHere);
         KernelFree(block, 77, kHere);
       },
-      "^Tarnbase: KernelFree: not a live block: 0x[0-9a-f]+ \\(line 77 of MemoryTest.cpp\\)");
+      "^Tarnbase: KernelFree: not a live block: 0x\\w+ \\(line 77 of MemoryTest.cpp\\)");
 }
 
 TEST(MemoryDeathTest, FreeingWhatIsNoBlockAborts) {
@@ -166,15 +167,15 @@ TEST(MemoryDeathTest, ResizingWhatIsNoBlockAborts) {
 
 TEST(MemoryDeathTest, LeaksAreListedAtTheEndForThoseWhoAsk) {
   const auto leak = [](bool ask) {
-    if (ask) ::setenv("TARNBASE_REPORT_LEAKS", "1", 1);
+    if (ask) SetVariable("TARNBASE_REPORT_LEAKS", "1");
     KernelAlloc(5, 1, 123, u"Leaking.cpp");
     static const int object = 0;
     KernelTrackObject(KERNEL_TRACK_OBJECT, &object, 124, u"Tracking.cpp");
     std::exit(0);
   };
   EXPECT_EXIT(leak(true), ::testing::ExitedWithCode(0),
-              "still alive: block 0x[0-9a-f]+ \\(line 123 of Leaking.cpp\\)\n"
-              "Tarnbase: still alive: object 0x[0-9a-f]+ \\(line 124 of Tracking.cpp\\)");
+              "still alive: block 0x\\w+ \\(line 123 of Leaking.cpp\\)\n"
+              "Tarnbase: still alive: object 0x\\w+ \\(line 124 of Tracking.cpp\\)");
   EXPECT_EXIT(leak(false), ::testing::ExitedWithCode(0), "^$");
 }
 

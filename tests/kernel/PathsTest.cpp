@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "PathRules.h"
+
 namespace tarn::kernel {
 namespace {
 
@@ -30,16 +32,6 @@ TEST(Paths, ClimbingIsAWholeComponent) {
   EXPECT_FALSE(ClimbsUp("a/...b"));
   EXPECT_FALSE(ClimbsUp("a../b"));
   EXPECT_FALSE(ClimbsUp("./a/."));
-}
-
-TEST(Paths, OneSpellingForOneFile) {
-  EXPECT_EQ(OneSpelling("/tmp/a"), "/tmp/a");
-  EXPECT_EQ(OneSpelling("\\tmp\\a"), "/tmp/a");
-  EXPECT_EQ(OneSpelling("//tmp\\/./a"), "/tmp/a");
-  EXPECT_EQ(OneSpelling("a\\b"), "a/b");
-  EXPECT_EQ(OneSpelling("./a"), "a");
-  EXPECT_EQ(OneSpelling("/"), "/");
-  EXPECT_EQ(OneSpelling(""), "");
 }
 
 }  // namespace

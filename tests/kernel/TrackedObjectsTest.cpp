@@ -43,7 +43,7 @@ TEST(TrackedObjects, AnObjectTrackedTwiceIsUntrackedTwice) {
 TEST(TrackedObjectsDeathTest, UntrackingAnUntrackedObjectAborts) {
   int object = 0;
   EXPECT_DEATH(KernelUntrackObject(KERNEL_TRACK_OBJECT, &object, 42, kHere),
-               "^Tarnbase: KernelUntrackObject: not tracked with this kind: 0x[0-9a-f]+ "
+               "^Tarnbase: KernelUntrackObject: not tracked with this kind: 0x\\w+ "
                "\\(line 42 of TrackedObjectsTest.cpp\\)");
   EXPECT_DEATH(KernelUntrackObject(KERNEL_TRACK_OBJECT, nullptr, 43, kHere), "not tracked");
 }

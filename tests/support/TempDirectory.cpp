@@ -34,7 +34,7 @@ std::filesystem::path TempDirectory::write(const std::string& name, std::string_
 std::string TempDirectory::listing() const {
   std::vector<std::string> names;
   for (const auto& entry : std::filesystem::recursive_directory_iterator(path_)) {
-    names.push_back(entry.path().lexically_relative(path_).string());
+    names.push_back(entry.path().lexically_relative(path_).generic_string());
   }
   std::sort(names.begin(), names.end());
   std::string joined;

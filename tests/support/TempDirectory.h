@@ -20,7 +20,7 @@ class TempDirectory {
 
   // Writes a file into the directory and returns its path.
   std::filesystem::path write(const std::string& name, std::string_view bytes) const;
-  // Names of all files and directories below it, relative, sorted and joined by blanks.
+  // Names of all files and directories below it, relative (with "/"), sorted and joined by blanks.
   std::string listing() const;
 
  private:
