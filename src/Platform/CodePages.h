@@ -1,7 +1,9 @@
 // CodePages.h - text between the bytes of a code page and UTF-16, by the rules of Windows.
 //
 // Both directions answer as the system calls MultiByteToWideChar and WideCharToMultiByte do with
-// flags 0, on every platform. docs/code-pages.md lists the code pages and how each is converted.
+// flags 0, on every platform: on Windows they are asked, but for UTF-8. docs/code-pages.md lists
+// the code pages, how each is converted, and where the platforms differ: in approximations, and in
+// pages that only Windows has.
 //
 //   Bytes to UTF-16   Every byte or pair gives one unit. In a double-byte page a lead byte followed
 //                     by any byte but 0 takes two bytes, mapped or not; at the end of the source or
@@ -37,14 +39,16 @@ int32_t BytesToUtf16(uint32_t codePage, std::string_view source, char16_t* desti
 // Gives the bytes written, or with capacity 0 the bytes needed; 0 is failure, as above. usedDefault
 // may be null; it is set when the default character (in UTF-8: EF BF BD for a lone surrogate) stood
 // in for at least one unit, and cleared otherwise, failures included. Approximations other than "?"
-// do not set it.
+// do not set it. Of pages that only Windows has and whose flag it does not tell (UTF-7, ISO-2022,
+// GB18030), lone surrogates set it.
 int32_t Utf16ToBytes(uint32_t codePage, std::u16string_view source, char* destination,
                      int32_t capacity, bool* usedDefault) noexcept;
 
 // The code page of programs that know nothing of Unicode; 1252 where the platform has none.
 uint32_t AnsiCodePage() noexcept;
 
-// Whether the two conversions know the code page.
+// Whether the two conversions know the code page. 0 to 3, which are settings and no code pages, are
+// never known.
 bool IsCodePageSupported(uint32_t codePage) noexcept;
 
 }  // namespace tarn::platform

@@ -1,8 +1,7 @@
 // Directories.h - makes and removes one directory.
 //
-// Paths are NUL-terminated UTF-16 and end at that NUL. Where the system separates with "/", a "\"
-// in a path separates too. A path that is null, empty or longer than the system allows fails.
-// Nothing throws.
+// Paths are NUL-terminated UTF-16 and end at that NUL. Both "\" and "/" separate, on every system.
+// A path that is null, empty or longer than the system allows fails. Nothing throws.
 #ifndef TARN_PLATFORM_DIRECTORIES_H
 #define TARN_PLATFORM_DIRECTORIES_H
 

@@ -46,7 +46,7 @@ struct Encoded {
 };
 
 inline Encoded Encode(uint32_t codePage, std::u16string_view source) {
-  Encoded result{std::string(source.size() * 3 + 1, '#'), true};
+  Encoded result{std::string(source.size() * 5 + 1, '#'), true};
   const int32_t size = Utf16ToBytes(codePage, source, result.bytes.data(),
                                     static_cast<int32_t>(result.bytes.size()), &result.usedDefault);
   result.bytes.resize(static_cast<size_t>(size));

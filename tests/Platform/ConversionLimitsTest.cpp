@@ -35,9 +35,8 @@ bool IsLead(uint32_t page, int byte) {
 }
 
 TEST(ConversionLimits, RefuseAnUnknownPage) {
-  for (const uint32_t page :
-       {0u,    1u,    2u,    3u,     4u,     41u,    43u,    438u,   931u,   933u,
-        1200u, 1201u, 1259u, 10001u, 28590u, 28606u, 50220u, 65000u, 65002u, 0xFFFFFFFFu}) {
+  for (const uint32_t page : {0u, 1u, 2u, 3u, 4u, 41u, 43u, 438u, 931u, 933u, 1200u, 1201u, 1259u,
+                              28590u, 28606u, 65002u, 0xFFFFFFFFu}) {
     char16_t unit = u'#';
     char byte = '#';
     EXPECT_EQ(BytesToUtf16(page, "x", &unit, 1), 0) << page;
@@ -53,7 +52,6 @@ TEST(ConversionLimits, KnowTheirPages) {
   for (const uint32_t page : kTablePages) EXPECT_TRUE(IsCodePageSupported(page)) << page;
   EXPECT_TRUE(IsCodePageSupported(42));
   EXPECT_TRUE(IsCodePageSupported(65001));
-  EXPECT_EQ(AnsiCodePage(), 1252u);
 }
 
 TEST(ConversionLimits, RefuseAnEmptySource) {

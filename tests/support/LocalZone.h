@@ -15,7 +15,8 @@ class LocalZone {
   LocalZone& operator=(const LocalZone&) = delete;
   ~LocalZone();
 
-  // A zone as POSIX writes it, such as "CET-1CEST,M3.5.0,M10.5.0/3".
+  // A zone as POSIX writes it, such as "IST-5:30". One with summer time has the rules of the United
+  // States, "EST5EDT,M3.2.0,M11.1.0": Windows' runtime has no others for zones that a program sets.
   void use(const char* zone);
 
  private:

@@ -1,30 +1,25 @@
 #include "support/TestFonts.h"
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <algorithm>
-#include <memory>
 
 namespace tarn::test {
 namespace {
 
-std::filesystem::path FileName(std::u16string_view family, std::u16string_view style) {
-  std::u16string name = std::u16string(family) + u"-" + std::u16string(style) + u".ttf";
-  std::erase(name, u' ');
-  return name;
-}
-
-std::string Configuration(const std::filesystem::path& folder) {
-  return "<?xml version=\"1.0\"?>\n"
-         "<!DOCTYPE fontconfig SYSTEM \"urn:fontconfig:fonts.dtd\">\n"
-         "<fontconfig>\n"
-         "<dir>" +
-         (folder / "fonts").string() + "</dir>\n<cachedir>" + (folder / "cache").string() +
-         "</cachedir>\n"
-         "<alias binding=\"same\"><family>Helvetica</family>"
-         "<prefer><family>Arial</family></prefer></alias>\n"
-         "</fontconfig>\n";
+// In ASCII, whatever the system makes of other characters.
+std::string FileName(std::u16string_view family, std::u16string_view style) {
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  std::string name;
+  for (const char16_t unit : std::u16string(family) + u"-" + std::u16string(style)) {
+    if (unit == u' ') continue;
+    if (unit < 0x80) {
+      name += static_cast<char>(unit);
+    } else {
+      for (int shift = 12; shift >= 0; shift -= 4) name += kDigits[unit >> shift & 15];
+    }
+  }
+  return name + ".ttf";
 }
 
 // What UseTestFonts collects, and the folder while tests run.
@@ -59,14 +54,9 @@ TestFonts::TestFonts(const std::vector<TestFont>& fonts) {
   const std::filesystem::path& folder = directory_.path();
   std::filesystem::create_directory(folder / "fonts");
   for (const TestFont& font : fonts) {
-    const std::filesystem::path name =
-        std::filesystem::path("fonts") / FileName(font.family, font.style);
-    directory_.write(name.string(), MakeTestFont(font));
+    directory_.write("fonts/" + FileName(font.family, font.style), MakeTestFont(font));
   }
-  const std::string configuration = directory_.write("fonts.conf", Configuration(folder)).string();
-  unsetenv("FONTCONFIG_PATH");
-  unsetenv("FONTCONFIG_SYSROOT");
-  setenv("FONTCONFIG_FILE", configuration.c_str(), 1);
+  installation_ = std::make_unique<FontInstallation>(folder);
 }
 
 std::filesystem::path TestFonts::file(std::u16string_view family, std::u16string_view style) const {

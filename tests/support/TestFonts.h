@@ -9,18 +9,19 @@
 #define TARN_TESTS_SUPPORT_TESTFONTS_H
 
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "support/FontInstallation.h"
 #include "support/TempDirectory.h"
 #include "support/TestFont.h"
 
 namespace tarn::test {
 
-// A temporary folder with font files and a fonts.conf, which FONTCONFIG_FILE names from now on. The
-// configuration knows no other font, keeps its cache in the folder, and would put "Arial" in place
-// of "Helvetica" for whoever asks for the best match. To be made before the first look-up.
+// A temporary folder with font files, which are fonts of this process while it lives. To be made
+// before the first look-up.
 class TestFonts {
  public:
   explicit TestFonts(const std::vector<TestFont>& fonts);
@@ -32,6 +33,7 @@ class TestFonts {
 
  private:
   TempDirectory directory_;
+  std::unique_ptr<FontInstallation> installation_;
 };
 
 // Has these fonts installed before the first test of a GoogleTest binary and removed behind the

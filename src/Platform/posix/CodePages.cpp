@@ -5,8 +5,8 @@
 
 #include "Platform/posix/CodePageRows.h"
 #include "Platform/posix/CodePageSpecs.h"
-#include "Platform/posix/Output.h"
-#include "Platform/posix/Utf8.h"
+#include "Platform/Output.h"
+#include "Platform/Utf8.h"
 
 namespace tarn::platform {
 namespace {

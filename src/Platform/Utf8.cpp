@@ -1,8 +1,8 @@
-#include "Platform/posix/Utf8.h"
+#include "Platform/Utf8.h"
 
 #include <cstddef>
 
-#include "Platform/posix/Output.h"
+#include "Platform/Output.h"
 
 namespace tarn::platform {
 namespace {

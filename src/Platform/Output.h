@@ -1,7 +1,7 @@
 // Output.h - where a conversion writes: into a destination of fixed capacity, or, with capacity 0,
 // nowhere, to count. Does not own the destination.
-#ifndef TARN_PLATFORM_POSIX_OUTPUT_H
-#define TARN_PLATFORM_POSIX_OUTPUT_H
+#ifndef TARN_PLATFORM_OUTPUT_H
+#define TARN_PLATFORM_OUTPUT_H
 
 #include <cstdint>
 
@@ -34,4 +34,4 @@ class Output {
 
 }  // namespace tarn::platform
 
-#endif  // TARN_PLATFORM_POSIX_OUTPUT_H
+#endif  // TARN_PLATFORM_OUTPUT_H

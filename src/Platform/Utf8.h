@@ -1,9 +1,10 @@
-// Utf8.h - code page 65001.
+// Utf8.h - code page 65001, converted here on every platform: how many U+FFFD a malformed sequence
+// gives differs between versions of Windows, and half a pair may fill the rest of a destination.
 //
 // The two conversions of CodePages.h for UTF-8, with the same results: sizes, 0 for failure,
 // capacity 0 to count. The caller has checked the arguments.
-#ifndef TARN_PLATFORM_POSIX_UTF8_H
-#define TARN_PLATFORM_POSIX_UTF8_H
+#ifndef TARN_PLATFORM_UTF8_H
+#define TARN_PLATFORM_UTF8_H
 
 #include <cstdint>
 #include <string_view>
@@ -20,4 +21,4 @@ int32_t Utf16ToUtf8(std::u16string_view source, char* destination, int32_t capac
 
 }  // namespace tarn::platform
 
-#endif  // TARN_PLATFORM_POSIX_UTF8_H
+#endif  // TARN_PLATFORM_UTF8_H
