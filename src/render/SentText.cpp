@@ -1,4 +1,7 @@
+#include <charconv>
 #include <ctime>
+#include <iterator>
+#include <system_error>
 
 #include "Common/FileTime.h"
 #include "Platform/LocalTime.h"
@@ -9,17 +12,44 @@ namespace {
 
 constexpr size_t kMostCharacters = 100;
 
+// A text of several pieces, all of which have to fit.
+class DateText {
+ public:
+  void add(const char* format, const std::tm& fields) {
+    const size_t written = std::strftime(text_ + length_, sizeof(text_) - length_, format, &fields);
+    isWhole_ = isWhole_ && written != 0;
+    length_ += written;
+  }
+
+  void add(int64_t number) {
+    const auto [end, error] = std::to_chars(text_ + length_, std::end(text_), number);
+    isWhole_ = isWhole_ && error == std::errc();
+    if (isWhole_) length_ = static_cast<size_t>(end - text_);
+  }
+
+  bool isWhole() const { return isWhole_; }
+  const char* data() const { return text_; }
+  size_t length() const { return length_; }
+
+ private:
+  char text_[kMostCharacters];
+  size_t length_ = 0;
+  bool isWhole_ = true;
+};
+
 }  // namespace
 
 int32_t FormatFileTime(int64_t fileTime, SizedBytes& text) {
   std::tm fields = {};
   if (!platform::BreakDownLocalTime(SecondsSince1970(fileTime), fields)) return StatusTimeFailed;
 
-  char formatted[kMostCharacters];
-  const size_t length =
-      std::strftime(formatted, sizeof(formatted), "%a %b %d, %Y %I:%M %p", &fields);
-  if (length == 0) return StatusTimeFailed;
-  return AppendTerminated(text, formatted, length);
+  // "%a %b %d, %Y %I:%M %p", but some runtimes format years of four digits only.
+  DateText formatted;
+  formatted.add("%a %b %d, ", fields);
+  formatted.add(int64_t{1900} + fields.tm_year);
+  formatted.add(" %I:%M %p", fields);
+  if (!formatted.isWhole()) return StatusTimeFailed;
+  return AppendTerminated(text, formatted.data(), formatted.length());
 }
 
 }  // namespace tarn

@@ -44,9 +44,9 @@ TEST_F(SentText, IsTheLocalTimeOfTheMachine) {
 }
 
 TEST_F(SentText, FollowsDaylightSaving) {
-  zone_.use("XST-1XDT,M3.5.0,M10.5.0/3");
-  EXPECT_EQ(Format(132444736000000000), "Sun Sep 13, 2020 02:26 PM");
-  EXPECT_EQ(Format(k1970), "Thu Jan 01, 1970 01:00 AM");
+  zone_.use("EST5EDT,M3.2.0,M11.1.0");
+  EXPECT_EQ(Format(132444736000000000), "Sun Sep 13, 2020 08:26 AM");
+  EXPECT_EQ(Format(k1970), "Wed Dec 31, 1969 07:00 PM");
 }
 
 // Below a second the division truncates towards zero, so that the last second before 1970 counts as
@@ -62,6 +62,15 @@ TEST_F(SentText, FractionsOfASecondAreCutTowardsZero) {
 TEST_F(SentText, TheFirstTimeOfAll) { EXPECT_EQ(Format(0), "Mon Jan 01, 1601 12:00 AM"); }
 
 TEST_F(SentText, TimesAreSigned) { EXPECT_EQ(Format(-kSecond), "Sun Dec 31, 1600 11:59 PM"); }
+
+TEST_F(SentText, YearsHaveAsManyDigitsAsTheyNeed) {
+  constexpr int64_t kDay = 86400 * kSecond;
+  constexpr int64_t kFourCenturies = 146097 * kDay;
+  EXPECT_EQ(Format(21 * kFourCenturies - kSecond), "Sun Dec 31, 10000 11:59 PM");
+  EXPECT_EQ(Format(-4 * kFourCenturies), "Mon Jan 01, 1 12:00 AM");
+  EXPECT_EQ(Format(-4 * kFourCenturies - kSecond), "Sun Dec 31, 0 11:59 PM");
+  EXPECT_EQ(Format(-4 * kFourCenturies - 366 * kDay - kSecond), "Fri Dec 31, -1 11:59 PM");
+}
 
 TEST_F(SentText, TheLargestTime) { EXPECT_EQ(Format(INT64_MAX), "Thu Sep 14, 30828 02:48 AM"); }
 
