@@ -1,8 +1,6 @@
 #include "Common/ByteSearch.h"
 
 #include <gtest/gtest.h>
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include <cstring>
 #include <random>
@@ -11,6 +9,7 @@
 #include <vector>
 
 #include "Common/PairSearch.h"
+#include "support/GuardedBytes.h"
 
 namespace tarn {
 namespace {
@@ -91,29 +90,6 @@ std::string WayName(const ::testing::TestParamInfo<Way>& way) { return way.param
 
 INSTANTIATE_TEST_SUITE_P(ByteSearch, EveryWay, ::testing::ValuesIn(AllWays()), WayName);
 
-// A block of bytes between two pages that cannot be touched.
-class GuardedBytes {
- public:
-  explicit GuardedBytes(size_t size) : page_(static_cast<size_t>(sysconf(_SC_PAGESIZE))) {
-    inside_ = (size + page_ - 1) / page_ * page_;
-    base_ = static_cast<char*>(mmap(nullptr, inside_ + 2 * page_, PROT_READ | PROT_WRITE,
-                                    MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
-    mprotect(base_, page_, PROT_NONE);
-    mprotect(base_ + page_ + inside_, page_, PROT_NONE);
-  }
-  GuardedBytes(const GuardedBytes&) = delete;
-  GuardedBytes& operator=(const GuardedBytes&) = delete;
-  ~GuardedBytes() { munmap(base_, inside_ + 2 * page_); }
-
-  char* begin() { return base_ + page_; }
-  char* end() { return begin() + inside_; }
-
- private:
-  size_t page_;
-  size_t inside_ = 0;
-  char* base_ = nullptr;
-};
-
 // All texts over the alphabet with at most `longest` bytes, the empty one first.
 std::vector<std::string> AllTexts(std::string_view alphabet, size_t longest) {
   std::vector<std::string> texts = {""};
@@ -177,7 +153,7 @@ TEST_P(EveryWay, AgreesWithThePlainSearchOnRandomTexts) {
 // Every place of a match in stretches around the rows that are searched at once, each stretch both
 // directly in front of a page that cannot be read and directly behind one.
 TEST_P(EveryWay, FindsAMatchAtEveryPlaceAndReadsNothingOutside) {
-  GuardedBytes guarded(4096);
+  test::GuardedBytes guarded(4096);
   for (const std::string_view needle :
        {std::string_view("-"), std::string_view("b"), std::string_view("\r\n--b"),
         std::string_view("Content-Type:"),

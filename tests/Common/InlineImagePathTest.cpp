@@ -164,7 +164,7 @@ TEST_F(InlineImagePathTest, MakesTheDirectoryOnceAndNamesItWithASeparator) {
   EXPECT_EQ(name.substr(0, 3), "pst");
   EXPECT_EQ(name.find('.'), std::string::npos);
   EXPECT_TRUE(std::filesystem::is_directory(temp.path() / name));
-  EXPECT_EQ(std::string(path_), temp.path().string() + "/" + name + "\\a.png");
+  EXPECT_EQ(std::string(path_), (temp.path() / name).string() + "\\a.png");
 
   EXPECT_EQ(make(nullptr, "b.png"), 1);
   EXPECT_EQ(std::u16string(directory_), made);
@@ -214,7 +214,7 @@ TEST_F(InlineImagePathTest, AMadeNameThatFillsItsRoomGetsNoSeparator) {
     const std::u16string made = guarded.name;
     ASSERT_EQ(made.size(), 263u) << length;
     EXPECT_EQ(made.back() == u'\\', length == 262) << length;
-    EXPECT_EQ(made.substr(0, length - own + 4), parent.u16string() + u"/pst") << length;
+    EXPECT_EQ(made.substr(0, length - own + 4), (parent / "pst").u16string()) << length;
     EXPECT_TRUE(platform::RemoveEmptyDirectory(guarded.name)) << length;
     EXPECT_TRUE(std::filesystem::is_empty(parent)) << length;
   }

@@ -1,7 +1,6 @@
 // Mails made to be dear or deep, at sizes that show the result; bench/EmlBench.cpp has the large
 // ones.
 #include <gtest/gtest.h>
-#include <pthread.h>
 
 #include <cstring>
 #include <string>
@@ -10,6 +9,7 @@
 #include "Common/SearchBudget.h"
 #include "eml/BodyChoice.h"
 #include "eml/ReadMail.h"
+#include "support/StackLimit.h"
 
 namespace tarn {
 namespace {
@@ -85,21 +85,9 @@ TEST(DeepMail, ThousandsOfLevelsFail) {
   EXPECT_EQ(ReadMail(Nested(3000, "\n")).status, -1);
 }
 
-void* ReadDeepMail(void* status) {
-  const ReadMail read(Nested(500));
-  *static_cast<int32_t*>(status) = read.status;
-  return nullptr;
-}
-
 TEST(DeepMail, NestingCostsNoStack) {
-  pthread_attr_t attributes;
-  ASSERT_EQ(pthread_attr_init(&attributes), 0);
-  ASSERT_EQ(pthread_attr_setstacksize(&attributes, 256 * 1024), 0);
-  pthread_t thread;
   int32_t status = 0;
-  ASSERT_EQ(pthread_create(&thread, &attributes, &ReadDeepMail, &status), 0);
-  ASSERT_EQ(pthread_join(thread, nullptr), 0);
-  pthread_attr_destroy(&attributes);
+  test::RunOnStackOf(256 * 1024, [&status] { status = ReadMail(Nested(500)).status; });
   EXPECT_EQ(status, 1);
 }
 

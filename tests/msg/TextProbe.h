@@ -1,7 +1,7 @@
 // TextProbe.h - a kernel whose conversion to wide text tells success and no number of units.
 //
-// MsgTests defines KernelUtf8ToWide in front of the kernel's library; without a probe it hands
-// every call on to the kernel.
+// MsgTests links a double of KernelUtf8ToWide in front of the kernel's; without a probe it hands
+// every call on.
 #ifndef TARN_TESTS_MSG_TEXTPROBE_H
 #define TARN_TESTS_MSG_TEXTPROBE_H
 

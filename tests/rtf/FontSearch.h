@@ -4,13 +4,16 @@
 
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <ostream>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "Tarnbase/PlainKernel.h"
 #include "rtf/FontCoverage.h"
 #include "rtf/RtfFonts.h"
+#include "support/TestFonts.h"
 
 namespace tarn::test {
 
@@ -22,10 +25,29 @@ inline constexpr std::u16string_view kOgham = u"\u1681";     // in Gulim
 inline constexpr std::u16string_view kNowhere = u"\u1400";
 inline constexpr std::u16string_view kEmoji = u"\U0001F600";
 
+// Faces that have none of the letters that tests ask for. Where a system has another face for names
+// that it does not know, only an installed face covers nothing.
+inline std::vector<TestFont> PoorFonts(std::initializer_list<std::u16string_view> families) {
+  std::vector<TestFont> fonts;
+  for (const std::u16string_view family : families) {
+    fonts.push_back({.family = std::u16string(family), .characters = u"\uE000"});
+  }
+  return fonts;
+}
+
 inline uint64_t LiveObjects() {
   PlainKernelUsageRecord usage = {};
   PlainKernelUsage(&usage);
   return usage.liveTrackedObjects;
+}
+
+inline int32_t Covers(const char* faceName, std::u16string_view text) {
+  void* const context = KernelCreateDC(0, TARN_HERE);
+  const uint64_t before = LiveObjects();
+  const int32_t result = FontCoversText(context, faceName, text.data(), text.size());
+  EXPECT_EQ(LiveObjects(), before) << faceName;
+  KernelDeleteDC(context, TARN_HERE);
+  return result;
 }
 
 inline constexpr uint32_t kUntouched = 4711;

@@ -1,7 +1,5 @@
 #include "rtf/GraphicsProbe.h"
 
-#include <dlfcn.h>
-
 #include <cstring>
 
 #include "Tarnbase/Kernel.h"
@@ -10,16 +8,6 @@ namespace tarn::test {
 namespace {
 
 GraphicsProbe* g_probe = nullptr;
-
-// The kernel's own function of that name.
-template <typename Function>
-Function* NextOf(Function*, const char* name) {
-  void* const address = dlsym(RTLD_NEXT, name);
-  Function* function = nullptr;
-  static_assert(sizeof(function) == sizeof(address));
-  std::memcpy(&function, &address, sizeof(address));
-  return function;
-}
 
 }  // namespace
 
@@ -40,20 +28,27 @@ std::vector<std::u16string> GraphicsProbe::faceNames() const {
 
 using tarn::test::g_probe;
 
-void* KernelCreateDC(int32_t reserved, int32_t line, const char16_t* file) {
+extern "C" {
+
+void* __real_KernelCreateDC(int32_t reserved, int32_t line, const char16_t* file);
+void* __real_KernelCreateFont(const void* logFont, int32_t line, const char16_t* file);
+
+void* __wrap_KernelCreateDC(int32_t reserved, int32_t line, const char16_t* file) {
   if (g_probe != nullptr) {
     ++g_probe->contexts;
     if (g_probe->refusesContexts) return nullptr;
   }
-  return tarn::test::NextOf(&KernelCreateDC, "KernelCreateDC")(reserved, line, file);
+  return __real_KernelCreateDC(reserved, line, file);
 }
 
-void* KernelCreateFont(const void* logFont, int32_t line, const char16_t* file) {
+void* __wrap_KernelCreateFont(const void* logFont, int32_t line, const char16_t* file) {
   if (g_probe != nullptr) {
     tarn::test::LogFontBytes record{};
     std::memcpy(record.data(), logFont, record.size());
     g_probe->fonts.push_back(record);
     if (g_probe->fonts.size() == g_probe->refusedFont) return nullptr;
   }
-  return tarn::test::NextOf(&KernelCreateFont, "KernelCreateFont")(logFont, line, file);
+  return __real_KernelCreateFont(logFont, line, file);
 }
+
+}  // extern "C"

@@ -1,7 +1,7 @@
 // GraphicsProbe.h - sees, and may refuse, the device contexts and fonts that code under test makes.
 //
-// RtfTests defines KernelCreateDC and KernelCreateFont in front of the kernel's library; without a
-// probe they hand every call on to the kernel.
+// RtfTests links doubles of KernelCreateDC and KernelCreateFont in front of the kernel's; without a
+// probe they hand every call on.
 #ifndef TARN_TESTS_RTF_GRAPHICSPROBE_H
 #define TARN_TESTS_RTF_GRAPHICSPROBE_H
 

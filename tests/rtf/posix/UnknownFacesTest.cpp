@@ -1,0 +1,39 @@
+// Faces and code pages that this system does not have; win32/ has the counterpart.
+#include <gtest/gtest.h>
+
+#include "rtf/CodePageForText.h"
+#include "rtf/FontSearch.h"
+#include "rtf/RtfTextWriter.h"
+#include "support/TestFonts.h"
+
+namespace tarn::test {
+namespace {
+
+[[maybe_unused]] const bool kFonts = UseTestFonts(StandardTestFonts());
+
+TEST(UnknownFaces, CoverNothing) {
+  EXPECT_EQ(Covers("No Face Has This", u"a"), 0);
+  EXPECT_EQ(Covers("No Face Has This", u""), 0);
+  EXPECT_EQ(Covers("Helvetica", u"a"), 0);
+  EXPECT_EQ(Covers("", u"a"), 0);
+}
+
+TEST(UnknownFaces, ArePassedOver) {
+  Document document("{\\f3 No Face Has This;}{\\f4 Sylfaen;}");
+  EXPECT_EQ(Find(document.table, u"A"), (Found{1, 4}));
+  EXPECT_EQ(Find(document.table, u""), (Found{1, 4}));
+}
+
+// The Macintosh's Japanese has a charset and no converter.
+TEST(MacintoshJapanese, CarriesNothing) {
+  char16_t wide = 0;
+  char bytes[2] = {};
+  EXPECT_EQ(RoundTripsInCodePage(u"A", 1, 10001, &wide, bytes, 2), 0);
+  Document document("{\\f0\\fcharset0 Courier;}");
+  TrackedBuffer<char> output;
+  uint32_t font = 0;
+  EXPECT_EQ(WriteRtfCodePageText(output, document.table, 0, font, 10001, u"\u65E5", 1), -13);
+}
+
+}  // namespace
+}  // namespace tarn::test

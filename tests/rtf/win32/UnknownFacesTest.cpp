@@ -1,0 +1,46 @@
+// Windows has a face in place of each that it does not know, and all code pages; posix/ has the
+// counterpart.
+#include <gtest/gtest.h>
+
+#include <string_view>
+
+#include "rtf/CodePageForText.h"
+#include "rtf/FontSearch.h"
+#include "rtf/RtfTextWriter.h"
+#include "support/TestFonts.h"
+
+namespace tarn::test {
+namespace {
+
+[[maybe_unused]] const bool kFonts = UseTestFonts(StandardTestFonts());
+
+TEST(UnknownFaces, CoverWhatTheirSubstituteCovers) {
+  EXPECT_EQ(Covers("No Face Has This", u"a"), 1);
+  EXPECT_EQ(Covers("No Face Has This", u""), 1);
+  EXPECT_EQ(Covers("", u"a"), 1);
+  // No plane but the first, and no half of a pair.
+  EXPECT_EQ(Covers("No Face Has This", kEmoji), 0);
+}
+
+TEST(UnknownFaces, AreTakenLikeAnyOther) {
+  Document document("{\\f3 No Face Has This;}{\\f4 Sylfaen;}");
+  EXPECT_EQ(Find(document.table, u"A"), (Found{1, 3}));
+  EXPECT_EQ(Find(document.table, u""), (Found{1, 3}));
+  EXPECT_EQ(Show(document.table), "3:0:0:No Face Has This|4:0:0:Sylfaen");
+}
+
+TEST(MacintoshJapanese, CarriesItsCharacters) {
+  char16_t wide[2] = {};
+  char bytes[4] = {};
+  EXPECT_EQ(RoundTripsInCodePage(u"\u65E5\u672C", 2, 10001, wide, bytes, 4), 1);
+  Document document("{\\f0\\fcharset0 Courier;}");
+  TrackedBuffer<char> output;
+  uint32_t font = 0;
+  EXPECT_EQ(WriteRtfCodePageText(output, document.table, 0, font, 10001, u"\u65E5", 1), 1);
+  EXPECT_EQ(std::string_view(output.data, output.length), "\\f1 \\'93\\'fa");
+  EXPECT_EQ(font, 1u);
+  EXPECT_EQ(Show(document.table), "0:1252:0:Courier|1:10001:78:Batang");
+}
+
+}  // namespace
+}  // namespace tarn::test
