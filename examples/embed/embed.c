@@ -6,6 +6,10 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#if defined(_WIN32)
+#include <fcntl.h>
+#include <io.h>
+#endif
 
 #include "TarnPst.h"
 #include "Tarnbase/Kernel.h"
@@ -95,17 +99,35 @@ static int PrintAttachments(const char16_t* path) {
   return StatusOk;
 }
 
-int main(int argc, char** argv) {
-  char16_t path[4096];
-  int status;
-
-  if (argc != 2) {
-    fprintf(stderr, "usage: embed FILE\n");
-    return 2;
-  }
-  if (KernelUtf8ToWide(argv[1], (int64_t)strlen(argv[1]) + 1, path, 4096) == 0) return 2;
-  status = PrintDocument(path);
+static int Embed(const char16_t* path) {
+  int status = PrintDocument(path);
   if (status == StatusOk) status = PrintAttachments(path);
-  if (status != StatusOk) fprintf(stderr, "%s: the filter answered %d\n", argv[1], status);
+  if (status != StatusOk) fprintf(stderr, "the filter answered %d\n", status);
   return status == StatusOk ? 0 : 1;
 }
+
+static int Usage(void) {
+  fprintf(stderr, "usage: embed FILE\n");
+  return 2;
+}
+
+#if defined(_WIN32)
+
+/* Windows gives arguments as UTF-16 here (MinGW-w64: link with -municode), which is what paths of
+ * the filter are, and would translate line ends in the document. */
+int wmain(int argc, wchar_t** argv) {
+  if (argc != 2) return Usage();
+  _setmode(_fileno(stdout), _O_BINARY);
+  return Embed((const char16_t*)argv[1]);
+}
+
+#else
+
+int main(int argc, char** argv) {
+  char16_t path[4096];
+  if (argc != 2) return Usage();
+  if (KernelUtf8ToWide(argv[1], (int64_t)strlen(argv[1]) + 1, path, 4096) == 0) return 2;
+  return Embed(path);
+}
+
+#endif

@@ -44,7 +44,7 @@ TEST(InfoRoad, HandsHtmlToTheSiblingAsATempFile) {
   EXPECT_EQ(call.options.pageNumber, 1);
   EXPECT_EQ(call.options.lastWord, 0u);
   EXPECT_EQ(call.path.substr(0, host.directory().wide().size() + 4),
-            host.directory().wide() + u"/pst");
+            (host.directory().path() / "pst").u16string());
   EXPECT_EQ(call.path.substr(call.path.size() - 5), u".html");
   host.clearSlot();
   EXPECT_EQ(host.directory().listing(), "mail");

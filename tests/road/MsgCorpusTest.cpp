@@ -100,7 +100,7 @@ TEST(MsgCorpus, EveryMessageInEveryVariant) {
   for (const auto& entry : std::filesystem::recursive_directory_iterator(corpus)) {
     if (entry.path().extension() != ".msg") continue;
     ++counts.files;
-    ReadMessage(ReadWholeFile(entry.path()), entry.path().filename(), counts);
+    ReadMessage(ReadWholeFile(entry.path()), entry.path().filename().string(), counts);
   }
   std::cout << counts.files << " files, " << counts.documents << " documents, "
             << counts.attachments << " attachments, " << counts.messages
