@@ -90,11 +90,13 @@ void ReportBlocks(PlainKernelUsageRecord& usage) {
   usage.allocationCalls = allocationCalls.load(std::memory_order_relaxed);
 }
 
-void ListBlocks() {
-  const std::lock_guard lock(blocks.mutex);
+bool ListBlocks() {
+  const std::unique_lock lock(blocks.mutex, std::try_to_lock);
+  if (!lock) return false;
   blocks.table.ForEach([](const void* block, const BlockRecord& record) {
     ReportLeak("block", block, record.line, record.file);
   });
+  return true;
 }
 
 }  // namespace tarn::kernel

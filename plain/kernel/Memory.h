@@ -12,8 +12,9 @@ bool IsLiveBlock(const void* block, uint64_t bytes);
 // Fills in the fields about blocks and allocation calls.
 void ReportBlocks(PlainKernelUsageRecord& usage);
 
-// Writes a line about each live block to standard error.
-void ListBlocks();
+// Writes a line about each live block to standard error. False when somebody holds the lock, and
+// then none.
+bool ListBlocks();
 
 }  // namespace tarn::kernel
 

@@ -37,6 +37,10 @@ void AbortOnMisuse(const char* operation, const char* what, const void* address,
   std::abort();
 }
 
+void ReportUnlisted(const char* what) {
+  std::fprintf(stderr, "Tarnbase: in use, not listed: %ss\n", what);
+}
+
 void ReportLeak(const char* what, const void* address, int32_t line, const char16_t* file) {
   std::fprintf(stderr, "Tarnbase: still alive: %s 0x%llx (line %d of %s)\n", what,
                AddressNumber(address), static_cast<int>(line), NarrowName(file).data());

@@ -11,6 +11,9 @@ namespace tarn::kernel {
 [[noreturn]] void AbortOnMisuse(const char* operation, const char* what, const void* address,
                                 int32_t line, const char16_t* file);
 
+// Writes one line about a register that somebody has in use, and that is not listed therefore.
+void ReportUnlisted(const char* what);
+
 // Writes one line about something that is still alive.
 void ReportLeak(const char* what, const void* address, int32_t line, const char16_t* file);
 

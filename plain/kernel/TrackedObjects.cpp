@@ -34,11 +34,13 @@ uint64_t ObjectRegister::size() {
   return table_.size() + unrecorded_;
 }
 
-void ObjectRegister::List(const char* what) {
-  const std::lock_guard lock(mutex_);
+bool ObjectRegister::List(const char* what) {
+  const std::unique_lock lock(mutex_, std::try_to_lock);
+  if (!lock) return false;
   table_.ForEach([what](const void* object, const Record& record) {
     ReportLeak(what, object, record.line, record.file);
   });
+  return true;
 }
 
 ObjectRegister& TrackedObjects() { return trackedObjects; }

@@ -23,8 +23,9 @@ class ObjectRegister {
 
   uint64_t size();
 
-  // Writes a line about each object to standard error.
-  void List(const char* what);
+  // Writes a line about each object to standard error. False when somebody holds the lock, and then
+  // none.
+  bool List(const char* what);
 
  private:
   struct Record {

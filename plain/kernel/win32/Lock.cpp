@@ -1,6 +1,6 @@
 #include "Lock.h"
 
-#include "SystemHeaders.h"
+#include <windows.h>
 
 namespace tarn::kernel {
 namespace {
@@ -12,6 +12,8 @@ SRWLOCK* Native(void*& state) { return reinterpret_cast<SRWLOCK*>(&state); }
 }  // namespace
 
 void Lock::lock() noexcept { ::AcquireSRWLockExclusive(Native(state_)); }
+
+bool Lock::try_lock() noexcept { return ::TryAcquireSRWLockExclusive(Native(state_)) != 0; }
 
 void Lock::unlock() noexcept { ::ReleaseSRWLockExclusive(Native(state_)); }
 

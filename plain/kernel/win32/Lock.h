@@ -14,6 +14,7 @@ class Lock {
   Lock& operator=(const Lock&) = delete;
 
   void lock() noexcept;
+  bool try_lock() noexcept;
   void unlock() noexcept;
 
  private:
