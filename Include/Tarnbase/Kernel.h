@@ -108,23 +108,27 @@ TARNBASE_API uint64_t KernelFileSeek(uint64_t handle, int64_t offset, int32_t or
 /* Files outside the host's I/O: temporary files that a sibling opens by name ------------------ */
 
 /* "\" and "/" both separate the components of these paths. No operation follows a path with a ".."
- * component, nor on Windows one that names a stream or a device: names of images come out of mail,
- * which may be hostile. */
+ * component or with no name behind its last separator, nor on Windows one that names a stream or a
+ * device: names of images come out of mail, which may be hostile. */
 
-/* Creates the file for its owner alone, or empties it; it is a regular file, and no link. */
+/* Creates the file or empties it; it is a regular file, and no link. On systems with permission
+ * bits a file created here or by KernelTempFileName is for its owner alone; on Windows it inherits
+ * what its directory grants. */
 TARNBASE_API uint64_t KernelRawFileCreate(const char16_t* path, int32_t reserved);
 TARNBASE_API uint64_t KernelRawFileWrite(uint64_t handle, const void* buffer, uint64_t count,
                                          int32_t reserved);
 TARNBASE_API void KernelRawFileClose(uint64_t handle, int32_t reserved);
 
-/* Nothing happens when there is no such file. */
+/* Nothing happens when there is no such file, nor to a path that may not be followed. */
 TARNBASE_API void KernelDeleteFile(const char16_t* path);
 TARNBASE_API void KernelDeleteFileUtf8(const char* path);
 
 /* Makes a unique name and the empty file of that name, and writes it to `out` (`capacity` units,
- * terminator included). A null or empty directory means the system's temporary directory, a null or
- * empty prefix or extension none; neither may hold a separator. `one` is 1. Status; on failure, as
- * when the name does not fit, no file was made and `out` is untouched. */
+ * terminator included). It begins with the directory as it is given; but a prefix "\\?\" of Windows
+ * is left out, unless the name is too long without it. A null or empty directory means the system's
+ * temporary directory, a null or empty prefix or extension none; neither may hold a separator.
+ * `one` is 1. Status; on failure, as when the name does not fit, no file was made and `out` is
+ * untouched. */
 TARNBASE_API int32_t KernelTempFileName(const char16_t* directory, char16_t* out, int32_t capacity,
                                         int32_t one, const char16_t* prefix,
                                         const char16_t* extension);

@@ -21,4 +21,9 @@ std::string DirectoryOf(const std::string& path) {
   return path.substr(0, std::max<size_t>(slash, 1));
 }
 
+std::string_view LastComponent(std::string_view path) {
+  const size_t separator = path.find_last_of("/\\");
+  return separator == std::string_view::npos ? path : path.substr(separator + 1);
+}
+
 }  // namespace tarn::kernel

@@ -18,6 +18,9 @@ std::string WithSlashes(std::string path);
 // What stands before the last "/" ("/" for a file of the root, "." without one).
 std::string DirectoryOf(const std::string& path);
 
+// What stands behind the last separator, all without one.
+std::string_view LastComponent(std::string_view path);
+
 // Calls `visit` with each component, empty ones included.
 template <typename Visit>
 void ForEachComponent(std::string_view path, Visit visit) {

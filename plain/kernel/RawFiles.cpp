@@ -14,6 +14,7 @@
 namespace tarn::kernel {
 namespace {
 
+// The file stays, noted, when no handle can be given out: it may be deleted by its name.
 uint64_t CreateRaw(const std::string& path) {
   if (!MayNameTemporary(path)) return KERNEL_BAD_HANDLE;
   std::shared_ptr<OpenFile> file;

@@ -1,7 +1,8 @@
 // SystemFiles.h - the file calls of the operating system, as few as the kernel can do with. One
 // folder a system implements them (posix/, win32/).
 //
-// Paths are UTF-8. "Null" below is a failure of any kind. All may throw std::bad_alloc.
+// Paths are UTF-8. "Null" below is a failure of any kind. All may throw std::bad_alloc, and then no
+// file was made, emptied or removed.
 #ifndef TARN_KERNEL_SYSTEMFILES_H
 #define TARN_KERNEL_SYSTEMFILES_H
 
@@ -22,13 +23,16 @@ extern const char kPathSeparator;
 std::shared_ptr<OpenFile> OpenForReading(const std::string& path);
 std::shared_ptr<OpenFile> OpenForWriting(const std::string& path);
 
-// A regular file made (for its owner alone) or emptied for writing, that is not reached through a
-// link in the last component. "\" and "/" both separate here and below.
+// A regular file made or emptied for writing, that is not reached through a link in the last
+// component. On null none was made. "\" and "/" both separate here and below.
+//
+// On systems with permission bits, files made here and by MakeNewFile are for their owner alone; on
+// Windows they inherit what their directory grants.
 std::shared_ptr<OpenFile> OpenTemporary(const std::string& path);
 
 enum class Creation { Made, Exists, Failed };
 
-// Makes an empty file for its owner alone, if nothing of that name exists.
+// Makes an empty file, if nothing of that name exists.
 Creation MakeNewFile(const std::string& path);
 
 // Whether no file of that name exists afterwards, or will once those who have it open let go.

@@ -45,7 +45,7 @@ bool MakeFrame(const char16_t* directory, const char16_t* prefix, const char16_t
                std::string& front, std::string& back) {
   const bool named = directory != nullptr && *directory != u'\0';
   front = named ? PathFromWide(directory) : DefaultTempDirectory();
-  if (!MayNameTemporary(front)) return false;
+  if (!MayHoldTemporaries(front)) return false;
   if (!IsSeparator(front.back())) front += kPathSeparator;
   return AppendPiece(front, "", prefix) && AppendPiece(back, ".", extension);
 }
@@ -61,6 +61,7 @@ int32_t MakeTempFile(const char16_t* directory, char16_t* out, int32_t capacity,
     std::string path = front;
     path.append(unique.begin(), unique.end()).append(back);
     if (!MayNameTemporary(path)) return KernelCannotCreate;
+    path = SpellingForOthers(path);
     const std::u16string wide = ToWide(path);
     if (wide.empty() || static_cast<int64_t>(wide.size()) >= capacity) return KernelCannotCreate;
     Creation creation = Creation::Failed;

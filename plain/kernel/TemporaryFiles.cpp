@@ -1,9 +1,5 @@
 #include "TemporaryFiles.h"
 
-#include <mutex>
-#include <unordered_set>
-
-#include "Lock.h"
 #include "PathRules.h"
 #include "Paths.h"
 #include "Status.h"
@@ -15,7 +11,7 @@ namespace tarn::kernel {
 namespace {
 
 struct Notes {
-  Lock mutex;
+  Lock mutex;                             // held while a temporary file is made or deleted
   std::unordered_set<std::string> paths;  // each in its one spelling
   std::string directory;                  // empty: the system's
 };
@@ -28,21 +24,22 @@ std::string SetTempDirectory() {
 
 }  // namespace
 
-bool NoteFile(const std::string& path) {
-  Notes& notes = Undying<Notes>();
-  const std::lock_guard lock(notes.mutex);
-  return notes.paths.insert(OneSpelling(path)).second;
+FileNote::FileNote(const std::string& path) : lock_(Undying<Notes>().mutex) {
+  const auto [note, isNew] = Undying<Notes>().paths.insert(OneSpelling(path));
+  note_ = note;
+  isNew_ = isNew;
 }
 
-void ForgetFile(const std::string& path) {
-  Notes& notes = Undying<Notes>();
-  const std::lock_guard lock(notes.mutex);
-  notes.paths.erase(OneSpelling(path));
+FileNote::~FileNote() {
+  if (isNew_) Undying<Notes>().paths.erase(note_);
 }
 
 void DeleteNotedFile(const std::string& path) {
   if (!MayNameTemporary(path)) return;
-  if (RemoveFile(path)) ForgetFile(path);
+  const std::string spelling = OneSpelling(path);
+  Notes& notes = Undying<Notes>();
+  const std::lock_guard lock(notes.mutex);
+  if (RemoveFile(path)) notes.paths.erase(spelling);
 }
 
 uint64_t NotedFiles() {

@@ -23,6 +23,16 @@ TEST(Paths, Directories) {
   EXPECT_EQ(DirectoryOf("a\\b"), ".");
 }
 
+TEST(Paths, LastComponents) {
+  EXPECT_EQ(LastComponent("a/b"), "b");
+  EXPECT_EQ(LastComponent("a/b\\c"), "c");
+  EXPECT_EQ(LastComponent("a\\b/c"), "c");
+  EXPECT_EQ(LastComponent("a"), "a");
+  EXPECT_EQ(LastComponent("a/"), "");
+  EXPECT_EQ(LastComponent("\\"), "");
+  EXPECT_EQ(LastComponent(""), "");
+}
+
 TEST(Paths, ClimbingIsAWholeComponent) {
   EXPECT_TRUE(ClimbsUp(".."));
   EXPECT_TRUE(ClimbsUp("../a"));

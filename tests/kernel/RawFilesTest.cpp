@@ -116,6 +116,23 @@ TEST_F(RawFiles, AreNoDirectories) {
   EXPECT_TRUE(Exists("dir"));
 }
 
+// Some systems take such a path for the file in front of the separator, and some for nothing at
+// all.
+TEST_F(RawFiles, APathWithNoNameAtItsEndIsNoFile) {
+  Make(WidePathOf("keep"), "bytes");
+  for (const std::string end : {"/", "\\", "//", "/.", "\\.", "/./", "\\.\\"}) {
+    EXPECT_EQ(Create(WidePathOf("keep" + end)), KERNEL_BAD_HANDLE) << end;
+    EXPECT_EQ(Create(WidePathOf("new" + end)), KERNEL_BAD_HANDLE) << end;
+    KernelDeleteFile(WidePathOf("keep" + end).c_str());
+    KernelDeleteFileUtf8(PathOf("keep" + end).c_str());
+    EXPECT_EQ(Get("keep"), "bytes") << end;
+    EXPECT_EQ(Usage().temporaryFiles, 1U) << end;
+  }
+  EXPECT_EQ(Entries(), 1U);
+  KernelDeleteFile(WidePathOf("keep").c_str());
+  EXPECT_EQ(Usage().temporaryFiles, 0U);
+}
+
 TEST_F(RawFiles, FailWithoutAPath) {
   EXPECT_EQ(KernelRawFileCreate(nullptr, 0), KERNEL_BAD_HANDLE);
   EXPECT_EQ(Create(u""), KERNEL_BAD_HANDLE);

@@ -1,11 +1,13 @@
 #include <gtest/gtest.h>
 
+#include <array>
 #include <atomic>
 #include <cstring>
 #include <random>
 #include <thread>
 #include <vector>
 
+#include "RandomDraws.h"
 #include "Scratch.h"
 #include "Tarnbase/PlainKernel.h"
 
@@ -86,6 +88,38 @@ TEST_F(Threads, MakeTemporaryFilesAndMemoryFiles) {
       if (KernelMemFileClose(state, nullptr, nullptr, nullptr) != 1) ++wrong;
     }
   });
+  EXPECT_EQ(wrong, 0);
+  EXPECT_EQ(Entries(), 0U);
+  EXPECT_EQ(Usage().temporaryFiles, 0U);
+}
+
+// All draw the same name first: one makes the file, and the failures of the others are not to take
+// its note away.
+TEST_F(Threads, MakeOneFileOfOneName) {
+  constexpr unsigned kRounds = 1000;
+  const std::u16string root = Widen(Root());
+  std::array<std::array<char16_t, 264>, kThreads> names;
+  std::atomic<unsigned> arrived{0};
+  std::atomic<unsigned> ready{0};
+  std::atomic<int> wrong{0};
+  Run([&](unsigned number) {
+    for (unsigned round = 1; round <= kRounds; ++round) {
+      if (number == 0) {
+        while (arrived.load() != (round - 1) * kThreads) std::this_thread::yield();
+        GiveZeros(kThreads);
+        ready = round;
+      }
+      while (ready.load() < round) std::this_thread::yield();
+      char16_t* const name = names[number].data();
+      if (KernelTempFileName(root.c_str(), name, 264, 1, u"pst", nullptr) != 1) ++wrong;
+      ++arrived;
+      while (arrived.load() < round * kThreads) std::this_thread::yield();
+      if (number != 0) continue;
+      if (Usage().temporaryFiles != kThreads) ++wrong;
+      for (const auto& made : names) KernelDeleteFile(made.data());
+    }
+  });
+  GiveZeros(0);
   EXPECT_EQ(wrong, 0);
   EXPECT_EQ(Entries(), 0U);
   EXPECT_EQ(Usage().temporaryFiles, 0U);

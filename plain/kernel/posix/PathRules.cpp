@@ -10,7 +10,16 @@ bool ClimbsUp(const std::string& path) {
   return found;
 }
 
-bool MayNameTemporary(const std::string& path) { return !path.empty() && !ClimbsUp(path); }
+bool MayHoldTemporaries(const std::string& directory) {
+  return !directory.empty() && !ClimbsUp(directory);
+}
+
+bool MayNameTemporary(const std::string& path) {
+  const std::string_view last = LastComponent(path);
+  return MayHoldTemporaries(path) && !last.empty() && last != ".";
+}
+
+std::string SpellingForOthers(const std::string& path) { return path; }
 
 std::string OneSpelling(const std::string& path) {
   std::string result;

@@ -21,10 +21,38 @@ constexpr uint64_t kLargestTransfer = 0x40000000;  // what one call of the syste
 constexpr mode_t kOwnerOnly = 0600;
 constexpr mode_t kByUmask = 0666;
 
+bool IsNoDirectory(mode_t mode) { return !S_ISDIR(mode); }
+bool IsRegular(mode_t mode) { return S_ISREG(mode); }
+
+// Made before its file is opened: an open file is then never lost for want of memory.
 class Descriptor final : public OpenFile {
  public:
-  explicit Descriptor(int descriptor) : descriptor_(descriptor) {}
-  ~Descriptor() override { ::close(descriptor_); }
+  Descriptor() = default;
+  ~Descriptor() override {
+    if (descriptor_ >= 0) ::close(descriptor_);
+  }
+
+  // Until it succeeds, before anything else. errno tells more.
+  bool Open(const std::string& path, int flags, mode_t mode) {
+    do {
+      descriptor_ = ::open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY, mode);
+    } while (descriptor_ < 0 && errno == EINTR);
+    return descriptor_ >= 0;
+  }
+
+  // Whether it is of that kind.
+  template <typename Predicate>
+  bool Is(Predicate wanted) const {
+    struct stat status = {};
+    return ::fstat(descriptor_, &status) == 0 && wanted(status.st_mode);
+  }
+
+  // A file that is empty, such as one just made, stays as it is: that cannot fail.
+  bool Empty() const {
+    struct stat status = {};
+    if (::fstat(descriptor_, &status) == 0 && status.st_size == 0) return true;
+    return ::ftruncate(descriptor_, 0) == 0;
+  }
 
   uint64_t Read(void* buffer, uint64_t count) override {
     char* const bytes = static_cast<char*>(buffer);
@@ -62,35 +90,8 @@ class Descriptor final : public OpenFile {
     return done;
   }
 
-  int descriptor_;
+  int descriptor_ = -1;
 };
-
-int OpenDescriptor(const std::string& path, int flags, mode_t mode) {
-  int descriptor = -1;
-  do {
-    descriptor = ::open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY, mode);
-  } while (descriptor < 0 && errno == EINTR);
-  return descriptor;
-}
-
-// Takes the descriptor over; null when there is none or its file is not of the kind wanted.
-template <typename Predicate>
-std::shared_ptr<OpenFile> FileOf(int descriptor, Predicate wanted) {
-  if (descriptor < 0) return nullptr;
-  std::unique_ptr<OpenFile> file;
-  try {
-    file = std::make_unique<Descriptor>(descriptor);
-  } catch (...) {
-    ::close(descriptor);
-    throw;
-  }
-  struct stat status = {};
-  if (::fstat(descriptor, &status) != 0 || !wanted(status.st_mode)) return nullptr;
-  return file;
-}
-
-bool IsNoDirectory(mode_t mode) { return !S_ISDIR(mode); }
-bool IsRegular(mode_t mode) { return S_ISREG(mode); }
 
 // Names longer than the system allows cannot exist either.
 bool NothingOfThatName(int error) {
@@ -107,36 +108,34 @@ bool DirectoryExists(const std::string& path) {
 const char kPathSeparator = '/';
 
 std::shared_ptr<OpenFile> OpenForReading(const std::string& path) {
-  int descriptor = OpenDescriptor(path, O_RDONLY, 0);
-  if (descriptor < 0 && NothingOfThatName(errno)) {
-    descriptor = OpenDescriptor(WithSlashes(path), O_RDONLY, 0);
-  }
-  return FileOf(descriptor, IsNoDirectory);
+  auto file = std::make_shared<Descriptor>();
+  bool open = file->Open(path, O_RDONLY, 0);
+  if (!open && NothingOfThatName(errno)) open = file->Open(WithSlashes(path), O_RDONLY, 0);
+  return open && file->Is(IsNoDirectory) ? file : nullptr;
 }
 
 std::shared_ptr<OpenFile> OpenForWriting(const std::string& path) {
   constexpr int kFlags = O_WRONLY | O_CREAT | O_TRUNC;
-  int descriptor = OpenDescriptor(path, kFlags, kByUmask);
-  if (descriptor < 0 && NothingOfThatName(errno) && !DirectoryExists(DirectoryOf(path))) {
-    descriptor = OpenDescriptor(WithSlashes(path), kFlags, kByUmask);
+  auto file = std::make_shared<Descriptor>();
+  bool open = file->Open(path, kFlags, kByUmask);
+  if (!open && NothingOfThatName(errno) && !DirectoryExists(DirectoryOf(path))) {
+    open = file->Open(WithSlashes(path), kFlags, kByUmask);
   }
-  return FileOf(descriptor, IsNoDirectory);
+  return open && file->Is(IsNoDirectory) ? file : nullptr;
 }
 
 std::shared_ptr<OpenFile> OpenTemporary(const std::string& path) {
   // Emptied only once it is known to be a regular file; O_NONBLOCK keeps a pipe from waiting.
-  const int descriptor =
-      OpenDescriptor(WithSlashes(path), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK, kOwnerOnly);
-  std::shared_ptr<OpenFile> file = FileOf(descriptor, IsRegular);
-  if (file == nullptr || ::ftruncate(descriptor, 0) != 0) return nullptr;
-  return file;
+  constexpr int kFlags = O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK;
+  auto file = std::make_shared<Descriptor>();
+  if (!file->Open(WithSlashes(path), kFlags, kOwnerOnly)) return nullptr;
+  return file->Is(IsRegular) && file->Empty() ? file : nullptr;
 }
 
 Creation MakeNewFile(const std::string& path) {
-  const int descriptor = OpenDescriptor(WithSlashes(path), O_WRONLY | O_CREAT | O_EXCL, kOwnerOnly);
-  if (descriptor < 0) return errno == EEXIST ? Creation::Exists : Creation::Failed;
-  ::close(descriptor);
-  return Creation::Made;
+  Descriptor file;
+  if (file.Open(WithSlashes(path), O_WRONLY | O_CREAT | O_EXCL, kOwnerOnly)) return Creation::Made;
+  return errno == EEXIST ? Creation::Exists : Creation::Failed;
 }
 
 bool RemoveFile(const std::string& path) {

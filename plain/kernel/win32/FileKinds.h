@@ -2,7 +2,7 @@
 #ifndef TARN_KERNEL_WIN32_FILEKINDS_H
 #define TARN_KERNEL_WIN32_FILEKINDS_H
 
-#include "SystemHeaders.h"
+#include <windows.h>
 
 namespace tarn::kernel {
 
@@ -12,6 +12,13 @@ constexpr bool AreOfPlainFile(DWORD attributes) {
   constexpr DWORD kOthers =
       FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_DEVICE;
   return (attributes & kOthers) == 0;
+}
+
+// The same attributes without the mark that keeps a file from being deleted. The system does not
+// take an empty set.
+constexpr DWORD WithoutReadOnlyMark(DWORD attributes) {
+  const DWORD others = attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY);
+  return others == 0 ? FILE_ATTRIBUTE_NORMAL : others;
 }
 
 inline bool IsDiskFile(HANDLE handle) { return ::GetFileType(handle) == FILE_TYPE_DISK; }

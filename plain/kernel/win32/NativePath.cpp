@@ -1,11 +1,11 @@
 #include "NativePath.h"
 
 #include <string.h>
+#include <windows.h>
 
 #include <string_view>
 
 #include "Paths.h"
-#include "SystemHeaders.h"
 #include "Utf8.h"
 
 namespace tarn::kernel {

@@ -1,7 +1,10 @@
-// What the system makes of a name before it looks for the file: upper and lower case are one,
-// periods and blanks at the end of a component are nothing, ":" names a drive or a stream inside a
-// file, and some names are devices in every directory, whatever extension they have.
+// What the system makes of a name before it looks for the file: upper and lower case are one, all
+// periods and blanks at the end of the path are nothing, and so is a single period at the end of a
+// component; ":" names a drive or a stream inside a file, and some names are devices in every
+// directory, whatever extension they have.
 #include "PathRules.h"
+
+#include <windows.h>
 
 #include <algorithm>
 #include <array>
@@ -9,7 +12,6 @@
 
 #include "NativePath.h"
 #include "Paths.h"
-#include "SystemHeaders.h"
 #include "Utf8.h"
 
 namespace tarn::kernel {
@@ -30,6 +32,15 @@ constexpr bool IsLetter(char c) { return UpperAscii(c) >= 'A' && UpperAscii(c) <
 std::string_view WithoutEnd(std::string_view component, std::string_view characters) {
   const size_t last = component.find_last_not_of(characters);
   return component.substr(0, last == std::string_view::npos ? 0 : last + 1);
+}
+
+// All of them at the end of the path, where no separator stands behind them.
+std::string_view WithoutPathEnd(std::string_view path) { return WithoutEnd(path, ". "); }
+
+// Of a component before another one a single period only: "a.." and "a " have names of their own.
+std::string_view WithoutPeriod(std::string_view component) {
+  const bool single = component.ends_with('.') && !component.ends_with("..");
+  return component.substr(0, component.size() - (single ? 1 : 0));
 }
 
 // Two or more periods, whatever blanks stand among them: which of these lead up, and which are
@@ -90,8 +101,8 @@ bool ClimbsUp(const std::string& path) {
   return found;
 }
 
-bool MayNameTemporary(const std::string& path) {
-  const std::string plain = WithoutVerbatimPrefix(path);
+bool MayHoldTemporaries(const std::string& directory) {
+  const std::string plain = WithoutVerbatimPrefix(directory);
   if (plain.empty() || ClimbsUp(plain) || NamesDevicesDirectory(plain)) return false;
   const std::string_view names = std::string_view(plain).substr(DriveLength(plain));
   if (HasForeignCharacter(names)) return false;
@@ -100,9 +111,22 @@ bool MayNameTemporary(const std::string& path) {
   return !device;
 }
 
+bool MayNameTemporary(const std::string& path) {
+  const std::string plain = WithoutVerbatimPrefix(path);
+  const std::string_view names = std::string_view(plain).substr(DriveLength(plain));
+  return MayHoldTemporaries(path) && !WithoutPathEnd(LastComponent(names)).empty();
+}
+
+std::string SpellingForOthers(const std::string& path) {
+  // With the prefix the system would take the rest letter by letter, and the kernel does not.
+  if (WithoutVerbatimPrefix(path) == path) return path;
+  const std::u16string native = TemporaryPath(path);
+  return ToUtf8(native.data(), static_cast<int64_t>(native.size()));
+}
+
 std::string OneSpelling(const std::string& path) {
   const std::string plain = WithoutVerbatimPrefix(path);
-  std::string_view rest = plain;
+  std::string_view rest = WithoutPathEnd(plain);
   std::string result(rest.substr(0, DriveLength(rest)));
   rest.remove_prefix(result.size());
   // Two separators in front name a server, one the root of the drive, none the current directory.
@@ -111,7 +135,7 @@ std::string OneSpelling(const std::string& path) {
   }
   bool first = true;
   ForEachComponent(rest, [&](std::string_view component) {
-    const std::string_view name = WithoutEnd(component, ". ");
+    const std::string_view name = WithoutPeriod(component);
     if (name.empty()) return;
     if (!first) result.push_back('/');
     result.append(name);

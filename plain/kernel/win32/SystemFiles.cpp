@@ -1,6 +1,6 @@
 #include "SystemFiles.h"
 
-#include "SystemHeaders.h"
+#include <windows.h>
 // Behind the header that it builds on.
 #include <bcrypt.h>
 
@@ -15,15 +15,35 @@
 namespace tarn::kernel {
 namespace {
 
-constexpr uint64_t kLargestTransfer = 0x40000000;  // what one call of the system is asked to move
+// What one call of the system is asked to move: servers and drivers refuse much larger pieces.
+constexpr uint64_t kLargestTransfer = 16 << 20;
 
 // The kernel locks nobody out: others may read, write, rename and delete what it has open.
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
+// Made before its file is opened: an open file is then never lost for want of memory.
 class NativeFile final : public OpenFile {
  public:
-  explicit NativeFile(HANDLE handle) : handle_(handle), seeks_(IsDiskFile(handle)) {}
-  ~NativeFile() override { ::CloseHandle(handle_); }
+  NativeFile() = default;
+  ~NativeFile() override {
+    if (handle_ != INVALID_HANDLE_VALUE) ::CloseHandle(handle_);
+  }
+
+  // Once, before anything else. The system's last error tells more.
+  bool Open(const std::u16string& path, DWORD access, DWORD creation, DWORD flags) {
+    ::SetLastError(ERROR_INVALID_NAME);
+    if (path.empty()) return false;
+    handle_ = ::CreateFileW(AsNative(path), access, kShareAll, nullptr, creation,
+                            FILE_ATTRIBUTE_NORMAL | flags, nullptr);
+    if (handle_ == INVALID_HANDLE_VALUE) return false;
+    const DWORD said = ::GetLastError();
+    onDisk_ = IsDiskFile(handle_);
+    ::SetLastError(said);
+    return true;
+  }
+
+  HANDLE handle() const { return handle_; }
+  bool onDisk() const { return onDisk_; }
 
   uint64_t Read(void* buffer, uint64_t count) override {
     char* const bytes = static_cast<char*>(buffer);
@@ -42,7 +62,7 @@ class NativeFile final : public OpenFile {
   uint64_t Seek(int64_t offset, int32_t origin) override {
     static_assert(FILE_BEGIN == KERNEL_SEEK_START && FILE_CURRENT == KERNEL_SEEK_CURRENT &&
                   FILE_END == KERNEL_SEEK_END);
-    if (origin < KERNEL_SEEK_START || origin > KERNEL_SEEK_END || !seeks_) return UINT64_MAX;
+    if (origin < KERNEL_SEEK_START || origin > KERNEL_SEEK_END || !onDisk_) return UINT64_MAX;
     LARGE_INTEGER distance;
     LARGE_INTEGER position;
     distance.QuadPart = offset;
@@ -51,38 +71,37 @@ class NativeFile final : public OpenFile {
   }
 
  private:
-  // Goes on after short counts, up to the end of the file or an error.
+  // Goes on after short counts, up to the end of the file or an error; what a step moved before it
+  // failed counts too.
   template <typename Step>
   static uint64_t MoveAll(uint64_t count, Step step) {
     uint64_t done = 0;
     while (done < count) {
       const DWORD want = static_cast<DWORD>(std::min(count - done, kLargestTransfer));
       DWORD moved = 0;
-      if (step(done, want, &moved) == 0 || moved == 0) break;
+      const bool whole = step(done, want, &moved) != 0;
       done += moved;
+      if (!whole || moved == 0) break;
     }
     return done;
   }
 
-  HANDLE handle_;
-  bool seeks_;  // asking others for a position is not defined
+  HANDLE handle_ = INVALID_HANDLE_VALUE;
+  bool onDisk_ = false;  // asking others for a position is not defined
 };
 
-HANDLE OpenNative(const std::u16string& path, DWORD access, DWORD creation, DWORD flags) {
-  if (path.empty()) return INVALID_HANDLE_VALUE;
-  return ::CreateFileW(AsNative(path), access, kShareAll, nullptr, creation,
-                       FILE_ATTRIBUTE_NORMAL | flags, nullptr);
-}
-
-// Takes the handle over; null when there is none.
-std::shared_ptr<OpenFile> FileOf(HANDLE handle) {
-  if (handle == INVALID_HANDLE_VALUE) return nullptr;
-  try {
-    return std::make_shared<NativeFile>(handle);
-  } catch (...) {
-    ::CloseHandle(handle);
-    throw;
-  }
+// A file for writing, made, or emptied once `wanted` has taken it. It is not opened so as to be
+// emptied at once: that fails on hidden files and on those of the system. A file just made is empty
+// already, so emptying never leaves a new file behind when it fails.
+template <typename Predicate>
+std::shared_ptr<OpenFile> OpenEmpty(const std::u16string& path, DWORD access, DWORD flags,
+                                    Predicate wanted) {
+  auto file = std::make_shared<NativeFile>();
+  if (!file->Open(path, access, OPEN_ALWAYS, flags)) return nullptr;
+  const bool existed = ::GetLastError() == ERROR_ALREADY_EXISTS;
+  if (!wanted(file->handle())) return nullptr;
+  const bool mayHoldBytes = existed && file->onDisk();
+  return mayHoldBytes && ::SetEndOfFile(file->handle()) == 0 ? nullptr : file;
 }
 
 bool NothingOfThatName(DWORD error) {
@@ -97,7 +116,7 @@ bool RemoveReadOnly(const std::u16string& path) {
   constexpr DWORD kMark = FILE_ATTRIBUTE_READONLY;
   if (attributes == INVALID_FILE_ATTRIBUTES) return NothingOfThatName(::GetLastError());
   if ((attributes & kMark) == 0 || (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) return false;
-  if (::SetFileAttributesW(AsNative(path), attributes & ~kMark) == 0) return false;
+  if (::SetFileAttributesW(AsNative(path), WithoutReadOnlyMark(attributes)) == 0) return false;
   if (::DeleteFileW(AsNative(path)) != 0) return true;
   ::SetFileAttributesW(AsNative(path), attributes);
   return false;
@@ -109,34 +128,30 @@ const char kPathSeparator = '\\';
 
 // The system takes both separators, and refuses to open a directory as a file.
 std::shared_ptr<OpenFile> OpenForReading(const std::string& path) {
-  return FileOf(OpenNative(HostPath(path), GENERIC_READ, OPEN_EXISTING, 0));
+  auto file = std::make_shared<NativeFile>();
+  return file->Open(HostPath(path), GENERIC_READ, OPEN_EXISTING, 0) ? file : nullptr;
 }
 
 std::shared_ptr<OpenFile> OpenForWriting(const std::string& path) {
-  return FileOf(OpenNative(HostPath(path), GENERIC_WRITE, CREATE_ALWAYS, 0));
+  return OpenEmpty(HostPath(path), GENERIC_WRITE, 0, [](HANDLE) { return true; });
 }
 
 std::shared_ptr<OpenFile> OpenTemporary(const std::string& path) {
-  // A link is opened itself instead of followed; emptied only once it is known to be a plain file.
-  const HANDLE handle = OpenNative(TemporaryPath(path), GENERIC_WRITE | FILE_READ_ATTRIBUTES,
-                                   OPEN_ALWAYS, FILE_FLAG_OPEN_REPARSE_POINT);
-  std::shared_ptr<OpenFile> file = FileOf(handle);
-  if (file == nullptr || !IsPlainFile(handle) || ::SetEndOfFile(handle) == 0) return nullptr;
-  return file;
+  // A link is opened itself instead of followed.
+  return OpenEmpty(TemporaryPath(path), GENERIC_WRITE | FILE_READ_ATTRIBUTES,
+                   FILE_FLAG_OPEN_REPARSE_POINT, IsPlainFile);
 }
 
 Creation MakeNewFile(const std::string& path) {
   // Without the flag a link to nowhere would be followed and its target made.
-  const HANDLE handle =
-      OpenNative(TemporaryPath(path), GENERIC_WRITE, CREATE_NEW, FILE_FLAG_OPEN_REPARSE_POINT);
-  if (handle == INVALID_HANDLE_VALUE) {
-    const DWORD error = ::GetLastError();
-    const bool exists = error == ERROR_FILE_EXISTS || error == ERROR_ALREADY_EXISTS;
-    return exists ? Creation::Exists : Creation::Failed;
+  const std::u16string native = TemporaryPath(path);
+  NativeFile file;
+  if (file.Open(native, GENERIC_WRITE, CREATE_NEW, FILE_FLAG_OPEN_REPARSE_POINT)) {
+    return file.onDisk() ? Creation::Made : Creation::Failed;
   }
-  const bool plain = IsDiskFile(handle);
-  ::CloseHandle(handle);
-  return plain ? Creation::Made : Creation::Failed;
+  const DWORD error = ::GetLastError();
+  const bool exists = error == ERROR_FILE_EXISTS || error == ERROR_ALREADY_EXISTS;
+  return exists ? Creation::Exists : Creation::Failed;
 }
 
 bool RemoveFile(const std::string& path) {

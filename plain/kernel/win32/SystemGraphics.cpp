@@ -1,9 +1,9 @@
 // Contexts and fonts of GDI, whose handles are the kernel's pointers.
 #include "SystemGraphics.h"
 
-#include <cstring>
+#include <windows.h>
 
-#include "SystemHeaders.h"
+#include <cstring>
 
 namespace tarn::kernel {
 

@@ -18,12 +18,26 @@ TEST(PathRules, OneSpellingForOneFile) {
 }
 
 TEST(PathRules, OnlyClimbingKeepsATemporaryFromItsName) {
-  for (const char* const name : {"a", "a:b", "NUL", "a/b\\c", "...", ".. ", "a?", "/"}) {
+  for (const char* const name : {"a", "a:b", "NUL", "a/b\\c", "...", ".. ", "a?", "a/./b"}) {
     EXPECT_TRUE(MayNameTemporary(name)) << name;
+    EXPECT_TRUE(MayHoldTemporaries(name)) << name;
   }
   for (const char* const name : {"", "..", "a/..", "a\\..\\b"}) {
     EXPECT_FALSE(MayNameTemporary(name)) << name;
+    EXPECT_FALSE(MayHoldTemporaries(name)) << name;
   }
+}
+
+TEST(PathRules, WithoutANameAtTheEndItIsADirectory) {
+  for (const char* const name : {"/", "\\", "a/", "a\\", "a//", ".", "a/.", "a\\.", "a/./"}) {
+    EXPECT_FALSE(MayNameTemporary(name)) << name;
+    EXPECT_TRUE(MayHoldTemporaries(name)) << name;
+  }
+}
+
+TEST(PathRules, OthersFindAFileByTheSameName) {
+  for (const char* const name : {"/tmp/a", "a\\b", "\\\\?\\C:\\a"})
+    EXPECT_EQ(SpellingForOthers(name), name);
 }
 
 }  // namespace

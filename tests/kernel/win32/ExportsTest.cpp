@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <windows.h>
 
 #include <algorithm>
 #include <cctype>
@@ -7,7 +8,6 @@
 #include <string>
 
 #include "Ordinals.h"
-#include "SystemHeaders.h"
 #include "support/PeFile.h"
 
 namespace tarn::test {

@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
+#include <windows.h>
 
 #include <cstring>
 
 #include "LogFontRecord.h"
-#include "SystemHeaders.h"
 #include "Tarnbase/PlainKernel.h"
 
 namespace tarn::test {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "FileKinds.h"
 #include "NativePath.h"
 
 namespace tarn::kernel {
@@ -50,8 +51,49 @@ TEST(PathRules, ThePrefixOfLongPathsIsNoPartOfTheName) {
 
 TEST(PathRules, PeriodsAndBlanksAtTheEndAreNothing) {
   EXPECT_EQ(OneSpelling("a.\\b. ."), "A/B");
+  EXPECT_EQ(OneSpelling("C:\\a\\b.. ."), "C:/A/B");
   EXPECT_EQ(OneSpelling(".a"), ".A");
   EXPECT_EQ(OneSpelling(" a"), " A");
+}
+
+TEST(PathRules, OfAnInnerComponentOnlyASinglePeriodIsNothing) {
+  EXPECT_EQ(OneSpelling("a.\\.\\b.\\c"), "A/B/C");
+  EXPECT_EQ(OneSpelling("a .\\b"), "A /B");
+  EXPECT_EQ(OneSpelling("a..\\b"), "A../B");
+  EXPECT_EQ(OneSpelling("a \\b"), "A /B");
+  EXPECT_EQ(OneSpelling("a. /b"), "A. /B");
+  EXPECT_EQ(OneSpelling(" \\b"), " /B");
+}
+
+TEST(PathRules, WithoutANameAtTheEndItIsADirectory) {
+  for (const char* const name :
+       {"a\\", "a/", "a\\.", "a\\ ", "a/ . ", ".", " ", "C:", "C:\\", "C:.", "\\\\?\\C:\\",
+        "\\\\?\\C:\\a\\", "\\", "\\\\server\\share\\"}) {
+    EXPECT_FALSE(MayNameTemporary(name)) << name;
+    EXPECT_TRUE(MayHoldTemporaries(name)) << name;
+  }
+  for (const char* const name : {"", "..\\", "\\\\?\\C:", "NUL\\", "ab:b\\", "\\\\.\\"}) {
+    EXPECT_FALSE(MayNameTemporary(name)) << name;
+    EXPECT_FALSE(MayHoldTemporaries(name)) << name;
+  }
+}
+
+TEST(PathRules, OthersFindAFileByTheNameWithoutThePrefix) {
+  EXPECT_EQ(SpellingForOthers("C:/a/.\\b."), "C:/a/.\\b.");
+  EXPECT_EQ(SpellingForOthers("\\\\?\\C:/a\\.\\b"), "C:/a\\.\\b");
+  EXPECT_EQ(SpellingForOthers("\\\\?\\UNC\\server\\share\\a"), "\\\\server\\share\\a");
+  const std::string name(200, 'n');
+  EXPECT_EQ(SpellingForOthers("C:\\" + name + "/./" + name), "C:\\" + name + "/./" + name);
+  EXPECT_EQ(SpellingForOthers("\\\\?\\C:\\" + name + "/./" + name),
+            "\\\\?\\C:\\" + name + "\\" + name);
+}
+
+TEST(FileKinds, WithoutItsOnlyMarkAFileIsNormal) {
+  EXPECT_EQ(WithoutReadOnlyMark(FILE_ATTRIBUTE_READONLY), DWORD{FILE_ATTRIBUTE_NORMAL});
+  EXPECT_EQ(WithoutReadOnlyMark(FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN),
+            DWORD{FILE_ATTRIBUTE_HIDDEN});
+  EXPECT_EQ(WithoutReadOnlyMark(FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_NORMAL),
+            DWORD{FILE_ATTRIBUTE_NORMAL});
 }
 
 TEST(PathRules, PeriodsAloneClimb) {
@@ -60,7 +102,7 @@ TEST(PathRules, PeriodsAloneClimb) {
     EXPECT_TRUE(ClimbsUp(name)) << name;
     EXPECT_FALSE(MayNameTemporary(name)) << name;
   }
-  for (const char* const name : {".", "a..", "..a", ".\\a", "a. ."}) {
+  for (const char* const name : {"a..", "..a", ".\\a", "a. ."}) {
     EXPECT_FALSE(ClimbsUp(name)) << name;
     EXPECT_TRUE(MayNameTemporary(name)) << name;
   }

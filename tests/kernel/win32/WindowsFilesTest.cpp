@@ -1,11 +1,11 @@
 // Host files as Windows has them: other spellings of one name, long paths, who shares a file.
 #include <gtest/gtest.h>
+#include <windows.h>
 
 #include <filesystem>
 #include <string>
 
 #include "FilesFixture.h"
-#include "SystemHeaders.h"
 
 namespace tarn::test {
 namespace {

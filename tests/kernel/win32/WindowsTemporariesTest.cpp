@@ -1,5 +1,6 @@
 // Temporary files as Windows has them: what names are one file, and what is no file.
 #include <gtest/gtest.h>
+#include <windows.h>
 
 #include <filesystem>
 #include <string>
@@ -7,7 +8,6 @@
 #include "FileKinds.h"
 #include "RandomDraws.h"
 #include "RawFilesFixture.h"
-#include "SystemHeaders.h"
 #include "TempNamesFixture.h"
 #include "support/Environment.h"
 
@@ -41,6 +41,23 @@ TEST_F(RawFiles, PeriodsAndBlanksAtTheEndAreNoPartOfTheName) {
   KernelDeleteFile(WidePathOf("image.").c_str());
   EXPECT_EQ(Usage().temporaryFiles, 0U);
   EXPECT_EQ(Entries(), 0U);
+}
+
+// Such directories are made with the prefix only, but entered without it too.
+TEST_F(RawFiles, DirectoriesThatDifferInBlanksAreTwo) {
+  const std::u16string verbatim =
+      u"\\\\?\\" + Native(Root()).make_preferred().u16string() + u"\\dir";
+  ASSERT_TRUE(::CreateDirectoryW(Native16(verbatim), nullptr));
+  ASSERT_TRUE(::CreateDirectoryW(Native16(verbatim + u" "), nullptr));
+  Make(WidePathOf("dir/image"), "1");
+  Make(WidePathOf("dir /image"), "2");
+  EXPECT_EQ(Get("dir/image"), "1");
+  EXPECT_EQ(Usage().temporaryFiles, 2U);
+  KernelDeleteFile(WidePathOf("dir./image").c_str());
+  EXPECT_EQ(Usage().temporaryFiles, 1U);
+  KernelDeleteFile(WidePathOf("dir /image").c_str());
+  EXPECT_EQ(Usage().temporaryFiles, 0U);
+  EXPECT_TRUE(::RemoveDirectoryW(Native16(verbatim + u" ")));
 }
 
 TEST_F(RawFiles, PeriodsAloneAreNoName) {
@@ -183,6 +200,48 @@ TEST_F(TempNames, LeadToNoStreamAndNoDevice) {
   EXPECT_EQ(Make(u"\\\\.\\pipe", u"pst", nullptr), -1490);
   EXPECT_EQ(Entries(), 0U);
   EXPECT_EQ(Usage().temporaryFiles, 0U);
+}
+
+bool Opens(const char16_t* path) {
+  const HANDLE file = ::CreateFileW(reinterpret_cast<const wchar_t*>(path), GENERIC_READ,
+                                    FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
+  if (file == INVALID_HANDLE_VALUE) return false;
+  ::CloseHandle(file);
+  return true;
+}
+
+// With the prefix, the system takes what stands behind it letter by letter; the kernel does not.
+TEST_F(TempNames, BehindThePrefixADirectoryOfAnySpellingGivesNamesThatOpen) {
+  std::filesystem::create_directory(NativePathOf("dir"));
+  const std::u16string root = Native(Root()).make_preferred().u16string();
+  for (const std::u16string end :
+       {u"\\dir", u"\\dir\\", u"/dir", u"\\.\\dir", u"\\dir.", u"\\\\dir"}) {
+    ASSERT_EQ(Make((u"\\\\?\\" + root + end).c_str(), u"pst", nullptr), 1) << Narrow(end);
+    EXPECT_TRUE(Opens(name_.data())) << Narrow(name_.data());
+    EXPECT_TRUE(std::u16string(name_.data()).starts_with(root + end));
+    Delete();
+    EXPECT_TRUE(std::filesystem::is_empty(NativePathOf("dir")));
+  }
+}
+
+TEST_F(TempNames, BehindThePrefixALongDirectoryGivesNamesThatOpenToo) {
+  const std::string directory(200, 'd');
+  std::filesystem::create_directory(NativePathOf(directory));
+  const std::u16string root = u"\\\\?\\" + Native(Root()).make_preferred().u16string();
+  const std::u16string given = root + u"/./" + Widen(directory);
+  ASSERT_EQ(Make(given.c_str(), std::u16string(60, u'p').c_str(), nullptr, 600), 1);
+  EXPECT_TRUE(Opens(name_.data())) << Narrow(name_.data());
+  EXPECT_TRUE(std::u16string(name_.data()).starts_with(root + u"\\" + Widen(directory) + u"\\p"));
+  Delete();
+  EXPECT_TRUE(std::filesystem::is_empty(NativePathOf(directory)));
+}
+
+TEST_F(TempNames, AVolumeByItsOwnNameHoldsNone) {
+  const char16_t* const volume = u"\\\\?\\Volume{5f1b2c3d-0000-0000-0000-100000000000}\\";
+  EXPECT_EQ(Make(volume, u"pst", nullptr), -1490);
+  EXPECT_EQ(Make(u"\\\\?\\C:", u"pst", nullptr), -1490);
+  PlainKernelSetTempDirectory(volume);
+  EXPECT_EQ(Make(nullptr, u"pst", nullptr), -1490);
 }
 
 TEST_F(TempNames, ADirectoryInTheWayIsACollisionToo) {

@@ -1,0 +1,110 @@
+// What is left when the kernel's bookkeeping runs out of memory: nothing that was not there.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "AllocationFaults.h"
+#include "FilesFixture.h"
+#include "RawFilesFixture.h"
+#include "TempNamesFixture.h"
+
+namespace tarn::test {
+namespace {
+
+// Calls `attempt` with each of its allocations failing in turn, and `check` after each; the last
+// attempt has all it needs. The number of failures.
+template <typename Attempt, typename Check>
+int FailEachAllocation(Attempt attempt, Check check) {
+  for (int ordinal = 1;; ++ordinal) {
+    FailAllocation(ordinal);
+    attempt();
+    const bool failed = AllocationHasFailed();
+    FailAllocation(0);
+    if (!failed) return ordinal - 1;
+    check();
+  }
+}
+
+// Handles are kept in slots that are used again: those of these tests allocate none.
+void WarmUp(const std::u16string& path) {
+  const uint64_t handle = KernelRawFileCreate(path.c_str(), 0);
+  ASSERT_NE(handle, KERNEL_BAD_HANDLE);
+  KernelRawFileClose(handle, 0);
+  KernelDeleteFile(path.c_str());
+}
+
+TEST_F(RawFiles, WithoutMemoryNothingIsMade) {
+  const std::u16string path = WidePathOf("an image with a name that does not fit a small string");
+  WarmUp(path);
+  uint64_t handle = 0;
+  const int failures = FailEachAllocation([&] { handle = Create(path); },
+                                          [&] {
+                                            EXPECT_EQ(handle, KERNEL_BAD_HANDLE);
+                                            EXPECT_EQ(Entries(), 0U);
+                                            EXPECT_EQ(Usage().temporaryFiles, 0U);
+                                          });
+  EXPECT_GE(failures, 4);
+  EXPECT_EQ(Entries(), 1U);
+  KernelRawFileClose(handle, 0);
+  KernelDeleteFile(path.c_str());
+}
+
+TEST_F(RawFiles, WithoutMemoryNothingIsEmptiedOrForgotten) {
+  const std::u16string path = WidePathOf("image");
+  Make(path, "bytes");
+  uint64_t handle = 0;
+  FailEachAllocation([&] { handle = Create(path); },
+                     [&] {
+                       EXPECT_EQ(handle, KERNEL_BAD_HANDLE);
+                       EXPECT_EQ(Get("image"), "bytes");
+                       EXPECT_EQ(Usage().temporaryFiles, 1U);
+                     });
+  KernelRawFileClose(handle, 0);
+  EXPECT_EQ(Get("image"), "");
+  const int failures = FailEachAllocation([&] { KernelDeleteFile(path.c_str()); },
+                                          [&] {
+                                            EXPECT_EQ(Entries(), 1U);
+                                            EXPECT_EQ(Usage().temporaryFiles, 1U);
+                                          });
+  EXPECT_GE(failures, 2);
+  EXPECT_EQ(Usage().temporaryFiles, 0U);
+}
+
+TEST_F(TempNames, WithoutMemoryNothingIsMade) {
+  const std::u16string root = Widen(Root());
+  int32_t status = 0;
+  const int failures = FailEachAllocation([&] { status = Make(root.c_str(), u"pst", u"html"); },
+                                          [&] {
+                                            EXPECT_EQ(status, -1490);
+                                            EXPECT_EQ(Entries(), 0U);
+                                            EXPECT_EQ(Usage().temporaryFiles, 0U);
+                                            EXPECT_EQ(name_[0], u'#');
+                                          });
+  EXPECT_GE(failures, 4);
+  EXPECT_EQ(status, 1);
+  Delete();
+}
+
+TEST_F(Files, WithoutMemoryNothingIsMadeOrEmptied) {
+  const std::u16string path = WidePathOf("a file with a name that does not fit a small string");
+  WarmUp(path);
+  uint64_t handle = 0;
+  FailEachAllocation([&] { handle = CreatePath(path); },
+                     [&] {
+                       EXPECT_EQ(handle, KERNEL_BAD_HANDLE);
+                       EXPECT_EQ(Entries(), 0U);
+                     });
+  EXPECT_EQ(KernelFileWrite(handle, "abc", 3), 3U);
+  KernelFileClose(handle);
+  const int failures = FailEachAllocation([&] { handle = CreatePath(path); },
+                                          [&] {
+                                            EXPECT_EQ(handle, KERNEL_BAD_HANDLE);
+                                            EXPECT_EQ(std::filesystem::file_size(path), 3U);
+                                          });
+  EXPECT_GE(failures, 2);
+  EXPECT_EQ(std::filesystem::file_size(path), 0U);
+  KernelFileClose(handle);
+}
+
+}  // namespace
+}  // namespace tarn::test
