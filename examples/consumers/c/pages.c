@@ -4,9 +4,12 @@
  *     pages MAIL PAGE OUT
  *
  * Built with nothing but what is installed: cc pages.c $(pkg-config --cflags --libs tarnpst)
+ * MinGW-w64 takes -municode besides.
  *
  * A damaged PST store ends in a C++ exception, which C cannot catch: a host that opens stores of
- * unknown origin wraps its calls in C++, as ../cpp/summary.cpp does.
+ * unknown origin calls through the library that ../shim/status.c uses, or wraps its calls in C++,
+ * as
+ * ../cpp/summary.cpp does.
  */
 #include <TarnPst.h>
 #include <Tarnbase/Kernel.h>
@@ -14,6 +17,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <wchar.h>
 
 #define LINES_A_PAGE 10
 
@@ -149,25 +153,54 @@ static int32_t Run(const char16_t* path, int32_t page, FILE* out) {
   return status;
 }
 
+/* `mail` is the path as it is shown. */
+static int Pages(const char16_t* path, const char* mail, int32_t page, FILE* out) {
+  int32_t status;
+  PlainKernelSetIoMode(KERNEL_IO_IN_MEMORY); /* so that siblings from memory are all it takes */
+  status = Run(path, page, out);
+  if (fclose(out) != 0 && status == StatusOk) status = StatusWriteFailed;
+  if (status != StatusOk) fprintf(stderr, "%s: the filter answered %d\n", mail, (int)status);
+  return status == StatusOk ? 0 : 1;
+}
+
+static int Usage(void) {
+  fprintf(stderr, "usage: pages MAIL PAGE OUT\n");
+  return 2;
+}
+
+static int Unwritable(void) {
+  fprintf(stderr, "pages: OUT cannot be written\n");
+  return 2;
+}
+
+#if defined(_WIN32)
+
+/* Windows gives arguments as UTF-16 here, which is what paths of the filter are. */
+int wmain(int argc, wchar_t** argv) {
+  const char16_t* path;
+  char mail[4096];
+  FILE* out;
+
+  if (argc != 4 || _wtoi(argv[2]) < 1) return Usage();
+  path = (const char16_t*)argv[1];
+  /* With its NUL. */
+  if (KernelWideToUtf8(path, (int64_t)wcslen(argv[1]) + 1, mail, sizeof mail) == 0) return 2;
+  out = _wfopen(argv[3], L"wb");
+  return out == NULL ? Unwritable() : Pages(path, mail, _wtoi(argv[2]), out);
+}
+
+#else
+
+/* Arguments are UTF-8 here. */
 int main(int argc, char** argv) {
   char16_t path[4096];
   FILE* out;
-  int32_t status;
 
-  if (argc != 4 || atoi(argv[2]) < 1) {
-    fprintf(stderr, "usage: pages MAIL PAGE OUT\n");
-    return 2;
-  }
-  /* With its NUL; arguments are UTF-8 here. */
+  if (argc != 4 || atoi(argv[2]) < 1) return Usage();
+  /* With its NUL. */
   if (KernelUtf8ToWide(argv[1], (int64_t)strlen(argv[1]) + 1, path, 4096) == 0) return 2;
   out = fopen(argv[3], "wb");
-  if (out == NULL) {
-    fprintf(stderr, "%s: cannot be written\n", argv[3]);
-    return 2;
-  }
-  PlainKernelSetIoMode(KERNEL_IO_IN_MEMORY); /* so that siblings from memory are all it takes */
-  status = Run(path, atoi(argv[2]), out);
-  if (fclose(out) != 0 && status == StatusOk) status = StatusWriteFailed;
-  if (status != StatusOk) fprintf(stderr, "%s: the filter answered %d\n", argv[1], (int)status);
-  return status == StatusOk ? 0 : 1;
+  return out == NULL ? Unwritable() : Pages(path, argv[1], atoi(argv[2]), out);
 }
+
+#endif

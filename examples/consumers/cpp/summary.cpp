@@ -14,6 +14,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace {
@@ -52,14 +53,6 @@ class File {
 };
 
 // Text --------------------------------------------------------------------------------------------
-
-std::u16string Wide(const std::string& text) {
-  std::u16string wide(text.size() + 1, u'\0');
-  wide.resize(
-      static_cast<size_t>(KernelUtf8ToWide(text.data(), static_cast<int64_t>(text.size()),
-                                           wide.data(), static_cast<int64_t>(wide.size()))));
-  return wide;
-}
 
 std::string Utf8(const char16_t* text) {
   const std::u16string_view wide(text);
@@ -211,19 +204,48 @@ void PrintSummary(const std::u16string& path) {
   }
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-  if (argc != 2) {
-    std::cerr << "usage: summary MAIL\n";
-    return 2;
-  }
+// The exit status.
+int Summarize(const std::u16string& path) {
   try {
-    PrintSummary(Wide(argv[1]));
+    PrintSummary(path);
     return 0;
   } catch (const std::exception& error) {
     // Ours, or a damaged store's: by now everything that the call held has been released.
-    std::cerr << argv[1] << ": " << error.what() << '\n';
+    std::cerr << Utf8(path.c_str()) << ": " << error.what() << '\n';
     return 1;
   }
 }
+
+int Usage() {
+  std::cerr << "usage: summary MAIL\n";
+  return 2;
+}
+
+}  // namespace
+
+#if defined(_WIN32)
+
+// Windows gives arguments as UTF-16 here, which is what paths of the filter are.
+int wmain(int argc, wchar_t** argv) {
+  if (argc != 2) return Usage();
+  const std::wstring_view path(argv[1]);
+  return Summarize({path.begin(), path.end()});
+}
+
+#else
+
+// Arguments are UTF-8 here.
+static std::u16string Wide(const std::string& text) {
+  std::u16string wide(text.size() + 1, u'\0');
+  wide.resize(
+      static_cast<size_t>(KernelUtf8ToWide(text.data(), static_cast<int64_t>(text.size()),
+                                           wide.data(), static_cast<int64_t>(wide.size()))));
+  return wide;
+}
+
+int main(int argc, char** argv) {
+  if (argc != 2) return Usage();
+  return Summarize(Wide(argv[1]));
+}
+
+#endif
