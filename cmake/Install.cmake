@@ -28,12 +28,19 @@ target_include_directories(Tarnbase INTERFACE ${include_installed})
 target_include_directories(TarnPst INTERFACE ${include_installed})
 target_link_libraries(TarnPst INTERFACE $<INSTALL_INTERFACE:TarnPst::Tarnbase>)
 if(NOT WIN32)
-  file(RELATIVE_PATH libdir_from_program
-    ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+  if(IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR} OR IS_ABSOLUTE ${CMAKE_INSTALL_BINDIR})
+    # One of the two stays where it is, whatever the prefix becomes.
+    set(libdir_from_program ${CMAKE_INSTALL_FULL_LIBDIR})
+    set(program_rpath ${CMAKE_INSTALL_FULL_LIBDIR})
+  else()
+    file(RELATIVE_PATH libdir_from_program
+      ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+    set(program_rpath "$ORIGIN/${libdir_from_program}")
+  endif()
   target_compile_definitions(tarnmail_parts PRIVATE
     TARN_LIBRARIES_FROM_PROGRAM="${libdir_from_program}")
   set_target_properties(TarnPst PROPERTIES INSTALL_RPATH "$ORIGIN")
-  set_target_properties(tarnmail PROPERTIES INSTALL_RPATH "$ORIGIN/${libdir_from_program}")
+  set_target_properties(tarnmail PROPERTIES INSTALL_RPATH ${program_rpath})
 endif()
 install(TARGETS TarnPst Tarnbase EXPORT TarnPst
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
@@ -55,9 +62,23 @@ install(FILES
   DESTINATION ${cmakedir})
 
 set(pkgconfigdir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
-file(RELATIVE_PATH prefix_from_pkgconfig
-  ${CMAKE_INSTALL_PREFIX}/${pkgconfigdir} ${CMAKE_INSTALL_PREFIX})
-string(REGEX REPLACE "/$" "" prefix_from_pkgconfig ${prefix_from_pkgconfig})
+if(IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR})
+  set(pkgconfig_comment "# The libraries are in a place of their own, so that nothing may be moved.")
+  set(pkgconfig_prefix ${CMAKE_INSTALL_PREFIX})
+  set(pkgconfig_libdir ${CMAKE_INSTALL_LIBDIR})
+else()
+  file(RELATIVE_PATH prefix_from_pkgconfig
+    ${CMAKE_INSTALL_PREFIX}/${pkgconfigdir} ${CMAKE_INSTALL_PREFIX})
+  string(REGEX REPLACE "/$" "" prefix_from_pkgconfig ${prefix_from_pkgconfig})
+  set(pkgconfig_comment "# Found from where this file lies, so that the whole may be moved.")
+  set(pkgconfig_prefix "\${pcfiledir}/${prefix_from_pkgconfig}")
+  set(pkgconfig_libdir "\${prefix}/${CMAKE_INSTALL_LIBDIR}")
+endif()
+if(IS_ABSOLUTE ${CMAKE_INSTALL_INCLUDEDIR})
+  set(pkgconfig_includedir ${CMAKE_INSTALL_INCLUDEDIR})
+else()
+  set(pkgconfig_includedir "\${prefix}/${CMAKE_INSTALL_INCLUDEDIR}")
+endif()
 set(pkgconfig_libraries "-lTarnPst -lTarnbase")
 if(WIN32)
   # By their file names, under which programs with a static runtime (-static) find them too.
@@ -71,17 +92,24 @@ if(WIN32)
 endif()
 
 # For people.
-set(documents ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/packaging/copyright)
+install(FILES ${PROJECT_SOURCE_DIR}/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 if(WIN32)
-  install(FILES ${documents} ${PROJECT_SOURCE_DIR}/CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+  install(FILES ${PROJECT_SOURCE_DIR}/CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+  set(copyright ${PROJECT_BINARY_DIR}/copyright)
 else()
-  install(FILES ${documents} DESTINATION ${CMAKE_INSTALL_DOCDIR})
+  set(copyright ${PROJECT_SOURCE_DIR}/packaging/copyright)
 endif()
+install(FILES ${copyright} DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs DESTINATION ${CMAKE_INSTALL_DOCDIR}
   FILES_MATCHING PATTERN "*.md" PATTERN "*.png")
 install(DIRECTORY
   ${PROJECT_SOURCE_DIR}/examples/consumers/c ${PROJECT_SOURCE_DIR}/examples/consumers/cpp
+  ${PROJECT_SOURCE_DIR}/examples/consumers/shim
   DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
+install(FILES
+  ${PROJECT_SOURCE_DIR}/examples/embed/catching-shim.h
+  ${PROJECT_SOURCE_DIR}/examples/embed/catching-shim.cpp
+  DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples/shim)
 
 # compressed(<file> <name> <folder> [<option of install>...]): installs the file as <name>.gz, the
 # same bytes every time.

@@ -20,3 +20,20 @@ function(import_library name def)
 endfunction()
 import_library(TarnPst ${PROJECT_SOURCE_DIR}/src/FileFormats/Pst/TarnPst.def)
 import_library(Tarnbase ${PROJECT_SOURCE_DIR}/plain/kernel/Tarnbase.def)
+import_library(CatchingShim ${PROJECT_SOURCE_DIR}/examples/embed/CatchingShim.def)
+
+# The filter for hosts of other compilers. On other systems a host builds it from the sources.
+set(shimdir ${PROJECT_SOURCE_DIR}/examples/embed)
+target_include_directories(CatchingShim INTERFACE ${include_installed})
+target_link_libraries(CatchingShim INTERFACE $<INSTALL_INTERFACE:TarnPst::Tarnbase>)
+install(TARGETS CatchingShim EXPORT TarnPst
+  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(FILES ${shimdir}/catching-shim.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+
+# The libraries and the program carry their runtime, whose notices come with them.
+set_property(DIRECTORY APPEND PROPERTY
+  CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/packaging/copyright-windows)
+configure_file(${PROJECT_SOURCE_DIR}/packaging/copyright ${PROJECT_BINARY_DIR}/copyright COPYONLY)
+file(READ ${PROJECT_SOURCE_DIR}/packaging/copyright-windows copyright_windows)
+file(APPEND ${PROJECT_BINARY_DIR}/copyright "\n${copyright_windows}")

@@ -2,7 +2,7 @@
 set(CPACK_PACKAGE_NAME tarnpst)
 set(CPACK_PACKAGE_VENDOR "the TarnPst developers")
 set(CPACK_PACKAGE_CONTACT
-  "Seed cfc12124 maintainers <maintainers@users.noreply.c-seed-cfc12124.example>")
+  "TarnPst developers <tarnpst@example.invalid>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "mail-file filter for PST, MSG and EML files")
 set(CPACK_PACKAGE_DESCRIPTION
 "Reads one message of a PST store, an MSG file or an internet mail file and

@@ -3,9 +3,14 @@
 #
 # Packs the two build trees (build/release and build/windows, which have been configured), unpacks
 # the .deb and the .zip elsewhere, and builds examples/consumers against nothing but what came out:
-# the program in C by pkg-config, the one in C++ by CMake. Runs them and tarnmail, and compares what
-# they print, byte by byte. Programs for Windows run by scripts/wine-run; whoever calls this may
-# have a Wine server running.
+# the program in C by pkg-config, the one in C++ by CMake, the one that calls the catching shim by
+# hand. Runs them and tarnmail, and compares what they print, byte by byte. Does the same with what
+# `cmake --install` leaves. Programs for Windows run by scripts/wine-run; whoever calls this may have
+# a Wine server running.
+#
+# Works in a folder of the Windows build tree, which needs about 100 MB and is removed at the end.
+# The name of the folder and that of the mail's hold what names may hold, a blank and a letter
+# beyond ASCII.
 #
 # Ends with one line, "packages: ..."; exit status 0 when all is well.
 set -euo pipefail
@@ -15,10 +20,13 @@ windows=$(realpath "${2:-$root/build/windows}")
 expected=$root/tests/packages
 export LC_ALL=C TZ=UTC
 
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-
 fail() { echo "packages: FAILED: $*"; exit 1; }
+
+for build in "$release" "$windows"; do
+  [ -f "$build/CPackConfig.cmake" ] || fail "$build has not been configured"
+done
+work=$(mktemp -d "$windows/packages under test.XXXXXX")
+trap 'rm -rf "$work"' EXIT
 
 # quietly WHAT COMMAND...: shows the output only when the command fails.
 quietly() {
@@ -38,7 +46,6 @@ same_text() { same "$1" "$2" <(tr -d '\r' <"$3"); }
 pack() {
   local build=$1 pattern=$2
   shift 2
-  [ -f "$build/CPackConfig.cmake" ] || fail "$build has not been configured"
   quietly "building in $build" cmake --build "$build" --target "$@"
   find "$build" -maxdepth 1 -name "$pattern" -delete
   quietly "packing $build" cpack --config "$build/CPackConfig.cmake" -B "$build"
@@ -57,42 +64,124 @@ check_tree() {
   fi
 }
 
-# run_consumers WHAT PAGES SUMMARY RUNNER...: what the two programs print.
-run_consumers() {
-  local what=$1 pages=$2 summary=$3 status=0
-  shift 3
-  (cd "$work/mail" && "$@" "$pages" html-inline-image.eml 2 page) >"$work/out" ||
+# check_notices WHAT COPYRIGHT PART...: names the parts that are not ours, and has the text of every
+# license that it names.
+check_notices() {
+  local what=$1 copyright=$2 part
+  shift 2
+  for part in "$@"; do
+    grep -q "^Files: .*$part" "$copyright" || fail "$what: no notice of $part"
+  done
+  awk '/^Files:/ { inside = 1 } /^$/ { inside = 0 } inside && sub(/^License: /, "")' "$copyright" |
+    sed 's/ and /\n/' | sort -u >"$work/named"
+  awk '/^$/ { start = 1; next } start && sub(/^License: /, "") { print } { start = 0 }' "$copyright" |
+    sort >"$work/given"
+  same "$what: licenses named and given" "$work/named" "$work/given"
+}
+
+# read_flags WHAT FOLDER: what pkg-config says of the tarnpst.pc in the folder, one
+# element of `flags` each.
+read_flags() {
+  local text
+  text=$(PKG_CONFIG_LIBDIR=$2 pkg-config --cflags --libs tarnpst) ||
+    fail "$1: pkg-config does not know tarnpst"
+  # Blanks within an element have a backslash before them, which is taken off.
+  # shellcheck disable=SC2162
+  read -a flags <<<"$text"
+}
+
+# run_pages WHAT PAGES RUNNER...
+run_pages() {
+  local what=$1 pages=$2
+  shift 2
+  rm -f "$work/mail/ä/page"
+  (cd "$work/mail" && "$@" "$pages" ä/html-inline-image.eml 2 ä/page) >"$work/out" ||
     fail "$what: the program in C"
   same_text "$what: what the program in C prints" <(echo "page 2 of 2") "$work/out"
-  same "$what: the page drawn in C" "$expected/html-page-2.txt" "$work/mail/page"
+  same "$what: the page drawn in C" "$expected/html-page-2.txt" "$work/mail/ä/page"
+}
 
-  (cd "$work/mail" && "$@" "$summary" mailbox.pst) >"$work/out" || fail "$what: the program in C++"
+# run_summary WHAT SUMMARY RUNNER...
+run_summary() {
+  local what=$1 summary=$2 status=0
+  shift 2
+  (cd "$work/mail" && "$@" "$summary" ä/mailbox.pst) >"$work/out" || fail "$what: the program in C++"
   same_text "$what: what the program in C++ prints" "$expected/summary.txt" "$work/out"
   # The exception leaves the library and is caught in the program.
-  (cd "$work/mail" && "$@" "$summary" damaged.pst) >"$work/out" 2>&1 || status=$?
+  (cd "$work/mail" && "$@" "$summary" ä/damaged.pst) >"$work/out" 2>&1 || status=$?
   [ "$status" -eq 1 ] || fail "$what: exit status $status for a damaged store"
-  same_text "$what: a damaged store" <(echo "damaged.pst: fread failed") "$work/out"
+  same_text "$what: a damaged store" <(echo "ä/damaged.pst: fread failed") "$work/out"
+}
+
+# run_shim WHAT PROGRAM RUNNER...: the exception ends in the shim.
+run_shim() {
+  local what=$1 program=$2 status=0
+  shift 2
+  (cd "$work/mail" && "$@" "$program" ä/html-inline-image.eml) >"$work/out" ||
+    fail "$what: the program that calls the shim"
+  same_text "$what: what the shim answers" <(echo "status 1") "$work/out"
+  (cd "$work/mail" && "$@" "$program" ä/damaged.pst) >"$work/out" || status=$?
+  [ "$status" -eq 1 ] || fail "$what: exit status $status for a damaged store by the shim"
+  same_text "$what: a damaged store by the shim" <(printf 'status 0\nfread failed\n') "$work/out"
 }
 
 # run_tarnmail WHAT TARNMAIL RUNNER...
 run_tarnmail() {
   local what=$1 tarnmail=$2
   shift 2
-  (cd "$work/mail" && "$@" "$tarnmail" info mailbox.pst) >"$work/out" || fail "$what: tarnmail"
+  (cd "$work/mail" && "$@" "$tarnmail" info ä/mailbox.pst) >"$work/out" || fail "$what: tarnmail"
   same_text "$what: what tarnmail prints" "$expected/info.txt" "$work/out"
 }
 
-mkdir "$work/mail" "$work/consumers"
-cp "$root"/examples/*.eml "$root"/examples/*.pst "$work/mail"
-head -c 3000 "$root/examples/mailbox.pst" >"$work/mail/damaged.pst"
-cp -R "$root/examples/consumers/." "$work/consumers"
+mkdir -p "$work/mail/ä"
+cp "$root"/examples/*.eml "$root"/examples/*.pst "$work/mail/ä"
+head -c 3000 "$root/examples/mailbox.pst" >"$work/mail/ä/damaged.pst"
 warnings=(-Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
 
-# The .deb ----------------------------------------------------------------------------------------
+# Linux -------------------------------------------------------------------------------------------
+
+multiarch=$(gcc -print-multiarch)
+
+# check_linux WHAT PREFIX FOLDER: builds and runs what lies below the prefix, in a new folder.
+check_linux() {
+  local what=$1 prefix=$2 folder=$3 libraries=$2/lib/$multiarch
+  local examples=$prefix/share/doc/tarnpst/examples flags
+  local as_installed=(env -u LD_LIBRARY_PATH)
+  mkdir "$folder"
+  cp -R "$examples/." "$folder"
+  read_flags "$what" "$libraries/pkgconfig"
+
+  quietly "$what: building the program in C" gcc -std=c11 "${warnings[@]}" \
+    "$folder/c/pages.c" -o "$folder/pages" "${flags[@]}" -Wl,-rpath,"$libraries"
+  run_pages "$what" "$folder/pages" "${as_installed[@]}"
+
+  quietly "$what: configuring the program in C++" cmake -G Ninja -S "$folder/cpp" -B "$folder/build" \
+    -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_CXX_FLAGS="${warnings[*]}"
+  quietly "$what: building the program in C++" cmake --build "$folder/build"
+  run_summary "$what" "$folder/build/summary" "${as_installed[@]}"
+
+  quietly "$what: building the shim" g++ -std=c++20 -O2 -shared -fPIC -fvisibility=hidden \
+    "${warnings[@]}" "$folder/shim/catching-shim.cpp" -o "$folder/libCatchingShim.so" \
+    "${flags[@]}" -Wl,-rpath,"$libraries"
+  quietly "$what: building the program that calls the shim" gcc -std=c11 "${warnings[@]}" \
+    "$folder/shim/status.c" -o "$folder/status" -L"$folder" -lCatchingShim "${flags[@]}" \
+    -Wl,-rpath,"$folder:$libraries"
+  run_shim "$what" "$folder/status" "${as_installed[@]}"
+  quietly "$what: configuring the program that calls the shim" cmake -G Ninja \
+    -S "$folder/shim" -B "$folder/build-shim" -DCMAKE_PREFIX_PATH="$prefix" \
+    -DCMAKE_C_FLAGS="${warnings[*]}" -DCMAKE_CXX_FLAGS="${warnings[*]}"
+  quietly "$what: building the program that calls the shim by CMake" cmake --build "$folder/build-shim"
+  run_shim "$what, CMake" "$folder/build-shim/status" "${as_installed[@]}"
+
+  # The filter finds the kernel beside itself, whoever loads it.
+  "${as_installed[@]}" ldd "$libraries/libTarnPst.so" |
+    sed -nE 's/^\tlibTarnbase\.so => (.*) \(.*/\1/p' >"$work/out"
+  same "$what: the kernel of libTarnPst.so" <(echo "$libraries/libTarnbase.so") "$work/out"
+  run_tarnmail "$what" "$prefix/bin/tarnmail" "${as_installed[@]}"
+}
 
 pack "$release" 'tarnpst_*.deb' TarnPst Tarnbase tarnmail compressed_documents
 deb=$package
-multiarch=$(gcc -print-multiarch)
 tree=$work/deb
 dpkg-deb -x "$deb" "$tree" || fail "dpkg-deb cannot unpack $deb"
 
@@ -105,83 +194,136 @@ dpkg-deb -c "$deb" | awk '$2 != "root/root" || $1 ~ /^-.......w/ { bad = 1; prin
   fail "owners or permissions in the .deb"
 sed "s/MULTIARCH/$multiarch/" "$expected/deb-files.txt" >"$work/deb-files"
 check_tree "the .deb" "$tree" "$work/deb-files" usr/share/doc/tarnpst/docs
-
-flags=$(PKG_CONFIG_SYSROOT_DIR="$tree" PKG_CONFIG_PATH="$tree/usr/lib/$multiarch/pkgconfig" \
-  pkg-config --cflags --libs tarnpst) || fail "pkg-config does not know tarnpst"
-# Unquoted: one word a flag.
-quietly "building the program in C" gcc -std=c11 "${warnings[@]}" \
-  "$work/consumers/c/pages.c" -o "$work/pages" $flags -Wl,-rpath,"$tree/usr/lib/$multiarch"
-quietly "configuring the program in C++" cmake -G Ninja -S "$work/consumers/cpp" -B "$work/cpp" \
-  -DCMAKE_PREFIX_PATH="$tree/usr" -DCMAKE_CXX_FLAGS="${warnings[*]}"
-quietly "building the program in C++" cmake --build "$work/cpp"
-run_consumers "the .deb" "$work/pages" "$work/cpp/summary" env -u LD_LIBRARY_PATH
-
-# The filter finds the kernel beside itself, whoever loads it.
-env -u LD_LIBRARY_PATH ldd "$tree/usr/lib/$multiarch/libTarnPst.so" |
-  sed -nE 's/^\tlibTarnbase\.so => (.*) \(.*/\1/p' >"$work/out"
-same "the .deb: the kernel of libTarnPst.so" \
-  <(echo "$tree/usr/lib/$multiarch/libTarnbase.so") "$work/out"
-run_tarnmail "the .deb" "$tree/usr/bin/tarnmail" env -u LD_LIBRARY_PATH
+parts=(CLI11 "JSON for Modern C++" Boost libstdc++)
+check_notices "the .deb" "$tree/usr/share/doc/tarnpst/copyright" "${parts[@]}"
+check_linux "the .deb" "$tree/usr" "$work/of deb"
 gzip -dc "$tree/usr/share/man/man1/tarnmail.1.gz" >"$work/tarnmail.1"
 "$root/scripts/check-manual.sh" "$tree/usr/bin/tarnmail" "$work/tarnmail.1" "$root/examples" ||
   fail "the manual page"
 
-# The .zip ----------------------------------------------------------------------------------------
+# Without a package, and without what only a package has.
+quietly "installing $release" cmake --install "$release" --prefix "$work/linux installed"
+sed -e 's|^usr/||' -e '/changelog\.Debian/d' -e '/lintian/d' "$work/deb-files" >"$work/linux-files"
+check_tree "cmake --install" "$work/linux installed" "$work/linux-files" share/doc/tarnpst/docs
+check_linux "cmake --install" "$work/linux installed" "$work/of linux"
+
+# Libraries in a place of their own, whatever the prefix.
+(cd "$root" && quietly "configuring with libraries in /opt/t/lib" cmake --preset release \
+  -B "$work/absolute" -DCMAKE_INSTALL_PREFIX=/opt/p -DCMAKE_INSTALL_LIBDIR=/opt/t/lib)
+PKG_CONFIG_LIBDIR=$work/absolute pkg-config --cflags --libs tarnpst | xargs -n 1 >"$work/out"
+same "an absolute library directory: tarnpst.pc" \
+  <(printf '%s\n' -I/opt/p/include -L/opt/t/lib -lTarnPst -lTarnbase) "$work/out"
+grep -qF 'TARN_LIBRARIES_FROM_PROGRAM=\\\"/opt/t/lib\\\"' "$work/absolute/compile_commands.json" ||
+  fail "an absolute library directory: where tarnmail looks"
+
+# Windows -----------------------------------------------------------------------------------------
 
 cross=x86_64-w64-mingw32
-pack "$windows" 'TarnPst-*.zip' TarnPst Tarnbase tarnmail \
-  TarnPst_import_library Tarnbase_import_library
+toolchain=$root/cmake/toolchains/mingw-w64-x86_64.cmake
+wine=$root/scripts/wine-run
+export WINEPREFIX=${WINEPREFIX:-$windows/wine-prefix}
+
+# check_imports WHAT FOLDER: each program and library there wants nothing but what is listed.
+check_imports() {
+  local program
+  : >"$work/imports"
+  for program in "$2"/*; do
+    "$cross-objdump" -p "$program" >"$work/headers" || fail "$1: $program cannot be read"
+    sed -nE "s/^\tDLL Name: (.*)$/$(basename "$program"): \1/p" "$work/headers" >>"$work/imports"
+  done
+  sort -o "$work/imports" "$work/imports"
+  same "$1: what programs and libraries import" "$expected/imports.txt" "$work/imports"
+}
+
+# check_others WHAT PREFIX FOLDER: Microsoft's compiler is not at hand; what CMake would give it is.
+check_others() {
+  local what=$1 prefix=$2 folder=$3 library
+  cat >"$folder/CMakeLists.txt" <<'END'
+cmake_minimum_required(VERSION 3.25)
+project(Others LANGUAGES NONE)
+set(MSVC TRUE)
+find_package(TarnPst REQUIRED)
+foreach(library TarnPst Tarnbase CatchingShim)
+  get_target_property(place TarnPst::${library} IMPORTED_IMPLIB_RELEASE)
+  file(COPY_FILE ${place} ${CMAKE_BINARY_DIR}/${library}.lib)
+endforeach()
+END
+  quietly "$what: finding the .lib files by CMake" cmake -G Ninja -S "$folder" -B "$folder/others" \
+    -DTarnPst_DIR="$prefix/lib/cmake/TarnPst"
+  for library in TarnPst Tarnbase CatchingShim; do
+    cmp "$folder/others/$library.lib" "$prefix/lib/$library.lib" >&2 ||
+      fail "$what: CMake's $library.lib"
+  done
+}
+
+# check_shim WHAT PREFIX FOLDER: by both import libraries, and built from its source.
+check_shim() {
+  local what=$1 prefix=$2 folder=$3 form
+  local status=("$folder/shim/status.c" -std=c11 -municode "${warnings[@]}" -I"$prefix/include")
+  # The header that is beside the source is not needed.
+  rm "$folder/shim/catching-shim.h"
+  quietly "$what: building the program that calls the shim" "$cross-gcc-posix" "${status[@]}" \
+    -o "$folder/status-a.exe" "$prefix/lib/libCatchingShim.dll.a" "$prefix/lib/libTarnbase.dll.a"
+  quietly "$what: building the program that calls the shim with the .lib files" \
+    "$cross-gcc-posix" "${status[@]}" \
+    -o "$folder/status-lib.exe" "$prefix/lib/CatchingShim.lib" "$prefix/lib/Tarnbase.lib"
+  for form in a lib; do run_shim "$what, status-$form.exe" "$folder/status-$form.exe" "$wine"; done
+  quietly "$what: configuring the program that calls the shim" cmake -G Ninja \
+    -S "$folder/shim" -B "$folder/build-shim" --toolchain "$toolchain" \
+    -DTarnPst_DIR="$prefix/lib/cmake/TarnPst" -DCMAKE_C_FLAGS="${warnings[*]}"
+  quietly "$what: building the program that calls the shim by CMake" cmake --build "$folder/build-shim"
+  run_shim "$what, CMake" "$folder/build-shim/status.exe" "$wine"
+
+  mkdir "$folder/own"
+  quietly "$what: building the shim" "$cross-g++-posix" -std=c++20 -O2 -static -shared \
+    "${warnings[@]}" -DCATCHING_SHIM_BUILD -I"$prefix/include" "$folder/shim/catching-shim.cpp" \
+    -o "$folder/own/CatchingShim.dll" "$prefix/lib/libTarnPst.dll.a"
+  cp "$folder/status-a.exe" "$folder/own"
+  run_shim "$what, a shim built from the source" "$folder/own/status-a.exe" "$wine"
+}
+
+# check_windows WHAT PREFIX FOLDER: builds and runs what lies below the prefix, in a new folder.
+check_windows() {
+  local what=$1 prefix=$2 folder=$3 pages flags wine_path=Z:$2/bin
+  mkdir "$folder"
+  cp -R "$prefix/doc/examples/." "$folder"
+  check_imports "$what" "$prefix/bin"
+  read_flags "$what" "$prefix/lib/pkgconfig"
+  export WINEPATH=${wine_path//\//\\}
+
+  quietly "$what: building the program in C" "$cross-gcc-posix" -static -std=c11 "${warnings[@]}" \
+    -municode "$folder/c/pages.c" -o "$folder/pages.exe" "${flags[@]}"
+  quietly "$what: building the program in C with the .lib files" \
+    "$cross-gcc-posix" -std=c11 "${warnings[@]}" -municode "$folder/c/pages.c" \
+    -o "$folder/pages-lib.exe" -I"$prefix/include" "$prefix/lib/TarnPst.lib" "$prefix/lib/Tarnbase.lib"
+  for pages in pages.exe pages-lib.exe; do run_pages "$what, $pages" "$folder/$pages" "$wine"; done
+
+  quietly "$what: configuring the program in C++" cmake -G Ninja \
+    -S "$folder/cpp" -B "$folder/build" \
+    --toolchain "$toolchain" \
+    -DTarnPst_DIR="$prefix/lib/cmake/TarnPst" \
+    -DCMAKE_CXX_FLAGS="${warnings[*]}" -DCMAKE_EXE_LINKER_FLAGS=-static
+  quietly "$what: building the program in C++" cmake --build "$folder/build"
+  run_summary "$what" "$folder/build/summary.exe" "$wine"
+
+  check_shim "$what" "$prefix" "$folder"
+  check_others "$what" "$prefix" "$folder"
+  # Beside its libraries it needs no search path; wine-run has one for those who give none.
+  WINEPATH='C:\' run_tarnmail "$what" "$prefix/bin/tarnmail.exe" "$wine"
+}
+
+pack "$windows" 'TarnPst-*.zip' TarnPst Tarnbase tarnmail CatchingShim \
+  TarnPst_import_library Tarnbase_import_library CatchingShim_import_library
 zip=$package
 mkdir "$work/zip"
 (cd "$work/zip" && cmake -E tar xf "$zip") || fail "the .zip cannot be unpacked"
 tree=$work/zip/$(basename "$zip" .zip)
 check_tree "the .zip" "$tree" "$expected/zip-files.txt" doc/docs
+check_notices "the .zip" "$tree/doc/copyright" "${parts[@]}" libgcc MinGW-w64 gdtoa winpthreads
+check_windows "the .zip" "$tree" "$work/of zip"
 
-# imports PROGRAM: the DLLs it wants that are not the system's.
-imports() { $cross-objdump -p "$1" | sed -nE 's/^\tDLL Name: (Tarn.*|lib.*)$/\1/p' | sort; }
-same "the .zip: what TarnPst.dll imports" <(echo Tarnbase.dll) <(imports "$tree/bin/TarnPst.dll")
-same "the .zip: what tarnmail.exe imports" <(echo Tarnbase.dll) <(imports "$tree/bin/tarnmail.exe")
-same "the .zip: what Tarnbase.dll imports" /dev/null <(imports "$tree/bin/Tarnbase.dll")
-
-flags=$(PKG_CONFIG_LIBDIR="$tree/lib/pkgconfig" pkg-config --cflags --libs tarnpst) ||
-  fail "pkg-config does not know tarnpst of the .zip"
-quietly "building the program in C for Windows" $cross-gcc-posix -static -std=c11 "${warnings[@]}" \
-  "$work/consumers/c/pages.c" -o "$work/pages.exe" $flags
-quietly "building the program in C for Windows with the .lib files" \
-  $cross-gcc-posix -std=c11 "${warnings[@]}" "$work/consumers/c/pages.c" \
-  -o "$work/pages-lib.exe" -I"$tree/include" "$tree/lib/TarnPst.lib" "$tree/lib/Tarnbase.lib"
-quietly "configuring the program in C++ for Windows" cmake -G Ninja \
-  -S "$work/consumers/cpp" -B "$work/cpp-windows" \
-  --toolchain "$root/cmake/toolchains/mingw-w64-x86_64.cmake" \
-  -DTarnPst_DIR="$tree/lib/cmake/TarnPst" \
-  -DCMAKE_CXX_FLAGS="${warnings[*]}" -DCMAKE_EXE_LINKER_FLAGS=-static
-quietly "building the program in C++ for Windows" cmake --build "$work/cpp-windows"
-
-# Microsoft's compiler is not at hand; what CMake would give it is.
-cat >"$work/CMakeLists.txt" <<'END'
-cmake_minimum_required(VERSION 3.25)
-project(Others LANGUAGES NONE)
-set(MSVC TRUE)
-find_package(TarnPst REQUIRED)
-foreach(library TarnPst Tarnbase)
-  get_target_property(place TarnPst::${library} IMPORTED_IMPLIB_RELEASE)
-  file(COPY_FILE ${place} ${CMAKE_BINARY_DIR}/${library}.lib)
-endforeach()
-END
-quietly "finding the .lib files by CMake" cmake -G Ninja -S "$work" -B "$work/others" \
-  -DTarnPst_DIR="$tree/lib/cmake/TarnPst"
-for library in TarnPst Tarnbase; do
-  cmp "$work/others/$library.lib" "$tree/lib/$library.lib" >&2 || fail "CMake's $library.lib"
-done
-
-export WINEPREFIX=${WINEPREFIX:-$windows/wine-prefix}
-wine_path="Z:$tree/bin"
-export WINEPATH=${wine_path//\//\\}
-for pages in pages.exe pages-lib.exe; do
-  run_consumers "the .zip, $pages" "$work/$pages" "$work/cpp-windows/summary.exe" \
-    "$root/scripts/wine-run"
-done
-# Beside its libraries it needs no search path; wine-run has one for those who give none.
-WINEPATH='C:\' run_tarnmail "the .zip" "$tree/bin/tarnmail.exe" "$root/scripts/wine-run"
+quietly "installing $windows" cmake --install "$windows" --prefix "$work/windows installed"
+check_tree "cmake --install for Windows" "$work/windows installed" "$expected/zip-files.txt" doc/docs
+check_windows "cmake --install for Windows" "$work/windows installed" "$work/of windows"
 
 echo "packages: ok: $(basename "$deb"), $(basename "$zip")"
