@@ -2,7 +2,8 @@
 # scripts/compare-platforms.sh [POSIX_BUILD [WINDOWS_BUILD]]: compares what the two builds make of
 # every byte, pair and unit of every code page, and of the units of fonts, with the differences that
 # tests/Platform/PlatformDifferences.txt accepts. The builds are folders with PlatformDump built;
-# by default those of the presets "release" and "windows".
+# by default those of the presets "release" and "windows". The comparison takes 60 MB of the Windows
+# build's folder until it ends.
 #
 # Differences that are not accepted, and accepted ones that are none, are listed. The last line says
 # whether the platforms agree, and so does the exit code.
@@ -11,7 +12,12 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 posix=$(realpath "${1:-$root/build/release}")
 windows=$(realpath "${2:-$root/build/windows}")
 
-folder=$(mktemp -d)
+# The libraries of this build, whichever build the caller has in mind for other programs.
+export WINEPREFIX=${WINEPREFIX:-$windows/wine-prefix}
+wine_path=Z:$windows
+export WINEPATH=${wine_path//\//\\}
+
+folder=$(mktemp -d "$windows/comparison.XXXXXX")
 trap 'rm -rf "$folder"' EXIT
 cd "$folder"
 
