@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "Common/ApiUtils.h"
 #include "Tarnbase/PlainKernel.h"
 #include "support/LocalZone.h"
 
@@ -59,6 +60,37 @@ TEST_F(MailDate, GivesZeroForAnythingElse) {
   EXPECT_EQ(ParseMailDate(u"Sat, 21 No 2026 10:00:00 GMT"), 0);
   EXPECT_EQ(ParseMailDate(u"Wed, 31 Dec 1969 23:59:58 GMT"), 0);  // negative
   EXPECT_EQ(ParseMailDate(u"Sat, x Nov 2026 10:00:00 GMT"), 0);
+}
+
+TEST_F(MailDate, ReadsNumbersAsTheyMayBeWritten) {
+  EXPECT_EQ(ParseMailDate(u"Sat, +21 Nov +2026 +10:+0:+0 GMT"), 1795255200);
+  EXPECT_EQ(ParseMailDate(u"Sat, 00000000000021 Nov 2026 010:000:000 GMT"), 1795255200);
+  EXPECT_EQ(ParseMailDate(u"Sat,\t21\nNov\v2026\f10:\r00: 00 GMT"), 1795255200);
+  EXPECT_EQ(ParseMailDate(u"Sat, 21Nov2026 10:00:00GMT"), 1795255200);
+  EXPECT_EQ(ParseMailDate(u"Sun, 22 Nov 2026 -14:00:00 GMT"), 1795255200);
+  for (const char16_t* text :
+       {u"Sat, +-21 Nov 2026 10:00:00 GMT", u"Sat, -+21 Nov 2026 10:00:00 GMT",
+        u"Sat, + 21 Nov 2026 10:00:00 GMT", u"Sat, 21 Nov 2026 10 :00:00 GMT",
+        u"Sat, 21 Nov 2026 10:00 :00 GMT", u"Sat, 0x15 Nov 2026 10:00:00 GMT",
+        u"Sat, 21 Nov 2026 10:00:00 ", u"Sat, 21 Nov 2026 10:00: GMT", u"Sat, 21 Nov", u"Sat,"}) {
+    EXPECT_EQ(ParseMailDate(text), 0) << std::string(text, text + WideLength(text));
+  }
+}
+
+// The most that a field holds is read; one more is no number, however much that is.
+TEST_F(MailDate, TakesNoNumberBeyondItsField) {
+  EXPECT_EQ(ParseMailDate(u"Thu, 1 Jan 1970 00:00:2147483647 GMT"), 2147483647);
+  EXPECT_EQ(ParseMailDate(u"Sun, 19 Jan 2106 00:00:-2147483648 GMT"), 4293302400 - 2147483648);
+  for (const char16_t* number :
+       {u"2147483648", u"-2147483649", u"4294967297", u"9223372036854775807",
+        u"9223372036854775808", u"18446744073709551617", u"99999999999999999999999999"}) {
+    const std::u16string text(number);
+    EXPECT_EQ(ParseMailDate((u"Thu, " + text + u" Jan 1970 00:00:01 GMT").c_str()), 0);
+    EXPECT_EQ(ParseMailDate((u"Thu, 2 Jan " + text + u" 00:00:01 GMT").c_str()), 0);
+    EXPECT_EQ(ParseMailDate((u"Thu, 2 Jan 1970 " + text + u":00:01 GMT").c_str()), 0);
+    EXPECT_EQ(ParseMailDate((u"Thu, 2 Jan 1970 00:" + text + u":01 GMT").c_str()), 0);
+    EXPECT_EQ(ParseMailDate((u"Thu, 2 Jan 1970 00:00:" + text + u" GMT").c_str()), 0);
+  }
 }
 
 TEST_F(MailDate, IsEmptyWhenTheTextCannotBeConverted) {

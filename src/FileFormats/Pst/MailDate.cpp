@@ -1,19 +1,90 @@
 #include "FileFormats/Pst/MailDate.h"
 
-#include <cstdio>
+#include <algorithm>
+#include <charconv>
 #include <ctime>
 #include <string_view>
+#include <system_error>
 
 #include "Common/ApiUtils.h"
 #include "Common/ByteSearch.h"
+#include "Platform/LocalTime.h"
 
 namespace tarn {
 namespace {
 
 constexpr std::string_view kMonths[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                         "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
-constexpr int kFields = 7;
 constexpr int kFirstYear = 1900;
+
+struct DateWords {
+  int day = 0;
+  std::string_view month;
+  int year = 0;
+  int hour = 0;
+  int minute = 0;
+  int second = 0;
+};
+
+// Takes words and numbers as the scanning functions of C do, white space in front of each skipped.
+// Those leave a number beyond int undefined; here it is none. Once something is missing, everything
+// behind it is.
+class DateScanner {
+ public:
+  explicit DateScanner(std::string_view text) : rest_(text) {}
+
+  // At most so many characters up to the next white space, at least one.
+  std::string_view word(size_t most) {
+    skipSpace();
+    const std::string_view word = rest_.substr(0, std::min(rest_.find_first_of(kSpace), most));
+    good_ = good_ && !word.empty();
+    rest_.remove_prefix(word.size());
+    return word;
+  }
+
+  // Decimal digits with or without a sign.
+  int number() {
+    skipSpace();
+    const bool isPlus = rest_.size() > 1 && rest_[0] == '+' && rest_[1] != '-';
+    const char* const begin = rest_.data() + (isPlus ? 1 : 0);
+    int value = 0;
+    const auto [end, error] = std::from_chars(begin, rest_.data() + rest_.size(), value);
+    good_ = good_ && error == std::errc();
+    rest_.remove_prefix(static_cast<size_t>(end - rest_.data()));
+    return value;
+  }
+
+  void colon() {
+    good_ = good_ && !rest_.empty() && rest_[0] == ':';
+    if (good_) rest_.remove_prefix(1);
+  }
+
+  bool good() const { return good_; }
+
+ private:
+  static constexpr std::string_view kSpace = " \t\n\v\f\r";
+
+  void skipSpace() { rest_.remove_prefix(std::min(rest_.find_first_not_of(kSpace), rest_.size())); }
+
+  std::string_view rest_;
+  bool good_ = true;
+};
+
+// "%*s %d %3s %d %d:%d:%d %9s"; false unless everything is there.
+bool ScanDate(std::string_view text, DateWords& date) {
+  DateScanner scanner(text);
+  scanner.word(std::string_view::npos);  // the weekday
+  date.day = scanner.number();
+  date.month = scanner.word(3);
+  date.year = scanner.number();
+  date.hour = scanner.number();
+  scanner.colon();
+  date.minute = scanner.number();
+  scanner.colon();
+  date.second = scanner.number();
+  scanner.word(9);  // the zone
+  return scanner.good();
+}
 
 // 0 to 11, or -1.
 int FindMonth(std::string_view name) {
@@ -34,29 +105,20 @@ int64_t ParseMailDate(const char16_t* text) {
                                              static_cast<int64_t>(3 * units + 1));
   if (converted <= 0) block[0] = '\0';
 
-  int day = 0;
-  int year = 0;
-  int hour = 0;
-  int minute = 0;
-  int second = 0;
-  char month[4] = {};
-  char zone[10] = {};
-  const int stored = std::sscanf(block.get(), "%*s %d %3s %d %d:%d:%d %9s", &day, month, &year,
-                                 &hour, &minute, &second, zone);
-  if (stored != kFields) return 0;
+  DateWords date;
+  if (!ScanDate(block.get(), date)) return 0;
 
   std::tm fields = {};
-  fields.tm_mon = FindMonth(month);
+  fields.tm_mon = FindMonth(date.month);
   if (fields.tm_mon < 0) return 0;
-  fields.tm_mday = day;
+  fields.tm_mday = date.day;
   fields.tm_year =
-      static_cast<int>(static_cast<unsigned>(year) - static_cast<unsigned>(kFirstYear));
-  fields.tm_hour = hour;
-  fields.tm_min = minute;
-  fields.tm_sec = second;
+      static_cast<int>(static_cast<unsigned>(date.year) - static_cast<unsigned>(kFirstYear));
+  fields.tm_hour = date.hour;
+  fields.tm_min = date.minute;
+  fields.tm_sec = date.second;
   fields.tm_isdst = -1;
-  const std::time_t seconds = std::mktime(&fields);
-  return seconds < 0 ? 0 : static_cast<int64_t>(seconds);
+  return std::max<int64_t>(platform::SecondsFromLocalTime(fields), 0);
 }
 
 uint64_t ParseDecimal(const char16_t* text) {

@@ -8,7 +8,7 @@
 namespace tarn {
 
 // Seconds since 1970, or 0 for null and for anything that cannot be read: a date without its
-// weekday, an unknown month. The zone must be there and is not applied: the fields are taken as
+// weekday, an unknown month, a number beyond 32 bits. The zone must be there and is not applied: the fields are taken as
 // local time.
 int64_t ParseMailDate(const char16_t* text);
 

@@ -13,4 +13,6 @@ bool BreakDownLocalTime(int64_t secondsSince1970, std::tm& fields) noexcept {
   return localtime_r(&seconds, &fields) != nullptr;
 }
 
+int64_t SecondsFromLocalTime(std::tm& fields) noexcept { return std::mktime(&fields); }
+
 }  // namespace tarn::platform

@@ -33,4 +33,6 @@ bool BreakDownLocalTime(int64_t secondsSince1970, std::tm& fields) noexcept {
   return true;
 }
 
+int64_t SecondsFromLocalTime(std::tm& fields) noexcept { return _mktime64(&fields); }
+
 }  // namespace tarn::platform
