@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <thread>
+#include <utility>
+
 #include "BadStores.h"
 #include "CatchingShimCalls.h"
 #include "support/FakeHost.h"
@@ -38,9 +42,56 @@ TEST(CatchingShim, TurnsADamagedStoreIntoAStatus) {
 }
 
 TEST(CatchingShim, TellsThatMemoryIsShort) {
+  {
+    FakeHost host(BadStores()[0].bytes);
+    EXPECT_EQ(ListFromC(host.path().c_str()), StatusFailed);
+    EXPECT_EQ(What(), BadStores()[0].what);
+  }
   FakeHost host(SampleStore(PstLayout::Unicode));
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
   EXPECT_EQ(ListFromC(host.path().c_str()), StatusOutOfMemory);
+  EXPECT_EQ(What(), "std::bad_alloc");
+}
+
+// A sibling of this host shares the runtime and may throw what it likes.
+TEST(CatchingShim, TurnsWhatIsNoStandardExceptionIntoAStatus) {
+  FakeHost host(kHtmlMail);
+  host.infoContext->slot = &host.slot;
+  host.answer.action = [] { throw 7; };
+  EXPECT_EQ(ShimInfo(host.infoContext.get()), StatusFailed);
+  EXPECT_EQ(What(), "unknown exception");
+  EXPECT_EQ(host.calls.size(), 1u);
+}
+
+TEST(CatchingShim, KeepsTheTextOfEachThread) {
+  FakeHost host(BadStores()[0].bytes);
+  EXPECT_EQ(ListFromC(host.path().c_str()), StatusFailed);
+  std::string atFirst = "not asked";
+  std::string later;
+  const std::string otherStore = BadStores()[1].bytes;
+  std::thread([&] {
+    atFirst = What();
+    host.rewriteFile(otherStore);
+    EXPECT_EQ(ListFromC(host.path().c_str()), StatusFailed);
+    later = What();
+  }).join();
+  EXPECT_EQ(atFirst, "");
+  EXPECT_EQ(later, BadStores()[1].what);
+  EXPECT_EQ(What(), BadStores()[0].what);
+}
+
+TEST(CatchingShim, FreesTheRecordOfASlot) {
+  FakeHost host(kHtmlMail);
+  host.infoContext->slot = &host.slot;
+  ASSERT_EQ(ShimInfo(host.infoContext.get()), StatusOk);
+  ASSERT_NE(host.slot.data, nullptr);
+  ASSERT_NE(host.slot.dataFormat, FILTER_DATA_LIST_FORMAT);
+  PlainKernelUsageRecord before = {};
+  PlainKernelUsage(&before);
+  EXPECT_EQ(ShimFreeData(std::exchange(host.slot.data, nullptr), 0), StatusOk);
+  PlainKernelUsageRecord after = {};
+  PlainKernelUsage(&after);
+  EXPECT_LT(after.liveBlocks, before.liveBlocks);
 }
 
 TEST(CatchingShim, PassesResultsOn) {
