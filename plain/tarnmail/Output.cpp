@@ -39,8 +39,7 @@ class PartFile {
   PartFile& operator=(const PartFile&) = delete;
   ~PartFile() {
     if (part_.empty()) return;
-    std::error_code ignored;
-    fs::remove(part_, ignored);
+    RemoveFile(part_);
   }
 
   void write(std::string_view bytes) {
@@ -71,7 +70,7 @@ void WriteToFile(const std::string& path, const std::string& source, std::string
     WriteToDevice(path, bytes);
     return;
   }
-  if (fs::equivalent(asked, PathFromUtf8(source), error)) {
+  if (IsSameFile(asked, PathFromUtf8(source))) {
     throw Failure(ExitStatus::Usage, path, "is the mail file itself");
   }
   error.clear();

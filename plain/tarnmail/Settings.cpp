@@ -7,25 +7,25 @@
 
 #include "Failure.h"
 #include "Paths.h"
+#include "SystemFiles.h"
 #include "Tarnbase/PlainKernel.h"
 #include "Text.h"
 
 namespace tarn::host {
 namespace {
 
-namespace fs = std::filesystem;
-
 // The kernel makes temporary files only below paths that do not climb, so that the directory is
 // given without any "..".
 std::u16string TempDirectory(const std::string& directory) {
   if (directory.empty()) throw Failure(ExitStatus::Usage, "empty directory name");
   std::error_code error;
-  const fs::path resolved = fs::canonical(PathFromUtf8(directory), error);
-  if (error) throw Failure(ExitStatus::Usage, directory, "no such directory");
-  if (!fs::is_directory(resolved, error)) {
+  const std::filesystem::path full = FullDirectory(PathFromUtf8(directory), error);
+  const FileKind kind = error ? FileKind::Missing : KindOfFile(full, error);
+  if (kind == FileKind::Missing) throw Failure(ExitStatus::Usage, directory, "no such directory");
+  if (kind != FileKind::Directory) {
     throw Failure(ExitStatus::Usage, directory, "is not a directory");
   }
-  const std::optional<std::u16string> wide = WideFromUtf8(Utf8FromPath(resolved));
+  const std::optional<std::u16string> wide = WideFromUtf8(Utf8FromPath(full));
   if (!wide) throw Failure(ExitStatus::Usage, directory, "the name is not UTF-8");
   return *wide;
 }

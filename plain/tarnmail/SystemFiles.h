@@ -18,7 +18,8 @@ enum class FileKind {
   Unknown  // `error` tells
 };
 
-// What the path leads to, through links. Opens nothing.
+// What the path leads to, through links. A link that leads nowhere is Missing. Opens nothing to
+// read or to write.
 FileKind KindOfFile(const std::filesystem::path& path, std::error_code& error);
 
 // Whether the file can be opened for reading.
@@ -27,9 +28,18 @@ std::error_code CheckReadable(const std::filesystem::path& path);
 // The file that the path leads to, which exists: itself unless it is a link.
 std::filesystem::path TargetOfLinks(const std::filesystem::path& path, std::error_code& error);
 
+// Whether both exist and are one file, by whatever names.
+bool IsSameFile(const std::filesystem::path& one, const std::filesystem::path& other);
+
+// The full path of a directory, without "..". Where that follows links, a directory that does not
+// exist is an error; elsewhere it has a full path too.
+std::filesystem::path FullDirectory(const std::filesystem::path& path, std::error_code& error);
+
 // Renames in one step, in place of a file that is there. Windows keeps one that is open elsewhere
 // or for reading alone.
 std::error_code MoveIntoPlace(const std::filesystem::path& from, const std::filesystem::path& to);
+
+void RemoveFile(const std::filesystem::path& path);
 
 // A file that is open for writing, or is not.
 class WritableFile {
@@ -42,7 +52,8 @@ class WritableFile {
 
   // Makes a file of that name; std::errc::file_exists when there is one.
   std::error_code create(const std::filesystem::path& path);
-  // Opens what there is: a device or a pipe.
+  // Opens what there is: a device or a pipe. A console of Windows shows the text that the bytes are
+  // in UTF-8, as it does for standard output; every other device gets the bytes.
   std::error_code openDevice(const std::filesystem::path& path);
   // Writes all bytes and closes the file, also when that fails.
   std::error_code writeAndClose(std::string_view bytes);

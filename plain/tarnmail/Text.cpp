@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <ctime>
 
-#include "LocalTime.h"
+#include "Platform/LocalTime.h"
 #include "Tarnbase/Kernel.h"
 
 namespace tarn::host {
@@ -134,7 +134,7 @@ size_t DisplayWidth(std::string_view text) {
 std::optional<std::string> LocalTimeText(int64_t secondsSince1970) {
   constexpr int kFirstYear = 1900;
   std::tm fields = {};
-  if (!BreakDownLocalTime(secondsSince1970, fields)) return std::nullopt;
+  if (!platform::BreakDownLocalTime(secondsSince1970, fields)) return std::nullopt;
   const int64_t year = int64_t{kFirstYear} + fields.tm_year;
   if (year < 1 || year > 9999) return std::nullopt;
 

@@ -2,6 +2,6 @@
 
 namespace tarn::host {
 
-std::string ErrorText(const std::error_code& error) { return error.message(); }
+std::string ErrorText(const std::error_code& error, std::string_view) { return error.message(); }
 
 }  // namespace tarn::host

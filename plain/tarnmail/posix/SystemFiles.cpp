@@ -33,10 +33,24 @@ fs::path TargetOfLinks(const fs::path& path, std::error_code& error) {
   return fs::canonical(path, error);
 }
 
+bool IsSameFile(const fs::path& one, const fs::path& other) {
+  std::error_code ignored;
+  return fs::equivalent(one, other, ignored);
+}
+
+fs::path FullDirectory(const fs::path& path, std::error_code& error) {
+  return fs::canonical(path, error);
+}
+
 std::error_code MoveIntoPlace(const fs::path& from, const fs::path& to) {
   std::error_code error;
   fs::rename(from, to, error);
   return error;
+}
+
+void RemoveFile(const fs::path& path) {
+  std::error_code ignored;
+  fs::remove(path, ignored);
 }
 
 WritableFile::~WritableFile() {

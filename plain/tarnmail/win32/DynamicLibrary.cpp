@@ -36,7 +36,8 @@ DynamicLibrary::DynamicLibrary(const std::string& name) : fileName_(name + ".dll
   const std::error_code error = library_ == nullptr ? LastError() : std::error_code();
   SetThreadErrorMode(modeBefore, nullptr);
   if (error) {
-    throw Failure(ExitStatus::Broken, fileName_, "cannot be loaded: " + ErrorText(error));
+    throw Failure(ExitStatus::Broken, fileName_,
+                  "cannot be loaded: " + ErrorText(error, fileName_));
   }
 }
 

@@ -2,6 +2,9 @@
 
 #include <windows.h>
 
+#include <algorithm>
+#include <iterator>
+
 #include "LastError.h"
 #include "Text.h"
 #include "WideText.h"
@@ -33,16 +36,33 @@ constexpr Meaning kMeanings[] = {
     {ERROR_ALREADY_EXISTS, "File exists"},
     {ERROR_SHARING_VIOLATION, "in use by another program"},
     {ERROR_LOCK_VIOLATION, "in use by another program"},
+    {ERROR_CANT_RESOLVE_FILENAME, "Too many levels of symbolic links"},
     {ERROR_INVALID_NAME, "not a valid file name"},
 };
 
-std::string SystemText(DWORD error) {
+// The texts have places for names ("%1"), which nothing else tells the meaning of: the first is the
+// file, nearly always alone.
+std::string WithSubject(std::string text, std::string_view subject) {
+  for (size_t at = text.find('%'); at != std::string::npos; at = text.find('%', at)) {
+    const size_t digits = text.find_first_not_of("0123456789", at + 1);
+    const size_t length = std::min(digits, text.size()) - at;
+    if (length == 1) {
+      ++at;
+      continue;
+    }
+    text.replace(at, length, subject);
+    at += subject.size();
+  }
+  return text;
+}
+
+std::string SystemText(DWORD error, std::string_view subject) {
   wchar_t text[1024];
   DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
                                 error, 0, text, static_cast<DWORD>(std::size(text)), nullptr);
   while (length > 0 && (text[length - 1] <= L' ' || text[length - 1] == L'.')) --length;
   if (length == 0) return "error " + std::to_string(error);
-  return Utf8FromWide(AsUtf16({text, length}));
+  return WithSubject(Utf8FromWide(AsUtf16({text, length})), subject);
 }
 
 }  // namespace
@@ -53,13 +73,13 @@ std::error_code LastError() {
           std::system_category()};
 }
 
-std::string ErrorText(const std::error_code& error) {
+std::string ErrorText(const std::error_code& error, std::string_view subject) {
   if (error.category() != std::system_category()) return error.message();
   const auto number = static_cast<DWORD>(error.value());
   for (const Meaning& meaning : kMeanings) {
     if (meaning.error == number) return meaning.text;
   }
-  return SystemText(number);
+  return SystemText(number, subject);
 }
 
 }  // namespace tarn::host

@@ -2,30 +2,20 @@
 
 #include <windows.h>
 
+#include <optional>
 #include <string>
 #include <utility>
-#include <vector>
 
+#include "FileHandle.h"
+#include "FinalPath.h"
 #include "LastError.h"
+#include "NativePath.h"
 #include "WriteAll.h"
 
 namespace tarn::host {
 namespace {
 
 namespace fs = std::filesystem;
-
-// What the system makes of the path: names of devices, such as NUL, become "\\.\NUL".
-std::wstring FullPath(const fs::path& path) {
-  std::vector<wchar_t> text(MAX_PATH);
-  for (;;) {
-    const auto room = static_cast<DWORD>(text.size());
-    const DWORD length = GetFullPathNameW(path.c_str(), room, text.data(), nullptr);
-    if (length < room) return {text.data(), length};
-    text.resize(length);
-  }
-}
-
-bool IsDevice(const std::wstring& fullPath) { return fullPath.compare(0, 4, L"\\\\.\\") == 0; }
 
 // A name that no file can have is the name of no file.
 bool MeansMissing(DWORD error) {
@@ -35,85 +25,101 @@ bool MeansMissing(DWORD error) {
          error == ERROR_BAD_NET_NAME || error == ERROR_BAD_PATHNAME;
 }
 
-constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-
-// INVALID_HANDLE_VALUE when it cannot be opened.
-HANDLE Open(const fs::path& path, DWORD access, DWORD share, DWORD disposition) {
-  return CreateFileW(path.c_str(), access, share, nullptr, disposition, FILE_ATTRIBUTE_NORMAL,
-                     nullptr);
+// Nothing when the file does not tell.
+std::optional<BY_HANDLE_FILE_INFORMATION> FactsOf(const FileHandle& file) {
+  BY_HANDLE_FILE_INFORMATION facts = {};
+  if (GetFileInformationByHandle(file.get(), &facts) == 0) return std::nullopt;
+  return facts;
 }
 
 HANDLE AsHandle(intptr_t file) { return reinterpret_cast<HANDLE>(file); }
+
+// The number of INVALID_HANDLE_VALUE for no file.
+intptr_t Released(FileHandle file) {
+  return reinterpret_cast<intptr_t>(file ? file.release() : INVALID_HANDLE_VALUE);
+}
 
 }  // namespace
 
 FileKind KindOfFile(const fs::path& path, std::error_code& error) {
   error.clear();
-  const std::wstring fullPath = FullPath(path);
-  if (IsDevice(fullPath)) return FileKind::Other;
-  const DWORD attributes = GetFileAttributesW(path.c_str());
-  if (attributes == INVALID_FILE_ATTRIBUTES) {
+  if (IsDevicePath(FullPath(path))) return FileKind::Other;
+  const FileHandle file = OpenForQuestions(path);
+  if (!file) {
     if (MeansMissing(GetLastError())) return FileKind::Missing;
     error = LastError();
     return FileKind::Unknown;
   }
-  return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? FileKind::Directory : FileKind::Regular;
+  if (GetFileType(file.get()) != FILE_TYPE_DISK) return FileKind::Other;
+  const std::optional<BY_HANDLE_FILE_INFORMATION> facts = FactsOf(file);
+  if (!facts) {
+    error = LastError();
+    return FileKind::Unknown;
+  }
+  const bool isDirectory = (facts->dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+  return isDirectory ? FileKind::Directory : FileKind::Regular;
 }
 
 std::error_code CheckReadable(const fs::path& path) {
-  const HANDLE handle = Open(path, GENERIC_READ, kShareAll, OPEN_EXISTING);
-  if (handle == INVALID_HANDLE_VALUE) return LastError();
-  CloseHandle(handle);
-  return {};
+  return OpenPath(path, GENERIC_READ, kShareAll, OPEN_EXISTING) ? std::error_code() : LastError();
 }
 
 fs::path TargetOfLinks(const fs::path& path, std::error_code& error) {
   error.clear();
-  const DWORD attributes = GetFileAttributesW(path.c_str());
+  const DWORD attributes = GetFileAttributesW(NativePath(path).c_str());
   const bool isLink =
       attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-  if (!isLink) return path;
-  const HANDLE handle = Open(path, FILE_READ_ATTRIBUTES, kShareAll, OPEN_EXISTING);
-  if (handle == INVALID_HANDLE_VALUE) {
-    error = LastError();
-    return {};
-  }
-  std::vector<wchar_t> text(MAX_PATH);
-  DWORD length = 0;
-  for (;;) {
-    const auto room = static_cast<DWORD>(text.size());
-    length = GetFinalPathNameByHandleW(handle, text.data(), room, FILE_NAME_NORMALIZED);
-    if (length < room) break;
-    text.resize(length);
-  }
-  if (length == 0) error = LastError();
-  CloseHandle(handle);
-  return std::wstring(text.data(), length);
+  return isLink ? FinalPath(path, error) : path;
+}
+
+bool IsSameFile(const fs::path& one, const fs::path& other) {
+  // Numbers of files are good while the files are open.
+  const FileHandle files[] = {OpenForQuestions(one), OpenForQuestions(other)};
+  if (!files[0] || !files[1]) return false;
+  const auto first = FactsOf(files[0]);
+  const auto second = FactsOf(files[1]);
+  return first && second && first->dwVolumeSerialNumber == second->dwVolumeSerialNumber &&
+         first->nFileIndexHigh == second->nFileIndexHigh &&
+         first->nFileIndexLow == second->nFileIndexLow;
+}
+
+fs::path FullDirectory(const fs::path& path, std::error_code& error) {
+  const std::wstring full = FullPath(path);
+  error = full.empty() ? LastError() : std::error_code();
+  return full;
 }
 
 std::error_code MoveIntoPlace(const fs::path& from, const fs::path& to) {
   // The system refuses this by itself; Wine (8.0) does not.
-  const DWORD attributes = GetFileAttributesW(to.c_str());
+  const DWORD attributes = GetFileAttributesW(NativePath(to).c_str());
   if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0) {
     return {ERROR_ACCESS_DENIED, std::system_category()};
   }
-  const bool moved = MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING) != 0;
+  const bool moved =
+      MoveFileExW(NativePath(from).c_str(), NativePath(to).c_str(), MOVEFILE_REPLACE_EXISTING) != 0;
   return moved ? std::error_code() : LastError();
 }
+
+void RemoveFile(const fs::path& path) { DeleteFileW(NativePath(path).c_str()); }
 
 WritableFile::~WritableFile() {
   if (file_ != kClosed) CloseHandle(AsHandle(file_));
 }
 
 std::error_code WritableFile::create(const fs::path& path) {
-  file_ = reinterpret_cast<intptr_t>(Open(path, GENERIC_WRITE, FILE_SHARE_READ, CREATE_NEW));
+  file_ = Released(OpenPath(path, GENERIC_WRITE, FILE_SHARE_READ, CREATE_NEW));
   if (file_ != kClosed) return {};
   const bool exists = GetLastError() == ERROR_FILE_EXISTS || GetLastError() == ERROR_ALREADY_EXISTS;
   return exists ? std::make_error_code(std::errc::file_exists) : LastError();
 }
 
 std::error_code WritableFile::openDevice(const fs::path& path) {
-  file_ = reinterpret_cast<intptr_t>(Open(path, GENERIC_WRITE, kShareAll, OPEN_EXISTING));
+  // The system tells of a handle that it is the console's, and lets text through, only when it may
+  // read too; and it opens CON for one of both alone.
+  const bool isConsole = IsConsolePath(path.native()) || IsConsolePath(FullPath(path));
+  file_ = Released(
+      isConsole ? OpenPath(L"CONOUT$", GENERIC_READ | GENERIC_WRITE, kShareAll, OPEN_EXISTING)
+                : OpenPath(path, GENERIC_WRITE, kShareAll, OPEN_EXISTING));
   return file_ == kClosed ? LastError() : std::error_code();
 }
 

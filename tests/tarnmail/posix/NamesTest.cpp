@@ -1,4 +1,6 @@
-// Names and directories as only POSIX has them.
+// Names and directories as only POSIX has them. On Windows links need a right, and Wine makes none:
+// win32/NamesTest.cpp has hard links in their place. What forbids to write into a directory there
+// is its access list alone, which Wine as root does not follow.
 
 #include <gtest/gtest.h>
 

@@ -5,8 +5,11 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "support/Environment.h"
 #include "support/SampleMails.h"
+#include "tarnmail/ExampleDocuments.h"
 #include "tarnmail/TarnmailFixture.h"
+#include "tarnmail/win32/LongDirectory.h"
 
 namespace tarn::test {
 namespace {
@@ -38,6 +41,54 @@ TEST_F(Names, TakeDrivesAndLongForms) {
   std::replace(slashes.begin(), slashes.end(), '\\', '/');
   EXPECT_EQ(output({"document", slashes}), kPlainMailDocument + '\0');
   EXPECT_EQ(output({"document", "\\\\?\\" + Utf8(file)}), kPlainMailDocument + '\0');
+}
+
+TEST_F(Names, TakeLongFormsForWhatIsWritten) {
+  const std::string front = "\\\\?\\" + Utf8(fs::path(directory_.path()).make_preferred());
+  const std::string file = Example("html-inline-image.eml");
+  const std::string document = InlineImageDocument("chart.q1@example.com_chart.png");
+  output({"document", Example("nested-attachments.eml"), "-o", front + "\\out"});
+  EXPECT_EQ(ReadWholeFile(directory_.path() / "out"), NestedDocument());
+  // The system's temporary directory is of no use here.
+  environment_.emplace_back(kTempVariable, Utf8(temporary_.path() / "none"));
+  for (const char* end : {"", "\\", "\\sub\\.."}) {
+    EXPECT_EQ(output({"document", "--temp", front + end, file}), document) << end;
+    EXPECT_EQ(directory_.listing(), "out");
+  }
+  EXPECT_EQ(failure(2, {"document", "--temp", front + "\\none", file}),
+            front + "\\none: no such directory");
+  EXPECT_EQ(failure(2, {"document", "--temp", front + "\\out", file}),
+            front + "\\out: is not a directory");
+}
+
+TEST_F(Names, MayBeLong) {
+  const LongDirectory deep;
+  const std::string front = Utf8(deep.path());
+  deep.write(L"mail.eml", kPlainMail);
+  EXPECT_EQ(output({"document", front + "\\mail.eml"}), kPlainMailDocument + '\0');
+  EXPECT_EQ(failure(2, {"document", front + "/mail.eml", "-o", front + "\\.\\mail.eml"}),
+            front + "\\.\\mail.eml: is the mail file itself");
+  output({"document", front + "\\mail.eml", "-o", front + "\\out"});
+  EXPECT_EQ(deep.read(L"out"), kPlainMailDocument + '\0');
+  deep.remove(L"out");
+  deep.remove(L"mail.eml");
+}
+
+// The filter has room for paths of temporary files of 260 units, on every system.
+TEST_F(Names, OfTemporaryDirectoriesMayNotBeLong) {
+  const LongDirectory deep;
+  const std::string file = Example("html-inline-image.eml");
+  EXPECT_EQ(failure(1, {"document", "--temp", Utf8(deep.path()), file}),
+            file + ": a temporary file or directory could not be made (-1490)");
+}
+
+// Two names of one file in the place of links, which need a right to make.
+TEST_F(Names, MayBeHardLinks) {
+  mail(kPlainMail);
+  fs::create_hard_link(directory_.path() / "mail.eml", directory_.path() / "link");
+  EXPECT_EQ(output({"document", "link"}), kPlainMailDocument + '\0');
+  EXPECT_EQ(failure(2, {"document", "link", "-o", "mail.eml"}),
+            "mail.eml: is the mail file itself");
 }
 
 }  // namespace

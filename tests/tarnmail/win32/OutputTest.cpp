@@ -10,6 +10,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// As a device that is full does: every write fails.
 TEST_F(Output, ReportsAHandleForReadingAlone) {
   for (const auto& arguments : allCommands()) {
     EXPECT_EQ(failure(1, arguments, StandardOutput::TakesNothing),
