@@ -12,6 +12,7 @@ function(tarn_kernel_doubles target)
 extern void __wrap_@function@(void);
 void (*const __wrap___imp_@function@)(void) = __wrap_@function@;
 ]])
+      set_source_files_properties(${pointer} PROPERTIES SKIP_PRECOMPILE_HEADERS ON)
       target_sources(${target} PRIVATE ${pointer})
       target_link_options(${target} PRIVATE
         LINKER:--wrap=__imp_${function} LINKER:--defsym=__real_${function}=${function})

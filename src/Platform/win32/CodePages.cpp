@@ -1,6 +1,4 @@
 // CodePages.cpp - the system's own conversions, with flags 0, but for UTF-8.
-#define WIN32_LEAN_AND_MEAN
-#define NOMINMAX
 #include "Platform/CodePages.h"
 
 #include <windows.h>

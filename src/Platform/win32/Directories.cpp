@@ -1,5 +1,3 @@
-#define WIN32_LEAN_AND_MEAN
-#define NOMINMAX
 #include "Platform/Directories.h"
 
 #include <windows.h>

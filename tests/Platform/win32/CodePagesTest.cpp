@@ -1,6 +1,4 @@
 // Code pages that only Windows has, and what the system refuses to tell of others.
-#define WIN32_LEAN_AND_MEAN
-#define NOMINMAX
 #include <gtest/gtest.h>
 #include <windows.h>
 

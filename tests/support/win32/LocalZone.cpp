@@ -3,8 +3,6 @@
 // for it, and then follows those of the machine only while TZ is not set. So where the machine is
 // in the zone that a test asks for, TZ is not set: scripts/wine-run starts Wine in one with summer
 // time.
-#define WIN32_LEAN_AND_MEAN
-#define NOMINMAX
 #include "support/LocalZone.h"
 
 #include <windows.h>

@@ -1,0 +1,1 @@
+// Empty: its target is there for the precompiled headers.
