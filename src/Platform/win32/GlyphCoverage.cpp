@@ -1,6 +1,4 @@
 // GlyphCoverage.cpp - asks Uniscribe through a font that is selected into a device context.
-#define WIN32_LEAN_AND_MEAN
-#define NOMINMAX
 #include "Platform/GlyphCoverage.h"
 
 #include <windows.h>
@@ -62,6 +60,7 @@ bool FontHasGlyphs(const GlyphQuery& query) noexcept {
   const auto context = static_cast<HDC>(query.context);
   const FontSelection selection(context, static_cast<HGDIOBJ>(query.font));
   if (!selection.IsMade()) return false;
+  if (query.text.empty()) return true;  // what the system makes of no units is said nowhere
   ScriptCache cache;
   // S_FALSE says that a glyph is missing.
   return ScriptGetCMap(context, cache.Get(), AsWide(query.text.data()),

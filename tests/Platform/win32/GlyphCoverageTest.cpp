@@ -1,6 +1,4 @@
 // What Uniscribe is asked for, and what GDI makes of a name.
-#define WIN32_LEAN_AND_MEAN
-#define NOMINMAX
 #include "Platform/GlyphCoverage.h"
 
 #include <gtest/gtest.h>
