@@ -1,21 +1,25 @@
 # What ./run and ./test share: packages, configuring, building. Sourced, never run.
 
-# Everything that building and testing needs, as Debian 12 names it.
+# What building and testing needs, as Debian 12 names it.
 TARN_PACKAGES=(
-  binutils clang cmake coreutils g++ gcc libbenchmark-dev libboost-dev libclang-rt-14-dev
-  libcli11-dev libfontconfig-dev libfreetype-dev libgtest-dev libicu-dev ninja-build
-  nlohmann-json3-dev zlib1g-dev
+  binutils cmake coreutils g++ gcc groff-base libbenchmark-dev libboost-dev libcli11-dev
+  libfontconfig-dev libfreetype-dev libgtest-dev libicu-dev ninja-build nlohmann-json3-dev zlib1g-dev
+)
+
+# What the further builds of `./test --all` need: sanitizers and fuzzing, Windows, packages.
+TARN_MORE_PACKAGES=(
+  clang dpkg-dev file g++-mingw-w64-x86-64-posix googletest libclang-rt-14-dev llvm pkg-config wine64
 )
 
 say() { printf '%s\n' "$*" >&2; }
 
-# Installs the packages that are missing; quick when there are none.
+# install_packages PACKAGE...: installs those that are missing; quick when there are none.
 install_packages() {
   local missing=() package
   local installed
   # Packages that dpkg has never heard of make the query fail; the others are listed all the same.
-  installed=$(dpkg-query -W -f='${Package} ${db:Status-Status}\n' "${TARN_PACKAGES[@]}" 2>/dev/null) || true
-  for package in "${TARN_PACKAGES[@]}"; do
+  installed=$(dpkg-query -W -f='${Package} ${db:Status-Status}\n' "$@" 2>/dev/null) || true
+  for package in "$@"; do
     grep -qxF "$package installed" <<<"$installed" || missing+=("$package")
   done
   [ ${#missing[@]} -eq 0 ] && return 0
@@ -54,4 +58,19 @@ build_preset() {
 # Tests make and remove thousands of small files; memory is the place for them where there is one.
 use_fast_temp_directory() {
   if [ -z "${TMPDIR:-}" ] && [ -d /dev/shm ] && [ -w /dev/shm ]; then export TMPDIR=/dev/shm; fi
+}
+
+# The server of the Windows build's Wine prefix, which is made first when there is none. It has to
+# run before any test: one that starts it would wait for the prefix to be made. Whatever prefix and
+# libraries the caller has in mind for other programs are not for these.
+start_wine_server() {
+  unset WINEPATH
+  export WINEPREFIX="$root/build/windows/wine-prefix"
+  mkdir -p "$WINEPREFIX"
+  /usr/lib/wine/wineserver64 -p </dev/null >/dev/null 2>&1 || true
+  "$root/scripts/wine-run" wineboot.exe </dev/null >/dev/null 2>&1
+}
+
+stop_wine_server() {
+  WINEPREFIX="$root/build/windows/wine-prefix" /usr/lib/wine/wineserver64 -k </dev/null >/dev/null 2>&1 || true
 }
