@@ -39,5 +39,14 @@ TEST_F(BadFile, NameThatIsNoUtf16) {
             "\uFFFD\uFFFD: the argument is not UTF-16 text");
 }
 
+// The system's text has a place for the name.
+TEST_F(BadFile, FilterThatIsNoLibrary) {
+  useFilter(directory_.write("no-library", "MZ"));
+  const std::string line = failure(3, {"info", mail(kPlainMail)});
+  const std::string front = FILTER_FILE_NAME ": cannot be loaded: ";
+  ASSERT_TRUE(line.starts_with(front)) << line;
+  EXPECT_NE(line.find(FILTER_FILE_NAME, front.size()), std::string::npos) << line;
+}
+
 }  // namespace
 }  // namespace tarn::test
