@@ -4,7 +4,6 @@
 
 #include <string>
 #include <thread>
-#include <utility>
 
 #include "BadStores.h"
 #include "CatchingShimCalls.h"
@@ -84,11 +83,14 @@ TEST(CatchingShim, FreesTheRecordOfASlot) {
   FakeHost host(kHtmlMail);
   host.infoContext->slot = &host.slot;
   ASSERT_EQ(ShimInfo(host.infoContext.get()), StatusOk);
-  ASSERT_NE(host.slot.data, nullptr);
-  ASSERT_NE(host.slot.dataFormat, FILTER_DATA_LIST_FORMAT);
+  void* const record = host.slot.data;
+  const int32_t format = host.slot.dataFormat;
+  ASSERT_NE(record, nullptr);
+  ASSERT_NE(format, FILTER_DATA_LIST_FORMAT);
+  host.slot.data = nullptr;
   PlainKernelUsageRecord before = {};
   PlainKernelUsage(&before);
-  EXPECT_EQ(ShimFreeData(std::exchange(host.slot.data, nullptr), 0), StatusOk);
+  EXPECT_EQ(ShimFreeData(record, 0), StatusOk);
   PlainKernelUsageRecord after = {};
   PlainKernelUsage(&after);
   EXPECT_LT(after.liveBlocks, before.liveBlocks);
