@@ -9,6 +9,7 @@ TARN_PACKAGES=(
 # What the further builds of `./test --all` need: sanitizers and fuzzing, Windows, packages.
 TARN_MORE_PACKAGES=(
   clang dpkg-dev file g++-mingw-w64-x86-64-posix googletest libclang-rt-14-dev llvm pkg-config wine64
+  wine64-preloader
 )
 
 say() { printf '%s\n' "$*" >&2; }

@@ -4,6 +4,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <functional>
 #include <iterator>
 #include <memory>
 
@@ -85,6 +86,13 @@ class HandleList {
   std::vector<char> block_;
 };
 
+// Wine (8.0) says once in thousands of starts on a busy machine that the new process has failed
+// before its program began.
+BOOL StartTwice(const std::function<BOOL()>& start) {
+  if (start() != 0) return TRUE;
+  return GetLastError() == ERROR_INTERNAL_ERROR ? start() : FALSE;
+}
+
 // The exit status, or -1 for a program that had to be ended or that an exception of the system
 // ended.
 int WaitFor(HANDLE process) {
@@ -120,12 +128,14 @@ ProgramResult RunProgram(const ProgramCall& call) {
     std::wstring line = CommandLine(call);
     std::wstring environment = EnvironmentBlock(call.environment);
     PROCESS_INFORMATION process = {};
-    const BOOL started = CreateProcessW(
-        call.program.c_str(), line.data(), nullptr, nullptr, TRUE,
-        CREATE_UNICODE_ENVIRONMENT | EXTENDED_STARTUPINFO_PRESENT, environment.data(),
-        call.workingDirectory.empty() ? nullptr : call.workingDirectory.c_str(),
-        &startup.StartupInfo, &process);
-    if (started == 0) {
+    const auto start = [&] {
+      return CreateProcessW(call.program.c_str(), line.data(), nullptr, nullptr, TRUE,
+                            CREATE_UNICODE_ENVIRONMENT | EXTENDED_STARTUPINFO_PRESENT,
+                            environment.data(),
+                            call.workingDirectory.empty() ? nullptr : call.workingDirectory.c_str(),
+                            &startup.StartupInfo, &process);
+    };
+    if (StartTwice(start) == 0) {
       ADD_FAILURE() << call.program << " could not be started: " << GetLastError();
       return result;
     }
