@@ -8,8 +8,8 @@
 namespace tarn {
 
 // Seconds since 1970, or 0 for null and for anything that cannot be read: a date without its
-// weekday, an unknown month, a number beyond 32 bits. The zone must be there and is not applied: the fields are taken as
-// local time.
+// weekday, an unknown month, a number beyond 32 bits. The zone must be there and is not applied:
+// the fields are taken as local time.
 int64_t ParseMailDate(const char16_t* text);
 
 // The decimal number that the text begins with, 0 for none; wraps in 64 bits.
