@@ -83,8 +83,10 @@ void Compare(const CompoundStorage& source, const std::string& path, const Compo
     for (const auto& other : names) count += other == names[i] ? 1 : 0;
     if (!IsPlain(name) || count != 1 || name == kProperties || name == "__nameid_version1.0")
       continue;
-    if (!OpenStream(source, path + "/" + name)) continue;
-    if (Read(source, path + "/" + name) != Read(copy, name)) Fail("a stream has changed");
+    std::string inSource = path;
+    inSource.append("/").append(name);
+    if (!OpenStream(source, inSource)) continue;
+    if (Read(source, inSource) != Read(copy, name)) Fail("a stream has changed");
   }
 }
 

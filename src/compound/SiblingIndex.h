@@ -62,7 +62,7 @@ class SiblingIndex {
     template <typename Left, typename Right>
     bool operator()(const Left& left, const Right& right) const {
       if (left.first != right.first) return left.first < right.first;
-      return CompareNames(left.second, right.second) < 0;
+      return std::is_lt(CompareNames(left.second, right.second));
     }
   };
 

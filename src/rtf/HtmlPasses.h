@@ -7,8 +7,8 @@
 
 namespace tarn {
 
-// Brings conditional comments ("<![if ...]>") down to the one form "<![if !V]>". A comment too short
-// for the form is written over as well, up to the text's end: a terminator there may be lost.
+// Brings conditional comments ("<![if ...]>") down to the one form "<![if !V]>". A comment too
+// short for the form is written over as well, up to the text's end: a terminator there may be lost.
 void ShortenConditionalComments(SizedBytes& text);
 
 // Cuts overlong values (`&nbsp;value="..."`) in text blocks to 97 bytes.

@@ -3,10 +3,10 @@
 
 #include <cstddef>
 
-#include "Platform/posix/CodePageRows.h"
-#include "Platform/posix/CodePageSpecs.h"
 #include "Platform/Output.h"
 #include "Platform/Utf8.h"
+#include "Platform/posix/CodePageRows.h"
+#include "Platform/posix/CodePageSpecs.h"
 
 namespace tarn::platform {
 namespace {
