@@ -1,5 +1,5 @@
 # tarn_kernel_doubles(<target> <function>...)
-# Puts functions of the program in front of the kernel's: all code that is linked into the target
+# Puts functions of the program in front of the kernel's, or on Windows of the system's: all code that is linked into the target
 # calls __wrap_<function>, which the target defines, and reaches the kernel's own as
 # __real_<function>. Both are C functions of the type that Kernel.h declares.
 function(tarn_kernel_doubles target)

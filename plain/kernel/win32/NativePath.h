@@ -1,11 +1,8 @@
 // NativePath.h - the kernel's paths as the system's calls take them.
 //
-// The system takes long paths only when they are full and carry the prefix "\\?\": files from 260
-// units on (MAX_PATH), directories from 248 on, since a short file name is to fit behind them.
-// Paths whose full form has 248 units or more get the prefix, so that their length fails only at
-// the limits that it leaves: 32,767 units, and 255 in one component. All others are passed as they
-// stand. Paths are empty when they were empty or no well-formed text: a name with half a surrogate
-// pair, which the system can hold, cannot be told in UTF-8.
+// Long ones get the prefix "\\?\" (Platform/win32/LongPaths.h). Paths are empty when they were
+// empty or no well-formed text: a name with half a surrogate pair, which the system can hold,
+// cannot be told in UTF-8.
 #ifndef TARN_KERNEL_WIN32_NATIVEPATH_H
 #define TARN_KERNEL_WIN32_NATIVEPATH_H
 

@@ -8,25 +8,10 @@
 #include <new>
 
 #include "Failure.h"
+#include "Platform/win32/WideText.h"
 #include "Text.h"
-#include "WideText.h"
 
 namespace tarn::host {
-namespace {
-
-bool IsUtf16(std::u16string_view text) {
-  for (size_t i = 0; i < text.size(); ++i) {
-    const bool isHigh = text[i] >= 0xD800 && text[i] <= 0xDBFF;
-    const bool isLow = text[i] >= 0xDC00 && text[i] <= 0xDFFF;
-    const bool isPair =
-        isHigh && i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] <= 0xDFFF;
-    if (isLow || (isHigh && !isPair)) return false;
-    if (isPair) ++i;
-  }
-  return true;
-}
-
-}  // namespace
 
 std::vector<std::string> CommandLineWords(int, char**) {
   int count = 0;
@@ -35,8 +20,8 @@ std::vector<std::string> CommandLineWords(int, char**) {
   if (!words) throw std::bad_alloc();
   std::vector<std::string> texts;
   for (int i = 1; i < count; ++i) {
-    const std::u16string_view word = AsUtf16(words.get()[i]);
-    if (!IsUtf16(word)) {
+    const std::u16string_view word = platform::AsUtf16(words.get()[i]);
+    if (platform::HoldsLoneSurrogate(word)) {
       throw Failure(ExitStatus::Usage, Utf8FromWide(word), "the argument is not UTF-16 text");
     }
     texts.push_back(Utf8FromWide(word));

@@ -6,8 +6,8 @@
 #include <iterator>
 
 #include "LastError.h"
+#include "Platform/win32/WideText.h"
 #include "Text.h"
-#include "WideText.h"
 
 namespace tarn::host {
 namespace {
@@ -62,7 +62,7 @@ std::string SystemText(DWORD error, std::string_view subject) {
                                 error, 0, text, static_cast<DWORD>(std::size(text)), nullptr);
   while (length > 0 && (text[length - 1] <= L' ' || text[length - 1] == L'.')) --length;
   if (length == 0) return "error " + std::to_string(error);
-  return WithSubject(Utf8FromWide(AsUtf16({text, length})), subject);
+  return WithSubject(Utf8FromWide(platform::AsUtf16({text, length})), subject);
 }
 
 }  // namespace

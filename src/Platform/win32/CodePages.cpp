@@ -25,17 +25,6 @@ bool AreUsable(uint32_t codePage, const Source& source, const Unit* destination,
          (capacity == 0 || destination != nullptr);
 }
 
-bool HoldsLoneSurrogate(std::u16string_view text) noexcept {
-  for (size_t at = 0; at < text.size(); ++at) {
-    if ((text[at] & 0xF800) != 0xD800) continue;
-    const bool isPair =
-        (text[at] & 0xFC00) == 0xD800 && at + 1 < text.size() && (text[at + 1] & 0xFC00) == 0xDC00;
-    if (!isPair) return true;
-    ++at;
-  }
-  return false;
-}
-
 // What page 42 holds. The system checks it only when it writes, not when it counts.
 bool AreSymbols(std::u16string_view text) noexcept {
   return std::all_of(text.begin(), text.end(), [](char16_t unit) {

@@ -11,31 +11,6 @@ namespace {
 
 std::wstring LongName(size_t units) { return std::wstring(units, L'n'); }
 
-TEST(WithLongPrefix, LeavesShortPathsAsTheyAre) {
-  EXPECT_EQ(WithLongPrefix(L"a/b", L"C:\\d\\a\\b"), L"a/b");
-  EXPECT_EQ(WithLongPrefix(L"", L""), L"");
-  EXPECT_EQ(WithLongPrefix(L"a", L"C:\\" + LongName(244)), L"a");
-}
-
-TEST(WithLongPrefix, GivesLongPathsInFull) {
-  EXPECT_EQ(WithLongPrefix(L"a", L"C:\\" + LongName(245)), L"\\\\?\\C:\\" + LongName(245));
-  EXPECT_EQ(WithLongPrefix(L"C:/" + LongName(400), L"C:\\" + LongName(400)),
-            L"\\\\?\\C:\\" + LongName(400));
-}
-
-TEST(WithLongPrefix, KnowsServers) {
-  EXPECT_EQ(WithLongPrefix(L"//server/share/a", L"\\\\server\\share\\" + LongName(300)),
-            L"\\\\?\\UNC\\server\\share\\" + LongName(300));
-}
-
-TEST(WithLongPrefix, LeavesPathsThatHaveOne) {
-  for (const std::wstring front :
-       {L"\\\\?\\C:\\", L"\\\\?\\UNC\\server\\share\\", L"\\\\.\\pipe\\"}) {
-    const std::wstring path = front + LongName(300);
-    EXPECT_EQ(WithLongPrefix(path, path), path);
-  }
-}
-
 TEST(NativePath, ResolvesLongPathsAlone) {
   EXPECT_EQ(NativePath("a/../b"), L"a/../b");
   const test::TempDirectory directory;
