@@ -79,6 +79,49 @@ check_notices() {
   same "$what: licenses named and given" "$work/named" "$work/given"
 }
 
+# check_elf WHAT FILE...: built with what the compiler and the linker give against attack.
+check_elf() {
+  local what=$1 file
+  shift
+  for file in "$@"; do
+    readelf -hW "$file" | grep -q 'Type: *DYN' || fail "$what: $file depends on its address"
+    readelf -lW "$file" | grep -q GNU_RELRO || fail "$what: $file keeps its tables writable"
+    readelf -dW "$file" | grep -q 'Flags:.*NOW' || fail "$what: $file binds late"
+    readelf -lW "$file" | grep -q 'GNU_STACK.* RW ' || fail "$what: $file has an executable stack"
+    nm -D "$file" | grep -q __stack_chk_fail || fail "$what: $file does not guard its stack"
+    nm -D "$file" | grep -q 'printf_chk' || fail "$what: $file has no checked functions"
+    if [ "$(uname -m)" = x86_64 ]; then
+      # Calls through pointers land on this instruction alone.
+      objdump -d --section=.text "$file" >"$work/code"
+      grep -q endbr64 "$work/code" || fail "$what: $file does not guard its calls"
+    fi
+  done
+}
+
+# check_pe WHAT FILE...: the same for Windows.
+check_pe() {
+  local what=$1 file flag
+  shift
+  for file in "$@"; do
+    "$cross-objdump" -p "$file" >"$work/headers" || fail "$what: $file cannot be read"
+    for flag in HIGH_ENTROPY_VA DYNAMIC_BASE NX_COMPAT; do
+      grep -q "^[[:space:]]*$flag" "$work/headers" || fail "$what: $file lacks $flag"
+    done
+  done
+}
+
+# check_repeatable BUILD PACKAGE: packed again, from files with other times, it is the same.
+check_repeatable() {
+  local build=$1 package=$2 again
+  mkdir "$work/again"
+  find "$build" -maxdepth 1 -type f \( -name '*.so' -o -name '*.dll' -o -name '*.exe' -o -name tarnmail \) \
+    -exec touch {} +
+  quietly "packing $build again" cpack --config "$build/CPackConfig.cmake" -B "$work/again"
+  again=$work/again/$(basename "$package")
+  cmp "$package" "$again" >&2 || fail "$(basename "$package") differs when it is packed again"
+  rm -r "$work/again"
+}
+
 # read_flags WHAT FOLDER: what pkg-config says of the tarnpst.pc in the folder, one
 # element of `flags` each.
 read_flags() {
@@ -196,6 +239,8 @@ sed "s/MULTIARCH/$multiarch/" "$expected/deb-files.txt" >"$work/deb-files"
 check_tree "the .deb" "$tree" "$work/deb-files" usr/share/doc/tarnpst/docs
 parts=(CLI11 "JSON for Modern C++" Boost libstdc++)
 check_notices "the .deb" "$tree/usr/share/doc/tarnpst/copyright" "${parts[@]}"
+check_elf "the .deb" "$tree/usr/bin/tarnmail" "$tree/usr/lib/$multiarch"/lib*.so
+check_repeatable "$release" "$deb"
 check_linux "the .deb" "$tree/usr" "$work/of deb"
 gzip -dc "$tree/usr/share/man/man1/tarnmail.1.gz" >"$work/tarnmail.1"
 "$root/scripts/check-manual.sh" "$tree/usr/bin/tarnmail" "$work/tarnmail.1" "$root/examples" ||
@@ -320,6 +365,8 @@ mkdir "$work/zip"
 tree=$work/zip/$(basename "$zip" .zip)
 check_tree "the .zip" "$tree" "$expected/zip-files.txt" doc/docs
 check_notices "the .zip" "$tree/doc/copyright" "${parts[@]}" libgcc MinGW-w64 gdtoa winpthreads
+check_pe "the .zip" "$tree/bin"/*
+check_repeatable "$windows" "$zip"
 check_windows "the .zip" "$tree" "$work/of zip"
 
 quietly "installing $windows" cmake --install "$windows" --prefix "$work/windows installed"
