@@ -10,6 +10,25 @@ target_compile_options(tarn_options INTERFACE
 if(WIN32)
   target_compile_definitions(tarn_options INTERFACE WIN32_LEAN_AND_MEAN NOMINMAX)
 endif()
+# What a release can do against attack that the compiler and the linker give. The sanitizers of the
+# other build see more, and do not go with it.
+if(WIN32)
+  target_link_options(tarn_options INTERFACE
+    LINKER:--dynamicbase,--high-entropy-va,--nxcompat
+    # The same bytes from the same sources, whenever they are linked.
+    LINKER:--no-insert-timestamp)
+elseif(NOT TARN_SANITIZE)
+  include(CheckPIESupported)
+  check_pie_supported(LANGUAGES C CXX)
+  target_compile_options(tarn_options INTERFACE
+    # Needs optimisation.
+    $<$<CONFIG:Release>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>
+    -fstack-protector-strong)
+  if(CMAKE_SYSTEM_PROCESSOR STREQUAL "x86_64")
+    target_compile_options(tarn_options INTERFACE -fcf-protection)
+  endif()
+  target_link_options(tarn_options INTERFACE LINKER:-z,relro,-z,now)
+endif()
 if(TARN_SANITIZE)
   target_compile_options(tarn_options INTERFACE
     -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
