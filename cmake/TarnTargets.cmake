@@ -53,17 +53,35 @@ function(tarn_subsystem name)
   target_link_libraries(${name} PUBLIC tarn_headers ${ARG_DEPENDS} PRIVATE tarn_options)
 endfunction()
 
-# tarn_test(<name> LABELS <label>... SOURCES <file>... DEPENDS <target>...)
-# One GoogleTest binary; every test in it fails when it leaves anything behind in the kernel. The
-# tests themselves are compiled for a short build, and what they test as the build type says.
+# Tests and what they build their inputs with: compiled for a short build. What they test is
+# compiled as the build type says. Fuzzing needs no coverage of them.
+add_library(tarn_busy_test_options INTERFACE)
+target_link_libraries(tarn_busy_test_options INTERFACE tarn_options)
+target_compile_options(tarn_busy_test_options INTERFACE
+  $<$<CONFIG:Release>:-O1>
+  $<$<CONFIG:Debug>:-gline-tables-only>
+  $<$<BOOL:${TARN_FUZZ}>:-fno-sanitize=fuzzer-no-link>
+  # GCC 12 sees copies beyond short strings at this level where there are none.
+  $<$<CXX_COMPILER_ID:GNU>:-Wno-array-bounds -Wno-stringop-overflow -Wno-stringop-overread>)
+
+# With sanitizers most tests take longer to compile than to run.
+add_library(tarn_test_options INTERFACE)
+target_link_libraries(tarn_test_options INTERFACE tarn_busy_test_options)
+target_compile_options(tarn_test_options INTERFACE $<$<CONFIG:Debug>:-O0>)
+
+# tarn_test(<name> [BUSY] LABELS <label>... SOURCES <file>... DEPENDS <target>...)
+# One GoogleTest binary; every test in it fails when it leaves anything behind in the kernel. BUSY
+# tests compute much themselves, or by templates that are compiled with them.
 function(tarn_test name)
-  cmake_parse_arguments(ARG "" "" "LABELS;SOURCES;DEPENDS" ${ARGN})
+  cmake_parse_arguments(ARG "BUSY" "" "LABELS;SOURCES;DEPENDS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
-  target_link_libraries(${name} PRIVATE tarn_options tarn_test_support ${ARG_DEPENDS})
-  target_compile_options(${name} PRIVATE $<$<CONFIG:Release>:-O1>
-    # GCC 12 sees copies beyond short strings at this level where there are none.
-    $<$<CXX_COMPILER_ID:GNU>:-Wno-array-bounds -Wno-stringop-overflow -Wno-stringop-overread>)
-  target_precompile_headers(${name} REUSE_FROM tarn_test_headers)
+  target_link_libraries(${name} PRIVATE tarn_test_support ${ARG_DEPENDS})
+  if(ARG_BUSY)
+    target_link_libraries(${name} PRIVATE tarn_busy_test_options)
+  else()
+    target_link_libraries(${name} PRIVATE tarn_test_options)
+    target_precompile_headers(${name} REUSE_FROM tarn_test_headers)
+  endif()
   set_target_properties(${name} PROPERTIES
     RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests
     BUILD_RPATH "${CMAKE_BINARY_DIR}")
