@@ -29,7 +29,7 @@ typedef struct PlainKernelUsageRecord {
   uint64_t allocationCalls;    /* calls of fault group 1 so far */
 } PlainKernelUsageRecord;
 
-/* Groups of calls that fail together; see PlainKernelFailAt. */
+/* Groups of calls that fail together; see PlainKernelFailAt and PlainKernelFailFrom. */
 enum PlainKernelFaultGroup {
   PlainKernelFaultMemory = 1, /* KernelAlloc, KernelAllocZero, KernelRealloc */
   PlainKernelFaultOpen = 2,   /* KernelFileOpen, KernelRawFileCreate, KernelTempFileName,
@@ -61,6 +61,11 @@ TARNBASE_API void PlainKernelSetMemoryBudget(uint64_t bytes);
 /* The ordinal-th call of the group from now on fails, counting calls that fail on their own; calls
  * behind it succeed again. Ordinal 0 ends the injection. The groups count independently. */
 TARNBASE_API void PlainKernelFailAt(int32_t group, uint64_t ordinal);
+
+/* Like PlainKernelFailAt, but all calls of the group after the ordinal-th fail too, until ordinal 0
+ * ends it. A group has one injection at a time: each of the two calls replaces what the other set.
+ */
+TARNBASE_API void PlainKernelFailFrom(int32_t group, uint64_t ordinal);
 
 TARNBASE_API void PlainKernelUsage(PlainKernelUsageRecord* out);
 

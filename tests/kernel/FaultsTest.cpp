@@ -290,8 +290,61 @@ TEST_F(Faults, OnlyAskingForMemoryCountsForTheBudgetGroup) {
   EXPECT_EQ(Usage().reportedBytes, 0U);
 }
 
+TEST_F(Faults, FromAnOrdinalOnEachCallFails) {
+  PlainKernelFailFrom(PlainKernelFaultMemory, 2);
+  void* const block = KernelAlloc(1, 1, 1, kHere);
+  EXPECT_NE(block, nullptr);
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_EQ(KernelAlloc(1, 1, 1, kHere), nullptr);
+    EXPECT_EQ(KernelAllocZero(1, 1, 1, kHere), nullptr);
+    EXPECT_EQ(KernelRealloc(block, 2, 1, kHere), nullptr);
+  }
+  char out[2];
+  EXPECT_EQ(KernelWideToUtf8(u"a", 1, out, 2), 1);  // another group
+  PlainKernelFailFrom(PlainKernelFaultMemory, 0);
+  void* const other = KernelAlloc(1, 1, 1, kHere);
+  EXPECT_NE(other, nullptr);
+  KernelFree(other, 1, kHere);
+  KernelFree(block, 1, kHere);
+}
+
+TEST_F(Faults, CallsThatFailOnTheirOwnCountOnTheWayToTheFirstOfMany) {
+  PlainKernelFailFrom(PlainKernelFaultMemory, 2);
+  EXPECT_EQ(KernelAlloc(UINT64_MAX, 2, 1, kHere), nullptr);
+  EXPECT_EQ(KernelAlloc(1, 1, 1, kHere), nullptr);
+  EXPECT_EQ(KernelAlloc(1, 1, 1, kHere), nullptr);
+}
+
+TEST_F(Faults, EachControlReplacesWhatTheOtherSet) {
+  char16_t wide[2];
+  PlainKernelFailFrom(PlainKernelFaultText, 1);
+  PlainKernelFailAt(PlainKernelFaultText, 1);
+  EXPECT_EQ(KernelUtf8ToWide("a", 1, wide, 2), 0);
+  EXPECT_EQ(KernelUtf8ToWide("a", 1, wide, 2), 1);
+  PlainKernelFailAt(PlainKernelFaultText, 1);
+  PlainKernelFailFrom(PlainKernelFaultText, 2);
+  EXPECT_EQ(KernelUtf8ToWide("a", 1, wide, 2), 1);
+  EXPECT_EQ(KernelUtf8ToWide("a", 1, wide, 2), 0);
+  EXPECT_EQ(KernelUtf8ToWide("a", 1, wide, 2), 0);
+  PlainKernelFailAt(PlainKernelFaultText, 0);
+  EXPECT_EQ(KernelUtf8ToWide("a", 1, wide, 2), 1);
+}
+
+TEST_F(Faults, TheLargestOrdinalIsNeverReached) {
+  char16_t wide[2];
+  for (const auto set : {&PlainKernelFailAt, &PlainKernelFailFrom}) {
+    set(PlainKernelFaultText, UINT64_MAX);
+    EXPECT_EQ(KernelUtf8ToWide("a", 1, wide, 2), 1);
+    EXPECT_EQ(KernelUtf8ToWide("a", 1, wide, 2), 1);
+    set(PlainKernelFaultText, 0);
+  }
+}
+
 TEST_F(Faults, UnknownGroupsAreIgnored) {
-  for (const int32_t group : {INT32_MIN, -1, 0, 8, INT32_MAX}) PlainKernelFailAt(group, 1);
+  for (const int32_t group : {INT32_MIN, -1, 0, 8, INT32_MAX}) {
+    PlainKernelFailAt(group, 1);
+    PlainKernelFailFrom(group, 1);
+  }
   KernelFree(KernelAlloc(1, 1, 1, kHere), 1, kHere);
 }
 

@@ -19,8 +19,8 @@ struct Ordinal {
   AnyFunction function;  // as this program got it from the library
 };
 
-inline const std::array<Ordinal, 41>& Ordinals() {
-  static const std::array<Ordinal, 41> rows = {{
+inline const std::array<Ordinal, 42>& Ordinals() {
+  static const std::array<Ordinal, 42> rows = {{
       {1, "KernelAlloc", reinterpret_cast<AnyFunction>(&KernelAlloc)},
       {2, "KernelAllocZero", reinterpret_cast<AnyFunction>(&KernelAllocZero)},
       {3, "KernelRealloc", reinterpret_cast<AnyFunction>(&KernelRealloc)},
@@ -64,6 +64,7 @@ inline const std::array<Ordinal, 41>& Ordinals() {
        reinterpret_cast<AnyFunction>(&PlainKernelSetMemoryBudget)},
       {105, "PlainKernelFailAt", reinterpret_cast<AnyFunction>(&PlainKernelFailAt)},
       {106, "PlainKernelUsage", reinterpret_cast<AnyFunction>(&PlainKernelUsage)},
+      {107, "PlainKernelFailFrom", reinterpret_cast<AnyFunction>(&PlainKernelFailFrom)},
   }};
   return rows;
 }
