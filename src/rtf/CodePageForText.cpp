@@ -4,7 +4,6 @@
 #include <array>
 #include <string_view>
 
-#include "Internal/Tarnclasses_.h"
 #include "Platform/CodePages.h"
 #include "rtf/CharsetCodePages.h"
 #include "rtf/ConversionCapacity.h"
@@ -14,6 +13,7 @@ namespace {
 
 // No code page takes more for a unit.
 constexpr uint64_t kBytesPerUnit = 2;
+constexpr uint64_t kPieceUnits = 512;
 
 // False when the code page cannot carry the text, going by one of its units: conversions are made
 // unit by unit. Most code pages fail here, at the cost of a single look-up.
@@ -23,15 +23,30 @@ bool MayCarry(char16_t unit, uint32_t codePage) {
   return RoundTripsInCodePage(&unit, 1, codePage, wide.data(), bytes.data(), bytes.size()) == 1;
 }
 
-uint32_t FirstCarrier(const char16_t* text, uint64_t length, char16_t* wideScratch,
-                      char* byteScratch) {
+// Piece by piece: what one unit becomes does not depend on others, but for the halves of a pair,
+// which stay together.
+bool Carries(const char16_t* text, uint64_t length, uint32_t codePage) {
+  std::array<char16_t, kPieceUnits> wide;
+  std::array<char, kPieceUnits * kBytesPerUnit> bytes;
+  for (uint64_t at = 0; at < length;) {
+    uint64_t piece = std::min(length - at, kPieceUnits);
+    const bool endsInPair = (text[at + piece - 1] & 0xFC00) == 0xD800;
+    if (endsInPair && piece > 1 && at + piece < length) --piece;
+    if (RoundTripsInCodePage(text + at, piece, codePage, wide.data(), bytes.data(),
+                             piece * kBytesPerUnit) != 1) {
+      return false;
+    }
+    at += piece;
+  }
+  return true;
+}
+
+uint32_t FirstCarrier(const char16_t* text, uint64_t length) {
   const char16_t* const end = text + length;
   const char16_t* const beyondAscii = std::find_if(text, end, [](char16_t u) { return u >= 128; });
   const char16_t probe = beyondAscii != end ? *beyondAscii : *text;
   for (const CharsetCodePage& row : CharsetCodePageTable) {
-    if (row.forText == 1 && MayCarry(probe, row.codePage) &&
-        RoundTripsInCodePage(text, length, row.codePage, wideScratch, byteScratch,
-                             length * kBytesPerUnit) == 1) {
+    if (row.forText == 1 && MayCarry(probe, row.codePage) && Carries(text, length, row.codePage)) {
       return row.codePage;
     }
   }
@@ -57,18 +72,8 @@ int32_t RoundTripsInCodePage(const char16_t* text, uint64_t length, uint32_t cod
 
 uint32_t FindCodePageForText(const char16_t* text, uint64_t length) {
   if (text == nullptr || length == 0) return kNoCodePage;
-  // Single characters are asked for one after the other and are to cost no allocation.
-  constexpr uint64_t kFewUnits = 16;
-  if (length <= kFewUnits) {
-    std::array<char16_t, kFewUnits> wide;
-    std::array<char, kFewUnits * kBytesPerUnit> bytes;
-    return FirstCarrier(text, length, wide.data(), bytes.data());
-  }
   if (length > INT32_MAX) return kNoCodePage;  // beyond what a conversion takes
-  const auto wide = AllocateBlock<char16_t>(length, TARN_HERE);
-  const auto bytes = AllocateBlock<char>(length * kBytesPerUnit, TARN_HERE);
-  if (!wide || !bytes) return kNoCodePage;
-  return FirstCarrier(text, length, wide.get(), bytes.get());
+  return FirstCarrier(text, length);
 }
 
 }  // namespace tarn

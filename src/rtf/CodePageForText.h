@@ -15,7 +15,8 @@ int32_t RoundTripsInCodePage(const char16_t* text, uint64_t length, uint32_t cod
                              char16_t* wideScratch, char* byteScratch, uint64_t byteScratchSize);
 
 // The first code page of the charset table that carries the whole text; kNoCodePage when there is
-// none, for an empty text, and without memory.
+// none, and for an empty text. It takes no memory of the kernel, so that a lack of it never looks
+// like a text of several scripts.
 uint32_t FindCodePageForText(const char16_t* text, uint64_t length);
 
 }  // namespace tarn

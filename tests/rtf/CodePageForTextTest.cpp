@@ -98,14 +98,22 @@ TEST(FindCodePageForText, ACharacterCostsNoAllocation) {
   EXPECT_EQ(AllocationCalls(), before);
 }
 
-TEST(FindCodePageForText, WithoutMemoryThereIsNone) {
-  const std::u16string text(17, u'\u00E9');
-  for (const uint64_t ordinal : {1u, 2u}) {
-    PlainKernelFailAt(PlainKernelFaultMemory, ordinal);
-    EXPECT_EQ(Find(text), kNoCodePage) << ordinal;
-  }
-  PlainKernelFailAt(PlainKernelFaultMemory, 3);
+TEST(FindCodePageForText, LackOfMemoryHidesNone) {
+  const std::u16string text(2000, u'\u00E9');
+  PlainKernelFailFrom(PlainKernelFaultMemory, 1);
   EXPECT_EQ(Find(text), 1252u);
+  EXPECT_EQ(Find(text + u'\u0416'), kNoCodePage);
+}
+
+// Texts are tried in pieces, none of which ends within a pair.
+TEST(FindCodePageForText, PiecesAreNoDifferent) {
+  for (size_t before = 508; before <= 516; ++before) {
+    const std::u16string latin(before, u'\u00E9');
+    EXPECT_EQ(Find(latin + u"\u00E9a"), 1252u) << before;
+    EXPECT_EQ(Find(latin + u"\U0001F600a"), kNoCodePage) << before;
+    EXPECT_EQ(Find(latin + u"\xD83D"), kNoCodePage) << before;
+    EXPECT_EQ(Find(std::u16string(before, u'a') + u"\u65E5\u672C"), 932u) << before;
+  }
 }
 
 TEST(FindCodePageForText, AMegabyteIsNoMatter) {
