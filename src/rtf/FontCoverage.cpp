@@ -69,8 +69,8 @@ std::u16string_view SetFaceName(LogFont& record, const char* faceName) {
   return {record.faceName.data(), static_cast<size_t>(units)};
 }
 
-// Unknown: memory ran out.
-enum class Answer { Covers, CoversNot, Unknown };
+// Unknown: the font could not be made, which counts as a font that does not cover the text.
+enum class Answer { Covers, CoversNot, Unknown, NoMemory };
 
 Answer AskFace(void* context, const char* faceName, std::u16string_view text) {
   LogFont record;
@@ -78,7 +78,7 @@ Answer AskFace(void* context, const char* faceName, std::u16string_view text) {
   const Font font(record);
   if (font.get() == nullptr) return Answer::Unknown;
   const auto glyphs = AllocateBlock<uint16_t>(text.size(), TARN_HERE);
-  if (!glyphs) return Answer::Unknown;
+  if (!glyphs) return Answer::NoMemory;
   const bool covers = platform::FontHasGlyphs({.context = context,
                                                .font = font.get(),
                                                .faceName = name,
@@ -107,41 +107,50 @@ bool Spend(RtfFontTable& table, uint64_t work) {
 }
 
 // One search, after which each face has been asked until one covered the text. Once the work
-// allowed is used up, none covers it. `fontNumber` is set by what gives true.
+// allowed is used up, none covers it. All answers are 1, 0 or -1; 1 sets `fontNumber`.
 struct Search {
   RtfFontTable& table;
   void* context;
   std::u16string_view text;
   bool hasWork = true;       // no step was refused
-  bool knowsAnswers = true;  // memory hid none
+  bool knowsAnswers = true;  // every font could be made
 
-  bool inTable(int32_t first, uint32_t& fontNumber) {
+  int32_t inTable(int32_t first, uint32_t& fontNumber) {
     for (int32_t i = first; i < table.count; ++i) {
-      if (!covers(table.entries[i].name)) continue;
-      fontNumber = table.entries[i].number;
-      return true;
+      const int32_t covered = covers(table.entries[i].name);
+      if (covered == StatusOk) fontNumber = table.entries[i].number;
+      if (covered != StatusFailed) return covered;
     }
-    return false;
+    return StatusFailed;
   }
 
-  bool amongFallbacks(uint32_t& fontNumber) {
+  int32_t amongFallbacks(uint32_t& fontNumber) {
     for (const char* const name : kFallbackFaces) {
-      if (HoldsFace(table, name) || !covers(name)) continue;
-      const bool added = AddRtfFont(table, name, "", 0, 0, fontNumber) == StatusOk;
-      if (!added) knowsAnswers = false;
-      return added;
+      if (HoldsFace(table, name)) continue;
+      const int32_t covered = covers(name);
+      if (covered == StatusOk) return AddRtfFont(table, name, "", 0, 0, fontNumber);
+      if (covered != StatusFailed) return covered;
     }
-    return false;
+    return StatusFailed;
   }
 
  private:
   // A font without a name covers nothing.
-  bool covers(const char* faceName) {
+  int32_t covers(const char* faceName) {
     hasWork = Spend(table, faceName == nullptr ? 1 : 1 + text.size());
-    if (!hasWork || faceName == nullptr) return false;
-    const Answer answer = AskFace(context, faceName, text);
-    if (answer == Answer::Unknown) knowsAnswers = false;
-    return answer == Answer::Covers;
+    if (!hasWork || faceName == nullptr) return StatusFailed;
+    switch (AskFace(context, faceName, text)) {
+      case Answer::Covers:
+        return StatusOk;
+      case Answer::NoMemory:
+        return StatusOutOfMemory;
+      case Answer::Unknown:
+        knowsAnswers = false;
+        break;
+      case Answer::CoversNot:
+        break;
+    }
+    return StatusFailed;
   }
 };
 
@@ -168,13 +177,15 @@ int32_t FindFontForText(RtfFontTable& table, const char16_t* text, uint64_t leng
   const DeviceContext context;
   if (context.get() == nullptr) return 0;
   Search search{table, context.get(), units};
-  bool covered = search.inTable(asked, fontNumber);
+  int32_t found = search.inTable(asked, fontNumber);
   // Where the table's old entries were asked, so were the fallbacks.
-  if (!covered && known == nullptr) covered = search.amongFallbacks(fontNumber);
+  if (found == StatusFailed && known == nullptr) found = search.amongFallbacks(fontNumber);
+  if (found < StatusFailed) return found;
+  const bool covered = found == StatusOk;
   if (search.hasWork && search.knowsAnswers) {
     table.coverage.keep(units, {covered, covered ? fontNumber : 0, table.count});
   }
-  return covered ? 1 : 0;
+  return found;
 }
 
 }  // namespace tarn

@@ -5,11 +5,11 @@
 //
 // A document may name thousands of fonts and have thousands of characters that none of them has.
 // So the answers for the first RtfCoverageMemo::kMostAnswers different characters are remembered in
-// the table, and no font is asked twice for one of them; answers that lack of memory made uncertain
-// and characters of more than 4 units are asked for again. And the work for one table is bounded: a
-// font without a name counts as 1, a test as 1 and the units of its text. When kMaxCoverageWork is
-// used up, only remembered characters are found any more, and what is not found is written in the
-// current font. The work is enough for 200 fonts that lack 3,000 different emoji.
+// the table, and no font is asked twice for one of them; answers that a font that could not be made
+// left uncertain and characters of more than 4 units are asked for again. And the work for one
+// table is bounded: a font without a name counts as 1, a test as 1 and the units of its text. When
+// kMaxCoverageWork is used up, only remembered characters are found any more, and what is not found
+// is written in the current font. The work is enough for 200 fonts that lack 3,000 different emoji.
 #ifndef TARN_RTF_FONTCOVERAGE_H
 #define TARN_RTF_FONTCOVERAGE_H
 
@@ -28,8 +28,8 @@ inline constexpr uint64_t kMaxCoverageWork = 1u << 21;
 int32_t FontCoversText(void* context, const char* faceName, const char16_t* text, uint64_t length);
 
 // The first font that covers the text: of the table, in its order, or else of a short list of
-// common ones, which is then added to the table. 1, or 0 when none does and without memory, and
-// then `fontNumber` and the table are as they were.
+// common ones, which is then added to the table. 1, 0 when none does, or -1 without memory; unless
+// it is 1, `fontNumber` and the table are as they were.
 int32_t FindFontForText(RtfFontTable& table, const char16_t* text, uint64_t length,
                         uint32_t& fontNumber);
 

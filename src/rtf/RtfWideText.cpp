@@ -60,21 +60,19 @@ class PieceWriter {
     const char16_t* const start = at;
     at = NextChar(start, end);
     const uint32_t codePage = FindCodePageForText(start, static_cast<uint64_t>(at - start));
-    if (codePage == kNoCodePage) {
-      writeUncarried(start, at);
-      return StatusOk;
-    }
+    if (codePage == kNoCodePage) return writeUncarried(start, at);
     at = extend(at, end, codePage);
     return writeInCodePage(codePage, start, static_cast<uint64_t>(at - start));
   }
 
   // Without a font that has the character, it stands in the current one.
-  void writeUncarried(const char16_t* from, const char16_t* to) {
+  int32_t writeUncarried(const char16_t* from, const char16_t* to) {
     uint32_t font = kNoRtfFont;
-    if (FindFontForText(table_, from, static_cast<uint64_t>(to - from), font) == 1) {
-      selectFont(font);
-    }
+    const int32_t found = FindFontForText(table_, from, static_cast<uint64_t>(to - from), font);
+    if (found < StatusFailed) return found;
+    if (found == StatusOk) selectFont(font);
     for (; from < to; ++from) AppendRtfUnit(output_, *from);
+    return StatusOk;
   }
 
   static const char16_t* extend(const char16_t* at, const char16_t* end, uint32_t codePage) {

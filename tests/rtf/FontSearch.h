@@ -58,6 +58,7 @@ struct Found {
   bool operator==(const Found&) const = default;
 };
 inline constexpr Found kNone = {0, kUntouched};
+inline constexpr Found kNoMemory = {-1, kUntouched};
 
 inline std::ostream& operator<<(std::ostream& out, const Found& found) {
   return out << "{" << found.result << ", " << found.number << "}";
