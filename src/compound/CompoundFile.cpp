@@ -87,12 +87,19 @@ void LoadEntries(CompoundFile& file) {
   }
 }
 
-// Reads at a position as the reader of blocks takes it: its low 32 bits, signed. Gives what the
-// kernel gave; the rest of the buffer stays as it was.
-uint64_t ReadAt(const CompoundFile& file, uint64_t position, unsigned char* buffer,
-                uint64_t length) {
+// Goes to a position as the reader of blocks takes it: its low 32 bits, signed. A negative one
+// leads nowhere, and what comes next in the file is read then. False, and counted, when the kernel
+// fails.
+bool SeekBlock(CompoundFile& file, uint64_t position) {
   const auto offset = static_cast<int32_t>(static_cast<uint32_t>(position));
-  KernelFileSeek(file.handle, offset, KERNEL_SEEK_START);
+  const uint64_t reached = KernelFileSeek(file.handle, offset, KERNEL_SEEK_START);
+  if (offset < 0 || reached == static_cast<uint64_t>(offset)) return true;
+  ++file.failedSeeks;
+  return false;
+}
+
+// Gives what the kernel gave; the rest of the buffer stays as it was.
+uint64_t ReadHere(const CompoundFile& file, unsigned char* buffer, uint64_t length) {
   return std::min<uint64_t>(length,
                             KernelFileRead(file.handle, buffer, static_cast<uint32_t>(length)));
 }
@@ -113,7 +120,8 @@ uint64_t ReadBigBlocks(CompoundFile& file, const uint64_t* blocks, uint64_t coun
     const uint64_t part = std::min(wanted, file.fileSize - position);
     if (part == 0) continue;
     if (!SpendBytes(file, std::max(part, kCallCost))) return 0;
-    const uint64_t given = ReadAt(file, position, buffer + read, part);
+    if (!SeekBlock(file, position)) return 0;
+    const uint64_t given = ReadHere(file, buffer + read, part);
     if (clear) std::fill_n(buffer + read + given, part - given, static_cast<unsigned char>(0));
     read += part;
   }
@@ -138,7 +146,7 @@ uint64_t WindowBlocks(const CompoundFile& file, uint64_t index) {
 }
 
 // Makes the window hold a block of the container. Each block stands for itself: one that the file
-// does not have is zeros. False when reads have cost too much.
+// does not have is zeros. False when reads have cost too much, and after a failed seek.
 bool MoveWindow(CompoundFile& file, uint64_t index) {
   ContainerWindow& window = file.window;
   if (index >= window.first && index - window.first < window.count) return true;
@@ -148,6 +156,7 @@ bool MoveWindow(CompoundFile& file, uint64_t index) {
   window.first = index;
   if (file.bytesLeft == 0) return false;
   window.bytes.assign(count * size, 0);
+  const uint64_t failedBefore = file.failedSeeks;
   const uint64_t* const blocks = file.containerBlocks.data() + index;
   uint64_t read = 0;
   for (uint64_t i = 0; i < count;) {
@@ -155,6 +164,7 @@ bool MoveWindow(CompoundFile& file, uint64_t index) {
     read += LoadBigBlocks(file, blocks + i, run, window.bytes.data() + i * size, run * size);
     i += run;
   }
+  if (file.failedSeeks != failedBefore) return false;
   if (!SpendBytes(file, window.bytes.size() - read)) return false;
   window.count = count;
   return true;
@@ -175,11 +185,14 @@ CompoundFile::~CompoundFile() {
 
 void LoadCompoundFile(CompoundFile& file) {
   file.result = CompoundOpenFailed;
-  file.fileSize = KernelFileSeek(file.handle, 0, KERNEL_SEEK_END);
-  if (file.fileSize == KERNEL_BAD_HANDLE) return;
   ResetTables(file);
+  file.fileSize = KernelFileSeek(file.handle, 0, KERNEL_SEEK_END);
+  if (file.fileSize == KERNEL_BAD_HANDLE ||
+      KernelFileSeek(file.handle, 0, KERNEL_SEEK_START) != 0) {
+    ++file.failedSeeks;
+    return;
+  }
   file.bytesLeft = ReadBudget(file.fileSize);
-  KernelFileSeek(file.handle, 0, KERNEL_SEEK_START);
   HeaderBytes bytes = {};
   KernelFileRead(file.handle, bytes.data(), static_cast<uint32_t>(bytes.size()));
   LoadHeader(file.header, bytes);
@@ -192,6 +205,10 @@ void LoadCompoundFile(CompoundFile& file) {
   file.smallTable.blockSize = uint64_t{1} << file.header.smallShift;
   if (!LoadTables(file)) return;
   LoadEntries(file);
+  if (file.failedSeeks != 0) {
+    file.result = CompoundOpenFailed;
+    return;
+  }
   file.result = CompoundOk;
   file.opened = true;
 }
@@ -252,6 +269,7 @@ void ResetTables(CompoundFile& file) {
   file.directoryChain.clear();
   file.smallTableChain.clear();
   file.window.count = 0;
+  file.failedSeeks = 0;
 }
 
 bool SpendBytes(CompoundFile& file, uint64_t bytes) {

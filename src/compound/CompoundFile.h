@@ -58,6 +58,7 @@ struct CompoundFile {
   BlockList directoryChain;         // of a file that is being written, once needed
   BlockList smallTableChain;        // likewise
   ContainerWindow window;
+  uint64_t failedSeeks = 0;  // to places that reads have; see LoadBigBlocks
 
   CompoundFile(CompoundStorage& storage_, uint64_t handle_);
   CompoundFile(const CompoundFile&) = delete;
@@ -70,6 +71,7 @@ struct CompoundFile {
 
 // Reads header, tables and directory, and sets `result`; what the file was before is gone. A
 // directory that cannot be followed, or is longer than the file, is an empty one, and no failure.
+// A failed seek is CompoundOpenFailed, and counts.
 void LoadCompoundFile(CompoundFile& file);
 
 // The handle stays open.
@@ -80,7 +82,8 @@ BlockList BigTableBlocks(CompoundFile& file, bool loading);
 
 // Read blocks one behind the other. The result is the number of bytes; a block that lies behind the
 // end of the file ends the read with 0, one that overlaps the end is read as far as it goes. What
-// the kernel does not give of a block stays as it was in the buffer, and counts.
+// the kernel does not give of a block stays as it was in the buffer, and counts. A failed seek ends
+// the read with 0 and is counted in `failedSeeks`, which tells it from what the file does not have.
 // Positions are taken as signed 32-bit numbers: from 2 GiB on the seek fails and what stands where
 // the read before ended is given, from 4 GiB on what stands at the position less 4 GiB.
 uint64_t LoadBigBlocks(CompoundFile& file, const uint64_t* blocks, uint64_t count,

@@ -168,6 +168,7 @@ int32_t ReadMsgFile(MailMessage& message, PstFilterData& data, const char16_t* p
   try {
     TrackedCompoundFile opened(file.handle());
     LoadCompoundFile(opened.file());
+    if (opened.file().failedSeeks != 0) return StatusReadFailed;
     if (opened.file().result != CompoundOk) return StatusOk;
     if (request != nullptr) return EnumerateMsgAttachments(opened.storage(), *request);
     return MessageReader(message, data, opened.storage()).run();

@@ -89,8 +89,9 @@ int32_t ReadWholeStream(CompoundStream* stream, KernelBlock<char>& block, uint64
   if (!block) return StatusOutOfMemory;
   if (stream == nullptr) return StatusOk;
   auto* const bytes = reinterpret_cast<unsigned char*>(block.get());
+  const uint64_t failedBefore = stream->file->failedSeeks;
   stream->position += StreamRead(*stream, stream->position, bytes, length);
-  return StatusOk;
+  return stream->file->failedSeeks == failedBefore ? StatusOk : StatusReadFailed;
 } catch (const std::bad_alloc&) {
   return StatusOutOfMemory;
 }

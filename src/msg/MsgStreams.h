@@ -34,10 +34,10 @@ bool IsStorage(const CompoundStorage& storage, std::string_view path);
 // Reads a stream from its position to its end into a new block, with two zero bytes behind it that
 // the length does not count; the length is that of the directory, whatever was there to be read.
 // No stream gives an empty block. 1; -1 without memory, for a stream larger than its file, and when
-// too much of the file has been read.
+// too much of the file has been read; -7 after a failed seek.
 int32_t ReadWholeStream(CompoundStream* stream, KernelBlock<char>& block, uint64_t& length);
 
-// Puts a stream into the target. 1; 2 when there is none, and then the target is as it was; -1.
+// Puts a stream into the target. 1; 2 when there is none, and then the target is as it was; -1; -7.
 int32_t ReadMsgStream(const CompoundStorage& storage, std::string_view name, SizedBytes& target);
 
 // Puts a text property into the target as UTF-8: from UTF-16 ("001F"), with a NUL that the length

@@ -82,6 +82,20 @@ TEST(WholeStream, HasZerosWhereItsChainEndsEarly) {
   EXPECT_EQ(Bytes(target), "hello" + std::string(95, '\0'));
 }
 
+// Not what the file does not have: that is zeros.
+TEST(WholeStream, FailsWhenTheKernelDoesNotReachIt) {
+  for (const uint64_t size : {200u, 5000u}) {
+    const std::string bytes(size, 'b');
+    OpenMsg msg(CompoundBuilder().stream("s", bytes).write());
+    SizedBytes target;
+    PlainKernelFailAt(PlainKernelFaultSeek, 1);
+    EXPECT_EQ(ReadMsgStream(msg.storage(), "s", target), StatusReadFailed) << size;
+    EXPECT_EQ(Bytes(target), "(null)") << size;
+    ASSERT_EQ(ReadMsgStream(msg.storage(), "s", target), StatusOk) << size;
+    EXPECT_EQ(Bytes(target), bytes) << size;
+  }
+}
+
 TEST(WholeStream, IsRefusedWhenItIsSaidToBeLargerThanItsFile) {
   CompoundImage image = CompoundBuilder().stream("s", std::string(5000, 'x')).image();
   image.put(image.record("s") + RecordSize, image.bytes.size() + 1);
