@@ -88,7 +88,7 @@ void ExpectDocumentStatuses(const std::string& store, int32_t ioMode, const Road
   EXPECT_EQ(Sweep(store, ioMode, road, PlainKernelFaultRead),
             (Statuses{StatusOk, StatusReadFailed, StatusNotSupported, kThrown}));
   EXPECT_EQ(Sweep(store, ioMode, road, PlainKernelFaultSeek),
-            (Statuses{StatusOk, StatusReadFailed, StatusNotSupported, kThrown}));
+            (Statuses{StatusOk, StatusReadFailed, StatusSeekFailed, StatusNotSupported, kThrown}));
   EXPECT_EQ(Sweep(store, ioMode, road, PlainKernelFaultWrite), write);
   EXPECT_EQ(Sweep(store, ioMode, road, PlainKernelFaultBudget), (Statuses{StatusOk}));
 }
@@ -145,7 +145,7 @@ TEST(PstFaultRoad, ListOfAttachments) {
   EXPECT_EQ(Sweep(store, 0, road, PlainKernelFaultRead),
             (Statuses{StatusOk, StatusReadFailed, kThrown}));
   EXPECT_EQ(Sweep(store, 0, road, PlainKernelFaultSeek),
-            (Statuses{StatusOk, StatusReadFailed, kThrown}));
+            (Statuses{StatusOk, StatusReadFailed, StatusSeekFailed, kThrown}));
   EXPECT_EQ(Sweep(store, 0, road, PlainKernelFaultText), (Statuses{StatusOk, StatusFailed}));
 }
 
@@ -172,7 +172,7 @@ TEST(PstFaultRoad, Extraction) {
     EXPECT_EQ(Sweep(store, 0, road, PlainKernelFaultRead),
               (Statuses{StatusOk, StatusReadFailed, kThrown}));
     EXPECT_EQ(Sweep(store, 0, road, PlainKernelFaultSeek),
-              (Statuses{StatusOk, StatusReadFailed, kThrown}));
+              (Statuses{StatusOk, StatusReadFailed, StatusSeekFailed, kThrown}));
     EXPECT_EQ(Sweep(store, 0, road, PlainKernelFaultText), (Statuses{StatusOk, StatusFailed}));
   }
 }

@@ -57,17 +57,14 @@ int32_t MakeTextDocument(MailMessage& record, TrackedBuffer<char>& document) {
   return StatusOk;
 }
 
-uint64_t FileSize(uint64_t handle) {
-  const uint64_t size = KernelFileSeek(handle, 0, KERNEL_SEEK_END);
-  return size == KERNEL_BAD_HANDLE ? 0 : size;
-}
-
 }  // namespace
 
 int32_t ReadPstDocument(const char16_t* path, PstFilterData& data, int32_t& index, uint32_t& kind,
                         bool textOnly, uint64_t handle, const AttachmentRequest* request) {
   const Store store = pststore::open_database(path);
-  StoreReading reading(data, request, FileSize(handle));
+  const uint64_t fileSize = KernelFileSeek(handle, 0, KERNEL_SEEK_END);
+  if (fileSize == KERNEL_BAD_HANDLE) return StatusSeekFailed;
+  StoreReading reading(data, request, fileSize);
   ListGuard messages;
   const int32_t counted = CountStoreMessages(messages.list, store, reading.fileSize);
   if (counted != StatusOk) return counted;
