@@ -6,7 +6,6 @@
 #include "Internal/Tarnclasses_.h"
 #include "MsgSamples.h"
 #include "support/FakeHost.h"
-#include "support/LeakCheck.h"
 #include "support/LocalZone.h"
 #include "support/RtfCompressor.h"
 
@@ -335,61 +334,6 @@ TEST_F(MsgRoad, PassesOverAnAttachmentThatIsEmpty) {
   msg.attachment(u"b", "bytes");
   EXPECT_EQ(Extracted(msg.write(), 1), "(none)");
   EXPECT_EQ(Extracted(msg.write(), 2), "bytes");
-}
-
-// -------------------------------------------------------------------------------------- faults
-
-// Deletes the image that is not in the host's directory for good; 1 when there is one.
-int DeleteLeftover(const FakeHost& host) {
-  const std::string listing = host.directory().listing();
-  if (listing == "mail") return 0;
-  EXPECT_TRUE(listing.ends_with("/one@x_a.png")) << listing;
-  const std::filesystem::path image =
-      host.directory().path() / listing.substr(listing.rfind(' ') + 1);
-  KernelDeleteFile(image.u16string().c_str());
-  return 1;
-}
-
-// Relied upon: an image whose path finds no place in the record's list stays behind.
-TEST_F(MsgRoad, LeavesNothingBehindWhicheverCallFails) {
-  MsgBuilder msg = PlainMsg();
-  msg.binary(0x1013, "<html><head></head><body><img src=\"cid:one@x\"></body></html>");
-  msg.attachment(u"a.png", kMsgImage).contentId(u"one@x");
-  const std::string file = msg.write();
-  int leftovers = 0;
-  for (const int32_t ioMode : {0, 3}) {
-    for (const int32_t group :
-         {PlainKernelFaultMemory, PlainKernelFaultRead, PlainKernelFaultSeek, PlainKernelFaultWrite,
-          PlainKernelFaultOpen, PlainKernelFaultText}) {
-      uint32_t calm = 0;
-      for (uint64_t n = 1; calm < 60; ++n) {
-        PlainKernelUsageRecord before = {};
-        PlainKernelUsage(&before);
-        int32_t status = 0;
-        {
-          PlainKernelSetIoMode(ioMode);
-          FakeHost host(file);
-          PlainKernelFailAt(group, n);
-          status = host.info();
-          PlainKernelFailAt(group, 0);
-          host.clearSlot();
-          leftovers += DeleteLeftover(host);
-        }
-        PlainKernelUsageRecord after = {};
-        PlainKernelUsage(&after);
-        ASSERT_EQ(after.liveBlocks, before.liveBlocks) << group << " " << n;
-        ASSERT_EQ(after.openHandles, before.openHandles) << group << " " << n;
-        ASSERT_EQ(after.liveTrackedObjects, before.liveTrackedObjects) << group << " " << n;
-        EXPECT_TRUE(status == StatusOk || status == StatusOutOfMemory ||
-                    status == StatusReadFailed || status == StatusNotSupported ||
-                    status == StatusMsgOpenFailed || status == StatusCreateFailed ||
-                    status == StatusWriteFailed)
-            << group << " " << n << " " << status;
-        calm = status == StatusOk ? calm + 1 : 0;
-      }
-    }
-  }
-  EXPECT_EQ(leftovers, 1);
 }
 
 }  // namespace
