@@ -75,6 +75,27 @@ std::string NamedMail() {
       .build();
 }
 
+// A text in ISO-2022-JP, with line ends of one byte and a field that goes on in a second line.
+std::string JapaneseMail() {
+  return EmlBuilder::Usual()
+      .lineEnd(kLf)
+      .field("Cc", "Carl <carl@example.com>,\n  Dora <dora@example.com>")
+      .field("Importance", "high")
+      .body(
+          EmlEntity::Leaf("text/plain; charset=iso-2022-jp", "\x1B$B$\"$$\x1B(B and \x1B(J~\x1B(B"))
+      .build();
+}
+
+// No text part: the attached file is the body.
+std::string FileMail() {
+  return EmlBuilder::Usual()
+      .body(EmlEntity::Multipart("mixed", "sep")
+                .part(EmlEntity::Leaf("application/octet-stream", "bytes of a file")
+                          .disposition("attachment; filename=file.bin")
+                          .encoded(EmlEncoding::Base64)))
+      .build();
+}
+
 std::string BigMail() {
   return EmlBuilder::Usual()
       .body(EmlEntity::Multipart("mixed", "sep")
@@ -109,6 +130,15 @@ std::string WrappedMsgFile() {
   text += "{\\*\\htmltag92 </p>}{\\*\\htmltag27 </body></html>}}";
   MsgBuilder msg = PlainMsg();
   msg.binary(0x1009, PackRtf(text));
+  return msg.write();
+}
+
+// 8-bit texts, stored RTF, and an address that is none of internet mail.
+std::string OldMsgFile() {
+  MsgBuilder msg;
+  msg.text8(0x0037, "Caf\xE9").text8(0x0C1A, "Ann").text8(0x5D01, "/o=example/cn=ann");
+  msg.text8(0x0E04, "Bob").text8(0x0E02, "Carl").text8(0x1000, "Old text");
+  msg.binary(0x1009, StoreRtf(kMsgRtf)).importance(0);
   return msg.write();
 }
 
@@ -182,11 +212,16 @@ constexpr FaultInput kInputs[] = {
     {"EmlAlternative", Eml, AlternativeMail, Info},
     {"EmlNested", Eml, NestedMail, Info},
     {"EmlNestedByFile", Eml, NestedMail, Info, ByFile},
+    {"EmlImagesLoadByFile", Eml, ImageMail, Load, ByFile, 1, false, 1, kButTheHtmlFile},
+    {"EmlJapanese", Eml, JapaneseMail, Info},
+    {"EmlFile", Eml, FileMail, Load},
+    {"EmlTextOfHtml", Eml, HtmlMail, Load, ByFile, 1, true},
     {"EmlList", Eml, ImageMail, List},
     {"EmlListOfNames", Eml, NamedMail, List},
     {"EmlExtract", Eml, AttachmentMail, ToMemory},
     {"EmlExtractNamed", Eml, NamedMail, ToMemory},
     {"EmlExtractToFile", Eml, ImageMail, ToFile, InMemory, 1, false, 2},
+    {"EmlExtractEmbedded", Eml, NestedMail, ToFile},
     {"EmlExtractBig", Eml, BigMail, ToMemory, InMemory, 1, false, 1, kBudgetOnly},
     {"MsgBigBody", Msg, BigMsgFile, Info, InMemory, 1, false, 1, kBudgetOnly},
     {"MsgPlain", Msg, PlainMsgFile, Info},
@@ -194,27 +229,38 @@ constexpr FaultInput kInputs[] = {
     {"MsgHtml", Msg, HtmlMsgFile, Info},
     {"MsgHtmlByFile", Msg, HtmlMsgFile, Info, ByFile},
     {"MsgTextOfHtml", Msg, HtmlMsgFile, Info, InMemory, 1, true},
+    {"MsgOld", Msg, OldMsgFile, Info},
+    {"MsgOldLoad", Msg, OldMsgFile, Load, ByFile},
+    {"MsgKeptData", Msg, HtmlMsgFile, InfoThenLoad},
     {"MsgRtf", Msg, RtfMsgFile, Info},
     {"MsgWrapped", Msg, WrappedMsgFile, Info},
     {"MsgLarge", Msg, LargeMsgFile, Info},
     {"MsgImages", Msg, AttachedMsgFile, Info, InMemory},
     {"MsgImagesByFile", Msg, AttachedMsgFile, Info, ByFile},
     {"MsgImagesLoad", Msg, AttachedMsgFile, Load, InMemory},
+    {"MsgImagesLoadByFile", Msg, AttachedMsgFile, Load, ByFile, 1, false, 1, kButTheHtmlFile},
     {"MsgList", Msg, AttachedMsgFile, List},
     {"MsgExtract", Msg, AttachedMsgFile, ToMemory},
     {"MsgExtractLarge", Msg, LargeMsgFile, ToMemory},
     {"MsgExtractToFile", Msg, AttachedMsgFile, ToFile, InMemory, 1, false, 2},
     {"MsgExtractMessage", Msg, AttachedMsgFile, ToMemory, InMemory, 1, false, 3},
+    {"MsgListOfNone", Msg, RtfMsgFile, List},
     {"MsgExtractMessageToFile", Msg, AttachedMsgFile, ToFile, InMemory, 1, false, 3},
     {"PstImages", Pst, UnicodeStore, Info, InMemory, 2},
     {"PstImagesByFile", Pst, UnicodeStore, Info, ByFile, 2},
     {"PstAnsiImages", Pst, AnsiStore, Load, InMemory, 2},
+    {"PstImagesLoadByFile", Pst, AnsiStore, Load, ByFile, 2, false, 1, kButTheHtmlFile},
+    {"PstFirst", Pst, AnsiStore, Info},
+    {"PstLast", Pst, UnicodeStore, Load, InMemory, 3},
     {"PstRtf", Pst, RtfStore, Load, InMemory, 2},
     {"PstAnsiRtf", Pst, AnsiRtfStore, Info, InMemory, 2},
     {"PstText", Pst, RtfStore, Info, InMemory, 2, true},
+    {"PstTextLoad", Pst, AnsiStore, Load, InMemory, 2, true},
     {"PstList", Pst, UnicodeStore, List, InMemory, 2},
     {"PstAnsiList", Pst, AnsiStore, List, InMemory, 2},
     {"PstExtract", Pst, UnicodeStore, ToMemory, InMemory, 2, false, 2},
+    {"PstListOfNone", Pst, UnicodeStore, List, InMemory, 3},
+    {"PstExtractFirst", Pst, AnsiStore, ToMemory, InMemory, 2, false, 1},
     {"PstExtractToFile", Pst, AnsiStore, ToFile, InMemory, 2, false, 1},
 };
 
