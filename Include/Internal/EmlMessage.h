@@ -95,6 +95,11 @@ struct EmlPart {
   const char* start = nullptr;  // into data: the byte behind the delimiter
   uint32_t parsed = 0;
   TrackedBuffer<char> contentId;  // without its angle brackets, terminated
+
+  // An id of nothing but one NUL is none.
+  bool hasContentId() const {
+    return !WithoutTrailingNul({contentId.data, contentId.length}).empty();
+  }
 };
 
 }  // namespace tarn

@@ -56,7 +56,7 @@ int32_t AddProperties(PropertyList& list, const EmlPart& part, Stretch headers, 
       AddHeaderParameterProperty(list, headers.start, headers.end, "Content-Description:");
   if (status != StatusOk) return status;
   AddContentType(list, headers);
-  if (part.contentId.length != 0) {
+  if (part.hasContentId()) {
     AddAttachmentProperty(list, "Content-ID:", part.contentId.data, part.contentId.length);
   }
   return StatusOk;

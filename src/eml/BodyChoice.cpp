@@ -54,7 +54,7 @@ bool AimAt(std::string_view needle, InlineImageContext& context, SearchBudget& b
 int32_t FindReference(const EmlPart& part, InlineImageContext& context, SearchBudget& budget,
                       bool& found) {
   found = false;
-  if (part.contentId.length != 0) {
+  if (part.hasContentId()) {
     context.cidText.length = 0;
     if (AppendFormat(context.cidText, context.cidTextFlag, "cid:%s", part.contentId.data) == 0) {
       return StatusOutOfMemory;
@@ -73,7 +73,7 @@ int32_t PlaceImage(const EmlPart& part, EmlMessage& message, InlineImageContext&
     return StatusOk;
   }
   context.name = part.name.get();
-  context.contentId = part.contentId.length != 0 ? part.contentId.data : nullptr;
+  context.contentId = part.hasContentId() ? part.contentId.data : nullptr;
 
   bool found = false;
   const int32_t looked = FindReference(part, context, budget, found);

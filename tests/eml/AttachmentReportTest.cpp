@@ -110,6 +110,19 @@ TEST(AttachmentReport, InlinePartsSayInline) {
   EXPECT_FALSE(report.only().name.has_value());
 }
 
+TEST(AttachmentReport, ContentIdOfOneNulIsNone) {
+  for (const auto& [id, value] : {std::pair(std::string(1, '\0'), std::u16string(u"none")),
+                                  std::pair(std::string(2, '\0'), std::u16string())}) {
+    Report report("attachment");
+    report.setContentId(id);
+    report.recorder.request.infoOnly = 1;
+    EXPECT_EQ(report.run(), 1);
+    Properties expected = {{u"Content-Disposition:", u"attachment"}};
+    if (value.empty()) expected.emplace_back(u"Content-ID:", value);
+    EXPECT_EQ(report.only().properties, expected) << id.size();
+  }
+}
+
 TEST(AttachmentReport, LookedUpPropertiesAreDecoded) {
   Report report("attachment", "Content-Description: =?utf-8?Q?caf=C3=A9_1?=\r\n");
   report.recorder.request.infoOnly = 1;

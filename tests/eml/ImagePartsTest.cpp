@@ -89,6 +89,16 @@ TEST(ImageParts, ReferencesMatchInTheirExactCase) {
   EXPECT_EQ(Text(ReadParts({Html("<img src=\"A.png\">"), Image()})), "<img src=\"A.png\">");
 }
 
+// A reference to another image is none to this one.
+TEST(ImageParts, ContentIdOfOneNulIsNone) {
+  const EmlEntity page = Html("<img src=\"cid:other\"><img src=\"a.png\">");
+  EXPECT_EQ(Text(ReadParts({page, Image().contentId("\0"sv)})),
+            "<img src=\"cid:other\"><img src=\"" + std::string(kUrl) + "\">");
+  // Two NULs are an id, though what is printed of it is empty.
+  EXPECT_EQ(Text(ReadParts({page, Image().contentId("\0\0"sv)})),
+            "<img src=\"" + std::string(kUrl) + "\"><img src=\"a.png\">");
+}
+
 TEST(ImageParts, EachImageIsLookedForByItsOwnContentId) {
   const ReadMail read = ReadParts({Html("<img src=\"cid:1\"><img src=\"cid:2\">"),
                                    Image().contentId("1"), Image().contentId("2")});

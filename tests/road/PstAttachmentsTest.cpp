@@ -120,6 +120,24 @@ TEST_F(PstAttachments, LeavesOutEmptyStrings) {
   EXPECT_TRUE(seen()[0].properties.empty());
 }
 
+// A text of one terminating zero is empty as well; one of two is not.
+TEST_F(PstAttachments, LeavesOutStringsOfOneNul) {
+  const std::u16string_view nuls(u"\0\0", 2);
+  for (const PstLayout layout : kBothLayouts) {
+    use(layout);
+    MessageBuilder& m = message();
+    m.attach().longName(nuls.substr(1)).mimeTag(nuls.substr(1)).data("x");
+    m.attach().longName(u"a").mimeTag(nuls).data("y");
+    ASSERT_EQ(all(), 1);
+    ASSERT_EQ(seen().size(), 2u);
+    EXPECT_EQ(seen()[0].name, u"");
+    EXPECT_TRUE(seen()[0].properties.empty());
+    ASSERT_EQ(seen()[1].properties.size(), 2u);
+    EXPECT_EQ(seen()[1].properties[1].first, u"MimeType");
+    EXPECT_EQ(seen()[1].properties[1].second, u"");
+  }
+}
+
 TEST_F(PstAttachments, LeavesTheBytesWhenOnlyTheListIsWanted) {
   // Not even the method is needed then, nor the bytes.
   message().attach().longName(u"a");

@@ -91,7 +91,8 @@ int32_t AddAttachmentPropertyFromBag(PropertyList& list, const char* name,
   const pststore::property_bag& properties = source.get_property_bag();
   pststore::wstring value;
   if (properties.prop_exists(property)) value = properties.read_prop<pststore::wstring>(property);
-  if (value.empty()) return StatusOk;
+  const bool isEmpty = value.empty() || (value.size() == 1 && value.front() == u'\0');
+  if (isEmpty) return StatusOk;
   TakeText(textLeft, value);
   return AddWideAttachmentProperty(list, name, value);
 }
