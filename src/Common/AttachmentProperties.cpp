@@ -13,8 +13,8 @@ namespace {
 // Converts one text after the other in a block that grows to the longest of them.
 class WideScratch {
  public:
-  // Writes the text, cut to the field and terminated, to `field`. 1; 0 when it is no UTF-8; -1
-  // without memory.
+  // Converts all of the text, and writes it up to its first NUL, cut to the field and terminated,
+  // to `field`. 1; 0 when any of it is no UTF-8; -1 without memory.
   template <uint64_t N>
   int32_t convert(std::string_view text, char16_t (&field)[N]) {
     uint64_t units = 0;
@@ -49,11 +49,9 @@ class WideScratch {
   uint64_t room_ = 0;  // units
 };
 
-std::string_view UpToNul(const char* text, uint64_t length) {
+std::string_view TextOf(const char* text, uint64_t length = kNulTerminated) {
   if (text == nullptr) return {};
-  if (length == kNulTerminated) return text;
-  const std::string_view whole(text, length);
-  return whole.substr(0, whole.find('\0'));
+  return length == kNulTerminated ? std::string_view(text) : std::string_view(text, length);
 }
 
 }  // namespace
@@ -62,16 +60,16 @@ int32_t AddAttachmentProperty(PropertyList& list, const char* name, const char* 
                               uint64_t valueLength) {
   AttachmentProperty property = {};
   WideScratch scratch;
-  int32_t status = scratch.convert(UpToNul(name, kNulTerminated), property.name);
+  int32_t status = scratch.convert(TextOf(name), property.name);
   if (status != StatusOk) return status;
-  status = scratch.convert(UpToNul(value, valueLength), property.value);
+  status = scratch.convert(TextOf(value, valueLength), property.value);
   if (status != StatusOk) return status;
   return list.append(&property, 1);
 }
 
 int32_t AddWideAttachmentProperty(PropertyList& list, const char* name, std::u16string_view value) {
   AttachmentProperty property = {};
-  const int32_t status = WideScratch().convert(UpToNul(name, kNulTerminated), property.name);
+  const int32_t status = WideScratch().convert(TextOf(name), property.name);
   if (status != StatusOk) return status;
   value = value.substr(0, value.find(u'\0'));
   value.copy(property.value, std::size(property.value) - 1);

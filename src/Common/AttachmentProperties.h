@@ -7,9 +7,9 @@
 namespace tarn {
 
 // Appends a property to the list, name and value turned from UTF-8 into UTF-16 and cut to 127
-// units each, even inside a surrogate pair. `valueLength` may be kNulTerminated; name and value end
-// at their first NUL. 1; 0 when a text that is not empty is no UTF-8; -1 without memory; else the
-// list's last error.
+// units each, even inside a surrogate pair. `valueLength` may be kNulTerminated. The whole value is
+// converted; what is kept ends at its first NUL. 1; 0 when a text that is not empty is no UTF-8, be
+// it after that NUL; -1 without memory; else the list's last error.
 int32_t AddAttachmentProperty(PropertyList& list, const char* name, const char* value,
                               uint64_t valueLength = kNulTerminated);
 

@@ -58,8 +58,7 @@ TEST(AddAttachmentProperty, NameAndValueEndAtTheirFirstNul) {
   ASSERT_EQ(AddAttachmentProperty(list, "n", "ab\0cd", 5), 1);
   EXPECT_EQ(Value(list, 0), u"ab");
   EXPECT_EQ(list.data[0].value[3], u'\0');
-  // What stands behind the NUL is not even converted.
-  ASSERT_EQ(AddAttachmentProperty(list, "n", "ab\0\xFF", 4), 1);
+  ASSERT_EQ(AddAttachmentProperty(list, "n", "ab\0\xC3\xA9", 5), 1);
   EXPECT_EQ(Value(list, 1), u"ab");
   // A length cuts a value short, and nothing behind it is read.
   const SizedBytes value = test::Bytes("abc");
@@ -88,6 +87,10 @@ TEST(AddAttachmentProperty, TextThatIsNoUtf8Gives0) {
   EXPECT_EQ(AddAttachmentProperty(list, "n", "v\xE9"), 0);
   // Even behind the units that are kept.
   EXPECT_EQ(AddAttachmentProperty(list, "n", (std::string(200, 'x') + "\xE9").c_str()), 0);
+  EXPECT_EQ(list.length, 0u);
+  // And after the NUL that it would end at.
+  EXPECT_EQ(AddAttachmentProperty(list, "n", "ab\0\xFF", 4), 0);
+  EXPECT_EQ(AddAttachmentProperty(list, "n", "\0\xFF", 2), 0);
   EXPECT_EQ(list.length, 0u);
   for (uint64_t call = 1; call <= 2; ++call) {
     PlainKernelFailAt(PlainKernelFaultText, call);

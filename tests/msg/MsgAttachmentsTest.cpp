@@ -314,6 +314,18 @@ TEST(MsgAttachments, WhosePropertiesAreNoUtf8EndTheList) {
   }
 }
 
+// UTF-16 in a stream of 8-bit text: the whole value is converted, and kept up to its first NUL.
+TEST(MsgAttachments, WhosePropertiesAreUtf16InAnEightBitStreamMayEndTheList) {
+  for (const char* name : {"__substg1.0_3712001E", "__substg1.0_370E001E"}) {
+    const Delivered listed = Only(OneAttachment({{name, Raw("i\0m\0")}}), 1);
+    ASSERT_EQ(listed.properties.size(), 1u) << name;
+    EXPECT_EQ(listed.properties[0].second, u"i");
+    Deliveries deliveries(kAllAttachments, 1);
+    EXPECT_EQ(Enumerate(OneAttachment({{name, Raw("i\0\xFC\0")}}), deliveries), StatusFailed);
+    EXPECT_TRUE(deliveries.all.empty());
+  }
+}
+
 TEST(MsgAttachments, EndTheListWithoutMemoryForAStream) {
   CompoundImage image = TwoAttachments().image();
   image.put(image.record("__attach_version1.0_#00000000/__substg1.0_37010102") + RecordSize,
