@@ -67,7 +67,9 @@ int32_t AppendRtfHeaderRow(RtfRender& render, const MailMessage* message, const 
 
 int32_t RenderMailRtf(MailMessage& message) {
   if (message.body.data == nullptr && message.body.length != 0) return StatusNullArgument;
-  const std::string_view body = message.body.text();
+  // A terminator counts: a font table that never closes reaches over it, and new fonts go before
+  // it.
+  const std::string_view body = message.body.bytes();
 
   RtfRender render;
   render.fonts.ansiCodePage = platform::AnsiCodePage();

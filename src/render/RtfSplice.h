@@ -28,7 +28,7 @@ inline constexpr std::string_view kRtfSeparator =
     "\\rin0\\lin0\\itap0 {\\rtlch\\fcs1 \\af1 \\ltrch\\fcs0 \\insrsid5716485 \\par }";
 
 // Puts the rows and a separator behind them into the body. Offsets of `fonts` are those of
-// body.text(), and are read only when the table has changed. 1, also for a body without a "\pard",
+// body.bytes(), and are read only when the table has changed. 1, also for a body without a "\pard",
 // which stays as it is; -74 for a body of length 0; -814 for a body with a length and no pointer;
 // -1 when the new text finds no memory or no budget. On failure the body is unchanged.
 int32_t SpliceRtfBlock(SizedBytes& body, const RtfFontTable& fonts, std::string_view rows);

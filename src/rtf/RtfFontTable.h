@@ -6,7 +6,8 @@
 //                defaultFont       tableStart (at "\fonttbl")        tableEnd (behind the brace)
 //
 // `tableText` is a copy of the stretch; an added font goes in front of its last byte, and `changed`
-// says that the document's stretch is to be replaced by it.
+// says that the document's stretch is to be replaced by it. A table that never closes ends with the
+// document, and its last byte is whatever that ends with: a NUL where the length counts one.
 //
 // Names in the table are the document's bytes. All blocks come from the kernel and belong to the
 // table. Entries are only ever added, behind the ones that are there. Documents are hostile:

@@ -267,12 +267,18 @@ TEST(MailRtfTable, ADocumentWithoutATable) {
             Terminated(R"({\rtf1\fromtext )" + kToBob + R"(\pard x})"));
 }
 
-// A table that never closes takes all of the text, but not the NUL behind it: the new font goes in
-// front of the text's last byte.
+// A table that never closes takes all of the text. The new font goes before the last byte that the
+// length counts: the NUL, where it counts one.
 TEST(MailRtfTable, ATableThatNeverCloses) {
-  EXPECT_EQ(RenderSubject(kKanji, Terminated(R"({\rtf1{\fonttbl{\f0 A;}\pard x)")),
-            Terminated(R"({\rtf1{\fonttbl{\f0 A;}\pard {\f1 \swiss \fcharset128 MS Gothic}x)" +
-                       Subject(kKanjiRtf) + R"(\pard x)"));
+  const std::string unclosed = R"({\rtf1{\fonttbl{\f0 A;}\pard xy)";
+  const std::string block = Subject(kKanjiRtf);
+  EXPECT_EQ(RenderSubject(kKanji, Terminated(unclosed)),
+            Terminated(Terminated(unclosed + kKanjiFont) + block + R"(\pard xy)"));
+  EXPECT_EQ(RenderSubject(kKanji, Terminated(Terminated(unclosed))),
+            Terminated(Terminated(Terminated(unclosed) + kKanjiFont) + block +
+                       Terminated(R"(\pard xy)")));
+  EXPECT_EQ(RenderSubject(kKanji, unclosed), Terminated(R"({\rtf1{\fonttbl{\f0 A;}\pard x)" +
+                                                        kKanjiFont + "y" + block + R"(\pard xy)"));
 }
 
 // One row -----------------------------------------------------------------------------------------

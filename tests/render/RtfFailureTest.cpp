@@ -53,6 +53,11 @@ TEST(MailRtfFailure, ADamagedTable) {
   Set(message.body, body);
   EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), -9);
   EXPECT_EQ(Bytes(message.body), body);
+  // A NUL that the length counts is the second byte after the backslash.
+  Set(message.body, body + "x");
+  EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), -9);
+  SetTerminated(message.body, body + "x");
+  EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), 1);
 }
 
 TEST(MailRtfFailure, ALengthWithoutAPointer) {
