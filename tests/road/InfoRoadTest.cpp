@@ -95,6 +95,22 @@ TEST(InfoRoad, GivesTheTextSiblingTheSameDocumentWhenTextIsAsked) {
   EXPECT_EQ(host.calls[0].document, HtmlMailDocument() + std::string(2, '\0'));
 }
 
+// The HTML is shown, whichever of the two comes first.
+TEST(InfoRoad, ShowsTheHtmlOfAlternatives) {
+  const std::string html =
+      "--b\r\nContent-Type: text/html\r\n\r\n"
+      "<html><head></head><body><p>Hi</p></body></html>\r\n";
+  const std::string plain = "--b\r\nContent-Type: text/plain\r\n\r\nHi in plain text\r\n";
+  for (const std::string& parts : {html + plain, plain + html}) {
+    FakeHost host(kSampleFields + "Content-Type: multipart/alternative; boundary=b\r\n\r\n" +
+                  parts + "--b--\r\n");
+    ASSERT_EQ(host.info(), StatusOk);
+    EXPECT_EQ(host.calls[0].route, Route::InfoByName);
+    EXPECT_EQ(host.calls[0].info.format, SiblingHtml);
+    EXPECT_EQ(host.calls[0].document, HtmlMailDocument());
+  }
+}
+
 TEST(InfoRoad, TakesOnlyOneForTheTextFlag) {
   FakeHost host(kHtmlMail);
   host.infoContext->textOnly = 2;
