@@ -48,6 +48,25 @@ TEST(BodyChoice, HtmlWinsOverPlainInEitherOrder) {
   EXPECT_EQ(read.message.documentKind, 0u);
 }
 
+// The plain part is not shown, but its charset decides: the fields become UTF-8, and the HTML,
+// which has agreed with its declaration, stays as it is.
+TEST(BodyChoice, PlainPartAfterHtmlStillDecidesOnTheCharset) {
+  const std::string_view page =
+      "<meta http-equiv=Content-Type content=\"text/html; charset=iso-8859-1\">\xE4";
+  EmlEntity body = EmlEntity::Multipart("alternative", "sep");
+  body.part(EmlEntity::Leaf("text/html; charset=iso-8859-1", page));
+  const EmlBuilder mail = EmlBuilder::Usual().field("Subject", "\xE4");
+  const ReadMail alone(EmlBuilder(mail).body(body).build());
+  EXPECT_EQ(alone.message.subject.text(), "\xE4");
+  EXPECT_EQ(alone.message.convertToUtf8, 0u);
+  body.part(EmlEntity::Leaf("text/plain; charset=iso-8859-1", "\xE4"));
+  const ReadMail both(EmlBuilder(mail).body(body).build());
+  EXPECT_EQ(both.body(), std::string(page) + '\0');
+  EXPECT_EQ(both.message.documentKind, 0u);
+  EXPECT_EQ(both.message.subject.text(), "\xC3\xA4");
+  EXPECT_EQ(both.message.convertToUtf8, 1u);
+}
+
 TEST(BodyChoice, PlainReplacesAnEarlierPlain) {
   const ReadMail read = ReadParts({Plain("one"), Plain("two")});
   EXPECT_EQ(read.body(), "two\0"sv);
@@ -207,6 +226,34 @@ TEST(PartWalker, DelimiterAtTheVeryEnd) {
         WithBoundary("\r\n--sep\r\nContent-Type: text/html\r\n\r\none" + std::string(end)));
     EXPECT_EQ(read.status, 1) << end;
     EXPECT_EQ(read.body(), "one\0"sv) << end;
+  }
+}
+
+// Only "--" closes. With fewer than two bytes left a part of almost nothing follows, and the walk
+// reaches the end of the file with the result that the image has left.
+TEST(PartWalker, ClosingTakesTwoBytesThatAreThere) {
+  const std::string image = "\r\n--sep\r\nContent-Type: image/png; name=a\r\n\r\nbytes";
+  for (const auto& [end, status, body] : {std::tuple("\r\n--sep"sv, 2, true),
+                                          {"\r\n--sep-"sv, 2, true},
+                                          {"\r\n--sep--"sv, 1, false}}) {
+    const ReadMail withHtml(
+        WithBoundary("\r\n--sep\r\nContent-Type: text/html\r\n\r\none" + image + std::string(end)));
+    EXPECT_EQ(withHtml.status, status) << end;
+    EXPECT_EQ(withHtml.body(), "one\0"sv) << end;
+    // Without a body that last part becomes one, of no bytes.
+    const ReadMail alone(WithBoundary(end));
+    EXPECT_EQ(alone.status, 1) << end;
+    EXPECT_EQ(alone.message.body.data != nullptr, body) << end;
+    EXPECT_EQ(alone.message.body.length, body ? 1u : 0u) << end;
+  }
+}
+
+TEST(PartWalker, OneHyphenAfterADelimiterClosesNothing) {
+  for (const std::string_view after : {"-"sv, "-x"sv, "x-"sv}) {
+    const ReadMail read(WithBoundary("\r\n--sep" + std::string(after) +
+                                     "\r\nContent-Type: text/html\r\n\r\none\r\n--sep--"));
+    EXPECT_EQ(read.status, 1) << after;
+    EXPECT_NE(read.message.body.data, nullptr) << after;
   }
 }
 

@@ -146,6 +146,34 @@ TEST(EmbeddedMessage, WhoseLastNameIsAStorageHasNoHeader) {
   EXPECT_EQ(exported.bytes.substr(2048 + 64, 5), "below");
 }
 
+// The copy of the named properties ends in a stream, too, but that is not the root's last name.
+TEST(EmbeddedMessage, WhoseLastNameIsAStorageGetsNoHeaderFromItsNamedProperties) {
+  CompoundBuilder parent;
+  parent.at("__nameid_version1.0").stream("__substg1.0_00020102", "names");
+  parent.at(kInner).stream("s", "stream of the root");
+  parent.at(std::string(kInner) + "/__recip_version1.0_#00000000").stream("t", "below");
+  const Export exported(parent.write());
+  EXPECT_EQ(exported.status, StatusOk);
+  ASSERT_GE(exported.bytes.size(), 2048u + 2 * 64u);
+  EXPECT_EQ(exported.bytes.substr(0, 2048), std::string(2048, '\0'));
+  EXPECT_EQ(exported.bytes.substr(2048, 5), "names");
+  EXPECT_EQ(exported.bytes.substr(2048 + 64, 18), "stream of the root");
+}
+
+// Below the root of the new file nothing is widened.
+TEST(EmbeddedMessage, KeepsAPropertiesStreamAmongTheNamedProperties) {
+  const std::string bytes(40, 'p');
+  CompoundBuilder parent;
+  parent.at("__nameid_version1.0").stream("__properties_version1.0", bytes);
+  parent.at(kInner).stream("a stream that is the last", "x");
+  const Export exported(parent.write());
+  ASSERT_EQ(exported.status, StatusOk);
+  OpenMsg file(exported.bytes);
+  ASSERT_EQ(file.file().result, CompoundOk);
+  EXPECT_EQ(file.stream("__nameid_version1.0/__properties_version1.0"), bytes);
+  EXPECT_EQ(file.stream("a stream that is the last"), "x");
+}
+
 // The stream of one value of a property with many has a name of 29 bytes. The listing puts it
 // behind the storages of recipients, which are shorter, and of attachments, whose names are
 // smaller.

@@ -287,6 +287,20 @@ TEST_F(PstAttachments, EndAtAMimeTypeThatCannotBeAdded) {
   EXPECT_TRUE(seen().empty());
 }
 
+// Each time is converted as a name and a value, the creation before the modification.
+TEST_F(PstAttachments, EndAtATimeThatCannotBeAdded) {
+  for (uint64_t conversion = 1; conversion <= 5; ++conversion) {
+    use(PstLayout::Unicode);
+    MessageBuilder& m = message();
+    m.attach().shortName(u"a").data("x").created(0).modified(0);
+    m.attach().shortName(u"b").data("y");
+    PlainKernelFailAt(PlainKernelFaultText, conversion);
+    EXPECT_EQ(all(1), conversion <= 4 ? 0 : 1) << conversion;
+    PlainKernelFailAt(PlainKernelFaultText, 0);
+    EXPECT_EQ(seen().size(), conversion <= 4 ? 0u : 2u) << conversion;
+  }
+}
+
 TEST_F(PstAttachments, NeedsATableAndACallback) {
   message().attachment(u"1", "one").withoutAttachmentTable();
   EXPECT_EQ(all(), 1);
