@@ -5,6 +5,7 @@
 #include <cstring>
 #include <string>
 #include <string_view>
+#include <tuple>
 
 #include "Tarnbase/PlainKernel.h"
 #include "eml/ReadMail.h"

@@ -160,6 +160,15 @@ TEST(EmbeddedMessage, WhoseLastNameIsAStorageGetsNoHeaderFromItsNamedProperties)
   EXPECT_EQ(exported.bytes.substr(2048 + 64, 18), "stream of the root");
 }
 
+TEST(EmbeddedMessage, EndsAtNamedPropertiesThatCannotBeRead) {
+  CompoundBuilder parent;
+  parent.at("__nameid_version1.0").stream("__substg1.0_00020102", "names");
+  parent.at(kInner).stream("s", "x");
+  CompoundImage image = parent.image();
+  image.put(image.record("__nameid_version1.0/__substg1.0_00020102") + RecordSize, 100);
+  EXPECT_EQ(Export(image.bytes).status, StatusReadFailed);
+}
+
 // Below the root of the new file nothing is widened.
 TEST(EmbeddedMessage, KeepsAPropertiesStreamAmongTheNamedProperties) {
   const std::string bytes(40, 'p');

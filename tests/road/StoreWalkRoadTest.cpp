@@ -4,6 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
+#include <string>
+#include <tuple>
+#include <utility>
 
 #include "Internal/Tarnclasses_.h"
 #include "PstSamples.h"
