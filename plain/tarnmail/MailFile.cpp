@@ -30,7 +30,7 @@ std::u16string CheckedPath(const std::string& file) {
   if (kind == FileKind::Missing) throw unusable("no such file");
   if (kind == FileKind::Unknown) throw unusable(ErrorText(error));
   if (kind == FileKind::Directory) throw unusable("is a directory");
-  if (kind == FileKind::Other) throw unusable("is not a regular file");
+  if (kind != FileKind::Regular) throw unusable("is not a regular file");
   error = CheckReadable(path);
   if (error) throw unusable(ErrorText(error));
   return *wide;

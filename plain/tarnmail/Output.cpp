@@ -6,6 +6,7 @@
 
 #include "Failure.h"
 #include "Paths.h"
+#include "RemovedAtEnd.h"
 #include "StandardStreams.h"
 #include "SystemErrors.h"
 #include "SystemFiles.h"
@@ -23,23 +24,22 @@ void WriteToDevice(const std::string& path, std::string_view bytes) {
   if (written) throw Failure(ExitStatus::Failed, path, ErrorText(written));
 }
 
-// A file beside the one it shall become. It goes with this object unless it was put in place.
+// A file beside the one it shall become.
 class PartFile {
  public:
   PartFile(const std::string& path, const fs::path& place) : path_(path), place_(place) {
     std::random_device random;
-    std::error_code error;
-    do {
-      part_ = place_.parent_path() / (".tarnmail-" + std::to_string(random()) + ".part");
-      error = file_.create(part_);
-    } while (error == std::errc::file_exists);
+    const auto create = [&](std::error_code& error) {
+      fs::path part;
+      do {
+        part = place_.parent_path() / (".tarnmail-" + std::to_string(random()) + ".part");
+        error = file_.create(part);
+      } while (error == std::errc::file_exists);
+      return part;
+    };
+    const std::error_code error = part_.make(create);
     if (error) throw Failure(ExitStatus::Usage, path_, ErrorText(error));
-  }
-  PartFile(const PartFile&) = delete;
-  PartFile& operator=(const PartFile&) = delete;
-  ~PartFile() {
-    if (part_.empty()) return;
-    RemoveFile(part_);
+    file_.takePermissionsOf(place_);
   }
 
   void write(std::string_view bytes) {
@@ -48,15 +48,16 @@ class PartFile {
   }
 
   void putInPlace() {
-    const std::error_code error = MoveIntoPlace(part_, place_);
+    const std::error_code error = MoveIntoPlace(part_.path(), place_);
     if (error) throw Failure(ExitStatus::Usage, path_, ErrorText(error));
-    part_.clear();
+    part_.keep();
   }
 
  private:
   const std::string path_;
   const fs::path place_;
-  fs::path part_;
+  // Before the file, so that it is closed when its name goes.
+  RemovedAtEnd part_;
   WritableFile file_;
 };
 
@@ -65,17 +66,18 @@ void WriteToFile(const std::string& path, const std::string& source, std::string
   const fs::path asked = PathFromUtf8(path);
   std::error_code error;
   const FileKind kind = KindOfFile(asked, error);
+  if (kind == FileKind::Unknown) throw Failure(ExitStatus::Usage, path, ErrorText(error));
   if (kind == FileKind::Directory) throw Failure(ExitStatus::Usage, path, "is a directory");
-  if (kind == FileKind::Other) {
+  if (kind == FileKind::Other || kind == FileKind::Pipe) {
     WriteToDevice(path, bytes);
     return;
   }
   if (IsSameFile(asked, PathFromUtf8(source))) {
     throw Failure(ExitStatus::Usage, path, "is the mail file itself");
   }
-  error.clear();
-  // A link stays a link: the file that it names is replaced.
-  const fs::path place = kind == FileKind::Regular ? TargetOfLinks(asked, error) : asked;
+  // A link stays a link: it is the file that it names that is replaced.
+  const fs::path place = TargetOfLinks(asked, error);
+  if (!error && kind == FileKind::Regular) error = CheckWritable(place);
   if (error) throw Failure(ExitStatus::Usage, path, ErrorText(error));
   PartFile part(path, place);
   part.write(bytes);
@@ -91,7 +93,7 @@ void WriteToStandardOutput(std::string_view bytes) {
 
 void WriteOutput(const std::optional<std::string>& path, const std::string& source,
                  std::string_view bytes) {
-  if (path) {
+  if (path && *path != kStandardStream) {
     WriteToFile(*path, source, bytes);
   } else {
     WriteToStandardOutput(bytes);

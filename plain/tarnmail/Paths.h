@@ -8,6 +8,9 @@
 
 namespace tarn::host {
 
+// In place of a name: standard input or standard output.
+inline constexpr std::string_view kStandardStream = "-";
+
 // Never by way of a code page. Where paths are bytes, they are those of the text, UTF-8 or not.
 inline std::filesystem::path PathFromUtf8(std::string_view text) {
   return std::filesystem::path(std::u8string(text.begin(), text.end()));

@@ -14,7 +14,8 @@ enum class FileKind {
   Missing,  // also below a directory that does not exist
   Regular,
   Directory,
-  Other,   // a device, a pipe; on Windows also names of devices, such as NUL
+  Pipe,
+  Other,   // a device, a socket; on Windows also names of devices, such as NUL
   Unknown  // `error` tells
 };
 
@@ -25,7 +26,11 @@ FileKind KindOfFile(const std::filesystem::path& path, std::error_code& error);
 // Whether the file can be opened for reading.
 std::error_code CheckReadable(const std::filesystem::path& path);
 
-// The file that the path leads to, which exists: itself unless it is a link.
+// Whether the regular file, which exists, may be written to.
+std::error_code CheckWritable(const std::filesystem::path& path);
+
+// The file that the path leads to: itself unless it is a link. Where links can lead to a file that
+// does not exist yet, that is the one; elsewhere such a link is an error.
 std::filesystem::path TargetOfLinks(const std::filesystem::path& path, std::error_code& error);
 
 // Whether both exist and are one file, by whatever names.
@@ -41,6 +46,21 @@ std::error_code MoveIntoPlace(const std::filesystem::path& from, const std::file
 
 void RemoveFile(const std::filesystem::path& path);
 
+// A folder of a new name in the directory, for its owner alone where directories have such rights
+// of their own (POSIX). With an error nothing was made.
+std::filesystem::path MakePrivateFolder(const std::filesystem::path& directory,
+                                        std::error_code& error);
+
+// Removes a file, or a folder with all that is in it, also while somebody puts more into it;
+// follows no links. Does not say whether it could.
+void RemoveTree(const std::filesystem::path& path);
+
+// Where the system wants temporary files.
+std::filesystem::path SystemTempDirectory();
+
+// Makes a symbolic link. Windows, where every name is text, needs none and makes none.
+std::error_code MakeLink(const std::filesystem::path& target, const std::filesystem::path& link);
+
 // A file that is open for writing, or is not.
 class WritableFile {
  public:
@@ -55,6 +75,10 @@ class WritableFile {
   // Opens what there is: a device or a pipe. A console of Windows shows the text that the bytes are
   // in UTF-8, as it does for standard output; every other device gets the bytes.
   std::error_code openDevice(const std::filesystem::path& path);
+  // Gives the file the permissions of another, as far as files have them of their own.
+  void takePermissionsOf(const std::filesystem::path& path);
+  // All bytes, whole or with the error.
+  std::error_code write(std::string_view bytes);
   // Writes all bytes and closes the file, also when that fails.
   std::error_code writeAndClose(std::string_view bytes);
 

@@ -29,6 +29,12 @@ TEST_F(Output, NeedsNoStandardOutputForAFile) {
   EXPECT_EQ(ReadWholeFile(directory_.path() / "out"), kRooms);
 }
 
+TEST_F(Output, TakesADashForStandardOutput) {
+  EXPECT_EQ(output({"extract", file_, "2", "-o", "-"}), kRooms);
+  EXPECT_EQ(output({"document", "-o", "-", Example("plain-7bit.eml")}), kSevenBitDocument + '\0');
+  EXPECT_EQ(directory_.listing(), "");
+}
+
 TEST_F(Output, ReplacesAFileWhole) {
   directory_.write("out", std::string(10000, 'x'));
   output({"extract", file_, "2", "-o", "out"});

@@ -14,6 +14,14 @@ std::wstring FullPath(const std::filesystem::path& path) {
 
 bool IsDevicePath(std::wstring_view fullPath) { return fullPath.starts_with(kDevicePrefix); }
 
+bool IsPipePath(std::wstring_view fullPath) {
+  constexpr std::wstring_view kPipes = L"pipe\\";
+  if (!IsDevicePath(fullPath)) return false;
+  fullPath.remove_prefix(kDevicePrefix.size());
+  return fullPath.size() > kPipes.size() &&
+         _wcsnicmp(fullPath.data(), kPipes.data(), kPipes.size()) == 0;
+}
+
 bool IsConsolePath(std::wstring_view path) {
   if (IsDevicePath(path)) path.remove_prefix(kDevicePrefix.size());
   for (const std::wstring_view name : {L"CON", L"CONOUT$"}) {

@@ -15,6 +15,9 @@ std::wstring FullPath(const std::filesystem::path& path);
 // Whether a full path is that of a device.
 bool IsDevicePath(std::wstring_view fullPath);
 
+// Whether a full path is that of a pipe: "\\.\pipe\" and a name.
+bool IsPipePath(std::wstring_view fullPath);
+
 // Whether that is the console: CON or CONOUT$, with or without "\\.\" in front.
 bool IsConsolePath(std::wstring_view path);
 

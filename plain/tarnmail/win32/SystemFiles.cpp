@@ -2,7 +2,9 @@
 
 #include <windows.h>
 
+#include <array>
 #include <optional>
+#include <random>
 #include <string>
 #include <utility>
 
@@ -43,7 +45,9 @@ intptr_t Released(FileHandle file) {
 
 FileKind KindOfFile(const fs::path& path, std::error_code& error) {
   error.clear();
-  if (IsDevicePath(FullPath(path))) return FileKind::Other;
+  const std::wstring full = FullPath(path);
+  if (IsPipePath(full)) return FileKind::Pipe;
+  if (IsDevicePath(full)) return FileKind::Other;
   const FileHandle file = OpenForQuestions(path);
   if (!file) {
     if (MeansMissing(GetLastError())) return FileKind::Missing;
@@ -62,6 +66,15 @@ FileKind KindOfFile(const fs::path& path, std::error_code& error) {
 
 std::error_code CheckReadable(const fs::path& path) {
   return OpenPath(path, GENERIC_READ, kShareAll, OPEN_EXISTING) ? std::error_code() : LastError();
+}
+
+// Rights in the file's access list show when the file is replaced.
+std::error_code CheckWritable(const fs::path& path) {
+  const DWORD attributes = GetFileAttributesW(NativePath(path).c_str());
+  const bool isReadOnly =
+      attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
+  return isReadOnly ? std::error_code(ERROR_ACCESS_DENIED, std::system_category())
+                    : std::error_code();
 }
 
 fs::path TargetOfLinks(const fs::path& path, std::error_code& error) {
@@ -91,16 +104,72 @@ fs::path FullDirectory(const fs::path& path, std::error_code& error) {
 
 std::error_code MoveIntoPlace(const fs::path& from, const fs::path& to) {
   // The system refuses this by itself; Wine (8.0) does not.
-  const DWORD attributes = GetFileAttributesW(NativePath(to).c_str());
-  if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0) {
-    return {ERROR_ACCESS_DENIED, std::system_category()};
-  }
+  const std::error_code readOnly = CheckWritable(to);
+  if (readOnly) return readOnly;
   const bool moved =
       MoveFileExW(NativePath(from).c_str(), NativePath(to).c_str(), MOVEFILE_REPLACE_EXISTING) != 0;
   return moved ? std::error_code() : LastError();
 }
 
 void RemoveFile(const fs::path& path) { DeleteFileW(NativePath(path).c_str()); }
+
+fs::path MakePrivateFolder(const fs::path& directory, std::error_code& error) {
+  std::random_device random;
+  for (;;) {
+    const fs::path path = directory / ("tarnmail-" + std::to_string(random()));
+    const bool made = CreateDirectoryW(NativePath(path).c_str(), nullptr) != 0;
+    error = made ? std::error_code() : LastError();
+    if (made) return path;
+    if (GetLastError() != ERROR_ALREADY_EXISTS) return {};
+  }
+}
+
+namespace {
+
+// One level; what is not gone yet stays in the way of its folder.
+void RemoveTreeOnce(const std::wstring& path) {
+  const DWORD attributes = GetFileAttributesW(path.c_str());
+  const bool isFolder = attributes != INVALID_FILE_ATTRIBUTES &&
+                        (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 &&
+                        (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0;
+  if (isFolder) {
+    WIN32_FIND_DATAW found = {};
+    const HANDLE search = FindFirstFileW((path + L"\\*").c_str(), &found);
+    for (BOOL more = search != INVALID_HANDLE_VALUE; more != 0;
+         more = FindNextFileW(search, &found)) {
+      const std::wstring name = found.cFileName;
+      if (name != L"." && name != L"..") RemoveTreeOnce(path + L"\\" + name);
+    }
+    if (search != INVALID_HANDLE_VALUE) FindClose(search);
+    RemoveDirectoryW(path.c_str());
+  } else if (DeleteFileW(path.c_str()) == 0) {
+    RemoveDirectoryW(path.c_str());
+  }
+}
+
+}  // namespace
+
+void RemoveTree(const fs::path& path) {
+  // A file that is open cannot go; whoever has it open is about to be done with it.
+  constexpr int kMostAttempts = 100;
+  constexpr DWORD kMilliseconds = 10;
+  const std::wstring native = NativePath(path);
+  for (int attempt = 0; attempt < kMostAttempts; ++attempt) {
+    RemoveTreeOnce(native);
+    if (GetFileAttributesW(native.c_str()) == INVALID_FILE_ATTRIBUTES) return;
+    Sleep(kMilliseconds);
+  }
+}
+
+fs::path SystemTempDirectory() {
+  std::array<wchar_t, MAX_PATH + 2> path = {};
+  const DWORD units = GetTempPathW(static_cast<DWORD>(path.size()), path.data());
+  return units < path.size() ? fs::path(path.data(), path.data() + units) : fs::path();
+}
+
+std::error_code MakeLink(const fs::path&, const fs::path&) {
+  return std::make_error_code(std::errc::operation_not_supported);
+}
 
 WritableFile::~WritableFile() {
   if (file_ != kClosed) CloseHandle(AsHandle(file_));
@@ -123,8 +192,16 @@ std::error_code WritableFile::openDevice(const fs::path& path) {
   return file_ == kClosed ? LastError() : std::error_code();
 }
 
+void WritableFile::takePermissionsOf(const fs::path&) {
+  // Files have them from the directory that they are in.
+}
+
+std::error_code WritableFile::write(std::string_view bytes) {
+  return WriteAll(AsHandle(file_), bytes);
+}
+
 std::error_code WritableFile::writeAndClose(std::string_view bytes) {
-  const std::error_code error = WriteAll(AsHandle(file_), bytes);
+  const std::error_code error = write(bytes);
   const bool closed = CloseHandle(AsHandle(std::exchange(file_, kClosed))) != 0;
   return !error && !closed ? LastError() : error;
 }

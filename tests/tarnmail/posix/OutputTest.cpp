@@ -32,6 +32,7 @@ TEST_F(Output, WritesToADevice) {
   output({"extract", file_, "2", "-o", "/dev/null"});
   EXPECT_TRUE(fs::is_character_file("/dev/null"));
   EXPECT_EQ(extractTo(1, "/dev/full"), "/dev/full: No space left on device");
+  EXPECT_EQ(output({"extract", file_, "2", "-o", "/dev/stdout"}), kRooms);
 }
 
 TEST_F(Output, SaysWhatTheSystemSaysOfAPlace) {
@@ -44,11 +45,45 @@ TEST_F(Output, SaysWhatTheSystemSaysOfAPlace) {
   EXPECT_EQ(directory_.listing(), "folder plain");
 }
 
-// Permissions of the file itself are not asked: it is another file that takes its place.
-TEST_F(Output, ReplacesAFileThatIsForReadingAlone) {
+// Another file could take its place; but its owner has said that it is to stay.
+TEST_F(Output, KeepsAFileThatIsForReadingAlone) {
   fs::permissions(directory_.write("out", "old"), fs::perms::owner_read);
-  output({"extract", file_, "2", "-o", "out"});
-  EXPECT_EQ(ReadWholeFile(directory_.path() / "out"), kRooms);
+  fs::create_symlink("out", directory_.path() / "link");
+  EXPECT_EQ(extractTo(2, "out"), "out: Permission denied");
+  EXPECT_EQ(extractTo(2, "link"), "link: Permission denied");
+  EXPECT_EQ(ReadWholeFile(directory_.path() / "out"), "old");
+  EXPECT_EQ(directory_.listing(), "link out");
+}
+
+TEST_F(Output, KeepsThePermissionsOfAFile) {
+  using fs::perms;
+  const fs::path place = directory_.write("out", "old");
+  for (const perms wanted : {perms::owner_read | perms::owner_write,
+                             perms::owner_all | perms::group_write | perms::others_read}) {
+    fs::permissions(place, wanted);
+    output({"extract", file_, "2", "-o", "out"});
+    EXPECT_EQ(fs::status(place).permissions(), wanted);
+  }
+  EXPECT_EQ(ReadWholeFile(place), kRooms);
+}
+
+TEST_F(Output, MakesTheFileThatALinkNames) {
+  fs::create_directory(directory_.path() / "sub");
+  fs::create_symlink("sub/more", directory_.path() / "link");
+  fs::create_symlink("out", directory_.path() / "sub/more");
+  output({"extract", file_, "2", "-o", "link"});
+  EXPECT_EQ(directory_.listing(), "link sub sub/more sub/out");
+  EXPECT_TRUE(fs::is_symlink(directory_.path() / "sub/more"));
+  EXPECT_EQ(ReadWholeFile(directory_.path() / "sub/out"), kRooms);
+  fs::create_symlink("loop", directory_.path() / "loop");
+  EXPECT_EQ(extractTo(2, "loop"), "loop: Too many levels of symbolic links");
+  fs::create_symlink("none/out", directory_.path() / "lost");
+  EXPECT_EQ(extractTo(2, "lost"), "lost: No such file or directory");
+}
+
+TEST_F(Output, TakesNamesOfAnyBytes) {
+  output({"extract", file_, "2", "-o", "caf\xE9.csv"});
+  EXPECT_EQ(ReadWholeFile(directory_.path() / "caf\xE9.csv"), kRooms);
 }
 
 }  // namespace
