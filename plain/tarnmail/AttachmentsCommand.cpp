@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "Commands.h"
+#include "JsonText.h"
 #include "Table.h"
 #include "Text.h"
 
@@ -91,13 +92,13 @@ std::string AsJson(const std::string& file, const std::vector<Attachment>& attac
   Json json;
   json["file"] = file;
   json["attachments"] = list;
-  return json.dump(2) + "\n";
+  return JsonText(json);
 }
 
 }  // namespace
 
-std::string AttachmentsText(const FilterLibrary& filter, const AttachmentsOptions& options) {
-  const MailFile mail(filter, options.message);
+std::string AttachmentsText(const Workplace& at, const AttachmentsOptions& options) {
+  const MailFile mail(at.filter, options.message, at.folder);
   const std::vector<Attachment> attachments = mail.attachments();
   return options.json ? AsJson(options.message.file, attachments) : AsTable(attachments);
 }

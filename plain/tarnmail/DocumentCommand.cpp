@@ -2,8 +2,8 @@
 
 namespace tarn::host {
 
-std::string DocumentBytes(const FilterLibrary& filter, const DocumentOptions& options) {
-  MailFile mail(filter, options.message);
+std::string DocumentBytes(const Workplace& at, const DocumentOptions& options) {
+  const MailFile mail(at.filter, options.message, at.folder);
   return mail.read().document.bytes;
 }
 

@@ -2,15 +2,20 @@
 
 #include "Commands.h"
 #include "Failure.h"
+#include "StandardStreams.h"
+#include "Text.h"
 
 namespace tarn::host {
 
-KernelBytes AttachmentBytes(const FilterLibrary& filter, const ExtractOptions& options) {
-  const MailFile mail(filter, options.message);
+KernelBytes AttachmentBytes(const Workplace& at, const ExtractOptions& options) {
+  const MailFile mail(at.filter, options.message, at.folder);
   std::optional<KernelBytes> bytes = mail.extract(options.attachmentNumber);
-  if (!bytes) {
-    throw Failure(ExitStatus::Failed, options.message.file,
-                  "has no attachment " + std::to_string(options.attachmentNumber));
+  const std::string number = std::to_string(options.attachmentNumber);
+  if (!bytes) throw Failure(ExitStatus::Failed, mail.name(), "has no attachment " + number);
+  if (!options.output && StandardOutputIsTerminal() && !IsPlainText(bytes->view())) {
+    throw Failure(ExitStatus::Usage, mail.name(),
+                  "attachment " + number +
+                      " is no text for a terminal; -o FILE writes it to a file, and -o - here");
   }
   return std::move(*bytes);
 }

@@ -2,6 +2,7 @@
 #ifndef TARN_TARNMAIL_FAILURE_H
 #define TARN_TARNMAIL_FAILURE_H
 
+#include <cstdint>
 #include <stdexcept>
 #include <string>
 
@@ -26,6 +27,20 @@ class Failure : public std::runtime_error {
 
  private:
   ExitStatus status_;
+};
+
+// The filter's own refusal: its code, and the reason in words, which end with the code.
+class Refusal : public Failure {
+ public:
+  Refusal(const std::string& subject, int32_t code, const std::string& reason)
+      : Failure(ExitStatus::Failed, subject, reason), code_(code), reason_(reason) {}
+
+  int32_t code() const { return code_; }
+  const std::string& reason() const { return reason_; }
+
+ private:
+  int32_t code_;
+  std::string reason_;
 };
 
 }  // namespace tarn::host

@@ -1,9 +1,13 @@
-#include <nlohmann/json.hpp>
+#include <optional>
 
 #include "Commands.h"
+#include "Failure.h"
+#include "JsonText.h"
 
 namespace tarn::host {
 namespace {
+
+using Json = nlohmann::ordered_json;
 
 const char* FormatName(int32_t format) {
   switch (format) {
@@ -31,20 +35,38 @@ const char* DocumentName(int32_t sibling) {
   }
 }
 
-std::string AsJson(const std::string& file, const MessageAnswer& answer) {
-  nlohmann::ordered_json json;
+// Of a store, the message that has no document: its count is known, and what it lacks.
+struct Lack {
+  int32_t messageCount;
+  int32_t messageNumber;
+  int32_t code;
+  std::string reason;
+};
+
+Json FrontOfJson(const std::string& file, int32_t format, int32_t messages, int32_t message) {
+  Json json;
   json["file"] = file;
-  json["format"] = FormatName(answer.format);
-  json["messages"] = answer.messageCount;
-  json["message"] = answer.messageNumber;
+  json["format"] = FormatName(format);
+  json["messages"] = messages;
+  json["message"] = message;
+  return json;
+}
+
+std::string AsJson(const std::string& file, const MessageAnswer& answer) {
+  Json json = FrontOfJson(file, answer.format, answer.messageCount, answer.messageNumber);
   json["document"] = DocumentName(answer.document.sibling);
-  if (answer.pageCount > 0) {
-    json["pages"] = answer.pageCount;
-  } else {
-    json["pages"] = nullptr;
-  }
+  json["pages"] = answer.pageCount > 0 ? Json(answer.pageCount) : Json(nullptr);
   json["attachments"] = answer.attachmentCount;
-  return json.dump(2) + "\n";
+  return JsonText(json);
+}
+
+std::string AsJson(const std::string& file, const Lack& lack) {
+  Json json = FrontOfJson(file, FormatPst, lack.messageCount, lack.messageNumber);
+  json["document"] = nullptr;
+  json["pages"] = nullptr;
+  json["attachments"] = nullptr;
+  json["refusal"] = {{"code", lack.code}, {"reason", lack.reason}};
+  return JsonText(json);
 }
 
 std::string AsText(const MessageAnswer& answer) {
@@ -62,12 +84,41 @@ std::string AsText(const MessageAnswer& answer) {
   return text;
 }
 
+std::string AsText(const Lack& lack) {
+  return std::string("Format:      ") + FormatName(FormatPst) + "\n" +
+         "Messages:    " + std::to_string(lack.messageCount) + "\n" +
+         "Message:     " + std::to_string(lack.messageNumber) + "\n" +
+         "Document:    none: " + lack.reason + "\n" + "Pages:       unknown\n" +
+         "Attachments: unknown\n";
+}
+
+// Nothing when there is more to say than that the message has no document.
+std::optional<Lack> LackOf(const MailFile& mail, const MessageChoice& choice,
+                           const Refusal& refusal) {
+  if (mail.format() != MailFormat::Store || refusal.code() != StatusNotSupported) {
+    return std::nullopt;
+  }
+  const std::optional<int32_t> count = mail.countMessages();
+  if (!count) return std::nullopt;
+  return Lack{*count, choice.messageNumber, refusal.code(), refusal.reason()};
+}
+
+template <typename Answer>
+std::string Text(const InfoOptions& options, const Answer& answer) {
+  return options.json ? AsJson(options.message.file, answer) : AsText(answer);
+}
+
 }  // namespace
 
-std::string InfoText(const FilterLibrary& filter, const InfoOptions& options) {
-  MailFile mail(filter, options.message);
-  const MessageAnswer answer = mail.read();
-  return options.json ? AsJson(options.message.file, answer) : AsText(answer);
+std::string InfoText(const Workplace& at, const InfoOptions& options) {
+  const MailFile mail(at.filter, options.message, at.folder);
+  try {
+    return Text(options, mail.read());
+  } catch (const Refusal& refusal) {
+    const std::optional<Lack> lack = LackOf(mail, options.message, refusal);
+    if (!lack) throw;
+    return Text(options, *lack);
+  }
 }
 
 }  // namespace tarn::host

@@ -1,4 +1,4 @@
-// KernelBytes.h - owners for what the kernel and the filter hand to a host.
+// KernelBytes.h - owners for what the filter hands to a host.
 #ifndef TARN_TARNMAIL_KERNELBYTES_H
 #define TARN_TARNMAIL_KERNELBYTES_H
 
@@ -34,24 +34,6 @@ class KernelBytes {
  private:
   void* block_ = nullptr;
   uint64_t size_ = 0;
-};
-
-// A file that is open for reading in the kernel, or is not.
-class KernelFile {
- public:
-  explicit KernelFile(const char16_t* path)
-      : handle_(KernelFileOpen(path, KERNEL_OPEN_READ, KERNEL_OPEN_MODE)) {}
-  KernelFile(const KernelFile&) = delete;
-  KernelFile& operator=(const KernelFile&) = delete;
-  ~KernelFile() {
-    if (isOpen()) KernelFileClose(handle_);
-  }
-
-  bool isOpen() const { return handle_ != KERNEL_BAD_HANDLE; }
-  uint64_t handle() const { return handle_; }
-
- private:
-  uint64_t handle_;
 };
 
 }  // namespace tarn::host

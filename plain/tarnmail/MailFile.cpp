@@ -1,49 +1,33 @@
 #include "MailFile.h"
 
-#include <filesystem>
 #include <memory>
-#include <system_error>
 
 #include "Failure.h"
-#include "Paths.h"
+#include "RefusalReason.h"
+#include "Settings.h"
 #include "StatusText.h"
-#include "SystemErrors.h"
-#include "SystemFiles.h"
-#include "Text.h"
+#include "StoreReason.h"
 
 namespace tarn::host {
 namespace {
 
-// The path for the filter, once it is known that a regular file of that name can be opened: the
-// kernel's own open says no more than that it failed.
-std::u16string CheckedPath(const std::string& file) {
-  const auto unusable = [&file](const std::string& why) {
-    return Failure(ExitStatus::Usage, file, why);
-  };
-  if (file.empty()) throw Failure(ExitStatus::Usage, "empty file name");
-  const std::optional<std::u16string> wide = WideFromUtf8(file);
-  if (!wide) throw unusable("the name is not UTF-8");
+// What a call of fltInfo leaves behind. Its end frees the filter's record, with its temporary
+// files.
+class Slot {
+ public:
+  explicit Slot(const FilterLibrary& filter) : filter_(filter) {}
+  Slot(const Slot&) = delete;
+  Slot& operator=(const Slot&) = delete;
+  ~Slot();
 
-  const std::filesystem::path path = PathFromUtf8(file);
-  std::error_code error;
-  const FileKind kind = KindOfFile(path, error);
-  if (kind == FileKind::Missing) throw unusable("no such file");
-  if (kind == FileKind::Unknown) throw unusable(ErrorText(error));
-  if (kind == FileKind::Directory) throw unusable("is a directory");
-  if (kind != FileKind::Regular) throw unusable("is not a regular file");
-  error = CheckReadable(path);
-  if (error) throw unusable(ErrorText(error));
-  return *wide;
-}
+  FilterDataSlot* get() { return &slot_; }
 
-}  // namespace
+ private:
+  const FilterLibrary& filter_;
+  FilterDataSlot slot_ = {};
+};
 
-MailFile::MailFile(const FilterLibrary& filter, const MessageChoice& choice)
-    : filter_(filter), choice_(choice), path_(CheckedPath(choice.file)), file_(path_.c_str()) {
-  if (!file_.isOpen()) throw Failure(ExitStatus::Usage, choice_.file, "cannot be opened");
-}
-
-MailFile::~MailFile() {
+Slot::~Slot() {
   if (slot_.data == nullptr) return;
   if (slot_.dataFormat != FILTER_DATA_LIST_FORMAT) {
     filter_.freeData(slot_.data);
@@ -54,27 +38,50 @@ MailFile::~MailFile() {
   ReleaseBlock(list);
 }
 
-MessageAnswer MailFile::read() {
+}  // namespace
+
+MailFile::MailFile(const FilterLibrary& filter, const MessageChoice& choice, PrivateFolder& folder)
+    : filter_(filter),
+      choice_(choice),
+      folder_(folder),
+      input_(choice.file, folder),
+      file_(input_.path().c_str()),
+      format_(FormatOf(ReadFront(input_.path().c_str(), kBytesOfFormat))) {
+  if (!file_.isOpen()) throw Failure(ExitStatus::Usage, name(), "cannot be opened");
+  if (choice_.messageNumber == 1 || format_ == MailFormat::TooShort) return;
+  const std::optional<int32_t> count = countMessages();
+  // A store without messages is for the filter to refuse.
+  if (count && *count > 0 && choice_.messageNumber > *count) missMessage(*count);
+}
+
+std::optional<int32_t> MailFile::countMessages() const {
+  if (format_ != MailFormat::Store) return 1;
+  return CountMessages(input_.path().c_str());
+}
+
+// The result of fltInfo; for a sibling's refusal, which is this program's own, it throws.
+int32_t MailFile::askForDocument(bool textOnly, MessageAnswer& answer) const {
   const RecordingSiblings siblings;
+  Slot slot(filter_);
   HostFileInfo info = {};
   HostLoadOptions options = {};
   options.size = sizeof options;
   options.pageNumber = 1;
   FilterInfoContext context = {};
-  context.path = path_.c_str();
+  context.path = input_.path().c_str();
   context.handle = file_.handle();
   context.info = &info;
-  context.slot = &slot_;
+  context.slot = slot.get();
   context.options = &options;
   context.messageNumber = choice_.messageNumber;
-  context.textOnly = choice_.textOnly ? 1 : 0;
+  context.textOnly = textOnly ? 1 : 0;
   siblings.attachTo(context);
 
-  const int32_t status = filter_.info(choice_.file, context);
-  if (status == StatusSiblingRefused) refuse(SiblingRefusalText(context.siblingResult));
-  if (status != StatusOk) refuse(StatusText(status));
-
-  MessageAnswer answer;
+  const int32_t status = filter_.info(name(), context);
+  if (status == StatusSiblingRefused) {
+    throw Refusal(name(), status, SiblingRefusalText(context.siblingResult));
+  }
+  if (status != StatusOk) return status;
   answer.format = info.format;
   if (info.format == FormatPst) {
     answer.messageCount = info.messageCount;
@@ -83,16 +90,38 @@ MessageAnswer MailFile::read() {
   answer.pageCount = info.pageCount;
   answer.attachmentCount = info.attachmentCount;
   answer.document = siblings.document();
+  return StatusOk;
+}
+
+MessageAnswer MailFile::read() const {
+  MessageAnswer answer;
+  const int32_t status = askForDocument(choice_.textOnly, answer);
+  if (status != StatusOk) refuse(status, true);
+  if (answer.format == FormatPst && answer.messageNumber != choice_.messageNumber) {
+    missMessage(answer.messageCount);
+  }
   return answer;
+}
+
+bool MailFile::showsOtherText() const {
+  MessageAnswer ignored;
+  return askForDocument(!choice_.textOnly, ignored) == StatusOk;
+}
+
+// On this route from now on.
+bool MailFile::showsByTempFiles() const {
+  UseTempFiles(folder_);
+  MessageAnswer ignored;
+  return askForDocument(choice_.textOnly, ignored) == StatusOk;
 }
 
 std::vector<Attachment> MailFile::attachments() const {
   const AttachmentOptions options = attachmentOptions();
   GetAttachmentInfoContext context = {};
-  context.path = path_.c_str();
+  context.path = input_.path().c_str();
   context.options = &options;
-  const int32_t status = filter_.attachmentInfo(choice_.file, context);
-  if (status != StatusOk) refuse(StatusText(status));
+  const int32_t status = filter_.attachmentInfo(name(), context);
+  if (status != StatusOk) refuse(status, false);
   const std::unique_ptr<AttachmentInfoBlock, void (*)(AttachmentInfoBlock*)> block(
       context.block, ReleaseAttachments);
   return CopyAttachments(*block);
@@ -102,12 +131,16 @@ std::optional<KernelBytes> MailFile::extract(int32_t attachmentNumber) const {
   constexpr uint64_t kUntouched = UINT64_MAX;
   const AttachmentOptions options = attachmentOptions();
   ExtractAttachmentContext context = {};
-  context.path = path_.c_str();
+  context.path = input_.path().c_str();
   context.attachmentNumber = attachmentNumber;
   context.size = kUntouched;
   context.options = &options;
-  const int32_t status = filter_.extractAttachment(choice_.file, context);
-  if (status != StatusOk) refuse(StatusText(status));
+  const int32_t status = filter_.extractAttachment(name(), context);
+  if (status == StatusBadArgument && attachmentNumber < 1) {
+    throw Refusal(name(), status,
+                  "attachments are numbered from 1 (" + std::to_string(status) + ")");
+  }
+  if (status != StatusOk) refuse(status, false);
   if (context.size == kUntouched) return std::nullopt;
   return KernelBytes(context.data, context.size);
 }
@@ -118,8 +151,25 @@ AttachmentOptions MailFile::attachmentOptions() const {
   return options;
 }
 
-void MailFile::refuse(const std::string& why) const {
-  throw Failure(ExitStatus::Failed, choice_.file, why);
+void MailFile::refuse(int32_t status, bool isDocument) const {
+  RefusedCall call;
+  call.status = status;
+  call.path = input_.path();
+  call.messageNumber = choice_.messageNumber;
+  call.textOnly = choice_.textOnly;
+  if (isDocument) {
+    call.showsOtherText = [this] { return showsOtherText(); };
+    call.showsByTempFiles = [this] { return showsByTempFiles(); };
+  }
+  const std::optional<std::string> reason = RefusalReason(call);
+  throw Refusal(name(), status,
+                reason ? *reason + " (" + std::to_string(status) + ")" : StatusText(status));
+}
+
+void MailFile::missMessage(int32_t count) const {
+  throw Failure(ExitStatus::Usage, name(),
+                "has " + std::to_string(count) + (count == 1 ? " message" : " messages") +
+                    "; there is no message " + std::to_string(choice_.messageNumber));
 }
 
 }  // namespace tarn::host

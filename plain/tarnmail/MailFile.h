@@ -9,7 +9,11 @@
 
 #include "AttachmentList.h"
 #include "FilterLibrary.h"
+#include "InputFile.h"
 #include "KernelBytes.h"
+#include "KernelFile.h"
+#include "MailFormat.h"
+#include "PrivateFolder.h"
 #include "RecordingSiblings.h"
 #include "TarnPst.h"
 
@@ -17,8 +21,8 @@ namespace tarn::host {
 
 // Which message of which file, as the command line names it.
 struct MessageChoice {
-  std::string file;           // UTF-8
-  int32_t messageNumber = 1;  // 1-based; a number beyond a store's messages means its last one
+  std::string file;           // a name, or "-" for standard input
+  int32_t messageNumber = 1;  // 1-based
   bool textOnly = false;      // the plain text of the message, for the text sibling
 };
 
@@ -32,30 +36,42 @@ struct MessageAnswer {
   RecordedDocument document;
 };
 
-// All calls throw Failure (Failed) with the file, the meaning and the code when the filter refuses.
+// All calls throw Refusal with the file, the reason and the code when the filter refuses, and
+// Failure (Usage) for a message number that the file does not have: the filter would take its last
+// message.
 class MailFile {
  public:
-  // Throws Failure (Usage) when there is no such file, it is no regular file or cannot be read.
-  MailFile(const FilterLibrary& filter, const MessageChoice& choice);
+  // Throws Failure as InputFile does, and for a message number beyond the file's as far as that can
+  // be told. The folder outlives this.
+  MailFile(const FilterLibrary& filter, const MessageChoice& choice, PrivateFolder& folder);
   MailFile(const MailFile&) = delete;
   MailFile& operator=(const MailFile&) = delete;
-  // Ends the filter's record, with its temporary files, and closes the file.
-  ~MailFile();
 
-  MessageAnswer read();
+  // How messages call the file.
+  const std::string& name() const { return input_.name(); }
+  MailFormat format() const { return format_; }
+  // The messages of a store as far as they can be counted; 1 for other files.
+  std::optional<int32_t> countMessages() const;
+
+  MessageAnswer read() const;
   std::vector<Attachment> attachments() const;
   // Nothing when the message has no attachment of that number.
   std::optional<KernelBytes> extract(int32_t attachmentNumber) const;
 
  private:
   AttachmentOptions attachmentOptions() const;
-  [[noreturn]] void refuse(const std::string& why) const;
+  int32_t askForDocument(bool textOnly, MessageAnswer& answer) const;
+  bool showsOtherText() const;
+  bool showsByTempFiles() const;
+  [[noreturn]] void refuse(int32_t status, bool isDocument) const;
+  [[noreturn]] void missMessage(int32_t count) const;
 
   const FilterLibrary& filter_;
   const MessageChoice choice_;
-  const std::u16string path_;
+  PrivateFolder& folder_;
+  const InputFile input_;
   const KernelFile file_;
-  FilterDataSlot slot_ = {};
+  const MailFormat format_;
 };
 
 }  // namespace tarn::host

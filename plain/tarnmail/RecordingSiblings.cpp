@@ -2,8 +2,7 @@
 
 #include <exception>
 
-#include "KernelBytes.h"
-#include "Tarnbase/Kernel.h"
+#include "KernelFile.h"
 
 namespace tarn::host {
 namespace {
@@ -15,18 +14,6 @@ int32_t AnswerWithoutLayout(void* info) {
   answer->xResolution = kResolution;
   answer->yResolution = kResolution;
   return StatusOk;
-}
-
-int32_t ReadDocumentFile(const char16_t* path, std::string& bytes) {
-  const KernelFile file(path);
-  if (!file.isOpen()) return StatusOpenFailed;
-  const uint64_t size = KernelFileSeek(file.handle(), 0, KERNEL_SEEK_END);
-  if (size == UINT64_MAX || KernelFileSeek(file.handle(), 0, KERNEL_SEEK_START) != 0) {
-    return StatusSeekFailed;
-  }
-  bytes.resize(size);
-  const bool whole = KernelFileReadLarge(file.handle(), bytes.data(), size) == size;
-  return whole ? StatusOk : StatusReadFailed;
 }
 
 }  // namespace
@@ -46,7 +33,7 @@ int32_t RecordingSiblings::InfoByName(const char16_t* path, void* info, int32_t,
   try {
     RecordedDocument document;
     document.sibling = static_cast<HostFileInfo*>(info)->format;
-    const int32_t status = ReadDocumentFile(path, document.bytes);
+    const int32_t status = ReadWholeFile(path, document.bytes);
     if (status != StatusOk) return status;
     active_->document_ = std::move(document);
     return AnswerWithoutLayout(info);

@@ -7,28 +7,13 @@
 
 #include "Failure.h"
 #include "Paths.h"
-#include "SystemFiles.h"
 #include "Tarnbase/PlainKernel.h"
 #include "Text.h"
 
 namespace tarn::host {
 namespace {
 
-// The kernel makes temporary files only below paths that do not climb, so that the directory is
-// given without any "..".
-std::u16string TempDirectory(const std::string& directory) {
-  if (directory.empty()) throw Failure(ExitStatus::Usage, "empty directory name");
-  std::error_code error;
-  const std::filesystem::path full = FullDirectory(PathFromUtf8(directory), error);
-  const FileKind kind = error ? FileKind::Missing : KindOfFile(full, error);
-  if (kind == FileKind::Missing) throw Failure(ExitStatus::Usage, directory, "no such directory");
-  if (kind != FileKind::Directory) {
-    throw Failure(ExitStatus::Usage, directory, "is not a directory");
-  }
-  const std::optional<std::u16string> wide = WideFromUtf8(Utf8FromPath(full));
-  if (!wide) throw Failure(ExitStatus::Usage, directory, "the name is not UTF-8");
-  return *wide;
-}
+constexpr int32_t kTempFiles = 0;  // the kernel's mode that is not KERNEL_IO_IN_MEMORY
 
 void Count(std::string& text, uint64_t count, const char* what) {
   if (count == 0) return;
@@ -38,12 +23,29 @@ void Count(std::string& text, uint64_t count, const char* what) {
 
 }  // namespace
 
-void ApplySettings(const Settings& settings) {
+Route RouteOf(const Settings& settings, Route usual) {
+  if (settings.inMemory) return Route::InMemory;
+  return settings.tempFiles ? Route::TempFiles : usual;
+}
+
+void ApplySettings(const Settings& settings, Route route, PrivateFolder& folder) {
   if (settings.language) PlainKernelSetLanguage(*settings.language);
-  if (settings.inMemory) PlainKernelSetIoMode(KERNEL_IO_IN_MEMORY);
-  if (settings.tempDirectory) {
-    PlainKernelSetTempDirectory(TempDirectory(*settings.tempDirectory).c_str());
+  std::error_code error;
+  if (route == Route::TempFiles) folder.path(error);
+  const bool mayGoElsewhere = !settings.tempFiles && !settings.tempDirectory;
+  if (route == Route::InMemory || (error && mayGoElsewhere)) {
+    PlainKernelSetIoMode(KERNEL_IO_IN_MEMORY);
+  } else {
+    UseTempFiles(folder);
   }
+}
+
+void UseTempFiles(PrivateFolder& folder) {
+  const std::optional<std::u16string> path = WideFromUtf8(Utf8FromPath(folder.path()));
+  // The folder is in a directory of such a name.
+  if (!path) throw Failure(ExitStatus::Usage, Utf8FromPath(folder.path()), "the name is not UTF-8");
+  PlainKernelSetTempDirectory(path->c_str());
+  PlainKernelSetIoMode(kTempFiles);
 }
 
 std::string WhatIsLeftInTheKernel(uint64_t blocksInUse) {

@@ -11,6 +11,9 @@ namespace tarn::host {
 // given to other files, and lets a broken pipe show as a failed write.
 void PrepareStandardStreams();
 
+// Whether standard output is a terminal: a console of Windows.
+bool StandardOutputIsTerminal();
+
 // Exactly the bytes, whole or with the error, to a file, a pipe or a device. A console of Windows
 // gets the text that they are in UTF-8, whatever its code page.
 std::error_code WriteStandardOutput(std::string_view bytes);

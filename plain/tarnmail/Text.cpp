@@ -121,6 +121,19 @@ std::string Printable(std::string_view text) {
   return shown;
 }
 
+bool IsPlainText(std::string_view text) {
+  constexpr std::u32string_view kHarmless = U"\t\n\f\r";
+  while (!text.empty()) {
+    const Decoded decoded = DecodeUtf8(text);
+    const char32_t codePoint = decoded.codePoint;
+    const bool isControl = codePoint < 0x20 || (codePoint >= 0x7F && codePoint < 0xA0);
+    const bool isHarmless = kHarmless.find(codePoint) != std::u32string_view::npos;
+    if (!decoded.valid || (isControl && !isHarmless)) return false;
+    text.remove_prefix(decoded.bytes);
+  }
+  return true;
+}
+
 size_t DisplayWidth(std::string_view text) {
   size_t width = 0;
   while (!text.empty()) {

@@ -24,6 +24,10 @@ std::optional<std::u16string> WideFromUtf8(std::string_view text);
 // writing become "\u202e"; a byte that is not part of valid UTF-8 becomes "\xff".
 std::string Printable(std::string_view text);
 
+// Whether a terminal can show the text as it is: valid UTF-8 without other control characters than
+// tabs, line ends and form feeds.
+bool IsPlainText(std::string_view text);
+
 // Columns that a terminal takes for the text: 2 for East Asian wide characters, 0 for combining
 // marks, 1 for all others.
 size_t DisplayWidth(std::string_view text);

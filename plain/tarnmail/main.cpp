@@ -14,6 +14,7 @@
 #include "Failure.h"
 #include "FilterLibrary.h"
 #include "Output.h"
+#include "PrivateFolder.h"
 #include "Settings.h"
 #include "StandardStreams.h"
 #include "Text.h"
@@ -28,6 +29,7 @@ struct CommandLine {
   DocumentOptions document;
   AttachmentsOptions attachments;
   ExtractOptions extract;
+  std::optional<std::string> helpTopic;
 };
 
 // The text as a message names it.
@@ -60,15 +62,21 @@ void AddSettings(CLI::App& app, Settings& settings) {
   app.add_option_function<std::string>("--language", takeLanguage,
                                        "Language of the header labels, as a Windows LANGID")
       ->type_name("LANGID");
-  app.add_flag("--in-memory", settings.inMemory, "Write no temporary files");
-  app.add_option("--temp", settings.tempDirectory, "Directory for temporary files")
+  app.add_flag("--in-memory", settings.inMemory,
+               "Write no temporary files: images become data: URLs (usual for document)");
+  app.add_flag("--temp-files", settings.tempFiles,
+               "HTML and its images as temporary files, as hosts get them (usual for info)");
+  app.add_option("--temp", settings.tempDirectory,
+                 "Directory for the folder that temporary files go to")
       ->type_name("DIR");
 }
 
 CLI::App* AddCommand(CLI::App& app, const std::string& name, const std::string& help,
                      Settings& settings, MessageChoice& message) {
   CLI::App* const command = app.add_subcommand(name, help);
-  command->add_option("FILE", message.file, "A PST, MSG or EML file")->required()->type_name("");
+  command->add_option("FILE", message.file, "A PST, MSG or EML file; - is standard input")
+      ->required()
+      ->type_name("");
   AddSettings(*command, settings);
   AddNumber(*command, "-m,--message", message.messageNumber, 1,
             "Message of a PST file, from 1 (default 1)");
@@ -82,15 +90,20 @@ void AddTextOption(CLI::App& command, MessageChoice& message) {
 }
 
 void AddOutputOption(CLI::App& command, std::optional<std::string>& output) {
-  command.add_option("-o,--output", output, "File to write instead of standard output")
+  command.add_option("-o,--output", output, "File to write; - is standard output")
       ->type_name("OUT");
+}
+
+void AddHelpCommand(CLI::App& app, std::optional<std::string>& topic) {
+  CLI::App* const help = app.add_subcommand("help", "Explain a command");
+  help->add_option("COMMAND", topic, "One of the commands; all of them without")->type_name("");
 }
 
 void Describe(CLI::App& app, CommandLine& line) {
   app.require_subcommand(1);
   // "/" begins a path, on Windows too.
   app.allow_windows_style_options(false);
-  app.set_version_flag("--version", "tarnmail " TARNMAIL_VERSION);
+  app.set_version_flag("-V,--version", "tarnmail " TARNMAIL_VERSION);
   AddSettings(app, line.settings);
 
   CLI::App* const info =
@@ -115,10 +128,12 @@ void Describe(CLI::App& app, CommandLine& line) {
       ->required();
   AddOutputOption(*extract, line.extract.output);
 
+  AddHelpCommand(app, line.helpTopic);
+
   // Last, since commands take over the footer that there is when they are added.
   app.footer(
       "Exit status: 0 done, 1 refused by the filter or not written, 2 wrong usage, 3 broken.\n"
-      "tarnmail COMMAND --help tells more.");
+      "tarnmail help COMMAND tells more.");
 }
 
 // What a run writes, and where.
@@ -129,22 +144,28 @@ struct Product {
   KernelBytes block;                 // in place of the text, as the filter gave it
 };
 
+// The folder for temporary files is gone when this returns.
 Product RunCommand(const CLI::App& app, const CommandLine& line) {
-  ApplySettings(line.settings);
+  PrivateFolder folder(line.settings.tempDirectory);
   const FilterLibrary filter;
+  const Workplace at = {filter, folder};
+  const auto apply = [&](Route usual) {
+    ApplySettings(line.settings, RouteOf(line.settings, usual), folder);
+  };
   if (app.got_subcommand("info")) {
-    return {InfoText(filter, line.info), std::nullopt, line.info.message.file, {}};
+    apply(Route::TempFiles);
+    return {InfoText(at, line.info), std::nullopt, line.info.message.file, {}};
   }
   if (app.got_subcommand("document")) {
-    return {
-        DocumentBytes(filter, line.document), line.document.output, line.document.message.file, {}};
+    apply(Route::InMemory);
+    return {DocumentBytes(at, line.document), line.document.output, line.document.message.file, {}};
   }
+  // Attachments are read without a document: on neither route are there temporary files.
+  apply(Route::InMemory);
   if (app.got_subcommand("attachments")) {
-    return {
-        AttachmentsText(filter, line.attachments), std::nullopt, line.attachments.message.file, {}};
+    return {AttachmentsText(at, line.attachments), std::nullopt, line.attachments.message.file, {}};
   }
-  return {
-      {}, line.extract.output, line.extract.message.file, AttachmentBytes(filter, line.extract)};
+  return {{}, line.extract.output, line.extract.message.file, AttachmentBytes(at, line.extract)};
 }
 
 // What is wrong with a command line, and the help that tells more. A word that stands where a
@@ -168,6 +189,29 @@ std::string UsageLine(const CLI::App& app, const CLI::ParseError& error) {
   return what + "; see tarnmail --help";
 }
 
+void WriteProduct(const Product& product) {
+  const bool hasBlock = product.block.hasBlock();
+  const std::string left = WhatIsLeftInTheKernel(hasBlock ? 1 : 0);
+  if (!left.empty()) throw Failure(ExitStatus::Broken, "internal error: left behind: " + left);
+  WriteOutput(product.place, product.source,
+              hasBlock ? product.block.view() : std::string_view(product.text));
+}
+
+void Run(std::vector<std::string> words);
+
+// As --help after the command.
+void Explain(const CLI::App& app, const std::optional<std::string>& topic) {
+  std::vector<std::string> words = {"--help"};
+  if (topic) {
+    const auto isTopic = [&](const CLI::App* command) { return command->get_name() == *topic; };
+    if (app.get_subcommands(isTopic).empty()) {
+      throw Failure(ExitStatus::Usage, "unknown command: " + *topic + "; see tarnmail --help");
+    }
+    words.insert(words.begin(), *topic);
+  }
+  Run(words);
+}
+
 // Help and version are asked for by what the parser throws, too.
 void Run(std::vector<std::string> words) {
   CLI::App app("Reads PST, MSG and EML mail files through the mail filter.", "tarnmail");
@@ -187,12 +231,15 @@ void Run(std::vector<std::string> words) {
     return;
   }
 
-  const Product product = RunCommand(app, line);
-  const bool hasBlock = product.block.hasBlock();
-  const std::string left = WhatIsLeftInTheKernel(hasBlock ? 1 : 0);
-  if (!left.empty()) throw Failure(ExitStatus::Broken, "internal error: left behind: " + left);
-  WriteOutput(product.place, product.source,
-              hasBlock ? product.block.view() : std::string_view(product.text));
+  if (app.got_subcommand("help")) {
+    Explain(app, line.helpTopic);
+  } else {
+    if (line.settings.inMemory && line.settings.tempFiles) {
+      throw Failure(ExitStatus::Usage,
+                    "--in-memory and --temp-files exclude each other; see tarnmail --help");
+    }
+    WriteProduct(RunCommand(app, line));
+  }
 }
 
 int Report(ExitStatus status, const std::string& line) {

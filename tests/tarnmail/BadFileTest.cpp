@@ -27,17 +27,18 @@ TEST_F(BadFile, NameWithControlCharacters) {
 }
 
 TEST_F(BadFile, FewerThanTwelveBytes) {
-  for (const char* bytes : {"", "F", "!BDN1234567", "From: a@b.c"}) {
+  EXPECT_EQ(failureOfAll(1, mail("")), "mail.eml: is empty (-7)");
+  for (const char* bytes : {"F", "!BDN1234567", "From: a@b.c"}) {
     EXPECT_EQ(failureOfAll(1, mail(bytes)),
-              "mail.eml: shorter than 12 bytes, or a read came short (-7)");
+              "mail.eml: is too short: no mail file has fewer than 12 bytes (-7)");
   }
 }
 
 TEST_F(BadFile, NoMail) {
   EXPECT_EQ(failureOfAll(1, mail("Hello, world", "note.txt")),
-            "note.txt: not a mail file the filter takes, or one without a body it can show (-9)");
+            "note.txt: not a mail file: no From, Date, To, Cc or Bcc line in its header (-9)");
   EXPECT_EQ(failureOfAll(1, mail(std::string(100, '\0'), "zeros")),
-            "zeros: not a mail file the filter takes, or one without a body it can show (-9)");
+            "zeros: not a mail file: no From, Date, To, Cc or Bcc line in its header (-9)");
 }
 
 }  // namespace

@@ -17,13 +17,15 @@ bool Contains(const std::string& text, const std::string& part) {
 
 TEST_F(CommandLine, TellsItsVersion) {
   EXPECT_EQ(output({"--version"}), "tarnmail " TARNMAIL_VERSION "\n");
+  EXPECT_EQ(output({"-V"}), "tarnmail " TARNMAIL_VERSION "\n");
 }
 
 TEST_F(CommandLine, ListsItsCommands) {
   const std::string help = output({"--help"});
   EXPECT_EQ(output({"-h"}), help);
-  for (const char* part : {"info", "document", "attachments", "extract", "--language LANGID",
-                           "--in-memory", "--temp DIR", "--version", "Exit status: 0 done"}) {
+  for (const char* part :
+       {"info", "document", "attachments", "extract", "--language LANGID", "--in-memory",
+        "--temp-files", "--temp DIR", "-V,--version", "Exit status: 0 done"}) {
     EXPECT_TRUE(Contains(help, part)) << part << "\n" << help;
   }
 }
@@ -39,10 +41,27 @@ TEST_F(CommandLine, ExplainsEachCommand) {
     const std::string help = output({command, "--help"});
     EXPECT_TRUE(Contains(help, "tarnmail " + command)) << help;
     for (const std::string& part : parts) EXPECT_TRUE(Contains(help, part)) << part << "\n" << help;
-    for (const char* part : {"--language LANGID", "--in-memory", "--temp DIR"}) {
+    for (const char* part : {"--language LANGID", "--in-memory", "--temp-files", "--temp DIR"}) {
       EXPECT_TRUE(Contains(help, part)) << part << "\n" << help;
     }
   }
+}
+
+TEST_F(CommandLine, ExplainsCommandsByHelp) {
+  EXPECT_EQ(output({"help"}), output({"--help"}));
+  for (const char* command : {"info", "document", "attachments", "extract", "help"}) {
+    EXPECT_EQ(output({"help", command}), output({command, "--help"})) << command;
+  }
+  EXPECT_EQ(failure(2, {"help", "frobnicate"}), "unknown command: frobnicate; see tarnmail --help");
+  EXPECT_EQ(failure(2, {"help", ""}), "unknown command: ; see tarnmail --help");
+  EXPECT_TRUE(Contains(failure(2, {"help", "info", "document"}), "; see tarnmail"));
+}
+
+TEST_F(CommandLine, TakesOneRouteAtATime) {
+  const std::string line = "--in-memory and --temp-files exclude each other; see tarnmail --help";
+  const std::string file = Example("plain-7bit.eml");
+  EXPECT_EQ(failure(2, {"document", "--in-memory", "--temp-files", file}), line);
+  EXPECT_EQ(failure(2, {"--temp-files", "document", file, "--in-memory"}), line);
 }
 
 // A mail file has one body. What is asked for names the sibling that gets it.
@@ -69,7 +88,6 @@ TEST_F(CommandLine, NamesTheWordThatIsNoCommand) {
   EXPECT_EQ(failure(2, {"--language", "1031", "frobnicate"}), unknown);
   EXPECT_EQ(failure(2, {"frobnicate", "info"}), unknown);
   EXPECT_EQ(failure(2, {"frobnicate", "info", file}), unknown);
-  EXPECT_EQ(failure(2, {"help"}), "unknown command: help; see tarnmail --help");
   EXPECT_EQ(failure(2, {"-"}), "unknown command: -; see tarnmail --help");
   EXPECT_EQ(failure(2, {file}), "unknown command: " + file + "; see tarnmail --help");
   EXPECT_EQ(failure(2, {"\x1b[2J"}), "unknown command: \\x1b[2J; see tarnmail --help");

@@ -23,10 +23,11 @@ TEST_F(ExtractCommand, WritesBinaryBytesAsTheyAre) {
   EXPECT_EQ(png.substr(99), std::string("\0\0\0\0IEND\xAE\x42\x60\x82", 12));
 }
 
-TEST_F(ExtractCommand, SaysTheSameInMemoryAndForAnyMessageNumber) {
+TEST_F(ExtractCommand, SaysTheSameOnBothRoutes) {
   const std::string file = Example("nested-attachments.eml");
   EXPECT_EQ(output({"extract", "--in-memory", file, "2"}), kRooms);
-  EXPECT_EQ(output({"extract", "-m", "3", file, "2"}), kRooms);
+  EXPECT_EQ(output({"extract", "--temp-files", file, "2"}), kRooms);
+  EXPECT_EQ(output({"extract", "-m", "1", file, "2"}), kRooms);
   EXPECT_EQ(output({"extract", file, "002"}), kRooms);
 }
 
@@ -61,8 +62,15 @@ TEST_F(ExtractCommand, RefusesNumbersThatTheMessageDoesNotHave) {
             Example("plain-7bit.eml") + ": has no attachment 1");
   for (const char* number : {"0", "-1"}) {
     EXPECT_EQ(failure(1, {"extract", file, number, "-o", "out"}),
-              file + ": an attachment number below 1, or a store without messages (-13)");
+              file + ": attachments are numbered from 1 (-13)");
   }
+  EXPECT_EQ(directory_.listing(), "");
+}
+
+TEST_F(ExtractCommand, RefusesMessagesThatTheFileDoesNotHave) {
+  const std::string file = Example("nested-attachments.eml");
+  EXPECT_EQ(failure(2, {"extract", "-m", "3", file, "2", "-o", "out"}),
+            file + ": has 1 message; there is no message 3");
   EXPECT_EQ(directory_.listing(), "");
 }
 

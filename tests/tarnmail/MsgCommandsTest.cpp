@@ -56,15 +56,16 @@ TEST_F(MsgCommands, ShowWhatTheFileIs) {
 
 TEST_F(MsgCommands, WriteTheDocumentOfEachKind) {
   const std::string orders = Example("msg/html-image.msg");
-  EXPECT_EQ(output({"document", orders}), OrdersDocument("chart.q1@example.com_chart.png"));
-  const std::string inMemory = output({"document", "--in-memory", orders});
+  EXPECT_EQ(output({"document", "--temp-files", orders}),
+            OrdersDocument("chart.q1@example.com_chart.png"));
+  const std::string inMemory = output({"document", orders});
   const size_t url = inMemory.find("data:image;base64,iVBORw0KGgo");
   ASSERT_NE(url, std::string::npos);
   const std::string image = inMemory.substr(url, inMemory.find('"', url) - url);
   EXPECT_EQ(image.size(), 18u + 148u);  // 111 bytes
   EXPECT_EQ(inMemory, OrdersDocument(image) + '\0');
   EXPECT_EQ(output({"document", "--text", orders}), kOrdersText);
-  EXPECT_EQ(output({"document", "--text", "--in-memory", orders}), kOrdersText);
+  EXPECT_EQ(output({"document", "--text", "--temp-files", orders}), kOrdersText);
   const std::string rtf = output({"document", Example("msg/rtf.msg")});
   EXPECT_TRUE(rtf.starts_with("{\\rtf1\\ansi\\ansicpg1252\\deff0{\\fonttbl"));
   EXPECT_TRUE(
@@ -138,13 +139,13 @@ TEST_F(MsgCommands, ExtractAMessageWithRecipientsAsItsStreamsAlone) {
   const std::string bytes = ReadWholeFile(directory_.path() / "inner.msg");
   EXPECT_EQ(bytes.substr(0, 2048), std::string(2048, '\0'));
   EXPECT_EQ(failure(1, {"document", "inner.msg"}),
-            "inner.msg: not a mail file the filter takes, or one without a body it can show (-9)");
+            "inner.msg: not a mail file: no From, Date, To, Cc or Bcc line in its header (-9)");
 }
 
 TEST_F(MsgCommands, RefuseWhatIsNoCompoundFile) {
   const std::string file = mail("\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1 and nothing else", "mail.msg");
   const std::string line =
-      "mail.msg: not a mail file the filter takes, or one without a body it can show (-9)";
+      "mail.msg: begins like an MSG file, but its compound file is damaged (-9)";
   EXPECT_EQ(failure(1, {"info", file}), line);
   EXPECT_EQ(failure(1, {"document", file}), line);
   EXPECT_EQ(failure(1, {"document", "--text", "--in-memory", file, "-o", "out"}), line);

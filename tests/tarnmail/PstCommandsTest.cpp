@@ -11,9 +11,6 @@ namespace {
 
 using nlohmann::json;
 
-const std::string kNoBody =
-    "mail.pst: not a mail file the filter takes, or one without a body it can show (-9)";
-
 class PstCommands : public TarnmailTest {
  protected:
   PstCommands() { environment_.emplace_back("TZ", "UTC0"); }
@@ -45,15 +42,21 @@ TEST_F(PstCommands, InfoTellsTheMessageAndTheirNumber) {
                   {"attachments", 0}}));
 }
 
-TEST_F(PstCommands, InfoTakesTheLastMessageForNumbersBeyond) {
+TEST_F(PstCommands, RefuseNumbersBeyondTheCount) {
   StoreBuilder two(PstLayout::Ansi);
   FolderBuilder& folder = two.folder("Inbox");
   folder.message().html("a");
   folder.message().html("b");
   const std::string file = mail(two.bytes(), "two.pst");
-  for (const char* number : {"2", "3", "2147483647"}) {
-    EXPECT_EQ(json::parse(output({"info", "--json", "-m", number, file}))["message"], 2);
+  EXPECT_EQ(json::parse(output({"info", "--json", "-m", "2", file}))["message"], 2);
+  for (const std::string number : {"3", "2147483647"}) {
+    const std::string line = "two.pst: has 2 messages; there is no message " + number;
+    EXPECT_EQ(failure(2, {"info", "-m", number, file}), line);
+    EXPECT_EQ(failure(2, {"document", "-m", number, file, "-o", "out"}), line);
+    EXPECT_EQ(failure(2, {"attachments", "-m", number, file}), line);
+    EXPECT_EQ(failure(2, {"extract", "-m", number, file, "1", "-o", "out"}), line);
   }
+  EXPECT_EQ(directory_.listing(), "two.pst");
 }
 
 TEST_F(PstCommands, DocumentWritesTheMessageThatIsAskedFor) {
@@ -61,9 +64,9 @@ TEST_F(PstCommands, DocumentWritesTheMessageThatIsAskedFor) {
   EXPECT_EQ(output({"document", "-m", "2", "mail.pst"}), kSampleRtf);
   EXPECT_EQ(output({"document", "-m", "4", "mail.pst"}), "<html>last</html>");
   EXPECT_EQ(output({"document", "-m", "4", "--in-memory", "mail.pst"}), "<html>last</html>");
-  const std::string byFile = output({"document", "mail.pst"});
+  const std::string byFile = output({"document", "--temp-files", "mail.pst"});
   EXPECT_NE(byFile.find("<img src=\"_pic.png\">"), std::string::npos);
-  const std::string inMemory = output({"document", "--in-memory", "mail.pst"});
+  const std::string inMemory = output({"document", "mail.pst"});
   EXPECT_NE(inMemory.find("<img src=\"data:image;base64," + kImageBase64 + "\">"),
             std::string::npos);
   const std::string german = output({"document", "--language", "0x0407", "mail.pst"});
@@ -72,13 +75,14 @@ TEST_F(PstCommands, DocumentWritesTheMessageThatIsAskedFor) {
 
 TEST_F(PstCommands, DocumentWritesPlainTextOnlyWhenAsked) {
   store();
-  EXPECT_EQ(failure(1, {"document", "-m", "3", "mail.pst"}), kNoBody);
-  EXPECT_EQ(failure(1, {"info", "-m", "3", "mail.pst"}), kNoBody);
+  EXPECT_EQ(failure(1, {"document", "-m", "3", "mail.pst"}),
+            "mail.pst: message 3 has nothing but a plain body, which --text shows (-9)");
   EXPECT_EQ(output({"document", "-m", "3", "--text", "mail.pst"}),
             std::string("\xFF\xFE"
                         "Subject:   \tPlain\r\n\r\no\0n\0l",
                         28));
-  EXPECT_EQ(failure(1, {"document", "-m", "2", "--text", "mail.pst"}), kNoBody);
+  EXPECT_EQ(failure(1, {"document", "-m", "2", "--text", "mail.pst"}),
+            "mail.pst: message 2 has no plain body; without --text its other body is shown (-9)");
 }
 
 TEST_F(PstCommands, AttachmentsListsThoseOfTheMessage) {
@@ -104,8 +108,7 @@ TEST_F(PstCommands, ExtractWritesTheBytes) {
 TEST_F(PstCommands, AStoreWithoutMessagesIsRefused) {
   StoreBuilder empty(PstLayout::Unicode);
   const std::string file = mail(empty.bytes(), "empty.pst");
-  const std::string line =
-      "empty.pst: an attachment number below 1, or a store without messages (-13)";
+  const std::string line = "empty.pst: the store has no messages (-13)";
   EXPECT_EQ(failure(1, {"info", file}), line);
   EXPECT_EQ(failure(1, {"document", file}), line);
   EXPECT_EQ(failure(1, {"attachments", file}), line);

@@ -61,7 +61,7 @@ TEST_F(ScriptedFilter, ReportsADocumentFileThatIsGone) {
 }
 
 TEST_F(ScriptedFilter, TellsOfAStore) {
-  const std::string file = mail("store", "script");
+  const std::string file = mail("!BDN store", "script");
   EXPECT_EQ(output({"info", "-m", "3", file}),
             "Format:      PST\n"
             "Messages:    12\n"
@@ -69,13 +69,16 @@ TEST_F(ScriptedFilter, TellsOfAStore) {
             "Document:    RTF\n"
             "Pages:       unknown\n"
             "Attachments: 2\n");
-  EXPECT_EQ(json::parse(output({"info", "-m", "99", "--json", file})), json({{"file", "script"},
+  EXPECT_EQ(json::parse(output({"info", "-m", "12", "--json", file})), json({{"file", "script"},
                                                                              {"format", "PST"},
                                                                              {"messages", 12},
                                                                              {"message", 12},
                                                                              {"document", "RTF"},
                                                                              {"pages", nullptr},
                                                                              {"attachments", 2}}));
+  // The filter took the last message, which nobody asked for.
+  EXPECT_EQ(failure(2, {"info", "-m", "99", file}),
+            "script: has 12 messages; there is no message 99");
 }
 
 TEST_F(ScriptedFilter, WritesAllBytesOfADocument) {
@@ -126,7 +129,7 @@ TEST_F(ScriptedFilter, WritesHostileAttachmentsAsValidJson) {
 }
 
 TEST_F(ScriptedFilter, HandsOnTheMessageNumber) {
-  EXPECT_EQ(output({"extract", "-m", "65", mail("store", "script"), "1"}), "A");
+  EXPECT_EQ(output({"extract", "-m", "65", mail("!BDN store", "script"), "1"}), "A");
 }
 
 TEST_F(ScriptedFilter, TellsAnEmptyAttachmentFromNone) {

@@ -13,11 +13,14 @@ namespace tarn::host {
 void PrepareStandardStreams() {
   for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
     if (fcntl(descriptor, F_GETFD) >= 0 || errno != EBADF) continue;
-    // Takes the lowest free number, which is this one. Writes to it fail as if it were closed.
-    if (open("/dev/null", O_RDONLY | O_NOCTTY) < 0) return;
+    // Takes the lowest free number, which is this one. Its use fails as if it were closed.
+    const int unusable = descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY;
+    if (open("/dev/null", unusable | O_NOCTTY) < 0) return;
   }
   std::signal(SIGPIPE, SIG_IGN);
 }
+
+bool StandardOutputIsTerminal() { return isatty(STDOUT_FILENO) != 0; }
 
 std::error_code WriteStandardOutput(std::string_view bytes) {
   return WriteAll(STDOUT_FILENO, bytes);

@@ -9,10 +9,10 @@ namespace tarn::test {
 namespace {
 
 TEST_F(BadFile, Device) {
-  EXPECT_EQ(failureOfAll(2, "NUL"), "NUL: is not a regular file");
-  EXPECT_EQ(failureOfAll(2, "nul"), "nul: is not a regular file");
-  EXPECT_EQ(failureOfAll(2, "\\\\.\\NUL"), "\\\\.\\NUL: is not a regular file");
-  EXPECT_EQ(failureOfAll(2, "CON"), "CON: is not a regular file");
+  EXPECT_EQ(failureOfAll(2, "NUL"), "NUL: is neither a file nor a pipe");
+  EXPECT_EQ(failureOfAll(2, "nul"), "nul: is neither a file nor a pipe");
+  EXPECT_EQ(failureOfAll(2, "\\\\.\\NUL"), "\\\\.\\NUL: is neither a file nor a pipe");
+  EXPECT_EQ(failureOfAll(2, "CON"), "CON: is neither a file nor a pipe");
 }
 
 TEST_F(BadFile, OpenInAnotherProgram) {
