@@ -24,10 +24,22 @@ bool HasLine(std::string_view header, std::string_view name) {
   return FindHeaderLine(header.data(), EndOf(header), name) != nullptr;
 }
 
+// "a", "a and b", "a, b and c".
 std::string Joined(const std::vector<std::string>& texts) {
-  std::string joined;
-  for (const std::string& text : texts) joined += (joined.empty() ? "" : ", ") + text;
+  std::string joined = texts.front();
+  for (size_t i = 1; i < texts.size(); ++i) {
+    joined += (i + 1 == texts.size() ? " and " : ", ") + texts[i];
+  }
   return joined;
+}
+
+// Whether other lines than those that are missing say that this is a mail.
+bool LooksLikeMail(std::string_view header) {
+  for (const char* name : {"Subject:", "Received:", "Message-ID:", "MIME-Version:", "Content-Type:",
+                           "Return-Path:", "Sender:", "Reply-To:"}) {
+    if (HasLine(header, name)) return true;
+  }
+  return false;
 }
 
 // What a mail must have and this does not; nothing when all is there. An empty field is one.
@@ -40,8 +52,9 @@ std::optional<std::string> MissingFields(std::string_view mail) {
   if (!HasLine(header, "Date:")) missing.emplace_back("no Date line");
   if (!hasRecipient) missing.emplace_back("no recipient (To, Cc or Bcc)");
   if (missing.empty()) return std::nullopt;
-  if (missing.size() == 3)
+  if (missing.size() == 3 && !LooksLikeMail(header)) {
     return "not a mail file: no From, Date, To, Cc or Bcc line in its header";
+  }
   return "the mail has " + Joined(missing);
 }
 

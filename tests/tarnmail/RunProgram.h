@@ -4,6 +4,7 @@
 #define TARN_TESTS_TARNMAIL_RUNPROGRAM_H
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -23,6 +24,7 @@ struct ProgramCall {
   std::vector<std::pair<std::string, std::string>> environment;  // added to the test's own
   std::filesystem::path workingDirectory;                        // empty: the test's own
   StandardOutput standardOutput = StandardOutput::Captured;
+  std::optional<std::string> standardInput;  // comes through a pipe; else there is nothing to read
 };
 
 struct ProgramResult {

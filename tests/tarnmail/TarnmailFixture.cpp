@@ -27,6 +27,7 @@ ProgramResult TarnmailTest::run(const std::vector<std::string>& arguments,
   call.environment = environment_;
   call.workingDirectory = directory_.path();
   call.standardOutput = standardOutput;
+  call.standardInput = standardInput_;
   ProgramResult result = RunProgram(call);
 
   EXPECT_EQ(temporary_.listing(), "");

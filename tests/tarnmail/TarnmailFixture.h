@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,6 +25,9 @@ class TarnmailTest : public ::testing::Test {
   // and nothing to standard output when it fails.
   ProgramResult run(const std::vector<std::string>& arguments,
                     StandardOutput standardOutput = StandardOutput::Captured);
+
+  // What the next runs find on their standard input, through a pipe; else there is nothing to read.
+  std::optional<std::string> standardInput_;
 
   // The output of a run that must succeed.
   std::string output(const std::vector<std::string>& arguments);

@@ -8,7 +8,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
+#include <string_view>
 
 #include "support/TempDirectory.h"
 
@@ -44,13 +46,14 @@ void SetUpStandardOutput(StandardOutput kind, const std::string& captureFile) {
   }
 }
 
-[[noreturn]] void Start(const ProgramCall& call, const std::string& outFile,
+[[noreturn]] void Start(const ProgramCall& call, int input, const std::string& outFile,
                         const std::string& errFile) {
   // Root reads what it likes through these two; other users do not have them.
   prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE, 0, 0, 0);
   prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH, 0, 0, 0);
   for (const auto& [name, value] : call.environment) setenv(name.c_str(), value.c_str(), 1);
   if (!call.workingDirectory.empty()) Require(chdir(call.workingDirectory.c_str()) == 0);
+  MakeStream(STDIN_FILENO, input);
   MakeStream(STDERR_FILENO, open(errFile.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
   SetUpStandardOutput(call.standardOutput, outFile);
 
@@ -65,14 +68,30 @@ void SetUpStandardOutput(StandardOutput kind, const std::string& captureFile) {
   _exit(kNotStarted);
 }
 
+// A program that ends without reading all leaves a broken pipe, which is no failure of the test.
+void Feed(int pipe, std::string_view bytes) {
+  const auto before = std::signal(SIGPIPE, SIG_IGN);
+  while (!bytes.empty()) {
+    const ssize_t written = write(pipe, bytes.data(), bytes.size());
+    if (written < 0 && errno != EINTR) break;
+    if (written > 0) bytes.remove_prefix(static_cast<size_t>(written));
+  }
+  close(pipe);
+  std::signal(SIGPIPE, before);
+}
+
 }  // namespace
 
 ProgramResult RunProgram(const ProgramCall& call) {
   const TempDirectory captured;
   const std::string outFile = captured.path() / "out";
   const std::string errFile = captured.path() / "err";
+  int input[2];
+  EXPECT_EQ(pipe2(input, O_CLOEXEC), 0);
   const pid_t child = fork();
-  if (child == 0) Start(call, outFile, errFile);
+  if (child == 0) Start(call, input[0], outFile, errFile);
+  close(input[0]);
+  Feed(input[1], call.standardInput.value_or(""));
 
   ProgramResult result;
   if (child < 0) {

@@ -35,6 +35,25 @@ Handle Open(const fs::path& path, DWORD access, DWORD disposition) {
                             disposition, FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
+// What the program reads, and the test's end of it: no handle without anything to write.
+Handle OpenStandardInput(const ProgramCall& call, Handle& writing) {
+  if (!call.standardInput) return Open("NUL", GENERIC_READ, OPEN_EXISTING);
+  HANDLE ends[2] = {};
+  EXPECT_NE(CreatePipe(&ends[0], &ends[1], Inherited(), 0), 0);
+  writing.reset(ends[1]);
+  return Handle(ends[0]);
+}
+
+// A program that ends without reading all leaves a broken pipe, which is no failure of the test.
+void Feed(Handle& writing, std::string_view bytes) {
+  DWORD written = 0;
+  while (!bytes.empty() && WriteFile(writing.get(), bytes.data(), static_cast<DWORD>(bytes.size()),
+                                     &written, nullptr) != 0) {
+    bytes.remove_prefix(written);
+  }
+  writing.reset(INVALID_HANDLE_VALUE);
+}
+
 // The writing end of a pipe that nobody reads.
 Handle BrokenPipe() {
   HANDLE reading = nullptr;
@@ -114,7 +133,8 @@ ProgramResult RunProgram(const ProgramCall& call) {
   const fs::path errFile = captured.path() / "err";
   ProgramResult result;
   {
-    const Handle input = Open("NUL", GENERIC_READ, OPEN_EXISTING);
+    Handle toInput(INVALID_HANDLE_VALUE);
+    Handle input = OpenStandardInput(call, toInput);
     const Handle output = OpenStandardOutput(call.standardOutput, outFile);
     const Handle error = Open(errFile, GENERIC_WRITE, CREATE_ALWAYS);
     HandleList handles({input.get(), output.get(), error.get()});
@@ -140,6 +160,9 @@ ProgramResult RunProgram(const ProgramCall& call) {
       return result;
     }
     CloseHandle(process.hThread);
+    // The program has its own.
+    input.reset(INVALID_HANDLE_VALUE);
+    Feed(toInput, call.standardInput.value_or(""));
     result.exitStatus = WaitFor(process.hProcess);
     CloseHandle(process.hProcess);
   }
