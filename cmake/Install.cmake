@@ -112,6 +112,17 @@ install(FILES
   ${PROJECT_SOURCE_DIR}/examples/embed/catching-shim.cpp
   DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples/shim)
 
+# Completion, where each shell looks for what packages bring.
+if(NOT WIN32)
+  set(completions ${PROJECT_SOURCE_DIR}/packaging/completions)
+  install(FILES ${completions}/tarnmail.bash RENAME tarnmail
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+  install(FILES ${completions}/_tarnmail
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions)
+  install(FILES ${completions}/tarnmail.fish
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
+endif()
+
 # compressed(<file> <name> <folder> [<option of install>...]): installs the file as <name>.gz, the
 # same bytes every time.
 function(compressed file name folder)

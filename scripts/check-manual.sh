@@ -49,7 +49,10 @@ manual_lists Sh OPTIONS >"$work/manual"
 same "common options" "$work/common" "$work/manual"
 while read -r command; do
   help_options "$command" >"$work/options"
-  { manual_lists Ss "$command"; grep -vx -e --version "$work/common"; } | sort -u >"$work/manual"
+  # Of those that stand in the front, help takes its own alone.
+  not_common='^-V,--version$'
+  [ "$command" != help ] || not_common='^(-V|--).*$'
+  { manual_lists Ss "$command"; grep -vE -e "$not_common" "$work/common"; } | sort -u >"$work/manual"
   same "options of $command" "$work/options" "$work/manual"
 done <"$work/commands"
 

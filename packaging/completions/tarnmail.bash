@@ -1,0 +1,58 @@
+# Completion of tarnmail for bash.
+
+_tarnmail() {
+  local commands='info document attachments extract help'
+  local common='-h --help --language --in-memory --temp-files --temp'
+  local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
+  local command='' options word i
+  COMPREPLY=()
+
+  # The value of an option.
+  case $previous in
+    --temp)
+      compopt -o filenames 2>/dev/null
+      mapfile -t COMPREPLY < <(compgen -d -- "$current")
+      return
+      ;;
+    -o | --output)
+      compopt -o filenames 2>/dev/null
+      mapfile -t COMPREPLY < <(compgen -f -- "$current")
+      return
+      ;;
+    --language | -m | --message) return ;;
+  esac
+
+  # The command, which is the first word that is no option and no value of one.
+  for ((i = 1; i < COMP_CWORD; ++i)); do
+    word=${COMP_WORDS[i]}
+    case $word in
+      --language | --temp) ((++i)) ;;
+      -*) ;;
+      *)
+        command=$word
+        break
+        ;;
+    esac
+  done
+
+  case $command in
+    '') options="$common -V --version" ;;
+    info) options="$common -m --message --text --json" ;;
+    document) options="$common -m --message --text -o --output" ;;
+    attachments) options="$common -m --message --json" ;;
+    extract) options="$common -m --message -o --output" ;;
+    help) options='-h --help' ;;
+    *) return ;;
+  esac
+
+  if [[ $current == -?* ]]; then
+    mapfile -t COMPREPLY < <(compgen -W "$options" -- "$current")
+  elif [[ -z $command || $command == help ]]; then
+    mapfile -t COMPREPLY < <(compgen -W "$commands" -- "$current")
+  else
+    compopt -o filenames 2>/dev/null
+    mapfile -t COMPREPLY < <(compgen -f -- "$current")
+  fi
+}
+
+complete -F _tarnmail tarnmail
