@@ -136,9 +136,17 @@ TEST_F(CommandLine, PointsToTheHelpOfTheCommand) {
     const std::string line = failure(2, arguments);
     EXPECT_TRUE(Contains(line, "; see tarnmail " + arguments[0] + " --help")) << line;
   }
-  // An option of a command does not stand in front of it.
+  // An option of a command comes after it.
   EXPECT_EQ(failure(2, {"--json", "info", file}),
-            "The following argument was not expected: --json; see tarnmail info --help");
+            "unknown option before the command: --json; see tarnmail info --help");
+  EXPECT_EQ(failure(2, {"-m", "1", "info", file}),
+            "unknown option before the command: -m; see tarnmail info --help");
+  EXPECT_EQ(failure(2, {"info", file, "--jsno"}),
+            "unknown option: --jsno (./--jsno is a file of that name); see tarnmail info --help");
+  EXPECT_EQ(failure(2, {"info", "-x.eml"}),
+            "unknown option: -x.eml (./-x.eml is a file of that name); see tarnmail info --help");
+  EXPECT_EQ(failure(2, {"info", file, "more", "words"}),
+            "unexpected argument: more; see tarnmail info --help");
   EXPECT_EQ(directory_.listing(), "");
 }
 
