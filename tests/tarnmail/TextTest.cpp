@@ -53,6 +53,18 @@ TEST(Printable, EscapesBytesThatAreNoUtf8) {
   EXPECT_EQ(Printable("\xFF\xF5"), "\\xff\\xf5");
 }
 
+TEST(IsPlainText, IsWhatATerminalShowsAsItIs) {
+  for (const char* text :
+       {"", "a\tb\r\nc\f", "Gr\u00FC\u00DFe \u4F1A\u8B70 \U0001F600", "\uFEFF", "\u00A0"}) {
+    EXPECT_TRUE(IsPlainText(text)) << text;
+  }
+  using namespace std::literals;
+  for (const std::string_view text : {"\0"sv, "a\x1b[2J"sv, "\b"sv, "\x7f"sv, "\xFF"sv, "caf\xE9"sv,
+                                      "\u0085"sv, "\u009B"sv, "\xC0\x80"sv, "cut\xE4\xBC"sv}) {
+    EXPECT_FALSE(IsPlainText(text)) << Printable(text);
+  }
+}
+
 TEST(DisplayWidth, CountsColumns) {
   EXPECT_EQ(DisplayWidth(""), 0u);
   EXPECT_EQ(DisplayWidth("abc"), 3u);

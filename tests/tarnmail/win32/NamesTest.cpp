@@ -48,11 +48,11 @@ TEST_F(Names, TakeLongFormsForWhatIsWritten) {
   const std::string file = Example("html-inline-image.eml");
   const std::string document = InlineImageDocument("chart.q1@example.com_chart.png");
   output({"document", Example("nested-attachments.eml"), "-o", front + "\\out"});
-  EXPECT_EQ(ReadWholeFile(directory_.path() / "out"), NestedDocument());
+  EXPECT_EQ(ReadWholeFile(directory_.path() / "out"), NestedDocument() + std::string(2, '\0'));
   // The system's temporary directory is of no use here.
   environment_.emplace_back(kTempVariable, Utf8(temporary_.path() / "none"));
   for (const char* end : {"", "\\", "\\sub\\.."}) {
-    EXPECT_EQ(output({"document", "--temp", front + end, file}), document) << end;
+    EXPECT_EQ(output({"document", "--temp-files", "--temp", front + end, file}), document) << end;
     EXPECT_EQ(directory_.listing(), "out");
   }
   EXPECT_EQ(failure(2, {"document", "--temp", front + "\\none", file}),
@@ -78,7 +78,7 @@ TEST_F(Names, MayBeLong) {
 TEST_F(Names, OfTemporaryDirectoriesMayNotBeLong) {
   const LongDirectory deep;
   const std::string file = Example("html-inline-image.eml");
-  EXPECT_EQ(failure(1, {"document", "--temp", Utf8(deep.path()), file}),
+  EXPECT_EQ(failure(1, {"document", "--temp-files", "--temp", Utf8(deep.path()), file}),
             file + ": a temporary file or directory could not be made (-1490)");
 }
 

@@ -31,6 +31,15 @@ TEST(FullPath, TellsDevices) {
   EXPECT_EQ(FullPath(""), L"");
 }
 
+TEST(IsPipePath, KnowsPipesAmongDevices) {
+  EXPECT_TRUE(IsPipePath(FullPath("\\\\.\\pipe\\mail")));
+  EXPECT_TRUE(IsPipePath(L"\\\\.\\PIPE\\a"));
+  for (const wchar_t* path :
+       {L"", L"\\\\.\\NUL", L"\\\\.\\pipe\\", L"C:\\pipe\\mail", L"pipe\\mail"}) {
+    EXPECT_FALSE(IsPipePath(path));
+  }
+}
+
 TEST(IsConsolePath, KnowsItsNames) {
   for (const wchar_t* path : {L"CON", L"con", L"\\\\.\\CON", L"CONOUT$", L"\\\\.\\conout$"}) {
     EXPECT_TRUE(IsConsolePath(path));
