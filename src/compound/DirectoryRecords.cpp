@@ -125,6 +125,7 @@ void LoadDirectory(DirectoryTree& tree, const unsigned char* bytes, uint64_t len
   tree.stepsLeft = kSearchSteps;
   tree.firstMaybeInvalid = 0;
   tree.isIndexed = false;
+  tree.searched = SearchIndex();
   for (uint64_t i = 0; i < count; ++i) {
     tree.entries.push_back(ReadRecord(bytes + i * kDirectoryRecordSize));
   }

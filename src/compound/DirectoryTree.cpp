@@ -72,7 +72,11 @@ uint64_t CreateEntry(DirectoryTree& tree, std::string_view name, bool isDirector
   entry.start = kChainEnd;
   entry.child = kNoEntry;
   LinkNewEntry(tree, slot, parent, closest, bigBlockSize);
-  if (tree.isIndexed) tree.index.add(parent, name, slot);
+  if (tree.isIndexed) {
+    tree.index.add(parent, name, slot);
+  } else {
+    tree.searched.clear();
+  }
   MarkDirectoryDirty(tree, slot, bigBlockSize);
   GrowDirectory(file, slot / (bigBlockSize / kDirectoryRecordSize));
   return slot;
@@ -92,25 +96,43 @@ uint64_t FindIndexed(const DirectoryTree& tree, uint64_t parent, std::string_vie
   return kNoEntry;
 }
 
-// Finds one name among the children of an entry; kNoEntry without a match, and then `closest` is
-// where the search came to its end, if it did. The first child may be any entry, the root included.
-uint64_t FindChild(DirectoryTree& tree, uint64_t parent, std::string_view name, uint64_t& closest) {
-  closest = kNoEntry;
-  const uint64_t count = tree.entries.size();
-  if (parent >= count || !tree.entries[parent].valid) return kNoEntry;
-  const uint64_t child = tree.entries[parent].child;
-  if (child >= count || !tree.entries[child].valid) return kNoEntry;
-  if (tree.isIndexed) return FindIndexed(tree, parent, name, closest);
-
+// Finds one name among the children of an entry along their links; kNoEntry without a match, and
+// then `closest` is where the search came to its end, if it did. The first child may be any entry,
+// the root included.
+uint64_t FindAlongLinks(DirectoryTree& tree, uint64_t child, std::string_view name,
+                        uint64_t& closest) {
   const DirectoryEntry& node = tree.entries[child];
   if (node.name == name) return child;
   const uint64_t link = LinkTowards(node, name);
-  if (link == 0 || link >= count) {
+  if (link == 0 || link >= tree.entries.size()) {
     closest = child;
     return kNoEntry;
   }
   const uint64_t found = FindSibling(tree, link, name, closest);
   return found != 0 ? found : kNoEntry;
+}
+
+// Finds one name among the children of an entry; kNoEntry without a match. With `closest`, a search
+// that came to its end tells where.
+uint64_t FindChild(DirectoryTree& tree, uint64_t parent, std::string_view name, uint64_t* closest) {
+  const uint64_t count = tree.entries.size();
+  if (parent >= count || !tree.entries[parent].valid) return kNoEntry;
+  const uint64_t child = tree.entries[parent].child;
+  if (child >= count || !tree.entries[child].valid) return kNoEntry;
+
+  uint64_t place = kNoEntry;
+  uint64_t& end = closest != nullptr ? *closest : place;
+  if (tree.isIndexed) return FindIndexed(tree, parent, name, end);
+  if (closest != nullptr) return FindAlongLinks(tree, child, name, end);
+
+  uint64_t found = kNoEntry;
+  if (tree.searched.find(tree.entries, parent, name, found)) return found;
+  // More than a red-black tree of any directory takes.
+  constexpr uint64_t kLongSearch = 64;
+  const uint64_t before = tree.stepsLeft;
+  found = FindAlongLinks(tree, child, name, end);
+  if (before - tree.stepsLeft > kLongSearch) tree.searched.add(tree.entries, parent);
+  return found;
 }
 
 }  // namespace
@@ -139,15 +161,15 @@ DirectoryEntry* FindEntry(DirectoryTree& tree, std::string_view path, bool creat
   if (path.empty()) return nullptr;
   if (path == "/") return tree.entries.empty() ? nullptr : &tree.entries[0];
 
+  const bool mayCreate = create && file != nullptr && file->writable;
   PathPieces pieces(path);
   uint64_t index = 0;
   while (!pieces.done()) {
     const std::string_view name = pieces.next();
     uint64_t closest = kNoEntry;
-    uint64_t found = FindChild(tree, index, name, closest);
+    uint64_t found = FindChild(tree, index, name, mayCreate ? &closest : nullptr);
     if (found == kNoEntry) {
-      if (!create || file == nullptr || !file->writable) return nullptr;
-      if (index >= tree.entries.size()) return nullptr;
+      if (!mayCreate || index >= tree.entries.size()) return nullptr;
       found = CreateEntry(tree, name, !pieces.done(), index, closest, bigBlockSize, *file);
     }
     index = found;

@@ -16,13 +16,15 @@
 //
 // Names are narrow and compared byte by byte, first by length: "a" and "A" are two names. Paths are
 // names joined by "/". A damaged directory makes entries unfindable and nothing worse: a search
-// ends where it meets an entry twice, and a file's searches together take a bounded time.
+// ends where it meets an entry twice, and a file's searches together take a bounded time. Trees
+// need not be balanced: a storage where a search took long is searched by an index from then on.
 #ifndef TARN_COMPOUND_DIRECTORYTREE_H
 #define TARN_COMPOUND_DIRECTORYTREE_H
 
 #include <string_view>
 
 #include "compound/BlockTable.h"
+#include "compound/SearchIndex.h"
 #include "compound/SiblingIndex.h"
 
 namespace tarn {
@@ -54,6 +56,7 @@ struct DirectoryTree {
   uint32_t visit = 0;              // the number of that listing
   bool isIndexed = true;           // every entry was made by FindEntry
   SiblingIndex index;              // of an indexed directory
+  SearchIndex searched;            // of another: its storages where searches took long
 
   // One entry, the root, in a block that is to be written.
   DirectoryTree();
