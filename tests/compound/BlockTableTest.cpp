@@ -75,13 +75,14 @@ TEST(Chain, AllWaysThroughSmallTables) {
     for (uint32_t i = 0, rest = code; i < 5; ++i, rest /= 6) {
       entries[i] = rest % 6 == 5 ? 0xFFFFFFFE : rest % 6;
     }
+    const BlockTable table = Table(entries);
     for (uint64_t start = 0; start < 5; ++start) {
       const Numbers slow = SlowChain(entries, start);
-      ASSERT_EQ(List(FollowChain(Table(entries), start)), slow) << code << " " << start;
+      ASSERT_EQ(List(FollowChain(table, start)), slow) << code << " " << start;
       for (uint64_t most = 0; most < 7; ++most) {
         const Numbers cut(slow.begin(), slow.begin() + static_cast<std::ptrdiff_t>(
                                                            std::min<uint64_t>(most, slow.size())));
-        ASSERT_EQ(List(FollowChain(Table(entries), start, most)), cut)
+        ASSERT_EQ(List(FollowChain(table, start, most)), cut)
             << code << " " << start << " " << most;
       }
     }

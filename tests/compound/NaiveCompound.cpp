@@ -9,6 +9,7 @@ constexpr uint32_t kNone = 0xFFFFFFFF;
 constexpr uint32_t kEnd = 0xFFFFFFFE;
 constexpr uint32_t kMeta = 0xFFFFFFFC;
 constexpr uint32_t kLimit = 4096;
+constexpr uint32_t kSlice = 64;  // of a stream, that lies in one piece wherever it lies
 
 std::string Word(uint64_t value, int width) {
   std::string bytes;
@@ -141,11 +142,13 @@ size_t NaiveCompound::place(const Entry& stream, uint32_t position) const {
 std::string NaiveCompound::contents(const Entry& stream, uint32_t length) const {
   std::string all;
   const uint32_t blockSize = stream.size >= kLimit ? 512 : 64;
-  for (uint32_t i = 0; i < length; ++i) {
-    // What was never written is zeros.
-    const size_t at = i / blockSize < stream.chain.size() ? place(stream, i) : bytes_.size();
-    all.push_back(at < bytes_.size() ? bytes_[at] : '\0');
+  for (uint32_t i = 0; i < length && i / blockSize < stream.chain.size(); i += kSlice) {
+    const size_t at = place(stream, i);
+    all.resize(i, '\0');
+    if (at < bytes_.size()) all += bytes_.substr(at, kSlice);
   }
+  // What was never written is zeros.
+  all.resize(length, '\0');
   return all;
 }
 
@@ -180,8 +183,10 @@ void NaiveCompound::writeAt(uint32_t index, uint32_t position, const std::string
   } else {
     while ((end - 1) / 64 >= stream.chain.size()) extendSmall(stream);
   }
-  for (uint32_t i = 0; i < bytes.size(); ++i) {
-    put(place(stream, position + i), bytes.substr(i, 1));
+  for (uint32_t i = 0; i < bytes.size();) {
+    const uint32_t part = kSlice - (position + i) % kSlice;
+    put(place(stream, position + i), bytes.substr(i, part));
+    i += part;
   }
   if (stream.start != stream.chain.front()) {
     stream.start = stream.chain.front();
