@@ -1,11 +1,13 @@
 #include "render/HtmlDocument.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "Common/ByteSearch.h"
 #include "eml/Charsets.h"
 #include "eml/HeaderParameter.h"
 #include "render/BlockWriter.h"
+#include "render/BodyRoom.h"
 #include "render/HeaderBlock.h"
 
 namespace tarn {
@@ -85,14 +87,14 @@ int32_t InsertBlock(SizedBytes& body, std::string_view block) {
   uint64_t offset = 0;
   if (!FindSplicePoint(body.bytes(), offset)) return StatusNotSupported;
 
-  BlockWriter document(0);
-  document.reserve(body.length + block.size() + 1);
-  document.write(body.bytes().substr(0, offset));
-  document.write(block);
-  document.write(body.bytes().substr(offset));
-  document.terminate();
-  if (document.status() == StatusOk) document.moveInto(body);
-  return document.status();
+  const int32_t made = MakeRoomInBody(body, body.length + block.size() + 1, 0);
+  if (made != StatusOk) return made;
+  char* const at = body.data + offset;
+  std::memmove(at + block.size(), at, body.length - offset);
+  block.copy(at, block.size());
+  body.length += block.size();
+  TerminateBody(body);
+  return StatusOk;
 }
 
 }  // namespace

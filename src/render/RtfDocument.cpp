@@ -81,8 +81,7 @@ int32_t RenderMailRtf(MailMessage& message) {
     if (written != StatusOk) return written;
   }
   if (render.output.data == nullptr) return StatusOk;
-  return SpliceRtfBlock(message.body, render.fonts,
-                        std::string_view(render.output.data, render.output.length));
+  return SpliceRtfBlock(message.body, render.fonts, render.output);
 }
 
 }  // namespace tarn

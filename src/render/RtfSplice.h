@@ -33,6 +33,10 @@ inline constexpr std::string_view kRtfSeparator =
 // -1 when the new text finds no memory or no budget. On failure the body is unchanged.
 int32_t SpliceRtfBlock(SizedBytes& body, const RtfFontTable& fonts, std::string_view rows);
 
+// The same with rows whose block becomes the body's when they are the longer text: neither of the
+// two is there twice. Afterwards, and when memory or budget fails, the rows may be gone.
+int32_t SpliceRtfBlock(SizedBytes& body, const RtfFontTable& fonts, TrackedBuffer<char>& rows);
+
 // The same for the block of a mail file, which ends with a separator already and gets a second one:
 // two empty paragraphs follow it. Takes over the block and frees it on every way out; a length
 // without a pointer gives -814.

@@ -1,0 +1,149 @@
+#include "render/BodyRoom.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "RenderSupport.h"
+#include "render/Renderer.h"
+#include "render/RtfSplice.h"
+#include "support/PeakMemory.h"
+
+namespace tarn::test {
+namespace {
+
+TEST(BodyRoom, TheBytesStayAndTheLengthToo) {
+  SizedBytes body;
+  Set(body, "abc");
+  EXPECT_EQ(MakeRoomInBody(body, 100, 0), 1);
+  EXPECT_EQ(Bytes(body), "abc");
+  body.data[99] = 'x';
+}
+
+TEST(BodyRoom, ABodyWithoutABlockGetsOne) {
+  SizedBytes body;
+  EXPECT_EQ(MakeRoomInBody(body, 1, 0), 1);
+  ASSERT_NE(body.data, nullptr);
+  EXPECT_EQ(body.length, 0u);
+  TerminateBody(body);
+  EXPECT_EQ(Bytes(body), std::string(1, '\0'));
+  TerminateBody(body);
+  EXPECT_EQ(body.length, 1u);
+}
+
+TEST(BodyRoom, WithoutMemoryOrBudgetTheBodyStays) {
+  SizedBytes body;
+  Set(body, "abc");
+  const char* const block = body.data;
+  PlainKernelFailAt(PlainKernelFaultMemory, 1);
+  EXPECT_EQ(MakeRoomInBody(body, 100, 0), -1);
+  PlainKernelSetMemoryBudget(8000000);
+  EXPECT_EQ(MakeRoomInBody(body, 8000001, 0), -1);
+  EXPECT_EQ(MakeRoomInBody(body, 7999001, 1024), -1);
+  PlainKernelSetMemoryBudget(UINT64_MAX);
+  EXPECT_EQ(body.data, block);
+  EXPECT_EQ(Bytes(body), "abc");
+}
+
+TEST(BodyRoom, TheBudgetHasItsBytesBack) {
+  SizedBytes body;
+  Set(body, "abc");
+  EXPECT_EQ(MakeRoomInBody(body, 9000000, 0), 1);
+  PlainKernelUsageRecord usage = {};
+  PlainKernelUsage(&usage);
+  EXPECT_EQ(usage.reportedBytes, 0u);
+}
+
+// A header block goes into a body of megabytes, which is there once only.
+TEST(BodyRoom, NoDocumentIsThereTwice) {
+  constexpr uint64_t kBody = 4000000;
+  constexpr uint64_t kLittle = 100000;
+  for (const uint32_t kind : {DocumentHtml, DocumentRtf}) {
+    const std::string start =
+        kind == DocumentHtml ? "<body>" : "{\\rtf1{\\fonttbl{\\f0 A;}}\\pard ";
+    MailMessage message;
+    SetAllFields(message);
+    SetTerminated(message.subject, "\xD0\x96\xCE\x86");  // two code pages: the RTF gets fonts
+    Set(message.body, start + std::string(kBody, 'x'));
+    EXPECT_LT(PeakOf([&] { EXPECT_EQ(RenderMailMessage(&message, kind), 1); }), kLittle);
+    EXPECT_GT(message.body.length, kBody);
+  }
+}
+
+// The rows of a long subject are there once, as what the body has become.
+TEST(BodyRoom, NoRowsAreThereTwice) {
+  constexpr uint64_t kSubject = 4000000;
+  constexpr uint64_t kSpare = 300000;  // of a buffer that grows
+  MailMessage message;
+  SetTerminated(message.subject, std::string(kSubject, '{'));
+  SetTerminated(message.body, "{\\rtf1{\\fonttbl{\\f0 A;}}\\pard x}");
+  EXPECT_LT(PeakOf([&] { EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), 1); }),
+            4 * kSubject + 4 * kSubject / 16 + kSpare);
+  EXPECT_GT(message.body.length, 4 * kSubject);
+}
+
+TEST(BodyRoom, WithoutMemoryForTheRowsTheBodyStays) {
+  SizedBytes body;
+  Set(body, "\\pard");
+  const char* const block = body.data;
+  TrackedBuffer<char> rows(0, 0);  // without room to spare
+  rows.append("0123456789", 10);
+  PlainKernelFailAt(PlainKernelFaultMemory, 1);
+  EXPECT_EQ(SpliceRtfBlock(body, RtfFontTable(), rows), -1);
+  EXPECT_EQ(body.data, block);
+  EXPECT_EQ(Bytes(body), "\\pard");
+}
+
+// The splice by its definition: pieces written one after the other.
+std::string Spliced(const std::string& body, const RtfFontTable& fonts, const std::string& rows) {
+  const size_t paragraph = body.find("\\pard");
+  if (paragraph == std::string::npos) return body;
+  std::string text;
+  if (fonts.changed == 0) {
+    text = body.substr(0, paragraph);
+  } else if (fonts.tableStart < paragraph) {
+    text = body.substr(0, fonts.tableStart) +
+           std::string(fonts.tableText.data, fonts.tableText.length);
+    if (fonts.tableEnd < paragraph) {
+      text += body.substr(fonts.tableEnd, paragraph - fonts.tableEnd);
+    }
+  }
+  text += rows + std::string(kRtfSeparator) + body.substr(paragraph);
+  if (!text.ends_with('\0')) text += '\0';
+  return text;
+}
+
+TEST(RtfSpliceProperty, PiecesComeToTheirPlacesWhereverTheTableLies) {
+  std::mt19937 random(11);
+  const auto letters = [&random](char first, uint64_t most) {
+    std::string text;
+    for (uint64_t i = random() % (most + 1); i > 0; --i) {
+      text += static_cast<char>(first + random() % 13);
+    }
+    return text;
+  };
+  for (int round = 0; round < 3000; ++round) {
+    const std::string body =
+        letters('a', 300) + (random() % 8 != 0 ? "\\pard" : "") + letters('n', 300) + "!";
+    RtfFontTable fonts;
+    fonts.changed = random() % 4 != 0 ? 1 : 0;
+    fonts.tableStart = random() % body.size();
+    fonts.tableEnd = fonts.tableStart + random() % (body.size() - fonts.tableStart);
+    const std::string table = letters('A', 400);
+    fonts.tableText.append(table.data(), table.size());
+    if (fonts.tableText.data == nullptr) fonts.tableText.reserve(1);
+    const std::string rows = letters('N', round % 2 == 0 ? 200 : 1200);
+    SizedBytes text;
+    Set(text, body);
+    ASSERT_EQ(SpliceRtfBlock(text, fonts, rows), 1);
+    ASSERT_EQ(Bytes(text), Spliced(body, fonts, rows)) << round;
+    TrackedBuffer<char> buffer;
+    buffer.append(rows.data(), rows.size());
+    Set(text, body);
+    ASSERT_EQ(SpliceRtfBlock(text, fonts, buffer), 1);
+    ASSERT_EQ(Bytes(text), Spliced(body, fonts, rows)) << round;
+  }
+}
+
+}  // namespace
+}  // namespace tarn::test
