@@ -43,7 +43,7 @@ class RtfCodePageStack {
   };
 
   bool grow() {
-    const uint64_t capacity = capacity_ == 0 ? 64 : capacity_ * 2;
+    const uint64_t capacity = capacity_ == 0 ? 64 : capacity_ + capacity_ / 2;
     auto* const runs =
         static_cast<Run*>(KernelRealloc(runs_.get(), capacity * sizeof(Run), TARN_HERE));
     if (runs == nullptr) return false;

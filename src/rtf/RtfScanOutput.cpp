@@ -5,7 +5,8 @@
 
 namespace tarn {
 
-bool RtfScanOutput::start() {
+bool RtfScanOutput::start(uint64_t longest) {
+  longest_ = longest;
   block_ = AllocateBlock<char>(kStartCapacity, TARN_HERE);
   if (!block_) return false;
   capacity_ = allocated_ = kStartCapacity;
@@ -15,7 +16,8 @@ bool RtfScanOutput::start() {
 bool RtfScanOutput::reserve(uint64_t bytes) {
   const uint64_t needed = std::max(capacity_, bytes);
   if (needed <= allocated_) return true;
-  const uint64_t larger = std::max(needed, allocated_ * 2);
+  uint64_t larger = std::max(needed, allocated_ * 2);
+  if (needed <= longest_) larger = std::min(larger, longest_);
   char* const moved = static_cast<char*>(KernelRealloc(block_.get(), larger, TARN_HERE));
   if (moved == nullptr) return false;
   block_.take();

@@ -30,8 +30,9 @@ class RtfScanOutput {
   static constexpr uint64_t kMargin = 128;    // more than a step writes
   static constexpr uint64_t kLongestReference = 20;
 
-  // Gets the first block.
-  bool start();
+  // Gets the first block. Texts of up to `longest` bytes take no block that is longer than that,
+  // or than their capacity; longer ones work as well.
+  bool start(uint64_t longest = UINT64_MAX);
 
   uint64_t length() const { return length_; }
   uint64_t limit() const { return capacity_ - kReserve; }
@@ -89,6 +90,7 @@ class RtfScanOutput {
   uint64_t length_ = 0;
   uint64_t capacity_ = 0;
   uint64_t allocated_ = 0;
+  uint64_t longest_ = UINT64_MAX;
 };
 
 }  // namespace tarn

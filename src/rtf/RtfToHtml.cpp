@@ -10,8 +10,9 @@
 // reference of 8 (more only where a code page makes two units of one byte). Besides it there are 4
 // bytes for each escape of the longest hex run, 8 for each group that changes the code page, and
 // for each of at most kMaxRtfFonts fonts its entry, its name and 16 bytes of index. The blocks of
-// the output, the groups and the index double as they grow: each is up to twice as large as what it
-// holds or makes room for, and while it moves the old one is there as well.
+// the output and the index double as they grow, the groups grow by half: each is up to so much
+// larger than what it holds or makes room for, but for the output, which does not double beyond
+// twice the text.
 #include "rtf/RtfToHtml.h"
 
 #include "Common/ByteSearch.h"
@@ -28,6 +29,10 @@ namespace tarn {
 namespace {
 
 constexpr uint32_t kNone = UINT32_MAX;
+
+// The output of a text, but for code pages that make two units of one byte.
+constexpr uint64_t kMostPerByte = 2;
+constexpr uint64_t kSpareBytes = 4 * RtfScanOutput::kGrowth;
 
 constexpr std::string_view kBlockEnd = "\\htmlrtf0";
 
@@ -54,7 +59,7 @@ class RtfScan {
 
   // 1, or the failure.
   int32_t run() {
-    if (!output_.start()) return StatusOutOfMemory;
+    if (!output_.start(kMostPerByte * rest().size() + kSpareBytes)) return StatusOutOfMemory;
     const int32_t status = scanHead();
     return status == StatusOk ? scanBody() : status;
   }

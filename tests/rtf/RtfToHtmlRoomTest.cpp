@@ -5,6 +5,7 @@
 #include "RtfConversion.h"
 #include "Tarnbase/PlainKernel.h"
 #include "rtf/RtfToHtml.h"
+#include "support/PeakMemory.h"
 
 namespace tarn {
 namespace {
@@ -14,6 +15,8 @@ using test::BytesOf;
 using test::ConvertRtf;
 using test::HtmlOf;
 using test::InThreeFonts;
+using test::kBodyStart;
+using test::PeakOf;
 using test::Repeat;
 
 // Unicode -----------------------------------------------------------------------------------------
@@ -114,6 +117,26 @@ TEST(RtfRoom, PlainBytesBehindARunCatchUp) {
     const std::string dots(plain, '.');
     ASSERT_EQ(Body(run + dots + "\\u8364?x"), html + dots + "&#8364;x") << plain;
   }
+}
+
+// What doubling would take is far more than a text can need.
+TEST(RtfRoom, TheBlockDoublesOnlyUpToTwiceTheText) {
+  std::string rtf = kBodyStart + "\\ansicpg1252 ";
+  while (rtf.size() < 2500000) rtf += "\\'80.";
+  SizedBytes text = BytesOf(rtf);
+  const uint64_t peak = PeakOf([&] { EXPECT_EQ(RtfToHtml(text), 1); });
+  EXPECT_GT(text.length, 4300000u);
+  EXPECT_LT(peak, 2 * rtf.size() + 10000);
+}
+
+// Open groups, each under another code page than the one before.
+TEST(RtfRoom, GroupsTakeThreeTimesTheirTextAtMost) {
+  const std::string rtf = "{\\fonttbl{\\f0\\fcharset0 A;}{\\f1\\fcharset204 B;}} " + kBodyStart +
+                          Repeat("{\\f0{\\f1", 300000);
+  SizedBytes text = BytesOf(rtf);
+  const uint64_t peak = PeakOf([&] { EXPECT_EQ(RtfToHtml(text), 1); });
+  EXPECT_GT(peak, 2 * rtf.size());
+  EXPECT_LT(peak, 3 * rtf.size() + 10000);
 }
 
 // Failures ----------------------------------------------------------------------------------------
