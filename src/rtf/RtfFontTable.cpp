@@ -77,6 +77,7 @@ int32_t FindEntryFor(RtfFontTable& table, uint32_t codePage) {
     }
   }
   for (int32_t i = 0; i < table.count; ++i) {
+    ++table.fontSteps;
     if (!Carries(table, table.entries[i], codePage)) continue;
     table.found[table.nextFound] = {codePage, ofDocument, i};
     table.nextFound = (table.nextFound + 1) % table.found.size();

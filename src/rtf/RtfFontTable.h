@@ -58,6 +58,7 @@ struct RtfFontTable {
   TrackedBuffer<char> tableText;  // no NUL behind it
   std::array<RtfFontMemo, 16> found;
   size_t nextFound = 0;       // the memo that the next one replaces
+  uint64_t fontSteps = 0;     // entries that FontForCodePage has looked at
   RtfCoverageMemo coverage;   // of FindFontForText
   uint64_t coverageWork = 0;  // what its searches have cost; see kMaxCoverageWork
 
