@@ -35,6 +35,15 @@ class StreamName {
   uint64_t length_ = 0;
 };
 
+// Gives back what a long text's block has to spare: the room for a conversion is three times what
+// most texts take. A block that cannot be moved stays as it is.
+void TrimBlock(SizedBytes& text, uint64_t room) {
+  constexpr uint64_t kSpare = 65536;
+  if (room - text.length <= kSpare) return;
+  void* const block = KernelRealloc(text.data, text.length + 1, TARN_HERE);
+  if (block != nullptr) text.data = static_cast<char*>(block);
+}
+
 // Turns UTF-16 bytes into the target's UTF-8. An odd byte at the end is dropped.
 int32_t ConvertWide(std::string_view wide, SizedBytes& target) {
   // First, so that a target that gets no text keeps its length.
@@ -47,11 +56,11 @@ int32_t ConvertWide(std::string_view wide, SizedBytes& target) {
   }
   const uint64_t room = 4 * wide.size() + 1;
   if (target.data == nullptr || target.length < room) {
-    const uint64_t held = target.data != nullptr ? target.length : 0;
+    const uint64_t old = target.data != nullptr ? target.length : 0;
     void* const block = KernelRealloc(target.data, room, TARN_HERE);
     if (block == nullptr) return StatusOutOfMemory;
     target.data = static_cast<char*>(block);
-    std::memset(target.data + held, 0, room - held);
+    std::memset(target.data + old, 0, room - old);
     target.length = room;
   }
   int32_t written = 0;
@@ -60,11 +69,13 @@ int32_t ConvertWide(std::string_view wide, SizedBytes& target) {
     written = platform::Utf16ToBytes(platform::kCodePageUtf8, {source.get(), units}, target.data,
                                      static_cast<int32_t>(most), nullptr);
   }
+  const uint64_t held = std::max(room, target.length);
   target.length = static_cast<uint64_t>(written);
   if (written != 0 && target.data[written - 1] != '\0') {
     target.data[written] = '\0';
     ++target.length;
   }
+  TrimBlock(target, held);
   return StatusOk;
 }
 
