@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "Growth.h"
 #include "Platform/CodePages.h"
 #include "rtf/RtfTextWriter.h"
 
@@ -106,5 +107,25 @@ void BM_AlternatingScripts(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 BENCHMARK(BM_AlternatingScripts)->Arg(1000)->Arg(100000)->Unit(benchmark::kMicrosecond);
+
+// A subject in nine scripts with characters that no code page carries, of 0.4, 0.8 and 1.6 million
+// units.
+void BM_GrowthOfAMixedSubject(benchmark::State& state) {
+  std::string period;
+  for (const Script& script : kScripts) period.append(script.text).append(" \u0531\u1400 ");
+  std::array<std::string, 3> texts;
+  for (size_t i = 0; i < texts.size(); ++i) {
+    while (texts[i].size() < size_t{800000} << i) texts[i] += period;
+  }
+  tarn::bench::MeasureGrowth(state, [&](size_t size) {
+    tarn::RtfRender render;
+    tarn::PrepareRtfFontTable(render.fonts, kBare.data(), kBare.size());
+    const std::string& text = texts[size];
+    if (tarn::WriteRtfUtf8Text(render, text.data(), text.size()) != StatusOk) {
+      state.SkipWithError("the text was not written");
+    }
+  });
+}
+BENCHMARK(BM_GrowthOfAMixedSubject)->Unit(benchmark::kMillisecond);
 
 }  // namespace
