@@ -21,13 +21,16 @@ struct InlineImageContext {
   uint64_t bodyLimit = UINT64_MAX;
 };
 
-// Bytes that the body of a file may have after images went into it: a fixed part and a part in
-// proportion to the file. An image of some size with references without number would else make
-// gigabytes of a small file; images that a mail program refers to a few dozen times each pass.
+// How long the body of a file may become by images: a fixed part and a part in proportion to the
+// file. Every reader sets InlineImageContext::bodyLimit to it. An image of some size with
+// references without number would else make gigabytes of a small file; images that a mail program
+// refers to now and then stay far below.
 constexpr uint64_t BodyLimit(uint64_t fileSize) {
-  constexpr uint64_t kFixedBytes = uint64_t{1} << 30;
-  constexpr uint64_t kBytesPerFileByte = 64;
-  return kFixedBytes + kBytesPerFileByte * fileSize;
+  constexpr uint64_t kFixedBytes = uint64_t{64} << 20;
+  constexpr uint64_t kBytesPerFileByte = 16;
+  return fileSize > (UINT64_MAX - kFixedBytes) / kBytesPerFileByte
+             ? UINT64_MAX
+             : kFixedBytes + kBytesPerFileByte * fileSize;
 }
 
 // Replaces every quoted value of the body that holds the needle (see ImageReferences.h) by the

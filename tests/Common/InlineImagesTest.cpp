@@ -77,6 +77,12 @@ TEST_F(DataRoute, ABodyThatWouldOutgrowItsLimitStaysAsItIs) {
   EXPECT_EQ(body_.length, grown);
 }
 
+TEST(BodyLimit, Is64MebibytesAndSixteenTimesTheFile) {
+  EXPECT_EQ(BodyLimit(0), 67108864u);
+  EXPECT_EQ(BodyLimit(1000), 67124864u);
+  EXPECT_EQ(BodyLimit(UINT64_MAX), UINT64_MAX);
+}
+
 TEST_F(DataRoute, AReferenceWithoutAClosingQuoteEndsTheLoopWith1) {
   setBody("<img src=cid:a.png>");
   const char* const block = body_.data;

@@ -201,13 +201,15 @@ TEST(ImageParts, ImagesGoIntoAPlainBodyToo) {
 }
 
 TEST(ImageParts, BodyMayNotGrowWithoutBound) {
-  // 2000 references to an image of 600 KB would be 1.6 GB.
+  // A URL of 80,018 bytes: 840 of them are less than 64 MiB and 16 times the file, 900 more.
+  const EmlEntity image = EmlEntity::Leaf("image/png; name=a.png", std::string(60000, 'x'));
   std::string html;
-  for (int i = 0; i < 2000; ++i) html += "\"a.png\" ";
-  const ReadMail read =
-      ReadParts({Html(html), EmlEntity::Leaf("image/png; name=a.png", std::string(600000, 'x'))});
-  EXPECT_EQ(read.status, -1);
-  EXPECT_EQ(Text(read), html);
+  for (int i = 0; i < 840; ++i) html += "\"a.png\" ";
+  const ReadMail within = ReadParts({Html(html), image});
+  EXPECT_EQ(within.status, 1);
+  EXPECT_EQ(within.message.body.length, 840 * (80018 + 3) + 1);
+  for (int i = 0; i < 60; ++i) html += "\"a.png\" ";
+  EXPECT_EQ(ReadParts({Html(html), image}).status, -1);
 }
 
 TEST(ImageParts, NameThatStandsOnlyInPlainTextCostsNothing) {
