@@ -45,7 +45,16 @@ struct EmlMessage {
     to.release();
     from.release();
     body.release();
+    releaseFile();
+  }
+
+  // Nothing needs the file once its parts have been walked.
+  void releaseFile() {
     if (data != nullptr) KernelFree(data, TARN_HERE);
+    data = nullptr;
+    capacity = 0;
+    end = nullptr;
+    endCopy = nullptr;
   }
 };
 
@@ -89,8 +98,8 @@ struct EmlPart {
   ContentClass contentClass = ContentOther;
   ContentDisposition disposition = DispositionNone;
   CharsetRef charset;
-  KernelBlock<char> raw;      // the content as it stands in the file, terminated
-  KernelBlock<char> decoded;  // the content decoded, terminated
+  std::string_view raw;       // into data: the content as it is in the file
+  KernelBlock<char> decoded;  // the content decoded, terminated; empty until somebody looks at it
   uint64_t decodedLength = 0;
   const char* start = nullptr;  // into data: the byte behind the delimiter
   uint32_t parsed = 0;

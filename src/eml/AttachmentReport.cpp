@@ -3,6 +3,7 @@
 #include "Common/AttachmentProperties.h"
 #include "eml/EncodedWords.h"
 #include "eml/HeaderParameter.h"
+#include "eml/TransferDecoding.h"
 
 namespace tarn {
 namespace {
@@ -82,15 +83,22 @@ int32_t ReadFileName(Stretch value, KernelBlock<char16_t>& name) {
   return converted != 0 ? StatusOk : StatusFailed;
 }
 
-int32_t CallBack(const AttachmentRequest& request, const EmlPart& part, const char16_t* name,
+// The part's own block goes to the callback, and comes back unless the callback keeps it: a copy
+// of a large attachment would be a second one in memory. Even no bytes have a block.
+int32_t CallBack(const AttachmentRequest& request, EmlPart& part, const char16_t* name,
                  PropertyList& properties) {
-  if (!part.decoded) return StatusNullArgument;
-  // Reserved even for no bytes, so that a callback that takes the data always gets a block.
+  const int32_t decoded = EnsureDecoded(part);
+  if (decoded != StatusOk) return decoded;
   TrackedBuffer<char> data;
-  if (data.reserve(part.decodedLength) == nullptr) return data.lastError;
-  const int32_t status = data.append(part.decoded.get(), part.decodedLength);
-  if (status != StatusOk) return status;
-  return request.callback(request.user, &data, name, &properties);
+  const int32_t granted = data.meter.set(part.decodedLength);
+  if (granted != StatusOk) return granted;
+  data.length = part.decodedLength;
+  data.capacity = part.decodedLength;
+  data.data = part.decoded.take();
+  const int32_t result = request.callback(request.user, &data, name, &properties);
+  part.decodedLength = data.length;
+  part.decoded.reset(data.take());
+  return result;
 }
 
 }  // namespace

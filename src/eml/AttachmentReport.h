@@ -24,7 +24,7 @@ int32_t AddHeaderParameterProperty(PropertyList& list, const char* start, const 
 // list is empty when the bytes are what is wanted. The callback may keep either.
 //
 // 1; the result of the callback; 0 when the file name or a looked-up property is no UTF-8; -814
-// when the part has no decoded bytes; -1 or the code of a buffer that the host refused.
+// when the part has no bytes, raw or decoded; -1 or the code of a buffer that the host refused.
 int32_t ReportEmlAttachment(const AttachmentRequest* request, EmlPart& part, EmlMessage& message,
                             const char* headerStart, const char* headerEnd, const char* value,
                             const char* valueEnd);

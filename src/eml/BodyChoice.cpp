@@ -4,11 +4,14 @@
 #include <string_view>
 
 #include "Common/ByteSearch.h"
+#include "eml/TransferDecoding.h"
 
 namespace tarn {
 namespace {
 
-int32_t ReplaceBody(const EmlPart& part, EmlMessage& message) {
+int32_t ReplaceBody(EmlPart& part, EmlMessage& message) {
+  const int32_t decoded = EnsureDecoded(part);
+  if (decoded != StatusOk) return decoded;
   message.body.length = 0;
   return AppendTerminated(message.body, part.decoded.get(), part.decodedLength);
 }
@@ -20,20 +23,17 @@ void BlankDoctype(SizedBytes& body) {
   if (hit != nullptr) std::memset(body.data + (hit - body.data), ' ', kDoctype.size());
 }
 
-int32_t UseTextPart(const EmlPart& part, EmlMessage& message) {
-  const bool isPlain = part.contentClass == ContentPlain;
-  // A plain part never replaces an HTML one.
-  if (isPlain && message.documentKind == DocumentHtml && message.body.length != 0) return StatusOk;
-
+int32_t UseTextPart(EmlPart& part, EmlMessage& message) {
+  if (IsOutdoneByBody(part, message)) return StatusOk;
   const int32_t status = ReplaceBody(part, message);
   if (status != StatusOk) return status;
   BlankDoctype(message.body);
-  message.documentKind = isPlain ? DocumentText : DocumentHtml;
+  message.documentKind = part.contentClass == ContentPlain ? DocumentText : DocumentHtml;
   return StatusOk;
 }
 
-int32_t UseOtherPart(const EmlPart& part, EmlMessage& message) {
-  if (!part.decoded || message.body.length != 0) return StatusOk;
+int32_t UseOtherPart(EmlPart& part, EmlMessage& message) {
+  if (message.body.length != 0) return StatusOk;
   const int32_t status = ReplaceBody(part, message);
   if (status == StatusOk) message.documentKind = DocumentText;
   return status;
@@ -65,7 +65,7 @@ int32_t FindReference(const EmlPart& part, InlineImageContext& context, SearchBu
   return StatusOk;
 }
 
-int32_t PlaceImage(const EmlPart& part, EmlMessage& message, InlineImageContext& context,
+int32_t PlaceImage(EmlPart& part, EmlMessage& message, InlineImageContext& context,
                    SearchBudget& budget, int32_t& walkResult) {
   if (!part.name) return StatusOk;
   if (message.body.length == 0) {
@@ -81,6 +81,8 @@ int32_t PlaceImage(const EmlPart& part, EmlMessage& message, InlineImageContext&
   if (!found) {
     walkResult = StatusDone;
   } else {
+    const int32_t decoded = EnsureDecoded(part);
+    if (decoded != StatusOk) return decoded;
     const int32_t status = RewriteInlineImage(context, part.decoded.get(), part.decodedLength);
     if (status < StatusOk) return status;
     walkResult = status;
@@ -91,7 +93,12 @@ int32_t PlaceImage(const EmlPart& part, EmlMessage& message, InlineImageContext&
 
 }  // namespace
 
-int32_t UsePart(const EmlPart& part, EmlMessage& message, InlineImageContext& context,
+bool IsOutdoneByBody(const EmlPart& part, const EmlMessage& message) {
+  return part.contentClass == ContentPlain && message.documentKind == DocumentHtml &&
+         message.body.length != 0;
+}
+
+int32_t UsePart(EmlPart& part, EmlMessage& message, InlineImageContext& context,
                 SearchBudget& budget, int32_t& walkResult) {
   switch (part.contentClass) {
     case ContentHtml:

@@ -6,6 +6,7 @@
 
 #include "Common/ByteSearch.h"
 #include "eml/AttachmentReport.h"
+#include "eml/BodyChoice.h"
 #include "eml/ContentClasses.h"
 #include "eml/EncodedWords.h"
 #include "eml/HeaderParameter.h"
@@ -102,27 +103,6 @@ int32_t ReadContentId(EmlPart& part, Stretch header) {
   return StatusOk;
 }
 
-int32_t CopyContent(EmlPart& part, Stretch content) {
-  const auto length = static_cast<uint64_t>(content.end - content.start);
-  part.raw = AllocateBlock<char>(length + 1, TARN_HERE);
-  if (!part.raw) return StatusOutOfMemory;
-  if (length != 0) std::memcpy(part.raw.get(), content.start, length);
-  part.raw[length] = '\0';
-  return StatusOk;
-}
-
-// Base64 content of length 0 fails, but leaves an empty text, for a report may yet replace that
-// failure.
-int32_t DecodeContent(EmlPart& part, Stretch content, bool& replaceable) {
-  const auto length = static_cast<uint64_t>(content.end - content.start);
-  replaceable = false;
-  if (part.encoding != TransferBase64 || length != 0) return DecodePartContent(part, length);
-  part.decoded = AllocateZeroBlock<char>(1, TARN_HERE);
-  part.decodedLength = 0;
-  replaceable = static_cast<bool>(part.decoded);
-  return StatusOutOfMemory;
-}
-
 ContentDisposition ClassifyDisposition(const char* value, const char* end) {
   if (StartsWithIgnoringCase(value, end, "attachment")) return DispositionAttachment;
   if (StartsWithIgnoringCase(value, end, "inline")) return DispositionInline;
@@ -144,6 +124,13 @@ int32_t ReportByDisposition(EmlPart& part, EmlMessage& message, Stretch header,
                              valueEnd);
 }
 
+// Does the part's text become the body, or decide on the charset of the message?
+bool IsTextForTheDocument(const EmlPart& part, const EmlMessage& message) {
+  if (part.contentClass == ContentHtml) return true;
+  if (part.contentClass != ContentPlain) return false;
+  return !IsOutdoneByBody(part, message) || LooksAtTextForCharset(part, message);
+}
+
 int32_t ReadPart(EmlPart& part, EmlMessage& message, const char** cursor, const char* end,
                  const AttachmentRequest* request) {
   const Stretch header = LocateHeader(part.start, end);
@@ -153,18 +140,18 @@ int32_t ReadPart(EmlPart& part, EmlMessage& message, const char** cursor, const 
   ReadTransferEncoding(part, header);
   status = ReadContentId(part, header);
 
-  const Stretch content = {header.end, end};
-  if (status == StatusOk) status = CopyContent(part, content);
   if (status != StatusOk) return status;
-  bool replaceable = false;
-  status = DecodeContent(part, content, replaceable);
-  if (status != StatusOk && !replaceable) return status;
+  part.raw = {header.end, static_cast<size_t>(end - header.end)};
   part.parsed = 1;
-  *cursor = content.end;
+  *cursor = end;
 
+  // Base64 content of length 0 fails, but a report replaces that failure.
+  const bool fails = part.encoding == TransferBase64 && part.raw.empty();
+  status = fails ? StatusOutOfMemory : StatusOk;
   status = ReportByDisposition(part, message, header, request, status);
-  if (status != StatusOk) return status;
-  return ConvertPartCharset(part, message);
+  if (status != StatusOk || !IsTextForTheDocument(part, message)) return status;
+  status = EnsureDecoded(part);
+  return status == StatusOk ? ConvertPartCharset(part, message) : status;
 }
 
 }  // namespace
@@ -179,7 +166,7 @@ int32_t ParseMimePart(EmlPart& part, EmlMessage& message, const char** cursor, c
   const int32_t status = ReadPart(part, message, cursor, end, request);
   if (status != StatusOk) {
     part.name.reset();
-    part.raw.reset();
+    part.raw = {};
     part.decoded.reset();
     part.decodedLength = 0;
   }

@@ -16,9 +16,10 @@
 namespace tarn {
 
 // Reads the leaf [part.start, end) into `part`, reports it by its Content-Disposition, and moves
-// the cursor to its end. The first part whose charset asks for it makes the message's texts UTF-8:
-// that part, all later ones, and the header fields. The report comes before that: a callback gets
-// the bytes decoded, but not converted.
+// the cursor to its end. Its content is decoded here for a callback and for a text that the
+// document needs; else `decoded` stays empty, for EnsureDecoded to fill. The first part whose
+// charset asks for it makes the message's texts UTF-8: that part, all later ones, and the header
+// fields. The report comes before that: a callback gets the bytes decoded, but not converted.
 //
 // 1; the result of the report, if that is not 1 (2 among them); -1 without memory, and for base64
 // content of length 0 unless a Content-Disposition line is there; the failure of the conversion.

@@ -58,6 +58,11 @@ void ParsePartCharset(EmlPart& part, const char* value, const char* headerEnd,
   part.charset = FindCharset(value, lineEnd != nullptr ? lineEnd : headerEnd);
 }
 
+bool LooksAtTextForCharset(const EmlPart& part, const EmlMessage& message) {
+  return message.convertToUtf8 == 0 && !IsUtf8Already(part.charset.kind) &&
+         message.documentKind == DocumentHtml;
+}
+
 int32_t ConvertPartCharset(EmlPart& part, EmlMessage& message) {
   if (message.convertToUtf8 == 0 && !IsUtf8Already(part.charset.kind)) {
     // The kind of the body so far, not of this part: at the first text part it is still that of

@@ -12,6 +12,9 @@ namespace tarn {
 void ParsePartCharset(EmlPart& part, const char* value, const char* headerEnd,
                       const char* readableEnd);
 
+// Would ConvertPartCharset look into the part's text for its decision?
+bool LooksAtTextForCharset(const EmlPart& part, const EmlMessage& message);
+
 // Decides whether the message's texts become UTF-8, if that is still open, and converts the part's
 // decoded text accordingly. A part of a charset that needs conversion decides for it, unless it is
 // an HTML text whose own meta element names the same charset; that element counts in one spelling

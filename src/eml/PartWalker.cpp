@@ -92,7 +92,7 @@ int32_t PartWalker::close(int32_t result) {
 void PartWalker::releasePart() {
   part_.decoded.reset();
   part_.decodedLength = 0;
-  part_.raw.reset();
+  part_.raw = {};
   part_.name.reset();
 }
 
@@ -161,11 +161,6 @@ int32_t PartWalker::readLeaf(const Multipart& multipart) {
   part_.start = cursor_;
   const int32_t status = ParseMimePart(part_, message_, &cursor_, multipart.next, request_);
   if (status != StatusOk) return status;
-  if (part_.contentClass <= ContentPlain && !part_.decoded) {
-    // A text part without a text is passed over, and the byte behind it.
-    ++cursor_;
-    return StatusOk;
-  }
   return UsePart(part_, message_, context_, imageBudget_, innermost().result);
 }
 

@@ -3,6 +3,8 @@
 // alphabet; only a group that is not (line ends, "=", anything foreign) is collected byte by byte.
 //
 // Quoted-printable is copied in words of eight bytes up to the next byte that means something.
+//
+// A part may be most of its file, so the length of its text is counted before the block is made.
 #include "eml/TransferDecoding.h"
 
 #include <algorithm>
@@ -59,8 +61,8 @@ class Base64Output {
 
   uint64_t written() const { return written_; }
 
-  // Three bytes and a zero behind them, which later bytes overwrite. The caller has read four
-  // bytes for them, so that they are in front of what is still to be read and within its length.
+  // Three bytes and a zero after them, which later bytes overwrite. The caller has read four
+  // bytes for them, so that they are before what is still to be read.
   void putPlainGroup(uint32_t group) {
     const uint32_t bytes = group << 8;
     const char four[4] = {static_cast<char>(bytes >> 24), static_cast<char>(bytes >> 16),
@@ -88,6 +90,55 @@ class Base64Output {
   uint64_t capacity_;
   uint64_t written_ = 0;
 };
+
+// Decodes into a destination with room for three bytes for each group of four that are kept, and
+// for one more.
+uint64_t DecodeGroups(std::string_view source, char* destination, uint64_t capacity) {
+  Base64Output output(destination, capacity);
+  char group[4];
+  uint64_t collected = 0;
+  for (uint64_t i = 0; i < source.size();) {
+    if (collected == 0) {
+      for (; source.size() - i >= 4; i += 4) {
+        const uint32_t plain = PlainGroup(source.data() + i);
+        if (plain >= kNotPlain) break;
+        output.putPlainGroup(plain);
+      }
+      if (i == source.size()) break;
+    }
+    const char character = source[i++];
+    if (!IsKept(character)) continue;
+    group[collected++] = character;
+    if (collected == 4) {
+      output.putGroup(group);
+      collected = 0;
+    }
+  }
+  if (collected != 0) {
+    std::fill(group + collected, group + 4, 'A');
+    output.putGroup(group);
+  }
+  return output.written();
+}
+
+// How many bytes of the source DecodeGroups keeps. Written so that compilers take many bytes at a
+// time.
+uint64_t CountKept(std::string_view source) {
+  constexpr uint64_t kBlock = 128;
+  uint64_t count = 0;
+  for (uint64_t at = 0; at < source.size(); at += kBlock) {
+    uint8_t kept = 0;
+    for (const char character : source.substr(at, kBlock)) {
+      const auto c = static_cast<unsigned char>(character);
+      const auto letter = static_cast<unsigned char>((c | 0x20U) - 'a');
+      const auto digit = static_cast<unsigned char>(c - '0');
+      const bool keeps = (letter < 26) | (digit < 10) | (c == '+') | (c == '/') | (c == '=');
+      kept = static_cast<uint8_t>(kept + keeps);
+    }
+    count += kept;
+  }
+  return count;
+}
 
 // Quoted-printable ------------------------------------------------------------------------------
 
@@ -135,6 +186,40 @@ uint64_t DecodePlainEscapes(std::string_view source, char* destination) {
   return count;
 }
 
+// What an "=" and the two bytes after it are: how many bytes of the source, and the byte they give.
+struct Escape {
+  uint64_t length;
+  bool hasByte;
+  char byte;
+};
+
+// One digit is enough, and a byte from 0x80 up passes for one. An LF does, too: a line end that is
+// no CR LF is not a soft one.
+Escape ReadEscape(char first, char second) {
+  if (first == '\r' && second == '\n') return {3, false, '\0'};
+  const int8_t high = kHexValues[static_cast<unsigned char>(first)];
+  const int8_t low = kHexValues[static_cast<unsigned char>(second)];
+  if (high > kHighestDigit && low > kHighestDigit) return {1, true, '\0'};
+  return {3, true, static_cast<char>(high * 16 + low)};
+}
+
+// How many bytes the quoted-printable source gives, zeros standing after its end.
+uint64_t CountQuotedPrintable(std::string_view source) {
+  uint64_t count = 0;
+  for (uint64_t i = 0; i < source.size();) {
+    const size_t next = std::min(source.find('=', i), source.size());
+    count += next - i;
+    i = next;
+    if (i == source.size()) break;
+    const uint64_t left = source.size() - i;
+    const Escape escape =
+        ReadEscape(left > 1 ? source[i + 1] : '\0', left > 2 ? source[i + 2] : '\0');
+    if (escape.hasByte) ++count;
+    i += escape.length;
+  }
+  return count;
+}
+
 // Copies the bytes of the source up to the first "=" or `other`, and returns their number. May
 // write up to eight bytes more, but no more than the source has.
 uint64_t CopyPlainRun(std::string_view source, char* destination, char other) {
@@ -167,31 +252,7 @@ int32_t DecodeBase64(const char* source, uint64_t length, char* destination, uin
   if (source == nullptr || destination == nullptr || capacity < length) return StatusBadArgument;
   if (length == 0) return StatusOutOfMemory;
 
-  Base64Output output(destination, capacity);
-  char group[4];
-  uint64_t collected = 0;
-  for (uint64_t i = 0; i < length;) {
-    if (collected == 0) {
-      for (; length - i >= 4; i += 4) {
-        const uint32_t plain = PlainGroup(source + i);
-        if (plain >= kNotPlain) break;
-        output.putPlainGroup(plain);
-      }
-      if (i == length) break;
-    }
-    const char character = source[i++];
-    if (!IsKept(character)) continue;
-    group[collected++] = character;
-    if (collected == 4) {
-      output.putGroup(group);
-      collected = 0;
-    }
-  }
-  if (collected != 0) {
-    std::fill(group + collected, group + 4, 'A');
-    output.putGroup(group);
-  }
-  capacity = output.written();
+  capacity = DecodeGroups({source, length}, destination, capacity);
   return StatusOk;
 }
 
@@ -223,63 +284,80 @@ uint64_t DecodeQuotedPrintable(std::string_view source, char* destination, bool 
       o += escapes;
       continue;
     }
-    const char first = byteAt(i + 1);
-    const char second = byteAt(i + 2);
-    // One digit is enough, and a byte from 0x80 up passes for one. An LF does, too: a line end that
-    // is no CR LF is not a soft one.
-    const int8_t high = kHexValues[static_cast<unsigned char>(first)];
-    const int8_t low = kHexValues[static_cast<unsigned char>(second)];
-    if (first == '\r' && second == '\n') {
-      i += 3;
-    } else if (high <= kHighestDigit || low <= kHighestDigit) {
-      destination[o++] = static_cast<char>(high * 16 + low);
-      i += 3;
-    } else {
-      destination[o++] = '\0';
-      ++i;
-    }
+    const Escape escape = ReadEscape(byteAt(i + 1), byteAt(i + 2));
+    if (escape.hasByte) destination[o++] = escape.byte;
+    i += escape.length;
   }
-  // What the copying of whole words left behind the text.
+  // What the copying of whole words left after the text.
   std::fill_n(destination + o, std::min<uint64_t>(source.size() - o, 8), '\0');
   return o;
 }
 
-int32_t DecodePartContent(EmlPart& part, uint64_t length) {
-  // Stands in front of 7-bit content of every type and stays in the document.
-  constexpr std::string_view k7BitMark = "+/v";
-  // A last group of one or two characters gives up to two bytes more than it has.
-  constexpr uint64_t kBase64Surplus = 2;
+namespace {
 
-  if (!part.raw) return StatusBadArgument;
-  uint64_t room = length;
-  if (part.encoding == Transfer7Bit) room += k7BitMark.size();
-  if (part.encoding == TransferBase64) room += kBase64Surplus;
-  part.decodedLength = 0;
-  part.decoded = AllocateZeroBlock<char>(room + 1, TARN_HERE);
-  if (!part.decoded) return StatusOutOfMemory;
+constexpr std::string_view k7BitMark = "+/v";  // before 7-bit content of every type, to stay there
 
-  const char* const raw = part.raw.get();
-  char* const decoded = part.decoded.get();
+// Bytes that the content decodes to, or a few more than that.
+uint64_t RoomForDecoded(const EmlPart& part) {
   switch (part.encoding) {
     case TransferQuotedPrintable:
-      part.decodedLength = DecodeQuotedPrintable({raw, length}, decoded, false, {});
-      return StatusOk;
-    case TransferBase64: {
-      const int32_t status = DecodeBase64(raw, length, decoded, room);
-      if (status == StatusOk) part.decodedLength = room;
-      return status;
-    }
+      // Whole words are copied, and what they leave after the text is cleared.
+      return CountQuotedPrintable(part.raw) + 8;
+    case TransferBase64:
+      return (CountKept(part.raw) + 3) / 4 * 3;
     case Transfer7Bit:
-      std::memcpy(decoded, k7BitMark.data(), k7BitMark.size());
-      std::memcpy(decoded + k7BitMark.size(), raw, length);
-      part.decodedLength = length + k7BitMark.size();
-      return StatusOk;
+      return part.raw.size() + k7BitMark.size();
     case TransferRaw:
       break;
   }
-  std::memcpy(decoded, raw, length);
-  part.decodedLength = length;
-  return StatusOk;
+  return part.raw.size();
+}
+
+uint64_t DecodeInto(const EmlPart& part, char* decoded, uint64_t room) {
+  switch (part.encoding) {
+    case TransferQuotedPrintable:
+      return DecodeQuotedPrintable(part.raw, decoded, false, {});
+    case TransferBase64:
+      return DecodeGroups(part.raw, decoded, room);
+    case Transfer7Bit:
+      decoded += k7BitMark.copy(decoded, k7BitMark.size());
+      return k7BitMark.size() + part.raw.copy(decoded, part.raw.size());
+    case TransferRaw:
+      break;
+  }
+  return part.raw.copy(decoded, part.raw.size());
+}
+
+}  // namespace
+
+int32_t DecodePartContent(EmlPart& part) {
+  constexpr uint64_t kSlack = 32;
+  if (part.raw.data() == nullptr) return StatusBadArgument;
+  part.decodedLength = 0;
+  part.decoded.reset();
+  const uint64_t room = RoomForDecoded(part);
+  part.decoded = AllocateBlock<char>(room + 1, TARN_HERE);
+  if (!part.decoded) return StatusOutOfMemory;
+
+  part.decodedLength = DecodeInto(part, part.decoded.get(), room);
+  part.decoded[part.decodedLength] = '\0';
+  if (room - part.decodedLength >= kSlack) {
+    // Only base64 of many misplaced "=". The block may stay as it is.
+    void* const smaller = KernelRealloc(part.decoded.get(), part.decodedLength + 1, TARN_HERE);
+    if (smaller != nullptr) {
+      part.decoded.take();
+      part.decoded.reset(static_cast<char*>(smaller));
+    }
+  }
+  const bool fails = part.encoding == TransferBase64 && part.raw.empty();
+  return fails ? StatusOutOfMemory : StatusOk;
+}
+
+int32_t EnsureDecoded(EmlPart& part) {
+  if (part.decoded) return StatusOk;
+  if (part.raw.data() == nullptr) return StatusNullArgument;
+  const int32_t status = DecodePartContent(part);
+  return part.decoded ? int32_t{StatusOk} : status;
 }
 
 }  // namespace tarn

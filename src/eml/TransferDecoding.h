@@ -26,11 +26,15 @@ int32_t DecodeBase64(const char* source, uint64_t length, char* destination, uin
 uint64_t DecodeQuotedPrintable(std::string_view source, char* destination, bool underscoreIsBlank,
                                std::string_view behind);
 
-// Fills part.decoded, terminated, and part.decodedLength from part.raw, a block of `length` bytes
-// and a NUL, by part.encoding. 7-bit content gets "+/v" in front of it. 1; -1 without memory, or
-// for an empty base64 content, which leaves an empty decoded text; -13 for a null raw, and then
-// nothing has changed.
-int32_t DecodePartContent(EmlPart& part, uint64_t length);
+// Fills part.decoded, terminated, and part.decodedLength from part.raw by part.encoding. The block
+// has at most 32 bytes more than the text. 7-bit content gets "+/v" in front of it. 1; -1 without
+// memory, or for an empty base64 content, which leaves an empty decoded text; -13 for a null raw,
+// and then nothing has changed.
+int32_t DecodePartContent(EmlPart& part);
+
+// The same for a part that may have been decoded already; an empty base64 content is an empty text.
+// 1; -1 without memory; -814 for a part that has neither a decoded text nor a raw one.
+int32_t EnsureDecoded(EmlPart& part);
 
 }  // namespace tarn
 

@@ -8,6 +8,7 @@
 
 #include "Tarnbase/PlainKernel.h"
 #include "eml/ReadMail.h"
+#include "eml/TransferDecoding.h"
 
 namespace tarn {
 namespace {
@@ -24,6 +25,7 @@ struct Parsed {
   EmlPart part;
   const char* cursor = nullptr;
   int32_t status = 0;
+  bool isDecoded = false;  // by ParseMimePart itself
 
   explicit Parsed(std::string_view text, const AttachmentRequest* request = nullptr) {
     message.data = static_cast<char*>(KernelAlloc(text.size() + 1, 1, TARN_HERE));
@@ -31,9 +33,11 @@ struct Parsed {
     message.end = message.data + text.size();
     part.start = message.data;
     status = ParseMimePart(part, message, &cursor, message.end, request);
+    isDecoded = static_cast<bool>(part.decoded);
+    if (status == StatusOk) status = EnsureDecoded(part);
   }
 
-  std::string raw() const { return part.raw.get(); }
+  std::string raw() const { return std::string(part.raw); }
   std::string decoded() const { return {part.decoded.get(), part.decodedLength}; }
   std::string id() const {
     return part.contentId.length == 0 ? "" : std::string(part.contentId.data);
@@ -242,7 +246,7 @@ TEST(MimePart, ResultOfTheReportEndsThePart) {
                         &recorder.request);
     EXPECT_EQ(parsed.status, result);
     EXPECT_FALSE(parsed.part.name);
-    EXPECT_FALSE(parsed.part.raw);
+    EXPECT_EQ(parsed.part.raw.data(), nullptr);
   }
 }
 
@@ -285,7 +289,7 @@ TEST(MimePart, EveryFailedAllocationGivesMinusOneAndFreesThePart) {
     if (status == 1) break;
     EXPECT_EQ(status, -1);
     EXPECT_FALSE(parsed.part.name);
-    EXPECT_FALSE(parsed.part.raw);
+    EXPECT_EQ(parsed.part.raw.data(), nullptr);
     EXPECT_FALSE(parsed.part.decoded);
     ASSERT_LT(ordinal, 50u);
   }

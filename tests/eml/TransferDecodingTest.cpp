@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cctype>
+#include <random>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -361,20 +362,16 @@ TEST(DecodeQuotedPrintable, LeavesZerosBehindTheText) {
 class PartContent : public ::testing::Test {
  protected:
   int32_t decode(TransferEncoding encoding, std::string_view raw) {
-    const std::string terminated = std::string(raw) + '\0';
-    part_.raw.reset(copyOf(terminated));
+    file_ = test::Sized(raw);
+    part_.raw = file_.bytes();
     part_.encoding = encoding;
-    return DecodePartContent(part_, raw.size());
+    return DecodePartContent(part_);
   }
 
   // The decoded bytes and the terminator behind them.
   std::string decoded() const { return std::string(part_.decoded.get(), part_.decodedLength + 1); }
 
-  static char* copyOf(std::string_view bytes) {
-    SizedBytes block = test::Sized(bytes);
-    return std::exchange(block.data, nullptr);
-  }
-
+  SizedBytes file_;  // a block of its own for the raw content, so that reads past it are found out
   EmlPart part_;
 };
 
@@ -443,8 +440,31 @@ TEST_F(PartContent, RefusesANullRaw) {
   for (const TransferEncoding encoding :
        {TransferQuotedPrintable, TransferBase64, Transfer7Bit, TransferRaw}) {
     part_.encoding = encoding;
-    EXPECT_EQ(DecodePartContent(part_, 3), StatusBadArgument);
+    EXPECT_EQ(DecodePartContent(part_), StatusBadArgument);
+    EXPECT_EQ(EnsureDecoded(part_), StatusNullArgument);
     EXPECT_FALSE(part_.decoded);
+  }
+}
+
+// The block's length is counted beforehand; the text must fit it, whatever the content is.
+TEST_F(PartContent, GivesWhatTheDecodersGiveWithRoomToSpare) {
+  std::mt19937 random(20261122);
+  const std::string_view alphabet = "AQz09+/===\r\n \xFFG4a";
+  for (int round = 0; round < 20000; ++round) {
+    std::string raw(random() % 40, '\0');
+    for (char& byte : raw) byte = alphabet[random() % (random() % alphabet.size() + 1)];
+    std::string expected(raw.size() + 8, '\0');
+    uint64_t room = expected.size();
+    if (raw.empty()) room = 0;
+    if (!raw.empty()) {
+      ASSERT_EQ(DecodeBase64(raw.data(), raw.size(), expected.data(), room), StatusOk);
+      ASSERT_EQ(decode(TransferBase64, raw), StatusOk);
+      ASSERT_EQ(decoded(), expected.substr(0, room) + '\0') << ::testing::PrintToString(raw);
+    }
+    expected.assign(raw.size() + 8, '\0');
+    room = DecodeQuotedPrintable(raw, expected.data(), false, {});
+    ASSERT_EQ(decode(TransferQuotedPrintable, raw), StatusOk);
+    ASSERT_EQ(decoded(), expected.substr(0, room) + '\0') << ::testing::PrintToString(raw);
   }
 }
 
@@ -457,15 +477,15 @@ TEST_F(PartContent, ReplacesTheDecodedTextOfAnEarlierPart) {
 TEST_F(PartContent, ReportsMissingMemory) {
   for (const TransferEncoding encoding :
        {TransferQuotedPrintable, TransferBase64, Transfer7Bit, TransferRaw}) {
-    part_.raw.reset(copyOf("QUJD\0"sv));
+    part_.raw = "QUJD";
     part_.encoding = encoding;
     part_.decodedLength = 99;
     PlainKernelFailAt(PlainKernelFaultMemory, 1);
-    EXPECT_EQ(DecodePartContent(part_, 4), StatusOutOfMemory);
+    EXPECT_EQ(DecodePartContent(part_), StatusOutOfMemory);
     EXPECT_FALSE(part_.decoded);
     EXPECT_EQ(part_.decodedLength, 0U);
     PlainKernelFailAt(PlainKernelFaultMemory, 2);
-    EXPECT_EQ(DecodePartContent(part_, 4), StatusOk) << "more than one allocation";
+    EXPECT_EQ(DecodePartContent(part_), StatusOk) << "more than one allocation";
     PlainKernelFailAt(PlainKernelFaultMemory, 0);
     part_.decoded.reset();
   }

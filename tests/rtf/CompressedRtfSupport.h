@@ -15,6 +15,7 @@
 #include "Internal/MailMessage.h"
 #include "Tarnbase/PlainKernel.h"
 #include "rtf/CompressedRtf.h"
+#include "support/PeakMemory.h"
 #include "support/RtfCompressor.h"
 
 namespace tarn::test {
@@ -39,22 +40,6 @@ inline char* KernelCopy(std::string_view bytes) {
   auto* const block = static_cast<char*>(KernelAlloc(bytes.size(), 1, TARN_HERE));
   if (!bytes.empty()) std::memcpy(block, bytes.data(), bytes.size());
   return block;
-}
-
-// The most bytes that the call needs beside those that are there before. A block as large as all
-// that was ever held lifts what is held now to the peak, so that the peak of the call shows.
-template <typename Call>
-uint64_t PeakOf(const Call& call) {
-  PlainKernelUsageRecord usage = {};
-  PlainKernelUsage(&usage);
-  const auto ballast = AllocateBlock<char>(usage.peakBytes, TARN_HERE);
-  PlainKernelUsage(&usage);
-  EXPECT_NE(ballast.get(), nullptr);
-  const uint64_t before = usage.liveBytes;
-  call();
-  PlainKernelUsage(&usage);
-  EXPECT_GE(usage.peakBytes, before);
-  return usage.peakBytes - before;
 }
 
 // What the body holds before a decoder runs.

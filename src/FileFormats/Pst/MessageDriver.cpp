@@ -46,6 +46,7 @@ int32_t ReadEmlDocument(PstFilterData& data, uint32_t& kind, uint64_t handle,
   const int32_t read = ReadEmlMessage(message, handle, data, request);
   if (read != StatusOk) return read;
   if (message.body.data == nullptr) return StatusNotSupported;
+  message.releaseFile();
   if (request == nullptr) {
     const int32_t made = MakeEmlDocument(message, data, kind);
     if (made != StatusOk) return made;
