@@ -9,11 +9,12 @@ namespace tarn {
 
 // Aims the context at the image's first reference in the body: at "cid:" and the content id, or
 // else, when that occurs nowhere, at the name. What was found is the context's needle and where it
-// stands its searchOffset, else both stay. Both texts are UTF-8 and terminated, outlive the
+// is its searchOffset, else both stay. Both texts are UTF-8 and terminated, outlive the
 // context's use of them, and are null when the image has none.
 //
 // 1, and `found` says whether there is a reference; -1 without memory for the text of the content
-// id, and once the budget is spent, to which every byte that a search passes over is charged.
+// id, and once the budget is spent, to which every byte that a search passes over is charged. A
+// pass has the same budget.
 int32_t AimAtReference(InlineImageContext& context, SearchBudget& budget, const char* contentId,
                        const char* name, bool& found);
 

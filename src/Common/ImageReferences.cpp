@@ -2,16 +2,15 @@
 
 #include "Common/ByteSearch.h"
 #include "Common/InlineImages.h"
+#include "Common/TextRewriter.h"
 
 namespace tarn {
 namespace {
 
-constexpr std::string_view kImageData = "<v:imagedata";
-
 // How many bytes of the literal, from `matched` on, the text begins with; all bytes of the shorter
 // one must agree, else the answer is `mismatch`.
 size_t MatchOn(std::string_view text, size_t matched, size_t mismatch) {
-  const std::string_view rest = kImageData.substr(matched);
+  const std::string_view rest = kImageDataTag.substr(matched);
   const std::string_view front = text.substr(0, rest.size());
   return rest.starts_with(front) ? matched + front.size() : mismatch;
 }
@@ -34,7 +33,7 @@ void LastTag::feed(std::string_view piece, size_t tag) {
 }
 
 bool LastTag::isImageData(std::string_view following) const {
-  return matched_ != kMismatch && MatchOn(following, matched_, kMismatch) == kImageData.size();
+  return matched_ != kMismatch && MatchOn(following, matched_, kMismatch) == kImageDataTag.size();
 }
 
 ImageReferences::ImageReferences(std::string_view body, uint64_t searchOffset,
@@ -91,39 +90,6 @@ bool ImageReferences::isInImageData(uint64_t place) {
   return answer;
 }
 
-namespace {
-
-// The body with all its references replaced, in a block of `newLength` bytes. -1 without memory,
-// and then the body is as it was and the count 0.
-int32_t WriteReplaced(SizedBytes& body, uint64_t searchOffset, std::string_view needle,
-                      std::string_view replacement, uint64_t newLength, uint64_t& count) {
-  const std::string_view old = body.bytes();
-  KernelBlock<char> block = AllocateBlock<char>(newLength, TARN_HERE);
-  if (!block) {
-    count = 0;
-    return StatusOutOfMemory;
-  }
-  char* out = block.get();
-  const auto put = [&out](std::string_view piece) { out += piece.copy(out, piece.size()); };
-  uint64_t copied = 0;
-  uint64_t start = 0;
-  uint64_t end = 0;
-  ImageReferences written(old, searchOffset, needle, replacement);
-  while (written.next(start, end)) {
-    put(old.substr(copied, start - copied));
-    put(replacement);
-    copied = end;
-  }
-  put(old.substr(copied));
-
-  body.release();
-  body.data = block.take();
-  body.length = newLength;
-  return StatusOk;
-}
-
-}  // namespace
-
 int32_t ReplaceImageReferences(SizedBytes& body, uint64_t searchOffset, std::string_view needle,
                                std::string_view replacement, uint64_t limit, uint64_t& count) {
   count = 0;
@@ -136,6 +102,7 @@ int32_t ReplaceImageReferences(SizedBytes& body, uint64_t searchOffset, std::str
   uint64_t end = 0;
   uint64_t firstStart = 0;
   uint64_t firstEnd = 0;
+  TextGrowth growth;
   ImageReferences counted(old, searchOffset, needle, replacement);
   for (; counted.next(start, end); ++found) {
     if (found == 0) {
@@ -145,21 +112,26 @@ int32_t ReplaceImageReferences(SizedBytes& body, uint64_t searchOffset, std::str
     newLength -= end - start;
     if (replacement.size() > UINT64_MAX - newLength) return StatusOutOfMemory;
     newLength += replacement.size();
+    growth.add(end - start, replacement.size());
   }
   if (found == 0) return StatusOk;
   if (newLength > limit) return StatusOutOfMemory;
-  count = found;
   // A single reference moves the tail alone: images that stand in the order of their references
   // leave hardly any, however large the body has become by them.
   if (found == 1) {
     const uint64_t removed = firstEnd - firstStart;
-    if (SpliceBytes(body, firstStart, removed, replacement.data(), replacement.size()) == 1) {
-      return StatusOk;
+    if (SpliceBytes(body, firstStart, removed, replacement.data(), replacement.size()) != 1) {
+      return StatusOutOfMemory;
     }
-    count = 0;
-    return StatusOutOfMemory;
+  } else {
+    TextRewriter rewriter;
+    if (!rewriter.open(body, growth)) return StatusOutOfMemory;
+    ImageReferences written(rewriter.old(), searchOffset, needle, replacement);
+    while (written.next(start, end)) rewriter.replace(start, end, replacement);
+    rewriter.close();
   }
-  return WriteReplaced(body, searchOffset, needle, replacement, newLength, count);
+  count = found;
+  return StatusOk;
 }
 
 }  // namespace tarn

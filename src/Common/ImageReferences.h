@@ -28,6 +28,9 @@
 
 namespace tarn {
 
+// The occurrences inside of such a tag stay.
+inline constexpr std::string_view kImageDataTag = "<v:imagedata";
+
 // Follows a text that comes in pieces and knows whether its last tag is a v:imagedata tag.
 class LastTag {
  public:
@@ -65,10 +68,9 @@ class ImageReferences {
   LastTag lastTag_;
 };
 
-// Replaces all references of the body from `searchOffset` on: a single one in place, several in a
-// new block that takes the place of the old one. `count` receives their number. 1; -1 without
-// memory or when the body would become longer than `limit`, and then it is as it was and the count
-// 0. An empty needle has no references.
+// Replaces all references of the body from `searchOffset` on, in the body's own block. `count`
+// receives their number. 1; -1 without memory or when the body would become longer than `limit`,
+// and then it is as it was and the count 0. An empty needle has no references.
 int32_t ReplaceImageReferences(SizedBytes& body, uint64_t searchOffset, std::string_view needle,
                                std::string_view replacement, uint64_t limit, uint64_t& count);
 

@@ -2,12 +2,11 @@
 
 #include "Common/ApiUtils.h"
 #include "Common/Base64Encode.h"
+#include "Common/ImagePass.h"
 #include "Common/ImageReferences.h"
 
 namespace tarn {
 namespace {
-
-constexpr std::string_view kDataPrefix = "data:image;base64,";
 
 bool EndsFileName(char c) { return c == '/' || c == ':' || c == '\\'; }
 
@@ -61,18 +60,33 @@ int32_t MakeDataUrl(std::string_view image, SizedBytes& url) {
   if (image.size() > UINT64_MAX / 2) return StatusOutOfMemory;
   // Small images do not fit: their padding takes more than the factor gives.
   const auto room = static_cast<uint64_t>(static_cast<double>(image.size()) * 1.4);
-  const uint64_t blockSize = room + kDataPrefix.size();
+  const uint64_t blockSize = room + kDataUrlPrefix.size();
   url.data = static_cast<char*>(KernelRealloc(nullptr, blockSize, TARN_HERE));
   if (url.data == nullptr) return StatusOutOfMemory;
   std::memset(url.data, 0, blockSize);
-  kDataPrefix.copy(url.data, kDataPrefix.size());
+  kDataUrlPrefix.copy(url.data, kDataUrlPrefix.size());
   if (image.data() == nullptr || room == 0) return StatusBadArgument;
 
   const uint64_t encoded =
-      Base64Encode(url.data + kDataPrefix.size(), room, image.data(), image.size());
+      Base64Encode(url.data + kDataUrlPrefix.size(), room, image.data(), image.size());
   if (encoded == 0) return StatusFailed;
-  url.length = kDataPrefix.size() + encoded;
+  url.length = kDataUrlPrefix.size() + encoded;
   return StatusOk;
+}
+
+// The text in a block of its own. False without memory.
+bool CopyOf(std::string_view text, SizedBytes& copy) {
+  copy.data = static_cast<char*>(KernelRealloc(nullptr, text.size(), TARN_HERE));
+  if (copy.data == nullptr) return false;
+  copy.length = text.copy(copy.data, text.size());
+  return true;
+}
+
+// A URL that is kept takes no more than its length. The block may stay as it is.
+bool GiveBackSlack(SizedBytes& url) {
+  void* const smaller = KernelRealloc(url.data, url.length, TARN_HERE);
+  if (smaller != nullptr) url.data = static_cast<char*>(smaller);
+  return true;
 }
 
 }  // namespace
@@ -81,10 +95,11 @@ int32_t RewriteInlineImage(InlineImageContext& context, const char* block, uint6
                            uint32_t* replacements) {
   if (replacements != nullptr) *replacements = 0;
   const std::string_view image(block, block == nullptr ? 0 : size);
+  const bool isFile = context.filterData->useTempFile == 1;
   char path[kPathCapacity];
   SizedBytes url;
   std::string_view replacement;
-  if (context.filterData->useTempFile == 1) {
+  if (isFile) {
     const int32_t status = MakeImageFile(context, image, path);
     if (status != StatusOk) return status;
     replacement = path;
@@ -99,8 +114,16 @@ int32_t RewriteInlineImage(InlineImageContext& context, const char* block, uint6
   const std::string_view needle =
       context.needle == nullptr ? std::string_view() : std::string_view(context.needle);
   uint64_t count = 0;
-  const int32_t status = ReplaceImageReferences(*context.body, context.searchOffset, needle,
-                                                replacement, context.bodyLimit, count);
+  int32_t status = StatusOk;
+  if (context.pass == nullptr) {
+    status = ReplaceImageReferences(*context.body, context.searchOffset, needle, replacement,
+                                    context.bodyLimit, count);
+  } else {
+    if (!(isFile ? CopyOf(replacement, url) : GiveBackSlack(url))) return StatusOutOfMemory;
+    status =
+        context.pass->replace(context.searchOffset, needle, std::move(url),
+                              isFile ? ImagePass::Kind::Name : ImagePass::Kind::DataUrl, count);
+  }
   if (replacements != nullptr) *replacements = static_cast<uint32_t>(count);
   return status;
 }

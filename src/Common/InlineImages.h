@@ -7,6 +7,11 @@
 
 namespace tarn {
 
+class ImagePass;
+
+// What every image begins with that is put into a body itself. The media type is the same for each.
+inline constexpr std::string_view kDataUrlPrefix = "data:image;base64,";
+
 // The state of one pass over a body; a local of the reader, which owns everything it points to.
 struct InlineImageContext {
   PstFilterData* filterData = nullptr;  // its useTempFile selects the route
@@ -19,6 +24,8 @@ struct InlineImageContext {
   const char* needle = nullptr;  // what is replaced, UTF-8: cidText's or name
   // What the body may grow to: a small file can refer to one image very often.
   uint64_t bodyLimit = UINT64_MAX;
+  // Takes all images of the body together (ImagePass.h), or null: then each is written at once.
+  ImagePass* pass = nullptr;
 };
 
 // How long the body of a file may become by images: a fixed part and a part in proportion to the
@@ -36,7 +43,8 @@ constexpr uint64_t BodyLimit(uint64_t fileSize) {
 // Replaces every quoted value of the body that holds the needle (see ImageReferences.h) by the
 // image: its file's name, or a data: URL. `replacements`, if not null, receives their number. An
 // image file is written, and its path left in the record's inlineFiles, even when the body does not
-// refer to it.
+// refer to it. With a pass, needle and searchOffset are those of AimAtReference (ImageAim.h), and
+// the body changes when the pass is finished.
 //
 //   1      done; a body without references keeps its block
 //   0      the data: URL of a small image does not fit the room of 1.4 times its size: sizes 1 to

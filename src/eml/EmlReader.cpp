@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "Common/ByteSearch.h"
+#include "Common/ImagePass.h"
 #include "eml/BodyChoice.h"
 #include "eml/HeaderFields.h"
 #include "eml/HeaderSearch.h"
@@ -101,7 +102,11 @@ int32_t WalkMessage(EmlMessage& message, PstFilterData& filterData,
   InlineImageContext context;
   context.filterData = &filterData;
   context.body = &message.body;
-  context.bodyLimit = BodyLimit(static_cast<uint64_t>(message.end - message.data));
+  const auto fileSize = static_cast<uint64_t>(message.end - message.data);
+  context.bodyLimit = BodyLimit(fileSize);
+  SearchBudget budget = SearchBudget::ForImages(fileSize);
+  ImagePass pass(message.body, ImagePass::LimitsFor(fileSize), budget);
+  context.pass = &pass;
 
   TrackedBuffer<char> delimiter;
   const char* cursor = nullptr;
@@ -114,7 +119,10 @@ int32_t WalkMessage(EmlMessage& message, PstFilterData& filterData,
     if (!IsTextMail(message)) return StatusNotSupported;
     cursor = message.data;
   }
-  return WalkMimeParts(message, cursor, message.end, delimiter, context, request);
+  const int32_t walked =
+      WalkMimeParts(message, cursor, message.end, delimiter, context, budget, request);
+  // A request looks at attachments alone: its document is never made.
+  return walked == StatusOk && request == nullptr ? pass.finish() : walked;
 }
 
 }  // namespace

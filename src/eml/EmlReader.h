@@ -11,9 +11,9 @@
 
 namespace tarn {
 
-// Fills the message, which is new: header fields, and the body that the part walker chooses; with a
-// request (or null), the attachments are reported on the way. The handle stays open and stands at
-// the end of the file.
+// Fills the message, which is new: header fields, and the body that the part walker chooses. With a
+// request (or null), the attachments are reported on the way, and the body is only looked at for
+// failures: its images stay out of it. The handle stays open and is at the end of the file.
 //
 // 1, and then the body may still be null. -9 for a file without the fields of a mail (From, Date,
 // and one of To, Cc, Bcc; empty ones will do) and for one without a boundary whose Content-Type is

@@ -19,13 +19,14 @@ uint64_t FileSize(const EmlMessage& message) {
 
 class PartWalker {
  public:
-  PartWalker(EmlMessage& message, InlineImageContext& context, const AttachmentRequest* request)
+  PartWalker(EmlMessage& message, InlineImageContext& context, SearchBudget& imageBudget,
+             const AttachmentRequest* request)
       : message_(message),
         context_(context),
         request_(request),
         headers_(message.end),
         delimiterBudget_(SearchBudget::ForDelimiters(FileSize(message))),
-        imageBudget_(SearchBudget::ForImages(FileSize(message))) {}
+        imageBudget_(imageBudget) {}
 
   int32_t walk(const char* cursor, const char* end, std::string_view delimiter);
 
@@ -58,7 +59,7 @@ class PartWalker {
   const AttachmentRequest* request_;
   HeaderMemo headers_;
   SearchBudget delimiterBudget_;
-  SearchBudget imageBudget_;
+  SearchBudget& imageBudget_;
   const char* cursor_ = nullptr;
   EmlPart part_;  // the leaf in hand
   TrackedBuffer<Multipart> open_{0, 16};
@@ -168,8 +169,8 @@ int32_t PartWalker::readLeaf(const Multipart& multipart) {
 
 int32_t WalkMimeParts(EmlMessage& message, const char* cursor, const char* end,
                       const TrackedBuffer<char>& delimiter, InlineImageContext& context,
-                      const AttachmentRequest* request) {
-  PartWalker walker(message, context, request);
+                      SearchBudget& imageBudget, const AttachmentRequest* request) {
+  PartWalker walker(message, context, imageBudget, request);
   return walker.walk(cursor, end, {delimiter.data, delimiter.length});
 }
 

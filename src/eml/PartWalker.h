@@ -13,6 +13,7 @@
 #define TARN_EML_PARTWALKER_H
 
 #include "Common/InlineImages.h"
+#include "Common/SearchBudget.h"
 #include "Internal/AttachmentRequest.h"
 #include "Internal/EmlMessage.h"
 
@@ -30,7 +31,7 @@ inline constexpr uint64_t kMaxMultipartDepth = 500;
 // for nesting too deep and for a spent search budget (SearchBudget.h). The body keeps what it has.
 int32_t WalkMimeParts(EmlMessage& message, const char* cursor, const char* end,
                       const TrackedBuffer<char>& delimiter, InlineImageContext& context,
-                      const AttachmentRequest* request);
+                      SearchBudget& imageBudget, const AttachmentRequest* request);
 
 }  // namespace tarn
 

@@ -372,7 +372,8 @@ TEST(PartWalker, NullCursorWalksNothing) {
   const TrackedBuffer<char> delimiter;
   const std::string_view text = "\r\n\r\nx";
   const char* const end = text.data() + text.size();
-  EXPECT_EQ(WalkMimeParts(message, nullptr, end, delimiter, context, nullptr), 1);
+  SearchBudget budget(1);
+  EXPECT_EQ(WalkMimeParts(message, nullptr, end, delimiter, context, budget, nullptr), 1);
   EXPECT_EQ(message.body.data, nullptr);
 }
 
