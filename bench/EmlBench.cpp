@@ -1,10 +1,15 @@
 // Whole reads of mails that are made to be dear. Each should cost about as much for a byte of its
-// file as the plain mail does, and none more than a second.
+// file as the plain mail does, and none more than a second. Mails of thousands of images come in
+// sizes n, 2n and 4n: "growth" is how much longer than the mail of half the size each takes.
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
+#include <chrono>
 #include <cstring>
+#include <random>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "Tarnbase/Kernel.h"
 #include "eml/EmlReader.h"
@@ -59,6 +64,7 @@ std::string Multipart(std::string_view rest) {
 }
 
 constexpr size_t kTenMegabytes = 10000000;
+constexpr int kFewestImages = 4000;
 
 void BM_PlainMail(benchmark::State& state) {
   std::string mail(kFields);
@@ -147,6 +153,36 @@ void BM_ImageEverywhere(benchmark::State& state) {
                  Repeat("x", kTenMegabytes / 2)));
 }
 
+enum class Order { AsReferred, Shuffled };
+
+// `count` images of 300 bytes with a reference each, by content id or by a name in a path.
+std::string MailOfImages(int count, Order order, bool byName) {
+  std::string page = "\r\n--b\r\nContent-Type: text/html\r\n\r\n";
+  std::vector<std::string> parts;
+  for (int i = 0; i < count; ++i) {
+    const std::string id = "image" + std::to_string(i) + ".png@01DC5B7A.5D6F8E20";
+    const std::string name = "picture-" + std::to_string(i) + "x.png";
+    page += "<img width=100 src=\"" + (byName ? "files/" + name : "cid:" + id) + "\">\r\n";
+    parts.push_back("\r\n--b\r\nContent-Type: image/png; name=" + name + "\r\nContent-ID: <" + id +
+                    ">\r\nContent-Transfer-Encoding: base64\r\n\r\n" + std::string(400, 'Q'));
+  }
+  std::mt19937 random(20261122);
+  if (order == Order::Shuffled) std::shuffle(parts.begin(), parts.end(), random);
+  for (const std::string& part : parts) page += part;
+  return Multipart(page);
+}
+
+void BM_ThousandsOfImages(benchmark::State& state, Order order, bool byName) {
+  static double halfTheSize = 0;
+  const std::string mail = MailOfImages(static_cast<int>(state.range(0)), order, byName);
+  const auto start = std::chrono::steady_clock::now();
+  Read(state, mail);
+  const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
+  const double each = taken.count() / static_cast<double>(state.iterations());
+  if (state.range(0) != kFewestImages) state.counters["growth"] = each / halfTheSize;
+  halfTheSize = each;
+}
+
 BENCHMARK(BM_PlainMail)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Base64Attachment)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_MillionDelimiters)->Unit(benchmark::kMillisecond);
@@ -177,6 +213,24 @@ BENCHMARK_CAPTURE(BM_ImagesWithoutAPlace, text, "a.png", "<p>Some text</p>")
 BENCHMARK_CAPTURE(BM_ImagesWithoutAPlace, nearly, "-.aaaaaaaaab", "-.aaaaaaaaac")
     ->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_ImageEverywhere)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_ThousandsOfImages, byContentId, Order::AsReferred, false)
+    ->Arg(kFewestImages)
+    ->Arg(2 * kFewestImages)
+    ->Arg(4 * kFewestImages)
+    ->Iterations(5)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_ThousandsOfImages, shuffled, Order::Shuffled, false)
+    ->Arg(kFewestImages)
+    ->Arg(2 * kFewestImages)
+    ->Arg(4 * kFewestImages)
+    ->Iterations(5)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_ThousandsOfImages, byName, Order::AsReferred, true)
+    ->Arg(kFewestImages)
+    ->Arg(2 * kFewestImages)
+    ->Arg(4 * kFewestImages)
+    ->Iterations(5)
+    ->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace tarn
