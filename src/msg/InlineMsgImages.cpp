@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "Common/ImageAim.h"
+#include "Common/ImagePass.h"
 #include "Common/InlineImages.h"
 #include "Common/SearchBudget.h"
 #include "msg/AttachmentPath.h"
@@ -54,30 +55,37 @@ int32_t InlineOneMsgAttachment(const CompoundStorage& storage, AttachmentPath pa
   uint64_t length = 0;
   const int32_t loaded = ReadWholeStream(&*stream, image, length);
   if (loaded != StatusOk) return loaded;
-  const int32_t status = RewriteInlineImage(context, image.get(), length);
-  // The whole body may have been written anew.
-  budget.searches.spend(context.body->length);
-  return status;
+  return RewriteInlineImage(context, image.get(), length);
 }
 
-}  // namespace
-
-int32_t InlineMsgImages(MailMessage& message, PstFilterData& data,
-                        const CompoundStorage& storage) try {
-  const uint64_t fileSize = storage.file->fileSize;
-  InlineImageContext context;
-  context.filterData = &data;
-  context.body = &message.body;
-  context.bodyLimit = BodyLimit(fileSize);
-  ImageBudget budget(fileSize);
+// The images up to the first that fails.
+int32_t PlaceImages(InlineImageContext& context, const CompoundStorage& storage,
+                    ImageBudget& budget) try {
   for (const KernelString& name : ListAttachments(storage)) {
     const int32_t status = InlineOneMsgAttachment(storage, AttachmentPath(name), context, budget);
     if (status < StatusOk) return status;
-    ++data.attachmentCount;
+    ++context.filterData->attachmentCount;
   }
   return StatusOk;
 } catch (const std::bad_alloc&) {
   return StatusOutOfMemory;
+}
+
+}  // namespace
+
+int32_t InlineMsgImages(MailMessage& message, PstFilterData& data, const CompoundStorage& storage) {
+  const uint64_t fileSize = storage.file->fileSize;
+  ImageBudget budget(fileSize);
+  ImagePass pass(message.body, ImagePass::LimitsFor(fileSize), budget.searches);
+  InlineImageContext context;
+  context.filterData = &data;
+  context.body = &message.body;
+  context.bodyLimit = BodyLimit(fileSize);
+  context.pass = &pass;
+  const int32_t status = PlaceImages(context, storage, budget);
+  // What was placed before a failure stays in the body.
+  const int32_t finished = pass.finish();
+  return status == StatusOk ? finished : status;
 }
 
 }  // namespace tarn
