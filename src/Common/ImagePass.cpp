@@ -203,7 +203,7 @@ void ImagePass::discard() {
   edits_.clear();
   replacements_.clear();
   names_.clear();
-  nameBytes_.reset();
+  nameRuns_.clear();
   hasUrl_ = false;
   meetings_.reset();
   index_ = TextIndex({}, limits_.index);
@@ -251,8 +251,7 @@ bool ImagePass::mayTouchReplacement(std::string_view needle) {
     if (meetings_[Meeting(needle[i - 1], needle[i])]) return true;
   }
   if (hasUrl_ && CanBeInDataUrl(needle)) return true;
-  const auto isInNames = [this](char c) { return nameBytes_[static_cast<unsigned char>(c)]; };
-  if (!std::all_of(needle.begin(), needle.end(), isInNames)) return false;
+  if (!nameRuns_.mayHold(needle)) return false;
   budget_.spend(names_.size());
   return FindBytes(names_.data(), names_.data() + names_.size(), needle) != nullptr;
 }
@@ -291,7 +290,7 @@ int32_t ImagePass::replace(uint64_t place, std::string_view needle, SizedBytes r
   } else {
     names_.insert(names_.end(), bytes.begin(), bytes.end());
     names_.push_back('"');
-    for (const char c : bytes) nameBytes_.set(static_cast<unsigned char>(c));
+    nameRuns_.add(bytes);
   }
   const uint64_t found = collector.edits().size();
   const char first = bytes.empty() ? '"' : bytes.front();

@@ -25,6 +25,7 @@
 #include <optional>
 
 #include "Common/KernelAllocator.h"
+#include "Common/RunFilter.h"
 #include "Common/SearchBudget.h"
 #include "Common/TextIndex.h"
 
@@ -102,7 +103,7 @@ class ImagePass {
   // its replacement: of each such place, the two bytes where they meet.
   bool hasUrl_ = false;
   KernelVector<char> names_;
-  std::bitset<256> nameBytes_;  // the byte values in names_
+  RunFilter nameRuns_;
   std::bitset<65536> meetings_;
 
   // A stretch of the body without a NUL, which ends at one or at the end.

@@ -6,10 +6,10 @@
 // therefore counted, and a read that has spent a budget ends with -1.
 //
 // A budget is the sum of a fixed part and a part in proportion to the file. What the mail programs
-// of this world write stays far below: ten levels or five hundred images of any size, or hundreds
-// of levels or thousands of images and a few megabytes in all, are within them. (Images are
-// searched in a body that grows by each of them, so their cost grows with the square of their
-// number.)
+// of this world write stays far below: ten levels of any size, hundreds of levels of a few
+// megabytes, and tens of thousands of images (ImagePass.h) are within them. Images whose names
+// could be found in the data of other images are searched in a body that grows by each of them; of
+// those, five hundred of any size are.
 #ifndef TARN_COMMON_SEARCHBUDGET_H
 #define TARN_COMMON_SEARCHBUDGET_H
 

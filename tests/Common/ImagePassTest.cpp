@@ -263,7 +263,8 @@ INSTANTIATE_TEST_SUITE_P(
     All, ThousandsOfImages,
     ::testing::Values(Layout{"InOrder"}, Layout{"Shuffled", false, false, true},
                       Layout{"ByName", false, true}, Layout{"ImageData", false, false, false, true},
-                      Layout{"ToFiles", true}, Layout{"ToFilesShuffled", true, false, true}),
+                      Layout{"ToFiles", true}, Layout{"ToFilesByName", true, true},
+                      Layout{"ToFilesShuffled", true, false, true}),
     [](const auto& layout) { return layout.param.name; });
 
 // Bodies, needles and replacements made of the same few pieces.

@@ -121,7 +121,7 @@ TEST(TextIndex, TakesNoMoreMemoryThanItMay) {
   const uint64_t one = TextIndex::Windows::MemoryFor(text.size());
   const uint64_t before = test::Usage().liveBytes;
   TextIndex index(text, {2 * one + 1, 1});
-  for (const uint64_t length : {8, 16, 32, 64}) {
+  for (const uint64_t length : {8U, 16U, 32U, 64U}) {
     Warm(index, length);
     EXPECT_EQ(index.windowsFor(length) != nullptr, length < 32) << length;
   }
