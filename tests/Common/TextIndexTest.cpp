@@ -86,7 +86,8 @@ TEST(TextIndex, IsMadeOnceTheTextHasBeenReadOften) {
   TextIndex index(text, {kPlenty, 10});
   for (int i = 0; i < 10; ++i) {
     EXPECT_EQ(index.windowsFor(36), nullptr);
-    Occurrences absent(index, Word(1000 + i));
+    const std::string word = Word(1000 + i);
+    Occurrences absent(index, word);
     EXPECT_EQ(absent.next(0), kNoPlace);
     EXPECT_EQ(absent.takeCost(), text.size());
   }
