@@ -181,13 +181,18 @@ TARNBASE_API uint32_t KernelGetLanguage(void);
 #define KERNEL_IO_IN_MEMORY 3 /* a document must not go through a temporary file */
 #define KERNEL_IO_SCOPE_BYTES 120
 
+/* The mode of the calling thread. The filter reads it once for each document and, while a sibling
+ * has a temporary file, holds a scope of mode 3 open on its own thread. A kernel whose mode is the
+ * whole process's sends the documents of other threads the wrong way meanwhile: with such a kernel
+ * a host runs one call of the filter at a time. */
 TARNBASE_API int32_t KernelIoModeGet(void);
 
 /* Prepares the `size` (120) bytes of a scope for `mode`. Status; -13 for another size, or without a
  * scope. */
 TARNBASE_API int32_t KernelIoModeFill(void* scope, int32_t size, int32_t mode, int32_t reserved);
 
-/* Exchanges the current mode with the scope's: called once to enter, once more to leave. */
+/* Exchanges the calling thread's mode with the scope's: called once to enter, once more, on the
+ * same thread, to leave. Other threads see nothing of it. */
 TARNBASE_API void KernelIoModeSwap(void* scope, int32_t reserved0, int32_t reserved1);
 
 /* Fonts and device contexts ------------------------------------------------------------------- */

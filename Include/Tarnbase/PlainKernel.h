@@ -45,7 +45,8 @@ enum PlainKernelFaultGroup {
 /* A Windows LANGID; 0x0409 to begin with. */
 TARNBASE_API void PlainKernelSetLanguage(uint32_t langId);
 
-/* 0, to begin with, is the temp-file route; 3 keeps all in memory. */
+/* 0, to begin with, is the temp-file route; 3 keeps all in memory. The mode of every thread, those
+ * to come included; one that has a scope open takes it on when it leaves its last scope. */
 TARNBASE_API void PlainKernelSetIoMode(int32_t mode);
 
 /* Where KernelTempFileName puts files that name no directory. The path is copied; null means the

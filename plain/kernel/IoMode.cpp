@@ -1,20 +1,35 @@
-// The current file I/O mode, and the scopes that change it for a while.
+// The file I/O mode: one of the process, and for each thread the scopes that it has open. What a
+// scope changes is its own thread's mode alone, so that calls of several threads do not send each
+// other's documents the wrong way.
 //
 // A scope is 120 bytes of the caller's, of any alignment:
-//   0    4  the mode to exchange with the current one
-//   4  116  zeros
+//   0    4  the mode to exchange with the thread's
+//   4    4  1 while the scope is open, else 0
+//   8  112  zeros
+#include <atomic>
 #include <cstring>
-#include <mutex>
 
-#include "Lock.h"
 #include "Status.h"
 #include "Tarnbase/PlainKernel.h"
 
 namespace tarn::kernel {
 namespace {
 
-constinit Lock modeMutex;
-int32_t currentMode = 0;
+constinit std::atomic<int32_t> processMode{0};
+
+struct ThreadMode {
+  uint32_t openScopes;  // 0: the thread has the mode of the process
+  int32_t mode;         // else this one
+};
+
+// Constant initialized, so that it needs no constructor: the host may call while the process starts
+// and ends.
+constinit thread_local ThreadMode threadMode{0, 0};
+
+struct ScopeHead {
+  int32_t mode;
+  int32_t isOpen;
+};
 
 }  // namespace
 }  // namespace tarn::kernel
@@ -22,8 +37,7 @@ int32_t currentMode = 0;
 using namespace tarn::kernel;
 
 int32_t KernelIoModeGet(void) {
-  const std::lock_guard lock(modeMutex);
-  return currentMode;
+  return threadMode.openScopes != 0 ? threadMode.mode : processMode.load();
 }
 
 int32_t KernelIoModeFill(void* scope, int32_t size, int32_t mode, int32_t /*reserved*/) {
@@ -35,13 +49,16 @@ int32_t KernelIoModeFill(void* scope, int32_t size, int32_t mode, int32_t /*rese
 
 void KernelIoModeSwap(void* scope, int32_t /*reserved0*/, int32_t /*reserved1*/) {
   if (scope == nullptr) return;
-  const std::lock_guard lock(modeMutex);
-  const int32_t left = currentMode;
-  std::memcpy(&currentMode, scope, sizeof currentMode);
-  std::memcpy(scope, &left, sizeof left);
+  ScopeHead head;
+  std::memcpy(&head, scope, sizeof head);
+  const ScopeHead swapped = {KernelIoModeGet(), head.isOpen == 0 ? 1 : 0};
+  threadMode.mode = head.mode;
+  if (head.isOpen == 0) {
+    ++threadMode.openScopes;
+  } else if (threadMode.openScopes != 0) {
+    --threadMode.openScopes;
+  }
+  std::memcpy(scope, &swapped, sizeof swapped);
 }
 
-void PlainKernelSetIoMode(int32_t mode) {
-  const std::lock_guard lock(modeMutex);
-  currentMode = mode;
-}
+void PlainKernelSetIoMode(int32_t mode) { processMode.store(mode); }
