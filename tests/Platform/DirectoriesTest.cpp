@@ -31,12 +31,6 @@ TEST_F(Directories, TellsOneThatExisted) {
   EXPECT_TRUE(fs::is_directory(root_ / "twice"));
 }
 
-TEST_F(Directories, TellsAFileOfThatNameAlike) {
-  std::ofstream(root_ / "file") << "x";
-  EXPECT_EQ(MakeDirectory((root_ / "file").u16string().c_str()), DirectoryStatus::AlreadyExisted);
-  EXPECT_TRUE(fs::is_regular_file(root_ / "file"));
-}
-
 TEST_F(Directories, FailsWithoutAParent) {
   EXPECT_EQ(MakeDirectory((root_ / "missing/new").u16string().c_str()), DirectoryStatus::Failed);
   EXPECT_FALSE(fs::exists(root_ / "missing"));
