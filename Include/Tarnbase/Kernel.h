@@ -108,12 +108,16 @@ TARNBASE_API uint64_t KernelFileSeek(uint64_t handle, int64_t offset, int32_t or
 /* Files outside the host's I/O: temporary files that a sibling opens by name ------------------ */
 
 /* "\" and "/" both separate the components of these paths. No operation follows a path with a ".."
- * component or with no name behind its last separator, nor on Windows one that names a stream or a
- * device: names of images come out of mail, which may be hostile. */
+ * component or with no name after its last separator, nor on Windows one that names a stream or a
+ * device: names of images come out of mail, which may be hostile.
+ *
+ * In a directory that is shared, others may put links in the way. On systems with permission bits
+ * no operation here follows a link in any component below the temporary directory: a path with one
+ * fails, and deletes nothing. The temporary directory itself may be reached through links. */
 
-/* Creates the file or empties it; it is a regular file, and no link. On systems with permission
- * bits a file created here or by KernelTempFileName is for its owner alone; on Windows it inherits
- * what its directory grants. */
+/* Creates the file or empties it; it is a regular file, and no link, neither symbolic nor hard. On
+ * systems with permission bits a file created here or by KernelTempFileName is for its owner alone;
+ * on Windows it inherits what its directory grants. */
 TARNBASE_API uint64_t KernelRawFileCreate(const char16_t* path, int32_t reserved);
 TARNBASE_API uint64_t KernelRawFileWrite(uint64_t handle, const void* buffer, uint64_t count,
                                          int32_t reserved);

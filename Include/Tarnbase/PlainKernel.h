@@ -50,10 +50,11 @@ TARNBASE_API void PlainKernelSetLanguage(uint32_t langId);
 TARNBASE_API void PlainKernelSetIoMode(int32_t mode);
 
 /* Where KernelTempFileName puts files that name no directory. The path is copied; null means the
- * system's temporary directory. It is not looked at before it is used: one that does not exist, or
- * that can hold no temporary files, makes KernelTempFileName fail with -1490. On Windows a volume
- * by its own name ("\\?\Volume{...}\") holds none; name the directory through a drive or a
- * server. */
+ * system's temporary directory. Files below it are reached through no link, as long as it is the
+ * one that is set: it is not to be changed while calls run. It is not looked at before it is used:
+ * one that does not exist, or that can hold no temporary files, makes KernelTempFileName fail with
+ * -1490. On Windows a volume by its own name ("\\?\Volume{...}\") holds none; name the directory
+ * through a drive or a server. */
 TARNBASE_API void PlainKernelSetTempDirectory(const char16_t* path);
 
 /* KernelMemoryReport action 2 beyond it is refused with -1. All ones, to begin with: no limit. */

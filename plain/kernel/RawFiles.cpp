@@ -3,6 +3,8 @@
 // Names of inline images come out of mail, which may be hostile: no operation here follows a path
 // with a ".." component or anything else that MayNameTemporary refuses, so that no image climbs out
 // of the directory made for it, and deleting after a refused create deletes nothing else either.
+// Others may put links in its place in a shared directory: none is followed below the temporary
+// directory.
 #include "Faults.h"
 #include "PathRules.h"
 #include "Paths.h"
@@ -17,8 +19,9 @@ namespace {
 // The file stays, noted, when no handle can be given out: it may be deleted by its name.
 uint64_t CreateRaw(const std::string& path) {
   if (!MayNameTemporary(path)) return KERNEL_BAD_HANDLE;
+  const TemporaryPlace place = {path, DefaultTempDirectory()};
   std::shared_ptr<OpenFile> file;
-  MakeNotedFile(path, [&] { return (file = OpenTemporary(path)) != nullptr; });
+  MakeNotedFile(path, [&] { return (file = OpenTemporary(place)) != nullptr; });
   return GiveHandle(HandleGroup::Raw, std::move(file));
 }
 

@@ -23,20 +23,27 @@ extern const char kPathSeparator;
 std::shared_ptr<OpenFile> OpenForReading(const std::string& path);
 std::shared_ptr<OpenFile> OpenForWriting(const std::string& path);
 
-// A regular file made or emptied for writing, that is not reached through a link in the last
-// component. On null none was made. "\" and "/" both separate here and below.
+// A temporary file, and the directory that the host or the system chose for such files. That one is
+// trusted, however it is reached. On systems with permission bits no link is followed in what the
+// path has after it; elsewhere none in the last component.
+struct TemporaryPlace {
+  std::string path;     // "\" and "/" both separate
+  std::string trusted;  // may be empty
+};
+
+// A regular file made or emptied for writing, which is no link. On null none was made.
 //
 // On systems with permission bits, files made here and by MakeNewFile are for their owner alone; on
 // Windows they inherit what their directory grants.
-std::shared_ptr<OpenFile> OpenTemporary(const std::string& path);
+std::shared_ptr<OpenFile> OpenTemporary(const TemporaryPlace& place);
 
 enum class Creation { Made, Exists, Failed };
 
 // Makes an empty file, if nothing of that name exists.
-Creation MakeNewFile(const std::string& path);
+Creation MakeNewFile(const TemporaryPlace& place);
 
 // Whether no file of that name exists afterwards, or will once those who have it open let go.
-bool RemoveFile(const std::string& path);
+bool RemoveFile(const TemporaryPlace& place);
 
 // The same directory without ".." components; empty when there is none.
 std::string ResolveDirectory(const std::string& path);

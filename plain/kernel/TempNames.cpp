@@ -55,6 +55,7 @@ int32_t MakeTempFile(const char16_t* directory, char16_t* out, int32_t capacity,
   std::string front;
   std::string back;
   if (!MakeFrame(directory, prefix, extension, front, back)) return KernelCannotCreate;
+  const std::string trusted = DefaultTempDirectory();
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
     std::array<char, kUniqueLength> unique;
     if (!MakeUnique(unique)) return KernelCannotCreate;
@@ -65,7 +66,8 @@ int32_t MakeTempFile(const char16_t* directory, char16_t* out, int32_t capacity,
     const std::u16string wide = ToWide(path);
     if (wide.empty() || static_cast<int64_t>(wide.size()) >= capacity) return KernelCannotCreate;
     Creation creation = Creation::Failed;
-    MakeNotedFile(path, [&] { return (creation = MakeNewFile(path)) == Creation::Made; });
+    const TemporaryPlace place = {path, trusted};
+    MakeNotedFile(path, [&] { return (creation = MakeNewFile(place)) == Creation::Made; });
     if (creation == Creation::Exists) continue;
     if (creation == Creation::Failed) return KernelCannotCreate;
     std::copy_n(wide.c_str(), wide.size() + 1, out);

@@ -37,9 +37,10 @@ FileNote::~FileNote() {
 void DeleteNotedFile(const std::string& path) {
   if (!MayNameTemporary(path)) return;
   const std::string spelling = OneSpelling(path);
+  const TemporaryPlace place = {path, DefaultTempDirectory()};
   Notes& notes = Undying<Notes>();
   const std::lock_guard lock(notes.mutex);
-  if (RemoveFile(path)) notes.paths.erase(spelling);
+  if (RemoveFile(place)) notes.paths.erase(spelling);
 }
 
 uint64_t NotedFiles() {

@@ -10,6 +10,7 @@
 #include <climits>
 #include <cstdlib>
 
+#include "ParentDirectory.h"
 #include "Paths.h"
 #include "Tarnbase/Kernel.h"
 #include "Utf8.h"
@@ -21,8 +22,12 @@ constexpr uint64_t kLargestTransfer = 0x40000000;  // what one call of the syste
 constexpr mode_t kOwnerOnly = 0600;
 constexpr mode_t kByUmask = 0666;
 
-bool IsNoDirectory(mode_t mode) { return !S_ISDIR(mode); }
-bool IsRegular(mode_t mode) { return S_ISREG(mode); }
+bool IsNoDirectory(const struct stat& status) { return !S_ISDIR(status.st_mode); }
+
+// A second name of a file is a link too, and emptying it would empty whatever the first one names.
+bool IsRegularAndNoLink(const struct stat& status) {
+  return S_ISREG(status.st_mode) && status.st_nlink <= 1;
+}
 
 // Made before its file is opened: an open file is then never lost for want of memory.
 class Descriptor final : public OpenFile {
@@ -32,10 +37,13 @@ class Descriptor final : public OpenFile {
     if (descriptor_ >= 0) ::close(descriptor_);
   }
 
-  // Until it succeeds, before anything else. errno tells more.
+  // Until one of these succeeds, before anything else. errno tells more.
   bool Open(const std::string& path, int flags, mode_t mode) {
+    return OpenAt(AT_FDCWD, path.c_str(), flags, mode);
+  }
+  bool OpenAt(int directory, const char* path, int flags, mode_t mode) {
     do {
-      descriptor_ = ::open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY, mode);
+      descriptor_ = ::openat(directory, path, flags | O_CLOEXEC | O_NOCTTY, mode);
     } while (descriptor_ < 0 && errno == EINTR);
     return descriptor_ >= 0;
   }
@@ -44,7 +52,7 @@ class Descriptor final : public OpenFile {
   template <typename Predicate>
   bool Is(Predicate wanted) const {
     struct stat status = {};
-    return ::fstat(descriptor_, &status) == 0 && wanted(status.st_mode);
+    return ::fstat(descriptor_, &status) == 0 && wanted(status);
   }
 
   // A file that is empty, such as one just made, stays as it is: that cannot fail.
@@ -124,22 +132,29 @@ std::shared_ptr<OpenFile> OpenForWriting(const std::string& path) {
   return open && file->Is(IsNoDirectory) ? file : nullptr;
 }
 
-std::shared_ptr<OpenFile> OpenTemporary(const std::string& path) {
+std::shared_ptr<OpenFile> OpenTemporary(const TemporaryPlace& place) {
   // Emptied only once it is known to be a regular file; O_NONBLOCK keeps a pipe from waiting.
   constexpr int kFlags = O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK;
   auto file = std::make_shared<Descriptor>();
-  if (!file->Open(WithSlashes(path), kFlags, kOwnerOnly)) return nullptr;
-  return file->Is(IsRegular) && file->Empty() ? file : nullptr;
+  const ParentDirectory parent(place);
+  if (!parent.IsOpen()) return nullptr;
+  if (!file->OpenAt(parent.descriptor(), parent.name(), kFlags, kOwnerOnly)) return nullptr;
+  return file->Is(IsRegularAndNoLink) && file->Empty() ? file : nullptr;
 }
 
-Creation MakeNewFile(const std::string& path) {
+Creation MakeNewFile(const TemporaryPlace& place) {
+  constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL;
+  const ParentDirectory parent(place);
+  if (!parent.IsOpen()) return Creation::Failed;
   Descriptor file;
-  if (file.Open(WithSlashes(path), O_WRONLY | O_CREAT | O_EXCL, kOwnerOnly)) return Creation::Made;
+  if (file.OpenAt(parent.descriptor(), parent.name(), kFlags, kOwnerOnly)) return Creation::Made;
   return errno == EEXIST ? Creation::Exists : Creation::Failed;
 }
 
-bool RemoveFile(const std::string& path) {
-  return ::unlink(WithSlashes(path).c_str()) == 0 || NothingOfThatName(errno);
+bool RemoveFile(const TemporaryPlace& place) {
+  const ParentDirectory parent(place);
+  const bool removed = parent.IsOpen() && ::unlinkat(parent.descriptor(), parent.name(), 0) == 0;
+  return removed || NothingOfThatName(errno);
 }
 
 std::string ResolveDirectory(const std::string& path) {

@@ -136,15 +136,15 @@ std::shared_ptr<OpenFile> OpenForWriting(const std::string& path) {
   return OpenEmpty(HostPath(path), GENERIC_WRITE, 0, [](HANDLE) { return true; });
 }
 
-std::shared_ptr<OpenFile> OpenTemporary(const std::string& path) {
+std::shared_ptr<OpenFile> OpenTemporary(const TemporaryPlace& place) {
   // A link is opened itself instead of followed.
-  return OpenEmpty(TemporaryPath(path), GENERIC_WRITE | FILE_READ_ATTRIBUTES,
+  return OpenEmpty(TemporaryPath(place.path), GENERIC_WRITE | FILE_READ_ATTRIBUTES,
                    FILE_FLAG_OPEN_REPARSE_POINT, IsPlainFile);
 }
 
-Creation MakeNewFile(const std::string& path) {
+Creation MakeNewFile(const TemporaryPlace& place) {
   // Without the flag a link to nowhere would be followed and its target made.
-  const std::u16string native = TemporaryPath(path);
+  const std::u16string native = TemporaryPath(place.path);
   NativeFile file;
   if (file.Open(native, GENERIC_WRITE, CREATE_NEW, FILE_FLAG_OPEN_REPARSE_POINT)) {
     return file.onDisk() ? Creation::Made : Creation::Failed;
@@ -154,8 +154,8 @@ Creation MakeNewFile(const std::string& path) {
   return exists ? Creation::Exists : Creation::Failed;
 }
 
-bool RemoveFile(const std::string& path) {
-  const std::u16string native = TemporaryPath(path);
+bool RemoveFile(const TemporaryPlace& place) {
+  const std::u16string native = TemporaryPath(place.path);
   if (native.empty()) return true;
   if (::DeleteFileW(AsNative(native)) != 0) return true;
   const DWORD error = ::GetLastError();
