@@ -60,6 +60,9 @@ int32_t ReadEmlDocument(PstFilterData& data, uint32_t& kind, uint64_t handle,
 int32_t ReadMessageDocument(const char16_t* path, PstFilterData& data, int32_t& format,
                             int32_t& index, uint32_t& kind, bool textOnly, uint64_t handle,
                             const AttachmentRequest* request) {
+  // These two are opened by their path.
+  const bool needsPath = format == FormatPst || format == FormatMsg;
+  if (needsPath && path == nullptr) return StatusNullArgument;
   switch (format) {
     case FormatPst:
       return ReadPstDocument(path, data, index, kind, textOnly, handle, request);

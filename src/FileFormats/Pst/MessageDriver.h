@@ -13,7 +13,7 @@ namespace tarn {
 // `handle` is open on the file and serves the EML reader.
 //
 // 1, or a failure: then `data` may hold a partial text, and `kind` stays. A format without a reader
-// gives -9.
+// gives -9, a store or an MSG file without a path -814.
 int32_t ReadMessageDocument(const char16_t* path, PstFilterData& data, int32_t& format,
                             int32_t& index, uint32_t& kind, bool textOnly, uint64_t handle,
                             const AttachmentRequest* request);
