@@ -125,6 +125,41 @@ TEST_F(Threads, MakeOneFileOfOneName) {
   EXPECT_EQ(Usage().temporaryFiles, 0U);
 }
 
+// Settings are the process's: what a call meets is one of the values, whole.
+TEST_F(Threads, ChangeTheSettings) {
+  const std::array<std::string, 2> names = {"one", "a-directory-with-a-much-longer-name"};
+  for (const std::string& name : names) std::filesystem::create_directory(NativePathOf(name));
+  const std::array<std::u16string, 2> directories = {WidePathOf(names[0]), WidePathOf(names[1])};
+  PlainKernelSetTempDirectory(directories[0].c_str());
+  std::atomic<int> wrong{0};
+  Run([&](unsigned number) {
+    for (unsigned i = 0; i < 500; ++i) {
+      PlainKernelSetTempDirectory(directories[(number + i) % 2].c_str());
+      PlainKernelSetLanguage(i % 2 == 0 ? 0x0407 : 0x0411);
+      PlainKernelSetMemoryBudget(i % 2 == 0 ? 1000 : UINT64_MAX);
+      PlainKernelSetIoMode(i % 2 == 0 ? 0 : 3);
+      char16_t name[264];
+      if (KernelTempFileName(nullptr, name, 264, 1, u"pst", nullptr) != 1) ++wrong;
+      const std::u16string made = name;
+      const auto isIn = [&](const std::u16string& directory) {
+        return made.size() == directory.size() + 1 + 3 + 16 && made.starts_with(directory);
+      };
+      if (!isIn(directories[0]) && !isIn(directories[1])) ++wrong;
+      KernelDeleteFile(name);
+      const uint32_t language = KernelGetLanguage();
+      if (language != 0x0407 && language != 0x0411) ++wrong;
+      const int32_t mode = KernelIoModeGet();
+      if (mode != 0 && mode != 3) ++wrong;
+      if (KernelMemoryReport(KERNEL_MEMORY_WANT, 10, 0) != 1) ++wrong;
+      KernelMemoryReport(KERNEL_MEMORY_RETURN, 10, 0);
+      if (Usage().reportedBytes > kThreads * 10) ++wrong;
+    }
+  });
+  EXPECT_EQ(wrong, 0);
+  for (const std::string& name : names) EXPECT_TRUE(std::filesystem::is_empty(NativePathOf(name)));
+  EXPECT_EQ(Usage().temporaryFiles, 0U);
+}
+
 TEST_F(Threads, ExactlyOneCallFails) {
   std::atomic<int> failed{0};
   PlainKernelFailAt(PlainKernelFaultText, 1000);
