@@ -7,17 +7,34 @@
  * filter also lists and extracts the attachments of a message.
  *
  * Conventions
- *   - All records are packed; each offset below is part of the interface and proven by an
- *     assertion. `reservedN` bytes are the host's: the filter neither reads nor writes them. Where
- *     a record ends here the host's own may go on.
+ *   - All records are packed; each offset is part of the interface and proven by an assertion.
+ *     `reservedN` bytes are the host's: the filter neither reads nor writes them. Where a record
+ *     ends here the host's own may go on.
+ *   - A record starts as zeros; its comment tells which fields must then be set. All others may
+ *     stay zero.
  *   - Texts are NUL-terminated UTF-16 unless said otherwise; sizes are in bytes.
  *   - Results are the TarnStatus values, except where a sibling's own result is passed on.
  *   - 64-bit hosts only. The functions have the platform's default C calling convention.
- *   - The filter has no thread, no lock and no state of its own. Two calls must not run on one
- *     slot at once; apart from that, calls may come from any thread.
  *   - A damaged PST store is reported by a C++ exception derived from std::exception that leaves
  *     the export, after everything the call held has been released. No other file raises one. A
  *     host in another language calls the filter through a small C++ function that catches.
+ *
+ * Loading
+ *   A host links both libraries, or loads the filter at run time by its full path. The filter finds
+ *   the kernel beside itself, unless a library of that name is loaded already: a host with a kernel
+ *   of its own loads that one first.
+ *
+ * Threads
+ *   The filter starts no thread. Calls may run on any threads at once, as long as
+ *   - no two of them use one slot, or one file handle;
+ *   - the kernel's operations may be called from any thread, and its I/O mode is that of the
+ *     calling thread (Tarnbase/Kernel.h). The plain kernel is such a kernel;
+ *   - the siblings may be called so: each is called on the thread of the call that it serves;
+ *   - nobody changes meanwhile what belongs to the whole process: the kernel's settings, the
+ *     environment, the time zone.
+ *   From call to call the filter keeps only what stays true once it is known, and guards it: the
+ *   tables of code pages, each part made when it is first used, and which characters the installed
+ *   fonts have. All else belongs to one call, or to the host's slot.
  *
  * The header compiles as C11 and as C++20.
  */
@@ -45,6 +62,13 @@
 extern "C" {
 #endif
 
+/* The version of this header. Libraries whose major and minor numbers are the same have the same
+ * interface. */
+#define TARNPST_VERSION_MAJOR 0
+#define TARNPST_VERSION_MINOR 1
+#define TARNPST_VERSION_PATCH 0
+#define TARNPST_VERSION "0.1.0"
+
 /* Codes --------------------------------------------------------------------------------------- */
 
 /* What the filter reads. The first 12 bytes of the file decide; neither its name nor its size
@@ -59,7 +83,7 @@ enum TarnFormat {
 /* The siblings that the document may be for. */
 enum TarnSibling { SiblingRtf = 226, SiblingText = 316, SiblingHtml = 369 };
 
-/* What a document is. */
+/* What a document is. A sibling is told by the TarnSibling that it is called for; see below. */
 enum TarnDocumentKind {
   DocumentHtml = 0,
   DocumentRtf = 1,
@@ -88,7 +112,8 @@ enum TarnStatus {
   StatusTimeFailed = -74,    /* a time could not be formatted; a list changed under the filter;
                                 an RTF body is empty */
   StatusPathOverflow = -290, /* the path of an inline image would reach 264 characters */
-  StatusNullArgument = -814, /* null context of an attachment call; null source */
+  StatusNullArgument = -814, /* null context of an attachment call; null path of a store or an MSG
+                                file; a part of the message is missing */
   StatusPathFromUtf8Failed = -1488,
   StatusCreateFailed = -1490,     /* a file or directory could not be made */
   StatusPathTooLong = -1778,      /* a path, or a text for RTF, too long to convert */
@@ -97,6 +122,57 @@ enum TarnStatus {
   StatusSiblingRefused = -1863,   /* the sibling's own code is in the context */
   StatusSlotConflict = -1935      /* a list entry holds other data */
 };
+
+/* The meaning of a result in a few words of English, for a log or a message. */
+static inline const char* TarnStatusText(int32_t status) {
+  switch (status) {
+    case StatusOk:
+      return "success";
+    case StatusDone:
+      return "the message ended early";
+    case StatusFailed:
+      return "an attachment's name or property is not valid UTF-8, or an inline image is too small "
+             "for a data: URL";
+    case StatusOutOfMemory:
+      return "out of memory, or the document could not be put together";
+    case StatusSeekFailed:
+      return "the file could not be measured";
+    case StatusWriteFailed:
+      return "a temporary file could not be written";
+    case StatusReadFailed:
+      return "shorter than 12 bytes, or a read came short";
+    case StatusNotSupported:
+      return "not a mail file the filter takes, or one without a body it can show";
+    case StatusOpenFailed:
+      return "the file could not be opened";
+    case StatusBadArgument:
+      return "an attachment number below 1, or a store without messages";
+    case StatusMsgOpenFailed:
+      return "the compound file could not be opened";
+    case StatusTimeFailed:
+      return "a time could not be formatted";
+    case StatusPathOverflow:
+      return "the path of an inline image is too long";
+    case StatusNullArgument:
+      return "a path, a context or a part of the message is missing";
+    case StatusPathFromUtf8Failed:
+      return "the path of an inline image is not UTF-8";
+    case StatusCreateFailed:
+      return "a temporary file or directory could not be made";
+    case StatusPathTooLong:
+      return "the path of the temporary directory is too long";
+    case StatusPathToUtf8Failed:
+      return "text could not be turned into UTF-8";
+    case StatusListIndex:
+      return "the list of kept data has no such entry";
+    case StatusSiblingRefused:
+      return "the document could not be taken over";
+    case StatusSlotConflict:
+      return "the list of kept data holds something else";
+    default:
+      return "failed with a code that means nothing here";
+  }
+}
 
 /* Records ------------------------------------------------------------------------------------- */
 
@@ -180,17 +256,44 @@ typedef struct FilterDataList {
   FilterDataEntry entries[1];
 } FilterDataList;
 
+/* Documents.
+ *
+ * A sibling is told what kind of document it gets by `format` of the HostFileInfo that it is called
+ * with: SiblingHtml, SiblingRtf or SiblingText. Nothing else tells: the host's answer has the
+ * format of the file there. With textOnly it is always SiblingText. A mail file has one document
+ * only, which textOnly does not change, so that this sibling may get HTML.
+ *
+ *   HTML              The bytes of the message, with header rows in UTF-8. Where a row has more
+ *                     than ASCII, a body whose charset is known is turned into UTF-8, and its
+ *                     declaration too. What declares no charset is UTF-8, or what the message had.
+ *   RTF               ASCII with RTF's own escapes.
+ *   text of a mail    Header rows in UTF-8, then the text as the mail has it or in UTF-8.
+ *   text of an MSG    EF BB BF, header rows in UTF-8, then the text in UTF-8, or as the file has
+ *                     it where that is 8-bit text.
+ *   text of a store   FF FE, header rows in UTF-8, then the text in UTF-16, little-endian. The mark
+ *                     speaks of the text alone; the rows are lines of label, tab, value, CR LF.
+ *
+ *   EF BB BF, FF FE   The size does not count the mark, though the data begins with it. So the last
+ *                     two bytes of the text come after the end of the data; they may be read there.
+ *   +/v               Stands before content that a mail sends with the transfer encoding "7bit": at
+ *                     the start of a plain text, and after "<html>" of HTML. It is no text, and no
+ *                     sign of UTF-7: a sibling leaves these three bytes out.
+ */
+
 /* Siblings. `info` points to a HostFileInfo, `options` to a HostLoadOptions; both are the filter's
  * for the time of the call. Result 1 is success.
  *
- *   by name      HTML, in a temporary file of the filter's, with inline images beside it under
- *                relative names. The path may hold "\" on any system: open it with KernelFileOpen.
- *   from memory  everything else. The size may count one or two NULs behind the text.
+ *   by name      HTML, unless the kernel's I/O mode is 3: in a temporary file of the filter's, with
+ *                inline images beside it under relative names. The path may hold "\" on any system:
+ *                open it with KernelFileOpen.
+ *   from memory  everything else. Inline images of HTML in mode 3 are data: URLs. The size may
+ *                count one or two NULs after the text, and may be 0, with null data.
  *   mode         3 when the host passed a slot, else 1.
  *
  * An info sibling sets pageCount (0 makes every page number 0), width, height, dataSize, and
  * resolutions other than 0. What it leaves in siblingData comes back in the options of later calls
- * for the same message. */
+ * for the same message. A function that is null counts, when its route is taken, as one that
+ * answers 0. */
 typedef int32_t (*InfoByNameFunction)(const char16_t* path, void* info, int32_t infoSize,
                                       int32_t mode, void* options);
 typedef int32_t (*InfoFromMemoryFunction)(const void* data, void* info, int32_t infoSize,
@@ -215,14 +318,19 @@ typedef struct HostRasterOptions {
   uint8_t reserved1[4];
 } HostRasterOptions;
 
+/* To be set: path, handle, info, messageNumber and the two siblings.
+ *
+ * Both path and handle name the file. The handle tells its format, and a mail file is read through
+ * it; stores and MSG files are opened by their path, for which null gives -814. */
 typedef struct FilterInfoContext {
   const char16_t* path;
   uint8_t reserved0[4];
-  uint64_t handle;      /* of KernelFileOpen, open on the file; the filter moves its position */
-  HostFileInfo* info;   /* out: the answer */
-  FilterDataSlot* slot; /* or null */
+  uint64_t handle;    /* of KernelFileOpen, for reading; the filter moves its position. Stays open,
+                         the host's to close */
+  HostFileInfo* info; /* out: the answer; zeros before the call. Null: -13 */
+  FilterDataSlot* slot; /* or null: then nothing is kept, and each call reads the file anew */
   uint8_t reserved1[20];
-  const HostLoadOptions* options;
+  const HostLoadOptions* options; /* the wanted page; a copy goes to the sibling. Null for zeros */
   uint8_t reserved2[792];
   InfoByNameFunction infoByName;
   uint8_t reserved3[24];
@@ -230,8 +338,9 @@ typedef struct FilterInfoContext {
   uint8_t reserved4[52];
   HostRasterOptions raster;
   uint8_t reserved5[108];
-  int32_t messageNumber; /* in: 1-based; out: 0-based index of the message used. A PST clamps it;
-                            for one message a file it is the number asked for less 1 */
+  int32_t messageNumber; /* in: 1-based, 1 for a file of one message; out: 0-based index of the
+                            message used. A PST clamps it; for one message a file it is the number
+                            asked for less 1 */
   int32_t textOnly;      /* 1 asks for the plain text and the text sibling */
   uint8_t reserved6[236];
   int32_t siblingResult; /* out: the sibling's own code with StatusSiblingRefused */
@@ -242,6 +351,9 @@ typedef struct FilterInfoContext {
 /* The first word of a target object points to a table of functions; the fourth tells its kind. */
 typedef int32_t (*TargetKindFunction)(void* self);
 
+/* To be set: path (null: -10), messageNumber, bitmap, info, status, and the two load siblings; the
+ * target functions only with a target of kind 10. With a record in the slot the file is not read
+ * again: then path, messageNumber and textOnly play no part. */
 typedef struct FilterLoadContext {
   const char16_t* path;
   void* bitmap; /* the host's bitmap record, passed on unread */
@@ -249,10 +361,10 @@ typedef struct FilterLoadContext {
   void* callback; /* progress callback and its value, passed on unread */
   uint64_t userValue;
   uint8_t reserved1[36];
-  const HostFileInfo* info; /* copied as the model for the sibling's */
+  const HostFileInfo* info; /* copied as the model for the sibling's: fltInfo's answer, or null */
   FilterDataSlot* slot;     /* or null */
   uint8_t reserved2[1912];
-  const HostLoadOptions* options;
+  const HostLoadOptions* options; /* a copy goes to the sibling. Null for zeros */
   uint8_t reserved3[20];
   int32_t status; /* in 1: takes the first failure of inline attachments, if any */
   uint8_t reserved4[312];
@@ -307,15 +419,17 @@ typedef struct AttachmentInfoBlock {
   AttachmentInfoItem* items; /* null when there are none */
 } AttachmentInfoBlock;
 
+/* To be set: path (null: -10). */
 typedef struct GetAttachmentInfoContext {
   uint8_t reserved0[8];
   const char16_t* path;
   uint8_t reserved1[24];
   AttachmentInfoBlock* block; /* out */
   uint8_t reserved2[12];
-  const AttachmentOptions* options;
+  const AttachmentOptions* options; /* null for the first message */
 } GetAttachmentInfoContext;
 
+/* To be set: path (null: -10), attachmentNumber. */
 typedef struct ExtractAttachmentContext {
   uint8_t reserved0[8];
   const char16_t* path;
@@ -326,145 +440,12 @@ typedef struct ExtractAttachmentContext {
   void* data;                 /* out: the data, for memory output */
   uint64_t size;              /* out: its size */
   uint8_t reserved3[12];
-  const AttachmentOptions* options;
+  const AttachmentOptions* options; /* null for the first message */
 } ExtractAttachmentContext;
 
 #pragma pack(pop)
 
-#define TARN_OFFSET(record, field, offset) \
-  static_assert(offsetof(record, field) == (offset), #record "." #field)
-#define TARN_SIZE(record, bytes) static_assert(sizeof(record) == (bytes), #record)
-
-TARN_SIZE(void*, 8);
-
-TARN_OFFSET(HostFileInfo, size, 0);
-TARN_OFFSET(HostFileInfo, format, 4);
-TARN_OFFSET(HostFileInfo, width, 1032);
-TARN_OFFSET(HostFileInfo, height, 1036);
-TARN_OFFSET(HostFileInfo, depth, 1040);
-TARN_OFFSET(HostFileInfo, dataSize, 1052);
-TARN_OFFSET(HostFileInfo, answered1104, 1104);
-TARN_OFFSET(HostFileInfo, pageNumber, 1108);
-TARN_OFFSET(HostFileInfo, pageCount, 1112);
-TARN_OFFSET(HostFileInfo, xResolution, 1116);
-TARN_OFFSET(HostFileInfo, yResolution, 1120);
-TARN_OFFSET(HostFileInfo, flags, 1124);
-TARN_OFFSET(HostFileInfo, answered2188, 2188);
-TARN_OFFSET(HostFileInfo, widthInches, 2192);
-TARN_OFFSET(HostFileInfo, heightInches, 2200);
-TARN_OFFSET(HostFileInfo, answered2208, 2208);
-TARN_OFFSET(HostFileInfo, messageCount, 2280);
-TARN_OFFSET(HostFileInfo, siblingData, 2292);
-TARN_OFFSET(HostFileInfo, siblingDataSize, 2300);
-TARN_OFFSET(HostFileInfo, siblingDataFormat, 2308);
-TARN_OFFSET(HostFileInfo, attachmentCount, 2312);
-TARN_SIZE(HostFileInfo, 2316);
-
-TARN_OFFSET(HostLoadOptions, size, 0);
-TARN_OFFSET(HostLoadOptions, pageNumber, 20);
-TARN_OFFSET(HostLoadOptions, flags, 56);
-TARN_OFFSET(HostLoadOptions, data, 60);
-TARN_OFFSET(HostLoadOptions, dataSize, 68);
-TARN_OFFSET(HostLoadOptions, dataFormat, 76);
-TARN_OFFSET(HostLoadOptions, lastWord, 80);
-TARN_SIZE(HostLoadOptions, 84);
-
-TARN_OFFSET(FilterDataSlot, data, 12);
-TARN_OFFSET(FilterDataSlot, defaultFormat, 24);
-TARN_OFFSET(FilterDataSlot, dataSize, 56);
-TARN_OFFSET(FilterDataSlot, dataFormat, 64);
-TARN_SIZE(FilterDataSlot, 68);
-
-TARN_OFFSET(FilterDataEntry, data, 0);
-TARN_OFFSET(FilterDataEntry, size, 8);
-TARN_OFFSET(FilterDataEntry, format, 16);
-TARN_OFFSET(FilterDataEntry, flags, 20);
-TARN_SIZE(FilterDataEntry, 24);
-
-TARN_OFFSET(FilterDataList, signature, 0);
-TARN_OFFSET(FilterDataList, count, 4);
-TARN_OFFSET(FilterDataList, size, 8);
-TARN_OFFSET(FilterDataList, entries, 16);
-TARN_SIZE(FilterDataList, 40);
-
-TARN_OFFSET(HostRasterOptions, xResolution, 56);
-TARN_OFFSET(HostRasterOptions, yResolution, 60);
-TARN_SIZE(HostRasterOptions, 68);
-
-TARN_OFFSET(FilterInfoContext, path, 0);
-TARN_OFFSET(FilterInfoContext, handle, 12);
-TARN_OFFSET(FilterInfoContext, info, 20);
-TARN_OFFSET(FilterInfoContext, slot, 28);
-TARN_OFFSET(FilterInfoContext, options, 56);
-TARN_OFFSET(FilterInfoContext, infoByName, 856);
-TARN_OFFSET(FilterInfoContext, infoFromMemory, 888);
-TARN_OFFSET(FilterInfoContext, raster, 948);
-TARN_OFFSET(FilterInfoContext, messageNumber, 1124);
-TARN_OFFSET(FilterInfoContext, textOnly, 1128);
-TARN_OFFSET(FilterInfoContext, siblingResult, 1368);
-TARN_SIZE(FilterInfoContext, 1372);
-
-TARN_OFFSET(FilterLoadContext, path, 0);
-TARN_OFFSET(FilterLoadContext, bitmap, 8);
-TARN_OFFSET(FilterLoadContext, callback, 20);
-TARN_OFFSET(FilterLoadContext, userValue, 28);
-TARN_OFFSET(FilterLoadContext, info, 72);
-TARN_OFFSET(FilterLoadContext, slot, 80);
-TARN_OFFSET(FilterLoadContext, options, 2000);
-TARN_OFFSET(FilterLoadContext, status, 2028);
-TARN_OFFSET(FilterLoadContext, messageNumber, 2344);
-TARN_OFFSET(FilterLoadContext, textOnly, 2348);
-TARN_OFFSET(FilterLoadContext, opaque, 2352);
-TARN_OFFSET(FilterLoadContext, target, 2360);
-TARN_OFFSET(FilterLoadContext, loadByName, 2376);
-TARN_OFFSET(FilterLoadContext, loadFromMemory, 2384);
-TARN_OFFSET(FilterLoadContext, targetByName, 2620);
-TARN_OFFSET(FilterLoadContext, targetFromMemory, 2628);
-TARN_SIZE(FilterLoadContext, 2636);
-
-TARN_OFFSET(AttachmentOptions, messageNumber, 4);
-TARN_SIZE(AttachmentOptions, 8);
-
-TARN_OFFSET(AttachmentProperty, name, 0);
-TARN_OFFSET(AttachmentProperty, value, 256);
-TARN_SIZE(AttachmentProperty, 512);
-
-TARN_OFFSET(AttachmentInfoItem, number, 0);
-TARN_OFFSET(AttachmentInfoItem, name, 8);
-TARN_OFFSET(AttachmentInfoItem, reserved0, 16);
-TARN_OFFSET(AttachmentInfoItem, description, 24);
-TARN_OFFSET(AttachmentInfoItem, size, 32);
-TARN_OFFSET(AttachmentInfoItem, creationTime, 40);
-TARN_OFFSET(AttachmentInfoItem, modificationTime, 48);
-TARN_OFFSET(AttachmentInfoItem, propertyCount, 56);
-TARN_OFFSET(AttachmentInfoItem, properties, 64);
-TARN_OFFSET(AttachmentInfoItem, reserved1, 72);
-TARN_OFFSET(AttachmentInfoItem, reserved2, 80);
-TARN_SIZE(AttachmentInfoItem, 88);
-
-TARN_OFFSET(AttachmentInfoBlock, reserved0, 0);
-TARN_OFFSET(AttachmentInfoBlock, format, 4);
-TARN_OFFSET(AttachmentInfoBlock, reserved1, 8);
-TARN_OFFSET(AttachmentInfoBlock, itemSize, 12);
-TARN_OFFSET(AttachmentInfoBlock, itemCount, 16);
-TARN_OFFSET(AttachmentInfoBlock, items, 24);
-TARN_SIZE(AttachmentInfoBlock, 32);
-
-TARN_OFFSET(GetAttachmentInfoContext, path, 8);
-TARN_OFFSET(GetAttachmentInfoContext, block, 40);
-TARN_OFFSET(GetAttachmentInfoContext, options, 60);
-TARN_SIZE(GetAttachmentInfoContext, 68);
-
-TARN_OFFSET(ExtractAttachmentContext, path, 8);
-TARN_OFFSET(ExtractAttachmentContext, attachmentNumber, 40);
-TARN_OFFSET(ExtractAttachmentContext, outputPath, 48);
-TARN_OFFSET(ExtractAttachmentContext, data, 56);
-TARN_OFFSET(ExtractAttachmentContext, size, 64);
-TARN_OFFSET(ExtractAttachmentContext, options, 84);
-TARN_SIZE(ExtractAttachmentContext, 92);
-
-#undef TARN_OFFSET
-#undef TARN_SIZE
+#include "TarnPstLayout.h"
 
 /* Exports
  * ------------------------------------------------------------------------------------------ */

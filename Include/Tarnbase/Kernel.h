@@ -82,9 +82,9 @@ TARNBASE_API int32_t KernelMemoryReport(int32_t action, uint64_t bytes, int32_t 
 #define KERNEL_OPEN_CREATE 769 /* write only, create, truncate */
 #define KERNEL_OPEN_MODE 256   /* the only mode the filter passes */
 
-/* Any other flags fail, and so does a directory. The path is taken as it stands; where "\" is an
- * ordinary character of file names, it is read as "/" when nothing of that name exists or, for a
- * file to create, when its directory does not. */
+/* Any other flags fail, and so do a null path and a directory. The path is taken as it stands;
+ * where "\" is an ordinary character of file names, it is read as "/" when nothing of that name
+ * exists or, for a file to create, when its directory does not. */
 TARNBASE_API uint64_t KernelFileOpen(const char16_t* path, int32_t flags, int32_t mode);
 
 /* A handle that is not open, or that the raw group gave, is ignored; the operations below move
@@ -112,8 +112,9 @@ TARNBASE_API uint64_t KernelFileSeek(uint64_t handle, int64_t offset, int32_t or
  * device: names of images come out of mail, which may be hostile.
  *
  * In a directory that is shared, others may put links in the way. On systems with permission bits
- * no operation here follows a link in any component below the temporary directory: a path with one
- * fails, and deletes nothing. The temporary directory itself may be reached through links. */
+ * no operation here goes through a link below the temporary directory, in any component: nothing is
+ * made, emptied or deleted where one leads. The temporary directory itself may be reached through
+ * links. */
 
 /* Creates the file or empties it; it is a regular file, and no link, neither symbolic nor hard. On
  * systems with permission bits a file created here or by KernelTempFileName is for its owner alone;

@@ -2,7 +2,7 @@
  *
  * The plain kernel is an implementation of Kernel.h on the ordinary heap and ordinary files. A
  * plain host and tests set it up and look into it here; the filter never calls these. All settings
- * are process wide.
+ * are process wide, and may be set from any thread.
  *
  * With TARNBASE_REPORT_LEAKS in the environment, the end of the process lists on standard error the
  * source location of every block and object that is still alive.
