@@ -92,26 +92,42 @@ if(WIN32)
   include(InstallWindows)
 endif()
 
-# For people.
-install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/SECURITY.md
-  DESTINATION ${CMAKE_INSTALL_DOCDIR})
+# For people: the component `documents`, which needs nothing to be built.
+set(top_documents SECURITY.md)
 if(WIN32)
-  install(FILES ${PROJECT_SOURCE_DIR}/CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+  list(APPEND top_documents CHANGELOG.md)
   set(copyright ${PROJECT_BINARY_DIR}/copyright)
 else()
   set(copyright ${PROJECT_SOURCE_DIR}/packaging/copyright)
 endif()
-install(FILES ${copyright} DESTINATION ${CMAKE_INSTALL_DOCDIR})
+foreach(document IN LISTS top_documents)
+  install(FILES ${PROJECT_SOURCE_DIR}/${document} DESTINATION ${CMAKE_INSTALL_DOCDIR}
+    COMPONENT documents)
+endforeach()
+# The README of the sources links files beside itself that are not installed, or under other names:
+# such a link becomes plain text.
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/README.md)
+file(READ ${PROJECT_SOURCE_DIR}/README.md readme)
+foreach(name CONTRIBUTING.md CHANGELOG.md LICENSE)
+  if(NOT name IN_LIST top_documents)
+    string(REGEX REPLACE "\\[([^]]*)\\]\\(${name}\\)" "\\1" readme "${readme}")
+  endif()
+endforeach()
+file(WRITE ${PROJECT_BINARY_DIR}/installed/README.md "${readme}")
+install(FILES ${PROJECT_BINARY_DIR}/installed/README.md ${copyright}
+  DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documents)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs DESTINATION ${CMAKE_INSTALL_DOCDIR}
-  FILES_MATCHING PATTERN "*.md" PATTERN "*.png")
+  COMPONENT documents FILES_MATCHING PATTERN "*.md" PATTERN "*.png")
 install(DIRECTORY
   ${PROJECT_SOURCE_DIR}/examples/consumers/c ${PROJECT_SOURCE_DIR}/examples/consumers/cpp
   ${PROJECT_SOURCE_DIR}/examples/consumers/shim
-  DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
+  DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT documents)
+install(FILES ${PROJECT_SOURCE_DIR}/examples/embed/embed.c
+  DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples/embed COMPONENT documents)
 install(FILES
   ${PROJECT_SOURCE_DIR}/examples/embed/catching-shim.h
   ${PROJECT_SOURCE_DIR}/examples/embed/catching-shim.cpp
-  DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples/shim)
+  DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples/shim COMPONENT documents)
 
 # Completion, where each shell looks for what packages bring.
 if(NOT WIN32)

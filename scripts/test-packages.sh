@@ -59,6 +59,7 @@ check_tree() {
   (cd "$2" && find . -type f -printf '%P\n' | grep -v "^$4/.*\.\(md\|png\)\$" | sort) >"$work/files"
   same "$1: the list of files" "$3" "$work/files"
   cmp -s "$root/docs/embedding.md" "$2/$4/embedding.md" || fail "$1: no $4/embedding.md"
+  "$root/scripts/check-links.sh" "$2/$(dirname "$4")" >&2 || fail "$1: dead links"
   if grep -rlF -e "$root/" -e "$release" -e "$windows" "$2" >&2; then
     fail "$1: names places on the build machine"
   fi
@@ -168,6 +169,16 @@ run_shim() {
   same_text "$what: a damaged store by the shim" <(printf 'status 0\nfread failed\n') "$work/out"
 }
 
+# run_embed WHAT PROGRAM RUNNER...
+run_embed() {
+  local what=$1 program=$2
+  shift 2
+  (cd "$work/mail" && "$@" "$program" ä/nested-attachments.eml) >"$work/out" ||
+    fail "$what: the smallest program"
+  tail -n 2 "$work/out" >"$work/tail"
+  same_text "$what: what the smallest program prints last" "$expected/embed.txt" "$work/tail"
+}
+
 # run_tarnmail WHAT TARNMAIL RUNNER...
 run_tarnmail() {
   local what=$1 tarnmail=$2
@@ -197,6 +208,10 @@ check_linux() {
   quietly "$what: building the program in C" gcc -std=c11 "${warnings[@]}" \
     "$folder/c/pages.c" -o "$folder/pages" "${flags[@]}" -Wl,-rpath,"$libraries"
   run_pages "$what" "$folder/pages" "${as_installed[@]}"
+
+  quietly "$what: building the smallest program" gcc -std=c11 "${warnings[@]}" \
+    "$folder/embed/embed.c" -o "$folder/smallest" "${flags[@]}" -Wl,-rpath,"$libraries"
+  run_embed "$what" "$folder/smallest" "${as_installed[@]}"
 
   quietly "$what: configuring the program in C++" cmake -G Ninja -S "$folder/cpp" -B "$folder/build" \
     -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_CXX_FLAGS="${warnings[*]}"
@@ -342,6 +357,10 @@ check_windows() {
     "$cross-gcc-posix" -std=c11 "${warnings[@]}" -municode "$folder/c/pages.c" \
     -o "$folder/pages-lib.exe" -I"$prefix/include" "$prefix/lib/TarnPst.lib" "$prefix/lib/Tarnbase.lib"
   for pages in pages.exe pages-lib.exe; do run_pages "$what, $pages" "$folder/$pages" "$wine"; done
+
+  quietly "$what: building the smallest program" "$cross-gcc-posix" -static -std=c11 \
+    "${warnings[@]}" -municode "$folder/embed/embed.c" -o "$folder/smallest.exe" "${flags[@]}"
+  run_embed "$what" "$folder/smallest.exe" "$wine"
 
   quietly "$what: configuring the program in C++" cmake -G Ninja \
     -S "$folder/cpp" -B "$folder/build" \

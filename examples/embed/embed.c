@@ -2,6 +2,8 @@
  * names of its attachments. Links Tarnbase and TarnPst.
  *
  *     embed mail.eml
+ *
+ * With nothing but what is installed: cc embed.c $(pkg-config --cflags --libs tarnpst)
  */
 #include <stdio.h>
 #include <stdlib.h>
@@ -102,7 +104,7 @@ static int PrintAttachments(const char16_t* path) {
 static int Embed(const char16_t* path) {
   int status = PrintDocument(path);
   if (status == StatusOk) status = PrintAttachments(path);
-  if (status != StatusOk) fprintf(stderr, "the filter answered %d\n", status);
+  if (status != StatusOk) fprintf(stderr, "%s (%d)\n", TarnStatusText(status), status);
   return status == StatusOk ? 0 : 1;
 }
 
