@@ -42,9 +42,9 @@ uint32_t FourBytes(uint32_t bytes, uint64_t zerosBehind) {
 
 }  // namespace
 
-uint32_t Crc32(const void* bytes, uint64_t count) {
+uint32_t Crc32(const void* bytes, uint64_t count, uint32_t before) {
   const auto* at = static_cast<const unsigned char*>(bytes);
-  uint32_t crc = 0;
+  uint32_t crc = before;
   for (; count >= kSlices; count -= kSlices, at += kSlices) {
     crc = FourBytes(crc ^ LoadLittleEndian<uint32_t>(at), 4) ^
           FourBytes(LoadLittleEndian<uint32_t>(at + 4), 0);

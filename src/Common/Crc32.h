@@ -9,8 +9,9 @@
 
 namespace tarn {
 
-// 0 for no bytes, and then `bytes` may be null.
-uint32_t Crc32(const void* bytes, uint64_t count);
+// 0 for no bytes, and then `bytes` may be null. Bytes that follow others go on from the checksum of
+// those.
+uint32_t Crc32(const void* bytes, uint64_t count, uint32_t before = 0);
 
 }  // namespace tarn
 

@@ -57,6 +57,16 @@ TEST(Crc32, EveryLengthAndEveryPlaceOfTheBlocks) {
   }
 }
 
+TEST(Crc32, GoesOnWhereTheBytesBeforeEnded) {
+  std::mt19937 random(2);
+  std::string bytes(500, '\0');
+  for (char& byte : bytes) byte = static_cast<char>(random());
+  for (size_t cut = 0; cut <= bytes.size(); ++cut) {
+    const uint32_t before = Crc32(bytes.data(), cut);
+    ASSERT_EQ(Crc32(bytes.data() + cut, bytes.size() - cut, before), Divide(bytes)) << cut;
+  }
+}
+
 TEST(LittleEndian, TheLeastSignificantByteComesFirst) {
   const unsigned char bytes[] = {0x01, 0x82, 0x03, 0x84, 0x05, 0x86, 0x07, 0x88};
   EXPECT_EQ(LoadLittleEndian<uint8_t>(bytes), 0x01u);
