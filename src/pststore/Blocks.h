@@ -14,6 +14,9 @@
 // one that outlives it can no longer load children, and says so with std::bad_weak_ptr. Children
 // are loaded at the first need and kept.
 //
+// The bytes of a block are tested when it is read and decoded when somebody looks at them: one that
+// is only passed on the way to others costs no decoding.
+//
 // Writing happens in memory only. An operation that writes leaves the block that holds the outcome
 // in `result`: the block itself, a copy of it when others hold the block too, or a block of a
 // higher level. `result` may be the pointer through which the block is held.
@@ -23,6 +26,7 @@
 #include <memory>
 #include <span>
 
+#include "pststore/Codec.h"
 #include "pststore/ContextRef.h"
 #include "pststore/TreePart.h"
 #include "pststore/Types.h"
@@ -67,6 +71,11 @@ class data_block : public block {
   // many.
   virtual size_t read_raw(void* destination, ulonglong count, ulonglong offset) = 0;
 
+  // The same for those who go from the start of the stream to its end, once: blocks that have been
+  // passed are let go. A null destination gets no bytes; the blocks are read and tested all the
+  // same.
+  virtual size_t pass_raw(void* destination, ulonglong count, ulonglong offset) = 0;
+
   // Replaces bytes, clipped in the same way. A stream does not grow by this.
   virtual size_t write_raw(const void* source, ulonglong count, ulonglong offset,
                            std::shared_ptr<data_block>& result) = 0;
@@ -100,16 +109,21 @@ class data_block : public block {
 class external_block final : public data_block,
                              public std::enable_shared_from_this<external_block> {
  public:
-  // A block of the file. `extent` holds at least info.size bytes; it may hold padding and trailer.
+  // A block of the file, as it is encoded there. `extent` holds at least info.size bytes; it may
+  // hold padding and trailer.
   external_block(const std::shared_ptr<db_context>& context, const block_info& info,
-                 ulonglong max_size, byte_vector&& extent)
-      : data_block(context, info, info.size), max_size_(max_size), buffer_(std::move(extent)) {}
+                 ulonglong max_size, byte_vector&& extent, disk::encoding encoding)
+      : data_block(context, info, info.size),
+        max_size_(max_size),
+        buffer_(std::move(extent)),
+        encoding_(encoding) {}
   // A new block of zeros.
   external_block(const std::shared_ptr<db_context>& context, ulonglong max_size, ulonglong size);
   external_block(const external_block&) = default;
 
   bool is_internal() const override { return false; }
   size_t read_raw(void* destination, ulonglong count, ulonglong offset) override;
+  size_t pass_raw(void* destination, ulonglong count, ulonglong offset) override;
   size_t write_raw(const void* source, ulonglong count, ulonglong offset,
                    std::shared_ptr<data_block>& result) override;
   ulong get_page_count() const override { return 1; }
@@ -117,11 +131,14 @@ class external_block final : public data_block,
   ulonglong resize(ulonglong size, std::shared_ptr<data_block>& result) override;
 
   // The bytes themselves, without padding; they live as long as the block and until it is written.
-  std::span<const unsigned char> get_bytes() const { return {buffer_.data(), total_size_}; }
+  std::span<const unsigned char> get_bytes() const { return {decoded().data(), total_size_}; }
 
  private:
+  byte_vector& decoded() const;
+
   ulonglong max_size_;
-  byte_vector buffer_;
+  mutable byte_vector buffer_;
+  mutable disk::encoding encoding_;  // of what the buffer holds
 };
 
 // What follows from a block's layout and level.
@@ -154,6 +171,7 @@ class extended_block final : public data_block,
 
   bool is_internal() const override { return true; }
   size_t read_raw(void* destination, ulonglong count, ulonglong offset) override;
+  size_t pass_raw(void* destination, ulonglong count, ulonglong offset) override;
   size_t write_raw(const void* source, ulonglong count, ulonglong offset,
                    std::shared_ptr<data_block>& result) override;
   ulong get_page_count() const override;
@@ -164,6 +182,8 @@ class extended_block final : public data_block,
   const vector<ulonglong>& get_child_ids() const { return block_ids_; }
 
  private:
+  template <typename Read>
+  size_t read_children(void* destination, ulonglong count, ulonglong offset, const Read& read);
   std::shared_ptr<data_block>& get_child_block(ulonglong index);
   std::shared_ptr<data_block> make_hole();
   std::shared_ptr<data_block> load_child(ulonglong id);
@@ -172,6 +192,7 @@ class extended_block final : public data_block,
   extended_limits limits_;
   vector<ulonglong> block_ids_;
   vector<std::shared_ptr<data_block>> child_blocks_;
+  ulonglong passed_ = 0;  // the child that pass_raw reached last
 };
 
 }  // namespace pststore

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "pststore/CodecTables.h"
+#include "pststore/Disk.h"
 
 namespace pststore::disk {
 
@@ -53,6 +54,14 @@ void decode_cyclic(unsigned char* bytes, size_t count, ulong key) {
     bytes += run;
     count -= run;
     counter = static_cast<ulong>(counter + run) & 0xFFFF;
+  }
+}
+
+void decode(unsigned char* bytes, size_t count, encoding how) {
+  if (how.method == crypt_method_permute) {
+    decode_permute(bytes, count);
+  } else if (how.method == crypt_method_cyclic) {
+    decode_cyclic(bytes, count, how.key);
   }
 }
 

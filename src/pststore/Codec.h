@@ -18,6 +18,14 @@ void decode_permute(unsigned char* bytes, size_t count);
 // block's id.
 void decode_cyclic(unsigned char* bytes, size_t count, ulong key);
 
+// How the data of a block is encoded: by a method of the header, and the key of the second.
+struct encoding {
+  unsigned char method = 0;  // every method but the two is plain data
+  ulong key = 0;
+};
+
+void decode(unsigned char* bytes, size_t count, encoding how);
+
 }  // namespace pststore::disk
 
 #endif

@@ -180,11 +180,11 @@ std::shared_ptr<external_block> database_impl<T>::read_external_block(const cont
   if (info.id != 0) {
     expect_block(!is_internal_id(info.id), "External BID expected");
     bytes = reader_.read_block(info);
-    reader_.decode(bytes, info);
   }
   // The empty block has no bytes, whatever else is said of it.
   return make_kernel_shared<external_block>(parent, info.id != 0 ? info : block_info(),
-                                            layout::max_block_data, std::move(bytes));
+                                            layout::max_block_data, std::move(bytes),
+                                            reader_.get_encoding(info));
 }
 
 template <typename T>

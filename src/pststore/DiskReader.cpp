@@ -1,7 +1,5 @@
 #include "pststore/DiskReader.h"
 
-#include "pststore/Codec.h"
-
 namespace pststore {
 
 namespace {
@@ -95,13 +93,8 @@ byte_vector disk_reader<T>::read_block(const block_info& info) {
 }
 
 template <typename T>
-void disk_reader<T>::decode(byte_vector& extent, const block_info& info) const {
-  const unsigned char method = header_[layout::header_crypt_method];
-  if (method == disk::crypt_method_permute) {
-    disk::decode_permute(extent.data(), info.size);
-  } else if (method == disk::crypt_method_cyclic) {
-    disk::decode_cyclic(extent.data(), info.size, static_cast<ulong>(info.id));
-  }
+disk::encoding disk_reader<T>::get_encoding(const block_info& info) const {
+  return {header_[layout::header_crypt_method], static_cast<ulong>(info.id)};
 }
 
 template <typename T>

@@ -7,6 +7,7 @@
 
 #include <array>
 
+#include "pststore/Codec.h"
 #include "pststore/Disk.h"
 #include "pststore/StoreFile.h"
 #include "pststore/Types.h"
@@ -30,8 +31,8 @@ class disk_reader {
   // cannot be one or a block of another id or size, sig_mismatch.
   byte_vector read_block(const block_info& info);
 
-  // Decodes the data of an external block as the header says.
-  void decode(byte_vector& extent, const block_info& info) const;
+  // How the data of an external block is encoded.
+  disk::encoding get_encoding(const block_info& info) const;
 
   // The first byte of a block of references, of which nothing is checked.
   unsigned char read_block_type(const block_info& info);

@@ -51,22 +51,45 @@ std::shared_ptr<external_block> extended_block::get_page(ulong index) {
       ->get_page(index % limits_.child_max_page_count);
 }
 
-size_t extended_block::read_raw(void* destination, ulonglong count, ulonglong offset) {
+// `read(index, to, left, at)` reads from a child: at most `left` bytes from its byte `at` on, to
+// `to`, which is null when there is no destination.
+template <typename Read>
+size_t extended_block::read_children(void* destination, ulonglong count, ulonglong offset,
+                                     const Read& read) {
   count = clip(count, offset);
-  auto* next = static_cast<unsigned char*>(destination);
+  auto* const begin = static_cast<unsigned char*>(destination);
   // The position has 32 bits, like the total size in the file. In a stream made in memory, which
   // may be larger, it starts again from 0.
   ulong position = static_cast<ulong>(offset);
   size_t sum = 0;
   while (sum < count) {
-    const auto& child = get_child_block(position / limits_.child_max_total_size);
-    const size_t done = child->read_raw(next, count - sum, position % limits_.child_max_total_size);
+    const size_t done =
+        read(position / limits_.child_max_total_size, begin == nullptr ? begin : begin + sum,
+             count - sum, position % limits_.child_max_total_size);
     if (done == 0) throw database_corrupt("child shorter than its place");
-    next += done;
     position += static_cast<ulong>(done);
     sum += done;
   }
   return sum;
+}
+
+size_t extended_block::read_raw(void* destination, ulonglong count, ulonglong offset) {
+  return read_children(destination, count, offset,
+                       [this](ulonglong index, void* to, ulonglong left, ulonglong at) {
+                         return get_child_block(index)->read_raw(to, left, at);
+                       });
+}
+
+size_t extended_block::pass_raw(void* destination, ulonglong count, ulonglong offset) {
+  return read_children(destination, count, offset,
+                       [this](ulonglong index, void* to, ulonglong left, ulonglong at) {
+                         const std::shared_ptr<data_block>& child = get_child_block(index);
+                         if (index != passed_ && passed_ < child_blocks_.size()) {
+                           child_blocks_[passed_] = nullptr;
+                         }
+                         passed_ = index;
+                         return child->pass_raw(to, left, at);
+                       });
 }
 
 size_t extended_block::write_raw(const void* source, ulonglong count, ulonglong offset,

@@ -20,10 +20,23 @@ external_block::external_block(const std::shared_ptr<db_context>& context, ulong
   mark_modified(false);
 }
 
+// Decoding is done once, in place.
+byte_vector& external_block::decoded() const {
+  if (encoding_.method != 0) {
+    disk::decode(buffer_.data(), total_size_, encoding_);
+    encoding_ = {};
+  }
+  return buffer_;
+}
+
 size_t external_block::read_raw(void* destination, ulonglong count, ulonglong offset) {
   count = clip(count, offset);
-  if (count != 0) std::memcpy(destination, buffer_.data() + offset, count);
+  if (count != 0) std::memcpy(destination, decoded().data() + offset, count);
   return count;
+}
+
+size_t external_block::pass_raw(void* destination, ulonglong count, ulonglong offset) {
+  return destination == nullptr ? clip(count, offset) : read_raw(destination, count, offset);
 }
 
 size_t external_block::write_raw(const void* source, ulonglong count, ulonglong offset,
@@ -34,7 +47,7 @@ size_t external_block::write_raw(const void* source, ulonglong count, ulonglong 
   }
   mark_modified(is_internal());
   count = clip(count, offset);
-  if (count != 0) std::memcpy(buffer_.data() + offset, source, count);
+  if (count != 0) std::memcpy(decoded().data() + offset, source, count);
   result = self;
   return count;
 }
@@ -50,7 +63,7 @@ ulonglong external_block::resize(ulonglong size, std::shared_ptr<data_block>& re
   mark_modified(is_internal());
   const ulonglong new_size = std::min(size, max_size_);
   // What follows the data in a block of the file is no part of it and must not come to light.
-  buffer_.resize(std::min(total_size_, new_size));
+  decoded().resize(std::min(total_size_, new_size));
   total_size_ = buffer_.size();
   buffer_.resize(new_size);
   total_size_ = new_size;

@@ -1,6 +1,7 @@
 #include "pststore/HnidStream.h"
 
 #include <algorithm>
+#include <array>
 
 namespace pststore {
 
@@ -28,7 +29,21 @@ hnid_stream_device::hnid_stream_device(heap_ptr heap, ulong hid)
 hnid_stream_device::hnid_stream_device(const node& data) : node_(data), is_hid_(false) {}
 
 std::streamsize hnid_stream_device::read(char* destination, std::streamsize count) {
-  return is_hid_ ? read_allocation(destination, count) : read_node(destination, count);
+  if (is_hid_) return read_allocation(destination, count);
+  if (count <= 0) return -1;
+  return advance(node_.read(destination, static_cast<ulonglong>(count),
+                            static_cast<ulonglong>(node_position_)));
+}
+
+std::streamsize hnid_stream_device::pass(char* destination, std::streamsize count) {
+  if (is_hid_ && destination == nullptr) {
+    std::array<char, pass_step> unwanted;
+    return read_allocation(unwanted.data(), std::min(count, pass_step));
+  }
+  if (is_hid_) return read_allocation(destination, count);
+  if (count <= 0) return -1;
+  return advance(node_.pass(destination, static_cast<ulonglong>(count),
+                            static_cast<ulonglong>(node_position_)));
 }
 
 std::streamsize hnid_stream_device::read_allocation(char* destination, std::streamsize count) {
@@ -43,10 +58,8 @@ std::streamsize hnid_stream_device::read_allocation(char* destination, std::stre
   return count;
 }
 
-std::streamsize hnid_stream_device::read_node(char* destination, std::streamsize count) {
-  if (count <= 0) return -1;
-  const size_t done = node_.read(destination, static_cast<ulonglong>(count),
-                                 static_cast<ulonglong>(node_position_));
+// A place behind `done` bytes of the node.
+std::streamsize hnid_stream_device::advance(size_t done) {
   if (done == 0) return -1;
   node_position_ += static_cast<int64_t>(done);
   return static_cast<std::streamsize>(done);

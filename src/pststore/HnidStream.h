@@ -5,6 +5,8 @@
 // their own. `prop_stream` is the stream over a copy of it, with a buffer of 4096 bytes and 4 bytes
 // of putback. Both hold the heap or subnode, and may outlive whatever made them.
 //
+// Those who only need to have seen a value `pass` it: from its start to its end, keeping nothing.
+//
 // An allocation may end behind its page; what the page does not hold is zeros. A read that begins
 // there raises what Heap.h says.
 //
@@ -26,6 +28,10 @@ namespace pststore {
 
 class hnid_stream_device {
  public:
+  // What a prop_stream asks for at once. Damage may show itself at another place to those who pass
+  // a value in other steps.
+  static constexpr std::streamsize pass_step = 4096;
+
   using char_type = char;
   struct category : boost::iostreams::input_seekable, boost::iostreams::device_tag {};
 
@@ -37,13 +43,18 @@ class hnid_stream_device {
   // The number of bytes delivered, or -1 at the end of the data and for a count of 0.
   std::streamsize read(char* destination, std::streamsize count);
 
+  // As read, for those who go from the start to the end, once: what has been passed is let go. A
+  // null destination gets no bytes, and perhaps fewer than `count` are passed; what is damaged or
+  // missing is told all the same.
+  std::streamsize pass(char* destination, std::streamsize count);
+
   // The new position: from the start (beg), the end (end) or the present place (all else), kept
   // between 0 and the size.
   std::streampos seek(boost::iostreams::stream_offset offset, std::ios_base::seekdir direction);
 
  private:
   std::streamsize read_allocation(char* destination, std::streamsize count);
-  std::streamsize read_node(char* destination, std::streamsize count);
+  std::streamsize advance(size_t done);
 
   int64_t position_ = 0;
   ulong hid_ = 0;

@@ -90,6 +90,10 @@ size_t node::read(void* destination, ulonglong count, ulonglong offset) const {
   return impl_->get_data_block()->read_raw(destination, count, offset);
 }
 
+size_t node::pass(void* destination, ulonglong count, ulonglong offset) const {
+  return impl_->get_data_block()->pass_raw(destination, count, offset);
+}
+
 node node::lookup(ulong sub_id) const {
   const std::shared_ptr<subnode_block>& subnodes = impl_->get_subnode_block();
   const std::shared_ptr<node_impl> owner = impl_;

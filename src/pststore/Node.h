@@ -48,6 +48,11 @@ class node {
   // A flat read, clipped at the end of the stream. The result is the number of bytes read.
   size_t read(void* destination, ulonglong count, ulonglong offset) const;
 
+  // The same for those who go from the start of the stream to its end, once: what has been passed
+  // is let go. A null destination gets no bytes; what would be read is read and tested all the
+  // same.
+  size_t pass(void* destination, ulonglong count, ulonglong offset) const;
+
   // The subnode as a node of its own; key_not_found<ulong> when there is none.
   node lookup(ulong sub_id) const;
 
