@@ -1,0 +1,128 @@
+// A group whose bytes are all there and whose text ends before the text's end is passed in one
+// step. Its control byte says which of the 16 bytes after it are the halves of references: a table
+// has the masks that cut out their lengths, to be summed, and the upper halves of their offsets, to
+// be compared. A group in which one of these may begin before the block is passed token by token.
+#include "rtf/LzfuCheck.h"
+
+#include <array>
+
+#include "Common/LittleEndian.h"
+
+namespace tarn {
+namespace {
+
+constexpr unsigned kTokens = 8;  // of a group
+constexpr uint64_t kWindow = 4096;
+constexpr uint64_t kGroupInput = 1 + 2 * kTokens;
+constexpr uint64_t kGroupOutput = kTokens * kLzfuLongestToken;
+
+constexpr uint64_t kEachByte = 0x0101010101010101U;
+constexpr uint64_t kTopBits = 0x80 * kEachByte;
+
+// What a control byte says of the 16 bytes after it, as two words.
+struct GroupShape {
+  uint64_t highs[2] = {};    // all bits of the first byte of each reference
+  uint64_t lengths[2] = {};  // the lower four of its second byte
+  uint64_t size = 1;         // of the group, the control byte included
+  uint64_t least = 0;        // bytes that it unpacks to, less the sum of the four bits
+};
+
+using Shapes = std::array<GroupShape, 256>;
+
+constexpr Shapes MakeShapes() {
+  Shapes shapes;
+  for (unsigned control = 0; control < shapes.size(); ++control) {
+    GroupShape& shape = shapes[control];
+    for (unsigned token = 0; token < kTokens; ++token) {
+      const uint64_t at = shape.size - 1;
+      if (((control >> token) & 1) == 0) {
+        shape.size += 1;
+        shape.least += 1;
+        continue;
+      }
+      shape.highs[at / 8] |= uint64_t{0xFF} << (8 * (at % 8));
+      shape.lengths[(at + 1) / 8] |= uint64_t{0x0F} << (8 * ((at + 1) % 8));
+      shape.size += 2;
+      shape.least += 2;
+    }
+  }
+  return shapes;
+}
+
+constexpr Shapes kShapes = MakeShapes();
+
+// Whether a byte of the word is `least` or more; that is at most 255.
+bool HasByteFrom(uint64_t word, unsigned least) {
+  // The top bit of a sum tells whether the lower seven bits of its byte reach those of `least`.
+  const uint64_t lower = (word & ~kTopBits) + (0x80 - (least & 0x7F)) * kEachByte;
+  const uint64_t reached = least < 0x80 ? lower | word : lower & word;
+  return (reached & kTopBits) != 0;
+}
+
+uint64_t SumOfBytes(uint64_t word) { return (word * kEachByte) >> 56; }
+
+}  // namespace
+
+// Passes whole groups at the beginning of the bytes, and tells how many bytes they were.
+uint64_t LzfuCheck::passGroups(std::span<const unsigned char> packed) {
+  const unsigned char* const begin = packed.data();
+  const unsigned char* at = begin;
+  uint64_t left = packed.size();
+  uint64_t position = position_;
+  while (left >= kGroupInput && position + kGroupOutput <= end_) {
+    const GroupShape& shape = kShapes[*at];
+    const auto first = LoadLittleEndian<uint64_t>(at + 1);
+    const auto second = LoadLittleEndian<uint64_t>(at + 9);
+    if (position < kWindow) {
+      const auto least = static_cast<unsigned>(position / 16);
+      if (HasByteFrom(first & shape.highs[0], least) ||
+          HasByteFrom(second & shape.highs[1], least)) {
+        break;
+      }
+    }
+    position += shape.least + SumOfBytes((first & shape.lengths[0]) + (second & shape.lengths[1]));
+    at += shape.size;
+    left -= shape.size;
+  }
+  position_ = position;
+  return static_cast<uint64_t>(at - begin);
+}
+
+void LzfuCheck::take(std::span<const unsigned char> packed) {
+  uint64_t at = 0;
+  while (position_ < end_ && !isDamaged_) {
+    if (tokensLeft_ == 0) at += passGroups(packed.subspan(at));
+    if (at == packed.size()) return;
+    const unsigned byte = packed[at++];
+    if (tokensLeft_ == 0) {
+      control_ = byte;
+      tokensLeft_ = kTokens;
+    } else if ((control_ & 1) == 0) {
+      ++position_;
+      endToken();
+    } else if (!hasHigh_) {
+      high_ = byte;
+      hasHigh_ = true;
+    } else {
+      passReference(byte);
+      endToken();
+    }
+  }
+}
+
+// A reference to a place that has not been written goes a whole window back, which is before the
+// block's start until the position has left the first window.
+void LzfuCheck::passReference(unsigned low) {
+  const uint64_t offset = (high_ << 4) | (low >> 4);
+  const uint64_t length = (low & 15) + 2;
+  hasHigh_ = false;
+  isDamaged_ = (position_ < kWindow && offset >= position_) || length > room_ - position_;
+  position_ += length;
+}
+
+void LzfuCheck::endToken() {
+  control_ >>= 1;
+  --tokensLeft_;
+}
+
+}  // namespace tarn
