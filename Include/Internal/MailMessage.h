@@ -46,10 +46,11 @@ struct MailMessage {
   }
 };
 
-// The head of the array of a store's messages.
+// The messages of a store. Nothing looks at a message before the wanted one once it has been read,
+// so that one record is there however many messages there are.
 struct MessageList {
-  int32_t count = 0;
-  MailMessage* records = nullptr;
+  int32_t count = 0;               // messages that the folders claim
+  MailMessage* records = nullptr;  // an array of one: the wanted message
 };
 
 }  // namespace tarn

@@ -2,8 +2,11 @@
 #ifndef TARN_TESTS_ROAD_PSTREADING_H
 #define TARN_TESTS_ROAD_PSTREADING_H
 
+#include <gtest/gtest.h>
+
 #include <functional>
 #include <string>
+#include <utility>
 
 #include "FileFormats/Pst/StoreWalk.h"
 #include "pststore/DbContext.h"
@@ -31,6 +34,7 @@ class PstReading {
 
   int32_t count() { return CountStoreMessages(list, context, fileSize); }
   int32_t walk(int32_t selected) {
+    wanted_ = selected;
     StoreReading reading(data, request, fileSize);
     if (limits) limits(reading);
     return WalkStoreMessages(*list, context, selected, kind, reading);
@@ -41,9 +45,24 @@ class PstReading {
     return counted == StatusOk ? walk(selected) : counted;
   }
 
-  MailMessage& record(int32_t index) { return list->records[index]; }
+  // Of the message that the last walk was to read: there is no other record.
+  MailMessage& record(int32_t index) {
+    EXPECT_EQ(index, wanted_);
+    return *list->records;
+  }
   std::string text(int32_t index) { return std::string(record(index).text.bytes()); }
   std::string body(int32_t index) { return std::string(record(index).body.bytes()); }
+
+  // The bodies of the first messages one after the other, each of a reading of its own.
+  std::string bodies(int32_t messages) {
+    std::string all;
+    for (int32_t index = 0; index < messages; ++index) {
+      ReleaseMessageList(std::exchange(list, nullptr));
+      EXPECT_EQ(read(index), 1);
+      all += body(index);
+    }
+    return all;
+  }
 
   const char16_t* path() const { return path_.c_str(); }
   const std::u16string directory() const { return directory_.wide(); }
@@ -57,6 +76,7 @@ class PstReading {
   uint32_t kind = DocumentNone;
 
  private:
+  int32_t wanted_ = 0;
   TempDirectory directory_;
   std::u16string path_;
 };

@@ -75,7 +75,7 @@ int32_t ReadPstDocument(const char16_t* path, PstFilterData& data, int32_t& inde
   const int32_t walked = WalkStoreMessages(*messages.list, store, index, bodyKind, reading);
   if (walked != StatusOk) return walked;
   if (request == nullptr) {
-    MailMessage& record = messages.list->records[index];
+    MailMessage& record = *messages.list->records;
     const int32_t made = textOnly ? MakeTextDocument(record, data.document)
                                   : MakeBodyDocument(record, bodyKind, data.document);
     if (made != StatusOk) return made;

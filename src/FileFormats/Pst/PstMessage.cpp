@@ -1,9 +1,8 @@
 #include "FileFormats/Pst/PstMessage.h"
 
-#include <stdexcept>
-
 #include "FileFormats/Pst/PstAttachments.h"
 #include "FileFormats/Pst/PstInlineImages.h"
+#include "FileFormats/Pst/PstProperties.h"
 #include "FileFormats/Pst/PstStreams.h"
 #include "pststore/StoreObjects.h"
 #include "render/HeaderLabels.h"
@@ -11,20 +10,6 @@
 
 namespace tarn {
 namespace {
-
-// Properties of a message, by their published names.
-enum MessageProperty : pststore::ushort {
-  PR_IMPORTANCE = 0x0017,
-  PR_SUBJECT = 0x0037,
-  PR_CLIENT_SUBMIT_TIME = 0x0039,
-  PR_SENDER_NAME = 0x0C1A,
-  PR_DISPLAY_BCC = 0x0E02,
-  PR_DISPLAY_CC = 0x0E03,
-  PR_DISPLAY_TO = 0x0E04,
-  PR_BODY = 0x1000,
-  PR_RTF_COMPRESSED = 0x1009,
-  PR_HTML = 0x1013,
-};
 
 struct StringField {
   MessageProperty property;
@@ -37,29 +22,6 @@ constexpr StringField kStringFields[] = {
     {PR_DISPLAY_CC, &MailMessage::cc},
     {PR_DISPLAY_BCC, &MailMessage::bcc},
 };
-
-// A text property that exists. 1; -1, and nothing is read, for one of more than `textLeft` bytes.
-int32_t ReadText(const pststore::property_bag& properties, pststore::ushort id, uint64_t& textLeft,
-                 pststore::wstring& text) {
-  if (!TakeFrom(textLeft, TextBytes(properties, id))) return StatusOutOfMemory;
-  text = properties.read_prop<pststore::wstring>(id);
-  return StatusOk;
-}
-
-// A subject may start with a marker, the character 1 and one that tells the length of a prefix.
-int32_t ReadSubject(const pststore::property_bag& properties, uint64_t& textLeft,
-                    pststore::wstring& subject) {
-  if (!properties.prop_exists(PR_SUBJECT)) {
-    subject = u"No Subject";
-    return StatusOk;
-  }
-  const int32_t status = ReadText(properties, PR_SUBJECT, textLeft, subject);
-  if (status == StatusOk && !subject.empty() && subject.front() == u'\1') {
-    if (subject.size() < 2) throw std::out_of_range("subject marker without its second character");
-    subject.erase(0, 2);
-  }
-  return status;
-}
 
 // The text as UTF-8 in the field. An empty text frees the field; without memory, or when the
 // conversion fails, the field keeps its length.
@@ -103,47 +65,44 @@ int32_t ReadHeaderFields(const pststore::property_bag& properties, const pststor
 // Reads one message, step by step. What the store throws passes through.
 class MessageRead {
  public:
-  MessageRead(const pststore::message& source, uint32_t& kind, MessageList& list, int32_t index,
+  MessageRead(const pststore::message& source, uint32_t& kind, MessageList& list,
               StoreReading& reading)
       : source_(source),
         properties_(source.get_property_bag()),
         kind_(kind),
         list_(list),
-        index_(index),
-        record_(list.records[index]),
+        record_(*list.records),
         reading_(reading) {}
 
-  int32_t run(bool selected);
+  int32_t run();
 
  private:
   int32_t readPlainBody();
-  int32_t readHtmlBody(bool selected);
+  int32_t readHtmlBody();
   int32_t readRtfBody();
 
   const pststore::message& source_;
   const pststore::property_bag& properties_;
   uint32_t& kind_;
   MessageList& list_;
-  const int32_t index_;
   MailMessage& record_;
   StoreReading& reading_;
 };
 
-int32_t MessageRead::run(bool selected) {
+int32_t MessageRead::run() {
   pststore::wstring subject;
   int32_t status = ReadSubject(properties_, reading_.textLeft, subject);
   if (status != StatusOk) return status;
-  if (subject == u"LocalFreebusy") return StatusDone;
+  if (IsWithoutNumber(subject)) return StatusDone;
 
   record_.body.length = 0;
   record_.text.length = 0;
   if (reading_.request != nullptr) {
-    if (!selected) return StatusOk;
     return EnumeratePstAttachments(source_, *reading_.request, reading_.fileSize);
   }
-  if (selected) status = ReadHeaderFields(properties_, subject, reading_.textLeft, record_);
+  status = ReadHeaderFields(properties_, subject, reading_.textLeft, record_);
   if (status == StatusOk) status = readPlainBody();
-  if (status == StatusOk) status = readHtmlBody(selected);
+  if (status == StatusOk) status = readHtmlBody();
   if (status == StatusOk) status = readRtfBody();
   return status;
 }
@@ -163,7 +122,7 @@ int32_t MessageRead::readPlainBody() {
   return StatusOk;
 }
 
-int32_t MessageRead::readHtmlBody(bool selected) {
+int32_t MessageRead::readHtmlBody() {
   if (!properties_.prop_exists(PR_HTML)) return StatusOk;
   kind_ = DocumentHtml;
   pststore::prop_stream stream(properties_.open_prop_stream(PR_HTML));
@@ -179,7 +138,7 @@ int32_t MessageRead::readHtmlBody(bool selected) {
   body.length = size;
 
   const uint32_t attachments = pststore::get_attachment_count(source_);
-  if (attachments == 0 || !selected) return StatusOk;
+  if (attachments == 0) return StatusOk;
   return InlinePstImages(source_, attachments, body, reading_);
 }
 
@@ -189,16 +148,16 @@ int32_t MessageRead::readRtfBody() {
   kind_ = DocumentRtf;
   pststore::prop_stream stream(properties_.open_prop_stream(PR_RTF_COMPRESSED));
   if (!TakeFrom(reading_.textLeft, SizeByEnd(stream))) return StatusOutOfMemory;
-  const int32_t status = DecodePstCompressedRtf(stream, list_, index_);
+  const int32_t status = DecodePstCompressedRtf(stream, list_, 0);
   if (status != StatusOk) return status;
   return TakeFrom(reading_.textLeft, record_.body.length) ? StatusOk : StatusOutOfMemory;
 }
 
 }  // namespace
 
-int32_t ReadPstMessage(const pststore::message& source, uint32_t& kind, bool selected,
-                       MessageList& list, int32_t index, StoreReading& reading) {
-  return MessageRead(source, kind, list, index, reading).run(selected);
+int32_t ReadPstMessage(const pststore::message& source, uint32_t& kind, MessageList& list,
+                       StoreReading& reading) {
+  return MessageRead(source, kind, list, reading).run();
 }
 
 }  // namespace tarn

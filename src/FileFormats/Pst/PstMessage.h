@@ -1,4 +1,4 @@
-// PstMessage.h - one message of a store becomes a MailMessage.
+// PstMessage.h - the wanted message of a store becomes a MailMessage; those before it are passed.
 #ifndef TARN_FILEFORMATS_PST_PSTMESSAGE_H
 #define TARN_FILEFORMATS_PST_PSTMESSAGE_H
 
@@ -10,17 +10,22 @@ class message;
 
 namespace tarn {
 
-// Reads the bodies of a message into list.records[index], and, of the `selected` message only, its
-// header fields and inline images; `kind` is set by each body found, plain text, HTML and RTF in
-// this order, so that the last one wins. With a request nothing of the record is filled: the
-// selected message's attachments go to the request's callback.
+// Reads the wanted message into the list's record: its header fields, its bodies with inline
+// images. `kind` is set by each body found, plain text, HTML and RTF in this order, so that the
+// last one wins. With a request nothing of the record is filled: the message's attachments go to
+// the request's callback.
 //
 // 1; 2 for a message that does not count; -1 without memory, and when subjects, header strings and
 // bodies take more than a file of this size can hold; failures of DecodePstCompressedRtf, of
 // InlinePstImages and of the callback. Exceptions of the store leave the function. Bodies stay as
 // the store has them: the plain one is UTF-16 in a Unicode store.
-int32_t ReadPstMessage(const pststore::message& source, uint32_t& kind, bool selected,
-                       MessageList& list, int32_t index, StoreReading& reading);
+int32_t ReadPstMessage(const pststore::message& source, uint32_t& kind, MessageList& list,
+                       StoreReading& reading);
+
+// The same of a message before the wanted one, but for its header fields, images and attachments,
+// which nobody asks for. Its bodies are read piece by piece and not kept: `kind`, results and
+// exceptions are those of a message that is read.
+int32_t PassPstMessage(const pststore::message& source, uint32_t& kind, StoreReading& reading);
 
 }  // namespace tarn
 

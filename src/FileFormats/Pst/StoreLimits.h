@@ -14,7 +14,7 @@ namespace tarn {
 inline constexpr uint64_t kSmallestNodeEntry = 16;
 inline constexpr uint64_t kSmallestSubnodeEntry = 12;
 
-// Messages that the folders may claim together: a record is made for each.
+// Messages that the folders may claim together.
 constexpr uint64_t ClaimLimit(uint64_t fileSize) { return 1000000 + fileSize / kSmallestNodeEntry; }
 
 // Rows of all contents tables together.

@@ -48,7 +48,7 @@ class StoreWalk {
   const int32_t selected_;
   uint32_t& kind_;
   StoreReading& reading_;
-  int32_t next_ = 0;  // the record to fill
+  int32_t next_ = 0;  // the number of the message to come
   int32_t status_ = StatusOk;
 };
 
@@ -83,7 +83,8 @@ bool StoreWalk::readRows(const pststore::table& contents) {
       return false;
     }
     const pststore::message message = pststore::make_message(at);
-    status_ = ReadPstMessage(message, kind_, next_ == selected_, list_, next_, reading_);
+    status_ = next_ == selected_ ? ReadPstMessage(message, kind_, list_, reading_)
+                                 : PassPstMessage(message, kind_, reading_);
     if (status_ < StatusOk) return false;
     if (status_ == StatusDone) continue;
     if (next_ == selected_) {
@@ -104,12 +105,11 @@ int32_t CountStoreMessages(MessageList*& list, const Store& store, uint64_t file
   if (added == StatusOk && total < 1) return StatusBadArgument;
   list = nullptr;
   if (added != StatusOk) return added;
-  const auto count = static_cast<uint64_t>(total);
-  if (count > ClaimLimit(fileSize)) return StatusOutOfMemory;
+  if (static_cast<uint64_t>(total) > ClaimLimit(fileSize)) return StatusOutOfMemory;
 
   KernelBlock<MessageList> head = AllocateBlock<MessageList>(1, TARN_HERE);
   if (!head) return StatusOutOfMemory;
-  auto* const records = new (std::nothrow) MailMessage[count];
+  auto* const records = new (std::nothrow) MailMessage[1];
   if (records == nullptr) return StatusOutOfMemory;
   KernelTrackObject(KERNEL_TRACK_ARRAY, records, TARN_HERE);
   list = new (head.take()) MessageList{total, records};

@@ -1,0 +1,111 @@
+// A message before the wanted one. Of its bodies only that they could be read decides what becomes
+// of the walk, and of compressed RTF that it would unpack: so the bodies pass by, and nothing of
+// them is kept.
+#include <array>
+#include <ios>
+#include <span>
+
+#include "FileFormats/Pst/PstMessage.h"
+#include "FileFormats/Pst/PstProperties.h"
+#include "pststore/Errors.h"
+#include "pststore/StoreObjects.h"
+#include "rtf/PstRtfCheck.h"
+
+namespace tarn {
+namespace {
+
+using pststore::hnid_stream_device;
+
+class MessagePass {
+ public:
+  MessagePass(const pststore::message& source, uint32_t& kind, StoreReading& reading)
+      : source_(source),
+        properties_(source.get_property_bag()),
+        kind_(kind),
+        textLeft_(reading.textLeft) {}
+
+  int32_t passBodies();
+
+ private:
+  int32_t passBody(MessageProperty id, uint32_t kind, uint64_t& length);
+  int32_t passHtml(uint64_t& length);
+  int32_t passRtf(uint64_t bodyLength);
+
+  const pststore::message& source_;
+  const pststore::property_bag& properties_;
+  uint32_t& kind_;
+  uint64_t& textLeft_;
+};
+
+// The size of a value, of which nothing has been passed yet.
+uint64_t SizeOf(hnid_stream_device& device) {
+  const auto size = static_cast<std::streamoff>(device.seek(0, std::ios_base::end));
+  device.seek(0, std::ios_base::beg);
+  return static_cast<uint64_t>(size);
+}
+
+int32_t MessagePass::passBodies() {
+  uint64_t length = 0;
+  int32_t status = passBody(PR_BODY, DocumentText, length);
+  length = 0;
+  if (status == StatusOk) status = passHtml(length);
+  if (status == StatusOk) status = passRtf(length);
+  return status;
+}
+
+int32_t MessagePass::passBody(MessageProperty id, uint32_t kind, uint64_t& length) {
+  if (!properties_.prop_exists(id)) return StatusOk;
+  kind_ = kind;
+  hnid_stream_device device = properties_.open_prop_stream(id);
+  length = SizeOf(device);
+  if (!TakeFrom(textLeft_, length)) return StatusOutOfMemory;
+  for (uint64_t left = length; left != 0;) {
+    const std::streamsize done = device.pass(nullptr, hnid_stream_device::pass_step);
+    if (done <= 0) throw pststore::database_corrupt("a stream is shorter than its size");
+    left -= static_cast<uint64_t>(done);
+  }
+  return StatusOk;
+}
+
+// A table of attachments that cannot be read is damage of any HTML message.
+int32_t MessagePass::passHtml(uint64_t& length) {
+  if (!properties_.prop_exists(PR_HTML)) return StatusOk;
+  const int32_t status = passBody(PR_HTML, DocumentHtml, length);
+  if (status == StatusOk) pststore::get_attachment_count(source_);
+  return status;
+}
+
+int32_t MessagePass::passRtf(uint64_t bodyLength) {
+  if (!properties_.prop_exists(PR_RTF_COMPRESSED)) return StatusOk;
+  kind_ = DocumentRtf;
+  hnid_stream_device device = properties_.open_prop_stream(PR_RTF_COMPRESSED);
+  const uint64_t length = SizeOf(device);
+  if (!TakeFrom(textLeft_, length)) return StatusOutOfMemory;
+  if (length < kCompressedRtfHeaderSize) return StatusNotSupported;
+
+  // Damage of the store is told before damage of the RTF: all of it is read.
+  PstRtfCheck check(length, bodyLength);
+  std::array<char, hnid_stream_device::pass_step> piece;
+  for (uint64_t left = length; left != 0;) {
+    const std::streamsize done = device.pass(piece.data(), hnid_stream_device::pass_step);
+    if (done <= 0) return StatusNotSupported;
+    const auto bytes = std::span(piece).first(static_cast<size_t>(done));
+    check.take({reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()});
+    left -= bytes.size();
+  }
+  if (check.status() != StatusOk) return check.status();
+  return TakeFrom(textLeft_, check.bodyLength()) ? StatusOk : StatusOutOfMemory;
+}
+
+}  // namespace
+
+int32_t PassPstMessage(const pststore::message& source, uint32_t& kind, StoreReading& reading) {
+  pststore::wstring subject;
+  const int32_t status = ReadSubject(source.get_property_bag(), reading.textLeft, subject);
+  if (status != StatusOk) return status;
+  if (IsWithoutNumber(subject)) return StatusDone;
+  if (reading.request != nullptr) return StatusOk;
+  return MessagePass(source, kind, reading).passBodies();
+}
+
+}  // namespace tarn
