@@ -57,6 +57,15 @@ TEST(Crc32, EveryLengthAndEveryPlaceOfTheBlocks) {
   }
 }
 
+TEST(Crc32, LongRuns) {
+  std::mt19937 random(3);
+  std::string bytes(100000, '\0');
+  for (char& byte : bytes) byte = static_cast<char>(random());
+  EXPECT_EQ(Of(bytes), Divide(bytes));
+  EXPECT_EQ(Of(std::string(5000, '\xFF')), Divide(std::string(5000, '\xFF')));
+  EXPECT_EQ(Of(std::string(5000, '\0') + 'x'), Divide("x"));
+}
+
 TEST(Crc32, GoesOnWhereTheBytesBeforeEnded) {
   std::mt19937 random(2);
   std::string bytes(500, '\0');
