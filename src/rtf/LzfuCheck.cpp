@@ -1,7 +1,8 @@
 // A group whose bytes are all there and whose text ends before the text's end is passed in one
 // step. Its control byte says which of the 16 bytes after it are the halves of references: a table
 // has the masks that cut out their lengths, to be summed, and the upper halves of their offsets, to
-// be compared. A group in which one of these may begin before the block is passed token by token.
+// be compared. Only a group in which one of these may begin before the block is looked at token by
+// token.
 #include "rtf/LzfuCheck.h"
 
 #include <array>
@@ -14,7 +15,6 @@ namespace {
 constexpr unsigned kTokens = 8;  // of a group
 constexpr uint64_t kWindow = 4096;
 constexpr uint64_t kGroupInput = 1 + 2 * kTokens;
-constexpr uint64_t kGroupOutput = kTokens * kLzfuLongestToken;
 
 constexpr uint64_t kEachByte = 0x0101010101010101U;
 constexpr uint64_t kTopBits = 0x80 * kEachByte;
@@ -23,33 +23,32 @@ constexpr uint64_t kTopBits = 0x80 * kEachByte;
 struct GroupShape {
   uint64_t highs[2] = {};    // all bits of the first byte of each reference
   uint64_t lengths[2] = {};  // the lower four of its second byte
-  uint64_t size = 1;         // of the group, the control byte included
-  uint64_t least = 0;        // bytes that it unpacks to, less the sum of the four bits
 };
 
-using Shapes = std::array<GroupShape, 256>;
+// Sizes are those of a group's tokens, which unpack to as many bytes and the sum of their lengths.
+// They are apart from the rest: where the next group begins is what each group waits for.
+struct Groups {
+  std::array<GroupShape, 256> shapes;
+  std::array<unsigned char, 256> sizes = {};
+};
 
-constexpr Shapes MakeShapes() {
-  Shapes shapes;
-  for (unsigned control = 0; control < shapes.size(); ++control) {
-    GroupShape& shape = shapes[control];
-    for (unsigned token = 0; token < kTokens; ++token) {
-      const uint64_t at = shape.size - 1;
-      if (((control >> token) & 1) == 0) {
-        shape.size += 1;
-        shape.least += 1;
-        continue;
-      }
+constexpr Groups MakeGroups() {
+  Groups groups;
+  for (unsigned control = 0; control < groups.sizes.size(); ++control) {
+    GroupShape& shape = groups.shapes[control];
+    unsigned at = 0;
+    for (unsigned token = 0; token < kTokens; ++token, ++at) {
+      if (((control >> token) & 1) == 0) continue;
       shape.highs[at / 8] |= uint64_t{0xFF} << (8 * (at % 8));
-      shape.lengths[(at + 1) / 8] |= uint64_t{0x0F} << (8 * ((at + 1) % 8));
-      shape.size += 2;
-      shape.least += 2;
+      ++at;
+      shape.lengths[at / 8] |= uint64_t{0x0F} << (8 * (at % 8));
     }
+    groups.sizes[control] = static_cast<unsigned char>(at);
   }
-  return shapes;
+  return groups;
 }
 
-constexpr Shapes kShapes = MakeShapes();
+constexpr Groups kGroups = MakeGroups();
 
 // Whether a byte of the word is `least` or more; that is at most 255.
 bool HasByteFrom(uint64_t word, unsigned least) {
@@ -61,28 +60,55 @@ bool HasByteFrom(uint64_t word, unsigned least) {
 
 uint64_t SumOfBytes(uint64_t word) { return (word * kEachByte) >> 56; }
 
+// A reference to a place that has not been written goes a whole window back, which is before the
+// block's start until the position has left the first window.
+bool IsSound(uint64_t offset, uint64_t position) {
+  return position >= kWindow || offset < position;
+}
+
+uint64_t OffsetOf(unsigned high, unsigned low) { return (high << 4) | (low >> 4); }
+uint64_t LengthOf(unsigned low) { return (low & 15) + 2; }
+
+bool IsSoundGroup(const unsigned char* group, uint64_t position) {
+  unsigned control = *group++;
+  for (unsigned token = 0; token < kTokens; ++token, control >>= 1) {
+    if ((control & 1) == 0) {
+      ++group;
+      ++position;
+      continue;
+    }
+    if (!IsSound(OffsetOf(group[0], group[1]), position)) return false;
+    position += LengthOf(group[1]);
+    group += 2;
+  }
+  return true;
+}
+
 }  // namespace
 
-// Passes whole groups at the beginning of the bytes, and tells how many bytes they were.
+// Passes whole sound groups at the beginning of the bytes, and tells how many bytes they were.
 uint64_t LzfuCheck::passGroups(std::span<const unsigned char> packed) {
   const unsigned char* const begin = packed.data();
   const unsigned char* at = begin;
   uint64_t left = packed.size();
   uint64_t position = position_;
-  while (left >= kGroupInput && position + kGroupOutput <= end_) {
-    const GroupShape& shape = kShapes[*at];
+  while (left >= kGroupInput) {
+    const GroupShape& shape = kGroups.shapes[*at];
+    const uint64_t size = kGroups.sizes[*at];
     const auto first = LoadLittleEndian<uint64_t>(at + 1);
     const auto second = LoadLittleEndian<uint64_t>(at + 9);
+    const uint64_t reached =
+        position + size + SumOfBytes((first & shape.lengths[0]) + (second & shape.lengths[1]));
+    if (reached > end_) break;
     if (position < kWindow) {
       const auto least = static_cast<unsigned>(position / 16);
-      if (HasByteFrom(first & shape.highs[0], least) ||
-          HasByteFrom(second & shape.highs[1], least)) {
-        break;
-      }
+      const bool isDoubtful =
+          HasByteFrom(first & shape.highs[0], least) || HasByteFrom(second & shape.highs[1], least);
+      if (isDoubtful && !IsSoundGroup(at, position)) break;
     }
-    position += shape.least + SumOfBytes((first & shape.lengths[0]) + (second & shape.lengths[1]));
-    at += shape.size;
-    left -= shape.size;
+    position = reached;
+    at += 1 + size;
+    left -= 1 + size;
   }
   position_ = position;
   return static_cast<uint64_t>(at - begin);
@@ -110,13 +136,10 @@ void LzfuCheck::take(std::span<const unsigned char> packed) {
   }
 }
 
-// A reference to a place that has not been written goes a whole window back, which is before the
-// block's start until the position has left the first window.
 void LzfuCheck::passReference(unsigned low) {
-  const uint64_t offset = (high_ << 4) | (low >> 4);
-  const uint64_t length = (low & 15) + 2;
+  const uint64_t length = LengthOf(low);
   hasHigh_ = false;
-  isDamaged_ = (position_ < kWindow && offset >= position_) || length > room_ - position_;
+  isDamaged_ = !IsSound(OffsetOf(high_, low), position_) || length > room_ - position_;
   position_ += length;
 }
 
