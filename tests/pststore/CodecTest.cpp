@@ -59,10 +59,24 @@ TEST(PstCodecTest, PermutedTextOfEveryShortLength) {
   }
 }
 
+// Bytes one by one and as a whole: where many are decoded at once, every value and length counts.
+TEST(PstCodecTest, PermutedTextOfEveryLength) {
+  std::string encoded;
+  for (size_t i = 0; i < 600; ++i) encoded += static_cast<char>(i * 167 + i / 256);
+  std::string decoded;
+  for (const char byte : encoded) decoded += Permuted(std::string(1, byte));
+  for (size_t length = 0; length <= encoded.size(); ++length) {
+    ASSERT_EQ(decoded.substr(0, length), Permuted(encoded.substr(0, length))) << length;
+  }
+}
+
 TEST(PstCodecTest, PermutationLeavesWhatFollows) {
   std::string text = "Hello, store";
   decode_permute(reinterpret_cast<unsigned char*>(text.data()), 9);
   EXPECT_EQ(Text({0x28, 0xDA, 0xCD, 0xCD, 0xD3, 0x6B, 0x39, 0xD6, 0x14}) + "ore", text);
+  std::string many(200, '\0');
+  decode_permute(reinterpret_cast<unsigned char*>(many.data()), 150);
+  EXPECT_EQ(std::string(150, 0x47) + std::string(50, '\0'), many);
 }
 
 TEST(PstCodecTest, CyclicTextDependsOnTheKey) {
