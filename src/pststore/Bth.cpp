@@ -68,18 +68,23 @@ vector<std::pair<K, V>> load_records(const byte_vector& bytes) {
 }
 
 template <typename K, typename V>
+std::shared_ptr<bth_node<K, V>> open_bth_leaf(const heap_ptr& heap, ulong hid, bth_budget& budget) {
+  const size_t count = heap->size(hid) / record_size;
+  budget.check(count);
+  auto opened =
+      make_kernel_shared<bth_leaf_node<K, V>>(heap, hid, load_records<K, V>(heap->read(hid)));
+  budget.spend(count);
+  return opened;
+}
+
+template <typename K, typename V>
 std::shared_ptr<bth_node<K, V>> open_bth_node(const heap_ptr& heap, ulong hid, ushort level,
                                               const std::shared_ptr<bth_budget>& budget) {
+  if (level == 0) return open_bth_leaf<K, V>(heap, hid, *budget);
   const size_t count = heap->size(hid) / record_size;
   budget->check(count);
-  const byte_vector bytes = heap->read(hid);
-  std::shared_ptr<bth_node<K, V>> opened;
-  if (level == 0) {
-    opened = make_kernel_shared<bth_leaf_node<K, V>>(heap, hid, load_records<K, V>(bytes));
-  } else {
-    opened = make_kernel_shared<bth_nonleaf_node<K, V>>(heap, hid, level,
-                                                        load_records<K, ulong>(bytes), budget);
-  }
+  auto opened = make_kernel_shared<bth_nonleaf_node<K, V>>(
+      heap, hid, level, load_records<K, ulong>(heap->read(hid)), budget);
   budget->spend(count);
   return opened;
 }
@@ -170,8 +175,10 @@ std::shared_ptr<bth_node<K, V>> open_bth(const heap_ptr& heap, ulong hid) {
   // One level is a lone leaf, as none is.
   const unsigned char levels = header[header_levels];
   const auto level = static_cast<ushort>(levels < 2 ? 0 : levels - 1);
-  return open_bth_node<K, V>(heap, LoadLittleEndian<ulong>(&header[header_root]), level,
-                             make_kernel_shared<bth_budget>(most_records<K>(heap)));
+  const auto root = LoadLittleEndian<ulong>(&header[header_root]);
+  bth_budget budget(most_records<K>(heap));
+  if (level == 0) return open_bth_leaf<K, V>(heap, root, budget);
+  return open_bth_node<K, V>(heap, root, level, make_kernel_shared<bth_budget>(budget));
 }
 
 template class bth_leaf_node<ushort, disk::prop_entry>;

@@ -37,6 +37,8 @@ class btree_node {
 
   // The value of the key; throws key_not_found<K>.
   virtual V lookup(const K& key) const = 0;
+  // The same, but false for a key that is not there.
+  virtual bool try_lookup(const K& key, V& value) const = 0;
   virtual K get_key(ulong pos) const = 0;
   virtual ulong num_values() const = 0;
   virtual void first(btree_iter_impl<K, V>& iter) const = 0;
@@ -56,6 +58,7 @@ class btree_node_leaf : public virtual btree_node<K, V> {
   virtual const V& get_value(ulong pos) const = 0;
 
   V lookup(const K& key) const override;
+  bool try_lookup(const K& key, V& value) const override;
   void first(btree_iter_impl<K, V>& iter) const override;
   void last(btree_iter_impl<K, V>& iter) const override;
   void next(btree_iter_impl<K, V>& iter) const override;
@@ -70,6 +73,7 @@ class btree_node_nonleaf : public virtual btree_node<K, V> {
   virtual btree_node<K, V>& get_child(ulong pos) = 0;
 
   V lookup(const K& key) const override;
+  bool try_lookup(const K& key, V& value) const override;
   void first(btree_iter_impl<K, V>& iter) const override;
   void last(btree_iter_impl<K, V>& iter) const override;
   void next(btree_iter_impl<K, V>& iter) const override;

@@ -162,7 +162,7 @@ template <typename T>
 std::shared_ptr<extended_block> database_impl<T>::read_extended_block(const context_ptr& parent,
                                                                       const block_info& info) {
   expect_block(is_internal_id(info.id), "internal bid expected");
-  const byte_vector bytes = reader_.read_block(info);
+  const disk::bytes_view bytes = reader_.read_references(info);
   const ulong total_size = disk::load<ulong>(bytes, disk::extended_total_size);
   const extended_limits limits = limits_of<T>(bytes[disk::internal_level]);
   vector<ulonglong> ids = parse_block_ids<T>(bytes);
@@ -233,7 +233,7 @@ std::shared_ptr<subnode_block> database_impl<T>::read_subnode_block(const contex
     return make_kernel_shared<subnode_leaf_block>(parent, block_info(), 0,
                                                   subnode_leaf_block::entries());
   }
-  const byte_vector bytes = reader_.read_block(info);
+  const disk::bytes_view bytes = reader_.read_references(info);
   if (bytes[disk::internal_level] != 0) return make_subnode_nonleaf(parent, info, bytes);
   return make_subnode_leaf(parent, info, bytes);
 }
@@ -241,7 +241,7 @@ std::shared_ptr<subnode_block> database_impl<T>::read_subnode_block(const contex
 template <typename T>
 std::shared_ptr<subnode_leaf_block> database_impl<T>::read_subnode_leaf_block(
     const context_ptr& parent, const block_info& info) {
-  const byte_vector bytes = reader_.read_block(info);
+  const disk::bytes_view bytes = reader_.read_references(info);
   expect_block(bytes[disk::internal_level] == 0, "psub->level != 0");
   return make_subnode_leaf(parent, info, bytes);
 }
@@ -249,7 +249,7 @@ std::shared_ptr<subnode_leaf_block> database_impl<T>::read_subnode_leaf_block(
 template <typename T>
 std::shared_ptr<subnode_nonleaf_block> database_impl<T>::read_subnode_nonleaf_block(
     const context_ptr& parent, const block_info& info) {
-  const byte_vector bytes = reader_.read_block(info);
+  const disk::bytes_view bytes = reader_.read_references(info);
   expect_block(bytes[disk::internal_level] != 0, "psub->level == 1");
   return make_subnode_nonleaf(parent, info, bytes);
 }

@@ -72,13 +72,26 @@ page_bytes disk_reader<T>::read_page(const page_info& info) {
 
 template <typename T>
 byte_vector disk_reader<T>::read_block(const block_info& info) {
+  byte_vector bytes;
+  read_extent(info, bytes);
+  return bytes;
+}
+
+template <typename T>
+disk::bytes_view disk_reader<T>::read_references(const block_info& info) {
+  read_extent(info, references_);
+  return references_;
+}
+
+template <typename T>
+void disk_reader<T>::read_extent(const block_info& info, byte_vector& bytes) {
   const ulonglong extent = disk::align_disk<T>(info.size);
   if (extent > disk::max_block_extent) throw unexpected_block("nonsensical block size");
   // The sum wraps; the seek behind it fails then.
   if (info.address + extent > get_file_eof()) {
     throw unexpected_block("nonsensical block location; past eof");
   }
-  byte_vector bytes(extent);
+  bytes.resize(extent);
   file_.read(bytes.data(), bytes.size(), info.address);
 
   if (disk::load_wide<T>(bytes, extent - layout::block_bid_back) != info.id) {
@@ -89,7 +102,6 @@ byte_vector disk_reader<T>::read_block(const block_info& info) {
   }
   expect_signature("block sig mismatch", info.address, info.id,
                    disk::load<ushort>(bytes, extent - layout::block_signature_back));
-  return bytes;
 }
 
 template <typename T>

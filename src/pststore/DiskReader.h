@@ -31,6 +31,9 @@ class disk_reader {
   // cannot be one or a block of another id or size, sig_mismatch.
   byte_vector read_block(const block_info& info);
 
+  // The same of a block of references, in a buffer that the next such block is read into.
+  disk::bytes_view read_references(const block_info& info);
+
   // How the data of an external block is encoded.
   disk::encoding get_encoding(const block_info& info) const;
 
@@ -60,8 +63,10 @@ class disk_reader {
 
   void validate() const;
   ulonglong get_file_eof() const;
+  void read_extent(const block_info& info, byte_vector& bytes);
 
   store_file file_;
+  byte_vector references_;  // of the block of references that was read last
   std::array<unsigned char, layout::header_size> header_{};
 };
 

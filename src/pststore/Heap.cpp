@@ -25,9 +25,9 @@ constexpr size_t offset_size = 2;
 
 }  // namespace
 
-heap_impl::heap_impl(const node& data) : node_(data) { read_header(); }
+heap_impl::heap_impl(node data) : node_(std::move(data)) { read_header(); }
 
-heap_impl::heap_impl(const node& data, unsigned char client_sig) : node_(data) {
+heap_impl::heap_impl(node data, unsigned char client_sig) : node_(std::move(data)) {
   const unsigned char found = read_header();
   if (found != client_sig) {
     throw sig_mismatch("invalid client_sig", 0, node_.get_id(), found, client_sig);
@@ -104,10 +104,10 @@ hnid_stream_device heap_impl::open_stream(ulong hid) {
   return hnid_stream_device(shared_from_this(), hid);
 }
 
-heap_ptr open_heap(const node& data) { return make_kernel_shared<heap_impl>(data); }
+heap_ptr open_heap(node data) { return make_kernel_shared<heap_impl>(std::move(data)); }
 
-heap_ptr open_heap(const node& data, unsigned char client_sig) {
-  return make_kernel_shared<heap_impl>(data, client_sig);
+heap_ptr open_heap(node data, unsigned char client_sig) {
+  return make_kernel_shared<heap_impl>(std::move(data), client_sig);
 }
 
 }  // namespace pststore

@@ -48,8 +48,8 @@ constexpr bool is_heap_id(ulong hnid) { return (hnid & 0x1F) == 0; }
 class heap_impl : public std::enable_shared_from_this<heap_impl> {
  public:
   // For open_heap.
-  explicit heap_impl(const node& data);
-  heap_impl(const node& data, unsigned char client_sig);
+  explicit heap_impl(node data);
+  heap_impl(node data, unsigned char client_sig);
 
   size_t size(ulong hid) const;
 
@@ -84,8 +84,8 @@ class heap_impl : public std::enable_shared_from_this<heap_impl> {
 
 // The heap on a copy of the node. A wrong signature raises sig_mismatch; the first form takes any
 // client signature.
-heap_ptr open_heap(const node& data);
-heap_ptr open_heap(const node& data, unsigned char client_sig);
+heap_ptr open_heap(node data);
+heap_ptr open_heap(node data, unsigned char client_sig);
 
 }  // namespace pststore
 

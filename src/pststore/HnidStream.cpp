@@ -26,7 +26,7 @@ byte_vector read_whole(const node& data) {
 hnid_stream_device::hnid_stream_device(heap_ptr heap, ulong hid)
     : hid_(hid), heap_(std::move(heap)), node_(heap_->get_node()), is_hid_(true) {}
 
-hnid_stream_device::hnid_stream_device(const node& data) : node_(data), is_hid_(false) {}
+hnid_stream_device::hnid_stream_device(node data) : node_(std::move(data)), is_hid_(false) {}
 
 std::streamsize hnid_stream_device::read(char* destination, std::streamsize count) {
   if (is_hid_) return read_allocation(destination, count);

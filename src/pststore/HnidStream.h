@@ -38,7 +38,7 @@ class hnid_stream_device {
   // An allocation of the heap, which is never null; heap id 0 has no data.
   hnid_stream_device(heap_ptr heap, ulong hid);
   // The data of a node.
-  explicit hnid_stream_device(const node& data);
+  explicit hnid_stream_device(node data);
 
   // The number of bytes delivered, or -1 at the end of the data and for a count of 0.
   std::streamsize read(char* destination, std::streamsize count);

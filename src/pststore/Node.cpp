@@ -100,6 +100,11 @@ node node::lookup(ulong sub_id) const {
   return node(make_kernel_shared<node_impl>(owner, subnodes->lookup(sub_id)));
 }
 
+bool node::has(ulong sub_id) const {
+  subnode_info info;
+  return impl_->get_subnode_block()->try_lookup(sub_id, info);
+}
+
 std::shared_ptr<data_block> node::get_data_block() const { return impl_->get_data_block(); }
 
 const std::shared_ptr<db_context>& node::get_context() const { return impl_->context; }

@@ -55,6 +55,8 @@ class node {
 
   // The subnode as a node of its own; key_not_found<ulong> when there is none.
   node lookup(ulong sub_id) const;
+  // Whether there is such a subnode.
+  bool has(ulong sub_id) const;
 
   // The data block, loaded at the first need.
   std::shared_ptr<data_block> get_data_block() const;

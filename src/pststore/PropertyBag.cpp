@@ -13,8 +13,8 @@ std::shared_ptr<prop_tree> open_properties(const heap_ptr& heap) {
 
 }  // namespace
 
-property_bag::property_bag(const node& data)
-    : tree_(open_properties(open_heap(data, heap_sig_pc))) {}
+property_bag::property_bag(node data)
+    : tree_(open_properties(open_heap(std::move(data), heap_sig_pc))) {}
 
 property_bag::property_bag(const property_bag& other)
     : const_property_object(other), tree_(open_properties(open_heap(other.get_node()))) {}

@@ -22,7 +22,7 @@ namespace pststore {
 
 class property_bag final : public const_property_object {
  public:
-  explicit property_bag(const node& data);
+  explicit property_bag(node data);
   property_bag(const property_bag& other);
   property_bag& operator=(const property_bag& other);
   property_bag(property_bag&&) noexcept = default;

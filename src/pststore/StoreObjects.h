@@ -59,6 +59,7 @@ class message {
 
  private:
   friend const std::shared_ptr<table>& get_attachment_table(const message& owner);
+  friend ulong get_attachment_count(const message& owner);
 
   property_bag bag_;
   // The attachment table, and one that is never filled.

@@ -170,6 +170,23 @@ TEST(PstBtreeTest, NonleafLookups) {
   EXPECT_THROW(tree->lookup(61), NotFound);
 }
 
+TEST(PstBtreeTest, LooksUpWithoutAnException) {
+  const auto tree = DeepTree();
+  std::string value = "unchanged";
+  for (const uint32_t key : {0u, 9u, 11u, 25u, 31u, 61u, kNone}) {
+    EXPECT_FALSE(tree->try_lookup(key, value)) << key;
+    EXPECT_EQ(value, "unchanged");
+  }
+  std::string all;
+  for (const uint32_t key : {10u, 20u, 30u, 40u, 50u, 60u}) {
+    EXPECT_TRUE(tree->try_lookup(key, value)) << key;
+    all += value;
+  }
+  EXPECT_EQ(all, "abcdef");
+  EXPECT_FALSE(MakeLeaf({})->try_lookup(10, value));
+  EXPECT_FALSE(MakeNonleaf({})->try_lookup(10, value));
+}
+
 TEST(PstBtreeTest, ANonleafWithoutChildren) {
   const auto tree = MakeNonleaf({});
   EXPECT_THROW(tree->lookup(1), NotFound);

@@ -198,6 +198,8 @@ TEST_P(PstNodeTest, WithoutSubnodes) {
   const Node node = Open(image)->lookup_node(0x21);
   EXPECT_THROW(node.lookup(0x671), key_not_found<ulong>);
   EXPECT_THROW(node.lookup(0), key_not_found<ulong>);
+  EXPECT_FALSE(node.has(0x671));
+  EXPECT_FALSE(node.has(0));
 }
 
 TEST_P(PstNodeTest, Subnodes) {
@@ -208,6 +210,9 @@ TEST_P(PstNodeTest, Subnodes) {
   image.subnodeLeaf(0x112, {{0x671, 0x104, 0x10E, 0}, {0x692, 0, 0, 0}});
   image.node(0x21, 0, 0x112, 0x122);
   const Node node = Open(image)->lookup_node(0x21);
+  EXPECT_TRUE(node.has(0x671));
+  EXPECT_TRUE(node.has(0x692));
+  EXPECT_FALSE(node.has(0x672));
   const Node inner = node.lookup(0x671);
   EXPECT_EQ(0x671u, inner.get_id());
   EXPECT_EQ(5u, inner.size());

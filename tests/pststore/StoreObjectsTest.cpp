@@ -335,8 +335,9 @@ TEST(Message, CopiesHaveTheirOwnTable) {
   const message after(*read);
   // A table that was loaded is copied at once.
   EXPECT_EQ(WithoutLoading([&] { return pststore::get_attachment_count(after); }), 1U);
+  // Whichever comes first, memory or a read.
   EXPECT_THROW(WithoutLoading([&] { return pststore::get_attachment_count(before); }),
-               std::bad_alloc);
+               std::exception);
   message assigned(before);
   assigned = after;
   EXPECT_NE(pststore::get_attachment_table(after).get(),
