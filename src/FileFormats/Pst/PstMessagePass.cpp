@@ -3,7 +3,6 @@
 // them is kept.
 #include <array>
 #include <ios>
-#include <span>
 
 #include "FileFormats/Pst/PstMessage.h"
 #include "FileFormats/Pst/PstProperties.h"
@@ -85,13 +84,16 @@ int32_t MessagePass::passRtf(uint64_t bodyLength) {
 
   // Damage of the store is told before damage of the RTF: all of it is read.
   PstRtfCheck check(length, bodyLength);
-  std::array<char, hnid_stream_device::pass_step> piece;
+  std::array<char, 4 * hnid_stream_device::pass_step> piece;
+  size_t filled = 0;
   for (uint64_t left = length; left != 0;) {
-    const std::streamsize done = device.pass(piece.data(), hnid_stream_device::pass_step);
+    const std::streamsize done = device.pass(&piece[filled], hnid_stream_device::pass_step);
     if (done <= 0) return StatusNotSupported;
-    const auto bytes = std::span(piece).first(static_cast<size_t>(done));
-    check.take({reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()});
-    left -= bytes.size();
+    filled += static_cast<size_t>(done);
+    left -= static_cast<uint64_t>(done);
+    if (left != 0 && filled + hnid_stream_device::pass_step <= piece.size()) continue;
+    check.take({reinterpret_cast<const unsigned char*>(piece.data()), filled});
+    filled = 0;
   }
   if (check.status() != StatusOk) return check.status();
   return TakeFrom(textLeft_, check.bodyLength()) ? StatusOk : StatusOutOfMemory;
