@@ -16,6 +16,7 @@
 #include "Tarnbase/PlainKernel.h"
 #include "rtf/CompressedRtf.h"
 #include "rtf/LzfuUnpack.h"
+#include "rtf/PstRtfCheck.h"
 
 namespace {
 
@@ -91,6 +92,21 @@ void Unpack(const std::string& bytes, uint8_t variant) {
          "a text without its terminator");
 }
 
+// The answer without the text is the decoder's, whatever pieces the bytes come in.
+void CheckWithoutText(const std::string& bytes, uint64_t oldLength, int32_t status,
+                      uint64_t length) {
+  if (bytes.size() < tarn::kCompressedRtfHeaderSize || status == StatusOutOfMemory) return;
+  for (const size_t piece : {size_t{1}, size_t{23}, bytes.size()}) {
+    tarn::PstRtfCheck check(bytes.size(), oldLength);
+    for (size_t at = 0; at < bytes.size(); at += piece) {
+      const std::string part = bytes.substr(at, piece);
+      check.take({reinterpret_cast<const unsigned char*>(part.data()), part.size()});
+    }
+    Expect(check.status() == status, "another answer without the text");
+    Expect(status != StatusOk || check.bodyLength() == length, "another length without the text");
+  }
+}
+
 void UnpackOfAStore(const std::string& bytes, uint8_t variant) {
   const std::string old = OldBody(variant);
   tarn::MailMessage message;
@@ -101,6 +117,7 @@ void UnpackOfAStore(const std::string& bytes, uint8_t variant) {
   tarn::MessageList messages{1, &message};
   const int32_t status = tarn::DecodePstCompressedRtf(stream, messages, 0);
   CheckDamage(status, message, old);
+  CheckWithoutText(bytes, old.size(), status, message.body.length);
   Expect(status == StatusNotSupported ||
              message.body.length <= tarn::LongestUnpackedText(bytes.size()) + old.size(),
          "a text longer than its data");

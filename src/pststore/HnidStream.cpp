@@ -29,6 +29,7 @@ hnid_stream_device::hnid_stream_device(heap_ptr heap, ulong hid)
 hnid_stream_device::hnid_stream_device(node data) : node_(std::move(data)), is_hid_(false) {}
 
 std::streamsize hnid_stream_device::read(char* destination, std::streamsize count) {
+  if (is_once_) return pass(destination, count);
   if (is_hid_) return read_allocation(destination, count);
   if (count <= 0) return -1;
   return advance(node_.read(destination, static_cast<ulonglong>(count),

@@ -43,6 +43,10 @@ class hnid_stream_device {
   // The number of bytes delivered, or -1 at the end of the data and for a count of 0.
   std::streamsize read(char* destination, std::streamsize count);
 
+  // From now on reads let go of what they have passed, for those who read the value once; going
+  // back reads it anew.
+  void read_once() { is_once_ = true; }
+
   // As read, for those who go from the start to the end, once: what has been passed is let go. A
   // null destination gets no bytes, and perhaps fewer than `count` are passed; what is damaged or
   // missing is told all the same.
@@ -62,6 +66,7 @@ class hnid_stream_device {
   int64_t node_position_ = 0;
   node node_;  // of the heap if an allocation is read
   bool is_hid_;
+  bool is_once_ = false;
 };
 
 // What a heap-or-node id refers to: an allocation of the heap, or a subnode of the heap's node.

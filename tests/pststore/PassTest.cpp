@@ -140,6 +140,24 @@ TEST(Pass, KeepsNothing) {
             kSize);
 }
 
+TEST(Pass, StreamsThatAreReadOnceKeepNothing) {
+  constexpr size_t kSize = 6000000;
+  const std::string bytes = Pattern(kSize);
+  const OneValue value(PstNodeParts::Stream(bytes, 8176));
+  std::string read(kSize, '?');
+  EXPECT_LT(PeakOf([&] {
+              hnid_stream_device device = value.device();
+              device.read_once();
+              pststore::prop_stream stream(device);
+              stream.seekg(0, std::ios_base::end);
+              EXPECT_EQ(std::streamoff(stream.tellg()), std::streamoff{kSize});
+              stream.seekg(0, std::ios_base::beg);
+              stream.read(read.data(), static_cast<std::streamsize>(kSize));
+            }),
+            100000u);
+  EXPECT_TRUE(read == bytes);
+}
+
 TEST(Pass, ReadsEveryBlockOnce) {
   const OneValue value(PstNodeParts::Stream(Pattern(6 * 8176), 8176));
   PassUnseen(value.device());

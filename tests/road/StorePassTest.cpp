@@ -82,6 +82,22 @@ TEST(StorePass, KeepsNoBody) {
   EXPECT_EQ(reading.body(3), std::string(100000, 'w'));
 }
 
+// The wanted message needs its bodies, and compressed RTF beside its text, but no more.
+TEST(StorePass, HasTheWantedBodiesOnce) {
+  constexpr size_t kSize = 16000000;
+  StoreBuilder store(SmallStore());
+  FolderBuilder& folder = store.folder("A");
+  folder.message().body(std::string_view(std::string(kSize, 't')));
+  folder.message().html(std::string(kSize, 'h'));
+  folder.message().rtf(StoreRtf(std::string(kSize, 'r'), StoredCrc::OfContents));
+  for (int32_t selected = 0; selected < 3; ++selected) {
+    PstReading reading(store);
+    const uint64_t bodies = selected == 2 ? 2 : 1;
+    EXPECT_LT(PeakOf([&] { EXPECT_EQ(reading.read(selected), 1); }), bodies * kSize + kMebibyte)
+        << selected;
+  }
+}
+
 // However many messages there are: only the pages of the store's trees stay, some 250 bytes a
 // message.
 TEST(StorePass, KeepsNothingOfManyMessages) {

@@ -32,7 +32,7 @@ void OpenEmbeddedMessage(const pststore::property_bag& properties) {
 
 int32_t ReadData(const pststore::property_bag& properties, TrackedBuffer<char>& data) {
   if (properties.get_value_4(PR_ATTACH_METHOD) == kEmbeddedMessage) OpenEmbeddedMessage(properties);
-  pststore::prop_stream stream(properties.open_prop_stream(PR_ATTACH_DATA));
+  pststore::prop_stream stream(OpenOnce(properties, PR_ATTACH_DATA));
   const uint64_t size = SizeByEnd(stream);
   if (data.reserve(size) == nullptr) return data.lastError;
   ReadFromStart(stream, data.data, size);

@@ -92,7 +92,7 @@ bool InlinePass::takeImage(uint64_t size) {
 }
 
 int32_t InlinePass::place(const pststore::attachment& attachment) {
-  pststore::prop_stream stream(attachment.get_property_bag().open_prop_stream(kData));
+  pststore::prop_stream stream(OpenOnce(attachment.get_property_bag(), kData));
   const uint64_t size = SizeByEnd(stream);
   int32_t status = readNames(attachment);
   if (status != StatusOk) return status;

@@ -110,7 +110,7 @@ int32_t MessageRead::run() {
 int32_t MessageRead::readPlainBody() {
   if (!properties_.prop_exists(PR_BODY)) return StatusOk;
   kind_ = DocumentText;
-  pststore::prop_stream stream(properties_.open_prop_stream(PR_BODY));
+  pststore::prop_stream stream(OpenOnce(properties_, PR_BODY));
   const uint64_t size = SizeByEnd(stream);
   if (!TakeFrom(reading_.textLeft, size)) return StatusOutOfMemory;
   KernelBlock<char> block = AllocateBlock<char>(size, TARN_HERE);
@@ -125,7 +125,7 @@ int32_t MessageRead::readPlainBody() {
 int32_t MessageRead::readHtmlBody() {
   if (!properties_.prop_exists(PR_HTML)) return StatusOk;
   kind_ = DocumentHtml;
-  pststore::prop_stream stream(properties_.open_prop_stream(PR_HTML));
+  pststore::prop_stream stream(OpenOnce(properties_, PR_HTML));
   const uint64_t size = SizeByEnd(stream);
   if (!TakeFrom(reading_.textLeft, size)) return StatusOutOfMemory;
   SizedBytes& body = record_.body;
@@ -146,7 +146,7 @@ int32_t MessageRead::readHtmlBody() {
 int32_t MessageRead::readRtfBody() {
   if (!properties_.prop_exists(PR_RTF_COMPRESSED)) return StatusOk;
   kind_ = DocumentRtf;
-  pststore::prop_stream stream(properties_.open_prop_stream(PR_RTF_COMPRESSED));
+  pststore::prop_stream stream(OpenOnce(properties_, PR_RTF_COMPRESSED));
   if (!TakeFrom(reading_.textLeft, SizeByEnd(stream))) return StatusOutOfMemory;
   const int32_t status = DecodePstCompressedRtf(stream, list_, 0);
   if (status != StatusOk) return status;

@@ -1,5 +1,7 @@
 // PstStreams.h - a property's stream as one block, and the size of a text before it is read. Sizes
 // count bytes; what the store throws passes.
+//
+// Streams are read once: what has been read is in its block, and not in the store's memory as well.
 #ifndef TARN_FILEFORMATS_PST_PSTSTREAMS_H
 #define TARN_FILEFORMATS_PST_PSTSTREAMS_H
 
@@ -9,6 +11,14 @@
 #include "pststore/PropertyObject.h"
 
 namespace tarn {
+
+// The value of a property that exists, for reading it once.
+inline pststore::hnid_stream_device OpenOnce(const pststore::const_property_object& properties,
+                                             pststore::ushort id) {
+  pststore::hnid_stream_device device = properties.open_prop_stream(id);
+  device.read_once();
+  return device;
+}
 
 // The size of a stream, which is at its end afterwards.
 inline uint64_t SizeByEnd(std::istream& stream) {
