@@ -69,7 +69,7 @@ constexpr uint64_t PowerOfX(unsigned n) {
   return static_cast<uint64_t>(remainder) << 32;
 }
 
-// What a lane is multiplied by to fold it over `bits` bits: its first half stands 64 bits higher,
+// What a lane is multiplied by to fold it over `bits` bits: its first half is 64 bits higher,
 // and a product of two numbers in this order is x times too large.
 struct FoldFactors {
   explicit constexpr FoldFactors(unsigned bits)
