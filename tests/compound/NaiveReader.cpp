@@ -119,10 +119,10 @@ std::string NaiveReader::smallBlock(uint64_t block) const {
   const uint64_t position = block * smallSize_;
   const uint64_t index = position / bigSize_;
   if (index >= container_.size()) return {};
-  std::string scratch;
-  bigBlock(container_[index], bigSize_, scratch);
-  scratch.resize(bigSize_, '\0');
-  return scratch.substr(position % bigSize_, smallSize_);
+  const uint64_t from = (container_[index] + 1) * bigSize_ + position % bigSize_;
+  std::string bytes = from < file_.size() ? file_.substr(from, smallSize_) : std::string();
+  bytes.resize(smallSize_, '\0');
+  return bytes;
 }
 
 std::string NaiveReader::read(const Entry& entry, uint64_t position, uint64_t length) const {
