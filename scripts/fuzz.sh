@@ -43,6 +43,7 @@ fuzz FuzzCompoundFile compound.dict examples/compound
 fuzz FuzzCompressedRtf rtf.dict examples/compressed-rtf
 fuzz FuzzEmbeddedExport msg.dict examples/msg
 fuzz FuzzEmlRoad mail.dict examples
+fuzz FuzzImagePass images.dict examples/body-images
 fuzz FuzzMsgRoad msg.dict examples/msg
 "$root/build/debug/tests/WritePstSeeds" "$work/pst-seeds"
 fuzz FuzzPstRoad pst.dict build/debug/fuzz/pst-seeds

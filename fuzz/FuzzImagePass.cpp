@@ -1,0 +1,72 @@
+// Images of arbitrary names in an arbitrary body: all of them together (ImagePass.h) must leave the
+// text that one after the other leaves (ImageReferences.h).
+//
+// Input: images, each as "needle\nreplacement\n", up to an empty needle; then the body.
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+
+#include "Common/ByteSearch.h"
+#include "Common/ImagePass.h"
+#include "Common/ImageReferences.h"
+
+namespace {
+
+using tarn::ImagePass;
+using tarn::SizedBytes;
+
+SizedBytes Bytes(std::string_view text) {
+  SizedBytes made;
+  made.data = static_cast<char*>(KernelAlloc(text.size(), 1, TARN_HERE));
+  if (made.data == nullptr) std::abort();
+  made.length = text.copy(made.data, text.size());
+  return made;
+}
+
+// A line without its end; NULs end needles and replacements, as they end names.
+std::string TakeLine(std::string_view& input) {
+  const std::string_view line = input.substr(0, input.find('\n'));
+  input.remove_prefix(std::min(line.size() + 1, input.size()));
+  return std::string(line.substr(0, line.find('\0')));
+}
+
+void Require(bool condition) {
+  if (!condition) std::abort();
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  constexpr uint64_t kLimit = 100000;
+  constexpr ImagePass::Limits kLimits = {kLimit, 5, {kLimit, 1}};
+  std::string_view input(reinterpret_cast<const char*>(data), size);
+  std::string_view rest = input;
+  while (!TakeLine(rest).empty()) TakeLine(rest);
+  SizedBytes together = Bytes(rest);
+  SizedBytes apart = Bytes(rest);
+
+  tarn::SearchBudget budget(UINT64_MAX);
+  ImagePass pass(together, kLimits, budget);
+  for (std::string needle = TakeLine(input); !needle.empty(); needle = TakeLine(input)) {
+    std::string replacement = TakeLine(input);
+    const bool isUrl = replacement.empty();
+    if (isUrl) replacement = "data:image;base64,QUJDimagedatacid=";
+    uint64_t place = 0;
+    Require(pass.find(needle, place) == 1);
+    const char* const found = tarn::FindBytes(apart.data, apart.data + apart.length, needle);
+    Require((found != nullptr) == (place != tarn::kNoPlace));
+    if (found == nullptr) continue;
+    uint64_t count = 0;
+    uint64_t expected = 0;
+    const int32_t status =
+        pass.replace(place, needle, Bytes(replacement),
+                     isUrl ? ImagePass::Kind::DataUrl : ImagePass::Kind::Name, count);
+    Require(status == tarn::ReplaceImageReferences(apart, static_cast<uint64_t>(found - apart.data),
+                                                   needle, replacement, kLimit, expected));
+    Require(count == expected);
+  }
+  Require(pass.finish() == 1);
+  Require(together.bytes() == apart.bytes());
+  return 0;
+}
