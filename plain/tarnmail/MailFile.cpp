@@ -61,7 +61,7 @@ std::optional<int32_t> MailFile::countMessages() const {
 
 // The result of fltInfo; for a sibling's refusal, which is this program's own, it throws.
 int32_t MailFile::askForDocument(bool textOnly, MessageAnswer& answer) const {
-  const RecordingSiblings siblings;
+  RecordingSiblings siblings;
   Slot slot(filter_);
   HostFileInfo info = {};
   HostLoadOptions options = {};
@@ -89,7 +89,7 @@ int32_t MailFile::askForDocument(bool textOnly, MessageAnswer& answer) const {
   }
   answer.pageCount = info.pageCount;
   answer.attachmentCount = info.attachmentCount;
-  answer.document = siblings.document();
+  answer.document = siblings.takeDocument();
   return StatusOk;
 }
 

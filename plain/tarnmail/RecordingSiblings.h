@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 
 #include "TarnPst.h"
 
@@ -29,7 +30,8 @@ class RecordingSiblings {
   // nothing was laid out. A document file that cannot be read is -10 or -7, no memory -1.
   void attachTo(FilterInfoContext& context) const;
 
-  const RecordedDocument& document() const { return document_; }
+  // Hands over what was recorded; a document may be large.
+  RecordedDocument takeDocument() { return std::move(document_); }
 
  private:
   static int32_t InfoByName(const char16_t* path, void* info, int32_t infoSize, int32_t mode,

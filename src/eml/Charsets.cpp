@@ -9,6 +9,7 @@
 #include "Platform/CodePages.h"
 #include "eml/CharsetRename.h"
 #include "eml/Iso2022Jp.h"
+#include "eml/LongConversion.h"
 
 namespace tarn {
 namespace {
@@ -94,6 +95,11 @@ struct Conversion {
 Conversion ConvertFrom(SizedBytes& text, uint64_t offset, uint32_t codePage) {
   const std::string_view source = WithoutTrailingNul(text.bytes().substr(offset));
   if (codePage == 0 || source.empty() || source.size() > INT32_MAX) return {StatusOk, false};
+  if (source.size() > kLongText && MayConvertInPieces(codePage)) {
+    bool converted = false;
+    const int32_t status = ConvertInPieces(text, offset, codePage, converted);
+    return {status, converted};
+  }
 
   const uint64_t capacity = 2 * source.size() + 1;
   const KernelBlock<char16_t> wide = AllocateBlock<char16_t>(capacity, TARN_HERE);

@@ -66,6 +66,21 @@ TEST(MsgMemory, AnHtmlBodyWithAHeadIsThereTwice) {
   EXPECT_LT(MakeDocument(msg).peak, 2 * kBody + kTables);
 }
 
+// Images let the body grow to nearly its limit, and a subject beyond ASCII makes all of it UTF-8.
+TEST(MsgMemory, ABodyGrownByImagesBecomesUtf8) {
+  constexpr uint64_t kImage = 60000;
+  constexpr uint64_t kReferences = 800;
+  MsgBuilder msg = Mail();
+  msg.text(0x0E03, u"M\u00FCller");
+  std::string html = "<html><head><meta charset=iso-8859-1></head><body>\xFC";
+  for (uint64_t i = 0; i < kReferences; ++i) html += "<img src=\"cid:a@x\">";
+  msg.binary(0x1013, html + "</body></html>");
+  msg.attachment(u"a.png", std::string(kImage, 'x')).contentId(u"a@x");
+  const Made made = MakeDocument(msg);
+  EXPECT_GT(made.document, kReferences * kImage * 4 / 3);
+  EXPECT_LT(made.peak, 2 * made.document + 16 * kMebibyte);
+}
+
 TEST(MsgMemory, ABodyThatIsWrappedIsThereOnce) {
   MsgBuilder msg = Mail();
   msg.binary(0x1013, std::string(kBody, 'x'));

@@ -1,0 +1,30 @@
+// LongConversion.h - a long text of a code page made UTF-8 in its own block, piece by piece.
+//
+// Converted as a whole, a text needs eight times its length beside it. A body that images have
+// grown is nearly all letters and digits of base64, so most of that would be for nothing. A text is
+// cut where no character can span the cut: after four bytes of ASCII. No lead byte is among them,
+// and a character of GB18030 has no two such bytes in a row.
+#ifndef TARN_EML_LONGCONVERSION_H
+#define TARN_EML_LONGCONVERSION_H
+
+#include "Internal/Tarnclasses_.h"
+
+namespace tarn {
+
+// Longer texts are worth the pieces.
+inline constexpr uint64_t kLongText = uint64_t{1} << 20;
+
+// Whether what bytes mean in the code page never depends on what is far before them. It does in
+// UTF-7, ISO-2022 and HZ.
+bool MayConvertInPieces(uint32_t codePage);
+
+// Converts the text from `offset` on, a trailing NUL apart, and terminates it; the length does not
+// count the NUL. `converted` tells whether any byte was.
+//
+// 1, also for text that the code page does not take, which stays as it is. -1 without memory
+// changes nothing. -1851 leaves the text cut at the offset.
+int32_t ConvertInPieces(SizedBytes& text, uint64_t offset, uint32_t codePage, bool& converted);
+
+}  // namespace tarn
+
+#endif

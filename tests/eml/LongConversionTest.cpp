@@ -1,0 +1,125 @@
+// Texts that are converted in pieces. Their units are written so that pieces of a mebibyte end at
+// every place of a unit, and so that some pieces have no place to end at.
+#include "eml/LongConversion.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <string_view>
+
+#include "Tarnbase/PlainKernel.h"
+#include "eml/Charsets.h"
+#include "eml/SizedText.h"
+#include "support/PeakMemory.h"
+
+namespace tarn::test {
+namespace {
+
+using namespace std::string_literals;
+
+struct Unit {
+  std::string_view bytes;
+  std::string_view utf8;
+};
+
+std::string Repeated(std::string_view unit, uint64_t count) {
+  std::string text;
+  text.reserve(unit.size() * count);
+  for (uint64_t i = 0; i < count; ++i) text += unit;
+  return text;
+}
+
+// The unit often enough for three pieces and a rest, in `codePage`.
+void ExpectConverted(const Unit& unit, uint32_t codePage) {
+  const uint64_t count = 7 * kLongText / 2 / unit.bytes.size();
+  SizedBytes text = Sized("head" + Repeated(unit.bytes, count));
+  bool converted = false;
+  ASSERT_EQ(ConvertInPieces(text, 4, codePage, converted), StatusOk);
+  EXPECT_TRUE(converted);
+  // Not EXPECT_EQ: a difference would print megabytes.
+  EXPECT_TRUE(text.bytes() == "head" + Repeated(unit.utf8, count)) << unit.utf8;
+  EXPECT_EQ(text.data[text.length], '\0');
+}
+
+TEST(LongConversion, SingleBytes) {
+  ExpectConverted({"plain", "plain"}, 1252);
+  ExpectConverted({"\xE9 abcde", "\xC3\xA9 abcde"}, 1252);
+  ExpectConverted({"\x80\xE9", "\xE2\x82\xAC\xC3\xA9"}, 1252);
+}
+
+// Trail bytes of ASCII, alone and before and after other ASCII.
+TEST(LongConversion, PairsAreNeverCut) {
+  ExpectConverted({"\x83\x5C", "\xE3\x82\xBD"}, 932);
+  ExpectConverted({"\x83\x5C-----", "\xE3\x82\xBD-----"}, 932);
+  ExpectConverted({"--\x83\x5C---", "--\xE3\x82\xBD---"}, 932);
+  ExpectConverted({"-----\x83\x5C\x83\x5C", "-----\xE3\x82\xBD\xE3\x82\xBD"}, 932);
+}
+
+TEST(LongConversion, TextsThatShrink) {
+  ExpectConverted({"\x82\xA0", "\xE3\x81\x82"}, 932);
+  ExpectConverted({"\xC3\xA9\xFF", "\xC3\xA9\xEF\xBF\xBD"}, 65001);
+}
+
+TEST(LongConversion, DropsOneTrailingNul) {
+  SizedBytes text = Sized(Repeated("abc\xE9", kLongText) + "\0"s);
+  bool converted = false;
+  ASSERT_EQ(ConvertInPieces(text, 0, 1252, converted), StatusOk);
+  EXPECT_TRUE(text.bytes() == Repeated("abc\xC3\xA9", kLongText));
+  EXPECT_EQ(text.data[text.length], '\0');
+}
+
+TEST(LongConversion, LeavesTextOfNoCodePage) {
+  const std::string source = Repeated("abc\xE9", kLongText);
+  SizedBytes text = Sized(source);
+  bool converted = true;
+  EXPECT_EQ(ConvertInPieces(text, 0, 31337, converted), StatusOk);
+  EXPECT_FALSE(converted);
+  EXPECT_TRUE(text.bytes() == source);
+}
+
+// Its two scratch blocks, and the text's own.
+TEST(LongConversion, LeavesTheTextAloneWithoutMemory) {
+  const std::string source = Repeated("abc\xE9", kLongText);
+  for (uint64_t n = 1; n <= 3; ++n) {
+    SizedBytes text = Sized(source);
+    bool converted = false;
+    PlainKernelFailAt(PlainKernelFaultMemory, n);
+    EXPECT_EQ(ConvertInPieces(text, 0, 1252, converted), StatusOutOfMemory) << n;
+    PlainKernelFailAt(PlainKernelFaultMemory, 0);
+    EXPECT_TRUE(text.bytes() == source) << n;
+  }
+}
+
+// Five pieces, each converted twice: once for its length, once for the text.
+TEST(LongConversion, CutsTheTextWhenUtf8CannotBeMade) {
+  const std::string source = Repeated("abcd\xE9", kLongText);
+  for (const uint64_t n : {1, 3, 5, 6, 10}) {
+    SizedBytes text = Sized("head" + source);
+    bool converted = false;
+    PlainKernelFailAt(PlainKernelFaultText, n);
+    EXPECT_EQ(ConvertInPieces(text, 4, 1252, converted), StatusPathToUtf8Failed) << n;
+    PlainKernelFailAt(PlainKernelFaultText, 0);
+    EXPECT_EQ(Bytes(text), "head") << n;
+    EXPECT_EQ(text.data[4], '\0') << n;
+  }
+}
+
+TEST(LongConversion, NotForCodePagesThatRememberWhatWasBefore) {
+  EXPECT_FALSE(MayConvertInPieces(65000));
+  EXPECT_FALSE(MayConvertInPieces(50220));
+  EXPECT_FALSE(MayConvertInPieces(50229));
+  EXPECT_FALSE(MayConvertInPieces(52936));
+  EXPECT_TRUE(MayConvertInPieces(50230));
+  EXPECT_TRUE(MayConvertInPieces(1252));
+}
+
+TEST(LongConversion, TakesLittleBesideTheText) {
+  SizedBytes text = Sized(Repeated("0123456789", 2 * kLongText));
+  CharsetRef charset = {CharsetLatin1, 0};
+  EXPECT_LT(PeakOf([&] { EXPECT_EQ(ConvertBodyToUtf8(&text, &charset, true), StatusOk); }),
+            14 * kLongText);
+  EXPECT_EQ(text.length, 20 * kLongText);
+}
+
+}  // namespace
+}  // namespace tarn::test
