@@ -64,14 +64,17 @@ target_compile_options(tarn_busy_test_options INTERFACE
   # GCC 12 sees copies beyond short strings at this level where there are none.
   $<$<CXX_COMPILER_ID:GNU>:-Wno-array-bounds -Wno-stringop-overflow -Wno-stringop-overread>)
 
-# With sanitizers most tests take longer to compile than to run.
+# Most tests take longer to compile than to run.
 add_library(tarn_test_options INTERFACE)
 target_link_libraries(tarn_test_options INTERFACE tarn_busy_test_options)
-target_compile_options(tarn_test_options INTERFACE $<$<CONFIG:Debug>:-O0>)
+target_compile_options(tarn_test_options INTERFACE -O0 -U_FORTIFY_SOURCE)
 
 # tarn_test(<name> [BUSY] LABELS <label>... SOURCES <file>... DEPENDS <target>...)
 # One GoogleTest binary; every test in it fails when it leaves anything behind in the kernel. BUSY
 # tests compute much themselves, or by templates that are compiled with them.
+#
+# Each test is one of CTest's, in a process of its own, unless TARN_TESTS_BY_BINARY says otherwise:
+# then the binary is, and leaves <name>.xml in its folder of the build tree.
 function(tarn_test name)
   cmake_parse_arguments(ARG "BUSY" "" "LABELS;SOURCES;DEPENDS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
@@ -85,6 +88,11 @@ function(tarn_test name)
   set_target_properties(${name} PROPERTIES
     RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests
     BUILD_RPATH "${CMAKE_BINARY_DIR}")
-  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
-    PROPERTIES LABELS "${ARG_LABELS}")
+  if(TARN_TESTS_BY_BINARY)
+    add_test(NAME ${name} COMMAND ${name} --gtest_brief=1 --gtest_output=xml:${name}.xml)
+    set_tests_properties(${name} PROPERTIES LABELS "${ARG_LABELS}")
+  else()
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
+      PROPERTIES LABELS "${ARG_LABELS}")
+  endif()
 endfunction()
