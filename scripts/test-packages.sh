@@ -85,12 +85,14 @@ check_elf() {
   local what=$1 file
   shift
   for file in "$@"; do
-    readelf -hW "$file" | grep -q 'Type: *DYN' || fail "$what: $file depends on its address"
-    readelf -lW "$file" | grep -q GNU_RELRO || fail "$what: $file keeps its tables writable"
-    readelf -dW "$file" | grep -q 'Flags:.*NOW' || fail "$what: $file binds late"
-    readelf -lW "$file" | grep -q 'GNU_STACK.* RW ' || fail "$what: $file has an executable stack"
-    nm -D "$file" | grep -q __stack_chk_fail || fail "$what: $file does not guard its stack"
-    nm -D "$file" | grep -q 'printf_chk' || fail "$what: $file has no checked functions"
+    readelf --wide --file-header --program-headers --dynamic "$file" >"$work/headers"
+    nm -D "$file" >"$work/symbols"
+    grep -q 'Type: *DYN' "$work/headers" || fail "$what: $file depends on its address"
+    grep -q GNU_RELRO "$work/headers" || fail "$what: $file keeps its tables writable"
+    grep -q 'Flags:.*NOW' "$work/headers" || fail "$what: $file binds late"
+    grep -q 'GNU_STACK.* RW ' "$work/headers" || fail "$what: $file has an executable stack"
+    grep -q __stack_chk_fail "$work/symbols" || fail "$what: $file does not guard its stack"
+    grep -q printf_chk "$work/symbols" || fail "$what: $file has no checked functions"
     if [ "$(uname -m)" = x86_64 ]; then
       # Calls through pointers land on this instruction alone.
       objdump -d --section=.text "$file" >"$work/code"

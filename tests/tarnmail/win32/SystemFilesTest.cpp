@@ -39,7 +39,7 @@ TEST_F(SystemFiles, HaveAKind) {
   EXPECT_EQ(kindOf("what?"), FileKind::Missing);
   EXPECT_EQ(kindOf(""), FileKind::Missing);
   EXPECT_EQ(kindOf("NUL"), FileKind::Other);
-  EXPECT_EQ(kindOf("\\\\.\\pipe\\none"), FileKind::Other);
+  EXPECT_EQ(kindOf("\\\\.\\pipe\\none"), FileKind::Pipe);
 }
 
 TEST_F(SystemFiles, HaveAKindWhoeverHoldsThem) {
