@@ -54,13 +54,12 @@ function(tarn_subsystem name)
 endfunction()
 
 # Tests and what they build their inputs with: compiled for a short build. What they test is
-# compiled as the build type says. Fuzzing needs no coverage of them.
+# compiled as the build type says.
 add_library(tarn_busy_test_options INTERFACE)
 target_link_libraries(tarn_busy_test_options INTERFACE tarn_options)
 target_compile_options(tarn_busy_test_options INTERFACE
   $<$<CONFIG:Release>:-O1>
   $<$<CONFIG:Debug>:-gline-tables-only>
-  $<$<BOOL:${TARN_FUZZ}>:-fno-sanitize=fuzzer-no-link>
   # GCC 12 sees copies beyond short strings at this level where there are none.
   $<$<CXX_COMPILER_ID:GNU>:-Wno-array-bounds -Wno-stringop-overflow -Wno-stringop-overread>)
 

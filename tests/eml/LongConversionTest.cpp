@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <string>
 #include <string_view>
 
@@ -93,7 +94,7 @@ TEST(LongConversion, LeavesTheTextAloneWithoutMemory) {
 // Five pieces, each converted twice: once for its length, once for the text.
 TEST(LongConversion, CutsTheTextWhenUtf8CannotBeMade) {
   const std::string source = Repeated("abcd\xE9", kLongText);
-  for (const uint64_t n : {1, 3, 5, 6, 10}) {
+  for (const uint64_t n : std::initializer_list<uint64_t>{1, 3, 5, 6, 10}) {
     SizedBytes text = Sized("head" + source);
     bool converted = false;
     PlainKernelFailAt(PlainKernelFaultText, n);

@@ -118,7 +118,7 @@ TEST(RtfSpliceProperty, PiecesComeToTheirPlacesWhereverTheTableLies) {
   const auto letters = [&random](char first, uint64_t most) {
     std::string text;
     for (uint64_t i = random() % (most + 1); i > 0; --i) {
-      text += static_cast<char>(first + random() % 13);
+      text += static_cast<char>(first + static_cast<int>(random() % 13));
     }
     return text;
   };
