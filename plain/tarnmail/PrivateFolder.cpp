@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 fs::path NamedDirectory(const std::string& directory) {
   if (directory.empty()) throw Failure(ExitStatus::Usage, "empty directory name");
   std::error_code error;
-  const fs::path full = FullDirectory(PathFromUtf8(directory), error);
+  fs::path full = FullDirectory(PathFromUtf8(directory), error);
   const FileKind kind = error ? FileKind::Missing : KindOfFile(full, error);
   if (kind == FileKind::Missing) throw Failure(ExitStatus::Usage, directory, "no such directory");
   if (kind != FileKind::Directory) {

@@ -177,7 +177,11 @@ std::string UnexpectedWord(const std::vector<std::string>& before,
   if (!before.empty()) return "unknown option before the command: " + before[0];
   for (const std::string& word : all) {
     if (LooksLikeOption(word)) {
-      return "unknown option: " + word + " (./" + word + " is a file of that name)";
+      return std::string("unknown option: ")
+          .append(word)
+          .append(" (./")
+          .append(word)
+          .append(" is a file of that name)");
     }
   }
   return all.empty() ? "" : "unexpected argument: " + Named(all[0]);

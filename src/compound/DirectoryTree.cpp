@@ -1,6 +1,7 @@
 #include "compound/DirectoryTree.h"
 
 #include <algorithm>
+#include <compare>
 
 #include "compound/CompoundFile.h"
 
@@ -9,7 +10,7 @@ namespace {
 
 // The sibling link to follow from a node that is not the one.
 uint64_t LinkTowards(const DirectoryEntry& node, std::string_view name) {
-  return CompareNames(node.name, name) < 0 ? node.next : node.prev;
+  return std::is_lt(CompareNames(node.name, name)) ? node.next : node.prev;
 }
 
 // Splits a path into its names. Empty names in the middle stay; a "/" at the end adds none.
@@ -44,7 +45,7 @@ void LinkNewEntry(DirectoryTree& tree, uint64_t slot, uint64_t parent, uint64_t 
     return;
   }
   DirectoryEntry& above = tree.entries[closest];
-  if (CompareNames(above.name, entry.name) < 0) {
+  if (std::is_lt(CompareNames(above.name, entry.name))) {
     entry.prev = above.next;
     entry.next = kNoEntry;
     above.next = slot;

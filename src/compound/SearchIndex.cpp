@@ -1,6 +1,7 @@
 #include "compound/SearchIndex.h"
 
 #include <algorithm>
+#include <compare>
 #include <new>
 
 #include "compound/DirectoryTree.h"
@@ -16,10 +17,10 @@ struct Range {
   uint64_t high = kNoEntry;
 
   bool isBelow(const Entries& entries, std::string_view name) const {
-    return high != kNoEntry && CompareNames(name, entries[high].name) >= 0;
+    return high != kNoEntry && std::is_gteq(CompareNames(name, entries[high].name));
   }
   bool isAbove(const Entries& entries, std::string_view name) const {
-    return low != kNoEntry && CompareNames(name, entries[low].name) <= 0;
+    return low != kNoEntry && std::is_lteq(CompareNames(name, entries[low].name));
   }
 };
 
@@ -60,7 +61,7 @@ bool SearchIndex::collect(const Entries& entries, uint64_t first, Order& order) 
     }
   }
   std::sort(order.begin(), order.end(), [&entries](uint32_t left, uint32_t right) {
-    return CompareNames(entries[left].name, entries[right].name) < 0;
+    return std::is_lt(CompareNames(entries[left].name, entries[right].name));
   });
   return true;
 }
@@ -81,7 +82,7 @@ bool SearchIndex::find(const Entries& entries, uint64_t parent, std::string_view
   const Order& order = storage->second;
   const auto at =
       std::lower_bound(order.begin(), order.end(), name, [&](uint32_t entry, std::string_view key) {
-        return CompareNames(entries[entry].name, key) < 0;
+        return std::is_lt(CompareNames(entries[entry].name, key));
       });
   found = at != order.end() && entries[*at].name == name ? *at : kNoEntry;
   return true;

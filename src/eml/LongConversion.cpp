@@ -9,6 +9,7 @@ namespace tarn {
 namespace {
 
 constexpr uint64_t kAsciiBeforeCut = 4;
+constexpr char kNul = 0;
 
 bool IsAscii(char c) { return static_cast<unsigned char>(c) < 0x80; }
 
@@ -121,7 +122,7 @@ int32_t ConvertInPieces(SizedBytes& text, uint64_t offset, uint32_t codePage, bo
     if (result == Result::Done) rewriter.replace(at, next, converter.form());
     at = next;
   }
-  rewriter.replace(end, rewriter.old().size(), {"", 1});
+  rewriter.replace(end, rewriter.old().size(), {&kNul, 1});
   rewriter.close();
   if (result != Result::Done) return CutAt(text, offset);
   --text.length;
