@@ -70,7 +70,7 @@ std::string_view WithoutBlanks(std::string_view text) {
 }
 
 // Why the type of a mail that is no multipart is not taken; nothing when it is. The filter reads
-// the first Content-Type line of the whole file, one byte behind its colon.
+// the first Content-Type line of the whole file, one byte after its colon.
 std::optional<std::string> TypeTrouble(std::string_view mail) {
   constexpr std::string_view kName = "Content-Type:";
   constexpr size_t kMostShown = 60;

@@ -1,5 +1,5 @@
-// MimeTrouble.h - what in the structure of a mail makes the filter give up with -1, which also
-// stands for exhausted memory.
+// MimeTrouble.h - what in the structure of a mail makes the filter give up with
+// StatusOutOfMemory, which is also what exhausted memory gives.
 #ifndef TARN_TARNMAIL_MIMETROUBLE_H
 #define TARN_TARNMAIL_MIMETROUBLE_H
 

@@ -7,8 +7,8 @@
 
 namespace tarn::host {
 
-// The reason for -9 of a document that neither text flag brings about; nothing when it is not
-// known. May throw std::bad_alloc.
+// The reason for StatusNotSupported of a document that neither text flag brings
+// about; nothing when it is not known. May throw std::bad_alloc.
 std::optional<std::string> MsgReason(const char16_t* path);
 
 }  // namespace tarn::host

@@ -13,9 +13,9 @@ namespace tarn::host {
 // a store that cannot be read. Never throws.
 std::optional<int32_t> CountMessages(const char16_t* path) noexcept;
 
-// The reason for -9 of a document that neither text flag brings about, for a message number from 1
-// to the count; nothing when it is not known. Reads the messages up to that one. What the store
-// throws passes.
+// The reason for StatusNotSupported of a document that neither text flag brings about, for a
+// message number from 1 to the count; nothing when it is not known. Reads the messages up to that
+// one. What the store throws passes.
 std::optional<std::string> StoreReason(const char16_t* path, int32_t messageNumber);
 
 }  // namespace tarn::host

@@ -49,7 +49,7 @@ class ImagePass {
   ImagePass& operator=(const ImagePass&) = delete;
 
   // The place of the needle's first occurrence in the text, for replace(); kNoPlace when there is
-  // none. An empty needle occurs nowhere. 1, or -1 without memory.
+  // none. An empty needle occurs nowhere. StatusOk, or StatusOutOfMemory.
   int32_t find(std::string_view needle, uint64_t& place);
 
   enum class Kind { DataUrl, Name };

@@ -8,11 +8,11 @@ namespace tarn {
 
 // The callback of the request; `context` is the ExtractAttachmentContext.
 //
-//   1      the bytes are in the output file; the walk goes on to its end
-//   2      there is no output path: the bytes are the host's, and the walk stops. The buffer is
-//          empty afterwards: no pointer, no length, no capacity
-//   -814   null context
-//   other  -1490 and -5 as the kernel maps them, for a file that could not be made or written
+//   StatusOk            the bytes are in the output file; the walk goes on to its end
+//   StatusDone          there is no output path: the bytes are the host's, and the walk stops. The
+//                       buffer is empty afterwards: no pointer, no length, no capacity
+//   StatusNullArgument  null context
+//   others              StatusCreateFailed and StatusWriteFailed as the kernel maps them
 int32_t DeliverAttachment(void* context, TrackedBuffer<char>* data, const char16_t* name,
                           PropertyList* properties);
 
