@@ -26,7 +26,10 @@ Field Copy(Field field) {
 template <typename Record>
 class PatternedRecord {
  public:
-  PatternedRecord() : bytes_(sizeof(Record) + kGuard) {
+  PatternedRecord() : bytes_(sizeof(Record) + kGuard) { fill(); }
+
+  // The pattern in all bytes again; the record stays where it is.
+  void fill() {
     for (size_t i = 0; i < bytes_.size(); ++i) bytes_[i] = static_cast<uint8_t>(0xA5 + i * 7);
   }
 
@@ -34,6 +37,10 @@ class PatternedRecord {
   Record* operator->() { return get(); }
 
   void remember() { before_ = bytes_; }
+
+  // The bytes of the record and of the guard after it, now and at the last remember().
+  std::string bytes() const { return {bytes_.begin(), bytes_.end()}; }
+  std::string remembered() const { return {before_.begin(), before_.end()}; }
 
   // The offsets of bytes outside `allowed` that differ from what remember() saw, as text for a
   // failure message; empty when there are none. Bytes behind the record count as well.
