@@ -1,0 +1,143 @@
+// Dumps as scripts/dump.sh makes them: equal wherever and whenever they are made, and different as
+// soon as the filter answers otherwise.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <set>
+#include <sstream>
+
+#include "support/SampleMails.h"
+#include "support/TempDirectory.h"
+#include "tarnmail/RunProgram.h"
+
+namespace tarn::test {
+namespace {
+
+using Environment = std::vector<std::pair<std::string, std::string>>;
+
+ProgramResult Outcome(const char* program, const std::vector<std::string>& arguments,
+                      const Environment& environment = {}) {
+  ProgramCall call;
+  call.program = program;
+  call.arguments = arguments;
+  call.environment = environment;
+  return RunProgram(call);
+}
+
+// Lines without those of "usage".
+std::vector<std::string> Answers(const ProgramResult& result) {
+  EXPECT_EQ(result.exitStatus, 0) << result.err;
+  std::vector<std::string> lines;
+  std::istringstream text(result.out);
+  for (std::string line; std::getline(text, line);) {
+    if (!line.starts_with("usage\t")) lines.push_back(line);
+  }
+  return lines;
+}
+
+std::vector<std::string> Dump(const TempDirectory& folder, std::vector<std::string> arguments,
+                              const Environment& environment = {}) {
+  arguments.insert(arguments.begin(), {"--languages", "1", folder.path().string()});
+  return Answers(Outcome(TARN_DUMP_ANSWERS, arguments, environment));
+}
+
+std::string Field(const std::string& line, int number) {
+  std::istringstream text(line);
+  std::string field;
+  for (int i = 0; i <= number; ++i) std::getline(text, field, '\t');
+  return field;
+}
+
+TEST(Dump, TheInputsAreTheSameEachTime) {
+  const TempDirectory one;
+  const TempDirectory other;
+  ASSERT_EQ(Outcome(TARN_WRITE_INPUTS, {one.path().string()}).exitStatus, 0);
+  ASSERT_EQ(Outcome(TARN_WRITE_INPUTS, {other.path().string()}).exitStatus, 0);
+  EXPECT_EQ(one.listing(), other.listing());
+  size_t files = 0;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(one.path())) {
+    if (!entry.is_regular_file()) continue;
+    ++files;
+    const std::filesystem::path name = entry.path().lexically_relative(one.path());
+    EXPECT_EQ(ReadWholeFile(entry.path()) == ReadWholeFile(other.path() / name), true) << name;
+  }
+  EXPECT_GT(files, 50U);
+}
+
+TEST(Dump, IsTheSameInAnotherPlaceAndZone) {
+  const TempDirectory one;
+  const TempDirectory other;
+  const TempDirectory temp;
+  const std::filesystem::path longFolder = other.path() / std::string(60, 'f');
+  const std::filesystem::path longTemp = temp.path() / std::string(60, 't');
+  std::filesystem::create_directory(longTemp);
+  ASSERT_EQ(Outcome(TARN_WRITE_INPUTS, {one.path().string()}).exitStatus, 0);
+  ASSERT_EQ(Outcome(TARN_WRITE_INPUTS, {longFolder.string()}).exitStatus, 0);
+
+  const std::string large = "faults/EmlExtractBig.eml";
+  for (const auto& folder : {one.path(), longFolder}) {
+    ASSERT_TRUE(std::filesystem::remove(folder / large));
+    ASSERT_TRUE(std::filesystem::remove(folder / "faults/MsgBigBody.msg"));
+  }
+  const auto first = Answers(
+      Outcome(TARN_DUMP_ANSWERS, {"--languages", "1", one.path().string()}, {{"TZ", "UTC0"}}));
+  const auto second = Answers(Outcome(TARN_DUMP_ANSWERS, {"--languages", "1", longFolder.string()},
+                                      {{"TZ", "IST-5:30"}, {"TMPDIR", longTemp.string()}}));
+  ASSERT_EQ(first.size(), second.size());
+  EXPECT_GT(first.size(), 3000U);
+  for (size_t i = 0; i < first.size(); ++i) ASSERT_EQ(first[i], second[i]);
+}
+
+TEST(Dump, ShowsAByteOfTheBodyInEveryCallThatGivesTheBody) {
+  const TempDirectory one;
+  const TempDirectory other;
+  std::string changed = kHtmlMail;
+  changed[changed.rfind("Hi")] = 'h';
+  one.write("mail", kHtmlMail);
+  other.write("mail", changed);
+  const std::vector<std::string> before = Dump(one, {});
+  const std::vector<std::string> after = Dump(other, {});
+  ASSERT_EQ(before.size(), after.size());
+  std::set<std::string> differing;
+  std::set<std::string> same;
+  for (size_t i = 0; i < before.size(); ++i) {
+    (before[i] == after[i] ? same : differing).insert(Field(before[i], 1));
+  }
+  EXPECT_EQ(differing, (std::set<std::string>{"info", "load", "info at 72 dpi", "info refused",
+                                              "load to a target", "info bare", "load bare",
+                                              "info anew", "load anew"}));
+  for (const std::string& call : differing) EXPECT_EQ(same.count(call), 0U) << call;
+}
+
+TEST(Dump, NamesWhatTheCallsAnswer) {
+  const TempDirectory folder;
+  folder.write("image.eml", kImageMail);
+  folder.write("eleven", "From: a@b.c");
+  std::set<std::string> outcomes;
+  for (const std::string& line : Dump(folder, {"image.eml", "eleven"})) {
+    outcomes.insert(Field(line, 0) + " " + Field(line, 1) + " " + Field(line, 3));
+  }
+  EXPECT_EQ(outcomes.count("image.eml info refused -1863"), 1U);
+  EXPECT_EQ(outcomes.count("image.eml extract 2 to file 1"), 1U);
+  EXPECT_EQ(outcomes.count("image.eml extract 3 to file 1"), 1U);
+  EXPECT_EQ(outcomes.count("image.eml extract 4 1"), 0U);
+  EXPECT_EQ(outcomes.count("eleven load anew -7"), 1U);
+  EXPECT_EQ(outcomes.count("eleven list -7"), 1U);
+}
+
+TEST(Dump, WritesTheAnswersThemselves) {
+  const TempDirectory folder;
+  const TempDirectory out;
+  folder.write("plain.eml", kPlainMail);
+  const std::filesystem::path raw = out.path() / "raw";
+  EXPECT_TRUE(Dump(folder, {"--raw", raw.string()}).empty());
+  const std::string text = ReadWholeFile(raw);
+  // The document counts a NUL after its text.
+  const std::string document =
+      "document " + std::to_string(kPlainMailDocument.size() + 1) + "\n" + kPlainMailDocument;
+  EXPECT_NE(text.find("plain.eml\tinfo\t1 files en rich\t1\n" + document + '\0' + "\ninfo"),
+            std::string::npos);
+}
+
+}  // namespace
+}  // namespace tarn::test
