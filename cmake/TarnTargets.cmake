@@ -17,7 +17,7 @@ if(WIN32)
     LINKER:--dynamicbase,--high-entropy-va,--nxcompat
     # The same bytes from the same sources, whenever they are linked.
     LINKER:--no-insert-timestamp)
-elseif(NOT TARN_SANITIZE)
+elseif(NOT TARN_SANITIZE AND NOT TARN_THREAD_SANITIZER)
   include(CheckPIESupported)
   check_pie_supported(LANGUAGES C CXX)
   target_compile_options(tarn_options INTERFACE
@@ -33,6 +33,10 @@ if(TARN_SANITIZE)
   target_compile_options(tarn_options INTERFACE
     -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(tarn_options INTERFACE -fsanitize=address,undefined)
+endif()
+if(TARN_THREAD_SANITIZER)
+  target_compile_options(tarn_options INTERFACE -fsanitize=thread -fno-omit-frame-pointer)
+  target_link_options(tarn_options INTERFACE -fsanitize=thread)
 endif()
 if(TARN_FUZZ)
   # Coverage feedback for the fuzz targets; ordinary programs run as before.
