@@ -6,10 +6,10 @@ TARN_PACKAGES=(
   libfontconfig-dev libfreetype-dev libgtest-dev libicu-dev ninja-build nlohmann-json3-dev zlib1g-dev
 )
 
-# What the further builds of `./test --all` need: sanitizers and fuzzing, Windows, packages.
+# What the further builds of `./test --all` need: sanitizers and fuzzing, memcheck, Windows, packages.
 TARN_MORE_PACKAGES=(
-  clang dpkg-dev file g++-mingw-w64-x86-64-posix googletest libclang-rt-14-dev llvm pkg-config wine64
-  wine64-preloader
+  clang dpkg-dev file g++-mingw-w64-x86-64-posix googletest libclang-rt-14-dev llvm pkg-config
+  valgrind wine64 wine64-preloader
 )
 
 say() { printf '%s\n' "$*" >&2; }

@@ -30,11 +30,13 @@ void DumpLines::answer(const std::string& file, const std::string& variant, cons
   }
   const std::string size = std::to_string(answer.bytes.size());
   std::fprintf(lines_, "%s\t%s\t%s\n", head.c_str(), size.c_str(), Hash(answer.bytes).c_str());
+  std::fflush(lines_);  // the last line of a process that dies tells how far it came
 }
 
 void DumpLines::note(const char* word, const std::string& file, const std::string& variant,
                      const std::string& text) {
   std::fprintf(lines_, "%s\t%s\t%s\t%s\n", word, file.c_str(), variant.c_str(), text.c_str());
+  std::fflush(lines_);
 }
 
 bool DumpLines::finish() {
