@@ -6,6 +6,7 @@
 #include <set>
 #include <sstream>
 
+#include "BadNameMail.h"
 #include "support/SampleMails.h"
 #include "support/TempDirectory.h"
 #include "tarnmail/RunProgram.h"
@@ -21,6 +22,8 @@ ProgramResult Outcome(const char* program, const std::vector<std::string>& argum
   call.program = program;
   call.arguments = arguments;
   call.environment = environment;
+  // What a failing list leaves behind is for the lines of "left" to tell.
+  call.environment.emplace_back("ASAN_OPTIONS", "detect_leaks=0");
   return RunProgram(call);
 }
 
@@ -107,6 +110,52 @@ TEST(Dump, ShowsAByteOfTheBodyInEveryCallThatGivesTheBody) {
                                               "load to a target", "info bare", "load bare",
                                               "info anew", "load anew"}));
   for (const std::string& call : differing) EXPECT_EQ(same.count(call), 0U) << call;
+}
+
+TEST(Dump, MakesTheCallsInTheirOrder) {
+  const TempDirectory folder;
+  folder.write("mail", kImageMail);
+  std::vector<std::string> rich;
+  std::vector<std::string> text;
+  for (const std::string& line : Dump(folder, {"mail"})) {
+    if (Field(line, 2) == "1 files en rich") rich.push_back(Field(line, 1));
+    if (Field(line, 2) == "1 files en text") text.push_back(Field(line, 1));
+  }
+  const std::vector<std::string> documents = {"info",
+                                              "load",
+                                              "info again",
+                                              "info at 72 dpi",
+                                              "info refused",
+                                              "load to a target",
+                                              "free with a value",
+                                              "free",
+                                              "info bare",
+                                              "load bare",
+                                              "free bare",
+                                              "info anew",
+                                              "load anew"};
+  EXPECT_EQ(text, documents);
+  std::vector<std::string> all = documents;
+  for (const char* const call : {"list", "extract 1", "extract 1 to file", "extract 2",
+                                 "extract 2 to file", "extract 3", "extract 3 to file"}) {
+    all.emplace_back(call);
+  }
+  EXPECT_EQ(rich, all);
+}
+
+// A list that fails half way leaves what its items own.
+TEST(Dump, TellsWhatIsLeftBehind) {
+  const TempDirectory folder;
+  folder.write("mail", BadNameMail());
+  std::set<std::string> left;
+  std::set<std::string> lists;
+  for (const std::string& line : Dump(folder, {"mail"})) {
+    if (Field(line, 0) == "left") left.insert(Field(line, 2) + ": " + Field(line, 3));
+    if (Field(line, 1) == "list") lists.insert(Field(line, 3));
+  }
+  EXPECT_EQ(lists, (std::set<std::string>{"0"}));
+  EXPECT_EQ(left,
+            (std::set<std::string>{"1 files en rich: blocks 3 ", "1 memory en rich: blocks 3 "}));
 }
 
 TEST(Dump, NamesWhatTheCallsAnswer) {

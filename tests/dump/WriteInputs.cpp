@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "BadNameMail.h"
 #include "BadStores.h"
 #include "MsgSamples.h"
 #include "PstSamples.h"
@@ -77,6 +78,7 @@ void WriteBadFiles(const Folder& folder) {
   folder.write("eleven-bytes.eml", "From: a@b.c");
   folder.write("twelve-bytes.eml", "From: a@b.cd");
   folder.write("empty.eml", "");
+  folder.write("name.eml", BadNameMail());
   folder.write("cut.eml", kImageMail.substr(0, kImageMail.size() / 2));
 }
 

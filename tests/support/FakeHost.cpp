@@ -249,18 +249,4 @@ void FakeHost::clearSlot() {
 
 void FakeHost::rewriteFile(std::string_view bytes) { directory_.write("mail", bytes); }
 
-void FreeAttachmentBlock(AttachmentInfoBlock* block) {
-  if (block == nullptr) return;
-  for (uint64_t i = 0; i < block->itemCount; ++i) {
-    const AttachmentInfoItem& item = block->items[i];
-    for (void* owned :
-         {static_cast<void*>(item.name), item.reserved0, static_cast<void*>(item.description),
-          static_cast<void*>(item.properties)}) {
-      if (owned != nullptr) KernelFree(owned, TARN_HERE);
-    }
-  }
-  if (block->items != nullptr) KernelFree(block->items, TARN_HERE);
-  KernelFree(block, TARN_HERE);
-}
-
 }  // namespace tarn::test

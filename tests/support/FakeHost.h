@@ -17,6 +17,7 @@
 #include "Tarnbase/PlainKernel.h"
 #include "support/PatternedRecord.h"
 #include "support/TempDirectory.h"
+#include "support/road/AttachmentBlock.h"
 
 namespace tarn::test {
 
@@ -108,9 +109,6 @@ class FakeHost {
   std::u16string path_;
   uint64_t handle_ = KERNEL_BAD_HANDLE;
 };
-
-// Frees an answer of fltGetAttachmentInfo as a host does.
-void FreeAttachmentBlock(AttachmentInfoBlock* block);
 
 }  // namespace tarn::test
 

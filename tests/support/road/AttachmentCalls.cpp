@@ -5,6 +5,7 @@
 #include <cstddef>
 
 #include "Internal/Tarnclasses_.h"
+#include "support/road/AttachmentBlock.h"
 #include "support/road/CatchingCall.h"
 #include "support/road/WholeFile.h"
 
@@ -44,22 +45,6 @@ void Add(Answer& answer, const AttachmentInfoBlock& block) {
   }
 }
 
-void Free(void* block) {
-  if (block != nullptr) KernelFree(block, TARN_HERE);
-}
-
-void Free(AttachmentInfoBlock* block) {
-  for (uint64_t i = 0; i < block->itemCount; ++i) {
-    const AttachmentInfoItem& item = block->items[i];
-    Free(item.name);
-    Free(item.reserved0);
-    Free(item.description);
-    Free(item.properties);
-  }
-  Free(static_cast<void*>(block->items));
-  Free(static_cast<void*>(block));
-}
-
 }  // namespace
 
 AttachmentCalls::AttachmentCalls(const std::filesystem::path& file, const AllCallsOptions& options,
@@ -92,7 +77,7 @@ uint64_t AttachmentCalls::list() {
   if (block != nullptr) {
     Add(answer, *block);
     count = block->itemCount;
-    Free(block);
+    FreeAttachmentBlock(block);
   }
   take_(answer);
   return count;
