@@ -58,10 +58,12 @@ std::string TakeStrayFiles(const std::filesystem::path& folder) {
   return files == 0 ? "" : "files " + std::to_string(files) + " ";
 }
 
+// The last number to ask for: one beyond the last message of a store with several.
 int32_t MessagesToAsk(const std::filesystem::path& file, int32_t most) {
   PlainKernelSetIoMode(KERNEL_IO_IN_MEMORY);
   const int32_t count = CountMessages(file, most);
-  return count == 0 ? std::min(most, kMessagesOfSilentStore) : std::min(most, count);
+  if (count == 0) return std::min(most, kMessagesOfSilentStore);
+  return std::min(most, count == 1 ? 1 : count + 1);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
-// DumpFile.h - all variants of all calls on one file: every message, both I/O modes, languages with
-// label tables of their own, rich and plain text.
+// DumpFile.h - all variants of all calls on one file: every message and, of a store with several, a
+// number beyond the last; both I/O modes, languages with label tables of their own, rich and plain
+// text.
 #ifndef TARN_TESTS_DUMP_DUMPFILE_H
 #define TARN_TESTS_DUMP_DUMPFILE_H
 

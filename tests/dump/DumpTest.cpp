@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "BadNameMail.h"
+#include "PstSamples.h"
 #include "support/SampleMails.h"
 #include "support/TempDirectory.h"
 #include "tarnmail/RunProgram.h"
@@ -141,6 +142,33 @@ TEST(Dump, MakesTheCallsInTheirOrder) {
     all.emplace_back(call);
   }
   EXPECT_EQ(rich, all);
+}
+
+TEST(Dump, AsksForEveryMessageAndForOneMore) {
+  const TempDirectory folder;
+  folder.write("store", SampleStore(PstLayout::Unicode));
+  folder.write("mail", kPlainMail);
+  const auto asked = [&folder](std::vector<std::string> arguments) {
+    std::set<std::string> messages;
+    for (const std::string& line : Dump(folder, std::move(arguments))) {
+      messages.insert(Field(line, 2));
+    }
+    return messages;
+  };
+  const auto expected = [](int32_t last) {
+    std::set<std::string> messages;
+    for (int32_t message = 1; message <= last; ++message) {
+      for (const char* const rest :
+           {" files en rich", " files en text", " memory en rich", " memory en text"}) {
+        messages.insert(std::to_string(message) + rest);
+      }
+    }
+    return messages;
+  };
+  // The store's folders claim six.
+  EXPECT_EQ(asked({"store"}), expected(7));
+  EXPECT_EQ(asked({"--messages", "2", "store"}), expected(2));
+  EXPECT_EQ(asked({"mail"}), expected(1));
 }
 
 // A list that fails half way leaves what its items own.
