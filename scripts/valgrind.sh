@@ -4,8 +4,8 @@
 # belong to the filter, when a decision depends on a byte that nobody has set, or when such a byte
 # is in an answer: the answers themselves are written, and memcheck looks at what is written.
 #
-# Without a folder: the examples, the files that tests make, the stores that fuzzing starts from,
-# and, with MAIL_CORPUS, a sample of the corpus, every other file up to 1 MB.
+# Without a folder: the examples, the files that tests make, the seeds of fuzzing and, with
+# MAIL_CORPUS, a sample of the corpus, every other file up to 1 MB.
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 . "$root/scripts/common.sh"
