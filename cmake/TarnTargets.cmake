@@ -44,6 +44,17 @@ if(TARN_FUZZ)
   target_link_options(tarn_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
+# What tests reach of the filter and the plain kernel is counted for scripts/coverage.sh: at run time
+# every process adds to the profiles in this folder. Tests are compiled so too, since inline functions and
+# templates of src/ are run as the test's own file has them.
+set(TARN_PROFILES "${CMAKE_BINARY_DIR}/profiles")
+add_library(tarn_counted INTERFACE)
+if(TARN_COVERAGE)
+  target_compile_options(tarn_counted INTERFACE 
+    "-fprofile-instr-generate=${TARN_PROFILES}/%4m.profraw" -fcoverage-mapping)
+  target_link_options(tarn_options INTERFACE -fprofile-instr-generate)
+endif()
+
 # The public headers (Include/) and the records that subsystems share (Include/Internal/).
 add_library(tarn_headers INTERFACE)
 target_include_directories(tarn_headers INTERFACE ${CMAKE_SOURCE_DIR}/Include)
@@ -54,13 +65,13 @@ function(tarn_subsystem name)
   cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
   add_library(${name} STATIC ${ARG_SOURCES})
   target_include_directories(${name} PUBLIC ${CMAKE_SOURCE_DIR}/src)
-  target_link_libraries(${name} PUBLIC tarn_headers ${ARG_DEPENDS} PRIVATE tarn_options)
+  target_link_libraries(${name} PUBLIC tarn_headers ${ARG_DEPENDS} PRIVATE tarn_options tarn_counted)
 endfunction()
 
 # Tests and what they build their inputs with: compiled for a short build. What they test is
 # compiled as the build type says.
 add_library(tarn_busy_test_options INTERFACE)
-target_link_libraries(tarn_busy_test_options INTERFACE tarn_options)
+target_link_libraries(tarn_busy_test_options INTERFACE tarn_options tarn_counted)
 target_compile_options(tarn_busy_test_options INTERFACE
   $<$<CONFIG:Release>:-O1>
   $<$<CONFIG:Debug>:-gline-tables-only>

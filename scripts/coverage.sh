@@ -1,0 +1,119 @@
+#!/usr/bin/env bash
+# scripts/coverage.sh [--of-last-run]: how many lines and branches of the filter and of the plain kernel
+# the tests reach, a folder a line. Builds the debug preset and runs its tests first;
+# --of-last-run takes what the last run of those tests has left. Fails when the filter or
+# the kernel is below its floor, which is what the tests reached when this was last looked at.
+#
+# build/debug/coverage/ then has report.txt with every file, left.txt with every line and branch that no
+# test reaches, and html/ to look at. docs/coverage.md says why those are left.
+#
+# A branch is one outcome of one condition in the source: exceptions and the sanitizers' own checks
+# are none. Code that the compiler runs, and what a process does while it aborts, is not counted as reached.
+set -euo pipefail
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+. "$root/scripts/common.sh"
+cd "$root"
+build="$root/build/debug"
+out="$build/coverage"
+
+# Per cent: lines and branches of src/ with the records it shares, then those of plain/kernel.
+readonly FLOORS=(98.0 92.0 90.0 85.0)
+
+case "${1:-}" in
+  --of-last-run) ;;
+  "")
+    install_packages "${TARN_PACKAGES[@]}" "${TARN_MORE_PACKAGES[@]}"
+    use_fast_temp_directory
+    build_preset debug
+    rm -rf "$build/profiles"
+    ctest --preset debug -j "$(nproc)" >&2
+    ;;
+  *) say "usage: scripts/coverage.sh [--of-last-run]"; exit 2 ;;
+esac
+
+shopt -s nullglob
+profiles=("$build/profiles/"*.profraw)
+[ ${#profiles[@]} -gt 0 ] || { say "no test of the debug build has run"; exit 1; }
+rm -rf "$out"
+mkdir -p "$out"
+llvm-profdata merge -o "$out/all.profdata" "${profiles[@]}"
+objects=()
+for file in "$build"/tests/*Tests "$build/libTarnbase.so"; do objects+=(-object "$file"); done
+
+# cov COMMAND OPTION...: reads the programs of all tests. Versions of an inline function that one of them
+# has and never calls are warned of, and mean nothing: what counts is the version that is called.
+cov() {
+  local command=$1
+  shift
+  llvm-cov "$command" "$@" -instr-profile "$out/all.profdata" -compilation-dir="$root" \
+    "$build/libTarnPst.so" "${objects[@]}" 2> >(grep -v 'functions have mismatched data' >&2)
+}
+
+# What hosts compile, and what is made by tools, is not this project's code at run time.
+others="$root/(Include/TarnPst.h|Include/Tarnbase/|tests/|build/)|^/usr/"
+cov report -ignore-filename-regex="$others" >"$out/report.txt"
+cov show -ignore-filename-regex="$others" -format=html -output-dir="$out/html" -show-branches=count
+
+# Each line that is never run, and each condition with an outcome that never comes. Templates have a
+# condition once for every type: it counts as reached where it is for any.
+cov show -ignore-filename-regex="$others" -show-branches=count -show-instantiations=false |
+  awk -v root="$root/" '
+    function flush_line(   place, outcomes) {
+      outcomes = ""
+      for (place in isTrue) {
+        if (!isTrue[place] || !isFalse[place]) {
+          outcomes = outcomes " never " (!isTrue[place] ? "true" : "") \
+            (!isTrue[place] && !isFalse[place] ? "/" : "") (!isFalse[place] ? "false" : "")
+        }
+      }
+      if (never || outcomes != "") {
+        printf "%s:%d:%s%s | %s\n", file, number, never ? " never run" : "", outcomes, text
+      }
+      delete isTrue; delete isFalse
+    }
+    /^\// && /:$/ { flush_line(); never = 0; file = substr($0, 1, length($0) - 1); sub(root, "", file); next }
+    /^ *[0-9]+\|/ {
+      flush_line()
+      split($0, parts, "|"); number = parts[1] + 0; count = parts[2]; gsub(/ /, "", count)
+      never = count == "0"
+      text = $0; sub(/^[^|]*\|[^|]*\|/, "", text); sub(/^ +/, "", text)
+      next
+    }
+    /Branch \(/ {
+      match($0, /\([0-9]+:[0-9]+\)/); place = substr($0, RSTART, RLENGTH)
+      if ($0 !~ /True: 0,/) isTrue[place] = 1; else isTrue[place] += 0
+      if ($0 !~ /False: 0\]/) isFalse[place] = 1; else isFalse[place] += 0
+    }
+    END { flush_line() }' >"$out/left.txt"
+
+# The table, and whether it holds the floors. The columns of a file: regions, functions, lines and
+# branches, each as a number, those that are missed, and per cent.
+awk -v root="$root/" -v floors="${FLOORS[*]}" '
+  function share(missed, all) { return all == 0 ? 100 : 100 * (all - missed) / all }
+  function row(name) {
+    printf "%-28s %6d lines %7.2f %% %6d branches %7.2f %%\n", name, lines[name], \
+      share(lineMisses[name], lines[name]), branches[name], share(branchMisses[name], branches[name])
+  }
+  function add(name) { lines[name] += $8; lineMisses[name] += $9; branches[name] += $11; branchMisses[name] += $12 }
+  function check(name, lineFloor, branchFloor) {
+    if (share(lineMisses[name], lines[name]) >= lineFloor &&
+        share(branchMisses[name], branches[name]) >= branchFloor) return
+    printf "%s is below its floor: %s %% of lines, %s %% of branches\n", name, lineFloor, branchFloor
+    bad = 1
+  }
+  NF == 13 && $1 != "Filename" && $1 != "TOTAL" {
+    path = $1; sub(root, "", path)
+    folder = path; sub(/\/[^\/]*$/, "", folder); sub(/\/(posix|win32)$/, "", folder)
+    if (!(folder in lines)) order[++folders] = folder
+    add(folder)
+    add(path ~ /^plain\/kernel\// ? "the plain kernel" : "the filter")
+  }
+  END {
+    for (i = 1; i <= folders; ++i) row(order[i])
+    row("the filter")
+    row("the plain kernel")
+    split(floors, floor, " ")
+    check("the filter", floor[1], floor[2])
+    check("the plain kernel", floor[3], floor[4])
+    exit bad
+  }' "$out/report.txt"
