@@ -89,7 +89,7 @@ def main():
         out.write("};\n")
     out.write("// clang-format on\n\n")
     out.write("template <uint32_t N>\n")
-    out.write("constexpr Jis0208Row Row(const char16_t (&cells)[N]) {\n  return {cells, N};\n}\n\n")
+    out.write("consteval Jis0208Row Row(const char16_t (&cells)[N]) {\n  return {cells, N};\n}\n\n")
     out.write("}  // namespace\n\n// clang-format off\n")
     out.write("const Jis0208Row Jis0208Rows[kJis0208RowCount] = {\n")
     names = [f"Row(kRow{first:02X})," for first, _ in table]

@@ -23,7 +23,7 @@ constexpr uint64_t kSlices = 8;
 
 using Tables = std::array<std::array<uint32_t, 256>, kSlices>;
 
-constexpr Tables MakeTables() {
+consteval Tables MakeTables() {
   Tables tables = {};
   for (uint32_t byte = 0; byte < 256; ++byte) {
     uint32_t remainder = byte;
@@ -63,7 +63,7 @@ constexpr uint64_t kLane = 16;
 constexpr uint64_t kLanes = 4;
 
 // The remainder of x^n, with the coefficient of x^63 in bit 0, as the bytes of a lane have it.
-constexpr uint64_t PowerOfX(unsigned n) {
+consteval uint64_t PowerOfX(unsigned n) {
   uint32_t remainder = 0x80000000;
   for (; n > 0; --n) remainder = (remainder >> 1) ^ ((remainder & 1) != 0 ? kPolynomial : 0);
   return static_cast<uint64_t>(remainder) << 32;
@@ -72,7 +72,7 @@ constexpr uint64_t PowerOfX(unsigned n) {
 // What a lane is multiplied by to fold it over `bits` bits: its first half is 64 bits higher,
 // and a product of two numbers in this order is x times too large.
 struct FoldFactors {
-  explicit constexpr FoldFactors(unsigned bits)
+  explicit consteval FoldFactors(unsigned bits)
       : first(PowerOfX(bits + 63)), second(PowerOfX(bits - 1)) {}
 
   uint64_t first;

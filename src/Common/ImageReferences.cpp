@@ -48,7 +48,7 @@ ImageReferences::ImageReferences(std::string_view body, uint64_t searchOffset,
 bool ImageReferences::next(uint64_t& start, uint64_t& end) {
   const char* const base = searched_.data();
   const char* const limit = base + searched_.size();
-  while (at_ <= searched_.size()) {
+  for (;;) {
     const char* const found = FindBytes(base + at_, limit, needle_);
     if (found == nullptr) return false;
     const auto place = static_cast<uint64_t>(found - base);
@@ -72,7 +72,6 @@ bool ImageReferences::next(uint64_t& start, uint64_t& end) {
     at_ = end;
     return true;
   }
-  return false;
 }
 
 // `fed_` never passes `at_`, nor the start of a reference: a place that stays is left behind by

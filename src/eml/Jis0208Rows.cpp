@@ -769,7 +769,7 @@ constexpr char16_t kRow74[] = {
 // clang-format on
 
 template <uint32_t N>
-constexpr Jis0208Row Row(const char16_t (&cells)[N]) {
+consteval Jis0208Row Row(const char16_t (&cells)[N]) {
   return {cells, N};
 }
 

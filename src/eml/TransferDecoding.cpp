@@ -27,7 +27,7 @@ constexpr uint32_t kSlashValue = 63;
 constexpr uint32_t kNotPlain = 1U << 24;
 using GroupTable = std::array<uint32_t, 256>;
 
-constexpr GroupTable MakeGroupTable(unsigned shift) {
+consteval GroupTable MakeGroupTable(unsigned shift) {
   GroupTable table = {};
   for (uint32_t& entry : table) entry = kNotPlain;
   for (uint32_t value = 0; value < kAlphabet.size(); ++value) {

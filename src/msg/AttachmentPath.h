@@ -21,9 +21,6 @@ class AttachmentPath {
     path_[length_++] = '/';
   }
 
-  // The storage's path with its "/".
-  std::string_view storage() const { return {path_, length_}; }
-
   // Whether the name of the data stream still fits, with one byte to spare.
   bool hasRoomForData() const { return length_ + 21 < kCapacity; }
 

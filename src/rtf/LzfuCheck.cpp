@@ -32,7 +32,7 @@ struct Groups {
   std::array<unsigned char, 256> sizes = {};
 };
 
-constexpr Groups MakeGroups() {
+consteval Groups MakeGroups() {
   Groups groups;
   for (unsigned control = 0; control < groups.sizes.size(); ++control) {
     GroupShape& shape = groups.shapes[control];

@@ -214,7 +214,7 @@ int32_t RtfScan::takeWord() {
   const RtfControlWord& word = FindRtfControlWord(rest());
   output_.write(word.written);
   at_ += word.text.size();
-  return word.action == RtfWordAction::None ? StatusOk : act(word.action, backslash);
+  return act(word.action, backslash);
 }
 
 int32_t RtfScan::act(RtfWordAction action, const char* backslash) {

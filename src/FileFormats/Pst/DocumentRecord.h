@@ -31,7 +31,6 @@ class RecordHolder {
   // The record goes on living: the slot took it.
   void disown() { owned_ = false; }
 
-  bool isOwned() const { return owned_; }
   PstFilterData* get() const { return record_; }
   PstFilterData* operator->() const { return record_; }
   PstFilterData& operator*() const { return *record_; }

@@ -100,7 +100,7 @@ constexpr std::array<CodePageSpec, kCodePageCount> kSpecs = {{
     {28605, "ISO-8859-15", true},
 }};
 
-constexpr bool HaveRisingNumbers() {
+consteval bool HaveRisingNumbers() {
   for (size_t at = 1; at < kSpecs.size(); ++at) {
     if (kSpecs[at - 1].number >= kSpecs[at].number) return false;
   }

@@ -12,7 +12,7 @@ constexpr uint8_t kFill = 0xFE;
 // The letters of the 32 codes, counted in the order of Unicode.
 using LetterOfCode = std::array<uint8_t, 32>;
 
-constexpr LetterOfCode MakeInitials() {
+consteval LetterOfCode MakeInitials() {
   LetterOfCode letters{};
   letters.fill(kNone);
   letters[1] = kFill;
@@ -21,7 +21,7 @@ constexpr LetterOfCode MakeInitials() {
 }
 
 // The codes of the vowels come in four runs of up to six, each aligned to 8.
-constexpr LetterOfCode MakeMedials() {
+consteval LetterOfCode MakeMedials() {
   LetterOfCode letters{};
   letters.fill(kNone);
   letters[2] = kFill;
@@ -33,7 +33,7 @@ constexpr LetterOfCode MakeMedials() {
 }
 
 // Finals are counted from 1; 18 is left out of their codes.
-constexpr LetterOfCode MakeFinals() {
+consteval LetterOfCode MakeFinals() {
   LetterOfCode letters{};
   letters.fill(kNone);
   letters[1] = kFill;

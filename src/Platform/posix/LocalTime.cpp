@@ -1,15 +1,9 @@
 #include "Platform/LocalTime.h"
 
-#include <limits>
-
 namespace tarn::platform {
 
 bool BreakDownLocalTime(int64_t secondsSince1970, std::tm& fields) noexcept {
-  if (secondsSince1970 < std::numeric_limits<std::time_t>::min() ||
-      secondsSince1970 > std::numeric_limits<std::time_t>::max()) {
-    return false;
-  }
-  const auto seconds = static_cast<std::time_t>(secondsSince1970);
+  const std::time_t seconds{secondsSince1970};  // of 64 bits on every system that this is built for
   return localtime_r(&seconds, &fields) != nullptr;
 }
 
