@@ -46,6 +46,8 @@ TEST(RunFilter, WithoutMemoryAnythingMayBe) {
   filter.add("some name");
   EXPECT_TRUE(filter.mayHold("some name"));
   EXPECT_TRUE(filter.mayHold("another name"));
+  filter.add("added with memory");
+  EXPECT_TRUE(filter.mayHold("another name")) << "what came first is still unknown";
   filter.clear();
   EXPECT_FALSE(filter.mayHold("some name"));
 }

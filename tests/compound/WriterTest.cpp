@@ -189,6 +189,35 @@ TEST(Write, NothingIsWritten) {
   EXPECT_EQ(made.end(), "");
 }
 
+TEST(Write, NothingIsWrittenWithoutAnEntry) {
+  NewFile made;
+  DirectoryEntry other;
+  CompoundStream stream(made.file(), other);
+  EXPECT_EQ(StreamWrite(stream, 0, Bytes("x"), 1), 0u);
+  StreamSetSize(stream, 9);
+  EXPECT_EQ(other.size, 0u);
+  EXPECT_EQ(made.end(), "");
+}
+
+TEST(Save, NothingIsWrittenOfNothing) {
+  NewFile made;
+  const uint64_t blocks[] = {0};
+  EXPECT_EQ(SaveBigBlocks(made.file(), blocks, 1, 0, nullptr, 5), 0u);
+  EXPECT_EQ(SaveBigBlocks(made.file(), blocks, 0, 0, Bytes("x"), 1), 0u);
+  EXPECT_EQ(SaveBigBlocks(made.file(), blocks, 1, 0, Bytes("x"), 0), 0u);
+  EXPECT_EQ(SaveSmallBlocks(made.file(), Blocks({0}), 0, nullptr, 5, 0), 0u);
+  EXPECT_EQ(SaveSmallBlocks(made.file(), Blocks({}), 0, Bytes("x"), 1, 0), 0u);
+  EXPECT_EQ(made.end(), "");
+}
+
+// Small block 0 lies in the container's only block, small block 8 in one that it does not have.
+TEST(Save, SmallBlocksStopAfterTheContainer) {
+  NewFile made;
+  made.append("s", Pattern(10));
+  EXPECT_EQ(SaveSmallBlocks(made.file(), Blocks({0, 8}), 0, Bytes(Pattern(128)), 128, 0), 64u);
+  EXPECT_EQ(SaveSmallBlocks(made.file(), Blocks({8}), 0, Bytes("x"), 1, 0), 0u);
+}
+
 TEST(SetSize, OnOneSideOfTheLimitOnlyTheEntryChanges) {
   NewFile made;
   std::optional<CompoundStream> stream = OpenStream(made.storage(), "s", true);

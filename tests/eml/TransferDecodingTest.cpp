@@ -359,6 +359,12 @@ TEST(DecodeQuotedPrintable, LeavesZerosBehindTheText) {
   EXPECT_EQ(std::string_view(destination.data(), 18), "abcdefghijklmnop\0\0"sv);
 }
 
+uint64_t LiveBytes() {
+  PlainKernelUsageRecord usage = {};
+  PlainKernelUsage(&usage);
+  return usage.liveBytes;
+}
+
 class PartContent : public ::testing::Test {
  protected:
   int32_t decode(TransferEncoding encoding, std::string_view raw) {
@@ -472,6 +478,21 @@ TEST_F(PartContent, ReplacesTheDecodedTextOfAnEarlierPart) {
   ASSERT_EQ(decode(TransferRaw, "first"), StatusOk);
   ASSERT_EQ(decode(TransferRaw, "2nd"), StatusOk);
   EXPECT_EQ(decoded(), "2nd\0"sv);
+}
+
+// Each misplaced "=" has been given room.
+TEST_F(PartContent, GivesBackRoomThatBase64DoesNotFill) {
+  const std::string raw = "QUJD" + std::string(40000, '=') + "QUJD";
+  const uint64_t before = LiveBytes();
+  ASSERT_EQ(decode(TransferBase64, raw), StatusOk);
+  EXPECT_EQ(decoded(), "ABCABC\0"sv);
+  EXPECT_LE(LiveBytes() - before, raw.size() + 100);
+
+  PlainKernelFailAt(PlainKernelFaultMemory, 3);  // after those of the content and its room
+  EXPECT_EQ(decode(TransferBase64, raw), StatusOk);
+  PlainKernelFailAt(PlainKernelFaultMemory, 0);
+  EXPECT_EQ(decoded(), "ABCABC\0"sv);
+  EXPECT_GE(LiveBytes() - before, raw.size() + 20000) << "a block that cannot shrink stays";
 }
 
 TEST_F(PartContent, ReportsMissingMemory) {

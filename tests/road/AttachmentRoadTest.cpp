@@ -113,6 +113,19 @@ TEST_F(AttachmentRoad, ExtractsToAFile) {
   EXPECT_EQ(Copy(host.extractContext->data), nullptr);
 }
 
+TEST_F(AttachmentRoad, TakesTheFirstMessageWithoutOptions) {
+  FakeHost host(kImageMail);
+  host.listContext->options = nullptr;
+  host.extractContext->options = nullptr;
+  ASSERT_EQ(host.attachmentInfo(), StatusOk);
+  EXPECT_EQ(Copy(host.listContext->block->itemCount), 2u);
+  FreeAttachmentBlock(host.listContext->block);
+  host.listContext->block = nullptr;
+  const std::u16string path = host.directory().wide() + u"/out";
+  ASSERT_EQ(host.extract(1, path.c_str()), StatusOk);
+  EXPECT_EQ(ReadWholeFile(path), kImageBytes);
+}
+
 TEST_F(AttachmentRoad, LeavesTheOutputForANumberThatDoesNotExist) {
   FakeHost host(kImageMail);
   char untouched[4] = "abc";

@@ -281,6 +281,16 @@ TEST(InfoRoad, RefusesAMissingSibling) {
   host.infoContext->infoByName = nullptr;
   EXPECT_EQ(host.info(), StatusSiblingRefused);
   EXPECT_EQ(host.infoContext->siblingResult, StatusFailed);
+  FakeHost text(kPlainMail);
+  text.infoContext->infoFromMemory = nullptr;
+  EXPECT_EQ(text.info(), StatusSiblingRefused);
+  EXPECT_EQ(text.infoContext->siblingResult, StatusFailed);
+}
+
+TEST(InfoRoad, RefusesACallWithoutAContextOrARecord) {
+  EXPECT_EQ(fltInfo(nullptr), StatusBadArgument);
+  FilterInfoContext context = {};
+  EXPECT_EQ(fltInfo(&context), StatusBadArgument);
 }
 
 TEST(InfoRoad, ReleasesEverythingWhenASiblingThrows) {

@@ -153,6 +153,25 @@ TEST(LoadRoad, ReportsFilesThatItCannotTake) {
   EXPECT_EQ(other.load(), StatusNotSupported);
 }
 
+TEST(LoadRoad, FailsWithoutTheSiblingThatItNeeds) {
+  Target direct = {targetTable, 10};
+  for (void* const target : {static_cast<void*>(nullptr), static_cast<void*>(&direct)}) {
+    for (const std::string& mail : {kHtmlMail, kPlainMail}) {
+      FakeHost host(mail);
+      host.loadContext->target = target;
+      const bool isDirect = target != nullptr;
+      const bool byName = mail == kHtmlMail;
+      if (isDirect && byName) host.loadContext->targetByName = nullptr;
+      if (isDirect && !byName) host.loadContext->targetFromMemory = nullptr;
+      if (!isDirect && byName) host.loadContext->loadByName = nullptr;
+      if (!isDirect && !byName) host.loadContext->loadFromMemory = nullptr;
+      EXPECT_EQ(host.load(), StatusFailed);
+      EXPECT_TRUE(host.calls.empty());
+      EXPECT_EQ(host.directory().listing(), "mail");
+    }
+  }
+}
+
 // What a store's reader throws leaves the export, and nothing stays behind.
 TEST(LoadRoad, LetsTheExceptionsOfAStoreThrough) {
   FakeHost store("!BDN12345678");

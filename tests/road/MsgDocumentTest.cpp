@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "FileFormats/Pst/MessageDriver.h"
 #include "MsgSamples.h"
 #include "Tarnbase/PlainKernel.h"
 #include "support/LocalZone.h"
@@ -228,6 +229,20 @@ TEST(MsgDocument, IsWholeOrNotThereWhicheverAllocationFails) {
       ExpectNothing(document, StatusOutOfMemory);
     }
     EXPECT_GT(failures, 10);
+  }
+}
+
+// The sniffing of the format never leads here with another.
+TEST(ReadMessageDocument, RefusesAnUnknownFormat) {
+  for (int32_t format : {int32_t{FormatNone}, 17}) {
+    PstFilterData data;
+    int32_t index = 0;
+    uint32_t kind = DocumentNone;
+    EXPECT_EQ(ReadMessageDocument(u"mail", data, format, index, kind, false, KERNEL_BAD_HANDLE,
+                                  nullptr),
+              StatusNotSupported);
+    EXPECT_EQ(kind, uint32_t{DocumentNone});
+    EXPECT_EQ(data.document.data, nullptr);
   }
 }
 
