@@ -48,22 +48,6 @@ TEST(ExceptionRoad, IsCaughtByItsTypesAndKeepsItsText) {
   }
 }
 
-// Wherever memory fails, what is thrown for it is std::bad_alloc.
-TEST(ExceptionRoad, TellsThatMemoryIsShort) {
-  const std::string store = SampleStore(PstLayout::Unicode);
-  int thrown = 0;
-  for (uint64_t ordinal = 1; ordinal < 40; ++ordinal) {
-    FakeHost host(store);
-    PlainKernelFailAt(PlainKernelFaultMemory, ordinal);
-    const std::string what = WhatOf<std::bad_alloc>([&] { host.attachmentInfo(); });
-    PlainKernelFailAt(PlainKernelFaultMemory, 0);
-    if (host.listContext->block != nullptr) FreeAttachmentBlock(host.listContext->block);
-    EXPECT_TRUE(what == "none" || what == "std::bad_alloc") << ordinal << " " << what;
-    if (what == "std::bad_alloc") ++thrown;
-  }
-  EXPECT_GT(thrown, 10);
-}
-
 TEST(ExceptionRoad, PassesThroughCodeOfTheHost) {
   struct Noticed {
     ~Noticed() { *place = true; }

@@ -13,9 +13,30 @@
 namespace tarn::test {
 
 enum class FaultFormat { Eml, Msg, Pst };
-// InfoThenLoad: with a slot, and a sibling that wants data kept from the first to the second.
-enum class FaultCall { Info, Load, InfoThenLoad, List, ExtractToMemory, ExtractToFile };
+
+// Of several calls, those in brackets come before the faults.
+enum class FaultCall {
+  Info,
+  InfoAgain,  // (fltInfo,) fltInfo at another resolution
+  InfoThenLoad,
+  Load,
+  LoadAgain,  // (fltInfo,) fltLoad
+  Free,       // (fltInfo,) fltFreeData
+  List,
+  ExtractToMemory,
+  ExtractToFile
+};
+
 enum class FaultRoute { InMemory, ByFile };
+
+// What the host's slot holds at first.
+enum class FaultSlot {
+  None,  // the host passes no slot
+  Empty,
+  OtherItem,  // an item of another filter
+  List,       // a list with room for the record, and what a sibling had kept for message 1
+  OtherList   // a list with another item in the record's place
+};
 
 struct FaultInput {
   const char* name;  // letters and digits
@@ -27,6 +48,8 @@ struct FaultInput {
   bool textOnly = false;
   int32_t attachment = 1;        // of extractions
   uint32_t groups = UINT32_MAX;  // that are swept: bit 1 << group
+  FaultSlot slot = FaultSlot::Empty;
+  bool keeps = false;  // the sibling of fltInfo wants data kept
 };
 
 std::span<const FaultInput> FaultInputs();

@@ -2,6 +2,7 @@
 #ifndef TARN_TESTS_ROAD_FAULTS_FAULTOUTCOME_H
 #define TARN_TESTS_ROAD_FAULTS_FAULTOUTCOME_H
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -14,10 +15,13 @@ inline constexpr int32_t kThrown = INT32_MIN;
 
 struct FaultOutcome {
   int32_t status = 0;  // kThrown when an exception left the call
+  std::string thrown;  // its text
+  bool isBadAlloc = false;
   // What the sibling got.
   int32_t siblings = 0;  // calls
   int32_t siblingFormat = 0;
   std::string document;
+  std::string otherDocument;   // of a second call, where it is another one
   std::string images;          // files beside the document, names and bytes
   std::string siblingRecords;  // HostFileInfo and HostLoadOptions
   // What the host got.
@@ -29,6 +33,9 @@ struct FaultOutcome {
   bool hasList = false;
   std::string extracted;
   bool hasExtracted = false;  // to memory
+  // The items in the slot when the faults began, and after the call.
+  std::string slotBefore;
+  std::string slot;
   // What is left in the kernel and in the temporary directory after the host has let go of all.
   std::string left;
 
@@ -38,8 +45,10 @@ struct FaultOutcome {
 // The names of the fields that differ, each in blanks: " document images ".
 std::string Differences(const FaultOutcome& a, const FaultOutcome& b);
 
-// Runs the row's call on the host, and lets go of all it got.
-FaultOutcome Perform(FakeHost& host, const FaultInput& input);
+// Runs the row's calls on the host, and lets go of all it got. `setFault` runs between the calls
+// that prepare and those that are swept.
+FaultOutcome Perform(
+    FakeHost& host, const FaultInput& input, const std::function<void()>& setFault = [] {});
 
 }  // namespace tarn::test
 
