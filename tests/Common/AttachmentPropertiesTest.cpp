@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "KernelUse.h"
+#include "support/FaultSweep.h"
 
 namespace tarn {
 namespace {
@@ -92,12 +93,13 @@ TEST(AddAttachmentProperty, TextThatIsNoUtf8Gives0) {
   EXPECT_EQ(AddAttachmentProperty(list, "n", "ab\0\xFF", 4), 0);
   EXPECT_EQ(AddAttachmentProperty(list, "n", "\0\xFF", 2), 0);
   EXPECT_EQ(list.length, 0u);
-  for (uint64_t call = 1; call <= 2; ++call) {
-    PlainKernelFailAt(PlainKernelFaultText, call);
-    EXPECT_EQ(AddAttachmentProperty(list, "n", "v"), 0);
-  }
-  PlainKernelFailAt(PlainKernelFaultText, 3);
-  EXPECT_EQ(AddAttachmentProperty(list, "n", "v"), 1);
+  const auto round = [](test::FaultedWork& faulted) {
+    PropertyList fresh;
+    const int32_t added = faulted([&] { return AddAttachmentProperty(fresh, "n", "v"); });
+    EXPECT_EQ(added, faulted.isReached() ? 0 : 1);
+    EXPECT_EQ(fresh.length, faulted.isReached() ? 0u : 1u);
+  };
+  EXPECT_EQ(test::SweepFaults(PlainKernelFaultText, round, test::FaultKinds::OneAndFrom), 2u);
 }
 
 // The scratch block grows for a value longer than the name, and serves one that is not.
@@ -113,19 +115,22 @@ TEST(AddAttachmentProperty, TheScratchBlockIsUsedAgain) {
 }
 
 TEST(AddAttachmentProperty, WithoutMemoryTheListIsAsItWas) {
-  PropertyList list;
-  list.lastError = 0;
-  for (uint64_t call = 1; call <= 3; ++call) {
-    PlainKernelFailAt(PlainKernelFaultMemory, call);
-    EXPECT_EQ(AddAttachmentProperty(list, "name", "longer value"), -1) << call;
+  const auto round = [](test::FaultedWork& faulted) {
+    PropertyList list;
+    list.lastError = 0;
+    const int32_t added =
+        faulted([&] { return AddAttachmentProperty(list, "name", "longer value"); });
+    if (!faulted.isReached()) {
+      EXPECT_EQ(added, 1);
+      EXPECT_EQ(Value(list, 0), u"longer value");
+      return;
+    }
+    EXPECT_EQ(added, -1);
     EXPECT_EQ(list.length, 0u);
     // The third is the list's own, and the code is its last error.
-    EXPECT_EQ(list.lastError, call == 3 ? -1 : 0);
-  }
-  PlainKernelFailAt(PlainKernelFaultMemory, 4);
-  EXPECT_EQ(AddAttachmentProperty(list, "name", "longer value"), 1);
-  EXPECT_EQ(Value(list, 0), u"longer value");
-  PlainKernelFailAt(PlainKernelFaultMemory, 0);
+    EXPECT_EQ(list.lastError, faulted.ordinal() == 3 ? -1 : 0);
+  };
+  EXPECT_EQ(test::SweepFaults(PlainKernelFaultMemory, round, test::FaultKinds::OneAndFrom), 3u);
 }
 
 TEST(AddWideAttachmentProperty, TakesTheValueAsItIs) {
@@ -152,12 +157,13 @@ TEST(AddWideAttachmentProperty, CutsAt127UnitsEvenInsideASurrogatePair) {
 TEST(AddWideAttachmentProperty, FailsForANameThatIsNoTextAndWithoutMemory) {
   PropertyList list;
   EXPECT_EQ(AddWideAttachmentProperty(list, "\xff", u"v"), 0);
-  for (uint64_t call = 1; call <= 2; ++call) {
-    PlainKernelFailAt(PlainKernelFaultMemory, call);
-    EXPECT_EQ(AddWideAttachmentProperty(list, "name", u"v"), -1) << call;
-    EXPECT_EQ(list.length, 0u);
-  }
-  PlainKernelFailAt(PlainKernelFaultMemory, 0);
+  const auto round = [](test::FaultedWork& faulted) {
+    PropertyList fresh;
+    const int32_t added = faulted([&] { return AddWideAttachmentProperty(fresh, "name", u"v"); });
+    EXPECT_EQ(added, faulted.isReached() ? -1 : 1);
+    EXPECT_EQ(fresh.length, faulted.isReached() ? 0u : 1u);
+  };
+  EXPECT_EQ(test::SweepFaults(PlainKernelFaultMemory, round, test::FaultKinds::OneAndFrom), 2u);
 }
 
 TEST(AddTimeAttachmentProperty, WritesSecondsSince1970AsAnUnsignedNumber) {

@@ -8,6 +8,7 @@
 
 #include "Tarnbase/PlainKernel.h"
 #include "eml/SizedText.h"
+#include "support/FaultSweep.h"
 
 namespace tarn {
 
@@ -171,14 +172,13 @@ TEST(ConvertTailToUtf8, TakesWhatTheCodePageGivesForBytesWithoutACharacter) {
 }
 
 TEST(ConvertTailToUtf8, LeavesTheTextAloneWithoutMemory) {
-  for (uint64_t n = 1; n <= 3; ++n) {
+  const auto round = [](test::FaultedWork& faulted) {
     SizedBytes text = Sized("a\xE9\0"sv);
-    PlainKernelFailAt(PlainKernelFaultMemory, n);
-    const int32_t status = ConvertTailToUtf8(text, 1, kLatin1);
-    PlainKernelFailAt(PlainKernelFaultMemory, 0);
-    EXPECT_EQ(status, n < 3 ? StatusOutOfMemory : StatusOk) << n;
-    EXPECT_EQ(Bytes(text), n < 3 ? "a\xE9\0"sv : "a\xC3\xA9\0"sv) << n;
-  }
+    const int32_t status = faulted([&] { return ConvertTailToUtf8(text, 1, kLatin1); });
+    EXPECT_EQ(status, faulted.isReached() ? StatusOutOfMemory : StatusOk);
+    EXPECT_EQ(Bytes(text), faulted.isReached() ? "a\xE9\0"sv : "a\xC3\xA9\0"sv);
+  };
+  EXPECT_EQ(test::SweepFaults(PlainKernelFaultMemory, round, test::FaultKinds::OneAndFrom), 2u);
 }
 
 TEST(ConvertTailToUtf8, CutsTheTextWhenUtf8CannotBeMade) {
@@ -322,34 +322,32 @@ TEST(ConvertBodyToUtf8, TakesAnEmptyOrAbsentText) {
 // The name is given back when the conversion it announces has no memory.
 TEST(ConvertBodyToUtf8, LeavesTheTextAloneWithoutMemory) {
   const std::string_view source = "\xE9 charset=Windows-1251 \xE9\0"sv;
-  for (uint64_t n = 1; n <= 3; ++n) {
+  const auto round = [&](test::FaultedWork& faulted) {
     SizedBytes text = Sized(source);
     CharsetRef charset = Windows(1251);
-    PlainKernelFailAt(PlainKernelFaultMemory, n);
-    const int32_t status = ConvertBodyToUtf8(&text, &charset, true);
-    PlainKernelFailAt(PlainKernelFaultMemory, 0);
-    EXPECT_EQ(status, n < 3 ? StatusOutOfMemory : StatusOk) << n;
-    EXPECT_EQ(Bytes(text), n < 3 ? source : "\xE9 charset=UTF-8 \xD0\xB9"sv) << n;
-  }
+    const int32_t status = faulted([&] { return ConvertBodyToUtf8(&text, &charset, true); });
+    EXPECT_EQ(status, faulted.isReached() ? StatusOutOfMemory : StatusOk);
+    EXPECT_EQ(Bytes(text), faulted.isReached() ? source : "\xE9 charset=UTF-8 \xD0\xB9"sv);
+  };
+  EXPECT_EQ(test::SweepFaults(PlainKernelFaultMemory, round, test::FaultKinds::OneAndFrom), 2u);
 }
 
 // "big5" is shorter than "UTF-8": the renaming itself needs memory, and frees the text without.
 TEST(ConvertBodyToUtf8, FreesATextThatCannotTakeTheLongerName) {
-  for (uint64_t n = 1; n <= 4; ++n) {
+  const auto round = [](test::FaultedWork& faulted) {
     SizedBytes text = Sized("BIG5 \xA7\x41");
     CharsetRef charset = kBig5;
-    PlainKernelFailAt(PlainKernelFaultMemory, n);
-    const int32_t status = ConvertBodyToUtf8(&text, &charset, true);
-    PlainKernelFailAt(PlainKernelFaultMemory, 0);
-    if (n == 1) {
+    const int32_t status = faulted([&] { return ConvertBodyToUtf8(&text, &charset, true); });
+    if (faulted.ordinal() == 1) {
       EXPECT_EQ(status, StatusFailed);
       EXPECT_EQ(text.data, nullptr);
       EXPECT_EQ(text.length, 0U);
     } else {
-      EXPECT_EQ(status, n < 4 ? StatusOutOfMemory : StatusOk) << n;
-      EXPECT_EQ(Bytes(text), n < 4 ? "BIG5 \xA7\x41" : "UTF-8 \xE4\xBD\xA0") << n;
+      EXPECT_EQ(status, faulted.isReached() ? StatusOutOfMemory : StatusOk);
+      EXPECT_EQ(Bytes(text), faulted.isReached() ? "BIG5 \xA7\x41" : "UTF-8 \xE4\xBD\xA0");
     }
-  }
+  };
+  EXPECT_EQ(test::SweepFaults(PlainKernelFaultMemory, round), 3u);
 }
 
 TEST(ConvertBodyToUtf8, CutsTheTextWhenUtf8CannotBeMade) {
@@ -419,13 +417,12 @@ TEST(RepairFieldToUtf8, LeavesTheCallersCharset) {
 }
 
 TEST(RepairFieldToUtf8, LeavesTheFieldWithoutMemory) {
-  for (uint64_t n = 1; n <= 2; ++n) {
+  const auto round = [](test::FaultedWork& faulted) {
     SizedBytes field = Sized("\xE9\0"sv);
-    PlainKernelFailAt(PlainKernelFaultMemory, n);
-    RepairFieldToUtf8(field, kLatin1);
-    PlainKernelFailAt(PlainKernelFaultMemory, 0);
-    EXPECT_EQ(Bytes(field), "\xE9\0"sv) << n;
-  }
+    faulted([&] { RepairFieldToUtf8(field, kLatin1); });
+    EXPECT_EQ(Bytes(field) == "\xE9\0"sv, faulted.isReached());
+  };
+  EXPECT_EQ(test::SweepFaults(PlainKernelFaultMemory, round, test::FaultKinds::OneAndFrom), 2u);
 }
 
 TEST(ReplaceWithUtf8Name, OverwritesTheStretch) {

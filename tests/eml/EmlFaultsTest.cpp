@@ -8,6 +8,7 @@
 #include "Tarnbase/PlainKernel.h"
 #include "eml/ReadMail.h"
 #include "support/EmlBuilder.h"
+#include "support/FaultSweep.h"
 
 namespace tarn {
 namespace {
@@ -45,24 +46,24 @@ std::string RichMail(std::string_view subject) {
       .build();
 }
 
-// The statuses of a read with one call of the group after the other failed, far beyond the last one
-// that a read makes.
+// The statuses of a read with one call of the group after the other failed, and with none.
 std::set<int32_t> Sweep(int32_t group, uint32_t infoOnly, std::string_view subject = kWords) {
   const std::string text = RichMail(subject);
   std::set<int32_t> statuses;
   const MemoryMail mail(text);
-  for (uint64_t ordinal = 1; ordinal < 400; ++ordinal) {
+  test::SweepFaults(group, [&](test::FaultedWork& faulted) {
     AttachmentRecorder recorder;
     recorder.request.infoOnly = infoOnly;
     EmlMessage message;
     PstFilterData filterData;
     KernelFileSeek(mail.handle(), 0, KERNEL_SEEK_START);
-
-    PlainKernelFailAt(group, ordinal);
-    const int32_t status = ReadEmlMessage(message, mail.handle(), filterData, &recorder.request);
-    PlainKernelFailAt(group, 0);
+    const int32_t status = faulted(
+        [&] { return ReadEmlMessage(message, mail.handle(), filterData, &recorder.request); });
+    if (!faulted.isReached()) {
+      EXPECT_EQ(status, 1);
+    }
     statuses.insert(status);
-  }
+  });
   return statuses;
 }
 
@@ -105,26 +106,25 @@ TEST(EmlFaults, Text) {
   EXPECT_EQ(Sweep(PlainKernelFaultText, 1, "no words"), (std::set<int32_t>{-1851, 0, 1}));
 }
 
-TEST(EmlFaults, EachSeekThatFailsGivesMinusFour) {
-  for (uint64_t ordinal = 1; ordinal <= 5; ++ordinal) {
+// How many calls of the group a read makes, when each that fails ends it with the status.
+uint64_t CallsThatFailWith(int32_t group, int32_t status) {
+  const auto round = [status](test::FaultedWork& faulted) {
     const MemoryMail mail("From: a\nTo: b\nDate: c\n\nx");
     EmlMessage message;
     PstFilterData filterData;
-    PlainKernelFailAt(PlainKernelFaultSeek, ordinal);
-    EXPECT_EQ(ReadEmlMessage(message, mail.handle(), filterData, nullptr), -4) << ordinal;
-    PlainKernelFailAt(PlainKernelFaultSeek, 0);
-  }
+    const int32_t read =
+        faulted([&] { return ReadEmlMessage(message, mail.handle(), filterData, nullptr); });
+    EXPECT_EQ(read, faulted.isReached() ? status : 1);
+  };
+  return test::SweepFaults(group, round, test::FaultKinds::OneAndFrom);
+}
+
+TEST(EmlFaults, EachSeekThatFailsGivesMinusFour) {
+  EXPECT_EQ(CallsThatFailWith(PlainKernelFaultSeek, -4), 5u);
 }
 
 TEST(EmlFaults, EachReadThatFailsGivesMinusSeven) {
-  for (uint64_t ordinal = 1; ordinal <= 2; ++ordinal) {
-    const MemoryMail mail("From: a\nTo: b\nDate: c\n\nx");
-    EmlMessage message;
-    PstFilterData filterData;
-    PlainKernelFailAt(PlainKernelFaultRead, ordinal);
-    EXPECT_EQ(ReadEmlMessage(message, mail.handle(), filterData, nullptr), -7) << ordinal;
-    PlainKernelFailAt(PlainKernelFaultRead, 0);
-  }
+  EXPECT_EQ(CallsThatFailWith(PlainKernelFaultRead, -7), 2u);
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 
 #include "Tarnbase/PlainKernel.h"
 #include "eml/ReadMail.h"
+#include "support/FaultSweep.h"
 
 namespace tarn {
 namespace {
@@ -20,11 +21,14 @@ struct Headers {
   int32_t status = 0;
 
   // The top header block ends at `limit`, or at the end of the text.
-  explicit Headers(std::string_view text, size_t limit = std::string_view::npos) {
+  explicit Headers(std::string_view text, size_t limit = std::string_view::npos,
+                   test::FaultedWork* faulted = nullptr) {
     message.data = static_cast<char*>(KernelAlloc(text.size() + 1, 1, TARN_HERE));
     if (!text.empty()) std::memcpy(message.data, text.data(), text.size());
     message.end = message.data + text.size();
-    status = ParseEmlHeaders(message, message.data + std::min(limit, text.size()));
+    status = test::RunFaulted(faulted, [&] {
+      return ParseEmlHeaders(message, message.data + std::min(limit, text.size()));
+    });
   }
 };
 
@@ -155,19 +159,20 @@ TEST(HeaderFields, WithoutMemoryTheAppendFailsAndAWordDoesNot) {
   const std::string_view text = "From: a\r\nSubject: =?utf-8?Q?abc?=\r\n";
   bool sawFailure = false;
   bool sawUndecoded = false;
-  for (uint64_t ordinal = 2; ordinal < 30; ++ordinal) {
-    PlainKernelFailAt(PlainKernelFaultMemory, ordinal);
-    const Headers headers(text);
-    PlainKernelFailAt(PlainKernelFaultMemory, 0);
+  const auto round = [&](test::FaultedWork& faulted) {
+    const Headers headers(text, text.size(), &faulted);
     if (headers.status != 1) {
       EXPECT_EQ(headers.status, -1);
+      EXPECT_TRUE(faulted.isReached());
       sawFailure = true;
     } else if (headers.message.subject.text() != "abc") {
       EXPECT_EQ(headers.message.subject.text(), "=?utf-8?Q?abc?=");
       EXPECT_EQ(headers.message.convertToUtf8, 0u);
+      EXPECT_TRUE(faulted.isReached());
       sawUndecoded = true;
     }
-  }
+  };
+  test::SweepFaults(PlainKernelFaultMemory, round, test::FaultKinds::OneAndFrom);
   EXPECT_TRUE(sawFailure);
   EXPECT_TRUE(sawUndecoded);
 }

@@ -7,6 +7,7 @@
 
 #include "Tarnbase/PlainKernel.h"
 #include "eml/SizedText.h"
+#include "support/FaultSweep.h"
 
 namespace tarn {
 namespace {
@@ -236,22 +237,23 @@ TEST(ConvertIso2022Jp, LeavesTheTextAloneWithoutMemory) {
   std::string source = "charset=Iso-2022-JP;\\\33(J\\\33$B";
   for (int i = 0; i < 4000; ++i) source += "F\x09\x01|";
   for (const std::string& text : {source, source + '\0'}) {
-    for (uint64_t n = 1;; ++n) {
-      ASSERT_LT(n, 100U);
+    const auto round = [&](test::FaultedWork& faulted) {
       SizedBytes sized = Sized(text);
       const char* const block = sized.data;
-      PlainKernelFailAt(PlainKernelFaultMemory, n);
-      const int32_t status = ConvertIso2022Jp(sized, 0);
-      PlainKernelFailAt(PlainKernelFaultMemory, 0);
-      if (status == StatusOk) {
-        EXPECT_GT(n, 3U);
+      const int32_t status = faulted([&] { return ConvertIso2022Jp(sized, 0); });
+      if (!faulted.isReached()) {
+        EXPECT_EQ(status, StatusOk);
         EXPECT_EQ(Bytes(sized).substr(0, 16), "charset=UTF-8;\\\xA5");
-        break;
+        return;
       }
-      EXPECT_EQ(status, StatusOutOfMemory) << n;
-      EXPECT_EQ(sized.data, block) << n;
-      EXPECT_EQ(Bytes(sized), text) << n;
-    }
+      EXPECT_EQ(status, StatusOutOfMemory);
+      EXPECT_EQ(sized.data, block);
+      EXPECT_EQ(Bytes(sized), text);
+    };
+    const uint64_t calls =
+        test::SweepFaults(PlainKernelFaultMemory, round, test::FaultKinds::OneAndFrom);
+    EXPECT_GE(calls, 3U);
+    EXPECT_LT(calls, 100U);
   }
 }
 

@@ -11,6 +11,7 @@
 #include "Tarnbase/PlainKernel.h"
 #include "eml/Charsets.h"
 #include "eml/SizedText.h"
+#include "support/FaultSweep.h"
 #include "support/PeakMemory.h"
 
 namespace tarn::test {
@@ -81,28 +82,29 @@ TEST(LongConversion, LeavesTextOfNoCodePage) {
 // Its two scratch blocks, and the text's own.
 TEST(LongConversion, LeavesTheTextAloneWithoutMemory) {
   const std::string source = Repeated("abc\xE9", kLongText);
-  for (uint64_t n = 1; n <= 3; ++n) {
+  const auto round = [&](FaultedWork& faulted) {
     SizedBytes text = Sized(source);
     bool converted = false;
-    PlainKernelFailAt(PlainKernelFaultMemory, n);
-    EXPECT_EQ(ConvertInPieces(text, 0, 1252, converted), StatusOutOfMemory) << n;
-    PlainKernelFailAt(PlainKernelFaultMemory, 0);
-    EXPECT_TRUE(text.bytes() == source) << n;
-  }
+    const int32_t status = faulted([&] { return ConvertInPieces(text, 0, 1252, converted); });
+    EXPECT_EQ(status, faulted.isReached() ? StatusOutOfMemory : StatusOk);
+    EXPECT_EQ(text.bytes() == source, faulted.isReached());
+  };
+  EXPECT_EQ(SweepFaults(PlainKernelFaultMemory, round, FaultKinds::OneAndFrom), 3u);
 }
 
-// Five pieces, each converted twice: once for its length, once for the text.
+// Six pieces, each converted twice: once for its length, once for the text.
 TEST(LongConversion, CutsTheTextWhenUtf8CannotBeMade) {
   const std::string source = Repeated("abcd\xE9", kLongText);
-  for (const uint64_t n : std::initializer_list<uint64_t>{1, 3, 5, 6, 10}) {
+  const auto round = [&](FaultedWork& faulted) {
     SizedBytes text = Sized("head" + source);
     bool converted = false;
-    PlainKernelFailAt(PlainKernelFaultText, n);
-    EXPECT_EQ(ConvertInPieces(text, 4, 1252, converted), StatusPathToUtf8Failed) << n;
-    PlainKernelFailAt(PlainKernelFaultText, 0);
-    EXPECT_EQ(Bytes(text), "head") << n;
-    EXPECT_EQ(text.data[4], '\0') << n;
-  }
+    const int32_t status = faulted([&] { return ConvertInPieces(text, 4, 1252, converted); });
+    EXPECT_EQ(status, faulted.isReached() ? StatusPathToUtf8Failed : StatusOk);
+    if (!faulted.isReached()) return;
+    EXPECT_EQ(Bytes(text), "head");
+    EXPECT_EQ(text.data[4], '\0');
+  };
+  EXPECT_EQ(SweepFaults(PlainKernelFaultText, round), 12u);
 }
 
 TEST(LongConversion, NotForCodePagesThatRememberWhatWasBefore) {

@@ -9,6 +9,7 @@
 #include "Tarnbase/PlainKernel.h"
 #include "eml/ReadMail.h"
 #include "eml/TransferDecoding.h"
+#include "support/FaultSweep.h"
 
 namespace tarn {
 namespace {
@@ -27,14 +28,17 @@ struct Parsed {
   int32_t status = 0;
   bool isDecoded = false;  // by ParseMimePart itself
 
-  explicit Parsed(std::string_view text, const AttachmentRequest* request = nullptr) {
+  explicit Parsed(std::string_view text, const AttachmentRequest* request = nullptr,
+                  test::FaultedWork* faulted = nullptr) {
     message.data = static_cast<char*>(KernelAlloc(text.size() + 1, 1, TARN_HERE));
     if (!text.empty()) std::memcpy(message.data, text.data(), text.size());
     message.end = message.data + text.size();
     part.start = message.data;
-    status = ParseMimePart(part, message, &cursor, message.end, request);
-    isDecoded = static_cast<bool>(part.decoded);
-    if (status == StatusOk) status = EnsureDecoded(part);
+    status = test::RunFaulted(faulted, [&] {
+      const int32_t parsed = ParseMimePart(part, message, &cursor, message.end, request);
+      isDecoded = static_cast<bool>(part.decoded);
+      return parsed == StatusOk ? EnsureDecoded(part) : parsed;
+    });
   }
 
   std::string raw() const { return std::string(part.raw); }
@@ -279,21 +283,18 @@ TEST(MimePart, EveryFailedAllocationGivesMinusOneAndFreesThePart) {
   const std::string_view text =
       "\nContent-Type: text/html; name=n; charset=iso-8859-1\nContent-ID: <a>\n"
       "Content-Transfer-Encoding: base64\nContent-Disposition: attachment\n\n5A==";
-  int32_t status = 0;
-  uint64_t ordinal = 1;  // the first one makes the file
-  while (status != 1) {
-    PlainKernelFailAt(PlainKernelFaultMemory, ++ordinal);
-    const Parsed parsed(text);
-    PlainKernelFailAt(PlainKernelFaultMemory, 0);
-    status = parsed.status;
-    if (status == 1) break;
-    EXPECT_EQ(status, -1);
+  const auto round = [&](test::FaultedWork& faulted) {
+    const Parsed parsed(text, nullptr, &faulted);
+    EXPECT_EQ(parsed.status, faulted.isReached() ? -1 : 1);
+    if (!faulted.isReached()) return;
     EXPECT_FALSE(parsed.part.name);
     EXPECT_EQ(parsed.part.raw.data(), nullptr);
     EXPECT_FALSE(parsed.part.decoded);
-    ASSERT_LT(ordinal, 50u);
-  }
-  EXPECT_GT(ordinal, 5u);
+  };
+  const uint64_t calls =
+      test::SweepFaults(PlainKernelFaultMemory, round, test::FaultKinds::OneAndFrom);
+  EXPECT_GT(calls, 3u);
+  EXPECT_LT(calls, 48u);
 }
 
 }  // namespace

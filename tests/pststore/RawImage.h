@@ -16,6 +16,7 @@
 
 #include "Tarnbase/PlainKernel.h"
 #include "pststore/DbContext.h"
+#include "support/FaultSweep.h"
 #include "support/TempDirectory.h"
 
 namespace tarn::test {
@@ -241,30 +242,30 @@ void ExpectThrow(const std::string& text, const Action& action) {
 // How many calls of a fault group the action makes: it throws when any of them fails.
 template <typename Action>
 uint64_t CallsOf(int32_t group, const Action& action) {
-  for (uint64_t n = 1;; ++n) {
-    PlainKernelFailAt(group, n);
+  return FailInTurn(group, [&](FaultedWork& faulted) {
+    bool failed = false;
     try {
-      action();
-      PlainKernelFailAt(group, 0);
-      return n - 1;
+      faulted(action);
     } catch (const std::exception&) {
+      failed = true;
     }
-  }
+    EXPECT_EQ(failed, faulted.isReached());
+  });
 }
 
 // The same for an action on a store that was just opened; opening does not count.
 template <typename Action>
 uint64_t CallsOf(int32_t group, const OpenedImage& file, const Action& action) {
-  for (uint64_t n = 1;; ++n) {
+  return SweepFaults(group, [&](FaultedWork& faulted) {
     const auto context = file.open();
-    PlainKernelFailAt(group, n);
+    bool failed = false;
     try {
-      action(context);
-      PlainKernelFailAt(group, 0);
-      return n - 1;
+      faulted([&] { action(context); });
     } catch (const std::exception&) {
+      failed = true;
     }
-  }
+    EXPECT_EQ(failed, faulted.isReached());
+  });
 }
 
 // The tests of both layouts.

@@ -6,6 +6,7 @@
 
 #include "pststore/BtreeNode.inc"
 #include "pststore/RawImage.h"
+#include "support/FaultSweep.h"
 
 namespace tarn::test {
 
@@ -52,25 +53,23 @@ class PstStoreFaultsTest : public BothLayouts {
 
   template <typename Exception>
   static void Sweep(int32_t group, const OpenedImage& file, uint64_t atLeast) {
-    for (uint64_t n = 1;; ++n) {
-      PlainKernelFailAt(group, n);
+    const auto round = [&](FaultedWork& faulted) {
       std::shared_ptr<db_context> context;
       bool failed = false;
       try {
-        context = file.open();
-        Use(context);
+        faulted([&] {
+          context = file.open();
+          Use(context);
+        });
       } catch (const Exception&) {
         failed = true;
       }
-      PlainKernelFailAt(group, 0);
+      EXPECT_EQ(failed, faulted.isReached());
       if (context != nullptr) {
         EXPECT_EQ("xtailtail", Use(context));
       }
-      if (!failed) {
-        EXPECT_GT(n, atLeast);
-        return;
-      }
-    }
+    };
+    EXPECT_GE(SweepFaults(group, round, FaultKinds::OneAndFrom), atLeast);
   }
 };
 INSTANTIATE_TEST_SUITE_P(Layouts, PstStoreFaultsTest, ::testing::Bool(), LayoutName);

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "pststore/RawImage.h"
+#include "support/FaultSweep.h"
 
 namespace tarn::test {
 
@@ -108,17 +109,16 @@ TEST_F(PstTreePartTest, ARefusedPartIsNotCounted) {
 TEST_F(PstTreePartTest, WithoutMemoryNothingIsRemembered) {
   const Part root;
   Part child;
-  uint64_t n = 1;
-  for (;; ++n) {
-    PlainKernelFailAt(PlainKernelFaultMemory, n);
+  const uint64_t calls = FailInTurn(PlainKernelFaultMemory, [&](FaultedWork& faulted) {
+    bool failed = false;
     try {
-      root.adopt_once(*context, 10, child, 20);
-      break;
+      faulted([&] { root.adopt_once(*context, 10, child, 20); });
     } catch (const std::bad_alloc&) {
+      failed = true;
     }
-  }
-  PlainKernelFailAt(PlainKernelFaultMemory, 0);
-  EXPECT_GT(n, 1u);
+    EXPECT_EQ(failed, faulted.isReached());
+  });
+  EXPECT_GT(calls, 0u);
 }
 
 }  // namespace

@@ -15,6 +15,7 @@
 #include "Tarnbase/PlainKernel.h"
 #include "pststore/DbContext.h"
 #include "pststore/Errors.h"
+#include "support/FaultSweep.h"
 #include "support/TempDirectory.h"
 #include "support/pst/PstBytes.h"
 #include "support/pst/PstFileBuilder.h"
@@ -136,20 +137,18 @@ K MissingKey(Action&& action) {
 }
 
 // Runs the action with the first, second, ... allocation failing, until it comes through. Every
-// failure has to be std::bad_alloc.
+// failure has to be std::bad_alloc. What the store remembers then stays in it.
 inline void FailEachAllocation(const std::function<void()>& action) {
-  for (uint64_t ordinal = 1;; ++ordinal) {
-    ASSERT_LT(ordinal, 10000U);
-    PlainKernelFailAt(PlainKernelFaultMemory, ordinal);
+  const uint64_t calls = FailInTurn(PlainKernelFaultMemory, [&](FaultedWork& faulted) {
+    bool failed = false;
     try {
-      action();
-      PlainKernelFailAt(PlainKernelFaultMemory, 0);
-      EXPECT_GT(ordinal, 1U) << "nothing was allocated";
-      return;
+      faulted(action);
     } catch (const std::bad_alloc&) {
+      failed = true;
     }
-    PlainKernelFailAt(PlainKernelFaultMemory, 0);
-  }
+    EXPECT_EQ(failed, faulted.isReached());
+  });
+  EXPECT_GT(calls, 0U) << "nothing was allocated";
 }
 
 inline std::string Text(const pststore::byte_vector& bytes) {

@@ -3,6 +3,7 @@
 #include "RenderSupport.h"
 #include "render/EmlDocument.h"
 #include "render/Renderer.h"
+#include "support/FaultSweep.h"
 
 namespace tarn {
 namespace {
@@ -316,15 +317,13 @@ TEST(EmlHtmlFailure, ALengthWithoutAPointer) {
 TEST(EmlHtmlFailure, WithoutMemory) {
   uint64_t unchanged = 0;
   uint64_t wrapped = 0;
-  for (uint64_t call = 1;; ++call) {
+  test::SweepFaults(PlainKernelFaultMemory, [&](test::FaultedWork& faulted) {
     EmlMessage message;
     SetAllFields(message);
     SetTerminated(message.body, "x");
-    PlainKernelFailAt(PlainKernelFaultMemory, call);
-    const int32_t rendered = RenderEmlMessage(message);
-    PlainKernelFailAt(PlainKernelFaultMemory, 0);
-    if (rendered == 1) break;
-    EXPECT_EQ(rendered, -1);
+    const int32_t rendered = faulted([&] { return RenderEmlMessage(message); });
+    EXPECT_EQ(rendered, faulted.isReached() ? -1 : 1);
+    if (!faulted.isReached()) return;
     if (Bytes(message.body) == Terminated("<html>x</html>")) {
       ++wrapped;
     } else {
@@ -332,7 +331,7 @@ TEST(EmlHtmlFailure, WithoutMemory) {
       EXPECT_EQ(wrapped, 0u);
       ++unchanged;
     }
-  }
+  });
   EXPECT_GE(unchanged, 2u);
   EXPECT_EQ(wrapped, 1u);
 }

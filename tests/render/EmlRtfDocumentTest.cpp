@@ -4,6 +4,7 @@
 #include "RtfSupport.h"
 #include "render/EmlDocument.h"
 #include "render/Renderer.h"
+#include "support/FaultSweep.h"
 
 namespace tarn {
 namespace {
@@ -154,26 +155,24 @@ TEST(EmlRtfFailure, ALengthWithoutAPointer) {
 }
 
 TEST(EmlRtfFailure, WithoutMemoryTheBodyStays) {
-  uint64_t failures = 0;
-  for (uint64_t call = 1;; ++call) {
+  const auto round = [](test::FaultedWork& faulted) {
     EmlMessage message;
     message.documentKind = DocumentRtf;
     SetTerminated(message.to, "Bob");
     Set(message.body, "a\\pard");
     const char* const block = message.body.data;
-    PlainKernelFailAt(PlainKernelFaultMemory, call);
-    const int32_t rendered = RenderEmlMessage(message);
-    PlainKernelFailAt(PlainKernelFaultMemory, 0);
-    if (rendered == 1) {
+    const int32_t rendered = faulted([&] { return RenderEmlMessage(message); });
+    if (!faulted.isReached()) {
+      EXPECT_EQ(rendered, 1);
       EXPECT_EQ(Bytes(message.body), Terminated("a" + kToBob + "\\pard"));
-      break;
+      return;
     }
-    ++failures;
     EXPECT_EQ(rendered, -1);
     EXPECT_EQ(message.body.data, block);
     EXPECT_EQ(Bytes(message.body), "a\\pard");
-  }
-  EXPECT_EQ(failures, 2u);  // the block, then the document
+  };
+  // The block, then the document.
+  EXPECT_EQ(test::SweepFaults(PlainKernelFaultMemory, round, test::FaultKinds::OneAndFrom), 2u);
 }
 
 TEST(EmlRtfFailure, BeyondTheBudgetTheBodyStays) {

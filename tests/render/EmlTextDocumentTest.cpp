@@ -2,6 +2,7 @@
 
 #include "RenderSupport.h"
 #include "render/Renderer.h"
+#include "support/FaultSweep.h"
 
 namespace tarn {
 namespace {
@@ -134,23 +135,20 @@ TEST(EmlTextFailure, ALengthWithoutAPointer) {
 }
 
 TEST(EmlTextFailure, WithoutMemoryTheBodyStays) {
-  uint64_t failures = 0;
-  for (uint64_t call = 1;; ++call) {
+  const auto round = [](test::FaultedWork& faulted) {
     EmlMessage message;
     message.documentKind = DocumentText;
     SetTerminated(message.to, "Bob");
     SetTerminated(message.body, "Body");
     const char* const block = message.body.data;
-    PlainKernelFailAt(PlainKernelFaultMemory, call);
-    const int32_t rendered = RenderEmlMessage(message);
-    PlainKernelFailAt(PlainKernelFaultMemory, 0);
-    if (rendered == 1) break;
-    ++failures;
-    EXPECT_EQ(rendered, -1);
+    const int32_t rendered = faulted([&] { return RenderEmlMessage(message); });
+    EXPECT_EQ(rendered, faulted.isReached() ? -1 : 1);
+    if (!faulted.isReached()) return;
     EXPECT_EQ(message.body.data, block);
     EXPECT_EQ(Bytes(message.body), Terminated("Body"));
-  }
-  EXPECT_EQ(failures, 2u);  // the block, then the body
+  };
+  // The block, then the body.
+  EXPECT_EQ(test::SweepFaults(PlainKernelFaultMemory, round, test::FaultKinds::OneAndFrom), 2u);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include "RenderSupport.h"
 #include "render/Renderer.h"
+#include "support/FaultSweep.h"
 
 namespace tarn {
 namespace {
@@ -137,20 +138,15 @@ TEST(HtmlCharset, AFailedConversionIsTheResult) {
 }
 
 TEST(HtmlCharset, WithoutMemoryTheResultIsAFailure) {
-  uint64_t failures = 0;
-  for (uint64_t call = 1;; ++call) {
+  PlainKernelSetLanguage(0x0407);
+  const auto round = [](test::FaultedWork& faulted) {
     MailMessage message;
-    PlainKernelSetLanguage(0x0407);
     SetTerminated(message.importance, "Niedrig");
     Set(message.body, "<meta charset=windows-1252>\xFC");
-    PlainKernelFailAt(PlainKernelFaultMemory, call);
-    const int32_t rendered = RenderMailMessage(&message, DocumentHtml);
-    PlainKernelFailAt(PlainKernelFaultMemory, 0);
-    if (rendered == 1) break;
-    ++failures;
-    EXPECT_TRUE(rendered == -1 || rendered == 0) << rendered;
-  }
-  EXPECT_GE(failures, 3u);
+    const int32_t rendered = faulted([&] { return RenderMailMessage(&message, DocumentHtml); });
+    EXPECT_TRUE(faulted.isReached() ? rendered == -1 || rendered == 0 : rendered == 1) << rendered;
+  };
+  EXPECT_GE(test::SweepFaults(PlainKernelFaultMemory, round, test::FaultKinds::OneAndFrom), 3u);
 }
 
 // A hundred thousand elements cost one pass.

@@ -3,6 +3,7 @@
 #include "RenderSupport.h"
 #include "render/HeaderLabels.h"
 #include "render/Renderer.h"
+#include "support/FaultSweep.h"
 
 namespace tarn {
 namespace {
@@ -307,23 +308,19 @@ TEST(MailHtmlFailure, ABodyOfALengthWithoutAPointer) {
 }
 
 TEST(MailHtmlFailure, WithoutMemoryTheBodyStays) {
-  uint64_t failures = 0;
-  for (uint64_t call = 1;; ++call) {
+  const auto round = [](test::FaultedWork& faulted) {
     MailMessage message;
     SetAllFields(message);
     SetTerminated(message.fromAddress, "a@b");
     SetTerminated(message.body, "<body>x");
     const char* const block = message.body.data;
-    PlainKernelFailAt(PlainKernelFaultMemory, call);
-    const int32_t rendered = RenderMailMessage(&message, DocumentHtml);
-    PlainKernelFailAt(PlainKernelFaultMemory, 0);
-    if (rendered == 1) break;
-    ++failures;
-    EXPECT_EQ(rendered, -1);
+    const int32_t rendered = faulted([&] { return RenderMailMessage(&message, DocumentHtml); });
+    EXPECT_EQ(rendered, faulted.isReached() ? -1 : 1);
+    if (!faulted.isReached()) return;
     EXPECT_EQ(message.body.data, block);
     EXPECT_EQ(Bytes(message.body), Terminated("<body>x"));
-  }
-  EXPECT_GE(failures, 2u);
+  };
+  EXPECT_GE(test::SweepFaults(PlainKernelFaultMemory, round, test::FaultKinds::OneAndFrom), 2u);
 }
 
 TEST(MailHtmlFailure, ARefusedBudgetLeavesTheBody) {

@@ -4,6 +4,7 @@
 #include "RenderSupport.h"
 #include "RtfSupport.h"
 #include "render/Renderer.h"
+#include "support/FaultSweep.h"
 
 namespace tarn {
 namespace {
@@ -101,22 +102,19 @@ TEST(MailRtfFailure, AnAddressOfALengthWithoutAPointerIsNone) {
 }
 
 TEST(MailRtfFailure, WithoutMemoryTheBodyStays) {
-  uint64_t failures = 0;
-  for (uint64_t call = 1;; ++call) {
+  const auto round = [](test::FaultedWork& faulted) {
     MailMessage message;
     SetAllFields(message);
     Set(message.body, kBody);
     const char* const block = message.body.data;
-    PlainKernelFailAt(PlainKernelFaultMemory, call);
-    const int32_t rendered = RenderMailMessage(&message, DocumentRtf);
-    PlainKernelFailAt(PlainKernelFaultMemory, 0);
-    if (rendered == 1) break;
-    ++failures;
-    EXPECT_EQ(rendered, -1);
+    const int32_t rendered = faulted([&] { return RenderMailMessage(&message, DocumentRtf); });
+    EXPECT_EQ(rendered, faulted.isReached() ? -1 : 1);
+    if (!faulted.isReached()) return;
     EXPECT_EQ(message.body.data, block);
     EXPECT_EQ(Bytes(message.body), kBody);
-  }
-  EXPECT_GE(failures, 4u);  // the table twice, the block, the document
+  };
+  // The table twice, the block, the document.
+  EXPECT_GE(test::SweepFaults(PlainKernelFaultMemory, round, test::FaultKinds::OneAndFrom), 4u);
 }
 
 // Memory that fails while a text beyond ASCII is written need not end in a failure; when it does,
@@ -127,28 +125,23 @@ TEST(MailRtfFailure, WithoutMemoryForAFont) {
     SetTerminated(message.subject, "\xC8\x9B" + kKanji);
     Set(message.body, kBody);
   };
-  uint64_t calls = test::AllocationCalls();
-  {
-    MailMessage message;
-    fill(message);
-    EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), 1);
-  }
-  calls = test::AllocationCalls() - calls;
   uint64_t failures = 0;
-  for (uint64_t call = 1; call <= calls; ++call) {
+  const auto round = [&](test::FaultedWork& faulted) {
     MailMessage message;
     fill(message);
-    PlainKernelFailAt(PlainKernelFaultMemory, call);
-    const int32_t rendered = RenderMailMessage(&message, DocumentRtf);
-    PlainKernelFailAt(PlainKernelFaultMemory, 0);
+    const int32_t rendered = faulted([&] { return RenderMailMessage(&message, DocumentRtf); });
+    if (!faulted.isReached()) {
+      EXPECT_EQ(rendered, 1);
+    }
     if (rendered == 1) {
       EXPECT_TRUE(Bytes(message.body).ends_with(Terminated(kSeparator + kTail)));
-      continue;
+      return;
     }
     ++failures;
     EXPECT_LT(rendered, 0);
     EXPECT_EQ(Bytes(message.body), kBody);
-  }
+  };
+  test::SweepFaults(PlainKernelFaultMemory, round);
   EXPECT_GE(failures, 4u);
 }
 
