@@ -6,6 +6,7 @@
 
 #include "ReadMsg.h"
 #include "Tarnbase/PlainKernel.h"
+#include "support/FaultSweep.h"
 
 namespace tarn::test {
 namespace {
@@ -254,19 +255,15 @@ TEST(MsgText, EndsInMinusOneWithoutMemory) {
   for (const char* name :
        {"__substg1.0_0037001F", "__substg1.0_0037001E", "__substg1.0_00390102"}) {
     OpenMsg msg(CompoundBuilder().stream(name, WideBytes(u"Subject")).write());
-    int32_t status = StatusOutOfMemory;
-    int failures = 0;
-    for (uint64_t n = 1; status != StatusOk && n < 100; ++n) {
+    const auto round = [&](FaultedWork& faulted) {
       SizedBytes target;
-      PlainKernelFailAt(PlainKernelFaultMemory, n);
-      status = ReadMsgTextProperty(msg.storage(), "__substg1.0_0037", target);
-      PlainKernelFailAt(PlainKernelFaultMemory, 0);
-      if (status == StatusOk) break;
-      EXPECT_EQ(status, StatusOutOfMemory) << name << " " << n;
-      ++failures;
-    }
-    EXPECT_EQ(status, StatusOk);
-    EXPECT_GT(failures, 0);
+      const int32_t status =
+          faulted([&] { return ReadMsgTextProperty(msg.storage(), "__substg1.0_0037", target); });
+      EXPECT_EQ(status, faulted.isReached() ? StatusOutOfMemory : StatusOk) << name;
+    };
+    const uint64_t calls = FailInTurn(PlainKernelFaultMemory, round, FaultKinds::OneAndFrom);
+    EXPECT_GT(calls, 0u);
+    EXPECT_LT(calls, 100u);
   }
 }
 

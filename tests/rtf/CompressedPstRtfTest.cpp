@@ -10,6 +10,7 @@
 #include "CompressedRtfSupport.h"
 #include "Tarnbase/PlainKernel.h"
 #include "rtf/CompressedRtf.h"
+#include "support/FaultSweep.h"
 
 namespace tarn::test {
 namespace {
@@ -282,23 +283,19 @@ TEST(CompressedPstRtf, WithoutMemory) {
   const std::string text = "{\\rtf1 abc}";
   for (const std::string& old : {std::string("old"), std::string(500, '.')}) {
     for (const std::string& bytes : {PackRtf(text), StoreRtf(text, StoredCrc::OfContents)}) {
-      for (uint64_t ordinal = 1; ordinal <= 2; ++ordinal) {
+      const auto round = [&](FaultedWork& faulted) {
         MailMessage message;
         GiveBody(message, old);
-        PlainKernelFailAt(PlainKernelFaultMemory, ordinal);
-        EXPECT_EQ(UnpackPst(message, bytes), -1);
-        PlainKernelFailAt(PlainKernelFaultMemory, 0);
+        const int32_t status = faulted([&] { return UnpackPst(message, bytes); });
+        EXPECT_EQ(status, faulted.isReached() ? -1 : 1);
+        if (!faulted.isReached()) return;
         // Stored text replaces the body before it asks for memory.
-        const bool isEmptied = bytes[8] == 'M' && ordinal == 2;
+        const bool isEmptied = bytes[8] == 'M' && faulted.ordinal() == 2;
         EXPECT_EQ(message.body.bytes(), isEmptied ? "" : old);
         EXPECT_EQ(UnpackPst(message, bytes), 1);
         EXPECT_TRUE(message.body.bytes().starts_with(text));
-      }
-      MailMessage message;
-      GiveBody(message, old);
-      PlainKernelFailAt(PlainKernelFaultMemory, 3);
-      EXPECT_EQ(UnpackPst(message, bytes), 1);
-      PlainKernelFailAt(PlainKernelFaultMemory, 0);
+      };
+      EXPECT_EQ(SweepFaults(PlainKernelFaultMemory, round, FaultKinds::OneAndFrom), 2u);
     }
   }
 }

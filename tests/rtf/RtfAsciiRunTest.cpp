@@ -5,6 +5,7 @@
 
 #include "Tarnbase/PlainKernel.h"
 #include "rtf/RtfTextWriter.h"
+#include "support/FaultSweep.h"
 
 namespace tarn {
 namespace {
@@ -115,15 +116,17 @@ TEST(WriteRtfAsciiRun, NothingCollectedIsNotConverted) {
 }
 
 TEST(WriteRtfAsciiRun, WithoutMemoryItFails) {
+  const auto round = [](test::FaultedWork& faulted) {
+    const WrittenRun run = faulted([] { return WrittenRun(u"ab{cd", 5, 3); });
+    if (!faulted.isReached()) {
+      EXPECT_EQ(run.text(), "\\f3 ab\\'7bcd");
+      return;
+    }
+    EXPECT_EQ(run.status, -1);
+    EXPECT_EQ(run.taken, 0u);
+  };
   // The output for the font, the scratch for "ab", the scratch for "cd".
-  for (uint64_t ordinal = 1; ordinal <= 3; ++ordinal) {
-    PlainKernelFailAt(PlainKernelFaultMemory, ordinal);
-    const WrittenRun run(u"ab{cd", 5, 3);
-    EXPECT_EQ(run.status, -1) << ordinal;
-    EXPECT_EQ(run.taken, 0u) << ordinal;
-  }
-  PlainKernelFailAt(PlainKernelFaultMemory, 4);
-  EXPECT_EQ(WrittenRun(u"ab{cd", 5, 3).text(), "\\f3 ab\\'7bcd");
+  EXPECT_EQ(test::SweepFaults(PlainKernelFaultMemory, round, test::FaultKinds::OneAndFrom), 3u);
 }
 
 TEST(WriteRtfAsciiRun, AnOutputThatCannotGrowIsReported) {

@@ -5,6 +5,7 @@
 
 #include "Tarnbase/PlainKernel.h"
 #include "rtf/RtfFonts.h"
+#include "support/FaultSweep.h"
 
 namespace tarn {
 namespace {
@@ -265,16 +266,18 @@ TEST(RtfFontTableParser, EveryCutOfATableIsHandled) {
 }
 
 TEST(RtfFontTableParser, WithoutMemoryItFailsAndLeavesTheCursor) {
+  const auto round = [](test::FaultedWork& faulted) {
+    const Parsed parsed = faulted([] { return Parsed("{\\f1 A;B;}{}}"); });
+    if (!faulted.isReached()) {
+      EXPECT_EQ(Show(parsed.table), "1:0:0:B|-1:0:0:-");
+      return;
+    }
+    EXPECT_EQ(parsed.status, -1);
+    EXPECT_EQ(parsed.taken, 0);
+    EXPECT_EQ(Show(parsed.table), faulted.ordinal() == 4 ? "1:0:0:B" : "");
+  };
   // Two names, of which the second replaces the first, and two entries.
-  for (uint64_t ordinal = 1; ordinal <= 4; ++ordinal) {
-    PlainKernelFailAt(PlainKernelFaultMemory, ordinal);
-    const Parsed parsed("{\\f1 A;B;}{}}");
-    EXPECT_EQ(parsed.status, -1) << ordinal;
-    EXPECT_EQ(parsed.taken, 0) << ordinal;
-    EXPECT_EQ(Show(parsed.table), ordinal == 4 ? "1:0:0:B" : "") << ordinal;
-  }
-  PlainKernelFailAt(PlainKernelFaultMemory, 5);
-  EXPECT_EQ(Show(Parsed("{\\f1 A;B;}{}}").table), "1:0:0:B|-1:0:0:-");
+  EXPECT_EQ(test::SweepFaults(PlainKernelFaultMemory, round, test::FaultKinds::OneAndFrom), 4u);
 }
 
 TEST(RtfFontTableParser, TheEntriesGrowByOne) {

@@ -7,6 +7,7 @@
 
 #include "Tarnbase/PlainKernel.h"
 #include "rtf/RtfFonts.h"
+#include "support/FaultSweep.h"
 
 namespace tarn {
 namespace {
@@ -184,16 +185,16 @@ TEST(PrepareRtfFontTable, TheWholeLengthIsSearched) {
 }
 
 TEST(PrepareRtfFontTable, WithoutMemoryItFails) {
-  // One name, one entry, and the copy of the text.
-  for (uint64_t ordinal = 1; ordinal <= 3; ++ordinal) {
+  const auto round = [](test::FaultedWork& faulted) {
     RtfFontTable table;
-    PlainKernelFailAt(PlainKernelFaultMemory, ordinal);
-    EXPECT_EQ(Prepare(table, "{\\fonttbl{\\f1 A;}}"), -1) << ordinal;
-    EXPECT_EQ(table.parsed, 0u) << ordinal;
-  }
-  RtfFontTable table;
-  PlainKernelFailAt(PlainKernelFaultMemory, 4);
-  EXPECT_EQ(Prepare(table, "{\\fonttbl{\\f1 A;}}"), 1);
+    const int32_t status = faulted([&] { return Prepare(table, "{\\fonttbl{\\f1 A;}}"); });
+    EXPECT_EQ(status, faulted.isReached() ? -1 : 1);
+    if (faulted.isReached()) {
+      EXPECT_EQ(table.parsed, 0u);
+    }
+  };
+  // One name, one entry, and the copy of the text.
+  EXPECT_EQ(test::SweepFaults(PlainKernelFaultMemory, round, test::FaultKinds::OneAndFrom), 3u);
 }
 
 TEST(FontForCodePage, TheFirstEntryOfTheCodePage) {
@@ -347,26 +348,27 @@ TEST(AddRtfFont, TheNameIsACopy) {
 
 TEST(AddRtfFont, WithoutMemoryTheTableIsAsItWas) {
   for (const char* const document : {"\\from", "{\\fonttbl{\\f3 A;}}"}) {
-    uint64_t failures = 0;
-    for (;; ++failures) {
+    const auto round = [document](test::FaultedWork& faulted) {
       RtfFontTable table;
       ASSERT_EQ(Prepare(table, document), 1);
       const std::string entries = Show(table);
       const std::string text = TableText(table);
       const uint32_t next = table.nextNumber;
-      PlainKernelFailAt(PlainKernelFaultMemory, failures + 1);
-      const int64_t result = Add(table, "Arial", "swiss", 1252, 0);
-      PlainKernelFailAt(PlainKernelFaultMemory, 0);
-      if (result >= 0) break;
+      const int64_t result = faulted([&] { return Add(table, "Arial", "swiss", 1252, 0); });
+      if (!faulted.isReached()) {
+        EXPECT_EQ(result, next);
+        return;
+      }
       EXPECT_EQ(result, -1);
       EXPECT_EQ(Show(table), entries);
       EXPECT_EQ(TableText(table), text);
       EXPECT_EQ(table.nextNumber, next);
       EXPECT_EQ(table.changed, 0u);
       EXPECT_EQ(Add(table, "Arial", "swiss", 1252, 0), next);
-    }
+    };
     // The name, the entries, and the text where it has no room yet.
-    EXPECT_EQ(failures, document[1] == 'f' ? 3u : 2u);
+    EXPECT_EQ(test::SweepFaults(PlainKernelFaultMemory, round, test::FaultKinds::OneAndFrom),
+              document[1] == 'f' ? 3u : 2u);
   }
 }
 

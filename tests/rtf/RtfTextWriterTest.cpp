@@ -11,6 +11,7 @@
 #include "rtf/FontSearch.h"
 #include "rtf/GraphicsProbe.h"
 #include "rtf/RtfFonts.h"
+#include "support/FaultSweep.h"
 #include "support/TestFonts.h"
 
 namespace tarn {
@@ -175,26 +176,28 @@ TEST(WriteRtfUtf8Text, AnOutputThatCannotGrowIsReported) {
 
 TEST(WriteRtfUtf8Text, EachFailedAllocationHasItsResult) {
   struct Case {
-    uint64_t ordinal;
     int32_t status;
     const char* output;
   };
-  const Case cases[] = {
-      {1, -1, ""},                           // the wide text
-      {2, -1, ""},                           // the name of the new font
-      {3, -1, ""},                           // its entry
-      {4, 1, "\\'93\\'fa\\'96{\\f0 "},       // the output: the font is left out
-      {5, -1, "\\f1 "},                      // the scratch of the run
-      {6, 1, "\\f1 \\'93\\'fa\\'96{\\f0 "},  // none
+  const std::vector<Case> cases = {
+      {-1, ""},                           // the wide text
+      {-1, ""},                           // the name of the new font
+      {-1, ""},                           // its entry
+      {1, "\\'93\\'fa\\'96{\\f0 "},       // the output: the font is left out
+      {-1, "\\f1 "},                      // the scratch of the run
+      {1, "\\f1 \\'93\\'fa\\'96{\\f0 "},  // none
   };
-  for (const Case& row : cases) {
+  const uint64_t calls = test::SweepFaults(PlainKernelFaultMemory, [&](test::FaultedWork& faulted) {
+    ASSERT_LE(faulted.ordinal(), cases.size());
+    const Case& row = cases[faulted.ordinal() - 1];
     RtfRender render;
     ASSERT_EQ(Prepare(render.fonts, kWestern), 1);
-    PlainKernelFailAt(PlainKernelFaultMemory, row.ordinal);
-    EXPECT_EQ(WriteRtfUtf8Text(render, "\xE6\x97\xA5\xE6\x9C\xAC", 6), row.status) << row.ordinal;
-    PlainKernelFailAt(PlainKernelFaultMemory, 0);
-    EXPECT_EQ(Written(render.output), row.output) << row.ordinal;
-  }
+    const int32_t status =
+        faulted([&] { return WriteRtfUtf8Text(render, "\xE6\x97\xA5\xE6\x9C\xAC", 6); });
+    EXPECT_EQ(status, row.status);
+    EXPECT_EQ(Written(render.output), row.output);
+  });
+  EXPECT_EQ(calls, 5u);
 }
 
 TEST(WriteRtfUtf8Text, AFailedConversionOfAsciiIsReported) {
@@ -347,16 +350,16 @@ TEST(WriteRtfWideText, FailedGrowthsLeaveWordsOut) {
 TEST(WriteRtfWideText, AFailedGrowthLeavesAnEscapeOut) {
   bool leftOut = false;
   bool failed = false;
-  for (uint64_t ordinal = 1; ordinal < 40; ++ordinal) {
-    PlainKernelFailAt(PlainKernelFaultMemory, ordinal);
-    const Wide text(u"\xDC00", "\\from");
+  test::SweepFaults(PlainKernelFaultMemory, [&](test::FaultedWork& faulted) {
+    const Wide text = faulted([] { return Wide(u"\xDC00", "\\from"); });
     // Without memory to ask a font with, the writer fails.
-    EXPECT_TRUE(text.status == 1 || text.status == -1) << ordinal;
+    EXPECT_TRUE(text.status == 1 || text.status == -1);
     EXPECT_TRUE(text.output == "\\u-9216 ?" || text.output.empty()) << text.output;
     EXPECT_TRUE(text.status == 1 || text.output.empty()) << text.output;
+    EXPECT_TRUE(faulted.isReached() || (text.status == 1 && !text.output.empty()));
     leftOut = leftOut || (text.status == 1 && text.output.empty());
     failed = failed || text.status == -1;
-  }
+  });
   EXPECT_TRUE(leftOut);
   EXPECT_TRUE(failed);
 }

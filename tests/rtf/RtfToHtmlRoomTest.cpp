@@ -5,6 +5,7 @@
 #include "RtfConversion.h"
 #include "Tarnbase/PlainKernel.h"
 #include "rtf/RtfToHtml.h"
+#include "support/FaultSweep.h"
 #include "support/PeakMemory.h"
 
 namespace tarn {
@@ -154,34 +155,28 @@ const std::string kRichHtml =
 // With every allocation failing in turn: -1 and the text as it was, but for two that are not
 // needed, the conversion of a run, whose bytes then stand for themselves, and the last trim.
 TEST(RtfFailures, EveryAllocation) {
-  PlainKernelUsageRecord before;
-  PlainKernelUsage(&before);
-  ASSERT_EQ(HtmlOf(kRichMail), kRichHtml);
-  PlainKernelUsageRecord after;
-  PlainKernelUsage(&after);
-  const uint64_t calls = after.allocationCalls - before.allocationCalls - 1;  // less the text's
-  ASSERT_GT(calls, 8U);
-
   const std::string rawHtml =
       "<html>text" + std::string(3000, '.') + Repeat("\x82\xA0", 700) + "&#x410;&#8364;\r\na";
   uint64_t raw = 0;
   uint64_t whole = 0;
-  for (uint64_t n = 1; n <= calls; ++n) {
+  const auto round = [&](test::FaultedWork& faulted) {
     SizedBytes text = BytesOf(kRichMail);
     const char* const block = text.data;
-    PlainKernelFailAt(PlainKernelFaultMemory, n);
-    const int32_t status = RtfToHtml(text);
-    PlainKernelFailAt(PlainKernelFaultMemory, 0);
-    if (status == 1) {
-      ASSERT_TRUE(text.text() == rawHtml || text.text() == kRichHtml) << n;
+    const int32_t status = faulted([&] { return RtfToHtml(text); });
+    if (!faulted.isReached()) {
+      ASSERT_EQ(status, 1);
+      ASSERT_EQ(text.text(), kRichHtml);
+    } else if (status == 1) {
+      ASSERT_TRUE(text.text() == rawHtml || text.text() == kRichHtml);
       raw += text.text() == rawHtml ? 1 : 0;
       whole += text.text() == kRichHtml ? 1 : 0;
     } else {
-      ASSERT_EQ(status, -1) << n;
-      ASSERT_EQ(text.data, block) << n;
-      ASSERT_EQ(text.bytes(), kRichMail) << n;
+      ASSERT_EQ(status, -1);
+      ASSERT_EQ(text.data, block);
+      ASSERT_EQ(text.bytes(), kRichMail);
     }
-  }
+  };
+  EXPECT_GT(test::SweepFaults(PlainKernelFaultMemory, round), 8U);
   EXPECT_EQ(raw, 1U);
   EXPECT_EQ(whole, 1U);
 }
