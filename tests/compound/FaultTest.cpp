@@ -2,12 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <new>
 #include <optional>
 
 #include "CompoundFiles.h"
-#include "Tarnbase/PlainKernel.h"
+#include "support/FaultSweep.h"
 #include "support/compound/CompoundBuilder.h"
 
 namespace tarn::test {
@@ -48,57 +47,35 @@ const std::string kWhole =
 
 TEST(Faults, MemoryOfReading) {
   const MemoryMail mail(Image());
-  uint64_t failures = 0;
-  for (uint64_t n = 1;; ++n) {
-    PlainKernelFailAt(PlainKernelFaultMemory, n);
+  const auto round = [&](FaultedWork& faulted) {
+    bool failed = false;
     try {
-      EXPECT_EQ(ReadingOf(mail.handle()), kWhole);
-      break;
+      EXPECT_EQ(faulted([&] { return ReadingOf(mail.handle()); }), kWhole);
     } catch (const std::bad_alloc&) {
-      ++failures;
+      failed = true;
     }
-    ASSERT_LT(n, 1000u);
-  }
-  PlainKernelFailAt(PlainKernelFaultMemory, 0);
-  EXPECT_GT(failures, 10u);
-}
-
-// How many calls of a group work makes: the fault is set far off, and what is left of the way to it
-// is counted.
-uint64_t CallsOf(int32_t group, uint64_t handle, const std::function<void()>& work) {
-  constexpr uint64_t kFar = 100000;
-  PlainKernelFailAt(group, kFar);
-  work();
-  uint64_t left = 1;
-  unsigned char byte = 0;
-  if (group == PlainKernelFaultSeek) {
-    while (KernelFileSeek(handle, 0, KERNEL_SEEK_START) != KERNEL_BAD_HANDLE) ++left;
-  } else {
-    KernelFileSeek(handle, 0, KERNEL_SEEK_START);
-    while (KernelFileRead(handle, &byte, 1) == 1) {
-      KernelFileSeek(handle, 0, KERNEL_SEEK_START);
-      ++left;
-    }
-  }
-  PlainKernelFailAt(group, 0);
-  return kFar - left;
+    EXPECT_EQ(failed, faulted.isReached());
+  };
+  const uint64_t calls = SweepFaults(PlainKernelFaultMemory, round, FaultKinds::OneAndFrom);
+  EXPECT_GT(calls, 10u);
+  EXPECT_LT(calls, 1000u);
 }
 
 TEST(Faults, ReadsThatFallShort) {
   const MemoryMail mail(Image());
-  const uint64_t calls =
-      CallsOf(PlainKernelFaultRead, mail.handle(), [&] { ReadingOf(mail.handle()); });
+  uint64_t seen = 0;
+  const uint64_t calls = SweepFaults(PlainKernelFaultRead, [&](FaultedWork& faulted) {
+    const std::string reading = faulted([&] { return ReadingOf(mail.handle()); });
+    EXPECT_EQ(reading.substr(0, 2), "0+");  // the count is not looked at
+    EXPECT_EQ(reading.size(), kWhole.size());
+    if (!faulted.isReached()) {
+      EXPECT_EQ(reading, kWhole);
+    }
+    if (reading != kWhole) ++seen;
+  });
   // Header, table, small table, directory, the container, and the whole blocks and the rest of the
   // big stream.
   EXPECT_EQ(calls, 7u);
-  uint64_t seen = 0;
-  for (uint64_t n = 1; n <= calls; ++n) {
-    PlainKernelFailAt(PlainKernelFaultRead, n);
-    const std::string reading = ReadingOf(mail.handle());
-    EXPECT_EQ(reading.substr(0, 2), "0+") << n;  // the count is not looked at
-    EXPECT_EQ(reading.size(), kWhole.size()) << n;
-    if (reading != kWhole) ++seen;
-  }
   EXPECT_EQ(ReadingOf(mail.handle()), kWhole);
   EXPECT_EQ(seen, 2u);  // the last bytes of a stream's reads are zeros then
 }
@@ -126,24 +103,22 @@ TEST(Faults, WhatAShortReadOfAStreamLeavesIsZero) {
 
 TEST(Faults, SeeksThatFail) {
   const MemoryMail mail(Image());
-  const uint64_t calls =
-      CallsOf(PlainKernelFaultSeek, mail.handle(), [&] { ReadingOf(mail.handle()); });
-  EXPECT_EQ(calls, 8u);  // to the end and back, and in front of each read behind the header's
-  for (uint64_t n = 1; n <= calls; ++n) {
+  const uint64_t calls = SweepFaults(PlainKernelFaultSeek, [&](FaultedWork& faulted) {
     KernelFileSeek(mail.handle(), 0, KERNEL_SEEK_START);
-    PlainKernelFailAt(PlainKernelFaultSeek, n);
     uint64_t failedSeeks = 0;
-    const std::string reading = ReadingOf(mail.handle(), &failedSeeks);
-    EXPECT_EQ(failedSeeks, 1u) << n;
+    const std::string reading = faulted([&] { return ReadingOf(mail.handle(), &failedSeeks); });
+    EXPECT_EQ(failedSeeks, faulted.isReached() ? 1u : 0u);
     // A file that does not load has no content; a stream that is not reached gives fewer bytes.
     constexpr uint64_t kSeeksOfLoading = 5;
-    if (n <= kSeeksOfLoading) {
-      EXPECT_EQ(reading, "1-") << n;
+    if (!faulted.isReached()) {
+      EXPECT_EQ(reading, kWhole);
+    } else if (faulted.ordinal() <= kSeeksOfLoading) {
+      EXPECT_EQ(reading, "1-");
     } else {
-      EXPECT_TRUE(reading.starts_with("0+") && reading.size() < kWhole.size()) << n;
+      EXPECT_TRUE(reading.starts_with("0+") && reading.size() < kWhole.size());
     }
-  }
-  PlainKernelFailAt(PlainKernelFaultSeek, 0);
+  });
+  EXPECT_EQ(calls, 8u);  // to the end and back, and in front of each read behind the header's
   EXPECT_EQ(ReadingOf(mail.handle()), kWhole);
 }
 
@@ -163,28 +138,24 @@ TEST(Faults, MemoryOfWriting) {
     WriteAll(made);
     whole = made.end();
   }
-  uint64_t failures = 0;
-  for (uint64_t n = 1;; ++n) {
-    ASSERT_LT(n, 2000u);
+  const auto round = [&](FaultedWork& faulted) {
     bool failed = false;
-    {
-      // The memory file's own growth is the kernel's, too: what it cannot take is not written.
-      std::optional<NewFile> made;
-      try {
-        PlainKernelFailAt(PlainKernelFaultMemory, n);
+    // The memory file's own growth is the kernel's, too: what it cannot take is not written.
+    std::optional<NewFile> made;
+    try {
+      faulted([&] {
         made.emplace();
         WriteAll(*made);
-        PlainKernelFailAt(PlainKernelFaultMemory, 0);
-        failed = made->end() != whole;
-      } catch (const std::bad_alloc&) {
-        failed = true;
-      }
-      PlainKernelFailAt(PlainKernelFaultMemory, 0);
+      });
+      failed = made->end() != whole;
+    } catch (const std::bad_alloc&) {
+      failed = true;
     }
-    if (!failed) break;
-    ++failures;
-  }
-  EXPECT_GT(failures, 20u);
+    EXPECT_EQ(failed, faulted.isReached());
+  };
+  const uint64_t calls = SweepFaults(PlainKernelFaultMemory, round, FaultKinds::OneAndFrom);
+  EXPECT_GT(calls, 20u);
+  EXPECT_LT(calls, 2000u);
 }
 
 TEST(Faults, WritesThatFallShortAreNotNoticed) {
@@ -195,32 +166,32 @@ TEST(Faults, WritesThatFallShortAreNotNoticed) {
     whole = made.end();
   }
   uint64_t differing = 0;
-  for (uint64_t n = 1; n < 200; ++n) {
+  SweepFaults(PlainKernelFaultWrite, [&](FaultedWork& faulted) {
     NewFile made;
-    PlainKernelFailAt(PlainKernelFaultWrite, n);
-    EXPECT_EQ(made.append("small", Pattern(200)), 200u) << n;
-    EXPECT_EQ(made.append("folder/big", Pattern(70000)), 70000u) << n;
-    EXPECT_EQ(made.append("grows", Pattern(30)), 30u) << n;
-    EXPECT_EQ(made.append("grows", Pattern(5000)), 5000u) << n;
-    for (const char* name : {"a", "b", "c", "d", "e"}) EXPECT_EQ(made.append(name, "text"), 4u);
-    made.flush();
+    faulted([&] {
+      EXPECT_EQ(made.append("small", Pattern(200)), 200u);
+      EXPECT_EQ(made.append("folder/big", Pattern(70000)), 70000u);
+      EXPECT_EQ(made.append("grows", Pattern(30)), 30u);
+      EXPECT_EQ(made.append("grows", Pattern(5000)), 5000u);
+      for (const char* name : {"a", "b", "c", "d", "e"}) EXPECT_EQ(made.append(name, "text"), 4u);
+      made.flush();
+    });
     const std::string bytes = made.end();
     EXPECT_LE(bytes.size(), whole.size());
+    EXPECT_TRUE(faulted.isReached() || bytes == whole);
     if (bytes != whole) ++differing;
-  }
-  PlainKernelFailAt(PlainKernelFaultWrite, 0);
+  });
   EXPECT_GT(differing, 100u);
 }
 
 TEST(Faults, SeeksThatFailWhileWriting) {
-  for (uint64_t n = 1; n < 200; ++n) {
+  const uint64_t calls = SweepFaults(PlainKernelFaultSeek, [](FaultedWork& faulted) {
     NewFile made;
-    PlainKernelFailAt(PlainKernelFaultSeek, n);
-    WriteAll(made);
-    PlainKernelFailAt(PlainKernelFaultSeek, 0);
+    faulted([&] { WriteAll(made); });
     LoadedFile file(made.end());
-    EXPECT_LE(file.file().result, 3u);
-  }
+    EXPECT_LE(file.file().result, faulted.isReached() ? 3u : 0u);
+  });
+  EXPECT_GT(calls, 100u);
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "Tarnbase/PlainKernel.h"
+#include "support/FaultSweep.h"
 #include "support/LocalZone.h"
 
 namespace tarn {
@@ -133,20 +134,20 @@ TEST(AttachmentItems, GivesBackTheSlackOfThePropertyList) {
 
 // Each allocation fails once: nothing is appended, nothing stays behind.
 TEST(AttachmentItems, ReleasesTheItemWithoutMemory) {
-  for (uint64_t ordinal = 1;; ++ordinal) {
+  const uint64_t calls = test::SweepFaults(PlainKernelFaultMemory, [](test::FaultedWork& faulted) {
     Items items;
     TrackedBuffer<char> data;
     PropertyList properties;
     Add(properties, u"Content-Description:", u"A table");
     Add(properties, u"other", u"x");
-    PlainKernelFailAt(PlainKernelFaultMemory, ordinal);
-    const int32_t status = AddAttachmentItem(&items.list, &data, u"name", &properties);
-    PlainKernelFailAt(PlainKernelFaultMemory, 0);
+    const int32_t status =
+        faulted([&] { return AddAttachmentItem(&items.list, &data, u"name", &properties); });
     // The third allocation gives back slack, and the block stays as it is when that fails.
-    EXPECT_EQ(status, ordinal <= 2 || ordinal == 4 ? StatusOutOfMemory : StatusOk) << ordinal;
-    EXPECT_EQ(items.list.length, status == StatusOk ? 1u : 0u);
-    if (ordinal > 4) break;
-  }
+    const bool fails = faulted.isReached() && faulted.ordinal() != 3;
+    EXPECT_EQ(status, fails ? StatusOutOfMemory : StatusOk);
+    EXPECT_EQ(items.list.length, fails ? 0u : 1u);
+  });
+  EXPECT_EQ(calls, 4u);
 }
 
 TEST(TrimPropertyName, TakesOneMarkOffTheEnd) {

@@ -8,6 +8,7 @@
 #include "FileFormats/Pst/MessageDriver.h"
 #include "MsgSamples.h"
 #include "Tarnbase/PlainKernel.h"
+#include "support/FaultSweep.h"
 #include "support/LocalZone.h"
 #include "support/RtfCompressor.h"
 #include "support/TempDirectory.h"
@@ -215,19 +216,19 @@ TEST(MsgDocument, IsWholeOrNotThereWhicheverAllocationFails) {
     const std::string file = msg->write();
     const std::string whole = Document(file).bytes;
     int failures = 0;
-    for (uint64_t n = 1;; ++n) {
-      PlainKernelFailAt(PlainKernelFaultMemory, n);
-      const Document document(file);
-      PlainKernelFailAt(PlainKernelFaultMemory, 0);
+    const auto round = [&](FaultedWork& faulted) {
+      const Document document = faulted([&] { return Document(file); });
       if (document.status == StatusOk) {
         EXPECT_EQ(document.bytes, whole);
         // What fails in the pass over the attachments alone is kept.
-        if (document.data.attachmentStatus == StatusOk) break;
-        continue;
+        EXPECT_TRUE(faulted.isReached() || document.data.attachmentStatus == StatusOk);
+        return;
       }
+      EXPECT_TRUE(faulted.isReached());
       ++failures;
       ExpectNothing(document, StatusOutOfMemory);
-    }
+    };
+    SweepFaults(PlainKernelFaultMemory, round);
     EXPECT_GT(failures, 10);
   }
 }

@@ -8,6 +8,7 @@
 
 #include "PstReading.h"
 #include "Tarnbase/PlainKernel.h"
+#include "support/FaultSweep.h"
 #include "support/LocalZone.h"
 #include "support/RtfCompressor.h"
 
@@ -231,23 +232,23 @@ TEST(PstMessage, ReadsBodiesOfManyBlocks) {
 // The header fields are the only text that is converted here.
 TEST(PstMessage, IgnoresHeaderTextsThatDoNotConvert) {
   const char* const kFields[] = {"Hi", "Ann", "Bob", "Cy", "Di"};
-  for (uint64_t failing = 1; failing <= 5; ++failing) {
+  const uint64_t calls = SweepFaults(PlainKernelFaultText, [&](FaultedWork& faulted) {
     StoreBuilder store(SmallStore());
     store.folder("A").message().subject(u"Hi").from(u"Ann").to(u"Bob").cc(u"Cy").bcc(u"Di").html(
         "html");
     PstReading reading(store);
     ASSERT_EQ(reading.count(), 1);
-    PlainKernelFailAt(PlainKernelFaultText, failing);
-    EXPECT_EQ(reading.walk(0), 1);
-    PlainKernelFailAt(PlainKernelFaultText, 0);
+    EXPECT_EQ(faulted([&] { return reading.walk(0); }), 1);
     const MailMessage& record = reading.record(0);
     const SizedBytes* const fields[] = {&record.subject, &record.from, &record.to, &record.cc,
                                         &record.bcc};
     for (uint64_t i = 0; i < 5; ++i) {
-      EXPECT_EQ(fields[i]->length, i + 1 == failing ? 0 : std::string_view(kFields[i]).size());
+      const bool isLost = i + 1 == faulted.ordinal();
+      EXPECT_EQ(fields[i]->length, isLost ? 0 : std::string_view(kFields[i]).size());
     }
     EXPECT_EQ(reading.body(0), "html");
-  }
+  });
+  EXPECT_EQ(calls, 5u);
 }
 
 // Without memory a message fails with -1, loses a header field, or breaks its folder; whatever
@@ -267,20 +268,17 @@ TEST(PstMessage, EndsWithoutMemory) {
   std::map<int32_t, int> statuses;
   int lostFields = 0;
   int brokenFolders = 0;
-  for (uint64_t call = 1;; ++call) {
+  SweepFaults(PlainKernelFaultMemory, [&](FaultedWork& faulted) {
     PstReading reading(store);
     ASSERT_EQ(reading.count(), 1);
-    PlainKernelUsageRecord before = {};
-    PlainKernelUsage(&before);
-    PlainKernelFailAt(PlainKernelFaultMemory, call);
-    const int32_t status = reading.walk(0);
-    PlainKernelFailAt(PlainKernelFaultMemory, 0);
-    PlainKernelUsageRecord after = {};
-    PlainKernelUsage(&after);
-    if (after.allocationCalls - before.allocationCalls < call) break;
+    const int32_t status = faulted([&] { return reading.walk(0); });
+    if (!faulted.isReached()) {
+      EXPECT_EQ(status, 1);
+      return;
+    }
     ++statuses[status];
     const MailMessage& record = reading.record(0);
-    if (status != 1) continue;
+    if (status != 1) return;
     if (record.body.bytes() == "{\\rtf1 Hello}") {
       if (record.subject.length == 0 || record.from.length == 0 || record.sent.length == 0 ||
           record.importance.length == 0) {
@@ -290,7 +288,7 @@ TEST(PstMessage, EndsWithoutMemory) {
       EXPECT_TRUE(record.body.length == 0 || record.body.bytes() == "html");
       ++brokenFolders;
     }
-  }
+  });
   EXPECT_EQ(statuses.size(), 2u);
   EXPECT_EQ(statuses[-1], 7);  // two bodies, three texts of the attachment, two blocks of the RTF
   EXPECT_EQ(lostFields, 4);

@@ -11,6 +11,7 @@
 #include "PstReading.h"
 #include "Tarnbase/PlainKernel.h"
 #include "pststore/StoreObjects.h"
+#include "support/FaultSweep.h"
 #include "support/PeakMemory.h"
 #include "support/RtfCompressor.h"
 
@@ -132,14 +133,10 @@ std::ostream& operator<<(std::ostream& out, const Outcome& outcome) {
   return out << outcome.result << ", kind " << outcome.kind << ", left " << outcome.textLeft;
 }
 
-struct Conditions {
-  uint64_t textLeft = uint64_t{1} << 40;
-  int32_t group = PlainKernelFaultRead;
-  uint64_t failing = 0;
-};
+constexpr uint64_t kPlentyOfText = uint64_t{1} << 40;
 
 // The store's first message, read as the wanted one or passed.
-Outcome Run(StoreBuilder& builder, bool wanted, const Conditions& conditions) {
+Outcome Run(StoreBuilder& builder, bool wanted, uint64_t textLeft, FaultedWork* faulted = nullptr) {
   PstReading reading(builder);
   EXPECT_EQ(reading.count(), 1);
   const pststore::folder folder = pststore::make_folder(pststore::folder_begin(reading.context));
@@ -147,18 +144,18 @@ Outcome Run(StoreBuilder& builder, bool wanted, const Conditions& conditions) {
                                          reading.context);
   const pststore::message message = pststore::make_message(first);
   StoreReading limits(reading.data, nullptr, reading.fileSize);
-  limits.textLeft = conditions.textLeft;
+  limits.textLeft = textLeft;
 
   Outcome outcome;
-  PlainKernelFailAt(conditions.group, conditions.failing);
   try {
-    const int32_t status = wanted ? ReadPstMessage(message, outcome.kind, *reading.list, limits)
-                                  : PassPstMessage(message, outcome.kind, limits);
+    const int32_t status = RunFaulted(faulted, [&] {
+      return wanted ? ReadPstMessage(message, outcome.kind, *reading.list, limits)
+                    : PassPstMessage(message, outcome.kind, limits);
+    });
     outcome.result = std::to_string(status);
   } catch (const std::exception& caught) {
     outcome.result = std::string(typeid(caught).name()) + ": " + caught.what();
   }
-  PlainKernelFailAt(conditions.group, 0);
   outcome.textLeft = limits.textLeft;
   return outcome;
 }
@@ -171,20 +168,24 @@ using Describe = std::function<void(MessageBuilder&)>;
 std::string ExpectSame(const Describe& describe, PstLayout layout = PstLayout::Unicode) {
   StoreBuilder store(SmallStore(layout));
   describe(store.folder("A").message());
-  const Outcome plain = Run(store, true, {});
-  EXPECT_EQ(Run(store, false, {}), plain);
+  const Outcome plain = Run(store, true, kPlentyOfText);
+  EXPECT_EQ(Run(store, false, kPlentyOfText), plain);
   for (const int32_t group : {PlainKernelFaultRead, PlainKernelFaultSeek}) {
-    for (uint64_t failing = 1; failing < 100; ++failing) {
-      const Conditions conditions = {.group = group, .failing = failing};
-      const Outcome read = Run(store, true, conditions);
-      EXPECT_EQ(Run(store, false, conditions), read) << group << " " << failing;
-      if (read == plain) break;
-    }
+    std::vector<Outcome> passed;
+    const uint64_t calls = SweepFaults(group, [&](FaultedWork& faulted) {
+      passed.push_back(Run(store, false, kPlentyOfText, &faulted));
+    });
+    const uint64_t callsOfReading = SweepFaults(group, [&](FaultedWork& faulted) {
+      const Outcome read = Run(store, true, kPlentyOfText, &faulted);
+      ASSERT_LE(faulted.ordinal(), passed.size());
+      EXPECT_EQ(passed[faulted.ordinal() - 1], read);
+      EXPECT_TRUE(faulted.isReached() || read == plain);
+    });
+    EXPECT_EQ(calls, callsOfReading);
   }
-  const uint64_t spent = Conditions().textLeft - plain.textLeft;
+  const uint64_t spent = kPlentyOfText - plain.textLeft;
   for (uint64_t left = 0; left < std::min<uint64_t>(spent + 2, 400); ++left) {
-    const Conditions conditions = {.textLeft = left};
-    EXPECT_EQ(Run(store, false, conditions), Run(store, true, conditions)) << left;
+    EXPECT_EQ(Run(store, false, left), Run(store, true, left)) << left;
   }
   return plain.result;
 }

@@ -9,6 +9,7 @@
 
 #include "PstReading.h"
 #include "Tarnbase/PlainKernel.h"
+#include "support/FaultSweep.h"
 #include "support/pst/StoreTemplates.h"
 
 namespace tarn::test {
@@ -68,20 +69,18 @@ TEST(StoreWalkDamage, EndsWellWhereTheListOfFoldersCannotBeRead) {
   PstReading counted(store);
   ASSERT_EQ(counted.count(), 1);
   bool hasLostAll = false;
-  for (uint64_t call = 1;; ++call) {
-    ASSERT_LT(call, 200u);
+  // The list keeps what a round has read.
+  const uint64_t calls = FailInTurn(PlainKernelFaultRead, [&](FaultedWork& faulted) {
     PstReading reading(store);
     reading.list = std::exchange(counted.list, nullptr);
     reading.list->count = 3;
-    PlainKernelFailAt(PlainKernelFaultRead, call);
-    EXPECT_EQ(reading.walk(2), 1) << call;
-    PlainKernelFailAt(PlainKernelFaultRead, 0);
+    EXPECT_EQ(faulted([&] { return reading.walk(2); }), 1);
     const std::string body = reading.body(2);
     counted.list = std::exchange(reading.list, nullptr);
     if (reading.kind == DocumentNone) hasLostAll = true;
-    if (body == "C") break;
-    EXPECT_EQ(body, "") << call;
-  }
+    EXPECT_EQ(body, faulted.isReached() ? "" : "C");
+  });
+  EXPECT_LT(calls, 200u);
   EXPECT_TRUE(hasLostAll);
 }
 
@@ -97,21 +96,20 @@ TEST(StoreWalkDamage, ClearsTheSlotWithoutAList) {
 
   StoreBuilder small(SmallStore());
   small.folder("A").count(1);
-  for (uint64_t call = 1;; ++call) {
+  SweepFaults(PlainKernelFaultMemory, [&](FaultedWork& faulted) {
     PstReading again(small);
     again.list = &other;
     int32_t status = 0;
-    PlainKernelFailAt(PlainKernelFaultMemory, call);
     try {
-      status = again.count();
+      status = faulted([&] { return again.count(); });
     } catch (const std::bad_alloc&) {
       again.list = nullptr;
     }
-    PlainKernelFailAt(PlainKernelFaultMemory, 0);
-    if (status == 1) break;
+    EXPECT_EQ(status == 1, !faulted.isReached());
+    if (status == 1) return;
     EXPECT_EQ(again.list, nullptr);
     again.list = nullptr;
-  }
+  });
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include "PstReading.h"
 #include "Tarnbase/PlainKernel.h"
 #include "pststore/Errors.h"
+#include "support/FaultSweep.h"
 #include "support/RtfCompressor.h"
 #include "support/pst/StoreTemplates.h"
 
@@ -130,20 +131,18 @@ TEST(StoreCount, ReleasesAllWithoutMemory) {
   StoreBuilder store(SmallStore());
   store.folder("A").count(3);
   int failures = 0;
-  for (uint64_t call = 1;; ++call) {
+  SweepFaults(PlainKernelFaultMemory, [&](FaultedWork& faulted) {
     PstReading reading(store);
-    PlainKernelFailAt(PlainKernelFaultMemory, call);
     try {
-      const int32_t status = reading.count();
-      PlainKernelFailAt(PlainKernelFaultMemory, 0);
-      if (status == 1) break;
-      EXPECT_EQ(status, -1);
+      const int32_t status = faulted([&] { return reading.count(); });
+      EXPECT_EQ(status, faulted.isReached() ? -1 : 1);
+      if (!faulted.isReached()) return;
       ++failures;
     } catch (const std::bad_alloc&) {
-      PlainKernelFailAt(PlainKernelFaultMemory, 0);
+      EXPECT_TRUE(faulted.isReached());
     }
     EXPECT_EQ(reading.list, nullptr);
-  }
+  });
   EXPECT_EQ(failures, 1);  // the list's head; all else is the store's
 }
 
