@@ -302,6 +302,7 @@ FaultOutcome Perform(FakeHost& host, const FaultInput& input,
                      const std::function<void()>& setFault) {
   PlainKernelUsageRecord before = {};
   PlainKernelUsage(&before);
+  const int32_t mode = KernelIoModeGet();
   Ask(host, input);
   FillSlot(host.slot, input.slot);
   PrepareCall(host, input);
@@ -326,6 +327,7 @@ FaultOutcome Perform(FakeHost& host, const FaultInput& input,
   host.clearSlot();
   outcome.left = TakeLeftFiles(host);
   outcome.left += LeftInKernel(before);
+  if (KernelIoModeGet() != mode) outcome.left += "I/O mode ";
   return outcome;
 }
 

@@ -36,7 +36,8 @@ struct FaultOutcome {
   // The items in the slot when the faults began, and after the call.
   std::string slotBefore;
   std::string slot;
-  // What is left in the kernel and in the temporary directory after the host has let go of all.
+  // What is left in the kernel and in the temporary directory after the host has let go of all, and
+  // whether the I/O mode has changed.
   std::string left;
 
   bool operator==(const FaultOutcome&) const = default;
