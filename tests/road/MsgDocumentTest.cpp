@@ -239,9 +239,9 @@ TEST(ReadMessageDocument, RefusesAnUnknownFormat) {
     PstFilterData data;
     int32_t index = 0;
     uint32_t kind = DocumentNone;
-    EXPECT_EQ(ReadMessageDocument(u"mail", data, format, index, kind, false, KERNEL_BAD_HANDLE,
-                                  nullptr),
-              StatusNotSupported);
+    EXPECT_EQ(
+        ReadMessageDocument(u"mail", data, format, index, kind, false, KERNEL_BAD_HANDLE, nullptr),
+        StatusNotSupported);
     EXPECT_EQ(kind, uint32_t{DocumentNone});
     EXPECT_EQ(data.document.data, nullptr);
   }
