@@ -1,12 +1,13 @@
 #include "support/pst/PstDamage.h"
 
 #include <algorithm>
-#include <set>
+#include <optional>
 #include <stdexcept>
 
 #include "support/pst/PstBytes.h"
 #include "support/pst/PstCodec.h"
 #include "support/pst/PstHeader.h"
+#include "support/pst/PstImageMap.h"
 
 namespace tarn::test {
 namespace {
@@ -30,58 +31,6 @@ void RepairBlock(std::string& image, PstLayout layout, uint64_t id, uint64_t off
   PutLe(image, trailer + at.blockBid, id, at.idWidth);
   PutLe(image, trailer + at.blockCrc, PstCrc(std::string_view(image).substr(start, cb)), 4);
 }
-
-// Walks the trees of an image of unknown making.
-class ImageRepair {
- public:
-  ImageRepair(std::string& image, PstLayout layout)
-      : image_(image), layout_(layout), at_(OffsetsOf(layout)) {}
-
-  void tree(size_t root, bool isBlockTree) {
-    std::vector<PstPageRef> open = {refAt(root)};
-    while (!open.empty()) {
-      const PstPageRef page = open.back();
-      open.pop_back();
-      if (!isInside(page.ib, kPstPageSize) || !seen_.insert(page.ib).second) continue;
-      const size_t start = static_cast<size_t>(page.ib);
-      const bool isInner = GetLe(image_, start + at_.pageCounters + 3, 1) != 0;
-      const size_t entrySize = isInner ? at_.innerEntry : at_.bbtLeafEntry;
-      const size_t count = std::min<size_t>(GetLe(image_, start + at_.pageCounters, 1),
-                                            at_.pageCounters / entrySize);
-      for (size_t i = 0; i < count; ++i) {
-        const size_t entry = start + i * entrySize;
-        if (isInner) {
-          open.push_back(refAt(entry + at_.idWidth));
-        } else if (isBlockTree) {
-          block(entry);
-        }
-      }
-      RepairPage(image_, layout_, page.bid, page.ib);
-    }
-  }
-
- private:
-  PstPageRef refAt(size_t offset) const {
-    return {GetLe(image_, offset, at_.idWidth), GetLe(image_, offset + at_.idWidth, at_.idWidth)};
-  }
-
-  bool isInside(uint64_t offset, size_t size) const {
-    return offset <= image_.size() && size <= image_.size() - offset;
-  }
-
-  void block(size_t entry) {
-    const PstPageRef ref = refAt(entry);
-    const uint16_t cb = static_cast<uint16_t>(GetLe(image_, entry + 2 * at_.idWidth, 2));
-    if (isInside(ref.ib, BlockExtent(layout_, cb))) {
-      RepairBlock(image_, layout_, ref.bid, ref.ib, cb);
-    }
-  }
-
-  std::string& image_;
-  PstLayout layout_;
-  const PstOffsets& at_;
-  std::set<uint64_t> seen_;
-};
 
 }  // namespace
 
@@ -149,17 +98,15 @@ void PstDamage::repairAll() {
 }
 
 void RepairPstImage(std::string& image) {
-  constexpr size_t kVersion = 10;
-  constexpr size_t kFirstUnicode = 20;
-  if (image.size() < kVersion + 2) return;
-  const bool isUnicode = GetLe(image, kVersion, 2) >= kFirstUnicode;
-  const PstLayout layout = isUnicode ? PstLayout::Unicode : PstLayout::Ansi;
-  const PstOffsets& at = OffsetsOf(layout);
-  if (image.size() < at.headerSize) return;
-  ImageRepair repair(image, layout);
-  repair.tree(at.brefNbt, false);
-  repair.tree(at.brefBbt, true);
-  RepairPstHeader(image, layout);
+  const std::optional<PstImageMap> map = MapPstImage(image);
+  if (!map) return;
+  for (const PstImageBlock& block : map->blocks) {
+    RepairBlock(image, map->layout, block.id, block.offset, block.size);
+  }
+  for (const PstImagePage& page : map->pages) {
+    RepairPage(image, map->layout, page.id, page.offset);
+  }
+  RepairPstHeader(image, map->layout);
 }
 
 }  // namespace tarn::test
