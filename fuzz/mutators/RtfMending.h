@@ -1,0 +1,15 @@
+// RtfMending.h - makes the header of compressed RTF (MS-OXRTFCP) fit its contents.
+#ifndef TARN_FUZZ_MUTATORS_RTFMENDING_H
+#define TARN_FUZZ_MUTATORS_RTFMENDING_H
+
+#include <string>
+
+namespace tarn::fuzz {
+
+// The compressed size, and the checksum of packed contents or the raw size of stored ones. Other
+// bytes stay as they are.
+void MendCompressedRtf(std::string& bytes);
+
+}  // namespace tarn::fuzz
+
+#endif
