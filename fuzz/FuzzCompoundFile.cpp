@@ -10,6 +10,9 @@
 
 #include "Tarnbase/PlainKernel.h"
 #include "compound/CompoundStream.h"
+#include "mutators/CallScript.h"
+#include "mutators/CompoundMutator.h"
+#include "mutators/LibFuzzer.h"
 
 namespace {
 
@@ -96,4 +99,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   KernelFree(block, TARN_HERE);
   Expect(Usage().liveBlocks == before.liveBlocks, "something was left behind");
   return 0;
+}
+
+extern "C" size_t LLVMFuzzerCustomMutator(uint8_t* data, size_t size, size_t most, unsigned seed) {
+  return tarn::fuzz::MutateInput(data, size, most, seed, tarn::fuzz::MutateCompoundFile,
+                                 tarn::fuzz::MutateAsLibFuzzer);
 }

@@ -14,6 +14,9 @@
 #include "Tarnbase/PlainKernel.h"
 #include "compound/CompoundStream.h"
 #include "msg/EmbeddedMessage.h"
+#include "mutators/CallScript.h"
+#include "mutators/CompoundMutator.h"
+#include "mutators/LibFuzzer.h"
 
 namespace {
 
@@ -121,4 +124,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) try {
   return 0;
 } catch (const std::bad_alloc&) {
   return 0;
+}
+
+extern "C" size_t LLVMFuzzerCustomMutator(uint8_t* data, size_t size, size_t most, unsigned seed) {
+  return tarn::fuzz::MutateInput(data, size, most, seed, tarn::fuzz::MutateCompoundFile,
+                                 tarn::fuzz::MutateAsLibFuzzer);
 }

@@ -1,11 +1,19 @@
-// Whole mails through the exports: the first byte of the input chooses the variant, the rest is the
-// mail. One that begins as a store or a compound file is taken as such.
+// Whole mails through the exports, in the order of calls that stands at the input's end. One that
+// begins as a store or a compound file is taken as such.
 
-#include "RoadFuzzing.h"
+#include "host/FuzzHost.h"
+#include "mutators/LibFuzzer.h"
+#include "mutators/MailMutator.h"
+
+using namespace tarn::fuzz;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  if (size == 0) return 0;
-  const std::string_view mail(reinterpret_cast<const char*>(data) + 1, size - 1);
-  tarn::fuzz::RunRoad(mail, data[0], 1, tarn::fuzz::Throws::StandardExceptions);
+  const CallInput input = SplitCallInput({reinterpret_cast<const char*>(data), size});
+  RunCalls(input.file, input.steps);
   return 0;
+}
+
+extern "C" size_t LLVMFuzzerCustomMutator(uint8_t* data, size_t size, size_t most, unsigned seed) {
+  static const FileMutation mutation = WithCalls(MutateMail);
+  return MutateInput(data, size, most, seed, mutation, MutateAsLibFuzzer);
 }

@@ -1,19 +1,22 @@
-// Whole stores through the exports, the first three messages of each.
-//
-// Checksums and signatures of the input are made to fit first, so that damage gets behind them; the
-// checksum that stood in its header chooses the variant.
+// Whole stores through the exports, in the order of calls that stands at the input's end. Checksums
+// and signatures are made to fit first, so that damage gets past them.
 
-#include "RoadFuzzing.h"
+#include "host/FuzzHost.h"
+#include "mutators/LibFuzzer.h"
+#include "mutators/PstMutator.h"
 #include "support/pst/PstDamage.h"
 
+using namespace tarn::fuzz;
+
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  constexpr size_t kHeaderChecksum = 4;
-  if (size <= kHeaderChecksum) return 0;
-  std::string store(reinterpret_cast<const char*>(data), size);
+  const CallInput input = SplitCallInput({reinterpret_cast<const char*>(data), size});
+  std::string store(input.file);
   tarn::test::RepairPstImage(store);
-  for (int32_t message = 1; message <= 3; ++message) {
-    tarn::fuzz::RunRoad(store, data[kHeaderChecksum], message,
-                        tarn::fuzz::Throws::StandardExceptions);
-  }
+  RunCalls(store, input.steps);
   return 0;
+}
+
+extern "C" size_t LLVMFuzzerCustomMutator(uint8_t* data, size_t size, size_t most, unsigned seed) {
+  static const FileMutation mutation = WithCalls(MutatePstImage);
+  return MutateInput(data, size, most, seed, mutation, MutateAsLibFuzzer);
 }

@@ -10,6 +10,9 @@
 #include <string>
 
 #include "Tarnbase/PlainKernel.h"
+#include "mutators/CallScript.h"
+#include "mutators/LibFuzzer.h"
+#include "mutators/PstMutator.h"
 #include "support/StoreReading.h"
 #include "support/pst/PstDamage.h"
 
@@ -73,4 +76,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::abort();
   }
   return 0;
+}
+
+extern "C" size_t LLVMFuzzerCustomMutator(uint8_t* data, size_t size, size_t most, unsigned seed) {
+  return tarn::fuzz::MutateInput(data, size, most, seed, tarn::fuzz::MutatePstImage,
+                                 tarn::fuzz::MutateAsLibFuzzer);
 }
