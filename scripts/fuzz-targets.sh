@@ -1,0 +1,46 @@
+# shellcheck shell=bash disable=SC2034,SC2154
+# The fuzz targets, their dictionaries and where their inputs come from. Sourced, never run; `root` is
+# the repository.
+
+work="$root/build/debug/fuzz"
+
+# The targets of whole calls come first: they are the slowest, and reach most.
+FUZZ_TARGETS=(
+  FuzzEmlRoad FuzzMsgRoad FuzzPstRoad FuzzPstStore FuzzEmbeddedExport FuzzCompoundFile FuzzRtfDocument
+  FuzzRtfToHtml FuzzCompressedRtf FuzzRtfFontTable FuzzImagePass FuzzScrubHtmlBody
+)
+
+declare -A FUZZ_DICTIONARY=(
+  [FuzzCompoundFile]=compound.dict [FuzzCompressedRtf]=rtf.dict [FuzzEmbeddedExport]=msg.dict
+  [FuzzEmlRoad]=mail.dict [FuzzImagePass]=images.dict [FuzzMsgRoad]=msg.dict [FuzzPstRoad]=pst.dict
+  [FuzzPstStore]=pst.dict [FuzzRtfDocument]=rtf.dict [FuzzRtfFontTable]=rtf.dict
+  [FuzzRtfToHtml]=rtf.dict [FuzzScrubHtmlBody]=rtf.dict
+)
+
+# Writes what is made for fuzzing alone: stores and MSG files of the builders, and a folder of mails.
+write_seeds() {
+  "$root/build/debug/tests/WriteSeeds" "$work/written-seeds"
+  mkdir -p "$work/written-seeds/eml"
+  cp "$root"/examples/*.eml "$work/written-seeds/eml/"
+}
+
+# fuzz_sources TARGET: sets `sources` to the folders that its inputs come from, besides its corpus.
+fuzz_sources() {
+  sources=("$root/fuzz/seeds/$1")
+  case "$1" in
+    FuzzCompoundFile) sources+=("$root/examples/compound") ;;
+    FuzzCompressedRtf) sources+=("$root/examples/compressed-rtf") ;;
+    FuzzEmbeddedExport | FuzzMsgRoad) sources+=("$root/examples/msg" "$work/written-seeds/msg") ;;
+    FuzzEmlRoad) sources+=("$work/written-seeds/eml") ;;
+    FuzzImagePass) sources+=("$root/examples/body-images") ;;
+    FuzzPstRoad | FuzzPstStore) sources+=("$work/written-seeds/pst") ;;
+    FuzzRtfDocument | FuzzRtfFontTable) sources+=("$root/examples/rtf") ;;
+    FuzzRtfToHtml) sources+=("$root/examples/rtf-html") ;;
+    FuzzScrubHtmlBody) sources+=("$root/examples/html-scrub") ;;
+  esac
+  local folder existing=()
+  for folder in "${sources[@]}"; do
+    if [ -d "$folder" ]; then existing+=("$folder"); fi
+  done
+  sources=("${existing[@]}")
+}
