@@ -9,6 +9,7 @@
 
 #include "host/AttachmentCalls.h"
 #include "host/BlockLedger.h"
+#include "host/DocumentMemory.h"
 #include "host/Expect.h"
 #include "host/HostSlot.h"
 #include "host/KernelState.h"
@@ -40,7 +41,7 @@ int32_t FormatOf(std::string_view file) {
 // Calls that read a file of this size: enough for every kind, and a bounded time for large ones.
 size_t MostCalls(size_t fileSize) {
   constexpr size_t kBytes = size_t{1} << 21;
-  return std::clamp<size_t>(kBytes / (fileSize + 1), 3, 12);
+  return std::clamp<size_t>(kBytes / (fileSize + 1), 4, 14);
 }
 
 int32_t DirectKind(void*) { return TARGET_KIND_DIRECT; }
@@ -77,7 +78,7 @@ class Host {
   SlotBytes slotBytes() const;
   void expectBounded(uint64_t peak) const;
   void expectAnswer(const HostFileInfo& answer, int32_t index, bool isNew) const;
-  void compareDocument(const void* recordBefore);
+  void compareDocument(const void* recordBefore, bool isCached);
 
   const Workplace& place_;
   std::string_view original_;
@@ -85,12 +86,11 @@ class Host {
   int32_t format_ = FormatNone;
   HostSlot slot_;
   size_t callsLeft_;
-  int32_t message_ = 1;
-  int32_t textOnly_ = 0;
   int32_t page_ = 1;
   HostRasterOptions raster_ = {};
-  HostFileInfo answer_ = {};          // of the last fltInfo
-  std::optional<uint64_t> document_;  // of the record in the slot
+  HostFileInfo answer_ = {};  // of the last fltInfo
+  Circumstances now_;
+  DocumentMemory documents_;
 };
 
 void Host::perform(const CallStep& step) {
@@ -119,10 +119,10 @@ void Host::perform(const CallStep& step) {
     case CallOperation::EndRecord:
       return endRecord(argument);
     case CallOperation::Message:
-      message_ = kMessages[argument % std::size(kMessages)];
+      now_.message = kMessages[argument % std::size(kMessages)];
       break;
     case CallOperation::Text:
-      textOnly_ = argument % 3;
+      now_.textOnly = argument % 3;
       break;
     case CallOperation::Page:
       page_ = kPages[argument % std::size(kPages)];
@@ -130,10 +130,12 @@ void Host::perform(const CallStep& step) {
     case CallOperation::Raster:
       return setRaster(argument);
     case CallOperation::Language:
-      PlainKernelSetLanguage(kLanguages[argument % std::size(kLanguages)]);
+      now_.language = kLanguages[argument % std::size(kLanguages)];
+      PlainKernelSetLanguage(now_.language);
       break;
     case CallOperation::IoMode:
-      PlainKernelSetIoMode(kIoModes[argument % std::size(kIoModes)]);
+      now_.ioMode = kIoModes[argument % std::size(kIoModes)];
+      PlainKernelSetIoMode(now_.ioMode);
       break;
     case CallOperation::Sibling:
       TheSiblings().manner = argument;
@@ -156,8 +158,7 @@ std::optional<int32_t> Host::run(Call call) const {
   } catch (const SiblingThrow&) {
     return std::nullopt;
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "thrown: %s\n", error.what());
-    Expect(format_ == FormatPst, "an exception left a call on what is no store");
+    Expect(format_ == FormatPst, error.what());
     return std::nullopt;
   }
 }
@@ -187,15 +188,16 @@ void Host::expectAnswer(const HostFileInfo& answer, int32_t index, bool isNew) c
   if (format_ == FormatPst) Expect(index >= 0, "no such message");
 }
 
-// A record is read once: whoever asks for it again gets the same bytes.
-void Host::compareDocument(const void* recordBefore) {
-  if (slot_.record() == nullptr) return;
-  if (recordBefore != slot_.record()) document_.reset();
+// After a call that went well as far as a sibling: in the slot is what it left there.
+void Host::compareDocument(const void* recordBefore, bool isCached) {
+  const void* const record = slot_.record();
+  if (record != recordBefore) documents_.forgetRecord();
   if (!TheSiblings().sawDocument()) return;
-  if (document_) {
-    Expect(*document_ == TheSiblings().document(), "a record's document has changed");
+  const uint64_t document = TheSiblings().document();
+  if (isCached || (record != nullptr && record != recordBefore)) {
+    documents_.compareRecord(record, document);
   }
-  document_ = TheSiblings().document();
+  if (!isCached) documents_.compareReading(now_, document);
 }
 
 // Bits of the argument: 0, with the slot; 1, without options; 2, without siblings.
@@ -212,8 +214,8 @@ void Host::info(uint8_t argument) {
   if ((argument & 2) == 0) context.options = &options;
   if ((argument & 4) == 0) TheSiblings().offer(context);
   context.raster = raster_;
-  context.messageNumber = message_;
-  context.textOnly = textOnly_;
+  context.messageNumber = now_.message;
+  context.textOnly = now_.textOnly;
   TheSiblings().start(!isCached && format_ != FormatEml);
 
   const KernelState before;
@@ -234,7 +236,7 @@ void Host::info(uint8_t argument) {
            "another refusal than the sibling's");
   }
   if (status == StatusOk) expectAnswer(answer_, context.messageNumber, !isCached);
-  if (slot != nullptr) compareDocument(recordBefore);
+  compareDocument(recordBefore, isCached);
 }
 
 // Bits of the argument: 0, with the slot; 1, a target of the kind that draws; 2, one of another
@@ -254,8 +256,8 @@ void Host::load(uint8_t argument) {
   if ((argument & 1) != 0) context.slot = slot_.get();
   if ((argument & 16) == 0) context.options = &options;
   context.status = (argument & 32) != 0 ? StatusFailed : StatusOk;
-  context.messageNumber = message_;
-  context.textOnly = textOnly_;
+  context.messageNumber = now_.message;
+  context.textOnly = now_.textOnly;
   if ((argument & 6) != 0) context.target = &target;
   if ((argument & 64) == 0) TheSiblings().offer(context);
   TheSiblings().start(!isCached && format_ != FormatEml);
@@ -273,14 +275,14 @@ void Host::load(uint8_t argument) {
     ExpectCode(*status);
   }
   ExpectCode(context.status);
-  if (isCached) compareDocument(record);
+  compareDocument(record, isCached);
 }
 
 void Host::list() {
   const KernelState before;
   const FailingListCheck check;
   const std::optional<int32_t> status =
-      run([&] { return ListAttachments(place_.file(), message_); });
+      run([&] { return ListAttachments(place_.file(), now_.message); });
   expectBounded(check.peakBytes());
   if (status) ExpectCode(*status);
   if (status != StatusOk) check.freeWhatItemsOwn();
@@ -299,7 +301,7 @@ void Host::extract(uint8_t argument, bool toFile) {
   const BlockWatch watch;
   Extracted memory;
   const std::optional<int32_t> status = run([&] {
-    memory = ExtractToMemory(place_.file(), message_, number);
+    memory = ExtractToMemory(place_.file(), now_.message, number);
     return memory.status;
   });
   expectBounded(watch.peakBytes());
@@ -310,7 +312,7 @@ void Host::extract(uint8_t argument, bool toFile) {
   const char16_t* const output = (argument & 128) != 0 ? place_.nowhere() : place_.output();
   Extracted file;
   const std::optional<int32_t> fileStatus = run([&] {
-    file = ExtractToFile(place_, output, message_, number);
+    file = ExtractToFile(place_, output, now_.message, number);
     return file.status;
   });
   if (fileStatus) ExpectCode(*fileStatus);
@@ -372,6 +374,7 @@ void Host::changeFile(uint8_t argument) {
   static constexpr std::string_view kBeginnings[] = {"!BDN", "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1",
                                                      "From: a@b.c\r\n"};
   file_ = original_;
+  now_.fileChange = argument;
   if (argument % 4 == 1) file_.resize(file_.size() / 2);
   if (argument % 4 == 2) {
     const std::string_view beginning = kBeginnings[argument / 4 % 3];

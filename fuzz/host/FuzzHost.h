@@ -7,7 +7,8 @@
 //   - a call without a record in the slot leaves anything in the kernel; a failing list may leave
 //     what its items own, and nothing else,
 //   - anything is left once the slot is empty again,
-//   - a record's second call gives the sibling other bytes than its first,
+//   - a record's second call gives the sibling other bytes than its first, or a second reading of a
+//     message other bytes than the first,
 //   - an answer, a list or an attachment is not as the header says, or cannot be read,
 //   - a call takes more memory than 192 MiB and 32 times the file.
 #ifndef TARN_FUZZ_HOST_FUZZHOST_H

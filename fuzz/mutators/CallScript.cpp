@@ -47,9 +47,10 @@ std::string JoinCallInput(std::string_view file, const std::vector<CallStep>& st
 
 std::vector<CallStep> UsualCalls() {
   using enum CallOperation;
-  return {{Info, 1},    {Load, 1},        {EndRecord, 0}, {List, 0}, {Extract, 1},
-          {Extract, 2}, {Message, 1},     {Text, 1},      {Info, 0}, {Load, 0},
-          {List, 0},    {SlotContent, 0}, {IoMode, 1},    {Text, 0}, {Info, 1}};
+  return {{Info, 1},    {Load, 1},          {EndRecord, 0}, {List, 0}, {ExtractToFile, 1},
+          {Message, 1}, {Text, 1},          {Info, 0},      {List, 0}, {Extract, 2},
+          {Message, 2}, {SlotContent, 0},   {IoMode, 1},    {Text, 0}, {Info, 1},
+          {List, 0},    {ExtractToFile, 1}, {Load, 0}};
 }
 
 void MutateCalls(std::vector<CallStep>& steps, Dice& dice) {

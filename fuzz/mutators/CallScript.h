@@ -55,7 +55,7 @@ struct CallInput {
 CallInput SplitCallInput(std::string_view input);
 std::string JoinCallInput(std::string_view file, const std::vector<CallStep>& steps);
 
-// Every call once or twice, on the first message and on the second.
+// Every call once or more, on the first message, the second and the third.
 std::vector<CallStep> UsualCalls();
 
 // Adds, removes, changes, repeats or swaps a step.
