@@ -17,6 +17,10 @@ declare -A FUZZ_DICTIONARY=(
   [FuzzRtfToHtml]=rtf.dict [FuzzScrubHtmlBody]=rtf.dict
 )
 
+# The largest input in bytes, where it is not the megabyte that the others get: so that no run takes
+# seconds, sanitizers included.
+declare -A FUZZ_LARGEST=([FuzzRtfDocument]=131072 [FuzzRtfFontTable]=131072)
+
 # Writes what is made for fuzzing alone: stores and MSG files of the builders, and a folder of mails.
 write_seeds() {
   "$root/build/debug/tests/WriteSeeds" "$work/written-seeds"
@@ -24,16 +28,20 @@ write_seeds() {
   cp "$root"/examples/*.eml "$work/written-seeds/eml/"
 }
 
-# fuzz_sources TARGET: sets `sources` to the folders that its inputs come from, besides its corpus.
+# fuzz_sources TARGET: sets `sources` to the folders that its inputs come from, besides its corpus: its
+# own seeds first, then those that are there for others too.
 fuzz_sources() {
   sources=("$root/fuzz/seeds/$1")
   case "$1" in
-    FuzzCompoundFile) sources+=("$root/examples/compound") ;;
+    FuzzCompoundFile) sources+=("$root/examples/compound" "$root/fuzz/seeds/FuzzMsgRoad") ;;
     FuzzCompressedRtf) sources+=("$root/examples/compressed-rtf") ;;
-    FuzzEmbeddedExport | FuzzMsgRoad) sources+=("$root/examples/msg" "$work/written-seeds/msg") ;;
+    FuzzEmbeddedExport)
+      sources+=("$root/examples/msg" "$work/written-seeds/msg" "$root/fuzz/seeds/FuzzMsgRoad") ;;
     FuzzEmlRoad) sources+=("$work/written-seeds/eml") ;;
     FuzzImagePass) sources+=("$root/examples/body-images") ;;
-    FuzzPstRoad | FuzzPstStore) sources+=("$work/written-seeds/pst") ;;
+    FuzzMsgRoad) sources+=("$root/examples/msg" "$work/written-seeds/msg") ;;
+    FuzzPstRoad) sources+=("$work/written-seeds/pst") ;;
+    FuzzPstStore) sources+=("$work/written-seeds/pst" "$root/fuzz/seeds/FuzzPstRoad") ;;
     FuzzRtfDocument | FuzzRtfFontTable) sources+=("$root/examples/rtf") ;;
     FuzzRtfToHtml) sources+=("$root/examples/rtf-html") ;;
     FuzzScrubHtmlBody) sources+=("$root/examples/html-scrub") ;;

@@ -35,7 +35,7 @@ seed=${2:-20260401}
 [ ${#wanted[@]} -gt 0 ] || wanted=("${FUZZ_TARGETS[@]}")
 ledger="$work/ledger.tsv"
 # Slow inputs are chosen less often; which are slow is not the same in every run.
-options=(-timeout=10 -report_slow_units=1 -rss_limit_mb=2048 -max_len=1048576 -len_control=100)
+options=(-timeout=10 -report_slow_units=1 -rss_limit_mb=2048 -len_control=100)
 [ "$seed" -ne 0 ] || options+=(-entropic_scale_per_exec_time=1)
 mkdir -p "$work"
 
@@ -75,7 +75,7 @@ run_target() {
   fuzz_sources "$target"
   local TIMEFORMAT='processor %U %S'
   { time "$root/build/debug/tests/$target" "${options[@]}" -max_total_time="$seconds" -seed="$seed" \
-    -dict="$root/fuzz/${FUZZ_DICTIONARY[$target]}" -artifact_prefix="$work/" -print_final_stats=1 \
+    -max_len="${FUZZ_LARGEST[$target]:-1048576}" -dict="$root/fuzz/${FUZZ_DICTIONARY[$target]}" -artifact_prefix="$work/" -print_final_stats=1 \
     "$corpus" "${sources[@]}" 2>&1; } >"$log" 2>&1 || findings=1
   log_result "$target" "$findings"
   [ "$findings" -eq 0 ] && return 0
