@@ -1,7 +1,6 @@
 #include "mutators/CallScript.h"
 
 #include <algorithm>
-#include <cstring>
 #include <utility>
 
 namespace tarn::fuzz {
@@ -112,7 +111,7 @@ size_t MutateInput(uint8_t* data, size_t size, size_t most, uint32_t seed,
     mutate(input, most);
   }
   const size_t length = std::min(input.size(), most);
-  std::memcpy(data, input.data(), length);
+  std::copy_n(input.data(), length, reinterpret_cast<char*>(data));
   return length;
 }
 

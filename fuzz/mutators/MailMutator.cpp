@@ -18,8 +18,7 @@ constexpr std::string_view kFields[] = {
     "Content-Type: message/rfc822\r\n",
     "Content-Type: image/png; name=\"pic.png\"\r\n",
     "Content-Type: application/octet-stream;\r\n name=\"=?utf-8?B?w6Q=?=\"\r\n",
-    "Content-Disposition: attachment; filename=a.pdf;\r\n"
-    " creation-date=\"Sat, 21 Nov 2026 10:00:00 GMT\"\r\n",
+    "Content-Disposition: attachment;\r\n creation-date=\"Sat, 21 Nov 2026 10:00:00 GMT\"\r\n",
     "Content-Disposition: inline; filename=\"pic.png\"\r\n",
     "Content-ID: <pic@x>\r\n",
     "Content-Location: pic.png\r\n",

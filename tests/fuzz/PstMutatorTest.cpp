@@ -10,6 +10,7 @@
 #include "support/RtfCompressor.h"
 #include "support/StoreReading.h"
 #include "support/TempDirectory.h"
+#include "support/pst/PstDamage.h"
 #include "support/pst/PstImageMap.h"
 #include "support/pst/StoreBuilder.h"
 
@@ -71,6 +72,20 @@ TEST_P(PstMutatorLayouts, MutantsStillOpen) {
   EXPECT_GE(open, 200U);
   EXPECT_GE(unharmed, 60U);
   EXPECT_GE(sums.size(), 20U);
+}
+
+// But where damage makes pages and blocks lie in one another.
+TEST_P(PstMutatorLayouts, ChecksumsFit) {
+  size_t count = 0;
+  size_t fitting = 0;
+  MakeMutants(fuzz::MutatePstImage, Store(GetParam()), 60000, 100, [&](const std::string& mutant) {
+    std::string mended = mutant;
+    RepairPstImage(mended);
+    ++count;
+    fitting += mended == mutant ? 1 : 0;
+  });
+  EXPECT_GE(count, 80U);
+  EXPECT_GE(fitting, count * 9 / 10);
 }
 
 // What grows beyond its place moves to the end of the image.
