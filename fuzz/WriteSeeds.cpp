@@ -47,6 +47,27 @@ void WriteMail(const std::filesystem::path& path, const StoreOptions& options) {
   store.write(path);
 }
 
+// Trees of several levels wherever there are trees: pages, properties, row indexes, a stream of
+// more than one block.
+void WriteDeepStore(const std::filesystem::path& path, const StoreOptions& smallest) {
+  StoreOptions options = smallest;
+  options.file.nbt = {.leafFanOut = 4, .innerFanOut = 2};
+  options.file.bbt = {.leafFanOut = 5, .innerFanOut = 2};
+  options.bags = BthShape::StrideOf8();
+  options.bags.fanOut = 3;
+  TableShape table;
+  table.rowIndex = BthShape::StrideOf8();
+  table.rowIndex.fanOut = 2;
+  StoreBuilder store(options);
+  FolderBuilder& inbox = store.folder(u"Inbox").contentsTable(table);
+  for (const char16_t* const subject : {u"one", u"two", u"three"}) {
+    MessageBuilder& message = inbox.message().subject(subject).html("<p>").from(u"Ann");
+    message.attachment(u"a", "first").attachment(u"b", "second").attachmentTable(table);
+  }
+  inbox.folder(u"below").message().html("<p>").attachment(u"big", std::string(8200, 'b'));
+  store.write(path);
+}
+
 // Stores of every layout and encoding.
 void WriteStores(const std::filesystem::path& directory) {
   int number = 0;
@@ -59,6 +80,8 @@ void WriteStores(const std::filesystem::path& directory) {
     }
     WriteMail(directory / ("mail" + std::to_string(number) + ".pst"),
               StoreOptions::Smallest(layout, PstEncoding::Permute));
+    WriteDeepStore(directory / ("deep" + std::to_string(number) + ".pst"),
+                   StoreOptions::Smallest(layout, PstEncoding::None));
   }
 }
 
