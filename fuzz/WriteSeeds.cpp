@@ -42,7 +42,9 @@ void WriteMail(const std::filesystem::path& path, const StoreOptions& options) {
   page.submitTime(kTime).body(u"t").html("<img src=\"cid:a\">");
   page.attachment(u"a", std::string(60, 'x'));
   inbox.message().rtf(PackRtf("{\\rtf1{\\fonttbl{\\f0 A;}}\\pard x}"));
-  inbox.message().rtf(StoreRtf(kWrappedHtml)).attachment(u"a", std::string(60, 'x'));
+  inbox.message()
+      .rtf(StoreRtf(kWrappedHtml, StoredCrc::OfContents))
+      .attachment(u"a", std::string(60, 'x'));
   inbox.message().body(u"plain").attach().longName(u"m").embedded().subject(u"in");
   store.write(path);
 }

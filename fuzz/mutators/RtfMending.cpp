@@ -18,11 +18,8 @@ void MendCompressedRtf(std::string& bytes) {
   const uint64_t magic = GetLe(bytes, kMagic, 4);
   if (magic != kLzfuMagic && magic != kMelaMagic) return;
   PutLe(bytes, 0, bytes.size() - kRawSize, 4);
-  if (magic == kLzfuMagic) {
-    PutLe(bytes, kCrc, LzfuChecksum(std::string_view(bytes).substr(kHeader)), 4);
-  } else {
-    PutLe(bytes, kRawSize, bytes.size() - kHeader, 4);
-  }
+  if (magic == kMelaMagic) PutLe(bytes, kRawSize, bytes.size() - kHeader, 4);
+  PutLe(bytes, kCrc, LzfuChecksum(std::string_view(bytes).substr(kHeader)), 4);
 }
 
 }  // namespace tarn::fuzz

@@ -6,8 +6,8 @@
 
 namespace tarn::fuzz {
 
-// The compressed size, and the checksum of packed contents or the raw size of stored ones. Other
-// bytes stay as they are.
+// The compressed size, the checksum, of stored contents too, as stores want it, and the raw size of
+// stored contents. Other bytes stay as they are.
 void MendCompressedRtf(std::string& bytes);
 
 }  // namespace tarn::fuzz
