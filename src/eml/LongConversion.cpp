@@ -89,7 +89,9 @@ bool MayConvertInPieces(uint32_t codePage) {
   constexpr uint32_t kUtf7 = 65000;
   constexpr uint32_t kHz = 52936;
   const bool isIso2022 = codePage >= 50220 && codePage <= 50229;
-  return codePage != kUtf7 && codePage != kHz && !isIso2022;
+  // A script holds from where it is named to the end of the line.
+  const bool isIscii = codePage >= 57002 && codePage <= 57011;
+  return codePage != kUtf7 && codePage != kHz && !isIso2022 && !isIscii;
 }
 
 int32_t ConvertInPieces(SizedBytes& text, uint64_t offset, uint32_t codePage, bool& converted) {

@@ -15,7 +15,7 @@ namespace tarn {
 inline constexpr uint64_t kLongText = uint64_t{1} << 20;
 
 // Whether what bytes mean in the code page never depends on what is far before them. It does in
-// UTF-7, ISO-2022 and HZ.
+// UTF-7, ISO-2022, HZ and ISCII.
 bool MayConvertInPieces(uint32_t codePage);
 
 // Converts the text from `offset` on, a trailing NUL apart, and terminates it; the length does not

@@ -112,6 +112,9 @@ TEST(LongConversion, NotForCodePagesThatRememberWhatWasBefore) {
   EXPECT_FALSE(MayConvertInPieces(50220));
   EXPECT_FALSE(MayConvertInPieces(50229));
   EXPECT_FALSE(MayConvertInPieces(52936));
+  EXPECT_FALSE(MayConvertInPieces(57002));
+  EXPECT_FALSE(MayConvertInPieces(57011));
+  EXPECT_TRUE(MayConvertInPieces(57012));
   EXPECT_TRUE(MayConvertInPieces(50230));
   EXPECT_TRUE(MayConvertInPieces(1252));
 }
