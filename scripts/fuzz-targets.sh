@@ -7,19 +7,19 @@ work="$root/build/debug/fuzz"
 # The targets of whole calls come first: they are the slowest, and reach most.
 FUZZ_TARGETS=(
   FuzzEmlRoad FuzzMsgRoad FuzzPstRoad FuzzPstStore FuzzEmbeddedExport FuzzCompoundFile FuzzRtfDocument
-  FuzzRtfToHtml FuzzCompressedRtf FuzzRtfFontTable FuzzImagePass FuzzScrubHtmlBody
+  FuzzRtfToHtml FuzzCompressedRtf FuzzRtfFontTable FuzzImagePass FuzzByteSearch FuzzScrubHtmlBody
 )
 
 declare -A FUZZ_DICTIONARY=(
-  [FuzzCompoundFile]=compound.dict [FuzzCompressedRtf]=rtf.dict [FuzzEmbeddedExport]=msg.dict
-  [FuzzEmlRoad]=mail.dict [FuzzImagePass]=images.dict [FuzzMsgRoad]=msg.dict [FuzzPstRoad]=pst.dict
-  [FuzzPstStore]=pst.dict [FuzzRtfDocument]=rtf.dict [FuzzRtfFontTable]=rtf.dict
-  [FuzzRtfToHtml]=rtf.dict [FuzzScrubHtmlBody]=rtf.dict
+  [FuzzByteSearch]=mail.dict [FuzzCompoundFile]=compound.dict [FuzzCompressedRtf]=rtf.dict
+  [FuzzEmbeddedExport]=msg.dict [FuzzEmlRoad]=mail.dict [FuzzImagePass]=images.dict
+  [FuzzMsgRoad]=msg.dict [FuzzPstRoad]=pst.dict [FuzzPstStore]=pst.dict [FuzzRtfDocument]=rtf.dict
+  [FuzzRtfFontTable]=rtf.dict [FuzzRtfToHtml]=rtf.dict [FuzzScrubHtmlBody]=rtf.dict
 )
 
 # The largest input in bytes, where it is not the megabyte that the others get: so that no run takes
 # seconds, sanitizers included.
-declare -A FUZZ_LARGEST=([FuzzRtfDocument]=131072 [FuzzRtfFontTable]=131072)
+declare -A FUZZ_LARGEST=([FuzzByteSearch]=65536 [FuzzRtfDocument]=131072 [FuzzRtfFontTable]=131072)
 
 # Writes what is made for fuzzing alone: stores and MSG files of the builders, and a folder of mails.
 write_seeds() {
