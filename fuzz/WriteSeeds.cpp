@@ -106,6 +106,11 @@ void WriteMessages(const std::filesystem::path& directory) {
   MsgBuilder rtf;
   rtf.binary(0x1009, PackRtf("{\\rtf1{\\fonttbl{\\f0 A;}}\\pard x}"));
   Write(directory / "rtf.msg", rtf.write({.version = CompoundVersion::V4}));
+  // Entries that hang together as one list are searched by an index.
+  MsgBuilder list;
+  for (uint16_t id = 0x3A00; id < 0x3A48; ++id) list.text8(id, "v");
+  list.text8(0x0037, "Hi").text8(0x1000, "plain").text8(0x0E04, "Bob");
+  Write(directory / "list.msg", list.write({.shape = SiblingShape::RightList}));
   MsgBuilder text;
   text.text8(0x1000, "plain").text(0x0E04, u"Bob").integer(0x0017, 0);
   Write(directory / "text.msg", text.write());

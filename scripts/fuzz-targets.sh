@@ -33,7 +33,8 @@ write_seeds() {
 fuzz_sources() {
   sources=("$root/fuzz/seeds/$1")
   case "$1" in
-    FuzzCompoundFile) sources+=("$root/examples/compound" "$root/fuzz/seeds/FuzzMsgRoad") ;;
+    FuzzCompoundFile)
+      sources+=("$root/examples/compound" "$work/written-seeds/msg" "$root/fuzz/seeds/FuzzMsgRoad") ;;
     FuzzCompressedRtf) sources+=("$root/examples/compressed-rtf") ;;
     FuzzEmbeddedExport)
       sources+=("$root/examples/msg" "$work/written-seeds/msg" "$root/fuzz/seeds/FuzzMsgRoad") ;;
