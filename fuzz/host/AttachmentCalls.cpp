@@ -89,9 +89,9 @@ struct FailingListCheck::State {
   BlockWatch watch;
 };
 
-FailingListCheck::FailingListCheck() : state_(new State) {}
+FailingListCheck::FailingListCheck() : state_(std::make_unique<State>()) {}
 
-FailingListCheck::~FailingListCheck() { delete state_; }
+FailingListCheck::~FailingListCheck() = default;
 
 uint64_t FailingListCheck::peakBytes() const { return state_->watch.peakBytes(); }
 

@@ -3,6 +3,7 @@
 #define TARN_FUZZ_HOST_ATTACHMENTCALLS_H
 
 #include <cstdint>
+#include <memory>
 #include <string>
 
 #include "TarnPst.h"
@@ -27,7 +28,7 @@ class FailingListCheck {
 
  private:
   struct State;
-  State* state_;
+  std::unique_ptr<State> state_;
 };
 
 struct Extracted {
