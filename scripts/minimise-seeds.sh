@@ -14,8 +14,8 @@ targets=("$@")
 # The largest input kept, in bytes: a store or compound file is not much smaller.
 largest() {
   case "$1" in
-    FuzzPst* | FuzzMsg* | FuzzEmb* | FuzzCompoundFile) echo 4700 ;;
-    FuzzEmlRoad) echo 3000 ;;
+    FuzzPst* | FuzzMsg* | FuzzEmb* | FuzzCompoundFile) echo 4200 ;;
+    FuzzEmlRoad) echo 2000 ;;
     *) echo 800 ;;
   esac
 }
