@@ -17,6 +17,8 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 . "$root/scripts/common.sh"
 . "$root/scripts/fuzz-targets.sh"
 use_fast_temp_directory
+# What fuzzing reaches is not what tests reach (scripts/coverage.sh).
+export LLVM_PROFILE_FILE=/dev/null
 
 usage() { say "usage: scripts/fuzz.sh [-j JOBS] [-t TARGET]... SECONDS [RANDOM_SEED]"; exit 2; }
 jobs=$(nproc)

@@ -8,6 +8,7 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 . "$root/scripts/common.sh"
 . "$root/scripts/fuzz-targets.sh"
 use_fast_temp_directory
+export LLVM_PROFILE_FILE=/dev/null
 targets=("$@")
 [ ${#targets[@]} -gt 0 ] || targets=("${FUZZ_TARGETS[@]}")
 

@@ -4,8 +4,9 @@
 # belong to the filter, when a decision depends on a byte that nobody has set, or when such a byte
 # is in an answer: the answers themselves are written, and memcheck looks at what is written.
 #
-# Without a folder: the examples, the files that tests make, the seeds of fuzzing and, with
-# MAIL_CORPUS, a sample of the corpus, every other file up to 1 MB.
+# Without a folder: the examples, the files that tests make, those that fuzzing starts from, every
+# tenth of the seeds that fuzzing has left, and, with MAIL_CORPUS, a sample of the corpus, every other
+# file up to 1 MB.
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 . "$root/scripts/common.sh"
@@ -59,6 +60,7 @@ if [ $# -ge 1 ]; then
   check_in_parts "$(realpath "$1")" "${names[@]}"
 else
   "$root/scripts/dump-inputs.sh" "$work/inputs"
+  find "$work/inputs/seeds" -type f | LC_ALL=C sort | awk 'NR % 10 != 1' | xargs -d '\n' rm --
   mapfile -d '' -t names < <(files_of "$work/inputs")
   check_in_parts "$work/inputs" - "${names[@]}"
   if [ -n "${MAIL_CORPUS:-}" ]; then
