@@ -58,7 +58,7 @@ def read_equivalents(path):
         lines = [line for line in block.splitlines() if not line.startswith('#')]
         if not lines:
             continue
-        head = lines[0].split(' ')
+        head = lines[0].split(' ', 1)
         signs = [line[:1] for line in lines[1:3]]
         if len(lines) < 4 or len(head) != 2 or signs != ['-', '+']:
             raise SystemExit(f'{path}: not a block of file, "-", "+" and a reason:\n{block}')

@@ -117,6 +117,19 @@ class Judge:
     def folder_of(self, file):
         return max((f for f in self.subsystems if file.startswith(f + '/')), key=len)
 
+    def choose(self, mutants, survivors):
+        """Those that are to be tried, in their order: the survivors of the journal again, or what
+        is not in it."""
+        if not survivors:
+            self.missing -= len(self.log.rows) - len(self.log.names_of(notes.NO_MUTANT))
+            return [mutant for mutant in mutants if mutant.name not in self.log.rows]
+        again = set(self.log.names_of(notes.SURVIVED))
+        chosen = [mutant for mutant in mutants if mutant.name in again]
+        self.missing = len(chosen)
+        for name in sorted(again - {mutant.name for mutant in chosen}):
+            say(f'no longer there: {name}')
+        return chosen
+
     def next(self, queue):
         with self.lock:
             if self.stopped.is_set() or self.missing <= 0 or not queue:
@@ -167,19 +180,23 @@ class Judge:
             tree.write(mutant.file, original)
 
 
-def make_trees(arguments, subsystems):
-    """The workers' trees, built and measured."""
-    binaries = sorted({b for _, bs in subsystems.values() for b in bs})
-    targets = sorted({library for library, _ in subsystems.values()}) + binaries
+def make_trees(arguments):
+    """The workers' copies of the sources."""
     kind = 'sanitized' if arguments.sanitizers else 'plain'
     trees = [Tree(ROOT, WORK / f'{kind}-{number}', WORK / 'ccache', arguments.temp,
                   arguments.sanitizers) for number in range(1, arguments.workers + 1)]
     for tree in trees:
         tree.copy_sources()
-        if not (tree.build_folder / 'build.ninja').exists():
-            tree.configure()
+        tree.configure()
+    return trees
+
+
+def build_trees(trees, subsystems):
+    """Builds what the subsystems need, and measures their tests."""
+    binaries = sorted({binary for _, tests in subsystems for binary in tests})
+    for tree in trees:
         say(f'building {tree.build_folder}')
-        tree.build(*targets, jobs=arguments.workers)
+        tree.build(*sorted({library for library, _ in subsystems}), *binaries, jobs=len(trees))
     say('measuring the tests')
     for binary in binaries:
         trees[0].measure(binary)
@@ -188,29 +205,21 @@ def make_trees(arguments, subsystems):
         say(f'{binary:20} {", ".join(parts)}')
     for tree in trees[1:]:
         tree.take_measures_of(trees[0])
-    return trees
 
 
 def run(arguments):
-    subsystems = read_subsystems()
     equivalents = notes.read_equivalents(HERE / 'equivalent.txt')
     log = notes.Journal(arguments.journal,
                         keep=arguments.resume or arguments.survivors or arguments.summary)
-    judge = Judge(subsystems, log, equivalents, arguments.count)
+    judge = Judge(read_subsystems(), log, equivalents, arguments.count)
     if not arguments.summary:
         say(f'seed {arguments.seed}')
-        trees = make_trees(arguments, subsystems)
+        trees = make_trees(arguments)
         queue = mutants_in_order(trees[0], arguments.folder, arguments.seed, arguments.workers)
         say(f'{len(queue)} places')
-        if arguments.survivors:
-            again = set(log.names_of(notes.SURVIVED))
-            queue = [m for m in queue if m.name in again]
-            for name in again - {m.name for m in queue}:
-                say(f'no longer there: {name}')
-            judge.missing = len(queue)
-        else:
-            queue = [m for m in queue if m.name not in log.rows]
-            judge.missing -= len(log.rows) - len(log.names_of(notes.NO_MUTANT))
+        queue = judge.choose(queue, arguments.survivors)
+        folders = {judge.folder_of(mutant.file) for mutant in queue}
+        build_trees(trees, [judge.subsystems[folder] for folder in sorted(folders)])
         test_all(judge, trees, queue)
     log.close()
     print(notes.summarize(log.rows.values(), equivalents, judge.folder_of))

@@ -101,6 +101,8 @@ class Tree:
     # Building.
 
     def configure(self):
+        if (self.build_folder / 'build.ninja').exists():
+            return
         command = ['cmake', '-S', str(self.sources), '-B', str(self.build_folder), *OPTIONS,
                    f'-DTARN_SANITIZE={"ON" if self.sanitized else "OFF"}']
         done = subprocess.run(command, env=self.environment, capture_output=True, text=True)
