@@ -23,15 +23,13 @@ bool MayCarry(char16_t unit, uint32_t codePage) {
   return RoundTripsInCodePage(&unit, 1, codePage, wide.data(), bytes.data(), bytes.size()) == 1;
 }
 
-// Piece by piece: what one unit becomes does not depend on others, but for the halves of a pair,
-// which stay together.
+// Piece by piece: what one unit becomes does not depend on others. A pair may be cut: no code page
+// that is for text carries it, whole or in halves.
 bool Carries(const char16_t* text, uint64_t length, uint32_t codePage) {
   std::array<char16_t, kPieceUnits> wide;
   std::array<char, kPieceUnits * kBytesPerUnit> bytes;
   for (uint64_t at = 0; at < length;) {
-    uint64_t piece = std::min(length - at, kPieceUnits);
-    const bool endsInPair = (text[at + piece - 1] & 0xFC00) == 0xD800;
-    if (endsInPair && piece > 1 && at + piece < length) --piece;
+    const uint64_t piece = std::min(length - at, kPieceUnits);
     if (RoundTripsInCodePage(text + at, piece, codePage, wide.data(), bytes.data(),
                              piece * kBytesPerUnit) != 1) {
       return false;

@@ -105,7 +105,7 @@ TEST(FindCodePageForText, LackOfMemoryHidesNone) {
   EXPECT_EQ(Find(text + u'\u0416'), kNoCodePage);
 }
 
-// Texts are tried in pieces, none of which ends within a pair.
+// Texts are tried in pieces; a pair that lies in two of them is as little carried as any other.
 TEST(FindCodePageForText, PiecesAreNoDifferent) {
   for (size_t before = 508; before <= 516; ++before) {
     const std::u16string latin(before, u'\u00E9');
