@@ -5,6 +5,23 @@
 #include "KernelUse.h"
 #include "support/TempDirectory.h"
 
+namespace {
+
+uint64_t g_memoryFilesClosed = 0;
+
+}  // namespace
+
+extern "C" {
+
+int32_t __real_KernelMemFileClose(void* state, void** block, uint64_t* length, uint64_t* capacity);
+
+int32_t __wrap_KernelMemFileClose(void* state, void** block, uint64_t* length, uint64_t* capacity) {
+  ++g_memoryFilesClosed;
+  return __real_KernelMemFileClose(state, block, length, capacity);
+}
+
+}  // extern "C"
+
 namespace tarn {
 namespace {
 
@@ -212,6 +229,19 @@ TEST_F(MemoryFileGuardTest, OpeningAnotherEndsTheFirst) {
   EXPECT_EQ(std::string_view(static_cast<char*>(second), 6), "second");
   KernelFree(first, TARN_HERE);
   KernelFree(second, TARN_HERE);
+}
+
+TEST_F(MemoryFileGuardTest, WhatHasEndedIsNotEndedAgain) {
+  void* block = nullptr;
+  g_memoryFilesClosed = 0;
+  {
+    MemoryFileGuard guard;
+    WriteUnder(guard, &block, 0, "bytes");
+    guard.end();
+    EXPECT_EQ(g_memoryFilesClosed, 1u);
+  }
+  EXPECT_EQ(g_memoryFilesClosed, 1u);
+  KernelFree(block, TARN_HERE);
 }
 
 TEST_F(MemoryFileGuardTest, OneThatNeverOpenedEndsNothing) {

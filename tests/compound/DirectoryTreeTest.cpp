@@ -68,7 +68,7 @@ TEST(Find, EmptyPathsAndTheRoot) {
   Tree tree = SmallTree();
   EXPECT_EQ(tree.find(""), -1);
   EXPECT_EQ(tree.find("/"), 0);
-  tree->entries.clear();
+  tree->entries = KernelVector<DirectoryEntry>();
   EXPECT_EQ(tree.find("/"), -1);
   EXPECT_EQ(tree.find("a"), -1);
 }

@@ -76,6 +76,18 @@ TEST(Table, CopiesReadAnew) {
   ExpectThreeRows(moved);
 }
 
+TEST(Table, AnAssignedTableHasTheRowsOfTheOther) {
+  TableContextBuilder builder = Columns(PstLayout::Unicode, {});
+  builder.row(0x9025).cell(0x3001, "other");
+  const NodeStore one(builder.build());
+  const NodeStore three(ThreeRows(PstLayout::Unicode));
+  const table source(three.node());
+  table assigned(one.node());
+  ASSERT_EQ(assigned.size(), 1U);
+  assigned = source;
+  ExpectThreeRows(assigned);
+}
+
 TEST(Table, RowsReadAsProperties) {
   const NodeStore store(ThreeRows(PstLayout::Unicode));
   const table read(store.node());

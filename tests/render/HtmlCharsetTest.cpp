@@ -77,6 +77,16 @@ TEST(HtmlCharset, AValueBeyondAsciiAlignsAsWell) {
   EXPECT_TRUE(Bytes(message.body).ends_with(Terminated("\r\n\xC3\xBC")));
 }
 
+TEST(HtmlCharset, ADeleteCharacterIsAscii) {
+  MailMessage message;
+  SetTerminated(message.importance, "Niedrig");
+  SetTerminated(message.bcc, "\x7F");
+  Set(message.body, "<meta charset=iso-8859-1><body>\xFC");
+  ASSERT_EQ(RenderMailMessage(&message, DocumentHtml), 1);
+  EXPECT_TRUE(Bytes(message.body).starts_with("<meta charset=iso-8859-1><body><table "));
+  EXPECT_TRUE(Bytes(message.body).ends_with(Terminated("\r\n\xFC")));
+}
+
 TEST(HtmlCharset, TheMetaElementIsFoundInAnyCase) {
   EXPECT_EQ(RenderInGerman("<META CHARSET=\"Windows-1252\">\xFC"),
             Terminated(kGermanBlock + "<META CHARSET=\"UTF-8\">\xC3\xBC"));

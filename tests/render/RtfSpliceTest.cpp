@@ -149,6 +149,18 @@ TEST(RtfSpliceFailure, BeyondTheBudgetTheBodyStays) {
   EXPECT_EQ(Bytes(body), document);
 }
 
+TEST(RtfSplice, TheNewTextIsBudgetedWithAStepOf1024Bytes) {
+  constexpr uint64_t kSeparatorSize = 151;
+  const std::string document = "a\\pard" + std::string(8000000, 'x');
+  const uint64_t budget = document.size() + 4 + kSeparatorSize + 1024;
+  SizedBytes body;
+  Set(body, document);
+  PlainKernelSetMemoryBudget(budget - 1);
+  EXPECT_EQ(SpliceRtfBlock(body, RtfFontTable(), "ROWS"), -1);
+  PlainKernelSetMemoryBudget(budget);
+  EXPECT_EQ(SpliceRtfBlock(body, RtfFontTable(), "ROWS"), 1);
+}
+
 TEST(RtfSplice, TheNewTextIsOneBlock) {
   SizedBytes body;
   Set(body, "a\\pard" + std::string(100000, 'x'));
