@@ -131,7 +131,6 @@ int32_t DecodePartName(EmlPart& part, const char* start, const char* end) {
   SizedBytes value;
   const int32_t status = DecodeParameterValue(start, end, value);
   if (status != StatusOk) return status;
-  value.length = 0;
   part.name.reset(std::exchange(value.data, nullptr));
   return StatusOk;
 }

@@ -130,6 +130,16 @@ TEST(RtfRoom, TheBlockDoublesOnlyUpToTwiceTheText) {
   EXPECT_LT(peak, 2 * rtf.size() + 10000);
 }
 
+// Nothing but escapes, in runs: the text becomes nearly twice as long.
+TEST(RtfRoom, TheBlockHoldsTwiceTheTextWithoutDoublingAgain) {
+  std::string rtf = kBodyStart + "\\ansicpg1252 ";
+  while (rtf.size() < 500000) rtf += Repeat("\\'80", 512) + '.';
+  SizedBytes text = BytesOf(rtf);
+  const uint64_t peak = PeakOf([&] { EXPECT_EQ(RtfToHtml(text), 1); });
+  EXPECT_GT(text.length, 2 * rtf.size() - 1000);
+  EXPECT_LT(peak, 2 * rtf.size() + 10000);
+}
+
 // Open groups, each under another code page than the one before.
 TEST(RtfRoom, GroupsTakeThreeTimesTheirTextAtMost) {
   const std::string rtf = "{\\fonttbl{\\f0\\fcharset0 A;}{\\f1\\fcharset204 B;}} " + kBodyStart +
