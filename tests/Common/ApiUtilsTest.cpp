@@ -220,6 +220,9 @@ TEST_F(MemoryFileGuardTest, OpeningAnotherEndsTheFirst) {
     MemoryFileGuard guard;
     WriteUnder(guard, &first, 0, "one");
     WriteUnder(guard, &second, 0, "second");
+    // Nothing is known of the second yet.
+    EXPECT_EQ(guard.length(), 0u);
+    EXPECT_EQ(guard.capacity(), 0u);
     ASSERT_NE(first, nullptr);
     EXPECT_EQ(second, nullptr);
     guard.end();

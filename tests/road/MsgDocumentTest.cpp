@@ -74,6 +74,19 @@ TEST(MsgDocument, GetsACharsetDeclarationAndItsNul) {
   EXPECT_EQ(Html("<html><head></head>charset"), "<html><head></head>charset");
 }
 
+// A declaration makes the document anew, with room for one NUL more than its length counts; without
+// one it keeps the step of 1024 bytes that its buffer has grown by.
+TEST(MsgDocument, KnowsTheRoomOfItsBlock) {
+  MsgBuilder declared;
+  declared.binary(0x1013, "<html><head></head>");
+  const Document made(declared);
+  EXPECT_EQ(made.data.document.capacity, made.bytes.size() + 1);
+  MsgBuilder declaring;
+  declaring.binary(0x1013, "<html><head></head>charset");
+  const Document kept(declaring);
+  EXPECT_EQ(kept.data.document.capacity, kept.bytes.size() + 1 + 1024);
+}
+
 TEST(MsgDocument, TellsRtfByItsFirstFiveBytes) {
   MsgBuilder msg;
   msg.binary(0x1009, PackRtf(kMsgRtf)).text(0x1000, u"Plain");
