@@ -37,6 +37,11 @@ class Journal:
         self.rows[mutant.name] = row
         self._write(row)
 
+    def drop(self, name):
+        """Of a mutant whose code is no longer there."""
+        self.rows[name]['verdict'] = NO_MUTANT
+        self._write(self.rows[name])
+
     def close(self):
         self.file.close()
 

@@ -128,6 +128,7 @@ class Judge:
         self.missing = len(chosen)
         for name in sorted(again - {mutant.name for mutant in chosen}):
             say(f'no longer there: {name}')
+            self.log.drop(name)
         return chosen
 
     def next(self, queue):
