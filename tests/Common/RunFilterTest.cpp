@@ -5,6 +5,7 @@
 #include <string>
 
 #include "KernelUse.h"
+#include "support/GuardedBytes.h"
 
 namespace tarn {
 namespace {
@@ -38,6 +39,14 @@ TEST(RunFilter, KnowsNothingOfShortTexts) {
   EXPECT_FALSE(filter.mayHold("eight888"));
   filter.add("seven77");
   EXPECT_FALSE(filter.mayHold("eight888"));
+}
+
+TEST(RunFilter, ReadsNoByteBeforeOrAfterTheText) {
+  test::GuardedBytes bytes(8);
+  const std::string_view text(bytes.begin(), static_cast<size_t>(bytes.end() - bytes.begin()));
+  RunFilter filter;
+  filter.add(text);
+  EXPECT_TRUE(filter.mayHold(text));
 }
 
 TEST(RunFilter, WithoutMemoryAnythingMayBe) {

@@ -79,6 +79,20 @@ TEST(LongConversion, LeavesTextOfNoCodePage) {
   EXPECT_TRUE(text.bytes() == source);
 }
 
+// Beside the two scratch blocks one call, which makes the text's block as long as it has to be.
+TEST(LongConversion, GetsRoomForTheNulAtOnce) {
+  const std::string source = Repeated("plain", kLongText);
+  SizedBytes text = Sized(source);
+  PlainKernelUsageRecord usage = {};
+  PlainKernelUsage(&usage);
+  const uint64_t before = usage.allocationCalls;
+  bool converted = false;
+  ASSERT_EQ(ConvertInPieces(text, 0, 1252, converted), StatusOk);
+  PlainKernelUsage(&usage);
+  EXPECT_EQ(usage.allocationCalls - before, 3u);
+  EXPECT_TRUE(text.bytes() == source);
+}
+
 // Its two scratch blocks, and the text's own.
 TEST(LongConversion, LeavesTheTextAloneWithoutMemory) {
   const std::string source = Repeated("abc\xE9", kLongText);
