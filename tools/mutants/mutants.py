@@ -5,6 +5,7 @@ Run by scripts/mutants.sh, which installs what this needs and says how it is use
 
 import argparse
 import dataclasses
+import fcntl
 import hashlib
 import json
 import multiprocessing
@@ -208,7 +209,19 @@ def build_trees(trees, subsystems):
         tree.take_measures_of(trees[0])
 
 
+def be_alone():
+    """Two runs would change each other's trees. Gives what holds the place as long as it is open."""
+    WORK.mkdir(parents=True, exist_ok=True)
+    lock = open(WORK / 'lock', 'w', encoding='utf-8')
+    try:
+        fcntl.flock(lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
+    except OSError as error:
+        raise SystemExit(f'another run is at work in {WORK}') from error
+    return lock
+
+
 def run(arguments):
+    lock = be_alone()
     equivalents = notes.read_equivalents(HERE / 'equivalent.txt')
     log = notes.Journal(arguments.journal,
                         keep=arguments.resume or arguments.survivors or arguments.summary)
@@ -223,6 +236,7 @@ def run(arguments):
         build_trees(trees, [judge.subsystems[folder] for folder in sorted(folders)])
         test_all(judge, trees, queue)
     log.close()
+    lock.close()
     print(notes.summarize(log.rows.values(), equivalents, judge.folder_of))
     return 130 if judge.stopped.is_set() else 0
 
