@@ -114,6 +114,7 @@ class Judge:
         self.missing = count
         self.lock = threading.Lock()
         self.stopped = threading.Event()
+        self.failure = None  # what ended a worker
 
     def folder_of(self, file):
         return max((f for f in self.subsystems if file.startswith(f + '/')), key=len)
@@ -149,6 +150,13 @@ class Judge:
                 say(f'{verdict:10} {seconds:6.1f} s  {place} {mutant.kind}  {by}')
 
     def work(self, tree, queue):
+        try:
+            self._work(tree, queue)
+        except BaseException as error:
+            self.failure = error
+            self.stopped.set()
+
+    def _work(self, tree, queue):
         while (mutant := self.next(queue)) is not None:
             started = time.monotonic()
             if notes.is_equivalent(vars(mutant), self.equivalents):
@@ -254,9 +262,11 @@ def test_all(judge, trees, queue):
     for thread in threads:
         while thread.is_alive():
             thread.join(1)
+    if judge.failure is not None:
+        raise judge.failure
 
 
-def check():
+def finds_sample():
     """Whether the places of sample.cpp are those that sample.expected lists."""
     sample = HERE / 'sample.cpp'
     places = finding.find_places(str(sample), ['-std=c++20', '-x', 'c++'],
@@ -277,6 +287,17 @@ def check():
     return True
 
 
+def knows_equivalents():
+    """Whether the code of all mutants that are judged equivalent is still there."""
+    known = True
+    for file, function, before, _ in sorted(notes.read_equivalents(HERE / 'equivalent.txt')):
+        path = ROOT / file
+        if not path.is_file() or before not in finding.squeeze(path.read_bytes()):
+            say(f'equivalent.txt: no longer in {file}, {function}: {before}')
+            known = False
+    return known
+
+
 def main():
     parser = argparse.ArgumentParser(prog='scripts/mutants.sh')
     parser.add_argument('--seed', type=int, default=1)
@@ -294,7 +315,7 @@ def main():
     if arguments.journal is None:
         folder = arguments.folder.removeprefix('src').rstrip('/').replace('/', '-')
         arguments.journal = WORK / f'seed-{arguments.seed}{folder}.jsonl'
-    if not check():
+    if not finds_sample() or not knows_equivalents():
         return 1
     return 0 if arguments.check else run(arguments)
 

@@ -72,7 +72,8 @@ class Tree:
             os.environ, LC_ALL='C.UTF-8', CCACHE_DIR=str(cache), CCACHE_MAXSIZE='4G',
             # The trees of the workers share what they compile.
             CCACHE_BASEDIR=str(self.sources.parent), CCACHE_NOHASHDIR='1',
-            CCACHE_SLOPPINESS='pch_defines,time_macros')
+            CCACHE_SLOPPINESS='pch_defines,time_macros',
+            ASAN_OPTIONS=f'hard_rss_limit_mb={MEMORY_LIMIT >> 20}')
 
     # Sources.
 
@@ -184,6 +185,7 @@ class Tree:
 
     def _limits(self, known):
         seconds = int(5 * known.processor + 3) if known else 600
+        # The sanitizers reserve address space by terabytes, and have a limit of their own.
         memory = resource.RLIM_INFINITY if self.sanitized else MEMORY_LIMIT
 
         def apply():
