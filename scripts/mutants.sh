@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # scripts/mutants.sh [--seed N] [--count N] [--folder src/eml] [--resume]: does some test fail when
-# the code is wrong? Changes src/ in one small way at a time, at a random sample of places, and runs the
-# tests of the subsystem (tools/mutants/subsystems.txt) until one fails:
+# the code is wrong? Changes src/ in one small way at a time, at a random sample of places, and runs
+# the tests of the subsystem (tools/mutants/subsystems.txt) until one fails:
 #
 #   condition   a condition or an operand of && or || is negated
 #   comparison  < is <=, > is >=, and back
@@ -13,9 +13,12 @@
 #
 # A test that runs into its limit of time or memory counts as one that fails. What does not compile
 # is no mutant, and another takes its place. Works on copies in build/mutants/, never on the
-# checkout, and leaves a journal there, build/mutants/seed-N.jsonl. The figures and the survivors are
-# printed at the end. A survivor gets a test, or an entry with the reason why nobody can tell it from
-# the code in tools/mutants/equivalent.txt.
+# checkout, and leaves a journal there, build/mutants/seed-N.jsonl. The figures and the survivors
+# are printed at the end. A survivor gets a test, or an entry with the reason why nobody can tell it
+# from the code in tools/mutants/equivalent.txt.
+#
+# Without other options it is seed 1 and 300 mutants, which take half an hour on two processors
+# after a first build of ten minutes.
 #
 #   --resume      goes on from the journal
 #   --survivors   tries again those that the journal has as survivors
@@ -25,9 +28,6 @@
 #   --workers N   so many mutants at a time, 2 without it
 #   --check       does the tool find the places of its sample, and is the code of all equivalent
 #                 mutants still there? Every run asks this first
-#
-# Seed 1 and 300 mutants without it. They take half an hour on two processors, after a first build of
-# ten minutes.
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 . "$root/scripts/common.sh"

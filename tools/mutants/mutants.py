@@ -218,7 +218,7 @@ def build_trees(trees, subsystems):
 
 
 def be_alone():
-    """Two runs would change each other's trees. Gives what holds the place as long as it is open."""
+    """Two runs would change each other's trees. What this gives keeps others out until closed."""
     WORK.mkdir(parents=True, exist_ok=True)
     lock = open(WORK / 'lock', 'w', encoding='utf-8')
     try:
