@@ -290,6 +290,7 @@ TEST(MimePart, EveryFailedAllocationGivesMinusOneAndFreesThePart) {
     EXPECT_FALSE(parsed.part.name);
     EXPECT_EQ(parsed.part.raw.data(), nullptr);
     EXPECT_FALSE(parsed.part.decoded);
+    EXPECT_EQ(parsed.part.decodedLength, 0u);
   };
   const uint64_t calls =
       test::SweepFaults(PlainKernelFaultMemory, round, test::FaultKinds::OneAndFrom);
