@@ -153,6 +153,16 @@ TEST(ImagePass, AnImageMayBeLookedForInAnother) {
   EXPECT_EQ(pass.finish(), "<img src=\"data:image;base64,Q" + Url("REVG") + "\">");
 }
 
+TEST(ImagePass, AnyBase64MayBeLookedForInAnother) {
+  for (const char character : std::string_view("azAZ09+/=")) {
+    const std::string needle(3, character);
+    Pass pass("<img src=\"cid:b\">");
+    EXPECT_EQ(pass.place({"cid:b", "", Url("Q" + needle + "Q")}).count, 1u);
+    EXPECT_EQ(pass.place({"", needle, Url("REVG")}), (Placed{true, 1, 1})) << character;
+    EXPECT_EQ(pass.finish(), "<img src=\"data:image;base64,Q" + Url("REVG") + "\">") << character;
+  }
+}
+
 TEST(ImagePass, WithoutMemoryTheBodyIsAsItWas) {
   const auto round = [](test::FaultedWork& faulted) {
     Pass pass("<img src=\"cid:a\">");

@@ -23,6 +23,15 @@ TEST(CodePagesOfPosix, ApproximateLess) {
   EXPECT_EQ(Encode(936, u"\uFFE9"), (Encoded{"\x1B", false}));
 }
 
+// Not refused by its size: the first byte is converted, and the second finds the destination full.
+// Only these two exist.
+TEST(CodePagesOfPosix, TakeTextsOfUpToTheLargest32BitLength) {
+  const std::string bytes = "xx";
+  char16_t target = u'#';
+  EXPECT_EQ(BytesToUtf16(1252, std::string_view(bytes.data(), INT32_MAX), &target, 1), 0);
+  EXPECT_EQ(target, u'x');
+}
+
 TEST(CodePagesOfPosix, TakeTheWesternForThatOfOtherPrograms) { EXPECT_EQ(AnsiCodePage(), 1252u); }
 
 }  // namespace
