@@ -10,6 +10,7 @@
 #include "Common/InlineImages.h"
 #include "KernelUse.h"
 #include "support/FaultSweep.h"
+#include "support/GuardedBytes.h"
 
 namespace tarn {
 namespace {
@@ -161,6 +162,18 @@ TEST(ImagePass, AnyBase64MayBeLookedForInAnother) {
     EXPECT_EQ(pass.place({"", needle, Url("REVG")}), (Placed{true, 1, 1})) << character;
     EXPECT_EQ(pass.finish(), "<img src=\"data:image;base64,Q" + Url("REVG") + "\">") << character;
   }
+}
+
+TEST(ImagePass, ReadsNoByteAfterTheNeedle) {
+  constexpr std::string_view kNeedle = "z-z";
+  test::GuardedBytes guarded(kNeedle.size());
+  char* const needle = guarded.end() - kNeedle.size();
+  kNeedle.copy(needle, kNeedle.size());
+  Pass pass("<img src=\"cid:b\"> z-z");
+  EXPECT_EQ(pass.place({"cid:b", "", Url("AAAA")}).count, 1u);
+  uint64_t place = 0;
+  EXPECT_EQ(pass.pass().find({needle, kNeedle.size()}, place), StatusOk);
+  EXPECT_EQ(place, 18u);
 }
 
 TEST(ImagePass, WithoutMemoryTheBodyIsAsItWas) {

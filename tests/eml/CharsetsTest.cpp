@@ -154,6 +154,16 @@ TEST(ConvertTailToUtf8, LeavesCharsetsThatAreNotConverted) {
   }
 }
 
+TEST(ConvertTailToUtf8, TakesNoMemoryForCharsetsThatAreNotConverted) {
+  for (const CharsetRef charset : {kNone, kUtf8, kAscii, kOther}) {
+    SizedBytes text = Sized("a\xE9");
+    PlainKernelFailAt(PlainKernelFaultMemory, 1);
+    EXPECT_EQ(ConvertTailToUtf8(text, 0, charset), StatusOk);
+    PlainKernelFailAt(PlainKernelFaultMemory, 0);
+    EXPECT_EQ(Bytes(text), "a\xE9");
+  }
+}
+
 TEST(ConvertTailToUtf8, LeavesTextOfNumbersThatAreNoCodePage) {
   for (const uint32_t codePage : {0U, 1U, 2U, 3U, 12U, 99999U, 2147483647U}) {
     EXPECT_EQ(Tail("a\xE9\0"sv, 0, Windows(codePage)), "a\xE9\0"sv) << codePage;
