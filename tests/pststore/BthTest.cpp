@@ -262,17 +262,29 @@ TEST(Bth, ALeafOfManyParents) {
             "BTH of more records than its heap holds");
 }
 
-// No property context has more properties than there are property ids, however large its node is.
-TEST(Bth, MoreRecordsThanThereAreKeys) {
+// A tree whose root names one leaf over and over, in a node that could hold far more records.
+PstNodeParts RootOverOneLeaf(uint16_t childCount, uint16_t leafCount) {
   std::string children;
   std::string leaf;
-  for (uint16_t key = 0; key < 400; ++key) children += Record2(key, 0, 0x60);
-  for (uint16_t key = 0; key < 500; ++key) leaf += Record2(key, 0, 0);
+  for (uint16_t key = 0; key < childCount; ++key) children += Record2(key, 0, 0x60);
+  for (uint16_t key = 0; key < leafCount; ++key) leaf += Record2(key, 0, 0);
   PstNodeParts parts;
   parts.pages = {HeapPage(kPropertyHeap, 0x20, {BthHeader(2, 6, 2, 0x40), children, leaf})};
   parts.pages[0].resize(8176);
   for (int page = 0; page < 300; ++page) parts.pages.emplace_back(8176, '\0');
-  const NodeStore store(parts);
+  return parts;
+}
+
+// 256 records of the root and 256 times 511 of the leaf are twice as many as there are keys.
+TEST(Bth, AsManyRecordsAsAllKeysNeed) {
+  const NodeStore store(RootOverOneLeaf(256, 511));
+  const auto root = open_bth<uint16_t, prop_entry>(pststore::open_heap(store.node()), 0x20);
+  EXPECT_EQ(AllKeys(*root).size(), 256U * 511U);
+}
+
+// No property context has more properties than there are property ids, however large its node is.
+TEST(Bth, MoreRecordsThanThereAreKeys) {
+  const NodeStore store(RootOverOneLeaf(400, 500));
   const auto root = open_bth<uint16_t, prop_entry>(pststore::open_heap(store.node()), 0x20);
   pststore::vector<uint16_t> keys;
   EXPECT_EQ(Thrown<database_corrupt>([&] { root->append_keys(keys); }),
