@@ -11,6 +11,7 @@
 #include "KernelUse.h"
 #include "support/FaultSweep.h"
 #include "support/GuardedBytes.h"
+#include "support/PeakMemory.h"
 
 namespace tarn {
 namespace {
@@ -198,6 +199,17 @@ TEST(ImagePass, WithoutMemoryTheBodyIsAsItWas) {
       test::SweepFaults(PlainKernelFaultMemory, round, test::FaultKinds::OneAndFrom);
   EXPECT_GE(calls, 3u);
   EXPECT_LT(calls, 11u);
+}
+
+// The windows of the search are far larger than the body.
+TEST(ImagePass, ForgetsItsSearchesBeforeTheBodyGrows) {
+  const std::string text(1 << 20, '.');
+  Pass pass("\"cid:b\"" + text, {kPlenty, 1000, {kPlenty, 1}});
+  uint64_t place = 0;
+  for (int i = 0; i < 10; ++i) EXPECT_EQ(pass.pass().find("cid:none", place), StatusOk);
+  EXPECT_EQ(pass.place({"cid:b", "", Url("AAAA")}).count, 1u);
+  EXPECT_LT(test::PeakOf([&] { EXPECT_EQ(pass.pass().finish(), StatusOk); }), text.size() / 2);
+  EXPECT_EQ(pass.body().substr(0, 25), "\"" + Url("AAAA") + "\".");
 }
 
 TEST(ImagePass, EveryImageCountsForTheLimit) {

@@ -41,6 +41,15 @@ TEST(Entries, StoragesComeIntoBeingOnTheWay) {
   EXPECT_EQ(file.names("/one"), "two");
 }
 
+TEST(Entries, OpeningAStreamMakesNoneUnlessToldSo) {
+  NewFile made;
+  made.append("one", "x");
+  EXPECT_FALSE(OpenStream(made.storage(), "two"));
+  EXPECT_EQ(made.file().directory.entries.size(), 2u);
+  EXPECT_TRUE(OpenStream(made.storage(), "two", true));
+  EXPECT_EQ(made.file().directory.entries.size(), 3u);
+}
+
 // A directory that was loaded: places of invalid entries are taken, and odd links are kept.
 class LoadedTree {
  public:

@@ -284,6 +284,24 @@ TEST(InlineMsgImages, ReplaceNoOtherReferenceWhicheverAllocationFails) {
   EXPECT_GT(FailInTurn(PlainKernelFaultMemory, round, FaultKinds::OneAndFrom), 10u);
 }
 
+// The last allocation without which the body keeps its bytes is the body's own new block.
+TEST(InlineMsgImages, TellThatTheBodyCouldNotBeWritten) {
+  const std::string body = "<img src=\"cid:one@x\">";
+  MsgBuilder msg;
+  msg.attachment(u"a.png", kImage).contentId(u"one@x");
+  OpenMsg file(msg.write());
+  int32_t status = StatusOk;
+  const auto round = [&](FaultedWork& faulted) {
+    MailMessage message;
+    PstFilterData data;
+    Set(message.body, body);
+    const int32_t inlined = faulted([&] { return InlineMsgImages(message, data, file.storage()); });
+    if (Bytes(message.body) == body) status = inlined;
+  };
+  FailInTurn(PlainKernelFaultMemory, round, FaultKinds::OneAndFrom);
+  EXPECT_EQ(status, StatusOutOfMemory);
+}
+
 TEST(InlineMsgImages, EndInAStatusWhicheverAllocationFails) {
   MsgBuilder msg = Html("<img src=\"cid:one@x\">");
   msg.attachment(u"a.png", kImage).contentId(u"one@x");

@@ -160,6 +160,12 @@ TEST(MsgText, AddsNoSecondNul) {
   EXPECT_EQ(ReadWide(WideBytes(std::u16string(u"a\0b", 3))), Raw("a\0b\0"));
 }
 
+TEST(MsgText, EndsWhereALongerTextWasBefore) {
+  TextProperty text(Streams{{"__substg1.0_0037001F", WideBytes(u"Hi")}});
+  Set(text.target, std::string(100, '#'));
+  EXPECT_EQ(text.read(), Raw("Hi\0"));
+}
+
 TEST(MsgText, DropsAnOddByte) {
   EXPECT_EQ(ReadWide(WideBytes(u"Hi") + "x"), Raw("Hi\0"));
   EXPECT_EQ(ReadWide("x"), "");

@@ -1,0 +1,15 @@
+#include "Platform/posix/IcuConverter.h"
+
+#include <gtest/gtest.h>
+
+namespace tarn::platform {
+namespace {
+
+TEST(IcuConverter, WithoutItsTableConvertsNothing) {
+  IcuConverter none("no-such-table", true);
+  EXPECT_EQ(none.Decode("x"), std::nullopt);
+  EXPECT_EQ(none.Encode(u'x'), std::nullopt);
+}
+
+}  // namespace
+}  // namespace tarn::platform
