@@ -2,7 +2,8 @@
 # scripts/coverage.sh [--of-last-run]: how many lines and branches of the filter and of the plain kernel
 # the tests reach, a folder a line. Builds the debug preset and runs its tests first;
 # --of-last-run takes what the last run of those tests has left. Fails when the filter or
-# the kernel is below its floor, which is what the tests reached when this was last looked at.
+# the kernel is below its floor: what the tests reached when this was last looked at, less what hangs on
+# the processor and on which of two threads is first.
 #
 # build/debug/coverage/ then has report.txt with every file, left.txt with every line and branch that no
 # test reaches, and html/ to look at. docs/coverage.md says why those are left.
@@ -17,7 +18,7 @@ build="$root/build/debug"
 out="$build/coverage"
 
 # Per cent: lines and branches of src/ with the records it shares, then those of plain/kernel.
-readonly FLOORS=(98.0 92.0 90.0 85.0)
+readonly FLOORS=(99.7 96.6 94.0 90.7)
 
 case "${1:-}" in
   --of-last-run) ;;
@@ -49,8 +50,8 @@ cov() {
     "$build/libTarnPst.so" "${objects[@]}" 2> >(grep -v 'functions have mismatched data' >&2)
 }
 
-# What hosts compile, and what is made by tools, is not this project's code at run time.
-others="$root/(Include/TarnPst.h|Include/Tarnbase/|tests/|build/)|^/usr/"
+# What hosts compile, and what only tests are made of, is not the filter's code.
+others="$root/(Include/TarnPst.h|Include/Tarnbase/|tests/|fuzz/|plain/tarnmail/|build/)|^/usr/"
 cov report -ignore-filename-regex="$others" >"$out/report.txt"
 cov show -ignore-filename-regex="$others" -format=html -output-dir="$out/html" -show-branches=count
 
