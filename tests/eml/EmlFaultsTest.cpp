@@ -7,48 +7,20 @@
 
 #include "Tarnbase/PlainKernel.h"
 #include "eml/ReadMail.h"
-#include "support/EmlBuilder.h"
 #include "support/FaultSweep.h"
+#include "support/MailOfAll.h"
 
 namespace tarn {
 namespace {
 
 using test::AttachmentRecorder;
-using test::EmlBuilder;
-using test::EmlEncoding;
-using test::EmlEntity;
+using test::kWords;
+using test::MailOfAll;
 using test::MemoryMail;
 
-constexpr std::string_view kWords = "=?iso-8859-1?Q?f=FCr?= =?iso-2022-jp?B?GyRCJCIbKEI=?= dich";
-
-// A mail that takes every road: words in the subject or else fields that are to be repaired,
-// charsets, nested parts, images, attachments.
-std::string RichMail(std::string_view subject) {
-  return EmlBuilder::Usual()
-      .field("Subject", subject)
-      .field("Cc", "J\xF6rg")
-      .body(EmlEntity::Multipart("mixed", "out")
-                .part(EmlEntity::Multipart("related", "in")
-                          .part(EmlEntity::Leaf("text/plain; charset=iso-8859-1", "f\xFCr"))
-                          .part(EmlEntity::Leaf("text/html; charset=windows-1252",
-                                                "<img src=\"cid:a@b\">\xE4")
-                                    .encoded(EmlEncoding::QuotedPrintable))
-                          .part(EmlEntity::Leaf("image/png; name=\"=?utf-8?Q?a=2Epng?=\"",
-                                                "0123456789abcde")
-                                    .contentId("a@b")
-                                    .encoded(EmlEncoding::Base64)
-                                    .disposition("inline; filename=\"a.png\"")))
-                .part(EmlEntity::Leaf("application/pdf", "%PDF")
-                          .header("Content-Description", "=?iso-8859-1?Q?=E4?=")
-                          .header("Content-Location", "http://x/y.pdf")
-                          .disposition("attachment; filename=\"=?iso-8859-1?Q?=E4=2Epdf?=\"; "
-                                       "creation-date=\"Sat, 21 Nov 2026\"")))
-      .build();
-}
-
 // The statuses of a read with one call of the group after the other failed, and with none.
-std::set<int32_t> Sweep(int32_t group, uint32_t infoOnly, std::string_view subject = kWords) {
-  const std::string text = RichMail(subject);
+std::set<int32_t> Sweep(int32_t group, uint32_t infoOnly, const std::string& subject = kWords) {
+  const std::string text = MailOfAll(subject);
   std::set<int32_t> statuses;
   const MemoryMail mail(text);
   test::SweepFaults(group, [&](test::FaultedWork& faulted) {
@@ -69,13 +41,13 @@ std::set<int32_t> Sweep(int32_t group, uint32_t infoOnly, std::string_view subje
 
 TEST(EmlFaults, SoundReadSucceeds) {
   AttachmentRecorder recorder;
-  const test::ReadMail read(RichMail(kWords), &recorder.request);
+  const test::ReadMail read(MailOfAll(kWords), &recorder.request);
   EXPECT_EQ(read.status, 1);
   EXPECT_EQ(read.message.subject.text(), "f\xC3\xBCr \xE3\x81\x82 dich");
   EXPECT_EQ(read.message.cc.text(), "J\xF6rg");
   // Nobody looks at the body of a read that is for the attachments: images stay out of it.
   EXPECT_EQ(read.message.body.text(), "<img src=\"cid:a@b\">\xC3\xA4");
-  EXPECT_EQ(test::ReadMail(RichMail(kWords)).message.body.text(),
+  EXPECT_EQ(test::ReadMail(MailOfAll(kWords)).message.body.text(),
             "<img src=\"data:image;base64,MDEyMzQ1Njc4OWFiY2Rl\">\xC3\xA4");
   ASSERT_EQ(recorder.attachments.size(), 2u);
   EXPECT_EQ(recorder.attachments[0].name, u"a.png");
@@ -83,7 +55,7 @@ TEST(EmlFaults, SoundReadSucceeds) {
 }
 
 TEST(EmlFaults, SoundReadRepairsItsFields) {
-  const test::ReadMail read(RichMail("no words"));
+  const test::ReadMail read(MailOfAll("no words"));
   EXPECT_EQ(read.status, 1);
   EXPECT_EQ(read.message.cc.text(), "J\xC3\xB6rg");
 }
