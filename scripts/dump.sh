@@ -18,8 +18,10 @@ set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 . "$root/scripts/common.sh"
 [ $# -ge 2 ] || { say "usage: scripts/dump.sh FOLDER OUT [PRESET [OPTION...]]"; exit 2; }
+[ -d "$1" ] || { say "$1 is no folder"; exit 2; }
 folder=$(realpath "$1")
 out=$2
+[ ! -d "$out" ] || { say "$out is a folder; OUT is the file to write"; exit 2; }
 preset=${3:-release}
 shift $(($# < 3 ? 2 : 3))
 options=("$@")

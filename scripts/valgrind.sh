@@ -56,6 +56,7 @@ files_of() {
 }
 
 if [ $# -ge 1 ]; then
+  [ -d "$1" ] || { say "$1 is no folder"; exit 2; }
   mapfile -d '' -t names < <(files_of "$1")
   check_in_parts "$(realpath "$1")" "${names[@]}"
 else
