@@ -50,7 +50,7 @@ endif()
 set(TARN_PROFILES "${CMAKE_BINARY_DIR}/profiles")
 add_library(tarn_counted INTERFACE)
 if(TARN_COVERAGE)
-  target_compile_options(tarn_counted INTERFACE 
+  target_compile_options(tarn_counted INTERFACE
     "-fprofile-instr-generate=${TARN_PROFILES}/%4m.profraw" -fcoverage-mapping)
   target_link_options(tarn_options INTERFACE -fprofile-instr-generate)
 endif()

@@ -8,14 +8,9 @@
 
 #include "Internal/Tarnclasses_.h"
 #include "Tarnbase/PlainKernel.h"
+#include "support/KernelUsage.h"
 
 namespace tarn::test {
-
-inline PlainKernelUsageRecord Usage() {
-  PlainKernelUsageRecord usage = {};
-  PlainKernelUsage(&usage);
-  return usage;
-}
 
 inline uint64_t ReportedBytes() { return Usage().reportedBytes; }
 inline uint64_t Allocations() { return Usage().allocationCalls; }

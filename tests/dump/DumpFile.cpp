@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "Tarnbase/PlainKernel.h"
+#include "support/KernelUsage.h"
 #include "support/road/AllCalls.h"
 
 namespace tarn::test {
@@ -23,29 +24,9 @@ constexpr Language kLanguages[] = {{0x0409, "en"},
 // A store that gives no document for any number may still have attachments.
 constexpr int32_t kMessagesOfSilentStore = 3;
 
-PlainKernelUsageRecord Usage() {
-  PlainKernelUsageRecord usage = {};
-  PlainKernelUsage(&usage);
-  return usage;
-}
-
 std::string UsageText(const PlainKernelUsageRecord& before, const PlainKernelUsageRecord& after) {
   return "allocations " + std::to_string(after.allocationCalls - before.allocationCalls) +
          " peak " + std::to_string(after.peakBytes);
-}
-
-// What the kernel holds that it did not hold before; empty for nothing.
-std::string LeftText(const PlainKernelUsageRecord& before, const PlainKernelUsageRecord& after) {
-  std::string text;
-  const auto note = [&text](const char* what, uint64_t was, uint64_t is) {
-    if (was != is) text += what + std::string(" ") + std::to_string(is - was) + " ";
-  };
-  note("blocks", before.liveBlocks, after.liveBlocks);
-  note("objects", before.liveTrackedObjects, after.liveTrackedObjects);
-  note("handles", before.openHandles, after.openHandles);
-  note("reported", before.reportedBytes, after.reportedBytes);
-  note("temporary", before.temporaryFiles, after.temporaryFiles);
-  return text;
 }
 
 // Removes what lies in the folder: how many files and folders, which have names by chance.
@@ -87,7 +68,7 @@ void DumpFile(const std::filesystem::path& file, const std::string& name,
     MakeAllCalls(file, calls, [&](const Answer& answer) { lines.answer(name, variant, answer); });
     const PlainKernelUsageRecord after = Usage();
     lines.note("usage", name, variant, UsageText(before, after));
-    const std::string left = LeftText(before, after) + TakeStrayFiles(options.tempFolder);
+    const std::string left = LeftBetween(before, after) + TakeStrayFiles(options.tempFolder);
     if (!left.empty()) lines.note("left", name, variant, left);
   };
   for (calls.message = 1; calls.message <= messages; ++calls.message) {

@@ -10,6 +10,7 @@
 
 #include "Tarnbase/PlainKernel.h"
 #include "eml/SizedText.h"
+#include "support/KernelUsage.h"
 
 namespace tarn {
 namespace {
@@ -359,11 +360,7 @@ TEST(DecodeQuotedPrintable, LeavesZerosBehindTheText) {
   EXPECT_EQ(std::string_view(destination.data(), 18), "abcdefghijklmnop\0\0"sv);
 }
 
-uint64_t LiveBytes() {
-  PlainKernelUsageRecord usage = {};
-  PlainKernelUsage(&usage);
-  return usage.liveBytes;
-}
+uint64_t LiveBytes() { return test::Usage().liveBytes; }
 
 class PartContent : public ::testing::Test {
  protected:

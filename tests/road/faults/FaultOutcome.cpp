@@ -8,6 +8,7 @@
 #include <new>
 
 #include "Internal/Tarnclasses_.h"
+#include "support/KernelUsage.h"
 #include "support/LeakCheck.h"
 
 namespace tarn::test {
@@ -258,19 +259,9 @@ std::string TakeLeftFiles(const FakeHost& host) {
 }
 
 std::string LeftInKernel(const PlainKernelUsageRecord& before) {
-  PlainKernelUsageRecord after = {};
-  PlainKernelUsage(&after);
-  std::string left;
-  const auto note = [&left](const char* what, uint64_t was, uint64_t is) {
-    if (was != is) left += what + std::string(" ") + std::to_string(is - was) + " ";
-  };
-  note("blocks", before.liveBlocks, after.liveBlocks);
-  note("objects", before.liveTrackedObjects, after.liveTrackedObjects);
-  note("handles", before.openHandles, after.openHandles);
-  note("reported", before.reportedBytes, after.reportedBytes);
-  note("temporary", before.temporaryFiles, after.temporaryFiles);
+  const PlainKernelUsageRecord after = Usage();
   if (after.liveBlocks > before.liveBlocks) AllowBlocksLeft(after.liveBlocks - before.liveBlocks);
-  return left;
+  return LeftBetween(before, after);
 }
 
 }  // namespace
