@@ -69,7 +69,7 @@ std::string OldBody(uint8_t variant) {
 void CheckDamage(int32_t status, const tarn::MailMessage& message, const std::string& old) {
   Expect(status == StatusOk || status == StatusNotSupported || status == StatusOutOfMemory,
          "a status that no decoder has");
-  if (status == StatusNotSupported) Expect(message.body.bytes() == old, "damage reached the body");
+  if (status == StatusNotSupported) Expect(message.body.view() == old, "damage reached the body");
 }
 
 // A conditional comment too short for the one form is written over, and the terminator with it.
@@ -82,13 +82,13 @@ bool EndsInShortComment(std::string_view text) {
 void Unpack(const std::string& bytes, uint8_t variant) {
   const std::string old = OldBody(variant);
   tarn::MailMessage message;
-  message.body.data = KernelCopy(old);
-  message.body.length = old.size();
+  message.body.setData(KernelCopy(old));
+  message.body.setLength(old.size());
   const int32_t status = tarn::DecodeCompressedRtf(KernelCopy(bytes), message, bytes.size());
   CheckDamage(status, message, old);
   if (status != StatusOk) return;
-  Expect(message.body.length != 0, "a text without its terminator");
-  Expect(message.body.bytes().back() == '\0' || EndsInShortComment(message.body.bytes()),
+  Expect(message.body.length() != 0, "a text without its terminator");
+  Expect(message.body.view().back() == '\0' || EndsInShortComment(message.body.view()),
          "a text without its terminator");
 }
 
@@ -110,16 +110,16 @@ void CheckWithoutText(const std::string& bytes, uint64_t oldLength, int32_t stat
 void UnpackOfAStore(const std::string& bytes, uint8_t variant) {
   const std::string old = OldBody(variant);
   tarn::MailMessage message;
-  message.body.data = KernelCopy(old);
-  message.body.length = old.size();
+  message.body.setData(KernelCopy(old));
+  message.body.setLength(old.size());
   std::istringstream stream(bytes);
   stream.seekg(0, std::ios::end);
   tarn::MessageList messages{1, &message};
   const int32_t status = tarn::DecodePstCompressedRtf(stream, messages, 0);
   CheckDamage(status, message, old);
-  CheckWithoutText(bytes, old.size(), status, message.body.length);
+  CheckWithoutText(bytes, old.size(), status, message.body.length());
   Expect(status == StatusNotSupported ||
-             message.body.length <= tarn::LongestUnpackedText(bytes.size()) + old.size(),
+             message.body.length() <= tarn::LongestUnpackedText(bytes.size()) + old.size(),
          "a text longer than its data");
 }
 

@@ -20,9 +20,9 @@ using tarn::SizedBytes;
 
 SizedBytes Bytes(std::string_view text) {
   SizedBytes made;
-  made.data = static_cast<char*>(KernelAlloc(text.size(), 1, TARN_HERE));
-  if (made.data == nullptr) std::abort();
-  made.length = text.copy(made.data, text.size());
+  made.setData(static_cast<char*>(KernelAlloc(text.size(), 1, TARN_HERE)));
+  if (made.data() == nullptr) std::abort();
+  made.setLength(text.copy(made.data(), text.size()));
   return made;
 }
 
@@ -59,7 +59,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (isUrl) replacement = "data:image;base64,QUJDimagedatacid=";
     uint64_t place = 0;
     Require(pass.find(needle, place) == 1);
-    const char* const found = tarn::FindBytes(apart.data, apart.data + apart.length, needle);
+    const char* const found = tarn::FindBytes(apart.data(), apart.data() + apart.length(), needle);
     Require((found != nullptr) == (place != tarn::kNoPlace));
     if (found == nullptr) continue;
     uint64_t count = 0;
@@ -67,11 +67,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const int32_t status =
         pass.replace(place, needle, Bytes(replacement),
                      isUrl ? ImagePass::Kind::DataUrl : ImagePass::Kind::Name, count);
-    Require(status == tarn::ReplaceImageReferences(apart, static_cast<uint64_t>(found - apart.data),
+    Require(status == tarn::ReplaceImageReferences(apart,
+                                                   static_cast<uint64_t>(found - apart.data()),
                                                    needle, replacement, kLimit, expected));
     Require(count == expected);
   }
   Require(pass.finish() == 1);
-  Require(together.bytes() == apart.bytes());
+  Require(together.view() == apart.view());
   return 0;
 }

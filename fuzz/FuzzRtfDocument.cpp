@@ -32,13 +32,13 @@ void Require(bool holds, const char* what) {
 }
 
 void Set(tarn::SizedBytes& field, std::string_view bytes) {
-  field.data = static_cast<char*>(KernelAlloc(bytes.size(), 1, TARN_HERE));
-  if (!bytes.empty()) std::memcpy(field.data, bytes.data(), bytes.size());
-  field.length = bytes.size();
+  field.setData(static_cast<char*>(KernelAlloc(bytes.size(), 1, TARN_HERE)));
+  if (!bytes.empty()) std::memcpy(field.data(), bytes.data(), bytes.size());
+  field.setLength(bytes.size());
 }
 
 void Check(int32_t status, std::string_view before, const tarn::SizedBytes& body) {
-  const std::string_view after = body.bytes();
+  const std::string_view after = body.view();
   if (status != StatusOk) {
     Require(after == before, "a refused document has changed");
     return;

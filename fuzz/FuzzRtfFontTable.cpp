@@ -131,9 +131,9 @@ void Parse(const std::vector<char>& bytes) {
 }
 
 std::string Text(const RtfFontTable& table) {
-  return table.tableText.data == nullptr
+  return table.tableText.data() == nullptr
              ? std::string()
-             : std::string(table.tableText.data, table.tableText.length);
+             : std::string(table.tableText.data(), table.tableText.length());
 }
 
 // Asks for each code page, twice, by the plain rule too.

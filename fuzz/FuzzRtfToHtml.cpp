@@ -30,27 +30,27 @@ PlainKernelUsageRecord Usage() {
 
 void Convert(std::string_view rtf, uint64_t failingAllocation) {
   tarn::SizedBytes text;
-  text.data = static_cast<char*>(KernelAlloc(rtf.size(), 1, TARN_HERE));
-  Expect(text.data != nullptr, "out of memory");
-  text.length = rtf.size();
-  std::memcpy(text.data, rtf.data(), rtf.size());
-  const char* const block = text.data;
+  text.setData(static_cast<char*>(KernelAlloc(rtf.size(), 1, TARN_HERE)));
+  Expect(text.data() != nullptr, "out of memory");
+  text.setLength(rtf.size());
+  std::memcpy(text.data(), rtf.data(), rtf.size());
+  const char* const block = text.data();
 
   PlainKernelFailAt(PlainKernelFaultMemory, failingAllocation);
   const int32_t status = tarn::RtfToHtml(text);
   PlainKernelFailAt(PlainKernelFaultMemory, 0);
   if (status != StatusOk) {
     Expect(status == StatusNotSupported || status == StatusOutOfMemory, "an unknown status");
-    Expect(text.data == block && text.bytes() == rtf, "a failure touched the text");
+    Expect(text.data() == block && text.view() == rtf, "a failure touched the text");
   } else {
-    Expect(text.length != 0 && text.bytes().back() == '\0', "a text without its NUL");
-    Expect(text.length <= 2 * rtf.size() + 1, "a text longer than it can be");
+    Expect(text.length() != 0 && text.view().back() == '\0', "a text without its NUL");
+    Expect(text.length() <= 2 * rtf.size() + 1, "a text longer than it can be");
   }
   if (failingAllocation != 0) return;
 
   tarn::test::NaiveRtfToHtml naive(rtf);
   Expect(status == naive.run(), "another status than described");
-  if (status == StatusOk) Expect(text.bytes() == naive.text, "another text than described");
+  if (status == StatusOk) Expect(text.view() == naive.text, "another text than described");
 }
 
 }  // namespace

@@ -107,7 +107,7 @@ struct EmlPart {
 
   // An id of nothing but one NUL is none.
   bool hasContentId() const {
-    return !WithoutTrailingNul({contentId.data, contentId.length}).empty();
+    return !WithoutTrailingNul({contentId.data(), contentId.length()}).empty();
   }
 };
 

@@ -42,8 +42,8 @@ struct PstFilterData {
 
   // Frees the paths, not the files: those are DestroyFilterData's to delete.
   ~PstFilterData() {
-    for (uint64_t i = 0; i < inlineFiles.length; ++i) {
-      if (inlineFiles.data[i] != nullptr) KernelFree(inlineFiles.data[i], TARN_HERE);
+    for (uint64_t i = 0; i < inlineFiles.length(); ++i) {
+      if (inlineFiles.data()[i] != nullptr) KernelFree(inlineFiles.data()[i], TARN_HERE);
     }
   }
 };

@@ -1,26 +1,23 @@
-// Tarnclasses_.h - the two containers that hold every large text and block of the filter, and the
-// small owner for all other kernel blocks.
+// Tarnclasses_.h - the two containers that hold every large text and block of the filter.
 //
-//   SizedBytes        a block and its exact length; the length may count one trailing NUL.
+//   SizedBytes        a text in a block of its own.
 //   TrackedBuffer<T>  a growing array that tells the host's memory budget when it gets large.
-//   KernelBlock<T>    any other block of KernelAlloc, KernelAllocZero or KernelRealloc.
 //
-// All three own their block, free it when they die, move but never copy. Statuses are those of
-// TarnPst.h: 1 success, else a failure code. Nothing here throws.
+// Both own their block and free it when they die; a text moves, neither copies. Nothing here
+// throws.
 #ifndef TARN_INTERNAL_TARNCLASSES_H
 #define TARN_INTERNAL_TARNCLASSES_H
 
+#include <cassert>
 #include <cstdint>
 #include <cstring>
+#include <span>
 #include <string_view>
 #include <type_traits>
 #include <utility>
 
-#include "TarnPst.h"
-#include "Tarnbase/Kernel.h"
-
-// The source location that every allocation carries: two arguments, line and wide file name.
-#define TARN_HERE __LINE__, (u"" __FILE__)
+#include "Internal/KernelBlock.h"
+#include "Internal/Status.h"
 
 namespace tarn {
 
@@ -33,85 +30,104 @@ constexpr std::string_view WithoutTrailingNul(std::string_view text) {
   return text;
 }
 
-// Owner of one plain kernel block.
-template <typename T>
-class KernelBlock {
+// A text, UTF-8 unless its owner says otherwise, in one kernel block. Its length may count one
+// trailing NUL: text() is what a reader wants, view() and length() are for those who hand the bytes
+// on as they are. A text without a block is absent, which is not the same as one of length 0.
+class SizedBytes {
  public:
-  KernelBlock() = default;
-  explicit KernelBlock(T* block) : block_(block) {}
-  KernelBlock(KernelBlock&& other) noexcept : block_(other.take()) {}
-  KernelBlock& operator=(KernelBlock&& other) noexcept {
-    if (this != &other) reset(other.take());
-    return *this;
-  }
-  ~KernelBlock() { reset(); }
-
-  T* get() const { return block_; }
-  T& operator[](uint64_t index) const { return block_[index]; }
-  explicit operator bool() const { return block_ != nullptr; }
-
-  // Gives the block away.
-  T* take() { return std::exchange(block_, nullptr); }
-
-  void reset(T* block = nullptr) {
-    if (block_ != nullptr) KernelFree(block_, TARN_HERE);
-    block_ = block;
-  }
-
- private:
-  T* block_ = nullptr;
-};
-
-// `count` elements, contents undefined, or an empty owner when memory is out.
-template <typename T>
-KernelBlock<T> AllocateBlock(uint64_t count, int32_t line, const char16_t* file) {
-  return KernelBlock<T>(static_cast<T*>(KernelAlloc(count, sizeof(T), line, file)));
-}
-
-// The same, zero filled.
-template <typename T>
-KernelBlock<T> AllocateZeroBlock(uint64_t count, int32_t line, const char16_t* file) {
-  return KernelBlock<T>(static_cast<T*>(KernelAllocZero(count, sizeof(T), line, file)));
-}
-
-struct SizedBytes {
-  char* data = nullptr;
-  uint64_t length = 0;
-
   SizedBytes() = default;
-  SizedBytes(SizedBytes&& other) noexcept { swap(other); }
+  // Takes a block whose first `length` bytes are the text.
+  SizedBytes(KernelBlock<char> block, uint64_t length)
+      : block_(std::move(block)), length_(block_ ? length : 0) {}
+  SizedBytes(SizedBytes&& other) noexcept
+      : block_(std::move(other.block_)), length_(std::exchange(other.length_, 0)) {}
   SizedBytes& operator=(SizedBytes&& other) noexcept {
-    if (this != &other) {
-      release();
-      swap(other);
-    }
+    block_ = std::move(other.block_);
+    length_ = std::exchange(other.length_, 0);
     return *this;
-  }
-  ~SizedBytes() { release(); }
-
-  void swap(SizedBytes& other) noexcept {
-    std::swap(data, other.data);
-    std::swap(length, other.length);
   }
 
   // All bytes that the length counts.
-  std::string_view bytes() const {
-    return data == nullptr ? std::string_view() : std::string_view(data, length);
-  }
+  std::string_view view() const { return {block_.get(), length_}; }
   // The text: the bytes less one trailing NUL.
-  std::string_view text() const { return WithoutTrailingNul(bytes()); }
-
-  // Absent, of length 0, or nothing but one terminating NUL.
+  std::string_view text() const { return WithoutTrailingNul(view()); }
+  uint64_t length() const { return length_; }
+  bool hasBlock() const { return static_cast<bool>(block_); }
+  bool countsNul() const { return view().ends_with('\0'); }
+  // Absent, of length 0, or nothing but one NUL.
   bool isEmptyText() const { return text().empty(); }
 
-  void release();
+  // The block; null when the text is absent. Nothing need follow its `length()` bytes.
+  char* data() { return block_.get(); }
+  const char* data() const { return block_.get(); }
+
+  // Adds to the text as AppendTerminated does.
+  Status append(std::string_view source);
+
+  // Replaces `count` bytes at `position`. The new ones must not lie in the text's own block. A text
+  // that grows gets a block of its new length; one that shrinks keeps its block.
+  //   StatusOk
+  //   StatusFailed  without memory, or for a range that is not wholly inside the text, which is
+  //                 then as it was
+  Status splice(uint64_t position, uint64_t count, std::string_view replacement);
+
+  // Gives the text a block of `room` bytes, as large as its length or larger, and has
+  // `write(char* block)` fill in what it likes and say how many bytes are the text's from then on.
+  // False without memory, and then nothing has changed.
+  template <typename Write>
+  bool overwrite(uint64_t room, Write write) {
+    if (!resizeBlock(room)) return false;
+    length_ = write(block_.get());
+    return true;
+  }
+
+  // Resizes the block to no less than the length. False without memory, and then it is as it was.
+  bool resizeBlock(uint64_t room) {
+    void* const block = KernelRealloc(block_.get(), room, TARN_HERE);
+    if (block == nullptr) return false;
+    block_.take();
+    block_.reset(static_cast<char*>(block));
+    return true;
+  }
+
+  // Takes a block in the place of the one it has.
+  void adopt(KernelBlock<char> block, uint64_t length) {
+    *this = SizedBytes(std::move(block), length);
+  }
+
+  // Cuts the text to `length` bytes, no more than it has. The block stays.
+  void truncate(uint64_t length) {
+    assert(length <= length_);
+    length_ = length;
+  }
+  void clear() { length_ = 0; }
+
+  // Gives the block away; the text is absent afterwards.
+  KernelBlock<char> take() {
+    length_ = 0;
+    return std::move(block_);
+  }
+  // Frees the block.
+  void release() { take(); }
+
+  // Being replaced by the operations above.
+  void setLength(uint64_t length) { length_ = length; }
+  void setData(char* block) {
+    block_.take();
+    block_.reset(block);
+  }
+
+ private:
+  KernelBlock<char> block_;
+  uint64_t length_ = 0;
 };
 
-// Appends `length` bytes of `source` (kNulTerminated: up to its NUL) behind the target's text, and
+// Adds `length` bytes of `source` (kNulTerminated: up to its NUL) to the target's text, and
 // sees that the result ends with a NUL that the length counts; only one is ever added, so a source
-// that ends with a NUL gets no second. A null source is an empty one. 1, or -1 without memory, and
-// then nothing has changed.
-int32_t AppendTerminated(SizedBytes& target, const char* source, uint64_t length = kNulTerminated);
+// that ends with a NUL gets no second. A null source is an empty one.
+//   StatusOk
+//   StatusOutOfMemory  the target is as it was
+Status AppendTerminated(SizedBytes& target, const char* source, uint64_t length = kNulTerminated);
 
 // The accounting part of a TrackedBuffer: the host hears of a buffer once it passes the threshold.
 struct MemoryMeter {
@@ -119,111 +135,159 @@ struct MemoryMeter {
   uint64_t threshold = 8000000;
   uint32_t reported = 0;  // 1 once the host knows about this buffer
 
-  // Tells the host as needed that the buffer now holds `bytes`. 1, or the host's refusal; then
-  // nothing has changed.
-  int32_t set(uint64_t bytes);
+  // Tells the host as needed that the buffer now holds `bytes`. StatusOk, or the host's refusal;
+  // then nothing has changed.
+  Status set(uint64_t bytes);
 };
 
-// A growing array of trivially copyable elements. `length` is its users' affair: they set it after
-// writing into what reserve() gave.
+// A growing array of trivially copyable elements. Without a block its length is 0.
 template <typename T>
-struct TrackedBuffer {
+class TrackedBuffer {
   static_assert(std::is_trivially_copyable_v<T>);
 
-  T* data = nullptr;
-  uint64_t length = 0;    // elements in use
-  uint64_t capacity = 0;  // elements allocated
-  uint64_t increment;     // spare elements added on each growth
-  uint32_t zeroFill;      // 1: new elements are cleared
-  int32_t lastError = StatusOutOfMemory;
-  MemoryMeter meter;
-  uint64_t firstIncrement;
-  uint32_t growthCount = 0;  // growths since `increment` last doubled
-
-  explicit TrackedBuffer(uint64_t initialCount = 0, uint64_t increment_ = 1024,
-                         uint32_t zeroFill_ = 0)
-      : increment(increment_), zeroFill(zeroFill_), firstIncrement(increment_) {
+ public:
+  // Room for `initialCount` elements at once, as reserve() makes it. `increment`: the spare
+  // elements of each growth. `zeroFill`: 1 clears new elements.
+  explicit TrackedBuffer(uint64_t initialCount = 0, uint64_t increment = 1024,
+                         uint32_t zeroFill = 0)
+      : increment_(increment), firstIncrement_(increment), zeroFill_(zeroFill) {
     if (initialCount != 0) reserve(initialCount);
   }
   TrackedBuffer(const TrackedBuffer&) = delete;
   TrackedBuffer& operator=(const TrackedBuffer&) = delete;
   ~TrackedBuffer() { release(); }
 
-  // Room for `count` elements in all. Returns the block, or null with `lastError` set: without
+  T* data() { return block_.get(); }
+  const T* data() const { return block_.get(); }
+  uint64_t length() const { return length_; }
+  uint64_t capacity() const { return capacity_; }
+  bool hasBlock() const { return static_cast<bool>(block_); }
+  T& operator[](uint64_t index) const { return block_[index]; }
+  std::span<T> elements() { return {block_.get(), length_}; }
+  std::span<const T> elements() const { return {block_.get(), length_}; }
+  // The elements of a buffer of characters.
+  std::basic_string_view<T> view() const { return {block_.get(), length_}; }
+
+  uint64_t increment() const { return increment_; }
+  uint64_t firstIncrement() const { return firstIncrement_; }
+  uint32_t zeroFill() const { return zeroFill_; }
+  uint32_t growthCount() const { return growthCount_; }  // growths since `increment` last doubled
+  const MemoryMeter& meter() const { return meter_; }
+  // Of the last failure; before the first one and after clearError(), StatusOutOfMemory.
+  Status lastError() const { return lastError_; }
+  void setLastError(Status status) { lastError_ = status; }
+  // From how many bytes on the host is told.
+  void setThreshold(uint64_t bytes) { meter_.threshold = bytes; }
+
+  // Room for `count` elements in all. Returns the block, or null with lastError() set: without
   // memory the contents stay; a refusal by the host's budget frees the block, and the next call
-  // starts again from nothing (`length` is left to the users even then). Never shrinks. The request
-  // is not rounded and the old capacity plays no part in the new one.
+  // starts again from nothing. Never shrinks. The request is not rounded and the old capacity plays
+  // no part in the new one.
   T* reserve(uint64_t count);
 
-  // Frees the block; also done by the destructor.
-  void release();
-
-  // Gives the block away; the buffer is empty afterwards and the host no longer counts it.
-  T* take() {
-    meter.set(0);
-    length = 0;
-    capacity = 0;
-    return std::exchange(data, nullptr);
-  }
-
-  // Behind the elements in use, writes `count` more and counts them. 1; -814 for a null source
-  // with a count; else `lastError`. Without a block no element is in use.
-  int32_t append(const T* source, uint64_t count) {
+  // Adds elements at the end. StatusOk; StatusNullArgument for a null source with a count; else
+  // lastError().
+  Status append(const T* source, uint64_t count) {
     if (count == 0) return StatusOk;
     if (source == nullptr) return StatusNullArgument;
-    if (data == nullptr) length = 0;
-    if (count > UINT64_MAX - length) return lastError = StatusOutOfMemory;
-    if (reserve(length + count) == nullptr) {
-      if (data == nullptr) length = 0;
-      return lastError;
-    }
-    std::memcpy(data + length, source, count * sizeof(T));
-    length += count;
+    if (count > UINT64_MAX - length_) return lastError_ = StatusOutOfMemory;
+    if (reserve(length_ + count) == nullptr) return lastError_;
+    std::memcpy(block_.get() + length_, source, count * sizeof(T));
+    length_ += count;
     return StatusOk;
   }
+  Status append(std::span<const T> source) { return append(source.data(), source.size()); }
+
+  // How many of the elements that there is room for are in use.
+  void setLength(uint64_t length) {
+    assert(length <= capacity_);
+    length_ = length;
+  }
+  void clear() { length_ = 0; }
+
+  // Takes a block with room for `capacity` elements, of which `length` are in use, in the place of
+  // its own. The host does not hear of it until the buffer grows.
+  void adopt(KernelBlock<T> block, uint64_t length, uint64_t capacity) {
+    release();
+    replaceBlock(std::move(block), length, capacity);
+  }
+
+  // The same, and the host goes on to count what it counted.
+  void replaceBlock(KernelBlock<T> block, uint64_t length, uint64_t capacity) {
+    block_ = std::move(block);
+    length_ = block_ ? length : 0;
+    capacity_ = block_ ? capacity : 0;
+  }
+
+  // Gives back what the block holds beyond the elements in use when that is more than 32 bytes. The
+  // block stays as it is when it cannot be resized, and the host is not told.
+  void shrinkToFit() {
+    if ((capacity_ - length_) * sizeof(T) <= 32) return;
+    void* const smaller = KernelRealloc(block_.get(), length_ * sizeof(T), TARN_HERE);
+    if (smaller == nullptr) return;
+    block_.take();
+    block_.reset(static_cast<T*>(smaller));
+    capacity_ = length_;
+  }
+
+  // Has the host count `bytes` for the block, whatever it holds. StatusOk, or the host's refusal;
+  // then nothing has changed.
+  Status count(uint64_t bytes) { return meter_.set(bytes); }
+
+  // Gives the block away; the buffer is empty afterwards and the host no longer counts it.
+  KernelBlock<T> take() {
+    meter_.set(0).ignore();
+    length_ = 0;
+    capacity_ = 0;
+    return std::move(block_);
+  }
+
+  // Frees the block; also done by the destructor.
+  void release() { take(); }
+
+ private:
+  KernelBlock<T> block_;
+  uint64_t length_ = 0;      // elements in use
+  uint64_t capacity_ = 0;    // elements allocated
+  uint64_t increment_;       // spare elements of a growth
+  uint64_t firstIncrement_;  // what that was at first
+  uint32_t zeroFill_;
+  Status lastError_ = StatusOutOfMemory;
+  MemoryMeter meter_;
+  uint32_t growthCount_ = 0;
 };
 
 template <typename T>
 T* TrackedBuffer<T>::reserve(uint64_t count) {
-  if (data != nullptr && capacity >= count) return data;
+  if (block_ && capacity_ >= count) return block_.get();
 
-  const uint64_t newCapacity = increment + count;
+  const uint64_t newCapacity = increment_ + count;
   const bool fits = newCapacity >= count && newCapacity <= UINT64_MAX / sizeof(T);
   const uint64_t bytes = fits ? newCapacity * sizeof(T) : UINT64_MAX;
-  T* const block = fits ? static_cast<T*>(KernelRealloc(data, bytes, TARN_HERE)) : nullptr;
+  void* const block = fits ? KernelRealloc(block_.get(), bytes, TARN_HERE) : nullptr;
   if (block == nullptr) {
-    const int32_t code = KernelMemoryReport(KERNEL_MEMORY_FAILED, bytes, 0);
-    lastError = code == StatusOk ? StatusOutOfMemory : code;
+    lastError_ = Status::FromCode(KernelMemoryReport(KERNEL_MEMORY_FAILED, bytes, 0));
+    if (lastError_.ok()) lastError_ = StatusOutOfMemory;
     return nullptr;
   }
-  data = block;
-  const int32_t granted = meter.set(bytes);
-  if (granted != StatusOk) {
-    lastError = granted;
-    KernelFree(data, TARN_HERE);
-    data = nullptr;
-    capacity = 0;
+  block_.take();
+  block_.reset(static_cast<T*>(block));
+  if (const Status granted = meter_.set(bytes); !granted.ok()) {
+    lastError_ = granted;
+    block_.reset();
+    length_ = 0;
+    capacity_ = 0;
     return nullptr;
   }
-  if (zeroFill != 0) std::memset(data + capacity, 0, (newCapacity - capacity) * sizeof(T));
-  capacity = newCapacity;
-  if (++growthCount > 20) {
-    increment *= 2;
-    growthCount = 0;
+  if (zeroFill_ != 0) {
+    std::memset(block_.get() + capacity_, 0, (newCapacity - capacity_) * sizeof(T));
   }
-  return data;
-}
-
-template <typename T>
-void TrackedBuffer<T>::release() {
-  meter.set(0);
-  if (data != nullptr) KernelFree(data, TARN_HERE);
-  data = nullptr;
-  length = 0;
-  capacity = 0;
-  if (meter.reported != 0 && meter.current != 0) {
-    KernelMemoryReport(KERNEL_MEMORY_RETURN, meter.current, 0);
+  capacity_ = newCapacity;
+  if (++growthCount_ > 20) {
+    increment_ *= 2;
+    growthCount_ = 0;
   }
+  return block_.get();
 }
 
 // Prints behind the text in `buffer`, with a NUL that its length does not count. `flag` is the

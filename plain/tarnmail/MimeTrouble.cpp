@@ -56,7 +56,7 @@ bool Walk::open(const char* end, const char* headerEnd) {
     return false;
   }
   cursor_ = inner;
-  open_.push_back({end, end, std::string(delimiter.data, delimiter.length)});
+  open_.push_back({end, end, std::string(delimiter.data(), delimiter.length())});
   return true;
 }
 

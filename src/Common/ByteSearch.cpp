@@ -62,4 +62,31 @@ bool EqualsIgnoringCase(std::string_view a, std::string_view b) {
   return true;
 }
 
+namespace {
+
+size_t Position(std::string_view text, const char* found) {
+  return found != nullptr ? static_cast<size_t>(found - text.data()) : std::string_view::npos;
+}
+
+}  // namespace
+
+size_t FindBytes(std::string_view text, std::string_view needle, size_t from) {
+  if (from > text.size()) return std::string_view::npos;
+  return Position(text, FindBytes(text.data() + from, text.data() + text.size(), needle));
+}
+
+size_t FindIgnoringCase(std::string_view text, std::string_view needle, size_t from) {
+  if (from > text.size()) return std::string_view::npos;
+  return Position(text, FindIgnoringCase(text.data() + from, text.data() + text.size(), needle));
+}
+
+size_t FindByte(std::string_view text, char byte, size_t from) {
+  if (from > text.size()) return std::string_view::npos;
+  return Position(text, FindByte(text.data() + from, text.data() + text.size(), byte));
+}
+
+bool StartsWithIgnoringCase(std::string_view text, std::string_view prefix) {
+  return EqualsIgnoringCase(text.substr(0, prefix.size()), prefix);
+}
+
 }  // namespace tarn

@@ -11,7 +11,14 @@
 
 namespace tarn {
 
-// First occurrence, or null.
+// The first occurrence from `from` on, or std::string_view::npos.
+size_t FindBytes(std::string_view text, std::string_view needle, size_t from = 0);
+size_t FindIgnoringCase(std::string_view text, std::string_view needle, size_t from = 0);
+size_t FindByte(std::string_view text, char byte, size_t from = 0);
+
+bool StartsWithIgnoringCase(std::string_view text, std::string_view prefix);
+
+// The same with pointers: the first occurrence, or null.
 const char* FindBytes(const char* start, const char* end, std::string_view needle);
 const char* FindIgnoringCase(const char* start, const char* end, std::string_view needle);
 const char* FindByte(const char* start, const char* end, char byte);

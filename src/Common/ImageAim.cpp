@@ -20,8 +20,8 @@ int32_t AimInPass(InlineImageContext& context, const char* needle, bool& found) 
 }
 
 bool AimAtBody(InlineImageContext& context, SearchBudget& budget, const char* needle) {
-  const char* const start = context.body->data;
-  const char* const end = start + context.body->length;
+  const char* const start = context.body->data();
+  const char* const end = start + context.body->length();
   const char* const found = FindBytes(start, end, needle);
   budget.spend(static_cast<uint64_t>((found != nullptr ? found : end) - start));
   if (found == nullptr) return false;
@@ -40,14 +40,14 @@ int32_t AimAt(InlineImageContext& context, SearchBudget& budget, const char* nee
 
 int32_t AimAtReference(InlineImageContext& context, SearchBudget& budget, const char* contentId,
                        const char* name, bool& found) {
-  context.cidText.length = 0;
+  context.cidText.setLength(0);
   context.cidTextFlag = 1;
   found = false;
   if (contentId != nullptr) {
     if (AppendFormat(context.cidText, context.cidTextFlag, "cid:%s", contentId) == 0) {
       return StatusOutOfMemory;
     }
-    const int32_t status = AimAt(context, budget, context.cidText.data, found);
+    const int32_t status = AimAt(context, budget, context.cidText.data(), found);
     if (status != StatusOk) return status;
   }
   if (!found && name != nullptr) {

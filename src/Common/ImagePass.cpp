@@ -212,10 +212,10 @@ void ImagePass::discard() {
 
 void ImagePass::prepare() {
   if (isReady_) return;
-  index_ = TextIndex(body_.bytes(), limits_.index);
-  length_ = body_.length;
-  cleanFrom_ = body_.length;
-  cleanEnd_ = body_.length;
+  index_ = TextIndex(body_.view(), limits_.index);
+  length_ = body_.length();
+  cleanFrom_ = body_.length();
+  cleanEnd_ = body_.length();
   isReady_ = true;
 }
 
@@ -272,7 +272,7 @@ uint64_t ImagePass::firstNul(uint64_t place) {
 int32_t ImagePass::replace(uint64_t place, std::string_view needle, SizedBytes replacement,
                            Kind kind, uint64_t& count) try {
   count = 0;
-  const std::string_view bytes = replacement.bytes();
+  const std::string_view bytes = replacement.view();
   const bool isSimple =
       needle.find('"') == std::string_view::npos && (kind == Kind::DataUrl || IsPlainName(bytes));
   if (!isSimple) return replaceInText(place, needle, bytes, count);
@@ -318,7 +318,7 @@ int32_t ImagePass::replaceInText(uint64_t place, std::string_view needle,
   if (written != StatusOk) return written;
   const int32_t status =
       ReplaceImageReferences(body_, inText, needle, replacement, limits_.text, count);
-  budget_.spend(body_.length);
+  budget_.spend(body_.length());
   discard();
   return status;
 }
@@ -326,7 +326,7 @@ int32_t ImagePass::replaceInText(uint64_t place, std::string_view needle,
 int32_t ImagePass::finish() {
   if (!edits_.empty()) {
     found_.reset();
-    index_ = TextIndex(body_.bytes(), limits_.index);  // frees what it had made
+    index_ = TextIndex(body_.view(), limits_.index);  // frees what it had made
     TextGrowth growth;
     for (const auto& [quote, edit] : edits_) {
       growth.add(quote - edit.start, replacementOf(edit).size());
@@ -337,7 +337,7 @@ int32_t ImagePass::finish() {
       rewriter.replace(edit.start, quote, replacementOf(edit));
     }
     rewriter.close();
-    budget_.spend(body_.length);
+    budget_.spend(body_.length());
   }
   discard();
   return StatusOk;

@@ -78,7 +78,7 @@ class ImagePass {
 
   std::string_view base() const { return index_.text(); }
   std::string_view replacementOf(const Edit& edit) const {
-    return replacements_[edit.replacement].bytes();
+    return replacements_[edit.replacement].view();
   }
 
   void prepare();

@@ -92,7 +92,7 @@ bool ImageReferences::isInImageData(uint64_t place) {
 int32_t ReplaceImageReferences(SizedBytes& body, uint64_t searchOffset, std::string_view needle,
                                std::string_view replacement, uint64_t limit, uint64_t& count) {
   count = 0;
-  const std::string_view old = body.bytes();
+  const std::string_view old = body.view();
   if (needle.empty() || searchOffset > old.size()) return StatusOk;
 
   uint64_t found = 0;

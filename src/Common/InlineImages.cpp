@@ -61,31 +61,31 @@ int32_t MakeDataUrl(std::string_view image, SizedBytes& url) {
   // Small images do not fit: their padding takes more than the factor gives.
   const auto room = static_cast<uint64_t>(static_cast<double>(image.size()) * 1.4);
   const uint64_t blockSize = room + kDataUrlPrefix.size();
-  url.data = static_cast<char*>(KernelRealloc(nullptr, blockSize, TARN_HERE));
-  if (url.data == nullptr) return StatusOutOfMemory;
-  std::memset(url.data, 0, blockSize);
-  kDataUrlPrefix.copy(url.data, kDataUrlPrefix.size());
+  url.setData(static_cast<char*>(KernelRealloc(nullptr, blockSize, TARN_HERE)));
+  if (url.data() == nullptr) return StatusOutOfMemory;
+  std::memset(url.data(), 0, blockSize);
+  kDataUrlPrefix.copy(url.data(), kDataUrlPrefix.size());
   if (image.data() == nullptr || room == 0) return StatusBadArgument;
 
   const uint64_t encoded =
-      Base64Encode(url.data + kDataUrlPrefix.size(), room, image.data(), image.size());
+      Base64Encode(url.data() + kDataUrlPrefix.size(), room, image.data(), image.size());
   if (encoded == 0) return StatusFailed;
-  url.length = kDataUrlPrefix.size() + encoded;
+  url.setLength(kDataUrlPrefix.size() + encoded);
   return StatusOk;
 }
 
 // The text in a block of its own. False without memory.
 bool CopyOf(std::string_view text, SizedBytes& copy) {
-  copy.data = static_cast<char*>(KernelRealloc(nullptr, text.size(), TARN_HERE));
-  if (copy.data == nullptr) return false;
-  copy.length = text.copy(copy.data, text.size());
+  copy.setData(static_cast<char*>(KernelRealloc(nullptr, text.size(), TARN_HERE)));
+  if (copy.data() == nullptr) return false;
+  copy.setLength(text.copy(copy.data(), text.size()));
   return true;
 }
 
 // A URL that is kept takes no more than its length. The block may stay as it is.
 bool GiveBackSlack(SizedBytes& url) {
-  void* const smaller = KernelRealloc(url.data, url.length, TARN_HERE);
-  if (smaller != nullptr) url.data = static_cast<char*>(smaller);
+  void* const smaller = KernelRealloc(url.data(), url.length(), TARN_HERE);
+  if (smaller != nullptr) url.setData(static_cast<char*>(smaller));
   return true;
 }
 
@@ -108,7 +108,7 @@ int32_t RewriteInlineImage(InlineImageContext& context, const char* block, uint6
   } else {
     const int32_t status = MakeDataUrl(image, url);
     if (status != StatusOk) return status;
-    replacement = url.bytes();
+    replacement = url.view();
   }
 
   const std::string_view needle =

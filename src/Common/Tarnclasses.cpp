@@ -5,29 +5,40 @@
 
 namespace tarn {
 
-void SizedBytes::release() {
-  if (data != nullptr) KernelFree(data, TARN_HERE);
-  data = nullptr;
-  length = 0;
+Status SizedBytes::append(std::string_view source) {
+  const uint64_t kept = text().size();
+  if (source.size() >= UINT64_MAX - kept) return StatusOutOfMemory;
+  const auto put = [&](char* block) {
+    uint64_t sum = kept + source.copy(block + kept, source.size());
+    if (sum == 0 || block[sum - 1] != '\0') block[sum++] = '\0';
+    return sum;
+  };
+  return overwrite(kept + source.size() + 1, put) ? StatusOk : StatusOutOfMemory;
 }
 
-int32_t AppendTerminated(SizedBytes& target, const char* source, uint64_t length) {
-  if (source == nullptr) length = 0;
-  if (length == kNulTerminated) length = std::strlen(source);
-  const uint64_t kept = target.text().size();
-  if (length >= UINT64_MAX - kept) return StatusOutOfMemory;
+Status SizedBytes::splice(uint64_t position, uint64_t count, std::string_view replacement) {
+  if (position > length_ || count > length_ - position) return StatusFailed;
+  const uint64_t kept = length_ - count;
+  if (replacement.size() > UINT64_MAX - kept) return StatusFailed;
 
-  uint64_t sum = kept + length;
-  auto* const block = static_cast<char*>(KernelRealloc(target.data, sum + 1, TARN_HERE));
-  if (block == nullptr) return StatusOutOfMemory;
-  if (length != 0) std::memcpy(block + kept, source, length);
-  if (sum == 0 || block[sum - 1] != '\0') block[sum++] = '\0';
-  target.data = block;
-  target.length = sum;
+  const uint64_t newLength = kept + replacement.size();
+  if (newLength > length_ && !resizeBlock(newLength)) return StatusFailed;
+  length_ = newLength;
+  char* const place = block_.get() + position;
+  const uint64_t tail = kept - position;
+  if (tail != 0 && replacement.size() != count)
+    std::memmove(place + replacement.size(), place + count, tail);
+  replacement.copy(place, replacement.size());
   return StatusOk;
 }
 
-int32_t MemoryMeter::set(uint64_t bytes) {
+Status AppendTerminated(SizedBytes& target, const char* source, uint64_t length) {
+  if (source == nullptr) length = 0;
+  if (length == kNulTerminated) length = std::strlen(source);
+  return target.append({source, length});
+}
+
+Status MemoryMeter::set(uint64_t bytes) {
   if (bytes == current) return StatusOk;
 
   if (bytes < current) {
@@ -40,8 +51,8 @@ int32_t MemoryMeter::set(uint64_t bytes) {
     return StatusOk;
   }
   const uint64_t wanted = reported != 0 ? bytes - current : bytes;
-  const int32_t granted = KernelMemoryReport(KERNEL_MEMORY_WANT, wanted, 0);
-  if (granted != StatusOk) return granted;
+  const Status granted = Status::FromCode(KernelMemoryReport(KERNEL_MEMORY_WANT, wanted, 0));
+  if (!granted.ok()) return granted;
   current = bytes;
   reported = 1;
   return StatusOk;
@@ -60,12 +71,11 @@ int32_t AppendFormat(TrackedBuffer<char>& buffer, int32_t& flag, const char* for
   flag = 0;
   if (needed < 0) return flag;
   const auto size = static_cast<uint64_t>(needed);
-  if (buffer.data == nullptr) buffer.length = 0;
-  if (buffer.reserve(buffer.length + size + 1) == nullptr) return flag;
+  if (buffer.reserve(buffer.length() + size + 1) == nullptr) return flag;
   va_start(arguments, format);
-  std::vsnprintf(buffer.data + buffer.length, size + 1, format, arguments);
+  std::vsnprintf(buffer.data() + buffer.length(), size + 1, format, arguments);
   va_end(arguments);
-  buffer.length += size;
+  buffer.setLength(buffer.length() + size);
   return flag = 1;
 }
 

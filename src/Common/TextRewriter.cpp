@@ -4,13 +4,14 @@ namespace tarn {
 
 bool TextRewriter::open(SizedBytes& text, const TextGrowth& growth) {
   const uint64_t gap = growth.most();
-  if (gap > UINT64_MAX - text.length) return false;
-  auto* const block = static_cast<char*>(KernelRealloc(text.data, text.length + gap, TARN_HERE));
+  if (gap > UINT64_MAX - text.length()) return false;
+  auto* const block =
+      static_cast<char*>(KernelRealloc(text.data(), text.length() + gap, TARN_HERE));
   if (block == nullptr) return false;
-  text.data = block;
-  if (text.length != 0) std::memmove(block + gap, block, text.length);
+  text.setData(block);
+  if (text.length() != 0) std::memmove(block + gap, block, text.length());
   text_ = &text;
-  old_ = {block + gap, text.length};
+  old_ = {block + gap, text.length()};
   taken_ = 0;
   written_ = 0;
   return true;
@@ -18,7 +19,7 @@ bool TextRewriter::open(SizedBytes& text, const TextGrowth& growth) {
 
 void TextRewriter::keepUpTo(uint64_t place) {
   const uint64_t count = place - taken_;
-  if (count != 0) std::memmove(text_->data + written_, old_.data() + taken_, count);
+  if (count != 0) std::memmove(text_->data() + written_, old_.data() + taken_, count);
   taken_ = place;
   written_ += count;
 }
@@ -27,18 +28,18 @@ void TextRewriter::replace(uint64_t start, uint64_t end, std::string_view replac
   keepUpTo(start);
   taken_ = end;
   if (!replacement.empty())
-    std::memcpy(text_->data + written_, replacement.data(), replacement.size());
+    std::memcpy(text_->data() + written_, replacement.data(), replacement.size());
   written_ += replacement.size();
 }
 
 void TextRewriter::close() {
   keepUpTo(old_.size());
-  const auto block = static_cast<uint64_t>(old_.data() + old_.size() - text_->data);
-  text_->length = written_;
+  const auto block = static_cast<uint64_t>(old_.data() + old_.size() - text_->data());
+  text_->setLength(written_);
   if (written_ == block) return;
   // The block may stay as large as it is.
-  void* const smaller = KernelRealloc(text_->data, written_, TARN_HERE);
-  if (smaller != nullptr) text_->data = static_cast<char*>(smaller);
+  void* const smaller = KernelRealloc(text_->data(), written_, TARN_HERE);
+  if (smaller != nullptr) text_->setData(static_cast<char*>(smaller));
 }
 
 }  // namespace tarn

@@ -58,7 +58,7 @@ int32_t AddProperties(PropertyList& list, const EmlPart& part, Stretch headers, 
   if (status != StatusOk) return status;
   AddContentType(list, headers);
   if (part.hasContentId()) {
-    AddAttachmentProperty(list, "Content-ID:", part.contentId.data, part.contentId.length);
+    AddAttachmentProperty(list, "Content-ID:", part.contentId.data(), part.contentId.length());
   }
   return StatusOk;
 }
@@ -90,14 +90,12 @@ int32_t CallBack(const AttachmentRequest& request, EmlPart& part, const char16_t
   const int32_t decoded = EnsureDecoded(part);
   if (decoded != StatusOk) return decoded;
   TrackedBuffer<char> data;
-  const int32_t granted = data.meter.set(part.decodedLength);
+  const int32_t granted = data.count(part.decodedLength);
   if (granted != StatusOk) return granted;
-  data.length = part.decodedLength;
-  data.capacity = part.decodedLength;
-  data.data = part.decoded.take();
+  data.replaceBlock(std::move(part.decoded), part.decodedLength, part.decodedLength);
   const int32_t result = request.callback(request.user, &data, name, &properties);
-  part.decodedLength = data.length;
-  part.decoded.reset(data.take());
+  part.decodedLength = data.length();
+  part.decoded = data.take();
   return result;
 }
 
@@ -112,7 +110,7 @@ int32_t AddHeaderParameterProperty(PropertyList& list, const char* start, const 
   SizedBytes decoded;
   const int32_t status = DecodeParameterValue(value, valueEnd, decoded);
   if (status != StatusOk) return status;
-  return AddAttachmentProperty(list, key.data(), decoded.data, decoded.text().size());
+  return AddAttachmentProperty(list, key.data(), decoded.data(), decoded.text().size());
 }
 
 int32_t ReportEmlAttachment(const AttachmentRequest* request, EmlPart& part, EmlMessage& message,

@@ -15,15 +15,15 @@ int32_t ReplaceBody(EmlPart& part, EmlMessage& message, InlineImageContext& cont
   const int32_t decoded = EnsureDecoded(part);
   if (decoded != StatusOk) return decoded;
   if (context.pass != nullptr) context.pass->discard();
-  message.body.length = 0;
+  message.body.setLength(0);
   return AppendTerminated(message.body, part.decoded.get(), part.decodedLength);
 }
 
 // The siblings read such a text in a stricter way than mails stand.
 void BlankDoctype(SizedBytes& body) {
   constexpr std::string_view kDoctype = "<!DOCTYPE html>";
-  const char* const hit = FindBytes(body.data, body.data + body.length, kDoctype);
-  if (hit != nullptr) std::memset(body.data + (hit - body.data), ' ', kDoctype.size());
+  const char* const hit = FindBytes(body.data(), body.data() + body.length(), kDoctype);
+  if (hit != nullptr) std::memset(body.data() + (hit - body.data()), ' ', kDoctype.size());
 }
 
 int32_t UseTextPart(EmlPart& part, EmlMessage& message, InlineImageContext& context) {
@@ -36,7 +36,7 @@ int32_t UseTextPart(EmlPart& part, EmlMessage& message, InlineImageContext& cont
 }
 
 int32_t UseOtherPart(EmlPart& part, EmlMessage& message, InlineImageContext& context) {
-  if (message.body.length != 0) return StatusOk;
+  if (message.body.length() != 0) return StatusOk;
   const int32_t status = ReplaceBody(part, message, context);
   if (status == StatusOk) message.documentKind = DocumentText;
   return status;
@@ -45,12 +45,12 @@ int32_t UseOtherPart(EmlPart& part, EmlMessage& message, InlineImageContext& con
 int32_t PlaceImage(EmlPart& part, EmlMessage& message, InlineImageContext& context,
                    SearchBudget& budget, int32_t& walkResult) {
   if (!part.name) return StatusOk;
-  if (message.body.length == 0) {
+  if (message.body.length() == 0) {
     walkResult = StatusDone;
     return StatusOk;
   }
   context.name = part.name.get();
-  context.contentId = part.hasContentId() ? part.contentId.data : nullptr;
+  context.contentId = part.hasContentId() ? part.contentId.data() : nullptr;
 
   // By its content id, or else by its name. An empty name is nowhere.
   bool found = false;
@@ -64,7 +64,7 @@ int32_t PlaceImage(EmlPart& part, EmlMessage& message, InlineImageContext& conte
     const int32_t status = RewriteInlineImage(context, part.decoded.get(), part.decodedLength);
     if (status < StatusOk) return status;
     walkResult = status;
-    if (context.pass == nullptr) budget.spend(message.body.length);
+    if (context.pass == nullptr) budget.spend(message.body.length());
   }
   return budget.isSpent() ? StatusOutOfMemory : StatusOk;
 }
@@ -73,7 +73,7 @@ int32_t PlaceImage(EmlPart& part, EmlMessage& message, InlineImageContext& conte
 
 bool IsOutdoneByBody(const EmlPart& part, const EmlMessage& message) {
   return part.contentClass == ContentPlain && message.documentKind == DocumentHtml &&
-         message.body.length != 0;
+         message.body.length() != 0;
 }
 
 int32_t UsePart(EmlPart& part, EmlMessage& message, InlineImageContext& context,

@@ -93,7 +93,7 @@ struct Conversion {
 // count the NUL. Text that the code page does not take stays, as does one beyond INT32_MAX bytes.
 // -1 changes nothing; -1851 leaves the text cut at the offset.
 Conversion ConvertFrom(SizedBytes& text, uint64_t offset, uint32_t codePage) {
-  const std::string_view source = WithoutTrailingNul(text.bytes().substr(offset));
+  const std::string_view source = WithoutTrailingNul(text.view().substr(offset));
   if (codePage == 0 || source.empty() || source.size() > INT32_MAX) return {StatusOk, false};
   if (source.size() > kLongText && MayConvertInPieces(codePage)) {
     bool converted = false;
@@ -110,12 +110,12 @@ Conversion ConvertFrom(SizedBytes& text, uint64_t offset, uint32_t codePage) {
 
   const int64_t room = int64_t{4} * units;
   auto* const block = static_cast<char*>(
-      KernelRealloc(text.data, offset + static_cast<uint64_t>(room) + 1, TARN_HERE));
+      KernelRealloc(text.data(), offset + static_cast<uint64_t>(room) + 1, TARN_HERE));
   if (block == nullptr) return {StatusOutOfMemory, false};
-  text.data = block;
+  text.setData(block);
   const int64_t written = KernelWideToUtf8(wide.get(), units, block + offset, room);
-  text.length = offset + static_cast<uint64_t>(std::max<int64_t>(written, 0));
-  block[text.length] = '\0';
+  text.setLength(offset + static_cast<uint64_t>(std::max<int64_t>(written, 0)));
+  block[text.length()] = '\0';
   return {written > 0 ? StatusOk : StatusPathToUtf8Failed, true};
 }
 
@@ -159,10 +159,10 @@ CharsetRef ClassifyCharset(const char* start, const char* end) {
 }
 
 int32_t ConvertTailToUtf8(SizedBytes& text, uint64_t offset, CharsetRef charset) {
-  if (offset >= text.length) return StatusOk;
+  if (offset >= text.length()) return StatusOk;
   if (charset.kind == CharsetIso2022Jp) return ConvertIso2022Jp(text, offset);
   const Conversion conversion = ConvertFrom(text, offset, CodePageOf(charset));
-  if (conversion.converted && conversion.status == StatusOk) ++text.length;
+  if (conversion.converted && conversion.status == StatusOk) text.setLength(text.length() + 1);
   return conversion.status;
 }
 
@@ -187,7 +187,7 @@ int32_t ConvertBodyToUtf8(SizedBytes* text, CharsetRef* charset, bool force) {
 }
 
 void RepairFieldToUtf8(SizedBytes& field, CharsetRef charset) {
-  if (HasUtf8Form(field.bytes())) return;
+  if (HasUtf8Form(field.view())) return;
   ConvertBodyToUtf8(&field, &charset, true);
 }
 

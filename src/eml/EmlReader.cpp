@@ -59,8 +59,8 @@ const char* FindTopHeaderLimit(const EmlMessage& message) {
 // A field that is there but empty has a length.
 bool HasFieldsOfAMail(const EmlMessage& message) {
   const bool hasRecipient =
-      message.to.length != 0 || message.cc.length != 0 || message.bcc.length != 0;
-  return message.date.length != 0 && message.from.length != 0 && hasRecipient;
+      message.to.length() != 0 || message.cc.length() != 0 || message.bcc.length() != 0;
+  return message.date.length() != 0 && message.from.length() != 0 && hasRecipient;
 }
 
 // The first Content-Location anywhere in the file.
@@ -82,7 +82,7 @@ int32_t KeepLocation(EmlMessage& message) {
 int32_t PrepareMultipart(EmlMessage& message, PstFilterData& filterData) {
   const int32_t kept = KeepLocation(message);
   if (kept != StatusOk) return kept;
-  if (filterData.inlineFiles.data != nullptr) return StatusOk;
+  if (filterData.inlineFiles.data() != nullptr) return StatusOk;
   // An empty list grows by its increment, which is 5.
   return filterData.inlineFiles.reserve(0) != nullptr ? StatusOk : StatusOutOfMemory;
 }

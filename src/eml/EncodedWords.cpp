@@ -45,7 +45,7 @@ bool IsTaken(const EncodedWord& word, CharsetRef charset) {
 
 // The word's text, in UTF-8 unless it is us-ascii, in the place of what `text` held.
 int32_t DecodeWord(const EncodedWord& word, CharsetRef charset, SizedBytes& text) {
-  text.length = 0;
+  text.setLength(0);
   const auto length = static_cast<uint64_t>(word.textEnd - word.text());
   const int32_t decoded = DecodeEncodedWordText(word.charsetEnd[1], word.text(), length, text);
   if (decoded != StatusOk) return decoded;
@@ -69,7 +69,7 @@ int32_t DecodeWords(const char* start, const char* end, FieldText& out, const ch
     const CharsetRef charset = ClassifyCharset(word.charset(), word.charsetEnd);
     if (!IsTaken(word, charset)) break;
     status = DecodeWord(word, charset, decoded);
-    if (status == StatusOk) status = out.appendAsIs(decoded.data, decoded.length);
+    if (status == StatusOk) status = out.appendAsIs(decoded.data(), decoded.length());
     if (status != StatusOk) return status;
     if (convertToUtf8 != nullptr && charset.kind != CharsetAscii) *convertToUtf8 = 1;
     rest = word.end();
@@ -80,8 +80,8 @@ int32_t DecodeWords(const char* start, const char* end, FieldText& out, const ch
 }  // namespace
 
 int32_t DecodeEncodedWords(SizedBytes& text, uint32_t* convertToUtf8) {
-  if (text.data == nullptr || text.length < kShortestText) return StatusOk;
-  const char* const start = text.data;
+  if (text.data() == nullptr || text.length() < kShortestText) return StatusOk;
+  const char* const start = text.data();
   const char* const end = start + text.text().size();
 
   FieldText out;
@@ -103,10 +103,11 @@ int32_t DecodeEncodedWordText(char encoding, const char* text, uint64_t length,
   const uint64_t kept = output.text().size();
   // Base64 that stops short of a group of four still gives three bytes for it.
   uint64_t written = std::max(length, (length + 3) / 4 * 3);
-  auto* const block = static_cast<char*>(KernelRealloc(output.data, kept + written + 1, TARN_HERE));
+  auto* const block =
+      static_cast<char*>(KernelRealloc(output.data(), kept + written + 1, TARN_HERE));
   if (block == nullptr) return StatusOutOfMemory;
-  output.data = block;
-  output.length = kept;
+  output.setData(block);
+  output.setLength(kept);
 
   if (encoding == 'B') {
     const int32_t status = DecodeBase64(text, length, block + kept, written);
@@ -115,7 +116,7 @@ int32_t DecodeEncodedWordText(char encoding, const char* text, uint64_t length,
     written = DecodeQuotedPrintable({text, length}, block + kept, true, {text + length, 2});
   }
   block[kept + written] = '\0';
-  output.length = kept + written + 1;
+  output.setLength(kept + written + 1);
   return StatusOk;
 }
 
@@ -131,7 +132,7 @@ int32_t DecodePartName(EmlPart& part, const char* start, const char* end) {
   SizedBytes value;
   const int32_t status = DecodeParameterValue(start, end, value);
   if (status != StatusOk) return status;
-  part.name.reset(std::exchange(value.data, nullptr));
+  part.name = value.take();
   return StatusOk;
 }
 

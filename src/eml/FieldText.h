@@ -13,7 +13,7 @@ namespace tarn {
 class FieldText {
  public:
   // Fields are no matter of the host's budget, however large: like every SizedBytes.
-  FieldText() { buffer_.meter.threshold = UINT64_MAX; }
+  FieldText() { buffer_.setThreshold(UINT64_MAX); }
 
   // Appends behind the text, less one trailing NUL, and ends it with a NUL that counts, unless the
   // piece brought one. 1 or -1.

@@ -88,11 +88,11 @@ bool TakeJis0208(std::string_view& run, char16_t& unit) {
 int32_t AppendUtf8(TrackedBuffer<char>& output, std::u16string_view units) {
   constexpr uint64_t kBytesPerUnit = 4;
   const uint64_t room = kBytesPerUnit * units.size();
-  if (output.reserve(output.length + room) == nullptr) return output.lastError;
+  if (output.reserve(output.length() + room) == nullptr) return output.lastError();
   const int32_t written =
-      platform::Utf16ToBytes(platform::kCodePageUtf8, units, output.data + output.length,
+      platform::Utf16ToBytes(platform::kCodePageUtf8, units, output.data() + output.length(),
                              static_cast<int32_t>(room), nullptr);
-  output.length += static_cast<uint64_t>(std::max(written, 0));
+  output.setLength(output.length() + static_cast<uint64_t>(std::max(written, 0)));
   return StatusOk;
 }
 
@@ -115,10 +115,10 @@ int32_t AppendJis0208(TrackedBuffer<char>& output, std::string_view run) {
 // for it, on purpose.
 int32_t AppendJisRomanRun(TrackedBuffer<char>& output, std::string_view run) {
   constexpr char kYen = '\xA5';
-  const uint64_t start = output.length;
+  const uint64_t start = output.length();
   const int32_t status = AppendJisRoman(output, run);
   if (status != StatusOk) return status;
-  std::replace(output.data + start, output.data + output.length, '\\', kYen);
+  std::replace(output.data() + start, output.data() + output.length(), '\\', kYen);
   return StatusOk;
 }
 
@@ -156,38 +156,37 @@ int32_t AppendRuns(TrackedBuffer<char>& output, const char* p, const char* end) 
 
 // Decodes the text from `escape`, its first one, on into a block of its own.
 int32_t Decode(SizedBytes& text, const char* escape) {
-  const char* const end = text.data + text.length;
+  const char* const end = text.data() + text.length();
   TrackedBuffer<char> output;
-  if (output.reserve(text.length + 1) == nullptr) return output.lastError;
-  int32_t status = output.append(text.data, static_cast<uint64_t>(escape - text.data));
+  if (output.reserve(text.length() + 1) == nullptr) return output.lastError();
+  int32_t status = output.append(text.data(), static_cast<uint64_t>(escape - text.data()));
   if (status == StatusOk) status = AppendRuns(output, escape, end);
   if (status == StatusOk) status = output.append("", 1);
   if (status != StatusOk) return status;
 
-  const uint64_t length = output.length - 1;
-  text.release();
-  text.data = output.take();
-  text.length = length;
+  const uint64_t length = output.length() - 1;
+  text.adopt(output.take(), length);
   return StatusOk;
 }
 
 }  // namespace
 
 int32_t ConvertIso2022Jp(SizedBytes& text, uint64_t offset) {
-  if (text.data == nullptr) return StatusNullArgument;
+  if (text.data() == nullptr) return StatusNullArgument;
   if (offset >= text.text().size()) return StatusOk;
-  const uint64_t oldLength = std::exchange(text.length, text.text().size());
+  const uint64_t oldLength = text.length();
+  text.truncate(text.text().size());
 
   CharsetRename rename;
   int32_t status = rename.apply(text, offset, "iso-2022-jp");
   if (status != StatusOk) return status;
-  if (rename.found()) text.data[text.length] = '\0';
+  if (rename.found()) text.data()[text.length()] = '\0';
 
-  const char* const escape = FindByte(text.data + offset, text.data + text.length, kEscape);
+  const char* const escape = FindByte(text.data() + offset, text.data() + text.length(), kEscape);
   if (escape != nullptr) status = Decode(text, escape);
   if (status != StatusOk) rename.undo(text);
   const bool unchanged = status != StatusOk || (escape == nullptr && !rename.found());
-  if (unchanged) text.length = oldLength;
+  if (unchanged) text.setLength(oldLength);
   return status;
 }
 
@@ -195,8 +194,8 @@ int32_t AppendJisRoman(TrackedBuffer<char>& output, std::string_view text) {
   constexpr std::string_view kOverline = "\xE2\x80\xBE";
   const auto overlines = static_cast<uint64_t>(std::count(text.begin(), text.end(), '~'));
   const uint64_t added = text.size() + overlines * (kOverline.size() - 1);
-  if (output.reserve(output.length + added) == nullptr) return output.lastError;
-  char* out = output.data + output.length;
+  if (output.reserve(output.length() + added) == nullptr) return output.lastError();
+  char* out = output.data() + output.length();
   for (const char c : text) {
     if (c == '~') {
       out = std::copy(kOverline.begin(), kOverline.end(), out);
@@ -204,7 +203,7 @@ int32_t AppendJisRoman(TrackedBuffer<char>& output, std::string_view text) {
       *out++ = c;
     }
   }
-  output.length += added;
+  output.setLength(output.length() + added);
   return StatusOk;
 }
 

@@ -78,8 +78,8 @@ class PieceConverter {
 };
 
 int32_t CutAt(SizedBytes& text, uint64_t offset) {
-  text.length = offset;
-  text.data[offset] = '\0';
+  text.setLength(offset);
+  text.data()[offset] = '\0';
   return StatusPathToUtf8Failed;
 }
 
@@ -97,14 +97,14 @@ bool MayConvertInPieces(uint32_t codePage) {
 int32_t ConvertInPieces(SizedBytes& text, uint64_t offset, uint32_t codePage, bool& converted) {
   using Result = PieceConverter::Result;
   converted = false;
-  const uint64_t end = offset + WithoutTrailingNul(text.bytes().substr(offset)).size();
+  const uint64_t end = offset + WithoutTrailingNul(text.view().substr(offset)).size();
   PieceConverter converter(codePage);
   TextGrowth growth;
   growth.add(0, 1);  // the NUL
   for (uint64_t at = offset; at < end;) {
-    const uint64_t next = PieceEnd(text.bytes().substr(0, end), at);
+    const uint64_t next = PieceEnd(text.view().substr(0, end), at);
     if (!converter.reserve(next - at)) return StatusOutOfMemory;
-    const Result result = converter.convert(text.bytes().substr(at, next - at));
+    const Result result = converter.convert(text.view().substr(at, next - at));
     if (result == Result::NotTaken) return StatusOk;
     if (result == Result::NoUtf8) {
       converted = true;
@@ -127,7 +127,7 @@ int32_t ConvertInPieces(SizedBytes& text, uint64_t offset, uint32_t codePage, bo
   rewriter.replace(end, rewriter.old().size(), {&kNul, 1});
   rewriter.close();
   if (result != Result::Done) return CutAt(text, offset);
-  --text.length;
+  text.truncate(text.length() - 1);
   return StatusOk;
 }
 

@@ -30,14 +30,14 @@ bool FindBoundaryValue(const char* start, const char* headerEnd, const char*& va
 
 bool WriteDelimiter(std::string_view boundary, bool withCr, TrackedBuffer<char>& delimiter) {
   const std::string_view lead = withCr ? "\r\n--" : "\n--";
-  delimiter.length = 0;
+  delimiter.setLength(0);
   if (delimiter.reserve(lead.size() + boundary.size() + 1) == nullptr) return false;
-  std::memcpy(delimiter.data, lead.data(), lead.size());
+  std::memcpy(delimiter.data(), lead.data(), lead.size());
   if (!boundary.empty()) {
-    std::memcpy(delimiter.data + lead.size(), boundary.data(), boundary.size());
+    std::memcpy(delimiter.data() + lead.size(), boundary.data(), boundary.size());
   }
-  delimiter.length = lead.size() + boundary.size();
-  delimiter.data[delimiter.length] = '\0';
+  delimiter.setLength(lead.size() + boundary.size());
+  delimiter.data()[delimiter.length()] = '\0';
   return true;
 }
 

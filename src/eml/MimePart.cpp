@@ -85,7 +85,7 @@ void ReadTransferEncoding(EmlPart& part, Stretch header) {
 // The id between its angle brackets; either may be missing.
 int32_t ReadContentId(EmlPart& part, Stretch header) {
   constexpr std::string_view kName = "Content-ID:";
-  part.contentId.length = 0;
+  part.contentId.setLength(0);
   const char* const line = FindHeaderLine(header.start, header.end, kName);
   if (line == nullptr) return StatusOk;
 
@@ -96,10 +96,10 @@ int32_t ReadContentId(EmlPart& part, Stretch header) {
   const char* const close = FindByte(start, lineEnd, '>');
   const auto length = static_cast<uint64_t>((close != nullptr ? close : lineEnd) - start);
 
-  if (part.contentId.reserve(length + 1) == nullptr) return part.contentId.lastError;
-  if (length != 0) std::memcpy(part.contentId.data, start, length);
-  part.contentId.data[length] = '\0';
-  part.contentId.length = length;
+  if (part.contentId.reserve(length + 1) == nullptr) return part.contentId.lastError();
+  if (length != 0) std::memcpy(part.contentId.data(), start, length);
+  part.contentId.data()[length] = '\0';
+  part.contentId.setLength(length);
   return StatusOk;
 }
 

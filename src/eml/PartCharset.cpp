@@ -41,12 +41,10 @@ void RepairFields(EmlMessage& message, CharsetRef charset) {
 }
 
 int32_t ConvertDecoded(EmlPart& part, bool force) {
-  SizedBytes text;
-  text.data = part.decoded.take();
-  text.length = part.decodedLength;
+  SizedBytes text(std::move(part.decoded), part.decodedLength);
   const int32_t status = ConvertBodyToUtf8(&text, &part.charset, force);
-  part.decodedLength = text.length;
-  part.decoded.reset(std::exchange(text.data, nullptr));
+  part.decodedLength = text.length();
+  part.decoded = text.take();
   return status;
 }
 

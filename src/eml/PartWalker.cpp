@@ -41,7 +41,7 @@ class PartWalker {
     int32_t result;
   };
 
-  Multipart& innermost() { return open_.data[open_.length - 1]; }
+  Multipart& innermost() { return open_.data()[open_.length() - 1]; }
   int32_t open(const char* end, std::string_view delimiter);
   int32_t close(int32_t result);
   int32_t takePart();
@@ -70,13 +70,13 @@ class PartWalker {
 int32_t PartWalker::walk(const char* cursor, const char* end, std::string_view delimiter) {
   cursor_ = cursor;
   int32_t status = open(end, delimiter);
-  while (status == StatusOk && open_.length != 0) status = takePart();
+  while (status == StatusOk && open_.length() != 0) status = takePart();
   return status;
 }
 
 int32_t PartWalker::open(const char* end, std::string_view delimiter) {
-  if (open_.length == kMaxMultipartDepth) return StatusOutOfMemory;
-  const Multipart multipart = {end, end, delimiters_.length, 0, StatusOk};
+  if (open_.length() == kMaxMultipartDepth) return StatusOutOfMemory;
+  const Multipart multipart = {end, end, delimiters_.length(), 0, StatusOk};
   if (delimiters_.append(delimiter.data(), delimiter.size()) != StatusOk) return StatusOutOfMemory;
   return open_.append(&multipart, 1) == StatusOk ? StatusOk : StatusOutOfMemory;
 }
@@ -84,9 +84,9 @@ int32_t PartWalker::open(const char* end, std::string_view delimiter) {
 // Ends the innermost walk. The one around it goes on behind it, or ends, too, if the result is not
 // 1: the status of the whole walk.
 int32_t PartWalker::close(int32_t result) {
-  delimiters_.length = innermost().delimiterAt;
-  --open_.length;
-  if (open_.length != 0) cursor_ = innermost().next;
+  delimiters_.setLength(innermost().delimiterAt);
+  open_.setLength(open_.length() - 1);
+  if (open_.length() != 0) cursor_ = innermost().next;
   return result;
 }
 
@@ -99,7 +99,7 @@ void PartWalker::releasePart() {
 
 std::string_view PartWalker::delimiterOf(const Multipart& multipart) const {
   const uint64_t at = multipart.delimiterAt + multipart.withoutCr;
-  return {delimiters_.data + at, delimiters_.length - at};
+  return {delimiters_.data() + at, delimiters_.length() - at};
 }
 
 // From the cursor on, or null.
@@ -155,7 +155,7 @@ int32_t PartWalker::openOrReadLeaf(const Multipart& multipart) {
   if (found == StatusDone) return readLeaf(multipart);
   if (found != StatusOk) return found;
   cursor_ = inner;
-  return open(multipart.next, {subDelimiter_.data, subDelimiter_.length});
+  return open(multipart.next, {subDelimiter_.data(), subDelimiter_.length()});
 }
 
 int32_t PartWalker::readLeaf(const Multipart& multipart) {
@@ -171,7 +171,7 @@ int32_t WalkMimeParts(EmlMessage& message, const char* cursor, const char* end,
                       const TrackedBuffer<char>& delimiter, InlineImageContext& context,
                       SearchBudget& imageBudget, const AttachmentRequest* request) {
   PartWalker walker(message, context, imageBudget, request);
-  return walker.walk(cursor, end, {delimiter.data, delimiter.length});
+  return walker.walk(cursor, end, {delimiter.data(), delimiter.length()});
 }
 
 }  // namespace tarn

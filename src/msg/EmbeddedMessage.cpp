@@ -37,22 +37,22 @@ struct CopyBudget {
 
 // Reads a stream whole; without one, nothing.
 int32_t ReadAll(CompoundStream* stream, TrackedBuffer<char>& buffer, CopyBudget& budget) {
-  buffer.length = 0;
+  buffer.setLength(0);
   const uint64_t length = stream != nullptr ? stream->size() : 0;
   if (length == 0) return StatusOk;
   if (length > stream->file->fileSize || length > budget.bytes) return StatusOutOfMemory;
   budget.bytes -= length;
   if (buffer.reserve(length) == nullptr) return StatusOutOfMemory;
-  auto* const bytes = reinterpret_cast<unsigned char*>(buffer.data);
+  auto* const bytes = reinterpret_cast<unsigned char*>(buffer.data());
   if (StreamRead(*stream, 0, bytes, length) != length) return StatusReadFailed;
-  buffer.length = length;
+  buffer.setLength(length);
   return StatusOk;
 }
 
 // Writes the bytes from the stream's position on; no stream takes none.
 int32_t WriteAll(CompoundStream* stream, const TrackedBuffer<char>& buffer, bool widen) {
-  const auto* const bytes = reinterpret_cast<const unsigned char*>(buffer.data);
-  const uint64_t length = buffer.length;
+  const auto* const bytes = reinterpret_cast<const unsigned char*>(buffer.data());
+  const uint64_t length = buffer.length();
   uint64_t written = 0;
   if (stream != nullptr && widen && length >= kEmbeddedHeader) {
     // The bytes added to the header repeat its beginning.
@@ -124,12 +124,12 @@ int32_t ExportEmbeddedMessage(const CompoundStorage& source, std::string_view pa
 
   uint64_t handle = KERNEL_BAD_HANDLE;
   void* state = nullptr;
-  const int32_t mode = data.length != 0 ? KERNEL_MEMFILE_FILLED : KERNEL_MEMFILE_EMPTY;
+  const int32_t mode = data.length() != 0 ? KERNEL_MEMFILE_FILLED : KERNEL_MEMFILE_EMPTY;
   const int32_t opened =
-      KernelMemFileOpen(&handle, &state, mode, data.data, data.length, data.capacity);
+      KernelMemFileOpen(&handle, &state, mode, data.data(), data.length(), data.capacity());
   if (opened != StatusOk) return opened;
 
-  void* block = data.data;
+  void* block = data.data();
   int32_t status = StatusOk;
   {
     MemoryFileGuard memory;
@@ -139,9 +139,9 @@ int32_t ExportEmbeddedMessage(const CompoundStorage& source, std::string_view pa
       status = WriteMessage(source, path, handle);
     }
     memory.end();
-    data.data = static_cast<char*>(block);
-    data.length = memory.length();
-    data.capacity = memory.capacity();
+    data.take().take();  // The memory file owns that block, or has moved it.
+    data.replaceBlock(KernelBlock<char>(static_cast<char*>(block)), memory.length(),
+                      memory.capacity());
   }
   return status;
 } catch (const std::bad_alloc&) {

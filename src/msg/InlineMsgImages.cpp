@@ -25,7 +25,9 @@ struct ImageBudget {
 };
 
 // The text as AimAtReference takes it.
-const char* TextOrNull(const SizedBytes& text) { return text.isEmptyText() ? nullptr : text.data; }
+const char* TextOrNull(const SizedBytes& text) {
+  return text.isEmptyText() ? nullptr : text.data();
+}
 
 int32_t InlineOneMsgAttachment(const CompoundStorage& storage, AttachmentPath path,
                                InlineImageContext& context, ImageBudget& budget) {
@@ -37,13 +39,13 @@ int32_t InlineOneMsgAttachment(const CompoundStorage& storage, AttachmentPath pa
   }
   SizedBytes contentId;
   ReadMsgTextProperty(storage, path.of("__substg1.0_3712"), contentId);
-  if (context.body->data == nullptr || context.body->length == 0) return StatusOk;
+  if (context.body->data() == nullptr || context.body->length() == 0) return StatusOk;
 
-  context.name = name.data;
-  context.contentId = contentId.data;
+  context.name = name.data();
+  context.contentId = contentId.data();
   bool found = false;
   const int32_t searched =
-      AimAtReference(context, budget.searches, TextOrNull(contentId), name.data, found);
+      AimAtReference(context, budget.searches, TextOrNull(contentId), name.data(), found);
   if (searched != StatusOk || !found) return searched;
   if (!path.hasRoomForData()) return StatusOk;
 

@@ -88,7 +88,8 @@ int32_t Delivery::addTexts() {
     const int32_t read = ReadMsgTextProperty(storage_, path_.of(property.stream), text);
     if (read != StatusOk) return read;
     if (text.isEmptyText()) continue;
-    const int32_t added = AddAttachmentProperty(properties_, property.name, text.data, text.length);
+    const int32_t added =
+        AddAttachmentProperty(properties_, property.name, text.data(), text.length());
     if (added != StatusOk) return added;
   }
   return StatusOk;
@@ -98,10 +99,10 @@ int32_t Delivery::addTimes() {
   SizedBytes records;
   const int32_t read = ReadMsgStream(storage_, path_.of(kPropertiesStream), records);
   if (read < StatusOk) return read;
-  if (read != StatusOk || records.length < kSmallestProperties) return StatusOk;
+  if (read != StatusOk || records.length() < kSmallestProperties) return StatusOk;
   for (const TimeProperty& property : kTimeProperties) {
     uint64_t value = 0;
-    if (!FindPropertyRecord(records.bytes(), kAttachmentRecordsStart, kPropertyTime, property.id,
+    if (!FindPropertyRecord(records.view(), kAttachmentRecordsStart, kPropertyTime, property.id,
                             value)) {
       continue;
     }
@@ -118,22 +119,20 @@ int32_t Delivery::readData() {
   uint64_t length = 0;
   const int32_t read = ReadWholeStream(&*stream, block, length);
   if (read != StatusOk) return read;
-  data_.data = block.take();
-  data_.length = length;
-  data_.capacity = length;
+  data_.adopt(std::move(block), length, length);
   return StatusOk;
 }
 
 int32_t Delivery::exportMessage() {
   const int32_t status = ExportEmbeddedMessage(storage_, path_.of("__substg1.0_3701000D"), data_);
   if (status != StatusOk) return status;
-  return data_.length != 0 ? StatusOk : StatusOutOfMemory;
+  return data_.length() != 0 ? StatusOk : StatusOutOfMemory;
 }
 
 int32_t Delivery::callBack() {
   KernelBlock<char16_t> wide;
   const char16_t* name = nullptr;
-  if (name_.data != nullptr) {
+  if (name_.data() != nullptr) {
     name = u"";
     const std::string_view text = name_.text();
     const uint64_t room = (text.size() + 1) * sizeof(char16_t);

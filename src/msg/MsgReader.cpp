@@ -68,7 +68,7 @@ int32_t MessageReader::run() {
   status = readFixedProperties();
   if (status < StatusOk) return status;
 
-  if (data_.inlineFiles.data == nullptr) {
+  if (data_.inlineFiles.data() == nullptr) {
     const int32_t placed = InlineMsgImages(message_, data_, storage_);
     if (placed != StatusOk && message_.inlineStatus == StatusOk) message_.inlineStatus = placed;
   }
@@ -85,7 +85,7 @@ int32_t MessageReader::readBodies() {
   }
   status = ReadMsgTextProperty(storage_, "__substg1.0_1000", message_.text);
   if (status < StatusOk) return status;
-  const bool none = message_.text.data == nullptr && message_.body.data == nullptr;
+  const bool none = message_.text.data() == nullptr && message_.body.data() == nullptr;
   return none ? int32_t{StatusNotSupported} : int32_t{StatusOk};
 }
 
@@ -109,7 +109,7 @@ int32_t MessageReader::readSender() {
   const std::string_view text = address.text();
   if (!text.empty() && text.find('@') == std::string_view::npos) {
     address.release();
-    address.length = 0;
+    address.setLength(0);
   }
   return StatusOk;
 }
@@ -119,12 +119,12 @@ int32_t MessageReader::readFixedProperties() {
   const int32_t read = ReadMsgStream(storage_, kPropertiesStream, properties);
   if (read != StatusOk) return read < StatusOk ? read : int32_t{StatusOk};
   uint64_t value = 0;
-  if (FindPropertyRecord(properties.bytes(), kMessageRecordsStart, kPropertyTime, kSubmitTime,
+  if (FindPropertyRecord(properties.view(), kMessageRecordsStart, kPropertyTime, kSubmitTime,
                          value)) {
     const int32_t status = FormatFileTime(static_cast<int64_t>(value), message_.sent);
     if (status < StatusOk) return status;
   }
-  if (FindPropertyRecord(properties.bytes(), kMessageRecordsStart, kPropertyInteger, kImportance,
+  if (FindPropertyRecord(properties.view(), kMessageRecordsStart, kPropertyInteger, kImportance,
                          value)) {
     const auto importance = static_cast<int32_t>(static_cast<uint32_t>(value));
     const int32_t status = ImportanceText(importance, message_.importance);
@@ -147,7 +147,7 @@ int32_t ReadMsgCompressedBody(MailMessage& message, const CompoundStorage& stora
   uint64_t length = 0;
   const int32_t read = ReadWholeStream(&*stream, packed, length);
   if (read != StatusOk) return read;
-  message.body.length = length;
+  message.body.setLength(length);
   if (!IsCompressedRtf({packed.get(), length})) {
     message.compressedRtf = packed.take();
     return StatusOk;
@@ -155,8 +155,8 @@ int32_t ReadMsgCompressedBody(MailMessage& message, const CompoundStorage& stora
 
   const int32_t decoded = DecodeCompressedRtf(packed.take(), message, length);
   if (decoded != StatusOk) return decoded;
-  if (message.body.bytes().starts_with("{\\rtf")) return StatusOk;
-  return ScrubHtmlBody(message.body.data, message.body.length);
+  if (message.body.view().starts_with("{\\rtf")) return StatusOk;
+  return ScrubHtmlBody(message.body.data(), message.body.length());
 } catch (const std::bad_alloc&) {
   return StatusOutOfMemory;
 }

@@ -39,9 +39,9 @@ class StreamName {
 // most texts take. A block that cannot be moved stays as it is.
 void TrimBlock(SizedBytes& text, uint64_t room) {
   constexpr uint64_t kSpare = 65536;
-  if (room - text.length <= kSpare) return;
-  void* const block = KernelRealloc(text.data, text.length + 1, TARN_HERE);
-  if (block != nullptr) text.data = static_cast<char*>(block);
+  if (room - text.length() <= kSpare) return;
+  void* const block = KernelRealloc(text.data(), text.length() + 1, TARN_HERE);
+  if (block != nullptr) text.setData(static_cast<char*>(block));
 }
 
 // Turns UTF-16 bytes into the target's UTF-8. An odd byte at the end is dropped.
@@ -55,25 +55,25 @@ int32_t ConvertWide(std::string_view wide, SizedBytes& target) {
     std::memcpy(source.get(), wide.data(), units * sizeof(char16_t));
   }
   const uint64_t room = 4 * wide.size() + 1;
-  if (target.data == nullptr || target.length < room) {
-    const uint64_t old = target.data != nullptr ? target.length : 0;
-    void* const block = KernelRealloc(target.data, room, TARN_HERE);
+  if (target.data() == nullptr || target.length() < room) {
+    const uint64_t old = target.data() != nullptr ? target.length() : 0;
+    void* const block = KernelRealloc(target.data(), room, TARN_HERE);
     if (block == nullptr) return StatusOutOfMemory;
-    target.data = static_cast<char*>(block);
-    std::memset(target.data + old, 0, room - old);
-    target.length = room;
+    target.setData(static_cast<char*>(block));
+    std::memset(target.data() + old, 0, room - old);
+    target.setLength(room);
   }
   int32_t written = 0;
   if (units != 0) {
     const uint64_t most = std::min<uint64_t>(2 * wide.size() + 1, INT32_MAX);
-    written = platform::Utf16ToBytes(platform::kCodePageUtf8, {source.get(), units}, target.data,
+    written = platform::Utf16ToBytes(platform::kCodePageUtf8, {source.get(), units}, target.data(),
                                      static_cast<int32_t>(most), nullptr);
   }
-  const uint64_t held = std::max(room, target.length);
-  target.length = static_cast<uint64_t>(written);
-  if (written != 0 && target.data[written - 1] != '\0') {
-    target.data[written] = '\0';
-    ++target.length;
+  const uint64_t held = std::max(room, target.length());
+  target.setLength(static_cast<uint64_t>(written));
+  if (written != 0 && target.data()[written - 1] != '\0') {
+    target.data()[written] = '\0';
+    target.setLength(target.length() + 1);
   }
   TrimBlock(target, held);
   return StatusOk;
@@ -112,13 +112,13 @@ int32_t ReadMsgStream(const CompoundStorage& storage, std::string_view name,
   std::optional<CompoundStream> stream = OpenStream(storage, name);
   if (!stream) return kNoStream;
   target.release();
-  target.length = 0;
+  target.setLength(0);
   KernelBlock<char> block;
   uint64_t length = 0;
   const int32_t read = ReadWholeStream(&*stream, block, length);
   if (read != StatusOk) return read;
-  target.data = block.take();
-  target.length = length;
+  target.setData(block.take());
+  target.setLength(length);
   return StatusOk;
 } catch (const std::bad_alloc&) {
   return StatusOutOfMemory;
@@ -130,15 +130,15 @@ int32_t ReadMsgTextProperty(const CompoundStorage& storage, std::string_view nam
   const int32_t status = ReadMsgStream(storage, StreamName(name, "001F").get(), wide);
   if (status < StatusOk) return status;
   if (status == StatusOk) {
-    if (wide.length != 0) return ConvertWide(wide.bytes(), target);
-    target.length = 0;
+    if (wide.length() != 0) return ConvertWide(wide.view(), target);
+    target.setLength(0);
     return StatusOk;
   }
   for (const std::string_view type : {"001E", "0102"}) {
     const int32_t read = ReadMsgStream(storage, StreamName(name, type).get(), target);
     if (read != kNoStream) return read;
   }
-  target.length = 0;
+  target.setLength(0);
   return ConvertWide({}, target);
 }
 

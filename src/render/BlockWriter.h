@@ -18,7 +18,7 @@ class BlockWriter {
 
   // Room for `count` bytes in all.
   void reserve(uint64_t count) {
-    if (status_ == StatusOk && buffer_.reserve(count) == nullptr) status_ = buffer_.lastError;
+    if (status_ == StatusOk && buffer_.reserve(count) == nullptr) status_ = buffer_.lastError();
   }
 
   void write(std::string_view text) {
@@ -31,7 +31,7 @@ class BlockWriter {
     if (CheckSource(field)) write(field.text());
   }
   void writeWhole(const SizedBytes& text) {
-    if (CheckSource(text)) write(text.bytes());
+    if (CheckSource(text)) write(text.view());
   }
 
   // A NUL that the text counts, unless it ends with one already.
@@ -44,21 +44,19 @@ class BlockWriter {
 
   // What has been written; to be relied on only while the status is 1.
   std::string_view text() const {
-    return buffer_.data == nullptr ? std::string_view()
-                                   : std::string_view(buffer_.data, buffer_.length);
+    return buffer_.data() == nullptr ? std::string_view()
+                                     : std::string_view(buffer_.data(), buffer_.length());
   }
 
   // Frees the target's old block and gives it the text.
   void moveInto(SizedBytes& target) {
-    SizedBytes text;
-    text.length = buffer_.length;
-    text.data = buffer_.take();
-    target = std::move(text);
+    const uint64_t length = buffer_.length();
+    target.adopt(buffer_.take(), length);
   }
 
  private:
   bool CheckSource(const SizedBytes& source) {
-    const bool broken = source.data == nullptr && source.length != 0;
+    const bool broken = source.data() == nullptr && source.length() != 0;
     if (broken && status_ == StatusOk) status_ = StatusNullArgument;
     return !broken;
   }

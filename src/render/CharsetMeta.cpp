@@ -14,29 +14,29 @@ static_assert(kMeta.size() == 65);
 
 }  // namespace
 
-int32_t EnsureHtmlCharsetMeta(char*& text, uint64_t& size) {
-  if (text == nullptr) return StatusOk;
-  if (FindBytes(text, text + size, "charset") != nullptr) return StatusOk;
-  const char* const head = FindBytes(text, text + size, kHead);
-  if (head == nullptr) return StatusOk;
+int32_t EnsureHtmlCharsetMeta(TrackedBuffer<char>& document) {
+  const std::string_view text = document.view();
+  if (text.data() == nullptr) return StatusOk;
+  if (FindBytes(text, "charset") != std::string_view::npos) return StatusOk;
+  const size_t head = FindBytes(text, kHead);
+  if (head == std::string_view::npos) return StatusOk;
 
-  const uint64_t oldSize = size;
-  const uint64_t offset = static_cast<uint64_t>(head - text) + kHead.size();
+  const uint64_t oldSize = text.size();
+  const uint64_t offset = head + kHead.size();
   const auto scratch = AllocateZeroBlock<char>(oldSize, TARN_HERE);
   if (!scratch) return StatusOutOfMemory;
-  std::memcpy(scratch.get(), text, oldSize);
-  KernelFree(text, TARN_HERE);
-  text = nullptr;
+  std::memcpy(scratch.get(), text.data(), oldSize);
+  document.replaceBlock({}, 0, 0);
 
-  // The size counts one NUL behind the text, and the block has one more behind that.
-  size = oldSize + kMeta.size() + 1;
-  auto document = AllocateZeroBlock<char>(size + 1, TARN_HERE);
-  if (!document) return StatusOutOfMemory;
-  char* const meta = document.get() + offset;
-  std::memcpy(document.get(), scratch.get(), offset);
+  // The size counts one NUL after the text, and the block has one more after that.
+  const uint64_t size = oldSize + kMeta.size() + 1;
+  auto made = AllocateZeroBlock<char>(size + 1, TARN_HERE);
+  if (!made) return StatusOutOfMemory;
+  char* const meta = made.get() + offset;
+  std::memcpy(made.get(), scratch.get(), offset);
   std::memcpy(meta, kMeta.data(), kMeta.size());
   std::memcpy(meta + kMeta.size(), scratch.get() + offset, oldSize - offset);
-  text = document.take();
+  document.replaceBlock(std::move(made), size, size + 1);
   return StatusOk;
 }
 

@@ -53,9 +53,9 @@ int32_t BuildBlock(const EmlMessage& message, BlockWriter& block) {
 // memory.
 bool WrapInHtmlElement(SizedBytes& body) {
   const std::string_view text = body.text();
-  const bool terminated = text.size() != body.length;
-  const uint64_t length = body.length + kHtmlOpen.size() + kHtmlClose.size();
-  auto* const block = static_cast<char*>(KernelRealloc(body.data, length, TARN_HERE));
+  const bool terminated = text.size() != body.length();
+  const uint64_t length = body.length() + kHtmlOpen.size() + kHtmlClose.size();
+  auto* const block = static_cast<char*>(KernelRealloc(body.data(), length, TARN_HERE));
   if (block == nullptr) return false;
 
   char* const content = block + kHtmlOpen.size();
@@ -63,8 +63,8 @@ bool WrapInHtmlElement(SizedBytes& body) {
   std::memcpy(block, kHtmlOpen.data(), kHtmlOpen.size());
   std::memcpy(content + text.size(), kHtmlClose.data(), kHtmlClose.size());
   if (terminated) block[length - 1] = '\0';
-  body.data = block;
-  body.length = length;
+  body.setData(block);
+  body.setLength(length);
   return true;
 }
 
@@ -75,8 +75,8 @@ int32_t InsertBlock(SizedBytes& body, uint64_t offset, std::string_view block) {
 
 int32_t InsertIntoHtml(SizedBytes& body, std::string_view block) {
   uint64_t offset = 0;
-  if (!FindSplicePoint(body.bytes(), offset)) return StatusNotSupported;
-  if (!OpensWithHtmlElement(body.bytes())) {
+  if (!FindSplicePoint(body.view(), offset)) return StatusNotSupported;
+  if (!OpensWithHtmlElement(body.view())) {
     if (!WrapInHtmlElement(body)) return StatusOutOfMemory;
     offset += kHtmlOpen.size();
   }
@@ -87,7 +87,7 @@ int32_t InsertIntoHtml(SizedBytes& body, std::string_view block) {
 // is enough, so that a text that merely starts with a "+" is opened three bytes in; readers of such
 // documents know it so. The length that is compared counts a terminating NUL.
 int32_t InsertIntoText(SizedBytes& body, std::string_view block) {
-  const std::string_view text = body.bytes();
+  const std::string_view text = body.view();
   const bool marked = text.size() > 3 && (text[0] == '+' || text[1] == '/' || text[2] == 'v');
   return InsertBlock(body, marked ? 3 : 0, block);
 }
@@ -112,7 +112,7 @@ int32_t AppendEmlHeaderRow(BlockWriter& block, const SizedBytes& field, uint32_t
   if (openers == nullptr || tails == nullptr || index >= openers->texts.size()) {
     return StatusNotSupported;
   }
-  if (field.data == nullptr) return StatusNullArgument;
+  if (field.data() == nullptr) return StatusNullArgument;
 
   block.write(openers->texts[index]);
   if (kind == DocumentHtml) {
@@ -135,7 +135,7 @@ int32_t RenderEmlMessage(EmlMessage& message) {
   BlockWriter block;
   const int32_t built = BuildBlock(message, block);
   if (built != StatusOk) return built;
-  if (message.body.data == nullptr && message.body.length != 0) return StatusNullArgument;
+  if (message.body.data() == nullptr && message.body.length() != 0) return StatusNullArgument;
   return InsertIntoBody(message, block);
 }
 

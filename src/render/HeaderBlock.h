@@ -40,7 +40,7 @@ inline constexpr std::array<HeaderField<EmlMessage>, 7> kEmlRows = {{
 // A field without text has no row and no label. A length without a pointer is not empty but
 // broken: the row is begun, and its writer fails.
 inline bool HasNoText(const SizedBytes& field) {
-  return field.length == 0 || (field.data != nullptr && field.isEmptyText());
+  return field.length() == 0 || (field.data() != nullptr && field.isEmptyText());
 }
 
 }  // namespace tarn

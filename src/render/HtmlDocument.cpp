@@ -29,7 +29,7 @@ void WriteFromDecoration(BlockWriter& block, const MailMessage& message) {
     block.writeField(author);
     return;
   }
-  const std::string_view address = message.fromAddress.bytes();
+  const std::string_view address = message.fromAddress.view();
   if (address.empty() || address.front() == '\0') return;
   block.write(" &lt;");
   block.writeField(message.fromAddress);
@@ -78,21 +78,21 @@ bool FindDeclaredCharset(std::string_view html, CharsetRef& charset) {
 int32_t AlignCharset(std::string_view block, SizedBytes& body) {
   if (IsAscii(block)) return StatusOk;
   CharsetRef charset;
-  if (!FindDeclaredCharset(body.bytes(), charset) || charset.kind == CharsetUtf8) return StatusOk;
+  if (!FindDeclaredCharset(body.view(), charset) || charset.kind == CharsetUtf8) return StatusOk;
   return ConvertBodyToUtf8(&body, &charset, true);
 }
 
 int32_t InsertBlock(SizedBytes& body, std::string_view block) {
-  if (body.data == nullptr && body.length != 0) return StatusNullArgument;
+  if (body.data() == nullptr && body.length() != 0) return StatusNullArgument;
   uint64_t offset = 0;
-  if (!FindSplicePoint(body.bytes(), offset)) return StatusNotSupported;
+  if (!FindSplicePoint(body.view(), offset)) return StatusNotSupported;
 
-  const int32_t made = MakeRoomInBody(body, body.length + block.size() + 1, 0);
+  const int32_t made = MakeRoomInBody(body, body.length() + block.size() + 1, 0);
   if (made != StatusOk) return made;
-  char* const at = body.data + offset;
-  std::memmove(at + block.size(), at, body.length - offset);
+  char* const at = body.data() + offset;
+  std::memmove(at + block.size(), at, body.length() - offset);
   block.copy(at, block.size());
-  body.length += block.size();
+  body.setLength(body.length() + block.size());
   TerminateBody(body);
   return StatusOk;
 }

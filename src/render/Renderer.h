@@ -27,11 +27,12 @@ int32_t RenderMailMessage(MailMessage* message, uint32_t kind);
 int32_t RenderEmlMessage(EmlMessage& message);
 
 // Gives a finished HTML document that has a "<head>" and nowhere the word "charset", both in lower
-// case, a declaration of UTF-8, whatever its bytes are. `size` rises by 66, for the declaration and
-// a NUL behind the text; the block of a new document has one byte more than that, a NUL too. The
-// old block is freed. 1, also for a null text; -1 without memory, and then the document is
-// unchanged or, when it was the second block that failed, lost: `text` is null, `size` has risen.
-int32_t EnsureHtmlCharsetMeta(char*& text, uint64_t& size);
+// case, a declaration of UTF-8, whatever its bytes are. The length rises by 66, for the declaration
+// and a NUL after the text; the block of a new document has one byte more than that, a NUL too. The
+// host is not told of it.
+//   StatusOk           also for a document without a block
+//   StatusOutOfMemory  the document is unchanged or, when it was the second block that failed, lost
+int32_t EnsureHtmlCharsetMeta(TrackedBuffer<char>& document);
 
 }  // namespace tarn
 

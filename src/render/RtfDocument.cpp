@@ -25,14 +25,14 @@ class RowWriter {
   // without all of its text has failed.
   void writeText(std::string_view text) {
     if (status_ != StatusOk || text.empty()) return;
-    render_.output.lastError = StatusOk;
+    render_.output.setLastError(StatusOk);
     status_ = WriteRtfUtf8Text(render_, text.data(), text.size());
-    if (status_ == StatusOk) status_ = render_.output.lastError;
+    if (status_ == StatusOk) status_ = render_.output.lastError();
   }
 
   // A field without its terminating NUL.
   void writeField(const SizedBytes& field) {
-    const bool broken = field.data == nullptr && field.length != 0;
+    const bool broken = field.data() == nullptr && field.length() != 0;
     if (broken && status_ == StatusOk) status_ = StatusNullArgument;
     writeText(field.text());
   }
@@ -56,7 +56,7 @@ int32_t AppendRtfHeaderRow(RtfRender& render, const MailMessage* message, const 
   writer.writeText(GetHeaderLabel(row));
   writer.writeRtf(kRowMiddle);
   writer.writeField(*field);
-  if (row == HeaderRowFrom && message->fromAddress.data != nullptr) {
+  if (row == HeaderRowFrom && message->fromAddress.data() != nullptr) {
     writer.writeRtf(" <");
     writer.writeField(message->fromAddress);
     writer.writeRtf(">");
@@ -66,10 +66,10 @@ int32_t AppendRtfHeaderRow(RtfRender& render, const MailMessage* message, const 
 }
 
 int32_t RenderMailRtf(MailMessage& message) {
-  if (message.body.data == nullptr && message.body.length != 0) return StatusNullArgument;
+  if (message.body.data() == nullptr && message.body.length() != 0) return StatusNullArgument;
   // A terminator counts: a font table that never closes reaches over it, and new fonts go before
   // it.
-  const std::string_view body = message.body.bytes();
+  const std::string_view body = message.body.view();
 
   RtfRender render;
   render.fonts.ansiCodePage = platform::AnsiCodePage();
@@ -80,7 +80,7 @@ int32_t RenderMailRtf(MailMessage& message) {
     const int32_t written = AppendRtfHeaderRow(render, &message, &(message.*field.text), field.row);
     if (written != StatusOk) return written;
   }
-  if (render.output.data == nullptr) return StatusOk;
+  if (render.output.data() == nullptr) return StatusOk;
   return SpliceRtfBlock(message.body, render.fonts, render.output);
 }
 

@@ -35,21 +35,21 @@ struct RtfPieces {
 };
 
 std::string_view TableText(const RtfFontTable& fonts) {
-  return fonts.tableText.data == nullptr
+  return fonts.tableText.data() == nullptr
              ? std::string_view()
-             : std::string_view(fonts.tableText.data, fonts.tableText.length);
+             : std::string_view(fonts.tableText.data(), fonts.tableText.length());
 }
 
 // All pieces but the rows. Without a "\\pard" there is no tail.
 int32_t CutBody(const SizedBytes& body, const RtfFontTable& fonts, RtfPieces& pieces) {
-  if (body.length == 0) return StatusTimeFailed;
-  if (body.data == nullptr) return StatusNullArgument;
-  const char* const end = body.data + body.length;
-  const char* const found = FindBytes(body.data, end, "\\pard");
+  if (body.length() == 0) return StatusTimeFailed;
+  if (body.data() == nullptr) return StatusNullArgument;
+  const char* const end = body.data() + body.length();
+  const char* const found = FindBytes(body.data(), end, "\\pard");
   if (found == nullptr) return StatusOk;
 
-  const auto paragraph = static_cast<uint64_t>(found - body.data);
-  pieces.tail = {paragraph, body.length - paragraph};
+  const auto paragraph = static_cast<uint64_t>(found - body.data());
+  pieces.tail = {paragraph, body.length() - paragraph};
   if (fonts.changed == 0) {
     pieces.head = paragraph;
   } else if (fonts.tableStart < paragraph) {
@@ -63,9 +63,9 @@ int32_t CutBody(const SizedBytes& body, const RtfFontTable& fonts, RtfPieces& pi
 // Puts the pieces together in the body's own block. The gap lies before the tail, and does so
 // afterwards: what moves towards the end moves last piece first.
 int32_t AssembleInBody(const RtfPieces& pieces, SizedBytes& body) {
-  const uint64_t room = std::max(body.length, pieces.size());
+  const uint64_t room = std::max(body.length(), pieces.size());
   if (MakeRoomInBody(body, room, kStep) != StatusOk) return StatusOutOfMemory;
-  char* const text = body.data;
+  char* const text = body.data();
   const auto moveGap = [&] {
     std::memmove(text + pieces.gapPlace(), text + pieces.gap.start, pieces.gap.length);
   };
@@ -75,7 +75,7 @@ int32_t AssembleInBody(const RtfPieces& pieces, SizedBytes& body) {
   pieces.table.copy(text + pieces.head, pieces.table.size());
   pieces.rows.copy(text + pieces.rowsPlace(), pieces.rows.size());
   kRtfSeparator.copy(text + pieces.rowsPlace() + pieces.rows.size(), kRtfSeparator.size());
-  body.length = pieces.size();
+  body.setLength(pieces.size());
   TerminateBody(body);
   return StatusOk;
 }
@@ -84,18 +84,15 @@ int32_t AssembleInBody(const RtfPieces& pieces, SizedBytes& body) {
 int32_t AssembleInRows(const RtfPieces& pieces, SizedBytes& body, TrackedBuffer<char>& rows) {
   const uint64_t rowsSize = pieces.rows.size();
   if (rows.reserve(pieces.size() + 1) == nullptr) return StatusOutOfMemory;
-  const std::string_view old = body.bytes();
-  char* const text = rows.data;
+  const std::string_view old = body.view();
+  char* const text = rows.data();
   std::memmove(text + pieces.rowsPlace(), text, rowsSize);
   old.copy(text, pieces.head);
   pieces.table.copy(text + pieces.head, pieces.table.size());
   old.copy(text + pieces.gapPlace(), pieces.gap.length, pieces.gap.start);
   kRtfSeparator.copy(text + pieces.rowsPlace() + rowsSize, kRtfSeparator.size());
   old.copy(text + pieces.tailPlace(), pieces.tail.length, pieces.tail.start);
-  SizedBytes made;
-  made.length = pieces.size();
-  made.data = rows.take();
-  body = std::move(made);
+  body.adopt(rows.take(), pieces.size());
   TerminateBody(body);
   return StatusOk;
 }
@@ -112,8 +109,8 @@ int32_t SpliceRtfBlock(SizedBytes& body, const RtfFontTable& fonts, std::string_
 
 int32_t SpliceRtfBlock(SizedBytes& body, const RtfFontTable& fonts, TrackedBuffer<char>& rows) {
   const std::string_view text =
-      rows.data == nullptr ? std::string_view() : std::string_view(rows.data, rows.length);
-  if (text.size() <= body.length) return SpliceRtfBlock(body, fonts, text);
+      rows.data() == nullptr ? std::string_view() : std::string_view(rows.data(), rows.length());
+  if (text.size() <= body.length()) return SpliceRtfBlock(body, fonts, text);
   RtfPieces pieces;
   const int32_t cut = CutBody(body, fonts, pieces);
   if (cut != StatusOk || pieces.tail.length == 0) return cut;
@@ -122,7 +119,7 @@ int32_t SpliceRtfBlock(SizedBytes& body, const RtfFontTable& fonts, TrackedBuffe
 }
 
 int32_t SpliceEmlRtf(SizedBytes& body, SizedBytes block) {
-  if (block.data == nullptr && block.length != 0) return StatusNullArgument;
+  if (block.data() == nullptr && block.length() != 0) return StatusNullArgument;
   return SpliceRtfBlock(body, RtfFontTable(), block.text());
 }
 

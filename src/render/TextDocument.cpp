@@ -12,21 +12,22 @@ constexpr std::string_view kLineEnd = "\r\n";
 // An importance of a single NUL has no row and is still a length, so that no empty line follows the
 // subject: the line belongs to the row of importance.
 bool EndsBlock(const MailMessage& message, HeaderRow row) {
-  return row == HeaderRowImportance || (row == HeaderRowSubject && message.importance.length == 0);
+  return row == HeaderRowImportance ||
+         (row == HeaderRowSubject && message.importance.length() == 0);
 }
 
 // Puts one row in front of the text.
 int32_t PrependRow(MailMessage& message, const HeaderField<MailMessage>& field) {
   const SizedBytes& value = message.*field.text;
-  if (HasNoText(value) || message.text.data == nullptr) return StatusOk;
+  if (HasNoText(value) || message.text.data() == nullptr) return StatusOk;
 
   const std::string_view label = GetHeaderLabel(field.row);
   BlockWriter document(kStep);
-  document.reserve(message.text.length + 2 * label.size() + 3);
+  document.reserve(message.text.length() + 2 * label.size() + 3);
   document.write(label);
   document.write("\t");
   document.writeField(value);
-  if (field.row == HeaderRowFrom && message.fromAddress.data != nullptr) {
+  if (field.row == HeaderRowFrom && message.fromAddress.data() != nullptr) {
     document.write(" <");
     document.writeField(message.fromAddress);
     document.write(">");

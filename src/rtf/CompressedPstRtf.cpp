@@ -28,28 +28,28 @@ int32_t ReadFromStart(std::istream& stream, KernelBlock<unsigned char>& block, u
 
 int32_t TakeStored(SizedBytes& body, Bytes contents) {
   const std::string_view text(reinterpret_cast<const char*>(contents.data()), contents.size());
-  body.length = 0;
+  body.setLength(0);
   return AppendTerminated(body, text.data(), std::min(text.find('\0'), text.size()));
 }
 
 // The last token has as much room behind the text as the old body's block gives it.
 int32_t TakePacked(SizedBytes& body, Bytes packed, int32_t rawSize) {
   const uint64_t end = kLzfuFixedSize + static_cast<uint64_t>(rawSize);
-  const bool keepsBlock = body.data != nullptr && body.length >= end;
-  const uint64_t spare = keepsBlock ? std::min(body.length - end, kLzfuLongestToken) : 0;
+  const bool keepsBlock = body.data() != nullptr && body.length() >= end;
+  const uint64_t spare = keepsBlock ? std::min(body.length() - end, kLzfuLongestToken) : 0;
   LzfuText text;
   const int32_t status = UnpackLzfuText(packed, rawSize, spare, text);
   if (status != StatusOk) return status;
 
   if (keepsBlock) {
-    std::memcpy(body.data, text.block.get(), text.reached);
+    std::memcpy(body.data(), text.block.get(), text.reached);
   } else {
     body.release();
-    body.data = reinterpret_cast<char*>(text.block.take());
-    body.length = end;
+    body.setData(reinterpret_cast<char*>(text.block.take()));
+    body.setLength(end);
   }
-  std::memmove(body.data, body.data + kLzfuFixedSize, text.size);
-  body.length -= kLzfuFixedSize;
+  std::memmove(body.data(), body.data() + kLzfuFixedSize, text.size);
+  body.truncate(body.length() - kLzfuFixedSize);
   return StatusOk;
 }
 

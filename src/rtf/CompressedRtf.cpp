@@ -20,7 +20,7 @@ constexpr std::string_view kHtml = "html";
 // A raw size beyond the data, counted without a sign, means all of it; so do those below -16, but
 // -2 to -16 stay the enormous lengths that they are.
 int32_t TakeStored(SizedBytes& body, std::string_view contents, int32_t rawSize) {
-  body.length = 0;
+  body.setLength(0);
   auto length = static_cast<uint64_t>(static_cast<int64_t>(rawSize));
   if (length + kCompressedRtfHeaderSize >= contents.size() + kCompressedRtfHeaderSize) {
     length = contents.size();
@@ -43,8 +43,8 @@ int32_t TakePacked(SizedBytes& body, std::span<const unsigned char> packed, int3
   text.block[text.size] = '\0';
   const bool endsWithNul = text.size != 0 && text.block[text.size - 1] == '\0';
   body.release();
-  body.data = reinterpret_cast<char*>(text.block.take());
-  body.length = endsWithNul ? text.size : text.size + 1;
+  body.setData(reinterpret_cast<char*>(text.block.take()));
+  body.setLength(endsWithNul ? text.size : text.size + 1);
   return StatusOk;
 }
 
@@ -69,8 +69,8 @@ int32_t TakeSource(SizedBytes& body, std::string_view source) {
 
 // Only the first "\from" counts.
 bool WrapsHtml(const SizedBytes& body) {
-  const char* const end = body.data + body.length;
-  const char* const from = FindBytes(body.data, end, kFrom);
+  const char* const end = body.data() + body.length();
+  const char* const from = FindBytes(body.data(), end, kFrom);
   return from != nullptr && StartsWith(from + kFrom.size(), end, kHtml);
 }
 

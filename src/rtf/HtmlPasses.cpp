@@ -26,19 +26,19 @@ uint64_t Distance(const char* from, const char* to) { return static_cast<uint64_
 class Compaction {
  public:
   explicit Compaction(SizedBytes& text)
-      : text_(text), kept_(text.data), rest_(text.data), end_(text.data + text.length) {}
+      : text_(text), kept_(text.data()), rest_(text.data()), end_(text.data() + text.length()) {}
   ~Compaction() {
     keepUpTo(end_);
-    text_.length = Distance(text_.data, kept_);
+    text_.setLength(Distance(text_.data(), kept_));
   }
   Compaction(const Compaction&) = delete;
   Compaction& operator=(const Compaction&) = delete;
 
-  const char* start() const { return text_.data; }
+  const char* start() const { return text_.data(); }
   const char* end() const { return end_; }
 
   // A byte behind the last cut.
-  void write(const char* at, char byte) { text_.data[Distance(text_.data, at)] = byte; }
+  void write(const char* at, char byte) { text_.data()[Distance(text_.data(), at)] = byte; }
 
   void cut(const char* from, const char* to) {
     keepUpTo(from);
@@ -66,7 +66,7 @@ const char* Ahead(const char* at, const char* end, uint64_t count) {
 }  // namespace
 
 void ShortenConditionalComments(SizedBytes& text) {
-  if (text.data == nullptr) return;
+  if (text.data() == nullptr) return;
   Compaction compaction(text);
   const char* const end = compaction.end();
   const char* condition = FindBytes(compaction.start(), end, kCondition);
@@ -89,7 +89,7 @@ void ShortenConditionalComments(SizedBytes& text) {
 }
 
 void CutLongValues(SizedBytes& text) {
-  if (text.data == nullptr) return;
+  if (text.data() == nullptr) return;
   Compaction compaction(text);
   const char* const end = compaction.end();
   const char* cursor = compaction.start();

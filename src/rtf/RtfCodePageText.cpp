@@ -30,7 +30,7 @@ int32_t WriteRun(TrackedBuffer<char>& output, uint32_t codePage, const char16_t*
     if (value >= 128) {
       AppendRtfByte(output, value);
     } else {
-      output.append(&byte, 1);
+      output.append(&byte, 1).ignore();
     }
   }
   return StatusOk;

@@ -31,7 +31,7 @@ int32_t ReadFontTable(RtfFontTable& table, const char* text, const char* start, 
   if (const int32_t status = ParseRtfFontTable(table, cursor, end); status != StatusOk) {
     return status;
   }
-  table.tableText.length = 0;
+  table.tableText.setLength(0);
   const auto size = static_cast<uint64_t>(cursor - start);
   if (const int32_t status = table.tableText.append(start, size); status != StatusOk) {
     return status;
@@ -88,11 +88,11 @@ int32_t FindEntryFor(RtfFontTable& table, uint32_t codePage) {
 
 // As TrackedBuffer::reserve, but a host that refuses its budget leaves the contents alone, too.
 bool ReserveKeeping(TrackedBuffer<char>& buffer, uint64_t count) {
-  if (buffer.data != nullptr && buffer.capacity >= count) return true;
-  const uint64_t held = buffer.meter.current;
-  if (buffer.meter.set(buffer.increment + count) != StatusOk) return false;
+  if (buffer.data() != nullptr && buffer.capacity() >= count) return true;
+  const uint64_t held = buffer.meter().current;
+  if (!buffer.count(buffer.increment() + count).ok()) return false;
   if (buffer.reserve(count) != nullptr) return true;
-  buffer.meter.set(held);
+  buffer.count(held).ignore();
   return false;
 }
 
@@ -156,16 +156,16 @@ int32_t AddRtfFont(RtfFontTable& table, const char* faceName, const char* family
   group[size - 1] = '}';  // a name that is cut off leaves no group open
 
   TrackedBuffer<char>& text = table.tableText;
-  const uint64_t held = text.data == nullptr ? 0 : text.length;
+  const uint64_t held = text.data() == nullptr ? 0 : text.length();
   const uint64_t before = held == 0 ? kEmptyTable.size() : held;
   KernelBlock<char> name = CopyRtfFontName(faceName);
   if (!name || !ReserveRtfFontEntry(table) || !ReserveKeeping(text, before + size)) {
     return StatusOutOfMemory;
   }
-  if (held == 0) std::copy(kEmptyTable.begin(), kEmptyTable.end(), text.data);
-  text.data[before + size - 1] = text.data[before - 1];
-  std::memcpy(text.data + before - 1, group.data(), size);
-  text.length = before + size;
+  if (held == 0) std::copy(kEmptyTable.begin(), kEmptyTable.end(), text.data());
+  text.data()[before + size - 1] = text.data()[before - 1];
+  std::memcpy(text.data() + before - 1, group.data(), size);
+  text.setLength(before + size);
 
   fontNumber = table.nextNumber;
   table.entries[table.count++] = {table.nextNumber, codePage, charset, name.take()};

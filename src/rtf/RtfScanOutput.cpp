@@ -65,10 +65,7 @@ bool RtfScanOutput::finish(SizedBytes& text) {
     block_.take();
     block_.reset(fitted);
   }
-  SizedBytes made;
-  made.data = block_.take();
-  made.length = length_;
-  text.swap(made);
+  text.adopt(std::move(block_), length_);
   return true;
 }
 

@@ -349,7 +349,7 @@ int32_t RtfScan::takeHexRun(const char* backslash) {
 }  // namespace
 
 int32_t RtfToHtml(SizedBytes& text) {
-  RtfScan scan(text.bytes());
+  RtfScan scan(text.view());
   const int32_t status = scan.run();
   if (status != StatusOk) return status;
   return scan.finish(text) ? StatusOk : StatusOutOfMemory;

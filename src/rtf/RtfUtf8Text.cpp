@@ -8,12 +8,12 @@ namespace {
 int32_t WriteBeyondAscii(RtfRender& render, std::string_view text) {
   if (text.size() > INT32_MAX) return StatusBadArgument;  // beyond what a conversion takes
   TrackedBuffer<char16_t> wide;
-  if (wide.reserve(text.size()) == nullptr) return wide.lastError;
-  const int32_t units = platform::BytesToUtf16(platform::kCodePageUtf8, text, wide.data,
+  if (wide.reserve(text.size()) == nullptr) return wide.lastError();
+  const int32_t units = platform::BytesToUtf16(platform::kCodePageUtf8, text, wide.data(),
                                                static_cast<int32_t>(text.size()));
   if (units <= 0) return StatusBadArgument;
-  wide.length = static_cast<uint64_t>(units);
-  return WriteRtfWideText(render.output, render.fonts, wide.data, wide.length);
+  wide.setLength(static_cast<uint64_t>(units));
+  return WriteRtfWideText(render.output, render.fonts, wide.data(), wide.length());
 }
 
 }  // namespace

@@ -8,20 +8,20 @@
 namespace tarn {
 namespace {
 
-std::u16string Name(const PropertyList& list, uint64_t i) { return list.data[i].name; }
-std::u16string Value(const PropertyList& list, uint64_t i) { return list.data[i].value; }
+std::u16string Name(const PropertyList& list, uint64_t i) { return list.data()[i].name; }
+std::u16string Value(const PropertyList& list, uint64_t i) { return list.data()[i].value; }
 
 TEST(AddAttachmentProperty, AppendsNameAndValueAsTheyAre) {
   PropertyList list;
   EXPECT_EQ(AddAttachmentProperty(list, "Content-ID:", "<a@b>"), 1);
   EXPECT_EQ(AddAttachmentProperty(list, "name=", "caf\xC3\xA9", 5), 1);
-  ASSERT_EQ(list.length, 2u);
+  ASSERT_EQ(list.length(), 2u);
   EXPECT_EQ(Name(list, 0), u"Content-ID:");
   EXPECT_EQ(Value(list, 0), u"<a@b>");
   EXPECT_EQ(Name(list, 1), u"name=");
   EXPECT_EQ(Value(list, 1), u"caf\u00E9");
   // One grow by one record: the first makes room for all that follow.
-  EXPECT_EQ(list.capacity, 1025u);
+  EXPECT_EQ(list.capacity(), 1025u);
 }
 
 TEST(AddAttachmentProperty, WhatFollowsTheTextIsZero) {
@@ -29,7 +29,7 @@ TEST(AddAttachmentProperty, WhatFollowsTheTextIsZero) {
   ASSERT_EQ(AddAttachmentProperty(list, "ab", "c"), 1);
   std::string expected = test::Raw("a\0b\0") + std::string(252, '\0') + test::Raw("c\0");
   expected.resize(512, '\0');
-  EXPECT_EQ(std::string(reinterpret_cast<const char*>(list.data), 512), expected);
+  EXPECT_EQ(std::string(reinterpret_cast<const char*>(list.data()), 512), expected);
 }
 
 TEST(AddAttachmentProperty, CutsBothAt127Units) {
@@ -40,8 +40,8 @@ TEST(AddAttachmentProperty, CutsBothAt127Units) {
   for (uint64_t i = 0; i < 2; ++i) {
     EXPECT_EQ(Name(list, i), std::u16string(126, u'x') + u"y");
     EXPECT_EQ(Value(list, i), std::u16string(126, u'x') + u"z");
-    EXPECT_EQ(list.data[i].name[127], u'\0');
-    EXPECT_EQ(list.data[i].value[127], u'\0');
+    EXPECT_EQ(list.data()[i].name[127], u'\0');
+    EXPECT_EQ(list.data()[i].value[127], u'\0');
   }
 }
 
@@ -58,14 +58,14 @@ TEST(AddAttachmentProperty, NameAndValueEndAtTheirFirstNul) {
   PropertyList list;
   ASSERT_EQ(AddAttachmentProperty(list, "n", "ab\0cd", 5), 1);
   EXPECT_EQ(Value(list, 0), u"ab");
-  EXPECT_EQ(list.data[0].value[3], u'\0');
+  EXPECT_EQ(list.data()[0].value[3], u'\0');
   ASSERT_EQ(AddAttachmentProperty(list, "n", "ab\0\xC3\xA9", 5), 1);
   EXPECT_EQ(Value(list, 1), u"ab");
   // A length cuts a value short, and nothing behind it is read.
   const SizedBytes value = test::Bytes("abc");
-  ASSERT_EQ(AddAttachmentProperty(list, "n", value.data, 3), 1);
+  ASSERT_EQ(AddAttachmentProperty(list, "n", value.data(), 3), 1);
   EXPECT_EQ(Value(list, 2), u"abc");
-  ASSERT_EQ(AddAttachmentProperty(list, "n", value.data, 2), 1);
+  ASSERT_EQ(AddAttachmentProperty(list, "n", value.data(), 2), 1);
   EXPECT_EQ(Value(list, 3), u"ab");
 }
 
@@ -77,7 +77,7 @@ TEST(AddAttachmentProperty, EmptyTextsAreNoFailure) {
   EXPECT_EQ(AddAttachmentProperty(list, "n", nullptr), 1);
   EXPECT_EQ(AddAttachmentProperty(list, "", "v"), 1);
   EXPECT_EQ(AddAttachmentProperty(list, nullptr, "v"), 1);
-  ASSERT_EQ(list.length, 6u);
+  ASSERT_EQ(list.length(), 6u);
   for (uint64_t i = 0; i < 4; ++i) EXPECT_EQ(Value(list, i), u"") << i;
   for (uint64_t i = 4; i < 6; ++i) EXPECT_EQ(Name(list, i), u"") << i;
 }
@@ -88,16 +88,16 @@ TEST(AddAttachmentProperty, TextThatIsNoUtf8Gives0) {
   EXPECT_EQ(AddAttachmentProperty(list, "n", "v\xE9"), 0);
   // Even behind the units that are kept.
   EXPECT_EQ(AddAttachmentProperty(list, "n", (std::string(200, 'x') + "\xE9").c_str()), 0);
-  EXPECT_EQ(list.length, 0u);
+  EXPECT_EQ(list.length(), 0u);
   // And after the NUL that it would end at.
   EXPECT_EQ(AddAttachmentProperty(list, "n", "ab\0\xFF", 4), 0);
   EXPECT_EQ(AddAttachmentProperty(list, "n", "\0\xFF", 2), 0);
-  EXPECT_EQ(list.length, 0u);
+  EXPECT_EQ(list.length(), 0u);
   const auto round = [](test::FaultedWork& faulted) {
     PropertyList fresh;
     const int32_t added = faulted([&] { return AddAttachmentProperty(fresh, "n", "v"); });
     EXPECT_EQ(added, faulted.isReached() ? 0 : 1);
-    EXPECT_EQ(fresh.length, faulted.isReached() ? 0u : 1u);
+    EXPECT_EQ(fresh.length(), faulted.isReached() ? 0u : 1u);
   };
   EXPECT_EQ(test::SweepFaults(PlainKernelFaultText, round, test::FaultKinds::OneAndFrom), 2u);
 }
@@ -117,7 +117,7 @@ TEST(AddAttachmentProperty, TheScratchBlockIsUsedAgain) {
 TEST(AddAttachmentProperty, WithoutMemoryTheListIsAsItWas) {
   const auto round = [](test::FaultedWork& faulted) {
     PropertyList list;
-    list.lastError = 0;
+    list.setLastError(0);
     const int32_t added =
         faulted([&] { return AddAttachmentProperty(list, "name", "longer value"); });
     if (!faulted.isReached()) {
@@ -126,9 +126,9 @@ TEST(AddAttachmentProperty, WithoutMemoryTheListIsAsItWas) {
       return;
     }
     EXPECT_EQ(added, -1);
-    EXPECT_EQ(list.length, 0u);
+    EXPECT_EQ(list.length(), 0u);
     // The third is the list's own, and the code is its last error.
-    EXPECT_EQ(list.lastError, faulted.ordinal() == 3 ? -1 : 0);
+    EXPECT_EQ(list.lastError(), faulted.ordinal() == 3 ? -1 : 0);
   };
   EXPECT_EQ(test::SweepFaults(PlainKernelFaultMemory, round, test::FaultKinds::OneAndFrom), 3u);
 }
@@ -138,8 +138,8 @@ TEST(AddWideAttachmentProperty, TakesTheValueAsItIs) {
   EXPECT_EQ(AddWideAttachmentProperty(list, "Content-ID:", u"im\u00e4ge.png"), 1);
   EXPECT_EQ(AddWideAttachmentProperty(list, "n", std::u16string_view(u"ab\0cd", 5)), 1);
   EXPECT_EQ(AddWideAttachmentProperty(list, "", u""), 1);
-  ASSERT_EQ(list.length, 3u);
-  EXPECT_EQ(std::u16string(list.data[0].name), u"Content-ID:");
+  ASSERT_EQ(list.length(), 3u);
+  EXPECT_EQ(std::u16string(list.data()[0].name), u"Content-ID:");
   EXPECT_EQ(Value(list, 0), u"im\u00e4ge.png");
   EXPECT_EQ(Value(list, 1), u"ab");
   EXPECT_EQ(Value(list, 2), u"");
@@ -149,9 +149,9 @@ TEST(AddWideAttachmentProperty, CutsAt127UnitsEvenInsideASurrogatePair) {
   PropertyList list;
   const std::u16string value = std::u16string(126, u'v') + u"\U0001F600z";
   ASSERT_EQ(AddWideAttachmentProperty(list, std::string(200, 'n').c_str(), value), 1);
-  EXPECT_EQ(std::u16string(list.data[0].name), std::u16string(127, u'n'));
+  EXPECT_EQ(std::u16string(list.data()[0].name), std::u16string(127, u'n'));
   EXPECT_EQ(Value(list, 0), value.substr(0, 127));
-  EXPECT_EQ(list.data[0].value[127], u'\0');
+  EXPECT_EQ(list.data()[0].value[127], u'\0');
 }
 
 TEST(AddWideAttachmentProperty, FailsForANameThatIsNoTextAndWithoutMemory) {
@@ -161,7 +161,7 @@ TEST(AddWideAttachmentProperty, FailsForANameThatIsNoTextAndWithoutMemory) {
     PropertyList fresh;
     const int32_t added = faulted([&] { return AddWideAttachmentProperty(fresh, "name", u"v"); });
     EXPECT_EQ(added, faulted.isReached() ? -1 : 1);
-    EXPECT_EQ(fresh.length, faulted.isReached() ? 0u : 1u);
+    EXPECT_EQ(fresh.length(), faulted.isReached() ? 0u : 1u);
   };
   EXPECT_EQ(test::SweepFaults(PlainKernelFaultMemory, round, test::FaultKinds::OneAndFrom), 2u);
 }
@@ -182,12 +182,12 @@ TEST(AddAttachmentProperty, ARefusedBudgetEndsTheList) {
   PropertyList list;
   ASSERT_EQ(AddAttachmentProperty(list, "n", "v"), 1);
   ASSERT_NE(list.reserve(14000), nullptr);
-  list.length = list.capacity;
-  ASSERT_LT(list.capacity * 512, 8000000u);
+  list.setLength(list.capacity());
+  ASSERT_LT(list.capacity() * 512, 8000000u);
   PlainKernelFailAt(PlainKernelFaultBudget, 1);
   EXPECT_EQ(AddAttachmentProperty(list, "n", "v"), -1);
-  EXPECT_EQ(list.data, nullptr);
-  EXPECT_EQ(list.length, 0u);
+  EXPECT_EQ(list.data(), nullptr);
+  EXPECT_EQ(list.length(), 0u);
 }
 
 }  // namespace

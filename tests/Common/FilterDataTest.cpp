@@ -106,7 +106,7 @@ TEST_F(FilterDataTest, AnItemIsNoRecord) {
 TEST_F(FilterDataTest, AnItemOfAFewBytesIsNotReadPastItsEnd) {
   for (const int32_t format : {300, -2}) {
     SizedBytes item = test::Bytes("PS");
-    slot_.data = item.data;
+    slot_.data = item.data();
     slot_.dataSize = 2;
     slot_.dataFormat = format;
     PstFilterData* found = nullptr;
@@ -178,8 +178,8 @@ TEST_F(FilterDataTest, AListTooSmallForItsCountIsMalformed) {
 
 TEST_F(FilterDataTest, ASlotSizeBelowAnyListIsMalformedBeforeTheListIsRead) {
   SizedBytes small = test::Bytes("LMLT\2\0\0");
-  slot_.data = small.data;
-  slot_.dataSize = small.length;
+  slot_.data = small.data();
+  slot_.dataSize = small.length();
   slot_.dataFormat = -2;
   expectMalformed();
   listBlock_ = nullptr;

@@ -116,10 +116,10 @@ class Pass {
   }
 
   ImagePass& pass() { return pass_; }
-  std::string_view body() const { return body_.bytes(); }
+  std::string_view body() const { return body_.view(); }
   std::string finish() {
     EXPECT_EQ(pass_.finish(), 1);
-    return std::string(body_.bytes());
+    return std::string(body_.view());
   }
 
  private:
@@ -236,7 +236,7 @@ TEST(ImagePass, ANewBodyHasNoneOfTheOldOnesImages) {
   ASSERT_EQ(pass.find("cid:a", place), 1);
   EXPECT_EQ(place, 9u);
   EXPECT_EQ(pass.finish(), 1);
-  EXPECT_EQ(body.bytes(), "another \"cid:a\"");
+  EXPECT_EQ(body.view(), "another \"cid:a\"");
 }
 
 // How the images of a mail and its references may lie.

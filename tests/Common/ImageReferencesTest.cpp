@@ -28,13 +28,13 @@ void PrintTo(const Rewritten& rewritten, std::ostream* out) {
 Rewritten Replace(const std::string& body, uint64_t offset, const std::string& needle,
                   const std::string& replacement) {
   SizedBytes text = Bytes(body);
-  const char* const block = text.data;
+  const char* const block = text.data();
   uint64_t count = 99;
   EXPECT_EQ(ReplaceImageReferences(text, offset, needle, replacement, UINT64_MAX, count), 1);
   if (count == 0) {
-    EXPECT_EQ(text.data, block);
+    EXPECT_EQ(text.data(), block);
   }
-  return {std::string(text.bytes()), count};
+  return {std::string(text.view()), count};
 }
 
 // The rules of the header word for word, on a text that is changed in place at every step.
@@ -145,7 +145,7 @@ TEST(ImageReferences, EmptyNeedlesAndOffsetsOutsideFindNothing) {
   uint64_t count = 99;
   EXPECT_EQ(ReplaceImageReferences(absent, 0, "a", "X", UINT64_MAX, count), 1);
   EXPECT_EQ(count, 0u);
-  EXPECT_EQ(absent.data, nullptr);
+  EXPECT_EQ(absent.data(), nullptr);
 }
 
 TEST(ImageReferences, AnEmptyReplacementTakesTheValueOut) {
@@ -249,7 +249,7 @@ TEST(ImageReferences, WithoutMemoryTheBodyIsAsItWas) {
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
   EXPECT_EQ(ReplaceImageReferences(text, 0, "a", "XYZ", UINT64_MAX, count), -1);
   EXPECT_EQ(count, 0u);
-  EXPECT_EQ(text.bytes(), "\"a\" \"a\"");
+  EXPECT_EQ(text.view(), "\"a\" \"a\"");
   EXPECT_EQ(ReplaceImageReferences(text, 0, "a", "XYZ", UINT64_MAX, count), 1);
   EXPECT_EQ(count, 2u);
 }
@@ -312,7 +312,7 @@ TEST(ImageReferences, ManyMovesToOneOccurrenceTakeLinearTime) {
   EXPECT_EQ(ReplaceImageReferences(text, 0, "a ", "x", UINT64_MAX, count), 1);
   EXPECT_EQ(ReplaceImageReferences(text, 13, "a", "x", UINT64_MAX, count), 1);
   EXPECT_LT(Seconds() - start, kLimit);
-  EXPECT_EQ(text.bytes(), body);
+  EXPECT_EQ(text.view(), body);
 }
 
 }  // namespace

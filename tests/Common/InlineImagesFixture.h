@@ -49,8 +49,8 @@ class FileRoute : public InlineImagesTest {
 
   // What the record's owner does at its end.
   ~FileRoute() override {
-    for (uint64_t i = 0; i < record_.inlineFiles.length; ++i) {
-      KernelDeleteFileUtf8(record_.inlineFiles.data[i]);
+    for (uint64_t i = 0; i < record_.inlineFiles.length(); ++i) {
+      KernelDeleteFileUtf8(record_.inlineFiles.data()[i]);
     }
     if (record_.tempDirectory[0] != u'\0') {
       EXPECT_TRUE(platform::RemoveEmptyDirectory(record_.tempDirectory));

@@ -18,9 +18,9 @@ inline uint64_t Allocations() { return Usage().allocationCalls; }
 // A block of exactly these bytes, so that reading or writing past them is found out.
 inline SizedBytes Bytes(std::string_view bytes) {
   SizedBytes text;
-  text.data = static_cast<char*>(KernelAlloc(bytes.size(), 1, TARN_HERE));
-  std::memcpy(text.data, bytes.data(), bytes.size());
-  text.length = bytes.size();
+  text.setData(static_cast<char*>(KernelAlloc(bytes.size(), 1, TARN_HERE)));
+  std::memcpy(text.data(), bytes.data(), bytes.size());
+  text.setLength(bytes.size());
   return text;
 }
 

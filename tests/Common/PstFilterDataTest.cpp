@@ -10,14 +10,14 @@ namespace {
 
 template <typename T>
 void ExpectEmpty(const TrackedBuffer<T>& buffer) {
-  EXPECT_EQ(buffer.data, nullptr);
-  EXPECT_EQ(buffer.length, 0u);
-  EXPECT_EQ(buffer.capacity, 0u);
-  EXPECT_EQ(buffer.growthCount, 0u);
-  EXPECT_EQ(buffer.lastError, -1);
-  EXPECT_EQ(buffer.meter.current, 0u);
-  EXPECT_EQ(buffer.meter.threshold, 8000000u);
-  EXPECT_EQ(buffer.meter.reported, 0u);
+  EXPECT_EQ(buffer.data(), nullptr);
+  EXPECT_EQ(buffer.length(), 0u);
+  EXPECT_EQ(buffer.capacity(), 0u);
+  EXPECT_EQ(buffer.growthCount(), 0u);
+  EXPECT_EQ(buffer.lastError(), -1);
+  EXPECT_EQ(buffer.meter().current, 0u);
+  EXPECT_EQ(buffer.meter().threshold, 8000000u);
+  EXPECT_EQ(buffer.meter().reported, 0u);
 }
 
 template <size_t N>
@@ -28,17 +28,17 @@ bool AllZero(const char16_t (&units)[N]) {
 TEST(PstFilterData, ItsDocumentGrowsByAKilobyteThatIsNotCleared) {
   const PstFilterData record;
   ExpectEmpty(record.document);
-  EXPECT_EQ(record.document.increment, 1024u);
-  EXPECT_EQ(record.document.firstIncrement, 1024u);
-  EXPECT_EQ(record.document.zeroFill, 0u);
+  EXPECT_EQ(record.document.increment(), 1024u);
+  EXPECT_EQ(record.document.firstIncrement(), 1024u);
+  EXPECT_EQ(record.document.zeroFill(), 0u);
 }
 
 TEST(PstFilterData, ItsImagesGrowByFiveEmptyPlaces) {
   const PstFilterData record;
   ExpectEmpty(record.inlineFiles);
-  EXPECT_EQ(record.inlineFiles.increment, 5u);
-  EXPECT_EQ(record.inlineFiles.firstIncrement, 5u);
-  EXPECT_EQ(record.inlineFiles.zeroFill, 1u);
+  EXPECT_EQ(record.inlineFiles.increment(), 5u);
+  EXPECT_EQ(record.inlineFiles.firstIncrement(), 5u);
+  EXPECT_EQ(record.inlineFiles.zeroFill(), 1u);
 }
 
 TEST(PstFilterData, IsKnownByItsSignature) {

@@ -27,24 +27,24 @@ TEST(SizedBytes, EmptyIsAbsentOrWithoutLengthOrOneNul) {
 
 TEST(SizedBytes, ALengthWithoutABlockIsNoText) {
   SizedBytes broken;
-  broken.length = 5;
-  EXPECT_EQ(broken.bytes(), "");
+  broken.setLength(5);
+  EXPECT_EQ(broken.view(), "");
   EXPECT_TRUE(broken.isEmptyText());
 }
 
 TEST(SizedBytes, MovesPassTheBlockOn) {
   SizedBytes first = Bytes("ab");
-  const char* const block = first.data;
+  const char* const block = first.data();
   SizedBytes second = std::move(first);
-  EXPECT_EQ(second.data, block);
-  EXPECT_EQ(second.length, 2u);
+  EXPECT_EQ(second.data(), block);
+  EXPECT_EQ(second.length(), 2u);
   SizedBytes third = Bytes("xyz");
   third = std::move(second);
-  EXPECT_EQ(third.data, block);
-  EXPECT_EQ(third.bytes(), "ab");
+  EXPECT_EQ(third.data(), block);
+  EXPECT_EQ(third.view(), "ab");
   third.release();
-  EXPECT_EQ(third.data, nullptr);
-  EXPECT_EQ(third.length, 0u);
+  EXPECT_EQ(third.data(), nullptr);
+  EXPECT_EQ(third.length(), 0u);
   third.release();
 }
 
@@ -75,62 +75,62 @@ TEST(KernelBlock, OwnsGivesAndReplaces) {
 TEST(AppendTerminated, MakesATextWithItsNulCounted) {
   SizedBytes text;
   EXPECT_EQ(AppendTerminated(text, "abc"), 1);
-  EXPECT_EQ(text.bytes(), Raw("abc\0"));
+  EXPECT_EQ(text.view(), Raw("abc\0"));
 }
 
 TEST(AppendTerminated, LeavesNoNulInTheMiddle) {
   SizedBytes text = Bytes(Raw("abc\0"));
   EXPECT_EQ(AppendTerminated(text, "def"), 1);
-  EXPECT_EQ(text.bytes(), Raw("abcdef\0"));
+  EXPECT_EQ(text.view(), Raw("abcdef\0"));
   EXPECT_EQ(AppendTerminated(text, "g", 1), 1);
-  EXPECT_EQ(text.bytes(), Raw("abcdefg\0"));
+  EXPECT_EQ(text.view(), Raw("abcdefg\0"));
 }
 
 TEST(AppendTerminated, ATextThatDoesNotCountItsNulGetsOne) {
   SizedBytes text = Bytes("abc");
   EXPECT_EQ(AppendTerminated(text, "d"), 1);
-  EXPECT_EQ(text.bytes(), Raw("abcd\0"));
+  EXPECT_EQ(text.view(), Raw("abcd\0"));
 }
 
 TEST(AppendTerminated, DropsNoMoreThanOneNul) {
   SizedBytes text = Bytes(Raw("a\0\0"));
   EXPECT_EQ(AppendTerminated(text, "b"), 1);
-  EXPECT_EQ(text.bytes(), Raw("a\0b\0"));
+  EXPECT_EQ(text.view(), Raw("a\0b\0"));
 }
 
 TEST(AppendTerminated, ASourceThatEndsWithANulGetsNoSecond) {
   SizedBytes text = Bytes(Raw("a\0"));
   EXPECT_EQ(AppendTerminated(text, "b\0", 2), 1);
-  EXPECT_EQ(text.bytes(), Raw("ab\0"));
+  EXPECT_EQ(text.view(), Raw("ab\0"));
   EXPECT_EQ(AppendTerminated(text, "x\0y", 3), 1);
-  EXPECT_EQ(text.bytes(), Raw("abx\0y\0"));
+  EXPECT_EQ(text.view(), Raw("abx\0y\0"));
 }
 
 TEST(AppendTerminated, NothingAppendedStillTerminates) {
   SizedBytes none;
   EXPECT_EQ(AppendTerminated(none, ""), 1);
-  EXPECT_EQ(none.bytes(), Raw("\0"));
+  EXPECT_EQ(none.view(), Raw("\0"));
   SizedBytes nul = Bytes(Raw("\0"));
   EXPECT_EQ(AppendTerminated(nul, nullptr), 1);
-  EXPECT_EQ(nul.bytes(), Raw("\0"));
+  EXPECT_EQ(nul.view(), Raw("\0"));
   SizedBytes text = Bytes("abc");
   EXPECT_EQ(AppendTerminated(text, nullptr, 7), 1);
-  EXPECT_EQ(text.bytes(), Raw("abc\0"));
+  EXPECT_EQ(text.view(), Raw("abc\0"));
   // One NUL is dropped, and what is left ends with one.
   SizedBytes twice = Bytes(Raw("abc\0\0"));
   EXPECT_EQ(AppendTerminated(twice, ""), 1);
-  EXPECT_EQ(twice.bytes(), Raw("abc\0"));
+  EXPECT_EQ(twice.view(), Raw("abc\0"));
 }
 
 TEST(AppendTerminated, WithoutMemoryNothingChanges) {
   SizedBytes text = Bytes(Raw("abc\0"));
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
   EXPECT_EQ(AppendTerminated(text, "def"), -1);
-  EXPECT_EQ(text.bytes(), Raw("abc\0"));
+  EXPECT_EQ(text.view(), Raw("abc\0"));
   const uint64_t calls = Allocations();
   EXPECT_EQ(AppendTerminated(text, "x", UINT64_MAX - 3), -1);
   EXPECT_EQ(Allocations(), calls);
-  EXPECT_EQ(text.bytes(), Raw("abc\0"));
+  EXPECT_EQ(text.view(), Raw("abc\0"));
 }
 
 }  // namespace

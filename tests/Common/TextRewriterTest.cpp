@@ -29,7 +29,7 @@ std::string Rewrite(std::string_view old, const std::vector<Stretch>& stretches)
   EXPECT_EQ(rewriter.old(), old);
   for (const Stretch& s : stretches) rewriter.replace(s.start, s.end, s.replacement);
   rewriter.close();
-  return std::string(text.bytes());
+  return std::string(text.view());
 }
 
 TEST(TextRewriter, ReplacesStretches) {
@@ -74,7 +74,7 @@ TEST(TextRewriter, TakesTheLongerTextsMemory) {
     rewriter.close();
   });
   EXPECT_EQ(peak, 300000u);
-  EXPECT_EQ(text.length, 350000u);
+  EXPECT_EQ(text.length(), 350000u);
 }
 
 TEST(TextRewriter, WithoutMemoryTheTextIsAsItWas) {
@@ -84,7 +84,7 @@ TEST(TextRewriter, WithoutMemoryTheTextIsAsItWas) {
   TextRewriter rewriter;
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
   EXPECT_FALSE(rewriter.open(text, growth));
-  EXPECT_EQ(text.bytes(), "text");
+  EXPECT_EQ(text.view(), "text");
 }
 
 }  // namespace

@@ -62,50 +62,50 @@ TEST(MemoryMeter, ARefusalChangesNothing) {
 
 TEST(TrackedBuffer, StartsEmptyWithItsDefaults) {
   const TrackedBuffer<char> buffer;
-  EXPECT_EQ(buffer.data, nullptr);
-  EXPECT_EQ(buffer.length, 0u);
-  EXPECT_EQ(buffer.capacity, 0u);
-  EXPECT_EQ(buffer.increment, 1024u);
-  EXPECT_EQ(buffer.zeroFill, 0u);
-  EXPECT_EQ(buffer.lastError, -1);
-  EXPECT_EQ(buffer.meter.current, 0u);
-  EXPECT_EQ(buffer.meter.threshold, kThreshold);
-  EXPECT_EQ(buffer.meter.reported, 0u);
-  EXPECT_EQ(buffer.firstIncrement, 1024u);
-  EXPECT_EQ(buffer.growthCount, 0u);
+  EXPECT_EQ(buffer.data(), nullptr);
+  EXPECT_EQ(buffer.length(), 0u);
+  EXPECT_EQ(buffer.capacity(), 0u);
+  EXPECT_EQ(buffer.increment(), 1024u);
+  EXPECT_EQ(buffer.zeroFill(), 0u);
+  EXPECT_EQ(buffer.lastError(), -1);
+  EXPECT_EQ(buffer.meter().current, 0u);
+  EXPECT_EQ(buffer.meter().threshold, kThreshold);
+  EXPECT_EQ(buffer.meter().reported, 0u);
+  EXPECT_EQ(buffer.firstIncrement(), 1024u);
+  EXPECT_EQ(buffer.growthCount(), 0u);
 }
 
 TEST(TrackedBuffer, AnInitialCountAllocatesAtOnce) {
   const TrackedBuffer<uint64_t> buffer(7, 5, 1);
-  ASSERT_NE(buffer.data, nullptr);
-  EXPECT_EQ(buffer.capacity, 12u);
-  EXPECT_EQ(buffer.length, 0u);
-  EXPECT_EQ(buffer.growthCount, 1u);
-  EXPECT_EQ(buffer.meter.current, 96u);
-  for (uint64_t i = 0; i < 12; ++i) EXPECT_EQ(buffer.data[i], 0u) << i;
+  ASSERT_NE(buffer.data(), nullptr);
+  EXPECT_EQ(buffer.capacity(), 12u);
+  EXPECT_EQ(buffer.length(), 0u);
+  EXPECT_EQ(buffer.growthCount(), 1u);
+  EXPECT_EQ(buffer.meter().current, 96u);
+  for (uint64_t i = 0; i < 12; ++i) EXPECT_EQ(buffer.data()[i], 0u) << i;
 
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
   const TrackedBuffer<uint64_t> failed(7);
-  EXPECT_EQ(failed.data, nullptr);
-  EXPECT_EQ(failed.capacity, 0u);
-  EXPECT_EQ(failed.lastError, -1);
+  EXPECT_EQ(failed.data(), nullptr);
+  EXPECT_EQ(failed.capacity(), 0u);
+  EXPECT_EQ(failed.lastError(), -1);
 }
 
 TEST(TrackedBuffer, ReserveOfNothingAllocatesTheIncrement) {
   TrackedBuffer<char16_t> buffer;
   ASSERT_NE(buffer.reserve(0), nullptr);
-  EXPECT_EQ(buffer.capacity, 1024u);
+  EXPECT_EQ(buffer.capacity(), 1024u);
   EXPECT_EQ(test::Usage().liveBytes, 2048u);
 }
 
 TEST(TrackedBuffer, RoomThatIsThereIsNotMadeAgain) {
   TrackedBuffer<char> buffer;
   char* const block = buffer.reserve(1);
-  EXPECT_EQ(buffer.capacity, 1025u);
+  EXPECT_EQ(buffer.capacity(), 1025u);
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
   EXPECT_EQ(buffer.reserve(1025), block);
   EXPECT_EQ(buffer.reserve(0), block);
-  EXPECT_EQ(buffer.growthCount, 1u);
+  EXPECT_EQ(buffer.growthCount(), 1u);
   PlainKernelFailAt(PlainKernelFaultMemory, 0);
 }
 
@@ -113,48 +113,48 @@ TEST(TrackedBuffer, RoomThatIsThereIsNotMadeAgain) {
 TEST(TrackedBuffer, TheNewCapacityIsRequestPlusIncrement) {
   TrackedBuffer<char> buffer(0, 10);
   ASSERT_NE(buffer.reserve(3), nullptr);
-  EXPECT_EQ(buffer.capacity, 13u);
+  EXPECT_EQ(buffer.capacity(), 13u);
   ASSERT_NE(buffer.reserve(14), nullptr);
-  EXPECT_EQ(buffer.capacity, 24u);
+  EXPECT_EQ(buffer.capacity(), 24u);
   ASSERT_NE(buffer.reserve(1000), nullptr);
-  EXPECT_EQ(buffer.capacity, 1010u);
+  EXPECT_EQ(buffer.capacity(), 1010u);
 }
 
 TEST(TrackedBuffer, TheTwentyFirstGrowthDoublesTheIncrement) {
   TrackedBuffer<char> buffer;
   for (int growth = 1; growth <= 21; ++growth) {
-    EXPECT_EQ(buffer.increment, 1024u) << growth;
-    const uint64_t before = buffer.capacity;
+    EXPECT_EQ(buffer.increment(), 1024u) << growth;
+    const uint64_t before = buffer.capacity();
     ASSERT_NE(buffer.reserve(before + 1), nullptr);
-    EXPECT_EQ(buffer.capacity, before + 1 + 1024) << growth;
-    EXPECT_EQ(buffer.growthCount, growth <= 20 ? static_cast<uint32_t>(growth) : 0u);
+    EXPECT_EQ(buffer.capacity(), before + 1 + 1024) << growth;
+    EXPECT_EQ(buffer.growthCount(), growth <= 20 ? static_cast<uint32_t>(growth) : 0u);
   }
   for (int growth = 22; growth <= 42; ++growth) {
-    EXPECT_EQ(buffer.increment, 2048u) << growth;
-    const uint64_t before = buffer.capacity;
+    EXPECT_EQ(buffer.increment(), 2048u) << growth;
+    const uint64_t before = buffer.capacity();
     ASSERT_NE(buffer.reserve(before + 1), nullptr);
-    EXPECT_EQ(buffer.capacity, before + 1 + 2048) << growth;
+    EXPECT_EQ(buffer.capacity(), before + 1 + 2048) << growth;
   }
-  EXPECT_EQ(buffer.increment, 4096u);
-  EXPECT_EQ(buffer.firstIncrement, 1024u);
+  EXPECT_EQ(buffer.increment(), 4096u);
+  EXPECT_EQ(buffer.firstIncrement(), 1024u);
 }
 
 TEST(TrackedBuffer, ZeroFillClearsOnlyTheNewElements) {
   TrackedBuffer<char> buffer(0, 4, 1);
   ASSERT_NE(buffer.reserve(4), nullptr);
-  EXPECT_EQ(std::string(buffer.data, 8), std::string(8, '\0'));
+  EXPECT_EQ(std::string(buffer.data(), 8), std::string(8, '\0'));
   // What was reserved stays, whether in use or not.
-  std::memset(buffer.data, 'x', 8);
-  buffer.length = 2;
+  std::memset(buffer.data(), 'x', 8);
+  buffer.setLength(2);
   ASSERT_NE(buffer.reserve(9), nullptr);
-  EXPECT_EQ(buffer.capacity, 13u);
-  EXPECT_EQ(std::string(buffer.data, 13), std::string(8, 'x') + std::string(5, '\0'));
+  EXPECT_EQ(buffer.capacity(), 13u);
+  EXPECT_EQ(std::string(buffer.data(), 13), std::string(8, 'x') + std::string(5, '\0'));
 }
 
 TEST(TrackedBuffer, ReportsItsWholeSizeOnceAndDifferencesThen) {
   TrackedBuffer<char> buffer;
   ASSERT_NE(buffer.reserve(kThreshold - 1024), nullptr);
-  EXPECT_EQ(buffer.meter.current, kThreshold);
+  EXPECT_EQ(buffer.meter().current, kThreshold);
   EXPECT_EQ(ReportedBytes(), 0u);
   ASSERT_NE(buffer.reserve(kThreshold + 1), nullptr);
   EXPECT_EQ(ReportedBytes(), kThreshold + 1025);
@@ -172,30 +172,30 @@ TEST(TrackedBuffer, ASmallOneIsNeitherReportedNorReturned) {
   EXPECT_EQ(large.reserve(kThreshold / 4), nullptr);
   TrackedBuffer<uint32_t> buffer;
   ASSERT_NE(buffer.reserve(kThreshold / 4 - 1024), nullptr);
-  EXPECT_EQ(buffer.meter.current, kThreshold);
-  EXPECT_EQ(buffer.meter.reported, 0u);
+  EXPECT_EQ(buffer.meter().current, kThreshold);
+  EXPECT_EQ(buffer.meter().reported, 0u);
   buffer.release();
-  EXPECT_EQ(buffer.meter.current, 0u);
+  EXPECT_EQ(buffer.meter().current, 0u);
 }
 
 TEST(TrackedBuffer, ARefusalClearsItAndItStartsAgainFromNothing) {
   TrackedBuffer<char> buffer(0, 1024, 1);
   ASSERT_NE(buffer.reserve(10), nullptr);
-  std::memset(buffer.data, 'x', 10);
-  buffer.length = 10;
+  std::memset(buffer.data(), 'x', 10);
+  buffer.setLength(10);
   PlainKernelFailAt(PlainKernelFaultBudget, 1);
   EXPECT_EQ(buffer.reserve(kThreshold), nullptr);
-  EXPECT_EQ(buffer.data, nullptr);
-  EXPECT_EQ(buffer.capacity, 0u);
-  EXPECT_EQ(buffer.length, 10u);  // its users' affair
-  EXPECT_EQ(buffer.lastError, -1);
+  EXPECT_EQ(buffer.data(), nullptr);
+  EXPECT_EQ(buffer.capacity(), 0u);
+  EXPECT_EQ(buffer.length(), 10u);  // its users' affair
+  EXPECT_EQ(buffer.lastError(), -1);
   EXPECT_EQ(test::Usage().liveBlocks, 0u);
   EXPECT_EQ(ReportedBytes(), 0u);
 
   ASSERT_NE(buffer.reserve(5), nullptr);
-  EXPECT_EQ(buffer.capacity, 1029u);
-  EXPECT_EQ(std::string(buffer.data, 1029), std::string(1029, '\0'));
-  EXPECT_EQ(buffer.growthCount, 2u);
+  EXPECT_EQ(buffer.capacity(), 1029u);
+  EXPECT_EQ(std::string(buffer.data(), 1029), std::string(1029, '\0'));
+  EXPECT_EQ(buffer.growthCount(), 2u);
 }
 
 TEST(TrackedBuffer, ARefusedReportedOneReturnsItsBytesAtTheEnd) {
@@ -203,7 +203,7 @@ TEST(TrackedBuffer, ARefusedReportedOneReturnsItsBytesAtTheEnd) {
   ASSERT_NE(buffer.reserve(kThreshold), nullptr);
   PlainKernelSetMemoryBudget(kThreshold + 1024);
   EXPECT_EQ(buffer.reserve(kThreshold + 2000), nullptr);
-  EXPECT_EQ(buffer.data, nullptr);
+  EXPECT_EQ(buffer.data(), nullptr);
   EXPECT_EQ(ReportedBytes(), kThreshold + 1024);
   ASSERT_NE(buffer.reserve(1), nullptr);
   EXPECT_EQ(ReportedBytes(), 1025u);
@@ -214,17 +214,17 @@ TEST(TrackedBuffer, ARefusedReportedOneReturnsItsBytesAtTheEnd) {
 TEST(TrackedBuffer, WithoutMemoryTheContentsStay) {
   TrackedBuffer<char> buffer;
   ASSERT_NE(buffer.reserve(3), nullptr);
-  std::memcpy(buffer.data, "abc", 3);
-  buffer.length = 3;
-  buffer.lastError = 77;
-  const char* const block = buffer.data;
+  std::memcpy(buffer.data(), "abc", 3);
+  buffer.setLength(3);
+  buffer.setLastError(77);
+  const char* const block = buffer.data();
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
   EXPECT_EQ(buffer.reserve(5000), nullptr);
-  EXPECT_EQ(buffer.lastError, -1);
-  EXPECT_EQ(buffer.data, block);
-  EXPECT_EQ(buffer.capacity, 1027u);
-  EXPECT_EQ(std::string(buffer.data, 3), "abc");
-  EXPECT_EQ(buffer.growthCount, 1u);
+  EXPECT_EQ(buffer.lastError(), -1);
+  EXPECT_EQ(buffer.data(), block);
+  EXPECT_EQ(buffer.capacity(), 1027u);
+  EXPECT_EQ(std::string(buffer.data(), 3), "abc");
+  EXPECT_EQ(buffer.growthCount(), 1u);
 }
 
 TEST(TrackedBuffer, SizesBeyondAllMemoryFail) {
@@ -232,38 +232,37 @@ TEST(TrackedBuffer, SizesBeyondAllMemoryFail) {
   EXPECT_EQ(buffer.reserve(UINT64_MAX), nullptr);
   EXPECT_EQ(buffer.reserve(UINT64_MAX - 1024), nullptr);
   EXPECT_EQ(buffer.reserve(UINT64_MAX / 8), nullptr);
-  EXPECT_EQ(buffer.lastError, -1);
-  EXPECT_EQ(buffer.growthCount, 0u);
+  EXPECT_EQ(buffer.lastError(), -1);
+  EXPECT_EQ(buffer.growthCount(), 0u);
 }
 
 TEST(TrackedBuffer, TakeGivesTheBlockAway) {
   TrackedBuffer<char> buffer;
   ASSERT_NE(buffer.reserve(kThreshold), nullptr);
-  buffer.length = 3;
-  char* const block = buffer.take();
-  ASSERT_NE(block, nullptr);
-  EXPECT_EQ(buffer.data, nullptr);
-  EXPECT_EQ(buffer.length, 0u);
-  EXPECT_EQ(buffer.capacity, 0u);
+  buffer.setLength(3);
+  const KernelBlock<char> block = buffer.take();
+  ASSERT_TRUE(block);
+  EXPECT_EQ(buffer.data(), nullptr);
+  EXPECT_EQ(buffer.length(), 0u);
+  EXPECT_EQ(buffer.capacity(), 0u);
   EXPECT_EQ(ReportedBytes(), 0u);
-  KernelFree(block, TARN_HERE);
 }
 
 TEST(TrackedBuffer, AppendWritesBehindWhatIsInUse) {
   TrackedBuffer<char16_t> buffer;
   EXPECT_EQ(buffer.append(nullptr, 0), 1);
-  EXPECT_EQ(buffer.data, nullptr);
+  EXPECT_EQ(buffer.data(), nullptr);
   EXPECT_EQ(buffer.append(nullptr, 1), -814);
   EXPECT_EQ(buffer.append(u"ab", 2), 1);
   EXPECT_EQ(buffer.append(u"cde", 3), 1);
-  EXPECT_EQ(std::u16string(buffer.data, buffer.length), u"abcde");
+  EXPECT_EQ(std::u16string(buffer.data(), buffer.length()), u"abcde");
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
   const std::u16string large(2000, u'x');
   EXPECT_EQ(buffer.append(large.data(), large.size()), -1);
-  EXPECT_EQ(std::u16string(buffer.data, buffer.length), u"abcde");
+  EXPECT_EQ(std::u16string(buffer.data(), buffer.length()), u"abcde");
   const volatile uint64_t endless = UINT64_MAX;
   EXPECT_EQ(buffer.append(large.data(), endless), -1);
-  EXPECT_EQ(buffer.length, 5u);
+  EXPECT_EQ(buffer.length(), 5u);
 }
 
 TEST(TrackedBuffer, AppendAfterARefusalStartsAgain) {
@@ -272,27 +271,27 @@ TEST(TrackedBuffer, AppendAfterARefusalStartsAgain) {
   ASSERT_EQ(buffer.append("abc", 3), 1);
   PlainKernelFailAt(PlainKernelFaultBudget, 1);
   EXPECT_EQ(buffer.append(large.data(), large.size()), -1);
-  EXPECT_EQ(buffer.data, nullptr);
-  EXPECT_EQ(buffer.length, 0u);
+  EXPECT_EQ(buffer.data(), nullptr);
+  EXPECT_EQ(buffer.length(), 0u);
 
   ASSERT_EQ(buffer.append("abc", 3), 1);
   PlainKernelFailAt(PlainKernelFaultBudget, 1);
   EXPECT_EQ(buffer.reserve(kThreshold), nullptr);
   EXPECT_EQ(buffer.append("de", 2), 1);
-  EXPECT_EQ(std::string_view(buffer.data, buffer.length), "de");
+  EXPECT_EQ(std::string_view(buffer.data(), buffer.length()), "de");
 }
 
 TEST(AppendFormat, PrintsBehindTheTextAndLeavesItsNulOut) {
   TrackedBuffer<char> buffer;
   int32_t flag = 1;
   EXPECT_EQ(AppendFormat(buffer, flag, "cid:%s", "a.png"), 1);
-  EXPECT_EQ(buffer.length, 9u);
-  EXPECT_EQ(std::string_view(buffer.data, 10), test::Raw("cid:a.png\0"));
-  EXPECT_EQ(buffer.capacity, 10u + 1024u);
+  EXPECT_EQ(buffer.length(), 9u);
+  EXPECT_EQ(std::string_view(buffer.data(), 10), test::Raw("cid:a.png\0"));
+  EXPECT_EQ(buffer.capacity(), 10u + 1024u);
   EXPECT_EQ(AppendFormat(buffer, flag, "-%d", 7), 1);
-  EXPECT_EQ(std::string_view(buffer.data, 12), test::Raw("cid:a.png-7\0"));
+  EXPECT_EQ(std::string_view(buffer.data(), 12), test::Raw("cid:a.png-7\0"));
   EXPECT_EQ(AppendFormat(buffer, flag, "%s", ""), 1);
-  EXPECT_EQ(buffer.length, 11u);
+  EXPECT_EQ(buffer.length(), 11u);
 }
 
 TEST(AppendFormat, GrowsToExactlyWhatItPrints) {
@@ -300,8 +299,8 @@ TEST(AppendFormat, GrowsToExactlyWhatItPrints) {
   int32_t flag = 1;
   const std::string text(3000, 'y');
   EXPECT_EQ(AppendFormat(buffer, flag, "%s", text.c_str()), 1);
-  EXPECT_EQ(buffer.capacity, 3001u);
-  EXPECT_EQ(std::string_view(buffer.data, buffer.length), text);
+  EXPECT_EQ(buffer.capacity(), 3001u);
+  EXPECT_EQ(std::string_view(buffer.data(), buffer.length()), text);
 }
 
 TEST(AppendFormat, AfterOneFailureAllLaterCallsDoNothing) {
@@ -312,8 +311,8 @@ TEST(AppendFormat, AfterOneFailureAllLaterCallsDoNothing) {
   EXPECT_EQ(AppendFormat(buffer, flag, "%2000d", 1), 0);
   EXPECT_EQ(flag, 0);
   EXPECT_EQ(AppendFormat(buffer, flag, "b"), 0);
-  EXPECT_EQ(buffer.length, 1u);
-  EXPECT_EQ(std::string_view(buffer.data, 2), test::Raw("a\0"));
+  EXPECT_EQ(buffer.length(), 1u);
+  EXPECT_EQ(std::string_view(buffer.data(), 2), test::Raw("a\0"));
 }
 
 TEST(AppendFormat, ANullFormatFailsWithoutTouchingTheFlag) {
@@ -322,7 +321,7 @@ TEST(AppendFormat, ANullFormatFailsWithoutTouchingTheFlag) {
   const char* volatile format = nullptr;
   EXPECT_EQ(AppendFormat(buffer, flag, format, 1), 0);
   EXPECT_EQ(flag, 1);
-  EXPECT_EQ(buffer.data, nullptr);
+  EXPECT_EQ(buffer.data(), nullptr);
 }
 
 }  // namespace

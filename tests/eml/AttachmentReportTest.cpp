@@ -39,9 +39,9 @@ struct Report {
 
   void setContentId(std::string_view id) {
     ASSERT_NE(part.contentId.reserve(id.size() + 1), nullptr);
-    std::memcpy(part.contentId.data, id.data(), id.size());
-    part.contentId.data[id.size()] = '\0';
-    part.contentId.length = id.size();
+    std::memcpy(part.contentId.data(), id.data(), id.size());
+    part.contentId.data()[id.size()] = '\0';
+    part.contentId.setLength(id.size());
   }
 
   int32_t runWith(const AttachmentRequest* request) {
@@ -221,7 +221,7 @@ TEST(AttachmentReport, EmptyPartStillHasABlock) {
   Report report("attachment");
   report.part.decodedLength = 0;
   const auto keep = [](void* user, TrackedBuffer<char>* data, const char16_t*, PropertyList*) {
-    EXPECT_EQ(data->length, 0u);
+    EXPECT_EQ(data->length(), 0u);
     *static_cast<KernelBlock<char>*>(user) = KernelBlock<char>(data->take());
     return int32_t{2};
   };
@@ -318,7 +318,7 @@ TEST(HeaderParameterProperty, AbsentParameterAddsNothing) {
   PropertyList list;
   const std::string_view text = "a=b";
   EXPECT_EQ(AddHeaderParameterProperty(list, text.data(), text.data() + 3, "name="), 1);
-  EXPECT_EQ(list.length, 0u);
+  EXPECT_EQ(list.length(), 0u);
 }
 
 TEST(HeaderParameterProperty, FailureKeepsTheRawValue) {
@@ -326,9 +326,9 @@ TEST(HeaderParameterProperty, FailureKeepsTheRawValue) {
   const std::string_view text = "name==?iso-8859-1?Q?=E4?=";
   PlainKernelFailAt(PlainKernelFaultText, 1);
   EXPECT_EQ(AddHeaderParameterProperty(list, text.data(), text.data() + text.size(), "name="), 1);
-  ASSERT_EQ(list.length, 1u);
-  EXPECT_EQ(std::u16string(list.data[0].name), u"name=");
-  EXPECT_EQ(std::u16string(list.data[0].value), u"=?iso-8859-1?Q?=E4?=");
+  ASSERT_EQ(list.length(), 1u);
+  EXPECT_EQ(std::u16string(list.data()[0].name), u"name=");
+  EXPECT_EQ(std::u16string(list.data()[0].value), u"=?iso-8859-1?Q?=E4?=");
 }
 
 }  // namespace

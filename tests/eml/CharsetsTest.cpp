@@ -144,7 +144,7 @@ TEST(ConvertTailToUtf8, DoesNothingFromTheEndOn) {
   EXPECT_EQ(Tail("\xE9\0"sv, 1, kLatin1), "\xE9\0"sv);
   SizedBytes null;
   EXPECT_EQ(ConvertTailToUtf8(null, 0, kIso2022Jp), StatusOk);
-  EXPECT_EQ(null.data, nullptr);
+  EXPECT_EQ(null.data(), nullptr);
 }
 
 TEST(ConvertTailToUtf8, LeavesCharsetsThatAreNotConverted) {
@@ -196,26 +196,26 @@ TEST(ConvertTailToUtf8, CutsTheTextWhenUtf8CannotBeMade) {
   PlainKernelFailAt(PlainKernelFaultText, 1);
   EXPECT_EQ(ConvertTailToUtf8(text, 2, kLatin1), StatusPathToUtf8Failed);
   EXPECT_EQ(Bytes(text), "ab");
-  EXPECT_EQ(text.data[2], '\0');
+  EXPECT_EQ(text.data()[2], '\0');
 }
 
 // A text too long for a code page to take stays; only its last byte is looked at.
 TEST(ConvertTailToUtf8, LeavesTextBeyondTwoGigabytes) {
   SizedBytes text;
   const uint64_t length = uint64_t{INT32_MAX} + 1;
-  text.data = static_cast<char*>(KernelAlloc(length, 1, TARN_HERE));
-  ASSERT_NE(text.data, nullptr);
-  text.length = length;
-  text.data[0] = '\xE9';
-  text.data[length - 1] = 'x';
+  text.setData(static_cast<char*>(KernelAlloc(length, 1, TARN_HERE)));
+  ASSERT_NE(text.data(), nullptr);
+  text.setLength(length);
+  text.data()[0] = '\xE9';
+  text.data()[length - 1] = 'x';
   PlainKernelUsageRecord before = {};
   PlainKernelUsage(&before);
   EXPECT_EQ(ConvertTailToUtf8(text, 0, kLatin1), StatusOk);
   PlainKernelUsageRecord after = {};
   PlainKernelUsage(&after);
   EXPECT_EQ(after.allocationCalls, before.allocationCalls);
-  EXPECT_EQ(text.length, length);
-  EXPECT_EQ(text.data[0], '\xE9');
+  EXPECT_EQ(text.length(), length);
+  EXPECT_EQ(text.data()[0], '\xE9');
 }
 
 TEST(ConvertBodyToUtf8, RefusesNullAddresses) {
@@ -285,7 +285,7 @@ TEST(ConvertBodyToUtf8, LeavesTheLengthWithoutATrailingNul) {
   CharsetRef charset = kLatin1;
   ASSERT_EQ(ConvertBodyToUtf8(&text, &charset, true), StatusOk);
   EXPECT_EQ(Bytes(text), "\xC3\xA9");
-  EXPECT_EQ(text.data[2], '\0');
+  EXPECT_EQ(text.data()[2], '\0');
 }
 
 TEST(ConvertBodyToUtf8, OnlyRenamesAscii) {
@@ -326,7 +326,7 @@ TEST(ConvertBodyToUtf8, TakesAnEmptyOrAbsentText) {
   SizedBytes null;
   CharsetRef charset = kLatin1;
   EXPECT_EQ(ConvertBodyToUtf8(&null, &charset, true), StatusOk);
-  EXPECT_EQ(null.data, nullptr);
+  EXPECT_EQ(null.data(), nullptr);
 }
 
 // The name is given back when the conversion it announces has no memory.
@@ -350,8 +350,8 @@ TEST(ConvertBodyToUtf8, FreesATextThatCannotTakeTheLongerName) {
     const int32_t status = faulted([&] { return ConvertBodyToUtf8(&text, &charset, true); });
     if (faulted.ordinal() == 1) {
       EXPECT_EQ(status, StatusFailed);
-      EXPECT_EQ(text.data, nullptr);
-      EXPECT_EQ(text.length, 0U);
+      EXPECT_EQ(text.data(), nullptr);
+      EXPECT_EQ(text.length(), 0U);
     } else {
       EXPECT_EQ(status, faulted.isReached() ? StatusOutOfMemory : StatusOk);
       EXPECT_EQ(Bytes(text), faulted.isReached() ? "BIG5 \xA7\x41" : "UTF-8 \xE4\xBD\xA0");
@@ -366,7 +366,7 @@ TEST(ConvertBodyToUtf8, CutsTheTextWhenUtf8CannotBeMade) {
   PlainKernelFailAt(PlainKernelFaultText, 1);
   EXPECT_EQ(ConvertBodyToUtf8(&text, &charset, true), StatusPathToUtf8Failed);
   EXPECT_EQ(Bytes(text), "a UTF-8");
-  EXPECT_EQ(text.data[7], '\0');
+  EXPECT_EQ(text.data()[7], '\0');
 }
 
 TEST(RepairFieldToUtf8, KeepsFieldsOfUtf8Form) {
@@ -449,8 +449,8 @@ TEST(ReplaceWithUtf8Name, FreesTheTextOnAFailure) {
   SizedBytes text = Sized("big5");
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
   EXPECT_EQ(ReplaceWithUtf8Name(text, 0, 4), StatusFailed);
-  EXPECT_EQ(text.data, nullptr);
-  EXPECT_EQ(text.length, 0U);
+  EXPECT_EQ(text.data(), nullptr);
+  EXPECT_EQ(text.length(), 0U);
 }
 
 }  // namespace

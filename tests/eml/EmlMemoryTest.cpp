@@ -104,9 +104,9 @@ struct Taker {
 
   static int32_t Take(void* user, TrackedBuffer<char>* data, const char16_t*, PropertyList*) {
     auto& self = *static_cast<Taker*>(user);
-    self.taken.length = data->length;
-    self.capacity = data->capacity;
-    self.taken.data = data->take();
+    self.capacity = data->capacity();
+    const uint64_t length = data->length();
+    self.taken.adopt(data->take(), length);
     return StatusDone;
   }
 };
@@ -121,7 +121,7 @@ TEST(EmlMemory, AnAttachmentIsInMemoryOnce) {
       const std::string text = MailOf({Html(), Large(type, encoding).disposition("attachment")});
       EXPECT_LT(PeakBesideTheFile(text, &request, StatusDone), kContent + kLittle);
       EXPECT_EQ(taker.capacity, kContent);
-      EXPECT_TRUE(taker.taken.bytes() == expected);
+      EXPECT_TRUE(taker.taken.view() == expected);
     }
   }
 }
@@ -136,7 +136,7 @@ TEST(EmlMemory, ABlockIsAsLargeAsItsTextHoweverTheContentIsWritten) {
   EXPECT_LT(
       PeakBesideTheFile(MailOf({Html(), part.disposition("attachment")}), &request, StatusDone),
       kContent / 4 * 3 + kLittle);
-  EXPECT_EQ(taker.taken.length, kContent / 4 * 3);
+  EXPECT_EQ(taker.taken.length(), kContent / 4 * 3);
 }
 
 // What a callback keeps and the document needs is decoded once more.
@@ -144,9 +144,8 @@ TEST(EmlMemory, ACallbackThatKeepsABlockDoesNotTakeItFromTheDocument) {
   SizedBytes taken;
   const auto keep = [](void* user, TrackedBuffer<char>* data, const char16_t*, PropertyList*) {
     auto& kept = *static_cast<SizedBytes*>(user);
-    kept.release();
-    kept.length = data->length;
-    kept.data = data->take();
+    const uint64_t length = data->length();
+    kept.adopt(data->take(), length);
     return int32_t{StatusOk};
   };
   const AttachmentRequest request = {kAllAttachments, 0, keep, &taken};
@@ -155,7 +154,7 @@ TEST(EmlMemory, ACallbackThatKeepsABlockDoesNotTakeItFromTheDocument) {
     const ReadMail read(MailOf({part}), &request);
     EXPECT_EQ(read.status, 1);
     EXPECT_EQ(read.message.body.text(), "text") << type;
-    EXPECT_EQ(taken.bytes(), "text");
+    EXPECT_EQ(taken.view(), "text");
   }
 }
 

@@ -44,7 +44,7 @@ TEST(EmlReader, PlainTextWithoutABoundaryIsTheBody) {
 TEST(EmlReader, OtherTypesWithoutABoundaryAreRefused) {
   const ReadMail read("From: a\r\nTo: b\r\nDate: c\r\nContent-Type: application/pdf\r\n\r\n%PDF");
   EXPECT_EQ(read.status, -9);
-  EXPECT_EQ(read.message.body.data, nullptr);
+  EXPECT_EQ(read.message.body.data(), nullptr);
 }
 
 TEST(EmlReader, TypeIsLookedForExactlyOneByteBehindTheColon) {
@@ -87,7 +87,7 @@ TEST(EmlReader, FieldsInTheBodyDoNotCount) {
   EXPECT_EQ(ReadMail("From: a\r\nTo: b\r\n\r\nDate: c\r\n").status, -9);
   const ReadMail read("From: a\nTo: b\nDate: c\n\nFrom: x\nSubject: y\n");
   EXPECT_EQ(read.message.from.text(), "a");
-  EXPECT_EQ(read.message.subject.data, nullptr);
+  EXPECT_EQ(read.message.subject.data(), nullptr);
 }
 
 TEST(EmlReader, TopHeaderEndsAtTheFirstCrLfPairEvenBehindAnLfPair) {
@@ -142,14 +142,14 @@ TEST(EmlReader, LocationAtTheEndOfTheFileIsEmpty) {
       "From: a\nTo: b\nDate: c\nContent-Type: multipart/x; boundary=s\n\nContent-Location:");
   EXPECT_EQ(read.status, 1);
   EXPECT_STREQ(read.message.location, "");
-  EXPECT_EQ(read.message.body.data, nullptr);
+  EXPECT_EQ(read.message.body.data(), nullptr);
 }
 
 TEST(EmlReader, MultipartGetsRoomForImageFiles) {
   const ReadMail read(EmlBuilder::Usual().body(EmlEntity::Multipart("x", "s")).build());
-  EXPECT_NE(read.filterData.inlineFiles.data, nullptr);
-  EXPECT_EQ(read.filterData.inlineFiles.capacity, 5u);
-  EXPECT_EQ(read.filterData.inlineFiles.length, 0u);
+  EXPECT_NE(read.filterData.inlineFiles.data(), nullptr);
+  EXPECT_EQ(read.filterData.inlineFiles.capacity(), 5u);
+  EXPECT_EQ(read.filterData.inlineFiles.length(), 0u);
 }
 
 TEST(EmlReader, WholeFileIsInTheRecord) {
@@ -169,7 +169,7 @@ TEST(EmlReader, PositionOfTheHandleDoesNotMatter) {
   EmlMessage message;
   PstFilterData filterData;
   EXPECT_EQ(ReadEmlMessage(message, mail.handle(), filterData, nullptr), 1);
-  EXPECT_EQ(message.body.bytes(), "x\0"sv);
+  EXPECT_EQ(message.body.view(), "x\0"sv);
 }
 
 }  // namespace

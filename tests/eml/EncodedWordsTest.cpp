@@ -24,14 +24,14 @@ struct Decoded {
   explicit Decoded(std::string_view text) {
     SizedBytes field = MakeText(text);
     status = DecodeEncodedWords(field, &flag);
-    bytes = field.bytes();
+    bytes = field.view();
   }
 };
 
 TEST(EncodedWords, AbsentTextStays) {
   SizedBytes field;
   EXPECT_EQ(DecodeEncodedWords(field, nullptr), 1);
-  EXPECT_EQ(field.data, nullptr);
+  EXPECT_EQ(field.data(), nullptr);
 }
 
 TEST(EncodedWords, TextShorterThan14BytesStays) {
@@ -190,7 +190,7 @@ TEST(EncodedWords, WithoutMemoryTheTextStays) {
       EXPECT_EQ(field.text(), text);
     } else {
       EXPECT_EQ(status, 1);
-      EXPECT_EQ(field.bytes(), "a \xC3\xA4 b c rest\0"sv);
+      EXPECT_EQ(field.view(), "a \xC3\xA4 b c rest\0"sv);
     }
   };
   const uint64_t calls =
@@ -221,9 +221,9 @@ TEST(EncodedWords, HugeFieldOfWordsIsDecoded) {
 TEST(EncodedWordText, IsAppendedBehindTheTextOfTheOutput) {
   SizedBytes output = MakeText("x");
   EXPECT_EQ(DecodeEncodedWordText('Q', "a_b?=", 3, output), 1);
-  EXPECT_EQ(output.bytes(), "xa b\0"sv);
+  EXPECT_EQ(output.view(), "xa b\0"sv);
   EXPECT_EQ(DecodeEncodedWordText('B', "Y2Q=?=", 4, output), 1);
-  EXPECT_EQ(output.bytes(), "xa bcd\0"sv);
+  EXPECT_EQ(output.view(), "xa bcd\0"sv);
 }
 
 TEST(EncodedWordText, Base64OfLengthZeroFails) {
@@ -236,13 +236,13 @@ TEST(EncodedWordText, WithoutMemoryTheOutputStays) {
   SizedBytes output = MakeText("x");
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
   EXPECT_EQ(DecodeEncodedWordText('Q', "a?=", 1, output), -1);
-  EXPECT_EQ(output.bytes(), "x\0"sv);
+  EXPECT_EQ(output.view(), "x\0"sv);
 }
 
 std::string Parameter(std::string_view value) {
   SizedBytes output;
   EXPECT_EQ(DecodeParameterValue(value.data(), value.data() + value.size(), output), 1);
-  return std::string(output.bytes());
+  return std::string(output.view());
 }
 
 TEST(ParameterValue, PlainValueIsCopied) {

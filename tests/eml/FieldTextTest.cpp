@@ -20,7 +20,7 @@ std::string Joined(const std::vector<std::string_view>& pieces) {
   }
   SizedBytes field;
   text.moveTo(field);
-  return std::string(field.bytes());
+  return std::string(field.view());
 }
 
 TEST(FieldText, EndsWithATerminatorThatCounts) {
@@ -45,7 +45,7 @@ TEST(FieldText, AgreesWithAppendTerminated) {
   }
   SizedBytes field;
   text.moveTo(field);
-  EXPECT_EQ(field.bytes(), other.bytes());
+  EXPECT_EQ(field.view(), other.view());
 }
 
 TEST(FieldText, PieceAppendedAsItIsBringsItsOwnEnd) {
@@ -54,8 +54,8 @@ TEST(FieldText, PieceAppendedAsItIsBringsItsOwnEnd) {
   ASSERT_EQ(text.appendAsIs("b", 1), 1);
   SizedBytes field;
   text.moveTo(field);
-  EXPECT_EQ(field.bytes(), "ab"sv);
-  EXPECT_EQ(field.data[2], '\0');
+  EXPECT_EQ(field.view(), "ab"sv);
+  EXPECT_EQ(field.data()[2], '\0');
 }
 
 TEST(FieldText, MovingReplacesTheField) {
@@ -64,11 +64,11 @@ TEST(FieldText, MovingReplacesTheField) {
   FieldText text;
   ASSERT_EQ(text.append("new", 3), 1);
   text.moveTo(field);
-  EXPECT_EQ(field.bytes(), "new\0"sv);
+  EXPECT_EQ(field.view(), "new\0"sv);
   FieldText nothing;
   nothing.moveTo(field);
-  EXPECT_EQ(field.data, nullptr);
-  EXPECT_EQ(field.length, 0u);
+  EXPECT_EQ(field.data(), nullptr);
+  EXPECT_EQ(field.length(), 0u);
 }
 
 TEST(FieldText, HostHearsNothingOfAHugeField) {

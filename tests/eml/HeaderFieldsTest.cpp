@@ -36,13 +36,13 @@ TEST(HeaderFields, AllSevenAreTaken) {
   const Headers headers(
       "From: a\r\nTo: b\r\nSubject: c\r\nDate: d\r\nCC: e\r\nBCC: f\r\nImportance: g\r\n");
   EXPECT_EQ(headers.status, 1);
-  EXPECT_EQ(headers.message.from.bytes(), "a\0"sv);
-  EXPECT_EQ(headers.message.to.bytes(), "b\0"sv);
-  EXPECT_EQ(headers.message.subject.bytes(), "c\0"sv);
-  EXPECT_EQ(headers.message.date.bytes(), "d\0"sv);
-  EXPECT_EQ(headers.message.cc.bytes(), "e\0"sv);
-  EXPECT_EQ(headers.message.bcc.bytes(), "f\0"sv);
-  EXPECT_EQ(headers.message.importance.bytes(), "g\0"sv);
+  EXPECT_EQ(headers.message.from.view(), "a\0"sv);
+  EXPECT_EQ(headers.message.to.view(), "b\0"sv);
+  EXPECT_EQ(headers.message.subject.view(), "c\0"sv);
+  EXPECT_EQ(headers.message.date.view(), "d\0"sv);
+  EXPECT_EQ(headers.message.cc.view(), "e\0"sv);
+  EXPECT_EQ(headers.message.bcc.view(), "f\0"sv);
+  EXPECT_EQ(headers.message.importance.view(), "g\0"sv);
   EXPECT_EQ(headers.message.convertToUtf8, 0u);
 }
 
@@ -56,11 +56,11 @@ TEST(HeaderFields, NamesMatchInAnyCase) {
 
 TEST(HeaderFields, AbsentFieldStaysNullAndAnEmptyOneDoesNot) {
   const Headers headers("From:\r\nTo: \r\nDate:");
-  EXPECT_EQ(headers.message.from.bytes(), "\0"sv);
-  EXPECT_EQ(headers.message.to.bytes(), "\0"sv);
-  EXPECT_EQ(headers.message.date.bytes(), "\0"sv);
-  EXPECT_EQ(headers.message.subject.data, nullptr);
-  EXPECT_EQ(headers.message.subject.length, 0u);
+  EXPECT_EQ(headers.message.from.view(), "\0"sv);
+  EXPECT_EQ(headers.message.to.view(), "\0"sv);
+  EXPECT_EQ(headers.message.date.view(), "\0"sv);
+  EXPECT_EQ(headers.message.subject.data(), nullptr);
+  EXPECT_EQ(headers.message.subject.length(), 0u);
 }
 
 TEST(HeaderFields, OneBlankBehindTheColonIsSkipped) {
@@ -72,7 +72,7 @@ TEST(HeaderFields, OneBlankBehindTheColonIsSkipped) {
 
 TEST(HeaderFields, NameCountsOnlyAtALineStart) {
   const Headers headers("X-From: a\r\nReply-To: b\rTo: c\r\n");
-  EXPECT_EQ(headers.message.from.data, nullptr);
+  EXPECT_EQ(headers.message.from.data(), nullptr);
   EXPECT_EQ(headers.message.to.text(), "c");
 }
 
@@ -85,7 +85,7 @@ TEST(HeaderFields, SecondLineOfANameIsIgnored) {
 TEST(HeaderFields, LimitEndsTheSearchAndTheValue) {
   const Headers headers("To: abcdef\r\n\r\nFrom: x\r\n", 7);
   EXPECT_EQ(headers.message.to.text(), "abc");
-  EXPECT_EQ(headers.message.from.data, nullptr);
+  EXPECT_EQ(headers.message.from.data(), nullptr);
 }
 
 TEST(HeaderFields, CrLfFoldDropsTheLineEndAndOneBlankOrTab) {
@@ -123,18 +123,18 @@ TEST(HeaderFields, NameThatEndsAtTheLimitHasAnEmptyValue) {
   std::memcpy(message.data, "To:", 3);
   message.end = message.data + 3;
   EXPECT_EQ(ParseEmlHeaders(message, message.end), 1);
-  EXPECT_EQ(message.to.bytes(), "\0"sv);
+  EXPECT_EQ(message.to.view(), "\0"sv);
 }
 
 TEST(HeaderFields, BlankAtTheLimitIsNotSkipped) {
   const Headers headers("To: x\r\n", 3);
   EXPECT_EQ(headers.status, 1);
-  EXPECT_EQ(headers.message.to.bytes(), "\0"sv);
+  EXPECT_EQ(headers.message.to.view(), "\0"sv);
 }
 
 TEST(HeaderFields, NulOfALineIsLostToItsContinuation) {
-  EXPECT_EQ(Headers("Subject: a\0\r\n b\r\nX: y\r\n"sv).message.subject.bytes(), "ab\0"sv);
-  EXPECT_EQ(Headers("Subject: a\0\r\nX: y\r\n"sv).message.subject.bytes(), "a\0"sv);
+  EXPECT_EQ(Headers("Subject: a\0\r\n b\r\nX: y\r\n"sv).message.subject.view(), "ab\0"sv);
+  EXPECT_EQ(Headers("Subject: a\0\r\nX: y\r\n"sv).message.subject.view(), "a\0"sv);
 }
 
 TEST(HeaderFields, WordsAreDecodedAfterUnfolding) {

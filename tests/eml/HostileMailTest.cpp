@@ -69,7 +69,7 @@ TEST(DeepMail, FiveHundredLevelsAreWalked) {
 TEST(DeepMail, OneLevelMoreFails) {
   const ReadMail read(Nested(501));
   EXPECT_EQ(read.status, -1);
-  EXPECT_EQ(read.message.body.data, nullptr);
+  EXPECT_EQ(read.message.body.data(), nullptr);
 }
 
 TEST(DeepMail, LevelWithoutAPartCountsToo) {
@@ -172,7 +172,7 @@ TEST(SearchBudget, ImageThatSpendsItFails) {
   part.name = AllocateZeroBlock<char>(2, TARN_HERE);
   part.name[0] = 'q';
 
-  SearchBudget budget(2 * message.body.length + 1);
+  SearchBudget budget(2 * message.body.length() + 1);
   int32_t result = 1;
   EXPECT_EQ(UsePart(part, message, context, budget, result), 1);
   EXPECT_EQ(result, 2);

@@ -207,7 +207,7 @@ TEST(ImageParts, BodyMayNotGrowWithoutBound) {
   for (int i = 0; i < 840; ++i) html += "\"a.png\" ";
   const ReadMail within = ReadParts({Html(html), image});
   EXPECT_EQ(within.status, 1);
-  EXPECT_EQ(within.message.body.length, 840 * (80018 + 3) + 1);
+  EXPECT_EQ(within.message.body.length(), 840 * (80018 + 3) + 1);
   for (int i = 0; i < 60; ++i) html += "\"a.png\" ";
   EXPECT_EQ(ReadParts({Html(html), image}).status, -1);
 }
@@ -267,9 +267,9 @@ TEST(ImageFiles, ImageWithoutAContentIdHasTheBareNameAgain) {
 
   const std::string directory = std::filesystem::path(record.tempDirectory).string();
   std::vector<std::string> files;
-  for (uint64_t i = 0; i < record.inlineFiles.length; ++i) {
-    files.emplace_back(record.inlineFiles.data[i]);
-    KernelDeleteFileUtf8(record.inlineFiles.data[i]);
+  for (uint64_t i = 0; i < record.inlineFiles.length(); ++i) {
+    files.emplace_back(record.inlineFiles.data()[i]);
+    KernelDeleteFileUtf8(record.inlineFiles.data()[i]);
   }
   EXPECT_TRUE(platform::RemoveEmptyDirectory(record.tempDirectory));
   EXPECT_EQ(files,

@@ -37,7 +37,7 @@ TEST(ConvertIso2022Jp, TerminatesTheTextWithoutCountingTheNul) {
     SizedBytes text = Sized(source);
     ASSERT_EQ(ConvertIso2022Jp(text, 0), StatusOk);
     EXPECT_EQ(Bytes(text), "ab");
-    EXPECT_EQ(text.data[2], '\0');
+    EXPECT_EQ(text.data()[2], '\0');
   }
 }
 
@@ -58,12 +58,12 @@ TEST(ConvertIso2022Jp, RenamesTheCharsetOfATextWithoutAnEscape) {
   SizedBytes text = Sized("x iso-2022-jp y\0"sv);
   ASSERT_EQ(ConvertIso2022Jp(text, 0), StatusOk);
   EXPECT_EQ(Bytes(text), "x UTF-8 y");
-  EXPECT_EQ(text.data[9], '\0');
+  EXPECT_EQ(text.data()[9], '\0');
 
   text = Sized("iso-2022-jp");
   ASSERT_EQ(ConvertIso2022Jp(text, 0), StatusOk);
   EXPECT_EQ(Bytes(text), "UTF-8");
-  EXPECT_EQ(text.data[5], '\0');
+  EXPECT_EQ(text.data()[5], '\0');
 }
 
 TEST(ConvertIso2022Jp, StartsAtTheOffset) {
@@ -239,7 +239,7 @@ TEST(ConvertIso2022Jp, LeavesTheTextAloneWithoutMemory) {
   for (const std::string& text : {source, source + '\0'}) {
     const auto round = [&](test::FaultedWork& faulted) {
       SizedBytes sized = Sized(text);
-      const char* const block = sized.data;
+      const char* const block = sized.data();
       const int32_t status = faulted([&] { return ConvertIso2022Jp(sized, 0); });
       if (!faulted.isReached()) {
         EXPECT_EQ(status, StatusOk);
@@ -247,7 +247,7 @@ TEST(ConvertIso2022Jp, LeavesTheTextAloneWithoutMemory) {
         return;
       }
       EXPECT_EQ(status, StatusOutOfMemory);
-      EXPECT_EQ(sized.data, block);
+      EXPECT_EQ(sized.data(), block);
       EXPECT_EQ(Bytes(sized), text);
     };
     const uint64_t calls =
@@ -275,14 +275,14 @@ TEST(AppendJisRoman, AppendsBehindTheOutput) {
   ASSERT_EQ(AppendJisRoman(output, "a~\\"), StatusOk);
   ASSERT_EQ(AppendJisRoman(output, ""), StatusOk);
   ASSERT_EQ(AppendJisRoman(output, "~"), StatusOk);
-  EXPECT_EQ(std::string_view(output.data, output.length), "a\xE2\x80\xBE\\\xE2\x80\xBE");
+  EXPECT_EQ(std::string_view(output.data(), output.length()), "a\xE2\x80\xBE\\\xE2\x80\xBE");
 }
 
 TEST(AppendJisRoman, ReportsMissingMemory) {
   TrackedBuffer<char> output;
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
   EXPECT_EQ(AppendJisRoman(output, "a"), StatusOutOfMemory);
-  EXPECT_EQ(output.length, 0U);
+  EXPECT_EQ(output.length(), 0U);
 }
 
 }  // namespace

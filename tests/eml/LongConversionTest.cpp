@@ -39,8 +39,8 @@ void ExpectConverted(const Unit& unit, uint32_t codePage) {
   ASSERT_EQ(ConvertInPieces(text, 4, codePage, converted), StatusOk);
   EXPECT_TRUE(converted);
   // Not EXPECT_EQ: a difference would print megabytes.
-  EXPECT_TRUE(text.bytes() == "head" + Repeated(unit.utf8, count)) << unit.utf8;
-  EXPECT_EQ(text.data[text.length], '\0');
+  EXPECT_TRUE(text.view() == "head" + Repeated(unit.utf8, count)) << unit.utf8;
+  EXPECT_EQ(text.data()[text.length()], '\0');
 }
 
 TEST(LongConversion, SingleBytes) {
@@ -66,8 +66,8 @@ TEST(LongConversion, DropsOneTrailingNul) {
   SizedBytes text = Sized(Repeated("abc\xE9", kLongText) + "\0"s);
   bool converted = false;
   ASSERT_EQ(ConvertInPieces(text, 0, 1252, converted), StatusOk);
-  EXPECT_TRUE(text.bytes() == Repeated("abc\xC3\xA9", kLongText));
-  EXPECT_EQ(text.data[text.length], '\0');
+  EXPECT_TRUE(text.view() == Repeated("abc\xC3\xA9", kLongText));
+  EXPECT_EQ(text.data()[text.length()], '\0');
 }
 
 TEST(LongConversion, LeavesTextOfNoCodePage) {
@@ -76,7 +76,7 @@ TEST(LongConversion, LeavesTextOfNoCodePage) {
   bool converted = true;
   EXPECT_EQ(ConvertInPieces(text, 0, 31337, converted), StatusOk);
   EXPECT_FALSE(converted);
-  EXPECT_TRUE(text.bytes() == source);
+  EXPECT_TRUE(text.view() == source);
 }
 
 // Beside the two scratch blocks one call, which makes the text's block as long as it has to be.
@@ -90,7 +90,7 @@ TEST(LongConversion, GetsRoomForTheNulAtOnce) {
   ASSERT_EQ(ConvertInPieces(text, 0, 1252, converted), StatusOk);
   PlainKernelUsage(&usage);
   EXPECT_EQ(usage.allocationCalls - before, 3u);
-  EXPECT_TRUE(text.bytes() == source);
+  EXPECT_TRUE(text.view() == source);
 }
 
 // Its two scratch blocks, and the text's own.
@@ -101,7 +101,7 @@ TEST(LongConversion, LeavesTheTextAloneWithoutMemory) {
     bool converted = false;
     const int32_t status = faulted([&] { return ConvertInPieces(text, 0, 1252, converted); });
     EXPECT_EQ(status, faulted.isReached() ? StatusOutOfMemory : StatusOk);
-    EXPECT_EQ(text.bytes() == source, faulted.isReached());
+    EXPECT_EQ(text.view() == source, faulted.isReached());
   };
   EXPECT_EQ(SweepFaults(PlainKernelFaultMemory, round, FaultKinds::OneAndFrom), 3u);
 }
@@ -116,7 +116,7 @@ TEST(LongConversion, CutsTheTextWhenUtf8CannotBeMade) {
     EXPECT_EQ(status, faulted.isReached() ? StatusPathToUtf8Failed : StatusOk);
     if (!faulted.isReached()) return;
     EXPECT_EQ(Bytes(text), "head");
-    EXPECT_EQ(text.data[4], '\0');
+    EXPECT_EQ(text.data()[4], '\0');
   };
   EXPECT_EQ(SweepFaults(PlainKernelFaultText, round), 12u);
 }
@@ -138,7 +138,7 @@ TEST(LongConversion, TakesLittleBesideTheText) {
   CharsetRef charset = {CharsetLatin1, 0};
   EXPECT_LT(PeakOf([&] { EXPECT_EQ(ConvertBodyToUtf8(&text, &charset, true), StatusOk); }),
             14 * kLongText);
-  EXPECT_EQ(text.length, 20 * kLongText);
+  EXPECT_EQ(text.length(), 20 * kLongText);
 }
 
 }  // namespace

@@ -22,8 +22,8 @@ struct Boundary {
     const char* at = nullptr;
     status = FindMimeBoundary(text.data(), text.data() + text.size(), buffer, &at);
     if (status != 1) return;
-    delimiter.assign(buffer.data, buffer.length);
-    EXPECT_EQ(buffer.data[buffer.length], '\0');
+    delimiter.assign(buffer.data(), buffer.length());
+    EXPECT_EQ(buffer.data()[buffer.length()], '\0');
     cursor = at - text.data();
   }
 };
@@ -118,7 +118,7 @@ TEST(MimeBoundary, BufferIsUsedAgain) {
   for (const std::string_view text : {"boundary=abcdef"sv, "boundary=g"sv}) {
     ASSERT_EQ(FindMimeBoundary(text.data(), text.data() + text.size(), buffer, &cursor), 1);
   }
-  EXPECT_EQ(std::string(buffer.data, buffer.length), "\n--g");
+  EXPECT_EQ(std::string(buffer.data(), buffer.length()), "\n--g");
 }
 
 }  // namespace

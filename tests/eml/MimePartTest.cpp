@@ -44,7 +44,7 @@ struct Parsed {
   std::string raw() const { return std::string(part.raw); }
   std::string decoded() const { return {part.decoded.get(), part.decodedLength}; }
   std::string id() const {
-    return part.contentId.length == 0 ? "" : std::string(part.contentId.data);
+    return part.contentId.length() == 0 ? "" : std::string(part.contentId.data());
   }
 };
 

@@ -46,7 +46,7 @@ struct Conversion {
     message.from = MakeText("J\xF6rg");
     SizedBytes decoded = MakeText(text);
     part.decodedLength = text.size();
-    part.decoded.reset(std::exchange(decoded.data, nullptr));
+    part.decoded = decoded.take();
     part.charset = charset;
   }
   void run() { status = ConvertPartCharset(part, message); }

@@ -103,7 +103,7 @@ TEST(BodyChoice, PartsOfNoUseAreNoBody) {
         "application/pdf", "text/xml"}) {
     const ReadMail read = ReadParts({EmlEntity::Leaf(type, "x")});
     EXPECT_EQ(read.status, 1) << type;
-    EXPECT_EQ(read.message.body.data, nullptr) << type;
+    EXPECT_EQ(read.message.body.data(), nullptr) << type;
   }
 }
 
@@ -218,7 +218,7 @@ TEST(PartWalker, NothingBehindTheClosingDelimiterIsRead) {
   const ReadMail read(
       WithBoundary("\r\n--sep--\r\n\r\n--sep\r\nContent-Type: text/html\r\n\r\none"));
   EXPECT_EQ(read.status, 1);
-  EXPECT_EQ(read.message.body.data, nullptr);
+  EXPECT_EQ(read.message.body.data(), nullptr);
 }
 
 TEST(PartWalker, DelimiterAtTheVeryEnd) {
@@ -244,8 +244,8 @@ TEST(PartWalker, ClosingTakesTwoBytesThatAreThere) {
     // Without a body that last part becomes one, of no bytes.
     const ReadMail alone(WithBoundary(end));
     EXPECT_EQ(alone.status, 1) << end;
-    EXPECT_EQ(alone.message.body.data != nullptr, body) << end;
-    EXPECT_EQ(alone.message.body.length, body ? 1u : 0u) << end;
+    EXPECT_EQ(alone.message.body.data() != nullptr, body) << end;
+    EXPECT_EQ(alone.message.body.length(), body ? 1u : 0u) << end;
   }
 }
 
@@ -254,14 +254,14 @@ TEST(PartWalker, OneHyphenAfterADelimiterClosesNothing) {
     const ReadMail read(WithBoundary("\r\n--sep" + std::string(after) +
                                      "\r\nContent-Type: text/html\r\n\r\none\r\n--sep--"));
     EXPECT_EQ(read.status, 1) << after;
-    EXPECT_NE(read.message.body.data, nullptr) << after;
+    EXPECT_NE(read.message.body.data(), nullptr) << after;
   }
 }
 
 TEST(PartWalker, NoDelimiterAtAllGivesNoBody) {
   const ReadMail read(WithBoundary("nothing to part"));
   EXPECT_EQ(read.status, 1);
-  EXPECT_EQ(read.message.body.data, nullptr);
+  EXPECT_EQ(read.message.body.data(), nullptr);
 }
 
 TEST(PartWalker, AdjacentDelimitersMakeEmptyParts) {
@@ -374,7 +374,7 @@ TEST(PartWalker, NullCursorWalksNothing) {
   const char* const end = text.data() + text.size();
   SearchBudget budget(1);
   EXPECT_EQ(WalkMimeParts(message, nullptr, end, delimiter, context, budget, nullptr), 1);
-  EXPECT_EQ(message.body.data, nullptr);
+  EXPECT_EQ(message.body.data(), nullptr);
 }
 
 }  // namespace

@@ -27,7 +27,7 @@ struct ReadMail {
   }
 
   // All bytes that the body's length counts.
-  std::string body() const { return std::string(message.body.bytes()); }
+  std::string body() const { return std::string(message.body.view()); }
 };
 
 // What a callback got.
@@ -52,10 +52,10 @@ struct AttachmentRecorder {
                       PropertyList* properties) {
     auto& self = *static_cast<AttachmentRecorder*>(user);
     ReportedAttachment attachment;
-    attachment.bytes.assign(data->data, data->length);
+    attachment.bytes.assign(data->data(), data->length());
     if (name != nullptr) attachment.name = name;
-    for (uint64_t i = 0; i < properties->length; ++i) {
-      attachment.properties.emplace_back(properties->data[i].name, properties->data[i].value);
+    for (uint64_t i = 0; i < properties->length(); ++i) {
+      attachment.properties.emplace_back(properties->data()[i].name, properties->data()[i].value);
     }
     self.attachments.push_back(attachment);
     const size_t number = self.attachments.size();
@@ -66,7 +66,7 @@ struct AttachmentRecorder {
 // A text that owns its bytes, terminated and with the terminator counted.
 inline SizedBytes MakeText(std::string_view text) {
   SizedBytes made;
-  AppendTerminated(made, text.data(), text.size());
+  EXPECT_EQ(AppendTerminated(made, text.data(), text.size()), StatusOk);
   return made;
 }
 

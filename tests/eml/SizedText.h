@@ -14,14 +14,14 @@ using namespace std::string_view_literals;
 
 inline SizedBytes Sized(std::string_view bytes) {
   SizedBytes text;
-  text.data = static_cast<char*>(KernelAlloc(bytes.size(), 1, TARN_HERE));
-  text.length = bytes.size();
-  if (!bytes.empty()) std::memcpy(text.data, bytes.data(), bytes.size());
+  text.setData(static_cast<char*>(KernelAlloc(bytes.size(), 1, TARN_HERE)));
+  text.setLength(bytes.size());
+  if (!bytes.empty()) std::memcpy(text.data(), bytes.data(), bytes.size());
   return text;
 }
 
 // All bytes that the length counts, a trailing NUL included.
-inline std::string Bytes(const SizedBytes& text) { return std::string(text.bytes()); }
+inline std::string Bytes(const SizedBytes& text) { return std::string(text.view()); }
 
 }  // namespace tarn::test
 

@@ -366,7 +366,7 @@ class PartContent : public ::testing::Test {
  protected:
   int32_t decode(TransferEncoding encoding, std::string_view raw) {
     file_ = test::Sized(raw);
-    part_.raw = file_.bytes();
+    part_.raw = file_.view();
     part_.encoding = encoding;
     return DecodePartContent(part_);
   }

@@ -19,7 +19,7 @@ struct Export {
     OpenMsg msg(file);
     TrackedBuffer<char> data(0, 1024, 1);
     status = ExportEmbeddedMessage(msg.storage(), path, data);
-    if (data.data != nullptr) bytes.assign(data.data, data.length);
+    if (data.data() != nullptr) bytes.assign(data.data(), data.length());
   }
 
   int32_t status;
@@ -375,8 +375,8 @@ TEST(EmbeddedMessage, IsWrittenBehindNothingInAFilledBuffer) {
   ASSERT_EQ(data.append("filled", 6), StatusOk);
   ASSERT_EQ(ExportEmbeddedMessage(msg.storage(), kInner, data), StatusOk);
   const Export fresh(StreamsOnly().write());
-  EXPECT_EQ(std::string(data.data, data.length), fresh.bytes);
-  EXPECT_GE(data.capacity, data.length);
+  EXPECT_EQ(std::string(data.data(), data.length()), fresh.bytes);
+  EXPECT_GE(data.capacity(), data.length());
 }
 
 TEST(EmbeddedMessage, EndsInAStatusWhicheverCallFails) {

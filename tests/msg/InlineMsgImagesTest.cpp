@@ -194,10 +194,10 @@ TEST(InlineMsgImages, HaveFilesNamedByTheirContentId) {
   reading.data.useTempFile = 1;
   ASSERT_EQ(reading.run(), StatusOk);
   EXPECT_EQ(reading.message.inlineStatus, StatusOk);
-  ASSERT_EQ(reading.data.inlineFiles.length, 1u);
-  const std::filesystem::path file(reading.data.inlineFiles.data[0]);
+  ASSERT_EQ(reading.data.inlineFiles.length(), 1u);
+  const std::filesystem::path file(reading.data.inlineFiles.data()[0]);
   EXPECT_TRUE(file.string().ends_with("one@x_a.png")) << file;
-  KernelDeleteFileUtf8(reading.data.inlineFiles.data[0]);
+  KernelDeleteFileUtf8(reading.data.inlineFiles.data()[0]);
   platform::RemoveEmptyDirectory(reading.data.tempDirectory);
 }
 

@@ -169,10 +169,10 @@ TEST(MsgAttachments, ComeInABufferThatGrowsByClearedSteps) {
         1, infoOnly,
         [](void* user, TrackedBuffer<char>* data, const char16_t*, PropertyList* properties) {
           ++*static_cast<int*>(user);
-          EXPECT_EQ(data->increment, 1024u);
-          EXPECT_EQ(data->zeroFill, 1u);
-          EXPECT_EQ(properties->increment, 1024u);
-          EXPECT_EQ(properties->zeroFill, 0u);
+          EXPECT_EQ(data->increment(), 1024u);
+          EXPECT_EQ(data->zeroFill(), 1u);
+          EXPECT_EQ(properties->increment(), 1024u);
+          EXPECT_EQ(properties->zeroFill(), 0u);
           return int32_t{StatusOk};
         },
         &calls};

@@ -219,8 +219,8 @@ TEST_F(Rtf, OfAnotherMagicStaysPackedAndLeavesTheText) {
        {packed, packed.substr(0, 11), Raw("12345678LZF"), std::string()}) {
     MsgReading reading(msg(bytes));
     ASSERT_EQ(reading.run(), StatusOk);
-    EXPECT_EQ(reading.message.body.data, nullptr);
-    EXPECT_EQ(reading.message.body.length, bytes.size());
+    EXPECT_EQ(reading.message.body.data(), nullptr);
+    EXPECT_EQ(reading.message.body.length(), bytes.size());
     ASSERT_NE(reading.message.compressedRtf, nullptr);
     EXPECT_EQ(std::string(reading.message.compressedRtf, bytes.size() + 2), bytes + Raw("\0\0"));
     EXPECT_EQ(Bytes(reading.message.text), Raw("Plain\0"));
@@ -237,7 +237,7 @@ TEST_F(Rtf, ThatIsDamagedFailsTheMessage) {
        {badCrc, badSize, sound + "x", sound.substr(0, 12), sound.substr(0, 15)}) {
     MsgReading reading(msg(bytes));
     EXPECT_EQ(reading.run(), StatusNotSupported);
-    EXPECT_EQ(reading.message.body.data, nullptr);
+    EXPECT_EQ(reading.message.body.data(), nullptr);
     EXPECT_EQ(reading.message.compressedRtf, nullptr);
     EXPECT_EQ(Bytes(reading.message.text), "(null)");
   }
@@ -297,7 +297,7 @@ TEST_F(MsgReader, ReadsItsTextsInOrder) {
     MsgReading reading(image.bytes);
     EXPECT_EQ(reading.run(), StatusOutOfMemory);
     for (size_t i = 0; i < std::size(order); ++i) {
-      EXPECT_EQ((reading.message.*order[i].second).data != nullptr, i < failing)
+      EXPECT_EQ((reading.message.*order[i].second).data() != nullptr, i < failing)
           << order[failing].first << " " << order[i].first;
     }
   }

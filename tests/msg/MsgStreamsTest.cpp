@@ -104,14 +104,14 @@ TEST(WholeStream, IsRefusedWhenItIsSaidToBeLargerThanItsFile) {
     OpenMsg msg(image.bytes);
     SizedBytes target;
     EXPECT_EQ(ReadMsgStream(msg.storage(), "s", target), StatusOutOfMemory);
-    EXPECT_EQ(target.data, nullptr);
-    EXPECT_EQ(target.length, 0u);
+    EXPECT_EQ(target.data(), nullptr);
+    EXPECT_EQ(target.length(), 0u);
   }
   image.put(image.record("s") + RecordSize, image.bytes.size());
   OpenMsg msg(image.bytes);
   SizedBytes target;
   EXPECT_EQ(ReadMsgStream(msg.storage(), "s", target), StatusOk);
-  EXPECT_EQ(target.length, image.bytes.size());
+  EXPECT_EQ(target.length(), image.bytes.size());
 }
 
 TEST(WholeStream, IsRefusedOnceTooMuchOfTheFileHasBeenRead) {
@@ -191,17 +191,17 @@ TEST(MsgText, FillsItsWholeRoomWithUnitsOfThreeBytes) {
 TEST(MsgText, OfLengthZeroLeavesThePointer) {
   TextProperty empty(Streams{{"__substg1.0_0037001F", ""}, {"__substg1.0_0037001E", "narrow"}});
   EXPECT_EQ(empty.read(), "(null)");
-  EXPECT_EQ(empty.target.length, 0u);
+  EXPECT_EQ(empty.target.length(), 0u);
   Set(empty.target, "before");
   EXPECT_EQ(empty.read(), "");
-  EXPECT_EQ(std::string(empty.target.data, 6), "before");
+  EXPECT_EQ(std::string(empty.target.data(), 6), "before");
 }
 
 TEST(MsgText, ThatIsMissingIsEmptyWithABlock) {
   TextProperty missing(Streams{{"__substg1.0_0E1D001F", "x"}});
   EXPECT_EQ(missing.read(), "");
-  ASSERT_NE(missing.target.data, nullptr);
-  EXPECT_EQ(missing.target.data[0], '\0');
+  ASSERT_NE(missing.target.data(), nullptr);
+  EXPECT_EQ(missing.target.data()[0], '\0');
   Set(missing.target, "before");
   EXPECT_EQ(missing.read(), "");
 }
@@ -213,7 +213,7 @@ TEST(MsgText, KeepsNarrowBytesAsTheyStand) {
   EXPECT_EQ(narrow.read(),
             "Gr\xFC\xDF"
             "e");
-  EXPECT_EQ(std::string(narrow.target.data + 5, 2), Raw("\0\0"));
+  EXPECT_EQ(std::string(narrow.target.data() + 5, 2), Raw("\0\0"));
   EXPECT_EQ(TextProperty(Streams{{"__substg1.0_00370102", Raw("a\0b")}}).read(), Raw("a\0b"));
   EXPECT_EQ(TextProperty(Streams{{"__substg1.0_0037001E", ""}}).read(), "");
 }

@@ -30,14 +30,14 @@ std::string Raw(const char (&literal)[N]) {
 
 // All that the length counts; "(null)" without a block.
 inline std::string Bytes(const SizedBytes& text) {
-  return text.data == nullptr ? "(null)" : std::string(text.data, text.length);
+  return text.data() == nullptr ? "(null)" : std::string(text.data(), text.length());
 }
 
 inline void Set(SizedBytes& text, std::string_view bytes) {
   text.release();
-  text.data = static_cast<char*>(KernelAlloc(bytes.size(), 1, TARN_HERE));
-  bytes.copy(text.data, bytes.size());
-  text.length = bytes.size();
+  text.setData(static_cast<char*>(KernelAlloc(bytes.size(), 1, TARN_HERE)));
+  bytes.copy(text.data(), bytes.size());
+  text.setLength(bytes.size());
 }
 
 // A compound file of these bytes, loaded from memory.
@@ -116,10 +116,10 @@ class Deliveries {
     auto& self = *static_cast<Deliveries*>(user);
     Delivered& one = self.all.emplace_back();
     if (name != nullptr) one.name = name;
-    one.hasBlock = data->data != nullptr;
-    if (one.hasBlock) one.bytes.assign(data->data, data->length);
-    for (uint64_t i = 0; i < properties->length; ++i) {
-      one.properties.emplace_back(properties->data[i].name, properties->data[i].value);
+    one.hasBlock = data->data() != nullptr;
+    if (one.hasBlock) one.bytes.assign(data->data(), data->length());
+    for (uint64_t i = 0; i < properties->length(); ++i) {
+      one.properties.emplace_back(properties->data()[i].name, properties->data()[i].value);
     }
     return self.answer;
   }

@@ -17,31 +17,31 @@ TEST(BodyRoom, TheBytesStayAndTheLengthToo) {
   Set(body, "abc");
   EXPECT_EQ(MakeRoomInBody(body, 100, 0), 1);
   EXPECT_EQ(Bytes(body), "abc");
-  body.data[99] = 'x';
+  body.data()[99] = 'x';
 }
 
 TEST(BodyRoom, ABodyWithoutABlockGetsOne) {
   SizedBytes body;
   EXPECT_EQ(MakeRoomInBody(body, 1, 0), 1);
-  ASSERT_NE(body.data, nullptr);
-  EXPECT_EQ(body.length, 0u);
+  ASSERT_NE(body.data(), nullptr);
+  EXPECT_EQ(body.length(), 0u);
   TerminateBody(body);
   EXPECT_EQ(Bytes(body), std::string(1, '\0'));
   TerminateBody(body);
-  EXPECT_EQ(body.length, 1u);
+  EXPECT_EQ(body.length(), 1u);
 }
 
 TEST(BodyRoom, WithoutMemoryOrBudgetTheBodyStays) {
   SizedBytes body;
   Set(body, "abc");
-  const char* const block = body.data;
+  const char* const block = body.data();
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
   EXPECT_EQ(MakeRoomInBody(body, 100, 0), -1);
   PlainKernelSetMemoryBudget(8000000);
   EXPECT_EQ(MakeRoomInBody(body, 8000001, 0), -1);
   EXPECT_EQ(MakeRoomInBody(body, 7999001, 1024), -1);
   PlainKernelSetMemoryBudget(UINT64_MAX);
-  EXPECT_EQ(body.data, block);
+  EXPECT_EQ(body.data(), block);
   EXPECT_EQ(Bytes(body), "abc");
 }
 
@@ -66,7 +66,7 @@ TEST(BodyRoom, NoDocumentIsThereTwice) {
     SetTerminated(message.subject, "\xD0\x96\xCE\x86");  // two code pages: the RTF gets fonts
     Set(message.body, start + std::string(kBody, 'x'));
     EXPECT_LT(PeakOf([&] { EXPECT_EQ(RenderMailMessage(&message, kind), 1); }), kLittle);
-    EXPECT_GT(message.body.length, kBody);
+    EXPECT_GT(message.body.length(), kBody);
   }
 }
 
@@ -79,18 +79,18 @@ TEST(BodyRoom, NoRowsAreThereTwice) {
   SetTerminated(message.body, "{\\rtf1{\\fonttbl{\\f0 A;}}\\pard x}");
   EXPECT_LT(PeakOf([&] { EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), 1); }),
             4 * kSubject + 4 * kSubject / 16 + kSpare);
-  EXPECT_GT(message.body.length, 4 * kSubject);
+  EXPECT_GT(message.body.length(), 4 * kSubject);
 }
 
 TEST(BodyRoom, WithoutMemoryForTheRowsTheBodyStays) {
   SizedBytes body;
   Set(body, "\\pard");
-  const char* const block = body.data;
+  const char* const block = body.data();
   TrackedBuffer<char> rows(0, 0);  // without room to spare
-  rows.append("0123456789", 10);
+  ASSERT_EQ(rows.append("0123456789", 10), StatusOk);
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
   EXPECT_EQ(SpliceRtfBlock(body, RtfFontTable(), rows), -1);
-  EXPECT_EQ(body.data, block);
+  EXPECT_EQ(body.data(), block);
   EXPECT_EQ(Bytes(body), "\\pard");
 }
 
@@ -103,7 +103,7 @@ std::string Spliced(const std::string& body, const RtfFontTable& fonts, const st
     text = body.substr(0, paragraph);
   } else if (fonts.tableStart < paragraph) {
     text = body.substr(0, fonts.tableStart) +
-           std::string(fonts.tableText.data, fonts.tableText.length);
+           std::string(fonts.tableText.data(), fonts.tableText.length());
     if (fonts.tableEnd < paragraph) {
       text += body.substr(fonts.tableEnd, paragraph - fonts.tableEnd);
     }
@@ -130,15 +130,15 @@ TEST(RtfSpliceProperty, PiecesComeToTheirPlacesWhereverTheTableLies) {
     fonts.tableStart = random() % body.size();
     fonts.tableEnd = fonts.tableStart + random() % (body.size() - fonts.tableStart);
     const std::string table = letters('A', 400);
-    fonts.tableText.append(table.data(), table.size());
-    if (fonts.tableText.data == nullptr) fonts.tableText.reserve(1);
+    ASSERT_EQ(fonts.tableText.append(table.data(), table.size()), StatusOk);
+    if (fonts.tableText.data() == nullptr) fonts.tableText.reserve(1);
     const std::string rows = letters('N', round % 2 == 0 ? 200 : 1200);
     SizedBytes text;
     Set(text, body);
     ASSERT_EQ(SpliceRtfBlock(text, fonts, rows), 1);
     ASSERT_EQ(Bytes(text), Spliced(body, fonts, rows)) << round;
     TrackedBuffer<char> buffer;
-    buffer.append(rows.data(), rows.size());
+    ASSERT_EQ(buffer.append(rows.data(), rows.size()), StatusOk);
     Set(text, body);
     ASSERT_EQ(SpliceRtfBlock(text, fonts, buffer), 1);
     ASSERT_EQ(Bytes(text), Spliced(body, fonts, rows)) << round;

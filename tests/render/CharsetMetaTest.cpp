@@ -6,25 +6,29 @@
 namespace tarn {
 namespace {
 
-using test::Bytes;
-using test::Set;
 using test::Terminated;
 
+void Set(TrackedBuffer<char>& document, std::string_view text) {
+  const uint64_t room = text.size();
+  document.adopt(AllocateBlock<char>(room, TARN_HERE), room, room);
+  text.copy(document.data(), room);
+}
+
 std::string Ensure(std::string_view document) {
-  SizedBytes text;
+  TrackedBuffer<char> text;
   Set(text, document);
-  EXPECT_EQ(EnsureHtmlCharsetMeta(text.data, text.length), 1);
-  return Bytes(text);
+  EXPECT_EQ(EnsureHtmlCharsetMeta(text), 1);
+  return std::string(text.view());
 }
 
 // The document must come back untouched, in the same block.
 void ExpectKept(std::string_view document) {
-  SizedBytes text;
+  TrackedBuffer<char> text;
   Set(text, document);
-  const char* const block = text.data;
-  EXPECT_EQ(EnsureHtmlCharsetMeta(text.data, text.length), 1);
-  EXPECT_EQ(text.data, block);
-  EXPECT_EQ(Bytes(text), document);
+  const char* const block = text.data();
+  EXPECT_EQ(EnsureHtmlCharsetMeta(text), 1);
+  EXPECT_EQ(text.data(), block);
+  EXPECT_EQ(std::string(text.view()), document);
 }
 
 TEST(CharsetMeta, StandsBehindTheHead) {
@@ -44,12 +48,12 @@ TEST(CharsetMeta, TheSizeRisesBySixtySix) {
 
 // Drivers write a NUL behind the size.
 TEST(CharsetMeta, TheBlockHasOneMoreNul) {
-  SizedBytes text;
+  TrackedBuffer<char> text;
   Set(text, "<head>x");
-  ASSERT_EQ(EnsureHtmlCharsetMeta(text.data, text.length), 1);
-  ASSERT_EQ(text.length, 73u);
-  EXPECT_EQ(text.data[72], '\0');
-  EXPECT_EQ(text.data[73], '\0');
+  ASSERT_EQ(EnsureHtmlCharsetMeta(text), 1);
+  ASSERT_EQ(text.length(), 73u);
+  EXPECT_EQ(text.data()[72], '\0');
+  EXPECT_EQ(text.data()[73], '\0');
 }
 
 TEST(CharsetMeta, OnlyTheFirstHeadCounts) {
@@ -86,38 +90,35 @@ TEST(CharsetMeta, WithoutAHeadThereIsNone) {
 }
 
 TEST(CharsetMeta, WithoutADocument) {
-  char* text = nullptr;
-  uint64_t size = 5;
-  EXPECT_EQ(EnsureHtmlCharsetMeta(text, size), 1);
-  EXPECT_EQ(text, nullptr);
-  EXPECT_EQ(size, 5u);
+  TrackedBuffer<char> document;
+  EXPECT_EQ(EnsureHtmlCharsetMeta(document), StatusOk);
+  EXPECT_FALSE(document.hasBlock());
 }
 
 TEST(CharsetMeta, WithoutTheFirstBlockTheDocumentStays) {
-  SizedBytes text;
+  TrackedBuffer<char> text;
   Set(text, "<head>x");
-  const char* const block = text.data;
+  const char* const block = text.data();
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
-  EXPECT_EQ(EnsureHtmlCharsetMeta(text.data, text.length), -1);
-  EXPECT_EQ(text.data, block);
-  EXPECT_EQ(Bytes(text), "<head>x");
+  EXPECT_EQ(EnsureHtmlCharsetMeta(text), -1);
+  EXPECT_EQ(text.data(), block);
+  EXPECT_EQ(std::string(text.view()), "<head>x");
 }
 
-// The text is lost; the size has risen before.
 TEST(CharsetMeta, WithoutTheSecondBlockTheDocumentIsLost) {
-  SizedBytes text;
+  TrackedBuffer<char> text;
   Set(text, "<head>x");
   PlainKernelFailAt(PlainKernelFaultMemory, 2);
-  EXPECT_EQ(EnsureHtmlCharsetMeta(text.data, text.length), -1);
-  EXPECT_EQ(text.data, nullptr);
-  EXPECT_EQ(text.length, 73u);
+  EXPECT_EQ(EnsureHtmlCharsetMeta(text), -1);
+  EXPECT_FALSE(text.hasBlock());
+  EXPECT_EQ(text.length(), 0u);
 }
 
 TEST(CharsetMeta, TwoBlocksAreAllItTakes) {
-  SizedBytes text;
+  TrackedBuffer<char> text;
   Set(text, "<head>x");
   PlainKernelFailAt(PlainKernelFaultMemory, 3);
-  EXPECT_EQ(EnsureHtmlCharsetMeta(text.data, text.length), 1);
+  EXPECT_EQ(EnsureHtmlCharsetMeta(text), 1);
 }
 
 }  // namespace

@@ -129,9 +129,9 @@ TEST(EmlHtml, WithoutFromToDateAndCcThereIsNoBlock) {
   SetTerminated(message.importance, "high");
   SetTerminated(message.from, "");
   Set(message.body, "no html element");
-  const char* const block = message.body.data;
+  const char* const block = message.body.data();
   EXPECT_EQ(RenderEmlMessage(message), 1);
-  EXPECT_EQ(message.body.data, block);
+  EXPECT_EQ(message.body.data(), block);
   EXPECT_EQ(Bytes(message.body), "no html element");
 }
 
@@ -288,9 +288,9 @@ TEST(EmlHtmlFailure, ABodyTagThatNeverEndsIsRefused) {
   EmlMessage message;
   SetTerminated(message.to, "Bob");
   Set(message.body, "x<body a");
-  const char* const block = message.body.data;
+  const char* const block = message.body.data();
   EXPECT_EQ(RenderEmlMessage(message), -9);
-  EXPECT_EQ(message.body.data, block);
+  EXPECT_EQ(message.body.data(), block);
   EXPECT_EQ(Bytes(message.body), "x<body a");
 }
 
@@ -310,7 +310,7 @@ TEST(EmlHtmlFailure, ALengthWithoutAPointer) {
   }
   const BrokenField broken(message.body, 4);
   EXPECT_EQ(RenderEmlMessage(message), -814);
-  EXPECT_EQ(message.body.data, nullptr);
+  EXPECT_EQ(message.body.data(), nullptr);
 }
 
 // Once the html element is there it stays.

@@ -137,7 +137,7 @@ TEST(EmlRtfFailure, ABodyOfNoBytes) {
   EXPECT_EQ(RenderEmlMessage(message), -74);
   Set(message.body, "");
   EXPECT_EQ(RenderEmlMessage(message), -74);
-  EXPECT_EQ(message.body.length, 0u);
+  EXPECT_EQ(message.body.length(), 0u);
 }
 
 TEST(EmlRtfFailure, ALengthWithoutAPointer) {
@@ -160,7 +160,7 @@ TEST(EmlRtfFailure, WithoutMemoryTheBodyStays) {
     message.documentKind = DocumentRtf;
     SetTerminated(message.to, "Bob");
     Set(message.body, "a\\pard");
-    const char* const block = message.body.data;
+    const char* const block = message.body.data();
     const int32_t rendered = faulted([&] { return RenderEmlMessage(message); });
     if (!faulted.isReached()) {
       EXPECT_EQ(rendered, 1);
@@ -168,7 +168,7 @@ TEST(EmlRtfFailure, WithoutMemoryTheBodyStays) {
       return;
     }
     EXPECT_EQ(rendered, -1);
-    EXPECT_EQ(message.body.data, block);
+    EXPECT_EQ(message.body.data(), block);
     EXPECT_EQ(Bytes(message.body), "a\\pard");
   };
   // The block, then the document.

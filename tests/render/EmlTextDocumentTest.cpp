@@ -140,11 +140,11 @@ TEST(EmlTextFailure, WithoutMemoryTheBodyStays) {
     message.documentKind = DocumentText;
     SetTerminated(message.to, "Bob");
     SetTerminated(message.body, "Body");
-    const char* const block = message.body.data;
+    const char* const block = message.body.data();
     const int32_t rendered = faulted([&] { return RenderEmlMessage(message); });
     EXPECT_EQ(rendered, faulted.isReached() ? -1 : 1);
     if (!faulted.isReached()) return;
-    EXPECT_EQ(message.body.data, block);
+    EXPECT_EQ(message.body.data(), block);
     EXPECT_EQ(Bytes(message.body), Terminated("Body"));
   };
   // The block, then the body.

@@ -184,7 +184,7 @@ TEST(HeaderLabels, OtherRowNumbersAreUnknown) {
 std::string Importance(int32_t importance) {
   SizedBytes text;
   EXPECT_EQ(ImportanceText(importance, text), 1);
-  return std::string(text.bytes());
+  return std::string(text.view());
 }
 
 TEST(ImportanceText, HighAndLowHaveAWord) {
@@ -204,8 +204,8 @@ TEST(ImportanceText, AnyOtherValueAppendsNothing) {
   for (const int32_t importance : {1, 3, -1, INT32_MIN, INT32_MAX}) {
     SizedBytes text;
     EXPECT_EQ(ImportanceText(importance, text), 1);
-    EXPECT_EQ(text.data, nullptr);
-    EXPECT_EQ(text.length, 0u);
+    EXPECT_EQ(text.data(), nullptr);
+    EXPECT_EQ(text.length(), 0u);
   }
 }
 
@@ -213,15 +213,15 @@ TEST(ImportanceText, TheWordGoesBehindTheText) {
   SizedBytes text;
   ASSERT_EQ(ImportanceText(2, text), 1);
   ASSERT_EQ(ImportanceText(0, text), 1);
-  EXPECT_EQ(text.bytes(), std::string("HighLow\0", 8));
+  EXPECT_EQ(text.view(), std::string("HighLow\0", 8));
 }
 
 TEST(ImportanceText, WithoutMemory) {
   SizedBytes text;
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
   EXPECT_EQ(ImportanceText(2, text), -1);
-  EXPECT_EQ(text.data, nullptr);
-  EXPECT_EQ(text.length, 0u);
+  EXPECT_EQ(text.data(), nullptr);
+  EXPECT_EQ(text.length(), 0u);
 }
 
 }  // namespace

@@ -131,9 +131,9 @@ TEST(MailHtml, AMessageWithoutAnyRowKeepsItsBody) {
   SetTerminated(message.fromAddress, "ann@example.com");
   SetTerminated(message.originalAuthor, "Eve");
   Set(message.body, "<body>text");
-  const char* const block = message.body.data;
+  const char* const block = message.body.data();
   EXPECT_EQ(Render(message), "<body>text");
-  EXPECT_EQ(message.body.data, block);
+  EXPECT_EQ(message.body.data(), block);
 }
 
 TEST(MailHtml, ValuesAreNotEscaped) {
@@ -225,9 +225,9 @@ TEST(MailHtmlSplice, ABodyTagThatNeverEndsIsRefused) {
   MailMessage message;
   SetTerminated(message.subject, "Hi");
   SetTerminated(message.body, "<p><body bgcolor");
-  const char* const block = message.body.data;
+  const char* const block = message.body.data();
   EXPECT_EQ(RenderMailMessage(&message, DocumentHtml), -9);
-  EXPECT_EQ(message.body.data, block);
+  EXPECT_EQ(message.body.data(), block);
   EXPECT_EQ(Bytes(message.body), Terminated("<p><body bgcolor"));
 }
 
@@ -303,8 +303,8 @@ TEST(MailHtmlFailure, ABodyOfALengthWithoutAPointer) {
   SetTerminated(message.subject, "Hi");
   const BrokenField broken(message.body, 5);
   EXPECT_EQ(RenderMailMessage(&message, DocumentHtml), -814);
-  EXPECT_EQ(message.body.data, nullptr);
-  EXPECT_EQ(message.body.length, 5u);
+  EXPECT_EQ(message.body.data(), nullptr);
+  EXPECT_EQ(message.body.length(), 5u);
 }
 
 TEST(MailHtmlFailure, WithoutMemoryTheBodyStays) {
@@ -313,11 +313,11 @@ TEST(MailHtmlFailure, WithoutMemoryTheBodyStays) {
     SetAllFields(message);
     SetTerminated(message.fromAddress, "a@b");
     SetTerminated(message.body, "<body>x");
-    const char* const block = message.body.data;
+    const char* const block = message.body.data();
     const int32_t rendered = faulted([&] { return RenderMailMessage(&message, DocumentHtml); });
     EXPECT_EQ(rendered, faulted.isReached() ? -1 : 1);
     if (!faulted.isReached()) return;
-    EXPECT_EQ(message.body.data, block);
+    EXPECT_EQ(message.body.data(), block);
     EXPECT_EQ(Bytes(message.body), Terminated("<body>x"));
   };
   EXPECT_GE(test::SweepFaults(PlainKernelFaultMemory, round, test::FaultKinds::OneAndFrom), 2u);
@@ -329,7 +329,7 @@ TEST(MailHtmlFailure, ARefusedBudgetLeavesTheBody) {
   SetTerminated(message.body, std::string(8000000, 'x'));
   PlainKernelSetMemoryBudget(8000000);
   EXPECT_EQ(RenderMailMessage(&message, DocumentHtml), -1);
-  EXPECT_EQ(message.body.length, 8000001u);
+  EXPECT_EQ(message.body.length(), 8000001u);
 }
 
 TEST(MailHtmlFailure, ABlockBeyondTheBudget) {

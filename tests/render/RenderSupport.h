@@ -16,9 +16,9 @@ namespace tarn::test {
 // Exactly these bytes, in a block of their size.
 inline void Set(SizedBytes& field, std::string_view bytes) {
   field.release();
-  field.data = static_cast<char*>(KernelAlloc(bytes.size(), 1, TARN_HERE));
-  if (!bytes.empty()) std::memcpy(field.data, bytes.data(), bytes.size());
-  field.length = bytes.size();
+  field.setData(static_cast<char*>(KernelAlloc(bytes.size(), 1, TARN_HERE)));
+  if (!bytes.empty()) std::memcpy(field.data(), bytes.data(), bytes.size());
+  field.setLength(bytes.size());
 }
 
 // The bytes and a NUL behind them.
@@ -42,17 +42,17 @@ class BrokenField {
  public:
   BrokenField(SizedBytes& field, uint64_t length) : field_(field) {
     field_.release();
-    field_.length = length;
+    field_.setLength(length);
   }
   BrokenField(const BrokenField&) = delete;
   BrokenField& operator=(const BrokenField&) = delete;
-  ~BrokenField() { field_.length = 0; }
+  ~BrokenField() { field_.setLength(0); }
 
  private:
   SizedBytes& field_;
 };
 
-inline std::string Bytes(const SizedBytes& text) { return std::string(text.bytes()); }
+inline std::string Bytes(const SizedBytes& text) { return std::string(text.view()); }
 
 // The text with the NUL that a finished document counts.
 inline std::string Terminated(std::string_view text) { return std::string(text) + '\0'; }

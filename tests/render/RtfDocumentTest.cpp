@@ -104,9 +104,9 @@ TEST(MailRtf, WithoutAnyRowTheBodyStays) {
   SetTerminated(message.fromAddress, "a@b");
   Set(message.originalAuthor, "Eve");
   Set(message.body, kBody);
-  const char* const block = message.body.data;
+  const char* const block = message.body.data();
   EXPECT_EQ(Render(message), kBody);
-  EXPECT_EQ(message.body.data, block);
+  EXPECT_EQ(message.body.data(), block);
 }
 
 TEST(MailRtf, WithoutAParagraphTheBodyStays) {
@@ -114,9 +114,9 @@ TEST(MailRtf, WithoutAParagraphTheBodyStays) {
   MailMessage message;
   SetTerminated(message.subject, kKanji);
   Set(message.body, body);
-  const char* const block = message.body.data;
+  const char* const block = message.body.data();
   EXPECT_EQ(Render(message), body);
-  EXPECT_EQ(message.body.data, block);
+  EXPECT_EQ(message.body.data(), block);
 }
 
 TEST(MailRtf, ATerminatorIsAddedOnlyWhenThereIsNone) {
@@ -289,7 +289,7 @@ std::string AppendRow(HeaderRow row, std::string_view text = "x") {
   SetTerminated(message.fromAddress, "a@b");
   SetTerminated(message.to, text);
   EXPECT_EQ(AppendRtfHeaderRow(render, &message, &message.to, row), 1);
-  return std::string(render.output.data, render.output.length);
+  return std::string(render.output.data(), render.output.length());
 }
 
 TEST(AppendRtfHeaderRow, EveryRow) {
@@ -311,7 +311,7 @@ TEST(AppendRtfHeaderRow, RowsFollowEachOther) {
   EXPECT_EQ(AppendRtfHeaderRow(render, &message, &message.cc, HeaderRowCc), 1);
   EXPECT_EQ(AppendRtfHeaderRow(render, &message, &message.bcc, HeaderRowBcc), 1);
   EXPECT_EQ(AppendRtfHeaderRow(render, &message, &message.to, HeaderRowSubject), 1);
-  EXPECT_EQ(std::string(render.output.data, render.output.length),
+  EXPECT_EQ(std::string(render.output.data(), render.output.length()),
             MailRtfRow("To:        ", "x") + MailRtfRow("Subject:   ", "x"));
 }
 
@@ -321,7 +321,7 @@ TEST(AppendRtfHeaderRow, RefusesWhatIsNotThere) {
   SetTerminated(message.to, "x");
   EXPECT_EQ(AppendRtfHeaderRow(render, nullptr, &message.to, HeaderRowTo), -814);
   EXPECT_EQ(AppendRtfHeaderRow(render, &message, nullptr, HeaderRowTo), -814);
-  EXPECT_EQ(render.output.length, 0u);
+  EXPECT_EQ(render.output.length(), 0u);
 }
 
 TEST(AppendRtfHeaderRow, WithoutMemory) {
@@ -337,7 +337,7 @@ TEST(AppendRtfHeaderRow, BeyondTheBudget) {
   std::string text;
   for (int i = 0; i < 200; ++i) text += kKanji;
   RtfRender render;
-  render.output.meter.threshold = 1000;
+  render.output.setThreshold(1000);
   MailMessage message;
   SetTerminated(message.to, text);
   PlainKernelSetMemoryBudget(2000);

@@ -30,9 +30,9 @@ TEST(MailRtfFailure, ABodyThatIsNoRtf) {
   for (const std::string_view body :
        {std::string_view("{\\rtf1\\pard Hi}"), std::string_view(""), std::string_view("\0", 1)}) {
     Set(message.body, body);
-    const char* const block = message.body.data;
+    const char* const block = message.body.data();
     EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), -9);
-    EXPECT_EQ(message.body.data, block);
+    EXPECT_EQ(message.body.data(), block);
     EXPECT_EQ(Bytes(message.body), body);
   }
   message.body.release();
@@ -77,7 +77,7 @@ TEST(MailRtfFailure, ALengthWithoutAPointer) {
   }
   const BrokenField broken(message.body, 4);
   EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), -814);
-  EXPECT_EQ(message.body.data, nullptr);
+  EXPECT_EQ(message.body.data(), nullptr);
 }
 
 // Behind a letter beyond ASCII a NUL cannot be written.
@@ -106,11 +106,11 @@ TEST(MailRtfFailure, WithoutMemoryTheBodyStays) {
     MailMessage message;
     SetAllFields(message);
     Set(message.body, kBody);
-    const char* const block = message.body.data;
+    const char* const block = message.body.data();
     const int32_t rendered = faulted([&] { return RenderMailMessage(&message, DocumentRtf); });
     EXPECT_EQ(rendered, faulted.isReached() ? -1 : 1);
     if (!faulted.isReached()) return;
-    EXPECT_EQ(message.body.data, block);
+    EXPECT_EQ(message.body.data(), block);
     EXPECT_EQ(Bytes(message.body), kBody);
   };
   // The table twice, the block, the document.

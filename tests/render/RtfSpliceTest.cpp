@@ -22,7 +22,7 @@ struct GrownTable : RtfFontTable {
     changed = 1;
     tableStart = start;
     tableEnd = end;
-    tableText.append(text.data(), text.size());
+    EXPECT_EQ(tableText.append(text.data(), text.size()), StatusOk);
   }
 };
 
@@ -67,9 +67,9 @@ TEST(RtfSplice, WithoutAParagraphTheBodyStays) {
        {std::string_view("{\\rtf1 text}"), std::string_view("\\par"), std::string_view("\0", 1)}) {
     SizedBytes text;
     Set(text, body);
-    const char* const block = text.data;
+    const char* const block = text.data();
     EXPECT_EQ(SpliceRtfBlock(text, GrownTable(1, 2, "TABLE"), "ROWS"), 1);
-    EXPECT_EQ(text.data, block);
+    EXPECT_EQ(text.data(), block);
     EXPECT_EQ(Bytes(text), body);
   }
 }
@@ -120,7 +120,7 @@ TEST(RtfSpliceFailure, ABodyOfNoBytes) {
   SizedBytes empty;
   Set(empty, "");
   EXPECT_EQ(SpliceRtfBlock(empty, RtfFontTable(), "ROWS"), -74);
-  EXPECT_EQ(empty.length, 0u);
+  EXPECT_EQ(empty.length(), 0u);
 }
 
 TEST(RtfSpliceFailure, ALengthWithoutAPointer) {
@@ -132,11 +132,11 @@ TEST(RtfSpliceFailure, ALengthWithoutAPointer) {
 TEST(RtfSpliceFailure, WithoutMemoryTheBodyStays) {
   SizedBytes body;
   Set(body, "a\\pard");
-  const char* const block = body.data;
+  const char* const block = body.data();
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
   EXPECT_EQ(SpliceRtfBlock(body, RtfFontTable(), "ROWS"), -1);
   PlainKernelFailAt(PlainKernelFaultMemory, 0);
-  EXPECT_EQ(body.data, block);
+  EXPECT_EQ(body.data(), block);
   EXPECT_EQ(Bytes(body), "a\\pard");
 }
 
@@ -196,7 +196,7 @@ TEST(EmlRtfSplice, ABlockOfALengthWithoutAPointer) {
   SizedBytes body;
   Set(body, "a\\pard");
   SizedBytes block;
-  block.length = 3;
+  block.setLength(3);
   EXPECT_EQ(SpliceEmlRtf(body, std::move(block)), -814);
   EXPECT_EQ(Bytes(body), "a\\pard");
 }

@@ -15,7 +15,7 @@ class SentText : public ::testing::Test {
   static std::string Format(int64_t fileTime) {
     SizedBytes text;
     EXPECT_EQ(FormatFileTime(fileTime, text), 1);
-    EXPECT_EQ(text.bytes().size(), text.text().size() + 1);
+    EXPECT_EQ(text.view().size(), text.text().size() + 1);
     return std::string(text.text());
   }
 
@@ -87,15 +87,15 @@ TEST_F(SentText, GoesBehindTheText) {
   SizedBytes text;
   ASSERT_EQ(AppendTerminated(text, "at "), 1);
   ASSERT_EQ(FormatFileTime(k1970, text), 1);
-  EXPECT_EQ(text.bytes(), std::string("at Thu Jan 01, 1970 12:00 AM\0", 29));
+  EXPECT_EQ(text.view(), std::string("at Thu Jan 01, 1970 12:00 AM\0", 29));
 }
 
 TEST_F(SentText, WithoutMemory) {
   SizedBytes text;
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
   EXPECT_EQ(FormatFileTime(k1970, text), -1);
-  EXPECT_EQ(text.data, nullptr);
-  EXPECT_EQ(text.length, 0u);
+  EXPECT_EQ(text.data(), nullptr);
+  EXPECT_EQ(text.length(), 0u);
 }
 
 }  // namespace

@@ -83,9 +83,9 @@ TEST(MailText, EmptyFieldsHaveNoRow) {
   Set(message.cc, "");
   SetTerminated(message.fromAddress, "a@b");
   Set(message.text, "Body");
-  const char* const block = message.text.data;
+  const char* const block = message.text.data();
   EXPECT_EQ(Render(message), "Body");
-  EXPECT_EQ(message.text.data, block);
+  EXPECT_EQ(message.text.data(), block);
 }
 
 TEST(MailText, OnlyOneTrailingNulOfAFieldIsDropped) {
@@ -135,7 +135,7 @@ TEST(MailText, WithoutATextThereAreNoRows) {
   SetAllFields(message);
   Set(message.body, "<body>");
   EXPECT_EQ(Render(message), "");
-  EXPECT_EQ(message.text.data, nullptr);
+  EXPECT_EQ(message.text.data(), nullptr);
   EXPECT_EQ(Bytes(message.body), "<body>");
 }
 

@@ -4,7 +4,6 @@
 
 #include <string>
 
-#include "FileFormats/Pst/AttachmentCommon.h"
 #include "Tarnbase/PlainKernel.h"
 #include "support/TempDirectory.h"
 
@@ -23,8 +22,9 @@ uint64_t LiveBytes() {
 template <typename T>
 uint64_t LeftOf(uint64_t used, uint64_t capacity) {
   const uint64_t before = LiveBytes();
-  KernelBlock<T> block = AllocateBlock<T>(capacity, TARN_HERE);
-  block.reset(ShrinkToFit(block.take(), used, capacity));
+  TrackedBuffer<T> buffer;
+  buffer.adopt(AllocateBlock<T>(capacity, TARN_HERE), used, capacity);
+  buffer.shrinkToFit();
   return LiveBytes() - before;
 }
 
@@ -40,9 +40,13 @@ TEST(ShrinkToFit, GivesBackMoreThan32Bytes) {
 }
 
 TEST(ShrinkToFit, KeepsABlockThatCannotBeResized) {
-  KernelBlock<char> block = AllocateBlock<char>(1000, TARN_HERE);
+  TrackedBuffer<char> buffer;
+  buffer.adopt(AllocateBlock<char>(1000, TARN_HERE), 10, 1000);
+  const char* const block = buffer.data();
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
-  EXPECT_EQ(ShrinkToFit(block.get(), 10, 1000), block.get());
+  buffer.shrinkToFit();
+  EXPECT_EQ(buffer.data(), block);
+  EXPECT_EQ(buffer.capacity(), 1000u);
   PlainKernelFailAt(PlainKernelFaultMemory, 0);
 }
 
@@ -66,9 +70,9 @@ TEST(AttachmentDelivery, ToMemoryClearsTheThreeWordsOfTheBuffer) {
     const uint64_t before = LiveBytes();
     Delivery delivery(bytes);
     EXPECT_EQ(delivery.run(), StatusDone);
-    EXPECT_EQ(delivery.data.data, nullptr);
-    EXPECT_EQ(delivery.data.length, 0u);
-    EXPECT_EQ(delivery.data.capacity, 0u);
+    EXPECT_EQ(delivery.data.data(), nullptr);
+    EXPECT_EQ(delivery.data.length(), 0u);
+    EXPECT_EQ(delivery.data.capacity(), 0u);
 
     const KernelBlock<char> taken(static_cast<char*>(delivery.context.data));
     const uint64_t size = delivery.context.size;
@@ -76,7 +80,7 @@ TEST(AttachmentDelivery, ToMemoryClearsTheThreeWordsOfTheBuffer) {
     EXPECT_EQ(LiveBytes() - before, bytes.size());
     // The buffer starts again from nothing.
     EXPECT_EQ(delivery.data.append("more", 4), StatusOk);
-    EXPECT_EQ(std::string(delivery.data.data, delivery.data.length), "more");
+    EXPECT_EQ(std::string(delivery.data.data(), delivery.data.length()), "more");
   }
 }
 
@@ -95,14 +99,14 @@ TEST(AttachmentDelivery, ToAFileLeavesTheBufferToTheReader) {
   const test::TempDirectory directory;
   const std::u16string path = directory.wide() + u"/out";
   Delivery delivery("the bytes");
-  const char* const block = delivery.data.data;
-  const uint64_t capacity = delivery.data.capacity;
+  const char* const block = delivery.data.data();
+  const uint64_t capacity = delivery.data.capacity();
   delivery.context.outputPath = path.c_str();
   EXPECT_EQ(delivery.run(), StatusOk);
   EXPECT_EQ(test::ReadWholeFile(path), "the bytes");
-  EXPECT_EQ(delivery.data.data, block);
-  EXPECT_EQ(delivery.data.length, 9u);
-  EXPECT_EQ(delivery.data.capacity, capacity);
+  EXPECT_EQ(delivery.data.data(), block);
+  EXPECT_EQ(delivery.data.length(), 9u);
+  EXPECT_EQ(delivery.data.capacity(), capacity);
   EXPECT_EQ(static_cast<void*>(delivery.context.data), nullptr);
 }
 

@@ -23,7 +23,7 @@ void Add(PropertyList& list, const std::u16string& name, const std::u16string& v
 struct Items {
   ItemList list;
   ~Items() {
-    for (uint64_t i = 0; i < list.length; ++i) ReleaseItem(list.data[i]);
+    for (uint64_t i = 0; i < list.length(); ++i) ReleaseItem(list.data()[i]);
   }
 };
 
@@ -34,15 +34,15 @@ TEST(AttachmentItems, NumbersItemsAndCopiesNames) {
   ASSERT_EQ(AddAttachmentItem(&items.list, &data, u"a.txt", nullptr), StatusOk);
   ASSERT_EQ(AddAttachmentItem(&items.list, &data, u"", nullptr), StatusOk);
   ASSERT_EQ(AddAttachmentItem(&items.list, &data, nullptr, nullptr), StatusOk);
-  ASSERT_EQ(items.list.length, 3u);
-  EXPECT_EQ(items.list.data[0].number, 1u);
-  EXPECT_EQ(std::u16string(items.list.data[0].name), u"a.txt");
-  EXPECT_EQ(items.list.data[0].size, 5u);
-  EXPECT_EQ(items.list.data[1].number, 2u);
-  EXPECT_EQ(items.list.data[1].name, nullptr);
-  EXPECT_EQ(items.list.data[2].number, 3u);
-  EXPECT_EQ(items.list.data[2].name, nullptr);
-  EXPECT_EQ(data.length, 5u);  // the bytes stay the reader's
+  ASSERT_EQ(items.list.length(), 3u);
+  EXPECT_EQ(items.list.data()[0].number, 1u);
+  EXPECT_EQ(std::u16string(items.list.data()[0].name), u"a.txt");
+  EXPECT_EQ(items.list.data()[0].size, 5u);
+  EXPECT_EQ(items.list.data()[1].number, 2u);
+  EXPECT_EQ(items.list.data()[1].name, nullptr);
+  EXPECT_EQ(items.list.data()[2].number, 3u);
+  EXPECT_EQ(items.list.data()[2].name, nullptr);
+  EXPECT_EQ(data.length(), 5u);  // the bytes stay the reader's
 }
 
 TEST(AttachmentItems, RefusesANullList) {
@@ -62,7 +62,7 @@ TEST(AttachmentItems, TakesKnownPropertiesOutAndMovesTheOthersUp) {
   Add(properties, u"modification-date=", u"Thu, 1 Jan 1970 00:02:00 GMT");
   Add(properties, u"third", u"3");
   ASSERT_EQ(AddAttachmentItem(&items.list, &data, nullptr, &properties), StatusOk);
-  const AttachmentInfoItem& item = items.list.data[0];
+  const AttachmentInfoItem& item = items.list.data()[0];
   EXPECT_EQ(std::u16string(item.description), u"A table");
   EXPECT_EQ(item.creationTime, 60);
   EXPECT_EQ(item.modificationTime, 120);
@@ -72,9 +72,9 @@ TEST(AttachmentItems, TakesKnownPropertiesOutAndMovesTheOthersUp) {
   EXPECT_EQ(std::u16string(item.properties[2].name), u"third");
   EXPECT_EQ(std::u16string(item.properties[2].value), u"3");
   // The block is the item's now.
-  EXPECT_EQ(properties.data, nullptr);
-  EXPECT_EQ(properties.length, 0u);
-  EXPECT_EQ(properties.capacity, 0u);
+  EXPECT_EQ(properties.data(), nullptr);
+  EXPECT_EQ(properties.length(), 0u);
+  EXPECT_EQ(properties.capacity(), 0u);
 }
 
 TEST(AttachmentItems, TakesStoreTimesOverDates) {
@@ -87,10 +87,10 @@ TEST(AttachmentItems, TakesStoreTimesOverDates) {
   Add(properties, u"modification-date=", u"Thu, 1 Jan 1970 00:02:00 GMT");
   Add(properties, u"MsgModificationTime", u"1234567891");
   ASSERT_EQ(AddAttachmentItem(&items.list, &data, nullptr, &properties), StatusOk);
-  EXPECT_EQ(items.list.data[0].creationTime, 1234567890);
-  EXPECT_EQ(items.list.data[0].modificationTime, 1234567891);
-  EXPECT_EQ(items.list.data[0].propertyCount, 0u);
-  EXPECT_EQ(items.list.data[0].properties, nullptr);
+  EXPECT_EQ(items.list.data()[0].creationTime, 1234567890);
+  EXPECT_EQ(items.list.data()[0].modificationTime, 1234567891);
+  EXPECT_EQ(items.list.data()[0].propertyCount, 0u);
+  EXPECT_EQ(items.list.data()[0].properties, nullptr);
 }
 
 TEST(AttachmentItems, ComparesNamesExactly) {
@@ -101,9 +101,9 @@ TEST(AttachmentItems, ComparesNamesExactly) {
   Add(properties, u"Content-Description", u"no colon");
   Add(properties, u"MsgCreationTime=", u"5");
   ASSERT_EQ(AddAttachmentItem(&items.list, &data, nullptr, &properties), StatusOk);
-  EXPECT_EQ(items.list.data[0].description, nullptr);
-  EXPECT_EQ(items.list.data[0].creationTime, 0);
-  EXPECT_EQ(items.list.data[0].propertyCount, 3u);
+  EXPECT_EQ(items.list.data()[0].description, nullptr);
+  EXPECT_EQ(items.list.data()[0].creationTime, 0);
+  EXPECT_EQ(items.list.data()[0].propertyCount, 3u);
 }
 
 TEST(AttachmentItems, GivesNoDescriptionForAnEmptyOne) {
@@ -112,8 +112,8 @@ TEST(AttachmentItems, GivesNoDescriptionForAnEmptyOne) {
   PropertyList properties;
   Add(properties, u"Content-Description:", u"");
   ASSERT_EQ(AddAttachmentItem(&items.list, &data, nullptr, &properties), StatusOk);
-  EXPECT_EQ(items.list.data[0].description, nullptr);
-  EXPECT_EQ(items.list.data[0].propertyCount, 0u);
+  EXPECT_EQ(items.list.data()[0].description, nullptr);
+  EXPECT_EQ(items.list.data()[0].propertyCount, 0u);
 }
 
 TEST(AttachmentItems, GivesBackTheSlackOfThePropertyList) {
@@ -129,7 +129,7 @@ TEST(AttachmentItems, GivesBackTheSlackOfThePropertyList) {
   PlainKernelUsageRecord after = {};
   PlainKernelUsage(&after);
   EXPECT_EQ(after.liveBytes - before.liveBytes,
-            sizeof(AttachmentProperty) + items.list.capacity * sizeof(AttachmentInfoItem));
+            sizeof(AttachmentProperty) + items.list.capacity() * sizeof(AttachmentInfoItem));
 }
 
 // Each allocation fails once: nothing is appended, nothing stays behind.
@@ -145,7 +145,7 @@ TEST(AttachmentItems, ReleasesTheItemWithoutMemory) {
     // The third allocation gives back slack, and the block stays as it is when that fails.
     const bool fails = faulted.isReached() && faulted.ordinal() != 3;
     EXPECT_EQ(status, fails ? StatusOutOfMemory : StatusOk);
-    EXPECT_EQ(items.list.length, fails ? 0u : 1u);
+    EXPECT_EQ(items.list.length(), fails ? 0u : 1u);
   });
   EXPECT_EQ(calls, 4u);
 }

@@ -22,9 +22,9 @@ struct Document {
     const TempDirectory directory;
     const std::u16string path = directory.write("mail.msg", file).u16string();
     status = ReadMsgDocument(path.c_str(), data, kind, textOnly, request);
-    if (data.document.data != nullptr) {
-      bytes.assign(data.document.data, data.document.length);
-      EXPECT_GE(data.document.capacity, data.document.length);
+    if (data.document.data() != nullptr) {
+      bytes.assign(data.document.data(), data.document.length());
+      EXPECT_GE(data.document.capacity(), data.document.length());
     }
   }
   explicit Document(const MsgBuilder& msg, bool textOnly = false)
@@ -43,7 +43,7 @@ std::string Html(const std::string& body) {
   Document document(msg);
   EXPECT_EQ(document.status, StatusOk);
   EXPECT_EQ(document.kind, uint32_t{DocumentHtml});
-  EXPECT_EQ(document.data.document.data[document.data.document.length], '\0');
+  EXPECT_EQ(document.data.document.data()[document.data.document.length()], '\0');
   return document.bytes;
 }
 
@@ -80,11 +80,11 @@ TEST(MsgDocument, KnowsTheRoomOfItsBlock) {
   MsgBuilder declared;
   declared.binary(0x1013, "<html><head></head>");
   const Document made(declared);
-  EXPECT_EQ(made.data.document.capacity, made.bytes.size() + 1);
+  EXPECT_EQ(made.data.document.capacity(), made.bytes.size() + 1);
   MsgBuilder declaring;
   declaring.binary(0x1013, "<html><head></head>charset");
   const Document kept(declaring);
-  EXPECT_EQ(kept.data.document.capacity, kept.bytes.size() + 1 + 1024);
+  EXPECT_EQ(kept.data.document.capacity(), kept.bytes.size() + 1 + 1024);
 }
 
 TEST(MsgDocument, TellsRtfByItsFirstFiveBytes) {
@@ -94,7 +94,7 @@ TEST(MsgDocument, TellsRtfByItsFirstFiveBytes) {
   EXPECT_EQ(rtf.status, StatusOk);
   EXPECT_EQ(rtf.kind, uint32_t{DocumentRtf});
   EXPECT_EQ(rtf.bytes, kMsgRtf);
-  EXPECT_EQ(rtf.data.document.data[rtf.bytes.size()], '\0');
+  EXPECT_EQ(rtf.data.document.data()[rtf.bytes.size()], '\0');
   EXPECT_EQ(Html(" {\\rtf1}"), "<html> {\\rtf1}</html>");
   EXPECT_EQ(Html("{\\rt"), "<html>{\\rt</html>");
   // The HTML stream may hold it as well.
@@ -125,13 +125,13 @@ TEST(MsgDocument, OfTextBeginsWithAMarkThatItsLengthLeavesOut) {
       EXPECT_EQ(document.status, StatusOk);
       EXPECT_EQ(document.kind, uint32_t{DocumentText});
       EXPECT_EQ(document.bytes, counted);
-      EXPECT_GE(document.data.document.capacity, counted.size() + 3);
+      EXPECT_GE(document.data.document.capacity(), counted.size() + 3);
     }
   }
   MsgBuilder msg;
   msg.text(0x1000, u"Body");
   const Document document(msg);
-  EXPECT_EQ(std::string(document.data.document.data, 8), mark + "Body" + '\0');
+  EXPECT_EQ(std::string(document.data.document.data(), 8), mark + "Body" + '\0');
 }
 
 TEST(MsgDocument, OfEmptyTextIsTheFirstByteOfTheMark) {
@@ -165,8 +165,8 @@ void ExpectNothing(const Document& document, int32_t status) {
   EXPECT_EQ(document.status, status);
   EXPECT_EQ(document.kind, uint32_t{DocumentNone});
   EXPECT_EQ(document.data.readerFormat, FormatNone);
-  EXPECT_EQ(document.data.document.data, nullptr);
-  EXPECT_EQ(document.data.document.length, 0u);
+  EXPECT_EQ(document.data.document.data(), nullptr);
+  EXPECT_EQ(document.data.document.length(), 0u);
 }
 
 TEST(MsgDocument, NeedsABodyOfTheKind) {
@@ -214,7 +214,7 @@ TEST(MsgDocument, IsNotMadeForARequest) {
   EXPECT_EQ(document.status, StatusOk);
   EXPECT_EQ(calls, 3);
   EXPECT_EQ(document.kind, uint32_t{DocumentNone});
-  EXPECT_EQ(document.data.document.data, nullptr);
+  EXPECT_EQ(document.data.document.data(), nullptr);
   EXPECT_EQ(document.data.readerFormat, FormatMsg);
   EXPECT_EQ(document.data.attachmentCount, 0u);
 }
@@ -256,7 +256,7 @@ TEST(ReadMessageDocument, RefusesAnUnknownFormat) {
         ReadMessageDocument(u"mail", data, format, index, kind, false, KERNEL_BAD_HANDLE, nullptr),
         StatusNotSupported);
     EXPECT_EQ(kind, uint32_t{DocumentNone});
-    EXPECT_EQ(data.document.data, nullptr);
+    EXPECT_EQ(data.document.data(), nullptr);
   }
 }
 

@@ -36,7 +36,7 @@ Made MakeDocument(const MsgBuilder& msg, bool textOnly = false) {
     PstFilterData data;
     uint32_t kind = DocumentNone;
     EXPECT_EQ(ReadMsgDocument(path.c_str(), data, kind, textOnly, nullptr), StatusOk);
-    made.document = data.document.length;
+    made.document = data.document.length();
   });
   EXPECT_LE(made.peak, Allowed(made.file));
   return made;
@@ -144,7 +144,7 @@ TEST(MsgMemory, AnAttachmentIsThereOnce) {
   const AttachmentRequest request = {
       1, 0,
       [](void* user, TrackedBuffer<char>* data, const char16_t*, PropertyList*) {
-        *static_cast<uint64_t*>(user) = data->length;
+        *static_cast<uint64_t*>(user) = data->length();
         return int32_t{StatusOk};
       },
       &length};

@@ -32,9 +32,9 @@ struct Collector {
                       PropertyList* properties) {
     auto& self = *static_cast<Collector*>(user);
     Seen& seen = self.seen.emplace_back(
-        Seen{std::string(data->data, data->length), data->data != nullptr, name, {}});
-    for (uint64_t i = 0; i < properties->length; ++i) {
-      seen.properties.emplace_back(properties->data[i].name, properties->data[i].value);
+        Seen{std::string(data->data(), data->length()), data->data() != nullptr, name, {}});
+    for (uint64_t i = 0; i < properties->length(); ++i) {
+      seen.properties.emplace_back(properties->data()[i].name, properties->data()[i].value);
     }
     return self.answer;
   }
@@ -361,18 +361,18 @@ TEST_F(PstAttachments, AddsAStringOfTheBag) {
   PropertyList list;
   uint64_t left = 8;
   EXPECT_EQ(AddAttachmentPropertyFromBag(list, "n", attachment, 0x3704, left), 1);
-  EXPECT_EQ(list.length, 0u);
+  EXPECT_EQ(list.length(), 0u);
   EXPECT_EQ(AddAttachmentPropertyFromBag(list, "n", attachment, 0x3707, left), 1);
-  ASSERT_EQ(list.length, 1u);
-  EXPECT_EQ(std::u16string(list.data[0].name), u"n");
-  EXPECT_EQ(std::u16string(list.data[0].value), u"name");
+  ASSERT_EQ(list.length(), 1u);
+  EXPECT_EQ(std::u16string(list.data()[0].name), u"n");
+  EXPECT_EQ(std::u16string(list.data()[0].value), u"name");
   EXPECT_EQ(left, 0u);
   EXPECT_THROW(AddAttachmentPropertyFromBag(list, "n", attachment, 0x3707, left),
                pststore::database_corrupt);
   left = 100;
   PlainKernelFailAt(PlainKernelFaultText, 1);
   EXPECT_EQ(AddAttachmentPropertyFromBag(list, "n", attachment, 0x3707, left), 0);
-  EXPECT_EQ(list.length, 1u);
+  EXPECT_EQ(list.length(), 1u);
 }
 
 }  // namespace

@@ -43,7 +43,9 @@ class PstDocument : public ::testing::Test {
     EXPECT_EQ(format, FormatPst);
     return status;
   }
-  std::string document() const { return std::string(data->document.data, data->document.length); }
+  std::string document() const {
+    return std::string(data->document.data(), data->document.length());
+  }
 
   std::optional<PstFilterData> data;
   int32_t index = 0;
@@ -101,7 +103,7 @@ TEST_F(PstDocument, RefusesAMessageWithAPlainBodyOnly) {
   store.folder("A").message().subject(u"Hi").body(u"text");
   EXPECT_EQ(read(store), -9);
   EXPECT_EQ(kind, uint32_t{DocumentNone});
-  EXPECT_EQ(data->document.length, 0u);
+  EXPECT_EQ(data->document.length(), 0u);
   EXPECT_EQ(data->messageCount, 1);
 }
 
@@ -116,9 +118,9 @@ TEST_F(PstDocument, StartsTextWithAMarkThatDoesNotCount) {
     // The last byte of the body is zero and counts as the text's terminator.
     const std::string whole =
         std::string("\xFF\xFE") + "Subject:   \tHi\r\n\r\n" + std::string("b\0y\0e", 5);
-    ASSERT_EQ(data->document.length, whole.size() - 2);
+    ASSERT_EQ(data->document.length(), whole.size() - 2);
     // The bytes behind the length are there.
-    EXPECT_EQ(std::string(data->document.data, whole.size()), whole);
+    EXPECT_EQ(std::string(data->document.data(), whole.size()), whole);
   }
 }
 
@@ -127,7 +129,7 @@ TEST_F(PstDocument, TakesOneNulOffATextWithoutRows) {
   store.folder("A").message().subject(u"").body(u"ab");
   ASSERT_EQ(read(store, 0, true), 1);
   EXPECT_EQ(document().substr(0, 2), "\xFF\xFE");
-  EXPECT_EQ(std::string(data->document.data + 2, 3), std::string("a\0b", 3));
+  EXPECT_EQ(std::string(data->document.data() + 2, 3), std::string("a\0b", 3));
 }
 
 TEST_F(PstDocument, RefusesTheTextOfAMessageWithoutPlainBody) {
@@ -174,7 +176,7 @@ TEST_F(PstDocument, LeavesTheDocumentForARequest) {
       &calls};
   ASSERT_EQ(read(store, 0, true, &request), 1);
   EXPECT_EQ(calls, 1);
-  EXPECT_EQ(data->document.data, nullptr);
+  EXPECT_EQ(data->document.data(), nullptr);
   EXPECT_EQ(kind, uint32_t{DocumentNone});
   EXPECT_EQ(data->readerFormat, 385);
 }
@@ -261,7 +263,7 @@ TEST_F(PstDocument, ReleasesAllWhateverFails) {
         });
         EXPECT_TRUE(status == 1 || status == -1 || status == -4 || status == -9) << status;
       } catch (const std::exception&) {
-        EXPECT_EQ(attempt.document.length, 0u);
+        EXPECT_EQ(attempt.document.length(), 0u);
       }
       if (status == 1 && !faulted.andAllAfter()) ++successes;
       EXPECT_TRUE(faulted.isReached() || status == 1);

@@ -199,14 +199,14 @@ TEST_F(PstInlineImages, BecomeFilesOnTheTempFileRoute) {
   reading_->data.useTempFile = 1;
   ASSERT_EQ(reading_->read(0), 1);
   EXPECT_EQ(body(), "<img src=\"_a.png\">");
-  ASSERT_EQ(reading_->data.inlineFiles.length, 1u);
-  std::string path = reading_->data.inlineFiles.data[0];
+  ASSERT_EQ(reading_->data.inlineFiles.length(), 1u);
+  std::string path = reading_->data.inlineFiles.data()[0];
   EXPECT_TRUE(path.ends_with("\\_a.png"));
   for (char& c : path) {
     if (c == '\\') c = '/';
   }
   EXPECT_EQ(ReadWholeFile(path), "abc");
-  KernelDeleteFileUtf8(reading_->data.inlineFiles.data[0]);
+  KernelDeleteFileUtf8(reading_->data.inlineFiles.data()[0]);
 }
 
 // A cid name makes the underscore: the plain name alone is the file's name.
@@ -217,9 +217,9 @@ TEST_F(PstInlineImages, BecomeFilesOfTheirShortNameAlone) {
   reading_->data.useTempFile = 1;
   ASSERT_EQ(reading_->read(0), 1);
   EXPECT_EQ(body(), "<img src=\"B.PNG\">");
-  ASSERT_EQ(reading_->data.inlineFiles.length, 1u);
-  EXPECT_TRUE(std::string(reading_->data.inlineFiles.data[0]).ends_with("\\B.PNG"));
-  KernelDeleteFileUtf8(reading_->data.inlineFiles.data[0]);
+  ASSERT_EQ(reading_->data.inlineFiles.length(), 1u);
+  EXPECT_TRUE(std::string(reading_->data.inlineFiles.data()[0]).ends_with("\\B.PNG"));
+  KernelDeleteFileUtf8(reading_->data.inlineFiles.data()[0]);
 }
 
 TEST_F(PstInlineImages, BecomeFilesOfTheirPlainNameWhenTheCidNameDoesNotConvert) {
@@ -232,9 +232,9 @@ TEST_F(PstInlineImages, BecomeFilesOfTheirPlainNameWhenTheCidNameDoesNotConvert)
   ASSERT_EQ(reading_->walk(0), 1);
   PlainKernelFailAt(PlainKernelFaultText, 0);
   EXPECT_EQ(body(), "<img src=\"cid:a\">");
-  ASSERT_EQ(reading_->data.inlineFiles.length, 1u);
-  EXPECT_TRUE(std::string(reading_->data.inlineFiles.data[0]).ends_with("\\a"));
-  KernelDeleteFileUtf8(reading_->data.inlineFiles.data[0]);
+  ASSERT_EQ(reading_->data.inlineFiles.length(), 1u);
+  EXPECT_TRUE(std::string(reading_->data.inlineFiles.data()[0]).ends_with("\\a"));
+  KernelDeleteFileUtf8(reading_->data.inlineFiles.data()[0]);
 }
 
 // Names of three bytes a character, behind a shorter one in the same block.
@@ -267,7 +267,7 @@ TEST_F(PstInlineImages, AreLeftOutWhenTheListOfFilesGetsNoMemory) {
     ASSERT_EQ(reading.count(), 1);
     const int32_t status = faulted([&] { return reading.walk(0); });
     const bool isLeftOut = status == 1 && reading.data.attachmentCount == 1 &&
-                           reading.data.inlineFiles.data == nullptr &&
+                           reading.data.inlineFiles.data() == nullptr &&
                            reading.body(0) == "<img src=\"cid:a\">";
     EXPECT_TRUE(faulted.isReached() || !isLeftOut);
     if (isLeftOut) ++leftOut;

@@ -48,19 +48,19 @@ TEST(PstMessage, StoresAllHeaderFieldsAsUtf8) {
         layout);
     ASSERT_EQ(message.status, 1);
     const MailMessage& record = message.record();
-    EXPECT_EQ(record.subject.bytes(),
+    EXPECT_EQ(record.subject.view(),
               "\xC3\x9C"
               "ber \xF0\x9F\x98\x80");
-    EXPECT_EQ(record.from.bytes(), "Ann \xE2\x82\xAC");
-    EXPECT_EQ(record.to.bytes(), "Bob");
-    EXPECT_EQ(record.cc.bytes(), "Cy");
-    EXPECT_EQ(record.bcc.bytes(), "Di");
+    EXPECT_EQ(record.from.view(), "Ann \xE2\x82\xAC");
+    EXPECT_EQ(record.to.view(), "Bob");
+    EXPECT_EQ(record.cc.view(), "Cy");
+    EXPECT_EQ(record.bcc.view(), "Di");
     EXPECT_EQ(record.importance.text(), "High");
     EXPECT_EQ(record.sent.text(), "Fri Jan 01, 2021 12:00 AM");
-    EXPECT_EQ(record.fromAddress.data, nullptr);
-    EXPECT_EQ(record.originalAuthor.data, nullptr);
-    EXPECT_EQ(record.text.data, nullptr);
-    EXPECT_EQ(record.body.data, nullptr);
+    EXPECT_EQ(record.fromAddress.data(), nullptr);
+    EXPECT_EQ(record.originalAuthor.data(), nullptr);
+    EXPECT_EQ(record.text.data(), nullptr);
+    EXPECT_EQ(record.body.data(), nullptr);
     EXPECT_EQ(message->kind, uint32_t{DocumentNone});
   }
 }
@@ -69,42 +69,42 @@ TEST(PstMessage, WidensEightBitStrings) {
   OneMessage message([](MessageBuilder& m) { m.subject("gr\xFC\xDF"); }, PstLayout::Ansi);
   ASSERT_EQ(message.status, 1);
   // A byte above 7F is a negative character: FFFC and FFDF.
-  EXPECT_EQ(message.record().subject.bytes(), "gr\xEF\xBF\xBC\xEF\xBF\x9F");
+  EXPECT_EQ(message.record().subject.view(), "gr\xEF\xBF\xBC\xEF\xBF\x9F");
 }
 
 TEST(PstMessage, KeepsNulsInHeaderStrings) {
   OneMessage message(
       [](MessageBuilder& m) { m.subject(std::u16string_view(u"a\0b", 3)).to(u"x"); });
-  EXPECT_EQ(message.record().subject.bytes(), std::string_view("a\0b", 3));
+  EXPECT_EQ(message.record().subject.view(), std::string_view("a\0b", 3));
 }
 
 TEST(PstMessage, DropsTheMarkerOfASubject) {
   for (const PstLayout layout : kBothLayouts) {
     OneMessage marked([](MessageBuilder& m) { m.subject(u"\1\5Re: Hi"); }, layout);
-    EXPECT_EQ(marked.record().subject.bytes(), "Re: Hi");
+    EXPECT_EQ(marked.record().subject.view(), "Re: Hi");
     OneMessage markerOnly([](MessageBuilder& m) { m.subject(u"\1\5"); }, layout);
     EXPECT_EQ(markerOnly.status, 1);
-    EXPECT_EQ(markerOnly.record().subject.data, nullptr);
+    EXPECT_EQ(markerOnly.record().subject.data(), nullptr);
     OneMessage later([](MessageBuilder& m) { m.subject(u"a\1\5"); }, layout);
-    EXPECT_EQ(later.record().subject.bytes(), "a\1\5");
+    EXPECT_EQ(later.record().subject.view(), "a\1\5");
   }
 }
 
 TEST(PstMessage, NamesAMissingSubjectOnly) {
   OneMessage missing([](MessageBuilder& m) { m.without(kPropSubject); });
-  EXPECT_EQ(missing.record().subject.bytes(), "No Subject");
+  EXPECT_EQ(missing.record().subject.view(), "No Subject");
   OneMessage empty([](MessageBuilder& m) { m.subject(u""); });
-  EXPECT_EQ(empty.record().subject.data, nullptr);
-  EXPECT_EQ(empty.record().subject.length, 0u);
+  EXPECT_EQ(empty.record().subject.data(), nullptr);
+  EXPECT_EQ(empty.record().subject.length(), 0u);
 }
 
 TEST(PstMessage, HasNoLabelForNormalImportance) {
   OneMessage normal([](MessageBuilder& m) { m.importance(1); });
-  EXPECT_EQ(normal.record().importance.data, nullptr);
+  EXPECT_EQ(normal.record().importance.data(), nullptr);
   OneMessage low([](MessageBuilder& m) { m.importance(0); });
   EXPECT_EQ(low.record().importance.text(), "Low");
   OneMessage other([](MessageBuilder& m) { m.importance(0xFFFFFFFF); });
-  EXPECT_EQ(other.record().importance.data, nullptr);
+  EXPECT_EQ(other.record().importance.data(), nullptr);
 }
 
 TEST(PstMessage, IgnoresATimeOfAnotherSize) {
@@ -114,7 +114,7 @@ TEST(PstMessage, IgnoresATimeOfAnotherSize) {
       m.subject(u"x").property(kPropClientSubmitTime, kTypeBinary, value).html("h");
     });
     ASSERT_EQ(message.status, 1);
-    EXPECT_EQ(message.record().sent.data, nullptr);
+    EXPECT_EQ(message.record().sent.data(), nullptr);
     EXPECT_EQ(message->body(0), "h");
   }
 }
@@ -135,7 +135,7 @@ TEST(PstMessage, KeepsThePlainBodyAsTheStoreHasIt) {
     ASSERT_EQ(wide.status, 1);
     EXPECT_EQ(wide->text(0), std::string("H\0\xEF\0", 4));
     EXPECT_EQ(wide->kind, uint32_t{DocumentText});
-    EXPECT_EQ(wide.record().body.data, nullptr);
+    EXPECT_EQ(wide.record().body.data(), nullptr);
     OneMessage narrow([](MessageBuilder& m) { m.body("H\xEF"); }, layout);
     EXPECT_EQ(narrow->text(0), "H\xEF");
   }
@@ -144,10 +144,10 @@ TEST(PstMessage, KeepsThePlainBodyAsTheStoreHasIt) {
 TEST(PstMessage, TellsAnEmptyBodyFromAMissingOne) {
   OneMessage message([](MessageBuilder& m) { m.body(u"").html(""); });
   ASSERT_EQ(message.status, 1);
-  EXPECT_NE(message.record().text.data, nullptr);
-  EXPECT_EQ(message.record().text.length, 0u);
-  EXPECT_NE(message.record().body.data, nullptr);
-  EXPECT_EQ(message.record().body.length, 0u);
+  EXPECT_NE(message.record().text.data(), nullptr);
+  EXPECT_EQ(message.record().text.length(), 0u);
+  EXPECT_NE(message.record().body.data(), nullptr);
+  EXPECT_EQ(message.record().body.length(), 0u);
   EXPECT_EQ(message->kind, uint32_t{DocumentHtml});
 }
 
@@ -155,7 +155,7 @@ TEST(PstMessage, HasNoTextForHtmlAlone) {
   OneMessage message([](MessageBuilder& m) { m.html("<p>\xE4\0</p>"); });
   EXPECT_EQ(message->kind, uint32_t{DocumentHtml});
   EXPECT_EQ(message->body(0), "<p>\xE4");
-  EXPECT_EQ(message.record().text.data, nullptr);
+  EXPECT_EQ(message.record().text.data(), nullptr);
 }
 
 TEST(PstMessage, PrefersHtmlToText) {
@@ -244,7 +244,7 @@ TEST(PstMessage, IgnoresHeaderTextsThatDoNotConvert) {
                                         &record.bcc};
     for (uint64_t i = 0; i < 5; ++i) {
       const bool isLost = i + 1 == faulted.ordinal();
-      EXPECT_EQ(fields[i]->length, isLost ? 0 : std::string_view(kFields[i]).size());
+      EXPECT_EQ(fields[i]->length(), isLost ? 0 : std::string_view(kFields[i]).size());
     }
     EXPECT_EQ(reading.body(0), "html");
   });
@@ -279,13 +279,13 @@ TEST(PstMessage, EndsWithoutMemory) {
     ++statuses[status];
     const MailMessage& record = reading.record(0);
     if (status != 1) return;
-    if (record.body.bytes() == "{\\rtf1 Hello}") {
-      if (record.subject.length == 0 || record.from.length == 0 || record.sent.length == 0 ||
-          record.importance.length == 0) {
+    if (record.body.view() == "{\\rtf1 Hello}") {
+      if (record.subject.length() == 0 || record.from.length() == 0 || record.sent.length() == 0 ||
+          record.importance.length() == 0) {
         ++lostFields;
       }
     } else {
-      EXPECT_TRUE(record.body.length == 0 || record.body.bytes() == "html");
+      EXPECT_TRUE(record.body.length() == 0 || record.body.view() == "html");
       ++brokenFolders;
     }
   });

@@ -50,8 +50,8 @@ class PstReading {
     EXPECT_EQ(index, wanted_);
     return *list->records;
   }
-  std::string text(int32_t index) { return std::string(record(index).text.bytes()); }
-  std::string body(int32_t index) { return std::string(record(index).body.bytes()); }
+  std::string text(int32_t index) { return std::string(record(index).text.view()); }
+  std::string body(int32_t index) { return std::string(record(index).body.view()); }
 
   // The bodies of the first messages one after the other, each of a reading of its own.
   std::string bodies(int32_t messages) {

@@ -184,10 +184,10 @@ TEST_F(StoreLimits, CountImagesTwiceThatAreWritten) {
   useTempFile_ = 1;
   message().html("<img src=\"cid:a\">").attachment(u"a", std::string(60, 'x'));
   EXPECT_EQ(readWithImages(119), -1);
-  EXPECT_EQ(reading_->data.inlineFiles.length, 0u);
+  EXPECT_EQ(reading_->data.inlineFiles.length(), 0u);
   ASSERT_EQ(readWithImages(120), 1);
-  ASSERT_EQ(reading_->data.inlineFiles.length, 1u);
-  KernelDeleteFileUtf8(reading_->data.inlineFiles.data[0]);
+  ASSERT_EQ(reading_->data.inlineFiles.length(), 1u);
+  KernelDeleteFileUtf8(reading_->data.inlineFiles.data()[0]);
 }
 
 TEST_F(StoreLimits, CountImagesOfFailedMessages) {

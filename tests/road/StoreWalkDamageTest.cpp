@@ -57,7 +57,7 @@ TEST(StoreWalkDamage, KeepsTheLengthOfAFieldThatDoesNotConvert) {
   PlainKernelFailAt(PlainKernelFaultText, 2);
   EXPECT_EQ(reading.walk(0), 1);
   PlainKernelFailAt(PlainKernelFaultText, 0);
-  EXPECT_EQ(reading.record(0).subject.length, 11u);
+  EXPECT_EQ(reading.record(0).subject.length(), 11u);
   EXPECT_EQ(reading.body(0), "html");
 }
 

@@ -24,7 +24,7 @@ TEST(StoreCount, BelievesTheFolders) {
     PstReading reading(store);
     ASSERT_EQ(reading.count(), 1);
     EXPECT_EQ(reading.list->count, 7);
-    EXPECT_EQ(reading.record(0).body.data, nullptr);
+    EXPECT_EQ(reading.record(0).body.data(), nullptr);
     EXPECT_EQ(reading.record(0).inlineStatus, 1);
   }
 }
@@ -157,7 +157,7 @@ TEST(StoreWalk, FillsTheRecordOfTheSelectedMessage) {
     ASSERT_EQ(reading.read(1), 1);
     EXPECT_EQ(reading.list->count, 2);
     EXPECT_EQ(reading.body(1), "one");
-    EXPECT_EQ(reading.record(1).subject.bytes(), "1");
+    EXPECT_EQ(reading.record(1).subject.view(), "1");
     EXPECT_EQ(reading.kind, uint32_t{DocumentHtml});
     EXPECT_EQ(reading.bodies(3), "zeroonetwo");
   }
@@ -219,8 +219,8 @@ TEST(StoreWalk, LeavesNumbersBehindTheLastMessageEmpty) {
   PstReading reading(store);
   ASSERT_EQ(reading.read(1), 1);
   EXPECT_EQ(reading.list->count, 2);
-  EXPECT_EQ(reading.record(1).body.data, nullptr);
-  EXPECT_EQ(reading.record(1).text.data, nullptr);
+  EXPECT_EQ(reading.record(1).body.data(), nullptr);
+  EXPECT_EQ(reading.record(1).text.data(), nullptr);
   EXPECT_EQ(reading.bodies(1), "a");
 }
 
@@ -286,7 +286,7 @@ TEST(StoreWalk, LeavesAFolderAtASubjectOfOneMarker) {
   PstReading reading(store);
   ASSERT_EQ(reading.read(0), 1);
   EXPECT_EQ(reading.body(0), "b");
-  EXPECT_EQ(reading.record(0).subject.bytes(), "No Subject");
+  EXPECT_EQ(reading.record(0).subject.view(), "No Subject");
 }
 
 // Blocks and header fields of the failed message stay in the record; only the lengths of the bodies
@@ -302,17 +302,17 @@ TEST(StoreWalk, FillsTheRecordOfAFailedMessageAnew) {
   PstReading reading(store);
   ASSERT_EQ(reading.read(0), 1);
   const MailMessage& record = reading.record(0);
-  EXPECT_EQ(record.subject.bytes(), "new");
-  EXPECT_EQ(record.from.bytes(), "Ann");
-  EXPECT_EQ(record.to.data, nullptr);
-  EXPECT_EQ(record.cc.bytes(), "Cy");
-  EXPECT_EQ(record.bcc.bytes(), "Di");
+  EXPECT_EQ(record.subject.view(), "new");
+  EXPECT_EQ(record.from.view(), "Ann");
+  EXPECT_EQ(record.to.data(), nullptr);
+  EXPECT_EQ(record.cc.view(), "Cy");
+  EXPECT_EQ(record.bcc.view(), "Di");
   EXPECT_EQ(record.importance.text(), "HighLow");
   EXPECT_EQ(record.sent.text().size(), 2 * std::string_view("Thu Jan 01, 1970 12:00 AM").size());
-  EXPECT_NE(record.text.data, nullptr);
-  EXPECT_EQ(record.text.length, 0u);
-  EXPECT_NE(record.body.data, nullptr);
-  EXPECT_EQ(record.body.length, 0u);
+  EXPECT_NE(record.text.data(), nullptr);
+  EXPECT_EQ(record.text.length(), 0u);
+  EXPECT_NE(record.body.data(), nullptr);
+  EXPECT_EQ(record.body.length(), 0u);
   // The kind is that of the failed message, too.
   EXPECT_EQ(reading.kind, uint32_t{DocumentRtf});
 }
@@ -347,16 +347,16 @@ TEST(StoreWalk, ReadsNoBodiesForAnAttachmentRequest) {
       kAllAttachments, 0,
       [](void* user, TrackedBuffer<char>* bytes, const char16_t* name, PropertyList*) {
         *static_cast<std::u16string*>(user) += name;
-        EXPECT_EQ(std::string(bytes->data, bytes->length), "bytes");
+        EXPECT_EQ(std::string(bytes->data(), bytes->length()), "bytes");
         return int32_t{1};
       },
       &names};
   reading.request = &request;
   ASSERT_EQ(reading.read(1), 1);
   EXPECT_EQ(names, u"a.png");
-  EXPECT_EQ(reading.record(1).subject.data, nullptr);
-  EXPECT_EQ(reading.record(1).text.data, nullptr);
-  EXPECT_EQ(reading.record(1).body.data, nullptr);
+  EXPECT_EQ(reading.record(1).subject.data(), nullptr);
+  EXPECT_EQ(reading.record(1).text.data(), nullptr);
+  EXPECT_EQ(reading.record(1).body.data(), nullptr);
   EXPECT_EQ(reading.kind, uint32_t{DocumentNone});
 }
 

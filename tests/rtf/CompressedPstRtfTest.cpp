@@ -41,18 +41,18 @@ TEST(CompressedPstRtf, FillsTheRecordOfTheIndex) {
   std::istringstream stream(PublishedCrossing());
   stream.seekg(0, std::ios::end);
   EXPECT_EQ(DecodePstCompressedRtf(stream, messages, 1), 1);
-  EXPECT_EQ(records[0].body.data, nullptr);
-  EXPECT_EQ(records[1].body.bytes(), "{\\rtf1 WXYZWXYZWXYZWXYZWXYZ}");
-  EXPECT_EQ(records[2].body.data, nullptr);
+  EXPECT_EQ(records[0].body.data(), nullptr);
+  EXPECT_EQ(records[1].body.view(), "{\\rtf1 WXYZWXYZWXYZWXYZWXYZ}");
+  EXPECT_EQ(records[2].body.data(), nullptr);
 }
 
 TEST(CompressedPstRtf, AShortBodyIsReplaced) {
   const std::string packed = Packed(3, LzfuTokens().literals("abc"));
   EXPECT_EQ(UnpackPst(packed, std::string(209, '.')), Ok("abc"));
   MailMessage message;
-  message.body.length = 1000;  // a length without a block
+  message.body.setLength(1000);  // a length without a block
   EXPECT_EQ(UnpackPst(message, packed), 1);
-  EXPECT_EQ(message.body.bytes(), "abc");
+  EXPECT_EQ(message.body.view(), "abc");
 }
 
 // What lies behind the text: the last 207 bytes of fixed text and text as they were unpacked, and
@@ -62,10 +62,10 @@ TEST(CompressedPstRtf, ALongBodyKeepsItsBlockAndItsLengthLess207) {
   const std::string fixed(LzfuStartText());
   MailMessage message;
   GiveBody(message, std::string(292, '.') + '!' + std::string(207, '?'));
-  const char* const block = message.body.data;
+  const char* const block = message.body.data();
   EXPECT_EQ(UnpackPst(message, packed), 1);
-  EXPECT_EQ(message.body.data, block);
-  EXPECT_EQ(message.body.bytes(), "abc" + fixed.substr(3) + "abc" + std::string(82, '.') + '!');
+  EXPECT_EQ(message.body.data(), block);
+  EXPECT_EQ(message.body.view(), "abc" + fixed.substr(3) + "abc" + std::string(82, '.') + '!');
 }
 
 TEST(CompressedPstRtf, ABodyOfJustTheTextAnd207BytesKeepsItsBlock) {
@@ -73,10 +73,10 @@ TEST(CompressedPstRtf, ABodyOfJustTheTextAnd207BytesKeepsItsBlock) {
   for (const size_t length : {209u, 210u, 211u}) {
     MailMessage message;
     GiveBody(message, std::string(length, '.'));
-    const char* const block = message.body.data;
+    const char* const block = message.body.data();
     EXPECT_EQ(UnpackPst(message, packed), 1);
-    EXPECT_EQ(message.body.data == block, length >= 210);
-    EXPECT_EQ(message.body.bytes(), length == 211 ? "abct" : "abc");
+    EXPECT_EQ(message.body.data() == block, length >= 210);
+    EXPECT_EQ(message.body.view(), length == 211 ? "abct" : "abc");
   }
 }
 
@@ -181,7 +181,7 @@ TEST(CompressedPstRtf, AHugeBodyTakesNoMoreMemoryThanTheText) {
   GiveBody(message, std::string(1 << 20, '.'));
   const uint64_t peak = PeakOf([&] { EXPECT_EQ(UnpackPst(message, packed), 1); });
   EXPECT_EQ(peak, packed.size() + 207 + 3 + 17);
-  EXPECT_EQ(message.body.length, (1u << 20) - 207);
+  EXPECT_EQ(message.body.length(), (1u << 20) - 207);
 }
 
 TEST(CompressedPstRtf, StoredTextNeedsItsChecksum) {
@@ -214,7 +214,7 @@ TEST(CompressedPstRtf, TheReadPositionIsTheLength) {
   MailMessage message;
   MessageList messages{1, &message};
   EXPECT_EQ(DecodePstCompressedRtf(stream, messages, 0), 1);
-  EXPECT_EQ(message.body.length, 28u);
+  EXPECT_EQ(message.body.length(), 28u);
 }
 
 TEST(CompressedPstRtf, AFailedStreamIsRefused) {
@@ -256,7 +256,7 @@ TEST(CompressedPstRtf, AStreamThatGivesLessThanItsLengthIsRefused) {
     GiveBody(message, "old");
     MessageList messages{1, &message};
     EXPECT_EQ(DecodePstCompressedRtf(stream, messages, 0), given == size ? 1 : -9) << given;
-    EXPECT_EQ(message.body.bytes(), given == size ? "{\\rtf1 WXYZWXYZWXYZWXYZWXYZ}" : "old");
+    EXPECT_EQ(message.body.view(), given == size ? "{\\rtf1 WXYZWXYZWXYZWXYZWXYZ}" : "old");
   }
 }
 
@@ -276,7 +276,7 @@ TEST(CompressedPstRtf, WhatTheStreamThrowsIsLetThrough) {
   GiveBody(message, "old");
   MessageList messages{1, &message};
   EXPECT_THROW(DecodePstCompressedRtf(stream, messages, 0), std::runtime_error);
-  EXPECT_EQ(message.body.bytes(), "old");
+  EXPECT_EQ(message.body.view(), "old");
 }
 
 TEST(CompressedPstRtf, WithoutMemory) {
@@ -291,9 +291,9 @@ TEST(CompressedPstRtf, WithoutMemory) {
         if (!faulted.isReached()) return;
         // Stored text replaces the body before it asks for memory.
         const bool isEmptied = bytes[8] == 'M' && faulted.ordinal() == 2;
-        EXPECT_EQ(message.body.bytes(), isEmptied ? "" : old);
+        EXPECT_EQ(message.body.view(), isEmptied ? "" : old);
         EXPECT_EQ(UnpackPst(message, bytes), 1);
-        EXPECT_TRUE(message.body.bytes().starts_with(text));
+        EXPECT_TRUE(message.body.view().starts_with(text));
       };
       EXPECT_EQ(SweepFaults(PlainKernelFaultMemory, round, FaultKinds::OneAndFrom), 2u);
     }

@@ -67,10 +67,10 @@ TEST(CompressedRtfHtml, DamageLeavesAnOldBodyThatWrapsHtml) {
   for (const std::string& bytes : damaged) {
     EXPECT_EQ(Unpack(bytes, old), (Decoded{-9, old}));
     MailMessage message;  // as a reader leaves it that has loaded packed bytes
-    message.body.length = 49;
+    message.body.setLength(49);
     EXPECT_EQ(Unpack(message, bytes), -9);
-    EXPECT_EQ(message.body.data, nullptr);
-    EXPECT_EQ(message.body.length, 49u);
+    EXPECT_EQ(message.body.data(), nullptr);
+    EXPECT_EQ(message.body.length(), 49u);
   }
 }
 
@@ -80,7 +80,7 @@ TEST(CompressedRtfHtml, TheSourceIsFreedBehindTheUnpacking) {
   const std::string stored = StoreRtf(rtf);
   MailMessage message;
   const uint64_t peak = PeakOf([&] { EXPECT_EQ(Unpack(message, stored), 1); });
-  EXPECT_EQ(message.body.length, 1000004u);
+  EXPECT_EQ(message.body.length(), 1000004u);
   EXPECT_LT(peak, 2100000u);
 }
 
@@ -130,7 +130,7 @@ TEST(CompressedRtfHtml, WithoutMemoryTheTextStaysRtf) {
     char* const source = KernelCopy(packed);
     const int32_t status =
         faulted([&] { return DecodeCompressedRtf(source, message, packed.size()); });
-    const Decoded decoded = {status, std::string(message.body.bytes())};
+    const Decoded decoded = {status, std::string(message.body.view())};
     if (!faulted.isReached()) {
       EXPECT_EQ(decoded, asHtml);
     } else if (faulted.ordinal() == 1) {

@@ -45,8 +45,8 @@ inline char* KernelCopy(std::string_view bytes) {
 // What the body holds before a decoder runs.
 inline void GiveBody(MailMessage& message, std::string_view bytes) {
   message.body.release();
-  message.body.data = KernelCopy(bytes);
-  message.body.length = bytes.size();
+  message.body.setData(KernelCopy(bytes));
+  message.body.setLength(bytes.size());
 }
 
 inline int32_t Unpack(MailMessage& message, std::string_view bytes) {
@@ -58,7 +58,7 @@ inline Decoded Unpack(std::string_view bytes, std::string_view oldBody = "old") 
   MailMessage message;
   GiveBody(message, oldBody);
   const int32_t status = Unpack(message, bytes);
-  return {status, std::string(message.body.bytes())};
+  return {status, std::string(message.body.view())};
 }
 
 inline int32_t UnpackPst(MailMessage& message, std::string_view bytes) {
@@ -72,7 +72,7 @@ inline Decoded UnpackPst(std::string_view bytes, std::string_view oldBody = "old
   MailMessage message;
   GiveBody(message, oldBody);
   const int32_t status = UnpackPst(message, bytes);
-  return {status, std::string(message.body.bytes())};
+  return {status, std::string(message.body.view())};
 }
 
 // Packed tokens with a header that names the raw size.

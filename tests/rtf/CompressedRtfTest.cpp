@@ -31,7 +31,7 @@ TEST(CompressedRtf, ByteNIsNulInAnyCase) {
     ASSERT_EQ(
         Unpack(message, Packed(static_cast<uint32_t>(text.size()), LzfuTokens().literals(text))),
         1);
-    EXPECT_EQ(message.body.data[text.size()], '\0');
+    EXPECT_EQ(message.body.data()[text.size()], '\0');
   }
 }
 
@@ -44,10 +44,10 @@ TEST(CompressedRtf, ATextOfNoBytesIsOneNul) {
 // packed bytes.
 TEST(CompressedRtf, ABodyWithoutABlockIsFilled) {
   MailMessage message;
-  message.body.length = 49;
+  message.body.setLength(49);
   EXPECT_EQ(Unpack(message, PublishedCrossing()), 1);
   EXPECT_EQ(message.body.text(), "{\\rtf1 WXYZWXYZWXYZWXYZWXYZ}");
-  EXPECT_EQ(message.body.length, 29u);
+  EXPECT_EQ(message.body.length(), 29u);
 }
 
 TEST(CompressedRtf, ReferencesIntoTheFixedText) {
@@ -139,7 +139,7 @@ TEST(CompressedRtf, ASourceBelow16BytesIsRefused) {
   GiveBody(message, "old");
   EXPECT_EQ(DecodeCompressedRtf(nullptr, message, 0), -9);
   EXPECT_EQ(DecodeCompressedRtf(nullptr, message, 100), -9);
-  EXPECT_EQ(message.body.bytes(), "old");
+  EXPECT_EQ(message.body.view(), "old");
   const std::string whole = Packed(0, LzfuTokens());
   for (size_t length = 0; length < 16; ++length) {
     EXPECT_EQ(Unpack(whole.substr(0, length)), kDamaged) << length;
@@ -195,7 +195,7 @@ TEST(CompressedRtf, ARawSizeBeyondWhatTheDataCanGiveIsRefusedWithoutAllocating) 
   PlainKernelUsage(&after);
   EXPECT_EQ(after.allocationCalls - before.allocationCalls, 2u);  // the sources
   EXPECT_EQ(Unpack(message, Packed(136, tokens)), 1);
-  EXPECT_EQ(message.body.length, 137u);
+  EXPECT_EQ(message.body.length(), 137u);
 }
 
 // Offset 300 at position 207 would be 3796 bytes in front of the block.
@@ -290,9 +290,9 @@ TEST(CompressedRtf, WithoutMemory) {
     PlainKernelFailAt(PlainKernelFaultMemory, 1);
     EXPECT_EQ(DecodeCompressedRtf(source, message, bytes.size()), -1);
     PlainKernelFailAt(PlainKernelFaultMemory, 0);
-    EXPECT_EQ(message.body.bytes(), bytes[8] == 'L' ? "old" : "");
+    EXPECT_EQ(message.body.view(), bytes[8] == 'L' ? "old" : "");
     EXPECT_EQ(Unpack(message, bytes), 1);
-    EXPECT_EQ(message.body.bytes(), Literal("{\\rtf1 abc}\0"));
+    EXPECT_EQ(message.body.view(), Literal("{\\rtf1 abc}\0"));
   }
 }
 

@@ -163,7 +163,7 @@ TEST(FontSearchWork, RepeatedLettersAreWrittenInTheirFont) {
     expected += "\\f99 \\u" + std::to_string(letter) + " ?\\f0 \\'09";
   }
   EXPECT_EQ(WriteRtfUtf8Text(render, text.data(), text.size()), StatusOk);
-  EXPECT_TRUE(std::string(render.output.data, render.output.length) == expected);
+  EXPECT_TRUE(std::string(render.output.data(), render.output.length()) == expected);
 }
 
 TEST(FontSearchWork, IsEnoughForWellFormedDocuments) {

@@ -15,13 +15,13 @@ using Pass = void (*)(SizedBytes&);
 // Runs a pass over a block of exactly these bytes, so that a step outside of it is noticed.
 std::string Run(Pass pass, const std::string& bytes) {
   SizedBytes text;
-  text.data = static_cast<char*>(KernelAlloc(bytes.size(), 1, TARN_HERE));
-  std::copy(bytes.begin(), bytes.end(), text.data);
-  text.length = bytes.size();
-  const char* const block = text.data;
+  text.setData(static_cast<char*>(KernelAlloc(bytes.size(), 1, TARN_HERE)));
+  std::copy(bytes.begin(), bytes.end(), text.data());
+  text.setLength(bytes.size());
+  const char* const block = text.data();
   pass(text);
-  EXPECT_EQ(text.data, block);
-  return std::string(text.bytes());
+  EXPECT_EQ(text.data(), block);
+  return std::string(text.view());
 }
 
 std::string Shorten(const std::string& bytes) { return Run(ShortenConditionalComments, bytes); }
@@ -66,8 +66,8 @@ TEST(ConditionalComments, AnAbsentTextStaysAbsent) {
   SizedBytes text;
   ShortenConditionalComments(text);
   CutLongValues(text);
-  EXPECT_EQ(text.data, nullptr);
-  EXPECT_EQ(text.length, 0u);
+  EXPECT_EQ(text.data(), nullptr);
+  EXPECT_EQ(text.length(), 0u);
 }
 
 TEST(ConditionalComments, WithoutABracketNothingChanges) {

@@ -44,7 +44,7 @@ int32_t ExpectDecodersAnswer(const std::string& bytes, size_t bodyLength = 0) {
                              size_t{4096}, std::max<size_t>(bytes.size(), 1)}) {
     const Checked checked = Check(bytes, bodyLength, piece);
     EXPECT_EQ(checked.status, status) << piece;
-    EXPECT_EQ(checked.length, message.body.length) << piece;
+    EXPECT_EQ(checked.length, message.body.length()) << piece;
   }
   return status;
 }

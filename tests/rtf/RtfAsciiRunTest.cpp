@@ -18,7 +18,7 @@ struct WrittenRun {
     status = WriteRtfAsciiRun(output, font, ascii, units.data(), units.size(), &taken);
   }
   std::string text() const {
-    return output.data == nullptr ? std::string() : std::string(output.data, output.length);
+    return output.data() == nullptr ? std::string() : std::string(output.data(), output.length());
   }
 
   TrackedBuffer<char> output;
@@ -92,7 +92,7 @@ TEST(WriteRtfAsciiRun, NullArgumentsFail) {
   uint64_t taken = 77777;
   EXPECT_EQ(WriteRtfAsciiRun(output, font, 0, nullptr, 1, &taken), -814);
   EXPECT_EQ(WriteRtfAsciiRun(output, font, 0, u"a", 1, nullptr), -814);
-  EXPECT_EQ(output.length, 0u);
+  EXPECT_EQ(output.length(), 0u);
 }
 
 TEST(WriteRtfAsciiRun, AFailedConversionIsReported) {
@@ -140,10 +140,10 @@ TEST(WriteRtfAsciiRun, AnOutputThatCannotGrowIsReported) {
     uint64_t taken = 0;
     // One scratch block stands in front of the growth unless the font does not fit.
     PlainKernelFailAt(PlainKernelFaultMemory, room == 0 ? 1 : 2);
-    output.lastError = 0;
+    output.setLastError(0);
     EXPECT_EQ(WriteRtfAsciiRun(output, font, 3, u"ab{", 3, &taken), -1) << room;
-    EXPECT_EQ(output.lastError, -1) << room;
-    EXPECT_EQ(output.length, room) << room;
+    EXPECT_EQ(output.lastError(), -1) << room;
+    EXPECT_EQ(output.length(), room) << room;
   }
 }
 

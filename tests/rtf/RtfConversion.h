@@ -25,9 +25,10 @@ inline std::string Repeat(std::string_view text, size_t count) {
 // A text whose block ends where it does, so that a step outside is noticed.
 inline SizedBytes BytesOf(std::string_view bytes) {
   SizedBytes text;
-  text.data = AllocateBlock<char>(bytes.size(), TARN_HERE).take();
-  text.length = bytes.size();
-  if (text.data != nullptr && !bytes.empty()) std::memcpy(text.data, bytes.data(), bytes.size());
+  text.setData(AllocateBlock<char>(bytes.size(), TARN_HERE).take());
+  text.setLength(bytes.size());
+  if (text.data() != nullptr && !bytes.empty())
+    std::memcpy(text.data(), bytes.data(), bytes.size());
   return text;
 }
 
@@ -38,16 +39,16 @@ struct Converted {
 
 inline Converted ConvertRtf(std::string_view rtf) {
   SizedBytes text = BytesOf(rtf);
-  const char* const before = text.data;
+  const char* const before = text.data();
   Converted converted;
   converted.status = RtfToHtml(text);
-  converted.bytes = std::string(text.bytes());
+  converted.bytes = std::string(text.view());
   if (converted.status == 1) {
     EXPECT_TRUE(converted.bytes.ends_with('\0'));
-    EXPECT_LE(text.length, 2 * rtf.size() + 1);
+    EXPECT_LE(text.length(), 2 * rtf.size() + 1);
   } else {
-    EXPECT_EQ(text.data, before);
-    EXPECT_EQ(text.bytes(), rtf);
+    EXPECT_EQ(text.data(), before);
+    EXPECT_EQ(text.view(), rtf);
   }
   return converted;
 }

@@ -378,23 +378,23 @@ TEST(AddRtfFont, ARefusedBudgetKeepsTheText) {
   // Text without room for more, at the size from which the host is asked.
   const std::string filler(8'000'100, ' ');
   ASSERT_EQ(table.tableText.append(filler.data(), filler.size()), 1);
-  const uint64_t full = table.tableText.capacity;
+  const uint64_t full = table.tableText.capacity();
   ASSERT_NE(table.tableText.reserve(full), nullptr);
-  table.tableText.length = full;
-  table.tableText.data[full - 1] = '}';
-  PlainKernelSetMemoryBudget(table.tableText.meter.current + 10);
+  table.tableText.setLength(full);
+  table.tableText.data()[full - 1] = '}';
+  PlainKernelSetMemoryBudget(table.tableText.meter().current + 10);
   EXPECT_EQ(Add(table, "Arial", "swiss", 1252, 0), -1);
-  ASSERT_NE(table.tableText.data, nullptr);
-  EXPECT_EQ(table.tableText.length, full);
+  ASSERT_NE(table.tableText.data(), nullptr);
+  EXPECT_EQ(table.tableText.length(), full);
   EXPECT_EQ(TableText(table).substr(0, 20), "\\fonttbl{\\f3 A;}}   ");
-  EXPECT_EQ(table.tableText.meter.current, full);
+  EXPECT_EQ(table.tableText.meter().current, full);
   EXPECT_EQ(Show(table), "3:0:0:A");
   PlainKernelSetMemoryBudget(UINT64_MAX);
   PlainKernelFailAt(PlainKernelFaultMemory, 3);
   EXPECT_EQ(Add(table, "Arial", "swiss", 1252, 0), -1);
-  EXPECT_EQ(table.tableText.meter.current, full);
+  EXPECT_EQ(table.tableText.meter().current, full);
   EXPECT_EQ(Add(table, "Arial", "swiss", 1252, 0), 4);
-  EXPECT_EQ(table.tableText.length, full + 29);
+  EXPECT_EQ(table.tableText.length(), full + 29);
   EXPECT_EQ(TableText(table).substr(full - 1), "{\\f4 \\swiss \\fcharset0 Arial}}");
 }
 

@@ -25,9 +25,9 @@ inline std::string Show(const RtfFontTable& table) {
 }
 
 inline std::string TableText(const RtfFontTable& table) {
-  return table.tableText.data == nullptr
+  return table.tableText.data() == nullptr
              ? std::string()
-             : std::string(table.tableText.data, table.tableText.length);
+             : std::string(table.tableText.data(), table.tableText.length());
 }
 
 // Parses a text that ends where its heap block does, so that a step outside is noticed.

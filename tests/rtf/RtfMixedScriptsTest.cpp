@@ -43,7 +43,7 @@ Cost WritePeriods(uint32_t periods) {
     PlainKernelUsage(&usage);
     cost.allocations = usage.allocationCalls - cost.allocations;
   });
-  cost.output.assign(output.data, output.length);
+  cost.output.assign(output.data(), output.length());
   cost.coverageWork = table.coverageWork;
   cost.fontSteps = table.fontSteps;
   return cost;

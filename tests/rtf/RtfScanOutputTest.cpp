@@ -120,7 +120,7 @@ TEST(RtfScanOutput, AConversionWithMoreUnitsThanBytesHasRoom) {
   EXPECT_EQ(output.length(), 8010U);
   SizedBytes text;
   EXPECT_TRUE(output.finish(text));
-  EXPECT_EQ(text.length, 8011U);
+  EXPECT_EQ(text.length(), 8011U);
 }
 
 // The text may then be longer than the capacity, and a step has its room all the same.
@@ -144,13 +144,13 @@ TEST(RtfScanOutput, AStepBehindAConversionWithMoreUnitsThanBytesHasRoom) {
 TEST(RtfScanOutput, ATextGetsOneNul) {
   SizedBytes text;
   EXPECT_TRUE(Output(3).finish(text));
-  EXPECT_EQ(text.bytes(), std::string_view("...\0", 4));
+  EXPECT_EQ(text.view(), std::string_view("...\0", 4));
   EXPECT_TRUE(Output().finish(text));
-  EXPECT_EQ(text.bytes(), std::string_view("\0", 1));
+  EXPECT_EQ(text.view(), std::string_view("\0", 1));
   Output terminated(3);
   terminated.put('\0');
   EXPECT_TRUE(terminated.finish(text));
-  EXPECT_EQ(text.bytes(), std::string_view("...\0", 4));
+  EXPECT_EQ(text.view(), std::string_view("...\0", 4));
 }
 
 TEST(RtfScanOutput, TheSlackIsGivenBack) {

@@ -35,7 +35,7 @@ uint64_t AllocationCalls() {
 }
 
 std::string Written(const TrackedBuffer<char>& output) {
-  return output.data == nullptr ? std::string() : std::string(output.data, output.length);
+  return output.data() == nullptr ? std::string() : std::string(output.data(), output.length());
 }
 
 // A text that ends where its heap block does, so that a step outside is noticed; never null.

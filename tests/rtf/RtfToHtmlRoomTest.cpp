@@ -126,7 +126,7 @@ TEST(RtfRoom, TheBlockDoublesOnlyUpToTwiceTheText) {
   while (rtf.size() < 2500000) rtf += "\\'80.";
   SizedBytes text = BytesOf(rtf);
   const uint64_t peak = PeakOf([&] { EXPECT_EQ(RtfToHtml(text), 1); });
-  EXPECT_GT(text.length, 4300000u);
+  EXPECT_GT(text.length(), 4300000u);
   EXPECT_LT(peak, 2 * rtf.size() + 10000);
 }
 
@@ -136,7 +136,7 @@ TEST(RtfRoom, TheBlockHoldsTwiceTheTextWithoutDoublingAgain) {
   while (rtf.size() < 500000) rtf += Repeat("\\'80", 512) + '.';
   SizedBytes text = BytesOf(rtf);
   const uint64_t peak = PeakOf([&] { EXPECT_EQ(RtfToHtml(text), 1); });
-  EXPECT_GT(text.length, 2 * rtf.size() - 1000);
+  EXPECT_GT(text.length(), 2 * rtf.size() - 1000);
   EXPECT_LT(peak, 2 * rtf.size() + 10000);
 }
 
@@ -171,7 +171,7 @@ TEST(RtfFailures, EveryAllocation) {
   uint64_t whole = 0;
   const auto round = [&](test::FaultedWork& faulted) {
     SizedBytes text = BytesOf(kRichMail);
-    const char* const block = text.data;
+    const char* const block = text.data();
     const int32_t status = faulted([&] { return RtfToHtml(text); });
     if (!faulted.isReached()) {
       ASSERT_EQ(status, 1);
@@ -182,8 +182,8 @@ TEST(RtfFailures, EveryAllocation) {
       whole += text.text() == kRichHtml ? 1 : 0;
     } else {
       ASSERT_EQ(status, -1);
-      ASSERT_EQ(text.data, block);
-      ASSERT_EQ(text.bytes(), kRichMail);
+      ASSERT_EQ(text.data(), block);
+      ASSERT_EQ(text.view(), kRichMail);
     }
   };
   EXPECT_GT(test::SweepFaults(PlainKernelFaultMemory, round), 8U);

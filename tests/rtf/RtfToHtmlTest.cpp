@@ -43,8 +43,8 @@ TEST(RtfToHtml, WithoutATagNothingRemains) {
 TEST(RtfToHtml, AnAbsentTextIsAnEmptyOne) {
   SizedBytes text;
   EXPECT_EQ(RtfToHtml(text), 1);
-  ASSERT_EQ(text.length, 1U);
-  EXPECT_EQ(text.data[0], '\0');
+  ASSERT_EQ(text.length(), 1U);
+  EXPECT_EQ(text.data()[0], '\0');
 }
 
 TEST(RtfToHtml, ATextEndsWithOneNul) {

@@ -11,15 +11,6 @@ namespace tarn {
 int32_t WalkAttachments(const char16_t* path, const AttachmentOptions* options,
                         const AttachmentRequest& request, int32_t& readerFormat);
 
-// Gives back what a block holds beyond `used` elements when that is more than 32 bytes; the block
-// stays as it is when it cannot be resized.
-template <typename T>
-T* ShrinkToFit(T* block, uint64_t used, uint64_t capacity) {
-  if ((capacity - used) * sizeof(T) <= 32) return block;
-  auto* const smaller = static_cast<T*>(KernelRealloc(block, used * sizeof(T), TARN_HERE));
-  return smaller != nullptr ? smaller : block;
-}
-
 }  // namespace tarn
 
 #endif

@@ -10,7 +10,7 @@ int32_t WriteToFile(const char16_t* path, const TrackedBuffer<char>& data) {
   const FileGuard file(FileGuard::Write,
                        KernelFileOpen(path, KERNEL_OPEN_CREATE, KERNEL_OPEN_MODE));
   if (!file.isOpen()) return KernelMapLastError(StatusCreateFailed);
-  if (KernelFileWriteLarge(file.handle(), data.data, data.length) != data.length) {
+  if (KernelFileWriteLarge(file.handle(), data.data(), data.length()) != data.length()) {
     return KernelMapLastError(StatusWriteFailed);
   }
   return StatusOk;
@@ -24,9 +24,9 @@ int32_t DeliverAttachment(void* context, TrackedBuffer<char>* data, const char16
   if (host == nullptr) return StatusNullArgument;
   if (host->outputPath != nullptr) return WriteToFile(host->outputPath, *data);
 
-  data->data = ShrinkToFit(data->data, data->length, data->capacity);
-  host->size = data->length;
-  host->data = data->take();
+  data->shrinkToFit();
+  host->size = data->length();
+  host->data = data->take().take();
   return StatusDone;
 }
 

@@ -18,15 +18,15 @@ int32_t GetAttachmentInfo(GetAttachmentInfoContext* context) {
 
   auto block = AllocateZeroBlock<AttachmentInfoBlock>(1, TARN_HERE);
   if (!block) {
-    for (uint64_t i = 0; i < items.length; ++i) ReleaseItem(items.data[i]);
+    for (uint64_t i = 0; i < items.length(); ++i) ReleaseItem(items.data()[i]);
     return StatusOutOfMemory;
   }
   block.get()->format = format;
   block.get()->itemSize = sizeof(AttachmentInfoItem);
-  block.get()->itemCount = items.length;
-  if (items.length != 0) {
-    items.data = ShrinkToFit(items.data, items.length, items.capacity);
-    block.get()->items = items.take();
+  block.get()->itemCount = items.length();
+  if (items.length() != 0) {
+    items.shrinkToFit();
+    block.get()->items = items.take().take();
   }
   for (uint64_t i = 0; i < block.get()->itemCount; ++i) {
     AttachmentInfoItem& item = block.get()->items[i];

@@ -26,17 +26,17 @@ bool CopyText(const char16_t* text, char16_t*& copy) {
   return true;
 }
 
-AttachmentProperty* FindProperty(const PropertyList& list, std::u16string_view name) {
-  for (uint64_t i = 0; i < list.length; ++i) {
-    if (name == list.data[i].name) return &list.data[i];
+AttachmentProperty* FindProperty(PropertyList& list, std::u16string_view name) {
+  for (AttachmentProperty& property : list.elements()) {
+    if (name == property.name) return &property;
   }
   return nullptr;
 }
 
 void RemoveProperty(PropertyList& list, AttachmentProperty* property) {
-  const auto index = static_cast<uint64_t>(property - list.data);
-  std::memmove(property, property + 1, (list.length - index - 1) * sizeof *property);
-  --list.length;
+  const auto index = static_cast<uint64_t>(property - list.data());
+  std::memmove(property, property + 1, (list.length() - index - 1) * sizeof *property);
+  list.setLength(list.length() - 1);
 }
 
 // Moves the properties that have a field of their own out of the list and into the item. False
@@ -67,11 +67,10 @@ bool TakeKnownProperties(PropertyList& list, AttachmentInfoItem& item) {
 
 // What remains of the list belongs to the item.
 void TakeRemainingProperties(PropertyList& list, AttachmentInfoItem& item) {
-  if (list.length == 0) return;
-  item.propertyCount = list.length;
-  item.properties = ShrinkToFit(list.data, list.length, list.capacity);
-  list.data = nullptr;
-  list.take();
+  if (list.length() == 0) return;
+  item.propertyCount = list.length();
+  list.shrinkToFit();
+  item.properties = list.take().take();
 }
 
 }  // namespace
@@ -91,9 +90,9 @@ int32_t AddAttachmentItem(void* list, TrackedBuffer<char>* data, const char16_t*
 
   ItemHolder holder;
   AttachmentInfoItem& item = holder.item;
-  item.number = items->length + 1;
+  item.number = items->length() + 1;
   if (name != nullptr && !CopyText(name, item.name)) return StatusOutOfMemory;
-  item.size = data->length;
+  item.size = data->length();
   if (properties != nullptr) {
     if (!TakeKnownProperties(*properties, item)) return StatusOutOfMemory;
     TakeRemainingProperties(*properties, item);

@@ -14,8 +14,8 @@ void DestroyFilterData(PstFilterData* record) {
 
   // By the path, not by the sibling's format: a sibling may have changed that, or refused.
   if (record->tempHtmlPath[0] != u'\0') KernelDeleteFile(record->tempHtmlPath);
-  for (uint64_t i = 0; i < record->inlineFiles.length; ++i) {
-    char* const path = std::exchange(record->inlineFiles.data[i], nullptr);
+  for (uint64_t i = 0; i < record->inlineFiles.length(); ++i) {
+    char* const path = std::exchange(record->inlineFiles.data()[i], nullptr);
     if (path == nullptr) continue;
     if (record->useTempFile == 1) KernelDeleteFileUtf8(path);
     KernelFree(path, TARN_HERE);
@@ -57,11 +57,13 @@ int32_t WriteDocumentToTemp(PstFilterData& record) {
   }
 
   TrackedBuffer<char>& document = record.document;
-  while (document.length != 0 && document.data[document.length - 1] == '\0') --document.length;
+  const size_t last = document.view().find_last_not_of('\0');
+  document.setLength(last == std::string_view::npos ? 0 : last + 1);
 
   const FileGuard file(FileGuard::Raw, KernelRawFileCreate(record.tempHtmlPath, 0));
   if (!file.isOpen()) return KernelMapLastError(StatusCreateFailed);
-  if (KernelRawFileWrite(file.handle(), document.data, document.length, 0) != document.length) {
+  if (KernelRawFileWrite(file.handle(), document.data(), document.length(), 0) !=
+      document.length()) {
     return KernelMapLastError(StatusWriteFailed);
   }
   return StatusOk;

@@ -108,8 +108,8 @@ int32_t InfoCall::askSibling() {
   if (byFile && context_.infoByName != nullptr) {
     result = context_.infoByName(record_->tempHtmlPath, &info, sizeof info, mode, &options);
   } else if (!byFile && context_.infoFromMemory != nullptr) {
-    result = context_.infoFromMemory(record_->document.data, &info, sizeof info,
-                                     record_->document.length, mode, &options);
+    result = context_.infoFromMemory(record_->document.data(), &info, sizeof info,
+                                     record_->document.length(), mode, &options);
   }
   if (result != StatusOk) {
     context_.siblingResult = result;

@@ -73,13 +73,13 @@ int32_t CallFromMemory(const FilterLoadContext& context, PstFilterData& record,
   const TrackedBuffer<char>& document = record.document;
   if (TargetIsDirect(context.target)) {
     if (context.targetFromMemory == nullptr) return StatusFailed;
-    return context.targetFromMemory(document.data, context.opaque, document.length, &options,
+    return context.targetFromMemory(document.data(), context.opaque, document.length(), &options,
                                     &info);
   }
   if (context.loadFromMemory == nullptr) return StatusFailed;
-  return context.loadFromMemory(document.data, context.bitmap, kBitmapBytes, kDepth, kChannelOrder,
-                                kLoadFlag, context.callback, context.userValue, document.length,
-                                &options, &info);
+  return context.loadFromMemory(document.data(), context.bitmap, kBitmapBytes, kDepth,
+                                kChannelOrder, kLoadFlag, context.callback, context.userValue,
+                                document.length(), &options, &info);
 }
 
 }  // namespace

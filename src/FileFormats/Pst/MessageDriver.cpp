@@ -13,28 +13,24 @@ namespace {
 
 // The body's block becomes the document's, without a copy.
 void MoveBodyIntoDocument(SizedBytes& body, TrackedBuffer<char>& document) {
-  document.release();
-  document.length = body.length;
-  document.capacity = body.length;
-  document.data = std::exchange(body.data, nullptr);
-  body.length = 0;
+  const uint64_t length = body.length();
+  document.adopt(body.take(), length, length);
 }
 
 int32_t MakeEmlDocument(EmlMessage& message, PstFilterData& data, uint32_t& kind) {
   const int32_t rendered = RenderEmlMessage(message);
   if (rendered != StatusOk) return rendered;
-  const int32_t scrubbed = ScrubHtmlBody(message.body.data, message.body.length);
+  const int32_t scrubbed = ScrubHtmlBody(message.body.data(), message.body.length());
   if (scrubbed != StatusOk) return scrubbed;
 
   MoveBodyIntoDocument(message.body, data.document);
   data.inlineCount = message.inlineCount;
   data.attachmentCount = message.attachmentCount;
-  const int32_t declared = EnsureHtmlCharsetMeta(data.document.data, data.document.length);
+  const int32_t declared = EnsureHtmlCharsetMeta(data.document);
   if (declared != StatusOk) {
     data.document.release();
     return declared;
   }
-  data.document.capacity = data.document.length;
   kind = message.documentKind;
   return StatusOk;
 }
@@ -45,7 +41,7 @@ int32_t ReadEmlDocument(PstFilterData& data, uint32_t& kind, uint64_t handle,
   EmlMessage message;
   const int32_t read = ReadEmlMessage(message, handle, data, request);
   if (read != StatusOk) return read;
-  if (message.body.data == nullptr) return StatusNotSupported;
+  if (message.body.data() == nullptr) return StatusNotSupported;
   message.releaseFile();
   if (request == nullptr) {
     const int32_t made = MakeEmlDocument(message, data, kind);

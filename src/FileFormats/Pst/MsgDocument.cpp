@@ -16,16 +16,14 @@ constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 // Moves a text's block into the document, whose length stays 0, and makes room for `count` bytes:
 // a large text is not there twice. -1 without memory or budget, and then it is gone.
 int32_t MoveIntoDocument(SizedBytes& text, uint64_t count, TrackedBuffer<char>& document) {
-  document.release();
-  document.data = std::exchange(text.data, nullptr);
-  text.length = 0;
+  document.adopt(text.take(), 0, 0);
   if (document.reserve(count) != nullptr) return StatusOk;
   document.release();
   return StatusOutOfMemory;
 }
 
 int32_t MakeBodyDocument(MailMessage& message, uint32_t& kind, TrackedBuffer<char>& document) {
-  const bool rtf = message.body.bytes().starts_with("{\\rtf");
+  const bool rtf = message.body.view().starts_with("{\\rtf");
   kind = rtf ? DocumentRtf : DocumentHtml;
   if (RenderMailMessage(&message, kind) != StatusOk) return StatusOutOfMemory;
 
@@ -35,13 +33,13 @@ int32_t MakeBodyDocument(MailMessage& message, uint32_t& kind, TrackedBuffer<cha
   const uint64_t size = bodySize + (wrapped ? kHtmlOpen.size() + kHtmlClose.size() : 0);
   const int32_t moved = MoveIntoDocument(message.body, size + 1, document);
   if (moved != StatusOk) return moved;
-  document.length = size;
+  document.setLength(size);
   if (wrapped) {
-    std::memmove(document.data + kHtmlOpen.size(), document.data, bodySize);
-    PutBytes(document.data, kHtmlOpen);
-    PutBytes(document.data + kHtmlOpen.size() + bodySize, kHtmlClose);
+    std::memmove(document.data() + kHtmlOpen.size(), document.data(), bodySize);
+    PutBytes(document.data(), kHtmlOpen);
+    PutBytes(document.data() + kHtmlOpen.size() + bodySize, kHtmlClose);
   }
-  document.data[size] = '\0';
+  document.data()[size] = '\0';
   return StatusOk;
 }
 
@@ -49,17 +47,17 @@ int32_t MakeBodyDocument(MailMessage& message, uint32_t& kind, TrackedBuffer<cha
 // always got these documents so.
 int32_t MakeTextDocument(MailMessage& message, uint32_t& kind, TrackedBuffer<char>& document) {
   kind = DocumentText;
-  if (message.text.data == nullptr) return StatusNotSupported;
+  if (message.text.data() == nullptr) return StatusNotSupported;
   if (RenderMailMessage(&message, DocumentText) != StatusOk) return StatusOutOfMemory;
-  if (message.text.data == nullptr) return StatusOk;
+  if (message.text.data() == nullptr) return StatusOk;
 
   const uint64_t size = message.text.text().size();
   const int32_t moved = MoveIntoDocument(message.text, size + 1 + kUtf8Mark.size(), document);
   if (moved != StatusOk) return moved;
-  document.length = size + 1;
-  std::memmove(document.data + kUtf8Mark.size(), document.data, size);
-  PutBytes(document.data, kUtf8Mark);
-  document.data[kUtf8Mark.size() + size] = '\0';
+  document.setLength(size + 1);
+  std::memmove(document.data() + kUtf8Mark.size(), document.data(), size);
+  PutBytes(document.data(), kUtf8Mark);
+  document.data()[kUtf8Mark.size() + size] = '\0';
   return StatusOk;
 }
 
@@ -71,21 +69,18 @@ int32_t MakeDocument(const char16_t* path, PstFilterData& data, uint32_t& kind, 
   if (read != StatusOk) return read;
   inlineStatus = message.inlineStatus;
   // A body without bytes is none.
-  const bool hasBody = message.body.data != nullptr && message.body.length != 0;
+  const bool hasBody = message.body.data() != nullptr && message.body.length() != 0;
   return !textOnly && hasBody ? MakeBodyDocument(message, kind, data.document)
                               : MakeTextDocument(message, kind, data.document);
 }
 
 // For a while the document is there twice; the message is not any more.
 int32_t DeclareCharset(TrackedBuffer<char>& document) {
-  const uint64_t size = document.length;
-  if (EnsureHtmlCharsetMeta(document.data, document.length) != StatusOk) {
+  if (EnsureHtmlCharsetMeta(document) != StatusOk) {
     document.release();
     return StatusOutOfMemory;
   }
-  // A new document has room for the NUL, and for one more.
-  if (document.length != size) document.capacity = document.length + 1;
-  document.data[document.length] = '\0';
+  document.data()[document.length()] = '\0';
   return StatusOk;
 }
 

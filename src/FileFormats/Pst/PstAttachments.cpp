@@ -34,9 +34,9 @@ int32_t ReadData(const pststore::property_bag& properties, TrackedBuffer<char>& 
   if (properties.get_value_4(PR_ATTACH_METHOD) == kEmbeddedMessage) OpenEmbeddedMessage(properties);
   pststore::prop_stream stream(OpenOnce(properties, PR_ATTACH_DATA));
   const uint64_t size = SizeByEnd(stream);
-  if (data.reserve(size) == nullptr) return data.lastError;
-  ReadFromStart(stream, data.data, size);
-  data.length = size;
+  if (data.reserve(size) == nullptr) return data.lastError();
+  ReadFromStart(stream, data.data(), size);
+  data.setLength(size);
   return StatusOk;
 }
 

@@ -25,21 +25,21 @@ class ListGuard {
 };
 
 int32_t MakeBodyDocument(MailMessage& record, uint32_t kind, TrackedBuffer<char>& document) {
-  if (record.body.data == nullptr) return StatusNotSupported;
+  if (record.body.data() == nullptr) return StatusNotSupported;
   if (RenderMailMessage(&record, kind) != StatusOk) return StatusOutOfMemory;
 
   const std::string_view body = record.body.text();
   const bool wrapped = kind == DocumentHtml;
-  document.length = body.size();
+  document.setLength(body.size());
   if (document.reserve(body.size() + (wrapped ? kHtmlOpen.size() + kHtmlClose.size() : 0)) ==
       nullptr) {
     return StatusOutOfMemory;
   }
-  char* out = document.data;
+  char* out = document.data();
   if (wrapped) out = PutBytes(out, kHtmlOpen);
   out = PutBytes(out, body);
   if (wrapped) out = PutBytes(out, kHtmlClose);
-  document.length = static_cast<uint64_t>(out - document.data);
+  document.setLength(static_cast<uint64_t>(out - document.data()));
   return StatusOk;
 }
 
@@ -47,13 +47,13 @@ int32_t MakeBodyDocument(MailMessage& record, uint32_t kind, TrackedBuffer<char>
 // part of the length, so that the last two bytes of the text fall outside: hosts have always got
 // these documents so.
 int32_t MakeTextDocument(MailMessage& record, TrackedBuffer<char>& document) {
-  if (record.text.data == nullptr) return StatusNotSupported;
+  if (record.text.data() == nullptr) return StatusNotSupported;
   if (RenderMailMessage(&record, DocumentText) != StatusOk) return StatusOutOfMemory;
 
   const std::string_view text = record.text.text();
-  document.length = text.size();
+  document.setLength(text.size());
   if (document.reserve(text.size() + kUtf16Mark.size()) == nullptr) return StatusOutOfMemory;
-  PutBytes(PutBytes(document.data, kUtf16Mark), text);
+  PutBytes(PutBytes(document.data(), kUtf16Mark), text);
   return StatusOk;
 }
 

@@ -85,7 +85,7 @@ int32_t InlinePass::readNames(const pststore::attachment& attachment) {
 
 // Whether the image may be read, and written to its file, and the body rewritten.
 bool InlinePass::takeImage(uint64_t size) {
-  budget_.spend(context_.body->length);
+  budget_.spend(context_.body->length());
   const bool isWritten = context_.filterData->useTempFile == 1;
   return !budget_.isSpent() && TakeFrom(reading_.imageBytesLeft, size) &&
          (!isWritten || TakeFrom(reading_.imageBytesLeft, size));
@@ -96,7 +96,7 @@ int32_t InlinePass::place(const pststore::attachment& attachment) {
   const uint64_t size = SizeByEnd(stream);
   int32_t status = readNames(attachment);
   if (status != StatusOk) return status;
-  if (context_.body->length == 0 || (plainName_.isEmpty() && cidName_.isEmpty())) return StatusOk;
+  if (context_.body->length() == 0 || (plainName_.isEmpty() && cidName_.isEmpty())) return StatusOk;
 
   context_.contentId = cidName_.get();
   context_.name = plainName_.get();

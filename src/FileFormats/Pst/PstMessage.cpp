@@ -31,14 +31,14 @@ void StoreField(SizedBytes& field, const pststore::wstring& text) {
     return;
   }
   const uint64_t room = 4 * static_cast<uint64_t>(text.size());
-  if (field.data == nullptr || field.length < room) {
-    void* const block = KernelRealloc(field.data, room, TARN_HERE);
+  if (field.data() == nullptr || field.length() < room) {
+    void* const block = KernelRealloc(field.data(), room, TARN_HERE);
     if (block == nullptr) return;
-    field.data = static_cast<char*>(block);
+    field.setData(static_cast<char*>(block));
   }
   const int64_t written = KernelWideToUtf8(text.data(), static_cast<int64_t>(text.size()),
-                                           field.data, static_cast<int64_t>(room));
-  if (written > 0) field.length = static_cast<uint64_t>(written);
+                                           field.data(), static_cast<int64_t>(room));
+  if (written > 0) field.setLength(static_cast<uint64_t>(written));
 }
 
 int32_t ReadHeaderFields(const pststore::property_bag& properties, const pststore::wstring& subject,
@@ -95,8 +95,8 @@ int32_t MessageRead::run() {
   if (status != StatusOk) return status;
   if (IsWithoutNumber(subject)) return StatusDone;
 
-  record_.body.length = 0;
-  record_.text.length = 0;
+  record_.body.setLength(0);
+  record_.text.setLength(0);
   if (reading_.request != nullptr) {
     return EnumeratePstAttachments(source_, *reading_.request, reading_.fileSize);
   }
@@ -117,8 +117,8 @@ int32_t MessageRead::readPlainBody() {
   if (!block) return StatusOutOfMemory;
   ReadFromStart(stream, block.get(), size);
   record_.text.release();
-  record_.text.data = block.take();
-  record_.text.length = size;
+  record_.text.setData(block.take());
+  record_.text.setLength(size);
   return StatusOk;
 }
 
@@ -129,13 +129,13 @@ int32_t MessageRead::readHtmlBody() {
   const uint64_t size = SizeByEnd(stream);
   if (!TakeFrom(reading_.textLeft, size)) return StatusOutOfMemory;
   SizedBytes& body = record_.body;
-  if (body.data == nullptr || body.length < size) {
-    void* const block = KernelRealloc(body.data, size, TARN_HERE);
+  if (body.data() == nullptr || body.length() < size) {
+    void* const block = KernelRealloc(body.data(), size, TARN_HERE);
     if (block == nullptr) return StatusOutOfMemory;
-    body.data = static_cast<char*>(block);
+    body.setData(static_cast<char*>(block));
   }
-  ReadFromStart(stream, body.data, size);
-  body.length = size;
+  ReadFromStart(stream, body.data(), size);
+  body.setLength(size);
 
   const uint32_t attachments = pststore::get_attachment_count(source_);
   if (attachments == 0) return StatusOk;
@@ -150,7 +150,7 @@ int32_t MessageRead::readRtfBody() {
   if (!TakeFrom(reading_.textLeft, SizeByEnd(stream))) return StatusOutOfMemory;
   const int32_t status = DecodePstCompressedRtf(stream, list_, 0);
   if (status != StatusOk) return status;
-  return TakeFrom(reading_.textLeft, record_.body.length) ? StatusOk : StatusOutOfMemory;
+  return TakeFrom(reading_.textLeft, record_.body.length()) ? StatusOk : StatusOutOfMemory;
 }
 
 }  // namespace

@@ -47,8 +47,8 @@ class ImageDirectory : public FileRoute {
   void ExpectRefused(int32_t result) {
     EXPECT_EQ(result, -1490);
     EXPECT_EQ(record_.tempDirectory[0], u'\0');
-    EXPECT_EQ(record_.inlineFiles.length, 0U);
-    EXPECT_EQ(body_.bytes(), "<img src=\"cid:a.png\">");
+    EXPECT_EQ(record_.inlineFiles.length(), 0U);
+    EXPECT_EQ(body_.view(), "<img src=\"cid:a.png\">");
   }
 
   static void MakeWithMode(const std::filesystem::path& path, mode_t mode) {

@@ -11,7 +11,7 @@ TEST_F(FileRoute, LineEndsInFrontOfAColonStay) {
   context_.contentId = nullptr;
   context_.name = "x\r:y\nz.png";
   EXPECT_EQ(rewrite(kImage), 1);
-  EXPECT_EQ(body_.bytes(), "<img src=\"x\r:y_z.png\">");
+  EXPECT_EQ(body_.view(), "<img src=\"x\r:y_z.png\">");
   EXPECT_EQ(files(), "x\r:y_z.png");
   EXPECT_EQ(content("x\r:y_z.png"), kImage);
 }
@@ -26,8 +26,8 @@ TEST_F(FileRoute, LineEndsInFrontOfASeparatorStay) {
   EXPECT_EQ(rewrite(kImage), 1);
   EXPECT_EQ(test::ReadWholeFile(sub / "c_d"), kImage);
   // Without a "\" in the path all of it is the name.
-  EXPECT_EQ(body_.bytes(), "<img src=\"" + temp_.path().string() + "/own/x\ny/c_d\">");
-  KernelDeleteFileUtf8(record_.inlineFiles.data[0]);
+  EXPECT_EQ(body_.view(), "<img src=\"" + temp_.path().string() + "/own/x\ny/c_d\">");
+  KernelDeleteFileUtf8(record_.inlineFiles.data()[0]);
   std::filesystem::remove(sub);
 }
 
@@ -38,8 +38,8 @@ TEST_F(FileRoute, NoColonSeparatesTheReplacement) {
   context_.contentId = nullptr;
   context_.name = "x\\a:b\n.png";
   EXPECT_EQ(rewrite(kImage), 1);
-  EXPECT_EQ(body_.bytes(), "<img src=\"a:b_.png\">");
-  KernelDeleteFileUtf8(record_.inlineFiles.data[0]);
+  EXPECT_EQ(body_.view(), "<img src=\"a:b_.png\">");
+  KernelDeleteFileUtf8(record_.inlineFiles.data()[0]);
   std::filesystem::remove(temp_.path() / "own" / "x");
 }
 
