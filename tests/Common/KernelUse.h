@@ -2,7 +2,6 @@
 #ifndef TARN_TESTS_COMMON_KERNELUSE_H
 #define TARN_TESTS_COMMON_KERNELUSE_H
 
-#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -17,11 +16,9 @@ inline uint64_t Allocations() { return Usage().allocationCalls; }
 
 // A block of exactly these bytes, so that reading or writing past them is found out.
 inline SizedBytes Bytes(std::string_view bytes) {
-  SizedBytes text;
-  text.setData(static_cast<char*>(KernelAlloc(bytes.size(), 1, TARN_HERE)));
-  std::memcpy(text.data(), bytes.data(), bytes.size());
-  text.setLength(bytes.size());
-  return text;
+  KernelBlock<char> block = AllocateBlock<char>(bytes.size(), TARN_HERE);
+  bytes.copy(block.get(), bytes.size());
+  return {std::move(block), bytes.size()};
 }
 
 // Bytes that hold NULs, from a literal.

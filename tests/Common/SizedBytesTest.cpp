@@ -25,11 +25,59 @@ TEST(SizedBytes, EmptyIsAbsentOrWithoutLengthOrOneNul) {
   EXPECT_FALSE(Bytes("a").isEmptyText());
 }
 
-TEST(SizedBytes, ALengthWithoutABlockIsNoText) {
-  SizedBytes broken;
-  broken.setLength(5);
-  EXPECT_EQ(broken.view(), "");
-  EXPECT_TRUE(broken.isEmptyText());
+TEST(SizedBytes, WithoutABlockItHasNoLength) {
+  SizedBytes text(KernelBlock<char>(), 5);
+  EXPECT_FALSE(text.hasBlock());
+  EXPECT_EQ(text.length(), 0u);
+  text.adopt({}, 5);
+  EXPECT_EQ(text.view(), "");
+  EXPECT_TRUE(text.isEmptyText());
+}
+
+TEST(SizedBytes, TellsWhetherItsLengthCountsANul) {
+  EXPECT_TRUE(Bytes(Raw("ab\0")).countsNul());
+  EXPECT_FALSE(Bytes("ab").countsNul());
+  EXPECT_FALSE(SizedBytes().countsNul());
+}
+
+TEST(SizedBytes, AdoptReplacesTheBlock) {
+  const uint64_t before = test::Usage().liveBlocks;
+  {
+    SizedBytes text = Bytes("old");
+    KernelBlock<char> block = AllocateBlock<char>(4, TARN_HERE);
+    std::memcpy(block.get(), "new!", 4);
+    text.adopt(std::move(block), 3);
+    EXPECT_EQ(text.view(), "new");
+    EXPECT_EQ(test::Usage().liveBlocks, before + 1);
+    const KernelBlock<char> taken = text.take();
+    EXPECT_TRUE(taken);
+    EXPECT_FALSE(text.hasBlock());
+    EXPECT_EQ(text.length(), 0u);
+  }
+  EXPECT_EQ(test::Usage().liveBlocks, before);
+}
+
+TEST(SizedBytes, ClearAndTruncateKeepTheBlock) {
+  SizedBytes text = Bytes("abc");
+  const char* const block = text.data();
+  text.truncate(2);
+  EXPECT_EQ(text.view(), "ab");
+  text.clear();
+  EXPECT_EQ(text.view(), "");
+  EXPECT_EQ(text.data(), block);
+}
+
+TEST(SizedBytes, OverwriteKeepsWhatTheTextHadAndCountsWhatItsWriterSays) {
+  SizedBytes text = Bytes("abc");
+  EXPECT_TRUE(text.overwrite(6, [](char* block) {
+    EXPECT_EQ(std::string_view(block, 3), "abc");
+    std::memcpy(block + 3, "de", 2);
+    return uint64_t{5};
+  }));
+  EXPECT_EQ(text.view(), "abcde");
+  PlainKernelFailAt(PlainKernelFaultMemory, 1);
+  EXPECT_FALSE(text.overwrite(100, [](char*) { return uint64_t{0}; }));
+  EXPECT_EQ(text.view(), "abcde");
 }
 
 TEST(SizedBytes, MovesPassTheBlockOn) {
