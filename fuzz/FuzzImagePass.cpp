@@ -59,17 +59,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (isUrl) replacement = "data:image;base64,QUJDimagedatacid=";
     uint64_t place = 0;
     Require(pass.find(needle, place) == 1);
-    const char* const found = tarn::FindBytes(apart.data(), apart.data() + apart.length(), needle);
-    Require((found != nullptr) == (place != tarn::kNoPlace));
-    if (found == nullptr) continue;
+    const uint64_t found = tarn::FindBytes(apart.view(), needle);
+    Require((found != std::string_view::npos) == (place != tarn::kNoPlace));
+    if (found == std::string_view::npos) continue;
     uint64_t count = 0;
     uint64_t expected = 0;
-    const int32_t status =
+    const tarn::Status status =
         pass.replace(place, needle, Bytes(replacement),
                      isUrl ? ImagePass::Kind::DataUrl : ImagePass::Kind::Name, count);
-    Require(status == tarn::ReplaceImageReferences(apart,
-                                                   static_cast<uint64_t>(found - apart.data()),
-                                                   needle, replacement, kLimit, expected));
+    Require(status ==
+            tarn::ReplaceImageReferences(apart, {found, needle, replacement, kLimit}, expected));
     Require(count == expected);
   }
   Require(pass.finish() == 1);

@@ -129,6 +129,10 @@ class SizedBytes {
 //   StatusOutOfMemory  the target is as it was
 Status AppendTerminated(SizedBytes& target, const char* source, uint64_t length = kNulTerminated);
 
+// Replaces `removed` bytes at `offset` by `count` new ones: SizedBytes::splice.
+Status SpliceBytes(SizedBytes& text, uint64_t offset, uint64_t removed, const char* bytes,
+                   uint64_t count);
+
 // The accounting part of a TrackedBuffer: the host hears of a buffer once it passes the threshold.
 struct MemoryMeter {
   uint64_t current = 0;  // bytes held now

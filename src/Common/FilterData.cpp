@@ -59,7 +59,7 @@ FilterDataList* SlotList(const FilterDataSlot* slot) {
   return SoundList(*slot);
 }
 
-int32_t FindFilterData(const FilterDataSlot* slot, uint32_t /*reserved*/, PstFilterData** out) {
+Status FindFilterData(const FilterDataSlot* slot, uint32_t /*reserved*/, PstFilterData** out) {
   if (slot == nullptr || slot->data == nullptr || out == nullptr) return StatusNullArgument;
   if (BeginsWith(slot->data, slot->dataSize, kFilterDataSignature)) {
     *out = static_cast<PstFilterData*>(slot->data);
@@ -77,7 +77,7 @@ int32_t FindFilterData(const FilterDataSlot* slot, uint32_t /*reserved*/, PstFil
   return StatusBadArgument;
 }
 
-int32_t EnsureFilterDataList(FilterDataSlot* slot, int32_t count) {
+Status EnsureFilterDataList(FilterDataSlot* slot, int32_t count) {
   if (slot == nullptr) return StatusNullArgument;
   int32_t capacity = slot->data == nullptr ? 0 : 1;
   FilterDataList* list = nullptr;
@@ -99,8 +99,8 @@ int32_t EnsureFilterDataList(FilterDataSlot* slot, int32_t count) {
   return StatusOk;
 }
 
-int32_t SetFilterDataEntry(FilterDataSlot* slot, int32_t index, void* data, uint64_t size,
-                           int32_t format) {
+Status SetFilterDataEntry(FilterDataSlot* slot, int32_t index, void* data, uint64_t size,
+                          int32_t format) {
   if (data == nullptr) return StatusOk;
   if (slot == nullptr) return StatusNullArgument;
   if (index < 0 || index == INT32_MAX) return StatusListIndex;
@@ -114,8 +114,8 @@ int32_t SetFilterDataEntry(FilterDataSlot* slot, int32_t index, void* data, uint
   }
   if (index == 0 && slot->data == data) return StatusOk;
 
-  const int32_t ensured = EnsureFilterDataList(slot, index + 1);
-  if (ensured != StatusOk) return ensured;
+  const Status ensured = EnsureFilterDataList(slot, index + 1);
+  if (!ensured.ok()) return ensured;
   // One item fills a slot of capacity 1, and no list is made for it.
   if (slot->dataFormat != FILTER_DATA_LIST_FORMAT) return StatusSlotConflict;
   auto* const list = static_cast<FilterDataList*>(slot->data);

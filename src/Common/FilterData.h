@@ -16,24 +16,32 @@
 
 namespace tarn {
 
-// The document record in the slot. 1; -814 for a null or empty slot or a null `out`; -13 for
-// anything that is neither a record nor a sound list with a record in it. `reserved` is 0. `out` is
-// set on success only.
-int32_t FindFilterData(const FilterDataSlot* slot, uint32_t reserved, PstFilterData** out);
+// The document record in the slot. `reserved` is 0. `out` is set on success only.
+//   StatusOk
+//   StatusNullArgument  a null or empty slot, or a null `out`
+//   StatusBadArgument   neither a record nor a sound list with a record in it
+Status FindFilterData(const FilterDataSlot* slot, uint32_t reserved, PstFilterData** out);
 
 // Sees that the slot has room for `count` entries; a single item moves to entry 0 of a new list. A
 // slot's room is 0 when it is empty, 1 with a single item (so no list is made for one entry), and a
 // list's is its count of entries in use. A new list starts with a count of 0, or 1 for the item
-// moved; until its maker raises the count to 2 it is not sound. 1; -13 for a malformed list; -814
-// for a null slot; -1 without memory, and then the slot is as it was.
-int32_t EnsureFilterDataList(FilterDataSlot* slot, int32_t count);
+// moved; until its maker raises the count to 2 it is not sound.
+//   StatusOk
+//   StatusNullArgument  a null slot
+//   StatusBadArgument   a malformed list
+//   StatusOutOfMemory   the slot is as it was
+Status EnsureFilterDataList(FilterDataSlot* slot, int32_t count);
 
 // Stores an item at `index`: an empty slot takes item 0 directly, all others go into the list, and
-// the list's count rises to index + 1 if lower. Null data: 1 and nothing happens. A format of -1 or
-// -2 means the slot's default. 1; -814 for a null slot; -1860 for an index that no list can have;
-// -1935 when another item is there; failures of EnsureFilterDataList.
-int32_t SetFilterDataEntry(FilterDataSlot* slot, int32_t index, void* data, uint64_t size,
-                           int32_t format);
+// the list's count rises to index + 1 if lower. A format of -1 or -2 means the slot's default. Null
+// data is no item: nothing happens.
+//   StatusOk
+//   StatusNullArgument  a null slot
+//   StatusListIndex     an index that no list can have
+//   StatusSlotConflict  another item is there
+//   a failure of EnsureFilterDataList
+Status SetFilterDataEntry(FilterDataSlot* slot, int32_t index, void* data, uint64_t size,
+                          int32_t format);
 
 // The slot's list when it is a sound one, else null. A record need not be in it.
 FilterDataList* SlotList(const FilterDataSlot* slot);

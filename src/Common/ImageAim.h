@@ -12,11 +12,11 @@ namespace tarn {
 // is its searchOffset, else both stay. Both texts are UTF-8 and terminated, outlive the
 // context's use of them, and are null when the image has none.
 //
-// 1, and `found` says whether there is a reference; -1 without memory for the text of the content
-// id, and once the budget is spent, to which every byte that a search passes over is charged. A
-// pass has the same budget.
-int32_t AimAtReference(InlineImageContext& context, SearchBudget& budget, const char* contentId,
-                       const char* name, bool& found);
+// Every byte that a search passes over is charged to the budget. A pass has the same one.
+//   StatusOk           `found` says whether there is a reference
+//   StatusOutOfMemory  without memory for the text of the content id, or once the budget is spent
+Status AimAtReference(InlineImageContext& context, SearchBudget& budget, const char* contentId,
+                      const char* name, bool& found);
 
 }  // namespace tarn
 

@@ -156,7 +156,7 @@ void ImagePass::Collector::add(uint64_t start, uint64_t quote) {
 }
 
 bool ImagePass::Collector::run(uint64_t at) {
-  const char* const base = pass_.base().data();
+  const std::string_view base = pass_.base().substr(0, end_);
   const uint64_t n = occurrences_.needle().size();
   for (;;) {
     const uint64_t place = nextOccurrence(at);
@@ -170,12 +170,12 @@ bool ImagePass::Collector::run(uint64_t at) {
       continue;
     }
 
-    const char* const quote = FindByte(base + place + n, base + end_, '"');
-    const auto close = static_cast<uint64_t>((quote != nullptr ? quote : base + end_) - base);
+    const uint64_t quote = FindByte(base, '"', place + n);
+    const uint64_t close = std::min(quote, end_);
     uint64_t start = place;
     while (start > at && base[start - 1] != '"') --start;
     cost_ += close - start;
-    if (quote == nullptr) return true;
+    if (quote == std::string_view::npos) return true;
     if (pass_.edits_.size() + edits_.size() >= pass_.limits_.edits) return false;
     add(start, close);
     if (tag == kNoPlace || tag < start) {
@@ -219,12 +219,12 @@ void ImagePass::prepare() {
   isReady_ = true;
 }
 
-int32_t ImagePass::find(std::string_view needle, uint64_t& place) {
+Status ImagePass::find(std::string_view needle, uint64_t& place) {
   place = kNoPlace;
   if (needle.empty()) return StatusOk;
   if (!edits_.empty() && mayTouchReplacement(needle)) {
-    const int32_t written = finish();
-    if (written != StatusOk) return written;
+    const Status written = finish();
+    if (!written.ok()) return written;
   }
   prepare();
   found_.emplace(index_, needle);
@@ -253,24 +253,26 @@ bool ImagePass::mayTouchReplacement(std::string_view needle) {
   if (hasUrl_ && CanBeInDataUrl(needle)) return true;
   if (!nameRuns_.mayHold(needle)) return false;
   budget_.spend(names_.size());
-  return FindBytes(names_.data(), names_.data() + names_.size(), needle) != nullptr;
+  return FindBytes({names_.data(), names_.size()}, needle) != std::string_view::npos;
 }
 
 // The end of the forward searches from the place on.
 uint64_t ImagePass::firstNul(uint64_t place) {
   if (place >= cleanFrom_ && place <= cleanEnd_) return cleanEnd_;
-  const char* const text = base().data();
   const uint64_t end = place < cleanFrom_ ? cleanFrom_ : base().size();
-  const char* const nul = FindByte(text + place, text + end, '\0');
+  const uint64_t nul = FindByte(base().substr(0, end), '\0', place);
   budget_.spend(end - place);
-  if (nul != nullptr) cleanEnd_ = static_cast<uint64_t>(nul - text);
-  if (nul == nullptr && place > cleanEnd_) cleanEnd_ = end;
+  if (nul != std::string_view::npos) {
+    cleanEnd_ = nul;
+  } else if (place > cleanEnd_) {
+    cleanEnd_ = end;
+  }
   cleanFrom_ = place;
   return cleanEnd_;
 }
 
-int32_t ImagePass::replace(uint64_t place, std::string_view needle, SizedBytes replacement,
-                           Kind kind, uint64_t& count) try {
+Status ImagePass::replace(uint64_t place, std::string_view needle, SizedBytes replacement,
+                          Kind kind, uint64_t& count) try {
   count = 0;
   const std::string_view bytes = replacement.view();
   const bool isSimple =
@@ -308,22 +310,22 @@ int32_t ImagePass::replace(uint64_t place, std::string_view needle, SizedBytes r
   return StatusOutOfMemory;
 }
 
-int32_t ImagePass::replaceInText(uint64_t place, std::string_view needle,
-                                 std::string_view replacement, uint64_t& count) {
+Status ImagePass::replaceInText(uint64_t place, std::string_view needle,
+                                std::string_view replacement, uint64_t& count) {
   uint64_t inText = place;
   for (auto edit = edits_.begin(); edit != edits_.end() && edit->first <= place; ++edit) {
     inText += replacementOf(edit->second).size() - (edit->first - edit->second.start);
   }
-  const int32_t written = finish();
-  if (written != StatusOk) return written;
-  const int32_t status =
-      ReplaceImageReferences(body_, inText, needle, replacement, limits_.text, count);
+  const Status written = finish();
+  if (!written.ok()) return written;
+  const Status status =
+      ReplaceImageReferences(body_, {inText, needle, replacement, limits_.text}, count);
   budget_.spend(body_.length());
   discard();
   return status;
 }
 
-int32_t ImagePass::finish() {
+Status ImagePass::finish() {
   if (!edits_.empty()) {
     found_.reset();
     index_ = TextIndex(body_.view(), limits_.index);  // frees what it had made

@@ -50,21 +50,23 @@ class ImagePass {
 
   // The place of the needle's first occurrence in the text, for replace(); kNoPlace when there is
   // none. An empty needle occurs nowhere. StatusOk, or StatusOutOfMemory.
-  int32_t find(std::string_view needle, uint64_t& place);
+  Status find(std::string_view needle, uint64_t& place);
 
   enum class Kind { DataUrl, Name };
 
   // Replaces the references from the place on that the last find() has given for this needle, whose
-  // bytes are still where they were. `count` receives their number. 1; -1 without memory or when
-  // the text would outgrow its limit, and then the text is as it was and the count 0.
-  int32_t replace(uint64_t place, std::string_view needle, SizedBytes replacement, Kind kind,
-                  uint64_t& count);
+  // bytes are still where they were. `count` receives their number.
+  //   StatusOk
+  //   StatusOutOfMemory  without memory, or when the text would outgrow its limit: the text is as
+  //                      it was, and the count 0
+  Status replace(uint64_t place, std::string_view needle, SizedBytes replacement, Kind kind,
+                 uint64_t& count);
 
   // Forgets the images: the body is about to be another one.
   void discard();
 
-  // Writes the text. 1; -1 without memory, and then the body is as it was.
-  int32_t finish();
+  // Writes the text. StatusOk; StatusOutOfMemory, and then the body is as it was.
+  Status finish();
 
  private:
   struct Edit {
@@ -85,8 +87,8 @@ class ImagePass {
   bool mayTouchReplacement(std::string_view needle);
   bool skipEdits(uint64_t place, uint64_t length, uint64_t& next) const;
   uint64_t firstNul(uint64_t place);
-  int32_t replaceInText(uint64_t place, std::string_view needle, std::string_view replacement,
-                        uint64_t& count);
+  Status replaceInText(uint64_t place, std::string_view needle, std::string_view replacement,
+                       uint64_t& count);
 
   SizedBytes& body_;
   Limits limits_;

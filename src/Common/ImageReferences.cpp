@@ -1,7 +1,6 @@
 #include "Common/ImageReferences.h"
 
 #include "Common/ByteSearch.h"
-#include "Common/InlineImages.h"
 #include "Common/TextRewriter.h"
 
 namespace tarn {
@@ -16,10 +15,7 @@ size_t MatchOn(std::string_view text, size_t matched, size_t mismatch) {
 }
 
 std::string_view UpToNulFrom(std::string_view body, uint64_t offset) {
-  const char* const end = body.data() + body.size();
-  const char* const nul =
-      offset < body.size() ? FindByte(body.data() + offset, end, '\0') : nullptr;
-  return nul == nullptr ? body : body.substr(0, static_cast<size_t>(nul - body.data()));
+  return body.substr(0, FindByte(body, '\0', offset));
 }
 
 }  // namespace
@@ -45,32 +41,28 @@ ImageReferences::ImageReferences(std::string_view body, uint64_t searchOffset,
       replacementTag_(replacement.rfind('<')),
       at_(searchOffset) {}
 
-bool ImageReferences::next(uint64_t& start, uint64_t& end) {
-  const char* const base = searched_.data();
-  const char* const limit = base + searched_.size();
+std::optional<ImageReferences::Stretch> ImageReferences::next() {
+  const uint64_t n = needle_.size();
   for (;;) {
-    const char* const found = FindBytes(base + at_, limit, needle_);
-    if (found == nullptr) return false;
-    const auto place = static_cast<uint64_t>(found - base);
-    const uint64_t n = needle_.size();
+    const uint64_t place = FindBytes(searched_, needle_, at_);
+    if (place == std::string_view::npos) return std::nullopt;
     if (isInImageData(place)) {
       // As often as it takes to leave the place behind.
       at_ += ((place - at_) / n + 1) * n;
       continue;
     }
 
-    const char* const quote = FindByte(found + n, limit, '"');
-    if (quote == nullptr) return false;
-    start = place;
-    while (start > at_ && base[start - 1] != '"') --start;
-    end = static_cast<uint64_t>(quote - base);
+    const uint64_t end = FindByte(searched_, '"', place + n);
+    if (end == std::string_view::npos) return std::nullopt;
+    uint64_t start = place;
+    while (start > at_ && searched_[start - 1] != '"') --start;
 
     const std::string_view kept = body_.substr(fed_, start - fed_);
     lastTag_.feed(kept, kept.rfind('<'));
     lastTag_.feed(replacement_, replacementTag_);
     fed_ = end;
     at_ = end;
-    return true;
+    return Stretch{start, end};
   }
 }
 
@@ -89,44 +81,40 @@ bool ImageReferences::isInImageData(uint64_t place) {
   return answer;
 }
 
-int32_t ReplaceImageReferences(SizedBytes& body, uint64_t searchOffset, std::string_view needle,
-                               std::string_view replacement, uint64_t limit, uint64_t& count) {
+Status ReplaceImageReferences(SizedBytes& body, const ImageReplacement& image, uint64_t& count) {
+  const auto& [searchOffset, needle, replacement, limit] = image;
   count = 0;
   const std::string_view old = body.view();
   if (needle.empty() || searchOffset > old.size()) return StatusOk;
 
   uint64_t found = 0;
   uint64_t newLength = old.size();
-  uint64_t start = 0;
-  uint64_t end = 0;
-  uint64_t firstStart = 0;
-  uint64_t firstEnd = 0;
+  ImageReferences::Stretch first;
   TextGrowth growth;
   ImageReferences counted(old, searchOffset, needle, replacement);
-  for (; counted.next(start, end); ++found) {
-    if (found == 0) {
-      firstStart = start;
-      firstEnd = end;
-    }
-    newLength -= end - start;
+  while (const std::optional<ImageReferences::Stretch> stretch = counted.next()) {
+    if (found++ == 0) first = *stretch;
+    const uint64_t removed = stretch->end - stretch->start;
+    newLength -= removed;
     if (replacement.size() > UINT64_MAX - newLength) return StatusOutOfMemory;
     newLength += replacement.size();
-    growth.add(end - start, replacement.size());
+    growth.add(removed, replacement.size());
   }
   if (found == 0) return StatusOk;
   if (newLength > limit) return StatusOutOfMemory;
-  // A single reference moves the tail alone: images that stand in the order of their references
-  // leave hardly any, however large the body has become by them.
+  // A single reference moves the tail alone: images in the order of their references leave hardly
+  // any, however large the body has become by them.
   if (found == 1) {
-    const uint64_t removed = firstEnd - firstStart;
-    if (SpliceBytes(body, firstStart, removed, replacement.data(), replacement.size()) != 1) {
+    if (!body.splice(first.start, first.end - first.start, replacement).ok()) {
       return StatusOutOfMemory;
     }
   } else {
     TextRewriter rewriter;
     if (!rewriter.open(body, growth)) return StatusOutOfMemory;
     ImageReferences written(rewriter.old(), searchOffset, needle, replacement);
-    while (written.next(start, end)) rewriter.replace(start, end, replacement);
+    while (const std::optional<ImageReferences::Stretch> stretch = written.next()) {
+      rewriter.replace(stretch->start, stretch->end, replacement);
+    }
     rewriter.close();
   }
   count = found;

@@ -4,25 +4,25 @@
 // rules. With `at` as the place where the search goes on, `n` as the needle's length and `p` as the
 // needle's next occurrence at or after `at`:
 //
-//   <img src="  x cid:needle y  ">      q  behind the nearest double quote in front of p, or `at`
+//   <img src="  x cid:needle y  ">      q  after the nearest double quote before p, or `at`
 //        ^at  ^q  ^p           ^close   close  the first double quote at or after p + n
 //
-//   - The bytes [q, close) are replaced, and `at` moves behind the replacement, to the quote.
+//   - The bytes [q, close) are replaced, and `at` moves to the quote after the replacement.
 //   - Without a closing quote the search is over.
-//   - Where the nearest "<" at or in front of p begins "<v:imagedata" (in this case), the
-//   occurrence
-//     stays. `at` then moves by n, not to behind p: it may meet the same occurrence again, and may
-//     come to lie inside it.
+//   - Where the nearest "<" at or before p begins "<v:imagedata" (in this case), the occurrence
+//     stays. `at` then moves by n, not to the end of the occurrence: it may meet the same one
+//     again, and may come to lie inside it.
 //   - The nearest "<" is looked for in the text as it is by then, replacements included: a file
-//     name that holds a "<" decides on what stands behind it.
+//     name that holds a "<" decides on what comes after it.
 //   - The first NUL at or after the first `at` ends the text for the forward searches.
 //
-// The text as it is by then is never put together for this: in front of `at` it is known by its
-// last
-// "<" alone, behind it is as it was. So each byte is looked at a bounded number of times, and the
+// The text as it is by then is never put together for this: before `at` it is known by its last "<"
+// alone, after that it is as it was. So each byte is looked at a bounded number of times, and the
 // result is written once.
 #ifndef TARN_COMMON_IMAGEREFERENCES_H
 #define TARN_COMMON_IMAGEREFERENCES_H
+
+#include <optional>
 
 #include "Internal/Tarnclasses_.h"
 
@@ -34,7 +34,7 @@ inline constexpr std::string_view kImageDataTag = "<v:imagedata";
 // Follows a text that comes in pieces and knows whether its last tag is a v:imagedata tag.
 class LastTag {
  public:
-  // The next piece; `tag` is where its last "<" stands, or npos.
+  // The next piece; `tag` is the place of its last "<", or npos.
   void feed(std::string_view piece, size_t tag);
   // Would the last tag be a v:imagedata tag if this came next?
   bool isImageData(std::string_view following) const;
@@ -51,9 +51,14 @@ class ImageReferences {
   ImageReferences(std::string_view body, uint64_t searchOffset, std::string_view needle,
                   std::string_view replacement);
 
-  // The next stretch [start, end) of the body to be replaced, in front of which everything is
-  // settled; false when there is no more.
-  bool next(uint64_t& start, uint64_t& end);
+  // A stretch [start, end) of the body that is to be replaced.
+  struct Stretch {
+    uint64_t start = 0;
+    uint64_t end = 0;
+  };
+
+  // The next one, before which everything is settled; none when there is no more.
+  std::optional<Stretch> next();
 
  private:
   bool isInImageData(uint64_t place);
@@ -68,11 +73,19 @@ class ImageReferences {
   LastTag lastTag_;
 };
 
-// Replaces all references of the body from `searchOffset` on, in the body's own block. `count`
-// receives their number. 1; -1 without memory or when the body would become longer than `limit`,
-// and then it is as it was and the count 0. An empty needle has no references.
-int32_t ReplaceImageReferences(SizedBytes& body, uint64_t searchOffset, std::string_view needle,
-                               std::string_view replacement, uint64_t limit, uint64_t& count);
+// What is replaced by what.
+struct ImageReplacement {
+  uint64_t searchOffset = 0;
+  std::string_view needle;  // one that is empty has no references
+  std::string_view replacement;
+  uint64_t limit = UINT64_MAX;  // how long the body may become
+};
+
+// Replaces all references of the body, in its own block. `count` receives their number.
+//   StatusOk
+//   StatusOutOfMemory  without memory, or when the body would become longer than the limit: it is
+//                      as it was, and the count 0
+Status ReplaceImageReferences(SizedBytes& body, const ImageReplacement& image, uint64_t& count);
 
 }  // namespace tarn
 

@@ -116,8 +116,8 @@ int32_t RewriteInlineImage(InlineImageContext& context, const char* block, uint6
   uint64_t count = 0;
   int32_t status = StatusOk;
   if (context.pass == nullptr) {
-    status = ReplaceImageReferences(*context.body, context.searchOffset, needle, replacement,
-                                    context.bodyLimit, count);
+    status = ReplaceImageReferences(
+        *context.body, {context.searchOffset, needle, replacement, context.bodyLimit}, count);
   } else {
     if (!(isFile ? CopyOf(replacement, url) : GiveBackSlack(url))) return StatusOutOfMemory;
     status =

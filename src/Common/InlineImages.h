@@ -74,12 +74,6 @@ int32_t RewriteInlineImage(InlineImageContext& context, const char* block, uint6
 int32_t MakeInlineImagePath(char (&path)[kPathCapacity], char16_t (&directory)[kPathCapacity],
                             const char* text, const char* name);
 
-// Replaces `removed` bytes at `offset` by `count` new ones, which must not lie in the text's own
-// block. A text that grows gets a block of its new length; one that shrinks keeps its block. 1; 0
-// without memory, or for a range that is not wholly inside the text, and then nothing has changed.
-Status SpliceBytes(SizedBytes& text, uint64_t offset, uint64_t removed, const char* bytes,
-                   uint64_t count);
-
 }  // namespace tarn
 
 #endif

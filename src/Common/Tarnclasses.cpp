@@ -38,6 +38,11 @@ Status AppendTerminated(SizedBytes& target, const char* source, uint64_t length)
   return target.append({source, length});
 }
 
+Status SpliceBytes(SizedBytes& text, uint64_t offset, uint64_t removed, const char* bytes,
+                   uint64_t count) {
+  return text.splice(offset, removed, {bytes, count});
+}
+
 Status MemoryMeter::set(uint64_t bytes) {
   if (bytes == current) return StatusOk;
 

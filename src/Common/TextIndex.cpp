@@ -120,14 +120,13 @@ bool Occurrences::isAt(uint64_t place) const {
 }
 
 uint64_t Occurrences::read(uint64_t from) {
-  const char* const start = index_.text().data();
-  const char* const end = start + index_.text().size();
-  if (from > index_.text().size()) return kNoPlace;
-  const char* const hit = FindBytes(start + from, end, needle_);
-  const auto bytes = static_cast<uint64_t>((hit != nullptr ? hit : end) - (start + from));
+  const std::string_view text = index_.text();
+  if (from > text.size()) return kNoPlace;
+  const uint64_t hit = FindBytes(text, needle_, from);
+  const uint64_t bytes = std::min(hit, text.size()) - from;
   index_.countReading(needle_.size(), bytes);
   cost_ += bytes;
-  return hit != nullptr ? static_cast<uint64_t>(hit - start) : kNoPlace;
+  return hit;
 }
 
 // Each chain names all occurrences in order, so that the first one that it names is the first.

@@ -24,7 +24,7 @@
 
 namespace tarn {
 
-inline constexpr uint64_t kNoPlace = UINT64_MAX;
+inline constexpr uint64_t kNoPlace = std::string_view::npos;
 
 class TextIndex {
  public:

@@ -32,8 +32,7 @@ class TextGrowth {
 
 class TextRewriter {
  public:
-  // False without memory, and then the text is as it was. Until close() it is in the rewriter's
-  // hands alone.
+  // False without memory, and then the text is as it was. Until close() the rewriter has its block.
   bool open(SizedBytes& text, const TextGrowth& growth);
 
   // The text as it was. What lies before the last replaced stretch's end is not there any more.
@@ -50,6 +49,7 @@ class TextRewriter {
   void keepUpTo(uint64_t place);
 
   SizedBytes* text_ = nullptr;
+  KernelBlock<char> block_;
   std::string_view old_;
   uint64_t taken_ = 0;    // of the old text
   uint64_t written_ = 0;  // of the new one

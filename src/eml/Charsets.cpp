@@ -193,7 +193,7 @@ void RepairFieldToUtf8(SizedBytes& field, CharsetRef charset) {
 
 int32_t ReplaceWithUtf8Name(SizedBytes& text, uint64_t offset, uint64_t oldLength) {
   constexpr std::string_view kName = CharsetRename::kNewName;
-  const int32_t status = SpliceBytes(text, offset, oldLength, kName.data(), kName.size());
+  const Status status = text.splice(offset, oldLength, kName);
   if (status != StatusOk) text.release();
   return status;
 }

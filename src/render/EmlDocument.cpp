@@ -69,7 +69,7 @@ bool WrapInHtmlElement(SizedBytes& body) {
 }
 
 int32_t InsertBlock(SizedBytes& body, uint64_t offset, std::string_view block) {
-  const int32_t inserted = SpliceBytes(body, offset, 0, block.data(), block.size());
+  const int32_t inserted = body.splice(offset, 0, block);
   return inserted == StatusOk ? StatusOk : StatusOutOfMemory;
 }
 

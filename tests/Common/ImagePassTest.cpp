@@ -185,12 +185,12 @@ TEST(ImagePass, WithoutMemoryTheBodyIsAsItWas) {
     ASSERT_EQ(pass.pass().find(image.cid, place), 1);
     SizedBytes replacement = Bytes(image.replacement);
     uint64_t count = 0;
-    const int32_t status = faulted([&] {
-      const int32_t replaced = pass.pass().replace(place, image.cid, std::move(replacement),
+    const Status status = faulted([&] {
+      const Status replaced = pass.pass().replace(place, image.cid, std::move(replacement),
                                                    ImagePass::Kind::DataUrl, count);
-      return replaced == 1 ? pass.pass().finish() : replaced;
+      return replaced.ok() ? pass.pass().finish() : replaced;
     });
-    EXPECT_EQ(status, faulted.isReached() ? -1 : 1);
+    EXPECT_EQ(status, faulted.isReached() ? StatusOutOfMemory : StatusOk);
     if (faulted.isReached()) {
       EXPECT_EQ(pass.body(), "<img src=\"cid:a\">");
     }
