@@ -91,7 +91,8 @@ void BM_Pass(benchmark::State& state) {
       tarn::RewriteInlineImage(context, image.data(), image.size());
     }
     pass.finish().ignore();
-    if (body.length() < needles.size() * image.size()) state.SkipWithError("references were missed");
+    if (body.length() < needles.size() * image.size())
+      state.SkipWithError("references were missed");
   }
   const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
   const double each = taken.count() / static_cast<double>(state.iterations());

@@ -119,10 +119,10 @@ int32_t WalkMessage(EmlMessage& message, PstFilterData& filterData,
     if (!IsTextMail(message)) return StatusNotSupported;
     cursor = message.data;
   }
-  const int32_t walked =
+  const Status walked =
       WalkMimeParts(message, cursor, message.end, delimiter, context, budget, request);
   // A request looks at attachments alone: its document is never made.
-  return walked == StatusOk && request == nullptr ? pass.finish() : walked;
+  return walked.ok() && request == nullptr ? pass.finish() : walked;
 }
 
 }  // namespace

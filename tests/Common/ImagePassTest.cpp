@@ -187,7 +187,7 @@ TEST(ImagePass, WithoutMemoryTheBodyIsAsItWas) {
     uint64_t count = 0;
     const Status status = faulted([&] {
       const Status replaced = pass.pass().replace(place, image.cid, std::move(replacement),
-                                                   ImagePass::Kind::DataUrl, count);
+                                                  ImagePass::Kind::DataUrl, count);
       return replaced.ok() ? pass.pass().finish() : replaced;
     });
     EXPECT_EQ(status, faulted.isReached() ? StatusOutOfMemory : StatusOk);
