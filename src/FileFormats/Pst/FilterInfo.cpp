@@ -125,7 +125,8 @@ void InfoCall::keepAnswer(const HostFileInfo& answer) {
   std::memcpy(&record_->rasterOptions, &context_.raster, sizeof(HostRasterOptions));
   if (answer.siblingData != nullptr) {
     SetFilterDataEntry(slot, static_cast<int32_t>(static_cast<uint32_t>(index_) + 1u),
-                       answer.siblingData, answer.siblingDataSize, answer.siblingDataFormat);
+                       answer.siblingData, answer.siblingDataSize, answer.siblingDataFormat)
+        .ignore();
   }
   record_->siblingFormat = answer.format;
   if (isNew_) record_->sniffedFormat = format_;
