@@ -30,7 +30,7 @@ std::vector<BthBuilder::Record> BthBuilder::writeLevel(HeapBuilder& heap,
       bytes += records[j].data;
       bytes.resize(std::max(bytes.size(), start + shape_.stride));
     }
-    // In records of a stride the id of the child stands at their end.
+    // In records of a stride the id of the child is at their end.
     const size_t gap = std::max(shape_.stride, keySize_ + sizeof(uint32_t)) - keySize_ - 4;
     above.push_back({records[i].key, std::string(gap, '\0') + LeBytes(heap.add(bytes), 4)});
   }

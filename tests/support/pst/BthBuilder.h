@@ -25,11 +25,11 @@ struct BthShape {
   size_t fanOut = 0;
   // Index levels of one record above a tree that would have fewer.
   uint8_t minIndexLevels = 0;
-  // Deviating: each record is filled up with zeros to this many bytes, in front of a child's id.
+  // Deviating: each record is filled up with zeros to this many bytes, before a child's id.
   size_t stride = 0;
   // Deviating: bIdxLevels of a tree with index levels is one higher.
   bool countsLeaves = false;
-  // Deviating: bIdxLevels as it stands.
+  // Deviating: this bIdxLevels.
   std::optional<uint8_t> levels = {};
 
   static BthShape StrideOf8() { return {.stride = 8, .countsLeaves = true}; }

@@ -1,8 +1,8 @@
 // HeapBuilder.h - writes a heap on node (MS-PST 2.3.1).
 //
-// Allocations are placed one behind the other; one that does not fit opens the next page. Every
-// page but the last is filled up to the full size of a block. The page map of a page stands
-// directly behind its allocations, on an even offset.
+// Allocations are placed one after the other; one that does not fit opens the next page. Every
+// page but the last is filled up to the full size of a block. The page map of a page is
+// directly after its allocations, on an even offset.
 #ifndef TARN_TESTS_SUPPORT_PST_HEAPBUILDER_H
 #define TARN_TESTS_SUPPORT_PST_HEAPBUILDER_H
 

@@ -61,7 +61,7 @@ class MessageBuilder {
   MessageBuilder(PstLayout layout, const BthShape& shape, uint32_t nid);
 
   uint32_t nid() const { return nid_; }
-  // As it stands: the two characters that mark a prefix are the caller's.
+  // As it is: the two characters that mark a prefix are the caller's.
   MessageBuilder& subject(std::u16string_view text);
   MessageBuilder& subject(std::string_view text);
   MessageBuilder& body(std::u16string_view text);

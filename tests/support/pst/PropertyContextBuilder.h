@@ -1,7 +1,7 @@
 // PropertyContextBuilder.h - writes a property context: typed values under 16-bit ids
 // (MS-PST 2.3.3).
 //
-// Values of up to 4 bytes stand in the record, others in the heap, and those of more than 3580
+// Values of up to 4 bytes are in the record, others in the heap, and those of more than 3580
 // bytes in a subnode of their own. A second value under an id replaces the first.
 #ifndef TARN_TESTS_SUPPORT_PST_PROPERTYCONTEXTBUILDER_H
 #define TARN_TESTS_SUPPORT_PST_PROPERTYCONTEXTBUILDER_H
@@ -38,7 +38,7 @@ class PropertyContextBuilder {
 
   // In a subnode, whatever its size.
   PropertyContextBuilder& streamed(uint16_t id, uint16_t type, PstNodeParts parts);
-  // Deviating: the value or heap or node id of the record as it stands.
+  // Deviating: this value or heap or node id of the record.
   PropertyContextBuilder& raw(uint16_t id, uint16_t type, uint32_t valueOrId);
   PropertyContextBuilder& without(uint16_t id);
   // A subnode that no value needs to name.

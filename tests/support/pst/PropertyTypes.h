@@ -65,7 +65,7 @@ enum PropertyId : uint16_t {
   kPropRowVersion = 0x67F3,
 };
 
-// Bytes of a type's value in the record of a property itself; 0: it stands in the heap.
+// Bytes of a type's value in the record of a property itself; 0: it is in the heap.
 inline size_t InlineWidth(uint16_t type) {
   switch (type) {
     case kTypeInt16:
@@ -81,7 +81,7 @@ inline size_t InlineWidth(uint16_t type) {
   }
 }
 
-// Bytes of a cell of this type in a table row; 4 for what stands in the heap or in a subnode.
+// Bytes of a cell of this type in a table row; 4 for what is in the heap or in a subnode.
 inline uint8_t CellWidth(uint16_t type) {
   switch (type) {
     case kTypeInt16:

@@ -6,7 +6,7 @@
 #include <stdexcept>
 
 #include "support/pst/PstBytes.h"
-#include "support/pst/PstCodec.h"
+#include "support/pst/PstStructures.h"
 
 namespace tarn::test {
 namespace {
@@ -14,7 +14,14 @@ namespace {
 constexpr size_t kMapBytes = 496;
 constexpr uint64_t kCompactStart = 1024;
 
-uint8_t PageType(PstExtentKind kind) {
+bool HasFreeMap(uint64_t interval) { return interval >= 128 && (interval - 128) % 496 == 0; }
+bool HasFreePageMap(uint64_t interval) {
+  return interval >= 8192 && (interval - 8192) % 31744 == 0;
+}
+
+}  // namespace
+
+uint8_t PstPageType(PstExtentKind kind) {
   switch (kind) {
     case PstExtentKind::BbtPage:
       return 0x80;
@@ -33,29 +40,6 @@ uint8_t PageType(PstExtentKind kind) {
     default:
       throw std::logic_error("no page");
   }
-}
-
-bool HasFreeMap(uint64_t interval) { return interval >= 128 && (interval - 128) % 496 == 0; }
-bool HasFreePageMap(uint64_t interval) {
-  return interval >= 8192 && (interval - 8192) % 31744 == 0;
-}
-
-}  // namespace
-
-std::string MakePstPage(PstLayout layout, PstExtentKind kind, uint64_t id, uint64_t offset,
-                        std::string_view body) {
-  const PstOffsets& at = OffsetsOf(layout);
-  if (body.size() > at.pageTrailer) throw std::length_error("page body");
-  std::string page(body);
-  page.resize(kPstPageSize);
-  const uint8_t type = PageType(kind);
-  PutLe(page, at.pageTrailer, type, 1);
-  PutLe(page, at.pageTrailer + 1, type, 1);
-  // The id of a map is its offset, so that its signature is 0, as it has to be.
-  PutLe(page, at.pageSignature, PstSignature(id, offset), 2);
-  PutLe(page, at.pageBid, id, at.idWidth);
-  PutLe(page, at.pageCrc, PstCrc(std::string_view(page).substr(0, at.pageTrailer)), 4);
-  return page;
 }
 
 PstAllocator::PstAllocator(PstLayout layout, bool isCompact, PstOutput& output,
@@ -83,7 +67,7 @@ void PstAllocator::openInterval() {
 void PstAllocator::placeMap(PstExtentKind kind) {
   std::string body(OffsetsOf(layout_).mapBits, '\0');
   body.append(kMapBytes, '\xFF');
-  output_.write(cursor_, MakePstPage(layout_, kind, cursor_, cursor_, body));
+  output_.write(cursor_, PageBytes(layout_, PstPageType(kind), {cursor_, cursor_}, body));
   extents_.push_back({cursor_, cursor_, kPstPageSize, kind});
   mark(cursor_, kPstPageSize);
   cursor_ += kPstPageSize;
@@ -100,8 +84,8 @@ void PstAllocator::mark(uint64_t offset, uint64_t size) {
 void PstAllocator::closeInterval() {
   std::string body(OffsetsOf(layout_).mapBits, '\0');
   body += bits_;
-  output_.write(mapOffset_,
-                MakePstPage(layout_, PstExtentKind::AMap, mapOffset_, mapOffset_, body));
+  output_.write(mapOffset_, PageBytes(layout_, PstPageType(PstExtentKind::AMap),
+                                      {mapOffset_, mapOffset_}, body));
   uint32_t used = 0;
   for (char c : bits_) used += static_cast<uint32_t>(std::popcount(static_cast<uint8_t>(c)));
   const uint32_t slots = kMapBytes * 8 - used;
@@ -140,7 +124,7 @@ void PstAllocator::writeDensityList(uint64_t id) {
   AppendLe(body, interval_, 4);
   for (const auto& [slots, number] : entries) AppendLe(body, number | (slots << 20), 4);
   output_.write(kPstDensityList,
-                MakePstPage(layout_, PstExtentKind::DList, id, kPstDensityList, body));
+                PageBytes(layout_, PstPageType(PstExtentKind::DList), {id, kPstDensityList}, body));
   extents_.push_back({kPstDensityList, id, kPstPageSize, PstExtentKind::DList});
 }
 

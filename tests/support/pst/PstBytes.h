@@ -1,11 +1,12 @@
 // PstBytes.h - little-endian numbers and UTF-16 text in byte strings.
 //
-// Reading or writing behind the end of a string throws std::out_of_range.
+// Reading or writing after the end of a string throws std::out_of_range.
 #ifndef TARN_TESTS_SUPPORT_PST_PSTBYTES_H
 #define TARN_TESTS_SUPPORT_PST_PSTBYTES_H
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -42,6 +43,21 @@ inline std::string Utf16Bytes(std::u16string_view text) {
   std::string bytes;
   for (char16_t unit : text) AppendLe(bytes, unit, 2);
   return bytes;
+}
+
+// Bytes in which no two near places look alike, nor the same places of two pages.
+inline std::string Pattern(size_t size, size_t seed = 0) {
+  std::string bytes(size, '\0');
+  for (size_t i = 0; i < size; ++i) bytes[i] = static_cast<char>((i * 7 + i / 251 + seed) & 0xFF);
+  return bytes;
+}
+
+// The bytes of a text, to be filled or to be read.
+inline std::span<unsigned char> RoomOf(std::string& text) {
+  return {reinterpret_cast<unsigned char*>(text.data()), text.size()};
+}
+inline std::span<const unsigned char> BytesOf(std::string_view text) {
+  return {reinterpret_cast<const unsigned char*>(text.data()), text.size()};
 }
 
 // Replaces the bytes from offset on; the string never grows.

@@ -1,5 +1,5 @@
 // PstDamage.h - changes a written PST image and makes its checksums fit again, so that a reader's
-// tests of ids, signatures and checksums pass and what lies behind them is reached.
+// tests of ids, signatures and checksums pass and the code after them is reached.
 #ifndef TARN_TESTS_SUPPORT_PST_PSTDAMAGE_H
 #define TARN_TESTS_SUPPORT_PST_PSTDAMAGE_H
 
@@ -14,7 +14,7 @@
 
 namespace tarn::test {
 
-// An image with the writer's record of what stands where.
+// An image with the writer's record of what is where.
 class PstDamage {
  public:
   // Finishes the file.

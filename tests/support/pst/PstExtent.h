@@ -1,4 +1,4 @@
-// PstExtent.h - what stands where in a PST file that was written: the writer's own record.
+// PstExtent.h - what is where in a PST file that was written: the writer's own record.
 #ifndef TARN_TESTS_SUPPORT_PST_PSTEXTENT_H
 #define TARN_TESTS_SUPPORT_PST_PSTEXTENT_H
 

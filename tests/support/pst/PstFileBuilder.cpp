@@ -4,7 +4,6 @@
 #include <numeric>
 #include <stdexcept>
 
-#include "support/pst/PstBytes.h"
 #include "support/pst/PstCodec.h"
 #include "support/pst/PstHeader.h"
 
@@ -47,22 +46,15 @@ void PstFileBuilder::reserveLeadingPages() {
 
 uint64_t PstFileBuilder::writeBlock(PstExtentKind kind, std::string_view data) {
   if (data.size() > pageSize()) throw std::length_error("block data");
-  const PstOffsets& at = OffsetsOf(options_.layout);
   const uint64_t bid = nextBid(kind != PstExtentKind::DataBlock);
   bidNextB_ += 4;
   const uint16_t cb = static_cast<uint16_t>(data.size());
   const size_t extent = BlockExtent(options_.layout, cb);
   const uint64_t ib = allocator_.allocate(extent, kPstBlockAlignment);
-  std::string bytes = kind == PstExtentKind::DataBlock ? PstEncode(options_.encoding, bid, data)
-                                                       : std::string(data);
-  const uint32_t crc = PstCrc(bytes);
-  bytes.resize(extent);
-  const size_t trailer = extent - at.blockTrailer;
-  PutLe(bytes, trailer, cb, 2);
-  PutLe(bytes, trailer + 2, PstSignature(bid, ib), 2);
-  PutLe(bytes, trailer + at.blockBid, bid, at.idWidth);
-  PutLe(bytes, trailer + at.blockCrc, crc, 4);
-  output_.write(ib, bytes);
+  const bool isEncoded = kind == PstExtentKind::DataBlock;
+  const std::string inFile =
+      isEncoded ? PstEncode(options_.encoding, bid, data) : std::string(data);
+  output_.write(ib, BlockBytes(options_.layout, {bid, ib}, inFile));
   extents_.push_back({ib, bid, cb, kind});
   // The entry of the block itself is the first reference (MS-PST 2.2.2.7.7.3.1).
   blocks_.push_back({bid, ib, cb, 1});
@@ -79,16 +71,9 @@ uint64_t PstFileBuilder::internalBlock(PstExtentKind kind, std::string_view data
 
 uint64_t PstFileBuilder::extendedBlock(uint8_t level, std::span<const uint64_t> ids,
                                        uint32_t totalSize) {
-  std::string body;
-  AppendLe(body, 1, 1);
-  AppendLe(body, level, 1);
-  AppendLe(body, ids.size(), 2);
-  AppendLe(body, totalSize, 4);
-  for (uint64_t id : ids) {
-    AppendLe(body, id, OffsetsOf(options_.layout).idWidth);
-    reference(id);
-  }
-  return writeBlock(PstExtentKind::ExtendedBlock, body);
+  for (const uint64_t id : ids) reference(id);
+  return writeBlock(PstExtentKind::ExtendedBlock,
+                    ExtendedBlockData(options_.layout, level, ids, totalSize));
 }
 
 void PstFileBuilder::reference(uint64_t bid) {
@@ -143,20 +128,14 @@ uint64_t PstFileBuilder::subnodes(std::span<const SubnodeEntry> entries,
                                   const SubnodeTreeShape& shape) {
   if (entries.empty()) return 0;
   const PstOffsets& at = OffsetsOf(options_.layout);
-  const size_t width = at.idWidth;
   struct Child {
     uint32_t nid;
     uint64_t bid;
   };
   std::vector<Child> level;
-  // One block of count entries, which begin with their node id in a whole id's width.
   const auto add = [&](uint32_t nid, uint8_t depth, size_t count, const std::string& body) {
-    std::string data;
-    AppendLe(data, 2, 1);
-    AppendLe(data, depth, 1);
-    AppendLe(data, count, 2);
-    AppendLe(data, 0, at.subnodeEntries - 4);
-    level.push_back({nid, writeBlock(PstExtentKind::SubnodeBlock, data + body)});
+    const std::string data = SubnodeBlockData(options_.layout, depth, count, body);
+    level.push_back({nid, writeBlock(PstExtentKind::SubnodeBlock, data)});
   };
   const auto limit = [&](size_t wanted, size_t entrySize, size_t least) {
     const size_t room = (at.maxBlockData - at.subnodeEntries) / entrySize;
@@ -168,9 +147,7 @@ uint64_t PstFileBuilder::subnodes(std::span<const SubnodeEntry> entries,
     std::string body;
     const auto group = entries.subspan(i, std::min(leafFanOut, entries.size() - i));
     for (const SubnodeEntry& entry : group) {
-      AppendLe(body, entry.nid, width);
-      AppendLe(body, entry.dataBid, width);
-      AppendLe(body, entry.subnodeBid, width);
+      body += EntryBytes(options_.layout, entry);
       reference(entry.dataBid);
       reference(entry.subnodeBid);
     }
@@ -184,8 +161,7 @@ uint64_t PstFileBuilder::subnodes(std::span<const SubnodeEntry> entries,
       std::string body;
       const size_t count = std::min(innerFanOut, below.size() - i);
       for (const Child& child : std::span(below).subspan(i, count)) {
-        AppendLe(body, child.nid, width);
-        AppendLe(body, child.bid, width);
+        body += InnerEntryBytes(options_.layout, child.nid, child.bid);
         reference(child.bid);
       }
       add(below[i].nid, depth, count, body);
@@ -234,7 +210,7 @@ PstPageRef PstFileBuilder::takeTreePage() {
 }
 
 void PstFileBuilder::writePage(const PstPageRef& page, PstExtentKind kind, std::string_view body) {
-  output_.write(page.ib, MakePstPage(options_.layout, kind, page.bid, page.ib, body));
+  output_.write(page.ib, PageBytes(options_.layout, PstPageType(kind), page, body));
   extents_.push_back({page.ib, page.bid, kPstPageSize, kind});
 }
 

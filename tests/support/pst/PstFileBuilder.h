@@ -37,19 +37,13 @@ struct PstFileOptions {
   uint16_t version = 0;
   PstTreeShape nbt = {};
   PstTreeShape bbt = {};
-  // The file ends behind its last extent, which is the root page of the block B-tree.
+  // The file ends after its last extent, which is the root page of the block B-tree.
   bool isTrimmed = false;
   // Deviating: no maps at all (PstAllocator.h). Always trimmed.
   bool isCompact = false;
-  // So many B-tree pages stand in front of all blocks instead of behind them, so that the last
+  // So many B-tree pages come before all blocks instead of after them, so that the last
   // extent of a trimmed file is a block.
   size_t leadingPages = 0;
-};
-
-struct SubnodeEntry {
-  uint32_t nid;
-  uint64_t dataBid;
-  uint64_t subnodeBid;
 };
 
 class PstFileBuilder {
@@ -83,7 +77,7 @@ class PstFileBuilder {
   void node(uint32_t nid, uint64_t dataBid, uint64_t subnodeBid, uint32_t parent = 0);
   void node(uint32_t nid, const PstNodeParts& parts, uint32_t parent = 0);
 
-  // A page of its own, for trees by hand: room first, then the bytes in front of the trailer.
+  // A page of its own, for trees by hand: room first, then the bytes before the trailer.
   PstPageRef reservePage();
   void writePage(const PstPageRef& page, PstExtentKind kind, std::string_view body);
   // Deviating: another root than that of the tree which the builder writes.
@@ -92,11 +86,11 @@ class PstFileBuilder {
   // Deviating: an entry of the block B-tree for which no block is written.
   void blockEntry(const PstBlockEntry& entry) { extraBlocks_.push_back(entry); }
 
-  // Writes trees, maps and header. Nothing can be added behind. A second call does nothing.
+  // Writes trees, maps and header. Nothing can be added afterwards. A second call does nothing.
   void finish();
   // Finishes; the whole file of a builder in memory.
   const std::string& bytes();
-  // Finishes; what stands where, in no order.
+  // Finishes; what is where, in no order.
   const std::vector<PstExtent>& extents();
 
  private:

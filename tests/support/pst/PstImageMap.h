@@ -27,7 +27,7 @@ struct PstImageBlock {
   size_t entry;  // where its entry begins in the image: id, offset, size
 };
 
-// All of them lie in the image. A page stands once, a block as often as it is named.
+// All of them are in the image. A page is listed once, a block as often as it is named.
 struct PstImageMap {
   PstLayout layout;
   std::vector<PstImagePage> pages;

@@ -1,6 +1,6 @@
 // PstOutput.h - where a PST file is written to: memory, or a file that is never held in memory.
 //
-// Writing behind the end fills the gap with zeros. A file that cannot be written throws
+// Writing after the end fills the gap with zeros. A file that cannot be written throws
 // std::runtime_error.
 #ifndef TARN_TESTS_SUPPORT_PST_PSTOUTPUT_H
 #define TARN_TESTS_SUPPORT_PST_PSTOUTPUT_H

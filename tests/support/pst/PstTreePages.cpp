@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <vector>
 
-#include "support/pst/PstBytes.h"
-
 namespace tarn::test {
 namespace {
 
@@ -13,11 +11,6 @@ struct Child {
   PstPageRef ref;
 };
 
-void AppendPadded(std::string& body, uint64_t value, size_t width, size_t paddedWidth) {
-  AppendLe(body, value, width);
-  AppendLe(body, 0, paddedWidth - width);
-}
-
 class TreeWriter {
  public:
   TreeWriter(PstLayout layout, const PstPageStore& store)
@@ -25,15 +18,8 @@ class TreeWriter {
 
   // Adds a page of these entries to the level that is being written.
   void page(uint64_t key, const std::string& entries, size_t entrySize, uint8_t level) {
-    std::string body = entries;
-    const size_t count = entries.size() / entrySize;
-    body.resize(at_.pageTrailer);
-    PutLe(body, at_.pageCounters, count, 1);
-    PutLe(body, at_.pageCounters + 1, at_.pageCounters / entrySize, 1);
-    PutLe(body, at_.pageCounters + 2, entrySize, 1);
-    PutLe(body, at_.pageCounters + 3, level, 1);
     const PstPageRef ref = store_.take();
-    store_.write(ref, body);
+    store_.write(ref, TreePageBody(layout_, entrySize, level, entries.size() / entrySize, entries));
     level_.push_back({key, ref});
   }
 
@@ -49,9 +35,7 @@ class TreeWriter {
       for (size_t i = 0; i < below.size(); i += fanOut) {
         std::string entries;
         for (size_t j = i; j < std::min(i + fanOut, below.size()); ++j) {
-          AppendLe(entries, below[j].key, at_.idWidth);
-          AppendLe(entries, below[j].ref.bid, at_.idWidth);
-          AppendLe(entries, below[j].ref.ib, at_.idWidth);
+          entries += InnerEntryBytes(layout_, below[j].key, below[j].ref);
         }
         page(below[i].key, entries, at_.innerEntry, level);
       }
@@ -60,7 +44,7 @@ class TreeWriter {
   }
 
   const PstOffsets& at() const { return at_; }
-  bool isAnsi() const { return layout_ == PstLayout::Ansi; }
+  PstLayout layout() const { return layout_; }
 
  private:
   const PstOffsets& at_;
@@ -69,16 +53,18 @@ class TreeWriter {
   std::vector<Child> level_;
 };
 
-template <typename Entry, typename Append, typename Key>
+template <typename Entry, typename Key>
 PstPageRef WriteTree(TreeWriter& writer, const PstTreeShape& shape, std::span<const Entry> entries,
-                     size_t entrySize, const Append& append, const Key& key) {
+                     size_t entrySize, const Key& key) {
   const size_t room = writer.at().pageCounters / entrySize;
   const size_t fanOut = shape.leafFanOut == 0 ? room : std::min(shape.leafFanOut, room);
   if (entries.empty()) writer.page(0, "", entrySize, 0);
   for (size_t i = 0; i < entries.size(); i += fanOut) {
     std::string body;
     const size_t count = std::min(fanOut, entries.size() - i);
-    for (const Entry& entry : entries.subspan(i, count)) append(body, entry);
+    for (const Entry& entry : entries.subspan(i, count)) {
+      body += EntryBytes(writer.layout(), entry);
+    }
     writer.page(key(entries[i]), body, entrySize, 0);
   }
   return writer.finish(shape);
@@ -89,27 +75,14 @@ PstPageRef WriteTree(TreeWriter& writer, const PstTreeShape& shape, std::span<co
 PstPageRef WriteNodeTree(PstLayout layout, const PstTreeShape& shape,
                          std::span<const PstNodeEntry> entries, const PstPageStore& store) {
   TreeWriter writer(layout, store);
-  const auto append = [&writer](std::string& body, const PstNodeEntry& entry) {
-    const size_t width = writer.at().idWidth;
-    AppendPadded(body, entry.nid, 4, width);
-    AppendLe(body, entry.dataBid, width);
-    AppendLe(body, entry.subnodeBid, width);
-    AppendPadded(body, entry.parent, 4, width);
-  };
-  return WriteTree(writer, shape, entries, writer.at().nbtLeafEntry, append,
+  return WriteTree(writer, shape, entries, writer.at().nbtLeafEntry,
                    [](const PstNodeEntry& entry) { return uint64_t{entry.nid}; });
 }
 
 PstPageRef WriteBlockTree(PstLayout layout, const PstTreeShape& shape,
                           std::span<const PstBlockEntry> entries, const PstPageStore& store) {
   TreeWriter writer(layout, store);
-  const auto append = [&writer](std::string& body, const PstBlockEntry& entry) {
-    AppendLe(body, entry.bid, writer.at().idWidth);
-    AppendLe(body, entry.ib, writer.at().idWidth);
-    AppendLe(body, entry.cb, 2);
-    AppendPadded(body, entry.cRef, 2, writer.isAnsi() ? 2 : 6);
-  };
-  return WriteTree(writer, shape, entries, writer.at().bbtLeafEntry, append,
+  return WriteTree(writer, shape, entries, writer.at().bbtLeafEntry,
                    [](const PstBlockEntry& entry) { return entry.bid; });
 }
 

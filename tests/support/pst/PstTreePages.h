@@ -10,40 +10,21 @@
 #include <string>
 #include <string_view>
 
-#include "support/pst/PstExtent.h"
 #include "support/pst/PstLayout.h"
+#include "support/pst/PstStructures.h"
 
 namespace tarn::test {
-
-struct PstPageRef {
-  uint64_t bid = 0;
-  uint64_t ib = 0;
-};
 
 // As little as two entries a page and a few entries make a tree of four levels.
 struct PstTreeShape {
   // Entries in a page; 0 is what fits. An inner fan-out of 1 counts as 2.
   size_t leafFanOut = 0;
   size_t innerFanOut = 0;
-  // Inner pages of one entry stand above a tree that would be lower.
+  // Inner pages of one entry are put above a tree that would be lower.
   unsigned minLevels = 1;
 };
 
-struct PstNodeEntry {
-  uint32_t nid;
-  uint32_t parent;
-  uint64_t dataBid;
-  uint64_t subnodeBid;
-};
-
-struct PstBlockEntry {
-  uint64_t bid;
-  uint64_t ib;
-  uint16_t cb;
-  uint16_t cRef;
-};
-
-// Gives room for the next page of a tree, and takes the bytes of a page in front of its trailer.
+// Gives room for the next page of a tree, and takes the bytes of a page before its trailer.
 struct PstPageStore {
   std::function<PstPageRef()> take;
   std::function<void(const PstPageRef&, std::string_view)> write;

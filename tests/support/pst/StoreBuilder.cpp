@@ -73,7 +73,7 @@ FolderBuilder& FolderBuilder::row(uint32_t rowId) {
 }
 
 FolderBuilder& FolderBuilder::contentsTable(const TableShape& shape) {
-  if (contents_) throw std::logic_error("shape behind rows that were written");
+  if (contents_) throw std::logic_error("shape after rows that were written");
   shape_ = shape;
   return *this;
 }

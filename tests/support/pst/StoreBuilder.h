@@ -6,7 +6,7 @@
 //   std::string image = store.bytes();
 //
 // A store has the nodes that it needs as published, unless it is bare: then it has only what is
-// described. Folders stand below the top of the personal folders. Root folder, top and deleted
+// described. Folders are below the top of the personal folders. Root folder, top and deleted
 // items are folders like the described ones and come before them in the order of the node ids;
 // their content counts are 0.
 //
@@ -60,7 +60,7 @@ class FolderBuilder {
   FolderBuilder& property(uint16_t id, uint16_t type, std::string_view value);
   FolderBuilder& without(uint16_t id);
   // A row of the contents table for which no message is written, between those of the messages
-  // begun before and behind.
+  // begun before and after.
   FolderBuilder& row(uint32_t rowId);
   FolderBuilder& contentsTable(const TableShape& shape);
   FolderBuilder& withoutContentsTable();

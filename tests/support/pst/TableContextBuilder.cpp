@@ -23,7 +23,7 @@ TableContextBuilder::TableContextBuilder(PstLayout layout, const TableShape& sha
     : layout_(layout), shape_(shape), heap_(layout, kTableContext) {}
 
 TableContextBuilder& TableContextBuilder::column(uint16_t id, uint16_t type, uint8_t width) {
-  if (isLaidOut_) throw std::logic_error("column behind a row");
+  if (isLaidOut_) throw std::logic_error("column after a row");
   columns_.push_back({id, type, width == 0 ? CellWidth(type) : width, 0, 0});
   return *this;
 }

@@ -7,7 +7,7 @@
 //
 // The row id and the row version are the first two columns. Cells of 8 and 4 bytes come first in a
 // row, then those of 2, then those of 1 and of every other width, then the bitmap of the cells that
-// exist. Rows never cross a block: as many whole rows stand in a block as fit, and every block but
+// exist. Rows never cross a block: as many whole rows are in a block as fit, and every block but
 // the last is filled up with zeros.
 #ifndef TARN_TESTS_SUPPORT_PST_TABLECONTEXTBUILDER_H
 #define TARN_TESTS_SUPPORT_PST_TABLECONTEXTBUILDER_H
@@ -44,9 +44,9 @@ struct TableShape {
   // Deviating: a table without the columns of row id and version; its rows still begin with the
   // row id.
   bool hasRowColumns = true;
-  // Deviating: rgib as it stands; rows are laid out as without.
+  // Deviating: this rgib; rows are laid out as without.
   std::optional<std::array<uint16_t, 4>> rgib = {};
-  // Deviating: hnidRows as it stands; the rows are written nowhere.
+  // Deviating: this hnidRows; the rows are written nowhere.
   std::optional<uint32_t> hnidRows = {};
 };
 
@@ -56,7 +56,7 @@ class TableContextBuilder {
    public:
     // A number in as many bytes as the column is wide.
     Row& cell(uint16_t id, uint64_t value);
-    // A value of a fixed type as it stands; another in the heap, or in a subnode beyond 3580 bytes.
+    // A value of a fixed type as it is; another in the heap, or in a subnode beyond 3580 bytes.
     Row& cell(uint16_t id, std::string_view bytes);
     // In a subnode of the table, whatever its size.
     Row& streamed(uint16_t id, PstNodeParts parts);
@@ -81,7 +81,7 @@ class TableContextBuilder {
   size_t rowCount() const { return rowIds_.size(); }
   TableShape& shape() { return shape_; }
 
-  // Offsets and bits as they are written; no column can be added behind.
+  // Offsets and bits as they are written; no column can be added afterwards.
   const std::vector<TableColumn>& columns();
   size_t rowSize();
 
