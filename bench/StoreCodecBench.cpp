@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "pststore/Codec.h"
@@ -26,22 +27,20 @@ std::vector<unsigned char> Data() {
   return bytes;
 }
 
-void TableLoop(unsigned char* bytes, size_t count, uint32_t) {
-  for (size_t i = 0; i < count; ++i) bytes[i] = pststore::disk::mpbb_i[bytes[i]];
+using Bytes = std::span<unsigned char>;
+
+void TableLoop(Bytes bytes, uint32_t) {
+  for (unsigned char& byte : bytes) byte = pststore::disk::mpbb_i[byte];
 }
 
-void Permute(unsigned char* bytes, size_t count, uint32_t) {
-  pststore::disk::decode_permute(bytes, count);
-}
+void Permute(Bytes bytes, uint32_t) { pststore::disk::decode_permute(bytes); }
 
-void Cyclic(unsigned char* bytes, size_t count, uint32_t key) {
-  pststore::disk::decode_cyclic(bytes, count, key);
-}
+void Cyclic(Bytes bytes, uint32_t key) { pststore::disk::decode_cyclic(bytes, key); }
 
 template <typename Decode>
 void AllBlocks(std::vector<unsigned char>& bytes, const Decode& decode) {
   for (size_t i = 0; i < kBlocks; ++i) {
-    decode(bytes.data() + i * kBlock, kBlock, static_cast<uint32_t>(4 * i + 4));
+    decode(Bytes(bytes).subspan(i * kBlock, kBlock), static_cast<uint32_t>(4 * i + 4));
   }
   benchmark::ClobberMemory();
 }
@@ -58,7 +57,7 @@ double SecondsOf(std::vector<unsigned char>& bytes, const Decode& decode) {
   return best;
 }
 
-template <void (*Decode)(unsigned char*, size_t, uint32_t)>
+template <void (*Decode)(Bytes, uint32_t)>
 void Run(benchmark::State& state) {
   std::vector<unsigned char> bytes = Data();
   for ([[maybe_unused]] auto _ : state) AllBlocks(bytes, Decode);

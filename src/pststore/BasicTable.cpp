@@ -1,19 +1,17 @@
 #include "pststore/BasicTable.h"
 
-#include "Common/LittleEndian.h"
+#include "pststore/Disk.h"
 #include "pststore/Errors.h"
 #include "pststore/Heap.h"
 #include "pststore/HnidStream.h"
 
 namespace pststore {
 
-using tarn::LoadLittleEndian;
-
 namespace {
 
 constexpr ulong gust_table_id = 0x730;
 
-// Where the fields stand in the description.
+// Where the fields are in the description.
 constexpr size_t description_heap_sig_tc = 0;
 constexpr size_t description_cCols = 1;
 constexpr size_t description_rgib = 2;
@@ -31,11 +29,9 @@ constexpr size_t column_size = 8;
 
 constexpr size_t bth_header_entry_size = 2;
 
-disk::column_desc load_column(const unsigned char* bytes) {
-  return {LoadLittleEndian<ushort>(bytes + column_wPropType),
-          LoadLittleEndian<ushort>(bytes + column_id),
-          LoadLittleEndian<ushort>(bytes + column_ibData), bytes[column_cbData],
-          bytes[column_iBit]};
+disk::column_desc load_column(bytes_view bytes) {
+  return {disk::load<ushort>(bytes, column_wPropType), disk::load<ushort>(bytes, column_id),
+          disk::load<ushort>(bytes, column_ibData), bytes[column_cbData], bytes[column_iBit]};
 }
 
 // The width of the values in the row index; 0 when there is no such field. Then the table is
@@ -43,8 +39,7 @@ disk::column_desc load_column(const unsigned char* bytes) {
 unsigned char row_index_entry_size(const heap_impl& heap) {
   const byte_vector description = heap.read(heap.get_root_id());
   if (description.size() < description_hidRowIndex + sizeof(ulong)) return 0;
-  const byte_vector header =
-      heap.read(LoadLittleEndian<ulong>(&description[description_hidRowIndex]));
+  const byte_vector header = heap.read(disk::load<ulong>(description, description_hidRowIndex));
   return header.size() > bth_header_entry_size ? header[bth_header_entry_size] : 0;
 }
 
@@ -69,8 +64,7 @@ basic_table<T>::basic_table(const node& data) {
                        description[description_heap_sig_tc], heap_sig_tc);
   }
   if (description.size() < description_size) throw database_corrupt("table description cut short");
-  row_index_ =
-      open_bth<ulong, T>(heap, LoadLittleEndian<ulong>(&description[description_hidRowIndex]));
+  row_index_ = open_bth<ulong, T>(heap, disk::load<ulong>(description, description_hidRowIndex));
 
   const size_t cCols = description[description_cCols];
   if (description.size() < description_size + cCols * column_size) {
@@ -78,13 +72,14 @@ basic_table<T>::basic_table(const node& data) {
   }
   columns_.reserve(cCols);
   for (size_t i = 0; i < cCols; ++i) {
-    const disk::column_desc column = load_column(&description[description_size + i * column_size]);
+    const disk::column_desc column =
+        load_column(bytes_view(description).subspan(description_size + i * column_size));
     columns_[column.id] = column;
   }
   for (size_t i = 0; i < rgib_.size(); ++i) {
-    rgib_[i] = LoadLittleEndian<ushort>(&description[description_rgib + i * sizeof(ushort)]);
+    rgib_[i] = disk::load<ushort>(description, description_rgib + i * sizeof(ushort));
   }
-  open_rows(LoadLittleEndian<ulong>(&description[description_hnidRows]));
+  open_rows(disk::load<ulong>(description, description_hnidRows));
 }
 
 template <typename T>
@@ -105,10 +100,9 @@ auto basic_table<T>::get_layout() const -> const row_layout& {
   if (row_node_ == nullptr) {
     layout.rows = inline_rows_.size() / row_size();
   } else {
-    const ulong last = row_node_->get_page_count() - 1;
-    layout.rows_per_page = static_cast<ulong>(row_node_->get_page_size(0) / row_size());
-    layout.rows =
-        ulonglong{last} * layout.rows_per_page + row_node_->get_page_size(last) / row_size();
+    const size_t last = row_node_->get_page_count() - 1;
+    layout.rows_per_page = row_node_->get_page_size(0) / row_size();
+    layout.rows = last * layout.rows_per_page + row_node_->get_page_size(last) / row_size();
   }
   layout.known = true;
   layout_ = layout;
@@ -130,38 +124,37 @@ void basic_table<T>::check_row(ulong row) const {
 
 template <typename T>
 template <typename Value>
-Value basic_table<T>::read_at(ulong row, ulong offset) const {
+Value basic_table<T>::read_at(ulong row, size_t offset) const {
   check_row(row);
   if (offset + sizeof(Value) > row_size()) throw database_corrupt("table cell beyond its row");
   if (row_node_ != nullptr) {
-    const ulong in_page = row_size() * (row % layout_.rows_per_page) + offset;
+    const size_t in_page = row_size() * (row % layout_.rows_per_page) + offset;
     return row_node_->read<Value>(row / layout_.rows_per_page, in_page);
   }
-  return LoadLittleEndian<Value>(&inline_rows_[row_size() * row + offset]);
+  return disk::load<Value>(inline_rows_, row_size() * row + offset);
 }
 
-// The bitmap is cut at the end of its page, and what is cut off reads as zeros.
+// A byte of the existence bitmap. In a subnode that is cut at the end of its page, and what is cut
+// off reads as zeros.
 template <typename T>
-bool basic_table<T>::read_paged_bit(ulong row, ulong byte, unsigned char mask) const {
-  const ulong page = row / layout_.rows_per_page;
-  const ulong bitmap = row_size() * (row % layout_.rows_per_page) + rgib_[2];
+unsigned char basic_table<T>::read_bitmap(ulong row, size_t byte) const {
+  if (row_node_ == nullptr) return inline_rows_[row_size() * row + rgib_[2] + byte];
+  const size_t page = row / layout_.rows_per_page;
+  const size_t bitmap = row_size() * (row % layout_.rows_per_page) + rgib_[2];
   const ulonglong page_size = row_node_->get_page_size(page);
   if (bitmap >= page_size) throw std::out_of_range("offset >= size()");
-  if (bitmap + byte >= page_size) return false;
-  return (row_node_->read<unsigned char>(page, bitmap + byte) & mask) != 0;
+  if (bitmap + byte >= page_size) return 0;
+  return row_node_->read<unsigned char>(page, bitmap + byte);
 }
 
 template <typename T>
-bool basic_table<T>::read_bit(ulong row, ulong iBit) const {
+bool basic_table<T>::read_bit(ulong row, unsigned iBit) const {
   check_row(row);
-  const ulong byte = iBit >> 3;
-  const auto mask = static_cast<unsigned char>(0x80 >> (iBit & 7));
+  const size_t byte = iBit >> 3;
+  const unsigned mask = 0x80U >> (iBit & 7);
   if (rgib_[3] < rgib_[2]) throw database_corrupt("existence bitmap of negative size");
-  if (byte >= ulong{rgib_[3]} - rgib_[2]) {
-    throw database_corrupt("bit beyond the existence bitmap");
-  }
-  if (row_node_ != nullptr) return read_paged_bit(row, byte, mask);
-  return (inline_rows_[row_size() * row + rgib_[2] + byte] & mask) != 0;
+  if (rgib_[2] + byte >= rgib_[3]) throw database_corrupt("bit beyond the existence bitmap");
+  return (read_bitmap(row, byte) & mask) != 0;
 }
 
 template <typename T>
@@ -171,21 +164,25 @@ bool basic_table<T>::prop_exists(ulong row, ushort prop) const {
 }
 
 template <typename T>
-ulonglong basic_table<T>::get_cell_value(ulong row, ushort prop) const {
+const disk::column_desc& basic_table<T>::get_column(ushort prop) const {
   const auto column = columns_.find(prop);
-  if (column == columns_.end() || !read_bit(row, column->second.iBit)) {
-    throw key_not_found<ushort>(prop);
-  }
-  const ulong ibData = column->second.ibData;
-  switch (column->second.cbData) {
+  if (column == columns_.end()) throw key_not_found<ushort>(prop);
+  return column->second;
+}
+
+template <typename T>
+ulonglong basic_table<T>::get_cell_value(ulong row, ushort prop) const {
+  const disk::column_desc& column = get_column(prop);
+  if (!read_bit(row, column.iBit)) throw key_not_found<ushort>(prop);
+  switch (column.cbData) {
     case 1:
-      return read_at<unsigned char>(row, ibData);
+      return read_at<unsigned char>(row, column.ibData);
     case 2:
-      return read_at<ushort>(row, ibData);
+      return read_at<ushort>(row, column.ibData);
     case 4:
-      return read_at<ulong>(row, ibData);
+      return read_at<ulong>(row, column.ibData);
     case 8:
-      return read_at<ulonglong>(row, ibData);
+      return read_at<ulonglong>(row, column.ibData);
     default:
       throw database_corrupt("get_cell_value: invalid cell size");
   }
@@ -197,18 +194,23 @@ ulong basic_table<T>::get_row_id(ulong row) const {
 }
 
 template <typename T>
+ulong basic_table<T>::get_cell_hnid(ulong row, ushort prop) const {
+  return static_cast<ulong>(get_cell_value(row, prop));
+}
+
+template <typename T>
 byte_vector basic_table<T>::read_cell(ulong row, ushort prop) const {
-  return read_hnid(get_heap(), static_cast<ulong>(get_cell_value(row, prop)));
+  return read_hnid(get_heap(), get_cell_hnid(row, prop));
 }
 
 template <typename T>
 hnid_stream_device basic_table<T>::open_cell_stream(ulong row, ushort prop) const {
-  return open_hnid(get_heap(), static_cast<ulong>(get_cell_value(row, prop)));
+  return open_hnid(get_heap(), get_cell_hnid(row, prop));
 }
 
 template <typename T>
 ulonglong basic_table<T>::row_prop_size(ulong row, ushort prop) const {
-  return hnid_size(get_heap(), static_cast<ulong>(get_cell_value(row, prop)));
+  return hnid_size(get_heap(), get_cell_hnid(row, prop));
 }
 
 template <typename T>
@@ -226,9 +228,7 @@ vector<ushort> basic_table<T>::get_prop_list() const {
 
 template <typename T>
 ushort basic_table<T>::get_prop_type(ushort prop) const {
-  const auto column = columns_.find(prop);
-  if (column == columns_.end()) throw key_not_found<ushort>(prop);
-  return column->second.wPropType;
+  return get_column(prop).wPropType;
 }
 
 template class basic_table<ulong>;

@@ -18,8 +18,8 @@
 //              6  1  cbData, width of the cell
 //              7  1  iBit, the cell's bit in the bitmap; bit 0 is the top bit of the first byte
 //
-// Rows stand back to back, the row id in the first 4 bytes of each. In a subnode every page but the
-// last holds as many whole rows as the first, and no row crosses a page.
+// Rows follow each other without gaps, the row id in the first 4 bytes of each. In a subnode every
+// page but the last holds as many whole rows as the first, and no row crosses a page.
 //
 // Fields are believed as far as the rows reach: a cell or bitmap that does not fit the size of a
 // row raises database_corrupt when it is read, and so does a row of no size.
@@ -55,24 +55,26 @@ class basic_table final : public table_impl {
  public:
   explicit basic_table(const node& data);
 
-  ulong lookup_row(ulong row_id) const override;
   const node& get_node() const override { return get_heap().get_node(); }
-  node& get_node() override { return get_heap().get_node(); }
   ulonglong get_cell_value(ulong row, ushort prop) const override;
   byte_vector read_cell(ulong row, ushort prop) const override;
   hnid_stream_device open_cell_stream(ulong row, ushort prop) const override;
-  vector<ushort> get_prop_list() const override;
   ushort get_prop_type(ushort prop) const override;
   ulong get_row_id(ulong row) const override;
   ulonglong size() const override;
   bool prop_exists(ulong row, ushort prop) const override;
   ulonglong row_prop_size(ulong row, ushort prop) const override;
 
+  // What the filter does not ask for.
+  ulong lookup_row(ulong row_id) const override;
+  vector<ushort> get_prop_list() const override;
+  node& get_node() override { return get_heap().get_node(); }
+
  private:
   // What follows from the sizes of the pages that hold the rows; these never change.
   struct row_layout {
     bool known = false;
-    ulong rows_per_page = 0;  // only of rows in a subnode
+    size_t rows_per_page = 0;  // only of rows in a subnode
     ulonglong rows = 0;
   };
   using column_map =
@@ -81,13 +83,16 @@ class basic_table final : public table_impl {
 
   heap_impl& get_heap() const { return *row_index_->get_heap(); }
   void open_rows(ulong hnidRows);
-  ulong row_size() const { return rgib_[3]; }
+  const disk::column_desc& get_column(ushort prop) const;
+  size_t row_size() const { return rgib_[3]; }
   const row_layout& get_layout() const;
   void check_row(ulong row) const;
   template <typename Value>
-  Value read_at(ulong row, ulong offset) const;
-  bool read_bit(ulong row, ulong iBit) const;
-  bool read_paged_bit(ulong row, ulong byte, unsigned char mask) const;
+  Value read_at(ulong row, size_t offset) const;
+  // What a cell says of a value that is somewhere else.
+  ulong get_cell_hnid(ulong row, ushort prop) const;
+  bool read_bit(ulong row, unsigned iBit) const;
+  unsigned char read_bitmap(ulong row, size_t byte) const;
 
   std::shared_ptr<bth_node<ulong, T>> row_index_;
   byte_vector inline_rows_;

@@ -5,7 +5,7 @@
 #include <span>
 
 #include "Common/LittleEndian.h"
-#include "pststore/BtreeNode.inc"
+#include "pststore/Disk.h"
 #include "pststore/Errors.h"
 
 namespace pststore {
@@ -17,7 +17,7 @@ namespace {
 constexpr unsigned char bth_signature = 0xB5;
 constexpr size_t record_size = 8;
 
-// Where the fields stand in the header, and in a record behind its key.
+// Where the fields are in the header, and in a record after its key.
 constexpr size_t header_signature = 0;
 constexpr size_t header_key_size = 1;
 constexpr size_t header_entry_size = 2;
@@ -89,8 +89,8 @@ std::shared_ptr<bth_node<K, V>> open_bth_node(const heap_ptr& heap, ulong hid, u
   return opened;
 }
 
-// A tree has a record for every key, and above the leaves at most as many again. No record stands
-// in two places.
+// A tree has a record for every key, and above the leaves at most as many again. No record is in
+// two places.
 template <typename K>
 ulonglong most_records(const heap_ptr& heap) {
   constexpr ulonglong keys = ulonglong{std::numeric_limits<K>::max()} + 1;
@@ -104,25 +104,8 @@ void bth_budget::check(ulonglong records) const {
 }
 
 template <typename K, typename V>
-K bth_leaf_node<K, V>::get_key(ulong pos) const {
-  return records_.at(pos).first;
-}
-
-template <typename K, typename V>
-const V& bth_leaf_node<K, V>::get_value(ulong pos) const {
-  return records_.at(pos).second;
-}
-
-template <typename K, typename V>
-const V* bth_leaf_node<K, V>::find(const K& key) const {
-  const ulong pos = this->binary_search(key);
-  if (pos >= records_.size() || records_[pos].first != key) return nullptr;
-  return &records_[pos].second;
-}
-
-template <typename K, typename V>
 void bth_leaf_node<K, V>::append_keys(vector<K>& keys) const {
-  for (const auto& record : records_) keys.push_back(record.first);
+  for (ulong pos = 0; pos < records_.size(); ++pos) keys.push_back(records_.get_key(pos));
 }
 
 template <typename K, typename V>
@@ -134,17 +117,6 @@ bth_nonleaf_node<K, V>::bth_nonleaf_node(heap_ptr heap, ulong id, ushort level, 
       budget_(std::move(budget)) {}
 
 template <typename K, typename V>
-K bth_nonleaf_node<K, V>::get_key(ulong pos) const {
-  return records_.at(pos).first;
-}
-
-template <typename K, typename V>
-const V* bth_nonleaf_node<K, V>::find(const K& key) const {
-  const ulong pos = this->binary_search(key);
-  return pos >= records_.size() ? nullptr : load_child(pos).find(key);
-}
-
-template <typename K, typename V>
 void bth_nonleaf_node<K, V>::append_keys(vector<K>& keys) const {
   for (ulong pos = 0; pos < records_.size(); ++pos) load_child(pos).append_keys(keys);
 }
@@ -153,8 +125,9 @@ template <typename K, typename V>
 bth_node<K, V>& bth_nonleaf_node<K, V>::load_child(ulong pos) const {
   if (pos >= records_.size()) throw database_corrupt("BTH node without children");
   if (children_[pos] == nullptr) {
-    const auto level = static_cast<ushort>(this->get_level() - 1);
-    children_[pos] = open_bth_node<K, V>(this->get_heap(), records_[pos].second, level, budget_);
+    ushort level = this->get_level();
+    --level;
+    children_[pos] = open_bth_node<K, V>(this->get_heap(), records_.get_value(pos), level, budget_);
   }
   return *children_[pos];
 }
@@ -162,7 +135,7 @@ bth_node<K, V>& bth_nonleaf_node<K, V>::load_child(ulong pos) const {
 template <typename K, typename V>
 std::shared_ptr<bth_node<K, V>> open_bth(const heap_ptr& heap, ulong hid) {
   std::array<unsigned char, header_size> header = {};
-  heap->read(header.data(), header.size(), hid, 0);
+  heap->read(header, hid, 0);
   const unsigned char found = header[header_signature];
   if (found != bth_signature) {
     throw sig_mismatch("bth_signature expected", 0, hid, found, bth_signature);
@@ -173,9 +146,9 @@ std::shared_ptr<bth_node<K, V>> open_bth(const heap_ptr& heap, ulong hid) {
   }
 
   // One level is a lone leaf, as none is.
-  const unsigned char levels = header[header_levels];
-  const auto level = static_cast<ushort>(levels < 2 ? 0 : levels - 1);
-  const auto root = LoadLittleEndian<ulong>(&header[header_root]);
+  ushort level = header[header_levels];
+  if (level != 0) --level;
+  const auto root = disk::load<ulong>(header, header_root);
   bth_budget budget(most_records<K>(heap));
   if (level == 0) return open_bth_leaf<K, V>(heap, root, budget);
   return open_bth_node<K, V>(heap, root, level, make_kernel_shared<bth_budget>(budget));

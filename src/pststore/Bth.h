@@ -58,9 +58,6 @@ class bth_node : public virtual btree_node<K, V>, private boost::noncopyable {
   // 0 for a leaf.
   ushort get_level() const { return level_; }
 
-  // The value of the key, or null: lookup without an exception. It lives as long as the tree.
-  virtual const V* find(const K& key) const = 0;
-
   // Appends all keys of the tree below this node, in its order.
   virtual void append_keys(vector<K>& keys) const = 0;
 
@@ -77,40 +74,38 @@ class bth_node : public virtual btree_node<K, V>, private boost::noncopyable {
 template <typename K, typename V>
 class bth_leaf_node final : public bth_node<K, V>, public btree_node_leaf<K, V> {
  public:
-  using records = vector<std::pair<K, V>>;
+  using records = typename tree_entries<K, V>::list;
 
   bth_leaf_node(heap_ptr heap, ulong id, records&& leaves)
       : bth_node<K, V>(std::move(heap), id, 0), records_(std::move(leaves)) {}
 
-  K get_key(ulong pos) const override;
-  ulong num_values() const override { return static_cast<ulong>(records_.size()); }
-  const V& get_value(ulong pos) const override;
-  const V* find(const K& key) const override;
+  K get_key(ulong pos) const override { return records_.get_key(pos); }
+  ulong num_values() const override { return records_.size(); }
+  const V& get_value(ulong pos) const override { return records_.get_value(pos); }
   void append_keys(vector<K>& keys) const override;
 
  private:
-  records records_;
+  tree_entries<K, V> records_;
 };
 
 template <typename K, typename V>
 class bth_nonleaf_node final : public bth_node<K, V>, public btree_node_nonleaf<K, V> {
  public:
-  using records = vector<std::pair<K, ulong>>;
+  using records = typename tree_entries<K, ulong>::list;
 
   bth_nonleaf_node(heap_ptr heap, ulong id, ushort level, records&& children,
                    std::shared_ptr<bth_budget> budget);
 
-  K get_key(ulong pos) const override;
-  ulong num_values() const override { return static_cast<ulong>(records_.size()); }
+  K get_key(ulong pos) const override { return records_.get_key(pos); }
+  ulong num_values() const override { return records_.size(); }
   const btree_node<K, V>& get_child(ulong pos) const override { return load_child(pos); }
   btree_node<K, V>& get_child(ulong pos) override { return load_child(pos); }
-  const V* find(const K& key) const override;
   void append_keys(vector<K>& keys) const override;
 
  private:
   bth_node<K, V>& load_child(ulong pos) const;
 
-  records records_;
+  tree_entries<K, ulong> records_;
   mutable vector<std::shared_ptr<bth_node<K, V>>> children_;
   std::shared_ptr<bth_budget> budget_;
 };

@@ -4,7 +4,6 @@
 #include <cstring>
 
 #include "pststore/CodecTables.h"
-#include "pststore/Disk.h"
 
 #if defined(__x86_64__)
 #include <immintrin.h>
@@ -20,14 +19,14 @@ constexpr size_t word_size = sizeof(ulonglong);
 ulonglong permute_word(ulonglong word) {
   ulonglong result = 0;
   for (size_t shift = 0; shift < 8 * word_size; shift += 8) {
-    result |= static_cast<ulonglong>(mpbb_i[(word >> shift) & 0xFF]) << shift;
+    result |= ulonglong{mpbb_i[(word >> shift) & 0xFF]} << shift;
   }
   return result;
 }
 
 // Decodes bytes whose counters share the upper half `high` and begin with the lower half `low`.
-void decode_cyclic_run(unsigned char* bytes, size_t count, ulong high, ulong low) {
-  for (size_t i = 0; i < count; ++i, ++low) {
+void decode_cyclic_run(std::span<unsigned char> bytes, ulong high, ulong low) {
+  for (size_t i = 0; i < bytes.size(); ++i, ++low) {
     const ulong first = mpbb_r[(bytes[i] + low) & 0xFF];
     const ulong second = mpbb_s[(first + high) & 0xFF];
     const ulong third = mpbb_i[(second - high) & 0xFF];
@@ -43,15 +42,15 @@ bool can_permute_wide() { return __builtin_cpu_supports("avx512vbmi") != 0; }
 
 // 64 bytes at a time, where the processor looks bytes up in tables of 128: the top bit of a byte
 // chooses between two of these.
-[[gnu::target("avx512bw,avx512vbmi")]] size_t permute_wide(unsigned char* bytes, size_t count) {
+[[gnu::target("avx512bw,avx512vbmi")]] size_t permute_wide(std::span<unsigned char> bytes) {
   __m512i table[4];
   for (size_t i = 0; i < 4; ++i) table[i] = _mm512_loadu_si512(mpbb_i.data() + i * wide_size);
   size_t done = 0;
-  for (; count - done >= wide_size; done += wide_size) {
-    const __m512i from = _mm512_loadu_si512(bytes + done);
+  for (; bytes.size() - done >= wide_size; done += wide_size) {
+    const __m512i from = _mm512_loadu_si512(bytes.data() + done);
     const __m512i lower = _mm512_permutex2var_epi8(table[0], from, table[1]);
     const __m512i upper = _mm512_permutex2var_epi8(table[2], from, table[3]);
-    _mm512_storeu_si512(bytes + done,
+    _mm512_storeu_si512(bytes.data() + done,
                         _mm512_mask_blend_epi8(_mm512_movepi8_mask(from), lower, upper));
   }
   return done;
@@ -60,41 +59,40 @@ bool can_permute_wide() { return __builtin_cpu_supports("avx512vbmi") != 0; }
 #else
 
 bool can_permute_wide() { return false; }
-size_t permute_wide(unsigned char*, size_t) { return 0; }
+size_t permute_wide(std::span<unsigned char>) { return 0; }
 
 #endif
 
 }  // namespace
 
-void decode_permute(unsigned char* bytes, size_t count) {
-  size_t done = can_permute_wide() ? permute_wide(bytes, count) : 0;
-  for (; count - done >= word_size; done += word_size) {
+void decode_permute(std::span<unsigned char> bytes) {
+  size_t done = can_permute_wide() ? permute_wide(bytes) : 0;
+  for (; bytes.size() - done >= word_size; done += word_size) {
     ulonglong word;
-    std::memcpy(&word, bytes + done, word_size);
+    std::memcpy(&word, &bytes[done], word_size);
     word = permute_word(word);
-    std::memcpy(bytes + done, &word, word_size);
+    std::memcpy(&bytes[done], &word, word_size);
   }
-  for (; done < count; ++done) bytes[done] = mpbb_i[bytes[done]];
+  for (; done < bytes.size(); ++done) bytes[done] = mpbb_i[bytes[done]];
 }
 
-void decode_cyclic(unsigned char* bytes, size_t count, ulong key) {
+void decode_cyclic(std::span<unsigned char> bytes, ulong key) {
   // The counter has 16 bits and wraps.
   ulong counter = (key ^ (key >> 16)) & 0xFFFF;
-  while (count > 0) {
+  while (!bytes.empty()) {
     const ulong low = counter & 0xFF;
-    const size_t run = std::min<size_t>(count, 256 - low);
-    decode_cyclic_run(bytes, run, counter >> 8, low);
-    bytes += run;
-    count -= run;
-    counter = static_cast<ulong>(counter + run) & 0xFFFF;
+    const auto run = bytes.first(std::min<size_t>(bytes.size(), 256 - low));
+    decode_cyclic_run(run, counter >> 8, low);
+    bytes = bytes.subspan(run.size());
+    counter = static_cast<ulong>(counter + run.size()) & 0xFFFF;
   }
 }
 
-void decode(unsigned char* bytes, size_t count, encoding how) {
-  if (how.method == crypt_method_permute) {
-    decode_permute(bytes, count);
-  } else if (how.method == crypt_method_cyclic) {
-    decode_cyclic(bytes, count, how.key);
+void decode(std::span<unsigned char> bytes, encoding how) {
+  if (how.method == crypt_method::permute) {
+    decode_permute(bytes);
+  } else if (how.method == crypt_method::cyclic) {
+    decode_cyclic(bytes, how.key);
   }
 }
 

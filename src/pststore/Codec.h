@@ -5,26 +5,29 @@
 #ifndef TARN_PSTSTORE_CODEC_H
 #define TARN_PSTSTORE_CODEC_H
 
-#include <cstddef>
+#include <span>
 
 #include "pststore/Types.h"
 
 namespace pststore::disk {
 
+// bCryptMethod of the header. Data of every other method is plain, too.
+enum class crypt_method : unsigned char { none = 0, permute = 1, cyclic = 2 };
+
 // What a byte becomes follows from its value alone.
-void decode_permute(unsigned char* bytes, size_t count);
+void decode_permute(std::span<unsigned char> bytes);
 
 // What a byte becomes follows from its value, its place and the key, the lower 32 bits of the
 // block's id.
-void decode_cyclic(unsigned char* bytes, size_t count, ulong key);
+void decode_cyclic(std::span<unsigned char> bytes, ulong key);
 
-// How the data of a block is encoded: by a method of the header, and the key of the second.
+// How the data of a block is encoded; only the cyclic encoding has a key.
 struct encoding {
-  unsigned char method = 0;  // every method but the two is plain data
+  crypt_method method = crypt_method::none;
   ulong key = 0;
 };
 
-void decode(unsigned char* bytes, size_t count, encoding how);
+void decode(std::span<unsigned char> bytes, encoding how);
 
 }  // namespace pststore::disk
 

@@ -2,18 +2,17 @@
 
 #include <algorithm>
 
-#include "pststore/BtreeNode.inc"
 #include "pststore/EntryParsing.h"
 
 namespace pststore {
 
 namespace {
 
-constexpr const char* no_bbt_page = "page_type != page_type_bbt";
-constexpr const char* no_nbt_page = "page_type != page_type_nbt";
-
-void expect_page(bool expected, const char* message) {
-  if (!expected) throw unexpected_page(message);
+// Of another type or another level than the one that was asked for.
+void expect_page(bool expected, disk::page_type type) {
+  if (expected) return;
+  throw unexpected_page(type == disk::page_type_bbt ? "page_type != page_type_bbt"
+                                                    : "page_type != page_type_nbt");
 }
 
 void expect_block(bool expected, const char* message) {
@@ -64,50 +63,51 @@ std::shared_ptr<nbt_page> database_impl<T>::read_nbt_root() {
 // Pages ---------------------------------------------------------------------------------------
 
 template <typename T>
-std::shared_ptr<bbt_page> database_impl<T>::read_bbt_page(const page_info& info) {
+page_bytes database_impl<T>::read_page(const page_info& info, disk::page_type type) {
   const page_bytes bytes = reader_.read_page(info);
-  expect_page(bytes[layout::page_type] == disk::page_type_bbt, no_bbt_page);
-  if (bytes[layout::page_level] != 0) return make_bbt_nonleaf(info, bytes);
-  return make_bbt_leaf(info, bytes);
+  expect_page(bytes[layout::page_type] == type, type);
+  return bytes;
+}
+
+template <typename T>
+std::shared_ptr<bbt_page> database_impl<T>::read_bbt_page(const page_info& info) {
+  const page_bytes bytes = read_page(info, disk::page_type_bbt);
+  if (is_leaf(bytes)) return make_bbt_leaf(info, bytes);
+  return make_bbt_nonleaf(info, bytes);
 }
 
 template <typename T>
 std::shared_ptr<nbt_page> database_impl<T>::read_nbt_page(const page_info& info) {
-  const page_bytes bytes = reader_.read_page(info);
-  expect_page(bytes[layout::page_type] == disk::page_type_nbt, no_nbt_page);
-  if (bytes[layout::page_level] != 0) return make_nbt_nonleaf(info, bytes);
-  return make_nbt_leaf(info, bytes);
-}
-
-template <typename T>
-std::shared_ptr<nbt_leaf_page> database_impl<T>::read_nbt_leaf_page(const page_info& info) {
-  const page_bytes bytes = reader_.read_page(info);
-  expect_page(bytes[layout::page_type] == disk::page_type_nbt, no_nbt_page);
-  expect_page(bytes[layout::page_level] == 0, no_nbt_page);
-  return make_nbt_leaf(info, bytes);
-}
-
-template <typename T>
-std::shared_ptr<bbt_leaf_page> database_impl<T>::read_bbt_leaf_page(const page_info& info) {
-  const page_bytes bytes = reader_.read_page(info);
-  expect_page(bytes[layout::page_type] == disk::page_type_bbt, no_bbt_page);
-  expect_page(bytes[layout::page_level] == 0, no_bbt_page);
-  return make_bbt_leaf(info, bytes);
-}
-
-template <typename T>
-std::shared_ptr<nbt_nonleaf_page> database_impl<T>::read_nbt_nonleaf_page(const page_info& info) {
-  const page_bytes bytes = reader_.read_page(info);
-  expect_page(bytes[layout::page_type] == disk::page_type_nbt, no_nbt_page);
-  expect_page(bytes[layout::page_level] != 0, no_nbt_page);
+  const page_bytes bytes = read_page(info, disk::page_type_nbt);
+  if (is_leaf(bytes)) return make_nbt_leaf(info, bytes);
   return make_nbt_nonleaf(info, bytes);
 }
 
 template <typename T>
+std::shared_ptr<nbt_leaf_page> database_impl<T>::read_nbt_leaf_page(const page_info& info) {
+  const page_bytes bytes = read_page(info, disk::page_type_nbt);
+  expect_page(is_leaf(bytes), disk::page_type_nbt);
+  return make_nbt_leaf(info, bytes);
+}
+
+template <typename T>
+std::shared_ptr<nbt_nonleaf_page> database_impl<T>::read_nbt_nonleaf_page(const page_info& info) {
+  const page_bytes bytes = read_page(info, disk::page_type_nbt);
+  expect_page(!is_leaf(bytes), disk::page_type_nbt);
+  return make_nbt_nonleaf(info, bytes);
+}
+
+template <typename T>
+std::shared_ptr<bbt_leaf_page> database_impl<T>::read_bbt_leaf_page(const page_info& info) {
+  const page_bytes bytes = read_page(info, disk::page_type_bbt);
+  expect_page(is_leaf(bytes), disk::page_type_bbt);
+  return make_bbt_leaf(info, bytes);
+}
+
+template <typename T>
 std::shared_ptr<bbt_nonleaf_page> database_impl<T>::read_bbt_nonleaf_page(const page_info& info) {
-  const page_bytes bytes = reader_.read_page(info);
-  expect_page(bytes[layout::page_type] == disk::page_type_bbt, no_bbt_page);
-  expect_page(bytes[layout::page_level] != 0, no_bbt_page);
+  const page_bytes bytes = read_page(info, disk::page_type_bbt);
+  expect_page(!is_leaf(bytes), disk::page_type_bbt);
   return make_bbt_nonleaf(info, bytes);
 }
 
@@ -162,11 +162,11 @@ template <typename T>
 std::shared_ptr<extended_block> database_impl<T>::read_extended_block(const context_ptr& parent,
                                                                       const block_info& info) {
   expect_block(is_internal_id(info.id), "internal bid expected");
-  const disk::bytes_view bytes = reader_.read_references(info);
+  const bytes_view bytes = reader_.read_references(info);
   const ulong total_size = disk::load<ulong>(bytes, disk::extended_total_size);
   const extended_limits limits = limits_of<T>(bytes[disk::internal_level]);
   vector<ulonglong> ids = parse_block_ids<T>(bytes);
-  // All children but the last are full. Pages behind the stream's end can be asked for, too.
+  // All children but the last are full. Pages after the stream's end can be asked for, too.
   const ulonglong full_children = ids.empty() ? 0 : ids.size() - 1;
   reader_.expect_room(std::max<ulonglong>(total_size, full_children * limits.child_max_total_size));
   return make_kernel_shared<extended_block>(parent, info, bytes.size(), limits, total_size,
@@ -233,7 +233,7 @@ std::shared_ptr<subnode_block> database_impl<T>::read_subnode_block(const contex
     return make_kernel_shared<subnode_leaf_block>(parent, block_info(), 0,
                                                   subnode_leaf_block::entries());
   }
-  const disk::bytes_view bytes = reader_.read_references(info);
+  const bytes_view bytes = reader_.read_references(info);
   if (bytes[disk::internal_level] != 0) return make_subnode_nonleaf(parent, info, bytes);
   return make_subnode_leaf(parent, info, bytes);
 }
@@ -241,7 +241,7 @@ std::shared_ptr<subnode_block> database_impl<T>::read_subnode_block(const contex
 template <typename T>
 std::shared_ptr<subnode_leaf_block> database_impl<T>::read_subnode_leaf_block(
     const context_ptr& parent, const block_info& info) {
-  const disk::bytes_view bytes = reader_.read_references(info);
+  const bytes_view bytes = reader_.read_references(info);
   expect_block(bytes[disk::internal_level] == 0, "psub->level != 0");
   return make_subnode_leaf(parent, info, bytes);
 }
@@ -249,7 +249,7 @@ std::shared_ptr<subnode_leaf_block> database_impl<T>::read_subnode_leaf_block(
 template <typename T>
 std::shared_ptr<subnode_nonleaf_block> database_impl<T>::read_subnode_nonleaf_block(
     const context_ptr& parent, const block_info& info) {
-  const disk::bytes_view bytes = reader_.read_references(info);
+  const bytes_view bytes = reader_.read_references(info);
   expect_block(bytes[disk::internal_level] != 0, "psub->level == 1");
   return make_subnode_nonleaf(parent, info, bytes);
 }
@@ -257,59 +257,16 @@ std::shared_ptr<subnode_nonleaf_block> database_impl<T>::read_subnode_nonleaf_bl
 template <typename T>
 std::shared_ptr<subnode_leaf_block> database_impl<T>::make_subnode_leaf(const context_ptr& parent,
                                                                         const block_info& info,
-                                                                        disk::bytes_view bytes) {
+                                                                        bytes_view bytes) {
   return make_kernel_shared<subnode_leaf_block>(parent, info, bytes.size(),
                                                 parse_subnode_leaf<T>(bytes));
 }
 
 template <typename T>
 std::shared_ptr<subnode_nonleaf_block> database_impl<T>::make_subnode_nonleaf(
-    const context_ptr& parent, const block_info& info, disk::bytes_view bytes) {
+    const context_ptr& parent, const block_info& info, bytes_view bytes) {
   return make_kernel_shared<subnode_nonleaf_block>(parent, info, bytes.size(),
                                                    parse_subnode_nonleaf<T>(bytes));
-}
-
-// The forms that take an id -------------------------------------------------------------------
-
-template <typename T>
-std::shared_ptr<block> database_impl<T>::read_block(const context_ptr& parent, ulonglong bid) {
-  return read_block(parent, lookup_block_info(bid));
-}
-
-template <typename T>
-std::shared_ptr<data_block> database_impl<T>::read_data_block(const context_ptr& parent,
-                                                              ulonglong bid) {
-  return read_data_block(parent, lookup_block_info(bid));
-}
-
-template <typename T>
-std::shared_ptr<extended_block> database_impl<T>::read_extended_block(const context_ptr& parent,
-                                                                      ulonglong bid) {
-  return read_extended_block(parent, lookup_block_info(bid));
-}
-
-template <typename T>
-std::shared_ptr<external_block> database_impl<T>::read_external_block(const context_ptr& parent,
-                                                                      ulonglong bid) {
-  return read_external_block(parent, lookup_block_info(bid));
-}
-
-template <typename T>
-std::shared_ptr<subnode_block> database_impl<T>::read_subnode_block(const context_ptr& parent,
-                                                                    ulonglong bid) {
-  return read_subnode_block(parent, lookup_block_info(bid));
-}
-
-template <typename T>
-std::shared_ptr<subnode_leaf_block> database_impl<T>::read_subnode_leaf_block(
-    const context_ptr& parent, ulonglong bid) {
-  return read_subnode_leaf_block(parent, lookup_block_info(bid));
-}
-
-template <typename T>
-std::shared_ptr<subnode_nonleaf_block> database_impl<T>::read_subnode_nonleaf_block(
-    const context_ptr& parent, ulonglong bid) {
-  return read_subnode_nonleaf_block(parent, lookup_block_info(bid));
 }
 
 template <typename T>

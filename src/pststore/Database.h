@@ -14,9 +14,6 @@ namespace pststore {
 template <typename T>
 class database_impl final : public db_context {
  public:
-  using db_context::read_data_block;
-  using db_context::read_subnode_block;
-
   // As disk_reader. Lives under a shared pointer.
   explicit database_impl(const char16_t* path) : reader_(path) {}
 
@@ -28,52 +25,43 @@ class database_impl final : public db_context {
   std::shared_ptr<nbt_page> read_nbt_root() override;
   std::shared_ptr<bbt_page> read_bbt_page(const page_info& info) override;
   std::shared_ptr<nbt_page> read_nbt_page(const page_info& info) override;
-  std::shared_ptr<nbt_leaf_page> read_nbt_leaf_page(const page_info& info) override;
-  std::shared_ptr<bbt_leaf_page> read_bbt_leaf_page(const page_info& info) override;
-  std::shared_ptr<nbt_nonleaf_page> read_nbt_nonleaf_page(const page_info& info) override;
-  std::shared_ptr<bbt_nonleaf_page> read_bbt_nonleaf_page(const page_info& info) override;
 
-  std::shared_ptr<block> read_block(const context_ptr& parent, const block_info& info) override;
-  std::shared_ptr<block> read_block(const context_ptr& parent, ulonglong bid) override;
   std::shared_ptr<data_block> read_data_block(const context_ptr& parent,
                                               const block_info& info) override;
-  std::shared_ptr<data_block> read_data_block(const context_ptr& parent, ulonglong bid) override;
   std::shared_ptr<extended_block> read_extended_block(const context_ptr& parent,
                                                       const block_info& info) override;
-  std::shared_ptr<extended_block> read_extended_block(const context_ptr& parent,
-                                                      ulonglong bid) override;
   std::shared_ptr<external_block> read_external_block(const context_ptr& parent,
                                                       const block_info& info) override;
-  std::shared_ptr<external_block> read_external_block(const context_ptr& parent,
-                                                      ulonglong bid) override;
   std::shared_ptr<subnode_block> read_subnode_block(const context_ptr& parent,
                                                     const block_info& info) override;
-  std::shared_ptr<subnode_block> read_subnode_block(const context_ptr& parent,
-                                                    ulonglong bid) override;
-  std::shared_ptr<subnode_leaf_block> read_subnode_leaf_block(const context_ptr& parent,
-                                                              const block_info& info) override;
-  std::shared_ptr<subnode_leaf_block> read_subnode_leaf_block(const context_ptr& parent,
-                                                              ulonglong bid) override;
-  std::shared_ptr<subnode_nonleaf_block> read_subnode_nonleaf_block(
-      const context_ptr& parent, const block_info& info) override;
-  std::shared_ptr<subnode_nonleaf_block> read_subnode_nonleaf_block(const context_ptr& parent,
-                                                                    ulonglong bid) override;
-
   std::shared_ptr<external_block> create_external_block(const context_ptr& parent,
                                                         ulonglong size) override;
   std::shared_ptr<extended_block> create_extended_block(const context_ptr& parent,
                                                         ulonglong size) override;
+  ulonglong alloc_bid(bool is_internal) override;
+  void expect_tree_room(ulonglong bytes) override;
+
+  // What the filter does not ask for.
+  std::shared_ptr<nbt_leaf_page> read_nbt_leaf_page(const page_info& info) override;
+  std::shared_ptr<bbt_leaf_page> read_bbt_leaf_page(const page_info& info) override;
+  std::shared_ptr<nbt_nonleaf_page> read_nbt_nonleaf_page(const page_info& info) override;
+  std::shared_ptr<bbt_nonleaf_page> read_bbt_nonleaf_page(const page_info& info) override;
+  std::shared_ptr<block> read_block(const context_ptr& parent, const block_info& info) override;
+  std::shared_ptr<subnode_leaf_block> read_subnode_leaf_block(const context_ptr& parent,
+                                                              const block_info& info) override;
+  std::shared_ptr<subnode_nonleaf_block> read_subnode_nonleaf_block(
+      const context_ptr& parent, const block_info& info) override;
   std::shared_ptr<extended_block> create_extended_block(
       const context_ptr& parent, const std::shared_ptr<extended_block>& child) override;
   std::shared_ptr<extended_block> create_extended_block(
       const context_ptr& parent, const std::shared_ptr<external_block>& child) override;
 
-  ulonglong alloc_bid(bool is_internal) override;
-  void expect_tree_room(ulonglong bytes) override;
-
  private:
   using layout = disk::layout<T>;
 
+  // A page of one of the trees; unexpected_page for one of another type.
+  page_bytes read_page(const page_info& info, disk::page_type type);
+  static bool is_leaf(const page_bytes& bytes) { return bytes[layout::page_level] == 0; }
   std::shared_ptr<bbt_leaf_page> make_bbt_leaf(const page_info& info, const page_bytes& bytes);
   std::shared_ptr<nbt_leaf_page> make_nbt_leaf(const page_info& info, const page_bytes& bytes);
   std::shared_ptr<bbt_nonleaf_page> make_bbt_nonleaf(const page_info& info,
@@ -81,11 +69,10 @@ class database_impl final : public db_context {
   std::shared_ptr<nbt_nonleaf_page> make_nbt_nonleaf(const page_info& info,
                                                      const page_bytes& bytes);
   std::shared_ptr<subnode_leaf_block> make_subnode_leaf(const context_ptr& parent,
-                                                        const block_info& info,
-                                                        disk::bytes_view bytes);
+                                                        const block_info& info, bytes_view bytes);
   std::shared_ptr<subnode_nonleaf_block> make_subnode_nonleaf(const context_ptr& parent,
                                                               const block_info& info,
-                                                              disk::bytes_view bytes);
+                                                              bytes_view bytes);
 
   disk_reader<T> reader_;
   std::shared_ptr<bbt_page> bbt_root_;

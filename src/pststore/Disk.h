@@ -1,5 +1,5 @@
-// Disk.h - the bytes of a store: where the fields of its structures stand, and how numbers are
-// taken out of them (MS-PST, 2.2).
+// Disk.h - the bytes of a store: where the fields of its structures are, and how numbers are taken
+// out of them (MS-PST, 2.2).
 //
 // A store has one of two layouts. T names it everywhere: `ulong` is the ANSI layout, with block ids
 // and file offsets of 32 bits, `ulonglong` the Unicode layout, with 64 bits. In memory both are 64
@@ -15,21 +15,19 @@
 #ifndef TARN_PSTSTORE_DISK_H
 #define TARN_PSTSTORE_DISK_H
 
-#include <span>
-
+#include "Common/Crc32.h"
+#include "Common/LittleEndian.h"
 #include "pststore/Errors.h"
 #include "pststore/Types.h"
 
 namespace pststore::disk {
 
-using bytes_view = std::span<const unsigned char>;
-
 inline constexpr size_t page_size = 512;
 inline constexpr size_t block_align = 64;
 inline constexpr size_t max_block_extent = 8192;
 
-inline constexpr unsigned char page_type_bbt = 0x80;
-inline constexpr unsigned char page_type_nbt = 0x81;
+enum page_type : unsigned char { page_type_bbt = 0x80, page_type_nbt = 0x81 };
+
 inline constexpr unsigned char block_type_extended = 1;
 
 // A block id with this bit names a block of references; without it, a block of data.
@@ -39,10 +37,7 @@ inline constexpr ulonglong bid_ignored_bit = 1;
 
 inline constexpr ushort first_unicode_version = 20;
 
-inline constexpr unsigned char crypt_method_permute = 1;
-inline constexpr unsigned char crypt_method_cyclic = 2;
-
-// Fields that stand at one place in both layouts.
+// Fields that are at one place in both layouts.
 inline constexpr size_t header_crc_partial = 4;
 inline constexpr size_t header_version = 10;
 inline constexpr size_t header_crc_begin = 8;
@@ -126,18 +121,13 @@ struct layout<ulonglong> {
   static constexpr ulong max_extended_children = 1021;
 };
 
-// Raises database_corrupt.
-[[noreturn]] void outside_of_bytes();
-
 // The number at `offset`. V is an unsigned integer.
 template <typename V>
 V load(bytes_view bytes, size_t offset) {
-  if (offset > bytes.size() || bytes.size() - offset < sizeof(V)) outside_of_bytes();
-  ulonglong value = 0;
-  for (size_t i = 0; i < sizeof(V); ++i) {
-    value |= static_cast<ulonglong>(bytes[offset + i]) << (8 * i);
+  if (offset > bytes.size() || bytes.size() - offset < sizeof(V)) {
+    throw database_corrupt("entry beyond its page or block");
   }
-  return static_cast<V>(value);
+  return tarn::LoadLittleEndian<V>(bytes.data() + offset);
 }
 
 // A block id or file offset, 4 or 8 bytes by layout.
@@ -165,7 +155,7 @@ constexpr ushort compute_signature(ulonglong id, ulonglong address) {
 }
 
 // The checksum of the header (MS-PST, 5.3): CRC-32, started at 0 and without a final complement.
-ulong compute_crc(const void* bytes, size_t count);
+inline ulong compute_crc(bytes_view bytes) { return tarn::Crc32(bytes.data(), bytes.size()); }
 
 }  // namespace pststore::disk
 

@@ -10,8 +10,8 @@ constexpr ulonglong hole_allowance = 16u << 20;
 // What repeated blocks may add to a tree beyond the size of the file: eight of the largest.
 constexpr ulonglong tree_allowance = 64u << 10;
 
-void expect_crc(disk::bytes_view header, size_t count, size_t stored_at, const char* message) {
-  const ulong computed = disk::compute_crc(header.data() + disk::header_crc_begin, count);
+void expect_crc(bytes_view header, size_t count, size_t stored_at, const char* message) {
+  const ulong computed = disk::compute_crc(header.subspan(disk::header_crc_begin, count));
   const ulong stored = disk::load<ulong>(header, stored_at);
   if (computed != stored) throw crc_fail(message, 0, 0, computed, stored);
 }
@@ -25,7 +25,7 @@ void expect_signature(const char* message, ulonglong address, ulonglong id, usho
 
 template <typename T>
 disk_reader<T>::disk_reader(const char16_t* path) : file_(path) {
-  file_.read(header_.data(), header_.size(), 0);
+  file_.read(header_, 0);
   validate();
 }
 
@@ -49,7 +49,7 @@ ulonglong disk_reader<T>::get_file_eof() const {
 
 template <typename T>
 page_bytes disk_reader<T>::read_page(const page_info& info) {
-  // The sum wraps; the seek behind it fails then.
+  // The sum may wrap; then the seek fails.
   if (info.address + disk::page_size > get_file_eof()) {
     throw unexpected_page("nonsensical page location; past eof");
   }
@@ -57,7 +57,7 @@ page_bytes disk_reader<T>::read_page(const page_info& info) {
     throw unexpected_page("nonsensical page location; not sector aligned");
   }
   page_bytes bytes{};
-  file_.read(bytes.data(), bytes.size(), info.address);
+  file_.read(bytes, info.address);
 
   if (disk::load_wide<T>(bytes, layout::page_bid) != info.id) {
     throw unexpected_page("wrong page id");
@@ -78,7 +78,7 @@ byte_vector disk_reader<T>::read_block(const block_info& info) {
 }
 
 template <typename T>
-disk::bytes_view disk_reader<T>::read_references(const block_info& info) {
+bytes_view disk_reader<T>::read_references(const block_info& info) {
   read_extent(info, references_);
   return references_;
 }
@@ -87,12 +87,12 @@ template <typename T>
 void disk_reader<T>::read_extent(const block_info& info, byte_vector& bytes) {
   const ulonglong extent = disk::align_disk<T>(info.size);
   if (extent > disk::max_block_extent) throw unexpected_block("nonsensical block size");
-  // The sum wraps; the seek behind it fails then.
+  // The sum may wrap; then the seek fails.
   if (info.address + extent > get_file_eof()) {
     throw unexpected_block("nonsensical block location; past eof");
   }
   bytes.resize(extent);
-  file_.read(bytes.data(), bytes.size(), info.address);
+  file_.read(bytes, info.address);
 
   if (disk::load_wide<T>(bytes, extent - layout::block_bid_back) != info.id) {
     throw unexpected_block("wrong block id");
@@ -106,13 +106,13 @@ void disk_reader<T>::read_extent(const block_info& info, byte_vector& bytes) {
 
 template <typename T>
 disk::encoding disk_reader<T>::get_encoding(const block_info& info) const {
-  return {header_[layout::header_crypt_method], static_cast<ulong>(info.id)};
+  return {disk::crypt_method{header_[layout::header_crypt_method]}, static_cast<ulong>(info.id)};
 }
 
 template <typename T>
 unsigned char disk_reader<T>::read_block_type(const block_info& info) {
   std::array<unsigned char, disk::extended_ids + sizeof(T)> beginning{};
-  file_.read(beginning.data(), beginning.size(), info.address);
+  file_.read(beginning, info.address);
   return beginning[disk::extended_type];
 }
 
@@ -129,10 +129,7 @@ page_info disk_reader<T>::get_bbt_root() const {
 template <typename T>
 ulonglong disk_reader<T>::take_next_bid() {
   const T next = disk::load<T>(header_, layout::header_next_bid);
-  const T following = static_cast<T>(next + 4);
-  for (size_t i = 0; i < sizeof(T); ++i) {
-    header_[layout::header_next_bid + i] = static_cast<unsigned char>(following >> (8 * i));
-  }
+  tarn::StoreLittleEndian<T>(&header_[layout::header_next_bid], ulonglong{next} + 4);
   return next;
 }
 

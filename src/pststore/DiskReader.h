@@ -32,7 +32,7 @@ class disk_reader {
   byte_vector read_block(const block_info& info);
 
   // The same of a block of references, in a buffer that the next such block is read into.
-  disk::bytes_view read_references(const block_info& info);
+  bytes_view read_references(const block_info& info);
 
   // How the data of an external block is encoded.
   disk::encoding get_encoding(const block_info& info) const;

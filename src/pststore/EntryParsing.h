@@ -1,21 +1,23 @@
 // EntryParsing.h - the entries of pages, subnode blocks and extended blocks, taken out of their
-// bytes: all that the count says, in the order of the file.
+// bytes: all that the count says, in the order of the file. Of a node id only the lower 32 bits
+// count, which come first.
 //
 // An entry that ends beyond the bytes raises database_corrupt.
 #ifndef TARN_PSTSTORE_ENTRYPARSING_H
 #define TARN_PSTSTORE_ENTRYPARSING_H
 
 #include <algorithm>
+#include <type_traits>
 
+#include "pststore/Blocks.h"
 #include "pststore/Disk.h"
 #include "pststore/Pages.h"
-#include "pststore/SubnodeBlocks.h"
 
 namespace pststore {
 
 // `count` entries of `stride` bytes from `begin` on; `parse(at)` makes one.
 template <typename Entries, typename Parse>
-Entries parse_entries(disk::bytes_view bytes, size_t count, size_t begin, size_t stride,
+Entries parse_entries(bytes_view bytes, size_t count, size_t begin, size_t stride,
                       const Parse& parse) {
   Entries entries;
   entries.reserve(std::min(count, bytes.size() / stride + 1));
@@ -24,12 +26,12 @@ Entries parse_entries(disk::bytes_view bytes, size_t count, size_t begin, size_t
 }
 
 template <typename T>
-nbt_leaf_page::entries parse_nbt_leaf(disk::bytes_view page) {
+nbt_leaf_page::entries parse_nbt_leaf(bytes_view page) {
   return parse_entries<nbt_leaf_page::entries>(
       page, page[disk::layout<T>::page_entry_count], 0, disk::layout<T>::nbt_leaf_entry,
       [=](size_t at) {
         node_info info;
-        info.id = static_cast<ulong>(disk::load_wide<T>(page, at));
+        info.id = disk::load<ulong>(page, at);
         info.data_bid = disk::load_wide<T>(page, at + sizeof(T));
         info.subnode_bid = disk::load_wide<T>(page, at + 2 * sizeof(T));
         info.parent_id = disk::load<ulong>(page, at + 3 * sizeof(T));
@@ -38,7 +40,7 @@ nbt_leaf_page::entries parse_nbt_leaf(disk::bytes_view page) {
 }
 
 template <typename T>
-bbt_leaf_page::entries parse_bbt_leaf(disk::bytes_view page) {
+bbt_leaf_page::entries parse_bbt_leaf(bytes_view page) {
   return parse_entries<bbt_leaf_page::entries>(
       page, page[disk::layout<T>::page_entry_count], 0, disk::layout<T>::bbt_leaf_entry,
       [=](size_t at) {
@@ -51,23 +53,25 @@ bbt_leaf_page::entries parse_bbt_leaf(disk::bytes_view page) {
       });
 }
 
+// Of a key in the file as much as K holds.
 template <typename T, typename K>
-vector<std::pair<K, page_info>> parse_nonleaf(disk::bytes_view page) {
+vector<std::pair<K, page_info>> parse_nonleaf(bytes_view page) {
   return parse_entries<vector<std::pair<K, page_info>>>(
       page, page[disk::layout<T>::page_entry_count], 0, disk::layout<T>::nonleaf_entry,
       [=](size_t at) {
-        return std::make_pair(static_cast<K>(disk::load_wide<T>(page, at)),
+        using stored = std::conditional_t<sizeof(K) < sizeof(T), K, T>;
+        return std::make_pair(K{disk::load<stored>(page, at)},
                               disk::load_reference<T>(page, at + sizeof(T)));
       });
 }
 
 template <typename T>
-subnode_leaf_block::entries parse_subnode_leaf(disk::bytes_view block) {
+subnode_leaf_block::entries parse_subnode_leaf(bytes_view block) {
   return parse_entries<subnode_leaf_block::entries>(
       block, disk::load<ushort>(block, disk::internal_count), disk::layout<T>::subnode_entries,
       disk::layout<T>::subnode_leaf_entry, [=](size_t at) {
         subnode_info info;
-        info.id = static_cast<ulong>(disk::load_wide<T>(block, at));
+        info.id = disk::load<ulong>(block, at);
         info.data_bid = disk::load_wide<T>(block, at + sizeof(T));
         info.subnode_bid = disk::load_wide<T>(block, at + 2 * sizeof(T));
         return std::make_pair(info.id, info);
@@ -75,18 +79,18 @@ subnode_leaf_block::entries parse_subnode_leaf(disk::bytes_view block) {
 }
 
 template <typename T>
-subnode_nonleaf_block::entries parse_subnode_nonleaf(disk::bytes_view block) {
+subnode_nonleaf_block::entries parse_subnode_nonleaf(bytes_view block) {
   return parse_entries<subnode_nonleaf_block::entries>(
       block, disk::load<ushort>(block, disk::internal_count), disk::layout<T>::subnode_entries,
       disk::layout<T>::subnode_nonleaf_entry, [=](size_t at) {
-        return std::make_pair(static_cast<ulong>(disk::load_wide<T>(block, at)),
+        return std::make_pair(disk::load<ulong>(block, at),
                               disk::load_wide<T>(block, at + sizeof(T)));
       });
 }
 
 // The ids in an extended block.
 template <typename T>
-vector<ulonglong> parse_block_ids(disk::bytes_view block) {
+vector<ulonglong> parse_block_ids(bytes_view block) {
   return parse_entries<vector<ulonglong>>(block, disk::load<ushort>(block, disk::internal_count),
                                           disk::extended_ids, sizeof(T),
                                           [=](size_t at) { return disk::load_wide<T>(block, at); });

@@ -13,13 +13,13 @@ using tarn::LoadLittleEndian;
 
 namespace {
 
-// Where the fields stand in the first header and in a page map.
+// Where the fields are in the first header and in a page map.
 constexpr size_t first_header_heap_sig = 2;
 constexpr size_t first_header_client_sig = 3;
 constexpr size_t first_header_root = 4;
 constexpr size_t first_header_size = 12;
 
-constexpr ulong page_map_num_allocs_size = 2;
+constexpr size_t page_map_num_allocs_size = 2;
 constexpr size_t page_map_offsets = 4;
 constexpr size_t offset_size = 2;
 
@@ -41,7 +41,7 @@ unsigned char heap_impl::read_header() {
   if (size < first_header_size) throw std::out_of_range("sizeof(T) + offset >= size()");
 
   std::array<unsigned char, first_header_size> header = {};
-  node_.read(header.data(), header.size(), 0);
+  node_.read(header, 0);
   const unsigned char found = header[first_header_heap_sig];
   if (found != heap_sig) throw sig_mismatch("invalid heap_sig", 0, node_.get_id(), found, heap_sig);
   root_id_ = LoadLittleEndian<ulong>(&header[first_header_root]);
@@ -50,20 +50,20 @@ unsigned char heap_impl::read_header() {
 
 heap_impl::allocation heap_impl::find(ulong hid) const {
   if (hid == 0) return {};
-  const ulong page_index = hid >> 16;
-  const ulong page_map_offset = node_.read<ushort>(page_index, 0);
+  const size_t page_index = hid >> 16;
+  const size_t page_map_offset = node_.read<ushort>(page_index, 0);
 
   allocation found;
   found.page = node_.get_data_block()->get_page(page_index);
-  const std::span<const unsigned char> bytes = found.page->get_bytes();
+  const bytes_view bytes = found.page->get_bytes();
   if (page_map_offset > bytes.size()) throw std::length_error("page_map_offset > node size");
-  const std::span<const unsigned char> map = bytes.subspan(page_map_offset);
+  const bytes_view map = bytes.subspan(page_map_offset);
   if (map.size() < page_map_num_allocs_size) throw database_corrupt("heap page map cut short");
 
-  // The index may equal the number of allocations: the allocation behind the last one ends where
-  // the 16 bits behind the array say.
-  const ulong index = ((hid >> 5) - 1) & 0x7FF;
-  const ulong num_allocs = LoadLittleEndian<ushort>(map.data());
+  // The index may equal the number of allocations: the allocation after the last one ends where
+  // the 16 bits after the array say.
+  const size_t index = ((hid >> 5) - 1) & 0x7FF;
+  const size_t num_allocs = LoadLittleEndian<ushort>(map.data());
   if (index > num_allocs) throw std::length_error("index > num_allocs");
   const size_t entry = page_map_offsets + offset_size * index;
   if (map.size() < entry + 2 * offset_size) {
@@ -71,7 +71,7 @@ heap_impl::allocation heap_impl::find(ulong hid) const {
   }
 
   found.start = LoadLittleEndian<ushort>(&map[entry]);
-  const ulong end = LoadLittleEndian<ushort>(&map[entry + offset_size]);
+  const size_t end = LoadLittleEndian<ushort>(&map[entry + offset_size]);
   if (end < found.start) throw database_corrupt("heap allocation of negative size");
   found.size = end - found.start;
   return found;
@@ -79,19 +79,15 @@ heap_impl::allocation heap_impl::find(ulong hid) const {
 
 size_t heap_impl::size(ulong hid) const { return find(hid).size; }
 
-size_t heap_impl::read(void* destination, size_t count, ulong hid, ulong offset) const {
+size_t heap_impl::read(std::span<unsigned char> buffer, ulong hid, size_t offset) const {
   const allocation found = find(hid);
-  if (count > found.size) throw std::length_error("buffer.size() > size()");
+  if (buffer.size() > found.size) throw std::length_error("buffer.size() > size()");
   if (offset > found.size) throw std::length_error("offset > size()");
-  if (count + offset > found.size) throw std::length_error("size + offset > size()");
-  if (count == 0) return 0;
-  const ulong start = found.start + offset;
+  if (buffer.size() + offset > found.size) throw std::length_error("size + offset > size()");
+  if (buffer.empty()) return 0;
+  const size_t start = found.start + offset;
   if (start >= found.page->get_total_size()) throw std::out_of_range("offset >= size()");
-  return found.page->read_raw(destination, count, start);
-}
-
-size_t heap_impl::read(byte_vector& buffer, ulong hid, ulong offset) const {
-  return read(buffer.data(), buffer.size(), hid, offset);
+  return found.page->read_raw(buffer, start);
 }
 
 byte_vector heap_impl::read(ulong hid) const {

@@ -1,7 +1,7 @@
 // Heap.h - a heap on a node: small numbered allocations in the pages of a node (MS-PST, 2.3.1).
 //
 //   first header, at the start of the node's data
-//     0  2  page_map_offset: where the page map is; stands at the start of every page
+//     0  2  page_map_offset: where the page map is; at the start of every page
 //     2  1  heap_sig, 0xEC
 //     3  1  client_sig: 0xBC property context, 0x7C table
 //     4  4  heap id of the client's root allocation
@@ -36,11 +36,9 @@ class hnid_stream_device;
 
 using heap_ptr = std::shared_ptr<heap_impl>;
 
-enum : unsigned char {
-  heap_sig = 0xEC,
-  heap_sig_pc = 0xBC,  // client signature of a property context
-  heap_sig_tc = 0x7C   // client signature of a table, and first byte of its root allocation
-};
+inline constexpr unsigned char heap_sig = 0xEC;
+inline constexpr unsigned char heap_sig_pc = 0xBC;  // client signature of a property context
+inline constexpr unsigned char heap_sig_tc = 0x7C;  // of a table; also the root allocation's
 
 // Whether a heap-or-node id names an allocation.
 constexpr bool is_heap_id(ulong hnid) { return (hnid & 0x1F) == 0; }
@@ -53,11 +51,10 @@ class heap_impl : public std::enable_shared_from_this<heap_impl> {
 
   size_t size(ulong hid) const;
 
-  // Fills the buffer from `offset` of the allocation, none of which may lie behind its end, and
+  // Fills the buffer from `offset` of the allocation, none of which may be after its end, and
   // returns the number of bytes read: fewer when the page ends before the allocation does. One that
-  // starts behind its page raises std::out_of_range when bytes of it are read.
-  size_t read(byte_vector& buffer, ulong hid, ulong offset) const;
-  size_t read(void* destination, size_t count, ulong hid, ulong offset) const;
+  // starts after its page raises std::out_of_range when bytes of it are read.
+  size_t read(std::span<unsigned char> buffer, ulong hid, size_t offset) const;
 
   // The whole allocation.
   byte_vector read(ulong hid) const;
@@ -71,8 +68,8 @@ class heap_impl : public std::enable_shared_from_this<heap_impl> {
  private:
   struct allocation {
     std::shared_ptr<external_block> page;
-    ulong start = 0;
-    ulong size = 0;
+    size_t start = 0;
+    size_t size = 0;
   };
 
   unsigned char read_header();

@@ -16,7 +16,7 @@ byte_vector read_whole(const node& data) {
   while (bytes.size() < size) {
     const size_t done = bytes.size();
     bytes.resize(std::min(done + step, size));
-    data.read(&bytes[done], bytes.size() - done, done);
+    data.read(std::span(bytes).subspan(done), done);
   }
   return bytes;
 }
@@ -28,54 +28,60 @@ hnid_stream_device::hnid_stream_device(heap_ptr heap, ulong hid)
 
 hnid_stream_device::hnid_stream_device(node data) : node_(std::move(data)), is_hid_(false) {}
 
+// The stream library counts with a sign.
 std::streamsize hnid_stream_device::read(char* destination, std::streamsize count) {
-  if (is_once_) return pass(destination, count);
-  if (is_hid_) return read_allocation(destination, count);
-  if (count <= 0) return -1;
-  return advance(node_.read(destination, static_cast<ulonglong>(count),
-                            static_cast<ulonglong>(node_position_)));
-}
-
-std::streamsize hnid_stream_device::pass(char* destination, std::streamsize count) {
-  if (is_hid_ && destination == nullptr) {
-    std::array<char, pass_step> unwanted;
-    return read_allocation(unwanted.data(), std::min(count, pass_step));
+  const std::span room(reinterpret_cast<unsigned char*>(destination),
+                       static_cast<size_t>(std::max<std::streamsize>(count, 0)));
+  size_t done = 0;
+  if (is_once_) {
+    done = pass(room);
+  } else if (is_hid_) {
+    done = read_allocation(room);
+  } else if (!room.empty()) {
+    done = advance(node_.read(room, node_position_));
   }
-  if (is_hid_) return read_allocation(destination, count);
-  if (count <= 0) return -1;
-  return advance(node_.pass(destination, static_cast<ulonglong>(count),
-                            static_cast<ulonglong>(node_position_)));
+  return done == 0 ? -1 : static_cast<std::streamsize>(done);
 }
 
-std::streamsize hnid_stream_device::read_allocation(char* destination, std::streamsize count) {
-  if (hid_ == 0) return -1;
-  count =
-      std::min<std::streamsize>(count, static_cast<std::streamsize>(heap_->size(hid_)) - position_);
-  if (count <= 0) return -1;
-  const size_t done =
-      heap_->read(destination, static_cast<size_t>(count), hid_, static_cast<ulong>(position_));
-  std::fill(destination + done, destination + count, '\0');
-  position_ += count;
-  return count;
+size_t hnid_stream_device::pass(std::span<unsigned char> destination) {
+  if (is_hid_) return read_allocation(destination);
+  return destination.empty() ? 0 : advance(node_.pass(destination, node_position_));
 }
 
-// A place behind `done` bytes of the node.
-std::streamsize hnid_stream_device::advance(size_t done) {
-  if (done == 0) return -1;
-  node_position_ += static_cast<int64_t>(done);
-  return static_cast<std::streamsize>(done);
+size_t hnid_stream_device::skip() {
+  if (!is_hid_) return advance(node_.skip(pass_step, node_position_));
+  std::array<unsigned char, pass_step> unwanted;
+  return read_allocation(unwanted);
+}
+
+size_t hnid_stream_device::read_allocation(std::span<unsigned char> destination) {
+  if (hid_ == 0) return 0;
+  const size_t left = heap_->size(hid_) - position_;
+  destination = destination.first(std::min(destination.size(), left));
+  if (destination.empty()) return 0;
+  const size_t done = heap_->read(destination, hid_, position_);
+  const auto missing = destination.subspan(done);
+  std::fill(missing.begin(), missing.end(), '\0');
+  position_ += destination.size();
+  return destination.size();
+}
+
+size_t hnid_stream_device::advance(size_t done) {
+  node_position_ += done;
+  return done;
 }
 
 std::streampos hnid_stream_device::seek(boost::iostreams::stream_offset offset,
                                         std::ios_base::seekdir direction) {
-  int64_t& position = is_hid_ ? position_ : node_position_;
+  ulonglong& position = is_hid_ ? position_ : node_position_;
   const auto size = static_cast<int64_t>(is_hid_ ? heap_->size(hid_) : node_.size());
-  int64_t base = position;
+  auto base = static_cast<int64_t>(position);
   if (direction == std::ios_base::beg) base = 0;
   if (direction == std::ios_base::end) base = size;
-  // Both lie between 0 and the size, so that clamping the offset is clamping the sum.
-  position = base + std::clamp<int64_t>(offset, -base, size - base);
-  return position;
+  // Both are between 0 and the size, so that clamping the offset is clamping the sum.
+  base += std::clamp<int64_t>(offset, -base, size - base);
+  position = static_cast<ulonglong>(base);
+  return base;
 }
 
 ulonglong hnid_size(const heap_impl& heap, ulong hnid) {

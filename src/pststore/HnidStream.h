@@ -7,7 +7,7 @@
 //
 // Those who only need to have seen a value `pass` it: from its start to its end, keeping nothing.
 //
-// An allocation may end behind its page; what the page does not hold is zeros. A read that begins
+// An allocation may end after its page; what the page does not hold is zeros. A read that begins
 // there raises what Heap.h says.
 //
 // What the store throws comes out of a prop_stream unchanged. Writing through its buffer fails with
@@ -19,6 +19,7 @@
 #include <boost/iostreams/positioning.hpp>
 #include <boost/iostreams/stream.hpp>
 #include <ios>
+#include <span>
 
 #include "pststore/Heap.h"
 #include "pststore/Node.h"
@@ -30,7 +31,7 @@ class hnid_stream_device {
  public:
   // What a prop_stream asks for at once. Damage may show itself at another place to those who pass
   // a value in other steps.
-  static constexpr std::streamsize pass_step = 4096;
+  static constexpr size_t pass_step = 4096;
 
   using char_type = char;
   struct category : boost::iostreams::input_seekable, boost::iostreams::device_tag {};
@@ -47,23 +48,25 @@ class hnid_stream_device {
   // back reads it anew.
   void read_once() { is_once_ = true; }
 
-  // As read, for those who go from the start to the end, once: what has been passed is let go. A
-  // null destination gets no bytes, and perhaps fewer than `count` are passed; what is damaged or
-  // missing is told all the same.
-  std::streamsize pass(char* destination, std::streamsize count);
+  // For those who go from the start to the end, once: what has been passed is let go. The number of
+  // bytes delivered, or 0 at the end of the data and without room.
+  size_t pass(std::span<unsigned char> destination);
+  // Passes at most pass_step bytes that nobody wants; what is damaged or missing is told all the
+  // same. Their number, or 0 at the end of the data.
+  size_t skip();
 
-  // The new position: from the start (beg), the end (end) or the present place (all else), kept
+  // The new position: from the start (beg), the end (end) or the present position (all else), kept
   // between 0 and the size.
   std::streampos seek(boost::iostreams::stream_offset offset, std::ios_base::seekdir direction);
 
  private:
-  std::streamsize read_allocation(char* destination, std::streamsize count);
-  std::streamsize advance(size_t done);
+  size_t read_allocation(std::span<unsigned char> destination);
+  size_t advance(size_t done);
 
-  int64_t position_ = 0;
+  ulonglong position_ = 0;
   ulong hid_ = 0;
   heap_ptr heap_;  // null if a node is read
-  int64_t node_position_ = 0;
+  ulonglong node_position_ = 0;
   node node_;  // of the heap if an allocation is read
   bool is_hid_;
   bool is_once_ = false;

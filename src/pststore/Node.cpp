@@ -57,22 +57,15 @@ ulong node::get_id() const { return impl_->id; }
 
 ulonglong node::size() const { return impl_->get_data_block()->get_total_size(); }
 
-ulong node::get_page_count() const { return impl_->get_data_block()->get_page_count(); }
+size_t node::get_page_count() const { return impl_->get_data_block()->get_page_count(); }
 
-ulonglong node::get_page_size(ulong page) const {
+ulonglong node::get_page_size(size_t page) const {
   return impl_->get_data_block()->get_page(page)->get_total_size();
-}
-
-size_t node::read(byte_vector& buffer, ulong page, ulong offset) const {
-  if (buffer.empty()) return 0;
-  const std::shared_ptr<external_block> block = impl_->get_data_block()->get_page(page);
-  if (offset >= block->get_total_size()) throw std::out_of_range("offset >= size()");
-  return block->read_raw(buffer.data(), buffer.size(), offset);
 }
 
 // A value may end exactly where the page ends, whatever the text of the exception says.
 template <typename T>
-T node::read(ulong page, ulong offset) const {
+T node::read(size_t page, size_t offset) const {
   const std::shared_ptr<external_block> block = impl_->get_data_block()->get_page(page);
   if (offset >= block->get_total_size()) throw std::out_of_range("offset >= size()");
   if (offset + sizeof(T) > block->get_total_size()) {
@@ -81,17 +74,28 @@ T node::read(ulong page, ulong offset) const {
   return disk::load<T>(block->get_bytes(), offset);
 }
 
-template unsigned char node::read<unsigned char>(ulong page, ulong offset) const;
-template ushort node::read<ushort>(ulong page, ulong offset) const;
-template ulong node::read<ulong>(ulong page, ulong offset) const;
-template ulonglong node::read<ulonglong>(ulong page, ulong offset) const;
+template unsigned char node::read<unsigned char>(size_t page, size_t offset) const;
+template ushort node::read<ushort>(size_t page, size_t offset) const;
+template ulong node::read<ulong>(size_t page, size_t offset) const;
+template ulonglong node::read<ulonglong>(size_t page, size_t offset) const;
 
-size_t node::read(void* destination, ulonglong count, ulonglong offset) const {
-  return impl_->get_data_block()->read_raw(destination, count, offset);
+size_t node::read(std::span<unsigned char> destination, ulonglong offset) const {
+  return impl_->get_data_block()->read_raw(destination, offset);
 }
 
-size_t node::pass(void* destination, ulonglong count, ulonglong offset) const {
-  return impl_->get_data_block()->pass_raw(destination, count, offset);
+size_t node::pass(std::span<unsigned char> destination, ulonglong offset) const {
+  return impl_->get_data_block()->pass_raw(destination, offset);
+}
+
+size_t node::skip(size_t count, ulonglong offset) const {
+  return impl_->get_data_block()->skip_raw(count, offset);
+}
+
+size_t node::read(std::span<unsigned char> buffer, size_t page, size_t offset) const {
+  if (buffer.empty()) return 0;
+  const std::shared_ptr<external_block> block = impl_->get_data_block()->get_page(page);
+  if (offset >= block->get_total_size()) throw std::out_of_range("offset >= size()");
+  return block->read_raw(buffer, offset);
 }
 
 node node::lookup(ulong sub_id) const {
@@ -100,10 +104,7 @@ node node::lookup(ulong sub_id) const {
   return node(make_kernel_shared<node_impl>(owner, subnodes->lookup(sub_id)));
 }
 
-bool node::has(ulong sub_id) const {
-  subnode_info info;
-  return impl_->get_subnode_block()->try_lookup(sub_id, info);
-}
+bool node::has(ulong sub_id) const { return impl_->get_subnode_block()->find(sub_id) != nullptr; }
 
 std::shared_ptr<data_block> node::get_data_block() const { return impl_->get_data_block(); }
 

@@ -1,6 +1,6 @@
 // Node.h - a node: an id, a stream of bytes, and a small tree of subnodes.
 //
-// The stream lies in one block or in a tree of blocks; it is read flat, or page by page, a page
+// The stream is in one block or in a tree of blocks; it is read flat, or page by page, a page
 // being one block of data. Everything is loaded at the first need and kept. A copy of a node shares
 // what was loaded when it was made and goes on loading for itself. A node keeps its context, and a
 // subnode its container, alive.
@@ -13,6 +13,7 @@
 #define TARN_PSTSTORE_NODE_H
 
 #include <memory>
+#include <span>
 
 #include "pststore/Types.h"
 
@@ -34,24 +35,22 @@ class node {
 
   ulong get_id() const;
   ulonglong size() const;
-  ulong get_page_count() const;
-  ulonglong get_page_size(ulong page) const;
-
-  // Fills the buffer from one page; the result is the number of bytes read, less than the buffer's
-  // size at the page's end. An empty buffer reads nothing.
-  size_t read(byte_vector& buffer, ulong page, ulong offset) const;
+  size_t get_page_count() const;
+  ulonglong get_page_size(size_t page) const;
 
   // One little-endian value out of one page; T is a ushort, ulong, ulonglong or unsigned char.
   template <typename T>
-  T read(ulong page, ulong offset) const;
+  T read(size_t page, size_t offset) const;
 
   // A flat read, clipped at the end of the stream. The result is the number of bytes read.
-  size_t read(void* destination, ulonglong count, ulonglong offset) const;
+  size_t read(std::span<unsigned char> destination, ulonglong offset) const;
 
   // The same for those who go from the start of the stream to its end, once: what has been passed
-  // is let go. A null destination gets no bytes; what would be read is read and tested all the
-  // same.
-  size_t pass(void* destination, ulonglong count, ulonglong offset) const;
+  // is let go.
+  size_t pass(std::span<unsigned char> destination, ulonglong offset) const;
+  // The same for those who pass `count` bytes and want none of them: these are read and tested all
+  // the same.
+  size_t skip(size_t count, ulonglong offset) const;
 
   // The subnode as a node of its own; key_not_found<ulong> when there is none.
   node lookup(ulong sub_id) const;
@@ -61,6 +60,10 @@ class node {
   // The data block, loaded at the first need.
   std::shared_ptr<data_block> get_data_block() const;
   const std::shared_ptr<db_context>& get_context() const;
+
+  // A read out of one page, clipped at the page's end, which the filter makes by other ways. An
+  // empty buffer reads nothing.
+  size_t read(std::span<unsigned char> buffer, size_t page, size_t offset) const;
 
  private:
   std::shared_ptr<node_impl> impl_;

@@ -1,6 +1,5 @@
 #include "pststore/Pages.h"
 
-#include "pststore/BtreeNode.inc"
 #include "pststore/DbContext.h"
 
 namespace pststore {

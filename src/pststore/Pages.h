@@ -1,16 +1,13 @@
 // Pages.h - the pages of the node B-tree and the block B-tree (MS-PST, 2.2.2.7.7).
 //
 // A page is made in one step from its 512 bytes and never changes, but for the children that it
-// loads at the first need and keeps. It refers to its context weakly: a page that outlives the
-// context can no longer load children, and says so with std::bad_weak_ptr.
+// loads at the first need and keeps. It refers to its context weakly (TreePart.h).
 #ifndef TARN_PSTSTORE_PAGES_H
 #define TARN_PSTSTORE_PAGES_H
 
 #include <memory>
 
 #include "pststore/BtreeNode.h"
-#include "pststore/ContextRef.h"
-#include "pststore/TreeEntries.h"
 #include "pststore/TreePart.h"
 #include "pststore/Types.h"
 

@@ -1,6 +1,6 @@
 #include "pststore/PropertyBag.h"
 
-#include "Common/LittleEndian.h"
+#include "pststore/Disk.h"
 #include "pststore/Errors.h"
 
 namespace pststore {
@@ -59,7 +59,7 @@ ulong property_bag::get_value_4(ushort id) const { return lookup(id).value; }
 ulonglong property_bag::get_value_8(ushort id) const {
   const byte_vector bytes = get_value_variable(id);
   if (bytes.size() < sizeof(ulonglong)) throw database_corrupt("value of less than 8 bytes");
-  return tarn::LoadLittleEndian<ulonglong>(bytes.data());
+  return disk::load<ulonglong>(bytes, 0);
 }
 
 byte_vector property_bag::get_value_variable(ushort id) const {

@@ -17,7 +17,7 @@ wstring widen(const byte_vector& bytes) {
 wstring from_utf16(const byte_vector& bytes) {
   wstring text(bytes.size() / 2, u'\0');
   for (size_t i = 0; i < text.size(); ++i) {
-    text[i] = static_cast<char16_t>(tarn::LoadLittleEndian<ushort>(&bytes[2 * i]));
+    text[i] = tarn::LoadLittleEndian<char16_t>(&bytes[2 * i]);
   }
   return text;
 }

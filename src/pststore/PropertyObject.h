@@ -11,9 +11,7 @@
 
 namespace pststore {
 
-enum : ushort {
-  prop_type_string = 0x1E,  // 8-bit text
-};
+inline constexpr ushort prop_type_string = 0x1E;  // 8-bit text
 
 class const_property_object {
  public:
@@ -22,13 +20,14 @@ class const_property_object {
   const_property_object& operator=(const const_property_object&) = default;
   virtual ~const_property_object() = default;
 
+  // The ids of all properties; the filter asks for those that it knows.
   virtual vector<ushort> get_prop_list() const = 0;
   virtual ushort get_prop_type(ushort id) const = 0;
   virtual bool prop_exists(ushort id) const = 0;
   virtual ulonglong size(ushort id) const = 0;
   virtual hnid_stream_device open_prop_stream(ushort id) const = 0;
 
-  // What stands in the entry or cell itself, whatever the type is.
+  // What is in the entry or cell itself, whatever the type is.
   virtual unsigned char get_value_1(ushort id) const = 0;
   virtual ushort get_value_2(ushort id) const = 0;
   virtual ulong get_value_4(ushort id) const = 0;

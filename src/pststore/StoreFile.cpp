@@ -40,15 +40,15 @@ void store_file::count(size_t bytes) {
   taken_ += bytes;
 }
 
-void store_file::read(void* buffer, size_t size, ulonglong address) {
-  expect_budget(size);
+void store_file::read(std::span<unsigned char> buffer, ulonglong address) {
+  expect_budget(buffer.size());
   // An address of all ones, which only a damaged file has, looks like the answer of a failed seek.
   const ulonglong position =
       KernelFileSeek(handle_, static_cast<int64_t>(address), KERNEL_SEEK_START);
   if (position != address || position == seek_failed) throw std::out_of_range("fseek failed");
-  const ulonglong done = KernelFileReadLarge(handle_, buffer, size);
-  if (done != 0) taken_ += std::max(std::min<ulonglong>(done, size), least_bytes);
-  if (done != size) throw std::out_of_range("fread failed");
+  const ulonglong done = KernelFileReadLarge(handle_, buffer.data(), buffer.size());
+  if (done != 0) taken_ += std::max(std::min<ulonglong>(done, buffer.size()), least_bytes);
+  if (done != buffer.size()) throw std::out_of_range("fread failed");
 }
 
 ulonglong store_file::get_size() {

@@ -24,10 +24,9 @@ class store_file {
 
   // All bytes or an exception: std::out_of_range "fseek failed" or "fread failed", database_corrupt
   // when more has been read than a sound store gives reason to.
-  void read(void* buffer, size_t size, ulonglong address);
+  void read(std::span<unsigned char> buffer, ulonglong address);
 
-  // Counts bytes that stand for some of the file, and were not read, like those that were: what is
-  // made for a hole. database_corrupt as read.
+  // Counts bytes that were made for a hole like bytes that were read. database_corrupt as read.
   void count(size_t bytes);
 
   // The size of the file, asked for once. std::out_of_range "fseek failed".

@@ -18,7 +18,7 @@ std::shared_ptr<table> copy_table(const std::shared_ptr<table>& source) {
   return source == nullptr ? nullptr : make_kernel_shared<table>(*source);
 }
 
-// One behind the last entry of the tree.
+// The place after the last entry of the tree.
 btree_iter_impl<ulong, node_info> end_of(const nbt_page& root) {
   btree_iter_impl<ulong, node_info> end;
   root.last(end);

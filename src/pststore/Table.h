@@ -7,7 +7,7 @@
 // A table never changes. It keeps its heap, node and store open, and rows and iterators keep it.
 // Rows are counted from 0 with 32 bits.
 //
-// A cell or column that is not there raises key_not_found<ushort>, a row behind the last one
+// A cell or column that is not there raises key_not_found<ushort>, a row after the last one
 // std::out_of_range "row >= size()", a row or cell that does not fit its place database_corrupt.
 #ifndef TARN_PSTSTORE_TABLE_H
 #define TARN_PSTSTORE_TABLE_H
@@ -28,19 +28,13 @@ class table_impl : public std::enable_shared_from_this<table_impl> {
   table_impl& operator=(const table_impl&) = delete;
   virtual ~table_impl() = default;
 
-  // The number of the row with that id; key_not_found<ulong> when there is none.
-  virtual ulong lookup_row(ulong row_id) const = 0;
-
   virtual const node& get_node() const = 0;
-  virtual node& get_node() = 0;
 
   virtual ulonglong get_cell_value(ulong row, ushort prop) const = 0;
   // What the cell refers to.
   virtual byte_vector read_cell(ulong row, ushort prop) const = 0;
   virtual hnid_stream_device open_cell_stream(ulong row, ushort prop) const = 0;
 
-  // The properties that are columns.
-  virtual vector<ushort> get_prop_list() const = 0;
   virtual ushort get_prop_type(ushort prop) const = 0;
 
   virtual ulong get_row_id(ulong row) const = 0;
@@ -50,6 +44,12 @@ class table_impl : public std::enable_shared_from_this<table_impl> {
   virtual bool prop_exists(ulong row, ushort prop) const = 0;
   // The bytes of what the cell refers to.
   virtual ulonglong row_prop_size(ulong row, ushort prop) const = 0;
+
+  // What the filter does not ask for: the number of the row with an id (key_not_found<ulong> when
+  // there is none), the properties that are columns, and the node to change it.
+  virtual ulong lookup_row(ulong row_id) const = 0;
+  virtual vector<ushort> get_prop_list() const = 0;
+  virtual node& get_node() = 0;
 };
 
 // Reads the table of a node. A node that is none is refused with sig_mismatch, one of a kind that

@@ -1,17 +1,36 @@
 #include "pststore/TreePart.h"
 
-#include <functional>
 #include <set>
 
 #include "pststore/DbContext.h"
 
 namespace pststore {
 
-// The numbers are the file's choice: an ordered set takes as long for some as for others.
-struct tree_part::record {
-  std::set<ulonglong, std::less<>, kernel_allocator<ulonglong>> numbers;
-  ulonglong bytes = 0;
+namespace {
+
+class counted_less {
+ public:
+  explicit counted_less(ulonglong& count) : count_(&count) {}
+  bool operator()(ulonglong left, ulonglong right) const {
+    ++*count_;
+    return left < right;
+  }
+
+ private:
+  ulonglong* count_;
 };
+
+}  // namespace
+
+struct tree_part::record {
+  ulonglong bytes = 0;
+  ulonglong comparisons = 0;
+  std::set<ulonglong, counted_less, kernel_allocator<ulonglong>> numbers{counted_less(comparisons)};
+};
+
+ulonglong tree_part::get_comparisons() const {
+  return record_ == nullptr ? 0 : record_->comparisons;
+}
 
 ulonglong tree_part::measure(db_context& context, const tree_part& child, ulong max_parts) const {
   if (depth_ + 1 >= max_parts) throw database_corrupt("tree too deep");

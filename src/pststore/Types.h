@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <span>
 #include <string>
 #include <utility>
 
@@ -27,6 +28,7 @@ using kernel_allocator = tarn::KernelAllocator<T>;
 template <typename T>
 using vector = tarn::KernelVector<T>;
 using byte_vector = vector<unsigned char>;
+using bytes_view = std::span<const unsigned char>;
 using wstring = std::basic_string<char16_t, std::char_traits<char16_t>, kernel_allocator<char16_t>>;
 
 template <typename T, typename... Arguments>

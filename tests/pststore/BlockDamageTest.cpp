@@ -2,7 +2,7 @@
 // outside of a buffer.
 #include <gtest/gtest.h>
 
-#include "pststore/RawImage.h"
+#include "pststore/StoreHarness.h"
 
 namespace tarn::test {
 
@@ -14,7 +14,7 @@ class PstBlockDamageTest : public BothLayouts {
  protected:
   static size_t Read(data_block& block, uint64_t count, uint64_t offset) {
     std::string bytes(count, '?');
-    return block.read_raw(bytes.data(), count, offset);
+    return block.read_raw(RoomOf(bytes), offset);
   }
   uint32_t max32() const { return static_cast<uint32_t>(maxData()); }
 };
@@ -43,8 +43,8 @@ TEST_P(PstBlockDamageTest, ABlockThatContainsItself) {
     const OpenedImage file(image.trees());
     const auto context = file.open();
     const auto block = context->read_data_block(0x10A);
-    ExpectThrow<database_corrupt>("tree too deep", [&] { Read(*block, 10, 0); });
-    ExpectThrow<database_corrupt>("tree too deep", [&] { block->get_page(0); });
+    EXPECT_EQ(Thrown<database_corrupt>([&] { Read(*block, 10, 0); }), "tree too deep");
+    EXPECT_EQ(Thrown<database_corrupt>([&] { block->get_page(0); }), "tree too deep");
     // The block tree once; then the block, seven times below itself, and the ninth that is refused,
     // each with its beginning.
     EXPECT_EQ(1u + 9 * 2, CallsOf(PlainKernelFaultRead, file, [](const auto& other) {
@@ -63,8 +63,9 @@ TEST_P(PstBlockDamageTest, ABlockThatContainsItselfCannotBeCut) {
     image.extended(0x10A, level, 100, {0x10A});
     const auto context = OpenedImage(image.trees()).open();
     std::shared_ptr<data_block> block = context->read_data_block(0x10A);
-    ExpectThrow<database_corrupt>("tree too deep", [&] { block->resize(5, block); });
-    ExpectThrow<database_corrupt>("tree too deep", [&] { block->write_raw("x", 1, 0, block); });
+    EXPECT_EQ(Thrown<database_corrupt>([&] { block->resize(5, block); }), "tree too deep");
+    EXPECT_EQ(Thrown<database_corrupt>([&] { block->write_raw(BytesOf("x"), 0, block); }),
+              "tree too deep");
   }
 }
 
@@ -73,11 +74,11 @@ TEST_P(PstBlockDamageTest, BlocksThatContainEachOther) {
   image.extended(0x10A, 2, 100, {0x10E});
   image.extended(0x10E, 2, 100, {0x10A});
   const auto context = OpenedImage(image.trees()).open();
-  ExpectThrow<database_corrupt>("tree too deep",
-                                [&] { Read(*context->read_data_block(0x10A), 10, 0); });
+  EXPECT_EQ(Thrown<database_corrupt>([&] { Read(*context->read_data_block(0x10A), 10, 0); }),
+            "tree too deep");
 }
 
-TEST_P(PstBlockDamageTest, AtMostEightExtendedBlocksStandBelowEachOther) {
+TEST_P(PstBlockDamageTest, AtMostEightExtendedBlocksAreBelowEachOther) {
   for (const uint64_t blocks : {8u, 9u}) {
     RawImage image(unicode());
     image.block(0x104, "data");
@@ -91,7 +92,7 @@ TEST_P(PstBlockDamageTest, AtMostEightExtendedBlocksStandBelowEachOther) {
       EXPECT_EQ(4u, Read(*root, 10, 0));
       EXPECT_EQ(4u, root->get_page(0)->get_total_size());
     } else {
-      ExpectThrow<database_corrupt>("tree too deep", [&] { Read(*root, 10, 0); });
+      EXPECT_EQ(Thrown<database_corrupt>([&] { Read(*root, 10, 0); }), "tree too deep");
     }
   }
 }
@@ -113,8 +114,8 @@ TEST_P(PstBlockDamageTest, OneBlockUnderManyParentsTakesRoomEachTime) {
     const uint32_t pages = less == 0 ? 11 : 10;
     for (uint32_t i = 0; i < pages; ++i) EXPECT_EQ(4u, block->get_page(i)->get_total_size());
     for (int i = 0; i < 2; ++i) {
-      ExpectThrow<database_corrupt>("blocks of a tree larger than the file",
-                                    [&] { block->get_page(pages); });
+      EXPECT_EQ(Thrown<database_corrupt>([&] { block->get_page(pages); }),
+                "blocks of a tree larger than the file");
     }
     // Another stream may well have the same blocks.
     EXPECT_EQ(4u, context->read_data_block(0x10E)->get_page(pages - 1)->get_total_size());
@@ -127,8 +128,8 @@ TEST_P(PstBlockDamageTest, ChildrenThatAreNoBlocksOfData) {
   image.extended(0x10E, 1, 4, {0x10A});
   image.extended(0x112, 1, 4, {0x7770});
   const auto context = OpenedImage(image.trees()).open();
-  ExpectThrow<unexpected_block>("extended block expected",
-                                [&] { Read(*context->read_data_block(0x10E), 4, 0); });
+  EXPECT_EQ(Thrown<unexpected_block>([&] { Read(*context->read_data_block(0x10E), 4, 0); }),
+            "extended block expected");
   EXPECT_THROW(Read(*context->read_data_block(0x112), 4, 0), key_not_found<ulonglong>);
 }
 
@@ -163,25 +164,24 @@ TEST_P(PstBlockDamageTest, FewerChildrenThanTheSizeAsksFor) {
   const auto block = context->read_data_block(0x10A);
   EXPECT_EQ(2u, block->get_page_count());
   EXPECT_EQ(maxData(), Read(*block, maxData(), 0));
-  ExpectThrow<std::out_of_range>("index >= m_child_blocks.size()",
-                                 [&] { Read(*block, maxData() + 1, 0); });
-  ExpectThrow<std::out_of_range>("index >= m_child_blocks.size()",
-                                 [&] { Read(*context->read_data_block(0x10E), 1, 0); });
+  EXPECT_EQ(Thrown<std::out_of_range>([&] { Read(*block, maxData() + 1, 0); }),
+            "index >= m_child_blocks.size()");
+  EXPECT_EQ(Thrown<std::out_of_range>([&] { Read(*context->read_data_block(0x10E), 1, 0); }),
+            "index >= m_child_blocks.size()");
 }
 
 TEST_P(PstBlockDamageTest, AChildLargerThanItsPlaceGivesWhatItHas) {
-  // Neither size is compared with the other: the child goes on behind its place.
+  // Neither size is compared with the other: the child goes on after its place.
   RawImage image(unicode());
   const uint64_t full = maxData() * maxChildren();
   image.block(0x104, std::string(maxData(), 'x'));
-  image.extended(0x10A, 1, static_cast<uint32_t>(full + 8),
-                 std::vector<uint64_t>(maxChildren(), 0x104));
-  image.extended(0x10E, 2, static_cast<uint32_t>(full + 8), {0x10A});
+  image.extended(0x10A, 1, full + 8, std::vector<uint64_t>(maxChildren(), 0x104));
+  image.extended(0x10E, 2, full + 8, {0x10A});
   const auto context = OpenedImage(image.trees()).open();
   const auto block = context->read_data_block(0x10E);
   EXPECT_EQ(4u, Read(*block, 4, full - 4));
-  ExpectThrow<std::out_of_range>("index >= m_child_blocks.size()",
-                                 [&] { Read(*block, 8, full - 4); });
+  EXPECT_EQ(Thrown<std::out_of_range>([&] { Read(*block, 8, full - 4); }),
+            "index >= m_child_blocks.size()");
 }
 
 TEST_P(PstBlockDamageTest, AStreamMuchLargerThanTheFile) {
@@ -197,8 +197,8 @@ TEST_P(PstBlockDamageTest, AStreamMuchLargerThanTheFile) {
     if (more == 0) {
       EXPECT_EQ(kHoles + size, context->read_data_block(0x10A)->get_total_size());
     } else {
-      ExpectThrow<database_corrupt>("stream larger than the file",
-                                    [&] { context->read_data_block(0x10A); });
+      EXPECT_EQ(Thrown<database_corrupt>([&] { context->read_data_block(0x10A); }),
+                "stream larger than the file");
     }
   }
 }
@@ -211,8 +211,8 @@ TEST_P(PstBlockDamageTest, AnEndOfFileThatTheHeaderInventsIsNoRoom) {
   EXPECT_THROW(context->read_data_block(0x10A), database_corrupt);
 }
 
-TEST_P(PstBlockDamageTest, ChildrenBehindTheEndTakeRoomToo) {
-  // A thousand holes of eight megabytes, all behind a stream of four bytes, can be asked for as
+TEST_P(PstBlockDamageTest, ChildrenAfterTheEndTakeRoomToo) {
+  // A thousand holes of eight megabytes, all after a stream of four bytes, can be asked for as
   // pages.
   RawImage image(unicode());
   image.extended(0x10A, 2, 4, std::vector<uint64_t>(1000, 0));
@@ -242,26 +242,27 @@ TEST_P(PstBlockDamageTest, TheBeginningOfABlockHas12Or16Bytes) {
   const size_t beginning = unicode() ? 16 : 12;
   for (const size_t less : {0u, 1u}) {
     RawImage image(unicode());
-    image.blocks.push_back({0x10A, 0x4000, 16});
+    image.blocks.push_back({0x10A, 0x4000, 16, 2});
     image.trees().write(0x4000, "\x02").file.resize(0x4000 + beginning - less);
     const auto context = OpenedImage(image).open();
     if (less == 0) {
-      ExpectThrow<unexpected_block>("extended block expected",
-                                    [&] { context->read_data_block(0x10A); });
+      EXPECT_EQ(Thrown<unexpected_block>([&] { context->read_data_block(0x10A); }),
+                "extended block expected");
     } else {
-      ExpectThrow<std::out_of_range>("fread failed", [&] { context->read_data_block(0x10A); });
+      EXPECT_EQ(Thrown<std::out_of_range>([&] { context->read_data_block(0x10A); }),
+                "fread failed");
     }
   }
 }
 
-TEST_P(PstBlockDamageTest, TheTypeOfABlockBehindTheEnd) {
+TEST_P(PstBlockDamageTest, TheTypeOfABlockAfterTheEnd) {
   RawImage image(unicode());
-  image.blocks.push_back({0x10A, 0x700000, 16});
-  image.blocks.push_back({0x10E, unicode() ? UINT64_MAX : UINT32_MAX, 16});
+  image.blocks.push_back({0x10A, 0x700000, 16, 2});
+  image.blocks.push_back({0x10E, unicode() ? UINT64_MAX : UINT32_MAX, 16, 2});
   const auto context = OpenedImage(image.trees()).open();
-  ExpectThrow<std::out_of_range>("fread failed", [&] { context->read_data_block(0x10A); });
-  ExpectThrow<std::out_of_range>(unicode() ? "fseek failed" : "fread failed",
-                                 [&] { context->read_data_block(0x10E); });
+  EXPECT_EQ(Thrown<std::out_of_range>([&] { context->read_data_block(0x10A); }), "fread failed");
+  EXPECT_EQ(Thrown<std::out_of_range>([&] { context->read_data_block(0x10E); }),
+            unicode() ? "fseek failed" : "fread failed");
 }
 
 }  // namespace

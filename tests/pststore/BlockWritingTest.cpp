@@ -1,7 +1,7 @@
 // Blocks made and changed in memory: who is copied, who gets a new id, how streams grow.
 #include <gtest/gtest.h>
 
-#include "pststore/RawImage.h"
+#include "pststore/StoreHarness.h"
 
 namespace tarn::test {
 
@@ -16,8 +16,8 @@ class PstBlockWritingTest : public BothLayouts {
     image.block(0x104, "abcdef");
     image.block(0x108, std::string(maxData(), 'x'));
     image.block(0x10C, "tail");
-    image.extended(0x112, 1, static_cast<uint32_t>(maxData()) + 4, {0x108, 0x10C});
-    image.extended(0x116, 1, 2 * static_cast<uint32_t>(maxData()), {0x108, 0x108});
+    image.extended(0x112, 1, maxData() + 4, {0x108, 0x10C});
+    image.extended(0x116, 1, 2 * maxData(), {0x108, 0x108});
     file_ = std::make_unique<OpenedImage>(image.trees());
     context = file_->open();
   }
@@ -26,12 +26,12 @@ class PstBlockWritingTest : public BothLayouts {
   static std::string Text(data_block& block) { return Text(block, block.get_total_size(), 0); }
   static std::string Text(data_block& block, uint64_t count, uint64_t offset) {
     std::string bytes(count, '?');
-    bytes.resize(block.read_raw(bytes.data(), count, offset));
+    bytes.resize(block.read_raw(RoomOf(bytes), offset));
     return bytes;
   }
   static size_t Write(const std::string& text, uint64_t offset,
                       std::shared_ptr<data_block>& block) {
-    return block->write_raw(text.data(), text.size(), offset, block);
+    return block->write_raw(BytesOf(text), offset, block);
   }
   uint64_t levelTwo() const { return maxData() * maxChildren(); }
 
@@ -224,7 +224,8 @@ TEST_P(PstBlockWritingTest, AnExtendedBlockGrowsByChildren) {
   // Cut inside the second child, which then is the last.
   EXPECT_EQ(maxData() + 2, block->resize(maxData() + 2, block));
   EXPECT_EQ("xta", Text(*block, 99, maxData() - 1));
-  ExpectThrow<std::out_of_range>("index >= m_child_blocks.size()", [&] { block->get_page(2); });
+  EXPECT_EQ(Thrown<std::out_of_range>([&] { block->get_page(2); }),
+            "index >= m_child_blocks.size()");
 }
 
 TEST_P(PstBlockWritingTest, AnExtendedBlockShrinksToItsFirstChild) {
@@ -257,7 +258,7 @@ TEST_P(PstBlockWritingTest, TheFirstChildIsResizedBeforeASharedBlockIsCopied) {
 }
 
 TEST_P(PstBlockWritingTest, ChildrenThatHaveTheirSizeAreResizedToo) {
-  // The last child, which is full already, when others come behind it.
+  // The last child, which is full already, when others come after it.
   std::shared_ptr<data_block> block = context->read_data_block(0x116);
   EXPECT_EQ(2 * maxData() + 1, block->resize(2 * maxData() + 1, block));
   EXPECT_FALSE(block->get_page(0)->is_modified());
@@ -306,7 +307,7 @@ TEST_P(PstBlockWritingTest, ASecondLevelCannotGrowForever) {
   std::shared_ptr<data_block> block =
       context->create_extended_block(context, context->create_extended_block(context, child));
   const uint64_t most = levelTwo() * maxChildren();
-  ExpectThrow<can_not_resize>("size > max_size", [&] { block->resize(most + 1, block); });
+  EXPECT_EQ(Thrown<can_not_resize>([&] { block->resize(most + 1, block); }), "size > max_size");
   EXPECT_EQ(most, block->get_total_size());
   EXPECT_EQ(most, block->resize(most, block));
 }

@@ -1,7 +1,7 @@
 // Blocks of data read from a file: which kind of block is what, and the streams they make.
 #include <gtest/gtest.h>
 
-#include "pststore/RawImage.h"
+#include "pststore/StoreHarness.h"
 
 namespace tarn::test {
 
@@ -11,25 +11,14 @@ using namespace pststore;
 
 class PstBlocksTest : public BothLayouts {
  protected:
-  // Where the signature of a block of one step of 64 bytes stands.
+  // Where the signature of a block of one step of 64 bytes is.
   uint64_t signatureOf64() const { return unicode() ? 50 : 54; }
 };
 INSTANTIATE_TEST_SUITE_P(Layouts, PstBlocksTest, ::testing::Bool(), LayoutName);
 
 std::string ReadRaw(data_block& block, uint64_t count, uint64_t offset) {
   std::string bytes(count, '?');
-  bytes.resize(block.read_raw(bytes.data(), count, offset));
-  return bytes;
-}
-
-std::string BytesOf(const external_block& block) {
-  return std::string(block.get_bytes().begin(), block.get_bytes().end());
-}
-
-// Data in which no two near places look alike.
-std::string Pattern(uint64_t size, uint32_t seed) {
-  std::string bytes;
-  for (uint64_t i = 0; i < size; ++i) bytes += static_cast<char>(i * 31 + i / 251 + seed);
+  bytes.resize(block.read_raw(RoomOf(bytes), offset));
   return bytes;
 }
 
@@ -46,10 +35,10 @@ TEST_P(PstBlocksTest, AnExternalBlock) {
   EXPECT_EQ(at, block->get_address());
   EXPECT_EQ(4u, block->get_disk_size());
   EXPECT_EQ(4u, block->get_total_size());
-  EXPECT_EQ("data", BytesOf(*block));
+  EXPECT_EQ("data", Text(block->get_bytes()));
   EXPECT_EQ(1u, block->get_page_count());
   EXPECT_EQ(block, block->get_page(0));
-  ExpectThrow<std::out_of_range>("index > 0", [&] { block->get_page(1); });
+  EXPECT_EQ(Thrown<std::out_of_range>([&] { block->get_page(1); }), "index > 0");
 }
 
 TEST_P(PstBlocksTest, ReadsOfAnExternalBlockEndWithItsData) {
@@ -66,8 +55,9 @@ TEST_P(PstBlocksTest, ReadsOfAnExternalBlockEndWithItsData) {
   EXPECT_EQ("", ReadRaw(*block, 100, UINT64_MAX));
   EXPECT_EQ("", ReadRaw(*block, 0, 0));
   std::string room(6, '?');
-  EXPECT_EQ(4u, block->read_raw(room.data(), UINT64_MAX, 2));
+  EXPECT_EQ(4u, block->read_raw(RoomOf(room), 2));
   EXPECT_EQ("cdef??", room);
+  EXPECT_EQ(4u, block->skip_raw(UINT64_MAX, 2));
 }
 
 TEST_P(PstBlocksTest, BlockIdZeroIsTheEmptyBlock) {
@@ -90,22 +80,22 @@ TEST_P(PstBlocksTest, IdsOfTheWrongKind) {
   image.block(0x104, "data");
   image.extended(0x10A, 1, 4, {0x104});
   const auto context = OpenedImage(image.trees()).open();
-  ExpectThrow<unexpected_block>("External BID expected",
-                                [&] { context->read_external_block(context, 0x10A); });
-  ExpectThrow<unexpected_block>("internal bid expected",
-                                [&] { context->read_extended_block(context, 0x104); });
-  ExpectThrow<unexpected_block>("internal bid expected",
-                                [&] { context->read_extended_block(context, ulonglong{0}); });
+  EXPECT_EQ(Thrown<unexpected_block>([&] { context->read_external_block(context, 0x10A); }),
+            "External BID expected");
+  EXPECT_EQ(Thrown<unexpected_block>([&] { context->read_extended_block(context, 0x104); }),
+            "internal bid expected");
+  EXPECT_EQ(Thrown<unexpected_block>([&] { context->read_extended_block(context, ulonglong{0}); }),
+            "internal bid expected");
   EXPECT_TRUE(context->read_data_block(0x10A)->is_internal());
   EXPECT_FALSE(context->read_data_block(0x104)->is_internal());
 }
 
 TEST_P(PstBlocksTest, AnInternalBlockThatIsNotExtended) {
   RawImage image(unicode());
-  image.subnodeLeaf(0x10A, {{0x25, 0x104, 0, 0}});
+  image.subnodeLeaf(0x10A, {{0x25, 0x104, 0}});
   const auto context = OpenedImage(image.trees()).open();
-  ExpectThrow<unexpected_block>("extended block expected",
-                                [&] { context->read_data_block(0x10A); });
+  EXPECT_EQ(Thrown<unexpected_block>([&] { context->read_data_block(0x10A); }),
+            "extended block expected");
   const auto block = context->read_block(context, 0x10A);
   EXPECT_NE(nullptr, dynamic_cast<subnode_leaf_block*>(block.get()));
   EXPECT_EQ(0x10Au, block->get_id());
@@ -122,12 +112,13 @@ TEST_P(PstBlocksTest, AnyBlock) {
   EXPECT_NE(nullptr,
             dynamic_cast<subnode_nonleaf_block*>(context->read_block(context, 0x10E).get()));
   EXPECT_THROW(context->read_block(context, 0x112), key_not_found<ulonglong>);
-  // Only an unexpected block is tried as another kind: a third read, behind that of the block tree,
+  // Only an unexpected block is tried as another kind: a third read, after that of the block tree,
   // would fail here.
-  image.put(image.blocks[0].address + signatureOf64(), 0, 2);
+  image.put(image.blocks[0].ib + signatureOf64(), 0, 2);
   const auto damaged = OpenedImage(image).open();
   PlainKernelFailAt(PlainKernelFaultRead, 3);
-  ExpectThrow<sig_mismatch>("block sig mismatch", [&] { damaged->read_block(damaged, 0x104); });
+  EXPECT_EQ(Thrown<sig_mismatch>([&] { damaged->read_block(damaged, 0x104); }),
+            "block sig mismatch");
 }
 
 TEST_P(PstBlocksTest, TheBeginningOfAnExtendedBlockIsReadFirst) {
@@ -139,10 +130,10 @@ TEST_P(PstBlocksTest, TheBeginningOfAnExtendedBlockIsReadFirst) {
   image.put(at, 2, 1).put(at + signatureOf64(), 0, 2);
   const OpenedImage file(image);
   const auto context = file.open();
-  ExpectThrow<unexpected_block>("extended block expected",
-                                [&] { context->read_data_block(0x10A); });
+  EXPECT_EQ(Thrown<unexpected_block>([&] { context->read_data_block(0x10A); }),
+            "extended block expected");
   // It is not looked at again.
-  image.put(at + signatureOf64(), RawImage::signature(0x10A, at), 2);
+  image.put(at + signatureOf64(), PstSignature(0x10A, at), 2);
   const auto other = OpenedImage(image).open();
   EXPECT_EQ(4u, other->read_extended_block(other, 0x10A)->get_total_size());
 }
@@ -211,7 +202,7 @@ TEST_P(PstBlocksTest, OnlyExternalBlocksAreEncoded) {
     image.cryptMethod = method;
     image.block(0x104, "x");
     image.extended(0x10A, 1, 1, {0x104});
-    image.subnodeLeaf(0x10E, {{0x25, 0x104, 0, 0}});
+    image.subnodeLeaf(0x10E, {{0x25, 0x104, 0}});
     const auto context = OpenedImage(image.trees()).open();
     EXPECT_EQ(1u, context->read_data_block(0x10A)->get_total_size());
     EXPECT_EQ(0x104u, context->read_subnode_block(0x10E)->lookup(0x25).data_bid);
@@ -240,8 +231,7 @@ TEST_P(PstBlocksTest, PagesOfAStream) {
   for (const int more : {0, 1}) {
     RawImage image(unicode());
     image.block(0x104, std::string(maxData(), 'x'));
-    image.extended(0x10A, 1, static_cast<uint32_t>(maxData()) + static_cast<uint32_t>(more),
-                   {0x104, 0x104});
+    image.extended(0x10A, 1, maxData() + more, {0x104, 0x104});
     const auto context = OpenedImage(image.trees()).open();
     EXPECT_EQ(more == 0 ? 1u : 2u, context->read_data_block(0x10A)->get_page_count());
   }
@@ -255,7 +245,7 @@ TEST_P(PstBlocksTest, ReadsAcrossBlocks) {
   image.block(0x108, second);
   image.block(0x10C, "tail");
   const std::string all = first + second + "tail";
-  image.extended(0x112, 1, static_cast<uint32_t>(all.size()), {0x104, 0x108, 0x10C});
+  image.extended(0x112, 1, all.size(), {0x104, 0x108, 0x10C});
   const auto context = OpenedImage(image.trees()).open();
   const auto block = context->read_data_block(0x112);
   EXPECT_EQ(3u, block->get_page_count());
@@ -268,12 +258,12 @@ TEST_P(PstBlocksTest, ReadsAcrossBlocks) {
   EXPECT_EQ("il", ReadRaw(*block, 100, all.size() - 2));
   EXPECT_EQ("", ReadRaw(*block, 100, all.size()));
   EXPECT_EQ("", ReadRaw(*block, 100, all.size() + 1));
-  char none = 0;
-  EXPECT_EQ(0u, block->read_raw(&none, UINT64_MAX, UINT64_MAX));
-  EXPECT_EQ(second, BytesOf(*block->get_page(1)));
-  EXPECT_EQ("tail", BytesOf(*block->get_page(2)));
+  EXPECT_EQ(0u, block->skip_raw(UINT64_MAX, UINT64_MAX));
+  EXPECT_EQ(second, Text(block->get_page(1)->get_bytes()));
+  EXPECT_EQ("tail", Text(block->get_page(2)->get_bytes()));
   EXPECT_EQ(block->get_page(1), block->get_page(1));
-  ExpectThrow<std::out_of_range>("index >= m_child_blocks.size()", [&] { block->get_page(3); });
+  EXPECT_EQ(Thrown<std::out_of_range>([&] { block->get_page(3); }),
+            "index >= m_child_blocks.size()");
 }
 
 TEST_P(PstBlocksTest, TwoLevels) {
@@ -282,25 +272,24 @@ TEST_P(PstBlocksTest, TwoLevels) {
   image.block(0x104, page);
   image.block(0x108, "tail");
   const uint64_t full = maxData() * maxChildren();
-  image.extended(0x10E, 1, static_cast<uint32_t>(full),
-                 std::vector<uint64_t>(maxChildren(), 0x104));
+  image.extended(0x10E, 1, full, std::vector<uint64_t>(maxChildren(), 0x104));
   image.extended(0x112, 1, 4, {0x108});
-  image.extended(0x116, 2, static_cast<uint32_t>(full + 4), {0x10E, 0x112});
+  image.extended(0x116, 2, full + 4, {0x10E, 0x112});
   const OpenedImage file(image.trees());
   const auto context = file.open();
   const auto block = context->read_data_block(0x116);
   EXPECT_EQ(maxChildren() + 1, block->get_page_count());
-  EXPECT_EQ("tail", BytesOf(*block->get_page(static_cast<ulong>(maxChildren()))));
-  EXPECT_EQ(page, BytesOf(*block->get_page(0)));
+  EXPECT_EQ("tail", Text(block->get_page(maxChildren())->get_bytes()));
+  EXPECT_EQ(page, Text(block->get_page(0)->get_bytes()));
   EXPECT_EQ(page.substr(maxData() - 3) + "ta", ReadRaw(*block, 5, full - 3));
   EXPECT_EQ("ail", ReadRaw(*block, 100, full + 1));
-  ExpectThrow<std::out_of_range>("index >= m_child_blocks.size()",
-                                 [&] { block->get_page(static_cast<ulong>(2 * maxChildren())); });
+  EXPECT_EQ(Thrown<std::out_of_range>([&] { block->get_page(2 * maxChildren()); }),
+            "index >= m_child_blocks.size()");
   // One byte in the middle takes the way down: the root of the block tree, two extended blocks with
   // their beginnings, one external block.
   EXPECT_EQ(6u, CallsOf(PlainKernelFaultRead, file, [&](const auto& other) {
-              char byte = 0;
-              EXPECT_EQ(1u, other->read_data_block(0x116)->read_raw(&byte, 1, full / 2));
+              unsigned char byte = 0;
+              EXPECT_EQ(1u, other->read_data_block(0x116)->read_raw({&byte, 1}, full / 2));
             }));
 }
 
@@ -314,7 +303,7 @@ TEST_P(PstBlocksTest, EveryLevelButOneIsTheSecond) {
     const auto block = context->read_extended_block(context, 0x10E);
     EXPECT_EQ(2, block->get_level());
     EXPECT_EQ("data", ReadRaw(*block, 4, 0));
-    EXPECT_EQ("data", BytesOf(*block->get_page(0)));
+    EXPECT_EQ("data", Text(block->get_page(0)->get_bytes()));
   }
 }
 
@@ -330,7 +319,7 @@ TEST_P(PstBlocksTest, LevelsAreNotComparedWithEachOther) {
   for (const uint64_t id : {0x10Eu, 0x112u, 0x116u, 0x11Au}) {
     const auto block = context->read_data_block(id);
     EXPECT_EQ("data", ReadRaw(*block, 9, 0)) << id;
-    EXPECT_EQ("data", BytesOf(*block->get_page(0))) << id;
+    EXPECT_EQ("data", Text(block->get_page(0)->get_bytes())) << id;
   }
 }
 
@@ -347,7 +336,7 @@ TEST_P(PstBlocksTest, ASecondLevelOverDataWithoutAFirst) {
 TEST_P(PstBlocksTest, AHoleReadsAsZerosOfItsPlace) {
   RawImage image(unicode());
   image.block(0x104, "tail");
-  image.extended(0x10A, 1, static_cast<uint32_t>(maxData()) + 4, {0, 0x104});
+  image.extended(0x10A, 1, maxData() + 4, {0, 0x104});
   const auto context = OpenedImage(image.trees()).open();
   const auto block = context->read_data_block(0x10A);
   EXPECT_EQ(std::string(maxData(), '\0') + "tail", ReadRaw(*block, 10000, 0));
@@ -363,13 +352,13 @@ TEST_P(PstBlocksTest, AHoleOfTheSecondLevel) {
   image.block(0x104, "tail");
   image.extended(0x10A, 1, 4, {0x104});
   const uint64_t full = maxData() * maxChildren();
-  image.extended(0x10E, 2, static_cast<uint32_t>(full + 4), {0, 0x10A});
+  image.extended(0x10E, 2, full + 4, {0, 0x10A});
   const auto context = OpenedImage(image.trees()).open();
   const auto block = context->read_data_block(0x10E);
   EXPECT_EQ(std::string(3, '\0') + "tai", ReadRaw(*block, 6, full - 3));
-  EXPECT_EQ(maxData(), block->get_page(static_cast<ulong>(maxChildren()) - 1)->get_total_size());
+  EXPECT_EQ(maxData(), block->get_page(maxChildren() - 1)->get_total_size());
   std::string zeros(full, '?');
-  EXPECT_EQ(full, block->read_raw(zeros.data(), full, 0));
+  EXPECT_EQ(full, block->read_raw(RoomOf(zeros), 0));
   EXPECT_EQ(std::string(full, '\0'), zeros);
 }
 
@@ -379,7 +368,7 @@ TEST_P(PstBlocksTest, ABlockWithoutItsContextLoadsNothing) {
   RawImage image(unicode());
   image.block(0x104, std::string(maxData(), 'a'));
   image.block(0x108, "b");
-  image.extended(0x10E, 1, static_cast<uint32_t>(maxData()) + 1, {0x104, 0x108});
+  image.extended(0x10E, 1, maxData() + 1, {0x104, 0x108});
   auto context = OpenedImage(image.trees()).open();
   const auto block = context->read_data_block(0x10E);
   EXPECT_EQ("a", ReadRaw(*block, 1, 0));
@@ -408,7 +397,7 @@ TEST_P(PstBlocksTest, AChildThatFailsIsReadAgain) {
   const auto context = OpenedImage(image.trees()).open();
   const auto block = context->read_data_block(0x10A);
   PlainKernelFailAt(PlainKernelFaultRead, 1);
-  ExpectThrow<std::out_of_range>("fread failed", [&] { ReadRaw(*block, 4, 0); });
+  EXPECT_EQ(Thrown<std::out_of_range>([&] { ReadRaw(*block, 4, 0); }), "fread failed");
   EXPECT_EQ("data", ReadRaw(*block, 4, 0));
 }
 

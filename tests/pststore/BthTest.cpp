@@ -2,7 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "pststore/WrittenStore.h"
+#include "pststore/HeapBytes.h"
+#include "pststore/StoreHarness.h"
 
 namespace tarn::test {
 namespace {
@@ -20,7 +21,7 @@ using short_tree = pststore::bth_node<uint32_t, uint16_t>;
 class TreeHeap {
  public:
   explicit TreeHeap(const std::vector<std::string>& allocations)
-      : store_({HeapPage(kPropertyHeap, 0x20, allocations)}),
+      : store_({HeapPage(kPropertyContext, 0x20, allocations)}),
         heap_(pststore::open_heap(store_.node())) {}
 
   const heap_ptr& heap() const { return heap_; }
@@ -269,7 +270,7 @@ PstNodeParts RootOverOneLeaf(uint16_t childCount, uint16_t leafCount) {
   for (uint16_t key = 0; key < childCount; ++key) children += Record2(key, 0, 0x60);
   for (uint16_t key = 0; key < leafCount; ++key) leaf += Record2(key, 0, 0);
   PstNodeParts parts;
-  parts.pages = {HeapPage(kPropertyHeap, 0x20, {BthHeader(2, 6, 2, 0x40), children, leaf})};
+  parts.pages = {HeapPage(kPropertyContext, 0x20, {BthHeader(2, 6, 2, 0x40), children, leaf})};
   parts.pages[0].resize(8176);
   for (int page = 0; page < 300; ++page) parts.pages.emplace_back(8176, '\0');
   return parts;

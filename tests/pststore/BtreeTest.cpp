@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "pststore/BtreeNode.inc"
+#include "pststore/BtreeNode.h"
 
 namespace {
 
@@ -133,7 +133,7 @@ TEST(PstBtreeTest, AnEqualKeyEndsTheSearchAtOnce) {
   EXPECT_EQ(1, leaf->keysRead);
 }
 
-TEST(PstBtreeTest, KeysOutOfOrderAreTakenAsTheyStand) {
+TEST(PstBtreeTest, KeysOutOfOrderAreTakenAsTheyAre) {
   const auto leaf = MakeLeaf({{9, "a"}, {5, "b"}, {1, "c"}});
   EXPECT_EQ("b", leaf->lookup(5));
   EXPECT_THROW(leaf->lookup(9), NotFound);
@@ -163,7 +163,7 @@ TEST(PstBtreeTest, NonleafLookups) {
   const auto tree = DeepTree();
   EXPECT_EQ("a", tree->lookup(10));
   EXPECT_EQ("c", tree->lookup(30));
-  EXPECT_EQ("d", tree->lookup(40));  // equal to a separator: the child behind it
+  EXPECT_EQ("d", tree->lookup(40));  // equal to a separator: the child after it
   EXPECT_EQ("f", tree->lookup(60));
   EXPECT_EQ(4, tree->childrenRead);
   EXPECT_THROW(tree->lookup(35), NotFound);
@@ -172,19 +172,17 @@ TEST(PstBtreeTest, NonleafLookups) {
 
 TEST(PstBtreeTest, LooksUpWithoutAnException) {
   const auto tree = DeepTree();
-  std::string value = "unchanged";
   for (const uint32_t key : {0u, 9u, 11u, 25u, 31u, 61u, kNone}) {
-    EXPECT_FALSE(tree->try_lookup(key, value)) << key;
-    EXPECT_EQ(value, "unchanged");
+    EXPECT_EQ(nullptr, tree->find(key)) << key;
   }
   std::string all;
   for (const uint32_t key : {10u, 20u, 30u, 40u, 50u, 60u}) {
-    EXPECT_TRUE(tree->try_lookup(key, value)) << key;
-    all += value;
+    ASSERT_NE(nullptr, tree->find(key)) << key;
+    all += *tree->find(key);
   }
   EXPECT_EQ(all, "abcdef");
-  EXPECT_FALSE(MakeLeaf({})->try_lookup(10, value));
-  EXPECT_FALSE(MakeNonleaf({})->try_lookup(10, value));
+  EXPECT_EQ(nullptr, MakeLeaf({})->find(10));
+  EXPECT_EQ(nullptr, MakeNonleaf({})->find(10));
 }
 
 TEST(PstBtreeTest, ANonleafWithoutChildren) {
@@ -267,7 +265,7 @@ TEST(PstBtreeTest, NextIntoAChildThatFailsLosesTheLeaf) {
   EXPECT_EQ(nullptr, iter.leaf);
 }
 
-TEST(PstBtreeTest, NextBehindTheLastEntryStaysInTheLastLeaf) {
+TEST(PstBtreeTest, NextAfterTheLastEntryStaysInTheLastLeaf) {
   const auto tree = DeepTree();
   Iter iter;
   tree->last(iter);
@@ -324,7 +322,7 @@ TEST(PstBtreeTest, AnEmptyLastLeafIsTheEnd) {
   EXPECT_EQ("a", Walk(*tree));
 }
 
-TEST(PstBtreeTest, AnEmptyLeafInFrontOfOthersIsDamage) {
+TEST(PstBtreeTest, AnEmptyLeafBeforeOthersIsDamage) {
   const auto empty = MakeLeaf({});
   const auto first = MakeNonleaf({{1, empty}, {2, MakeLeaf({{2, "b"}})}});
   EXPECT_THROW(Walk(*first), database_corrupt);

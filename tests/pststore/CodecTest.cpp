@@ -8,6 +8,7 @@
 
 #include "pststore/CodecTables.h"
 #include "support/pst/CryptTables.h"
+#include "support/pst/PstBytes.h"
 
 namespace {
 
@@ -20,12 +21,12 @@ std::string Text(std::initializer_list<int> bytes) {
 }
 
 std::string Permuted(std::string text) {
-  decode_permute(reinterpret_cast<unsigned char*>(text.data()), text.size());
+  decode_permute(tarn::test::RoomOf(text));
   return text;
 }
 
 std::string Cycled(std::string text, uint32_t key) {
-  decode_cyclic(reinterpret_cast<unsigned char*>(text.data()), text.size(), key);
+  decode_cyclic(tarn::test::RoomOf(text), key);
   return text;
 }
 
@@ -72,10 +73,10 @@ TEST(PstCodecTest, PermutedTextOfEveryLength) {
 
 TEST(PstCodecTest, PermutationLeavesWhatFollows) {
   std::string text = "Hello, store";
-  decode_permute(reinterpret_cast<unsigned char*>(text.data()), 9);
+  decode_permute(tarn::test::RoomOf(text).first(9));
   EXPECT_EQ(Text({0x28, 0xDA, 0xCD, 0xCD, 0xD3, 0x6B, 0x39, 0xD6, 0x14}) + "ore", text);
   std::string many(200, '\0');
-  decode_permute(reinterpret_cast<unsigned char*>(many.data()), 150);
+  decode_permute(tarn::test::RoomOf(many).first(150));
   EXPECT_EQ(std::string(150, 0x47) + std::string(50, '\0'), many);
 }
 

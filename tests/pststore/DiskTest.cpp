@@ -3,11 +3,15 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <string_view>
+
+#include "support/pst/PstBytes.h"
 
 namespace {
 
 using namespace pststore::disk;
-using pststore::ulonglong;
+using namespace std::literals;
+using tarn::test::BytesOf;
 using Ansi = uint32_t;
 using Unicode = uint64_t;
 
@@ -44,10 +48,10 @@ TEST(PstDiskTest, SignatureFoldsTheUpperHalfOnce) {
 }
 
 TEST(PstDiskTest, ChecksumStartsAt0AndIsNotComplemented) {
-  EXPECT_EQ(0u, compute_crc("", 0));
-  EXPECT_EQ(0u, compute_crc("\0\0\0\0\0\0\0\0\0", 9));
-  EXPECT_EQ(0x77073096u, compute_crc("\x01", 1));
-  EXPECT_EQ(0x2DFD2D88u, compute_crc("123456789", 9));
+  EXPECT_EQ(0u, compute_crc({}));
+  EXPECT_EQ(0u, compute_crc(BytesOf("\0\0\0\0\0\0\0\0\0"sv)));
+  EXPECT_EQ(0x77073096u, compute_crc(BytesOf("\x01")));
+  EXPECT_EQ(0x2DFD2D88u, compute_crc(BytesOf("123456789")));
 }
 
 TEST(PstDiskTest, NumbersAreLittleEndian) {

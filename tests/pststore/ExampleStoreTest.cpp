@@ -1,4 +1,4 @@
-// The example store of the repository, described: what stands in examples/ is what this writes.
+// The example store of the repository, described: what is in examples/ is what this writes.
 #include <gtest/gtest.h>
 
 #include "support/RtfCompressor.h"

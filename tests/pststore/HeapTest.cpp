@@ -3,8 +3,9 @@
 #include <gtest/gtest.h>
 
 #include "pststore/Blocks.h"
+#include "pststore/HeapBytes.h"
 #include "pststore/HnidStream.h"
-#include "pststore/WrittenStore.h"
+#include "pststore/StoreHarness.h"
 
 namespace tarn::test {
 namespace {
@@ -15,13 +16,13 @@ using pststore::heap_ptr;
 using pststore::open_heap;
 using pststore::sig_mismatch;
 
-// "abc" under 0x20, nothing under 0x40, "defgh" under 0x60; the page map stands at 20.
-std::string ThreeAllocations() { return HeapPage(kPropertyHeap, 0x60, {"abc", "", "defgh"}); }
+// "abc" under 0x20, nothing under 0x40, "defgh" under 0x60; the page map is at 20.
+std::string ThreeAllocations() { return HeapPage(kPropertyContext, 0x60, {"abc", "", "defgh"}); }
 
 heap_ptr Open(const NodeStore& store) { return open_heap(store.node()); }
 
 TEST(HeapOpen, HandBytes) {
-  // The page that the tests below stand on, drawn out once.
+  // The page that the tests below use, drawn out once.
   const std::string expected(
       "\x14\x00\xEC\xBC\x60\x00\x00\x00\x00\x00\x00\x00"
       "abcdefgh"
@@ -32,7 +33,7 @@ TEST(HeapOpen, HandBytes) {
 
 TEST(HeapOpen, GivesRootAndNode) {
   const NodeStore store({ThreeAllocations()});
-  const heap_ptr heap = open_heap(store.node(), kPropertyHeap);
+  const heap_ptr heap = open_heap(store.node(), kPropertyContext);
   EXPECT_EQ(heap->get_root_id(), 0x60U);
   EXPECT_EQ(heap->get_node().get_id(), NodeStore::kNid);
 }
@@ -42,7 +43,7 @@ TEST(HeapOpen, RefusesNodesWithoutAHeader) {
   EXPECT_EQ(Thrown<std::out_of_range>([&] { Open(empty); }), "offset >= size()");
   const NodeStore eleven({ThreeAllocations().substr(0, 11)});
   EXPECT_EQ(Thrown<std::out_of_range>([&] { Open(eleven); }), "sizeof(T) + offset >= size()");
-  EXPECT_EQ(Thrown<std::out_of_range>([&] { open_heap(eleven.node(), kTableHeap); }),
+  EXPECT_EQ(Thrown<std::out_of_range>([&] { open_heap(eleven.node(), kTableContext); }),
             "sizeof(T) + offset >= size()");
   const NodeStore twelve({ThreeAllocations().substr(0, 12)});
   EXPECT_EQ(Open(twelve)->get_root_id(), 0x60U);
@@ -54,7 +55,7 @@ TEST(HeapOpen, RefusesSignatures) {
   const NodeStore wrong({page});
   try {
     // The heap's own signature comes first.
-    open_heap(wrong.node(), kTableHeap);
+    open_heap(wrong.node(), kTableContext);
     FAIL();
   } catch (const sig_mismatch& caught) {
     EXPECT_STREQ(caught.what(), "invalid heap_sig");
@@ -66,7 +67,7 @@ TEST(HeapOpen, RefusesSignatures) {
 
   const NodeStore properties({ThreeAllocations()});
   try {
-    open_heap(properties.node(), kTableHeap);
+    open_heap(properties.node(), kTableContext);
     FAIL();
   } catch (const sig_mismatch& caught) {
     EXPECT_STREQ(caught.what(), "invalid client_sig");
@@ -109,7 +110,8 @@ TEST(Heap, ReadsAllocations) {
 }
 
 TEST(Heap, ReadsOtherPages) {
-  const NodeStore store({HeapPage(kPropertyHeap, 0, {"first"}), NextHeapPage({"second", "third"})});
+  const NodeStore store(
+      {HeapPage(kPropertyContext, 0, {"first"}), NextHeapPage({"second", "third"})});
   const heap_ptr heap = Open(store);
   EXPECT_EQ(Text(heap->read(0x20)), "first");
   EXPECT_EQ(Text(heap->read(0x10020)), "second");
@@ -141,7 +143,7 @@ TEST(Heap, RefusesReadsBeyondAnAllocationInOrder) {
   EXPECT_EQ(Thrown<std::length_error>([&] { heap->read(none, 0x60, 6); }), "offset > size()");
 }
 
-TEST(Heap, PageMapAtOrBehindTheEndOfItsPage) {
+TEST(Heap, PageMapAtOrAfterTheEndOfItsPage) {
   std::string page = ThreeAllocations();
   PutLe(page, 0, page.size() + 1, 2);
   EXPECT_EQ(Thrown<std::length_error>([&] { Open(NodeStore({page}))->size(0x20); }),
@@ -155,7 +157,7 @@ TEST(Heap, PageMapAtOrBehindTheEndOfItsPage) {
             "heap page map cut short");
 }
 
-// The number of allocations is looked at before the array behind it.
+// The number of allocations is looked at before the array after it.
 TEST(Heap, PageMapsOfLittleMoreThanTheirNumberOfAllocations) {
   for (const std::string& map : {std::string("\x01\x00", 2), std::string("\x01\x00\x00", 3)}) {
     std::string page = ThreeAllocations();
@@ -185,7 +187,7 @@ TEST(Heap, PagesWithoutRoomForTheOffsetOfTheirMap) {
 TEST(Heap, IndexesAboveTheNumberOfAllocations) {
   const NodeStore store({ThreeAllocations() + LeBytes(0x0016, 2)});
   const heap_ptr heap = Open(store);
-  // The index may be the number of allocations: the 16 bits behind the array are the end then.
+  // The index may be the number of allocations: the 16 bits after the array are the end then.
   EXPECT_EQ(heap->size(0x80), 2U);
   EXPECT_EQ(Text(heap->read(0x80)), std::string("\x03\x00", 2));
   EXPECT_EQ(Thrown<std::length_error>([&] { heap->size(0xA0); }), "index > num_allocs");
@@ -196,8 +198,8 @@ TEST(Heap, IndexesAboveTheNumberOfAllocations) {
 
 TEST(Heap, PageMapsThatRunBeyondTheirPage) {
   std::string page = ThreeAllocations();
-  const NodeStore behind({page});
-  EXPECT_EQ(Thrown<database_corrupt>([&] { Open(behind)->size(0x80); }),
+  const NodeStore after({page});
+  EXPECT_EQ(Thrown<database_corrupt>([&] { Open(after)->size(0x80); }),
             "heap page map runs beyond its page");
   PutLe(page, 20, 0xFFFF, 2);
   const NodeStore believed({page});
@@ -217,7 +219,7 @@ TEST(Heap, NegativeSizes) {
 
 TEST(Heap, AllocationsThatLeaveTheirPage) {
   std::string page = ThreeAllocations();
-  PutLe(page, 30, 40, 2);  // "defgh" ends 8 bytes behind the page
+  PutLe(page, 30, 40, 2);  // "defgh" ends 8 bytes after the page
   const NodeStore ends({page});
   EXPECT_EQ(Open(ends)->size(0x60), 25U);
   byte_vector buffer(25, '?');

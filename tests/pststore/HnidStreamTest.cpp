@@ -5,8 +5,9 @@
 #include <iterator>
 #include <optional>
 
+#include "pststore/HeapBytes.h"
 #include "pststore/PropertyBag.h"
-#include "pststore/WrittenStore.h"
+#include "pststore/StoreHarness.h"
 
 namespace tarn::test {
 namespace {
@@ -15,13 +16,6 @@ using pststore::hnid_stream_device;
 using pststore::prop_stream;
 
 constexpr uint32_t kSubnode = 0x81F;
-
-// Bytes that differ from their neighbours and from those a page away.
-std::string Pattern(size_t size) {
-  std::string bytes(size, '\0');
-  for (size_t i = 0; i < size; ++i) bytes[i] = static_cast<char>('a' + i % 23);
-  return bytes;
-}
 
 // "abcdefghij" under 0x20, and a subnode of these bytes.
 class Values {
@@ -43,7 +37,7 @@ class Values {
  private:
   static PstNodeParts Parts(std::string_view subnode) {
     PstNodeParts parts;
-    parts.pages = {HeapPage(kPropertyHeap, 0, {"abcdefghij"})};
+    parts.pages = {HeapPage(kPropertyContext, 0, {"abcdefghij"})};
     parts.subnode(kSubnode, PstNodeParts::Stream(subnode, 8176));
     return parts;
   }
@@ -116,7 +110,7 @@ TEST(HnidStreamDevice, SeeksWithinItsData) {
     EXPECT_EQ(Seek(device, 1, std::ios_base::cur), 1);
     EXPECT_EQ(Seek(device, INT64_MAX, std::ios_base::cur), 10);
     EXPECT_EQ(Seek(device, INT64_MAX, std::ios_base::end), 10);
-    // Every other direction counts from where the device stands.
+    // Every other direction counts from where the device is.
     EXPECT_EQ(Seek(device, -4, static_cast<std::ios_base::seekdir>(7)), 6);
     EXPECT_EQ(Seek(device, 3, static_cast<std::ios_base::seekdir>(3)), 9);
   }
@@ -141,7 +135,7 @@ TEST(HnidStreamDevice, OutlivesItsMaker) {
 }
 
 TEST(HnidStreamDevice, AnAllocationThatLeavesItsPage) {
-  std::string page = HeapPage(kPropertyHeap, 0, {"abc"});
+  std::string page = HeapPage(kPropertyContext, 0, {"abc"});
   PutLe(page, page.size() - 2, page.size() + 5, 2);
   const NodeStore store({page});
   const pststore::heap_ptr heap = pststore::open_heap(store.node());
@@ -152,7 +146,7 @@ TEST(HnidStreamDevice, AnAllocationThatLeavesItsPage) {
   prop_stream stream(heap->open_stream(0x20));
   EXPECT_EQ(ReadAll(stream), bytes);
 
-  // A read that begins behind the page is one that the heap refuses.
+  // A read that begins after the page is one that the heap refuses.
   EXPECT_EQ(Seek(device, 1, std::ios_base::beg), 1);
   EXPECT_EQ(Read(device, static_cast<std::streamsize>(page.size() - 12)),
             page.substr(13) + std::string(1, '\0'));
@@ -163,7 +157,7 @@ TEST(HnidStreamDevice, AnAllocationThatLeavesItsPage) {
 TEST(HnidValue, IsReadWhole) {
   const std::string bytes = Pattern(200000);
   PstNodeParts parts;
-  parts.pages = {HeapPage(kPropertyHeap, 0, {"abcdefghij"})};
+  parts.pages = {HeapPage(kPropertyContext, 0, {"abcdefghij"})};
   parts.subnode(kSubnode, PstNodeParts::Stream(bytes, 8176));
   const NodeStore store(parts);
   const pststore::heap_ptr heap = pststore::open_heap(store.node());
@@ -209,7 +203,7 @@ TEST(PropStream, WorksOnACopyOfTheDevice) {
   EXPECT_EQ(Read(device, 2), "ab");
 }
 
-// The buffer holds 4096 bytes, and 4 of those in front can be put back.
+// The buffer holds 4096 bytes, and 4 of those before can be put back.
 TEST(PropStream, PutsBackFourBytes) {
   const std::string bytes = Pattern(10000);
   const Values values(bytes);
@@ -217,12 +211,12 @@ TEST(PropStream, PutsBackFourBytes) {
   std::string front(4096, '?');
   stream.read(front.data(), 4096);
   EXPECT_EQ(stream.rdbuf()->in_avail(), 0);
-  EXPECT_EQ(stream.get(), bytes[4096]);
+  EXPECT_EQ(stream.get(), std::char_traits<char>::to_int_type(bytes[4096]));
   EXPECT_EQ(stream.rdbuf()->in_avail(), 4095);
   for (const size_t i : {4096U, 4095U, 4094U, 4093U, 4092U}) {
     stream.unget();
     EXPECT_TRUE(stream.good());
-    EXPECT_EQ(stream.peek(), bytes[i]);
+    EXPECT_EQ(stream.peek(), std::char_traits<char>::to_int_type(bytes[i]));
   }
   EXPECT_THROW(stream.unget(), std::ios_base::failure);
 }

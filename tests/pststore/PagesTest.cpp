@@ -1,8 +1,7 @@
 // The pages of the two trees in a file: their entries, and the loading of children.
 #include <gtest/gtest.h>
 
-#include "pststore/BtreeNode.inc"
-#include "pststore/RawImage.h"
+#include "pststore/StoreHarness.h"
 
 namespace tarn::test {
 
@@ -24,17 +23,17 @@ RawImage WithRoot(bool unicode, const std::vector<std::pair<uint64_t, uint64_t>>
   image.trees();
   std::string entries;
   for (const auto& [key, number] : keysAndPages) {
-    entries += image.nonleafEntry(key, 0x40 + number, Page(number));
+    entries += image.nonleafEntry(key, {0x40 + number, Page(number)});
   }
-  image.page(RawImage::kNbtAddress, RawImage::kNbtId, 0x81, 1,
-             static_cast<uint8_t>(keysAndPages.size()), entries);
+  image.page({RawImage::kNbtId, RawImage::kNbtAddress}, RawImage::kNbtPage, 1, keysAndPages.size(),
+             entries);
   return image;
 }
 
 void AddLeaf(RawImage& image, uint64_t number, const std::vector<uint32_t>& ids) {
   std::string entries;
-  for (const uint32_t id : ids) entries += image.nbtEntry({id, id + 1000u, 0, 0});
-  image.page(Page(number), 0x40 + number, 0x81, 0, static_cast<uint8_t>(ids.size()), entries);
+  for (const uint32_t id : ids) entries += image.nbtEntry({id, 0, id + 1000u, 0});
+  image.page({0x40 + number, Page(number)}, RawImage::kNbtPage, 0, ids.size(), entries);
   image.setFileEof(image.file.size());
 }
 
@@ -42,10 +41,9 @@ void AddNonleaf(RawImage& image, uint64_t number,
                 const std::vector<std::pair<uint64_t, uint64_t>>& keysAndPages) {
   std::string entries;
   for (const auto& [key, page] : keysAndPages) {
-    entries += image.nonleafEntry(key, 0x40 + page, Page(page));
+    entries += image.nonleafEntry(key, {0x40 + page, Page(page)});
   }
-  image.page(Page(number), 0x40 + number, 0x81, 1, static_cast<uint8_t>(keysAndPages.size()),
-             entries);
+  image.page({0x40 + number, Page(number)}, RawImage::kNbtPage, 1, keysAndPages.size(), entries);
   image.setFileEof(image.file.size());
 }
 
@@ -68,11 +66,11 @@ std::vector<uint32_t> WalkNodes(db_context& context) {
 
 TEST(PstPageEntriesTest, NarrowLeaves) {
   RawImage image(false);
-  image.page(RawImage::kNbtAddress, RawImage::kNbtId, 0x81, 0, 2,
+  image.page({RawImage::kNbtId, RawImage::kNbtAddress}, RawImage::kNbtPage, 0, 2,
              std::string("\x21\x00\x00\x80\x04\x01\x00\x00\x0A\x02\x00\x00\x22\x01\x00\x00"
                          "\x61\x00\x00\x80\xFF\xFF\xFF\xFF\x00\x00\x00\x00\x00\x00\x00\x00",
                          32));
-  image.page(RawImage::kBbtAddress, RawImage::kBbtId, 0x80, 0, 2,
+  image.page({RawImage::kBbtId, RawImage::kBbtAddress}, RawImage::kBbtPage, 0, 2,
              std::string("\x04\x01\x00\x00\x00\x44\x00\x00\x34\x12\x02\x00"
                          "\xFC\xFF\xFF\xFF\x00\x00\x00\x90\xFF\xFF\x01\x80",
                          24));
@@ -101,11 +99,11 @@ TEST(PstPageEntriesTest, NarrowLeaves) {
 
 TEST(PstPageEntriesTest, WideLeaves) {
   RawImage image(true);
-  image.page(RawImage::kNbtAddress, RawImage::kNbtId, 0x81, 0, 1,
+  image.page({RawImage::kNbtId, RawImage::kNbtAddress}, RawImage::kNbtPage, 0, 1,
              std::string("\x21\x00\x00\x80\x77\x77\x77\x77\x04\x01\x00\x00\x00\x00\x00\x01"
                          "\x0A\x02\x00\x00\x00\x00\x00\x02\x22\x01\x00\x00\x99\x99\x99\x99",
                          32));
-  image.page(RawImage::kBbtAddress, RawImage::kBbtId, 0x80, 0, 1,
+  image.page({RawImage::kBbtId, RawImage::kBbtAddress}, RawImage::kBbtPage, 0, 1,
              std::string("\x04\x01\x00\x00\x00\x00\x00\x03\x00\x44\x00\x00\x00\x00\x00\x04"
                          "\x34\x12\x02\x00\x99\x99\x99\x99",
                          24));
@@ -133,8 +131,8 @@ TEST(PstPageEntriesTest, SeparatorsKeepTheWidthOfTheirTree) {
       "\x21\x00\x00\x80\x01\x00\x00\x00\x40\x00\x00\x00\x00\x00\x00\x00\x00\x44\x00\x00\x00\x00\x00"
       "\x00",
       24);
-  image.page(RawImage::kNbtAddress, RawImage::kNbtId, 0x81, 3, 1, entry);
-  image.page(RawImage::kBbtAddress, RawImage::kBbtId, 0x80, 255, 1, entry);
+  image.page({RawImage::kNbtId, RawImage::kNbtAddress}, RawImage::kNbtPage, 3, 1, entry);
+  image.page({RawImage::kBbtId, RawImage::kBbtAddress}, RawImage::kBbtPage, 255, 1, entry);
   image.setFileEof(0x2000);
   const auto context = OpenedImage(image).open();
   EXPECT_EQ(0x80000021u, context->read_nbt_root()->get_key(0));
@@ -150,10 +148,10 @@ TEST_P(PstPagesTest, EntriesAreTakenAsFarAsThePageReaches) {
   for (const int more : {0, 1}) {
     RawImage image(unicode());
     const auto add = static_cast<uint8_t>(more);
-    image.page(Page(0), 1, 0x81, 0, static_cast<uint8_t>(nbtRoom + add), "");
-    image.page(Page(1), 2, 0x80, 0, static_cast<uint8_t>(bbtRoom + add), "");
-    image.page(Page(2), 3, 0x81, 1, static_cast<uint8_t>(bbtRoom + add), "");
-    image.page(Page(3), 4, 0x80, 1, static_cast<uint8_t>(bbtRoom + add), "");
+    image.page({1, Page(0)}, RawImage::kNbtPage, 0, nbtRoom + add, "");
+    image.page({2, Page(1)}, RawImage::kBbtPage, 0, bbtRoom + add, "");
+    image.page({3, Page(2)}, RawImage::kNbtPage, 1, bbtRoom + add, "");
+    image.page({4, Page(3)}, RawImage::kBbtPage, 1, bbtRoom + add, "");
     image.setFileEof(Page(4));
     const auto context = OpenedImage(image).open();
     if (more == 0) {
@@ -170,7 +168,7 @@ TEST_P(PstPagesTest, EntriesAreTakenAsFarAsThePageReaches) {
   }
 }
 
-TEST_P(PstPagesTest, PositionsBehindTheEntriesAreDamage) {
+TEST_P(PstPagesTest, PositionsAfterTheEntriesAreDamage) {
   RawImage image = WithRoot(unicode(), {{1, 0}});
   AddLeaf(image, 0, {1, 2});
   const auto context = OpenedImage(image).open();
@@ -231,7 +229,7 @@ TEST_P(PstPagesTest, AChildThatFailsIsReadAgain) {
   const auto context = OpenedImage(image).open();
   for (int i = 0; i < 3; ++i) {
     PlainKernelFailAt(PlainKernelFaultRead, i == 0 ? 2 : 1);
-    ExpectThrow<std::out_of_range>("fread failed", [&] { context->lookup_node_info(10); });
+    EXPECT_EQ(Thrown<std::out_of_range>([&] { context->lookup_node_info(10); }), "fread failed");
   }
   EXPECT_EQ(1010u, context->lookup_node_info(10).data_bid);
 }
@@ -242,9 +240,9 @@ TEST_P(PstPagesTest, ADamagedChildRaisesFromSearchAndIteration) {
   AddLeaf(image, 1, {20});
   image.put(Page(1) + 504, 0x99, image.wide());
   const auto context = OpenedImage(image).open();
-  ExpectThrow<unexpected_page>("wrong page id", [&] { context->lookup_node_info(20); });
+  EXPECT_EQ(Thrown<unexpected_page>([&] { context->lookup_node_info(20); }), "wrong page id");
   EXPECT_EQ(1010u, context->lookup_node_info(10).data_bid);
-  ExpectThrow<unexpected_page>("wrong page id", [&] { WalkNodes(*context); });
+  EXPECT_EQ(Thrown<unexpected_page>([&] { WalkNodes(*context); }), "wrong page id");
 }
 
 TEST_P(PstPagesTest, AChildIsWhatItsOwnLevelSays) {
@@ -258,10 +256,10 @@ TEST_P(PstPagesTest, AChildIsWhatItsOwnLevelSays) {
 
 TEST_P(PstPagesTest, ChildrenOfTheOtherTreeAreRefused) {
   RawImage image = WithRoot(unicode(), {{10, 0}});
-  image.page(Page(0), 0x40, 0x80, 0, 0, "").setFileEof(Page(1));
+  image.page({0x40, Page(0)}, RawImage::kBbtPage, 0, 0, "").setFileEof(Page(1));
   const auto context = OpenedImage(image).open();
-  ExpectThrow<unexpected_page>("page_type != page_type_nbt",
-                               [&] { context->lookup_node_info(10); });
+  EXPECT_EQ(Thrown<unexpected_page>([&] { context->lookup_node_info(10); }),
+            "page_type != page_type_nbt");
 }
 
 TEST_P(PstPagesTest, APageWithoutItsContextLoadsNothing) {
@@ -297,8 +295,8 @@ TEST_P(PstPagesTest, APageThatIsItsOwnChild) {
 TEST_P(PstPagesTest, ARootThatIsItsOwnChild) {
   RawImage image(unicode());
   image.trees();
-  image.page(RawImage::kNbtAddress, RawImage::kNbtId, 0x81, 1, 1,
-             image.nonleafEntry(10, RawImage::kNbtId, RawImage::kNbtAddress));
+  image.page({RawImage::kNbtId, RawImage::kNbtAddress}, RawImage::kNbtPage, 1, 1,
+             image.nonleafEntry(10, {RawImage::kNbtId, RawImage::kNbtAddress}));
   const auto context = OpenedImage(image).open();
   // Known at the first time that it turns up again: there is no third read, which would fail.
   PlainKernelFailAt(PlainKernelFaultRead, 3);

@@ -6,10 +6,10 @@
 #include <string>
 
 #include "pststore/Blocks.h"
+#include "pststore/HeapBytes.h"
 #include "pststore/HnidStream.h"
 #include "pststore/PropertyBag.h"
-#include "pststore/RawImage.h"
-#include "pststore/WrittenStore.h"
+#include "pststore/StoreHarness.h"
 #include "support/PeakMemory.h"
 
 namespace tarn::test {
@@ -18,12 +18,6 @@ namespace {
 using pststore::hnid_stream_device;
 
 constexpr uint32_t kSubnode = 0x81F;
-
-std::string Pattern(size_t size) {
-  std::string bytes(size, '\0');
-  for (size_t i = 0; i < size; ++i) bytes[i] = static_cast<char>('a' + i % 23);
-  return bytes;
-}
 
 // A node with a subnode of these parts.
 class OneValue {
@@ -48,22 +42,22 @@ class OneValue {
   WrittenStore store_;
 };
 
-std::string PassAll(hnid_stream_device device, std::streamsize step) {
+std::string PassAll(hnid_stream_device device, size_t step) {
   std::string all;
-  std::string piece(static_cast<size_t>(step), '?');
+  std::string piece(step, '?');
   for (;;) {
-    const std::streamsize done = device.pass(piece.data(), step);
-    if (done == -1) return all;
-    all.append(piece, 0, static_cast<size_t>(done));
+    const size_t done = device.pass(RoomOf(piece));
+    if (done == 0) return all;
+    all.append(piece, 0, done);
   }
 }
 
 uint64_t PassUnseen(hnid_stream_device device) {
   uint64_t sum = 0;
   for (;;) {
-    const std::streamsize done = device.pass(nullptr, hnid_stream_device::pass_step);
-    if (done == -1) return sum;
-    sum += static_cast<uint64_t>(done);
+    const size_t done = device.skip();
+    if (done == 0) return sum;
+    sum += done;
   }
 }
 
@@ -75,7 +69,7 @@ TEST(Pass, GivesTheBytesInAllShapes) {
       for (const size_t size : {size_t{0}, size_t{5}, page, page + 1, 3 * page + 77}) {
         const std::string bytes = Pattern(size);
         const OneValue value(PstNodeParts::Stream(bytes, page), layout, encoding);
-        for (const std::streamsize step : {1000, 4096, 20000}) {
+        for (const size_t step : {1000, 4096, 20000}) {
           EXPECT_EQ(PassAll(value.device(), step), bytes);
         }
         EXPECT_EQ(PassUnseen(value.device()), size);
@@ -96,14 +90,13 @@ TEST(Pass, GivesTheBytesOfTwoLevelsAndOfHoles) {
   std::string first(7 * 8176, '?');
   size_t done = 0;
   while (done < first.size()) {
-    done += static_cast<size_t>(
-        device.pass(&first[done], static_cast<std::streamsize>(first.size() - done)));
+    done += device.pass(RoomOf(first).subspan(done));
   }
   EXPECT_EQ(first, expected.substr(0, first.size()));
 }
 
 TEST(Pass, GivesTheBytesOfAnAllocation) {
-  const NodeStore store({HeapPage(kPropertyHeap, 0, {"abcdefghij"})});
+  const NodeStore store({HeapPage(kPropertyContext, 0, {"abcdefghij"})});
   const pststore::heap_ptr heap = pststore::open_heap(store.node());
   EXPECT_EQ(PassAll(heap->open_stream(0x20), 4), "abcdefghij");
   EXPECT_EQ(PassUnseen(heap->open_stream(0x20)), 10u);
@@ -116,8 +109,7 @@ TEST(Pass, CanGoBack) {
   const OneValue value(PstNodeParts::Stream(bytes, 8176));
   hnid_stream_device device = value.device();
   std::string all(bytes.size(), '?');
-  EXPECT_EQ(device.pass(all.data(), static_cast<std::streamsize>(all.size())),
-            static_cast<std::streamsize>(all.size()));
+  EXPECT_EQ(device.pass(RoomOf(all)), all.size());
   device.seek(0, std::ios_base::beg);
   std::string again(bytes.size(), '?');
   EXPECT_EQ(device.read(again.data(), static_cast<std::streamsize>(again.size())),
@@ -202,7 +194,7 @@ TEST(Pass, TellsDamageThatNobodyLooksAt) {
 
 // An allocation of 5 bytes more than its page, and one that begins where the page ends.
 TEST(Pass, TellsDamageOfAllocations) {
-  std::string page = HeapPage(kPropertyHeap, 0, {"abc"});
+  std::string page = HeapPage(kPropertyContext, 0, {"abc"});
   PutLe(page, page.size() - 2, page.size() + 5, 2);
   const NodeStore store({page});
   const pststore::heap_ptr heap = pststore::open_heap(store.node());
@@ -223,19 +215,18 @@ TEST(Decoding, HappensOnceWhoeverLooks) {
       return store.context()->lookup_node(NodeStore::kNid).get_data_block();
     };
     const auto text = [](pststore::data_block& from) {
-      const auto bytes = from.get_page(0)->get_bytes();
-      return std::string(bytes.begin(), bytes.end());
+      return Text(from.get_page(0)->get_bytes());
     };
     const auto read = block();
     std::string bytes(6, '?');
-    EXPECT_EQ(read->pass_raw(nullptr, 6, 0), 6u);
-    EXPECT_EQ(read->read_raw(bytes.data(), 6, 0), 6u);
+    EXPECT_EQ(read->skip_raw(6, 0), 6u);
+    EXPECT_EQ(read->read_raw(RoomOf(bytes), 0), 6u);
     EXPECT_EQ(bytes, "abcdef");
     EXPECT_EQ(text(*read), "abcdef");
     EXPECT_EQ(text(*read), "abcdef");
 
     auto written = block();
-    EXPECT_EQ(written->write_raw("XY", 2, 1, written), 2u);
+    EXPECT_EQ(written->write_raw(BytesOf("XY"), 1, written), 2u);
     EXPECT_EQ(text(*written), "aXYdef");
 
     auto cut = block();
@@ -245,7 +236,7 @@ TEST(Decoding, HappensOnceWhoeverLooks) {
     // A copy of one that nobody has looked at.
     const auto page = block()->get_page(0);
     const pststore::external_block copy(*page);
-    EXPECT_EQ(std::string(copy.get_bytes().begin(), copy.get_bytes().end()), "abcdef");
+    EXPECT_EQ(Text(copy.get_bytes()), "abcdef");
     EXPECT_EQ(text(*page), "abcdef");
   }
 }

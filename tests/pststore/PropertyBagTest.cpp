@@ -5,7 +5,8 @@
 #include <optional>
 
 #include "pststore/Blocks.h"
-#include "pststore/WrittenStore.h"
+#include "pststore/HeapBytes.h"
+#include "pststore/StoreHarness.h"
 #include "support/pst/PropertyContextBuilder.h"
 
 namespace tarn::test {
@@ -21,7 +22,7 @@ constexpr std::array<PstLayout, 2> kLayouts = {PstLayout::Ansi, PstLayout::Unico
 NodeStore HandBag(const std::string& records, const std::vector<std::string>& values) {
   std::vector<std::string> allocations = {BthHeader(2, 6, 0, 0x40), records};
   allocations.insert(allocations.end(), values.begin(), values.end());
-  return NodeStore({HeapPage(kPropertyHeap, 0x20, allocations)});
+  return NodeStore({HeapPage(kPropertyContext, 0x20, allocations)});
 }
 
 std::vector<uint16_t> List(const pststore::const_property_object& object) {
@@ -51,17 +52,17 @@ TEST(PropertyBagOpen, RefusesOtherHeaps) {
   const NodeStore none({std::string(12, '\0')});
   EXPECT_EQ(Thrown<pststore::sig_mismatch>([&] { property_bag bag(none.node()); }),
             "invalid heap_sig");
-  const NodeStore table({HeapPage(kTableHeap, 0x20, {BthHeader(2, 6, 0, 0)})});
+  const NodeStore table({HeapPage(kTableContext, 0x20, {BthHeader(2, 6, 0, 0)})});
   EXPECT_EQ(Thrown<pststore::sig_mismatch>([&] { property_bag bag(table.node()); }),
             "invalid client_sig");
-  const NodeStore index({HeapPage(kPropertyHeap, 0x20, {BthHeader(4, 4, 0, 0)})});
+  const NodeStore index({HeapPage(kPropertyContext, 0x20, {BthHeader(4, 4, 0, 0)})});
   EXPECT_EQ(Thrown<std::logic_error>([&] { property_bag bag(index.node()); }), "invalid key size");
-  const NodeStore rootless({HeapPage(kPropertyHeap, 0, {})});
+  const NodeStore rootless({HeapPage(kPropertyContext, 0, {})});
   EXPECT_EQ(Thrown<std::length_error>([&] { property_bag bag(rootless.node()); }),
             "buffer.size() > size()");
 }
 
-TEST(PropertyBag, ReadsWhatStandsInTheEntry) {
+TEST(PropertyBag, ReadsWhatIsInTheEntry) {
   const NodeStore store = HandBag(std::string("\x17\x00\x03\x00\x78\x56\x34\x92"
                                               "\x01\x30\x1F\x00\x60\x00\x00\x00",
                                               16),
@@ -193,7 +194,7 @@ TEST(PropertyBag, ListsTheWholeTree) {
   }
   const auto root = static_cast<uint32_t>(0x20 * allocations.size());
   allocations[0] = BthHeader(2, 6, 4, root);
-  const NodeStore store({HeapPage(kPropertyHeap, 0x20, allocations)});
+  const NodeStore store({HeapPage(kPropertyContext, 0x20, allocations)});
   const property_bag bag(store.node());
   EXPECT_EQ(List(bag), ids);
   for (const uint16_t id : ids) {
@@ -205,13 +206,13 @@ TEST(PropertyBag, ListsTheWholeTree) {
 
 TEST(PropertyBag, OtherFailuresPassThroughPropExists) {
   const NodeStore store(
-      {HeapPage(kPropertyHeap, 0x20, {BthHeader(2, 6, 2, 0x40), Record2(5, 0, 0x100)})});
+      {HeapPage(kPropertyContext, 0x20, {BthHeader(2, 6, 2, 0x40), Record2(5, 0, 0x100)})});
   const property_bag bag(store.node());
   EXPECT_FALSE(bag.prop_exists(4));
   EXPECT_EQ(Thrown<std::length_error>([&] { bag.prop_exists(5); }), "index > num_allocs");
 }
 
-TEST(PropertyBag, CopiesStandOnTheirOwn) {
+TEST(PropertyBag, CopiesAreTheirOwn) {
   PropertyContextBuilder builder(PstLayout::Unicode);
   builder.binary(0x3701, std::string(5000, 'x')).text(0x3001, u"name");
   std::optional<NodeStore> store(std::in_place, builder.build());
@@ -236,7 +237,7 @@ TEST(PropertyBag, CopiesAreNotAskedForTheirClient) {
   // The bag's own block is changed, in memory: nobody else holds it.
   pststore::data_block* const block = bag.get_node().get_data_block().get();
   std::shared_ptr<pststore::data_block> changed;
-  block->write_raw("\x7C", 1, 3, changed);
+  block->write_raw(BytesOf("\x7C"), 3, changed);
   ASSERT_EQ(changed.get(), block);
 
   const property_bag copy(bag);
@@ -252,7 +253,7 @@ TEST(PropertyBag, SubnodesLargerThanTheirData) {
   const std::array<uint64_t, 1> ids = {file.block(std::string(100, 'x'))};
   const std::array<SubnodeEntry, 1> entries = {{{0x81F, file.extendedBlock(1, ids, 200), 0}}};
   const uint64_t heap = file.block(
-      HeapPage(kPropertyHeap, 0x20, {BthHeader(2, 6, 0, 0x40), Record2(1, 0x102, 0x81F)}));
+      HeapPage(kPropertyContext, 0x20, {BthHeader(2, 6, 0, 0x40), Record2(1, 0x102, 0x81F)}));
   file.node(NodeStore::kNid, heap, file.subnodes(entries));
   const WrittenStore store(file.bytes());
   const property_bag bag(store.context()->lookup_node(NodeStore::kNid));

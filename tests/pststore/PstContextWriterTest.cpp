@@ -73,7 +73,7 @@ TEST(HeapBuilder, SinglePageFillsUpByLevels) {
   EXPECT_EQ(level(1022), 7U);
 }
 
-TEST(HeapBuilder, EighthPageAndEach128thBehindItHoldFillLevels) {
+TEST(HeapBuilder, EighthPageAndEach128thAfterItHoldFillLevels) {
   HeapBuilder heap(PstLayout::Unicode, kTableContext);
   std::vector<uint32_t> hids;
   for (int i = 0; i < 137; ++i) {
@@ -92,7 +92,7 @@ TEST(HeapBuilder, EighthPageAndEach128thBehindItHoldFillLevels) {
   EXPECT_EQ(pages[136].substr(2, 65), "\x07"s + std::string(63, '\0') + "a");
 }
 
-TEST(BthBuilder, LeafRecordsStandBackToBack) {
+TEST(BthBuilder, LeafRecordsHaveNoGaps) {
   HeapBuilder heap(PstLayout::Unicode, kTableContext);
   const uint32_t header = heap.reserve(8);
   BthBuilder tree(4, 2);
@@ -146,7 +146,7 @@ TEST(BthBuilder, StrideOf8FillsUpAllRecordsAndCountsTheLeaves) {
   EXPECT_EQ(ThreeRecords(shape)[3], '\x09');
 }
 
-TEST(PropertyContext, SmallNumbersStandInTheRecord) {
+TEST(PropertyContext, SmallNumbersAreInTheRecord) {
   PropertyContextBuilder bag(PstLayout::Unicode);
   bag.number(0x3602, kTypeInt32, 7).number(0x360A, kTypeBoolean, 1).text(0x3001, u"ab");
   bag.text(0x001A, "").number(0x0017, kTypeInt16, 0x1234).raw(0x6000, kTypeString, 0x8E5);
@@ -162,7 +162,7 @@ TEST(PropertyContext, SmallNumbersStandInTheRecord) {
             "\x00\x60\x1F\0\xE5\x08\0\0"s);
 }
 
-TEST(PropertyContext, LongValuesStandInSubnodes) {
+TEST(PropertyContext, LongValuesAreInSubnodes) {
   PropertyContextBuilder bag(PstLayout::Ansi);
   bag.binary(0x3701, std::string(3580, 'a'));
   bag.binary(0x3702, std::string(3581, 'b'));
@@ -295,7 +295,7 @@ TEST(TableContext, RowsNeverCrossABlock) {
   }
 }
 
-TEST(TableContext, OneRowMayStandInASubnode) {
+TEST(TableContext, OneRowMayBeInASubnode) {
   TableContextBuilder table(PstLayout::Unicode, {.rows = TableShape::Rows::Subnode});
   table.row(0x24);
   const PstNodeParts parts = table.build();
@@ -306,7 +306,7 @@ TEST(TableContext, OneRowMayStandInASubnode) {
   EXPECT_THROW(full.build(), std::length_error);
 }
 
-TEST(TableContext, LongCellsStandInSubnodes) {
+TEST(TableContext, LongCellsAreInSubnodes) {
   TableContextBuilder table(PstLayout::Unicode);
   table.column(0x3001, kTypeBinary).column(0x3002, kTypeBinary);
   table.row(1).cell(0x3001, std::string(3581, 'a')).streamed(0x3002, PstNodeParts::OfPages({"b"}));
@@ -317,7 +317,7 @@ TEST(TableContext, LongCellsStandInSubnodes) {
   EXPECT_EQ(parts.subnodes[1].parts.pages.at(0), "b");
 }
 
-TEST(TableContext, DeviatingFieldsStandAsGiven) {
+TEST(TableContext, DeviatingFieldsAreAsGiven) {
   TableShape shape;
   shape.rgib = {1, 2, 3, 0};
   shape.hnidRows = 0x12345;

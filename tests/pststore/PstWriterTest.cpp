@@ -21,13 +21,6 @@ std::string Part(const std::string& image, uint64_t offset, size_t size) {
   return image.substr(static_cast<size_t>(offset), size);
 }
 
-// Bytes that differ from page to page.
-std::string Pattern(size_t size) {
-  std::string bytes(size, '\0');
-  for (size_t i = 0; i < size; ++i) bytes[i] = static_cast<char>((i * 7 + i / 251) & 0xFF);
-  return bytes;
-}
-
 PstFileOptions Trimmed(PstLayout layout, PstEncoding encoding = PstEncoding::None) {
   return {.layout = layout, .encoding = encoding, .isTrimmed = true};
 }
@@ -66,7 +59,7 @@ TEST(PstWriterCodec, SignatureFoldsIdAndAddress) {
   EXPECT_EQ(PstSignature(4, 0x12345600), 0x4430);
 }
 
-TEST(PstWriter, UnicodeHeaderStandsWhereItIsPublished) {
+TEST(PstWriter, UnicodeHeaderIsWhereItIsPublished) {
   PstFileBuilder file({.encoding = PstEncoding::Cyclic});
   const uint64_t bid = file.block("abc");
   file.node(0x122, bid, 0);
@@ -91,7 +84,7 @@ TEST(PstWriter, UnicodeHeaderStandsWhereItIsPublished) {
   EXPECT_EQ(GetLe(image, 524, 4), PstCrc(Part(image, 8, 516)));
 }
 
-TEST(PstWriter, AnsiHeaderStandsWhereItIsPublished) {
+TEST(PstWriter, AnsiHeaderIsWhereItIsPublished) {
   PstFileBuilder file({.layout = PstLayout::Ansi, .encoding = PstEncoding::Permute});
   const uint64_t bid = file.block("abc");
   file.node(0x200024, bid, 0);
@@ -352,7 +345,7 @@ TEST(PstWriter, AnsiExtendedBlocksTakeTwoThousandIdsUnlessAskedForLess) {
             "\x01\x02\x02\x00"s);
 }
 
-TEST(PstWriter, SubnodeBlocksHaveTheirEntriesBehindTheHeader) {
+TEST(PstWriter, SubnodeBlocksHaveTheirEntriesAfterTheHeader) {
   const std::vector<SubnodeEntry> entries = {{0x671, 8, 0x12}, {0x692, 0, 0}};
   PstFileBuilder unicode;
   unicode.subnodes(entries, {.minLevels = 2});

@@ -1,11 +1,10 @@
 // A host without memory, and files that do not read: whatever call fails, the exception says so,
-// nothing is left behind, and the store goes on working.
+// nothing is left in the kernel, and the store goes on working.
 #include <gtest/gtest.h>
 
 #include <fstream>
 
-#include "pststore/BtreeNode.inc"
-#include "pststore/RawImage.h"
+#include "pststore/StoreHarness.h"
 #include "support/FaultSweep.h"
 
 namespace tarn::test {
@@ -21,15 +20,15 @@ class PstStoreFaultsTest : public BothLayouts {
     RawImage image(unicode());
     image.block(0x104, std::string(maxData(), 'x'));
     image.block(0x108, "tail");
-    image.extended(0x10E, 1, static_cast<uint32_t>(maxData()) + 4, {0x104, 0x108});
-    image.extended(0x112, 2, static_cast<uint32_t>(maxData()) + 4, {0x10E});
-    image.subnodeLeaf(0x116, {{0x25, 0x108, 0, 0}});
+    image.extended(0x10E, 1, maxData() + 4, {0x104, 0x108});
+    image.extended(0x112, 2, maxData() + 4, {0x10E});
+    image.subnodeLeaf(0x116, {{0x25, 0x108, 0}});
     image.subnodeNonleaf(0x11A, {{0x25, 0x116}});
     image.trees();
     const uint64_t leaf = (image.file.size() + 511) / 512 * 512;
-    image.page(leaf, 0x77, 0x81, 0, 1, image.nbtEntry({0x21, 0x112, 0x11A, 0}));
-    image.page(RawImage::kNbtAddress, RawImage::kNbtId, 0x81, 1, 1,
-               image.nonleafEntry(0x21, 0x77, leaf));
+    image.page({0x77, leaf}, RawImage::kNbtPage, 0, 1, image.nbtEntry({0x21, 0, 0x112, 0x11A}));
+    image.page({RawImage::kNbtId, RawImage::kNbtAddress}, RawImage::kNbtPage, 1, 1,
+               image.nonleafEntry(0x21, {0x77, leaf}));
     return image.setFileEof(leaf + 512);
   }
 
@@ -38,7 +37,7 @@ class PstStoreFaultsTest : public BothLayouts {
     const node node = context->lookup_node(0x21);
     const pststore::node copy = node;
     std::string text(copy.size(), '?');
-    text.resize(copy.read(text.data(), text.size(), 0));
+    text.resize(copy.read(RoomOf(text), 0));
     const pststore::node inner = copy.lookup(0x25);
     byte_vector page(4);
     inner.read(page, 0, 0);
@@ -46,7 +45,7 @@ class PstStoreFaultsTest : public BothLayouts {
     context->read_nbt_root()->first(iter);
     iter.leaf->next(iter);
     std::shared_ptr<data_block> block = inner.get_data_block();
-    block->write_raw("T", 1, 0, block);
+    block->write_raw(BytesOf("T"), 0, block);
     block->resize(9000, block);
     return text.substr(text.size() - 5) + std::string(page.begin(), page.end());
   }

@@ -4,7 +4,8 @@
 
 #include <optional>
 
-#include "pststore/WrittenStore.h"
+#include "pststore/HeapBytes.h"
+#include "pststore/StoreHarness.h"
 #include "support/pst/StoreBuilder.h"
 
 namespace tarn::test {

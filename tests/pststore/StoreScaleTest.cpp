@@ -1,8 +1,7 @@
 // What a lookup costs in large trees: the pages or blocks on its way down, each once.
 #include <gtest/gtest.h>
 
-#include "pststore/BtreeNode.inc"
-#include "pststore/RawImage.h"
+#include "pststore/StoreHarness.h"
 #include "support/pst/PstFileBuilder.h"
 
 namespace tarn::test {
@@ -17,7 +16,7 @@ uint32_t NodeId(uint32_t index) { return (index + 1) << 5 | 0x04; }
 TEST_P(PstStoreScaleTest, ALookupReadsOnlyItsWayDown) {
   // 3000 nodes of one block each. Nodes: 750 leaves, 250, 84, 28, 10, 4, 2 and 1 non-leaves, which
   // are 8 levels. Blocks: 1000 leaves, 200, 40, 8, 2 and 1 non-leaves, which are 6 levels.
-  PstFileBuilder builder({.layout = unicode() ? PstLayout::Unicode : PstLayout::Ansi,
+  PstFileBuilder builder({.layout = layout(),
                           .nbt = {.leafFanOut = 4, .innerFanOut = 3},
                           .bbt = {.leafFanOut = 3, .innerFanOut = 5}});
   for (uint32_t i = 0; i < 3000; ++i) {
@@ -46,9 +45,9 @@ TEST_P(PstStoreScaleTest, ALookupReadsOnlyItsWayDown) {
     EXPECT_FALSE(succeeds(8, lookUp)) << index;
     EXPECT_TRUE(succeeds(9, lookUp)) << index;
     const auto readData = [=](pststore::db_context& context) {
-      char room[20] = {};
-      context.lookup_node(NodeId(index)).read(room, sizeof(room), 0);
-      EXPECT_EQ("data of " + std::to_string(index), room);
+      std::string data(20, '?');
+      data.resize(context.lookup_node(NodeId(index)).read(RoomOf(data), 0));
+      EXPECT_EQ("data of " + std::to_string(index), data);
     };
     EXPECT_FALSE(succeeds(8 + 6 + 1, readData)) << index;
     EXPECT_TRUE(succeeds(8 + 6 + 1 + 1, readData)) << index;
@@ -58,7 +57,7 @@ TEST_P(PstStoreScaleTest, ALookupReadsOnlyItsWayDown) {
 TEST_P(PstStoreScaleTest, ASubnodeIsFoundOnOneWayDown) {
   // 30000 subnodes: 300 leaves of 100, under one block.
   constexpr uint32_t kSubnodes = 30000;
-  PstFileBuilder builder({.layout = unicode() ? PstLayout::Unicode : PstLayout::Ansi});
+  PstFileBuilder builder({.layout = layout()});
   std::vector<SubnodeEntry> entries;
   for (uint32_t i = 0; i < kSubnodes; ++i) entries.push_back({NodeId(i), 0, 4 * uint64_t{i}});
   builder.node(NodeId(0), 0, builder.subnodes(entries, {.leafFanOut = 100}));

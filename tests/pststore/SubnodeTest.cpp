@@ -1,8 +1,7 @@
 // The blocks that hold the trees of subnodes.
 #include <gtest/gtest.h>
 
-#include "pststore/BtreeNode.inc"
-#include "pststore/RawImage.h"
+#include "pststore/StoreHarness.h"
 
 namespace tarn::test {
 
@@ -82,21 +81,21 @@ TEST_P(PstSubnodeTest, IdZeroIsTheEmptyTree) {
 
 TEST_P(PstSubnodeTest, LeafAndNonleafAreToldApart) {
   RawImage image(unicode());
-  image.subnodeLeaf(0x10A, {{0x25, 0x104, 0, 0}});
+  image.subnodeLeaf(0x10A, {{0x25, 0x104, 0}});
   image.subnodeNonleaf(0x10E, {{0x25, 0x10A}});
   const auto context = Open(image);
   EXPECT_EQ(0x10Au, context->read_subnode_leaf_block(context, 0x10A)->get_id());
   EXPECT_EQ(0x10Eu, context->read_subnode_nonleaf_block(context, 0x10E)->get_id());
-  ExpectThrow<unexpected_block>("psub->level != 0",
-                                [&] { context->read_subnode_leaf_block(context, 0x10E); });
-  ExpectThrow<unexpected_block>("psub->level == 1",
-                                [&] { context->read_subnode_nonleaf_block(context, 0x10A); });
+  EXPECT_EQ(Thrown<unexpected_block>([&] { context->read_subnode_leaf_block(context, 0x10E); }),
+            "psub->level != 0");
+  EXPECT_EQ(Thrown<unexpected_block>([&] { context->read_subnode_nonleaf_block(context, 0x10A); }),
+            "psub->level == 1");
 }
 
 TEST_P(PstSubnodeTest, ATreeOfTwoLevels) {
   RawImage image(unicode());
-  image.subnodeLeaf(0x10A, {{0x25, 0x104, 0, 0}, {0x45, 0x108, 0, 0}});
-  image.subnodeLeaf(0x10E, {{0x65, 0x10C, 0, 0}});
+  image.subnodeLeaf(0x10A, {{0x25, 0x104, 0}, {0x45, 0x108, 0}});
+  image.subnodeLeaf(0x10E, {{0x65, 0x10C, 0}});
   image.subnodeNonleaf(0x112, {{0x25, 0x10A}, {0x65, 0x10E}});
   const OpenedImage file(image.trees());
   const auto context = file.open();
@@ -134,9 +133,9 @@ TEST_P(PstSubnodeTest, EntriesAreTakenAsFarAsTheExtentReaches) {
   }
 }
 
-TEST_P(PstSubnodeTest, PositionsBehindTheEntriesAreDamage) {
+TEST_P(PstSubnodeTest, PositionsAfterTheEntriesAreDamage) {
   RawImage image(unicode());
-  image.subnodeLeaf(0x10A, {{0x25, 0x104, 0, 0}});
+  image.subnodeLeaf(0x10A, {{0x25, 0x104, 0}});
   image.subnodeNonleaf(0x10E, {{0x25, 0x10A}});
   image.subnodeNonleaf(0x112, {});
   const auto context = Open(image);
@@ -163,7 +162,7 @@ TEST_P(PstSubnodeTest, BlocksThatContainThemselves) {
 
 TEST_P(PstSubnodeTest, ABlockWithTwoParents) {
   RawImage image(unicode());
-  image.subnodeLeaf(0x10A, {{0x25, 0x104, 0, 0}});
+  image.subnodeLeaf(0x10A, {{0x25, 0x104, 0}});
   image.subnodeNonleaf(0x10E, {{0x25, 0x10A}, {0x26, 0x10A}});
   const auto context = Open(image);
   EXPECT_THROW(Walk(*context->read_subnode_block(0x10E)), database_corrupt);
@@ -173,9 +172,9 @@ TEST_P(PstSubnodeTest, ABlockWithTwoParents) {
 }
 
 TEST_P(PstSubnodeTest, ChildrenOfIdZeroAreEmpty) {
-  // The empty tree may stand in as many places as it is named.
+  // The empty tree may be in as many places as it is named.
   RawImage image(unicode());
-  image.subnodeLeaf(0x10A, {{0x65, 0x104, 0, 0}});
+  image.subnodeLeaf(0x10A, {{0x65, 0x104, 0}});
   image.subnodeNonleaf(0x10E, {{0x25, 0}, {0x45, 0}, {0x65, 0x10A}});
   const auto context = Open(image);
   const auto root = context->read_subnode_block(0x10E);
@@ -191,7 +190,7 @@ TEST_P(PstSubnodeTest, ChildrenOfIdZeroAreEmpty) {
 }
 
 TEST_P(PstSubnodeTest, BlocksThatOverlapTakeRoomEachTime) {
-  // Fifteen leaves of 8192 bytes, each 32 bytes behind the one before; the root takes 320 or 192.
+  // Fifteen leaves of 8192 bytes, each 32 bytes after the one before; the root takes 320 or 192.
   // The limit is the size of the file and 64 KiB: the root and eleven leaves, or one byte less.
   const uint64_t root = unicode() ? 320 : 192;
   for (const uint64_t less : {0u, 1u}) {
@@ -199,15 +198,15 @@ TEST_P(PstSubnodeTest, BlocksThatOverlapTakeRoomEachTime) {
     std::vector<std::pair<uint64_t, uint64_t>> children;
     for (uint64_t i = 0; i < 15; ++i) children.emplace_back(0x25 + i, 0x10A + 4 * i);
     image.subnodeNonleaf(0x106, children);
-    const std::string head = image.subnodeHead(0, 300);
+    const std::string head = SubnodeBlockData(layout(), 0, 300, "");
     for (const auto& [key, id] : children) {
       const uint64_t at = image.nextBlock;
       image.block(id, head);
-      image.blocks.back().size = maxData();
+      image.blocks.back().cb = static_cast<uint16_t>(maxData());
       const uint64_t end = at + 8192;
       image.put(end - 8, id, image.wide());
       image.put(end - (unicode() ? 16 : 12), maxData(), 2);
-      image.put(end - (unicode() ? 14 : 10), RawImage::signature(id, at), 2);
+      image.put(end - (unicode() ? 14 : 10), PstSignature(id, at), 2);
       image.nextBlock = at + 32;
     }
     image.trees().file.resize(root + 11 * 8192 - 65536 - less);
@@ -216,8 +215,8 @@ TEST_P(PstSubnodeTest, BlocksThatOverlapTakeRoomEachTime) {
     const uint32_t leaves = less == 0 ? 11 : 10;
     for (uint32_t i = 0; i < leaves; ++i) EXPECT_EQ(300u, tree->get_child(i).num_values());
     for (int i = 0; i < 2; ++i) {
-      ExpectThrow<database_corrupt>("blocks of a tree larger than the file",
-                                    [&] { tree->get_child(leaves); });
+      EXPECT_EQ(Thrown<database_corrupt>([&] { tree->get_child(leaves); }),
+                "blocks of a tree larger than the file");
     }
     EXPECT_EQ(300u, tree->get_child(0).num_values());
   }
@@ -237,15 +236,17 @@ TEST_P(PstSubnodeTest, OnlyTheFormForEveryLevelKnowsTheEmptyBlock) {
   RawImage image(unicode());
   image.put(56, 0x400, 4);
   const auto context = Open(image);
-  ExpectThrow<unexpected_block>("wrong block id",
-                                [&] { context->read_subnode_leaf_block(context, ulonglong{0}); });
-  ExpectThrow<unexpected_block>(
-      "wrong block id", [&] { context->read_subnode_nonleaf_block(context, ulonglong{0}); });
+  EXPECT_EQ(
+      Thrown<unexpected_block>([&] { context->read_subnode_leaf_block(context, ulonglong{0}); }),
+      "wrong block id");
+  EXPECT_EQ(
+      Thrown<unexpected_block>([&] { context->read_subnode_nonleaf_block(context, ulonglong{0}); }),
+      "wrong block id");
 }
 
 TEST_P(PstSubnodeTest, NextIntoAChildThatFailsLosesTheLeaf) {
   RawImage image(unicode());
-  image.subnodeLeaf(0x10A, {{0x25, 0x104, 0, 0}});
+  image.subnodeLeaf(0x10A, {{0x25, 0x104, 0}});
   image.subnodeNonleaf(0x10E, {{0x25, 0x10A}, {0x45, 0x7772}});
   const auto context = Open(image);
   const auto root = context->read_subnode_block(0x10E);
@@ -257,20 +258,20 @@ TEST_P(PstSubnodeTest, NextIntoAChildThatFailsLosesTheLeaf) {
 
 TEST_P(PstSubnodeTest, AChildThatFailsIsReadAgain) {
   RawImage image(unicode());
-  image.subnodeLeaf(0x10A, {{0x25, 0x104, 0, 0}});
+  image.subnodeLeaf(0x10A, {{0x25, 0x104, 0}});
   image.subnodeNonleaf(0x10E, {{0x25, 0x10A}});
   const auto context = Open(image);
   const auto root = context->read_subnode_block(0x10E);
   for (int i = 0; i < 2; ++i) {
     PlainKernelFailAt(PlainKernelFaultRead, 1);
-    ExpectThrow<std::out_of_range>("fread failed", [&] { root->lookup(0x25); });
+    EXPECT_EQ(Thrown<std::out_of_range>([&] { root->lookup(0x25); }), "fread failed");
   }
   EXPECT_EQ(0x104u, root->lookup(0x25).data_bid);
 }
 
 TEST_P(PstSubnodeTest, ABlockWithoutItsContextLoadsNothing) {
   RawImage image(unicode());
-  image.subnodeLeaf(0x10A, {{0x25, 0x104, 0, 0}});
+  image.subnodeLeaf(0x10A, {{0x25, 0x104, 0}});
   image.subnodeNonleaf(0x10E, {{0x25, 0x10A}});
   auto context = Open(image);
   const auto root = context->read_subnode_block(0x10E);

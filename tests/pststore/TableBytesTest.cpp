@@ -1,10 +1,11 @@
-// Tables byte by byte: the description, the index and the rows as they stand, sound and damaged.
+// Tables byte by byte: the description, the index and the rows, sound and damaged.
 
 #include <gtest/gtest.h>
 
 #include "pststore/BasicTable.h"
+#include "pststore/HeapBytes.h"
+#include "pststore/StoreHarness.h"
 #include "pststore/Table.h"
-#include "pststore/WrittenStore.h"
 
 namespace tarn::test {
 namespace {
@@ -41,14 +42,14 @@ struct Description {
 // Rows in the heap.
 NodeStore InHeap(const Description& description, const std::string& rows) {
   return NodeStore(
-      {HeapPage(kTableHeap, 0x20, {description.bytes(), BthHeader(4, 4, 0, 0), rows})});
+      {HeapPage(kTableContext, 0x20, {description.bytes(), BthHeader(4, 4, 0, 0), rows})});
 }
 
 // Rows in pages of a subnode.
 NodeStore InPages(Description description, std::vector<std::string> pages) {
   description.rows = kRowNode;
   PstNodeParts parts;
-  parts.pages = {HeapPage(kTableHeap, 0x20, {description.bytes(), BthHeader(4, 4, 0, 0)})};
+  parts.pages = {HeapPage(kTableContext, 0x20, {description.bytes(), BthHeader(4, 4, 0, 0)})};
   PstNodeParts rows;
   rows.pages = std::move(pages);
   parts.subnode(kRowNode, std::move(rows));
@@ -74,7 +75,7 @@ TEST(TableBytes, TwoRows) {
       16);
   const std::string index = Record4(0x8025, 0) + Record4(0x8045, 1);
   const NodeStore store(
-      {HeapPage(kTableHeap, 0x20, {description, BthHeader(4, 4, 1, 0x80), rows, index})});
+      {HeapPage(kTableContext, 0x20, {description, BthHeader(4, 4, 1, 0x80), rows, index})});
   const auto table = open_table(store.node());
   EXPECT_NE(dynamic_cast<pststore::basic_table<uint32_t>*>(table.get()), nullptr);
   EXPECT_EQ(table->size(), 2U);
@@ -113,7 +114,7 @@ TEST(TableOpen, RefusesSignatures) {
 
   const Description good;
   const std::vector<std::string> allocations = {good.bytes(), BthHeader(4, 4, 0, 0), ""};
-  const NodeStore bag({HeapPage(kPropertyHeap, 0x20, allocations)});
+  const NodeStore bag({HeapPage(kPropertyContext, 0x20, allocations)});
   EXPECT_EQ(Thrown<sig_mismatch>([&] { open_table(bag.node()); }), "invalid client_sig");
 
   Description wrong;
@@ -136,7 +137,7 @@ TEST(TableOpen, LooksAtTheIndexBeforeTheSignatures) {
   description.rowIndex = 0xA0;
   EXPECT_EQ(Thrown<std::length_error>([&] { open_table(InHeap(description, "").node()); }),
             "index > num_allocs");
-  const NodeStore bag({HeapPage(kPropertyHeap, 0x20, {description.bytes(), ""})});
+  const NodeStore bag({HeapPage(kPropertyContext, 0x20, {description.bytes(), ""})});
   EXPECT_EQ(Thrown<std::length_error>([&] { open_table(bag.node()); }), "index > num_allocs");
 }
 
@@ -149,12 +150,12 @@ TEST(TableOpen, RefusesInOrder) {
   const auto store = [&](uint8_t client) {
     return NodeStore({HeapPage(client, 0x20, {bytes, std::string(8, '\x04')})});
   };
-  const NodeStore bag = store(kPropertyHeap);
+  const NodeStore bag = store(kPropertyContext);
   EXPECT_EQ(Thrown<sig_mismatch>([&] { open_table(bag.node()); }), "invalid client_sig");
-  const NodeStore other = store(kTableHeap);
+  const NodeStore other = store(kTableContext);
   EXPECT_EQ(Thrown<sig_mismatch>([&] { open_table(other.node()); }), "heap_sig_tc expected");
   bytes[0] = '\x7C';
-  const NodeStore index = store(kTableHeap);
+  const NodeStore index = store(kTableContext);
   EXPECT_EQ(Thrown<sig_mismatch>([&] { open_table(index.node()); }), "bth_signature expected");
 }
 
@@ -165,16 +166,17 @@ TEST(TableOpen, LooksAtTheSignaturesOfShortDescriptions) {
   const std::string bytes = description.bytes();
   for (size_t size = 1; size < 22; ++size) {
     const std::vector<std::string> allocations = {bytes.substr(0, size), BthHeader(4, 4, 0, 0)};
-    const NodeStore table({HeapPage(kTableHeap, 0x20, allocations)});
+    const NodeStore table({HeapPage(kTableContext, 0x20, allocations)});
     EXPECT_EQ(Thrown<sig_mismatch>([&] { open_table(table.node()); }), "heap_sig_tc expected");
-    const NodeStore bag({HeapPage(kPropertyHeap, 0x20, allocations)});
+    const NodeStore bag({HeapPage(kPropertyContext, 0x20, allocations)});
     EXPECT_EQ(Thrown<sig_mismatch>([&] { open_table(bag.node()); }), "invalid client_sig");
   }
 }
 
 TEST(TableOpen, RefusesShortDescriptions) {
   const auto open = [](const std::string& description) {
-    return OpenError(NodeStore({HeapPage(kTableHeap, 0x20, {description, BthHeader(4, 4, 0, 0)})}));
+    return OpenError(
+        NodeStore({HeapPage(kTableContext, 0x20, {description, BthHeader(4, 4, 0, 0)})}));
   };
   Description description;
   description.rows = 0;
@@ -188,13 +190,13 @@ TEST(TableOpen, RefusesShortDescriptions) {
   EXPECT_EQ(open(description.bytes()), "no exception");
   EXPECT_EQ(open(description.bytes() + "more"), "no exception");
   EXPECT_EQ(open(description.bytes().substr(0, 37)), "table columns cut short");
-  const NodeStore rootless({HeapPage(kTableHeap, 0, {bytes})});
+  const NodeStore rootless({HeapPage(kTableContext, 0, {bytes})});
   EXPECT_EQ(OpenError(rootless), "table description cut short");
 }
 
 TEST(TableOpen, RowIndexes) {
   const auto open = [](const std::string& header) {
-    return NodeStore({HeapPage(kTableHeap, 0x20, {Description().bytes(), header, ""})});
+    return NodeStore({HeapPage(kTableContext, 0x20, {Description().bytes(), header, ""})});
   };
   const auto kind = [&](uint8_t width) {
     const NodeStore store = open(BthHeader(4, width, 0, 0));
@@ -286,7 +288,7 @@ TEST(TableBytes, CellsThatLeaveTheirRow) {
   }
 }
 
-TEST(TableBytes, ARepeatedColumnCountsAsItStandsLast) {
+TEST(TableBytes, ARepeatedColumnCountsAsTheLastOneSays) {
   Description description;
   description.ends = {8, 8, 8, 9};
   description.columns = {Column(1, 0, 4, 1), Column(1, 4, 2, 0)};
@@ -372,7 +374,7 @@ TEST(TableBytes, PagesShorterThanTheirRows) {
   const std::array<SubnodeEntry, 1> entries = {
       {{kRowNode, file.extendedBlock(1, ids, 2 * 8176 + 6), 0}}};
   const uint64_t heap =
-      file.block(HeapPage(kTableHeap, 0x20, {description.bytes(), BthHeader(4, 4, 0, 0)}));
+      file.block(HeapPage(kTableContext, 0x20, {description.bytes(), BthHeader(4, 4, 0, 0)}));
   file.node(NodeStore::kNid, heap, file.subnodes(entries));
   const WrittenStore store(file.bytes());
   const auto table = open_table(store.context()->lookup_node(NodeStore::kNid));
@@ -398,7 +400,7 @@ TEST(TableBytes, MillionsOfRowsInASmallFile) {
   const uint32_t size = 1021 * 8176;
   const std::array<SubnodeEntry, 1> entries = {{{kRowNode, file.extendedBlock(1, holes, size), 0}}};
   const uint64_t heap =
-      file.block(HeapPage(kTableHeap, 0x20, {description.bytes(), BthHeader(4, 4, 0, 0)}));
+      file.block(HeapPage(kTableContext, 0x20, {description.bytes(), BthHeader(4, 4, 0, 0)}));
   file.node(NodeStore::kNid, heap, file.subnodes(entries));
   const WrittenStore store(file.bytes());
   PlainKernelUsageRecord before;

@@ -6,7 +6,7 @@
 #include <optional>
 
 #include "pststore/BasicTable.h"
-#include "pststore/WrittenStore.h"
+#include "pststore/StoreHarness.h"
 #include "support/pst/TableContextBuilder.h"
 
 namespace tarn::test {

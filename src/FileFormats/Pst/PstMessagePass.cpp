@@ -3,6 +3,7 @@
 // them is kept.
 #include <array>
 #include <ios>
+#include <span>
 
 #include "FileFormats/Pst/PstMessage.h"
 #include "FileFormats/Pst/PstProperties.h"
@@ -59,9 +60,9 @@ int32_t MessagePass::passBody(MessageProperty id, uint32_t kind, uint64_t& lengt
   length = SizeOf(device);
   if (!TakeFrom(textLeft_, length)) return StatusOutOfMemory;
   for (uint64_t left = length; left != 0;) {
-    const std::streamsize done = device.pass(nullptr, hnid_stream_device::pass_step);
-    if (done <= 0) throw pststore::database_corrupt("a stream is shorter than its size");
-    left -= static_cast<uint64_t>(done);
+    const size_t done = device.skip();
+    if (done == 0) throw pststore::database_corrupt("a stream is shorter than its size");
+    left -= done;
   }
   return StatusOk;
 }
@@ -84,15 +85,16 @@ int32_t MessagePass::passRtf(uint64_t bodyLength) {
 
   // Damage of the store is told before damage of the RTF: all of it is read.
   PstRtfCheck check(length, bodyLength);
-  std::array<char, 4 * hnid_stream_device::pass_step> piece;
+  std::array<unsigned char, 4 * hnid_stream_device::pass_step> piece;
   size_t filled = 0;
   for (uint64_t left = length; left != 0;) {
-    const std::streamsize done = device.pass(&piece[filled], hnid_stream_device::pass_step);
-    if (done <= 0) return StatusNotSupported;
-    filled += static_cast<size_t>(done);
-    left -= static_cast<uint64_t>(done);
+    const auto room = std::span(piece).subspan(filled, hnid_stream_device::pass_step);
+    const size_t done = device.pass(room);
+    if (done == 0) return StatusNotSupported;
+    filled += done;
+    left -= done;
     if (left != 0 && filled + hnid_stream_device::pass_step <= piece.size()) continue;
-    check.take({reinterpret_cast<const unsigned char*>(piece.data()), filled});
+    check.take(std::span(piece).first(filled));
     filled = 0;
   }
   if (check.status() != StatusOk) return check.status();
