@@ -47,11 +47,11 @@ std::shared_ptr<external_block> external_block::get_page(size_t index) {
 
 extended_block::extended_block(const std::shared_ptr<db_context>& context, const block_info& info,
                                ulonglong extent, const extended_limits& limits,
-                               ulonglong total_size, vector<ulonglong>&& ids)
-    : data_block(context, info, total_size),
+                               extended_content&& content)
+    : data_block(context, info, content.total_size),
       tree_part(extent),
       limits_(limits),
-      block_ids_(std::move(ids)),
+      block_ids_(std::move(content.ids)),
       child_blocks_(block_ids_.size()) {}
 
 extended_block::extended_block(const std::shared_ptr<db_context>& context,

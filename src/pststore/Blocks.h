@@ -163,6 +163,13 @@ struct extended_limits {
   ushort level = 0;                    // 1 or 2
 };
 
+// What an extended block of the file says. Neither the total size nor the number of ids is compared
+// with the limits.
+struct extended_content {
+  ulonglong total_size = 0;
+  vector<ulonglong> ids;
+};
+
 namespace detail {
 
 constexpr ulonglong divide_up(ulonglong dividend, ulonglong divisor) {
@@ -178,11 +185,9 @@ class extended_block final : public data_block,
   // Whatever the levels say, at most so many extended blocks are below each other.
   static constexpr ulong max_extended_depth = 8;
 
-  // A block of the file, in which it takes `extent` bytes. Neither the total size nor the number of
-  // ids is compared with the limits.
+  // A block of the file, in which it takes `extent` bytes.
   extended_block(const std::shared_ptr<db_context>& context, const block_info& info,
-                 ulonglong extent, const extended_limits& limits, ulonglong total_size,
-                 vector<ulonglong>&& ids);
+                 ulonglong extent, const extended_limits& limits, extended_content&& content);
   // A new block of as many holes as `total_size` asks for.
   extended_block(const std::shared_ptr<db_context>& context, const extended_limits& limits,
                  ulonglong total_size);

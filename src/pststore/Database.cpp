@@ -163,14 +163,12 @@ std::shared_ptr<extended_block> database_impl<T>::read_extended_block(const cont
                                                                       const block_info& info) {
   expect_block(is_internal_id(info.id), "internal bid expected");
   const bytes_view bytes = reader_.read_references(info);
-  const ulong total_size = disk::load<ulong>(bytes, disk::extended_total_size);
   const extended_limits limits = limits_of<T>(bytes[disk::internal_level]);
-  vector<ulonglong> ids = parse_block_ids<T>(bytes);
+  extended_content content = parse_extended<T>(bytes);
   // All children but the last are full. Pages after the stream's end can be asked for, too.
-  const ulonglong full_children = ids.empty() ? 0 : ids.size() - 1;
-  reader_.expect_room(std::max<ulonglong>(total_size, full_children * limits.child_max_total_size));
-  return make_kernel_shared<extended_block>(parent, info, bytes.size(), limits, total_size,
-                                            std::move(ids));
+  const ulonglong full_children = content.ids.empty() ? 0 : content.ids.size() - 1;
+  reader_.expect_room(std::max(content.total_size, full_children * limits.child_max_total_size));
+  return make_kernel_shared<extended_block>(parent, info, bytes.size(), limits, std::move(content));
 }
 
 template <typename T>

@@ -88,12 +88,12 @@ subnode_nonleaf_block::entries parse_subnode_nonleaf(bytes_view block) {
       });
 }
 
-// The ids in an extended block.
 template <typename T>
-vector<ulonglong> parse_block_ids(bytes_view block) {
-  return parse_entries<vector<ulonglong>>(block, disk::load<ushort>(block, disk::internal_count),
-                                          disk::extended_ids, sizeof(T),
-                                          [=](size_t at) { return disk::load_wide<T>(block, at); });
+extended_content parse_extended(bytes_view block) {
+  return {disk::load<ulong>(block, disk::extended_total_size),
+          parse_entries<vector<ulonglong>>(
+              block, disk::load<ushort>(block, disk::internal_count), disk::extended_ids, sizeof(T),
+              [=](size_t at) { return disk::load_wide<T>(block, at); })};
 }
 
 }  // namespace pststore

@@ -12,7 +12,7 @@ using namespace pststore;
 class PstBlocksTest : public BothLayouts {
  protected:
   // Where the signature of a block of one step of 64 bytes is.
-  uint64_t signatureOf64() const { return unicode() ? 50 : 54; }
+  uint64_t signatureOf64() const { return 64 - OffsetsOf(layout()).blockTrailer + 2; }
 };
 INSTANTIATE_TEST_SUITE_P(Layouts, PstBlocksTest, ::testing::Bool(), LayoutName);
 

@@ -43,21 +43,21 @@ TEST(PstOpenTest, NoFile) {
 
 TEST(PstOpenTest, AVersionBelow20IsTheNarrowLayout) {
   RawImage image = SmallStore(false);
-  image.put(10, 19, 2);
+  image.setVersion(19);
   EXPECT_EQ(kData, OpenedImage(image).open()->lookup_node_info(0x21).data_bid);
 }
 
 TEST(PstOpenTest, AVersionFrom20OnIsTheWideLayout) {
   for (const uint16_t version : {uint16_t{20}, uint16_t{0x8000}, uint16_t{0xFFFF}}) {
     RawImage image = SmallStore(true);
-    image.put(10, version, 2);
+    image.setVersion(version);
     EXPECT_EQ(kData, OpenedImage(image).open()->lookup_node_info(0x21).data_bid) << version;
   }
 }
 
 TEST(PstOpenTest, AWideBodyOfVersion19MeetsTheChecksumOfTheNarrowLayout) {
   RawImage image = SmallStore(true);
-  image.put(10, 19, 2);
+  image.setVersion(19);
   image.sealed = false;
   ExpectOpenThrows<crc_fail>("header dwCRCPartial failure", image);
 }
@@ -229,15 +229,16 @@ TEST_P(PstContextTest, PageTrailerInOrder) {
   RawImage image = SmallStore(unicode());
   const uint64_t at = image.file.size() / 512 * 512 + 512;
   image.page({7, at}, RawImage::kNbtPage, 0, 0, "").setFileEof(at + 512);
-  const uint64_t trailer = at + (unicode() ? 496 : 500);
+  const uint64_t trailer = at + image.offsets().pageTrailer;
+  const uint64_t bid = at + image.offsets().pageBid;
 
   // Everything is wrong at first; each step puts one more thing right.
-  image.put(at + 504, 8, image.wide()).put(trailer + 1, 0x80, 1).put(trailer + 2, 0, 2);
+  image.put(bid, 8, image.wide()).put(trailer + 1, 0x80, 1).put(trailer + 2, 0, 2);
   EXPECT_EQ(Thrown<unexpected_page>([&] {
               OpenedImage(image).open()->read_nbt_page({7, at});
             }),
             "wrong page id");
-  image.put(at + 504, 7, image.wide());
+  image.put(bid, 7, image.wide());
   EXPECT_EQ(Thrown<database_corrupt>([&] {
               OpenedImage(image).open()->read_nbt_page({7, at});
             }),
@@ -268,7 +269,7 @@ TEST(PstPageIdTest, AllOfAWideIdCounts) {
 
 TEST_P(PstContextTest, WhatASignatureFailureCarries) {
   RawImage image = SmallStore(unicode());
-  image.put(RawImage::kNbtAddress + (unicode() ? 498 : 502), 0xABCD, 2);
+  image.put(RawImage::kNbtAddress + image.offsets().pageSignature, 0xABCD, 2);
   const auto context = OpenedImage(image).open();
   try {
     context->read_nbt_root();
@@ -283,8 +284,9 @@ TEST_P(PstContextTest, WhatASignatureFailureCarries) {
 
 TEST_P(PstContextTest, NoChecksumInAPageOrABlock) {
   RawImage image = SmallStore(unicode());
-  image.put(RawImage::kNbtAddress + (unicode() ? 500 : 508), 0x12345678, 4);
-  image.put(RawImage::kFirstBlock + 64 - (unicode() ? 12 : 4), 0x12345678, 4);
+  const PstOffsets& offsets = image.offsets();
+  image.put(RawImage::kNbtAddress + offsets.pageCrc, 0x12345678, 4);
+  image.put(RawImage::kFirstBlock + 64 - offsets.blockTrailer + offsets.blockCrc, 0x12345678, 4);
   const auto context = OpenedImage(image).open();
   EXPECT_EQ(4u, context->read_data_block(kData)->get_total_size());
 }
@@ -388,7 +390,7 @@ TEST_P(PstContextTest, NodeLookups) {
 
 TEST_P(PstContextTest, NewBlockIds) {
   RawImage image(unicode());
-  image.put(unicode() ? 516 : 24, 0x1006, image.wide());
+  image.setNextBid(0x1006);
   const auto context = OpenedImage(image).open();
   EXPECT_EQ(0x1006u, context->alloc_bid(false));
   EXPECT_EQ(2u, context->alloc_bid(true));  // 0x100A & 2
@@ -397,7 +399,7 @@ TEST_P(PstContextTest, NewBlockIds) {
 
 TEST_P(PstContextTest, NewInternalIdsLoseAllButOneBit) {
   RawImage image(unicode());
-  image.put(unicode() ? 516 : 24, 0x1004, image.wide());
+  image.setNextBid(0x1004);
   const auto context = OpenedImage(image).open();
   EXPECT_EQ(0u, context->alloc_bid(true));
   EXPECT_EQ(0x1008u, context->alloc_bid(false));
@@ -405,7 +407,7 @@ TEST_P(PstContextTest, NewInternalIdsLoseAllButOneBit) {
 
 TEST_P(PstContextTest, NewBlockIdsWrapInTheWidthOfTheLayout) {
   RawImage image(unicode());
-  image.put(unicode() ? 516 : 24, UINT64_MAX - 1, image.wide());
+  image.setNextBid(UINT64_MAX - 1);
   const auto context = OpenedImage(image).open();
   EXPECT_EQ(unicode() ? UINT64_MAX - 1 : UINT32_MAX - 1, context->alloc_bid(false));
   EXPECT_EQ(2u, context->alloc_bid(false));
@@ -445,7 +447,7 @@ TEST_P(PstContextTest, BlockTrailerInOrder) {
   const uint64_t at = image.block(kData, "data");
   image.trees();
   const uint64_t end = at + 64;
-  const uint64_t size = end - (unicode() ? 16 : 12);
+  const uint64_t size = end - image.offsets().blockTrailer;
   image.put(end - 8, kData + 4, image.wide()).put(size, 5, 2).put(size + 2, 0, 2);
   const auto read = [&] { OpenedImage(image).open()->read_data_block(kData); };
   EXPECT_EQ(Thrown<unexpected_block>(read), "wrong block id");

@@ -1,8 +1,9 @@
 // Damages small stores byte by byte and reads all that is left: every read has to end in a value or
 // in an exception of the store, within bounds, and leave nothing in the kernel.
 //
-// Bytes of pages and blocks are damaged where the tests of ids and signatures do not see it: what guards an
-// extent is made to fit again. The guards themselves, and the header, are damaged as they are.
+// Bytes of pages and blocks are damaged where the tests of ids and signatures do not see it: what
+// guards an extent is made to fit again. The guards themselves, and the header, are damaged as they
+// are.
 
 #include <gtest/gtest.h>
 

@@ -238,7 +238,7 @@ TEST_P(PstPagesTest, ADamagedChildRaisesFromSearchAndIteration) {
   RawImage image = WithRoot(unicode(), {{10, 0}, {20, 1}});
   AddLeaf(image, 0, {10});
   AddLeaf(image, 1, {20});
-  image.put(Page(1) + 504, 0x99, image.wide());
+  image.put(Page(1) + image.offsets().pageBid, 0x99, image.wide());
   const auto context = OpenedImage(image).open();
   EXPECT_EQ(Thrown<unexpected_page>([&] { context->lookup_node_info(20); }), "wrong page id");
   EXPECT_EQ(1010u, context->lookup_node_info(10).data_bid);
@@ -249,7 +249,7 @@ TEST_P(PstPagesTest, AChildIsWhatItsOwnLevelSays) {
   // The root says 1, its child 9: nobody compares.
   RawImage image = WithRoot(unicode(), {{10, 0}});
   AddNonleaf(image, 0, {{10, 1}});
-  image.put(Page(0) + (unicode() ? 491 : 499), 9, 1);
+  image.put(Page(0) + image.offsets().pageCounters + 3, 9, 1);
   AddLeaf(image, 1, {10});
   EXPECT_EQ(1010u, OpenedImage(image).open()->lookup_node_info(10).data_bid);
 }

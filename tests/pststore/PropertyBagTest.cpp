@@ -68,16 +68,16 @@ TEST(PropertyBag, ReadsWhatIsInTheEntry) {
                                               16),
                                   {"ab"});
   const property_bag bag(store.node());
-  EXPECT_EQ(List(bag), (std::vector<uint16_t>{0x0017, 0x3001}));
-  EXPECT_EQ(bag.get_prop_type(0x0017), 0x03);
-  EXPECT_EQ(bag.get_prop_type(0x3001), 0x1F);
-  EXPECT_EQ(bag.get_value_1(0x0017), 0x78);
-  EXPECT_EQ(bag.get_value_2(0x0017), 0x5678);
-  EXPECT_EQ(bag.get_value_4(0x0017), 0x92345678U);
+  EXPECT_EQ(List(bag), (std::vector<uint16_t>{kPropImportance, kPropDisplayName}));
+  EXPECT_EQ(bag.get_prop_type(kPropImportance), 0x03);
+  EXPECT_EQ(bag.get_prop_type(kPropDisplayName), 0x1F);
+  EXPECT_EQ(bag.get_value_1(kPropImportance), 0x78);
+  EXPECT_EQ(bag.get_value_2(kPropImportance), 0x5678);
+  EXPECT_EQ(bag.get_value_4(kPropImportance), 0x92345678U);
   // The type does not count: an id comes as it is.
-  EXPECT_EQ(bag.get_value_4(0x3001), 0x60U);
-  EXPECT_EQ(bag.get_value_1(0x3001), 0x60);
-  EXPECT_TRUE(bag.prop_exists(0x0017));
+  EXPECT_EQ(bag.get_value_4(kPropDisplayName), 0x60U);
+  EXPECT_EQ(bag.get_value_1(kPropDisplayName), 0x60);
+  EXPECT_TRUE(bag.prop_exists(kPropImportance));
   EXPECT_FALSE(bag.prop_exists(0x0018));
   EXPECT_EQ(bag.get_node().get_id(), NodeStore::kNid);
 }
@@ -85,44 +85,46 @@ TEST(PropertyBag, ReadsWhatIsInTheEntry) {
 TEST(PropertyBag, MissingProperties) {
   const NodeStore store = HandBag(Record2(0x0017, 3, 1), {});
   const property_bag bag(store.node());
-  EXPECT_FALSE(bag.prop_exists(0x0037));
+  EXPECT_FALSE(bag.prop_exists(kPropSubject));
   const auto missing = [&](auto&& action) { return MissingKey<uint16_t>(action); };
-  EXPECT_EQ(missing([&] { bag.get_prop_type(0x0037); }), 0x0037);
-  EXPECT_EQ(missing([&] { bag.size(0x0037); }), 0x0037);
-  EXPECT_EQ(missing([&] { bag.open_prop_stream(0x0037); }), 0x0037);
-  EXPECT_EQ(missing([&] { bag.get_value_1(0x0037); }), 0x0037);
-  EXPECT_EQ(missing([&] { bag.get_value_2(0x0037); }), 0x0037);
-  EXPECT_EQ(missing([&] { bag.get_value_4(0x0037); }), 0x0037);
-  EXPECT_EQ(missing([&] { bag.get_value_8(0x0037); }), 0x0037);
-  EXPECT_EQ(missing([&] { bag.get_value_variable(0x0037); }), 0x0037);
-  EXPECT_EQ(missing([&] { bag.read_prop<wstring>(0x0037); }), 0x0037);
+  EXPECT_EQ(missing([&] { bag.get_prop_type(kPropSubject); }), kPropSubject);
+  EXPECT_EQ(missing([&] { bag.size(kPropSubject); }), kPropSubject);
+  EXPECT_EQ(missing([&] { bag.open_prop_stream(kPropSubject); }), kPropSubject);
+  EXPECT_EQ(missing([&] { bag.get_value_1(kPropSubject); }), kPropSubject);
+  EXPECT_EQ(missing([&] { bag.get_value_2(kPropSubject); }), kPropSubject);
+  EXPECT_EQ(missing([&] { bag.get_value_4(kPropSubject); }), kPropSubject);
+  EXPECT_EQ(missing([&] { bag.get_value_8(kPropSubject); }), kPropSubject);
+  EXPECT_EQ(missing([&] { bag.get_value_variable(kPropSubject); }), kPropSubject);
+  EXPECT_EQ(missing([&] { bag.read_prop<wstring>(kPropSubject); }), kPropSubject);
 }
 
 TEST(PropertyBag, ReadsAllocationsAndSubnodes) {
   for (const PstLayout layout : kLayouts) {
     const std::string large(20000, 'L');
     PropertyContextBuilder builder(layout);
-    builder.binary(0x1013, "small").binary(0x3701, large).binary(0x3702, "");
-    builder.streamed(0x3703, kTypeBinary, PstNodeParts::Stream("own", 8176));
-    builder.streamed(0x3704, kTypeBinary, {});
+    builder.binary(kPropHtml, "small")
+        .binary(kPropAttachData, large)
+        .binary(kPropAttachEncoding, "");
+    builder.streamed(kPropAttachExtension, kTypeBinary, PstNodeParts::Stream("own", 8176));
+    builder.streamed(kPropAttachFilename, kTypeBinary, {});
     const NodeStore store(builder.build(), layout);
     const property_bag bag(store.node());
-    EXPECT_EQ(bag.size(0x1013), 5U);
-    EXPECT_EQ(Text(bag.get_value_variable(0x1013)), "small");
-    EXPECT_EQ(Stream(bag, 0x1013), "small");
-    EXPECT_EQ(bag.size(0x3701), 20000U);
-    EXPECT_EQ(Text(bag.get_value_variable(0x3701)), large);
-    EXPECT_EQ(Stream(bag, 0x3701), large);
-    EXPECT_EQ(bag.get_value_4(0x3702), 0U);
-    EXPECT_EQ(bag.size(0x3702), 0U);
-    EXPECT_EQ(Text(bag.get_value_variable(0x3702)), "");
-    EXPECT_EQ(Stream(bag, 0x3702), "");
-    EXPECT_EQ(bag.size(0x3703), 3U);
-    EXPECT_EQ(Text(bag.get_value_variable(0x3703)), "own");
-    EXPECT_EQ(Stream(bag, 0x3703), "own");
-    EXPECT_EQ(bag.size(0x3704), 0U);
-    EXPECT_EQ(Text(bag.get_value_variable(0x3704)), "");
-    EXPECT_EQ(Stream(bag, 0x3704), "");
+    EXPECT_EQ(bag.size(kPropHtml), 5U);
+    EXPECT_EQ(Text(bag.get_value_variable(kPropHtml)), "small");
+    EXPECT_EQ(Stream(bag, kPropHtml), "small");
+    EXPECT_EQ(bag.size(kPropAttachData), 20000U);
+    EXPECT_EQ(Text(bag.get_value_variable(kPropAttachData)), large);
+    EXPECT_EQ(Stream(bag, kPropAttachData), large);
+    EXPECT_EQ(bag.get_value_4(kPropAttachEncoding), 0U);
+    EXPECT_EQ(bag.size(kPropAttachEncoding), 0U);
+    EXPECT_EQ(Text(bag.get_value_variable(kPropAttachEncoding)), "");
+    EXPECT_EQ(Stream(bag, kPropAttachEncoding), "");
+    EXPECT_EQ(bag.size(kPropAttachExtension), 3U);
+    EXPECT_EQ(Text(bag.get_value_variable(kPropAttachExtension)), "own");
+    EXPECT_EQ(Stream(bag, kPropAttachExtension), "own");
+    EXPECT_EQ(bag.size(kPropAttachFilename), 0U);
+    EXPECT_EQ(Text(bag.get_value_variable(kPropAttachFilename)), "");
+    EXPECT_EQ(Stream(bag, kPropAttachFilename), "");
   }
 }
 
@@ -214,7 +216,7 @@ TEST(PropertyBag, OtherFailuresPassThroughPropExists) {
 
 TEST(PropertyBag, CopiesAreTheirOwn) {
   PropertyContextBuilder builder(PstLayout::Unicode);
-  builder.binary(0x3701, std::string(5000, 'x')).text(0x3001, u"name");
+  builder.binary(kPropAttachData, std::string(5000, 'x')).text(kPropDisplayName, u"name");
   std::optional<NodeStore> store(std::in_place, builder.build());
   std::optional<property_bag> bag(std::in_place, store->node());
   const property_bag copy(*bag);
@@ -223,11 +225,11 @@ TEST(PropertyBag, CopiesAreTheirOwn) {
   bag.reset();
   store->store().release();
   for (const property_bag* each : {&copy, static_cast<const property_bag*>(&assigned)}) {
-    EXPECT_EQ(Wide(*each, 0x3001), u"name");
-    EXPECT_EQ(each->get_value_variable(0x3701).size(), 5000U);
+    EXPECT_EQ(Wide(*each, kPropDisplayName), u"name");
+    EXPECT_EQ(each->get_value_variable(kPropAttachData).size(), 5000U);
   }
   property_bag moved(std::move(assigned));
-  EXPECT_EQ(Wide(moved, 0x3001), u"name");
+  EXPECT_EQ(Wide(moved, kPropDisplayName), u"name");
 }
 
 // A copy takes the heap for one whatever its client is.
@@ -242,7 +244,7 @@ TEST(PropertyBag, CopiesAreNotAskedForTheirClient) {
 
   const property_bag copy(bag);
   EXPECT_NE(&bag.get_node(), &copy.get_node());
-  EXPECT_EQ(copy.get_value_4(0x0017), 1U);
+  EXPECT_EQ(copy.get_value_4(kPropImportance), 1U);
   EXPECT_EQ(Thrown<pststore::sig_mismatch>([&] { property_bag other(bag.get_node()); }),
             "invalid client_sig");
 }
@@ -264,14 +266,14 @@ TEST(PropertyBag, SubnodesLargerThanTheirData) {
 
 TEST(PropertyBag, WithoutMemory) {
   PropertyContextBuilder builder(PstLayout::Unicode);
-  builder.binary(0x3701, std::string(9000, 'x')).text(0x3001, u"name");
+  builder.binary(kPropAttachData, std::string(9000, 'x')).text(kPropDisplayName, u"name");
   const NodeStore store(builder.build());
   FailEachAllocation([&] {
     const property_bag bag(store.node());
     const property_bag copy(bag);
-    EXPECT_EQ(Wide(copy, 0x3001), u"name");
-    EXPECT_EQ(copy.get_value_variable(0x3701).size(), 9000U);
-    EXPECT_EQ(Stream(copy, 0x3701).size(), 9000U);
+    EXPECT_EQ(Wide(copy, kPropDisplayName), u"name");
+    EXPECT_EQ(copy.get_value_variable(kPropAttachData).size(), 9000U);
+    EXPECT_EQ(Stream(copy, kPropAttachData).size(), 9000U);
     EXPECT_EQ(copy.get_prop_list().size(), 2U);
   });
 }

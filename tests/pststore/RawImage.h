@@ -48,8 +48,8 @@ struct RawImage {
   }
 
   PstLayout layout() const { return unicode ? PstLayout::Unicode : PstLayout::Ansi; }
-  const PstOffsets& at() const { return OffsetsOf(layout()); }
-  size_t wide() const { return at().idWidth; }
+  const PstOffsets& offsets() const { return OffsetsOf(layout()); }
+  size_t wide() const { return offsets().idWidth; }
 
   RawImage& put(uint64_t offset, uint64_t value, size_t width) {
     return write(offset, LeBytes(value, width));
@@ -59,23 +59,25 @@ struct RawImage {
     PutBytes(file, offset, bytes);
     return *this;
   }
-  RawImage& setFileEof(uint64_t eof) { return put(at().ibFileEof, eof, wide()); }
+  RawImage& setVersion(uint16_t version) { return put(10, version, 2); }
+  RawImage& setNextBid(uint64_t bid) { return put(offsets().bidNextB, bid, wide()); }
+  RawImage& setFileEof(uint64_t eof) { return put(offsets().ibFileEof, eof, wide()); }
 
   // A page of a tree, of entries and counters.
   RawImage& page(const PstPageRef& ref, uint8_t type, uint8_t level, size_t count,
                  std::string_view entries) {
-    std::string body = TreePageBody(layout(), at().innerEntry, level, count, entries);
-    PutLe(body, at().pageCounters + 1, 99, 1);
-    PutLe(body, at().pageCounters + 2, 77, 1);
+    std::string body = TreePageBody(layout(), offsets().innerEntry, level, count, entries);
+    PutLe(body, offsets().pageCounters + 1, 99, 1);
+    PutLe(body, offsets().pageCounters + 2, 77, 1);
     write(ref.ib, PageBytes(layout(), type, ref, body));
-    return put(ref.ib + at().pageCrc, 0, 4);
+    return put(ref.ib + offsets().pageCrc, 0, 4);
   }
 
   std::string nbtEntry(const PstNodeEntry& node) const {
-    return spoilt(EntryBytes(layout(), node), at().idWidth == 8 ? 4 : 0);
+    return spoilt(EntryBytes(layout(), node), offsets().idWidth == 8 ? 4 : 0);
   }
   std::string bbtEntry(const PstBlockEntry& block) const {
-    return spoilt(EntryBytes(layout(), block), at().idWidth == 8 ? 4 : 0);
+    return spoilt(EntryBytes(layout(), block), offsets().idWidth == 8 ? 4 : 0);
   }
   std::string nonleafEntry(uint64_t key, const PstPageRef& ref) const {
     return InnerEntryBytes(layout(), key, ref);
@@ -88,7 +90,7 @@ struct RawImage {
     const std::string bytes = BlockBytes(layout(), {id, address}, data, '\xCC');
     nextBlock += bytes.size();
     write(address, bytes);
-    put(nextBlock - at().blockTrailer + at().blockCrc, 0, 4);
+    put(nextBlock - offsets().blockTrailer + offsets().blockCrc, 0, 4);
     return address;
   }
 
@@ -125,7 +127,7 @@ struct RawImage {
 
   std::string bytes() const {
     RawImage image = *this;
-    image.put(at().bCryptMethod, cryptMethod, 1);
+    image.put(offsets().bCryptMethod, cryptMethod, 1);
     if (sealed) RepairPstHeader(image.file, layout());
     return image.file;
   }

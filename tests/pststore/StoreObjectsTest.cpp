@@ -117,11 +117,11 @@ TEST(StoreObjects, AWholeStoreInEveryLayoutAndEncoding) {
     std::vector<std::u16string> seen;
     for (const folder& each : Folders(store)) {
       const auto& bag = each.get_property_bag();
-      const std::u16string name = Wide(bag.read_prop<wstring>(0x3001));
+      const std::u16string name = Wide(bag.read_prop<wstring>(kPropDisplayName));
       const std::vector<message> messages = Messages(store, each);
-      EXPECT_EQ(bag.get_value_4(0x3602), messages.size());
+      EXPECT_EQ(bag.get_value_4(kPropContentCount), messages.size());
       for (const message& one : messages) {
-        seen.push_back(name + u"/" + Wide(one.get_property_bag().read_prop<wstring>(0x0037)));
+        seen.push_back(name + u"/" + Wide(one.get_property_bag().read_prop<wstring>(kPropSubject)));
       }
     }
     EXPECT_EQ(seen, (std::vector<std::u16string>{u"Inbox/first", u"Inbox/second", u"Sent/third"}));
@@ -131,8 +131,8 @@ TEST(StoreObjects, AWholeStoreInEveryLayoutAndEncoding) {
         if (pststore::get_attachment_count(one) == 0) continue;
         const attachment file = Attachments(one).at(0);
         EXPECT_EQ(Wide(pststore::get_filename(file)), u"a.bin");
-        EXPECT_EQ(Text(file.get_property_bag().get_value_variable(0x3701)), large);
-        EXPECT_EQ(Text(one.get_property_bag().get_value_variable(0x1013)), "<p>one</p>");
+        EXPECT_EQ(Text(file.get_property_bag().get_value_variable(kPropAttachData)), large);
+        EXPECT_EQ(Text(one.get_property_bag().get_value_variable(kPropHtml)), "<p>one</p>");
       }
     }
   }
@@ -227,7 +227,7 @@ TEST(Folder, WithoutAContentsTable) {
   builder.folder(0x8022, u"Inbox").withoutContentsTable();
   const WrittenStore store(builder.bytes());
   const folder inbox = TheFolder(store);
-  EXPECT_EQ(Wide(inbox.get_property_bag().read_prop<wstring>(0x3001)), u"Inbox");
+  EXPECT_EQ(Wide(inbox.get_property_bag().read_prop<wstring>(kPropDisplayName)), u"Inbox");
   EXPECT_EQ(MissingKey<uint32_t>([&] { pststore::get_contents_table(inbox); }), 0x802EU);
 }
 
@@ -288,7 +288,7 @@ TEST(Message, ComesByItsRowId) {
   const pststore::message_iterator at(pststore::get_contents_table(owner)->begin(),
                                       store.context());
   const pststore::property_bag bag = pststore::make_message_bag(at);
-  EXPECT_EQ(Wide(bag.read_prop<wstring>(0x0037)), u"second");
+  EXPECT_EQ(Wide(bag.read_prop<wstring>(kPropSubject)), u"second");
 }
 
 TEST(Message, RowsWithoutAMessage) {
@@ -397,8 +397,10 @@ TEST(Attachment, ComesInTheOrderOfTheRows) {
   const message read = one.open();
   EXPECT_EQ(pststore::get_attachment_count(read), 2U);
   const std::vector<attachment> attachments = Attachments(read);
-  EXPECT_EQ(Text(attachments.at(0).get_property_bag().get_value_variable(0x3701)), "second");
-  EXPECT_EQ(Text(attachments.at(1).get_property_bag().get_value_variable(0x3701)), "first");
+  EXPECT_EQ(Text(attachments.at(0).get_property_bag().get_value_variable(kPropAttachData)),
+            "second");
+  EXPECT_EQ(Text(attachments.at(1).get_property_bag().get_value_variable(kPropAttachData)),
+            "first");
 }
 
 TEST(Attachment, RowsWithoutASubnode) {
@@ -418,7 +420,8 @@ TEST(Attachment, HasItsLongNameOrItsShortOne) {
   const std::vector<attachment> attachments = Attachments(one.open());
   EXPECT_EQ(Wide(pststore::get_filename(attachments.at(0))), u"long name.text");
   EXPECT_EQ(Wide(pststore::get_filename(attachments.at(1))), u"short.tex");
-  EXPECT_EQ(MissingKey<uint16_t>([&] { pststore::get_filename(attachments.at(2)); }), 0x3704);
+  EXPECT_EQ(MissingKey<uint16_t>([&] { pststore::get_filename(attachments.at(2)); }),
+            kPropAttachFilename);
   EXPECT_EQ(Wide(pststore::get_filename(attachments.at(3))), u"");
 }
 
@@ -431,7 +434,7 @@ TEST(StoreObjects, KeepTheStoreOpen) {
     file.emplace(Attachments(read).at(0));
   }
   one.release();
-  EXPECT_EQ(Text(file->get_property_bag().get_value_variable(0x3701)), "bytes");
+  EXPECT_EQ(Text(file->get_property_bag().get_value_variable(kPropAttachData)), "bytes");
 }
 
 TEST(StoreObjects, WithoutMemory) {

@@ -205,8 +205,8 @@ TEST_P(PstSubnodeTest, BlocksThatOverlapTakeRoomEachTime) {
       image.blocks.back().cb = static_cast<uint16_t>(maxData());
       const uint64_t end = at + 8192;
       image.put(end - 8, id, image.wide());
-      image.put(end - (unicode() ? 16 : 12), maxData(), 2);
-      image.put(end - (unicode() ? 14 : 10), PstSignature(id, at), 2);
+      const uint64_t trailer = end - image.offsets().blockTrailer;
+      image.put(trailer, maxData(), 2).put(trailer + 2, PstSignature(id, at), 2);
       image.nextBlock = at + 32;
     }
     image.trees().file.resize(root + 11 * 8192 - 65536 - less);

@@ -54,6 +54,8 @@ enum PropertyId : uint16_t {
   kPropSubfolders = 0x360A,
   kPropContainerClass = 0x3613,
   kPropAttachData = 0x3701,
+  kPropAttachEncoding = 0x3702,
+  kPropAttachExtension = 0x3703,
   kPropAttachFilename = 0x3704,
   kPropAttachMethod = 0x3705,
   kPropAttachLongFilename = 0x3707,
