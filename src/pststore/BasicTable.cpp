@@ -34,8 +34,8 @@ disk::column_desc load_column(bytes_view bytes) {
           disk::load<ushort>(bytes, column_ibData), bytes[column_cbData], bytes[column_iBit]};
 }
 
-// The width of the values in the row index; 0 when there is no such field. Then the table is
-// refused while it is read, by the first test that it does not pass.
+// The width of the values in the row index; 0 when there is no such field. Reading that table
+// fails.
 unsigned char row_index_entry_size(const heap_impl& heap) {
   const byte_vector description = heap.read(heap.get_root_id());
   if (description.size() < description_hidRowIndex + sizeof(ulong)) return 0;
@@ -134,8 +134,8 @@ Value basic_table<T>::read_at(ulong row, size_t offset) const {
   return disk::load<Value>(inline_rows_, row_size() * row + offset);
 }
 
-// A byte of the existence bitmap. In a subnode that is cut at the end of its page, and what is cut
-// off reads as zeros.
+// A byte of the existence bitmap. In a subnode the bitmap is cut at the end of its page, and what
+// is cut off reads as zeros.
 template <typename T>
 unsigned char basic_table<T>::read_bitmap(ulong row, size_t byte) const {
   if (row_node_ == nullptr) return inline_rows_[row_size() * row + rgib_[2] + byte];

@@ -65,7 +65,7 @@ class basic_table final : public table_impl {
   bool prop_exists(ulong row, ushort prop) const override;
   ulonglong row_prop_size(ulong row, ushort prop) const override;
 
-  // What the filter does not ask for.
+  // Not used by the filter.
   ulong lookup_row(ulong row_id) const override;
   vector<ushort> get_prop_list() const override;
   node& get_node() override { return get_heap().get_node(); }

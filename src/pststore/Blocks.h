@@ -79,11 +79,10 @@ class data_block : public block {
   // returns how many bytes that is.
   virtual size_t read_raw(std::span<unsigned char> destination, ulonglong offset) = 0;
 
-  // The same for those who go from the start of the stream to its end, once: blocks that have been
-  // passed are let go.
+  // The same, for going from the start of the stream to its end once: blocks that have been passed
+  // are let go.
   virtual size_t pass_raw(std::span<unsigned char> destination, ulonglong offset) = 0;
-  // The same for those who pass `count` bytes and want none of them: the blocks are read and tested
-  // all the same.
+  // Passes `count` bytes that nobody wants. The blocks are read and tested all the same.
   virtual size_t skip_raw(size_t count, ulonglong offset) = 0;
 
   virtual size_t get_page_count() const = 0;
@@ -94,7 +93,7 @@ class data_block : public block {
   // The bytes of the stream.
   ulonglong get_total_size() const { return total_size_; }
 
-  // Writing, which the filter does not. Replaces bytes, clipped as they are read: a stream does not
+  // Not used by the filter: writing. Replaces bytes, clipped as they are read: a stream does not
   // grow by this.
   virtual size_t write_raw(bytes_view source, ulonglong offset,
                            std::shared_ptr<data_block>& result) = 0;
@@ -191,7 +190,7 @@ class extended_block final : public data_block,
   // A new block of as many holes as `total_size` asks for.
   extended_block(const std::shared_ptr<db_context>& context, const extended_limits& limits,
                  ulonglong total_size);
-  // A new block over one child; for resize.
+  // Not used by the filter: a new block over one child.
   extended_block(const std::shared_ptr<db_context>& context, const extended_limits& limits,
                  std::shared_ptr<data_block> child);
   extended_block(const extended_block&) = default;

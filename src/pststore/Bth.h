@@ -14,8 +14,8 @@
 // allocation is dropped. A root of id 0 is an empty tree.
 //
 // Nodes hold the heap. A leaf holds a copy of its records; a non-leaf loads its children at the
-// first need and keeps them. Damage raises what Heap.h says, and a tree of more records than its
-// heap has room for, or than there are keys, database_corrupt.
+// first need and keeps them. Operations throw what Heap.h says, and database_corrupt for a tree of
+// more records than its heap has room for, or than there are keys.
 #ifndef TARN_PSTSTORE_BTH_H
 #define TARN_PSTSTORE_BTH_H
 
@@ -38,8 +38,8 @@ struct prop_entry {
 
 }  // namespace disk
 
-// What one tree may still load. All its nodes share it, and so a tree whose nodes are met again and
-// again on the way down comes to an end.
+// What one tree may still load. All its nodes share it, so that a tree whose nodes name each other
+// comes to an end.
 class bth_budget {
  public:
   explicit bth_budget(ulonglong records) : left_(records) {}
@@ -110,8 +110,9 @@ class bth_nonleaf_node final : public bth_node<K, V>, public btree_node_nonleaf<
   std::shared_ptr<bth_budget> budget_;
 };
 
-// The tree with its header in the allocation. A wrong signature raises sig_mismatch, another width
-// of keys or values than those of K and V std::logic_error.
+// The tree with its header in the allocation. Throws
+//   sig_mismatch       the signature is wrong;
+//   std::logic_error   keys or values have not the width of K or V.
 template <typename K, typename V>
 std::shared_ptr<bth_node<K, V>> open_bth(const heap_ptr& heap, ulong hid);
 

@@ -51,7 +51,7 @@ class btree_node {
   virtual void first(btree_iter_impl<K, V>& iter) const = 0;
   virtual void last(btree_iter_impl<K, V>& iter) const = 0;
   virtual void next(btree_iter_impl<K, V>& iter) const = 0;
-  // The filter never goes back.
+  // Not used by the filter.
   virtual void prev(btree_iter_impl<K, V>& iter) const = 0;
 
   // The greatest position whose key is not above `key` (an equal key ends the search at once), or

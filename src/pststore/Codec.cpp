@@ -15,7 +15,7 @@ namespace {
 
 constexpr size_t word_size = sizeof(ulonglong);
 
-// The bytes of a word keep their places whichever end of it comes first in memory.
+// Every byte of the word keeps its place, in either byte order.
 ulonglong permute_word(ulonglong word) {
   ulonglong result = 0;
   for (size_t shift = 0; shift < 8 * word_size; shift += 8) {

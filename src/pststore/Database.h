@@ -1,8 +1,8 @@
 // Database.h - a store in a file: db_context over one of the two layouts.
 //
 // What the reader gives as bytes becomes pages and blocks here. Entries are copied out in the order
-// of the file and as many as it says; only one that ends beyond its page or its block's extent
-// raises database_corrupt, so padding and trailer may be read as entries.
+// of the file, as many as it says. Only one that ends beyond its page or its block's extent raises
+// database_corrupt: padding and trailer may be read as entries.
 #ifndef TARN_PSTSTORE_DATABASE_H
 #define TARN_PSTSTORE_DATABASE_H
 
@@ -41,7 +41,7 @@ class database_impl final : public db_context {
   ulonglong alloc_bid(bool is_internal) override;
   void expect_tree_room(ulonglong bytes) override;
 
-  // What the filter does not ask for.
+  // Not used by the filter.
   std::shared_ptr<nbt_leaf_page> read_nbt_leaf_page(const page_info& info) override;
   std::shared_ptr<bbt_leaf_page> read_bbt_leaf_page(const page_info& info) override;
   std::shared_ptr<nbt_nonleaf_page> read_nbt_nonleaf_page(const page_info& info) override;

@@ -5,9 +5,9 @@
 // context given as `parent`, which is this one but for contexts that are put before others.
 //
 // Every operation checks what it reads and throws what Errors.h lists. A failure changes nothing,
-// and the store stays usable, but for one: a context that has read 1 GiB and 64 times the size of
-// its file gives up and throws database_corrupt at every further read (StoreFile.h). Only the two
-// root pages are kept here; all else is kept by those who asked for it.
+// and the store stays usable, with one exception: a context that has read 1 GiB and 64 times the
+// size of its file gives up and throws database_corrupt at every further read (StoreFile.h). Only
+// the two root pages are kept here; all else is kept by those who asked for it.
 #ifndef TARN_PSTSTORE_DBCONTEXT_H
 #define TARN_PSTSTORE_DBCONTEXT_H
 
@@ -77,7 +77,7 @@ class db_context : public std::enable_shared_from_this<db_context> {
   // database_corrupt when the blocks of one tree take more bytes than the file can give them.
   virtual void expect_tree_room(ulonglong bytes) = 0;
 
-  // The rest of what a store offers. The filter asks for none of it; the tests hold it.
+  // Not used by the filter, but by tests: the rest of what a store offers.
 
   // unexpected_page also for a page of another level.
   virtual std::shared_ptr<nbt_leaf_page> read_nbt_leaf_page(const page_info& info) = 0;
@@ -124,9 +124,10 @@ class db_context : public std::enable_shared_from_this<db_context> {
       const context_ptr& parent, const std::shared_ptr<external_block>& child) = 0;
 };
 
-// Opens the file, which may have either layout. std::runtime_error "fopen failed",
-// std::out_of_range "fseek failed" or "fread failed" for what is no readable file of a header's
-// size, crc_fail for a damaged header. The path is NUL-terminated.
+// Opens the file, which may have either layout. The path is NUL-terminated. Throws
+//   std::runtime_error   "fopen failed";
+//   std::out_of_range    "fseek failed" or "fread failed", also for less than a header;
+//   crc_fail             the header is damaged.
 std::shared_ptr<db_context> open_database(const char16_t* path);
 
 }  // namespace pststore

@@ -19,25 +19,29 @@ using page_bytes = std::array<unsigned char, disk::page_size>;
 template <typename T>
 class disk_reader {
  public:
-  // invalid_format for a header of the other layout, crc_fail for a damaged one; else what
-  // store_file throws.
+  // Throws what store_file throws, and
+  //   invalid_format   the header has the other layout;
+  //   crc_fail         the header is damaged.
   explicit disk_reader(const char16_t* path);
 
-  // unexpected_page for a place that cannot be one or a page of another id, database_corrupt for a
-  // type that is not repeated, sig_mismatch.
+  // Throws what store_file throws, and
+  //   unexpected_page    no page can be there, or another one is;
+  //   database_corrupt   its type is not repeated;
+  //   sig_mismatch       its signature is wrong.
   page_bytes read_page(const page_info& info);
 
-  // The whole extent, padding and trailer included. unexpected_block for a size or place that
-  // cannot be one or a block of another id or size, sig_mismatch.
+  // The whole extent, padding and trailer included. Throws what store_file throws, and
+  //   unexpected_block   no block can be there, or one of another id or size is;
+  //   sig_mismatch       its signature is wrong.
   byte_vector read_block(const block_info& info);
 
-  // The same of a block of references, in a buffer that the next such block is read into.
+  // The same for a block of references. The bytes last until the next such block is read.
   bytes_view read_references(const block_info& info);
 
   // How the data of an external block is encoded.
   disk::encoding get_encoding(const block_info& info) const;
 
-  // The first byte of a block of references, of which nothing is checked.
+  // The first byte of a block of references; nothing of the block is checked.
   unsigned char read_block_type(const block_info& info);
 
   page_info get_nbt_root() const;
@@ -50,8 +54,8 @@ class disk_reader {
   // room in the file, so a small file may well hold a larger stream, by a bounded amount.
   void expect_room(ulonglong total_size);
 
-  // Counts a block that was made and not read as if it had been: a hole takes no room in the file,
-  // and time and memory like any other block.
+  // Counts a block made for a hole as if it had been read: it takes time and memory like any other,
+  // though no room in the file.
   void count_made(ulonglong bytes) { file_.count(bytes); }
 
   // Raises database_corrupt for blocks of one tree that together take more than the size of the

@@ -1,5 +1,5 @@
 // EntryParsing.h - the entries of pages, subnode blocks and extended blocks, taken out of their
-// bytes: all that the count says, in the order of the file. Of a node id only the lower 32 bits
+// bytes: as many as the count says, in the order of the file. Of a node id only the lower 32 bits
 // count, which come first.
 //
 // An entry that ends beyond the bytes raises database_corrupt.
@@ -53,7 +53,7 @@ bbt_leaf_page::entries parse_bbt_leaf(bytes_view page) {
       });
 }
 
-// Of a key in the file as much as K holds.
+// K may be narrower than a key in the file, and then keeps its lower half.
 template <typename T, typename K>
 vector<std::pair<K, page_info>> parse_nonleaf(bytes_view page) {
   return parse_entries<vector<std::pair<K, page_info>>>(

@@ -23,7 +23,7 @@ class invalid_format : public database_corrupt {
   invalid_format() : database_corrupt("Unexpected Database Format") {}
 };
 
-// A signature differs from the one computed, or is not the one that has to be there.
+// A signature is not the one computed, or not the one that has to be there.
 class sig_mismatch : public database_corrupt {
  public:
   sig_mismatch(const char* message, ulonglong address_, ulonglong id_, ulong first_, ulong second_)

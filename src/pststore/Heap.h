@@ -16,9 +16,10 @@
 //   The lower 5 bits are 0; an id with one of them set names a subnode of the heap's node instead.
 //
 // Nothing is kept but the root's id and the node with its loaded blocks: every operation reads the
-// page map again.
-// Sizes and offsets count bytes. A bad id raises std::length_error or, when the page does not exist
-// or is too short, std::out_of_range; a page map that does not hold together, database_corrupt.
+// page map again. Sizes and offsets count bytes. Operations throw what the node throws, and
+//   std::length_error   the page map has no such allocation, or the allocation no such place;
+//   std::out_of_range   the page does not exist, or ends before the place;
+//   database_corrupt    the page map contradicts itself.
 #ifndef TARN_PSTSTORE_HEAP_H
 #define TARN_PSTSTORE_HEAP_H
 
@@ -51,9 +52,8 @@ class heap_impl : public std::enable_shared_from_this<heap_impl> {
 
   size_t size(ulong hid) const;
 
-  // Fills the buffer from `offset` of the allocation, none of which may be after its end, and
-  // returns the number of bytes read: fewer when the page ends before the allocation does. One that
-  // starts after its page raises std::out_of_range when bytes of it are read.
+  // Fills the buffer from `offset` of the allocation and returns the number of bytes read: fewer
+  // when the page ends before the allocation does.
   size_t read(std::span<unsigned char> buffer, ulong hid, size_t offset) const;
 
   // The whole allocation.
@@ -79,7 +79,7 @@ class heap_impl : public std::enable_shared_from_this<heap_impl> {
   ulong root_id_ = 0;
 };
 
-// The heap on a copy of the node. A wrong signature raises sig_mismatch; the first form takes any
+// The heap on a copy of the node; sig_mismatch for a wrong signature. The first form takes any
 // client signature.
 heap_ptr open_heap(node data);
 heap_ptr open_heap(node data, unsigned char client_sig);

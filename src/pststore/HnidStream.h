@@ -5,7 +5,7 @@
 // their own. `prop_stream` is the stream over a copy of it, with a buffer of 4096 bytes and 4 bytes
 // of putback. Both hold the heap or subnode, and may outlive whatever made them.
 //
-// Those who only need to have seen a value `pass` it: from its start to its end, keeping nothing.
+// To read or test a value without keeping it, `pass` or `skip` it from its start to its end.
 //
 // An allocation may end after its page; what the page does not hold is zeros. A read that begins
 // there raises what Heap.h says.
@@ -29,8 +29,7 @@ namespace pststore {
 
 class hnid_stream_device {
  public:
-  // What a prop_stream asks for at once. Damage may show itself at another place to those who pass
-  // a value in other steps.
+  // What a prop_stream asks for at once. In other steps damage may show at another place.
   static constexpr size_t pass_step = 4096;
 
   using char_type = char;
@@ -44,15 +43,14 @@ class hnid_stream_device {
   // The number of bytes delivered, or -1 at the end of the data and for a count of 0.
   std::streamsize read(char* destination, std::streamsize count);
 
-  // From now on reads let go of what they have passed, for those who read the value once; going
-  // back reads it anew.
+  // From now on reads let go of what they have passed. Going back reads it anew.
   void read_once() { is_once_ = true; }
 
-  // For those who go from the start to the end, once: what has been passed is let go. The number of
-  // bytes delivered, or 0 at the end of the data and without room.
+  // The number of bytes delivered, or 0 at the end of the data and without room. What has been
+  // passed is let go.
   size_t pass(std::span<unsigned char> destination);
-  // Passes at most pass_step bytes that nobody wants; what is damaged or missing is told all the
-  // same. Their number, or 0 at the end of the data.
+  // Passes at most pass_step bytes that nobody wants. They are read and tested all the same. Their
+  // number, or 0 at the end of the data.
   size_t skip();
 
   // The new position: from the start (beg), the end (end) or the present position (all else), kept

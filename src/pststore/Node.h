@@ -6,9 +6,10 @@
 // subnode its container, alive.
 //
 // Offsets and sizes count bytes. Damage is found at the first touch of the data, not when the node
-// is made. It ends in what Errors.h lists: database_corrupt, also key_not_found<ulonglong> for a
-// block that the store does not have, and std::out_of_range for a place outside of a page, a tree
-// or the file.
+// is made. Operations throw
+//   database_corrupt           the data is damaged;
+//   key_not_found<ulonglong>   the store has no such block;
+//   std::out_of_range          a place is outside of a page, a tree or the file.
 #ifndef TARN_PSTSTORE_NODE_H
 #define TARN_PSTSTORE_NODE_H
 
@@ -45,11 +46,10 @@ class node {
   // A flat read, clipped at the end of the stream. The result is the number of bytes read.
   size_t read(std::span<unsigned char> destination, ulonglong offset) const;
 
-  // The same for those who go from the start of the stream to its end, once: what has been passed
-  // is let go.
+  // The same, for going from the start of the stream to its end once: what has been passed is let
+  // go.
   size_t pass(std::span<unsigned char> destination, ulonglong offset) const;
-  // The same for those who pass `count` bytes and want none of them: these are read and tested all
-  // the same.
+  // Passes `count` bytes that nobody wants. They are read and tested all the same.
   size_t skip(size_t count, ulonglong offset) const;
 
   // The subnode as a node of its own; key_not_found<ulong> when there is none.
@@ -61,8 +61,8 @@ class node {
   std::shared_ptr<data_block> get_data_block() const;
   const std::shared_ptr<db_context>& get_context() const;
 
-  // A read out of one page, clipped at the page's end, which the filter makes by other ways. An
-  // empty buffer reads nothing.
+  // Not used by the filter: a read from one page, clipped at its end. An empty buffer reads
+  // nothing.
   size_t read(std::span<unsigned char> buffer, size_t page, size_t offset) const;
 
  private:

@@ -20,7 +20,7 @@ class const_property_object {
   const_property_object& operator=(const const_property_object&) = default;
   virtual ~const_property_object() = default;
 
-  // The ids of all properties; the filter asks for those that it knows.
+  // The ids of all properties. Not used by the filter.
   virtual vector<ushort> get_prop_list() const = 0;
   virtual ushort get_prop_type(ushort id) const = 0;
   virtual bool prop_exists(ushort id) const = 0;

@@ -4,8 +4,8 @@
 // object dies.
 //
 // All reads together may take 1 GiB and 64 times the size of the file, counted in the bytes that
-// were read, 2 KiB at least for each read; then every further read raises database_corrupt. Those
-// who read a whole store take it a few times; a damaged one can name the same data in as many
+// were read, 2 KiB at least for each read; then every further read raises database_corrupt.
+// Reading a whole store takes its size a few times; a damaged one can name the same data in as many
 // places as it has nodes.
 #ifndef TARN_PSTSTORE_STOREFILE_H
 #define TARN_PSTSTORE_STOREFILE_H
@@ -22,8 +22,9 @@ class store_file {
   store_file& operator=(const store_file&) = delete;
   ~store_file();
 
-  // All bytes or an exception: std::out_of_range "fseek failed" or "fread failed", database_corrupt
-  // when more has been read than a sound store gives reason to.
+  // Fills the buffer. Throws
+  //   std::out_of_range   "fseek failed" or "fread failed";
+  //   database_corrupt    all reads together would take too much.
   void read(std::span<unsigned char> buffer, ulonglong address);
 
   // Counts bytes that were made for a hole like bytes that were read. database_corrupt as read.

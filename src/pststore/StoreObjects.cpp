@@ -110,7 +110,7 @@ const std::shared_ptr<table>& get_attachment_table(const message& owner) {
   return slot;
 }
 
-// Most messages have no table, and an exception for each would take longer than its blocks do.
+// Most messages have no table, and an exception for each would take longer than looking first.
 ulong get_attachment_count(const message& owner) {
   if (owner.tables_[0] == nullptr && !owner.bag_.get_node().has(nid_attachment_table)) return 0;
   try {

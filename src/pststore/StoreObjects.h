@@ -6,8 +6,8 @@
 // subnode, whose row ids are the ids of the attachments among the message's subnodes.
 //
 // All are values. Each holds what it needs and keeps the store open; they may be destroyed in any
-// order. Tables are loaded at the first need, once for each object. Nothing is caught here but what
-// get_filename and get_attachment_count say: everything that the store throws passes.
+// order. Tables are loaded at the first need, once for each object. Everything that the store
+// throws passes, but for what get_filename and get_attachment_count say.
 #ifndef TARN_PSTSTORE_STOREOBJECTS_H
 #define TARN_PSTSTORE_STOREOBJECTS_H
 

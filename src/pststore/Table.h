@@ -7,8 +7,10 @@
 // A table never changes. It keeps its heap, node and store open, and rows and iterators keep it.
 // Rows are counted from 0 with 32 bits.
 //
-// A cell or column that is not there raises key_not_found<ushort>, a row after the last one
-// std::out_of_range "row >= size()", a row or cell that does not fit its place database_corrupt.
+// Operations throw
+//   key_not_found<ushort>   the row has no such cell, or the table no such column;
+//   std::out_of_range       "row >= size()";
+//   database_corrupt        a row or cell does not fit its place.
 #ifndef TARN_PSTSTORE_TABLE_H
 #define TARN_PSTSTORE_TABLE_H
 
@@ -45,15 +47,16 @@ class table_impl : public std::enable_shared_from_this<table_impl> {
   // The bytes of what the cell refers to.
   virtual ulonglong row_prop_size(ulong row, ushort prop) const = 0;
 
-  // What the filter does not ask for: the number of the row with an id (key_not_found<ulong> when
-  // there is none), the properties that are columns, and the node to change it.
+  // Not used by the filter: the number of the row with an id (key_not_found<ulong> when there is
+  // none), the properties that are columns, and the node to change it.
   virtual ulong lookup_row(ulong row_id) const = 0;
   virtual vector<ushort> get_prop_list() const = 0;
   virtual node& get_node() = 0;
 };
 
-// Reads the table of a node. A node that is none is refused with sig_mismatch, one of a kind that
-// this store does not read with not_implemented.
+// Reads the table of a node. Throws
+//   sig_mismatch      the node is no table;
+//   not_implemented   the table is of a kind that this store does not read.
 std::shared_ptr<table_impl> open_table(const node& data);
 
 class const_table_row final : public const_property_object {

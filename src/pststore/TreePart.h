@@ -9,10 +9,10 @@
 // a tree knows how deep it is, and all loaded parts share one record: which they are, and how many
 // bytes of the file they take.
 //
-// A part of a tree of pages or subnodes that turns up a second time raises database_corrupt, below
-// itself or not: a tree whose parents share a child is refused, though it would come to an end. So
-// does one that is too deep, and so do blocks that together are larger than the whole file. Where
-// every part has one parent and bytes of its own, no part is refused.
+// A part of a tree of pages or subnodes that turns up a second time raises database_corrupt, even
+// where two parents share a child and the tree would come to an end. So does a part that is too
+// deep, and so do blocks that together are larger than the whole file. Where every part has one
+// parent and bytes of its own, no part is refused.
 #ifndef TARN_PSTSTORE_TREEPART_H
 #define TARN_PSTSTORE_TREEPART_H
 
@@ -64,7 +64,7 @@ class tree_part {
  private:
   struct record;
 
-  // The tree's record, and with the child what its parts take; counts neither.
+  // What the parts of the tree take with the child, which is not entered yet.
   ulonglong measure(db_context& context, const tree_part& child, ulong max_parts) const;
   void enter(tree_part& child, ulonglong bytes) const;
 

@@ -12,10 +12,6 @@ using namespace pststore;
 
 class PstBlockDamageTest : public BothLayouts {
  protected:
-  static size_t Read(data_block& block, uint64_t count, uint64_t offset) {
-    std::string bytes(count, '?');
-    return block.read_raw(RoomOf(bytes), offset);
-  }
   uint32_t max32() const { return static_cast<uint32_t>(maxData()); }
 };
 INSTANTIATE_TEST_SUITE_P(Layouts, PstBlockDamageTest, ::testing::Bool(), LayoutName);
@@ -43,14 +39,14 @@ TEST_P(PstBlockDamageTest, ABlockThatContainsItself) {
     const OpenedImage file(image.trees());
     const auto context = file.open();
     const auto block = context->read_data_block(0x10A);
-    EXPECT_EQ(Thrown<database_corrupt>([&] { Read(*block, 10, 0); }), "tree too deep");
+    EXPECT_EQ(Thrown<database_corrupt>([&] { ReadRaw(*block, 10, 0); }), "tree too deep");
     EXPECT_EQ(Thrown<database_corrupt>([&] { block->get_page(0); }), "tree too deep");
     // The block tree once; then the block, seven times below itself, and the ninth that is refused,
     // each with its beginning.
     EXPECT_EQ(1u + 9 * 2, CallsOf(PlainKernelFaultRead, file, [](const auto& other) {
                 const auto root = other->read_data_block(0x10A);
                 try {
-                  Read(*root, 10, 0);
+                  ReadRaw(*root, 10, 0);
                 } catch (const database_corrupt&) {
                 }
               }));
@@ -74,7 +70,7 @@ TEST_P(PstBlockDamageTest, BlocksThatContainEachOther) {
   image.extended(0x10A, 2, 100, {0x10E});
   image.extended(0x10E, 2, 100, {0x10A});
   const auto context = OpenedImage(image.trees()).open();
-  EXPECT_EQ(Thrown<database_corrupt>([&] { Read(*context->read_data_block(0x10A), 10, 0); }),
+  EXPECT_EQ(Thrown<database_corrupt>([&] { ReadRaw(*context->read_data_block(0x10A), 10, 0); }),
             "tree too deep");
 }
 
@@ -89,10 +85,10 @@ TEST_P(PstBlockDamageTest, AtMostEightExtendedBlocksAreBelowEachOther) {
     const auto context = OpenedImage(image.trees()).open();
     const auto root = context->read_data_block(0x10A + 4 * (blocks - 1));
     if (blocks == 8) {
-      EXPECT_EQ(4u, Read(*root, 10, 0));
+      EXPECT_EQ(4u, ReadRaw(*root, 10, 0).size());
       EXPECT_EQ(4u, root->get_page(0)->get_total_size());
     } else {
-      EXPECT_EQ(Thrown<database_corrupt>([&] { Read(*root, 10, 0); }), "tree too deep");
+      EXPECT_EQ(Thrown<database_corrupt>([&] { ReadRaw(*root, 10, 0); }), "tree too deep");
     }
   }
 }
@@ -128,9 +124,9 @@ TEST_P(PstBlockDamageTest, ChildrenThatAreNoBlocksOfData) {
   image.extended(0x10E, 1, 4, {0x10A});
   image.extended(0x112, 1, 4, {0x7770});
   const auto context = OpenedImage(image.trees()).open();
-  EXPECT_EQ(Thrown<unexpected_block>([&] { Read(*context->read_data_block(0x10E), 4, 0); }),
+  EXPECT_EQ(Thrown<unexpected_block>([&] { ReadRaw(*context->read_data_block(0x10E), 4, 0); }),
             "extended block expected");
-  EXPECT_THROW(Read(*context->read_data_block(0x112), 4, 0), key_not_found<ulonglong>);
+  EXPECT_THROW(ReadRaw(*context->read_data_block(0x112), 4, 0), key_not_found<ulonglong>);
 }
 
 TEST_P(PstBlockDamageTest, AChildShorterThanItsPlace) {
@@ -140,11 +136,11 @@ TEST_P(PstBlockDamageTest, AChildShorterThanItsPlace) {
   image.extended(0x10E, 1, max32() + 4, {0x104, 0x108});
   const auto context = OpenedImage(image.trees()).open();
   const auto block = context->read_data_block(0x10E);
-  EXPECT_EQ(5u, Read(*block, 5, 0));
-  EXPECT_THROW(Read(*block, 6, 0), database_corrupt);
-  EXPECT_THROW(Read(*block, 1, 5), database_corrupt);
-  EXPECT_THROW(Read(*block, 1, 100), database_corrupt);
-  EXPECT_EQ(4u, Read(*block, 4, maxData()));
+  EXPECT_EQ(5u, ReadRaw(*block, 5, 0).size());
+  EXPECT_THROW(ReadRaw(*block, 6, 0), database_corrupt);
+  EXPECT_THROW(ReadRaw(*block, 1, 5), database_corrupt);
+  EXPECT_THROW(ReadRaw(*block, 1, 100), database_corrupt);
+  EXPECT_EQ(4u, ReadRaw(*block, 4, maxData()).size());
 }
 
 TEST_P(PstBlockDamageTest, AChildWithoutBytes) {
@@ -152,7 +148,7 @@ TEST_P(PstBlockDamageTest, AChildWithoutBytes) {
   image.block(0x104, "");
   image.extended(0x10A, 1, 4, {0x104});
   const auto context = OpenedImage(image.trees()).open();
-  EXPECT_THROW(Read(*context->read_data_block(0x10A), 1, 0), database_corrupt);
+  EXPECT_THROW(ReadRaw(*context->read_data_block(0x10A), 1, 0), database_corrupt);
 }
 
 TEST_P(PstBlockDamageTest, FewerChildrenThanTheSizeAsksFor) {
@@ -163,10 +159,10 @@ TEST_P(PstBlockDamageTest, FewerChildrenThanTheSizeAsksFor) {
   const auto context = OpenedImage(image.trees()).open();
   const auto block = context->read_data_block(0x10A);
   EXPECT_EQ(2u, block->get_page_count());
-  EXPECT_EQ(maxData(), Read(*block, maxData(), 0));
-  EXPECT_EQ(Thrown<std::out_of_range>([&] { Read(*block, maxData() + 1, 0); }),
+  EXPECT_EQ(maxData(), ReadRaw(*block, maxData(), 0).size());
+  EXPECT_EQ(Thrown<std::out_of_range>([&] { ReadRaw(*block, maxData() + 1, 0); }),
             "index >= m_child_blocks.size()");
-  EXPECT_EQ(Thrown<std::out_of_range>([&] { Read(*context->read_data_block(0x10E), 1, 0); }),
+  EXPECT_EQ(Thrown<std::out_of_range>([&] { ReadRaw(*context->read_data_block(0x10E), 1, 0); }),
             "index >= m_child_blocks.size()");
 }
 
@@ -179,8 +175,8 @@ TEST_P(PstBlockDamageTest, AChildLargerThanItsPlaceGivesWhatItHas) {
   image.extended(0x10E, 2, full + 8, {0x10A});
   const auto context = OpenedImage(image.trees()).open();
   const auto block = context->read_data_block(0x10E);
-  EXPECT_EQ(4u, Read(*block, 4, full - 4));
-  EXPECT_EQ(Thrown<std::out_of_range>([&] { Read(*block, 8, full - 4); }),
+  EXPECT_EQ(4u, ReadRaw(*block, 4, full - 4).size());
+  EXPECT_EQ(Thrown<std::out_of_range>([&] { ReadRaw(*block, 8, full - 4); }),
             "index >= m_child_blocks.size()");
 }
 

@@ -23,12 +23,7 @@ class PstBlockWritingTest : public BothLayouts {
   }
   void TearDown() override { context.reset(); }
 
-  static std::string Text(data_block& block) { return Text(block, block.get_total_size(), 0); }
-  static std::string Text(data_block& block, uint64_t count, uint64_t offset) {
-    std::string bytes(count, '?');
-    bytes.resize(block.read_raw(RoomOf(bytes), offset));
-    return bytes;
-  }
+  static std::string Text(data_block& block) { return ReadRaw(block, block.get_total_size(), 0); }
   static size_t Write(const std::string& text, uint64_t offset,
                       std::shared_ptr<data_block>& block) {
     return block->write_raw(BytesOf(text), offset, block);
@@ -93,10 +88,10 @@ TEST_P(PstBlockWritingTest, PositionsHave32Bits) {
   // A stream in memory may be larger than four gigabytes; its places repeat from there on.
   std::shared_ptr<data_block> block = context->create_extended_block(context, ulonglong{5} << 30);
   EXPECT_EQ(5u, Write("begin", 0, block));
-  EXPECT_EQ("begin", Text(*block, 5, ulonglong{1} << 32));
-  EXPECT_EQ("gin", Text(*block, 3, (ulonglong{1} << 32) + 2));
+  EXPECT_EQ("begin", ReadRaw(*block, 5, ulonglong{1} << 32));
+  EXPECT_EQ("gin", ReadRaw(*block, 3, (ulonglong{1} << 32) + 2));
   EXPECT_EQ(3u, Write("GIN", (ulonglong{1} << 32) + 2, block));
-  EXPECT_EQ("beGIN", Text(*block, 5, 0));
+  EXPECT_EQ("beGIN", ReadRaw(*block, 5, 0));
 }
 
 // write_raw -----------------------------------------------------------------------------------
@@ -143,7 +138,7 @@ TEST_P(PstBlockWritingTest, WritingAcrossChildren) {
   std::shared_ptr<data_block> block = context->read_data_block(0x112);
   const auto page = block->get_page(0);
   EXPECT_EQ(4u, Write("1234", maxData() - 2, block));
-  EXPECT_EQ("xx1234il", Text(*block, 8, maxData() - 4));
+  EXPECT_EQ("xx1234il", ReadRaw(*block, 8, maxData() - 4));
   EXPECT_TRUE(block->is_modified());
   EXPECT_EQ(0u, block->get_id());
   // The page had another holder and was copied; the cache has the copy.
@@ -155,11 +150,11 @@ TEST_P(PstBlockWritingTest, WritingAcrossChildren) {
 TEST_P(PstBlockWritingTest, ASharedExtendedBlockIsCopiedWithItsChildren) {
   const std::shared_ptr<data_block> other = context->read_data_block(0x112);
   std::shared_ptr<data_block> block = other;
-  EXPECT_EQ("tail", Text(*other, 4, maxData()));
+  EXPECT_EQ("tail", ReadRaw(*other, 4, maxData()));
   EXPECT_EQ(2u, Write("TA", maxData(), block));
   EXPECT_NE(other, block);
-  EXPECT_EQ("TAil", Text(*block, 4, maxData()));
-  EXPECT_EQ("tail", Text(*other, 4, maxData()));
+  EXPECT_EQ("TAil", ReadRaw(*block, 4, maxData()));
+  EXPECT_EQ("tail", ReadRaw(*other, 4, maxData()));
 }
 
 TEST_P(PstBlockWritingTest, WritingNeedsTheContext) {
@@ -216,14 +211,14 @@ TEST_P(PstBlockWritingTest, AnExtendedBlockGrowsByChildren) {
   EXPECT_EQ(3 * maxData() + 2, block->resize(3 * maxData() + 2, block));
   EXPECT_EQ(3 * maxData() + 2, block->get_total_size());
   EXPECT_EQ(4u, block->get_page_count());
-  EXPECT_EQ("xtail", Text(*block, 5, maxData() - 1));
-  EXPECT_EQ(std::string(2 * maxData() - 2, '\0'), Text(*block, 9999999, maxData() + 4));
+  EXPECT_EQ("xtail", ReadRaw(*block, 5, maxData() - 1));
+  EXPECT_EQ(std::string(2 * maxData() - 2, '\0'), ReadRaw(*block, 9999999, maxData() + 4));
   EXPECT_EQ(maxData(), block->get_page(1)->get_total_size());
   EXPECT_EQ(maxData(), block->get_page(2)->get_total_size());
   EXPECT_EQ(2u, block->get_page(3)->get_total_size());
   // Cut inside the second child, which then is the last.
   EXPECT_EQ(maxData() + 2, block->resize(maxData() + 2, block));
-  EXPECT_EQ("xta", Text(*block, 99, maxData() - 1));
+  EXPECT_EQ("xta", ReadRaw(*block, 99, maxData() - 1));
   EXPECT_EQ(Thrown<std::out_of_range>([&] { block->get_page(2); }),
             "index >= m_child_blocks.size()");
 }
@@ -275,7 +270,7 @@ TEST_P(PstBlockWritingTest, ChildrenThatHaveTheirSizeAreResizedToo) {
   EXPECT_EQ(maxData() + 4, block->resize(maxData() + 4, block));
   EXPECT_FALSE(block->get_page(0)->is_modified());
   EXPECT_TRUE(block->get_page(1)->is_modified());
-  EXPECT_EQ("xtail", Text(*block, 5, maxData() - 1));
+  EXPECT_EQ("xtail", ReadRaw(*block, 5, maxData() - 1));
 }
 
 TEST_P(PstBlockWritingTest, ALevelOverItsOwnLevelGrows) {
@@ -285,8 +280,8 @@ TEST_P(PstBlockWritingTest, ALevelOverItsOwnLevelGrows) {
   const auto second = context->create_extended_block(context, first);
   std::shared_ptr<data_block> block = context->create_extended_block(context, second);
   EXPECT_EQ(2 * levelTwo(), block->resize(2 * levelTwo(), block));
-  EXPECT_EQ("abcdef" + std::string(1, '\0'), Text(*block, 7, 0));
-  EXPECT_EQ(std::string(3, '\0'), Text(*block, 9, 2 * levelTwo() - 3));
+  EXPECT_EQ("abcdef" + std::string(1, '\0'), ReadRaw(*block, 7, 0));
+  EXPECT_EQ(std::string(3, '\0'), ReadRaw(*block, 9, 2 * levelTwo() - 3));
 }
 
 TEST_P(PstBlockWritingTest, AFirstLevelGrowsIntoASecond) {
@@ -296,10 +291,10 @@ TEST_P(PstBlockWritingTest, AFirstLevelGrowsIntoASecond) {
   ASSERT_TRUE(block->is_internal());
   EXPECT_EQ(2, static_cast<extended_block&>(*block).get_level());
   EXPECT_EQ(size, block->get_total_size());
-  EXPECT_EQ("xtail" + std::string(1, '\0'), Text(*block, 6, maxData() - 1));
-  EXPECT_EQ(std::string(5, '\0'), Text(*block, 99, size - 5));
+  EXPECT_EQ("xtail" + std::string(1, '\0'), ReadRaw(*block, 6, maxData() - 1));
+  EXPECT_EQ(std::string(5, '\0'), ReadRaw(*block, 99, size - 5));
   EXPECT_EQ(4u, Write("over", levelTwo() - 2, block));
-  EXPECT_EQ("over" + std::string(1, '\0'), Text(*block, 99, levelTwo() - 2));
+  EXPECT_EQ("over" + std::string(1, '\0'), ReadRaw(*block, 99, levelTwo() - 2));
 }
 
 TEST_P(PstBlockWritingTest, ASecondLevelCannotGrowForever) {

@@ -16,12 +16,6 @@ class PstBlocksTest : public BothLayouts {
 };
 INSTANTIATE_TEST_SUITE_P(Layouts, PstBlocksTest, ::testing::Bool(), LayoutName);
 
-std::string ReadRaw(data_block& block, uint64_t count, uint64_t offset) {
-  std::string bytes(count, '?');
-  bytes.resize(block.read_raw(RoomOf(bytes), offset));
-  return bytes;
-}
-
 // Kinds ---------------------------------------------------------------------------------------
 
 TEST_P(PstBlocksTest, AnExternalBlock) {

@@ -32,6 +32,13 @@ inline std::string Text(pststore::bytes_view bytes) {
   return std::string(bytes.begin(), bytes.end());
 }
 
+// What a block gives of so many bytes.
+inline std::string ReadRaw(pststore::data_block& block, size_t count, ulonglong offset) {
+  std::string bytes(count, '?');
+  bytes.resize(block.read_raw(RoomOf(bytes), offset));
+  return bytes;
+}
+
 // A file, and the store in it.
 class OpenedImage {
  public:
