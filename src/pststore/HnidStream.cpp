@@ -56,7 +56,8 @@ size_t hnid_stream_device::skip() {
 
 size_t hnid_stream_device::read_allocation(std::span<unsigned char> destination) {
   if (hid_ == 0) return 0;
-  const size_t left = heap_->size(hid_) - position_;
+  const size_t size = heap_->size(hid_);
+  const size_t left = size - std::min(size, position_);
   destination = destination.first(std::min(destination.size(), left));
   if (destination.empty()) return 0;
   const size_t done = heap_->read(destination, hid_, position_);
@@ -73,14 +74,14 @@ size_t hnid_stream_device::advance(size_t done) {
 
 std::streampos hnid_stream_device::seek(boost::iostreams::stream_offset offset,
                                         std::ios_base::seekdir direction) {
-  ulonglong& position = is_hid_ ? position_ : node_position_;
+  size_t& position = is_hid_ ? position_ : node_position_;
   const auto size = static_cast<int64_t>(is_hid_ ? heap_->size(hid_) : node_.size());
   auto base = static_cast<int64_t>(position);
   if (direction == std::ios_base::beg) base = 0;
   if (direction == std::ios_base::end) base = size;
   // Both are between 0 and the size, so that clamping the offset is clamping the sum.
   base += std::clamp<int64_t>(offset, -base, size - base);
-  position = static_cast<ulonglong>(base);
+  position = static_cast<size_t>(base);
   return base;
 }
 

@@ -61,10 +61,10 @@ class hnid_stream_device {
   size_t read_allocation(std::span<unsigned char> destination);
   size_t advance(size_t done);
 
-  ulonglong position_ = 0;
+  size_t position_ = 0;
   ulong hid_ = 0;
   heap_ptr heap_;  // null if a node is read
-  ulonglong node_position_ = 0;
+  size_t node_position_ = 0;
   node node_;  // of the heap if an allocation is read
   bool is_hid_;
   bool is_once_ = false;

@@ -222,7 +222,7 @@ TEST_P(PstBlocksTest, ExtendedBlockFields) {
 }
 
 TEST_P(PstBlocksTest, PagesOfAStream) {
-  for (const int more : {0, 1}) {
+  for (const uint32_t more : {0u, 1u}) {
     RawImage image(unicode());
     image.block(0x104, std::string(maxData(), 'x'));
     image.extended(0x10A, 1, maxData() + more, {0x104, 0x104});

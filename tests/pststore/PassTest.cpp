@@ -69,7 +69,7 @@ TEST(Pass, GivesTheBytesInAllShapes) {
       for (const size_t size : {size_t{0}, size_t{5}, page, page + 1, 3 * page + 77}) {
         const std::string bytes = Pattern(size);
         const OneValue value(PstNodeParts::Stream(bytes, page), layout, encoding);
-        for (const size_t step : {1000, 4096, 20000}) {
+        for (const size_t step : {1000u, 4096u, 20000u}) {
           EXPECT_EQ(PassAll(value.device(), step), bytes);
         }
         EXPECT_EQ(PassUnseen(value.device()), size);
