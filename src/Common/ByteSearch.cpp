@@ -19,9 +19,7 @@ namespace {
 template <typename Fold>
 const char* Find(const char* start, const char* end, std::string_view needle) {
 #if defined(__SSE2__)
-  using namespace search;
-  if (WideBlock::IsAvailable()) return FindByPair<WideBlock, Fold>(start, end, needle);
-  return FindByPair<VectorBlock, Fold>(start, end, needle);
+  return search::FindByPair<search::VectorBlock, Fold>(start, end, needle);
 #else
   return search::FindByPair<search::WordBlock, Fold>(start, end, needle);
 #endif

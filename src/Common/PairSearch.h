@@ -91,11 +91,9 @@ class PairSearch {
 
   const char* find() {
     uint64_t place = 0;
-    for (;;) {
-      place += kManyPlaces * block_.emptyRows(start_ + place, (places_ - place) / kManyPlaces);
-      if (places_ - place < kManyPlaces) break;
-      if (tryCandidates(place, block_.many(start_ + place))) return result_;
-      place += kManyPlaces;
+    for (; places_ - place >= kManyPlaces; place += kManyPlaces) {
+      const uint64_t mask = block_.many(start_ + place);
+      if (mask != 0 && tryCandidates(place, mask)) return result_;
     }
     for (; places_ - place >= Block::kFewPlaces; place += Block::kFewPlaces) {
       const uint64_t mask = block_.few(start_ + place);

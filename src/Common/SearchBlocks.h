@@ -1,13 +1,11 @@
-// SearchBlocks.h - finds where two bytes stand at given distances, 64 places at a time.
+// SearchBlocks.h - finds where two bytes of a needle lie at their distance, 64 places at a time.
 //
-// A block type answers for a row of places p, p + 1, ...: at which of them do both anchors of a
-// needle stand? `many` asks for 64 places, `few` for kFewPlaces; bit i of the answer is place
-// p + i. `emptyRows` counts the rows of 64 places in front of the first row with such a place. All
+// A block type tells at which of the places p, p + 1, ... the bytes of a text match both anchors of
+// a needle: `many` for 64 places, `few` for kFewPlaces. Bit i of the answer is place p + i. Both
 // read the bytes [p + offset, p + offset + places) of each anchor, nothing else, at any alignment.
 //
 //   WordBlock    64-bit words, on every machine.
 //   VectorBlock  16-byte vectors, where the compiler targets SSE2.
-//   WideBlock    the same with 32-byte vectors, for processors with AVX2: ask IsAvailable().
 #ifndef TARN_COMMON_SEARCHBLOCKS_H
 #define TARN_COMMON_SEARCHBLOCKS_H
 
@@ -16,7 +14,7 @@
 #include <cstring>
 
 #if defined(__SSE2__)
-#include <immintrin.h>
+#include <emmintrin.h>
 #endif
 
 namespace tarn::search {
@@ -35,24 +33,14 @@ struct Anchor {
 
 inline constexpr uint64_t kManyPlaces = 64;
 
-// The rows in front of the first one, of `rows`, that is not empty.
-template <typename Block>
-uint64_t CountEmptyRows(const Block& block, const char* p, uint64_t rows) {
-  uint64_t row = 0;
-  while (row < rows && block.many(p + row * kManyPlaces) == 0) ++row;
-  return row;
-}
-
 class WordBlock {
  public:
   static constexpr uint64_t kFewPlaces = 8;
 
   WordBlock(const Anchor& a, const Anchor& b) : a_(a), b_(b) {}
 
-  uint64_t emptyRows(const char* p, uint64_t rows) const { return CountEmptyRows(*this, p, rows); }
-
   uint64_t few(const char* p) const {
-    // A zero byte in `both` is a place where both anchors stand; this marks its top bit, exactly.
+    // A zero byte in `both` is a place that matches both anchors; this marks its top bit, exactly.
     const uint64_t both = a_.differences(p) | b_.differences(p);
     constexpr uint64_t kLow7 = 0x7F7F7F7F7F7F7F7FU;
     const uint64_t zeros = ~(((both & kLow7) + kLow7) | both | kLow7);
@@ -97,8 +85,6 @@ class VectorBlock {
 
   VectorBlock(const Anchor& a, const Anchor& b) : a_(a), b_(b) {}
 
-  uint64_t emptyRows(const char* p, uint64_t rows) const { return CountEmptyRows(*this, p, rows); }
-
   uint64_t few(const char* p) const { return bits(both(p)); }
 
   uint64_t many(const char* p) const {
@@ -134,38 +120,6 @@ class VectorBlock {
 
   Side a_;
   Side b_;
-};
-
-class WideBlock : public VectorBlock {
- public:
-  static bool IsAvailable() { return __builtin_cpu_supports("avx2") != 0; }
-
-  WideBlock(const Anchor& a, const Anchor& b) : VectorBlock(a, b), a_(a), b_(b) {}
-
-  [[gnu::target("avx2")]] uint64_t emptyRows(const char* p, uint64_t rows) const {
-    const __m256i aValue = _mm256_set1_epi8(static_cast<char>(a_.value));
-    const __m256i aCase = _mm256_set1_epi8(static_cast<char>(a_.caseBit));
-    const __m256i bValue = _mm256_set1_epi8(static_cast<char>(b_.value));
-    const __m256i bCase = _mm256_set1_epi8(static_cast<char>(b_.caseBit));
-    const auto* a = reinterpret_cast<const __m256i*>(p + a_.offset);
-    const auto* b = reinterpret_cast<const __m256i*>(p + b_.offset);
-    for (uint64_t row = 0; row < rows; ++row, a += 2, b += 2) {
-      const __m256i a0 = _mm256_or_si256(_mm256_loadu_si256(a), aCase);
-      const __m256i a1 = _mm256_or_si256(_mm256_loadu_si256(a + 1), aCase);
-      const __m256i b0 = _mm256_or_si256(_mm256_loadu_si256(b), bCase);
-      const __m256i b1 = _mm256_or_si256(_mm256_loadu_si256(b + 1), bCase);
-      const __m256i both0 =
-          _mm256_and_si256(_mm256_cmpeq_epi8(a0, aValue), _mm256_cmpeq_epi8(b0, bValue));
-      const __m256i both1 =
-          _mm256_and_si256(_mm256_cmpeq_epi8(a1, aValue), _mm256_cmpeq_epi8(b1, bValue));
-      if (_mm256_movemask_epi8(_mm256_or_si256(both0, both1)) != 0) return row;
-    }
-    return rows;
-  }
-
- private:
-  Anchor a_;
-  Anchor b_;
 };
 
 #endif

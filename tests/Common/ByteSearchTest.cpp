@@ -65,13 +65,8 @@ std::vector<Way> AllWays() {
   };
 #if defined(__SSE2__)
   using search::VectorBlock;
-  using search::WideBlock;
   ways.push_back({"Vectors", search::FindByPair<VectorBlock, ExactBytes>,
                   search::FindByPair<VectorBlock, FoldedBytes>});
-  if (WideBlock::IsAvailable()) {
-    ways.push_back({"WideVectors", search::FindByPair<WideBlock, ExactBytes>,
-                    search::FindByPair<WideBlock, FoldedBytes>});
-  }
 #endif
   return ways;
 }
