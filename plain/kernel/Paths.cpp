@@ -7,7 +7,7 @@
 namespace tarn::kernel {
 
 std::string PathFromWide(const char16_t* path) {
-  return path == nullptr ? std::string() : ToUtf8(path, WideLength(path));
+  return path == nullptr ? std::string() : ToUtf8(path);
 }
 
 std::string WithSlashes(std::string path) {

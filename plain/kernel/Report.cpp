@@ -9,16 +9,16 @@
 namespace tarn::kernel {
 namespace {
 
-constexpr int64_t kLongestFileName = 255;  // units; a longer name is cut
+constexpr size_t kLongestFileName = 255;  // units; a longer name is cut
 
 using FileName = std::array<char, kLongestFileName * 3 + 1>;
 
 FileName NarrowName(const char16_t* file) {
   FileName name = {'?'};
   if (file == nullptr) return name;
-  int64_t units = 0;
+  size_t units = 0;
   while (units < kLongestFileName && file[units] != u'\0') ++units;
-  EncodeUtf8(file, units, name.data(), static_cast<int64_t>(name.size()));
+  EncodeUtf8({file, units}, name);
   return name;
 }
 

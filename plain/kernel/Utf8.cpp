@@ -1,170 +1,83 @@
 #include "Utf8.h"
 
-#include "Surrogates.h"
+#include <algorithm>
+#include <array>
+#include <type_traits>
+
+#include "Platform/Utf8.h"
 
 namespace tarn::kernel {
 namespace {
 
-constexpr int64_t kStride = 16;  // ASCII goes over in runs of this many; compilers vectorise them
+template <typename Unit>
+constexpr bool IsAscii(Unit unit) {
+  return static_cast<std::make_unsigned_t<Unit>>(unit) < 0x80;
+}
 
-// Both copy the ASCII run at the front, as far as both sides reach, and advance both positions.
-void CopyAsciiRun(const char16_t*& in, const char16_t* inEnd, char*& out, const char* outEnd) {
-  while (inEnd - in >= kStride && outEnd - out >= kStride) {
+// Copies the ASCII run at the front, as far as both sides reach. The units copied.
+template <typename From, typename To>
+size_t CopyAsciiRun(std::basic_string_view<From> source, std::span<To> destination) {
+  constexpr size_t kStride = 16;  // at a time; compilers vectorise them
+  const size_t most = std::min(source.size(), destination.size());
+  size_t done = 0;
+  for (; most - done >= kStride; done += kStride) {
+    std::array<From, kStride> units;
+    std::copy_n(source.data() + done, kStride, units.data());
     unsigned seen = 0;
-    for (int64_t i = 0; i < kStride; ++i) seen |= in[i];
+    for (const From unit : units) seen |= static_cast<std::make_unsigned_t<From>>(unit);
     if (seen >= 0x80) break;
-    for (int64_t i = 0; i < kStride; ++i) out[i] = static_cast<char>(in[i]);
-    in += kStride;
-    out += kStride;
+    for (size_t i = 0; i < kStride; ++i) destination[done + i] = static_cast<To>(units[i]);
   }
-  while (in < inEnd && out < outEnd && *in < 0x80) *out++ = static_cast<char>(*in++);
+  for (; done < most && IsAscii(source[done]); ++done) {
+    destination[done] = static_cast<To>(source[done]);
+  }
+  return done;
 }
 
-void CopyAsciiRun(const char*& in, const char* inEnd, char16_t*& out, const char16_t* outEnd) {
-  while (inEnd - in >= kStride && outEnd - out >= kStride) {
-    unsigned seen = 0;
-    for (int64_t i = 0; i < kStride; ++i) seen |= static_cast<unsigned char>(in[i]);
-    if (seen >= 0x80) break;
-    for (int64_t i = 0; i < kStride; ++i) out[i] = static_cast<unsigned char>(in[i]);
-    in += kStride;
-    out += kStride;
+// What is malformed fails, or becomes U+FFFD.
+template <typename From, typename To>
+size_t Convert(std::basic_string_view<From> source, std::span<To> destination, bool mayReplace) {
+  if (source.empty()) return 0;
+  size_t written = 0;
+  while (!source.empty()) {
+    const size_t ascii = CopyAsciiRun(source, destination.subspan(written));
+    source.remove_prefix(ascii);
+    written += ascii;
+    while (!source.empty() && !IsAscii(source.front())) {
+      const platform::Character character = platform::FirstCharacter(source);
+      if (!character.isWellFormed && !mayReplace) return 0;
+      source.remove_prefix(character.size);
+      const size_t units =
+          platform::WriteCharacter(character.codePoint, destination.subspan(written));
+      if (units == 0) return 0;
+      written += units;
+    }
+    if (written == destination.size() && !source.empty()) return 0;
   }
-  while (in < inEnd && out < outEnd && static_cast<unsigned char>(*in) < 0x80) {
-    *out++ = static_cast<unsigned char>(*in++);
-  }
-}
-
-// The code point at the front, past which `in` moves; a lone surrogate reads as U+FFFD.
-char32_t TakeWide(const char16_t*& in, const char16_t* inEnd) {
-  const char16_t unit = *in++;
-  if (!IsSurrogate(unit)) return unit;
-  if (!IsHighSurrogate(unit) || in == inEnd || !IsLowSurrogate(*in)) return 0xFFFD;
-  return JoinSurrogates(unit, *in++);
-}
-
-int64_t EncodedLength(char32_t point) {
-  return point < 0x80 ? 1 : point < 0x800 ? 2 : point < 0x10000 ? 3 : 4;
-}
-
-void Encode(char32_t point, int64_t length, char* out) {
-  static constexpr unsigned char kLead[] = {0, 0, 0xC0, 0xE0, 0xF0};
-  for (int64_t i = length - 1; i > 0; --i, point >>= 6) {
-    out[i] = static_cast<char>(0x80 | (point & 0x3F));
-  }
-  out[0] = static_cast<char>(length == 1 ? point : kLead[length] | point);
-}
-
-// A lead byte's sequence: its length, its own bits, and the bounds of the byte behind it, which
-// shut out overlong forms, surrogates and what lies above U+10FFFF.
-struct Sequence {
-  int64_t length = 0;  // 0: no sequence begins with the byte
-  char32_t bits = 0;
-  unsigned char low = 0x80;
-  unsigned char high = 0xBF;
-};
-
-Sequence SequenceOf(unsigned char lead) {
-  if (lead < 0x80) return {1, lead, 0, 0};
-  if (lead < 0xC2 || lead > 0xF4) return {};
-  if (lead < 0xE0) return {2, static_cast<char32_t>(lead & 0x1F), 0x80, 0xBF};
-  if (lead < 0xF0) {
-    return {3, static_cast<char32_t>(lead & 0x0F),
-            static_cast<unsigned char>(lead == 0xE0 ? 0xA0 : 0x80),
-            static_cast<unsigned char>(lead == 0xED ? 0x9F : 0xBF)};
-  }
-  return {4, static_cast<char32_t>(lead & 0x07),
-          static_cast<unsigned char>(lead == 0xF0 ? 0x90 : 0x80),
-          static_cast<unsigned char>(lead == 0xF4 ? 0x8F : 0xBF)};
-}
-
-// False when the front is no well-formed sequence.
-bool TakeUtf8(const char*& in, const char* inEnd, char32_t& point) {
-  const Sequence sequence = SequenceOf(static_cast<unsigned char>(*in));
-  if (sequence.length == 0 || inEnd - in < sequence.length) return false;
-  point = sequence.bits;
-  for (int64_t i = 1; i < sequence.length; ++i) {
-    const unsigned char byte = static_cast<unsigned char>(in[i]);
-    const unsigned char low = i == 1 ? sequence.low : 0x80;
-    const unsigned char high = i == 1 ? sequence.high : 0xBF;
-    if (byte < low || byte > high) return false;
-    point = point << 6 | (byte & 0x3F);
-  }
-  in += sequence.length;
-  return true;
+  if (written < destination.size()) destination[written] = To{};
+  return written;
 }
 
 }  // namespace
 
-int64_t EncodeUtf8(const char16_t* source, int64_t units, char* destination, int64_t bytes) {
-  if (source == nullptr || destination == nullptr || units <= 0 || bytes <= 0) return 0;
-  const char16_t* in = source;
-  const char16_t* const inEnd = source + units;
-  char* out = destination;
-  char* const outEnd = destination + bytes;
-  while (in < inEnd) {
-    CopyAsciiRun(in, inEnd, out, outEnd);
-    if (in == inEnd) break;
-    const char32_t point = TakeWide(in, inEnd);
-    const int64_t length = EncodedLength(point);
-    if (outEnd - out < length) return 0;
-    Encode(point, length, out);
-    out += length;
-  }
-  if (out < outEnd) *out = '\0';
-  return out - destination;
+size_t EncodeUtf8(std::u16string_view source, std::span<char> destination) {
+  return Convert(source, destination, true);
 }
 
-int64_t DecodeUtf8(const char* source, int64_t bytes, char16_t* destination, int64_t units) {
-  if (source == nullptr || destination == nullptr || bytes <= 0 || units <= 0) return 0;
-  const char* in = source;
-  const char* const inEnd = source + bytes;
-  char16_t* out = destination;
-  char16_t* const outEnd = destination + units;
-  while (in < inEnd) {
-    CopyAsciiRun(in, inEnd, out, outEnd);
-    if (in == inEnd) break;
-    char32_t point = 0;
-    if (!TakeUtf8(in, inEnd, point)) return 0;
-    if (outEnd - out < (point < 0x10000 ? 1 : 2)) return 0;
-    if (point >= 0x10000) {
-      *out++ = HighSurrogateOf(point);
-      *out++ = LowSurrogateOf(point);
-    } else {
-      *out++ = static_cast<char16_t>(point);
-    }
-  }
-  if (out < outEnd) *out = u'\0';
-  return out - destination;
+size_t DecodeUtf8(std::string_view source, std::span<char16_t> destination) {
+  return Convert(source, destination, false);
 }
 
-int64_t WideLength(const char16_t* text) {
-  int64_t units = 0;
-  while (text[units] != u'\0') ++units;
-  return units;
-}
-
-bool IsWellFormed(const char16_t* text, int64_t units) {
-  for (int64_t i = 0; i < units; ++i) {
-    if (!IsSurrogate(text[i])) continue;
-    if (!IsHighSurrogate(text[i]) || i + 1 == units || !IsLowSurrogate(text[i + 1])) return false;
-    ++i;
-  }
-  return true;
-}
-
-std::string ToUtf8(const char16_t* text, int64_t units) {
-  if (units <= 0 || !IsWellFormed(text, units)) return {};
-  std::string result(static_cast<size_t>(units) * 3, '\0');
-  const int64_t bytes = EncodeUtf8(text, units, result.data(), static_cast<int64_t>(result.size()));
-  result.resize(static_cast<size_t>(bytes));
+std::string ToUtf8(std::u16string_view text) {
+  if (!platform::IsWellFormed(text)) return {};
+  std::string result(text.size() * 3, '\0');
+  result.resize(EncodeUtf8(text, result));
   return result;
 }
 
-std::u16string ToWide(const std::string& text) {
+std::u16string ToWide(std::string_view text) {
   std::u16string result(text.size(), u'\0');
-  const int64_t units = DecodeUtf8(text.data(), static_cast<int64_t>(text.size()), result.data(),
-                                   static_cast<int64_t>(result.size()));
-  result.resize(static_cast<size_t>(units));
+  result.resize(DecodeUtf8(text, result));
   return result;
 }
 

@@ -3,7 +3,12 @@
 #ifndef TARN_PLATFORM_OUTPUT_H
 #define TARN_PLATFORM_OUTPUT_H
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
+#include <span>
+
+#include "Platform/Utf8.h"
 
 namespace tarn::platform {
 
@@ -13,13 +18,21 @@ class Output {
   Output(Unit* destination, int32_t capacity) noexcept
       : destination_(destination), capacity_(capacity) {}
 
-  // False when the destination is full; then nothing is written.
+  // False when the destination has no room for it; then nothing is written.
   bool Put(Unit unit) noexcept {
     if (capacity_ != 0) {
       if (size_ == capacity_) return false;
       destination_[size_] = unit;
     }
     ++size_;
+    return true;
+  }
+  bool PutCharacter(char32_t codePoint) noexcept {
+    std::array<Unit, 4> units;
+    const size_t count = WriteCharacter(codePoint, std::span<Unit>(units));
+    for (size_t at = 0; at < count; ++at) {
+      if (!Put(units[at])) return false;
+    }
     return true;
   }
 

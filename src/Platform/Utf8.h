@@ -1,23 +1,104 @@
-// Utf8.h - code page 65001, converted here on every platform: how many U+FFFD a malformed sequence
-// gives differs between versions of Windows, and half a pair may fill the rest of a destination.
+// Utf8.h - the first character of a UTF-8 or UTF-16 text, and a character in either form: what
+// everything that converts or shows text is built on.
 //
-// The two conversions of CodePages.h for UTF-8, with the same results: sizes, 0 for failure,
-// capacity 0 to count. The caller has checked the arguments.
+// What is malformed reads as U+FFFD. In UTF-8 that is a truncated sequence as far as it could still
+// have become a character (Unicode's maximal subpart), or any other byte alone; overlong forms,
+// surrogates and what lies above U+10FFFF are no sequences. In UTF-16 it is half of a pair.
 #ifndef TARN_PLATFORM_UTF8_H
 #define TARN_PLATFORM_UTF8_H
 
+#include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string_view>
 
 namespace tarn::platform {
 
-// Each maximal malformed part gives U+FFFD: a truncated sequence as far as it could still have
-// become a character, any other byte alone.
-int32_t Utf8ToUtf16(std::string_view source, char16_t* destination, int32_t capacity) noexcept;
+inline constexpr char32_t kReplacementCharacter = 0xFFFD;
 
-// Lone surrogates give EF BF BD and set usedDefault.
-int32_t Utf16ToUtf8(std::u16string_view source, char* destination, int32_t capacity,
-                    bool& usedDefault) noexcept;
+struct Character {
+  char32_t codePoint = kReplacementCharacter;
+  size_t size = 1;  // units of the text
+  bool isWellFormed = false;
+};
+
+// The character that a text begins with. The text is not empty.
+constexpr Character FirstCharacter(std::string_view text) {
+  const auto first = static_cast<uint8_t>(text[0]);
+  if (first < 0x80) return {first, 1, true};
+  if (first < 0xC2 || first > 0xF4) return {};
+  char32_t codePoint = first & (first < 0xE0 ? 0x1F : first < 0xF0 ? 0x0F : 0x07);
+  size_t size = 1;
+  const auto takeFollower = [&](uint8_t low, uint8_t high) {
+    const auto byte = static_cast<uint8_t>(size < text.size() ? text[size] : '\0');
+    if (byte < low || byte > high) return false;
+    codePoint = (codePoint << 6) | (byte & 0x3F);
+    ++size;
+    return true;
+  };
+  // The bounds that keep out overlong forms, and those that keep out surrogates and the rest.
+  const uint8_t low = first == 0xE0 ? 0xA0 : first == 0xF0 ? 0x90 : 0x80;
+  const uint8_t high = first == 0xED ? 0x9F : first == 0xF4 ? 0x8F : 0xBF;
+  const bool isWhole = takeFollower(low, high) && (first < 0xE0 || takeFollower(0x80, 0xBF)) &&
+                       (first < 0xF0 || takeFollower(0x80, 0xBF));
+  return {isWhole ? codePoint : kReplacementCharacter, size, isWhole};
+}
+
+constexpr Character FirstCharacter(std::u16string_view text) {
+  const char16_t first = text[0];
+  if ((first & 0xF800) != 0xD800) return {first, 1, true};
+  const bool isPair = first < 0xDC00 && text.size() > 1 && (text[1] & 0xFC00) == 0xDC00;
+  if (!isPair) return {};
+  return {0x10000 + ((first & 0x3FFu) << 10) + (text[1] & 0x3FFu), 2, true};
+}
+
+// Whether every surrogate has its other half.
+constexpr bool IsWellFormed(std::u16string_view text) {
+  while (!text.empty()) {
+    const Character character = FirstCharacter(text);
+    if (!character.isWellFormed) return false;
+    text.remove_prefix(character.size);
+  }
+  return true;
+}
+
+// Writes a code point, which is no surrogate and at most U+10FFFF. The units written; 0 when the
+// destination has no room for them.
+constexpr size_t WriteCharacter(char32_t codePoint, std::span<char> destination) {
+  const size_t size = codePoint < 0x80 ? 1 : codePoint < 0x800 ? 2 : codePoint < 0x10000 ? 3 : 4;
+  if (size > destination.size()) return 0;
+  const auto put = [&](size_t at, char32_t byte) { destination[at] = static_cast<char>(byte); };
+  const auto bits = [&](uint32_t shift) { return 0x80 | ((codePoint >> shift) & 0x3F); };
+  switch (size) {
+    case 1:
+      put(0, codePoint);
+      break;
+    case 2:
+      put(0, 0xC0 | (codePoint >> 6));
+      put(1, bits(0));
+      break;
+    case 3:
+      put(0, 0xE0 | (codePoint >> 12));
+      put(1, bits(6));
+      put(2, bits(0));
+      break;
+    default:
+      put(0, 0xF0 | (codePoint >> 18));
+      put(1, bits(12));
+      put(2, bits(6));
+      put(3, bits(0));
+  }
+  return size;
+}
+
+constexpr size_t WriteCharacter(char32_t codePoint, std::span<char16_t> destination) {
+  const size_t size = codePoint < 0x10000 ? 1 : 2;
+  if (size > destination.size()) return 0;
+  if (size == 2) destination[0] = static_cast<char16_t>(0xD7C0 + (codePoint >> 10));
+  destination[size - 1] =
+      static_cast<char16_t>(size == 1 ? codePoint : 0xDC00 | (codePoint & 0x3FF));
+  return size;
+}
 
 }  // namespace tarn::platform
 

@@ -72,6 +72,9 @@ TEST(DisplayWidth, CountsColumns) {
   EXPECT_EQ(DisplayWidth("e\u0301"), 1u);
   EXPECT_EQ(DisplayWidth("\u4F1A\u8B70.pdf"), 8u);
   EXPECT_EQ(DisplayWidth("\uFF21\uAC00\U0001F600"), 6u);
+  EXPECT_EQ(DisplayWidth("\u05D0\u05B8\u0915\u0941"), 2u);  // vowel signs of two scripts
+  EXPECT_EQ(DisplayWidth("a\u200Bb\u200Dc"), 3u);
+  EXPECT_EQ(DisplayWidth("\xFF\xE4\xBC"), 3u);  // no UTF-8: byte by byte
 }
 
 TEST(LocalTimeText, CountsFromTheEpoch) {

@@ -88,7 +88,9 @@ std::string UpperCase(const std::string& text) {
       ::LCMapStringEx(LOCALE_NAME_INVARIANT, LCMAP_UPPERCASE, AsNative(wide),
                       static_cast<int>(wide.size()), reinterpret_cast<wchar_t*>(upper.data()),
                       static_cast<int>(upper.size()), nullptr, nullptr, 0);
-  return units <= 0 ? text : ToUtf8(upper.data(), units);
+  if (units <= 0) return text;
+  upper.resize(static_cast<size_t>(units));
+  return ToUtf8(upper);
 }
 
 }  // namespace
@@ -120,8 +122,7 @@ bool MayNameTemporary(const std::string& path) {
 std::string SpellingForOthers(const std::string& path) {
   // With the prefix the system would take the rest letter by letter, and the kernel does not.
   if (WithoutVerbatimPrefix(path) == path) return path;
-  const std::u16string native = TemporaryPath(path);
-  return ToUtf8(native.data(), static_cast<int64_t>(native.size()));
+  return ToUtf8(TemporaryPath(path));
 }
 
 std::string OneSpelling(const std::string& path) {

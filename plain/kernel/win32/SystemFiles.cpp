@@ -163,8 +163,7 @@ bool RemoveFile(const TemporaryPlace& place) {
 }
 
 std::string ResolveDirectory(const std::string& path) {
-  const std::u16string full = FullPath(ToWide(path));
-  const std::string resolved = ToUtf8(full.data(), static_cast<int64_t>(full.size()));
+  const std::string resolved = ToUtf8(FullPath(ToWide(path)));
   const std::u16string native = HostPath(resolved);
   if (native.empty()) return {};
   const DWORD attributes = ::GetFileAttributesW(AsNative(native));
@@ -176,7 +175,7 @@ std::string SystemTempDirectory() {
   std::array<wchar_t, MAX_PATH + 2> path;
   const DWORD units = ::GetTempPathW(static_cast<DWORD>(path.size()), path.data());
   if (units == 0 || units >= path.size()) return {};
-  return ToUtf8(AsText(path.data()), units);
+  return ToUtf8({AsText(path.data()), units});
 }
 
 bool RandomBytes(void* buffer, uint64_t count) {

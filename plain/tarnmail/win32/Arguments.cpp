@@ -1,13 +1,14 @@
 #include "Arguments.h"
 
 #include <windows.h>
-// Behind windows.h, which it needs.
+// After windows.h, which it needs.
 #include <shellapi.h>
 
 #include <memory>
 #include <new>
 
 #include "Failure.h"
+#include "Platform/Utf8.h"
 #include "Platform/win32/WideText.h"
 #include "Text.h"
 
@@ -21,7 +22,7 @@ std::vector<std::string> CommandLineWords(int, char**) {
   std::vector<std::string> texts;
   for (int i = 1; i < count; ++i) {
     const std::u16string_view word = platform::AsUtf16(words.get()[i]);
-    if (platform::HoldsLoneSurrogate(word)) {
+    if (!platform::IsWellFormed(word)) {
       throw Failure(ExitStatus::Usage, Utf8FromWide(word), "the argument is not UTF-16 text");
     }
     texts.push_back(Utf8FromWide(word));

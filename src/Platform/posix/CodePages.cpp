@@ -4,7 +4,7 @@
 #include <cstddef>
 
 #include "Platform/Output.h"
-#include "Platform/Utf8.h"
+#include "Platform/Utf8CodePage.h"
 #include "Platform/posix/CodePageRows.h"
 #include "Platform/posix/CodePageSpecs.h"
 

@@ -7,6 +7,7 @@
 #include <cstddef>
 
 #include "Platform/Utf8.h"
+#include "Platform/Utf8CodePage.h"
 #include "Platform/win32/WideText.h"
 
 namespace tarn::platform {
@@ -68,7 +69,7 @@ int32_t Utf16ToBytes(uint32_t codePage, std::u16string_view source, char* destin
     used = flag != FALSE;
   } else if (MayRefuseTheFlag()) {
     size = convert(nullptr, nullptr);
-    used = size != 0 && HoldsLoneSurrogate(source);
+    used = size != 0 && !IsWellFormed(source);
   }
   return size;
 }

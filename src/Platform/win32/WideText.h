@@ -17,18 +17,6 @@ inline std::u16string_view AsUtf16(std::wstring_view text) noexcept {
   return {reinterpret_cast<const char16_t*>(text.data()), text.size()};
 }
 
-// Whether half of a surrogate pair stands without the other.
-constexpr bool HoldsLoneSurrogate(std::u16string_view text) noexcept {
-  for (size_t at = 0; at < text.size(); ++at) {
-    if ((text[at] & 0xF800) != 0xD800) continue;
-    const bool isPair =
-        (text[at] & 0xFC00) == 0xD800 && at + 1 < text.size() && (text[at + 1] & 0xFC00) == 0xDC00;
-    if (!isPair) return true;
-    ++at;
-  }
-  return false;
-}
-
 }  // namespace tarn::platform
 
 #endif  // TARN_PLATFORM_WIN32_WIDE_TEXT_H
