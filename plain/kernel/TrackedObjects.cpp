@@ -1,26 +1,39 @@
 #include "TrackedObjects.h"
 
+#include <algorithm>
+
 #include "Report.h"
+#include "Status.h"
 #include "Tarnbase/Kernel.h"
+#include "Undying.h"
 
 namespace tarn::kernel {
 namespace {
 
-constinit ObjectRegister trackedObjects;
-constinit ObjectRegister graphicsObjects;
+struct Registers {
+  ObjectRegister tracked;
+  ObjectRegister graphics;
+};
 
 }  // namespace
 
 void ObjectRegister::Add(int32_t kind, const void* object, int32_t line, const char16_t* file) {
   if (object == nullptr) return;
   const std::lock_guard lock(mutex_);
-  if (!table_.Insert(object, Record{file, line, kind})) ++unrecorded_;
+  const bool recorded = Fenced(false, [&] {
+    records_.emplace(object, Record{file, line, kind});
+    return true;
+  });
+  if (!recorded) ++unrecorded_;
 }
 
 bool ObjectRegister::Remove(int32_t kind, const void* object) {
   const std::lock_guard lock(mutex_);
-  Record taken = {};
-  if (table_.Take(object, taken, [kind](const Record& record) { return record.kind == kind; })) {
+  const auto [first, last] = records_.equal_range(object);
+  const auto found =
+      std::find_if(first, last, [kind](const auto& entry) { return entry.second.kind == kind; });
+  if (found != last) {
+    records_.erase(found);
     return true;
   }
   // It may be one of those that could not be recorded: the caller gets the benefit of the doubt.
@@ -31,20 +44,20 @@ bool ObjectRegister::Remove(int32_t kind, const void* object) {
 
 uint64_t ObjectRegister::size() {
   const std::lock_guard lock(mutex_);
-  return table_.size() + unrecorded_;
+  return records_.size() + unrecorded_;
 }
 
 bool ObjectRegister::List(const char* what) {
   const std::unique_lock lock(mutex_, std::try_to_lock);
   if (!lock) return false;
-  table_.ForEach([what](const void* object, const Record& record) {
+  for (const auto& [object, record] : records_) {
     ReportLeak(what, object, record.line, record.file);
-  });
+  }
   return true;
 }
 
-ObjectRegister& TrackedObjects() { return trackedObjects; }
-ObjectRegister& GraphicsObjects() { return graphicsObjects; }
+ObjectRegister& TrackedObjects() { return Undying<Registers>().tracked; }
+ObjectRegister& GraphicsObjects() { return Undying<Registers>().graphics; }
 
 }  // namespace tarn::kernel
 

@@ -5,15 +5,15 @@
 
 #include <cstdint>
 #include <mutex>
+#include <unordered_map>
 
-#include "AddressTable.h"
 #include "Lock.h"
 
 namespace tarn::kernel {
 
 class ObjectRegister {
  public:
-  constexpr ObjectRegister() = default;
+  ObjectRegister() = default;
 
   // Two announcements of one address and kind count twice. Null is no object.
   void Add(int32_t kind, const void* object, int32_t line, const char16_t* file);
@@ -35,8 +35,8 @@ class ObjectRegister {
   };
 
   Lock mutex_;
-  AddressTable<Record> table_;
-  uint64_t unrecorded_ = 0;  // objects the table had no memory for
+  std::unordered_multimap<const void*, Record> records_;
+  uint64_t unrecorded_ = 0;  // objects that there was no memory to record
 };
 
 // The registers: what callers announce, and what KernelCreateDC and KernelCreateFont made.

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "AllocationFaults.h"
 #include "FilesFixture.h"
@@ -104,6 +105,60 @@ TEST_F(Files, WithoutMemoryNothingIsMadeOrEmptied) {
   EXPECT_GE(failures, 2);
   EXPECT_EQ(std::filesystem::file_size(path), 0U);
   KernelFileClose(handle);
+}
+
+// So many that the kernel keeps no record of a freed block for one of them.
+std::vector<void*> ManyBlocks() {
+  std::vector<void*> blocks(1000);
+  for (void*& block : blocks) block = KernelAlloc(1, 8, __LINE__, u"NoMemoryTest");
+  return blocks;
+}
+
+void FreeAll(const std::vector<void*>& blocks) {
+  for (void* block : blocks) KernelFree(block, __LINE__, u"NoMemoryTest");
+}
+
+TEST(Memory, WithoutMemoryForItsRecordABlockIsNotMade) {
+  const std::vector<void*> others = ManyBlocks();
+  const PlainKernelUsageRecord before = Usage();
+  void* block = nullptr;
+  const int failures =
+      FailEachAllocation([&] { block = KernelAlloc(1, 8, __LINE__, u"NoMemoryTest"); },
+                         [&] {
+                           EXPECT_EQ(block, nullptr);
+                           EXPECT_EQ(Usage().liveBlocks, before.liveBlocks);
+                           EXPECT_EQ(Usage().liveBytes, before.liveBytes);
+                         });
+  EXPECT_GE(failures, 1);
+  ASSERT_NE(block, nullptr);
+  EXPECT_EQ(Usage().liveBlocks, before.liveBlocks + 1);
+  KernelFree(block, __LINE__, u"NoMemoryTest");
+  FreeAll(others);
+}
+
+TEST(Memory, ABlockThatMovesHasItsRecordAlready) {
+  std::vector<void*> blocks = ManyBlocks();
+  FailAllocation(1);
+  for (void*& block : blocks) {
+    void* const moved = KernelRealloc(block, 4000, __LINE__, u"NoMemoryTest");
+    if (moved != nullptr) block = moved;
+  }
+  EXPECT_FALSE(AllocationHasFailed());
+  FailAllocation(0);
+  EXPECT_EQ(Usage().liveBytes, 4000 * blocks.size());
+  FreeAll(blocks);
+}
+
+// Callers cannot be told that an announcement failed: it counts, and can be taken back.
+TEST(TrackedObjects, AreCountedWithoutMemoryToRecordThem) {
+  const int object = 0;
+  FailAllocation(1);
+  KernelTrackObject(KERNEL_TRACK_OBJECT, &object, __LINE__, u"NoMemoryTest");
+  EXPECT_TRUE(AllocationHasFailed());
+  FailAllocation(0);
+  EXPECT_EQ(Usage().liveTrackedObjects, 1U);
+  KernelUntrackObject(KERNEL_TRACK_OBJECT, &object, __LINE__, u"NoMemoryTest");
+  EXPECT_EQ(Usage().liveTrackedObjects, 0U);
 }
 
 }  // namespace
