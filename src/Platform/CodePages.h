@@ -7,13 +7,13 @@
 //
 //   Bytes to UTF-16   Every byte or pair gives one unit. In a double-byte page a lead byte followed
 //                     by any byte but 0 takes two bytes, mapped or not; at the end of the source or
-//                     in front of 0 it stands alone. What the page does not map gives its default
-//                     unit ("?", in 932 U+30FB).
+//                     before 0 it is alone. What the page does not map gives its default unit
+//                     ("?", in 932 U+30FB).
 //   UTF-16 to bytes   Unit by unit: a surrogate pair is two units, each of which gives "?", as does
 //                     every other unit that the page neither holds nor approximates.
 //   65001 (UTF-8)     The exception: pairs are joined, each maximal malformed part of a byte text
 //                     gives U+FFFD, and a lone surrogate gives EF BF BD.
-//   42 (symbol)       Bytes from 0x20 stand at U+F020 to U+F0FF; any other unit from 0x20 on fails.
+//   42 (symbol)       Bytes from 0x20 on are U+F020 to U+F0FF; any other unit from 0x20 on fails.
 //
 // Sizes count bytes on the one side and UTF-16 units on the other. No terminator is added or
 // expected; NULs are text. Source and destination must not overlap. Nothing throws, and every
@@ -22,7 +22,9 @@
 #ifndef TARN_PLATFORM_CODE_PAGES_H
 #define TARN_PLATFORM_CODE_PAGES_H
 
+#include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string_view>
 
 namespace tarn::platform {
@@ -30,19 +32,41 @@ namespace tarn::platform {
 inline constexpr uint32_t kCodePageSymbol = 42;
 inline constexpr uint32_t kCodePageUtf8 = 65001;
 
-// Gives the units written, or with capacity 0 the units needed. 0 is failure: an unknown code page,
-// an empty source or one beyond INT32_MAX bytes, or a destination that is too small, which then
-// holds an unspecified part of the text and nothing behind its capacity.
-int32_t BytesToUtf16(uint32_t codePage, std::string_view source, char16_t* destination,
-                     int32_t capacity) noexcept;
+// The units written or, where the destination is empty, the units needed. 0 is failure: an unknown
+// code page, an empty source, a source or result beyond INT32_MAX bytes or units, or a destination
+// that is too small, which then holds an unspecified part of the text.
+size_t BytesToUtf16(uint32_t codePage, std::string_view source,
+                    std::span<char16_t> destination) noexcept;
 
-// Gives the bytes written, or with capacity 0 the bytes needed; 0 is failure, as above. usedDefault
-// may be null; it is set when the default character (in UTF-8: EF BF BD for a lone surrogate) stood
-// in for at least one unit, and cleared otherwise, failures included. Approximations other than "?"
-// do not set it. Of pages that only Windows has and whose flag it does not tell (UTF-7, ISO-2022,
-// GB18030), lone surrogates set it.
-int32_t Utf16ToBytes(uint32_t codePage, std::u16string_view source, char* destination,
-                     int32_t capacity, bool* usedDefault) noexcept;
+struct EncodedBytes {
+  size_t size = 0;
+  // The default character (in UTF-8: EF BF BD for a lone surrogate) is there for at least one unit.
+  // Approximations other than "?" do not count. Of pages that only Windows has and of which it does
+  // not tell (UTF-7, ISO-2022, GB18030), lone surrogates count.
+  bool usedDefault = false;
+};
+
+// The bytes written or needed, as above; a failure used no default.
+EncodedBytes Utf16ToBytes(uint32_t codePage, std::u16string_view source,
+                          std::span<char> destination) noexcept;
+
+// The same for callers that count in 32 bits: a negative capacity, or one without a destination,
+// is failure. usedDefault may be null.
+inline int32_t BytesToUtf16(uint32_t codePage, std::string_view source, char16_t* destination,
+                            int32_t capacity) noexcept {
+  if (capacity < 0 || (capacity > 0 && destination == nullptr)) return 0;
+  return static_cast<int32_t>(
+      BytesToUtf16(codePage, source, {destination, static_cast<size_t>(capacity)}));
+}
+inline int32_t Utf16ToBytes(uint32_t codePage, std::u16string_view source, char* destination,
+                            int32_t capacity, bool* usedDefault) noexcept {
+  EncodedBytes bytes;
+  if (capacity == 0 || (capacity > 0 && destination != nullptr)) {
+    bytes = Utf16ToBytes(codePage, source, {destination, static_cast<size_t>(capacity)});
+  }
+  if (usedDefault != nullptr) *usedDefault = bytes.usedDefault;
+  return static_cast<int32_t>(bytes.size);
+}
 
 // The code page of programs that know nothing of Unicode; 1252 where the platform has none.
 uint32_t AnsiCodePage() noexcept;

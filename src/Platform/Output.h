@@ -1,48 +1,35 @@
-// Output.h - where a conversion writes: into a destination of fixed capacity, or, with capacity 0,
-// nowhere, to count. Does not own the destination.
+// Output.h - where a conversion writes: into a destination or, where that is empty, nowhere, to
+// count.
 #ifndef TARN_PLATFORM_OUTPUT_H
 #define TARN_PLATFORM_OUTPUT_H
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
-
-#include "Platform/Utf8.h"
 
 namespace tarn::platform {
 
 template <typename Unit>
 class Output {
  public:
-  Output(Unit* destination, int32_t capacity) noexcept
-      : destination_(destination), capacity_(capacity) {}
+  explicit Output(std::span<Unit> destination) noexcept : destination_(destination) {}
 
-  // False when the destination has no room for it; then nothing is written.
+  // False when the destination is full; then nothing is written.
   bool Put(Unit unit) noexcept {
-    if (capacity_ != 0) {
-      if (size_ == capacity_) return false;
+    if (!destination_.empty()) {
+      if (size_ == destination_.size()) return false;
       destination_[size_] = unit;
     }
     ++size_;
     return true;
   }
-  bool PutCharacter(char32_t codePoint) noexcept {
-    std::array<Unit, 4> units;
-    const size_t count = WriteCharacter(codePoint, std::span<Unit>(units));
-    for (size_t at = 0; at < count; ++at) {
-      if (!Put(units[at])) return false;
-    }
-    return true;
-  }
 
-  // The size written or counted; 0 when it is no 32-bit length.
-  int32_t Size() const noexcept { return size_ > INT32_MAX ? 0 : static_cast<int32_t>(size_); }
+  // The size written or counted; 0 when it is beyond INT32_MAX.
+  size_t Size() const noexcept { return size_ > INT32_MAX ? 0 : size_; }
 
  private:
-  Unit* destination_;
-  int64_t capacity_;
-  int64_t size_ = 0;
+  std::span<Unit> destination_;
+  size_t size_ = 0;
 };
 
 }  // namespace tarn::platform

@@ -27,21 +27,30 @@ constexpr Character FirstCharacter(std::string_view text) {
   const auto first = static_cast<uint8_t>(text[0]);
   if (first < 0x80) return {first, 1, true};
   if (first < 0xC2 || first > 0xF4) return {};
-  char32_t codePoint = first & (first < 0xE0 ? 0x1F : first < 0xF0 ? 0x0F : 0x07);
-  size_t size = 1;
-  const auto takeFollower = [&](uint8_t low, uint8_t high) {
-    const auto byte = static_cast<uint8_t>(size < text.size() ? text[size] : '\0');
+  Character character{first, 1, false};
+  // The bounds of a first follower keep out overlong forms, surrogates and the numbers too large.
+  const auto takeFollower = [&](uint8_t low = 0x80, uint8_t high = 0xBF) {
+    const auto byte = static_cast<uint8_t>(character.size < text.size() ? text[character.size] : 0);
     if (byte < low || byte > high) return false;
-    codePoint = (codePoint << 6) | (byte & 0x3F);
-    ++size;
+    character.codePoint = (character.codePoint << 6) | (byte & 0x3F);
+    ++character.size;
     return true;
   };
-  // The bounds that keep out overlong forms, and those that keep out surrogates and the rest.
-  const uint8_t low = first == 0xE0 ? 0xA0 : first == 0xF0 ? 0x90 : 0x80;
-  const uint8_t high = first == 0xED ? 0x9F : first == 0xF4 ? 0x8F : 0xBF;
-  const bool isWhole = takeFollower(low, high) && (first < 0xE0 || takeFollower(0x80, 0xBF)) &&
-                       (first < 0xF0 || takeFollower(0x80, 0xBF));
-  return {isWhole ? codePoint : kReplacementCharacter, size, isWhole};
+  if (first < 0xE0) {
+    character.codePoint &= 0x1F;
+    character.isWellFormed = takeFollower();
+  } else if (first < 0xF0) {
+    character.codePoint &= 0x0F;
+    character.isWellFormed =
+        takeFollower(first == 0xE0 ? 0xA0 : 0x80, first == 0xED ? 0x9F : 0xBF) && takeFollower();
+  } else {
+    character.codePoint &= 0x07;
+    character.isWellFormed =
+        takeFollower(first == 0xF0 ? 0x90 : 0x80, first == 0xF4 ? 0x8F : 0xBF) && takeFollower() &&
+        takeFollower();
+  }
+  if (!character.isWellFormed) character.codePoint = kReplacementCharacter;
+  return character;
 }
 
 constexpr Character FirstCharacter(std::u16string_view text) {

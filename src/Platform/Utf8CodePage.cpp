@@ -1,30 +1,29 @@
 #include "Platform/Utf8CodePage.h"
 
-#include "Platform/Output.h"
-#include "Platform/Utf8.h"
+#include <cstdint>
+
+#include "Platform/Utf8Text.h"
 
 namespace tarn::platform {
+namespace {
 
-int32_t Utf8ToUtf16(std::string_view source, char16_t* destination, int32_t capacity) noexcept {
-  Output<char16_t> output(destination, capacity);
-  while (!source.empty()) {
-    const Character character = FirstCharacter(source);
-    source.remove_prefix(character.size);
-    if (!output.PutCharacter(character.codePoint)) return 0;
-  }
-  return output.Size();
+// An empty destination counts.
+template <typename From, typename To>
+Conversion Convert(std::basic_string_view<From> source, std::span<To> destination) noexcept {
+  const Conversion conversion =
+      destination.empty() ? MeasureText<To>(source) : ConvertText(source, destination);
+  return conversion.fits && conversion.size <= INT32_MAX ? conversion : Conversion{};
 }
 
-int32_t Utf16ToUtf8(std::u16string_view source, char* destination, int32_t capacity,
-                    bool& usedDefault) noexcept {
-  Output<char> output(destination, capacity);
-  while (!source.empty()) {
-    const Character character = FirstCharacter(source);
-    source.remove_prefix(character.size);
-    if (!character.isWellFormed) usedDefault = true;
-    if (!output.PutCharacter(character.codePoint)) return 0;
-  }
-  return output.Size();
+}  // namespace
+
+size_t Utf8ToUtf16(std::string_view source, std::span<char16_t> destination) noexcept {
+  return Convert(source, destination).size;
+}
+
+EncodedBytes Utf16ToUtf8(std::u16string_view source, std::span<char> destination) noexcept {
+  const Conversion conversion = Convert(source, destination);
+  return {conversion.size, !conversion.isWellFormed};
 }
 
 }  // namespace tarn::platform

@@ -6,17 +6,19 @@
 #ifndef TARN_PLATFORM_UTF8_CODE_PAGE_H
 #define TARN_PLATFORM_UTF8_CODE_PAGE_H
 
-#include <cstdint>
+#include <cstddef>
+#include <span>
 #include <string_view>
+
+#include "Platform/CodePages.h"
 
 namespace tarn::platform {
 
 // Each maximal malformed part gives U+FFFD.
-int32_t Utf8ToUtf16(std::string_view source, char16_t* destination, int32_t capacity) noexcept;
+size_t Utf8ToUtf16(std::string_view source, std::span<char16_t> destination) noexcept;
 
-// Lone surrogates give EF BF BD and set usedDefault.
-int32_t Utf16ToUtf8(std::u16string_view source, char* destination, int32_t capacity,
-                    bool& usedDefault) noexcept;
+// Lone surrogates give EF BF BD, the default.
+EncodedBytes Utf16ToUtf8(std::u16string_view source, std::span<char> destination) noexcept;
 
 }  // namespace tarn::platform
 

@@ -28,9 +28,7 @@ inline std::string OneByte(int value) { return std::string(1, static_cast<char>(
 
 inline std::u16string Decode(uint32_t codePage, std::string_view source) {
   std::u16string text(source.size() + 1, u'#');
-  const int32_t size =
-      BytesToUtf16(codePage, source, text.data(), static_cast<int32_t>(text.size()));
-  text.resize(static_cast<size_t>(size));
+  text.resize(BytesToUtf16(codePage, source, text));
   return text;
 }
 
@@ -46,11 +44,10 @@ struct Encoded {
 };
 
 inline Encoded Encode(uint32_t codePage, std::u16string_view source) {
-  Encoded result{std::string(source.size() * 5 + 1, '#'), true};
-  const int32_t size = Utf16ToBytes(codePage, source, result.bytes.data(),
-                                    static_cast<int32_t>(result.bytes.size()), &result.usedDefault);
-  result.bytes.resize(static_cast<size_t>(size));
-  return result;
+  std::string bytes(source.size() * 5 + 1, '#');
+  const EncodedBytes encoded = Utf16ToBytes(codePage, source, bytes);
+  bytes.resize(encoded.size);
+  return {bytes, encoded.usedDefault};
 }
 
 }  // namespace tarn::platform

@@ -39,9 +39,9 @@ TEST(ConversionLimits, RefuseAnUnknownPage) {
                               28590u, 28606u, 65002u, 0xFFFFFFFFu}) {
     char16_t unit = u'#';
     char byte = '#';
-    EXPECT_EQ(BytesToUtf16(page, "x", &unit, 1), 0) << page;
-    EXPECT_EQ(BytesToUtf16(page, "x", nullptr, 0), 0) << page;
-    EXPECT_EQ(Utf16ToBytes(page, u"x", &byte, 1, nullptr), 0) << page;
+    EXPECT_EQ(BytesToUtf16(page, "x", {&unit, 1}), 0u) << page;
+    EXPECT_EQ(BytesToUtf16(page, "x", {}), 0u) << page;
+    EXPECT_EQ(Utf16ToBytes(page, u"x", {&byte, 1}).size, 0u) << page;
     EXPECT_FALSE(IsCodePageSupported(page)) << page;
     EXPECT_EQ(unit, u'#');
     EXPECT_EQ(byte, '#');
@@ -58,9 +58,9 @@ TEST(ConversionLimits, RefuseAnEmptySource) {
   for (const uint32_t page : {1252u, 932u, 42u, 65001u}) {
     char16_t unit = u'#';
     char byte = '#';
-    EXPECT_EQ(BytesToUtf16(page, {}, &unit, 1), 0);
-    EXPECT_EQ(BytesToUtf16(page, "", nullptr, 0), 0);
-    EXPECT_EQ(Utf16ToBytes(page, {}, &byte, 1, nullptr), 0);
+    EXPECT_EQ(BytesToUtf16(page, {}, {&unit, 1}), 0u);
+    EXPECT_EQ(BytesToUtf16(page, "", {}), 0u);
+    EXPECT_EQ(Utf16ToBytes(page, {}, {&byte, 1}).size, 0u);
     EXPECT_EQ(unit, u'#');
     EXPECT_EQ(byte, '#');
   }
@@ -71,37 +71,43 @@ TEST(ConversionLimits, RefuseSizesOutsideOf32Bits) {
   const char byte = 'x';
   const char16_t unit = u'x';
   const size_t beyond = size_t{INT32_MAX} + 1;
-  EXPECT_EQ(BytesToUtf16(1252, std::string_view(&byte, beyond), nullptr, 0), 0);
-  EXPECT_EQ(Utf16ToBytes(1252, std::u16string_view(&unit, beyond), nullptr, 0, nullptr), 0);
+  EXPECT_EQ(BytesToUtf16(1252, std::string_view(&byte, beyond), {}), 0u);
+  EXPECT_EQ(Utf16ToBytes(1252, std::u16string_view(&unit, beyond), {}).size, 0u);
   char16_t target = u'#';
   EXPECT_EQ(BytesToUtf16(1252, "x", &target, -1), 0);
   EXPECT_EQ(BytesToUtf16(1252, "x", nullptr, 1), 0);
   EXPECT_EQ(target, u'#');
+  char byteTarget = '#';
+  bool usedDefault = true;
+  EXPECT_EQ(Utf16ToBytes(1252, u"\u3042", &byteTarget, -1, &usedDefault), 0);
+  EXPECT_FALSE(usedDefault);
+  EXPECT_EQ(Utf16ToBytes(1252, u"\u3042", nullptr, 1, nullptr), 0);
+  EXPECT_EQ(byteTarget, '#');
 }
 
 TEST(ConversionLimits, FillADestinationOfTheExactSize) {
   std::array<char16_t, 4> units{};
   units.fill(u'#');
-  EXPECT_EQ(BytesToUtf16(932, "a\x82\xA0z", nullptr, 0), 3);
-  EXPECT_EQ(BytesToUtf16(932, "a\x82\xA0z", units.data(), 3), 3);
+  EXPECT_EQ(BytesToUtf16(932, "a\x82\xA0z", {}), 3u);
+  EXPECT_EQ(BytesToUtf16(932, "a\x82\xA0z", {units.data(), 3}), 3u);
   EXPECT_EQ(units, (std::array<char16_t, 4>{u'a', u'\u3042', u'z', u'#'}));
   units.fill(u'#');
-  EXPECT_EQ(BytesToUtf16(932, "a\x82\xA0z", units.data(), 2), 0);
+  EXPECT_EQ(BytesToUtf16(932, "a\x82\xA0z", {units.data(), 2}), 0u);
   EXPECT_EQ(units[2], u'#');
   units.fill(u'#');
-  EXPECT_EQ(BytesToUtf16(42, "abc", units.data(), 2), 0);
-  EXPECT_EQ(BytesToUtf16(1252, "abc", units.data(), 2), 0);
+  EXPECT_EQ(BytesToUtf16(42, "abc", {units.data(), 2}), 0u);
+  EXPECT_EQ(BytesToUtf16(1252, "abc", {units.data(), 2}), 0u);
   EXPECT_EQ(units[2], u'#');
 
   std::array<char, 5> bytes{};
   bytes.fill('#');
-  EXPECT_EQ(Utf16ToBytes(932, u"a\u3042z", bytes.data(), 4, nullptr), 4);
+  EXPECT_EQ(Utf16ToBytes(932, u"a\u3042z", {bytes.data(), 4}).size, 4u);
   EXPECT_EQ(bytes, (std::array<char, 5>{'a', '\x82', '\xA0', 'z', '#'}));
   bytes.fill('#');
-  EXPECT_EQ(Utf16ToBytes(932, u"a\u3042z", bytes.data(), 2, nullptr), 0);
+  EXPECT_EQ(Utf16ToBytes(932, u"a\u3042z", {bytes.data(), 2}).size, 0u);
   EXPECT_EQ(bytes[2], '#');
   bytes.fill('#');
-  EXPECT_EQ(Utf16ToBytes(42, u"\uF041\uF042", bytes.data(), 1, nullptr), 0);
+  EXPECT_EQ(Utf16ToBytes(42, u"\uF041\uF042", {bytes.data(), 1}).size, 0u);
   EXPECT_EQ(bytes[1], '#');
 }
 
@@ -157,13 +163,13 @@ TEST(ConversionProperties, RandomBytesDecodeAlikeInOneCallAndInTwo) {
       byte = static_cast<char>(random() % 8 == 0 ? random() % 2 : random() % 256);
     }
     const std::u16string whole = Decode(page, text);
-    ASSERT_EQ(whole.size(), static_cast<size_t>(BytesToUtf16(page, text, nullptr, 0)));
+    ASSERT_EQ(whole.size(), BytesToUtf16(page, text, {}));
     const size_t split = BoundaryNear(page, text, random() % text.size());
     EXPECT_EQ(whole, Decode(page, text.substr(0, split)) + Decode(page, text.substr(split)));
   }
 }
 
-TEST(ConversionProperties, NothingIsWrittenBehindTheCapacity) {
+TEST(ConversionProperties, NothingIsWrittenAfterTheDestination) {
   std::mt19937 random(4711);
   for (int round = 0; round < 4000; ++round) {
     const bool isUtf8 = round % 5 == 0;
@@ -174,17 +180,15 @@ TEST(ConversionProperties, NothingIsWrittenBehindTheCapacity) {
     for (char16_t& unit : units) unit = static_cast<char16_t>(random());
 
     // Allocated to the exact size, so that the sanitizers watch the ends.
-    const auto unitRoom = static_cast<int32_t>(1 + random() % 24);
-    std::vector<char16_t> unitTarget(static_cast<size_t>(unitRoom));
-    const int32_t neededUnits = BytesToUtf16(page, bytes, nullptr, 0);
-    EXPECT_EQ(BytesToUtf16(page, bytes, unitTarget.data(), unitRoom),
-              neededUnits <= unitRoom ? neededUnits : 0);
+    std::vector<char16_t> unitTarget(1 + random() % 24);
+    const size_t neededUnits = BytesToUtf16(page, bytes, {});
+    EXPECT_EQ(BytesToUtf16(page, bytes, unitTarget),
+              neededUnits <= unitTarget.size() ? neededUnits : 0);
 
-    const auto byteRoom = static_cast<int32_t>(1 + random() % 48);
-    std::vector<char> byteTarget(static_cast<size_t>(byteRoom));
-    const int32_t neededBytes = Utf16ToBytes(page, units, nullptr, 0, nullptr);
-    EXPECT_EQ(Utf16ToBytes(page, units, byteTarget.data(), byteRoom, nullptr),
-              neededBytes <= byteRoom ? neededBytes : 0);
+    std::vector<char> byteTarget(1 + random() % 48);
+    const size_t neededBytes = Utf16ToBytes(page, units, {}).size;
+    EXPECT_EQ(Utf16ToBytes(page, units, byteTarget).size,
+              neededBytes <= byteTarget.size() ? neededBytes : 0);
   }
 }
 

@@ -104,7 +104,7 @@ TEST(Symbol, FailsForOtherUnits) {
   EXPECT_EQ(Encode(42, u"\u0020"), (Encoded{"", false}));
   EXPECT_EQ(Encode(42, u"\uF01F"), (Encoded{"", false}));
   EXPECT_EQ(Encode(42, u"\uF100"), (Encoded{"", false}));
-  EXPECT_EQ(Utf16ToBytes(42, u"\u3042", nullptr, 0, nullptr), 0);
+  EXPECT_EQ(Utf16ToBytes(42, u"\u3042", {}).size, 0u);
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <fstream>
 #include <iostream>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -34,9 +35,9 @@ using Answers = std::vector<Answer>;
 
 Answer DecodingOf(uint32_t page, std::string_view bytes) {
   std::array<char16_t, 3> units{};
-  const int32_t size = platform::BytesToUtf16(page, bytes, units.data(), 3);
+  const size_t size = platform::BytesToUtf16(page, bytes, units);
   Answer answer{static_cast<char>(2 * size)};
-  for (size_t at = 0; at < static_cast<size_t>(size); ++at) {
+  for (size_t at = 0; at < size; ++at) {
     answer[2 + 2 * at] = static_cast<char>(units[at] >> 8);
     answer[3 + 2 * at] = static_cast<char>(units[at] & 0xFF);
   }
@@ -45,10 +46,10 @@ Answer DecodingOf(uint32_t page, std::string_view bytes) {
 
 Answer EncodingOf(uint32_t page, char16_t unit) {
   Answer answer{};
-  bool usedDefault = false;
-  const int32_t size = platform::Utf16ToBytes(page, {&unit, 1}, answer.data() + 2, 6, &usedDefault);
-  answer[0] = static_cast<char>(size);
-  answer[1] = usedDefault ? 1 : 0;
+  const platform::EncodedBytes encoded =
+      platform::Utf16ToBytes(page, {&unit, 1}, std::span(answer).subspan<2>());
+  answer[0] = static_cast<char>(encoded.size);
+  answer[1] = encoded.usedDefault ? 1 : 0;
   return answer;
 }
 

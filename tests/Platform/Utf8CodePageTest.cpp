@@ -57,20 +57,20 @@ TEST(Utf8Encoding, ReplacesLoneSurrogates) {
 }
 
 TEST(Utf8Sizes, CountAndFitExactly) {
-  EXPECT_EQ(BytesToUtf16(65001, "\xF0\x9F\x98\x80x", nullptr, 0), 3);
+  EXPECT_EQ(BytesToUtf16(65001, "\xF0\x9F\x98\x80x", {}), 3u);
   char16_t units[3] = {u'#', u'#', u'#'};
-  EXPECT_EQ(BytesToUtf16(65001, "\xF0\x9F\x98\x80", units, 1), 0);
+  EXPECT_EQ(BytesToUtf16(65001, "\xF0\x9F\x98\x80", {units, 1}), 0u);
   EXPECT_EQ(units[1], u'#');
-  EXPECT_EQ(BytesToUtf16(65001, "\xF0\x9F\x98\x80", units, 2), 2);
+  EXPECT_EQ(BytesToUtf16(65001, "\xF0\x9F\x98\x80", {units, 2}), 2u);
   EXPECT_EQ(units[0], 0xD83D);
   EXPECT_EQ(units[1], 0xDE00);
   EXPECT_EQ(units[2], u'#');
 
-  EXPECT_EQ(Utf16ToBytes(65001, u"\u20AC", nullptr, 0, nullptr), 3);
+  EXPECT_EQ(Utf16ToBytes(65001, u"\u20AC", {}).size, 3u);
   char bytes[4] = {'#', '#', '#', '#'};
-  EXPECT_EQ(Utf16ToBytes(65001, u"\u20AC", bytes, 2, nullptr), 0);
+  EXPECT_EQ(Utf16ToBytes(65001, u"\u20AC", {bytes, 2}).size, 0u);
   EXPECT_EQ(bytes[2], '#');
-  EXPECT_EQ(Utf16ToBytes(65001, u"\u20AC", bytes, 3, nullptr), 3);
+  EXPECT_EQ(Utf16ToBytes(65001, u"\u20AC", {bytes, 3}).size, 3u);
   EXPECT_EQ(std::string(bytes, 4), "\xE2\x82\xAC#");
 }
 

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <memory>
 #include <new>
+#include <numeric>
 #include <optional>
 
 #include "Platform/posix/CodePageSpecs.h"
@@ -28,15 +29,19 @@ const CodePageSpec& SpecOf(size_t page) noexcept { return AllCodePageSpecs()[pag
 
 size_t WansungPage() noexcept { return FindCodePageSpec(949); }
 
-constexpr char16_t UnitAt(uint32_t highByte, uint32_t low) {
+constexpr std::array<uint8_t, 256> kAllBytes = [] {
+  std::array<uint8_t, 256> bytes{};
+  std::iota(bytes.begin(), bytes.end(), uint8_t{0});
+  return bytes;
+}();
+
+constexpr char16_t UnitAt(uint8_t highByte, uint8_t low) {
   return static_cast<char16_t>((highByte << 8) | low);
 }
 
 std::optional<uint8_t> OverlaidByteOf(const CodePageSpec& spec, char16_t unit) noexcept {
   for (const Overlay& overlay : spec.overlays) {
-    if (unit >= overlay.firstUnit && unit - overlay.firstUnit < overlay.count) {
-      return static_cast<uint8_t>(overlay.firstByte + (unit - overlay.firstUnit));
-    }
+    if (overlay.holdsUnit(unit)) return overlay.byteOf(unit);
   }
   return std::nullopt;
 }
@@ -44,16 +49,14 @@ std::optional<uint8_t> OverlaidByteOf(const CodePageSpec& spec, char16_t unit) n
 bool FillSingleBytes(const CodePageSpec& spec, CodePageRow& row) noexcept {
   IcuConverter converter(spec.converter, spec.bestFit);
   if (!converter.IsOpen()) return false;
-  for (uint32_t byte = 0; byte < 256; ++byte) {
-    const auto narrow = static_cast<uint8_t>(byte);
+  for (const uint8_t byte : kAllBytes) {
     uint16_t& cell = row.cells[byte];
-    if (const Overlay* overlay = FindOverlay(spec, narrow)) {
-      cell = static_cast<uint16_t>(overlay->firstUnit + (narrow - overlay->firstByte));
-    } else if (IsLeadByte(spec, narrow)) {
+    if (const Overlay* overlay = FindOverlay(spec, byte)) {
+      cell = overlay->unitOf(byte);
+    } else if (IsLeadByte(spec, byte)) {
       cell = spec.defaultUnit;
     } else {
-      const char source = static_cast<char>(narrow);
-      cell = converter.Decode({&source, 1}).value_or(spec.defaultUnit);
+      cell = converter.Decode({&byte, 1}).value_or(spec.defaultUnit);
     }
   }
   return true;
@@ -62,23 +65,22 @@ bool FillSingleBytes(const CodePageSpec& spec, CodePageRow& row) noexcept {
 bool FillPairs(const CodePageSpec& spec, uint8_t lead, CodePageRow& row) noexcept {
   IcuConverter converter(spec.converter, spec.bestFit);
   if (!converter.IsOpen()) return false;
-  for (uint32_t trail = 0; trail < 256; ++trail) {
-    const std::array<char, 2> pair = {static_cast<char>(lead), static_cast<char>(trail)};
-    row.cells[trail] = converter.Decode({pair.data(), pair.size()}).value_or(spec.defaultUnit);
+  for (const uint8_t trail : kAllBytes) {
+    const std::array<uint8_t, 2> pair = {lead, trail};
+    row.cells[trail] = converter.Decode(pair).value_or(spec.defaultUnit);
   }
   return true;
 }
 
 bool FillJohabPairs(const CodePageSpec& spec, uint8_t lead, CodePageRow& row) noexcept {
-  for (uint32_t trail = 0; trail < 256; ++trail) {
-    const JohabMeaning meaning = ReadJohabPair(lead, static_cast<uint8_t>(trail));
+  for (const uint8_t trail : kAllBytes) {
+    const JohabMeaning meaning = ReadJohabPair(lead, trail);
     uint16_t& cell = row.cells[trail];
     cell = meaning.unit != 0 ? meaning.unit : spec.defaultUnit;
     if (meaning.wansungPair == 0) continue;
-    const CodePageRow* wansung =
-        DecodingRow(WansungPage(), static_cast<uint8_t>(meaning.wansungPair >> 8));
+    const CodePageRow* wansung = DecodingRow(WansungPage(), HighByte(meaning.wansungPair));
     if (wansung == nullptr) return false;
-    cell = wansung->cells[meaning.wansungPair & 0xFF];
+    cell = wansung->cells[LowByte(meaning.wansungPair)];
   }
   return true;
 }
@@ -87,8 +89,7 @@ bool FillJohabPairs(const CodePageSpec& spec, uint8_t lead, CodePageRow& row) no
 uint16_t EncodeUnit(const CodePageSpec& spec, IcuConverter& converter, char16_t unit) noexcept {
   const std::optional<uint16_t> code = converter.Encode(unit);
   if (code) {
-    const Overlay* overlay =
-        *code < 0x100 ? FindOverlay(spec, static_cast<uint8_t>(*code)) : nullptr;
+    const Overlay* overlay = *code <= 0xFF ? FindOverlay(spec, LowByte(*code)) : nullptr;
     if (overlay == nullptr || overlay->formerUnitStillFits) return *code;
   }
   const std::optional<uint8_t> byte = OverlaidByteOf(spec, unit);
@@ -98,7 +99,7 @@ uint16_t EncodeUnit(const CodePageSpec& spec, IcuConverter& converter, char16_t 
 bool FillCodes(const CodePageSpec& spec, uint8_t highByte, CodePageRow& row) noexcept {
   IcuConverter converter(spec.converter, spec.bestFit);
   if (!converter.IsOpen()) return false;
-  for (uint32_t low = 0; low < 256; ++low) {
+  for (const uint8_t low : kAllBytes) {
     row.cells[low] = EncodeUnit(spec, converter, UnitAt(highByte, low));
   }
   return true;
@@ -107,7 +108,7 @@ bool FillCodes(const CodePageSpec& spec, uint8_t highByte, CodePageRow& row) noe
 bool FillJohabCodes(const CodePageSpec& spec, uint8_t highByte, CodePageRow& row) noexcept {
   IcuConverter wansung(spec.converter, spec.bestFit);
   if (!wansung.IsOpen()) return false;
-  for (uint32_t low = 0; low < 256; ++low) {
+  for (const uint8_t low : kAllBytes) {
     const char16_t unit = UnitAt(highByte, low);
     std::optional<uint16_t> code = unit < 0x80 ? unit : JohabPairOfUnit(unit);
     if (!code) code = OverlaidByteOf(spec, unit);

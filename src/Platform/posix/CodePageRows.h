@@ -21,6 +21,9 @@ struct CodePageRow {
   std::array<uint16_t, 256> cells;
 };
 
+constexpr uint8_t HighByte(uint16_t value) { return static_cast<uint8_t>(value >> 8); }
+constexpr uint8_t LowByte(uint16_t value) { return static_cast<uint8_t>(value & 0xFF); }
+
 // The page is an index of AllCodePageSpecs. Null when memory or the converter is missing; the next
 // call tries again.
 const CodePageRow* DecodingRow(size_t page, uint8_t lead) noexcept;

@@ -12,13 +12,28 @@
 
 namespace tarn::platform {
 
-// count bytes from firstByte on decode to the units from firstUnit on, whatever the converter says.
+// `count` bytes from firstByte on decode to the units from firstUnit on, whatever the converter
+// says.
 struct Overlay {
   uint8_t firstByte;
   uint8_t count;
   char16_t firstUnit;
   // The converter's own unit for the byte still encodes to it, as an approximation.
   bool formerUnitStillFits = false;
+
+  constexpr bool holdsByte(uint8_t byte) const {
+    return byte >= firstByte && byte - firstByte < count;
+  }
+  constexpr bool holdsUnit(char16_t unit) const {
+    return unit >= firstUnit && unit - firstUnit < count;
+  }
+  // Of a byte, and of a unit, that it holds.
+  constexpr char16_t unitOf(uint8_t byte) const {
+    return static_cast<char16_t>(firstUnit + (byte - firstByte));
+  }
+  constexpr uint8_t byteOf(char16_t unit) const {
+    return static_cast<uint8_t>(firstByte + (unit - firstUnit));
+  }
 };
 
 // Lead bytes of a double-byte page, both ends included.
@@ -55,7 +70,7 @@ constexpr bool IsLeadByte(const CodePageSpec& spec, uint8_t byte) noexcept {
 // The overlay that rules the byte, or null.
 constexpr const Overlay* FindOverlay(const CodePageSpec& spec, uint8_t byte) noexcept {
   for (const Overlay& overlay : spec.overlays) {
-    if (byte >= overlay.firstByte && byte - overlay.firstByte < overlay.count) return &overlay;
+    if (overlay.holdsByte(byte)) return &overlay;
   }
   return nullptr;
 }

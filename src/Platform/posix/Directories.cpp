@@ -3,9 +3,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <climits>
+#include <span>
 #include <string_view>
 
 #include "Platform/CodePages.h"
@@ -22,13 +24,10 @@ class SystemPath {
     if (path == nullptr) return;
     const std::u16string_view text(path);
     if (text.size() >= bytes_.size()) return;
-    const int32_t length = Utf16ToBytes(kCodePageUtf8, text, bytes_.data(),
-                                        static_cast<int32_t>(bytes_.size() - 1), nullptr);
-    for (int32_t at = 0; at < length; ++at) {
-      char& byte = bytes_[static_cast<size_t>(at)];
-      if (byte == '\\') byte = '/';
-    }
-    bytes_[NamesEnd(static_cast<size_t>(length))] = '\0';
+    const std::span<char> room(bytes_.data(), bytes_.size() - 1);
+    const size_t length = Utf16ToBytes(kCodePageUtf8, text, room).size;
+    std::replace(room.begin(), room.begin() + length, '\\', '/');
+    bytes_[NamesEnd(length)] = '\0';
   }
 
   bool IsEmpty() const noexcept { return bytes_[0] == '\0'; }

@@ -32,9 +32,7 @@ char16_t FoldUnit(char16_t unit) noexcept {
 
 std::u16string FoldedName(std::string_view utf8) {
   std::u16string name(utf8.size(), u'\0');
-  const int32_t length =
-      BytesToUtf16(kCodePageUtf8, utf8, name.data(), static_cast<int32_t>(name.size()));
-  name.resize(static_cast<size_t>(length));
+  name.resize(BytesToUtf16(kCodePageUtf8, utf8, name));
   std::transform(name.begin(), name.end(), name.begin(), FoldUnit);
   return name;
 }

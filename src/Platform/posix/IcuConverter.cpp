@@ -5,6 +5,11 @@
 #include <array>
 
 namespace tarn::platform {
+namespace {
+
+constexpr int32_t kMost = 8;  // units or bytes of one character, and more than are taken
+
+}  // namespace
 
 IcuConverter::IcuConverter(const char* name, bool oneWayMappings) noexcept {
   UErrorCode error = U_ZERO_ERROR;
@@ -23,20 +28,20 @@ IcuConverter::~IcuConverter() {
   if (converter_ != nullptr) ucnv_close(converter_);
 }
 
-std::optional<char16_t> IcuConverter::Decode(std::string_view bytes) noexcept {
-  std::array<UChar, 8> units{};
+std::optional<char16_t> IcuConverter::Decode(std::span<const uint8_t> bytes) noexcept {
+  std::array<UChar, kMost> units{};
   UErrorCode error = U_ZERO_ERROR;
-  const int32_t count = ucnv_toUChars(converter_, units.data(), static_cast<int32_t>(units.size()),
-                                      bytes.data(), static_cast<int32_t>(bytes.size()), &error);
+  const int32_t count =
+      ucnv_toUChars(converter_, units.data(), kMost, reinterpret_cast<const char*>(bytes.data()),
+                    static_cast<int32_t>(bytes.size()), &error);
   if (U_FAILURE(error) || count != 1) return std::nullopt;
   return units[0];
 }
 
 std::optional<uint16_t> IcuConverter::Encode(char16_t unit) noexcept {
-  std::array<char, 8> bytes{};
+  std::array<char, kMost> bytes{};
   UErrorCode error = U_ZERO_ERROR;
-  const int32_t count = ucnv_fromUChars(converter_, bytes.data(),
-                                        static_cast<int32_t>(bytes.size()), &unit, 1, &error);
+  const int32_t count = ucnv_fromUChars(converter_, bytes.data(), kMost, &unit, 1, &error);
   // Characters that are ignorable by default fail silently: nothing is written.
   if (U_FAILURE(error) || count < 1 || count > 2) return std::nullopt;
   const auto first = static_cast<uint8_t>(bytes[0]);

@@ -9,7 +9,7 @@
 
 #include <cstdint>
 #include <optional>
-#include <string_view>
+#include <span>
 
 namespace tarn::platform {
 
@@ -23,7 +23,7 @@ class IcuConverter {
   bool IsOpen() const noexcept { return converter_ != nullptr; }
 
   // The unit for exactly these bytes; none when they are not one character of one unit.
-  std::optional<char16_t> Decode(std::string_view bytes) noexcept;
+  std::optional<char16_t> Decode(std::span<const uint8_t> bytes) noexcept;
 
   // The byte, or the pair with the lead byte in the high half; none when the unit is not mapped.
   std::optional<uint16_t> Encode(char16_t unit) noexcept;

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
+#include <span>
 
 #include "Platform/Utf8.h"
 #include "Platform/Utf8CodePage.h"
@@ -19,11 +21,14 @@ constexpr char kDefaultByte[] = "?";
 // in a text never means them.
 constexpr bool IsSetting(uint32_t codePage) { return codePage <= CP_THREAD_ACP; }
 
-template <typename Source, typename Unit>
-bool AreUsable(uint32_t codePage, const Source& source, const Unit* destination,
-               int32_t capacity) noexcept {
-  return !IsSetting(codePage) && !source.empty() && source.size() <= INT32_MAX && capacity >= 0 &&
-         (capacity == 0 || destination != nullptr);
+bool IsConvertible(uint32_t codePage, size_t size) noexcept {
+  return !IsSetting(codePage) && size != 0 && size <= INT32_MAX;
+}
+
+// Sizes as the system's calls take them.
+template <typename Unit>
+int Capacity(std::span<Unit> destination) noexcept {
+  return static_cast<int>(std::min<size_t>(destination.size(), INT32_MAX));
 }
 
 // What page 42 holds. The system checks it only when it writes, not when it counts.
@@ -39,45 +44,37 @@ bool MayRefuseTheFlag() noexcept { return GetLastError() == ERROR_INVALID_PARAME
 
 }  // namespace
 
-int32_t BytesToUtf16(uint32_t codePage, std::string_view source, char16_t* destination,
-                     int32_t capacity) noexcept {
-  if (!AreUsable(codePage, source, destination, capacity)) return 0;
-  if (codePage == kCodePageUtf8) return Utf8ToUtf16(source, destination, capacity);
-  return MultiByteToWideChar(codePage, 0, source.data(), static_cast<int>(source.size()),
-                             AsWide(destination), capacity);
+size_t BytesToUtf16(uint32_t codePage, std::string_view source,
+                    std::span<char16_t> destination) noexcept {
+  if (!IsConvertible(codePage, source.size())) return 0;
+  if (codePage == kCodePageUtf8) return Utf8ToUtf16(source, destination);
+  const int size = MultiByteToWideChar(codePage, 0, source.data(), static_cast<int>(source.size()),
+                                       AsWide(destination.data()), Capacity(destination));
+  return static_cast<size_t>(size);
 }
 
-int32_t Utf16ToBytes(uint32_t codePage, std::u16string_view source, char* destination,
-                     int32_t capacity, bool* usedDefault) noexcept {
-  bool ignored = false;
-  bool& used = usedDefault != nullptr ? *usedDefault : ignored;
-  used = false;
-  if (!AreUsable(codePage, source, destination, capacity)) return 0;
-  if (codePage == kCodePageUtf8) {
-    const int32_t size = Utf16ToUtf8(source, destination, capacity, used);
-    used = used && size != 0;
-    return size;
-  }
-  if (codePage == kCodePageSymbol && !AreSymbols(source)) return 0;
+EncodedBytes Utf16ToBytes(uint32_t codePage, std::u16string_view source,
+                          std::span<char> destination) noexcept {
+  if (!IsConvertible(codePage, source.size())) return {};
+  if (codePage == kCodePageUtf8) return Utf16ToUtf8(source, destination);
+  if (codePage == kCodePageSymbol && !AreSymbols(source)) return {};
   const auto convert = [&](const char* defaultByte, BOOL* flag) {
-    return WideCharToMultiByte(codePage, 0, AsWide(source.data()), static_cast<int>(source.size()),
-                               destination, capacity, defaultByte, flag);
+    const int size =
+        WideCharToMultiByte(codePage, 0, AsWide(source.data()), static_cast<int>(source.size()),
+                            destination.data(), Capacity(destination), defaultByte, flag);
+    return static_cast<size_t>(size);
   };
   BOOL flag = FALSE;
-  int32_t size = convert(kDefaultByte, &flag);
-  if (size != 0) {
-    used = flag != FALSE;
-  } else if (MayRefuseTheFlag()) {
-    size = convert(nullptr, nullptr);
-    used = size != 0 && !IsWellFormed(source);
-  }
-  return size;
+  size_t size = convert(kDefaultByte, &flag);
+  if (size != 0) return {size, flag != FALSE};
+  if (MayRefuseTheFlag()) size = convert(nullptr, nullptr);
+  return {size, size != 0 && !IsWellFormed(source)};
 }
 
 uint32_t AnsiCodePage() noexcept { return GetACP(); }
 
 bool IsCodePageSupported(uint32_t codePage) noexcept {
-  return BytesToUtf16(codePage, " ", nullptr, 0) != 0;
+  return BytesToUtf16(codePage, " ", {}) != 0;
 }
 
 }  // namespace tarn::platform

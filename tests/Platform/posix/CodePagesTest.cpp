@@ -28,7 +28,7 @@ TEST(CodePagesOfPosix, ApproximateLess) {
 TEST(CodePagesOfPosix, TakeTextsOfUpToTheLargest32BitLength) {
   const std::string bytes = "xx";
   char16_t target = u'#';
-  EXPECT_EQ(BytesToUtf16(1252, std::string_view(bytes.data(), INT32_MAX), &target, 1), 0);
+  EXPECT_EQ(BytesToUtf16(1252, std::string_view(bytes.data(), INT32_MAX), {&target, 1}), 0u);
   EXPECT_EQ(target, u'x');
 }
 

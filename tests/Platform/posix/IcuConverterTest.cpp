@@ -7,7 +7,8 @@ namespace {
 
 TEST(IcuConverter, WithoutItsTableConvertsNothing) {
   IcuConverter none("no-such-table", true);
-  EXPECT_EQ(none.Decode("x"), std::nullopt);
+  const uint8_t byte = 'x';
+  EXPECT_EQ(none.Decode({&byte, 1}), std::nullopt);
   EXPECT_EQ(none.Encode(u'x'), std::nullopt);
 }
 
