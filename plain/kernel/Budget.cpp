@@ -15,7 +15,7 @@ constinit Lock budgetMutex;
 uint64_t budgetBytes = UINT64_MAX;
 uint64_t reportedBytes = 0;
 
-int32_t Want(uint64_t bytes) {
+KernelStatus Want(uint64_t bytes) {
   if (FaultDue(PlainKernelFaultBudget)) return KernelOutOfMemory;
   const std::lock_guard lock(budgetMutex);
   // A budget lowered below what is held already leaves no room at all.
@@ -25,7 +25,7 @@ int32_t Want(uint64_t bytes) {
   return KernelSuccess;
 }
 
-int32_t Return(uint64_t bytes) {
+KernelStatus Return(uint64_t bytes) {
   const std::lock_guard lock(budgetMutex);
   reportedBytes -= std::min(bytes, reportedBytes);
   return KernelSuccess;

@@ -24,13 +24,15 @@ uint64_t CountAfterFault(PlainKernelFaultGroup group, uint64_t count) {
 uint64_t ReadHandle(uint64_t handle, void* buffer, uint64_t count) {
   count = CountAfterFault(PlainKernelFaultRead, count);
   const std::shared_ptr<OpenFile> file = FileOfHandle(HandleGroup::Host, handle);
-  return file == nullptr || buffer == nullptr ? 0 : file->Read(buffer, count);
+  if (file == nullptr || buffer == nullptr) return 0;
+  return file->Read({static_cast<char*>(buffer), count});
 }
 
 uint64_t WriteHandle(HandleGroup group, uint64_t handle, const void* buffer, uint64_t count) {
   count = CountAfterFault(PlainKernelFaultWrite, count);
   const std::shared_ptr<OpenFile> file = FileOfHandle(group, handle);
-  return file == nullptr || buffer == nullptr ? 0 : file->Write(buffer, count);
+  if (file == nullptr || buffer == nullptr) return 0;
+  return file->Write({static_cast<const char*>(buffer), count});
 }
 
 }  // namespace

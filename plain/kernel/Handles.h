@@ -12,6 +12,8 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
+#include <string_view>
 
 namespace tarn::kernel {
 
@@ -24,9 +26,9 @@ class OpenFile {
   OpenFile& operator=(const OpenFile&) = delete;
   virtual ~OpenFile() = default;
 
-  // The bytes moved, as many as possible.
-  virtual uint64_t Read(void* buffer, uint64_t count) = 0;
-  virtual uint64_t Write(const void* buffer, uint64_t count) = 0;
+  // The number of bytes moved, as many as possible.
+  virtual uint64_t Read(std::span<char> room) = 0;
+  virtual uint64_t Write(std::string_view bytes) = 0;
 
   // The new position; all ones on failure, and then the position stays.
   virtual uint64_t Seek(int64_t offset, int32_t origin) = 0;

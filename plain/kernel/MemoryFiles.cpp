@@ -3,7 +3,6 @@
 #include "MemoryFiles.h"
 
 #include <algorithm>
-#include <cstring>
 #include <mutex>
 #include <unordered_map>
 
@@ -30,23 +29,23 @@ class MemoryFile final : public OpenFile {
  public:
   explicit MemoryFile(const Contents& given) : contents_(given), given_(given.block) {}
 
-  uint64_t Read(void* buffer, uint64_t count) override {
+  uint64_t Read(std::span<char> room) override {
     const std::lock_guard lock(mutex_);
     if (position_ >= contents_.length) return 0;
-    count = std::min(count, contents_.length - position_);
-    if (count == 0) return 0;
-    std::memcpy(buffer, contents_.block + position_, count);
+    const uint64_t count = std::min(room.size(), contents_.length - position_);
+    std::copy_n(contents_.block + position_, count, room.data());
     position_ += count;
     return count;
   }
 
-  uint64_t Write(const void* buffer, uint64_t count) override {
+  uint64_t Write(std::string_view bytes) override {
     const std::lock_guard lock(mutex_);
+    const uint64_t count = bytes.size();
     if (count == 0 || count > kLastPosition - position_ || !Reach(position_ + count)) return 0;
     if (position_ > contents_.length) {
-      std::memset(contents_.block + contents_.length, 0, position_ - contents_.length);
+      std::fill(contents_.block + contents_.length, contents_.block + position_, '\0');
     }
-    std::memcpy(contents_.block + position_, buffer, count);
+    bytes.copy(contents_.block + position_, count);
     position_ += count;
     contents_.length = std::max(contents_.length, position_);
     return count;
@@ -116,7 +115,7 @@ bool IsSound(int32_t mode, const void* block, uint64_t length, uint64_t capacity
   return block == nullptr ? capacity == 0 : IsLiveBlock(block, capacity);
 }
 
-int32_t OpenMemoryFile(uint64_t& handle, void*& state, const Contents& given) {
+KernelStatus OpenMemoryFile(uint64_t& handle, void*& state, const Contents& given) {
   const auto file = std::make_shared<MemoryFile>(given);
   States& states = Undying<States>();
   const std::lock_guard lock(states.mutex);
@@ -168,7 +167,7 @@ int32_t KernelMemFileOpen(uint64_t* handle, void** state, int32_t mode, void* bl
   if (handle == nullptr || state == nullptr || !IsSound(mode, block, length, capacity)) {
     return KernelCannotCreate;
   }
-  return Fenced<int32_t>(KernelCannotCreate, [&] {
+  return Fenced(KernelCannotCreate, [&] {
     return OpenMemoryFile(*handle, *state, Contents{static_cast<char*>(block), length, capacity});
   });
 }

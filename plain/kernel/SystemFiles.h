@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 
 #include "Handles.h"
@@ -52,7 +53,7 @@ std::string ResolveDirectory(const std::string& path);
 std::string SystemTempDirectory();
 
 // Unpredictable bytes; false when the system gives none.
-bool RandomBytes(void* buffer, uint64_t count);
+bool RandomBytes(std::span<unsigned char> bytes);
 
 }  // namespace tarn::kernel
 

@@ -4,6 +4,7 @@
 // name and only if nothing of that name exists, so nobody can guess it or get there first.
 #include <algorithm>
 #include <array>
+#include <span>
 
 #include "Faults.h"
 #include "PathRules.h"
@@ -24,7 +25,7 @@ constexpr int kAttempts = 64;         // before a run of collisions counts as a 
 bool MakeUnique(std::array<char, kUniqueLength>& unique) {
   static constexpr char kAlphabet[] = "abcdefghijklmnopqrstuvwxyz234567";
   std::array<unsigned char, kUniqueLength> random;
-  if (!RandomBytes(random.data(), random.size())) return false;
+  if (!RandomBytes(random)) return false;
   std::transform(random.begin(), random.end(), unique.begin(),
                  [](unsigned char byte) { return kAlphabet[byte & 31]; });
   return true;
@@ -40,7 +41,7 @@ bool AppendPiece(std::string& target, const char* before, const char16_t* piece)
   return true;
 }
 
-// What stands before and behind the unique part.
+// What comes before and after the unique part.
 bool MakeFrame(const char16_t* directory, const char16_t* prefix, const char16_t* extension,
                std::string& front, std::string& back) {
   const bool named = directory != nullptr && *directory != u'\0';
@@ -50,8 +51,8 @@ bool MakeFrame(const char16_t* directory, const char16_t* prefix, const char16_t
   return AppendPiece(front, "", prefix) && AppendPiece(back, ".", extension);
 }
 
-int32_t MakeTempFile(const char16_t* directory, char16_t* out, int32_t capacity,
-                     const char16_t* prefix, const char16_t* extension) {
+KernelStatus MakeTempFile(const char16_t* directory, std::span<char16_t> out,
+                          const char16_t* prefix, const char16_t* extension) {
   std::string front;
   std::string back;
   if (!MakeFrame(directory, prefix, extension, front, back)) return KernelCannotCreate;
@@ -64,13 +65,13 @@ int32_t MakeTempFile(const char16_t* directory, char16_t* out, int32_t capacity,
     if (!MayNameTemporary(path)) return KernelCannotCreate;
     path = SpellingForOthers(path);
     const std::u16string wide = ToWide(path);
-    if (wide.empty() || static_cast<int64_t>(wide.size()) >= capacity) return KernelCannotCreate;
+    if (wide.empty() || wide.size() >= out.size()) return KernelCannotCreate;
     Creation creation = Creation::Failed;
     const TemporaryPlace place = {path, trusted};
     MakeNotedFile(path, [&] { return (creation = MakeNewFile(place)) == Creation::Made; });
     if (creation == Creation::Exists) continue;
     if (creation == Creation::Failed) return KernelCannotCreate;
-    std::copy_n(wide.c_str(), wide.size() + 1, out);
+    std::copy_n(wide.c_str(), wide.size() + 1, out.data());
     return KernelSuccess;
   }
   return KernelCannotCreate;
@@ -82,7 +83,8 @@ int32_t MakeTempFile(const char16_t* directory, char16_t* out, int32_t capacity,
 int32_t KernelTempFileName(const char16_t* directory, char16_t* out, int32_t capacity,
                            int32_t /*one*/, const char16_t* prefix, const char16_t* extension) {
   using namespace tarn::kernel;
-  if (FaultDue(PlainKernelFaultOpen) || out == nullptr) return KernelCannotCreate;
-  return Fenced<int32_t>(KernelCannotCreate,
-                         [&] { return MakeTempFile(directory, out, capacity, prefix, extension); });
+  if (FaultDue(PlainKernelFaultOpen) || out == nullptr || capacity < 0) return KernelCannotCreate;
+  const std::span<char16_t> room(out, static_cast<size_t>(capacity));
+  return Fenced(KernelCannotCreate,
+                [&] { return MakeTempFile(directory, room, prefix, extension); });
 }

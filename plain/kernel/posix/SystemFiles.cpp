@@ -18,7 +18,7 @@
 namespace tarn::kernel {
 namespace {
 
-constexpr uint64_t kLargestTransfer = 0x40000000;  // what one call of the system is asked to move
+constexpr size_t kLargestTransfer = 0x40000000;  // what one call of the system is asked to move
 constexpr mode_t kOwnerOnly = 0600;
 constexpr mode_t kByUmask = 0666;
 
@@ -62,16 +62,15 @@ class Descriptor final : public OpenFile {
     return ::ftruncate(descriptor_, 0) == 0;
   }
 
-  uint64_t Read(void* buffer, uint64_t count) override {
-    char* const bytes = static_cast<char*>(buffer);
-    return MoveAll(
-        count, [&](uint64_t done, size_t step) { return ::read(descriptor_, bytes + done, step); });
+  uint64_t Read(std::span<char> room) override {
+    return MoveAll(room, [this](std::span<char> rest) {
+      return ::read(descriptor_, rest.data(), rest.size());
+    });
   }
 
-  uint64_t Write(const void* buffer, uint64_t count) override {
-    const char* const bytes = static_cast<const char*>(buffer);
-    return MoveAll(count, [&](uint64_t done, size_t step) {
-      return ::write(descriptor_, bytes + done, step);
+  uint64_t Write(std::string_view bytes) override {
+    return MoveAll(std::span(bytes), [this](std::span<const char> rest) {
+      return ::write(descriptor_, rest.data(), rest.size());
     });
   }
 
@@ -85,17 +84,16 @@ class Descriptor final : public OpenFile {
 
  private:
   // Goes on after interruptions and short counts, up to the end of the file or an error.
-  template <typename Step>
-  static uint64_t MoveAll(uint64_t count, Step step) {
-    uint64_t done = 0;
-    while (done < count) {
-      const size_t want = static_cast<size_t>(std::min(count - done, kLargestTransfer));
-      const ssize_t moved = step(done, want);
+  template <typename Byte, typename Step>
+  static uint64_t MoveAll(std::span<Byte> bytes, Step step) {
+    std::span<Byte> rest = bytes;
+    while (!rest.empty()) {
+      const ssize_t moved = step(rest.first(std::min(rest.size(), kLargestTransfer)));
       if (moved < 0 && errno == EINTR) continue;
       if (moved <= 0) break;
-      done += static_cast<uint64_t>(moved);
+      rest = rest.subspan(static_cast<size_t>(moved));
     }
-    return done;
+    return bytes.size() - rest.size();
   }
 
   int descriptor_ = -1;
@@ -170,14 +168,12 @@ std::string SystemTempDirectory() {
   return named == nullptr || ToWide(named).empty() ? "/tmp" : named;
 }
 
-bool RandomBytes(void* buffer, uint64_t count) {
-  char* const bytes = static_cast<char*>(buffer);
-  uint64_t done = 0;
-  while (done < count) {
-    const ssize_t got = ::getrandom(bytes + done, static_cast<size_t>(count - done), 0);
+bool RandomBytes(std::span<unsigned char> bytes) {
+  while (!bytes.empty()) {
+    const ssize_t got = ::getrandom(bytes.data(), bytes.size(), 0);
     if (got < 0 && errno == EINTR) continue;
     if (got <= 0) return false;
-    done += static_cast<uint64_t>(got);
+    bytes = bytes.subspan(static_cast<size_t>(got));
   }
   return true;
 }

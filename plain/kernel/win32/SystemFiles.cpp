@@ -1,7 +1,7 @@
 #include "SystemFiles.h"
 
 #include <windows.h>
-// Behind the header that it builds on.
+// After the header that it builds on.
 #include <bcrypt.h>
 
 #include <algorithm>
@@ -16,7 +16,12 @@ namespace tarn::kernel {
 namespace {
 
 // What one call of the system is asked to move: servers and drivers refuse much larger pieces.
-constexpr uint64_t kLargestTransfer = 16 << 20;
+constexpr size_t kLargestTransfer = 16 << 20;
+
+template <typename Byte>
+ULONG StepOf(std::span<Byte> rest) {
+  return static_cast<ULONG>(std::min(rest.size(), kLargestTransfer));
+}
 
 // The kernel locks nobody out: others may read, write, rename and delete what it has open.
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
@@ -45,17 +50,15 @@ class NativeFile final : public OpenFile {
   HANDLE handle() const { return handle_; }
   bool onDisk() const { return onDisk_; }
 
-  uint64_t Read(void* buffer, uint64_t count) override {
-    char* const bytes = static_cast<char*>(buffer);
-    return MoveAll(count, [&](uint64_t done, DWORD step, DWORD* moved) {
-      return ::ReadFile(handle_, bytes + done, step, moved, nullptr);
+  uint64_t Read(std::span<char> room) override {
+    return MoveAll(room, [this](char* at, DWORD count, DWORD* moved) {
+      return ::ReadFile(handle_, at, count, moved, nullptr);
     });
   }
 
-  uint64_t Write(const void* buffer, uint64_t count) override {
-    const char* const bytes = static_cast<const char*>(buffer);
-    return MoveAll(count, [&](uint64_t done, DWORD step, DWORD* moved) {
-      return ::WriteFile(handle_, bytes + done, step, moved, nullptr);
+  uint64_t Write(std::string_view bytes) override {
+    return MoveAll(std::span(bytes), [this](const char* at, DWORD count, DWORD* moved) {
+      return ::WriteFile(handle_, at, count, moved, nullptr);
     });
   }
 
@@ -73,17 +76,16 @@ class NativeFile final : public OpenFile {
  private:
   // Goes on after short counts, up to the end of the file or an error; what a step moved before it
   // failed counts too.
-  template <typename Step>
-  static uint64_t MoveAll(uint64_t count, Step step) {
-    uint64_t done = 0;
-    while (done < count) {
-      const DWORD want = static_cast<DWORD>(std::min(count - done, kLargestTransfer));
+  template <typename Byte, typename Step>
+  static uint64_t MoveAll(std::span<Byte> bytes, Step step) {
+    std::span<Byte> rest = bytes;
+    while (!rest.empty()) {
       DWORD moved = 0;
-      const bool whole = step(done, want, &moved) != 0;
-      done += moved;
+      const bool whole = step(rest.data(), StepOf(rest), &moved) != 0;
+      rest = rest.subspan(moved);
       if (!whole || moved == 0) break;
     }
-    return done;
+    return bytes.size() - rest.size();
   }
 
   HANDLE handle_ = INVALID_HANDLE_VALUE;
@@ -178,15 +180,13 @@ std::string SystemTempDirectory() {
   return ToUtf8({AsText(path.data()), units});
 }
 
-bool RandomBytes(void* buffer, uint64_t count) {
-  unsigned char* const bytes = static_cast<unsigned char*>(buffer);
-  uint64_t done = 0;
-  while (done < count) {
-    const ULONG want = static_cast<ULONG>(std::min(count - done, kLargestTransfer));
+bool RandomBytes(std::span<unsigned char> bytes) {
+  while (!bytes.empty()) {
+    const ULONG step = StepOf(bytes);
     const NTSTATUS status =
-        ::BCryptGenRandom(nullptr, bytes + done, want, BCRYPT_USE_SYSTEM_PREFERRED_RNG);
+        ::BCryptGenRandom(nullptr, bytes.data(), step, BCRYPT_USE_SYSTEM_PREFERRED_RNG);
     if (status < 0) return false;
-    done += want;
+    bytes = bytes.subspan(step);
   }
   return true;
 }
