@@ -68,12 +68,15 @@ TARNBASE_API void KernelTrackObject(int32_t kind, const void* object, int32_t li
 TARNBASE_API void KernelUntrackObject(int32_t kind, const void* object, int32_t line,
                                       const char16_t* file);
 
-#define KERNEL_MEMORY_WANT 2   /* may the filter hold `bytes` more? 1 grants it */
+#define KERNEL_MEMORY_WANT 2   /* may the filter hold `bytes` more? */
 #define KERNEL_MEMORY_RETURN 3 /* the filter gives `bytes` back */
 #define KERNEL_MEMORY_FAILED \
   5 /* an allocation of `bytes` failed; the result is the code to report */
 
-/* The memory budget. `reserved` is 0. Giving back more than is held gives back what is held. */
+/* The memory budget. `reserved` is 0. Giving back more than is held gives back what is held.
+ *   StatusOk             granted, or given back;
+ *   StatusOutOfMemory    refused; the answer to KERNEL_MEMORY_FAILED;
+ *   StatusBadArgument    another action. */
 TARNBASE_API int32_t KernelMemoryReport(int32_t action, uint64_t bytes, int32_t reserved);
 
 /* Files through the host's I/O ---------------------------------------------------------------- */
@@ -82,7 +85,7 @@ TARNBASE_API int32_t KernelMemoryReport(int32_t action, uint64_t bytes, int32_t 
 #define KERNEL_OPEN_CREATE 769 /* write only, create, truncate */
 #define KERNEL_OPEN_MODE 256   /* the only mode the filter passes */
 
-/* Any other flags fail, and so do a null path and a directory. The path is taken as it stands;
+/* Any other flags fail, and so do a null path and a directory. The path is taken as it is;
  * where "\" is an ordinary character of file names, it is read as "/" when nothing of that name
  * exists or, for a file to create, when its directory does not. */
 TARNBASE_API uint64_t KernelFileOpen(const char16_t* path, int32_t flags, int32_t mode);
@@ -101,7 +104,7 @@ TARNBASE_API uint64_t KernelFileWriteLarge(uint64_t handle, const void* buffer, 
 #define KERNEL_SEEK_CURRENT 1
 #define KERNEL_SEEK_END 2
 
-/* The new position, which may lie behind the end; all ones when it fails, and then the position
+/* The new position, which may lie after the end; all ones when it fails, and then the position
  * stays. */
 TARNBASE_API uint64_t KernelFileSeek(uint64_t handle, int64_t offset, int32_t origin);
 
@@ -132,8 +135,9 @@ TARNBASE_API void KernelDeleteFileUtf8(const char* path);
  * terminator included). It begins with the directory as it is given; but a prefix "\\?\" of Windows
  * is left out, unless the name is too long without it. A null or empty directory means the system's
  * temporary directory, a null or empty prefix or extension none; neither may hold a separator.
- * `one` is 1. Status; on failure, as when the name does not fit, no file was made and `out` is
- * untouched. */
+ * `one` is 1.
+ *   StatusOk              the file was made, and its name is in `out`;
+ *   StatusCreateFailed    no file was made, as when the name does not fit; `out` is untouched. */
 TARNBASE_API int32_t KernelTempFileName(const char16_t* directory, char16_t* out, int32_t capacity,
                                         int32_t one, const char16_t* prefix,
                                         const char16_t* extension);
@@ -146,14 +150,18 @@ TARNBASE_API int32_t KernelTempFileName(const char16_t* directory, char16_t* out
 /* A growing memory block as a file: the handle works with the KernelFile operations, from position
  * 0. `block` comes from the memory operations above and holds at least `capacity` bytes, `length`
  * of them filled; or it is null and both are 0. Until the file is ended the block belongs to it and
- * may move. Status. */
+ * may move.
+ *   StatusOk              the memory file was opened;
+ *   StatusCreateFailed    it was not: without memory, or for arguments that do not go together. */
 TARNBASE_API int32_t KernelMemFileOpen(uint64_t* handle, void** state, int32_t mode, void* block,
                                        uint64_t length, uint64_t capacity);
 
 /* Ends the memory file after its handle was closed (a handle that is still open is closed), and
  * hands the block back. With three nulls the state is discarded: a block that still lies where it
  * was given stays with whoever gave it, and one that the file allocated or moved, whose address
- * nobody else knows, is freed. Status. */
+ * nobody else knows, is freed.
+ *   StatusOk             it was ended;
+ *   StatusBadArgument    the state is of no memory file. */
 TARNBASE_API int32_t KernelMemFileClose(void* state, void** block, uint64_t* length,
                                         uint64_t* capacity);
 
@@ -173,8 +181,8 @@ TARNBASE_API int64_t KernelWideToUtf8(const char16_t* source, int64_t units, cha
 TARNBASE_API int64_t KernelUtf8ToWide(const char* source, int64_t bytes, char16_t* destination,
                                       int64_t units);
 
-/* The position behind the one user-visible character that begins at `position`: a code point and
- * the combining marks (general categories Mn, Mc, Me) behind it. Looks at `unitsLeft` units at
+/* The position after the one user-visible character that begins at `position`: a code point and
+ * the combining marks (general categories Mn, Mc, Me) after it. Looks at `unitsLeft` units at
  * most; with none left the position itself. A lone surrogate is a character. */
 TARNBASE_API const char16_t* KernelNextChar(const char16_t* position, int64_t unitsLeft);
 
@@ -192,8 +200,9 @@ TARNBASE_API uint32_t KernelGetLanguage(void);
  * a host runs one call of the filter at a time. */
 TARNBASE_API int32_t KernelIoModeGet(void);
 
-/* Prepares the `size` (120) bytes of a scope for `mode`. Status; -13 for another size, or without a
- * scope. */
+/* Prepares the `size` (KERNEL_IO_SCOPE_BYTES) bytes of a scope for `mode`.
+ *   StatusOk             the scope can be entered;
+ *   StatusBadArgument    another size, or no scope. */
 TARNBASE_API int32_t KernelIoModeFill(void* scope, int32_t size, int32_t mode, int32_t reserved);
 
 /* Exchanges the calling thread's mode with the scope's: called once to enter, once more, on the

@@ -39,7 +39,7 @@ enum PlainKernelFaultGroup {
       4, /* KernelFileWrite, KernelFileWriteLarge, KernelRawFileWrite: likewise */
   PlainKernelFaultSeek = 5,  /* KernelFileSeek: all ones, and the position stays */
   PlainKernelFaultText = 6,  /* KernelWideToUtf8, KernelUtf8ToWide */
-  PlainKernelFaultBudget = 7 /* KernelMemoryReport, action 2 */
+  PlainKernelFaultBudget = 7 /* KERNEL_MEMORY_WANT */
 };
 
 /* A Windows LANGID; 0x0409 to begin with. */
@@ -52,16 +52,17 @@ TARNBASE_API void PlainKernelSetIoMode(int32_t mode);
 /* Where KernelTempFileName puts files that name no directory. The path is copied; null means the
  * system's temporary directory. Files below it are reached through no link, as long as it is the
  * one that is set: it is not to be changed while calls run. It is not looked at before it is used:
- * one that does not exist, or that can hold no temporary files, makes KernelTempFileName fail with
- * -1490. On Windows a volume by its own name ("\\?\Volume{...}\") holds none; name the directory
- * through a drive or a server. */
+ * one that does not exist, or that can hold no temporary files, makes KernelTempFileName fail
+ * with StatusCreateFailed. On Windows a volume by its own name ("\\?\Volume{...}\") holds none;
+ * name the directory through a drive or a server. */
 TARNBASE_API void PlainKernelSetTempDirectory(const char16_t* path);
 
-/* KernelMemoryReport action 2 beyond it is refused with -1. All ones, to begin with: no limit. */
+/* KERNEL_MEMORY_WANT beyond it is refused with StatusOutOfMemory. All ones, to begin with: no
+ * limit. */
 TARNBASE_API void PlainKernelSetMemoryBudget(uint64_t bytes);
 
 /* The ordinal-th call of the group from now on fails, counting calls that fail on their own; calls
- * behind it succeed again. Ordinal 0 ends the injection. The groups count independently. */
+ * after it succeed again. Ordinal 0 ends the injection. The groups count independently. */
 TARNBASE_API void PlainKernelFailAt(int32_t group, uint64_t ordinal);
 
 /* Like PlainKernelFailAt, but all calls of the group after the ordinal-th fail too, until ordinal 0

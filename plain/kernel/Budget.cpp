@@ -5,7 +5,7 @@
 
 #include "Faults.h"
 #include "Lock.h"
-#include "Status.h"
+#include "TarnPst.h"
 #include "Tarnbase/PlainKernel.h"
 
 namespace tarn::kernel {
@@ -15,20 +15,20 @@ constinit Lock budgetMutex;
 uint64_t budgetBytes = UINT64_MAX;
 uint64_t reportedBytes = 0;
 
-KernelStatus Want(uint64_t bytes) {
-  if (FaultDue(PlainKernelFaultBudget)) return KernelOutOfMemory;
+TarnStatus Want(uint64_t bytes) {
+  if (FaultDue(PlainKernelFaultBudget)) return StatusOutOfMemory;
   const std::lock_guard lock(budgetMutex);
   // A budget lowered below what is held already leaves no room at all.
   const uint64_t room = budgetBytes - std::min(budgetBytes, reportedBytes);
-  if (bytes > room) return KernelOutOfMemory;
+  if (bytes > room) return StatusOutOfMemory;
   reportedBytes += bytes;
-  return KernelSuccess;
+  return StatusOk;
 }
 
-KernelStatus Return(uint64_t bytes) {
+TarnStatus Return(uint64_t bytes) {
   const std::lock_guard lock(budgetMutex);
   reportedBytes -= std::min(bytes, reportedBytes);
-  return KernelSuccess;
+  return StatusOk;
 }
 
 }  // namespace
@@ -49,9 +49,9 @@ int32_t KernelMemoryReport(int32_t action, uint64_t bytes, int32_t /*reserved*/)
     case KERNEL_MEMORY_RETURN:
       return Return(bytes);
     case KERNEL_MEMORY_FAILED:
-      return KernelOutOfMemory;
+      return StatusOutOfMemory;
     default:
-      return KernelBadArgument;
+      return StatusBadArgument;
   }
 }
 

@@ -1,8 +1,8 @@
 // The files of the host's I/O: the operations on handles of host files and memory files.
 #include "Faults.h"
+#include "Fence.h"
 #include "Handles.h"
 #include "Paths.h"
-#include "Status.h"
 #include "SystemFiles.h"
 #include "Tarnbase/Kernel.h"
 

@@ -61,7 +61,7 @@ std::shared_ptr<OpenFile> FileOfHandle(HandleGroup group, uint64_t handle) noexc
 
 bool DropHandle(HandleGroup group, uint64_t handle) noexcept {
   Slots& all = Undying<Slots>();
-  std::shared_ptr<OpenFile> file;  // closed behind the lock
+  std::shared_ptr<OpenFile> file;  // closed after the lock is let go
   const std::lock_guard lock(all.mutex);
   Slot* const slot = all.Find(group, handle);
   if (slot == nullptr) return false;

@@ -9,7 +9,7 @@
 #include <atomic>
 #include <cstring>
 
-#include "Status.h"
+#include "TarnPst.h"
 #include "Tarnbase/PlainKernel.h"
 
 namespace tarn::kernel {
@@ -41,10 +41,10 @@ int32_t KernelIoModeGet(void) {
 }
 
 int32_t KernelIoModeFill(void* scope, int32_t size, int32_t mode, int32_t /*reserved*/) {
-  if (scope == nullptr || size != KERNEL_IO_SCOPE_BYTES) return KernelBadArgument;
+  if (scope == nullptr || size != KERNEL_IO_SCOPE_BYTES) return StatusBadArgument;
   std::memset(scope, 0, KERNEL_IO_SCOPE_BYTES);
   std::memcpy(scope, &mode, sizeof mode);
-  return KernelSuccess;
+  return StatusOk;
 }
 
 void KernelIoModeSwap(void* scope, int32_t /*reserved0*/, int32_t /*reserved1*/) {

@@ -13,9 +13,9 @@
 #include <utility>
 
 #include "Faults.h"
+#include "Fence.h"
 #include "Lock.h"
 #include "Report.h"
-#include "Status.h"
 #include "Tarnbase/Kernel.h"
 #include "Undying.h"
 

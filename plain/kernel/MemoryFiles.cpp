@@ -7,10 +7,11 @@
 #include <unordered_map>
 
 #include "Faults.h"
+#include "Fence.h"
 #include "Handles.h"
 #include "Lock.h"
 #include "Memory.h"
-#include "Status.h"
+#include "TarnPst.h"
 #include "Tarnbase/Kernel.h"
 #include "Undying.h"
 
@@ -115,7 +116,7 @@ bool IsSound(int32_t mode, const void* block, uint64_t length, uint64_t capacity
   return block == nullptr ? capacity == 0 : IsLiveBlock(block, capacity);
 }
 
-KernelStatus OpenMemoryFile(uint64_t& handle, void*& state, const Contents& given) {
+TarnStatus OpenMemoryFile(uint64_t& handle, void*& state, const Contents& given) {
   const auto file = std::make_shared<MemoryFile>(given);
   States& states = Undying<States>();
   const std::lock_guard lock(states.mutex);
@@ -132,7 +133,7 @@ KernelStatus OpenMemoryFile(uint64_t& handle, void*& state, const Contents& give
   handle = entry.handle;
   // A number that only looks like an address: nobody follows it.
   state = reinterpret_cast<void*>(key);  // NOLINT(performance-no-int-to-ptr)
-  return KernelSuccess;
+  return StatusOk;
 }
 
 bool TakeState(void* state, State& taken) {
@@ -163,18 +164,18 @@ using namespace tarn::kernel;
 
 int32_t KernelMemFileOpen(uint64_t* handle, void** state, int32_t mode, void* block,
                           uint64_t length, uint64_t capacity) {
-  if (FaultDue(PlainKernelFaultOpen)) return KernelCannotCreate;
+  if (FaultDue(PlainKernelFaultOpen)) return StatusCreateFailed;
   if (handle == nullptr || state == nullptr || !IsSound(mode, block, length, capacity)) {
-    return KernelCannotCreate;
+    return StatusCreateFailed;
   }
-  return Fenced(KernelCannotCreate, [&] {
+  return Fenced(StatusCreateFailed, [&] {
     return OpenMemoryFile(*handle, *state, Contents{static_cast<char*>(block), length, capacity});
   });
 }
 
 int32_t KernelMemFileClose(void* state, void** block, uint64_t* length, uint64_t* capacity) {
   State ended;
-  if (!TakeState(state, ended)) return KernelBadArgument;
+  if (!TakeState(state, ended)) return StatusBadArgument;
   DropHandle(HandleGroup::Host, ended.handle);
   bool moved = false;
   const Contents contents = ended.file->TakeContents(moved);
@@ -186,5 +187,5 @@ int32_t KernelMemFileClose(void* state, void** block, uint64_t* length, uint64_t
   }
   if (length != nullptr) *length = contents.length;
   if (capacity != nullptr) *capacity = contents.capacity;
-  return KernelSuccess;
+  return StatusOk;
 }

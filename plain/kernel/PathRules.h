@@ -16,8 +16,8 @@ bool ClimbsUp(const std::string& path);
 bool MayHoldTemporaries(const std::string& directory);
 
 // Whether the path may name a temporary file: likewise, and its last component is a name. A
-// separator at the end, or nothing behind it but what the system leaves out, names a directory,
-// although some calls of the system take it for the file in front of it.
+// separator at the end, or nothing after it but what the system leaves out, names a directory,
+// although some calls of the system take it for the file before it.
 //
 // Short names that a volume keeps beside the long ones ("AVER~OTA.JPE") are second names of the
 // same files, and are not refused: what they mean depends on what the directory holds.

@@ -15,10 +15,10 @@ std::string PathFromWide(const char16_t* path);
 // With every "\" as "/".
 std::string WithSlashes(std::string path);
 
-// What stands before the last "/" ("/" for a file of the root, "." without one).
+// What is before the last "/" ("/" for a file of the root, "." without one).
 std::string DirectoryOf(const std::string& path);
 
-// What stands behind the last separator, all without one.
+// What is after the last separator; the whole path without one.
 std::string_view LastComponent(std::string_view path);
 
 // Calls `visit` with each component, empty ones included.

@@ -6,9 +6,9 @@
 // Others may put links in its place in a shared directory: none is followed below the temporary
 // directory.
 #include "Faults.h"
+#include "Fence.h"
 #include "PathRules.h"
 #include "Paths.h"
-#include "Status.h"
 #include "SystemFiles.h"
 #include "Tarnbase/Kernel.h"
 #include "TemporaryFiles.h"

@@ -19,7 +19,7 @@ namespace tarn::kernel {
 extern const char kPathSeparator;
 
 // An existing file for reading, and a file made or emptied for writing. The path is tried as it
-// stands; where the system does not know "\" as a separator, it is read as one only when nothing
+// is; where the system does not know "\" as a separator, it is read as one only when nothing
 // of that name exists or, for a file to make, when its directory does not. A directory is null.
 std::shared_ptr<OpenFile> OpenForReading(const std::string& path);
 std::shared_ptr<OpenFile> OpenForWriting(const std::string& path);

@@ -7,10 +7,11 @@
 #include <span>
 
 #include "Faults.h"
+#include "Fence.h"
 #include "PathRules.h"
 #include "Paths.h"
-#include "Status.h"
 #include "SystemFiles.h"
+#include "TarnPst.h"
 #include "Tarnbase/Kernel.h"
 #include "TemporaryFiles.h"
 #include "Utf8.h"
@@ -51,30 +52,30 @@ bool MakeFrame(const char16_t* directory, const char16_t* prefix, const char16_t
   return AppendPiece(front, "", prefix) && AppendPiece(back, ".", extension);
 }
 
-KernelStatus MakeTempFile(const char16_t* directory, std::span<char16_t> out,
-                          const char16_t* prefix, const char16_t* extension) {
+TarnStatus MakeTempFile(const char16_t* directory, std::span<char16_t> out, const char16_t* prefix,
+                        const char16_t* extension) {
   std::string front;
   std::string back;
-  if (!MakeFrame(directory, prefix, extension, front, back)) return KernelCannotCreate;
+  if (!MakeFrame(directory, prefix, extension, front, back)) return StatusCreateFailed;
   const std::string trusted = DefaultTempDirectory();
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
     std::array<char, kUniqueLength> unique;
-    if (!MakeUnique(unique)) return KernelCannotCreate;
+    if (!MakeUnique(unique)) return StatusCreateFailed;
     std::string path = front;
     path.append(unique.begin(), unique.end()).append(back);
-    if (!MayNameTemporary(path)) return KernelCannotCreate;
+    if (!MayNameTemporary(path)) return StatusCreateFailed;
     path = SpellingForOthers(path);
     const std::u16string wide = ToWide(path);
-    if (wide.empty() || wide.size() >= out.size()) return KernelCannotCreate;
+    if (wide.empty() || wide.size() >= out.size()) return StatusCreateFailed;
     Creation creation = Creation::Failed;
     const TemporaryPlace place = {path, trusted};
     MakeNotedFile(path, [&] { return (creation = MakeNewFile(place)) == Creation::Made; });
     if (creation == Creation::Exists) continue;
-    if (creation == Creation::Failed) return KernelCannotCreate;
+    if (creation == Creation::Failed) return StatusCreateFailed;
     std::copy_n(wide.c_str(), wide.size() + 1, out.data());
-    return KernelSuccess;
+    return StatusOk;
   }
-  return KernelCannotCreate;
+  return StatusCreateFailed;
 }
 
 }  // namespace
@@ -83,8 +84,8 @@ KernelStatus MakeTempFile(const char16_t* directory, std::span<char16_t> out,
 int32_t KernelTempFileName(const char16_t* directory, char16_t* out, int32_t capacity,
                            int32_t /*one*/, const char16_t* prefix, const char16_t* extension) {
   using namespace tarn::kernel;
-  if (FaultDue(PlainKernelFaultOpen) || out == nullptr || capacity < 0) return KernelCannotCreate;
+  if (FaultDue(PlainKernelFaultOpen) || out == nullptr || capacity < 0) return StatusCreateFailed;
   const std::span<char16_t> room(out, static_cast<size_t>(capacity));
-  return Fenced(KernelCannotCreate,
+  return Fenced(StatusCreateFailed,
                 [&] { return MakeTempFile(directory, room, prefix, extension); });
 }

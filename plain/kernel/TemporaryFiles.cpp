@@ -1,8 +1,8 @@
 #include "TemporaryFiles.h"
 
+#include "Fence.h"
 #include "PathRules.h"
 #include "Paths.h"
-#include "Status.h"
 #include "SystemFiles.h"
 #include "Tarnbase/PlainKernel.h"
 #include "Undying.h"

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "Fence.h"
 #include "Report.h"
-#include "Status.h"
 #include "Tarnbase/Kernel.h"
 #include "Undying.h"
 

@@ -7,7 +7,7 @@
 
 namespace tarn::host {
 
-// The words behind the program's name. Windows: UTF-8 of the line that the process was started
+// The words after the program's name. Windows: UTF-8 of the line that the process was started
 // with, whatever the code page of `argv`; a word that is no UTF-16 text (a lone surrogate) throws
 // Failure (Usage). Elsewhere: the bytes of `argv`.
 std::vector<std::string> CommandLineWords(int argc, char** argv);

@@ -41,7 +41,7 @@ std::vector<std::string> PropertyLines(
   return lines;
 }
 
-// What has no column of its own stands below its row, so that nothing is left out.
+// What has no column of its own comes below its row, so that nothing is left out.
 std::string AsTable(const std::vector<Attachment>& attachments) {
   if (attachments.empty()) return "No attachments\n";
   Column number = {"No.", true, {}};

@@ -20,7 +20,7 @@ class FilterLibrary {
   int32_t info(const std::string& file, FilterInfoContext& context) const;
   int32_t attachmentInfo(const std::string& file, GetAttachmentInfoContext& context) const;
   int32_t extractAttachment(const std::string& file, ExtractAttachmentContext& context) const;
-  // Never throws: an exception here is lost, and shows as things left behind.
+  // Never throws: an exception here is lost, and shows as things left in the kernel.
   void freeData(void* data) const noexcept;
 
  private:

@@ -27,8 +27,11 @@ class KernelFile {
   uint64_t handle_;
 };
 
-// The whole file in `bytes`. 1; -10 when it cannot be opened, -4 when it cannot be measured, -7
-// when it gives less than its size.
+// The whole file in `bytes`. May throw std::bad_alloc.
+//   StatusOk            it was read;
+//   StatusOpenFailed    it cannot be opened;
+//   StatusSeekFailed    it cannot be measured;
+//   StatusReadFailed    it gives less than its size.
 int32_t ReadWholeFile(const char16_t* path, std::string& bytes);
 
 // The first bytes of the file, `most` of them or all that there are; none when it cannot be opened.

@@ -11,7 +11,7 @@
 namespace tarn::host {
 namespace {
 
-// What a call of fltInfo leaves behind. Its end frees the filter's record, with its temporary
+// What a call of fltInfo leaves in the slot. Its end frees the filter's record, with its temporary
 // files.
 class Slot {
  public:

@@ -27,7 +27,10 @@ class RecordingSiblings {
   ~RecordingSiblings();
 
   // Puts the sibling functions into the context. Their answer has 96 dots per inch and no page:
-  // nothing was laid out. A document file that cannot be read is -10 or -7, no memory -1.
+  // nothing was laid out.
+  //   StatusOk             the document was recorded;
+  //   StatusOutOfMemory    without memory;
+  //   any other            its file could not be read, as ReadWholeFile tells.
   void attachTo(FilterInfoContext& context) const;
 
   // Hands over what was recorded; a document may be large.

@@ -7,11 +7,11 @@
 
 namespace tarn::host {
 
-// The meaning of a result other than 1 and the number itself: "the file could not be opened (-10)".
-// A number that the filter does not define is called so.
+// The meaning of a result other than StatusOk and the number itself: "the file could not be opened
+// (-10)". A number that the filter does not define is called so.
 std::string StatusText(int32_t status);
 
-// StatusText of -1863 with the code of the sibling that refused.
+// StatusText of StatusSiblingRefused with the code of the sibling that refused.
 std::string SiblingRefusalText(int32_t siblingResult);
 
 }  // namespace tarn::host

@@ -16,7 +16,7 @@ struct Column {
 // One line a row below a line of titles. All columns have the same number of cells. Columns without
 // any value are left out, and a missing value shows as "-". A cell wider than 40 columns stays
 // whole and moves the rest of its line, not that of the others. `notes`, if there are any, has for
-// each row the lines that stand below it, under the second column.
+// each row the lines below it, under the second column.
 std::string FormatTable(const std::vector<Column>& columns,
                         const std::vector<std::vector<std::string>>& notes = {});
 

@@ -50,7 +50,7 @@ CLI::Option* AddNumber(CLI::App& app, const std::string& name, int32_t& number, 
   return app.add_option_function<std::string>(name, take, help)->type_name("N");
 }
 
-// These stand in front of the command or behind it.
+// These come before the command or after it.
 void AddSettings(CLI::App& app, Settings& settings) {
   const auto takeLanguage = [&settings](const std::string& text) {
     settings.language = ParseLangId(text);

@@ -1,8 +1,8 @@
 // The search: two bytes of the needle, its anchors, are chosen for being rare in mail files, and
-// whole rows of places are asked at once whether both anchors stand there (SearchBlocks.h). A first
+// whole rows of places are asked at once for matches of both anchors (SearchBlocks.h). A first
 // letter alone would be met every 32 bytes in base64 text, and the CR of a delimiter on every line;
 // a pair such as "-" and ":" of "Content-Type:" is hardly ever met by chance, so the search costs
-// little more than reading the stretch once. Only a candidate, where both stand, is compared.
+// little more than reading the stretch once. Only a candidate, where both match, is compared.
 //
 // A stretch may be made so that every place is a candidate and every compare fails late. The bytes
 // spent on failed compares are therefore counted, and once they outweigh the bytes advanced, the

@@ -1,4 +1,4 @@
-// ByteSearch.h - the searches that all readers stand on: a needle in a stretch of bytes, exactly or
+// ByteSearch.h - the searches of all readers: a needle in a stretch of bytes, exactly or
 // ignoring the case of ASCII letters.
 //
 // A stretch is a half-open range [start, end) of a block that somebody else owns; no search reads

@@ -1,4 +1,4 @@
-// PairSearch.h - the search behind FindBytes and FindIgnoringCase; ByteSearch.cpp tells its idea.
+// PairSearch.h - the search of FindBytes and FindIgnoringCase; ByteSearch.cpp tells its idea.
 #ifndef TARN_COMMON_PAIRSEARCH_H
 #define TARN_COMMON_PAIRSEARCH_H
 

@@ -2,12 +2,12 @@
 //
 // The Two-Way algorithm (Crochemore and Perrin, 1991). The needle is cut in two at a critical
 // position, where the local period of the cut is the period of the whole needle. The right part is
-// compared from left to right; a mismatch there moves the needle behind the mismatching byte. Then
+// compared from left to right; a mismatch there moves the needle past the mismatching byte. Then
 // the left part is compared; a mismatch there moves it by the period. For a needle that repeats
 // itself, what the last move proved equal is remembered and not compared again. Both the cut and
 // the search take at most a few compares for each byte.
 //
-// `Fold` says which bytes count as equal: Fold::Of(byte) is the byte that stands for its class.
+// `Fold` says which bytes count as equal: Fold::Of(byte) is one byte for all of its class.
 #ifndef TARN_COMMON_TWOWAYSEARCH_H
 #define TARN_COMMON_TWOWAYSEARCH_H
 

@@ -146,7 +146,7 @@ TEST_P(EveryWay, AgreesWithThePlainSearchOnRandomTexts) {
 }
 
 // Every place of a match in stretches around the rows that are searched at once, each stretch both
-// directly in front of a page that cannot be read and directly behind one.
+// directly before a page that cannot be read and directly after one.
 TEST_P(EveryWay, FindsAMatchAtEveryPlaceAndReadsNothingOutside) {
   test::GuardedBytes guarded(4096);
   for (const std::string_view needle :
@@ -170,7 +170,7 @@ TEST_P(EveryWay, FindsAMatchAtEveryPlaceAndReadsNothingOutside) {
   }
 }
 
-// The beginning of a match at the very end of the stretch, with the rest behind it, is none.
+// The beginning of a match at the very end of the stretch, with the rest after it, is none.
 TEST_P(EveryWay, DoesNotFindWhatRunsBeyondTheEnd) {
   const std::string text = std::string(100, '.') + "boundary" + std::string(100, '.');
   for (size_t size = 0; size < 108; ++size) {
@@ -207,7 +207,7 @@ TEST_P(EveryWay, FoldsAsciiLettersAndNothingElse) {
   for (int a = 0; a < 256; ++a) {
     const char needle[1] = {static_cast<char>(a)};
     for (int b = 0; b < 256; ++b) {
-      // Long enough for every block: the byte stands at 70, behind bytes that differ from it.
+      // Long enough for every block: the byte is at 70, after bytes that differ from it.
       std::string text(140, b == 0 ? '\x01' : '\0');
       if (a == 0 || a == 1) text.assign(140, '\x02');
       if (b == 2) text.assign(140, a == 3 ? '\x04' : '\x03');
@@ -290,8 +290,8 @@ TEST(FindIgnoringCase, ComesToAnEndOnSixteenMegabytes) {
   EXPECT_EQ(FindIgnoringCase(text.data(), text.data() + text.size(), needle), nullptr);
 }
 
-// The hostile part ends where a match stands: nothing is passed over when the search changes.
-TEST_P(EveryWay, FindsTheFirstMatchBehindAnyNumberOfFalseCandidates) {
+// The hostile part ends at a match: nothing is passed over when the search changes.
+TEST_P(EveryWay, FindsTheFirstMatchAfterAnyNumberOfFalseCandidates) {
   const std::string needle = std::string(300, 'a') + "ba";
   const std::string almost = std::string(300, 'a') + "ca";
   for (size_t count = 0; count < 40; ++count) {

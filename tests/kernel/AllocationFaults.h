@@ -5,7 +5,7 @@
 
 namespace tarn::test {
 
-// The ordinal-th allocation of this thread from now on fails, and those behind it succeed again.
+// The ordinal-th allocation of this thread from now on fails, and those after it succeed again.
 // Where the runtime is one for all, those of the test itself count too. Ordinal 0 ends it.
 void FailAllocation(int ordinal);
 

@@ -32,7 +32,7 @@ TEST(Controls, TheLoaderEntryAnswersOne) {
 TEST(Controls, UsageFillsTheWholeRecordAndNoMore) {
   struct {
     PlainKernelUsageRecord usage;
-    uint64_t behind;
+    uint64_t after;
   } memory;
   std::memset(&memory, 0xAB, sizeof memory);
   PlainKernelUsage(&memory.usage);
@@ -44,7 +44,7 @@ TEST(Controls, UsageFillsTheWholeRecordAndNoMore) {
   EXPECT_EQ(memory.usage.reportedBytes, 0U);
   EXPECT_EQ(memory.usage.temporaryFiles, 0U);
   EXPECT_NE(memory.usage.allocationCalls, 0xABABABABABABABABU);
-  EXPECT_EQ(memory.behind, 0xABABABABABABABABU);
+  EXPECT_EQ(memory.after, 0xABABABABABABABABU);
   PlainKernelUsage(nullptr);
 }
 

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "Scratch.h"
+#include "TarnPst.h"
 #include "Tarnbase/PlainKernel.h"
 
 namespace tarn::test {
@@ -92,10 +93,12 @@ TEST_F(Faults, TemporaryNamesThatFailOnTheirOwnCountToo) {
   const std::u16string directory = Widen(Root());
   char16_t name[264] = {};
   PlainKernelFailAt(PlainKernelFaultOpen, 2);
-  EXPECT_EQ(KernelTempFileName(directory.c_str(), nullptr, 264, 1, u"pst", nullptr), -1490);
-  EXPECT_EQ(KernelTempFileName(directory.c_str(), name, 264, 1, u"pst", nullptr), -1490);
+  EXPECT_EQ(KernelTempFileName(directory.c_str(), nullptr, 264, 1, u"pst", nullptr),
+            StatusCreateFailed);
+  EXPECT_EQ(KernelTempFileName(directory.c_str(), name, 264, 1, u"pst", nullptr),
+            StatusCreateFailed);
   EXPECT_EQ(Entries(), 0U);
-  EXPECT_EQ(KernelTempFileName(directory.c_str(), name, 264, 1, u"pst", nullptr), 1);
+  EXPECT_EQ(KernelTempFileName(directory.c_str(), name, 264, 1, u"pst", nullptr), StatusOk);
   EXPECT_EQ(Entries(), 1U);
   KernelDeleteFile(name);
 }
@@ -104,11 +107,13 @@ TEST_F(Faults, MemoryFilesThatFailOnTheirOwnCountToo) {
   uint64_t handle = KERNEL_BAD_HANDLE;
   void* state = nullptr;
   PlainKernelFailAt(PlainKernelFaultOpen, 2);
-  EXPECT_EQ(KernelMemFileOpen(nullptr, &state, KERNEL_MEMFILE_EMPTY, nullptr, 0, 0), -1490);
-  EXPECT_EQ(KernelMemFileOpen(&handle, &state, KERNEL_MEMFILE_EMPTY, nullptr, 0, 0), -1490);
-  EXPECT_EQ(KernelMemFileOpen(&handle, &state, KERNEL_MEMFILE_EMPTY, nullptr, 0, 0), 1);
+  EXPECT_EQ(KernelMemFileOpen(nullptr, &state, KERNEL_MEMFILE_EMPTY, nullptr, 0, 0),
+            StatusCreateFailed);
+  EXPECT_EQ(KernelMemFileOpen(&handle, &state, KERNEL_MEMFILE_EMPTY, nullptr, 0, 0),
+            StatusCreateFailed);
+  EXPECT_EQ(KernelMemFileOpen(&handle, &state, KERNEL_MEMFILE_EMPTY, nullptr, 0, 0), StatusOk);
   KernelFileClose(handle);
-  EXPECT_EQ(KernelMemFileClose(state, nullptr, nullptr, nullptr), 1);
+  EXPECT_EQ(KernelMemFileClose(state, nullptr, nullptr, nullptr), StatusOk);
 }
 
 TEST_F(Faults, ReadsThatFailOnTheirOwnCountToo) {
@@ -165,11 +170,11 @@ TEST_F(Faults, SeeksThatFailOnTheirOwnCountToo) {
 TEST_F(Faults, RefusalsOfTheBudgetCountToo) {
   PlainKernelSetMemoryBudget(10);
   PlainKernelFailAt(PlainKernelFaultBudget, 2);
-  EXPECT_EQ(KernelMemoryReport(KERNEL_MEMORY_WANT, 11, 0), -1);
-  EXPECT_EQ(KernelMemoryReport(KERNEL_MEMORY_WANT, 1, 0), -1);
-  EXPECT_EQ(KernelMemoryReport(KERNEL_MEMORY_WANT, 1, 0), 1);
+  EXPECT_EQ(KernelMemoryReport(KERNEL_MEMORY_WANT, 11, 0), StatusOutOfMemory);
+  EXPECT_EQ(KernelMemoryReport(KERNEL_MEMORY_WANT, 1, 0), StatusOutOfMemory);
+  EXPECT_EQ(KernelMemoryReport(KERNEL_MEMORY_WANT, 1, 0), StatusOk);
   EXPECT_EQ(Usage().reportedBytes, 1U);
-  EXPECT_EQ(KernelMemoryReport(KERNEL_MEMORY_RETURN, 1, 0), 1);
+  EXPECT_EQ(KernelMemoryReport(KERNEL_MEMORY_RETURN, 1, 0), StatusOk);
 }
 
 TEST_F(Faults, OrdinalZeroEndsTheInjection) {
@@ -198,7 +203,7 @@ TEST_F(Faults, GroupsCountIndependently) {
   KernelFree(block, 1, kHere);
   char out[2];
   EXPECT_EQ(KernelWideToUtf8(u"a", 1, out, 2), 0);
-  EXPECT_EQ(KernelMemoryReport(KERNEL_MEMORY_WANT, 1, 0), -1);
+  EXPECT_EQ(KernelMemoryReport(KERNEL_MEMORY_WANT, 1, 0), StatusOutOfMemory);
 }
 
 TEST_F(Faults, EachOperationOfTheOpenGroupFailsAndLeavesNothing) {
@@ -209,11 +214,13 @@ TEST_F(Faults, EachOperationOfTheOpenGroupFailsAndLeavesNothing) {
   EXPECT_EQ(KernelRawFileCreate(WidePathOf("raw").c_str(), 0), KERNEL_BAD_HANDLE);
   PlainKernelFailAt(PlainKernelFaultOpen, 1);
   char16_t name[264];
-  EXPECT_EQ(KernelTempFileName(Widen(Root()).c_str(), name, 264, 1, u"pst", nullptr), -1490);
+  EXPECT_EQ(KernelTempFileName(Widen(Root()).c_str(), name, 264, 1, u"pst", nullptr),
+            StatusCreateFailed);
   PlainKernelFailAt(PlainKernelFaultOpen, 1);
   uint64_t handle = 0;
   void* state = nullptr;
-  EXPECT_EQ(KernelMemFileOpen(&handle, &state, KERNEL_MEMFILE_EMPTY, nullptr, 0, 0), -1490);
+  EXPECT_EQ(KernelMemFileOpen(&handle, &state, KERNEL_MEMFILE_EMPTY, nullptr, 0, 0),
+            StatusCreateFailed);
   EXPECT_EQ(Entries(), 1U);
   EXPECT_EQ(Usage().temporaryFiles, 0U);
 }
@@ -284,9 +291,9 @@ TEST_F(Faults, AFailedSeekDoesNotMove) {
 
 TEST_F(Faults, OnlyAskingForMemoryCountsForTheBudgetGroup) {
   PlainKernelFailAt(PlainKernelFaultBudget, 1);
-  EXPECT_EQ(KernelMemoryReport(KERNEL_MEMORY_RETURN, 0, 0), 1);
-  EXPECT_EQ(KernelMemoryReport(KERNEL_MEMORY_FAILED, 5, 0), -1);
-  EXPECT_EQ(KernelMemoryReport(KERNEL_MEMORY_WANT, 5, 0), -1);
+  EXPECT_EQ(KernelMemoryReport(KERNEL_MEMORY_RETURN, 0, 0), StatusOk);
+  EXPECT_EQ(KernelMemoryReport(KERNEL_MEMORY_FAILED, 5, 0), StatusOutOfMemory);
+  EXPECT_EQ(KernelMemoryReport(KERNEL_MEMORY_WANT, 5, 0), StatusOutOfMemory);
   EXPECT_EQ(Usage().reportedBytes, 0U);
 }
 

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <thread>
 
+#include "TarnPst.h"
 #include "Tarnbase/PlainKernel.h"
 
 namespace tarn::test {
@@ -15,7 +16,7 @@ TEST(IoMode, IsTheTempFileRouteToBeginWith) { EXPECT_EQ(KernelIoModeGet(), 0); }
 TEST(IoMode, EnteringAndLeavingAScopeRestoresTheMode) {
   PlainKernelSetIoMode(7);
   std::array<char, 120> scope;
-  ASSERT_EQ(KernelIoModeFill(scope.data(), 120, KERNEL_IO_IN_MEMORY, 0), 1);
+  ASSERT_EQ(KernelIoModeFill(scope.data(), 120, KERNEL_IO_IN_MEMORY, 0), StatusOk);
   EXPECT_EQ(KernelIoModeGet(), 7);
   KernelIoModeSwap(scope.data(), 0, 0);
   EXPECT_EQ(KernelIoModeGet(), KERNEL_IO_IN_MEMORY);
@@ -30,8 +31,8 @@ TEST(IoMode, EnteringAndLeavingAScopeRestoresTheMode) {
 TEST(IoMode, ScopesNest) {
   std::array<char, 120> outer;
   std::array<char, 120> inner;
-  ASSERT_EQ(KernelIoModeFill(outer.data(), 120, 3, 0), 1);
-  ASSERT_EQ(KernelIoModeFill(inner.data(), 120, 4, 0), 1);
+  ASSERT_EQ(KernelIoModeFill(outer.data(), 120, 3, 0), StatusOk);
+  ASSERT_EQ(KernelIoModeFill(inner.data(), 120, 4, 0), StatusOk);
   KernelIoModeSwap(outer.data(), 0, 0);
   KernelIoModeSwap(inner.data(), 0, 0);
   EXPECT_EQ(KernelIoModeGet(), 4);
@@ -44,7 +45,7 @@ TEST(IoMode, ScopesNest) {
 TEST(IoMode, AScopeIs120BytesOfAnyAlignment) {
   std::array<char, 123> memory;
   memory.fill('#');
-  ASSERT_EQ(KernelIoModeFill(memory.data() + 1, 120, 3, 0), 1);
+  ASSERT_EQ(KernelIoModeFill(memory.data() + 1, 120, 3, 0), StatusOk);
   KernelIoModeSwap(memory.data() + 1, 0, 0);
   EXPECT_EQ(KernelIoModeGet(), 3);
   KernelIoModeSwap(memory.data() + 1, 0, 0);
@@ -58,10 +59,10 @@ TEST(IoMode, RefusesOtherSizesAndNoScope) {
   std::array<char, 240> scope;
   scope.fill('#');
   for (const int32_t size : {-120, 0, 119, 121, 240}) {
-    EXPECT_EQ(KernelIoModeFill(scope.data(), size, 3, 0), -13) << size;
+    EXPECT_EQ(KernelIoModeFill(scope.data(), size, 3, 0), StatusBadArgument) << size;
   }
   EXPECT_TRUE(std::all_of(scope.begin(), scope.end(), [](char byte) { return byte == '#'; }));
-  EXPECT_EQ(KernelIoModeFill(nullptr, 120, 3, 0), -13);
+  EXPECT_EQ(KernelIoModeFill(nullptr, 120, 3, 0), StatusBadArgument);
   KernelIoModeSwap(nullptr, 0, 0);
   EXPECT_EQ(KernelIoModeGet(), 0);
 }
@@ -76,7 +77,7 @@ int32_t ModeOfANewThread() {
 TEST(IoMode, AScopeIsItsThreadsAlone) {
   PlainKernelSetIoMode(7);
   std::array<char, 120> scope;
-  ASSERT_EQ(KernelIoModeFill(scope.data(), 120, 3, 0), 1);
+  ASSERT_EQ(KernelIoModeFill(scope.data(), 120, 3, 0), StatusOk);
   std::atomic<int> step{0};
   int32_t before = -1;
   int32_t during = -1;
@@ -127,8 +128,8 @@ TEST(IoMode, AThreadWithoutAScopeTakesOnTheModeOfTheProcess) {
 TEST(IoMode, AnOpenScopeOutlastsASetting) {
   std::array<char, 120> outer;
   std::array<char, 120> inner;
-  ASSERT_EQ(KernelIoModeFill(outer.data(), 120, 3, 0), 1);
-  ASSERT_EQ(KernelIoModeFill(inner.data(), 120, 4, 0), 1);
+  ASSERT_EQ(KernelIoModeFill(outer.data(), 120, 3, 0), StatusOk);
+  ASSERT_EQ(KernelIoModeFill(inner.data(), 120, 4, 0), StatusOk);
   KernelIoModeSwap(outer.data(), 0, 0);
   KernelIoModeSwap(inner.data(), 0, 0);
   PlainKernelSetIoMode(9);
@@ -144,7 +145,7 @@ TEST(IoMode, AnOpenScopeOutlastsASetting) {
 TEST(IoMode, AScopeOfAnotherThreadDoesNotBreakTheMode) {
   PlainKernelSetIoMode(7);
   std::array<char, 120> scope;
-  ASSERT_EQ(KernelIoModeFill(scope.data(), 120, 3, 0), 1);
+  ASSERT_EQ(KernelIoModeFill(scope.data(), 120, 3, 0), StatusOk);
   std::thread([&scope] { KernelIoModeSwap(scope.data(), 0, 0); }).join();
   KernelIoModeSwap(scope.data(), 0, 0);
   EXPECT_EQ(KernelIoModeGet(), 7);

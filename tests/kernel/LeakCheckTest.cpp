@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "Scratch.h"
+#include "TarnPst.h"
 
 namespace tarn::test {
 namespace {
@@ -51,7 +52,7 @@ TEST(LeakCheck, TellsHandlesAndTemporaryFiles) {
   static LeakCheck check;
   check.OnTestStart(ThisTest());
   char16_t name[264];
-  ASSERT_EQ(KernelTempFileName(nullptr, name, 264, 1, u"pst", nullptr), 1);
+  ASSERT_EQ(KernelTempFileName(nullptr, name, 264, 1, u"pst", nullptr), StatusOk);
   EXPECT_NONFATAL_FAILURE(check.OnTestEnd(ThisTest()), "1 temporary files");
   const uint64_t handle = KernelFileOpen(name, KERNEL_OPEN_READ, KERNEL_OPEN_MODE);
   KernelDeleteFile(name);
@@ -72,10 +73,10 @@ TEST(LeakCheck, ResetsEveryControl) {
   KernelFree(KernelAlloc(1, 1, 1, nullptr), 1, nullptr);
   EXPECT_EQ(KernelGetLanguage(), 0x0409U);
   EXPECT_EQ(KernelIoModeGet(), 0);
-  EXPECT_EQ(KernelMemoryReport(KERNEL_MEMORY_WANT, 1, 0), 1);
+  EXPECT_EQ(KernelMemoryReport(KERNEL_MEMORY_WANT, 1, 0), StatusOk);
   KernelMemoryReport(KERNEL_MEMORY_RETURN, 1, 0);
   char16_t name[264];
-  EXPECT_EQ(KernelTempFileName(nullptr, name, 264, 1, u"pst", nullptr), 1);
+  EXPECT_EQ(KernelTempFileName(nullptr, name, 264, 1, u"pst", nullptr), StatusOk);
   KernelDeleteFile(name);
 }
 

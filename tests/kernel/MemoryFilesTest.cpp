@@ -4,6 +4,7 @@
 #include <string>
 
 #include "Scratch.h"
+#include "TarnPst.h"
 #include "Tarnbase/PlainKernel.h"
 
 namespace tarn::test {
@@ -38,7 +39,7 @@ class MemoryFiles : public ::testing::Test {
     KernelFileClose(handle_);
     void* block = nullptr;
     uint64_t length = 0;
-    EXPECT_EQ(KernelMemFileClose(state_, &block, &length, &capacity_), 1);
+    EXPECT_EQ(KernelMemFileClose(state_, &block, &length, &capacity_), StatusOk);
     EXPECT_GE(capacity_, length);
     std::string bytes(static_cast<const char*>(block), length);
     KernelFree(block, 2, kHere);
@@ -98,7 +99,7 @@ TEST_F(MemoryFiles, StayInAGivenBlockThatHasRoom) {
   KernelFileClose(handle_);
   void* block = nullptr;
   uint64_t length = 0;
-  ASSERT_EQ(KernelMemFileClose(state_, &block, &length, &capacity_), 1);
+  ASSERT_EQ(KernelMemFileClose(state_, &block, &length, &capacity_), StatusOk);
   EXPECT_EQ(block, given_);
   EXPECT_EQ(length, 4U);
   EXPECT_EQ(capacity_, 4U);
@@ -118,7 +119,7 @@ TEST_F(MemoryFiles, FillAGapWithZeros) {
 TEST_F(MemoryFiles, FillAGapInsideTheCapacityWithZeros) {
   given_ = static_cast<char*>(KernelAlloc(8, 1, 1, kHere));
   std::memcpy(given_, "ab######", 8);
-  ASSERT_EQ(KernelMemFileOpen(&handle_, &state_, KERNEL_MEMFILE_FILLED, given_, 2, 8), 1);
+  ASSERT_EQ(KernelMemFileOpen(&handle_, &state_, KERNEL_MEMFILE_FILLED, given_, 2, 8), StatusOk);
   EXPECT_EQ(Seek(5, KERNEL_SEEK_START), 5U);
   EXPECT_EQ(Read(1), "");
   EXPECT_EQ(Write("z"), 1U);
@@ -188,7 +189,7 @@ TEST_F(MemoryFiles, AnEmptyFileThatWasNeverWrittenHasNoBlock) {
   void* block = &handle_;
   uint64_t length = 9;
   uint64_t capacity = 9;
-  ASSERT_EQ(KernelMemFileClose(state_, &block, &length, &capacity), 1);
+  ASSERT_EQ(KernelMemFileClose(state_, &block, &length, &capacity), StatusOk);
   EXPECT_EQ(block, nullptr);
   EXPECT_EQ(length, 0U);
   EXPECT_EQ(capacity, 0U);
@@ -199,7 +200,7 @@ TEST_F(MemoryFiles, DiscardingFreesABlockOfTheFilesOwn) {
   EXPECT_EQ(Write("abc"), 3U);
   KernelFileClose(handle_);
   EXPECT_EQ(Usage().liveBlocks, 1U);
-  EXPECT_EQ(KernelMemFileClose(state_, nullptr, nullptr, nullptr), 1);
+  EXPECT_EQ(KernelMemFileClose(state_, nullptr, nullptr, nullptr), StatusOk);
   EXPECT_EQ(Usage().liveBlocks, 0U);
 }
 
@@ -207,19 +208,19 @@ TEST_F(MemoryFiles, DiscardingLeavesAGivenBlockThatDidNotMove) {
   ASSERT_EQ(OpenFilled("abc", 3), 1);
   EXPECT_EQ(Write("X"), 1U);
   KernelFileClose(handle_);
-  EXPECT_EQ(KernelMemFileClose(state_, nullptr, nullptr, nullptr), 1);
+  EXPECT_EQ(KernelMemFileClose(state_, nullptr, nullptr, nullptr), StatusOk);
   EXPECT_EQ(std::memcmp(given_, "Xbc", 3), 0);
   KernelFree(given_, 2, kHere);
 }
 
-// A large enough growth always moves: the block in front of a fresh small one cannot reach so far.
+// A large enough growth always moves: the block before a fresh small one cannot reach so far.
 TEST_F(MemoryFiles, DiscardingFreesAGivenBlockThatMoved) {
   ASSERT_EQ(OpenFilled("abc", 3), 1);
   EXPECT_EQ(Seek(50000000, KERNEL_SEEK_START), 50000000U);
   EXPECT_EQ(Write("z"), 1U);
   KernelFileClose(handle_);
   EXPECT_EQ(Usage().liveBlocks, 1U);
-  EXPECT_EQ(KernelMemFileClose(state_, nullptr, nullptr, nullptr), 1);
+  EXPECT_EQ(KernelMemFileClose(state_, nullptr, nullptr, nullptr), StatusOk);
   EXPECT_EQ(Usage().liveBlocks, 0U);
 }
 
@@ -228,13 +229,13 @@ TEST_F(MemoryFiles, CountAsOpenUntilTheyAreEnded) {
   EXPECT_EQ(Usage().openHandles, 1U);
   KernelFileClose(handle_);
   EXPECT_EQ(Usage().openHandles, 1U);
-  EXPECT_EQ(KernelMemFileClose(state_, nullptr, nullptr, nullptr), 1);
+  EXPECT_EQ(KernelMemFileClose(state_, nullptr, nullptr, nullptr), StatusOk);
   EXPECT_EQ(Usage().openHandles, 0U);
 }
 
 TEST_F(MemoryFiles, EndingClosesTheHandle) {
   ASSERT_EQ(OpenFilled("abc", 3), 1);
-  EXPECT_EQ(KernelMemFileClose(state_, nullptr, nullptr, nullptr), 1);
+  EXPECT_EQ(KernelMemFileClose(state_, nullptr, nullptr, nullptr), StatusOk);
   EXPECT_EQ(Read(1), "");
   EXPECT_EQ(Write("x"), 0U);
   EXPECT_EQ(Seek(0, KERNEL_SEEK_START), UINT64_MAX);
@@ -246,7 +247,7 @@ TEST_F(MemoryFiles, AStateEndsOnce) {
   ASSERT_EQ(OpenEmpty(), 1);
   KernelFileClose(handle_);
   void* block = &handle_;
-  EXPECT_EQ(KernelMemFileClose(state_, nullptr, nullptr, nullptr), 1);
+  EXPECT_EQ(KernelMemFileClose(state_, nullptr, nullptr, nullptr), StatusOk);
   EXPECT_NE(KernelMemFileClose(state_, &block, nullptr, nullptr), 1);
   EXPECT_NE(KernelMemFileClose(nullptr, &block, nullptr, nullptr), 1);
   EXPECT_NE(KernelMemFileClose(&handle_, &block, nullptr, nullptr), 1);
@@ -257,13 +258,13 @@ TEST_F(MemoryFiles, SeveralAreIndependent) {
   ASSERT_EQ(OpenEmpty(), 1);
   uint64_t other = 0;
   void* otherState = nullptr;
-  ASSERT_EQ(KernelMemFileOpen(&other, &otherState, KERNEL_MEMFILE_EMPTY, nullptr, 0, 0), 1);
+  ASSERT_EQ(KernelMemFileOpen(&other, &otherState, KERNEL_MEMFILE_EMPTY, nullptr, 0, 0), StatusOk);
   EXPECT_NE(other, handle_);
   EXPECT_NE(otherState, state_);
   EXPECT_EQ(Write("one"), 3U);
   EXPECT_EQ(KernelFileWrite(other, "two", 3), 3U);
   KernelFileClose(other);
-  EXPECT_EQ(KernelMemFileClose(otherState, nullptr, nullptr, nullptr), 1);
+  EXPECT_EQ(KernelMemFileClose(otherState, nullptr, nullptr, nullptr), StatusOk);
   EXPECT_EQ(End(), "one");
 }
 
@@ -273,21 +274,25 @@ TEST_F(MemoryFiles, RefuseWhatIsNoMemoryFile) {
   const auto open = [&](int32_t mode, void* block, uint64_t length, uint64_t capacity) {
     return KernelMemFileOpen(&handle_, &state_, mode, block, length, capacity);
   };
-  EXPECT_EQ(open(KERNEL_MEMFILE_EMPTY + 1, given_, 0, 4), -1490);
-  EXPECT_EQ(open(KERNEL_MEMFILE_EMPTY, given_, 1, 4), -1490);    // filled after all
-  EXPECT_EQ(open(KERNEL_MEMFILE_FILLED, given_, 5, 4), -1490);   // fuller than full
-  EXPECT_EQ(open(KERNEL_MEMFILE_FILLED, given_, 1, 5), -1490);   // larger than the block
-  EXPECT_EQ(open(KERNEL_MEMFILE_FILLED, local, 1, 8), -1490);    // no block of the kernel
-  EXPECT_EQ(open(KERNEL_MEMFILE_FILLED, nullptr, 0, 5), -1490);  // no block at all
-  EXPECT_EQ(KernelMemFileOpen(nullptr, &state_, KERNEL_MEMFILE_EMPTY, nullptr, 0, 0), -1490);
-  EXPECT_EQ(KernelMemFileOpen(&handle_, nullptr, KERNEL_MEMFILE_EMPTY, nullptr, 0, 0), -1490);
+  EXPECT_EQ(open(KERNEL_MEMFILE_EMPTY + 1, given_, 0, 4), StatusCreateFailed);
+  EXPECT_EQ(open(KERNEL_MEMFILE_EMPTY, given_, 1, 4), StatusCreateFailed);   // filled after all
+  EXPECT_EQ(open(KERNEL_MEMFILE_FILLED, given_, 5, 4), StatusCreateFailed);  // fuller than full
+  EXPECT_EQ(open(KERNEL_MEMFILE_FILLED, given_, 1, 5),
+            StatusCreateFailed);  // larger than the block
+  EXPECT_EQ(open(KERNEL_MEMFILE_FILLED, local, 1, 8),
+            StatusCreateFailed);  // no block of the kernel
+  EXPECT_EQ(open(KERNEL_MEMFILE_FILLED, nullptr, 0, 5), StatusCreateFailed);  // no block at all
+  EXPECT_EQ(KernelMemFileOpen(nullptr, &state_, KERNEL_MEMFILE_EMPTY, nullptr, 0, 0),
+            StatusCreateFailed);
+  EXPECT_EQ(KernelMemFileOpen(&handle_, nullptr, KERNEL_MEMFILE_EMPTY, nullptr, 0, 0),
+            StatusCreateFailed);
   EXPECT_EQ(Usage().openHandles, 0U);
   KernelFree(given_, 2, kHere);
 }
 
 TEST_F(MemoryFiles, TakeAnEmptyBlockWithRoom) {
   given_ = static_cast<char*>(KernelAlloc(4, 1, 1, kHere));
-  ASSERT_EQ(KernelMemFileOpen(&handle_, &state_, KERNEL_MEMFILE_EMPTY, given_, 0, 4), 1);
+  ASSERT_EQ(KernelMemFileOpen(&handle_, &state_, KERNEL_MEMFILE_EMPTY, given_, 0, 4), StatusOk);
   EXPECT_EQ(Write("abcd"), 4U);
   EXPECT_EQ(std::memcmp(given_, "abcd", 4), 0);
   EXPECT_EQ(End(), "abcd");

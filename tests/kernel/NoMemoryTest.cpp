@@ -7,6 +7,7 @@
 #include "AllocationFaults.h"
 #include "FilesFixture.h"
 #include "RawFilesFixture.h"
+#include "TarnPst.h"
 #include "TempNamesFixture.h"
 
 namespace tarn::test {
@@ -76,13 +77,13 @@ TEST_F(TempNames, WithoutMemoryNothingIsMade) {
   int32_t status = 0;
   const int failures = FailEachAllocation([&] { status = Make(root.c_str(), u"pst", u"html"); },
                                           [&] {
-                                            EXPECT_EQ(status, -1490);
+                                            EXPECT_EQ(status, StatusCreateFailed);
                                             EXPECT_EQ(Entries(), 0U);
                                             EXPECT_EQ(Usage().temporaryFiles, 0U);
                                             EXPECT_EQ(name_[0], u'#');
                                           });
   EXPECT_GE(failures, 4);
-  EXPECT_EQ(status, 1);
+  EXPECT_EQ(status, StatusOk);
   Delete();
 }
 

@@ -43,7 +43,7 @@ TEST(Ordinals, AreTheNumbersOnceGiven) {
     std::smatch parts;
     ASSERT_TRUE(std::regex_match(statements[i], parts, row)) << statements[i];
     const auto number = static_cast<uint32_t>(std::stoul(parts[2]));
-    EXPECT_TRUE(found.emplace(parts[1], number).second) << parts[1] << " stands there twice";
+    EXPECT_TRUE(found.emplace(parts[1], number).second) << parts[1] << " is there twice";
   }
   std::map<std::string, uint32_t> expected;
   for (const Ordinal& row_ : Ordinals()) expected.emplace(row_.name, row_.number);

@@ -1,5 +1,5 @@
 // RandomDraws.h - the random numbers that the kernel draws, as a test wants them: collisions of
-// names cannot be had otherwise. Stands between the kernel and the system.
+// names cannot be had otherwise. Sits between the kernel and the system.
 #ifndef TARN_TESTS_KERNEL_RANDOMDRAWS_H
 #define TARN_TESTS_KERNEL_RANDOMDRAWS_H
 

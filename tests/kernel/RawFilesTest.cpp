@@ -116,7 +116,7 @@ TEST_F(RawFiles, AreNoDirectories) {
   EXPECT_TRUE(Exists("dir"));
 }
 
-// Some systems take such a path for the file in front of the separator, and some for nothing at
+// Some systems take such a path for the file before the separator, and some for nothing at
 // all.
 TEST_F(RawFiles, APathWithNoNameAtItsEndIsNoFile) {
   Make(WidePathOf("keep"), "bytes");

@@ -1,4 +1,4 @@
-// Scratch.h - a directory of a test's own, and what stands in it as the system sees it.
+// Scratch.h - a directory of a test's own, and what is in it as the system sees it.
 #ifndef TARN_TESTS_KERNEL_SCRATCH_H
 #define TARN_TESTS_KERNEL_SCRATCH_H
 

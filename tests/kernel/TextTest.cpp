@@ -113,7 +113,7 @@ TEST(Text, MalformedUtf8GivesNothing) {
   for (const std::string& sequence : malformed) {
     EXPECT_EQ(ToWide(sequence), u"") << ::testing::PrintToString(sequence);
     EXPECT_EQ(ToWide("before " + sequence), u"") << ::testing::PrintToString(sequence);
-    EXPECT_EQ(ToWide(sequence + " and a long ASCII run behind"), u"");
+    EXPECT_EQ(ToWide(sequence + " and a long ASCII run after it"), u"");
   }
 }
 

@@ -1,4 +1,4 @@
-// The command line itself: help, version, wrong usage, where options may stand.
+// The command line itself: help, version, wrong usage, where options may be.
 
 #include <algorithm>
 

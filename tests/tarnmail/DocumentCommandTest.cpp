@@ -10,7 +10,7 @@ namespace {
 
 using DocumentCommand = TarnmailTest;
 
-// From memory an HTML document has its terminator and one more zero byte behind it, a text its
+// From memory an HTML document has its terminator and one more zero byte after it, a text its
 // terminator.
 const std::string kHtmlEnd(2, '\0');
 const std::string kTextEnd(1, '\0');

@@ -90,7 +90,7 @@ inline const std::string kJapaneseDocument =
     "よろしくお願いいたします。\r\n"
     "山田\r\n";
 
-// The mark of 7-bit content stands in front of the header rows.
+// The mark of 7-bit content comes before the header rows.
 inline const std::string kSevenBitDocument =
     "+/vFrom:   \tAda Brown <ada@example.com>\r\n"
     "To:     \tBen Carter <ben@example.org>\r\n"

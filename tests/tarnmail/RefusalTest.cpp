@@ -48,7 +48,7 @@ TEST_F(Refusal, NamesTheFieldsThatAMailLacks) {
             "the mail has no From line and no recipient (To, Cc or Bcc) (-9)");
   EXPECT_EQ(reasonOfAll("Subject: Nothing else\r\n" + kText),
             "the mail has no From line, no Date line and no recipient (To, Cc or Bcc) (-9)");
-  // What stands after the first empty line is no header.
+  // What comes after the first empty line is no header.
   EXPECT_EQ(reasonOfAll(kFrom + kTo + kText + kDate), "the mail has no Date line (-9)");
   // The first empty line with CR LF is the first one, if there is any.
   output({"document", mail("From: a\nTo: b\n\nDate: c\r\n\r\n")});

@@ -1,4 +1,4 @@
-// A filter whose answers are told by the file: its text is one of the words below. Behind "!BDN " a
+// A filter whose answers are told by the file: its text is one of the words below. After "!BDN " a
 // word means the same, in a file that begins like a store.
 //
 //   throw TEXT     a damaged store: a std::runtime_error

@@ -7,23 +7,43 @@
 #include <set>
 #include <string>
 
+#include "TarnPst.h"
+
 namespace tarn::host {
 namespace {
 
 TEST(StatusText, NamesMeaningAndNumber) {
-  EXPECT_EQ(StatusText(-9),
+  EXPECT_EQ(StatusText(StatusNotSupported),
             "not a mail file the filter takes, or one without a body it can show (-9)");
-  EXPECT_EQ(StatusText(-7), "shorter than 12 bytes, or a read came short (-7)");
-  EXPECT_EQ(StatusText(0),
+  EXPECT_EQ(StatusText(StatusReadFailed), "shorter than 12 bytes, or a read came short (-7)");
+  EXPECT_EQ(StatusText(StatusFailed),
             "an attachment's name or property is not valid UTF-8, or an inline image is too small "
             "for a data: URL (0)");
-  EXPECT_EQ(StatusText(2), "the message ended early (2)");
+  EXPECT_EQ(StatusText(StatusDone), "the message ended early (2)");
 }
 
 TEST(StatusText, HasAMeaningOfItsOwnForEachResult) {
   std::set<std::string> meanings;
-  for (int status : {2,   0,    -1,   -4,    -5,    -7,    -9,    -10,   -13,   -14,
-                     -74, -290, -814, -1488, -1490, -1778, -1851, -1860, -1863, -1935}) {
+  for (int32_t status : {StatusDone,
+                         StatusFailed,
+                         StatusOutOfMemory,
+                         StatusSeekFailed,
+                         StatusWriteFailed,
+                         StatusReadFailed,
+                         StatusNotSupported,
+                         StatusOpenFailed,
+                         StatusBadArgument,
+                         StatusMsgOpenFailed,
+                         StatusTimeFailed,
+                         StatusPathOverflow,
+                         StatusNullArgument,
+                         StatusPathFromUtf8Failed,
+                         StatusCreateFailed,
+                         StatusPathTooLong,
+                         StatusPathToUtf8Failed,
+                         StatusListIndex,
+                         StatusSiblingRefused,
+                         StatusSlotConflict}) {
     const std::string text = StatusText(status);
     const std::string number = " (" + std::to_string(status) + ")";
     ASSERT_GT(text.size(), number.size());
@@ -40,7 +60,7 @@ TEST(StatusText, SaysSoWhenANumberMeansNothing) {
 }
 
 TEST(SiblingRefusalText, NamesBothCodes) {
-  EXPECT_EQ(SiblingRefusalText(-7),
+  EXPECT_EQ(SiblingRefusalText(StatusReadFailed),
             "the document could not be taken over: shorter than 12 bytes, or a read came short "
             "(-1863, -7)");
 }

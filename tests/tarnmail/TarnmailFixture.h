@@ -21,7 +21,7 @@ class TarnmailTest : public ::testing::Test {
   TarnmailTest();
 
   // Runs tarnmail in `directory_`. Whatever it was asked, it must leave no temporary file and no
-  // kernel block behind; it writes nothing to standard error when it succeeds, and one line there
+  // kernel block; it writes nothing to standard error when it succeeds, and one line there
   // and nothing to standard output when it fails.
   ProgramResult run(const std::vector<std::string>& arguments,
                     StandardOutput standardOutput = StandardOutput::Captured);

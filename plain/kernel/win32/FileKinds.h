@@ -1,4 +1,4 @@
-// FileKinds.h - what kind of thing an open handle or a record of attributes stands for.
+// FileKinds.h - what kind of file a handle or a record of attributes belongs to.
 #ifndef TARN_KERNEL_WIN32_FILEKINDS_H
 #define TARN_KERNEL_WIN32_FILEKINDS_H
 

@@ -1,4 +1,4 @@
-// Lock.h - a lock that stands ready before any constructor has run and after every destructor: the
+// Lock.h - a lock that is ready before any constructor has run and after every destructor: the
 // host may call the kernel while the process starts and ends. The runtime's std::mutex is neither,
 // and allocates when it is first taken.
 #ifndef TARN_KERNEL_LOCK_H

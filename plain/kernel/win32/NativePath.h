@@ -25,12 +25,12 @@ std::u16string FullPath(const std::u16string& path);
 // A path that the host gave: one that begins with "\\?\" or "\\.\" is the host's own business.
 std::u16string HostPath(const std::string& path);
 
-// Without a prefix "\\?\" in front of a drive, or "\\?\UNC\" in front of a server: what has a
+// Without a prefix "\\?\" before a drive, or "\\?\UNC\" before a server: what has a
 // name without it too.
 std::string WithoutVerbatimPrefix(const std::string& path);
 
 // A path of a temporary file: a prefix "\\?\" is taken off, so that the usual rules of names hold
-// behind it too.
+// after it too.
 std::u16string TemporaryPath(const std::string& path);
 
 }  // namespace tarn::kernel

@@ -34,7 +34,7 @@ std::string_view WithoutEnd(std::string_view component, std::string_view charact
   return component.substr(0, last == std::string_view::npos ? 0 : last + 1);
 }
 
-// All of them at the end of the path, where no separator stands behind them.
+// All of them at the end of the path, where no separator follows.
 std::string_view WithoutPathEnd(std::string_view path) { return WithoutEnd(path, ". "); }
 
 // Of a component before another one a single period only: "a.." and "a " have names of their own.
@@ -43,7 +43,7 @@ std::string_view WithoutPeriod(std::string_view component) {
   return component.substr(0, component.size() - (single ? 1 : 0));
 }
 
-// Two or more periods, whatever blanks stand among them: which of these lead up, and which are
+// Two or more periods, whatever blanks are among them: which of these lead up, and which are
 // nothing, differs between the versions of the system.
 bool IsClimbing(std::string_view component) {
   return component.find_first_not_of(". ") == std::string_view::npos &&

@@ -94,7 +94,7 @@ class NativeFile final : public OpenFile {
 
 // A file for writing, made, or emptied once `wanted` has taken it. It is not opened so as to be
 // emptied at once: that fails on hidden files and on those of the system. A file just made is empty
-// already, so emptying never leaves a new file behind when it fails.
+// already, so a new file never stays when emptying fails.
 template <typename Predicate>
 std::shared_ptr<OpenFile> OpenEmpty(const std::u16string& path, DWORD access, DWORD flags,
                                     Predicate wanted) {

@@ -1,4 +1,4 @@
-// FinalPath.h - the name of a file behind all links.
+// FinalPath.h - the name of a file once all links are followed.
 #ifndef TARN_TARNMAIL_WIN32_FINALPATH_H
 #define TARN_TARNMAIL_WIN32_FINALPATH_H
 

@@ -1,6 +1,6 @@
 // Johab.h - the pairs of code page 1361 by calculation.
 //
-// Below 0xD8 a pair is a syllable block of three 5-bit codes behind a set top bit:
+// Below 0xD8 a pair is a syllable block of three 5-bit codes after a set top bit:
 //
 //   1 iiiii mmmmm fffff     initial consonant, medial vowel, final consonant
 //
@@ -15,7 +15,7 @@
 
 namespace tarn::platform {
 
-// A pair of Johab stands for a unit, for a pair of page 949, or for nothing: then both are 0.
+// A pair of Johab means a unit, a pair of page 949, or nothing: then both are 0.
 struct JohabMeaning {
   char16_t unit = 0;
   uint16_t wansungPair = 0;

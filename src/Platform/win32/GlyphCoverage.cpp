@@ -30,7 +30,7 @@ class FontSelection {
   HGDIOBJ before_;
 };
 
-// Behind all caches Uniscribe has one list of fonts, which Wine (8.0) walks without a lock.
+// All caches share Uniscribe's one list of fonts, which Wine (8.0) walks without a lock.
 SRWLOCK uniscribe = SRWLOCK_INIT;
 
 // What Uniscribe keeps of a font from call to call. One at a time.

@@ -1,7 +1,7 @@
 // LongPaths.h - paths as the system's calls take them, however long they are.
 //
 // The system takes long paths only when they are full and carry the prefix "\\?\": files from 260
-// units on (MAX_PATH), directories from 248 on, since a short file name is to fit behind them.
+// units on (MAX_PATH), directories from 248 on, since a short file name must fit after them.
 // Paths whose full form has 248 units or more get the prefix, so that their length fails only at
 // the limits that it leaves: 32,767 units, and 255 in one component.
 //
@@ -22,7 +22,7 @@ inline constexpr std::wstring_view kDevicePrefix = L"\\\\.\\";
 // system cannot, and for an empty path.
 std::wstring FullPath(const std::wstring& path);
 
-// `path` as it stands, or `fullPath`, which is its full form, with the prefix if it needs that.
+// `path` as it is, or `fullPath`, which is its full form, with the prefix if it needs that.
 std::wstring WithLongPrefix(std::wstring_view path, std::wstring_view fullPath);
 
 // The path for a call of the system.

@@ -10,7 +10,7 @@ thread_local bool failed = false;
 
 }  // namespace
 
-// Stand in front of the runtime's, for the kernel too.
+// Take the place of the runtime's, for the kernel too.
 void* operator new(std::size_t size) {
   if (allocationsToGo > 0 && --allocationsToGo == 0) {
     failed = true;

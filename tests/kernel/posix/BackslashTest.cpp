@@ -12,9 +12,9 @@ namespace {
 // "\\" is an ordinary character of names here, and a separator for those who write it as one.
 TEST_F(Files, ABackslashIsPartOfTheNameWhereSuchAFileExists) {
   std::filesystem::create_directory(NativePathOf("dir"));
-  Put("dir\\name", "as it stands");
+  Put("dir\\name", "as it is");
   Put("dir/name", "in the directory");
-  EXPECT_EQ(ReadAll(Open("dir\\name")), "as it stands");
+  EXPECT_EQ(ReadAll(Open("dir\\name")), "as it is");
   std::filesystem::remove(NativePathOf("dir\\name"));
   EXPECT_EQ(ReadAll(Open("dir\\name")), "in the directory");
 }

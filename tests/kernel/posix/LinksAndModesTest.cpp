@@ -7,6 +7,7 @@
 
 #include "RandomDraws.h"
 #include "RawFilesFixture.h"
+#include "TarnPst.h"
 #include "TempNamesFixture.h"
 #include "support/Environment.h"
 
@@ -84,7 +85,7 @@ TEST_F(RawFiles, AreRegularFiles) {
 }
 
 TEST_F(TempNames, TheFileIsForItsOwnerAlone) {
-  ASSERT_EQ(MakeIn(Root(), u"html"), 1);
+  ASSERT_EQ(MakeIn(Root(), u"html"), StatusOk);
   EXPECT_EQ(ModeOf(Narrow(name_.data())), 0600U);
   Delete();
 }
@@ -92,7 +93,7 @@ TEST_F(TempNames, TheFileIsForItsOwnerAlone) {
 TEST_F(TempNames, ALinkInTheWayIsACollisionToo) {
   std::filesystem::create_symlink(NativePathOf("elsewhere"), PathOf("pstaaaaaaaaaaaaaaaa"));
   GiveZeros(1);
-  ASSERT_EQ(MakeIn(Root()), 1);
+  ASSERT_EQ(MakeIn(Root()), StatusOk);
   EXPECT_FALSE(Exists("elsewhere"));
   Delete();
 }
@@ -100,7 +101,7 @@ TEST_F(TempNames, ALinkInTheWayIsACollisionToo) {
 TEST_F(TempNames, TheSystemsDirectoryIsTmpUnlessNamed) {
   for (const char* const value : {static_cast<const char*>(nullptr), "", "/tmp/\xFF"}) {
     const ScopedVariable variable(kTempVariable, value);
-    ASSERT_EQ(Make(nullptr, u"pst", nullptr), 1);
+    ASSERT_EQ(Make(nullptr, u"pst", nullptr), StatusOk);
     EXPECT_EQ(Frame(8), "/tmp/pst*");
     Delete();
   }

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "RawFilesFixture.h"
+#include "TarnPst.h"
 #include "TempNamesFixture.h"
 #include "support/Environment.h"
 
@@ -135,7 +136,7 @@ TEST_F(NamesBelowTemp, TheDirectoryItselfMayBeReachedByLinks) {
   Link("private/tmp", "tmp");
   const std::string byLink = PathOf("tmp");
   const auto expectUsable = [&] {
-    ASSERT_EQ(Make(nullptr, u"pst", u"html"), 1);
+    ASSERT_EQ(Make(nullptr, u"pst", u"html"), StatusOk);
     EXPECT_EQ(Frame(byLink.size() + 4), byLink + "/pst*.html");
     const uint64_t handle = KernelRawFileCreate(name_.data(), 0);
     ASSERT_NE(handle, KERNEL_BAD_HANDLE);
@@ -161,13 +162,13 @@ TEST_F(NamesBelowTemp, ARelativeDirectoryServesToo) {
   Link("victim", "temp/link");
   fs::current_path(NativePathOf("."));
   PlainKernelSetTempDirectory(u"temp");
-  EXPECT_EQ(Make(nullptr, u"pst", nullptr), 1);
+  EXPECT_EQ(Make(nullptr, u"pst", nullptr), StatusOk);
   EXPECT_EQ(Frame(8), "temp/pst*");
   Delete();
-  EXPECT_EQ(Make(u"temp/link", u"pst", nullptr), -1490);
+  EXPECT_EQ(Make(u"temp/link", u"pst", nullptr), StatusCreateFailed);
   PlainKernelSetTempDirectory(u".");
-  EXPECT_EQ(Make(u"temp/link", u"pst", nullptr), -1490);
-  EXPECT_EQ(Make(u"./temp", u"pst", nullptr), 1);
+  EXPECT_EQ(Make(u"temp/link", u"pst", nullptr), StatusCreateFailed);
+  EXPECT_EQ(Make(u"./temp", u"pst", nullptr), StatusOk);
   Delete();
   fs::current_path(before);
   EXPECT_EQ(std::distance(fs::directory_iterator(NativePathOf("temp")), {}), 1);
@@ -176,7 +177,7 @@ TEST_F(NamesBelowTemp, ARelativeDirectoryServesToo) {
 // One that only lets its owner pass and make files, as drop boxes do.
 TEST_F(NamesBelowTemp, TheDirectoryNeedNotBeReadable) {
   ASSERT_EQ(::chmod(PathOf("temp").c_str(), 0300), 0);
-  EXPECT_EQ(Make(nullptr, u"pst", nullptr), 1);
+  EXPECT_EQ(Make(nullptr, u"pst", nullptr), StatusOk);
   Delete();
   ASSERT_EQ(::chmod(PathOf("temp").c_str(), 0700), 0);
   EXPECT_TRUE(fs::is_empty(NativePathOf("temp")));

@@ -13,7 +13,7 @@ std::atomic<int> zeroDraws{0};
 
 }  // namespace
 
-// Stands in front of the C library's, for the kernel too.
+// Takes the place of the C library's, for the kernel too.
 extern "C" __attribute__((visibility("default"))) ssize_t getrandom(void* buffer, size_t length,
                                                                     unsigned flags) {
   if (zeroDraws.load() > 0) {

@@ -1,4 +1,4 @@
-// KernelImports.h - stands between the kernel and the system: a function of a test's own in the
+// KernelImports.h - sits between the kernel and the system: a function of a test's own in the
 // place of one that the loaded kernel imports.
 #ifndef TARN_TESTS_KERNEL_WIN32_KERNELIMPORTS_H
 #define TARN_TESTS_KERNEL_WIN32_KERNELIMPORTS_H

@@ -1,7 +1,7 @@
 #include "RandomDraws.h"
 
 #include <windows.h>
-// Behind the header that it builds on.
+// After the header that it builds on.
 #include <bcrypt.h>
 
 #include <atomic>

@@ -8,6 +8,7 @@
 #include "FileKinds.h"
 #include "RandomDraws.h"
 #include "RawFilesFixture.h"
+#include "TarnPst.h"
 #include "TempNamesFixture.h"
 #include "support/Environment.h"
 
@@ -193,11 +194,11 @@ TEST_F(RawFiles, LongNamesBehindThePrefixFollowTheUsualRules) {
 
 TEST_F(TempNames, LeadToNoStreamAndNoDevice) {
   const std::u16string root = Widen(Root());
-  EXPECT_EQ(Make(root.c_str(), u"a:", nullptr), -1490);
-  EXPECT_EQ(Make(root.c_str(), u"pst", u"x:y"), -1490);
-  EXPECT_EQ(Make(root.c_str(), u"NUL.", nullptr), -1490);
-  EXPECT_EQ(Make(root.c_str(), u"pst", u"?"), -1490);
-  EXPECT_EQ(Make(u"\\\\.\\pipe", u"pst", nullptr), -1490);
+  EXPECT_EQ(Make(root.c_str(), u"a:", nullptr), StatusCreateFailed);
+  EXPECT_EQ(Make(root.c_str(), u"pst", u"x:y"), StatusCreateFailed);
+  EXPECT_EQ(Make(root.c_str(), u"NUL.", nullptr), StatusCreateFailed);
+  EXPECT_EQ(Make(root.c_str(), u"pst", u"?"), StatusCreateFailed);
+  EXPECT_EQ(Make(u"\\\\.\\pipe", u"pst", nullptr), StatusCreateFailed);
   EXPECT_EQ(Entries(), 0U);
   EXPECT_EQ(Usage().temporaryFiles, 0U);
 }
@@ -210,13 +211,13 @@ bool Opens(const char16_t* path) {
   return true;
 }
 
-// With the prefix, the system takes what stands behind it letter by letter; the kernel does not.
+// With the prefix, the system takes what follows letter by letter; the kernel does not.
 TEST_F(TempNames, BehindThePrefixADirectoryOfAnySpellingGivesNamesThatOpen) {
   std::filesystem::create_directory(NativePathOf("dir"));
   const std::u16string root = Native(Root()).make_preferred().u16string();
   for (const std::u16string end :
        {u"\\dir", u"\\dir\\", u"/dir", u"\\.\\dir", u"\\dir.", u"\\\\dir"}) {
-    ASSERT_EQ(Make((u"\\\\?\\" + root + end).c_str(), u"pst", nullptr), 1) << Narrow(end);
+    ASSERT_EQ(Make((u"\\\\?\\" + root + end).c_str(), u"pst", nullptr), StatusOk) << Narrow(end);
     EXPECT_TRUE(Opens(name_.data())) << Narrow(name_.data());
     EXPECT_TRUE(std::u16string(name_.data()).starts_with(root + end));
     Delete();
@@ -229,7 +230,7 @@ TEST_F(TempNames, BehindThePrefixALongDirectoryGivesNamesThatOpenToo) {
   std::filesystem::create_directory(NativePathOf(directory));
   const std::u16string root = u"\\\\?\\" + Native(Root()).make_preferred().u16string();
   const std::u16string given = root + u"/./" + Widen(directory);
-  ASSERT_EQ(Make(given.c_str(), std::u16string(60, u'p').c_str(), nullptr, 600), 1);
+  ASSERT_EQ(Make(given.c_str(), std::u16string(60, u'p').c_str(), nullptr, 600), StatusOk);
   EXPECT_TRUE(Opens(name_.data())) << Narrow(name_.data());
   EXPECT_TRUE(std::u16string(name_.data()).starts_with(root + u"\\" + Widen(directory) + u"\\p"));
   Delete();
@@ -238,16 +239,16 @@ TEST_F(TempNames, BehindThePrefixALongDirectoryGivesNamesThatOpenToo) {
 
 TEST_F(TempNames, AVolumeByItsOwnNameHoldsNone) {
   const char16_t* const volume = u"\\\\?\\Volume{5f1b2c3d-0000-0000-0000-100000000000}\\";
-  EXPECT_EQ(Make(volume, u"pst", nullptr), -1490);
-  EXPECT_EQ(Make(u"\\\\?\\C:", u"pst", nullptr), -1490);
+  EXPECT_EQ(Make(volume, u"pst", nullptr), StatusCreateFailed);
+  EXPECT_EQ(Make(u"\\\\?\\C:", u"pst", nullptr), StatusCreateFailed);
   PlainKernelSetTempDirectory(volume);
-  EXPECT_EQ(Make(nullptr, u"pst", nullptr), -1490);
+  EXPECT_EQ(Make(nullptr, u"pst", nullptr), StatusCreateFailed);
 }
 
 TEST_F(TempNames, ADirectoryInTheWayIsACollisionToo) {
   std::filesystem::create_directory(NativePathOf("pstaaaaaaaaaaaaaaaa"));
   GiveZeros(1);
-  ASSERT_EQ(MakeIn(Root()), 1);
+  ASSERT_EQ(MakeIn(Root()), StatusOk);
   EXPECT_EQ(ZeroDrawsLeft(), 0);
   EXPECT_EQ(Entries(), 2U);
   Delete();
@@ -256,7 +257,7 @@ TEST_F(TempNames, ADirectoryInTheWayIsACollisionToo) {
 TEST_F(TempNames, AFileOfTheSameNameInCapitalsIsACollisionToo) {
   Put("PSTAAAAAAAAAAAAAAAA", "precious");
   GiveZeros(1);
-  ASSERT_EQ(MakeIn(Root()), 1);
+  ASSERT_EQ(MakeIn(Root()), StatusOk);
   EXPECT_EQ(ZeroDrawsLeft(), 0);
   EXPECT_EQ(Get("PSTAAAAAAAAAAAAAAAA"), "precious");
   Delete();
@@ -265,14 +266,14 @@ TEST_F(TempNames, AFileOfTheSameNameInCapitalsIsACollisionToo) {
 TEST_F(TempNames, ATemporaryDirectoryIsNoFile) {
   Put("file", "");
   PlainKernelSetTempDirectory(WidePathOf("a/../file").c_str());
-  EXPECT_EQ(Make(nullptr, u"pst", nullptr), -1490);
+  EXPECT_EQ(Make(nullptr, u"pst", nullptr), StatusCreateFailed);
 }
 
 TEST_F(TempNames, TheSystemsDirectoryMayHaveAnyName) {
   const std::string directory = PathOf("\xC3\xA4 \xE2\x82\xAC");
   std::filesystem::create_directory(Native(directory));
   const ScopedVariable variable(kTempVariable, directory.c_str());
-  ASSERT_EQ(Make(nullptr, u"pst", nullptr), 1);
+  ASSERT_EQ(Make(nullptr, u"pst", nullptr), StatusOk);
   EXPECT_FALSE(std::filesystem::is_empty(Native(directory)));
   Delete();
   EXPECT_TRUE(std::filesystem::is_empty(Native(directory)));

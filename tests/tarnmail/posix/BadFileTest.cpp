@@ -1,7 +1,7 @@
 // Files that only POSIX has, and the system's own words there. Links and permissions exist on
 // Windows too, but Wine makes no links, and follows no permissions when it runs as root: there
 // win32/SystemErrorsTest.cpp has the words for a link to itself, and a file that another program
-// holds stands for one that cannot be read.
+// holds takes the place of one that cannot be read.
 
 #include "tarnmail/BadFileFixture.h"
 

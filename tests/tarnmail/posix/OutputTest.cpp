@@ -1,5 +1,5 @@
 // Places that only POSIX has, and the system's own words there. Windows has no device that is
-// always full: there a handle for reading alone stands for it. It has links, but Wine makes none:
+// always full: there a handle for reading alone takes its place. It has links, but Wine makes none:
 // win32/SystemFilesTest.cpp has what can be told of the way from a link to its file.
 
 #include "tarnmail/OutputFixture.h"

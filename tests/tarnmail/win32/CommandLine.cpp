@@ -8,7 +8,7 @@
 namespace tarn::test {
 namespace {
 
-// Quotes always; backslashes count only in front of a quote.
+// Quotes always; backslashes count only before a quote.
 std::wstring Quoted(const std::wstring& word) {
   std::wstring text = L"\"";
   size_t backslashes = 0;
