@@ -9,46 +9,38 @@
 // rest of the stretch goes to a search that is linear whatever the bytes are (TwoWaySearch.h).
 #include "Common/ByteSearch.h"
 
-#include <cstring>
-
 #include "Common/PairSearch.h"
 
 namespace tarn {
 namespace {
 
 template <typename Fold>
-const char* Find(const char* start, const char* end, std::string_view needle) {
+size_t Find(std::string_view text, std::string_view needle, size_t from) {
 #if defined(__SSE2__)
-  return search::FindByPair<search::VectorBlock, Fold>(start, end, needle);
+  return search::FindByPair<search::VectorBlock, Fold>(text, needle, from);
 #else
-  return search::FindByPair<search::WordBlock, Fold>(start, end, needle);
+  return search::FindByPair<search::WordBlock, Fold>(text, needle, from);
 #endif
+}
+
+const char* Pointer(const char* start, size_t place) {
+  return place == std::string_view::npos ? nullptr : start + place;
 }
 
 }  // namespace
 
-const char* FindBytes(const char* start, const char* end, std::string_view needle) {
-  if (needle.size() == 1) return FindByte(start, end, needle.front());
-  return Find<search::ExactBytes>(start, end, needle);
+size_t FindBytes(std::string_view text, std::string_view needle, size_t from) {
+  if (needle.size() == 1) return FindByte(text, needle.front(), from);
+  return Find<search::ExactBytes>(text, needle, from);
 }
 
-const char* FindIgnoringCase(const char* start, const char* end, std::string_view needle) {
-  return Find<search::FoldedBytes>(start, end, needle);
+size_t FindIgnoringCase(std::string_view text, std::string_view needle, size_t from) {
+  return Find<search::FoldedBytes>(text, needle, from);
 }
 
-const char* FindByte(const char* start, const char* end, char byte) {
-  if (start == end) return nullptr;
-  return static_cast<const char*>(
-      std::memchr(start, static_cast<unsigned char>(byte), static_cast<size_t>(end - start)));
-}
+size_t FindByte(std::string_view text, char byte, size_t from) { return text.find(byte, from); }
 
-bool StartsWith(const char* start, const char* end, std::string_view prefix) {
-  const std::string_view text(start, static_cast<size_t>(end - start));
-  return text.starts_with(prefix);
-}
-
-bool StartsWithIgnoringCase(const char* start, const char* end, std::string_view prefix) {
-  const std::string_view text(start, static_cast<size_t>(end - start));
+bool StartsWithIgnoringCase(std::string_view text, std::string_view prefix) {
   return EqualsIgnoringCase(text.substr(0, prefix.size()), prefix);
 }
 
@@ -60,31 +52,24 @@ bool EqualsIgnoringCase(std::string_view a, std::string_view b) {
   return true;
 }
 
-namespace {
-
-size_t Position(std::string_view text, const char* found) {
-  return found != nullptr ? static_cast<size_t>(found - text.data()) : std::string_view::npos;
+const char* FindBytes(const char* start, const char* end, std::string_view needle) {
+  return Pointer(start, FindBytes(std::string_view(start, end), needle));
 }
 
-}  // namespace
-
-size_t FindBytes(std::string_view text, std::string_view needle, size_t from) {
-  if (from > text.size()) return std::string_view::npos;
-  return Position(text, FindBytes(text.data() + from, text.data() + text.size(), needle));
+const char* FindIgnoringCase(const char* start, const char* end, std::string_view needle) {
+  return Pointer(start, FindIgnoringCase(std::string_view(start, end), needle));
 }
 
-size_t FindIgnoringCase(std::string_view text, std::string_view needle, size_t from) {
-  if (from > text.size()) return std::string_view::npos;
-  return Position(text, FindIgnoringCase(text.data() + from, text.data() + text.size(), needle));
+const char* FindByte(const char* start, const char* end, char byte) {
+  return Pointer(start, FindByte(std::string_view(start, end), byte));
 }
 
-size_t FindByte(std::string_view text, char byte, size_t from) {
-  if (from > text.size()) return std::string_view::npos;
-  return Position(text, FindByte(text.data() + from, text.data() + text.size(), byte));
+bool StartsWith(const char* start, const char* end, std::string_view prefix) {
+  return std::string_view(start, end).starts_with(prefix);
 }
 
-bool StartsWithIgnoringCase(std::string_view text, std::string_view prefix) {
-  return EqualsIgnoringCase(text.substr(0, prefix.size()), prefix);
+bool StartsWithIgnoringCase(const char* start, const char* end, std::string_view prefix) {
+  return StartsWithIgnoringCase(std::string_view(start, end), prefix);
 }
 
 }  // namespace tarn

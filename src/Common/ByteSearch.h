@@ -1,12 +1,13 @@
-// ByteSearch.h - the searches of all readers: a needle in a stretch of bytes, exactly or
-// ignoring the case of ASCII letters.
+// ByteSearch.h - the searches of all readers: a needle in a text, exactly or ignoring the case of
+// ASCII letters.
 //
-// A stretch is a half-open range [start, end) of a block that somebody else owns; no search reads
-// outside it, allocates, or fails. Cost is linear in the stretch for any needle. NUL is a byte like
-// any other. An empty needle is found nowhere, and neither is one longer than the stretch.
+// A text is bytes that somebody else owns; no search reads outside it, allocates, or fails. Cost is
+// linear in the text for any needle. NUL is a byte like any other. An empty needle is found
+// nowhere, and neither is one longer than the text.
 #ifndef TARN_COMMON_BYTESEARCH_H
 #define TARN_COMMON_BYTESEARCH_H
 
+#include <cstddef>
 #include <string_view>
 
 namespace tarn {
@@ -17,16 +18,14 @@ size_t FindIgnoringCase(std::string_view text, std::string_view needle, size_t f
 size_t FindByte(std::string_view text, char byte, size_t from = 0);
 
 bool StartsWithIgnoringCase(std::string_view text, std::string_view prefix);
+bool EqualsIgnoringCase(std::string_view a, std::string_view b);
 
-// The same with pointers: the first occurrence, or null.
+// The same for texts of two pointers, [start, end): the first occurrence, or null.
 const char* FindBytes(const char* start, const char* end, std::string_view needle);
 const char* FindIgnoringCase(const char* start, const char* end, std::string_view needle);
 const char* FindByte(const char* start, const char* end, char byte);
-
-// Do the bytes from start on, within end, begin with the prefix?
 bool StartsWith(const char* start, const char* end, std::string_view prefix);
 bool StartsWithIgnoringCase(const char* start, const char* end, std::string_view prefix);
-bool EqualsIgnoringCase(std::string_view a, std::string_view b);
 
 }  // namespace tarn
 

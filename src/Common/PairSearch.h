@@ -4,6 +4,7 @@
 
 #include <array>
 #include <bit>
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -85,38 +86,40 @@ AnchorPair ChooseAnchors(std::string_view needle) {
 template <typename Block, typename Fold>
 class PairSearch {
  public:
-  // [start, end) holds at least the needle, which is not empty.
-  PairSearch(const char* start, const char* end, std::string_view needle)
-      : PairSearch(start, end, needle, ChooseAnchors<Fold>(needle)) {}
+  // The text is at least as long as the needle, which is not empty. Looks from `from` on.
+  PairSearch(std::string_view text, std::string_view needle, size_t from)
+      : PairSearch(text, needle, from, ChooseAnchors<Fold>(needle)) {}
 
-  const char* find() {
-    uint64_t place = 0;
+  // The first occurrence, or npos.
+  size_t find() {
+    const char* const start = text_.data();
+    uint64_t place = from_;
     for (; places_ - place >= kManyPlaces; place += kManyPlaces) {
-      const uint64_t mask = block_.many(start_ + place);
+      const uint64_t mask = block_.many(start + place);
       if (mask != 0 && tryCandidates(place, mask)) return result_;
     }
     for (; places_ - place >= Block::kFewPlaces; place += Block::kFewPlaces) {
-      const uint64_t mask = block_.few(start_ + place);
+      const uint64_t mask = block_.few(start + place);
       if (mask != 0 && tryCandidates(place, mask)) return result_;
     }
     for (; place < places_; ++place) {
-      if (!anchors_.first.matches(start_ + place) || !anchors_.second.matches(start_ + place)) {
+      if (!anchors_.first.matches(start + place) || !anchors_.second.matches(start + place)) {
         continue;
       }
       if (tryCandidates(place, 1)) return result_;
     }
-    return nullptr;
+    return std::string_view::npos;
   }
 
  private:
   // What failed compares may cost: so many bytes, and as many again as the search has advanced.
   static constexpr uint64_t kFreeCompares = 1024;
 
-  PairSearch(const char* start, const char* end, std::string_view needle, AnchorPair anchors)
-      : start_(start),
-        end_(end),
+  PairSearch(std::string_view text, std::string_view needle, size_t from, AnchorPair anchors)
+      : text_(text),
         needle_(needle),
-        places_(static_cast<uint64_t>(end - start) - needle.size() + 1),
+        from_(from),
+        places_(text.size() - needle.size() + 1),
         anchors_(anchors),
         block_(anchors.first, anchors.second) {}
 
@@ -124,14 +127,14 @@ class PairSearch {
   bool tryCandidates(uint64_t place, uint64_t mask) {
     for (; mask != 0; mask &= mask - 1) {
       const uint64_t candidate = place + static_cast<uint64_t>(std::countr_zero(mask));
-      const uint64_t equal = countEqual(start_ + candidate);
+      const uint64_t equal = countEqual(text_.data() + candidate);
       if (equal == needle_.size()) {
-        result_ = start_ + candidate;
+        result_ = candidate;
         return true;
       }
       compared_ += equal + 1;
-      if (compared_ > kFreeCompares + candidate) {
-        result_ = TwoWaySearch<Fold>(needle_).find(start_ + candidate + 1, end_);
+      if (compared_ > kFreeCompares + (candidate - from_)) {
+        result_ = TwoWaySearch<Fold>(needle_).find(text_, candidate + 1);
         return true;
       }
     }
@@ -144,20 +147,22 @@ class PairSearch {
     return i;
   }
 
-  const char* start_;
-  const char* end_;
+  std::string_view text_;
   std::string_view needle_;
-  uint64_t places_;  // where the needle can begin
+  uint64_t from_;
+  uint64_t places_;  // the needle can begin at those before this one
   AnchorPair anchors_;
   Block block_;
   uint64_t compared_ = 0;  // bytes that failed compares have read
-  const char* result_ = nullptr;
+  size_t result_ = std::string_view::npos;
 };
 
 template <typename Block, typename Fold>
-const char* FindByPair(const char* start, const char* end, std::string_view needle) {
-  if (needle.empty() || static_cast<uint64_t>(end - start) < needle.size()) return nullptr;
-  return PairSearch<Block, Fold>(start, end, needle).find();
+size_t FindByPair(std::string_view text, std::string_view needle, size_t from = 0) {
+  if (needle.empty() || from > text.size() || text.size() - from < needle.size()) {
+    return std::string_view::npos;
+  }
+  return PairSearch<Block, Fold>(text, needle, from).find();
 }
 
 }  // namespace tarn::search

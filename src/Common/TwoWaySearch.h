@@ -12,6 +12,7 @@
 #define TARN_COMMON_TWOWAYSEARCH_H
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -33,27 +34,30 @@ class TwoWaySearch {
     if (!repeats_) period_ = std::max(cut_, needle.size() - cut_) + 1;
   }
 
-  // First occurrence in [start, end), or null.
-  const char* find(const char* start, const char* end) const {
+  // The first occurrence from `from` on, or npos.
+  size_t find(std::string_view text, size_t from = 0) const {
     const uint64_t length = needle_.size();
-    const char* p = start;
-    uint64_t known = 0;  // so many bytes at p are known to equal the needle's
-    while (static_cast<uint64_t>(end - p) >= length) {
+    const char* p = text.data() + from;
+    uint64_t left = text.size() - from;  // bytes from p on
+    uint64_t known = 0;                  // so many bytes at p are known to equal the needle's
+    while (left >= length) {
       uint64_t i = std::max(cut_, known);
       while (i < length && at(i) == Fold::Of(p[i])) ++i;
       if (i < length) {
         p += i - cut_ + 1;
+        left -= i - cut_ + 1;
         known = 0;
         continue;
       }
       i = cut_;
       while (i > known && at(i - 1) == Fold::Of(p[i - 1])) --i;
-      if (i <= known) return p;
-      if (static_cast<uint64_t>(end - p) - length < period_) return nullptr;
+      if (i <= known) return text.size() - left;
+      if (left - length < period_) break;
       p += period_;
+      left -= period_;
       known = repeats_ ? length - period_ : 0;
     }
-    return nullptr;
+    return std::string_view::npos;
   }
 
  private:

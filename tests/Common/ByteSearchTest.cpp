@@ -37,12 +37,8 @@ size_t Naive(std::string_view text, std::string_view needle) {
   return kNotFound;
 }
 
-size_t Offset(std::string_view text, const char* found) {
-  return found == nullptr ? kNotFound : static_cast<size_t>(found - text.data());
-}
-
 // A search by one of the ways that lead to the same answer.
-using Search = const char* (*)(const char*, const char*, std::string_view);
+using Search = size_t (*)(std::string_view text, std::string_view needle, size_t from);
 
 struct Way {
   const char* name;
@@ -51,9 +47,9 @@ struct Way {
 };
 
 template <typename Fold>
-const char* FindByTwoWay(const char* start, const char* end, std::string_view needle) {
-  if (needle.empty()) return nullptr;
-  return TwoWaySearch<Fold>(needle).find(start, end);
+size_t FindByTwoWay(std::string_view text, std::string_view needle, size_t from) {
+  if (needle.empty() || from > text.size()) return kNotFound;
+  return TwoWaySearch<Fold>(needle).find(text, from);
 }
 
 std::vector<Way> AllWays() {
@@ -74,10 +70,10 @@ std::vector<Way> AllWays() {
 class EveryWay : public ::testing::TestWithParam<Way> {
  protected:
   static size_t Exact(std::string_view text, std::string_view needle) {
-    return Offset(text, GetParam().exact(text.data(), text.data() + text.size(), needle));
+    return GetParam().exact(text, needle, 0);
   }
   static size_t Folded(std::string_view text, std::string_view needle) {
-    return Offset(text, GetParam().folded(text.data(), text.data() + text.size(), needle));
+    return GetParam().folded(text, needle, 0);
   }
 };
 
@@ -187,9 +183,21 @@ TEST_P(EveryWay, FindsTheFirstOfSeveral) {
   EXPECT_EQ(Folded(text, "KEY="), 70U);
 }
 
+// As if the text began there, with places counted from its start.
+TEST_P(EveryWay, BeginsWhereItIsTold) {
+  const std::string text = std::string(70, ' ') + "key=1 key=2" + std::string(70, ' ') + "key=3";
+  for (size_t from = 0; from <= text.size(); ++from) {
+    const size_t expected = text.find("key=", from);
+    ASSERT_EQ(GetParam().exact(text, "key=", from), expected) << from;
+    ASSERT_EQ(GetParam().folded(text, "KEY=", from), expected) << from;
+  }
+  EXPECT_EQ(GetParam().exact(text, "key=", text.size() + 1), kNotFound);
+  EXPECT_EQ(GetParam().folded(text, "KEY=", kNotFound), kNotFound);
+}
+
 TEST_P(EveryWay, FindsNothingInNothing) {
-  EXPECT_EQ(GetParam().exact(nullptr, nullptr, "a"), nullptr);
-  EXPECT_EQ(GetParam().folded(nullptr, nullptr, "a"), nullptr);
+  EXPECT_EQ(Exact({}, "a"), kNotFound);
+  EXPECT_EQ(Folded({}, "a"), kNotFound);
   EXPECT_EQ(Exact("abc", ""), kNotFound);
   EXPECT_EQ(Folded("abc", ""), kNotFound);
   EXPECT_EQ(Exact("abc", "abcd"), kNotFound);
@@ -302,6 +310,17 @@ TEST_P(EveryWay, FindsTheFirstMatchAfterAnyNumberOfFalseCandidates) {
     ASSERT_EQ(Exact(text, needle), place) << count;
     ASSERT_EQ(Folded(text, needle), place) << count;
   }
+}
+
+TEST(FindBytes, AnswersWithPointersToo) {
+  const std::string_view text = "a--b--B";
+  const char* const start = text.data();
+  EXPECT_EQ(FindBytes(start, start + 7, "--B"), start + 4);
+  EXPECT_EQ(FindIgnoringCase(start, start + 7, "--B"), start + 1);
+  EXPECT_EQ(FindBytes(start, start + 6, "--B"), nullptr);
+  EXPECT_EQ(FindIgnoringCase(start, start + 3, "--B"), nullptr);
+  EXPECT_EQ(FindBytes(nullptr, nullptr, "a"), nullptr);
+  EXPECT_EQ(FindIgnoringCase(nullptr, nullptr, "a"), nullptr);
 }
 
 TEST(FindByte, FindsTheFirstInTheStretch) {
