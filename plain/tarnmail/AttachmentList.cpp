@@ -21,7 +21,8 @@ std::optional<std::string> OptionalText(const char16_t* text) {
 // Text in an array that ends at its NUL, or at its end.
 template <size_t N>
 std::string BoundedText(const char16_t (&text)[N]) {
-  return Utf8FromWide({text, static_cast<size_t>(std::find(text, text + N, u'\0') - text)});
+  const std::u16string_view all(text, N);
+  return Utf8FromWide(all.substr(0, all.find(u'\0')));
 }
 
 template <typename Value>

@@ -78,14 +78,13 @@ std::optional<std::string> TypeTrouble(std::string_view mail) {
   if (line == nullptr) return std::nullopt;
   const std::string_view all(line + kName.size(), FindLineEnd(line, EndOf(mail)));
   const auto isShown = [](std::string_view type) {
-    return StartsWithIgnoringCase(type.data(), EndOf(type), "text/plain") ||
-           StartsWithIgnoringCase(type.data(), EndOf(type), "text/html");
+    return StartsWithIgnoringCase(type, "text/plain") || StartsWithIgnoringCase(type, "text/html");
   };
   if (isShown(all.substr(std::min<size_t>(all.size(), 1)))) return std::nullopt;
   const std::string_view type = WithoutBlanks(all.substr(0, all.find(';')));
   if (isShown(type))
     return "the value of its Content-Type line does not come one blank after the colon";
-  if (StartsWithIgnoringCase(type.data(), EndOf(type), "multipart/")) {
+  if (StartsWithIgnoringCase(type, "multipart/")) {
     return "the mail is a multipart that names no boundary in its header";
   }
   if (type.empty()) return "its Content-Type line is empty";

@@ -38,7 +38,7 @@ std::u16string Copy(InputStream& stream, const std::string& name, PrivateFolder&
   if (error) throw Unwritable(name, copy, error);
   std::vector<char> buffer(kCopiedAtOnce);
   for (size_t got = buffer.size(); got != 0;) {
-    error = stream.read(buffer.data(), buffer.size(), got);
+    error = stream.read(buffer, got);
     if (error) throw Failure(ExitStatus::Usage, name, ErrorText(error));
     error = file.write({buffer.data(), got});
     if (error) throw Unwritable(name, copy, error);

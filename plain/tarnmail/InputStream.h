@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <span>
 #include <system_error>
 
 namespace tarn::host {
@@ -22,8 +23,8 @@ class InputStream {
   // Waits for somebody who writes to the pipe.
   std::error_code openPipe(const std::filesystem::path& path);
 
-  // Waits for bytes; `got` is their number, at most `room`, and 0 at the end.
-  std::error_code read(char* buffer, size_t room, size_t& got);
+  // Waits for bytes; `got` is their number, and 0 at the end.
+  std::error_code read(std::span<char> room, size_t& got);
 
  private:
   static constexpr intptr_t kClosed = -1;

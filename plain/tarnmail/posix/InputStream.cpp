@@ -24,10 +24,10 @@ std::error_code InputStream::openPipe(const std::filesystem::path& path) {
   return isOwned_ ? std::error_code() : LastError();
 }
 
-std::error_code InputStream::read(char* buffer, size_t room, size_t& got) {
+std::error_code InputStream::read(std::span<char> room, size_t& got) {
   ssize_t count = 0;
   do {
-    count = ::read(static_cast<int>(stream_), buffer, room);
+    count = ::read(static_cast<int>(stream_), room.data(), room.size());
   } while (count < 0 && errno == EINTR);
   got = count < 0 ? 0 : static_cast<size_t>(count);
   return count < 0 ? LastError() : std::error_code();

@@ -37,11 +37,11 @@ std::error_code InputStream::openPipe(const std::filesystem::path& path) {
   return {};
 }
 
-std::error_code InputStream::read(char* buffer, size_t room, size_t& got) {
+std::error_code InputStream::read(std::span<char> room, size_t& got) {
   DWORD count = 0;
   got = 0;
-  if (ReadFile(AsHandle(stream_), buffer, static_cast<DWORD>(std::min(room, kMostBytes)), &count,
-               nullptr) == 0) {
+  const auto most = static_cast<DWORD>(std::min(room.size(), kMostBytes));
+  if (ReadFile(AsHandle(stream_), room.data(), most, &count, nullptr) == 0) {
     const DWORD error = GetLastError();
     // So ends a pipe whose writer has gone.
     const bool isEnd = error == ERROR_BROKEN_PIPE || error == ERROR_HANDLE_EOF;
