@@ -8,6 +8,7 @@
 #include <random>
 #include <string>
 
+#include "compound/CompoundOperations.h"
 #include "compound/CompoundStream.h"
 #include "support/compound/CompoundBuilder.h"
 
@@ -33,7 +34,7 @@ std::string TableBytes(uint64_t count, uint64_t step) {
 
 BlockTable Table(const std::string& bytes) {
   BlockTable table;
-  tarn::LoadBlockTable(table, reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
+  tarn::LoadBlockTable(table, {reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()});
   return table;
 }
 
@@ -110,12 +111,10 @@ BENCHMARK(BM_ReadFileWhole)->Unit(benchmark::kMillisecond);
 void ReadStreamOf(benchmark::State& state, BlockOrder order) {
   const FileOnDisk disk(StreamFile(order));
   for (auto _ : state) {
-    tarn::CompoundStorage storage;
-    tarn::CompoundFile file(storage, disk.handle());
-    tarn::LoadCompoundFile(file);
-    auto stream = tarn::OpenStream(storage, "stream");
+    tarn::CompoundFile file = tarn::CompoundFile::open(disk.handle());
+    auto stream = file.open("stream");
     const auto block = tarn::AllocateBlock<unsigned char>(kStreamBytes, TARN_HERE);
-    if (tarn::StreamRead(*stream, 0, block.get(), kStreamBytes) != kStreamBytes) {
+    if (tarn::StreamRead(*stream, 0, {block.get(), kStreamBytes}) != kStreamBytes) {
       state.SkipWithError("not read");
     }
     benchmark::DoNotOptimize(block.get());
@@ -145,19 +144,17 @@ void BM_SmallStreams(benchmark::State& state) {
   const FileOnDisk disk(builder.write());
   uint64_t taken = 0;
   for (auto _ : state) {
-    tarn::CompoundStorage storage;
-    tarn::CompoundFile file(storage, disk.handle());
-    tarn::LoadCompoundFile(file);
-    const uint64_t before = file.bytesLeft;
+    tarn::CompoundFile file = tarn::CompoundFile::open(disk.handle());
+    const uint64_t before = PartsOf(file).big.bytesLeft();
     unsigned char buffer[4000];
     for (const std::string& name : names) {
-      auto stream = tarn::OpenStream(storage, name);
-      if (tarn::StreamRead(*stream, 0, buffer, sizeof buffer) != sizeof buffer) {
+      auto stream = file.open(name);
+      if (tarn::StreamRead(*stream, 0, buffer) != sizeof buffer) {
         state.SkipWithError("not read");
       }
       benchmark::DoNotOptimize(buffer);
     }
-    taken = before - file.bytesLeft;
+    taken = before - PartsOf(file).big.bytesLeft();
   }
   state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(kCount * 4000));
   state.counters["taken"] = static_cast<double>(taken / kCount);

@@ -129,9 +129,8 @@ void SmallStreams(benchmark::State& state) {
   for (auto _ : state) {
     const uint64_t handle = KernelFileOpen(file.path(), KERNEL_OPEN_READ, KERNEL_OPEN_MODE);
     {
-      tarn::CompoundStorage storage;
-      tarn::CompoundFile compound(storage, handle);
-      LoadCompoundFile(compound);
+      tarn::CompoundFile compound = tarn::CompoundFile::open(handle);
+      tarn::CompoundStorage storage{&compound};
       for (const auto& name : ListEntryNames(storage, "/")) {
         tarn::SizedBytes bytes;
         ReadMsgStream(storage, name, bytes);

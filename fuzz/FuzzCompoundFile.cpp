@@ -31,7 +31,7 @@ void Expect(bool holds, const char* what) {
 
 class Reader {
  public:
-  explicit Reader(tarn::CompoundStorage& storage) : storage_(storage) {}
+  explicit Reader(tarn::CompoundFile& file) : file_(file) {}
 
   std::string all() {
     readBelow("/", 0);
@@ -40,10 +40,10 @@ class Reader {
 
  private:
   void readBelow(const std::string& path, int depth) {
-    for (const tarn::KernelString& name : tarn::ListEntryNames(storage_, path)) {
+    for (const tarn::KernelString& name : file_.list(path)) {
       if (++entries_ > kMostEntries) return;
       const std::string child = path + std::string(name);
-      std::optional<tarn::CompoundStream> stream = tarn::OpenStream(storage_, child);
+      std::optional<tarn::CompoundStream> stream = file_.open(child);
       if (stream) {
         readStream(*stream);
       } else if (depth < kDeepest) {
@@ -56,25 +56,23 @@ class Reader {
     const uint64_t length = std::min(stream.size(), kMostBytes);
     std::string bytes(length + 1, '?');
     const uint64_t read =
-        tarn::StreamRead(stream, 0, reinterpret_cast<unsigned char*>(bytes.data()), length);
+        tarn::StreamRead(stream, 0, {reinterpret_cast<unsigned char*>(bytes.data()), length});
     Expect(read <= length && bytes[length] == '?', "a read gave more than was asked for");
     text_ += bytes.substr(0, read);
     unsigned char byte = 0;
-    tarn::StreamRead(stream, length / 2, &byte, 1);
+    tarn::StreamRead(stream, length / 2, {&byte, 1});
     text_.push_back(static_cast<char>(byte));
   }
 
-  tarn::CompoundStorage& storage_;
+  tarn::CompoundFile& file_;
   std::string text_;
   uint64_t entries_ = 0;
 };
 
 std::string ReadFile(uint64_t handle) {
-  tarn::CompoundStorage storage;
-  tarn::CompoundFile file(storage, handle);
-  tarn::LoadCompoundFile(file);
-  Expect(file.opened == (file.result == tarn::CompoundOk), "a result that does not fit");
-  return file.opened ? Reader(storage).all() : std::string();
+  tarn::CompoundFile file = tarn::CompoundFile::open(handle);
+  Expect(file.isOpened() == (file.result() == tarn::CompoundOk), "a result that does not fit");
+  return file.isOpened() ? Reader(file).all() : std::string();
 }
 
 PlainKernelUsageRecord Usage() {

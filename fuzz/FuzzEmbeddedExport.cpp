@@ -12,6 +12,7 @@
 
 #include "Internal/Tarnclasses_.h"
 #include "Tarnbase/PlainKernel.h"
+#include "compound/CompoundOperations.h"
 #include "compound/CompoundStream.h"
 #include "msg/EmbeddedMessage.h"
 #include "mutators/CallScript.h"
@@ -35,8 +36,9 @@ class File {
                           bytes.size() + 1) != StatusOk) {
       std::abort();
     }
-    file_.emplace(storage_, handle_);
+    file_.emplace(handle_);
     LoadCompoundFile(*file_);
+    storage_.file = &*file_;
   }
   File(const File&) = delete;
   File& operator=(const File&) = delete;
@@ -48,7 +50,7 @@ class File {
   }
 
   const CompoundStorage& storage() const { return storage_; }
-  bool isLoaded() const { return file_->result == CompoundOk; }
+  bool isLoaded() const { return file_->result() == CompoundOk; }
 
  private:
   void* block_;
@@ -60,10 +62,10 @@ class File {
 
 std::string Read(const CompoundStorage& storage, const std::string& path) {
   std::optional<tarn::CompoundStream> stream = OpenStream(storage, path);
-  if (!stream || stream->size() > storage.file->fileSize) return {};
+  if (!stream || stream->size() > storage.file->size()) return {};
   std::string bytes(stream->size(), '\0');
   bytes.resize(
-      StreamRead(*stream, 0, reinterpret_cast<unsigned char*>(bytes.data()), bytes.size()));
+      StreamRead(*stream, 0, {reinterpret_cast<unsigned char*>(bytes.data()), bytes.size()}));
   return bytes;
 }
 

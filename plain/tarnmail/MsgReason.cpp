@@ -5,7 +5,6 @@
 #include <string_view>
 
 #include "KernelFile.h"
-#include "compound/CompoundFile.h"
 #include "compound/CompoundStream.h"
 
 namespace tarn::host {
@@ -15,15 +14,15 @@ constexpr std::string_view kCompressedRtf = "__substg1.0_10090102";
 constexpr std::string_view kPlainBody = "__substg1.0_1000001F";
 
 // Whether the message has compressed RTF that the filter unpacks: the bytes 8 to 11 tell.
-bool HasCompressedRtf(const CompoundStorage& storage) {
+bool HasCompressedRtf(CompoundFile& file) {
   std::array<unsigned char, 12> head = {};
-  std::optional<CompoundStream> stream = OpenStream(storage, kCompressedRtf);
-  if (!stream || StreamRead(*stream, 0, head.data(), head.size()) != head.size()) return false;
+  std::optional<CompoundStream> stream = file.open(kCompressedRtf);
+  if (!stream || StreamRead(*stream, 0, head) != head.size()) return false;
   return std::memcmp(&head[8], "LZFu", 4) == 0 || std::memcmp(&head[8], "MELA", 4) == 0;
 }
 
-bool HasEmptyPlainBody(const CompoundStorage& storage) {
-  const std::optional<CompoundStream> stream = OpenStream(storage, kPlainBody);
+bool HasEmptyPlainBody(CompoundFile& file) {
+  const std::optional<CompoundStream> stream = file.open(kPlainBody);
   return stream && stream->size() == 0;
 }
 
@@ -32,14 +31,12 @@ bool HasEmptyPlainBody(const CompoundStorage& storage) {
 std::optional<std::string> MsgReason(const char16_t* path) {
   const KernelFile file(path);
   if (!file.isOpen()) return std::nullopt;
-  CompoundStorage storage;
-  CompoundFile compound(storage, file.handle());
-  LoadCompoundFile(compound);
-  if (compound.result != CompoundOk) {
+  CompoundFile compound = CompoundFile::open(file.handle());
+  if (compound.result() != CompoundOk) {
     return "begins like an MSG file, but its compound file is damaged";
   }
-  if (HasCompressedRtf(storage)) return "the message's compressed RTF is damaged";
-  if (HasEmptyPlainBody(storage)) return "the message has no body that can be shown";
+  if (HasCompressedRtf(compound)) return "the message's compressed RTF is damaged";
+  if (HasEmptyPlainBody(compound)) return "the message has no body that can be shown";
   return std::nullopt;
 }
 

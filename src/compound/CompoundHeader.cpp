@@ -35,9 +35,10 @@ bool CompoundHeader::isReadable() const {
   if (tableBlockCount < kHeaderTableBlocks && metaBlockCount != 0) return false;
   if (smallShift > bigShift) return false;
   if (bigShift < 7 || bigShift > 30) return false;
-  const auto used = static_cast<std::ptrdiff_t>(std::min(tableBlockCount, kHeaderTableBlocks));
-  return std::find(tableBlocks.begin(), tableBlocks.begin() + used, kFreeBlock) ==
-         tableBlocks.begin() + used;
+  for (uint64_t i = 0; i < kHeaderTableBlocks && i < tableBlockCount; ++i) {
+    if (tableBlocks[i] == kFreeBlock) return false;
+  }
+  return true;
 }
 
 void LoadHeader(CompoundHeader& header, const HeaderBytes& bytes) {
@@ -50,10 +51,9 @@ void LoadHeader(CompoundHeader& header, const HeaderBytes& bytes) {
   for (uint64_t i = 0; i < kHeaderTableBlocks; ++i) {
     header.tableBlocks[i] = LoadLittleEndian<uint32_t>(bytes.data() + kTableBlocksOffset + 4 * i);
   }
-  header.dirty = false;
 }
 
-void SaveHeader(CompoundHeader& header, HeaderBytes& bytes) {
+void SaveHeader(const CompoundHeader& header, HeaderBytes& bytes) {
   bytes.fill(0);
   std::copy(kCompoundMagic.begin(), kCompoundMagic.end(), bytes.begin());
   StoreLittleEndian<uint16_t>(bytes.data() + 24, 62);
@@ -70,7 +70,6 @@ void SaveHeader(CompoundHeader& header, HeaderBytes& bytes) {
   for (uint64_t i = 0; i < kHeaderTableBlocks; ++i) {
     StoreLittleEndian<uint32_t>(bytes.data() + kTableBlocksOffset + 4 * i, header.tableBlocks[i]);
   }
-  header.dirty = false;
 }
 
 }  // namespace tarn

@@ -54,17 +54,15 @@ struct CompoundHeader {
   uint64_t metaStart = kChainEnd;
   uint64_t metaBlockCount = 0;
   std::array<uint64_t, kHeaderTableBlocks> tableBlocks;
-  bool dirty = true;  // to be written by the next flush
 
   CompoundHeader() { tableBlocks.fill(kFreeBlock); }
 
-  // What the reader asks of a header besides its magic. Versions, byte order and class id are not
-  // looked at.
+  // What a reader asks of a header besides its magic.
   bool isReadable() const;
 };
 
 void LoadHeader(CompoundHeader& header, const HeaderBytes& bytes);
-void SaveHeader(CompoundHeader& header, HeaderBytes& bytes);
+void SaveHeader(const CompoundHeader& header, HeaderBytes& bytes);
 
 }  // namespace tarn
 

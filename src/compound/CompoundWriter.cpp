@@ -1,197 +1,176 @@
-// Writing a compound file: its layout, its growth and its flush.
-//
-//   block 0  first block of the big table     block 2  first block of the small table
-//   block 1  first block of the directory     block 3  first block of the container
-//
-// Files written here differ from MS-CFB in three ways. A block is added to the big table for every
-// 64 blocks although it has room for 128 entries; entries stand without a gap, so the second half
-// of the table's blocks is unused. Table blocks carry the meta mark, the first one the end mark.
-// A meta block holds 63 numbers and a link, two such groups to a block. Readers know none of this:
-// the first two do no harm, the third makes files of more than 22,000 blocks unreadable.
+#include "compound/CompoundWriter.h"
 
 #include <algorithm>
 
 #include "Common/LittleEndian.h"
-#include "compound/CompoundFile.h"
 
 namespace tarn {
-namespace {
 
-// Appends block n to a chain: the last block's entry leads to it.
-void LinkBlock(CompoundFile& file, BlockList& chain, uint64_t block) {
-  if (!chain.empty()) {
-    SetBlockEntry(file.bigTable, chain.back(), block);
-    MarkTableDirty(file.bigTable, chain.back(), file.bigBlockSize());
-  }
-  chain.push_back(block);
-}
-
-// A table block is added for every 64 blocks of 512 bytes.
-void CoverBlock(CompoundFile& file, uint64_t block) {
-  while (block / (file.bigTable.blockSize / 8) >= file.header.tableBlockCount) {
-    AddBigTableBlock(file);
-  }
-}
-
-void FlushMetaBlocks(CompoundFile& file) {
-  const uint64_t numbersPerGroup = file.bigBlockSize() / 8 - 1;
-  KernelVector<unsigned char> image(file.metaBlocks.size() * file.bigBlockSize(), 0xFF);
-  uint64_t at = 0;
-  uint64_t groups = 0;
-  for (uint64_t i = 0; i < file.metaData.size() && at + 8 <= image.size(); ++i) {
-    StoreLittleEndian<uint32_t>(image.data() + at, file.metaData[i]);
-    at += 4;
-    if ((i + 1) % numbersPerGroup != 0) continue;
-    ++groups;
-    const bool last = groups >= file.metaBlocks.size();
-    StoreLittleEndian<uint32_t>(image.data() + at, last ? kChainEnd : file.metaBlocks[groups]);
-    at += 4;
-  }
-  SaveBigBlocks(file, file.metaBlocks.data(), file.metaBlocks.size(), 0, image.data(),
-                image.size());
-  file.metaDirty = false;
-}
-
-}  // namespace
-
-bool OpenCompoundFile(CompoundFile& file, bool write, bool create) {
-  if (file.opened) CloseCompoundFile(file);
-  if (create) {
-    CreateCompoundLayout(file);
-    file.writable = true;
-  } else {
-    file.writable = write;
-    LoadCompoundFile(file);
-  }
-  return file.result == CompoundOk;
-}
-
-void CreateCompoundLayout(CompoundFile& file) {
-  ResetTables(file);
-  file.result = CompoundOk;
-  file.fileSize = 0;
-  file.header = CompoundHeader();
-  file.header.tableBlocks[0] = 0;
-  file.header.directoryStart = 1;
-  file.header.smallTableStart = 2;
-  file.header.tableBlockCount = 1;
-  file.header.smallTableBlockCount = 1;
+void CompoundWriter::createLayout() {
+  reset();
+  parts_.reset();
+  parts_.result = CompoundOk;
+  parts_.header = CompoundHeader();
+  parts_.header.tableBlocks[0] = 0;
+  parts_.header.directoryStart = 1;
+  parts_.header.smallTableStart = 2;
+  parts_.header.tableBlockCount = 1;
+  parts_.header.smallTableBlockCount = 1;
+  marks_.header = true;
   for (uint64_t block = 0; block < 4; ++block) {
-    SetBlockEntry(file.bigTable, block, kChainEnd);
-    MarkTableDirty(file.bigTable, block, file.bigBlockSize());
+    SetBlockEntry(parts_.bigTable, block, kChainEnd);
+    markTable(marks_.bigTable, block);
   }
-  file.containerBlocks = FollowChain(file.bigTable, 3);
+  parts_.small.setContainer(FollowChain(parts_.bigTable, 3));
 }
 
-uint64_t ExtendChain(CompoundFile& file, BlockList& chain) {
-  const uint64_t block = FirstFreeBlock(file.bigTable);
-  SetBlockEntry(file.bigTable, block, kChainEnd);
-  CoverBlock(file, block);
-  MarkTableDirty(file.bigTable, block, file.bigBlockSize());
-  LinkBlock(file, chain, block);
+void CompoundWriter::reset() {
+  marks_ = DirtyMarks();
+  marks_.header = false;
+  directoryChain_.clear();
+  smallTableChain_.clear();
+}
+
+void CompoundWriter::markTable(BlockMarks& marks, uint64_t index) {
+  MarkTableDirty(marks, index, parts_.big.blockSize());
+}
+
+// A new block that the last one of the chain leads to. A table block is added for every 64 blocks
+// of 512 bytes.
+uint64_t CompoundWriter::addBlockAfter(BlockView chain) {
+  BlockTable& table = parts_.bigTable;
+  const uint64_t block = FirstFreeBlock(table);
+  SetBlockEntry(table, block, kChainEnd);
+  while (block / (table.blockSize / 8) >= parts_.header.tableBlockCount) addTableBlock();
+  markTable(marks_.bigTable, block);
+  if (!chain.empty()) {
+    SetBlockEntry(table, chain.back(), block);
+    markTable(marks_.bigTable, chain.back());
+  }
   return block;
 }
 
-void AddBigTableBlock(CompoundFile& file) {
-  CompoundHeader& header = file.header;
-  const uint64_t block = FirstFreeBlock(file.bigTable);
-  SetBlockEntry(file.bigTable, block, kMetaBlock);
+uint64_t CompoundWriter::extend(BlockList& chain) {
+  chain.push_back(addBlockAfter(chain));
+  return chain.back();
+}
+
+void CompoundWriter::addTableBlock() {
+  CompoundHeader& header = parts_.header;
+  const uint64_t block = FirstFreeBlock(parts_.bigTable);
+  SetBlockEntry(parts_.bigTable, block, kMetaBlock);
   if (header.tableBlockCount < kHeaderTableBlocks) {
     header.tableBlocks[header.tableBlockCount] = block;
   } else {
-    file.metaDirty = true;
-    file.metaData.push_back(block);
-    const uint64_t numbersPerBlock = file.bigBlockSize() / 8 - 1;
+    marks_.meta = true;
+    parts_.metaData.push_back(block);
+    const uint64_t numbersPerBlock = parts_.big.blockSize() / 8 - 1;
     const uint64_t needed = (header.tableBlockCount - kHeaderTableBlocks) / numbersPerBlock;
-    if (needed == file.metaBlocks.size()) {
-      const uint64_t meta = FirstFreeBlock(file.bigTable);
-      SetBlockEntry(file.bigTable, meta, kMetaBlock);
-      file.metaBlocks.push_back(meta);
+    if (needed == parts_.metaBlocks.size()) {
+      const uint64_t meta = FirstFreeBlock(parts_.bigTable);
+      SetBlockEntry(parts_.bigTable, meta, kMetaBlock);
+      parts_.metaBlocks.push_back(meta);
       if (header.metaBlockCount == 0) header.metaStart = meta;
       ++header.metaBlockCount;
     }
   }
   ++header.tableBlockCount;
-  header.dirty = true;
+  marks_.header = true;
 }
 
-void GrowDirectory(CompoundFile& file, uint64_t index) {
-  BlockList& chain = file.directoryChain;
-  if (chain.empty()) chain = FollowChain(file.bigTable, file.header.directoryStart);
-  while (chain.size() <= index) {
-    const uint64_t block = FirstFreeBlock(file.bigTable);
-    LinkBlock(file, chain, block);
-    SetBlockEntry(file.bigTable, block, kChainEnd);
-    MarkTableDirty(file.bigTable, block, file.bigBlockSize());
-    CoverBlock(file, block);
+uint64_t CompoundWriter::findOrMake(std::string_view path) {
+  added_.clear();
+  const uint64_t index = parts_.directory.findOrAdd(path, added_);
+  for (const DirectoryTree::Added& made : added_) {
+    MarkDirectoryDirty(marks_.directory, made.above, parts_.big.blockSize());
+    MarkDirectoryDirty(marks_.directory, made.entry, parts_.big.blockSize());
+    growDirectory(made.entry);
   }
+  return index;
 }
 
-uint64_t SaveBigBlocks(CompoundFile& file, const uint64_t* blocks, uint64_t count, uint64_t offset,
-                       const unsigned char* data, uint64_t length) {
-  if (data == nullptr || count == 0 || length == 0) return 0;
-  file.window.count = 0;
-  const uint64_t size = file.bigBlockSize();
-  uint64_t written = 0;
-  for (uint64_t i = 0; i < count && written < length; ++i) {
-    const uint64_t position = (blocks[i] + 1) * size + offset;
-    const uint64_t part = std::min(size - offset, length - written);
-    KernelFileSeek(file.handle, static_cast<int64_t>(position), KERNEL_SEEK_START);
-    KernelFileWrite(file.handle, data + written, static_cast<uint32_t>(part));
-    written += part;
-    file.fileSize = std::max(file.fileSize, position + part);
-    offset = 0;
-  }
-  return written;
+// Sees that the directory's chain has a block for the entry.
+void CompoundWriter::growDirectory(uint64_t slot) {
+  const uint64_t needed = slot / (parts_.big.blockSize() / kDirectoryRecordSize);
+  BlockList& chain = directoryChain_;
+  if (chain.empty()) chain = FollowChain(parts_.bigTable, parts_.header.directoryStart);
+  while (chain.size() <= needed) extend(chain);
 }
 
-uint64_t SaveBigBlock(CompoundFile& file, uint64_t block, uint64_t offset,
-                      const unsigned char* data, uint64_t length) {
-  return SaveBigBlocks(file, &block, 1, offset, data, length);
-}
-
-uint64_t SaveSmallBlocks(CompoundFile& file, const BlockList& blocks, uint64_t offset,
-                         const unsigned char* data, uint64_t length, uint64_t firstIndex) {
-  if (data == nullptr || blocks.empty()) return 0;
-  const uint64_t size = file.bigBlockSize();
-  uint64_t written = 0;
-  for (uint64_t i = firstIndex; i < blocks.size() && written < length; ++i) {
-    const uint64_t position = file.smallBlockSize() * blocks[i];
-    const uint64_t container = position / size;
-    if (container >= file.containerBlocks.size()) break;
-    const uint64_t part = std::min(length - written, file.smallBlockSize() - offset);
-    SaveBigBlock(file, file.containerBlocks[container], position % size + offset, data + written,
-                 part);
-    written += part;
-    file.fileSize = std::max(file.fileSize, position + part);
-    offset = 0;
-  }
-  return written;
-}
-
-void FlushCompoundFile(CompoundFile& file) {
-  if (file.header.dirty) {
+void CompoundWriter::flush() {
+  BigBlocks& file = parts_.big;
+  if (marks_.header) {
     HeaderBytes bytes;
-    SaveHeader(file.header, bytes);
-    file.window.count = 0;  // blocks of less than 512 bytes begin inside of the header
-    KernelFileSeek(file.handle, 0, KERNEL_SEEK_START);
-    KernelFileWrite(file.handle, bytes.data(), static_cast<uint32_t>(bytes.size()));
+    SaveHeader(parts_.header, bytes);
+    marks_.header = false;
+    file.writeHeader(bytes);
   }
-  const uint64_t size = file.bigBlockSize();
-  if (!file.bigTable.dirtyBlocks.empty()) {
-    FlushBlockTable(file.bigTable, BigTableBlocks(file, false), file, size);
+  if (!marks_.bigTable.empty()) {
+    FlushBlockTable(parts_.bigTable, marks_.bigTable, parts_.tableBlocks(), file);
   }
-  if (!file.smallTable.dirtyBlocks.empty()) {
-    FlushBlockTable(file.smallTable, FollowChain(file.bigTable, file.header.smallTableStart), file,
-                    size);
+  if (!marks_.smallTable.empty()) {
+    const BlockList blocks = FollowChain(parts_.bigTable, parts_.header.smallTableStart);
+    FlushBlockTable(parts_.smallTable, marks_.smallTable, blocks, file);
   }
-  if (!file.directory.dirtyBlocks.empty()) {
-    const BlockList& container = file.containerBlocks;
-    FlushDirectory(file.directory, FollowChain(file.bigTable, file.header.directoryStart), file,
-                   size, container.empty() ? kFreeBlock : container.front(),
-                   container.size() * size);
+  if (!marks_.directory.empty()) {
+    const BlockList& container = parts_.small.container();
+    const BlockList blocks = FollowChain(parts_.bigTable, parts_.header.directoryStart);
+    FlushDirectory(
+        parts_.directory, marks_.directory, blocks, file,
+        {container.empty() ? kFreeBlock : container.front(), container.size() * file.blockSize()});
   }
-  if (file.metaDirty && !file.metaBlocks.empty()) FlushMetaBlocks(file);
+  if (marks_.meta && !parts_.metaBlocks.empty()) flushMetaBlocks();
+}
+
+void CompoundWriter::flushMetaBlocks() {
+  const BlockList& blocks = parts_.metaBlocks;
+  const uint64_t size = parts_.big.blockSize();
+  const uint64_t numbersPerGroup = size / 8 - 1;
+  KernelVector<unsigned char> image(blocks.size() * size, 0xFF);
+  uint64_t at = 0;
+  uint64_t groups = 0;
+  for (uint64_t i = 0; i < parts_.metaData.size() && at + 8 <= image.size(); ++i) {
+    StoreLittleEndian<uint32_t>(image.data() + at, parts_.metaData[i]);
+    at += 4;
+    if ((i + 1) % numbersPerGroup != 0) continue;
+    ++groups;
+    const uint64_t link = groups < blocks.size() ? blocks[groups] : kChainEnd;
+    StoreLittleEndian<uint32_t>(image.data() + at, link);
+    at += 4;
+  }
+  parts_.big.write(blocks, 0, image);
+  marks_.meta = false;
+}
+
+void FlushBlockTable(const BlockTable& table, BlockMarks& dirtyBlocks, BlockView blocks,
+                     BigBlocks& file) {
+  const uint64_t size = file.blockSize();
+  KernelVector<unsigned char> image(blocks.size() * size, 0xFF);
+  const uint64_t count = std::min<uint64_t>(table.entries.size(), image.size() / 4);
+  for (uint64_t i = 0; i < count; ++i) {
+    StoreLittleEndian<uint32_t>(image.data() + 4 * i, table.entries[i]);
+  }
+  for (uint64_t i = 0; i < blocks.size(); ++i) {
+    if (!dirtyBlocks.contains(i)) continue;
+    file.write(blocks.subspan(i, 1), 0, ByteView(image).subspan(i * size, size));
+  }
+  dirtyBlocks.clear();
+}
+
+void FlushDirectory(DirectoryTree& tree, BlockMarks& dirtyBlocks, BlockView blocks, BigBlocks& file,
+                    ContainerExtent container) {
+  const uint64_t size = file.blockSize();
+  KernelVector<unsigned char> bytes = SaveDirectory(tree);
+  if (!bytes.empty()) {
+    StoreLittleEndian<uint32_t>(bytes.data() + kRecordStartOffset, container.start);
+    StoreLittleEndian<uint32_t>(bytes.data() + kRecordSizeOffset, container.size);
+  }
+  for (uint64_t i = 0; i < blocks.size() && i * size < bytes.size(); ++i) {
+    if (!dirtyBlocks.contains(i)) continue;
+    const ByteView rest = ByteView(bytes).subspan(i * size);
+    file.write(blocks.subspan(i, 1), 0, rest.first(std::min<uint64_t>(size, rest.size())));
+  }
+  dirtyBlocks.clear();
 }
 
 }  // namespace tarn

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "Common/LittleEndian.h"
-#include "compound/CompoundFile.h"
 #include "compound/DirectoryTree.h"
 
 namespace tarn {
@@ -18,7 +18,6 @@ constexpr uint64_t kPrevOffset = 68;
 constexpr uint64_t kNextOffset = 72;
 constexpr uint64_t kChildOffset = 76;
 constexpr uint64_t kClassIdOffset = 80;
-constexpr uint64_t kSizeOffset = 120;
 
 enum RecordType : unsigned char {
   RecordInvalid = 0,
@@ -37,10 +36,6 @@ constexpr LinkField kLinks[] = {
     {kNextOffset, &DirectoryEntry::next},
     {kChildOffset, &DirectoryEntry::child},
 };
-
-// Searches together may follow this many links: what six million look-ups in a balanced directory
-// of a million entries take, and ten thousand in one of that many that is a list.
-constexpr uint64_t kSearchSteps = uint64_t{1} << 27;
 
 using ClassId = std::array<unsigned char, 16>;
 
@@ -73,7 +68,7 @@ DirectoryEntry ReadRecord(const unsigned char* record) {
   for (const LinkField& link : kLinks)
     entry.*link.field = LoadLittleEndian<uint32_t>(record + link.offset);
   entry.start = LoadLittleEndian<uint32_t>(record + kRecordStartOffset);
-  entry.size = LoadLittleEndian<uint32_t>(record + kSizeOffset);
+  entry.size = LoadLittleEndian<uint32_t>(record + kRecordSizeOffset);
   return entry;
 }
 
@@ -88,17 +83,13 @@ void WriteRoot(unsigned char* record, const DirectoryTree& tree) {
   record[kTypeOffset] = RecordRoot;
   StoreLittleEndian<uint32_t>(record + kPrevOffset, kNoEntry);
   StoreLittleEndian<uint32_t>(record + kNextOffset, kNoEntry);
-  StoreLittleEndian<uint32_t>(record + kChildOffset, tree.entries[0].child);
+  StoreLittleEndian<uint32_t>(record + kChildOffset, tree.entries()[0].child);
   const ClassId id = RootClassId(tree.rootKind);
   std::copy(id.begin(), id.end(), record + kClassIdOffset);
   StoreLittleEndian<uint32_t>(record + kRecordStartOffset, kNoEntry);
 }
 
-void WriteEntry(unsigned char* record, DirectoryEntry& entry) {
-  if (entry.isDirectory) {
-    entry.start = kNoEntry;
-    entry.size = 0;
-  }
+void WriteEntry(unsigned char* record, const DirectoryEntry& entry) {
   WriteName(record, entry.name);
   record[kTypeOffset] = !entry.valid        ? RecordInvalid
                         : entry.isDirectory ? RecordStorage
@@ -107,58 +98,32 @@ void WriteEntry(unsigned char* record, DirectoryEntry& entry) {
   for (const LinkField& link : kLinks)
     StoreLittleEndian<uint32_t>(record + link.offset, entry.*link.field);
   StoreLittleEndian<uint32_t>(record + kRecordStartOffset, entry.start);
-  StoreLittleEndian<uint32_t>(record + kSizeOffset, entry.size);
+  StoreLittleEndian<uint32_t>(record + kRecordSizeOffset, entry.size);
 }
 
 }  // namespace
 
-DirectoryTree::DirectoryTree() : entries(1), stepsLeft(kSearchSteps) {
-  dirtyBlocks.add(0);
-  entries[0].valid = true;
-  entries[0].name = "Root Entry";
-}
-
-void LoadDirectory(DirectoryTree& tree, const unsigned char* bytes, uint64_t length) {
-  const uint64_t count = length / kDirectoryRecordSize;
-  tree.entries.clear();
-  tree.entries.reserve(count);
-  tree.stepsLeft = kSearchSteps;
-  tree.firstMaybeInvalid = 0;
-  tree.isIndexed = false;
-  tree.searched = SearchIndex();
+void LoadDirectory(DirectoryTree& tree, ByteView bytes) {
+  DirectoryTree::Entries entries;
+  const uint64_t count = bytes.size() / kDirectoryRecordSize;
+  entries.reserve(count);
   for (uint64_t i = 0; i < count; ++i) {
-    tree.entries.push_back(ReadRecord(bytes + i * kDirectoryRecordSize));
+    entries.push_back(ReadRecord(bytes.data() + i * kDirectoryRecordSize));
   }
+  const uint32_t rootKind = tree.rootKind;
+  tree = DirectoryTree(std::move(entries));
+  tree.rootKind = rootKind;
 }
 
 KernelVector<unsigned char> SaveDirectory(DirectoryTree& tree) {
-  const uint64_t count = tree.entries.size();
-  KernelVector<unsigned char> bytes(count * kDirectoryRecordSize, 0);
-  if (count != 0) WriteRoot(bytes.data(), tree);
-  for (uint64_t i = 1; i < count; ++i) {
-    WriteEntry(bytes.data() + i * kDirectoryRecordSize, tree.entries[i]);
+  const DirectoryTree::Entries& entries = tree.entries();
+  KernelVector<unsigned char> bytes(entries.size() * kDirectoryRecordSize, 0);
+  if (!entries.empty()) WriteRoot(bytes.data(), tree);
+  for (uint64_t i = 1; i < entries.size(); ++i) {
+    if (entries[i].isDirectory) tree.setExtent(i, kNoEntry, 0);
+    WriteEntry(bytes.data() + i * kDirectoryRecordSize, entries[i]);
   }
   return bytes;
-}
-
-void FlushDirectory(DirectoryTree& tree, const BlockList& blocks, CompoundFile& file,
-                    uint64_t bigBlockSize, uint64_t containerStart, uint64_t containerSize) {
-  KernelVector<unsigned char> bytes = SaveDirectory(tree);
-  if (!bytes.empty()) {
-    StoreLittleEndian<uint32_t>(bytes.data() + kRecordStartOffset, containerStart);
-    StoreLittleEndian<uint32_t>(bytes.data() + kSizeOffset, containerSize);
-  }
-  for (uint64_t i = 0; i < blocks.size(); ++i) {
-    const uint64_t offset = i * bigBlockSize;
-    if (!tree.dirtyBlocks.contains(i) || offset >= bytes.size()) continue;
-    SaveBigBlock(file, blocks[i], 0, bytes.data() + offset,
-                 std::min(bigBlockSize, bytes.size() - offset));
-  }
-  tree.dirtyBlocks.clear();
-}
-
-void MarkDirectoryDirty(DirectoryTree& tree, uint64_t index, uint64_t bigBlockSize) {
-  tree.dirtyBlocks.add(index / (bigBlockSize / kDirectoryRecordSize));
 }
 
 }  // namespace tarn

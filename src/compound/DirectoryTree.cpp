@@ -1,9 +1,9 @@
 #include "compound/DirectoryTree.h"
 
-#include <algorithm>
 #include <compare>
-
-#include "compound/CompoundFile.h"
+#include <functional>
+#include <optional>
+#include <utility>
 
 namespace tarn {
 namespace {
@@ -33,66 +33,105 @@ class PathPieces {
   std::string_view rest_;
 };
 
-// Links a new entry below the entry where the search ended, or, without one, below its parent.
-void LinkNewEntry(DirectoryTree& tree, uint64_t slot, uint64_t parent, uint64_t closest,
-                  uint64_t bigBlockSize) {
-  DirectoryEntry& entry = tree.entries[slot];
-  if (closest >= tree.entries.size()) {
-    entry.prev = kNoEntry;
-    entry.next = tree.entries[parent].child;
-    tree.entries[parent].child = slot;
-    MarkDirectoryDirty(tree, parent, bigBlockSize);
-    return;
-  }
-  DirectoryEntry& above = tree.entries[closest];
-  if (std::is_lt(CompareNames(above.name, entry.name))) {
-    entry.prev = above.next;
-    entry.next = kNoEntry;
-    above.next = slot;
-  } else {
-    entry.next = above.prev;
-    entry.prev = kNoEntry;
-    above.prev = slot;
-  }
-  MarkDirectoryDirty(tree, closest, bigBlockSize);
+}  // namespace
+
+DirectoryTree::DirectoryTree() : entries_(1), isIndexed_(true) {
+  entries_[0].valid = true;
+  entries_[0].name = "Root Entry";
 }
 
-// A new entry in the first free place. Gives its index.
-uint64_t CreateEntry(DirectoryTree& tree, std::string_view name, bool isDirectory, uint64_t parent,
-                     uint64_t closest, uint64_t bigBlockSize, CompoundFile& file) {
-  uint64_t slot = tree.firstMaybeInvalid;
-  while (slot < tree.entries.size() && tree.entries[slot].valid) ++slot;
-  if (slot == tree.entries.size()) tree.entries.emplace_back();
-  tree.firstMaybeInvalid = slot;
+DirectoryTree::DirectoryTree(Entries entries, uint64_t steps)
+    : entries_(std::move(entries)), stepsLeft_(steps) {}
 
-  DirectoryEntry& entry = tree.entries[slot];
+uint64_t DirectoryTree::indexOf(const DirectoryEntry& entry) const {
+  const DirectoryEntry* const first = entries_.data();
+  const bool ours =
+      std::greater_equal<>()(&entry, first) && std::less<>()(&entry, first + entries_.size());
+  return ours ? static_cast<uint64_t>(&entry - first) : UINT64_MAX;
+}
+
+void DirectoryTree::setExtent(uint64_t index, uint64_t start, uint64_t size) {
+  entries_[index].start = start;
+  entries_[index].size = size;
+}
+
+uint64_t DirectoryTree::find(std::string_view path) {
+  if (path.empty() || entries_.empty()) return kNoEntry;
+  PathPieces pieces(path);
+  uint64_t index = 0;
+  while (!pieces.done() && index != kNoEntry) index = findChild(index, pieces.next(), nullptr);
+  return index;
+}
+
+uint64_t DirectoryTree::findOrAdd(std::string_view path, KernelVector<Added>& added) {
+  if (path.empty() || entries_.empty()) return kNoEntry;
+  PathPieces pieces(path);
+  uint64_t index = 0;
+  while (!pieces.done()) {
+    const std::string_view name = pieces.next();
+    uint64_t closest = kNoEntry;
+    const uint64_t parent = std::exchange(index, findChild(index, name, &closest));
+    if (index != kNoEntry) continue;
+    added.push_back(add(name, !pieces.done(), parent, closest));
+    index = added.back().entry;
+  }
+  return index;
+}
+
+// Links an entry below the one where the search for its name ended, or, without one, below its
+// parent. Gives the entry whose link has changed.
+uint64_t DirectoryTree::link(uint64_t slot, uint64_t parent, uint64_t closest) {
+  DirectoryEntry& entry = entries_[slot];
+  if (closest >= entries_.size()) {
+    entry.prev = kNoEntry;
+    entry.next = std::exchange(entries_[parent].child, slot);
+    return parent;
+  }
+  DirectoryEntry& above = entries_[closest];
+  if (std::is_lt(CompareNames(above.name, entry.name))) {
+    entry.prev = std::exchange(above.next, slot);
+    entry.next = kNoEntry;
+  } else {
+    entry.next = std::exchange(above.prev, slot);
+    entry.prev = kNoEntry;
+  }
+  return closest;
+}
+
+// Puts a new entry into the first free place.
+DirectoryTree::Added DirectoryTree::add(std::string_view name, bool isDirectory, uint64_t parent,
+                                        uint64_t closest) {
+  uint64_t slot = firstMaybeInvalid_;
+  while (slot < entries_.size() && entries_[slot].valid) ++slot;
+  if (slot == entries_.size()) entries_.emplace_back();
+  firstMaybeInvalid_ = slot;
+
+  DirectoryEntry& entry = entries_[slot];
   entry.name = name;
   entry.valid = true;
   entry.isDirectory = isDirectory;
   entry.size = 0;
   entry.start = kChainEnd;
   entry.child = kNoEntry;
-  LinkNewEntry(tree, slot, parent, closest, bigBlockSize);
-  if (tree.isIndexed) {
-    tree.index.add(parent, name, slot);
+  const uint64_t above = link(slot, parent, closest);
+  if (isIndexed_) {
+    index_.add(parent, name, slot);
   } else {
-    tree.searched.clear();
+    searched_.clear();
   }
-  MarkDirectoryDirty(tree, slot, bigBlockSize);
-  GrowDirectory(file, slot / (bigBlockSize / kDirectoryRecordSize));
-  return slot;
+  return {slot, above};
 }
 
 // Finds one name by the index. Where the search in the tree would end is told by the neighbours: of
 // the two it is the one further down, which is the one without a link towards the other.
-uint64_t FindIndexed(const DirectoryTree& tree, uint64_t parent, std::string_view name,
-                     uint64_t& closest) {
-  const SiblingIndex::Place place = tree.index.find(parent, name);
+uint64_t DirectoryTree::findIndexed(uint64_t parent, std::string_view name,
+                                    uint64_t& closest) const {
+  const SiblingIndex::Place place = index_.find(parent, name);
   if (place.match != SiblingIndex::kNone) return place.match;
-  if (place.before != SiblingIndex::kNone && tree.entries[place.before].next == kNoEntry) {
+  if (place.before != SiblingIndex::kNone && entries_[place.before].next == kNoEntry) {
     closest = place.before;
-  } else if (place.behind != SiblingIndex::kNone) {
-    closest = place.behind;
+  } else if (place.after != SiblingIndex::kNone) {
+    closest = place.after;
   }
   return kNoEntry;
 }
@@ -100,52 +139,46 @@ uint64_t FindIndexed(const DirectoryTree& tree, uint64_t parent, std::string_vie
 // Finds one name among the children of an entry along their links; kNoEntry without a match, and
 // then `closest` is where the search came to its end, if it did. The first child may be any entry,
 // the root included.
-uint64_t FindAlongLinks(DirectoryTree& tree, uint64_t child, std::string_view name,
-                        uint64_t& closest) {
-  const DirectoryEntry& node = tree.entries[child];
+uint64_t DirectoryTree::findAlongLinks(uint64_t child, std::string_view name, uint64_t& closest) {
+  const DirectoryEntry& node = entries_[child];
   if (node.name == name) return child;
   const uint64_t link = LinkTowards(node, name);
-  if (link == 0 || link >= tree.entries.size()) {
+  if (link == 0 || link >= entries_.size()) {
     closest = child;
     return kNoEntry;
   }
-  const uint64_t found = FindSibling(tree, link, name, closest);
+  const uint64_t found = findSibling(link, name, closest);
   return found != 0 ? found : kNoEntry;
 }
 
 // Finds one name among the children of an entry; kNoEntry without a match. With `closest`, a search
 // that came to its end tells where.
-uint64_t FindChild(DirectoryTree& tree, uint64_t parent, std::string_view name, uint64_t* closest) {
-  const uint64_t count = tree.entries.size();
-  if (parent >= count || !tree.entries[parent].valid) return kNoEntry;
-  const uint64_t child = tree.entries[parent].child;
-  if (child >= count || !tree.entries[child].valid) return kNoEntry;
+uint64_t DirectoryTree::findChild(uint64_t parent, std::string_view name, uint64_t* closest) {
+  if (!entries_[parent].valid) return kNoEntry;
+  const uint64_t child = entries_[parent].child;
+  if (child >= entries_.size() || !entries_[child].valid) return kNoEntry;
 
   uint64_t place = kNoEntry;
   uint64_t& end = closest != nullptr ? *closest : place;
-  if (tree.isIndexed) return FindIndexed(tree, parent, name, end);
-  if (closest != nullptr) return FindAlongLinks(tree, child, name, end);
+  if (isIndexed_) return findIndexed(parent, name, end);
+  if (closest != nullptr) return findAlongLinks(child, name, end);
 
-  uint64_t found = kNoEntry;
-  if (tree.searched.find(tree.entries, parent, name, found)) return found;
+  if (const std::optional<uint64_t> known = searched_.find(entries_, parent, name)) return *known;
   // More than a red-black tree of any directory takes.
   constexpr uint64_t kLongSearch = 64;
-  const uint64_t before = tree.stepsLeft;
-  found = FindAlongLinks(tree, child, name, end);
-  if (before - tree.stepsLeft > kLongSearch) tree.searched.add(tree.entries, parent);
+  const uint64_t before = stepsLeft_;
+  const uint64_t found = findAlongLinks(child, name, end);
+  if (before - stepsLeft_ > kLongSearch) searched_.add(entries_, parent);
   return found;
 }
 
-}  // namespace
-
 // Each step of a search is decided by the entry alone, so one that follows more links than there
 // are entries goes in a circle.
-uint64_t FindSibling(DirectoryTree& tree, uint64_t index, std::string_view name,
-                     uint64_t& closest) {
-  const uint64_t count = tree.entries.size();
-  for (uint64_t steps = 0; steps <= count && tree.stepsLeft != 0; ++steps, --tree.stepsLeft) {
-    if (index >= count || !tree.entries[index].valid) return 0;
-    const DirectoryEntry& node = tree.entries[index];
+uint64_t DirectoryTree::findSibling(uint64_t index, std::string_view name, uint64_t& closest) {
+  const uint64_t count = entries_.size();
+  for (uint64_t steps = 0; steps <= count && stepsLeft_ != 0; ++steps, --stepsLeft_) {
+    if (index >= count || !entries_[index].valid) return 0;
+    const DirectoryEntry& node = entries_[index];
     if (node.name == name) return index;
     const uint64_t link = LinkTowards(node, name);
     if (link == 0 || link >= count) {
@@ -157,75 +190,41 @@ uint64_t FindSibling(DirectoryTree& tree, uint64_t index, std::string_view name,
   return 0;
 }
 
-DirectoryEntry* FindEntry(DirectoryTree& tree, std::string_view path, bool create,
-                          uint64_t bigBlockSize, CompoundFile* file) {
-  if (path.empty()) return nullptr;
-  if (path == "/") return tree.entries.empty() ? nullptr : &tree.entries[0];
-
-  const bool mayCreate = create && file != nullptr && file->writable;
-  PathPieces pieces(path);
-  uint64_t index = 0;
-  while (!pieces.done()) {
-    const std::string_view name = pieces.next();
-    uint64_t closest = kNoEntry;
-    uint64_t found = FindChild(tree, index, name, mayCreate ? &closest : nullptr);
-    if (found == kNoEntry) {
-      if (!mayCreate || index >= tree.entries.size()) return nullptr;
-      found = CreateEntry(tree, name, !pieces.done(), index, closest, bigBlockSize, *file);
-    }
-    index = found;
+// A tree of siblings in order: what is at `prev`, the node, what is at `next`.
+KernelVector<KernelString> DirectoryTree::list(std::string_view path) {
+  KernelVector<KernelString> names;
+  const uint64_t storage = find(path);
+  if (storage == kNoEntry || !entries_[storage].isDirectory || !entries_[storage].valid) {
+    return names;
   }
-  return index < tree.entries.size() ? &tree.entries[index] : nullptr;
+  visits_.resize(entries_.size(), 0);
+  ++visit_;
+  BlockList way;  // entries whose left side has been listed, or is about to be
+  const auto descend = [&](uint64_t index) {
+    while (index < entries_.size() && visits_[index] != visit_) {
+      visits_[index] = visit_;
+      way.push_back(index);
+      index = entries_[index].prev;
+    }
+  };
+  descend(entries_[storage].child);
+  while (!way.empty()) {
+    const DirectoryEntry& node = entries_[way.back()];
+    way.pop_back();
+    names.push_back(node.name);
+    descend(node.next);
+  }
+  return names;
 }
 
-namespace {
+const DirectoryEntry* FindEntry(DirectoryTree& tree, std::string_view path) {
+  const uint64_t index = tree.find(path);
+  return index != kNoEntry ? &tree.entries()[index] : nullptr;
+}
 
-// Walks a tree of siblings in order: what is at `prev`, the node, what is at `next`.
-class SiblingWalk {
- public:
-  SiblingWalk(DirectoryTree& tree, KernelVector<KernelString>& names) : tree_(tree), names_(names) {
-    tree.visits.resize(tree.entries.size(), 0);
-    if (++tree.visit == 0) {
-      std::fill(tree.visits.begin(), tree.visits.end(), 0);
-      tree.visit = 1;
-    }
-  }
-
-  void run(uint64_t index) {
-    descend(index);
-    while (!path_.empty()) {
-      const DirectoryEntry& node = tree_.entries[path_.back()];
-      path_.pop_back();
-      names_.push_back(node.name);
-      descend(node.next);
-    }
-  }
-
- private:
-  // Puts an entry and all that leads from it to the left on the path.
-  void descend(uint64_t index) {
-    while (index < tree_.entries.size() && tree_.visits[index] != tree_.visit) {
-      tree_.visits[index] = tree_.visit;
-      path_.push_back(index);
-      index = tree_.entries[index].prev;
-    }
-  }
-
-  DirectoryTree& tree_;
-  KernelVector<KernelString>& names_;
-  BlockList path_;
-};
-
-}  // namespace
-
-KernelVector<KernelString> ListEntryNames(const CompoundStorage& storage, std::string_view path) {
-  KernelVector<KernelString> names;
-  CompoundFile& file = *storage.file;
-  const DirectoryEntry* const entry =
-      FindEntry(file.directory, path, false, file.bigTable.blockSize, nullptr);
-  if (entry == nullptr || !entry->isDirectory || !entry->valid) return names;
-  SiblingWalk(file.directory, names).run(entry->child);
-  return names;
+uint64_t FindSibling(DirectoryTree& tree, uint64_t index, std::string_view name,
+                     uint64_t& closest) {
+  return tree.findSibling(index, name, closest);
 }
 
 }  // namespace tarn

@@ -29,10 +29,9 @@
 
 namespace tarn {
 
-struct CompoundStorage;
-
 inline constexpr uint64_t kDirectoryRecordSize = 128;
 inline constexpr uint64_t kRecordStartOffset = 116;
+inline constexpr uint64_t kRecordSizeOffset = 120;
 inline constexpr uint64_t kNoEntry = 0xFFFFFFFF;
 
 struct DirectoryEntry {
@@ -46,49 +45,80 @@ struct DirectoryEntry {
   uint64_t child = kNoEntry;
 };
 
-struct DirectoryTree {
-  uint32_t rootKind = 0;  // which class id the root is written with; 0: none
-  KernelVector<DirectoryEntry> entries;
-  BlockMarks dirtyBlocks;          // indexes of the directory's blocks that changed
-  uint64_t stepsLeft;              // links that searches of a file's directory may still follow
-  uint64_t firstMaybeInvalid = 0;  // no entry in front of it is invalid, while entries are added
-  KernelVector<uint32_t> visits;   // for each entry the last listing that met it
-  uint32_t visit = 0;              // the number of that listing
-  bool isIndexed = true;           // every entry was made by FindEntry
-  SiblingIndex index;              // of an indexed directory
-  SearchIndex searched;            // of another: its storages where searches took long
+class DirectoryTree {
+ public:
+  using Entries = KernelVector<DirectoryEntry>;
 
-  // One entry, the root, in a block that is to be written.
+  // Searches together may follow this many links: what six million look-ups in a balanced directory
+  // of a million entries take, and ten thousand in one of that many that is a list.
+  static constexpr uint64_t kSearchSteps = uint64_t{1} << 27;
+
+  // An entry that was added, and the one whose link leads to it now.
+  struct Added {
+    uint64_t entry;
+    uint64_t above;
+  };
+
+  // A new directory, which has the root.
   DirectoryTree();
+  // One that came with a file.
+  explicit DirectoryTree(Entries entries, uint64_t steps = kSearchSteps);
+
+  uint32_t rootKind = 0;  // which class id the root is written with; 0: none
+
+  const Entries& entries() const { return entries_; }
+  // All ones for an entry of another directory.
+  uint64_t indexOf(const DirectoryEntry& entry) const;
+  void setExtent(uint64_t index, uint64_t start, uint64_t size);
+
+  // The index of a path's entry, or kNoEntry. "/" is the root, and an empty path nothing.
+  uint64_t find(std::string_view path);
+
+  // The same, but what is missing is made, with all storages that lead to it, and appended to
+  // `added`. kNoEntry for an empty path, and in an empty directory.
+  uint64_t findOrAdd(std::string_view path, KernelVector<Added>& added);
+
+  // Searches the tree of siblings at `index`. The index of the match; 0 without one, and then
+  // `closest` is the entry below which the name would hang, if the search came to its end.
+  uint64_t findSibling(uint64_t index, std::string_view name, uint64_t& closest);
+
+  // The names below a storage, in the order of its tree; an entry that is met again is passed over
+  // with what is below it. Empty for a stream and for a path without an entry.
+  KernelVector<KernelString> list(std::string_view path);
+
+  // How many links searches may still follow.
+  uint64_t stepsLeft() const { return stepsLeft_; }
+  const SearchIndex& searchIndex() const { return searched_; }
+
+ private:
+  uint64_t findIndexed(uint64_t parent, std::string_view name, uint64_t& closest) const;
+  uint64_t findAlongLinks(uint64_t child, std::string_view name, uint64_t& closest);
+  uint64_t findChild(uint64_t parent, std::string_view name, uint64_t* closest);
+  uint64_t link(uint64_t slot, uint64_t parent, uint64_t closest);
+  Added add(std::string_view name, bool isDirectory, uint64_t parent, uint64_t closest);
+
+  Entries entries_;
+  uint64_t stepsLeft_ = kSearchSteps;
+  uint64_t firstMaybeInvalid_ = 0;  // no entry before it is invalid
+  BlockList visits_;                // for each entry the last listing that met it
+  uint64_t visit_ = 0;              // the number of that listing
+  bool isIndexed_ = false;          // every entry but the root was added
+  SiblingIndex index_;              // of an indexed directory
+  SearchIndex searched_;            // of another: its storages where searches took long
 };
 
 // Takes the whole directory from its bytes, and lets searches cost anew; a tail shorter than a
 // record is dropped. A control character that begins a name is left out.
-void LoadDirectory(DirectoryTree& tree, const unsigned char* bytes, uint64_t length);
+void LoadDirectory(DirectoryTree& tree, ByteView bytes);
 
 // The record bytes of all entries. Storages lose their start and size.
 KernelVector<unsigned char> SaveDirectory(DirectoryTree& tree);
 
-// Writes the marked ones of the directory's blocks; the last may be written in part.
-void FlushDirectory(DirectoryTree& tree, const BlockList& blocks, CompoundFile& file,
-                    uint64_t bigBlockSize, uint64_t containerStart, uint64_t containerSize);
+// DirectoryTree::find as an entry, or null. Entries stay where they are until the next is added.
+const DirectoryEntry* FindEntry(DirectoryTree& tree, std::string_view path);
 
-// The entry of a path, or null. "/" is the root, and an empty path nothing. With `create` and a
-// writable file a missing entry is made, with all storages that lead to it. Entries stay where they
-// are until the next one is made.
-DirectoryEntry* FindEntry(DirectoryTree& tree, std::string_view path, bool create,
-                          uint64_t bigBlockSize, CompoundFile* file);
-
-// Searches the tree of siblings at `index`. The index of the match; 0 without one, and then
-// `closest` is the entry below which the name would hang, if the search came to its end.
+// DirectoryTree::findSibling.
 uint64_t FindSibling(DirectoryTree& tree, uint64_t index, std::string_view name, uint64_t& closest);
-
-// The names below a storage, in the order of its tree; an entry that is met again is passed over
-// with what is below it. Empty for a stream and for a path without an entry.
-KernelVector<KernelString> ListEntryNames(const CompoundStorage& storage, std::string_view path);
-
-// Marks the block of the directory that holds the entry.
-void MarkDirectoryDirty(DirectoryTree& tree, uint64_t index, uint64_t bigBlockSize);
 
 }  // namespace tarn
 

@@ -55,12 +55,12 @@ bool SearchIndex::collect(const Entries& entries, uint64_t first, Order& order) 
     } else if (visit.range.isBelow(entries, entry.name)) {
       follow(entry.prev, visit.range);
     } else {
-      order.push_back(static_cast<uint32_t>(visit.entry));
+      order.push_back(visit.entry);
       follow(entry.next, {visit.entry, visit.range.high});
       follow(entry.prev, {visit.range.low, visit.entry});
     }
   }
-  std::sort(order.begin(), order.end(), [&entries](uint32_t left, uint32_t right) {
+  std::sort(order.begin(), order.end(), [&entries](uint64_t left, uint64_t right) {
     return std::is_lt(CompareNames(entries[left].name, entries[right].name));
   });
   return true;
@@ -75,17 +75,16 @@ void SearchIndex::add(const Entries& entries, uint64_t parent) noexcept {
   }
 }
 
-bool SearchIndex::find(const Entries& entries, uint64_t parent, std::string_view name,
-                       uint64_t& found) const {
+std::optional<uint64_t> SearchIndex::find(const Entries& entries, uint64_t parent,
+                                          std::string_view name) const {
   const auto storage = storages_.find(parent);
-  if (storage == storages_.end()) return false;
+  if (storage == storages_.end()) return std::nullopt;
   const Order& order = storage->second;
   const auto at =
-      std::lower_bound(order.begin(), order.end(), name, [&](uint32_t entry, std::string_view key) {
+      std::lower_bound(order.begin(), order.end(), name, [&](uint64_t entry, std::string_view key) {
         return std::is_lt(CompareNames(entries[entry].name, key));
       });
-  found = at != order.end() && entries[*at].name == name ? *at : kNoEntry;
-  return true;
+  return at != order.end() && entries[*at].name == name ? *at : kNoEntry;
 }
 
 }  // namespace tarn

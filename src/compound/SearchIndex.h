@@ -20,6 +20,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -38,9 +39,9 @@ class SearchIndex {
   void add(const KernelVector<DirectoryEntry>& entries, uint64_t parent) noexcept;
 
   // What a search for the name below the storage finds: an entry, or kNoEntry (DirectoryTree.h).
-  // False for a storage that was not taken in.
-  bool find(const KernelVector<DirectoryEntry>& entries, uint64_t parent, std::string_view name,
-            uint64_t& found) const;
+  // Nothing for a storage that was not taken in.
+  std::optional<uint64_t> find(const KernelVector<DirectoryEntry>& entries, uint64_t parent,
+                               std::string_view name) const;
 
   // For directories that change.
   void clear() { storages_.clear(); }
@@ -49,7 +50,7 @@ class SearchIndex {
   uint64_t looks() const { return looks_; }
 
  private:
-  using Order = KernelVector<uint32_t>;  // entries in the order of their names
+  using Order = KernelVector<uint64_t>;  // entries in the order of their names
 
   bool collect(const KernelVector<DirectoryEntry>& entries, uint64_t first, Order& order);
 

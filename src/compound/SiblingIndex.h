@@ -29,8 +29,8 @@ class SiblingIndex {
 
   struct Place {
     uint64_t match = kNone;   // the entry of that name
-    uint64_t before = kNone;  // without a match: the sibling in front of where it would be
-    uint64_t behind = kNone;  // and the one behind
+    uint64_t before = kNone;  // without a match: the sibling before where it would be
+    uint64_t after = kNone;   // and the one after
   };
 
   void add(uint64_t parent, std::string_view name, uint64_t entry) {
@@ -45,7 +45,7 @@ class SiblingIndex {
         place.match = at->second;
         return place;
       }
-      place.behind = at->second;
+      place.after = at->second;
     }
     if (at != names_.begin() && std::prev(at)->first.first == parent) {
       place.before = std::prev(at)->second;

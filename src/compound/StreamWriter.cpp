@@ -3,115 +3,102 @@
 #include <algorithm>
 
 #include "compound/CompoundStream.h"
+#include "compound/CompoundWriter.h"
 
 namespace tarn {
-namespace {
 
-void MarkEntryDirty(CompoundStream& stream) {
-  MarkDirectoryDirty(stream.file->directory, stream.entryIndex, stream.file->bigBlockSize());
+void CompoundWriter::setExtent(const CompoundStream& stream, uint64_t start, uint64_t size) {
+  parts_.directory.setExtent(stream.entryIndex, start, size);
+  MarkDirectoryDirty(marks_.directory, stream.entryIndex, parts_.big.blockSize());
 }
 
-// Gives the stream's blocks back to their table. The marks are made for places in the list, not for
+// Gives a stream's blocks back to their table. The marks are made for places in the chain, not for
 // the blocks, so the table block that changed can stay unmarked: files made so far are that way.
-void FreeBlocks(CompoundStream& stream, BlockTable& table) {
-  for (uint64_t i = 0; i < stream.blocks.size(); ++i) {
-    SetBlockEntry(table, stream.blocks[i], kFreeBlock);
-    MarkTableDirty(table, i, stream.file->bigBlockSize());
+void CompoundWriter::freeBlocks(BlockList& chain, bool big) {
+  for (uint64_t i = 0; i < chain.size(); ++i) {
+    SetBlockEntry(big ? parts_.bigTable : parts_.smallTable, chain[i], kFreeBlock);
+    markTable(big ? marks_.bigTable : marks_.smallTable, i);
   }
-  stream.blocks.clear();
+  chain.clear();
 }
 
-uint64_t WriteBig(CompoundStream& stream, uint64_t position, const unsigned char* data,
-                  uint64_t length) {
-  CompoundFile& file = *stream.file;
-  const uint64_t size = file.bigBlockSize();
-  while ((position + length - 1) / size >= stream.blocks.size()) ExtendChain(file, stream.blocks);
-  const uint64_t first = position / size;
-  return SaveBigBlocks(file, stream.blocks.data() + first, stream.blocks.size() - first,
-                       position % size, data, length);
+uint64_t CompoundWriter::writeBig(CompoundStream& stream, uint64_t position, ByteView data) {
+  const uint64_t size = parts_.big.blockSize();
+  while ((position + data.size() - 1) / size >= stream.blocks.size()) extend(stream.blocks);
+  return parts_.big.write(BlockView(stream.blocks).subspan(position / size), position % size, data);
 }
 
-// Adds a small block to the stream, with what the small table and the container need for it.
-void ExtendSmallChain(CompoundStream& stream) {
-  CompoundFile& file = *stream.file;
-  const uint64_t size = file.bigBlockSize();
-  BlockTable& table = file.smallTable;
+// Adds a small block to a chain, with what the small table and the container need for it.
+void CompoundWriter::extendSmallChain(BlockList& chain) {
+  const uint64_t size = parts_.big.blockSize();
+  BlockTable& table = parts_.smallTable;
   const uint64_t block = FirstFreeBlock(table);
-  if (!stream.blocks.empty()) {
-    SetBlockEntry(table, stream.blocks.back(), block);
-    MarkTableDirty(table, stream.blocks.back(), size);
+  if (!chain.empty()) {
+    SetBlockEntry(table, chain.back(), block);
+    markTable(marks_.smallTable, chain.back());
   }
   SetBlockEntry(table, block, kChainEnd);
-  MarkTableDirty(table, block, size);
-  stream.blocks.push_back(block);
+  markTable(marks_.smallTable, block);
+  chain.push_back(block);
 
-  while (block / (size / 4) >= file.header.smallTableBlockCount) {
-    BlockList& chain = file.smallTableChain;
-    if (chain.empty()) chain = FollowChain(file.bigTable, file.header.smallTableStart);
-    ExtendChain(file, chain);
-    ++file.header.smallTableBlockCount;
-    file.header.dirty = true;
+  CompoundHeader& header = parts_.header;
+  while (block / (size / 4) >= header.smallTableBlockCount) {
+    BlockList& blocks = smallTableChain_;
+    if (blocks.empty()) blocks = FollowChain(parts_.bigTable, header.smallTableStart);
+    extend(blocks);
+    ++header.smallTableBlockCount;
+    marks_.header = true;
   }
-  while (block * file.smallBlockSize() / size >= file.containerBlocks.size()) {
-    ExtendChain(file, file.containerBlocks);
-    file.directory.dirtyBlocks.add(0);
+  while (block * table.blockSize / size >= parts_.small.container().size()) {
+    parts_.small.addToContainer(addBlockAfter(parts_.small.container()));
+    marks_.directory.add(0);
   }
 }
 
-uint64_t WriteSmall(CompoundStream& stream, uint64_t position, const unsigned char* data,
-                    uint64_t length) {
-  const uint64_t size = stream.file->smallBlockSize();
-  while ((position + length - 1) / size >= stream.blocks.size()) ExtendSmallChain(stream);
-  return SaveSmallBlocks(*stream.file, stream.blocks, position % size, data, length,
-                         position / size);
+uint64_t CompoundWriter::writeSmall(CompoundStream& stream, uint64_t position, ByteView data) {
+  const uint64_t size = parts_.small.blockSize();
+  while ((position + data.size() - 1) / size >= stream.blocks.size()) {
+    extendSmallChain(stream.blocks);
+  }
+  return parts_.small.write(BlockView(stream.blocks).subspan(position / size), position % size,
+                            data);
 }
 
 // Moves the stream from one kind of blocks to the other, with what it holds.
-void ChangeKind(CompoundStream& stream, uint64_t size) {
-  DirectoryEntry& entry = *stream.entry();
-  const bool toSmall = size < stream.file->header.threshold;
-  const uint64_t kept = std::min(entry.size, size);
+void CompoundWriter::changeKind(CompoundStream& stream, uint64_t size) {
+  const uint64_t kept = std::min(stream.size(), size);
   const uint64_t position = stream.position;
   KernelVector<unsigned char> content(kept, 0);
-  if (kept != 0) StreamRead(stream, 0, content.data(), kept);
+  StreamRead(stream, 0, content);
 
-  FreeBlocks(stream, toSmall ? stream.file->bigTable : stream.file->smallTable);
-  entry.size = size;
-  entry.start = kNoEntry;
-  MarkEntryDirty(stream);
-  if (kept != 0) StreamWrite(stream, 0, content.data(), kept);
-  if (position <= entry.size) stream.position = position;
+  freeBlocks(stream.blocks, stream.isBig());
+  setExtent(stream, kNoEntry, size);
+  write(stream, 0, content);
+  if (position <= size) stream.position = position;
 }
 
-}  // namespace
-
-void StreamSetSize(CompoundStream& stream, uint64_t size) {
-  DirectoryEntry* const entry = stream.entry();
-  if (!stream.file->writable || entry == nullptr) return;
-  const uint64_t limit = stream.file->header.threshold;
+void CompoundWriter::setSize(CompoundStream& stream, uint64_t size) {
+  const DirectoryEntry* const entry = stream.entry();
+  if (entry == nullptr) return;
+  const uint64_t limit = parts_.header.threshold;
   if ((entry->size < limit) != (size < limit)) {
-    ChangeKind(stream, size);
-    return;
+    changeKind(stream, size);
+  } else if (entry->size != size) {
+    setExtent(stream, entry->start, size);
   }
-  if (entry->size == size) return;
-  entry->size = size;
-  MarkEntryDirty(stream);
 }
 
-uint64_t StreamWrite(CompoundStream& stream, uint64_t position, const unsigned char* data,
-                     uint64_t length) {
-  DirectoryEntry* const entry = stream.entry();
-  if (data == nullptr || length == 0 || !stream.file->writable || entry == nullptr) return 0;
-  if (length > UINT64_MAX - position) return 0;
-  if (position + length > entry->size) StreamSetSize(stream, position + length);
+uint64_t CompoundWriter::write(CompoundStream& stream, uint64_t position, ByteView data) {
+  const DirectoryEntry* const entry = stream.entry();
+  if (data.empty() || entry == nullptr || data.size() > UINT64_MAX - position) return 0;
+  if (position + data.size() > entry->size) setSize(stream, position + data.size());
 
-  const uint64_t written = stream.isBig() ? WriteBig(stream, position, data, length)
-                                          : WriteSmall(stream, position, data, length);
+  const uint64_t written =
+      stream.isBig() ? writeBig(stream, position, data) : writeSmall(stream, position, data);
   if (!stream.blocks.empty() && entry->start != stream.blocks.front()) {
-    entry->start = stream.blocks.front();
-    MarkEntryDirty(stream);
+    setExtent(stream, stream.blocks.front(), entry->size);
   }
-  stream.position += length;
+  stream.position += data.size();
   return written;
 }
 

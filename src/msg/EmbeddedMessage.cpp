@@ -1,5 +1,6 @@
 #include "msg/EmbeddedMessage.h"
 
+#include <algorithm>
 #include <new>
 #include <optional>
 #include <string_view>
@@ -7,7 +8,6 @@
 #include "Common/ApiUtils.h"
 #include "compound/CompoundStream.h"
 #include "msg/MsgStreams.h"
-#include "msg/TrackedCompoundFile.h"
 
 namespace tarn {
 namespace {
@@ -29,7 +29,7 @@ KernelString AsDirectory(std::string_view path) {
 // are no larger than the file; a damaged directory may lead to the same ones for ever.
 struct CopyBudget {
   explicit CopyBudget(const CompoundFile& source)
-      : entries(2 * source.directory.entries.size()), bytes(2 * source.fileSize) {}
+      : entries(2 * source.entryCount()), bytes(2 * source.size()) {}
 
   uint64_t entries;
   uint64_t bytes;
@@ -40,28 +40,27 @@ int32_t ReadAll(CompoundStream* stream, TrackedBuffer<char>& buffer, CopyBudget&
   buffer.setLength(0);
   const uint64_t length = stream != nullptr ? stream->size() : 0;
   if (length == 0) return StatusOk;
-  if (length > stream->file->fileSize || length > budget.bytes) return StatusOutOfMemory;
+  if (length > stream->file->size() || length > budget.bytes) return StatusOutOfMemory;
   budget.bytes -= length;
   if (buffer.reserve(length) == nullptr) return StatusOutOfMemory;
   auto* const bytes = reinterpret_cast<unsigned char*>(buffer.data());
-  if (StreamRead(*stream, 0, bytes, length) != length) return StatusReadFailed;
+  if (StreamRead(*stream, 0, {bytes, length}) != length) return StatusReadFailed;
   buffer.setLength(length);
   return StatusOk;
 }
 
 // Writes the bytes from the stream's position on; no stream takes none.
 int32_t WriteAll(CompoundStream* stream, const TrackedBuffer<char>& buffer, bool widen) {
-  const auto* const bytes = reinterpret_cast<const unsigned char*>(buffer.data());
   const uint64_t length = buffer.length();
+  const ByteView bytes(reinterpret_cast<const unsigned char*>(buffer.data()), length);
   uint64_t written = 0;
   if (stream != nullptr && widen && length >= kEmbeddedHeader) {
     // The bytes added to the header repeat its beginning.
-    written = StreamWrite(*stream, stream->position, bytes, kEmbeddedHeader);
-    StreamWrite(*stream, stream->position, bytes, kAddedHeader);
-    written +=
-        StreamWrite(*stream, stream->position, bytes + kEmbeddedHeader, length - kEmbeddedHeader);
+    written = StreamWrite(*stream, stream->position, bytes.first(kEmbeddedHeader));
+    StreamWrite(*stream, stream->position, bytes.first(kAddedHeader));
+    written += StreamWrite(*stream, stream->position, bytes.subspan(kEmbeddedHeader));
   } else if (stream != nullptr) {
-    written = StreamWrite(*stream, stream->position, bytes, length);
+    written = StreamWrite(*stream, stream->position, bytes);
   }
   return written == length ? int32_t{StatusOk} : int32_t{StatusWriteFailed};
 }
@@ -84,7 +83,7 @@ int32_t CopyStorageTree(const CompoundStorage& target, std::string_view targetPa
     const KernelString sourceChild = sourceDirectory + names[i] + "/";
     const KernelString targetChild = targetDirectory + names[i] + "/";
     int32_t status = StatusOk;
-    if (IsStorage(source, sourceChild)) {
+    if (source.file->isStorage(sourceChild)) {
       status = CopyStorageTree(target, targetChild, source, sourceChild, budget, depth + 1);
     } else {
       std::optional<CompoundStream> from = OpenStream(source, sourceChild);
@@ -93,7 +92,7 @@ int32_t CopyStorageTree(const CompoundStorage& target, std::string_view targetPa
       const bool widen = atRoot && names[i] == kPropertiesStream;
       if (status == StatusOk) status = WriteAll(to ? &*to : nullptr, buffer, widen);
       const bool flush = atRoot && i + 1 == names.size() && to;
-      if (status == StatusOk && flush) FlushCompoundFile(*target.file);
+      if (status == StatusOk && flush) target.file->flush();
     }
     if (status < StatusOk) return status;
   }
@@ -101,16 +100,14 @@ int32_t CopyStorageTree(const CompoundStorage& target, std::string_view targetPa
 }
 
 int32_t WriteMessage(const CompoundStorage& source, std::string_view path, uint64_t handle) try {
-  TrackedCompoundFile target(handle);
-  if (!OpenCompoundFile(target.file(), true, true)) return StatusCreateFailed;
+  CompoundFile target = CompoundFile::create(handle);
+  if (target.result() != CompoundOk) return StatusCreateFailed;
+  const CompoundStorage storage{&target};
   CopyBudget budget(*source.file);
-  int32_t status =
-      CopyStorageTree(target.storage(), kNamedProperties, source, kNamedProperties, budget);
+  const int32_t status =
+      CopyStorageTree(storage, kNamedProperties, source, kNamedProperties, budget);
   if (status < StatusOk) return status;
-  status = CopyStorageTree(target.storage(), "/", source, path, budget);
-  if (status < StatusOk) return status;
-  CloseCompoundFile(target.file());
-  return StatusOk;
+  return std::min<int32_t>(CopyStorageTree(storage, "/", source, path, budget), StatusOk);
 } catch (const std::bad_alloc&) {
   // The memory file is ended in order all the same.
   return StatusOutOfMemory;

@@ -76,7 +76,7 @@ int32_t PlaceImages(InlineImageContext& context, const CompoundStorage& storage,
 }  // namespace
 
 int32_t InlineMsgImages(MailMessage& message, PstFilterData& data, const CompoundStorage& storage) {
-  const uint64_t fileSize = storage.file->fileSize;
+  const uint64_t fileSize = storage.file->size();
   ImageBudget budget(fileSize);
   ImagePass pass(message.body, ImagePass::LimitsFor(fileSize), budget.searches);
   InlineImageContext context;

@@ -164,7 +164,7 @@ KernelVector<KernelString> ListAttachments(const CompoundStorage& storage) {
     constexpr std::string_view kPrefix = "__attach_version1.0_";
     if (name.size() <= kPrefix.size() || !std::string_view(name).starts_with(kPrefix)) return true;
     if (!AttachmentPath::Holds(name)) return true;
-    return !IsStorage(storage, name);
+    return !storage.file->isStorage(name);
   });
   return names;
 }

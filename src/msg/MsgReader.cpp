@@ -9,7 +9,6 @@
 #include "Common/ApiUtils.h"
 #include "msg/MsgAttachments.h"
 #include "msg/MsgStreams.h"
-#include "msg/TrackedCompoundFile.h"
 #include "render/HeaderLabels.h"
 #include "rtf/CompressedRtf.h"
 #include "rtf/ScrubHtmlBody.h"
@@ -166,12 +165,12 @@ int32_t ReadMsgFile(MailMessage& message, PstFilterData& data, const char16_t* p
   const FileGuard file(FileGuard::Read, KernelFileOpen(path, KERNEL_OPEN_READ, KERNEL_OPEN_MODE));
   if (!file.isOpen()) return StatusMsgOpenFailed;
   try {
-    TrackedCompoundFile opened(file.handle());
-    LoadCompoundFile(opened.file());
-    if (opened.file().failedSeeks != 0) return StatusReadFailed;
-    if (opened.file().result != CompoundOk) return StatusOk;
-    if (request != nullptr) return EnumerateMsgAttachments(opened.storage(), *request);
-    return MessageReader(message, data, opened.storage()).run();
+    CompoundFile opened = CompoundFile::open(file.handle());
+    if (opened.failedSeeks() != 0) return StatusReadFailed;
+    if (opened.result() != CompoundOk) return StatusOk;
+    const CompoundStorage storage{&opened};
+    if (request != nullptr) return EnumerateMsgAttachments(storage, *request);
+    return MessageReader(message, data, storage).run();
   } catch (const std::bad_alloc&) {
     return StatusOutOfMemory;
   }

@@ -81,28 +81,19 @@ int32_t ConvertWide(std::string_view wide, SizedBytes& target) {
 
 }  // namespace
 
-bool IsStorage(const CompoundStorage& storage, std::string_view path) {
-  CompoundFile& file = *storage.file;
-  const DirectoryEntry* const entry =
-      FindEntry(file.directory, path, false, file.bigBlockSize(), nullptr);
-  return entry != nullptr && entry->isDirectory;
-}
-
 int32_t ReadWholeStream(CompoundStream* stream, KernelBlock<char>& block, uint64_t& length) try {
   length = stream != nullptr ? stream->size() : 0;
   if (stream != nullptr) {
     CompoundFile& file = *stream->file;
-    if (length > file.fileSize || !SpendBytes(file, kCostOfAByte * length)) {
-      return StatusOutOfMemory;
-    }
+    if (length > file.size() || !file.spend(kCostOfAByte * length)) return StatusOutOfMemory;
   }
   block = AllocateZeroBlock<char>(length + 2, TARN_HERE);
   if (!block) return StatusOutOfMemory;
   if (stream == nullptr) return StatusOk;
   auto* const bytes = reinterpret_cast<unsigned char*>(block.get());
-  const uint64_t failedBefore = stream->file->failedSeeks;
-  stream->position += StreamRead(*stream, stream->position, bytes, length);
-  return stream->file->failedSeeks == failedBefore ? StatusOk : StatusReadFailed;
+  const uint64_t failedBefore = stream->file->failedSeeks();
+  stream->position += StreamRead(*stream, stream->position, {bytes, length});
+  return stream->file->failedSeeks() == failedBefore ? StatusOk : StatusReadFailed;
 } catch (const std::bad_alloc&) {
   return StatusOutOfMemory;
 }

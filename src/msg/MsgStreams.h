@@ -28,9 +28,6 @@ inline constexpr uint64_t kPropertyRecordSize = 16;
 inline constexpr uint16_t kPropertyInteger = 3;
 inline constexpr uint16_t kPropertyTime = 64;
 
-// Whether the path leads to a storage. Throws std::bad_alloc.
-bool IsStorage(const CompoundStorage& storage, std::string_view path);
-
 // Reads a stream from its position to its end into a new block, with two zero bytes behind it that
 // the length does not count; the length is that of the directory, whatever was there to be read.
 // No stream gives an empty block. 1; -1 without memory, for a stream larger than its file, and when

@@ -32,7 +32,8 @@ TEST(BlockTable, ANewOneHas128FreeEntries) {
   const BlockTable table;
   EXPECT_EQ(table.blockSize, 4096u);
   EXPECT_EQ(List(table.entries), Numbers(128, 0xFFFFFFFF));
-  EXPECT_TRUE(table.dirtyBlocks.empty());
+  EXPECT_TRUE(DirtyMarks().bigTable.empty());
+  EXPECT_TRUE(DirtyMarks().smallTable.empty());
   EXPECT_TRUE(table.maybeFragmented);
 }
 
@@ -146,35 +147,34 @@ TEST(FirstFree, ATableOfNothingGives0) {
 }
 
 TEST(TableMarks, CountInBigBlocksForBothTables) {
-  BlockTable table;
-  table.blockSize = 64;
-  MarkTableDirty(table, 128, 512);
-  MarkTableDirty(table, 127, 512);
-  MarkTableDirty(table, 0, 512);
-  MarkTableDirty(table, 255, 512);
-  MarkTableDirty(table, 1024, 4096);
-  EXPECT_EQ(List(table.dirtyBlocks.numbers()), (Numbers{1, 0}));
-  table.dirtyBlocks.clear();
-  EXPECT_TRUE(table.dirtyBlocks.empty());
-  EXPECT_FALSE(table.dirtyBlocks.contains(1));
-  MarkTableDirty(table, 128, 512);
-  EXPECT_TRUE(table.dirtyBlocks.contains(1));
-  EXPECT_FALSE(table.dirtyBlocks.contains(0));
+  BlockMarks marks;
+  MarkTableDirty(marks, 128, 512);
+  MarkTableDirty(marks, 127, 512);
+  MarkTableDirty(marks, 0, 512);
+  MarkTableDirty(marks, 255, 512);
+  MarkTableDirty(marks, 1024, 4096);
+  EXPECT_EQ(List(marks.numbers()), (Numbers{1, 0}));
+  marks.clear();
+  EXPECT_TRUE(marks.empty());
+  EXPECT_FALSE(marks.contains(1));
+  MarkTableDirty(marks, 128, 512);
+  EXPECT_TRUE(marks.contains(1));
+  EXPECT_FALSE(marks.contains(0));
 }
 
 TEST(LoadTable, TakesAsManyEntriesAsThereAreBytes) {
   BlockTable table;
   table.maybeFragmented = false;
-  LoadBlockTable(table, Bytes(std::string_view("\x01\x02\x03\x04\xFE\xFF\xFF\xFF\x09", 9)), 9);
+  LoadBlockTable(table, Bytes(std::string_view("\x01\x02\x03\x04\xFE\xFF\xFF\xFF\x09", 9)));
   EXPECT_EQ(List(table.entries), (Numbers{0x04030201, 0xFFFFFFFE}));
   EXPECT_FALSE(table.maybeFragmented);
-  LoadBlockTable(table, Bytes(std::string(12, '\xFF')), 12);
+  LoadBlockTable(table, Bytes(std::string(12, '\xFF')));
   EXPECT_EQ(List(table.entries), Numbers(3, 0xFFFFFFFF));
   EXPECT_TRUE(table.maybeFragmented);
-  LoadBlockTable(table, Bytes("abcd"), 4);
+  LoadBlockTable(table, Bytes("abcd"));
   EXPECT_EQ(List(table.entries), (Numbers{0x64636261}));
   EXPECT_TRUE(table.maybeFragmented);  // stays as it was
-  LoadBlockTable(table, nullptr, 0);
+  LoadBlockTable(table, {});
   EXPECT_TRUE(table.entries.empty());
 }
 
@@ -184,12 +184,13 @@ TEST(FlushTable, WritesTheMarkedBlocksOnly) {
   BlockTable table = Table({});
   for (uint64_t i = 0; i < 130; ++i) SetBlockEntry(table, i, 0x01020300 + i);
   const std::string untouched(512, '.');
-  for (const uint64_t block : {5u, 6u, 7u}) SaveBigBlock(file, block, 0, Bytes(untouched), 512);
+  for (const uint64_t block : {5u, 6u, 7u}) SaveBigBlock(file, block, 0, Bytes(untouched));
 
-  MarkTableDirty(table, 129, 512);
-  MarkTableDirty(table, 1000, 512);  // a block that the table does not have
-  FlushBlockTable(table, Blocks({6, 5}), file, 512);
-  EXPECT_TRUE(table.dirtyBlocks.empty());
+  BlockMarks marks;
+  MarkTableDirty(marks, 129, 512);
+  MarkTableDirty(marks, 1000, 512);  // a block that the table does not have
+  FlushBlockTable(table, marks, Blocks({6, 5}), made.parts().big);
+  EXPECT_TRUE(marks.empty());
   const std::string bytes = made.end();
   EXPECT_EQ(bytes.substr(7 * 512, 512), untouched);
   EXPECT_EQ(bytes.substr(8 * 512, 512), untouched);
@@ -197,14 +198,15 @@ TEST(FlushTable, WritesTheMarkedBlocksOnly) {
             std::string("\x80\x03\x02\x01\x81\x03\x02\x01", 8) + std::string(504, '\xFF'));
 }
 
-TEST(FlushTable, EntriesStandWithoutAGap) {
+TEST(FlushTable, EntriesFollowEachOtherWithoutAGap) {
   NewFile made;
   BlockTable table = Table(Numbers(256, 0x61616161));
   SetBlockEntry(table, 127, 0x62626262);
   SetBlockEntry(table, 128, 0x63636363);
-  MarkTableDirty(table, 0, 512);
-  MarkTableDirty(table, 128, 512);
-  FlushBlockTable(table, Blocks({4, 9}), made.file(), 512);
+  BlockMarks marks;
+  MarkTableDirty(marks, 0, 512);
+  MarkTableDirty(marks, 128, 512);
+  FlushBlockTable(table, marks, Blocks({4, 9}), made.parts().big);
   const std::string bytes = made.end();
   EXPECT_EQ(bytes.substr(5 * 512, 512), std::string(508, 'a') + "bbbb");
   EXPECT_EQ(bytes.substr(10 * 512, 512), "cccc" + std::string(508, 'a'));
@@ -213,9 +215,10 @@ TEST(FlushTable, EntriesStandWithoutAGap) {
 TEST(FlushTable, EntriesBeyondItsBlocksAreLeftOut) {
   NewFile made;
   BlockTable table = Table(Numbers(300, 0x61616161));
-  MarkTableDirty(table, 0, 512);
-  MarkTableDirty(table, 299, 512);
-  FlushBlockTable(table, Blocks({4}), made.file(), 512);
+  BlockMarks marks;
+  MarkTableDirty(marks, 0, 512);
+  MarkTableDirty(marks, 299, 512);
+  FlushBlockTable(table, marks, Blocks({4}), made.parts().big);
   EXPECT_EQ(made.end().substr(5 * 512), std::string(512, 'a'));
 }
 

@@ -31,7 +31,7 @@ bool LoadsWithin(uint64_t most, const std::string& bytes, uint64_t result) {
   const uint64_t allowed = Usage().liveBytes + most;
   {
     LoadedFile file(bytes);
-    EXPECT_EQ(file.file().result, result);
+    EXPECT_EQ(file.file().result(), result);
     file.names("/");
   }
   if (filler != nullptr) KernelFree(filler, TARN_HERE);
@@ -115,11 +115,11 @@ TEST(Bounds, ADirectoryOf64MebibytesOrOfTheFile) {
     CompoundImage image = LongChain(blocks);
     image.put(48, 20);
     LoadedFile file(image.bytes);
-    EXPECT_EQ(file.file().result, CompoundOk);
-    EXPECT_TRUE(file.file().opened);
-    EXPECT_EQ(file.file().containerBlocks.size(), blocks == 16384 ? 1u : 0u);
+    EXPECT_EQ(file.file().result(), CompoundOk);
+    EXPECT_TRUE(file.file().isOpened());
+    EXPECT_EQ(file.parts().small.container().size(), blocks == 16384 ? 1u : 0u);
     // None of it is there: a mebibyte of zeros, or nothing when it is too long.
-    EXPECT_EQ(file.file().directory.entries.size(), blocks == 16384 ? 8192u : 0u);
+    EXPECT_EQ(file.parts().directory.entries().size(), blocks == 16384 ? 8192u : 0u);
     EXPECT_EQ(file.names("/"), "");
   }
 }
@@ -128,10 +128,10 @@ TEST(Bounds, RecordsThatTheFileHasAreKeptInFrontOfThoseItHasNot) {
   CompoundImage image = LongChain(16000);
   image.put(4096 + 4 * 17, 20);  // the directory's block leads on
   LoadedFile file(image.bytes);
-  EXPECT_EQ(file.file().result, CompoundOk);
-  EXPECT_EQ(file.file().directory.entries.size(), 32u + 8192);
-  EXPECT_TRUE(file.file().directory.entries[0].valid);
-  EXPECT_FALSE(file.file().directory.entries[32].valid);
+  EXPECT_EQ(file.file().result(), CompoundOk);
+  EXPECT_EQ(file.parts().directory.entries().size(), 32u + 8192);
+  EXPECT_TRUE(file.parts().directory.entries()[0].valid);
+  EXPECT_FALSE(file.parts().directory.entries()[32].valid);
 }
 
 // Reads ---------------------------------------------------------------------------------------
@@ -151,13 +151,18 @@ uint64_t ReadsOf(uint64_t handle, const std::function<void()>& work) {
   return kFar - left;
 }
 
-void ReadStreams(CompoundStorage& storage, uint32_t rounds, uint32_t first, uint32_t step) {
+// Lets reads cost no more than that from now on.
+void LeaveBytes(CompoundFile& file, uint64_t bytes) {
+  file.spend(PartsOf(file).big.bytesLeft() - bytes);
+}
+
+void ReadStreams(const CompoundStorage& storage, uint32_t rounds, uint32_t first, uint32_t step) {
   unsigned char bytes[4096];
   for (uint32_t i = 0; i < rounds; ++i) {
     const std::string name = "s" + std::to_string((first + i * step) % 200);
     std::optional<CompoundStream> stream = OpenStream(storage, name);
     ASSERT_TRUE(stream.has_value());
-    StreamRead(*stream, 0, bytes, sizeof bytes);
+    StreamRead(*stream, 0, bytes);
   }
 }
 
@@ -175,12 +180,11 @@ TEST(Reads, OfScatteredBlocksAreBounded) {
   const std::string bytes = Scattered();
   const MemoryMail mail(bytes);
   const uint64_t reads = ReadsOf(mail.handle(), [&] {
-    CompoundStorage storage;
-    CompoundFile file(storage, mail.handle());
-    LoadCompoundFile(file);
-    ASSERT_EQ(file.result, CompoundOk);
+    CompoundFile file = CompoundFile::open(mail.handle());
+    CompoundStorage storage{&file};
+    ASSERT_EQ(file.result(), CompoundOk);
     ReadStreams(storage, 20000, 0, 7);
-    EXPECT_EQ(file.bytesLeft, 0u);
+    EXPECT_EQ(PartsOf(file).big.bytesLeft(), 0u);
   });
   EXPECT_LT(reads, (uint64_t{256} * kMebibyte + 64 * bytes.size()) / 4096 + 2);
   EXPECT_GT(reads, 10000u);
@@ -188,12 +192,10 @@ TEST(Reads, OfScatteredBlocksAreBounded) {
 
 TEST(Reads, GoAheadOnlyWhereBlocksLieSideBySideOrReadingGoesOn) {
   const MemoryMail mail(Scattered());
-  CompoundStorage storage;
-  CompoundFile file(storage, mail.handle());
-  LoadCompoundFile(file);
+  CompoundFile file = CompoundFile::open(mail.handle());
   unsigned char byte = 0;
   const auto readsAt = [&](uint64_t smallBlock) {
-    return ReadsOf(mail.handle(), [&] { LoadSmallBlock(file, smallBlock, &byte, 1); });
+    return ReadsOf(mail.handle(), [&] { LoadSmallBlock(file, smallBlock, {&byte, 1}); });
   };
   EXPECT_EQ(readsAt(600), 1u);  // two small blocks to a block
   EXPECT_EQ(readsAt(601), 0u);
@@ -213,32 +215,32 @@ TEST(Reads, CostTheirBytesOnceAndNoLessThanACall) {
   unsigned char bytes[8192];
   std::optional<CompoundStream> big = OpenStream(loaded.storage(), "b");
   std::optional<CompoundStream> small = OpenStream(loaded.storage(), "s");
-  uint64_t before = file.bytesLeft;
-  StreamRead(*big, 0, bytes, 8192);
-  EXPECT_EQ(before - file.bytesLeft, 8192u);
-  before = file.bytesLeft;
-  StreamRead(*big, 0, bytes, 1);
-  EXPECT_EQ(before - file.bytesLeft, 4096u);
-  before = file.bytesLeft;
-  StreamRead(*small, 0, bytes, 4000);
-  EXPECT_EQ(before - file.bytesLeft, 4096u);
-  before = file.bytesLeft;
+  uint64_t before = PartsOf(file).big.bytesLeft();
+  StreamRead(*big, 0, {bytes, 8192});
+  EXPECT_EQ(before - PartsOf(file).big.bytesLeft(), 8192u);
+  before = PartsOf(file).big.bytesLeft();
+  StreamRead(*big, 0, {bytes, 1});
+  EXPECT_EQ(before - PartsOf(file).big.bytesLeft(), 4096u);
+  before = PartsOf(file).big.bytesLeft();
+  StreamRead(*small, 0, {bytes, 4000});
+  EXPECT_EQ(before - PartsOf(file).big.bytesLeft(), 4096u);
+  before = PartsOf(file).big.bytesLeft();
   std::optional<CompoundStream> again = OpenStream(loaded.storage(), "s");
-  EXPECT_EQ(before - file.bytesLeft, 63u * 8);
+  EXPECT_EQ(before - PartsOf(file).big.bytesLeft(), 63u * 8);
 }
 
 TEST(Reads, ZerosOfAMissingContainerBlockCostWhatTheyAre) {
   LoadedFile loaded(CompoundBuilder().stream("s", Pattern(600)).write());
   CompoundFile& file = loaded.file();
-  file.containerBlocks[0] = 100;
-  const uint64_t before = file.bytesLeft;
+  loaded.parts().small.setContainer(Blocks({100, 0}));
+  const uint64_t before = PartsOf(file).big.bytesLeft();
   unsigned char byte = 7;
-  EXPECT_EQ(LoadSmallBlock(file, 0, &byte, 1), 1u);
+  EXPECT_EQ(LoadSmallBlock(file, 0, {&byte, 1}), 1u);
   EXPECT_EQ(byte, 0);
-  EXPECT_EQ(before - file.bytesLeft, 512u);
-  file.window.count = 0;
-  file.bytesLeft = 511;
-  EXPECT_EQ(LoadSmallBlock(file, 0, &byte, 1), 0u);
+  EXPECT_EQ(before - PartsOf(file).big.bytesLeft(), 512u);
+  loaded.parts().small.setContainer(Blocks({100, 0}));
+  LeaveBytes(file, 511);
+  EXPECT_EQ(LoadSmallBlock(file, 0, {&byte, 1}), 0u);
 }
 
 TEST(Reads, PassOverMissingBlocksABoundedNumberOfTimes) {
@@ -250,19 +252,19 @@ TEST(Reads, PassOverMissingBlocksABoundedNumberOfTimes) {
   std::optional<CompoundStream> stream = OpenStream(loaded.storage(), "b");
   ASSERT_EQ(stream->blocks.size(), 88u);
   unsigned char bytes[4608];
-  const uint64_t before = loaded.file().bytesLeft;
-  EXPECT_EQ(StreamRead(*stream, 0, bytes, sizeof bytes), 0u);
-  EXPECT_EQ(before - loaded.file().bytesLeft, 88u * 8);
-  loaded.file().bytesLeft = 100;
-  EXPECT_EQ(StreamRead(*stream, 0, bytes, sizeof bytes), 0u);
-  EXPECT_EQ(loaded.file().bytesLeft, 0u);
+  const uint64_t before = loaded.parts().big.bytesLeft();
+  EXPECT_EQ(StreamRead(*stream, 0, bytes), 0u);
+  EXPECT_EQ(before - loaded.parts().big.bytesLeft(), 88u * 8);
+  LeaveBytes(loaded.file(), 100);
+  EXPECT_EQ(StreamRead(*stream, 0, bytes), 0u);
+  EXPECT_EQ(loaded.parts().big.bytesLeft(), 0u);
 }
 
 TEST(Reads, ChainsAreAsLongAsWhatIsLeftAllows) {
   LoadedFile loaded(CompoundBuilder().stream("b", Pattern(8192)).write());
-  loaded.file().bytesLeft = 80;
+  LeaveBytes(loaded.file(), 80);
   EXPECT_EQ(OpenStream(loaded.storage(), "b")->blocks.size(), 10u);
-  EXPECT_EQ(loaded.file().bytesLeft, 0u);
+  EXPECT_EQ(loaded.parts().big.bytesLeft(), 0u);
   EXPECT_EQ(OpenStream(loaded.storage(), "b")->blocks.size(), 0u);
 }
 

@@ -1,19 +1,16 @@
 #include "CompoundFiles.h"
 
-#include <new>
-
 namespace tarn::test {
 
-DirectoryEntry* LoadedFile::find(std::string_view path) {
-  return FindEntry(file_.directory, path, false, file_.bigBlockSize(), &file_);
+const DirectoryEntry* LoadedFile::find(std::string_view path) {
+  return FindEntry(file_, path, false);
 }
 
 std::string LoadedFile::stream(std::string_view path) {
   std::optional<CompoundStream> stream = OpenStream(storage_, path);
   if (!stream) return "(none)";
   std::string bytes(stream->size(), '?');
-  const uint64_t read =
-      StreamRead(*stream, 0, reinterpret_cast<unsigned char*>(bytes.data()), bytes.size());
+  const uint64_t read = StreamRead(*stream, 0, Room(bytes));
   return bytes.substr(0, read);
 }
 
@@ -26,23 +23,16 @@ std::string LoadedFile::names(std::string_view path) {
   return all;
 }
 
-NewFile::NewFile() : file_(storage_, KERNEL_BAD_HANDLE) {
+GrowingFile::GrowingFile() {
   KernelMemFileOpen(&handle_, &state_, KERNEL_MEMFILE_EMPTY, nullptr, 0, 0);
-  file_.handle = handle_;
-  try {
-    opened_ = OpenCompoundFile(file_, true, true);
-  } catch (const std::bad_alloc&) {
-    end();
-    throw;
-  }
 }
 
 uint64_t NewFile::append(std::string_view path, std::string_view bytes) {
   std::optional<CompoundStream> stream = OpenStream(storage_, path, true);
-  return stream ? StreamWrite(*stream, stream->size(), Bytes(bytes), bytes.size()) : 0;
+  return stream ? StreamWrite(*stream, stream->size(), Bytes(bytes)) : 0;
 }
 
-std::string NewFile::end() {
+std::string GrowingFile::end() {
   if (state_ == nullptr) return {};
   KernelFileClose(handle_);
   void* block = nullptr;

@@ -26,8 +26,7 @@ void ReadBelow(LoadedFile& file, const std::string& path, int depth, Walk& walk)
     if (stream) {
       const uint64_t size = std::min<uint64_t>(stream->size(), 100000);
       std::string buffer(size + 1, '?');
-      const uint64_t read =
-          StreamRead(*stream, 0, reinterpret_cast<unsigned char*>(buffer.data()), size);
+      const uint64_t read = StreamRead(*stream, 0, Room(buffer).first(size));
       ASSERT_LE(read, size);
       ASSERT_EQ(buffer[read], '?');
       walk.bytes += read;
@@ -41,10 +40,10 @@ void ReadBelow(LoadedFile& file, const std::string& path, int depth, Walk& walk)
 // Loads a file and reads all that it has.
 Walk ReadAll(std::string_view bytes) {
   LoadedFile file(bytes);
-  EXPECT_LE(file.file().result, 3u);
-  EXPECT_EQ(file.file().opened, file.file().result == CompoundOk);
+  EXPECT_LE(file.file().result(), 3u);
+  EXPECT_EQ(file.file().isOpened(), file.file().result() == CompoundOk);
   Walk walk;
-  if (file.file().opened) ReadBelow(file, "/", 0, walk);
+  if (file.file().isOpened()) ReadBelow(file, "/", 0, walk);
   return walk;
 }
 
@@ -143,15 +142,15 @@ TEST(Bounds, ManyRecordsInAFile) {
     CompoundBuilder builder(options);
     for (uint32_t i = 0; i < kRecords; ++i) builder.stream(std::to_string(1000000 + i), "");
     LoadedFile file(builder.write());
-    ASSERT_EQ(file.file().result, CompoundOk);
+    ASSERT_EQ(file.file().result(), CompoundOk);
     EXPECT_EQ(ListEntryNames(file.storage(), "/").size(), kRecords);
-    const DirectoryTree& tree = file.file().directory;
-    const uint64_t before = tree.stepsLeft;
+    const DirectoryTree& tree = file.parts().directory;
+    const uint64_t before = tree.stepsLeft();
     for (uint32_t i = 0; i < kRecords; ++i) {
       ASSERT_TRUE(file.has(std::to_string(1000000 + i)));
     }
-    EXPECT_LT(before - tree.stepsLeft, 24u * kRecords);
-    EXPECT_LE(tree.searched.looks(), 2u * kRecords);
+    EXPECT_LT(before - tree.stepsLeft(), 24u * kRecords);
+    EXPECT_LE(tree.searchIndex().looks(), 2u * kRecords);
   }
 }
 
@@ -169,7 +168,7 @@ TEST(Bounds, ManyStreamsThatClaimTheSameLongChain) {
     image.put(record + RecordSize, 512 * kBlocks);
   }
   LoadedFile file(image.bytes);
-  const uint64_t budget = file.file().bytesLeft;
+  const uint64_t budget = file.parts().big.bytesLeft();
   std::string buffer(512 * kBlocks, '?');
   uint64_t read = 0;
   uint64_t blocks = 0;
@@ -177,9 +176,9 @@ TEST(Bounds, ManyStreamsThatClaimTheSameLongChain) {
     std::optional<CompoundStream> stream = OpenStream(file.storage(), "s" + std::to_string(i));
     ASSERT_TRUE(stream.has_value());
     blocks += stream->blocks.size();
-    read += StreamRead(*stream, 0, reinterpret_cast<unsigned char*>(buffer.data()), buffer.size());
+    read += StreamRead(*stream, 0, Room(buffer));
   }
-  EXPECT_EQ(file.file().bytesLeft, 0u);
+  EXPECT_EQ(file.parts().big.bytesLeft(), 0u);
   EXPECT_LE(read + 8 * blocks, budget);
   EXPECT_GT(read, budget / 2);
 }
@@ -192,7 +191,7 @@ TEST(Bounds, AFileReadsAHundredTimesOverWhatItHolds) {
   for (uint64_t read = 0; read < 100 * bytes.size(); read += big.size()) {
     ASSERT_EQ(file.stream("big"), big);
   }
-  EXPECT_NE(file.file().bytesLeft, 0u);
+  EXPECT_NE(file.parts().big.bytesLeft(), 0u);
 }
 
 }  // namespace

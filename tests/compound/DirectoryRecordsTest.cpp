@@ -52,14 +52,14 @@ RecordFields Named(std::string_view name, char type = 2) {
 
 DirectoryTree Load(std::string_view bytes) {
   DirectoryTree tree;
-  LoadDirectory(tree, Bytes(bytes), bytes.size());
+  LoadDirectory(tree, Bytes(bytes));
   return tree;
 }
 
 DirectoryEntry LoadOne(const RecordFields& record) {
   const std::string bytes = record.bytes();
   EXPECT_EQ(bytes.size(), 128u);
-  return Load(bytes).entries.at(0);
+  return Load(bytes).entries().at(0);
 }
 
 std::string Save(DirectoryTree& tree) {
@@ -70,8 +70,8 @@ std::string Save(DirectoryTree& tree) {
 TEST(NewDirectory, HoldsTheRoot) {
   const DirectoryTree tree;
   EXPECT_EQ(tree.rootKind, 0u);
-  ASSERT_EQ(tree.entries.size(), 1u);
-  const DirectoryEntry& root = tree.entries[0];
+  ASSERT_EQ(tree.entries().size(), 1u);
+  const DirectoryEntry& root = tree.entries()[0];
   EXPECT_TRUE(root.valid);
   EXPECT_EQ(root.name, "Root Entry");
   EXPECT_TRUE(root.isDirectory);
@@ -79,10 +79,10 @@ TEST(NewDirectory, HoldsTheRoot) {
   for (const uint64_t link : {root.start, root.prev, root.next, root.child}) {
     EXPECT_EQ(link, 0xFFFFFFFFu);
   }
-  EXPECT_EQ(List(tree.dirtyBlocks.numbers()), (std::vector<uint64_t>{0}));
+  EXPECT_EQ(List(DirtyMarks().directory.numbers()), (std::vector<uint64_t>{0}));
 }
 
-TEST(LoadRecord, NumbersStandAtTheirOffsets) {
+TEST(LoadRecord, NumbersAreAtTheirOffsets) {
   RecordFields record = Named("abc");
   record.prev = 0x11121314;
   record.next = 0x21222324;
@@ -158,7 +158,7 @@ TEST(LoadRecord, HighBytesOfANameAreDropped) {
   EXPECT_EQ(LoadOne(record).name, "ab");
 }
 
-TEST(LoadRecord, AControlCharacterInFrontIsLeftOut) {
+TEST(LoadRecord, AControlCharacterThatBeginsANameIsLeftOut) {
   EXPECT_EQ(LoadOne(Named("\x05SummaryInformation")).name, "SummaryInformation");
   EXPECT_EQ(LoadOne(Named("\x1F"
                           "x"))
@@ -176,23 +176,24 @@ TEST(LoadRecord, AControlCharacterInFrontIsLeftOut) {
 TEST(LoadRecords, InvalidOnesKeepTheirPlaceAndATailIsDropped) {
   const std::string bytes = Named("r", 5).bytes() + Named("x", 6).bytes() + Named("s", 1).bytes();
   DirectoryTree tree = Load(bytes + std::string(127, 'n'));
-  ASSERT_EQ(tree.entries.size(), 3u);
-  EXPECT_FALSE(tree.entries[1].valid);
-  EXPECT_EQ(tree.entries[1].name, "x");
-  EXPECT_EQ(tree.entries[2].name, "s");
-  LoadDirectory(tree, Bytes(bytes), 128);
-  EXPECT_EQ(tree.entries.size(), 1u);
-  LoadDirectory(tree, nullptr, 0);
-  EXPECT_TRUE(tree.entries.empty());
+  ASSERT_EQ(tree.entries().size(), 3u);
+  EXPECT_FALSE(tree.entries()[1].valid);
+  EXPECT_EQ(tree.entries()[1].name, "x");
+  EXPECT_EQ(tree.entries()[2].name, "s");
+  LoadDirectory(tree, Bytes(bytes).first(128));
+  EXPECT_EQ(tree.entries().size(), 1u);
+  LoadDirectory(tree, {});
+  EXPECT_TRUE(tree.entries().empty());
 }
 
 TEST(SaveRecords, TheRoot) {
-  DirectoryTree tree;
-  tree.entries[0].child = 0x12345678;
-  tree.entries[0].name = "not this";
-  tree.entries[0].start = 3;
-  tree.entries[0].size = 4;
-  tree.entries[0].prev = 5;
+  DirectoryTree::Entries entries(1);
+  entries[0].child = 0x12345678;
+  entries[0].name = "not this";
+  entries[0].start = 3;
+  entries[0].size = 4;
+  entries[0].prev = 5;
+  DirectoryTree tree(entries);
   RecordFields root = Named("Root Entry", 5);
   EXPECT_EQ(root.nameSize, 22);
   root.colour = 0;
@@ -213,9 +214,8 @@ TEST(SaveRecords, TheRoot) {
 }
 
 TEST(SaveRecords, StreamsStoragesAndInvalidOnes) {
-  DirectoryTree tree;
-  tree.entries.resize(4);
-  DirectoryEntry& stream = tree.entries[1];
+  DirectoryTree::Entries entries(4);
+  DirectoryEntry& stream = entries[1];
   stream.valid = true;
   stream.name = "s\xE4";
   stream.isDirectory = false;
@@ -224,14 +224,15 @@ TEST(SaveRecords, StreamsStoragesAndInvalidOnes) {
   stream.prev = 2;
   stream.next = 3;
   stream.child = 4;
-  DirectoryEntry& storage = tree.entries[2];
+  DirectoryEntry& storage = entries[2];
   storage.valid = true;
   storage.name = "st";
   storage.start = 7;
   storage.size = 8;
-  tree.entries[3].isDirectory = false;
-  tree.entries[3].name = "gone";
-  tree.entries[3].start = 9;
+  entries[3].isDirectory = false;
+  entries[3].name = "gone";
+  entries[3].start = 9;
+  DirectoryTree tree(entries);
 
   const std::string bytes = Save(tree);
   ASSERT_EQ(bytes.size(), 4 * 128u);
@@ -245,8 +246,8 @@ TEST(SaveRecords, StreamsStoragesAndInvalidOnes) {
   RecordFields folder = Named("st", 1);
   folder.start = 0xFFFFFFFF;
   EXPECT_EQ(bytes.substr(256, 128), folder.bytes());
-  EXPECT_EQ(storage.start, 0xFFFFFFFFu);
-  EXPECT_EQ(storage.size, 0u);
+  EXPECT_EQ(tree.entries()[2].start, 0xFFFFFFFFu);
+  EXPECT_EQ(tree.entries()[2].size, 0u);
   RecordFields invalid = Named("gone", 0);
   invalid.start = 9;
   EXPECT_EQ(bytes.substr(384, 128), invalid.bytes());
@@ -255,16 +256,16 @@ TEST(SaveRecords, StreamsStoragesAndInvalidOnes) {
 TEST(SaveRecords, NamesAreCutTo32Characters) {
   const std::string name = "0123456789012345678901234567890";
   for (const std::string more : {"", "1", "12"}) {
-    DirectoryTree tree;
-    tree.entries.resize(2);
-    tree.entries[1].valid = true;
-    tree.entries[1].isDirectory = false;
-    tree.entries[1].name = name + more;
-    tree.entries[1].start = 0;
+    DirectoryTree::Entries entries(2);
+    entries[1].valid = true;
+    entries[1].isDirectory = false;
+    entries[1].name = name + more;
+    entries[1].start = 0;
+    DirectoryTree tree(entries);
     RecordFields expected = Named(name + more.substr(0, 1));
     EXPECT_EQ(expected.nameSize, more.empty() ? 64 : 66);
     EXPECT_EQ(Save(tree).substr(128), expected.bytes());
-    EXPECT_EQ(std::string_view(tree.entries[1].name), name + more);
+    EXPECT_EQ(std::string_view(tree.entries()[1].name), name + more);
   }
 }
 
@@ -272,17 +273,17 @@ TEST(FlushDirectory, WritesTheMarkedBlocksAndTheLastOneInPart) {
   NewFile made;
   CompoundFile& file = made.file();
   const std::string old(512, '.');
-  for (const uint64_t block : {4u, 5u, 6u}) SaveBigBlock(file, block, 0, Bytes(old), 512);
-  DirectoryTree tree;
-  tree.entries.resize(6);
-  for (uint64_t i = 1; i < 6; ++i) tree.entries[i].name = "e";
-  tree.dirtyBlocks.clear();
-  MarkDirectoryDirty(tree, 5, 512);
-  FlushDirectory(tree, Blocks({5, 4, 6}), file, 512, 77, 88);
-  EXPECT_TRUE(tree.dirtyBlocks.empty());
-  MarkDirectoryDirty(tree, 3, 512);
-  EXPECT_TRUE(tree.dirtyBlocks.contains(0));
-  FlushDirectory(tree, Blocks({6}), file, 512, 77, 88);
+  for (const uint64_t block : {4u, 5u, 6u}) SaveBigBlock(file, block, 0, Bytes(old));
+  DirectoryTree::Entries entries(6);
+  for (uint64_t i = 1; i < 6; ++i) entries[i].name = "e";
+  DirectoryTree tree(entries);
+  BlockMarks marks;
+  MarkDirectoryDirty(marks, 5, 512);
+  FlushDirectory(tree, marks, Blocks({5, 4, 6}), made.parts().big, {77, 88});
+  EXPECT_TRUE(marks.empty());
+  MarkDirectoryDirty(marks, 3, 512);
+  EXPECT_TRUE(marks.contains(0));
+  FlushDirectory(tree, marks, Blocks({6}), made.parts().big, {77, 88});
   const std::string bytes = made.end();
 
   RecordFields invalid = Named("e", 0);
@@ -299,9 +300,9 @@ TEST(FlushDirectory, WritesTheMarkedBlocksAndTheLastOneInPart) {
 
 TEST(FlushDirectory, AnEmptyOneWritesNothing) {
   NewFile made;
-  DirectoryTree tree;
-  tree.entries.clear();
-  FlushDirectory(tree, Blocks({4}), made.file(), 512, 77, 88);
+  DirectoryTree tree((DirectoryTree::Entries()));
+  BlockMarks marks = DirtyMarks().directory;
+  FlushDirectory(tree, marks, Blocks({4}), made.parts().big, {77, 88});
   EXPECT_EQ(made.end(), "");
 }
 

@@ -15,13 +15,12 @@ constexpr uint64_t kNone = 0xFFFFFFFF;
 // A tree without a file: entry 0 is the root, the others are streams unless said otherwise.
 class Tree {
  public:
-  explicit Tree(uint64_t rootChild) {
-    tree_.isIndexed = false;
-    tree_.entries[0].child = rootChild;
+  explicit Tree(uint64_t rootChild) : entries(DirectoryTree().entries()) {
+    entries[0].child = rootChild;
   }
 
   Tree& add(std::string_view name, uint64_t prev, uint64_t next, uint64_t child = kNone) {
-    DirectoryEntry& entry = tree_.entries.emplace_back();
+    DirectoryEntry& entry = entries.emplace_back();
     entry.valid = true;
     entry.name = name;
     entry.isDirectory = child != kNone;
@@ -31,17 +30,17 @@ class Tree {
     return *this;
   }
 
-  DirectoryTree& operator*() { return tree_; }
-  DirectoryTree* operator->() { return &tree_; }
+  // The tree as it is loaded.
+  DirectoryTree load() const { return DirectoryTree(entries); }
 
   // The index that a path leads to, -1 for none.
-  int64_t find(std::string_view path) {
-    const DirectoryEntry* const entry = FindEntry(tree_, path, false, 512, nullptr);
-    return entry == nullptr ? -1 : entry - tree_.entries.data();
+  int64_t find(std::string_view path) const {
+    DirectoryTree tree = load();
+    const DirectoryEntry* const entry = FindEntry(tree, path);
+    return entry == nullptr ? -1 : entry - tree.entries().data();
   }
 
- private:
-  DirectoryTree tree_;
+  DirectoryTree::Entries entries;
 };
 
 //   root: bb(1) with a(2) and cc(3) beside it; below cc: d(4)
@@ -68,7 +67,7 @@ TEST(Find, EmptyPathsAndTheRoot) {
   Tree tree = SmallTree();
   EXPECT_EQ(tree.find(""), -1);
   EXPECT_EQ(tree.find("/"), 0);
-  tree->entries = KernelVector<DirectoryEntry>();
+  tree.entries = KernelVector<DirectoryEntry>();
   EXPECT_EQ(tree.find("/"), -1);
   EXPECT_EQ(tree.find("a"), -1);
 }
@@ -93,8 +92,8 @@ TEST(Find, BelowAStreamThereIsNothing) { EXPECT_EQ(SmallTree().find("a/b"), -1);
 
 TEST(Find, AStreamsChildrenAreSearched) {
   Tree tree = SmallTree();
-  tree->entries[2].child = 4;
-  EXPECT_FALSE(tree->entries[2].isDirectory);
+  tree.entries[2].child = 4;
+  EXPECT_FALSE(tree.entries[2].isDirectory);
   EXPECT_EQ(tree.find("a/d"), 4);
 }
 
@@ -136,14 +135,14 @@ TEST(Find, AChildOf0IsAChild) {
 
 TEST(Find, InvalidEntriesEndASearch) {
   Tree tree = SmallTree();
-  tree->entries[2].valid = false;
+  tree.entries[2].valid = false;
   EXPECT_EQ(tree.find("a"), -1);
-  tree->entries[1].valid = false;
+  tree.entries[1].valid = false;
   EXPECT_EQ(tree.find("cc"), -1);
-  tree->entries[1].valid = true;
-  tree->entries[3].valid = false;
+  tree.entries[1].valid = true;
+  tree.entries[3].valid = false;
   EXPECT_EQ(tree.find("cc/d"), -1);
-  tree->entries[0].valid = false;
+  tree.entries[0].valid = false;
   EXPECT_EQ(tree.find("bb"), -1);
   EXPECT_EQ(tree.find("/"), 0);  // its validity is not asked for
 }
@@ -154,28 +153,30 @@ TEST(Find, LinksBeyondTheDirectoryEndASearch) {
 }
 
 TEST(Sibling, TellsWhereItEnded) {
-  Tree tree = SmallTree();
+  Tree small = SmallTree();
+  DirectoryTree tree = small.load();
   uint64_t closest = kNone;
-  EXPECT_EQ(FindSibling(*tree, 1, "cc", closest), 3u);
+  EXPECT_EQ(FindSibling(tree, 1, "cc", closest), 3u);
   EXPECT_EQ(closest, kNone);
-  EXPECT_EQ(FindSibling(*tree, 1, "c", closest), 0u);
+  EXPECT_EQ(FindSibling(tree, 1, "c", closest), 0u);
   EXPECT_EQ(closest, 2u);
-  EXPECT_EQ(FindSibling(*tree, 1, "ccc", closest), 0u);
+  EXPECT_EQ(FindSibling(tree, 1, "ccc", closest), 0u);
   EXPECT_EQ(closest, 3u);
   closest = 77;
-  tree->entries[2].valid = false;
-  EXPECT_EQ(FindSibling(*tree, 1, "c", closest), 0u);
-  EXPECT_EQ(FindSibling(*tree, 5, "c", closest), 0u);
+  small.entries[2].valid = false;
+  tree = small.load();
+  EXPECT_EQ(FindSibling(tree, 1, "c", closest), 0u);
+  EXPECT_EQ(FindSibling(tree, 5, "c", closest), 0u);
   EXPECT_EQ(closest, 77u);
 }
 
 TEST(Sibling, ACircleGivesNothing) {
-  Tree tree = Tree(1).add("b", 2, 3).add("c", 3, 1).add("d", 1, 2);
+  DirectoryTree tree = Tree(1).add("b", 2, 3).add("c", 3, 1).add("d", 1, 2).load();
   uint64_t closest = kNone;
-  EXPECT_EQ(FindSibling(*tree, 1, "a", closest), 0u);
-  EXPECT_EQ(FindSibling(*tree, 1, "zz", closest), 0u);
+  EXPECT_EQ(FindSibling(tree, 1, "a", closest), 0u);
+  EXPECT_EQ(FindSibling(tree, 1, "zz", closest), 0u);
   EXPECT_EQ(closest, kNone);
-  EXPECT_EQ(FindSibling(*tree, 1, "d", closest), 3u);
+  EXPECT_EQ(FindSibling(tree, 1, "d", closest), 3u);
   Tree self = Tree(1).add("b", 1, 1);
   EXPECT_EQ(self.find("a"), -1);
 }
@@ -240,24 +241,31 @@ TEST(ListNames, StreamsAndMissingPathsAreEmpty) {
   EXPECT_EQ(file.names("empty"), "");
 }
 
-std::string NamesOf(Tree& tree) {
-  CompoundStorage storage;
-  CompoundFile file(storage, KERNEL_BAD_HANDLE);
-  file.directory = std::move(*tree);
+// A file that nothing can be read from.
+struct NoFile {
+  explicit NoFile(DirectoryTree tree) { PartsOf(file).directory = std::move(tree); }
+  DirectoryTree& tree() { return PartsOf(file).directory; }
+
+  CompoundFile file = CompoundFile(KERNEL_BAD_HANDLE);
+  CompoundStorage storage{&file};
+};
+
+std::string NamesOf(const Tree& tree) {
+  const NoFile file(tree.load());
   std::string all;
-  for (const KernelString& name : ListEntryNames(storage, "/")) all += std::string(name) + " ";
+  for (const KernelString& name : ListEntryNames(file.storage, "/")) all += std::string(name) + " ";
   return all;
 }
 
 TEST(ListNames, InvalidEntriesAreListed) {
   Tree tree = SmallTree();
-  tree->entries[1].valid = false;
+  tree.entries[1].valid = false;
   EXPECT_EQ(NamesOf(tree), "a bb cc ");
 }
 
 TEST(ListNames, AnInvalidRootHasNoNames) {
   Tree tree = SmallTree();
-  tree->entries[0].valid = false;
+  tree.entries[0].valid = false;
   EXPECT_EQ(NamesOf(tree), "");
 }
 
@@ -279,7 +287,6 @@ TEST(ListNames, TheSecondListingIsLikeTheFirst) {
   CompoundBuilder builder;
   builder.stream("a", "").stream("b", "").storage("c").stream("d", "");
   LoadedFile file(builder.write());
-  file.file().directory.visit = UINT32_MAX - 1;
   for (int i = 0; i < 4; ++i) {
     EXPECT_EQ(file.names("/"), "a b c");
     EXPECT_EQ(file.names("c"), "d");
@@ -296,73 +303,67 @@ std::string ManyName(uint64_t i) {
 }
 
 // The children of the root, in order from entry 1 on.
-DirectoryTree ManyEntries(bool asList) {
-  DirectoryTree tree;
-  tree.isIndexed = false;
-  tree.entries.resize(kMany + 1);
+DirectoryTree ManyEntries(bool asList, uint64_t steps = DirectoryTree::kSearchSteps) {
+  DirectoryTree::Entries entries = DirectoryTree().entries();
+  entries.resize(kMany + 1);
   for (uint64_t i = 1; i <= kMany; ++i) {
-    tree.entries[i].valid = true;
-    tree.entries[i].name = ManyName(i);
+    entries[i].valid = true;
+    entries[i].name = ManyName(i);
   }
   struct Range {
     uint64_t first, last;
     uint64_t* link;
   };
-  std::vector<Range> ranges = {{1, kMany + 1, &tree.entries[0].child}};
+  std::vector<Range> ranges = {{1, kMany + 1, &entries[0].child}};
   while (!ranges.empty()) {
     const Range range = ranges.back();
     ranges.pop_back();
     if (range.first == range.last) continue;
     const uint64_t middle = asList ? range.first : range.first + (range.last - range.first) / 2;
     *range.link = middle;
-    ranges.push_back({range.first, middle, &tree.entries[middle].prev});
-    ranges.push_back({middle + 1, range.last, &tree.entries[middle].next});
+    ranges.push_back({range.first, middle, &entries[middle].prev});
+    ranges.push_back({middle + 1, range.last, &entries[middle].next});
   }
-  return tree;
+  return DirectoryTree(std::move(entries), steps);
 }
 
 TEST(ManyEntries, BalancedAllAreFoundInAFewStepsEach) {
-  CompoundStorage storage;
-  CompoundFile file(storage, KERNEL_BAD_HANDLE);
-  file.directory = ManyEntries(false);
-  const uint64_t before = file.directory.stepsLeft;
+  NoFile file(ManyEntries(false));
+  const uint64_t before = file.tree().stepsLeft();
   for (uint64_t i = 1; i <= kMany; ++i) {
-    const DirectoryEntry* const entry = FindEntry(file.directory, ManyName(i), false, 512, nullptr);
-    ASSERT_EQ(entry, &file.directory.entries[i]);
+    const DirectoryEntry* const entry = FindEntry(file.tree(), ManyName(i));
+    ASSERT_EQ(entry, &file.tree().entries()[i]);
   }
-  EXPECT_LT(before - file.directory.stepsLeft, 17 * kMany);
-  EXPECT_EQ(file.directory.searched.looks(), 0u);
-  EXPECT_EQ(ListEntryNames(storage, "/").size(), kMany);
+  EXPECT_LT(before - file.tree().stepsLeft(), 17 * kMany);
+  EXPECT_EQ(file.tree().searchIndex().looks(), 0u);
+  EXPECT_EQ(ListEntryNames(file.storage, "/").size(), kMany);
 }
 
 TEST(ManyEntries, AListIsWalkedAndSearched) {
-  CompoundStorage storage;
-  CompoundFile file(storage, KERNEL_BAD_HANDLE);
-  file.directory = ManyEntries(true);
-  const KernelVector<KernelString> names = ListEntryNames(storage, "/");
+  NoFile file(ManyEntries(true));
+  const KernelVector<KernelString> names = ListEntryNames(file.storage, "/");
   ASSERT_EQ(names.size(), kMany);
   EXPECT_EQ(std::string_view(names.back()), "0100000");
   // As often as there are entries, for the last of the list.
-  const uint64_t before = file.directory.stepsLeft;
+  const uint64_t before = file.tree().stepsLeft();
   for (uint64_t i = 0; i < kMany; ++i) {
-    ASSERT_NE(FindEntry(file.directory, "0100000", false, 512, nullptr), nullptr);
+    ASSERT_NE(FindEntry(file.tree(), "0100000"), nullptr);
   }
-  EXPECT_LE(before - file.directory.stepsLeft, kMany);
-  EXPECT_EQ(file.directory.searched.looks(), kMany);
+  EXPECT_LE(before - file.tree().stepsLeft(), kMany);
+  EXPECT_EQ(file.tree().searchIndex().looks(), kMany);
 }
 
 // Searches that tell where a new entry would hang go along the links, until these are used up.
 TEST(ManyEntries, SearchesTogetherAreBounded) {
   NewFile made;
-  made.file().directory = ManyEntries(true);
-  DirectoryTree& tree = made.file().directory;
-  tree.stepsLeft = 3 * kMany;
+  made.parts().directory = ManyEntries(true, 3 * kMany);
+  const DirectoryTree& tree = made.parts().directory;
   uint64_t found = 0;
   for (int i = 0; i < 10; ++i) {
-    found += FindEntry(tree, "0099999", true, 512, &made.file()) == &tree.entries[99999] ? 1 : 0;
+    found += FindEntry(made.file(), "0099999", true) == &tree.entries()[99999] ? 1 : 0;
   }
   EXPECT_EQ(found, 3u);
-  EXPECT_EQ(tree.stepsLeft, 0u);
+  EXPECT_EQ(tree.stepsLeft(), 0u);
 }
 
 }  // namespace

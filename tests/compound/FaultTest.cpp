@@ -20,12 +20,11 @@ std::string Image() {
 }
 
 std::string ReadingOf(uint64_t handle, uint64_t* failedSeeks = nullptr) {
-  CompoundStorage storage;
-  CompoundFile file(storage, handle);
-  LoadCompoundFile(file);
-  std::string text = std::to_string(file.result) + (file.opened ? "+" : "-");
-  if (failedSeeks != nullptr) *failedSeeks = file.failedSeeks;
-  if (!file.opened) return text;
+  CompoundFile file = CompoundFile::open(handle);
+  CompoundStorage storage{&file};
+  std::string text = std::to_string(file.result()) + (file.isOpened() ? "+" : "-");
+  if (failedSeeks != nullptr) *failedSeeks = file.failedSeeks();
+  if (!file.isOpened()) return text;
   for (const char* path : {"/", "folder"}) {
     for (const KernelString& name : ListEntryNames(storage, path)) text += std::string(name) + ";";
   }
@@ -33,11 +32,10 @@ std::string ReadingOf(uint64_t handle, uint64_t* failedSeeks = nullptr) {
     std::optional<CompoundStream> stream = OpenStream(storage, path);
     if (!stream) continue;
     std::string bytes(stream->size(), '?');
-    const uint64_t read =
-        StreamRead(*stream, 0, reinterpret_cast<unsigned char*>(bytes.data()), bytes.size());
+    const uint64_t read = StreamRead(*stream, 0, Room(bytes));
     text += std::to_string(read) + ":" + bytes.substr(0, read);
   }
-  if (failedSeeks != nullptr) *failedSeeks = file.failedSeeks;
+  if (failedSeeks != nullptr) *failedSeeks = file.failedSeeks();
   return text;
 }
 
@@ -82,22 +80,19 @@ TEST(Faults, ReadsThatFallShort) {
 
 TEST(Faults, WhatAShortReadOfAStreamLeavesIsZero) {
   const MemoryMail mail(Image());
-  CompoundStorage storage;
-  CompoundFile file(storage, mail.handle());
-  LoadCompoundFile(file);
+  CompoundFile file = CompoundFile::open(mail.handle());
+  CompoundStorage storage{&file};
   std::optional<CompoundStream> stream = OpenStream(storage, "big");
   std::string bytes(4700, '?');
   PlainKernelFailAt(PlainKernelFaultRead, 1);
-  EXPECT_EQ(StreamRead(*stream, 0, reinterpret_cast<unsigned char*>(bytes.data()), 4700), 4700u);
+  EXPECT_EQ(StreamRead(*stream, 0, Room(bytes)), 4700u);
   std::string expected = Pattern(4700);
   expected[4607] = '\0';  // the end of the nine whole blocks
   EXPECT_EQ(bytes, expected);
 
   std::string block(512, '?');
   PlainKernelFailAt(PlainKernelFaultRead, 1);
-  EXPECT_EQ(
-      LoadBigBlock(file, stream->blocks[0], reinterpret_cast<unsigned char*>(block.data()), 512),
-      512u);
+  EXPECT_EQ(LoadBigBlock(file, stream->blocks[0], Room(block)), 512u);
   EXPECT_EQ(block, Pattern(4700).substr(0, 511) + "?");  // here it stays as it was
 }
 
@@ -118,7 +113,7 @@ TEST(Faults, SeeksThatFail) {
       EXPECT_TRUE(reading.starts_with("0+") && reading.size() < kWhole.size());
     }
   });
-  EXPECT_EQ(calls, 8u);  // to the end and back, and in front of each read behind the header's
+  EXPECT_EQ(calls, 8u);  // to the end and back, and before each read after the header's
   EXPECT_EQ(ReadingOf(mail.handle()), kWhole);
 }
 
@@ -189,7 +184,7 @@ TEST(Faults, SeeksThatFailWhileWriting) {
     NewFile made;
     faulted([&] { WriteAll(made); });
     LoadedFile file(made.end());
-    EXPECT_LE(file.file().result, faulted.isReached() ? 3u : 0u);
+    EXPECT_LE(file.file().result(), faulted.isReached() ? 3u : 0u);
   });
   EXPECT_GT(calls, 100u);
 }

@@ -18,8 +18,8 @@ uint64_t ResultWith(size_t offset, uint64_t value, size_t width = 4) {
   CompoundImage image = CompoundBuilder().stream("a", "text").image();
   image.put(offset, value, width);
   LoadedFile loaded(image.bytes);
-  EXPECT_EQ(loaded.file().opened, loaded.file().result == CompoundOk);
-  return loaded.file().result;
+  EXPECT_EQ(loaded.file().isOpened(), loaded.file().result() == CompoundOk);
+  return loaded.file().result();
 }
 
 TEST(Header, NewOneIsAsWritten) {
@@ -29,7 +29,7 @@ TEST(Header, NewOneIsAsWritten) {
   EXPECT_EQ(header.threshold, 4096u);
   EXPECT_EQ(header.metaStart, 0xFFFFFFFEu);
   for (const uint64_t block : header.tableBlocks) EXPECT_EQ(block, 0xFFFFFFFFu);
-  EXPECT_TRUE(header.dirty);
+  EXPECT_TRUE(DirtyMarks().header);
   EXPECT_EQ(header.tableBlockCount + header.directoryStart + header.smallTableStart +
                 header.smallTableBlockCount + header.metaBlockCount,
             0u);
@@ -45,16 +45,14 @@ TEST(Header, NewOneIsAsWritten) {
   HeaderBytes bytes;
   bytes.fill(0xAA);
   SaveHeader(header, bytes);
-  EXPECT_FALSE(header.dirty);
   EXPECT_EQ(std::string(bytes.begin(), bytes.end()), expected);
 }
 
-TEST(Header, NumbersStandAtTheirOffsets) {
+TEST(Header, NumbersAreAtTheirOffsets) {
   HeaderBytes bytes;
   for (size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<unsigned char>(i * 3 + 1);
   CompoundHeader header;
   LoadHeader(header, bytes);
-  EXPECT_FALSE(header.dirty);
   EXPECT_EQ(header.magic[0], 0x01);
   EXPECT_EQ(header.magic[7], 0x16);
   EXPECT_EQ(header.bigShift, 0x5E5Bu);
@@ -84,19 +82,18 @@ TEST(Header, NumbersStandAtTheirOffsets) {
 TEST(Header, AMagicOfOtherBytesIsNoCompoundFile) {
   for (size_t i = 0; i < 8; ++i) EXPECT_EQ(ResultWith(i, 0x20, 1), CompoundNotCompound) << i;
   LoadedFile empty("");
-  EXPECT_EQ(empty.file().result, CompoundNotCompound);
-  EXPECT_FALSE(empty.file().opened);
+  EXPECT_EQ(empty.file().result(), CompoundNotCompound);
+  EXPECT_FALSE(empty.file().isOpened());
   LoadedFile cut(CompoundBuilder().write().substr(0, 7));
-  EXPECT_EQ(cut.file().result, CompoundNotCompound);
+  EXPECT_EQ(cut.file().result(), CompoundNotCompound);
 }
 
 TEST(Header, AHandleThatCannotSeekIsNotOpened) {
-  CompoundStorage storage;
-  CompoundFile file(storage, KERNEL_BAD_HANDLE);
-  EXPECT_EQ(file.result, 0u);
+  CompoundFile file(KERNEL_BAD_HANDLE);
+  EXPECT_EQ(file.result(), 0u);
   LoadCompoundFile(file);
-  EXPECT_EQ(file.result, CompoundOpenFailed);
-  EXPECT_FALSE(file.opened);
+  EXPECT_EQ(file.result(), CompoundOpenFailed);
+  EXPECT_FALSE(file.isOpened());
 }
 
 TEST(Header, TheLimitBetweenSmallAndBigIsFixed) {
@@ -118,17 +115,17 @@ TEST(Header, MetaBlocksNeedAFullHeader) {
   for (size_t i = 0; i < 109; ++i) image.put(kTableBlocks + 4 * i, image.tableBlocks[0]);
   image.put(kMetaBlockCount, 1);
   image.put(kTableBlockCount, 108);
-  EXPECT_EQ(LoadedFile(image.bytes).file().result, CompoundDamaged);
+  EXPECT_EQ(LoadedFile(image.bytes).file().result(), CompoundDamaged);
   image.put(kTableBlockCount, 109);
   LoadedFile full(image.bytes);
-  EXPECT_EQ(full.file().result, CompoundOk);
-  EXPECT_TRUE(full.file().metaBlocks.empty());  // what they would hold is not asked for
+  EXPECT_EQ(full.file().result(), CompoundOk);
+  EXPECT_TRUE(full.parts().metaBlocks.empty());  // what they would hold is not asked for
   image.put(kMetaBlockCount, 0xFFFFFFFF);
   LoadedFile most(image.bytes);
-  EXPECT_EQ(most.file().result, CompoundOk);
+  EXPECT_EQ(most.file().result(), CompoundOk);
   EXPECT_EQ(most.stream("a"), "text");
   image.put(kTableBlocks + 4 * 108, 0xFFFFFFFF);
-  EXPECT_EQ(LoadedFile(image.bytes).file().result, CompoundDamaged);
+  EXPECT_EQ(LoadedFile(image.bytes).file().result(), CompoundDamaged);
 }
 
 TEST(Header, BlockSizesLieInTheirBounds) {
@@ -154,8 +151,8 @@ TEST(Header, ShiftsInBoundsGiveTheSizes) {
     EXPECT_TRUE(header.isReadable()) << shift;
   }
   LoadedFile loaded(CompoundBuilder(CompoundVersion::V4).write());
-  EXPECT_EQ(loaded.file().bigTable.blockSize, 4096u);
-  EXPECT_EQ(loaded.file().smallTable.blockSize, 64u);
+  EXPECT_EQ(loaded.parts().bigTable.blockSize, 4096u);
+  EXPECT_EQ(loaded.parts().smallTable.blockSize, 64u);
 }
 
 TEST(Header, VersionByteOrderAndClassIdAreNotLookedAt) {
@@ -169,18 +166,18 @@ TEST(Header, VersionByteOrderAndClassIdAreNotLookedAt) {
 
 TEST(Header, TablesBeyond64MebibytesAreRefused) {
   CompoundImage image = CompoundBuilder().stream("a", "text").image();
-  for (size_t i = 0; i < 109; ++i) image.put(kTableBlocks + 4 * i, 5000);  // behind the end
+  for (size_t i = 0; i < 109; ++i) image.put(kTableBlocks + 4 * i, 5000);  // after the end
   image.put(kTableBlockCount, (64u << 20) / 512);
-  EXPECT_EQ(LoadedFile(image.bytes).file().result, CompoundOk);
+  EXPECT_EQ(LoadedFile(image.bytes).file().result(), CompoundOk);
   image.put(kTableBlockCount, (64u << 20) / 512 + 1);
-  EXPECT_EQ(LoadedFile(image.bytes).file().result, CompoundDamaged);
+  EXPECT_EQ(LoadedFile(image.bytes).file().result(), CompoundDamaged);
   image.put(kTableBlockCount, 110);
   image.put(kMetaBlockCount, (64u << 20) / 512);
-  EXPECT_EQ(LoadedFile(image.bytes).file().result, CompoundOk);
+  EXPECT_EQ(LoadedFile(image.bytes).file().result(), CompoundOk);
   image.put(kMetaBlockCount, (64u << 20) / 512 + 1);
-  EXPECT_EQ(LoadedFile(image.bytes).file().result, CompoundDamaged);
+  EXPECT_EQ(LoadedFile(image.bytes).file().result(), CompoundDamaged);
   image.put(kTableBlockCount, 0xFFFFFFFF);
-  EXPECT_EQ(LoadedFile(image.bytes).file().result, CompoundDamaged);
+  EXPECT_EQ(LoadedFile(image.bytes).file().result(), CompoundDamaged);
 }
 
 }  // namespace

@@ -25,9 +25,9 @@ TEST(Meta, TableBlocksFromThe110thOnComeFromMetaBlocks) {
     const size_t metas = tables == 109 ? 0 : (tables - 109 + 126) / 127;
     ASSERT_EQ(image.metaBlocks.size(), metas);
     LoadedFile file(image.bytes);
-    ASSERT_EQ(file.file().result, CompoundOk);
-    EXPECT_EQ(file.file().metaBlocks.size(), metas);
-    EXPECT_EQ(file.file().bigTable.entries.size(), tables * 128);
+    ASSERT_EQ(file.file().result(), CompoundOk);
+    EXPECT_EQ(file.parts().metaBlocks.size(), metas);
+    EXPECT_EQ(file.parts().bigTable.entries.size(), tables * 128);
     const BlockList list = BigTableBlocks(file.file(), false);
     EXPECT_EQ(List(list),
               std::vector<uint64_t>(image.tableBlocks.begin(), image.tableBlocks.end()));
@@ -42,8 +42,8 @@ TEST(Meta, NumbersThatNothingFillsAre0) {
   const auto tables = static_cast<uint32_t>(image.tableBlocks.size());
   image.put(72, 0);  // no meta blocks
   LoadedFile file(image.bytes);
-  EXPECT_TRUE(file.file().metaBlocks.empty());
-  EXPECT_TRUE(file.file().metaData.empty());
+  EXPECT_TRUE(file.parts().metaBlocks.empty());
+  EXPECT_TRUE(file.parts().metaData.empty());
   const BlockList list = BigTableBlocks(file.file(), true);
   ASSERT_EQ(list.size(), tables);
   EXPECT_EQ(list[108], image.tableBlocks[108]);
@@ -58,11 +58,11 @@ TEST(Meta, MoreMetaBlocksThanNumbersReadTheLastNumberAgain) {
   ASSERT_EQ(image.tableBlocks.size(), 110u);
   image.put(72, 3);
   LoadedFile file(image.bytes);
-  EXPECT_EQ(file.file().metaBlocks.size(), 3u);
+  EXPECT_EQ(file.parts().metaBlocks.size(), 3u);
   // The second "meta block" is the table block that the first one named.
-  EXPECT_EQ(file.file().metaBlocks[1], image.tableBlocks[109]);
-  EXPECT_EQ(file.file().metaData.size(), 1u);
-  EXPECT_EQ(file.file().metaBlocks[2], image.get(image.block(image.tableBlocks[109])));
+  EXPECT_EQ(file.parts().metaBlocks[1], image.tableBlocks[109]);
+  EXPECT_EQ(file.parts().metaData.size(), 1u);
+  EXPECT_EQ(file.parts().metaBlocks[2], image.get(image.block(image.tableBlocks[109])));
 }
 
 constexpr uint64_t kMebibyte = uint64_t{1} << 20;
@@ -87,12 +87,11 @@ std::string ReadLargeFile(const std::filesystem::path& path) {
   const uint64_t handle = KernelFileOpen(path.u16string().c_str(), KERNEL_OPEN_READ, 256);
   std::string bytes(5000, '?');
   {
-    CompoundStorage storage;
-    CompoundFile file(storage, handle);
-    LoadCompoundFile(file);
-    EXPECT_EQ(file.result, CompoundOk);
+    CompoundFile file = CompoundFile::open(handle);
+    CompoundStorage storage{&file};
+    EXPECT_EQ(file.result(), CompoundOk);
     std::optional<CompoundStream> stream = OpenStream(storage, "b");
-    StreamRead(*stream, 0, reinterpret_cast<unsigned char*>(bytes.data()), 5000);
+    StreamRead(*stream, 0, Room(bytes));
   }
   KernelFileClose(handle);
   return bytes;
@@ -126,11 +125,10 @@ TEST(Large, WritingTakesAll64Bits) {
   const std::filesystem::path path = directory.path() / "out";
   const uint64_t handle = KernelFileOpen(path.u16string().c_str(), KERNEL_OPEN_CREATE, 256);
   {
-    CompoundStorage storage;
-    CompoundFile file(storage, handle);
-    file.bigTable.blockSize = kMebibyte;
-    EXPECT_EQ(SaveBigBlock(file, 2047, 3, Bytes("here"), 4), 4u);
-    EXPECT_EQ(file.fileSize, 2048 * kMebibyte + 7);
+    CompoundFile file(handle);
+    PartsOf(file).bigTable.blockSize = kMebibyte;
+    EXPECT_EQ(SaveBigBlock(file, 2047, 3, Bytes("here")), 4u);
+    EXPECT_EQ(file.size(), 2048 * kMebibyte + 7);
   }
   KernelFileClose(handle);
   EXPECT_EQ(std::filesystem::file_size(path), 2048 * kMebibyte + 7);

@@ -14,8 +14,7 @@ namespace {
 
 std::string ReadPart(CompoundStream& stream, uint64_t position, uint64_t length) {
   std::string bytes(length, '?');
-  const uint64_t read =
-      StreamRead(stream, position, reinterpret_cast<unsigned char*>(bytes.data()), length);
+  const uint64_t read = StreamRead(stream, position, Room(bytes));
   EXPECT_LE(read, length);
   EXPECT_EQ(bytes.substr(read), std::string(length - read, '?'));
   return bytes.substr(0, read);
@@ -23,7 +22,7 @@ std::string ReadPart(CompoundStream& stream, uint64_t position, uint64_t length)
 
 void CompareStream(CompoundFile& file, const NaiveReader& naive, size_t entry) {
   const NaiveReader::Entry& expected = naive.entries()[entry];
-  CompoundStream stream(file, file.directory.entries[entry]);
+  CompoundStream stream(file, PartsOf(file).directory.entries()[entry]);
   for (const uint64_t position : {0u, 1u, 64u, 70u, 512u, 700u, 5000u}) {
     for (const uint64_t length : {1u, 65u, 600u, 9000u}) {
       ASSERT_EQ(ReadPart(stream, position, length), naive.read(expected, position, length))
@@ -36,14 +35,14 @@ void Compare(const std::string& bytes) {
   const NaiveReader naive(bytes);
   LoadedFile loaded(bytes);
   CompoundFile& file = loaded.file();
-  ASSERT_EQ(file.result, naive.result());
+  ASSERT_EQ(file.result(), naive.result());
   if (naive.result() != 0) return;
-  ASSERT_EQ(List(file.bigTable.entries), naive.bigTable());
-  ASSERT_EQ(List(file.smallTable.entries), naive.smallTable());
-  ASSERT_EQ(List(file.containerBlocks), naive.container());
-  ASSERT_EQ(file.directory.entries.size(), naive.entries().size());
+  ASSERT_EQ(List(PartsOf(file).bigTable.entries), naive.bigTable());
+  ASSERT_EQ(List(PartsOf(file).smallTable.entries), naive.smallTable());
+  ASSERT_EQ(List(PartsOf(file).small.container()), naive.container());
+  ASSERT_EQ(PartsOf(file).directory.entries().size(), naive.entries().size());
   for (size_t i = 0; i < naive.entries().size(); ++i) {
-    const DirectoryEntry& entry = file.directory.entries[i];
+    const DirectoryEntry& entry = PartsOf(file).directory.entries()[i];
     const NaiveReader::Entry& expected = naive.entries()[i];
     ASSERT_EQ(std::string_view(entry.name), expected.name);
     ASSERT_EQ(entry.valid, expected.valid);
@@ -52,7 +51,7 @@ void Compare(const std::string& bytes) {
     ASSERT_EQ(entry.start, expected.start);
     ASSERT_NO_FATAL_FAILURE(CompareStream(file, naive, i));
   }
-  ASSERT_NE(file.bytesLeft, 0u);
+  ASSERT_NE(PartsOf(file).big.bytesLeft(), 0u);
 }
 
 CompoundImage Sample(uint32_t bigShift, BlockOrder order) {

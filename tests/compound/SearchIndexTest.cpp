@@ -12,6 +12,8 @@
 namespace tarn::test {
 namespace {
 
+using Entries = DirectoryTree::Entries;
+
 constexpr uint64_t kNone = 0xFFFFFFFF;
 
 DirectoryEntry Entry(std::string_view name, uint64_t prev, uint64_t next) {
@@ -24,16 +26,15 @@ DirectoryEntry Entry(std::string_view name, uint64_t prev, uint64_t next) {
   return entry;
 }
 
-// A tree without a file, as if it had been loaded.
-DirectoryTree Loaded(uint64_t rootChild) {
-  DirectoryTree tree;
-  tree.isIndexed = false;
-  tree.entries[0].child = rootChild;
-  return tree;
+// The root of a directory.
+Entries Root(uint64_t child) {
+  Entries entries = DirectoryTree().entries();
+  entries[0].child = child;
+  return entries;
 }
 
 // What following the links from the root's child on leads to, step by step.
-uint64_t FollowLinks(const KernelVector<DirectoryEntry>& entries, std::string_view name) {
+uint64_t FollowLinks(const Entries& entries, std::string_view name) {
   uint64_t at = entries[0].child;
   for (uint64_t steps = 0; steps <= entries.size(); ++steps) {
     if (at >= entries.size() || !entries[at].valid) return kNone;
@@ -48,15 +49,13 @@ uint64_t FollowLinks(const KernelVector<DirectoryEntry>& entries, std::string_vi
 }
 
 // Compares all answers for the root's children. False when the index does not take the root in.
-bool AgreesWithTheLinks(const DirectoryTree& tree, const std::vector<std::string>& names) {
+bool AgreesWithTheLinks(const Entries& entries, const std::vector<std::string>& names) {
   SearchIndex index;
-  index.add(tree.entries, 0);
-  EXPECT_LE(index.looks(), 2 * tree.entries.size());
-  uint64_t found = 0;
-  if (!index.find(tree.entries, 0, "a", found)) return false;
+  index.add(entries, 0);
+  EXPECT_LE(index.looks(), 2 * entries.size());
+  if (!index.find(entries, 0, "a")) return false;
   for (const std::string& name : names) {
-    EXPECT_TRUE(index.find(tree.entries, 0, name, found));
-    EXPECT_EQ(found, FollowLinks(tree.entries, name)) << name;
+    EXPECT_EQ(index.find(entries, 0, name), FollowLinks(entries, name)) << name;
   }
   return true;
 }
@@ -69,12 +68,12 @@ TEST(SearchIndex, AllTreesOfThree) {
     for (uint32_t i = 0, rest = code; i < 6; ++i, rest /= 5) {
       links[i] = rest % 5 == 4 ? kNone : rest % 5;
     }
-    DirectoryTree tree = Loaded(1);
+    Entries entries = Root(1);
     for (size_t i = 0; i < 3; ++i) {
       const std::string name(1, static_cast<char>('b' + 2 * i));
-      tree.entries.push_back(Entry(name, links[2 * i], links[2 * i + 1]));
+      entries.push_back(Entry(name, links[2 * i], links[2 * i + 1]));
     }
-    taken += AgreesWithTheLinks(tree, names) ? 1 : 0;
+    taken += AgreesWithTheLinks(entries, names) ? 1 : 0;
     ASSERT_FALSE(HasFailure()) << code;
   }
   EXPECT_EQ(taken, 4668u);  // the others have circles
@@ -94,8 +93,8 @@ TEST(SearchIndex, RandomTrees) {
   uint32_t taken = 0;
   for (int round = 0; round < 20000; ++round) {
     const uint64_t count = 2 + random() % 20;
-    DirectoryTree tree = Loaded(random() % count);
-    tree.entries[0].prev = random() % count;
+    Entries entries = Root(random() % count);
+    entries[0].prev = random() % count;
     // Mostly trees: links lead on. Others lead anywhere.
     const auto link = [&](uint64_t from) -> uint64_t {
       if (random() % 3 == 0) return kNone;
@@ -103,27 +102,25 @@ TEST(SearchIndex, RandomTrees) {
       return from + 1 + random() % 4;
     };
     for (uint64_t i = 1; i < count; ++i) {
-      tree.entries.push_back(Entry(anyName(), link(i), link(i)));
-      tree.entries[i].valid = random() % 16 != 0;
+      entries.push_back(Entry(anyName(), link(i), link(i)));
+      entries[i].valid = random() % 16 != 0;
     }
-    taken += AgreesWithTheLinks(tree, names) ? 1 : 0;
+    taken += AgreesWithTheLinks(entries, names) ? 1 : 0;
     ASSERT_FALSE(HasFailure()) << round;
   }
   EXPECT_GT(taken, 15000u);
 }
 
 TEST(SearchIndex, AStorageThatWasNotTakenInIsUnknown) {
-  DirectoryTree tree = Loaded(1);
-  tree.entries.push_back(Entry("b", kNone, kNone));
+  Entries entries = Root(1);
+  entries.push_back(Entry("b", kNone, kNone));
   SearchIndex index;
-  uint64_t found = 7;
-  EXPECT_FALSE(index.find(tree.entries, 0, "b", found));
-  index.add(tree.entries, 0);
-  EXPECT_TRUE(index.find(tree.entries, 0, "b", found));
-  EXPECT_EQ(found, 1u);
-  EXPECT_FALSE(index.find(tree.entries, 1, "b", found));
+  EXPECT_FALSE(index.find(entries, 0, "b"));
+  index.add(entries, 0);
+  EXPECT_EQ(index.find(entries, 0, "b"), 1u);
+  EXPECT_FALSE(index.find(entries, 1, "b"));
   index.clear();
-  EXPECT_FALSE(index.find(tree.entries, 0, "b", found));
+  EXPECT_FALSE(index.find(entries, 0, "b"));
 }
 
 // Searches of a file -----------------------------------------------------------------------------
@@ -133,28 +130,30 @@ constexpr uint64_t kMany = 20000;
 std::string ManyName(uint64_t i) { return std::to_string(100000 + i); }
 
 // So many streams of the root, in order from entry 1 on.
-DirectoryTree ManyEntries(SiblingShape shape) {
-  DirectoryTree tree = Loaded(shape == SiblingShape::LeftList ? kMany : 1);
+Entries ManyEntries(SiblingShape shape) {
+  Entries entries = Root(shape == SiblingShape::LeftList ? kMany : 1);
   for (uint64_t i = 1; i <= kMany; ++i) {
     const bool left = shape == SiblingShape::LeftList;
-    tree.entries.push_back(
+    entries.push_back(
         Entry(ManyName(i), left && i > 1 ? i - 1 : kNone, !left && i < kMany ? i + 1 : kNone));
   }
-  return tree;
+  return entries;
 }
 
-uint64_t StepsOf(const DirectoryTree& tree) { return DirectoryTree().stepsLeft - tree.stepsLeft; }
+uint64_t StepsOf(const DirectoryTree& tree) {
+  return DirectoryTree::kSearchSteps - tree.stepsLeft();
+}
 
 TEST(UnbalancedTree, AllAreFoundInStepsInProportionToTheirNumber) {
   for (const SiblingShape shape : {SiblingShape::RightList, SiblingShape::LeftList}) {
-    DirectoryTree tree = ManyEntries(shape);
+    DirectoryTree tree(ManyEntries(shape));
     for (uint64_t i = 1; i <= kMany; ++i) {
-      ASSERT_EQ(FindEntry(tree, ManyName(i), false, 512, nullptr), &tree.entries[i]);
-      ASSERT_EQ(FindEntry(tree, ManyName(i) + "x", false, 512, nullptr), nullptr);
+      ASSERT_EQ(FindEntry(tree, ManyName(i)), &tree.entries()[i]);
+      ASSERT_EQ(FindEntry(tree, ManyName(i) + "x"), nullptr);
     }
     // Short searches along the links, and one long one.
     EXPECT_LT(StepsOf(tree), 2 * kMany);
-    EXPECT_EQ(tree.searched.looks(), kMany);
+    EXPECT_EQ(tree.searchIndex().looks(), kMany);
   }
 }
 
@@ -168,10 +167,10 @@ TEST(UnbalancedTree, IsSearchedAnewWhenItIsLoadedAnew) {
   };
   LoadedFile file(bytes("a"));
   EXPECT_TRUE(file.has("a199"));
-  EXPECT_EQ(file.file().directory.searched.looks(), 200u);
+  EXPECT_EQ(file.parts().directory.searchIndex().looks(), 200u);
   LoadedFile other(bytes("b"));
-  const KernelVector<unsigned char> saved = SaveDirectory(other.file().directory);
-  LoadDirectory(file.file().directory, saved.data(), saved.size());
+  const KernelVector<unsigned char> saved = SaveDirectory(other.parts().directory);
+  LoadDirectory(file.parts().directory, {saved.data(), saved.size()});
   EXPECT_FALSE(file.has("a199"));
   EXPECT_TRUE(file.has("b199"));
 }
@@ -181,38 +180,38 @@ TEST(UnbalancedTree, ABalancedOneIsNeverIndexed) {
   for (uint64_t i = 0; i < 5000; ++i) builder.stream(ManyName(i), "");
   LoadedFile file(builder.write());
   for (uint64_t i = 0; i < 5000; ++i) ASSERT_TRUE(file.has(ManyName(i)));
-  EXPECT_EQ(file.file().directory.searched.looks(), 0u);
+  EXPECT_EQ(file.parts().directory.searchIndex().looks(), 0u);
   // Two black levels for each level of a balanced tree.
-  EXPECT_LT(StepsOf(file.file().directory), 5000u * 24);
+  EXPECT_LT(StepsOf(file.parts().directory), 5000u * 24);
 }
 
 // A damaged directory: storages without number have the same children.
 TEST(UnbalancedTree, StoragesThatShareAListCostABoundedWork) {
-  DirectoryTree tree = ManyEntries(SiblingShape::RightList);
+  Entries entries = ManyEntries(SiblingShape::RightList);
   for (uint64_t i = 1; i <= kMany; ++i) {
-    tree.entries[i].isDirectory = true;
-    tree.entries[i].child = 1;
+    entries[i].isDirectory = true;
+    entries[i].child = 1;
   }
-  tree.stepsLeft = 50 * kMany;
+  DirectoryTree tree(entries, 50 * kMany);
   const std::string last = ManyName(kMany);
   uint64_t found = 0;
   for (uint64_t i = 1; i <= kMany; ++i) {
-    found += FindEntry(tree, ManyName(i) + "/" + last, false, 512, nullptr) != nullptr ? 1 : 0;
+    found += FindEntry(tree, ManyName(i) + "/" + last) != nullptr ? 1 : 0;
   }
-  EXPECT_LE(tree.searched.looks(), 2 * (kMany + 1));
-  EXPECT_EQ(tree.stepsLeft, 0u);
+  EXPECT_LE(tree.searchIndex().looks(), 2 * (kMany + 1));
+  EXPECT_EQ(tree.stepsLeft(), 0u);
   // The searches give up once the work is used up.
   EXPECT_GT(found, 40u);
   EXPECT_LT(found, 60u);
 }
 
 TEST(UnbalancedTree, IsSearchedWithoutMemoryToo) {
-  DirectoryTree tree = ManyEntries(SiblingShape::RightList);
+  const Entries entries = ManyEntries(SiblingShape::RightList);
+  std::optional<DirectoryTree> tree;
   const auto round = [&](FaultedWork& faulted) {
-    tree.searched.clear();
-    const DirectoryEntry* const entry =
-        faulted([&] { return FindEntry(tree, ManyName(kMany), false, 512, nullptr); });
-    ASSERT_EQ(entry, &tree.entries[kMany]);
+    tree.emplace(entries);
+    const DirectoryEntry* const entry = faulted([&] { return FindEntry(*tree, ManyName(kMany)); });
+    ASSERT_EQ(entry, &tree->entries()[kMany]);
   };
   // The tree keeps its index.
   EXPECT_GT(FailInTurn(PlainKernelFaultMemory, round, FaultKinds::OneAndFrom), 0u);
@@ -220,19 +219,19 @@ TEST(UnbalancedTree, IsSearchedWithoutMemoryToo) {
 
 TEST(UnbalancedTree, NewEntriesAreFound) {
   NewFile made;
-  DirectoryTree& tree = made.file().directory;
-  tree.isIndexed = false;
-  tree.entries[0].child = 1;
+  Entries entries = Root(1);
   for (uint64_t i = 1; i <= 100; ++i) {
-    tree.entries.push_back(Entry(ManyName(2 * i), kNone, i < 100 ? i + 1 : kNone));
+    entries.push_back(Entry(ManyName(2 * i), kNone, i < 100 ? i + 1 : kNone));
   }
-  ASSERT_NE(FindEntry(tree, ManyName(200), false, 512, nullptr), nullptr);
-  EXPECT_EQ(tree.searched.looks(), 100u);
-  ASSERT_EQ(FindEntry(tree, ManyName(151), true, 512, nullptr), nullptr);
-  const DirectoryEntry* const entry = FindEntry(tree, ManyName(151), true, 512, &made.file());
-  ASSERT_EQ(entry, &tree.entries[101]);
-  EXPECT_EQ(FindEntry(tree, ManyName(151), false, 512, nullptr), entry);
-  EXPECT_EQ(tree.entries[76].prev, 101u);
+  DirectoryTree& tree = made.parts().directory;
+  tree = DirectoryTree(entries);
+  ASSERT_NE(FindEntry(tree, ManyName(200)), nullptr);
+  EXPECT_EQ(tree.searchIndex().looks(), 100u);
+  ASSERT_EQ(FindEntry(tree, ManyName(151)), nullptr);
+  const DirectoryEntry* const entry = FindEntry(made.file(), ManyName(151), true);
+  ASSERT_EQ(entry, &tree.entries()[101]);
+  EXPECT_EQ(FindEntry(tree, ManyName(151)), entry);
+  EXPECT_EQ(tree.entries()[76].prev, 101u);
 }
 
 }  // namespace

@@ -23,9 +23,9 @@ TEST_P(StreamsOfEveryShape, ReadAsTheyWereWritten) {
     builder.at("deep/er").stream("t" + std::to_string(size), Pattern(size, 3));
   }
   LoadedFile file(builder.write());
-  ASSERT_EQ(file.file().result, CompoundOk);
-  EXPECT_TRUE(file.file().opened);
-  EXPECT_FALSE(file.file().writable);
+  ASSERT_EQ(file.file().result(), CompoundOk);
+  EXPECT_TRUE(file.file().isOpened());
+  EXPECT_FALSE(file.file().isWritable());
   for (const size_t size : sizes) {
     EXPECT_EQ(file.stream("s" + std::to_string(size)), Pattern(size, static_cast<unsigned>(size)));
     EXPECT_EQ(file.stream("deep/er/t" + std::to_string(size)), Pattern(size, 3));
@@ -64,8 +64,8 @@ TEST(Open, AnEntryOfAnotherTreeHasNoIndex) {
   EXPECT_EQ(stream.entryIndex, UINT64_MAX);
   EXPECT_EQ(stream.entry(), nullptr);
   unsigned char byte = 7;
-  EXPECT_EQ(StreamRead(stream, 0, &byte, 1), 0u);
-  EXPECT_EQ(StreamWrite(stream, 0, &byte, 1), 0u);
+  EXPECT_EQ(StreamRead(stream, 0, {&byte, 1}), 0u);
+  EXPECT_EQ(StreamWrite(stream, 0, {&byte, 1}), 0u);
   StreamSetSize(stream, 9);
   EXPECT_EQ(byte, 7);
 }
@@ -73,7 +73,7 @@ TEST(Open, AnEntryOfAnotherTreeHasNoIndex) {
 TEST(Close, KeepsTheHandleOpen) {
   LoadedFile file(CompoundBuilder().stream("a", "text").write());
   CloseCompoundFile(file.file());
-  EXPECT_FALSE(file.file().opened);
+  EXPECT_FALSE(file.file().isOpened());
   CloseCompoundFile(file.file());
   EXPECT_EQ(file.stream("a"), "text");
 }
@@ -81,10 +81,10 @@ TEST(Close, KeepsTheHandleOpen) {
 TEST(Open, ForReadingAndAgain) {
   LoadedFile file(CompoundBuilder().stream("a", "text").write());
   EXPECT_TRUE(OpenCompoundFile(file.file(), false, false));
-  EXPECT_FALSE(file.file().writable);
+  EXPECT_FALSE(file.file().isWritable());
   EXPECT_TRUE(OpenCompoundFile(file.file(), true, false));
-  EXPECT_TRUE(file.file().writable);
-  EXPECT_TRUE(file.file().opened);
+  EXPECT_TRUE(file.file().isWritable());
+  EXPECT_TRUE(file.file().isOpened());
   EXPECT_EQ(file.stream("a"), "text");
   LoadedFile none("no compound file");
   EXPECT_FALSE(OpenCompoundFile(none.file(), true, false));
@@ -104,8 +104,7 @@ TEST(Limit, TheSizeDecidesOnTheKindOfBlocks) {
 
 std::string ReadPart(CompoundStream& stream, uint64_t position, uint64_t length) {
   std::string buffer(length, '?');
-  const uint64_t read =
-      StreamRead(stream, position, reinterpret_cast<unsigned char*>(buffer.data()), length);
+  const uint64_t read = StreamRead(stream, position, Room(buffer));
   EXPECT_EQ(buffer.substr(read), std::string(length - read, '?'));
   return buffer.substr(0, read);
 }
@@ -132,7 +131,7 @@ TEST(Read, AnyPartOfAStream) {
       EXPECT_EQ(ReadPart(*stream, UINT64_MAX, 5), "");
       EXPECT_EQ(ReadPart(*stream, 0, 0), "");
       EXPECT_EQ(ReadPart(*stream, size - 1, uint64_t{1} << 20), bytes.substr(size - 1));
-      EXPECT_EQ(StreamRead(*stream, 0, nullptr, 5), 0u);
+      EXPECT_EQ(StreamRead(*stream, 0, {}), 0u);
     }
   }
 }
@@ -202,19 +201,19 @@ TEST(Clipped, LoadBigBlocksGives0ForABlockBehindTheEnd) {
   auto* const to = reinterpret_cast<unsigned char*>(buffer.data());
 
   const uint64_t inside[] = {1, 0, blocks};
-  EXPECT_EQ(LoadBigBlocks(whole.file(), inside, 3, to, 2048), 1024u);  // at the end: 0 bytes of it
+  EXPECT_EQ(LoadBigBlocks(whole.file(), inside, {to, 2048}), 1024u);  // at the end: 0 bytes of it
   EXPECT_EQ(buffer, bytes.substr(1024, 512) + bytes.substr(512, 512) + std::string(1024, '?'));
   const uint64_t behind[] = {1, blocks + 1, 0};
-  EXPECT_EQ(LoadBigBlocks(whole.file(), behind, 3, to, 2048), 0u);
-  EXPECT_EQ(LoadBigBlocks(whole.file(), inside, 1, to, 100), 100u);
-  EXPECT_EQ(LoadBigBlocks(whole.file(), inside, 0, to, 100), 0u);
-  EXPECT_EQ(LoadBigBlocks(whole.file(), inside, 1, nullptr, 100), 0u);
-  EXPECT_EQ(LoadBigBlocks(whole.file(), inside, 1, to, 0), 0u);
+  EXPECT_EQ(LoadBigBlocks(whole.file(), behind, {to, 2048}), 0u);
+  EXPECT_EQ(LoadBigBlocks(whole.file(), {inside, 1}, {to, 100}), 100u);
+  EXPECT_EQ(LoadBigBlocks(whole.file(), {}, {to, 100}), 0u);
+  EXPECT_EQ(LoadBigBlocks(whole.file(), {inside, 1}, {}), 0u);
+  EXPECT_EQ(LoadBigBlocks(whole.file(), {inside, 1}, {to, 0}), 0u);
 
   // A block that is clipped: the next one follows directly.
   LoadedFile cut(bytes.substr(0, bytes.size() - 500));
   const uint64_t clipped[] = {blocks - 1, 0};
-  EXPECT_EQ(LoadBigBlocks(cut.file(), clipped, 2, to, 1024), 524u);
+  EXPECT_EQ(LoadBigBlocks(cut.file(), {clipped, 2}, {to, 1024}), 524u);
   EXPECT_EQ(buffer.substr(0, 524), bytes.substr(bytes.size() - 512, 12) + bytes.substr(512, 512));
 }
 
@@ -244,14 +243,14 @@ TEST(Clipped, LoadSmallBlocksStopsBehindTheContainer) {
   std::string buffer(300, '?');
   auto* const to = reinterpret_cast<unsigned char*>(buffer.data());
   const uint64_t blocks[] = {9, 0, 16, 1};  // two container blocks hold 16 small ones
-  EXPECT_EQ(LoadSmallBlocks(file.file(), blocks, 4, to, 300), 128u);
+  EXPECT_EQ(LoadSmallBlocks(file.file(), blocks, {to, 300}), 128u);
   EXPECT_EQ(buffer, Pattern(600).substr(576) + std::string(40, '\0') + Pattern(600).substr(0, 64) +
                         std::string(172, '?'));
-  EXPECT_EQ(LoadSmallBlocks(file.file(), blocks, 4, to, 70), 70u);
-  EXPECT_EQ(LoadSmallBlock(file.file(), 0, to, 300), 64u);
-  EXPECT_EQ(LoadSmallBlock(file.file(), 0, nullptr, 300), 0u);
-  EXPECT_EQ(LoadSmallBlocks(file.file(), blocks, 0, to, 300), 0u);
-  EXPECT_EQ(LoadSmallBlock(file.file(), 0, to, 0), 0u);
+  EXPECT_EQ(LoadSmallBlocks(file.file(), blocks, {to, 70}), 70u);
+  EXPECT_EQ(LoadSmallBlock(file.file(), 0, {to, 300}), 64u);
+  EXPECT_EQ(LoadSmallBlock(file.file(), 0, {}), 0u);
+  EXPECT_EQ(LoadSmallBlocks(file.file(), {}, {to, 300}), 0u);
+  EXPECT_EQ(LoadSmallBlock(file.file(), 0, {to, 0}), 0u);
 }
 
 // Directory and container ---------------------------------------------------------------------
@@ -260,7 +259,7 @@ TEST(Root, WithoutAContainerSmallStreamsReadAsNothing) {
   CompoundImage image = CompoundBuilder().stream("s", "text").stream("b", Pattern(5000)).image();
   image.put(image.record("") + RecordStart, kEnd);
   LoadedFile file(image.bytes);
-  EXPECT_TRUE(file.file().containerBlocks.empty());
+  EXPECT_TRUE(file.parts().small.container().empty());
   EXPECT_EQ(file.stream("s"), "");
   EXPECT_EQ(file.stream("b"), Pattern(5000));
 }
@@ -269,10 +268,10 @@ TEST(Root, ABrokenDirectoryChainIsAnEmptyDirectory) {
   CompoundImage image = CompoundBuilder().stream("s", "text").image();
   image.put(48, kEnd);
   LoadedFile file(image.bytes);
-  EXPECT_EQ(file.file().result, CompoundOk);
-  EXPECT_TRUE(file.file().opened);
-  EXPECT_TRUE(file.file().directory.entries.empty());
-  EXPECT_TRUE(file.file().containerBlocks.empty());
+  EXPECT_EQ(file.file().result(), CompoundOk);
+  EXPECT_TRUE(file.file().isOpened());
+  EXPECT_TRUE(file.parts().directory.entries().empty());
+  EXPECT_TRUE(file.parts().small.container().empty());
   EXPECT_FALSE(file.has("/"));
   EXPECT_EQ(file.names("/"), "");
 }
@@ -283,7 +282,7 @@ TEST(Root, ADirectoryOfSeveralBlocks) {
   CompoundBuilder builder(options);
   for (int i = 0; i < 50; ++i) builder.stream("n" + std::to_string(i), std::to_string(i));
   LoadedFile file(builder.write());
-  EXPECT_EQ(file.file().directory.entries.size(), 52u);
+  EXPECT_EQ(file.parts().directory.entries().size(), 52u);
   for (int i = 0; i < 50; ++i) EXPECT_EQ(file.stream("n" + std::to_string(i)), std::to_string(i));
 }
 

@@ -33,12 +33,10 @@ TEST(CompoundMutator, MutantsStillLoad) {
     ++count;
     mutants.insert(mutant);
     const MemoryMail mail(mutant);
-    CompoundStorage storage;
-    CompoundFile opened(storage, mail.handle());
-    LoadCompoundFile(opened);
-    if (opened.result != CompoundOk) return;
+    CompoundFile opened = CompoundFile::open(mail.handle());
+    if (opened.result() != CompoundOk) return;
     ++loaded;
-    for (const auto& name : ListEntryNames(storage, "/")) names.emplace(name);
+    for (const auto& name : opened.list("/")) names.emplace(name);
   });
   EXPECT_GE(count, 290U);
   EXPECT_GE(mutants.size(), 200U);

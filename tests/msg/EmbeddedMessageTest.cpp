@@ -38,7 +38,7 @@ TEST(EmbeddedMessage, OfStreamsIsAFileThatOpens) {
   const Export exported(StreamsOnly().write());
   ASSERT_EQ(exported.status, StatusOk);
   OpenMsg file(exported.bytes);
-  ASSERT_EQ(file.file().result, CompoundOk);
+  ASSERT_EQ(file.file().result(), CompoundOk);
   EXPECT_EQ(file.names("/"),
             "__nameid_version1.0 __substg1.0_0037001F __substg1.0_1000001F "
             "__properties_version1.0");
@@ -179,7 +179,7 @@ TEST(EmbeddedMessage, KeepsAPropertiesStreamAmongTheNamedProperties) {
   const Export exported(parent.write());
   ASSERT_EQ(exported.status, StatusOk);
   OpenMsg file(exported.bytes);
-  ASSERT_EQ(file.file().result, CompoundOk);
+  ASSERT_EQ(file.file().result(), CompoundOk);
   EXPECT_EQ(file.stream("__nameid_version1.0/__properties_version1.0"), bytes);
   EXPECT_EQ(file.stream("a stream that is the last"), "x");
 }
@@ -199,7 +199,7 @@ TEST(EmbeddedMessage, WhoseLastNameIsAStreamOpensWithItsStorages) {
     const Export exported(parent.write());
     ASSERT_EQ(exported.status, StatusOk);
     OpenMsg file(exported.bytes);
-    EXPECT_EQ(file.file().result == CompoundOk, hasValue);
+    EXPECT_EQ(file.file().result() == CompoundOk, hasValue);
     if (!hasValue) continue;
     EXPECT_EQ(file.stream("__substg1.0_0037001E"), "Inner");
     EXPECT_EQ(file.stream("__recip_version1.0_#00000000/r"), "recipient");

@@ -195,10 +195,13 @@ TEST(MsgAttachments, WithNamesBeyondThePathAreLeftOut) {
     OpenMsg msg(builder.write());
     // No name of a file is that long. It stays the longest, so that the directory stays in order.
     const std::string old = "__attach_version1.0_#00000000";
-    for (DirectoryEntry& entry : msg.file().directory.entries) {
+    DirectoryTree& tree = PartsOf(msg.file()).directory;
+    DirectoryTree::Entries entries = tree.entries();
+    for (DirectoryEntry& entry : entries) {
       if (std::string_view(entry.name) != old) continue;
       entry.name.resize(one.length, 'x');
     }
+    tree = DirectoryTree(entries);
     ASSERT_EQ(ListAttachments(msg.storage()).size(), one.count) << one.length;
     Deliveries deliveries;
     EXPECT_EQ(EnumerateMsgAttachments(msg.storage(), deliveries.request), StatusOk);

@@ -116,7 +116,7 @@ TEST(WholeStream, IsRefusedWhenItIsSaidToBeLargerThanItsFile) {
 
 TEST(WholeStream, IsRefusedOnceTooMuchOfTheFileHasBeenRead) {
   OpenMsg msg(CompoundBuilder().stream("s", std::string(1000, 'x')).write());
-  msg.file().bytesLeft = 80000;
+  msg.file().spend(PartsOf(msg.file()).big.bytesLeft() - 80000);
   SizedBytes target;
   EXPECT_EQ(ReadMsgStream(msg.storage(), "s", target), StatusOk);
   EXPECT_EQ(Bytes(target), std::string(1000, 'x'));

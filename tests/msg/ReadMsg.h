@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "compound/CompoundOperations.h"
 #include "compound/CompoundStream.h"
 #include "msg/MsgAttachments.h"
 #include "msg/MsgReader.h"
@@ -43,19 +44,18 @@ inline void Set(SizedBytes& text, std::string_view bytes) {
 // A compound file of these bytes, loaded from memory.
 class OpenMsg {
  public:
-  explicit OpenMsg(std::string_view bytes) : mail_(bytes), file_(storage_, mail_.handle()) {
-    LoadCompoundFile(file_);
-  }
+  explicit OpenMsg(std::string_view bytes)
+      : mail_(bytes), file_(CompoundFile::open(mail_.handle())) {}
 
   CompoundFile& file() { return file_; }
-  CompoundStorage& storage() { return storage_; }
+  const CompoundStorage& storage() const { return storage_; }
   // The bytes of a stream; "(none)" when there is none.
   std::string stream(std::string_view path) {
     std::optional<CompoundStream> stream = OpenStream(storage_, path);
     if (!stream) return "(none)";
     std::string bytes(stream->size(), '?');
     auto* const buffer = reinterpret_cast<unsigned char*>(bytes.data());
-    bytes.resize(StreamRead(*stream, 0, buffer, bytes.size()));
+    bytes.resize(StreamRead(*stream, 0, {buffer, bytes.size()}));
     return bytes;
   }
   // The names below a storage, joined by blanks.
@@ -70,8 +70,8 @@ class OpenMsg {
 
  private:
   MemoryMail mail_;
-  CompoundStorage storage_;
   CompoundFile file_;
+  CompoundStorage storage_{&file_};
 };
 
 // A file read by ReadMsgFile, inline images in memory.

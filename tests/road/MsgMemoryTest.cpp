@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "FileFormats/Pst/MsgDocument.h"
-#include "compound/CompoundFile.h"
+#include "compound/CompoundOperations.h"
 #include "msg/MsgAttachments.h"
 #include "support/MemoryMail.h"
 #include "support/PeakMemory.h"
@@ -166,10 +166,9 @@ TEST(MsgAttachmentWork, AListOfThemIsInProportion) {
     CompoundOptions options;
     options.shape = SiblingShape::RightList;
     const MemoryMail mail(msg.write(options));
-    CompoundStorage storage;
-    CompoundFile file(storage, mail.handle());
-    LoadCompoundFile(file);
-    const uint64_t before = file.directory.stepsLeft;
+    CompoundFile file = CompoundFile::open(mail.handle());
+    CompoundStorage storage{&file};
+    const uint64_t before = PartsOf(file).directory.stepsLeft();
     uint64_t calls = 0;
     const AttachmentRequest request = {
         kAllAttachments, 1,
@@ -181,8 +180,9 @@ TEST(MsgAttachmentWork, AListOfThemIsInProportion) {
     EXPECT_EQ(EnumerateMsgAttachments(storage, request), StatusOk);
     EXPECT_EQ(calls, count);
     // Five texts and a stream of properties in a storage of a handful of streams.
-    EXPECT_LT(before - file.directory.stepsLeft, 60 * count);
-    EXPECT_LT(file.directory.searched.looks(), 2 * file.directory.entries.size());
+    EXPECT_LT(before - PartsOf(file).directory.stepsLeft(), 60 * count);
+    EXPECT_LT(PartsOf(file).directory.searchIndex().looks(),
+              2 * PartsOf(file).directory.entries().size());
   }
 }
 
