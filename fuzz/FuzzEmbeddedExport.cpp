@@ -61,7 +61,7 @@ class File {
 };
 
 std::string Read(const CompoundStorage& storage, const std::string& path) {
-  std::optional<tarn::CompoundStream> stream = OpenStream(storage, path);
+  std::optional<tarn::CompoundStream> stream = storage.file->open(path);
   if (!stream || stream->size() > storage.file->size()) return {};
   std::string bytes(stream->size(), '\0');
   bytes.resize(
@@ -90,7 +90,7 @@ void Compare(const CompoundStorage& source, const std::string& path, const Compo
       continue;
     std::string inSource = path;
     inSource.append("/").append(name);
-    if (!OpenStream(source, inSource)) continue;
+    if (!source.file->open(inSource)) continue;
     if (Read(source, inSource) != Read(copy, name)) Fail("a stream has changed");
   }
 }

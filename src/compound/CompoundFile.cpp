@@ -52,9 +52,4 @@ KernelVector<KernelString> ListEntryNames(const CompoundStorage& storage, std::s
   return storage.file->list(path);
 }
 
-std::optional<CompoundStream> OpenStream(const CompoundStorage& storage, std::string_view path,
-                                         bool create) {
-  return create ? storage.file->openOrMake(path) : storage.file->open(path);
-}
-
 }  // namespace tarn

@@ -84,10 +84,6 @@ struct CompoundStorage {
 // CompoundFile::list.
 KernelVector<KernelString> ListEntryNames(const CompoundStorage& storage, std::string_view path);
 
-// CompoundFile::open; with `create`, CompoundFile::openOrMake.
-std::optional<CompoundStream> OpenStream(const CompoundStorage& storage, std::string_view path,
-                                         bool create = false);
-
 }  // namespace tarn
 
 #endif

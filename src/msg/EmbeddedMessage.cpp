@@ -86,8 +86,8 @@ int32_t CopyStorageTree(const CompoundStorage& target, std::string_view targetPa
     if (source.file->isStorage(sourceChild)) {
       status = CopyStorageTree(target, targetChild, source, sourceChild, budget, depth + 1);
     } else {
-      std::optional<CompoundStream> from = OpenStream(source, sourceChild);
-      std::optional<CompoundStream> to = OpenStream(target, targetChild, true);
+      std::optional<CompoundStream> from = source.file->open(sourceChild);
+      std::optional<CompoundStream> to = target.file->openOrMake(targetChild);
       status = ReadAll(from ? &*from : nullptr, buffer, budget);
       const bool widen = atRoot && names[i] == kPropertiesStream;
       if (status == StatusOk) status = WriteAll(to ? &*to : nullptr, buffer, widen);

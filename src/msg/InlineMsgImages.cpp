@@ -49,7 +49,7 @@ int32_t InlineOneMsgAttachment(const CompoundStorage& storage, AttachmentPath pa
   if (searched != StatusOk || !found) return searched;
   if (!path.hasRoomForData()) return StatusOk;
 
-  std::optional<CompoundStream> stream = OpenStream(storage, path.of("__substg1.0_37010102"));
+  std::optional<CompoundStream> stream = storage.file->open(path.of("__substg1.0_37010102"));
   if (!stream) return StatusOk;
   if (stream->size() > budget.imageBytes) return StatusOutOfMemory;
   budget.imageBytes -= stream->size();

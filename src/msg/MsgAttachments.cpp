@@ -113,7 +113,7 @@ int32_t Delivery::addTimes() {
 }
 
 int32_t Delivery::readData() {
-  std::optional<CompoundStream> stream = OpenStream(storage_, path_.of("__substg1.0_37010102"));
+  std::optional<CompoundStream> stream = storage_.file->open(path_.of("__substg1.0_37010102"));
   if (!stream) return exportMessage();
   KernelBlock<char> block;
   uint64_t length = 0;

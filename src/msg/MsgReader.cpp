@@ -140,7 +140,7 @@ bool IsCompressedRtf(std::string_view bytes) {
 }  // namespace
 
 int32_t ReadMsgCompressedBody(MailMessage& message, const CompoundStorage& storage) try {
-  std::optional<CompoundStream> stream = OpenStream(storage, "__substg1.0_10090102");
+  std::optional<CompoundStream> stream = storage.file->open("__substg1.0_10090102");
   if (!stream) return kNoStream;
   KernelBlock<char> packed;
   uint64_t length = 0;

@@ -100,7 +100,7 @@ int32_t ReadWholeStream(CompoundStream* stream, KernelBlock<char>& block, uint64
 
 int32_t ReadMsgStream(const CompoundStorage& storage, std::string_view name,
                       SizedBytes& target) try {
-  std::optional<CompoundStream> stream = OpenStream(storage, name);
+  std::optional<CompoundStream> stream = storage.file->open(name);
   if (!stream) return kNoStream;
   target.release();
   target.setLength(0);

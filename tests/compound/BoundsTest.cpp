@@ -71,7 +71,7 @@ TEST(Memory, OfAStreamThatSaysToBeLarge) {
   const uint64_t before = Usage().liveBytes;
   {
     LoadedFile file(image.bytes);
-    std::optional<CompoundStream> stream = OpenStream(file.storage(), "b");
+    std::optional<CompoundStream> stream = file.file().open("b");
     ASSERT_TRUE(stream.has_value());
     EXPECT_EQ(stream->blocks.size(), 128u);
     EXPECT_LT(Usage().liveBytes - before, kMebibyte);
@@ -79,8 +79,8 @@ TEST(Memory, OfAStreamThatSaysToBeLarge) {
   EXPECT_EQ(Usage().liveBytes, before);
 }
 
-// Blocks of 4096 bytes: header, table blocks 0 to 16, and behind them a directory block. From block
-// 20 on a chain of that many blocks leads on and on, mostly behind the end of the file.
+// Blocks of 4096 bytes: header, table blocks 0 to 16, and after them a directory block. From block
+// 20 on a chain of that many blocks leads on and on, mostly after the end of the file.
 CompoundImage LongChain(uint32_t length) {
   CompoundImage image;
   image.blockSize = 4096;
@@ -124,7 +124,7 @@ TEST(Bounds, ADirectoryOf64MebibytesOrOfTheFile) {
   }
 }
 
-TEST(Bounds, RecordsThatTheFileHasAreKeptInFrontOfThoseItHasNot) {
+TEST(Bounds, RecordsThatTheFileHasAreKeptBeforeThoseItHasNot) {
   CompoundImage image = LongChain(16000);
   image.put(4096 + 4 * 17, 20);  // the directory's block leads on
   LoadedFile file(image.bytes);
@@ -156,11 +156,11 @@ void LeaveBytes(CompoundFile& file, uint64_t bytes) {
   file.spend(PartsOf(file).big.bytesLeft() - bytes);
 }
 
-void ReadStreams(const CompoundStorage& storage, uint32_t rounds, uint32_t first, uint32_t step) {
+void ReadStreams(CompoundFile& file, uint32_t rounds, uint32_t first, uint32_t step) {
   unsigned char bytes[4096];
   for (uint32_t i = 0; i < rounds; ++i) {
     const std::string name = "s" + std::to_string((first + i * step) % 200);
-    std::optional<CompoundStream> stream = OpenStream(storage, name);
+    std::optional<CompoundStream> stream = file.open(name);
     ASSERT_TRUE(stream.has_value());
     StreamRead(*stream, 0, bytes);
   }
@@ -181,9 +181,8 @@ TEST(Reads, OfScatteredBlocksAreBounded) {
   const MemoryMail mail(bytes);
   const uint64_t reads = ReadsOf(mail.handle(), [&] {
     CompoundFile file = CompoundFile::open(mail.handle());
-    CompoundStorage storage{&file};
     ASSERT_EQ(file.result(), CompoundOk);
-    ReadStreams(storage, 20000, 0, 7);
+    ReadStreams(file, 20000, 0, 7);
     EXPECT_EQ(PartsOf(file).big.bytesLeft(), 0u);
   });
   EXPECT_LT(reads, (uint64_t{256} * kMebibyte + 64 * bytes.size()) / 4096 + 2);
@@ -213,8 +212,8 @@ TEST(Reads, CostTheirBytesOnceAndNoLessThanACall) {
                         .write());
   CompoundFile& file = loaded.file();
   unsigned char bytes[8192];
-  std::optional<CompoundStream> big = OpenStream(loaded.storage(), "b");
-  std::optional<CompoundStream> small = OpenStream(loaded.storage(), "s");
+  std::optional<CompoundStream> big = loaded.file().open("b");
+  std::optional<CompoundStream> small = loaded.file().open("s");
   uint64_t before = PartsOf(file).big.bytesLeft();
   StreamRead(*big, 0, {bytes, 8192});
   EXPECT_EQ(before - PartsOf(file).big.bytesLeft(), 8192u);
@@ -225,7 +224,7 @@ TEST(Reads, CostTheirBytesOnceAndNoLessThanACall) {
   StreamRead(*small, 0, {bytes, 4000});
   EXPECT_EQ(before - PartsOf(file).big.bytesLeft(), 4096u);
   before = PartsOf(file).big.bytesLeft();
-  std::optional<CompoundStream> again = OpenStream(loaded.storage(), "s");
+  std::optional<CompoundStream> again = loaded.file().open("s");
   EXPECT_EQ(before - PartsOf(file).big.bytesLeft(), 63u * 8);
 }
 
@@ -249,7 +248,7 @@ TEST(Reads, PassOverMissingBlocksABoundedNumberOfTimes) {
   image.put(image.tableEntry(127), kEnd);
   image.put(image.record("b") + RecordStart, 40);
   LoadedFile loaded(image.bytes);
-  std::optional<CompoundStream> stream = OpenStream(loaded.storage(), "b");
+  std::optional<CompoundStream> stream = loaded.file().open("b");
   ASSERT_EQ(stream->blocks.size(), 88u);
   unsigned char bytes[4608];
   const uint64_t before = loaded.parts().big.bytesLeft();
@@ -263,9 +262,9 @@ TEST(Reads, PassOverMissingBlocksABoundedNumberOfTimes) {
 TEST(Reads, ChainsAreAsLongAsWhatIsLeftAllows) {
   LoadedFile loaded(CompoundBuilder().stream("b", Pattern(8192)).write());
   LeaveBytes(loaded.file(), 80);
-  EXPECT_EQ(OpenStream(loaded.storage(), "b")->blocks.size(), 10u);
+  EXPECT_EQ(loaded.file().open("b")->blocks.size(), 10u);
   EXPECT_EQ(loaded.parts().big.bytesLeft(), 0u);
-  EXPECT_EQ(OpenStream(loaded.storage(), "b")->blocks.size(), 0u);
+  EXPECT_EQ(loaded.file().open("b")->blocks.size(), 0u);
 }
 
 }  // namespace

@@ -7,7 +7,7 @@ const DirectoryEntry* LoadedFile::find(std::string_view path) {
 }
 
 std::string LoadedFile::stream(std::string_view path) {
-  std::optional<CompoundStream> stream = OpenStream(storage_, path);
+  std::optional<CompoundStream> stream = file_.open(path);
   if (!stream) return "(none)";
   std::string bytes(stream->size(), '?');
   const uint64_t read = StreamRead(*stream, 0, Room(bytes));
@@ -28,7 +28,7 @@ GrowingFile::GrowingFile() {
 }
 
 uint64_t NewFile::append(std::string_view path, std::string_view bytes) {
-  std::optional<CompoundStream> stream = OpenStream(storage_, path, true);
+  std::optional<CompoundStream> stream = file_.openOrMake(path);
   return stream ? StreamWrite(*stream, stream->size(), Bytes(bytes)) : 0;
 }
 

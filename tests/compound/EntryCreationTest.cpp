@@ -44,9 +44,9 @@ TEST(Entries, StoragesComeIntoBeingOnTheWay) {
 TEST(Entries, OpeningAStreamMakesNoneUnlessToldSo) {
   NewFile made;
   made.append("one", "x");
-  EXPECT_FALSE(OpenStream(made.storage(), "two"));
+  EXPECT_FALSE(made.file().open("two"));
   EXPECT_EQ(made.parts().directory.entries().size(), 2u);
-  EXPECT_TRUE(OpenStream(made.storage(), "two", true));
+  EXPECT_TRUE(made.file().openOrMake("two"));
   EXPECT_EQ(made.parts().directory.entries().size(), 3u);
 }
 

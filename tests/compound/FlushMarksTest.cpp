@@ -34,7 +34,7 @@ class MarkedFile {
     marks().directory.clear();
     marks().meta = false;
   }
-  CompoundStream stream(std::string_view path) { return *OpenStream(made_.storage(), path, true); }
+  CompoundStream stream(std::string_view path) { return *made_.file().openOrMake(path); }
   // Entries without content, so that later ones are in later blocks of the directory.
   void addEntries(int count) {
     for (int i = 0; i < count; ++i) stream("e" + std::to_string(100 + i));

@@ -90,7 +90,7 @@ TEST(Header, AMagicOfOtherBytesIsNoCompoundFile) {
 
 TEST(Header, AHandleThatCannotSeekIsNotOpened) {
   CompoundFile file(KERNEL_BAD_HANDLE);
-  EXPECT_EQ(file.result(), 0u);
+  EXPECT_EQ(file.result(), CompoundOk);
   LoadCompoundFile(file);
   EXPECT_EQ(file.result(), CompoundOpenFailed);
   EXPECT_FALSE(file.isOpened());

@@ -88,9 +88,8 @@ std::string ReadLargeFile(const std::filesystem::path& path) {
   std::string bytes(5000, '?');
   {
     CompoundFile file = CompoundFile::open(handle);
-    CompoundStorage storage{&file};
     EXPECT_EQ(file.result(), CompoundOk);
-    std::optional<CompoundStream> stream = OpenStream(storage, "b");
+    std::optional<CompoundStream> stream = file.open("b");
     StreamRead(*stream, 0, Room(bytes));
   }
   KernelFileClose(handle);

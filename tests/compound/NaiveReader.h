@@ -34,7 +34,7 @@ class NaiveReader {
  private:
   uint64_t number(uint64_t offset, uint64_t width) const;
   bool readHeader() const;
-  // What the file gives of a big block, at most `length` bytes; false for one behind its end.
+  // What the file gives of a big block, at most `length` bytes; false for one after its end.
   bool bigBlock(uint64_t block, uint64_t length, std::string& bytes) const;
   std::string smallBlock(uint64_t block) const;
   // All bytes of a list of blocks, zeros where the file gives nothing.

@@ -129,7 +129,7 @@ TEST_P(Mutated, IsReadTheSame) {
 
 INSTANTIATE_TEST_SUITE_P(Reader, Mutated, ::testing::Values(7u, 8u, 9u, 12u, 13u));
 
-TEST(WholeChain, AReadGoesOnBehindBlocksWhereNothingIs) {
+TEST(WholeChain, AReadGoesOnAfterBlocksWhereNothingIs) {
   // A container of two blocks holds small blocks 0 to 15.
   CompoundImage image = CompoundBuilder().stream("s", Pattern(900)).stream("t", "ab").image();
   image.put(image.record("t") + RecordStart, 17);
@@ -142,7 +142,7 @@ TEST(WholeChain, AReadGoesOnBehindBlocksWhereNothingIs) {
 TEST(WholeChain, OfABigStreamToo) {
   CompoundImage image = CompoundBuilder().stream("b", Pattern(4608)).image();
   const auto first = static_cast<uint32_t>(image.get(image.record("b") + RecordStart));
-  // Ten blocks behind the end of the file, and then those of the stream.
+  // Ten blocks after the end of the file, and then those of the stream.
   for (uint32_t i = 0; i < 10; ++i) image.put(image.tableEntry(100 + i), i < 9 ? 101 + i : first);
   image.put(image.record("b") + RecordStart, 100);
   EXPECT_EQ(LoadedFile(image.bytes).stream("b"), Pattern(4608));

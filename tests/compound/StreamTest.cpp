@@ -42,12 +42,12 @@ TEST(Open, AStorageIsNoStreamAndAMissingOneNeither) {
   CompoundBuilder builder;
   builder.stream("a", "text").storage("s").stream("b", "x");
   LoadedFile file(builder.write());
-  EXPECT_FALSE(OpenStream(file.storage(), "s").has_value());
-  EXPECT_FALSE(OpenStream(file.storage(), "/").has_value());
-  EXPECT_FALSE(OpenStream(file.storage(), "").has_value());
-  EXPECT_FALSE(OpenStream(file.storage(), "c").has_value());
-  EXPECT_FALSE(OpenStream(file.storage(), "c", true).has_value());  // not writable
-  const std::optional<CompoundStream> stream = OpenStream(file.storage(), "s/b/");
+  EXPECT_FALSE(file.file().open("s").has_value());
+  EXPECT_FALSE(file.file().open("/").has_value());
+  EXPECT_FALSE(file.file().open("").has_value());
+  EXPECT_FALSE(file.file().open("c").has_value());
+  EXPECT_FALSE(file.file().openOrMake("c").has_value());  // not writable
+  const std::optional<CompoundStream> stream = file.file().open("s/b/");
   ASSERT_TRUE(stream.has_value());
   EXPECT_EQ(std::string_view(stream->fullName), "s/b/");
   EXPECT_EQ(stream->entryIndex, 3u);
@@ -94,8 +94,8 @@ TEST(Limit, TheSizeDecidesOnTheKindOfBlocks) {
   CompoundBuilder builder;
   builder.stream("big", Pattern(4096)).stream("small", Pattern(4095));
   LoadedFile file(builder.write());
-  std::optional<CompoundStream> big = OpenStream(file.storage(), "big");
-  std::optional<CompoundStream> small = OpenStream(file.storage(), "small");
+  std::optional<CompoundStream> big = file.file().open("big");
+  std::optional<CompoundStream> small = file.file().open("small");
   EXPECT_TRUE(big->isBig());
   EXPECT_EQ(big->blocks.size(), 8u);
   EXPECT_FALSE(small->isBig());
@@ -117,7 +117,7 @@ TEST(Read, AnyPartOfAStream) {
       const std::string bytes = Pattern(size);
       LoadedFile file(
           CompoundBuilder(options).stream("pad", Pattern(70)).stream("a", bytes).write());
-      std::optional<CompoundStream> stream = OpenStream(file.storage(), "a");
+      std::optional<CompoundStream> stream = file.file().open("a");
       for (const uint64_t position : {0u, 1u, 63u, 64u, 65u, 511u, 512u, 513u, 700u, 999u}) {
         for (const uint64_t length :
              {1u, 2u, 63u, 64u, 65u, 448u, 449u, 512u, 513u, 1024u, 1100u, 9000u}) {
@@ -145,7 +145,7 @@ TEST(Read, AChainShorterThanTheSizeGivesFewerBytes) {
   LoadedFile file(image.bytes);
   EXPECT_EQ(file.stream("b"), bytes.substr(0, 3 * 512));
   EXPECT_EQ(file.stream("s"), Pattern(300).substr(0, 128));
-  std::optional<CompoundStream> stream = OpenStream(file.storage(), "b");
+  std::optional<CompoundStream> stream = file.file().open("b");
   EXPECT_EQ(ReadPart(*stream, 3 * 512, 10), "");
   EXPECT_EQ(ReadPart(*stream, 3 * 512 - 1, 10), bytes.substr(3 * 512 - 1, 1));
 }
@@ -178,7 +178,7 @@ TEST(Read, TheHighSizeIsIgnored) {
 // Blocks beyond the file ----------------------------------------------------------------------
 
 TEST(Clipped, AFileCutInItsLastBlockReadsThePartThatExists) {
-  // The stream's blocks lie at the end of the file behind a copy of all others.
+  // The stream's blocks lie at the end of the file after a copy of all others.
   CompoundImage image = CompoundBuilder().stream("b", Pattern(4096)).image();
   const auto count = static_cast<uint32_t>(image.bytes.size() / 512 - 1);
   for (uint32_t i = 0; i < 8; ++i) {
@@ -193,7 +193,7 @@ TEST(Clipped, AFileCutInItsLastBlockReadsThePartThatExists) {
   }
 }
 
-TEST(Clipped, LoadBigBlocksGives0ForABlockBehindTheEnd) {
+TEST(Clipped, LoadBigBlocksGives0ForABlockAfterTheEnd) {
   const std::string bytes = CompoundBuilder().stream("b", Pattern(4096)).write();
   LoadedFile whole(bytes);
   const uint64_t blocks = bytes.size() / 512 - 1;
@@ -203,8 +203,8 @@ TEST(Clipped, LoadBigBlocksGives0ForABlockBehindTheEnd) {
   const uint64_t inside[] = {1, 0, blocks};
   EXPECT_EQ(LoadBigBlocks(whole.file(), inside, {to, 2048}), 1024u);  // at the end: 0 bytes of it
   EXPECT_EQ(buffer, bytes.substr(1024, 512) + bytes.substr(512, 512) + std::string(1024, '?'));
-  const uint64_t behind[] = {1, blocks + 1, 0};
-  EXPECT_EQ(LoadBigBlocks(whole.file(), behind, {to, 2048}), 0u);
+  const uint64_t after[] = {1, blocks + 1, 0};
+  EXPECT_EQ(LoadBigBlocks(whole.file(), after, {to, 2048}), 0u);
   EXPECT_EQ(LoadBigBlocks(whole.file(), {inside, 1}, {to, 100}), 100u);
   EXPECT_EQ(LoadBigBlocks(whole.file(), {}, {to, 100}), 0u);
   EXPECT_EQ(LoadBigBlocks(whole.file(), {inside, 1}, {}), 0u);
@@ -217,11 +217,11 @@ TEST(Clipped, LoadBigBlocksGives0ForABlockBehindTheEnd) {
   EXPECT_EQ(buffer.substr(0, 524), bytes.substr(bytes.size() - 512, 12) + bytes.substr(512, 512));
 }
 
-TEST(Clipped, AStreamGoesOnBehindABlockThatIsMissing) {
+TEST(Clipped, AStreamGoesOnAfterABlockThatIsMissing) {
   const std::string bytes = Pattern(4608);
   CompoundImage image = CompoundBuilder().stream("b", bytes).image();
   const auto first = static_cast<uint32_t>(image.get(image.record("b") + RecordStart));
-  // Blocks 0, 1, then one that lies behind the end, then 3 and so on.
+  // Blocks 0, 1, then one that lies after the end, then 3 and so on.
   image.put(image.tableEntry(first + 1), 100);
   image.put(image.tableEntry(100), first + 3);
   EXPECT_EQ(LoadedFile(image.bytes).stream("b"), bytes.substr(0, 1024) + bytes.substr(1536));
@@ -238,7 +238,7 @@ TEST(Clipped, SmallBlocksOfAMissingContainerBlockAreZeros) {
             bytes.substr(0, 512) + std::string(512, '\0') + bytes.substr(1024));
 }
 
-TEST(Clipped, LoadSmallBlocksStopsBehindTheContainer) {
+TEST(Clipped, LoadSmallBlocksStopsAfterTheContainer) {
   LoadedFile file(CompoundBuilder().stream("s", Pattern(600)).write());
   std::string buffer(300, '?');
   auto* const to = reinterpret_cast<unsigned char*>(buffer.data());

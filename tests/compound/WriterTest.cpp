@@ -50,7 +50,7 @@ TEST(NewFile, IsNotOpenedAndHoldsFourBlocks) {
   EXPECT_TRUE(OpenCompoundFile(file, true, true));
   EXPECT_FALSE(file.isOpened());
   EXPECT_TRUE(file.isWritable());
-  EXPECT_EQ(file.result(), 0u);
+  EXPECT_EQ(file.result(), CompoundOk);
   EXPECT_EQ(file.size(), 0u);
   EXPECT_EQ(PartsOf(file).header.tableBlocks[0], 0u);
   EXPECT_EQ(PartsOf(file).header.tableBlocks[1], kFree);
@@ -123,7 +123,7 @@ TEST(NewFile, AStreamOf4096BytesTakesEightBlocksFromBlock4On) {
 
 TEST(Write, MovesFromSmallToBigBlocksOnTheWay) {
   NewFile made;
-  std::optional<CompoundStream> stream = OpenStream(made.storage(), "s", true);
+  std::optional<CompoundStream> stream = made.file().openOrMake("s");
   const std::string bytes = Pattern(5032);
   EXPECT_EQ(StreamWrite(*stream, stream->position, Bytes(bytes).first(24)), 24u);
   EXPECT_EQ(stream->position, 24u);
@@ -137,7 +137,7 @@ TEST(Write, MovesFromSmallToBigBlocksOnTheWay) {
   EXPECT_TRUE(made.parts().smallTable.maybeFragmented);
   made.flush();
   const std::string file = made.end();
-  EXPECT_EQ(file.substr(2048, 32), bytes.substr(0, 32));  // what stood there before
+  EXPECT_EQ(file.substr(2048, 32), bytes.substr(0, 32));  // what was there before
   EXPECT_EQ(file.substr(2560), bytes);
   EXPECT_EQ(file.substr(1536, 512), std::string(512, '\xFF'));
   EXPECT_EQ(LoadedFile(file).stream("s"), bytes);
@@ -147,7 +147,7 @@ TEST(Write, AnywhereInAStream) {
   for (const uint64_t size : {300u, 6000u}) {
     NewFile made;
     std::string expected = Pattern(size);
-    std::optional<CompoundStream> stream = OpenStream(made.storage(), "s", true);
+    std::optional<CompoundStream> stream = made.file().openOrMake("s");
     StreamWrite(*stream, 0, Bytes(expected));
     for (const uint64_t position : {0u, 1u, 63u, 64u, 100u, 250u}) {
       for (const uint64_t length : {1u, 2u, 30u, 50u}) {
@@ -163,9 +163,9 @@ TEST(Write, AnywhereInAStream) {
   }
 }
 
-TEST(Write, BehindTheEndLeavesAHole) {
+TEST(Write, AfterTheEndLeavesAHole) {
   NewFile made;
-  std::optional<CompoundStream> stream = OpenStream(made.storage(), "s", true);
+  std::optional<CompoundStream> stream = made.file().openOrMake("s");
   EXPECT_EQ(StreamWrite(*stream, 200, Bytes("end")), 3u);
   EXPECT_EQ(stream->size(), 203u);
   EXPECT_EQ(List(stream->blocks), (std::vector<uint64_t>{0, 1, 2, 3}));
@@ -175,7 +175,7 @@ TEST(Write, BehindTheEndLeavesAHole) {
 
 TEST(Write, NothingIsWritten) {
   NewFile made;
-  std::optional<CompoundStream> stream = OpenStream(made.storage(), "s", true);
+  std::optional<CompoundStream> stream = made.file().openOrMake("s");
   EXPECT_EQ(StreamWrite(*stream, 0, {}), 0u);
   EXPECT_EQ(StreamWrite(*stream, 0, {}), 0u);
   EXPECT_EQ(StreamWrite(*stream, UINT64_MAX, Bytes("xy")), 0u);
@@ -219,7 +219,7 @@ TEST(Save, SmallBlocksStopAfterTheContainer) {
 
 TEST(SetSize, OnOneSideOfTheLimitOnlyTheEntryChanges) {
   NewFile made;
-  std::optional<CompoundStream> stream = OpenStream(made.storage(), "s", true);
+  std::optional<CompoundStream> stream = made.file().openOrMake("s");
   StreamWrite(*stream, 0, Bytes(Pattern(200)));
   made.marks().directory.clear();
   StreamSetSize(*stream, 200);
@@ -237,8 +237,8 @@ TEST(SetSize, GoingDownGivesBigBlocksBackAndMarksByTheirPlaceInTheList) {
   NewFile made;
   CompoundFile& file = made.file();
   const std::string filler = Pattern(512 * 300);
-  made.append("filler", filler);  // pushes the stream's blocks behind the second table block
-  std::optional<CompoundStream> stream = OpenStream(made.storage(), "s", true);
+  made.append("filler", filler);  // pushes the stream's blocks after the second table block
+  std::optional<CompoundStream> stream = made.file().openOrMake("s");
   const std::string bytes = Pattern(5000, 4);
   StreamWrite(*stream, 0, Bytes(bytes));
   const uint64_t first = stream->blocks.front();
@@ -261,13 +261,13 @@ TEST(SetSize, GoingDownGivesBigBlocksBackAndMarksByTheirPlaceInTheList) {
   StreamSetSize(*stream, 4096);
   stream->position = 4000;
   StreamSetSize(*stream, 50);
-  // One behind the new end is not restored; writing the rest again has moved it.
+  // One after the new end is not restored; writing the rest again has moved it.
   EXPECT_EQ(stream->position, 4050u);
 }
 
 TEST(SetSize, ToNothing) {
   NewFile made;
-  std::optional<CompoundStream> stream = OpenStream(made.storage(), "s", true);
+  std::optional<CompoundStream> stream = made.file().openOrMake("s");
   StreamSetSize(*stream, 5000);
   EXPECT_EQ(stream->entry()->start, kFree);
   EXPECT_TRUE(stream->blocks.empty());
@@ -286,7 +286,7 @@ class Both {
     naive_.append(path, bytes);
   }
   void resize(const std::string& path, uint32_t size) {
-    std::optional<CompoundStream> stream = OpenStream(made_.storage(), path, true);
+    std::optional<CompoundStream> stream = made_.file().openOrMake(path);
     StreamSetSize(*stream, size);
     naive_.resize(path, size);
   }

@@ -41,7 +41,7 @@ std::string ReadWide(const std::string& bytes) {
 
 TEST(WholeStream, HasTwoZeroBytesThatItsLengthDoesNotCount) {
   OpenMsg msg(CompoundBuilder().stream("s", "hello").write());
-  std::optional<CompoundStream> stream = OpenStream(msg.storage(), "s");
+  std::optional<CompoundStream> stream = msg.file().open("s");
   ASSERT_TRUE(stream);
   KernelBlock<char> block;
   uint64_t length = 0;
@@ -53,7 +53,7 @@ TEST(WholeStream, HasTwoZeroBytesThatItsLengthDoesNotCount) {
 
 TEST(WholeStream, GoesOnFromItsPositionAndReportsTheLengthOfTheDirectory) {
   OpenMsg msg(CompoundBuilder().stream("s", "hello").write());
-  std::optional<CompoundStream> stream = OpenStream(msg.storage(), "s");
+  std::optional<CompoundStream> stream = msg.file().open("s");
   ASSERT_TRUE(stream);
   stream->position = 2;
   KernelBlock<char> block;

@@ -51,7 +51,7 @@ class OpenMsg {
   const CompoundStorage& storage() const { return storage_; }
   // The bytes of a stream; "(none)" when there is none.
   std::string stream(std::string_view path) {
-    std::optional<CompoundStream> stream = OpenStream(storage_, path);
+    std::optional<CompoundStream> stream = file_.open(path);
     if (!stream) return "(none)";
     std::string bytes(stream->size(), '?');
     auto* const buffer = reinterpret_cast<unsigned char*>(bytes.data());

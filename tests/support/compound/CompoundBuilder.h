@@ -9,7 +9,7 @@
 //
 // What is written is as published: streams below 4096 bytes in small blocks of 64 bytes, FAT and
 // DIFAT blocks marked as such, the children of each storage in a red-black tree ordered by length
-// and then by upper-cased text (of ASCII and Latin-1 letters; other units stand for themselves).
+// and then by upper-cased text (of ASCII and Latin-1 letters; other units are as they are).
 // Blocks are laid out as: big streams, container, mini FAT, directory, FAT, DIFAT. The options make
 // files that are unusual but within the format, and, where said, beyond it.
 #ifndef TARN_TESTS_SUPPORT_COMPOUND_COMPOUNDBUILDER_H
@@ -39,7 +39,7 @@ enum class SiblingShape {
 // Where the blocks of a stream lie.
 enum class BlockOrder {
   Ascending,    // side by side
-  Descending,   // each block in front of the one before
+  Descending,   // each block before its predecessor
   Interleaved,  // every second block first, then the others
 };
 
@@ -48,7 +48,7 @@ struct CompoundOptions {
   SiblingShape shape = SiblingShape::Balanced;
   BlockOrder order = BlockOrder::Ascending;  // of big streams, the container and the directory
   uint32_t bigShift = 0;  // of the block size; 0: the version's. Others than 9 and 12: unpublished
-  uint32_t freeBlocks = 0;  // that many blocks that nothing uses, in front of all others
+  uint32_t freeBlocks = 0;  // that many blocks that nothing uses, before all others
 };
 
 class CompoundFolder {

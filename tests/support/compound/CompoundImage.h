@@ -1,4 +1,4 @@
-// CompoundImage.h - the bytes of a written compound file, with the writer's record of what stands
+// CompoundImage.h - the bytes of a written compound file, with the writer's record of what is
 // where, so that a test can look at any field or damage it. Offsets count from the file's start.
 #ifndef TARN_TESTS_SUPPORT_COMPOUND_COMPOUNDIMAGE_H
 #define TARN_TESTS_SUPPORT_COMPOUND_COMPOUNDIMAGE_H
@@ -42,7 +42,7 @@ struct CompoundImage {
 
   // Where a block begins.
   size_t block(uint32_t number) const { return (size_t{number} + 1) * blockSize; }
-  // Where the FAT's entry of a block stands, and the mini FAT's of a small block; beyond the table
+  // Where the FAT's entry of a block is, and the mini FAT's of a small block; beyond the table
   // std::out_of_range, as below.
   size_t tableEntry(uint32_t block) const;
   size_t smallTableEntry(uint32_t smallBlock) const;
