@@ -21,7 +21,6 @@ void BigBlocks::reset() {
   fileSize_ = 0;
   bytesLeft_ = UINT64_MAX;
   failedSeeks_ = 0;
-  ++writes_;
 }
 
 bool BigBlocks::measure() {

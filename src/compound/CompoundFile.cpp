@@ -9,18 +9,14 @@ CompoundFile::CompoundFile(uint64_t handle) : parts_(handle), writer_(parts_) {
   KernelTrackObject(KERNEL_TRACK_OBJECT, this, TARN_HERE);
 }
 
-// An exception of these two ends the object that the first constructor has made.
-CompoundFile::CompoundFile(uint64_t handle, Load) : CompoundFile(handle) {
-  LoadCompoundFile(*this);
+// An exception ends the object that the other constructor has made.
+CompoundFile::CompoundFile(uint64_t handle, bool create) : CompoundFile(handle) {
+  OpenCompoundFile(*this, create, create);
 }
 
-CompoundFile::CompoundFile(uint64_t handle, Create) : CompoundFile(handle) {
-  OpenCompoundFile(*this, true, true);
-}
+CompoundFile CompoundFile::open(uint64_t handle) { return CompoundFile(handle, false); }
 
-CompoundFile CompoundFile::open(uint64_t handle) { return CompoundFile(handle, Load()); }
-
-CompoundFile CompoundFile::create(uint64_t handle) { return CompoundFile(handle, Create()); }
+CompoundFile CompoundFile::create(uint64_t handle) { return CompoundFile(handle, true); }
 
 CompoundFile::~CompoundFile() {
   CloseCompoundFile(*this);

@@ -65,11 +65,7 @@ class CompoundFile {
   friend CompoundParts& PartsOf(CompoundFile& file);
   friend CompoundWriter& WriterOf(CompoundFile& file);
 
-  struct Load {};
-  struct Create {};
-  CompoundFile(uint64_t handle, Load);
-  CompoundFile(uint64_t handle, Create);
-
+  CompoundFile(uint64_t handle, bool create);
   std::optional<CompoundStream> streamOf(const DirectoryEntry* entry, std::string_view path);
 
   CompoundParts parts_;

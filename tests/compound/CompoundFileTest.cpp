@@ -105,6 +105,18 @@ TEST(CreateFile, AFlushLeavesNothingMarked) {
   EXPECT_TRUE(made.marks().directory.empty());
 }
 
+TEST(CreateFile, KeepsTheKindOfTheRoot) {
+  GrowingFile memory;
+  CompoundFile file(memory.handle());
+  DirectoryTree& tree = PartsOf(file).directory;
+  tree.rootKind = 2;
+  ASSERT_TRUE(OpenCompoundFile(file, true, true));
+  EXPECT_EQ(tree.rootKind, 2u);
+  FlushCompoundFile(file);
+  ASSERT_TRUE(OpenCompoundFile(file, true, false));
+  EXPECT_EQ(tree.rootKind, 2u);
+}
+
 TEST(Added, TellsTheEntriesAndThoseAboveThem) {
   DirectoryTree tree;
   KernelVector<DirectoryTree::Added> added;

@@ -65,7 +65,7 @@ class CompoundFolder {
   CompoundFolder& classId(const std::array<unsigned char, 16>& id);
 
  private:
-  friend class CompoundWriter;
+  friend class CompoundImageWriter;
   friend class CompoundBuilder;
 
   CompoundFolder& child(std::u16string_view name, bool isStream);

@@ -49,9 +49,9 @@ struct Record {
 
 }  // namespace
 
-class CompoundWriter {
+class CompoundImageWriter {
  public:
-  CompoundWriter(const CompoundOptions& options, const CompoundFolder& root)
+  CompoundImageWriter(const CompoundOptions& options, const CompoundFolder& root)
       : options_(options), root_(root) {
     image_.blockSize = size_t{1} << shift();
   }
@@ -338,6 +338,8 @@ class CompoundWriter {
   CompoundImage image_;
 };
 
-CompoundImage CompoundBuilder::image() const { return CompoundWriter(options_, root_).write(); }
+CompoundImage CompoundBuilder::image() const {
+  return CompoundImageWriter(options_, root_).write();
+}
 
 }  // namespace tarn::test
