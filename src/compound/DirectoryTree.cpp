@@ -199,7 +199,7 @@ KernelVector<KernelString> DirectoryTree::list(std::string_view path) {
   }
   visits_.resize(entries_.size(), 0);
   ++visit_;
-  BlockList way;  // entries whose left side has been listed, or is about to be
+  BlockList way;  // entries to list, the last one next
   const auto descend = [&](uint64_t index) {
     while (index < entries_.size() && visits_[index] != visit_) {
       visits_[index] = visit_;

@@ -1,6 +1,5 @@
 #include "msg/EmbeddedMessage.h"
 
-#include <algorithm>
 #include <new>
 #include <optional>
 #include <string_view>
@@ -15,7 +14,6 @@ namespace {
 constexpr std::string_view kNamedProperties = "__nameid_version1.0/";
 constexpr uint64_t kEmbeddedHeader = 24;  // of the properties stream
 constexpr uint64_t kAddedHeader = 8;      // that a message of its own has more
-constexpr int32_t kNothingToCopy = 2;
 constexpr uint32_t kDeepestStorage = 64;
 
 // A path that ends with "/".
@@ -65,7 +63,7 @@ int32_t WriteAll(CompoundStream* stream, const TrackedBuffer<char>& buffer, bool
   return written == length ? int32_t{StatusOk} : int32_t{StatusWriteFailed};
 }
 
-// Copies the tree of a storage to the target's path. 1; 2 when there is nothing in it.
+// Copies the tree of a storage to the target's path. Returns what ExportEmbeddedMessage does.
 int32_t CopyStorageTree(const CompoundStorage& target, std::string_view targetPath,
                         const CompoundStorage& source, std::string_view sourcePath,
                         CopyBudget& budget, uint32_t depth = 0) {
@@ -104,10 +102,11 @@ int32_t WriteMessage(const CompoundStorage& source, std::string_view path, uint6
   if (target.result() != CompoundOk) return StatusCreateFailed;
   const CompoundStorage storage{&target};
   CopyBudget budget(*source.file);
-  const int32_t status =
+  const int32_t named =
       CopyStorageTree(storage, kNamedProperties, source, kNamedProperties, budget);
-  if (status < StatusOk) return status;
-  return std::min<int32_t>(CopyStorageTree(storage, "/", source, path, budget), StatusOk);
+  if (named < StatusOk) return named;
+  const int32_t copied = CopyStorageTree(storage, "/", source, path, budget);
+  return copied < StatusOk ? copied : int32_t{StatusOk};
 } catch (const std::bad_alloc&) {
   // The memory file is ended in order all the same.
   return StatusOutOfMemory;

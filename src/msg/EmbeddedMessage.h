@@ -15,14 +15,21 @@
 
 namespace tarn {
 
+inline constexpr int32_t kNothingToCopy = 2;
+
 // Writes the file for the storage at `path` into the buffer. Header, tables and directory are
 // written only when the last entry of the storage's listing is a stream; else the bytes hold the
 // streams and nothing that leads to them, and hosts have always got them so.
 //
-// 1; 2 when there is nothing to copy; -1 without memory, for storages nested too deep, for a
-// stream larger than the file and for a directory that leads to more than the file holds; -5 and -7
-// for a stream that could not be written or read whole; -1490; failures of KernelMemFileOpen. On
-// failure the buffer may hold a block.
+// Returns
+//   StatusOk
+//   kNothingToCopy      there is no such storage, or nothing in it;
+//   StatusOutOfMemory   without memory, for storages nested too deep, for a stream larger than the
+//                       file and for a directory that leads to more than the file holds;
+//   StatusWriteFailed   a stream could not be written whole;
+//   StatusReadFailed    or read whole;
+//   StatusCreateFailed  the new file could not be begun;
+// or what KernelMemFileOpen gave. After a failure the buffer may hold a block.
 int32_t ExportEmbeddedMessage(const CompoundStorage& source, std::string_view path,
                               TrackedBuffer<char>& data);
 

@@ -21,26 +21,30 @@ namespace tarn {
 
 inline constexpr int32_t kNoStream = 2;
 
-// Fixed-size properties stand in records of 16 bytes behind a header, whose size differs between a
+// Fixed-size properties are records of 16 bytes after a header, whose size differs between a
 // message and an attachment: type (2), id (2), flags (4), value (8).
 inline constexpr std::string_view kPropertiesStream = "__properties_version1.0";
 inline constexpr uint64_t kPropertyRecordSize = 16;
 inline constexpr uint16_t kPropertyInteger = 3;
 inline constexpr uint16_t kPropertyTime = 64;
 
-// Reads a stream from its position to its end into a new block, with two zero bytes behind it that
+// Reads a stream from its position to its end into a new block, which ends with two zero bytes that
 // the length does not count; the length is that of the directory, whatever was there to be read.
-// No stream gives an empty block. 1; -1 without memory, for a stream larger than its file, and when
-// too much of the file has been read; -7 after a failed seek.
+// No stream gives an empty block. Returns
+//   StatusOk
+//   StatusOutOfMemory  without memory, for a stream larger than its file, and when too much of the
+//                      file has been read;
+//   StatusReadFailed   after a failed seek.
 int32_t ReadWholeStream(CompoundStream* stream, KernelBlock<char>& block, uint64_t& length);
 
-// Puts a stream into the target. 1; 2 when there is none, and then the target is as it was; -1; -7.
+// Puts a stream into the target. Returns what ReadWholeStream does, or
+//   kNoStream  there is none, and the target is as it was.
 int32_t ReadMsgStream(const CompoundStorage& storage, std::string_view name, SizedBytes& target);
 
 // Puts a text property into the target as UTF-8: from UTF-16 ("001F"), with a NUL that the length
-// counts; else the bytes of "001E" or "0102" as they stand. A missing property is an empty text
-// with a block. Names of 100 bytes and more are missing. 1; or -1, and then the target is no text
-// that was not there before.
+// counts; else the bytes of "001E" or "0102" as they are. A missing property is an empty text with a
+// block. Names of 100 bytes and more are missing. Returns what ReadWholeStream does; after a failure
+// the target is no text that was not there before.
 int32_t ReadMsgTextProperty(const CompoundStorage& storage, std::string_view name,
                             SizedBytes& target);
 

@@ -212,10 +212,10 @@ TEST(EmbeddedMessage, WithoutEntriesOrStorageHasNothingToCopy) {
   CompoundBuilder parent;
   parent.at(kInner);
   const Export empty(parent.write());
-  EXPECT_EQ(empty.status, 2);
+  EXPECT_EQ(empty.status, kNothingToCopy);
   EXPECT_EQ(empty.bytes, "");
-  EXPECT_EQ(Export(parent.write(), "none").status, 2);
-  EXPECT_EQ(Export(StreamsOnly().write(), "__properties_version1.0").status, 2);
+  EXPECT_EQ(Export(parent.write(), "none").status, kNothingToCopy);
+  EXPECT_EQ(Export(StreamsOnly().write(), "__properties_version1.0").status, kNothingToCopy);
 }
 
 TEST(EmbeddedMessage, OfEmptyStoragesIsNoData) {
