@@ -36,7 +36,7 @@ class CompoundWriter {
   // The four blocks of a new file. What the file was before is gone.
   void createLayout();
 
-  // For a file that is loaded anew: its header is written already.
+  // Marks nothing but the root's block of the directory, as for a file that is loaded anew.
   void reset();
 
   // Writes header, tables, directory and meta blocks, as far as they are marked.
@@ -57,7 +57,6 @@ class CompoundWriter {
  private:
   uint64_t addBlockAfter(BlockView chain);
   void markTable(BlockMarks& marks, uint64_t index);
-  void markEntry(const CompoundStream& stream);
   void growDirectory(uint64_t slot);
   void flushMetaBlocks();
   void setExtent(const CompoundStream& stream, uint64_t start, uint64_t size);
