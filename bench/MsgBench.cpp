@@ -96,7 +96,7 @@ void MakeDocuments(benchmark::State& state, const std::string& bytes, bool textO
     tarn::PstFilterData data;
     uint32_t kind = 3;
     if (ReadMsgDocument(file.path(), data, kind, textOnly, nullptr) != StatusOk) std::abort();
-    benchmark::DoNotOptimize(data.document.data);
+    benchmark::DoNotOptimize(data.document.data());
   }
   state.SetBytesProcessed(static_cast<int64_t>(file.size()) * state.iterations());
 }
@@ -134,7 +134,7 @@ void SmallStreams(benchmark::State& state) {
       for (const auto& name : ListEntryNames(storage, "/")) {
         tarn::SizedBytes bytes;
         ReadMsgStream(storage, name, bytes);
-        benchmark::DoNotOptimize(bytes.data);
+        benchmark::DoNotOptimize(bytes.data());
       }
     }
     KernelFileClose(handle);
@@ -160,7 +160,8 @@ void ExtractLarge(benchmark::State& state) {
       1, 0,
       [](void* user, tarn::TrackedBuffer<char>* data, const char16_t*, tarn::PropertyList*) {
         const auto* const path = static_cast<const MailFile*>(user)->path();
-        return WriteFile(path, data->data, data->length) ? int32_t{StatusOk} : StatusWriteFailed;
+        return WriteFile(path, data->data(), data->length()) ? int32_t{StatusOk}
+                                                             : StatusWriteFailed;
       },
       const_cast<MailFile*>(&target)};
   for (auto _ : state) {
