@@ -1,14 +1,14 @@
 // RtfCodePageStack.h - the code pages that were in force where the open groups began.
 //
 // Groups nest as deep as a document has bytes, but most of them begin under the same code page, so
-// the stack keeps runs: a code page, and how many groups in a row began under it. A run of 8 bytes
-// stands for at least the four bytes of "{\f1".
+// the stack keeps runs: a code page, and how many groups in a row began under it. A run takes 8
+// bytes, and comes of at least the four of "{\f1".
 #ifndef TARN_RTF_RTFCODEPAGESTACK_H
 #define TARN_RTF_RTFCODEPAGESTACK_H
 
 #include <cstdint>
 
-#include "Internal/Tarnclasses_.h"
+#include "Common/KernelArray.h"
 
 namespace tarn {
 
@@ -16,24 +16,22 @@ class RtfCodePageStack {
  public:
   // False without memory; then nothing has changed.
   bool push(uint32_t codePage) {
-    if (count_ > 0) {
-      Run& top = runs_[count_ - 1];
+    if (!runs_.empty()) {
+      Run& top = runs_.back();
       if (top.codePage == codePage && top.groups < UINT32_MAX) {
         ++top.groups;
         return true;
       }
     }
-    if (count_ == capacity_ && !grow()) return false;
-    runs_[count_++] = Run{codePage, 1};
-    return true;
+    return runs_.append({codePage, 1});
   }
 
   // Takes the top into `codePage`; an empty stack leaves it.
   void pop(uint32_t& codePage) {
-    if (count_ == 0) return;
-    Run& top = runs_[count_ - 1];
+    if (runs_.empty()) return;
+    Run& top = runs_.back();
     codePage = top.codePage;
-    if (--top.groups == 0) --count_;
+    if (--top.groups == 0) runs_.truncate(runs_.size() - 1);
   }
 
  private:
@@ -42,20 +40,7 @@ class RtfCodePageStack {
     uint32_t groups;
   };
 
-  bool grow() {
-    const uint64_t capacity = capacity_ == 0 ? 64 : capacity_ + capacity_ / 2;
-    auto* const runs =
-        static_cast<Run*>(KernelRealloc(runs_.get(), capacity * sizeof(Run), TARN_HERE));
-    if (runs == nullptr) return false;
-    runs_.take();
-    runs_.reset(runs);
-    capacity_ = capacity;
-    return true;
-  }
-
-  KernelBlock<Run> runs_;
-  uint64_t count_ = 0;
-  uint64_t capacity_ = 0;
+  KernelArray<Run> runs_;
 };
 
 }  // namespace tarn

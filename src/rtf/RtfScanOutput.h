@@ -9,15 +9,14 @@
 // really allocated doubles instead, that a large text is not copied once for every 1024 bytes; it
 // is never less than the capacity.
 //
-// The block belongs to this record until it is taken. Functions that need memory give false when
-// there is none; the record is of no further use then.
+// Functions that need memory give false when there is none; the output is of no further use then.
 #ifndef TARN_RTF_RTFSCANOUTPUT_H
 #define TARN_RTF_RTFSCANOUTPUT_H
 
 #include <cstdint>
-#include <cstring>
 #include <string_view>
 
+#include "Common/KernelArray.h"
 #include "Internal/Tarnclasses_.h"
 
 namespace tarn {
@@ -34,20 +33,20 @@ class RtfScanOutput {
   // or than their capacity; longer ones work as well.
   bool start(uint64_t longest = UINT64_MAX);
 
-  uint64_t length() const { return length_; }
+  uint64_t length() const { return bytes_.size(); }
   uint64_t limit() const { return capacity_ - kReserve; }
   uint64_t capacity() const { return capacity_; }
 
   // What stands in front of every step of the scan; up to kMargin bytes may be written then.
-  bool makeRoom() { return length_ + kMargin < limit() || growBy(kGrowth); }
+  bool makeRoom() { return length() + kMargin < limit() || growBy(kGrowth); }
 
   // A step for each byte, which writes that byte.
   bool copyInSteps(const char* source, uint64_t count);
 
   // One byte of a hex run, which looks for room at the limit only.
   bool putRaw(char byte) {
-    if (length_ >= limit() && !growBy(kGrowth)) return false;
-    block_[length_++] = byte;
+    if (length() >= limit() && !growBy(kGrowth)) return false;
+    bytes_.put(byte);
     return true;
   }
 
@@ -57,12 +56,8 @@ class RtfScanOutput {
   bool makeRoomForUnits(uint64_t offset, uint64_t rawBytes, uint64_t units);
 
   // Within the room that the functions above have made.
-  void write(std::string_view text) {
-    if (text.empty()) return;
-    std::memcpy(block_.get() + length_, text.data(), text.size());
-    length_ += text.size();
-  }
-  void put(char byte) { block_[length_++] = byte; }
+  void write(std::string_view text) { bytes_.put(text); }
+  void put(char byte) { bytes_.put(byte); }
 
   // "&#N;", cut to what fits in front of the limit. A long hex run can leave no room there; then
   // nothing is written.
@@ -70,10 +65,10 @@ class RtfScanOutput {
 
   // The bytes from offset on. They stay valid until more room is made.
   std::string_view from(uint64_t offset) const {
-    return std::string_view(block_.get() + offset, length_ - offset);
+    return std::string_view(bytes_.data(), length()).substr(offset);
   }
   // Drops the bytes from offset on.
-  void rewind(uint64_t offset) { length_ = offset; }
+  void rewind(uint64_t offset) { bytes_.truncate(offset); }
 
   // Sees to a NUL at the end, gives the slack back, and gives the text away.
   bool finish(SizedBytes& text);
@@ -81,15 +76,13 @@ class RtfScanOutput {
  private:
   bool growBy(uint64_t bytes) {
     capacity_ += bytes;
-    return reserve(length_ + kGrowth);
+    return reserve(length() + kGrowth);
   }
   // Sees to a block of the capacity and, whatever a conversion has written, of so many bytes.
   bool reserve(uint64_t bytes);
 
-  KernelBlock<char> block_;
-  uint64_t length_ = 0;
+  KernelArray<char> bytes_;
   uint64_t capacity_ = 0;
-  uint64_t allocated_ = 0;
   uint64_t longest_ = UINT64_MAX;
 };
 
