@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "Platform/GlyphCoverage.h"
-#include "rtf/FontCoverage.h"
+#include "rtf/RtfFonts.h"
 #include "support/TestFonts.h"
 
 namespace {
@@ -116,7 +116,7 @@ void BM_UnknownFace(benchmark::State& state) {
 }
 BENCHMARK(BM_UnknownFace);
 
-// A character that none of 50 fonts has: a new one each time, or one that is remembered.
+// Two units that none of 50 fonts has: new ones each time, or some that are remembered.
 void BM_SearchATable(benchmark::State& state) {
   const bool isNew = state.range(0) != 0;
   std::string document = "{\\fonttbl";
@@ -124,17 +124,14 @@ void BM_SearchATable(benchmark::State& state) {
     document += "{\\f" + std::to_string(n) + " Bench " + std::to_string(n) + ";}";
   }
   document += "}";
-  RtfFontTable table;
-  if (PrepareRtfFontTable(table, document.data(), document.size()) != StatusOk) std::abort();
-  char16_t unit = 0x1000;
+  RtfFonts fonts;
+  if (fonts.prepare(document) != StatusOk) std::abort();
+  std::u16string text = u"\u1000\u1000";
   for (auto _ : state) {
     uint32_t number = 0;
-    if (isNew) {
-      unit = static_cast<char16_t>(0x1000 + (unit + 1) % 0x1000);
-      table.coverage.clear();
-    }
-    table.coverageWork = 0;
-    if (FindFontForText(table, &unit, 1, number) != 0) state.SkipWithError("there is a glyph");
+    if (isNew && ++text[1] == 0xD800) text = {static_cast<char16_t>(text[0] + 1), u'\u1000'};
+    fonts.setCoverageWork(0);
+    if (fonts.forGlyphs(text, number) != StatusFailed) state.SkipWithError("there is a glyph");
   }
 }
 BENCHMARK(BM_SearchATable)->Arg(1)->Arg(0);

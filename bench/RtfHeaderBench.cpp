@@ -63,8 +63,8 @@ void Write(benchmark::State& state, std::string_view document, size_t first, siz
         state.SkipWithError("a text was not written");
       }
     }
-    produced = render.output.length;
-    benchmark::DoNotOptimize(render.output.data);
+    produced = render.output.length();
+    benchmark::DoNotOptimize(render.output.data());
   }
   state.counters["bytes out"] = static_cast<double>(produced);
 }

@@ -1,9 +1,10 @@
-// Font tables out of any bytes: parsed, prepared, asked for fonts, extended.
+// Font tables out of any bytes: parsed, found by number, prepared, asked for fonts, extended.
 //
 // Besides what the sanitizers see, a run aborts when the parser reads another table than the plain
 // one below does, when a table that is extended is not what its entries say, or when anything is
 // left behind in the kernel.
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -14,11 +15,12 @@
 
 #include "Tarnbase/PlainKernel.h"
 #include "rtf/CharsetCodePages.h"
-#include "rtf/RtfFontTable.h"
+#include "rtf/RtfFonts.h"
 
 namespace {
 
 using tarn::RtfFontEntry;
+using tarn::RtfFonts;
 using tarn::RtfFontTable;
 
 void Expect(bool holds, const char* what) {
@@ -126,35 +128,34 @@ void Parse(const std::vector<char>& bytes) {
   Expect(status == plain.status, "another status");
   const auto taken = static_cast<size_t>(cursor - bytes.data());
   Expect(taken == (status == StatusOk ? plain.at : 0), "another cursor");
-  Expect(static_cast<size_t>(table.count) == plain.fonts.size(), "another number of fonts");
+  Expect(table.count() == plain.fonts.size(), "another number of fonts");
   for (size_t i = 0; i < plain.fonts.size(); ++i) Compare(table.entries[i], plain.fonts[i]);
 }
 
 std::string Text(const RtfFontTable& table) {
-  return table.tableText.data() == nullptr
-             ? std::string()
-             : std::string(table.tableText.data(), table.tableText.length());
+  return std::string(table.tableText.view());
 }
 
 // Asks for each code page, twice, by the plain rule too.
-void AskForFonts(RtfFontTable& table) {
+void AskForFonts(RtfFonts& fonts) {
+  const RtfFontTable& table = fonts.table();
   for (const uint32_t codePage : {table.ansiCodePage, 1252u, 932u, 1253u, 0u, 42u, 20866u, 932u}) {
     const RtfFontEntry* first = nullptr;
-    for (int32_t i = table.count - 1; i >= 0; --i) {
+    for (size_t i = table.count(); i-- > 0;) {
       const uint32_t own = table.entries[i].codePage;
       if (own == codePage || (own == 0 && codePage == table.ansiCodePage)) {
         first = &table.entries[i];
       }
     }
-    const int32_t count = table.count;
+    const size_t count = table.count();
     const std::string before = Text(table);
     const uint32_t expected = first != nullptr ? first->number : table.nextNumber;
     uint32_t number = 0;
-    const int32_t status = tarn::FontForCodePage(table, codePage, number);
+    const int32_t status = tarn::FontForCodePage(fonts, codePage, number);
     Expect(status == StatusOk || (status == StatusBadArgument && first == nullptr),
            "a status that no font has");
     const bool added = status == StatusOk && first == nullptr;
-    Expect(table.count == count + (added ? 1 : 0), "another number of fonts");
+    Expect(table.count() == count + (added ? 1 : 0), "another number of fonts");
     if (status == StatusOk) Expect(number == expected, "another font");
     const std::string after = Text(table);
     if (!added) {
@@ -168,17 +169,39 @@ void AskForFonts(RtfFontTable& table) {
   }
 }
 
+// Reads the bytes for their numbers, and once more: the first font of a number counts.
+void FindNumbers(const std::vector<char>& bytes) {
+  RtfFonts fonts;
+  for (int round = 0; round < 2; ++round) {
+    const char* cursor = bytes.data();
+    if (fonts.readTable(cursor, bytes.data() + bytes.size()) != StatusOk) return;
+  }
+  const RtfFontTable& table = fonts.table();
+  const size_t most = std::min<size_t>(table.count(), 200);
+  for (size_t i = 0; i < most; ++i) {
+    const uint32_t number = table.entries[i].number;
+    size_t first = 0;
+    while (table.entries[first].number != number) ++first;
+    const uint32_t* const codePage = fonts.codePageOf(number);
+    Expect((codePage == nullptr) == (number == UINT32_MAX), "a number that is not found");
+    if (codePage != nullptr) {
+      Expect(*codePage == table.entries[first].codePage, "the code page of another font");
+    }
+  }
+}
+
 void Prepare(const std::vector<char>& bytes) {
-  RtfFontTable table;
-  table.ansiCodePage = 1252;
-  const int32_t status = tarn::PrepareRtfFontTable(table, bytes.data(), bytes.size());
+  RtfFonts fonts;
+  fonts.setAnsiCodePage(1252);
+  const RtfFontTable& table = fonts.table();
+  const int32_t status = tarn::PrepareRtfFontTable(fonts, bytes.data(), bytes.size());
   Expect(status == StatusOk || status == StatusNotSupported, "a status that no document has");
   if (status != StatusOk) return;
   Expect(table.tableStart <= table.tableEnd && table.tableEnd <= bytes.size(), "a stretch outside");
   const std::string_view document(bytes.data(), bytes.size());
   Expect(Text(table) == document.substr(table.tableStart, table.tableEnd - table.tableStart),
          "another text");
-  AskForFonts(table);
+  AskForFonts(fonts);
 }
 
 PlainKernelUsageRecord Usage() {
@@ -194,6 +217,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   // Of exactly this size, so that a step outside is noticed.
   const std::vector<char> bytes(data, data + size);
   Parse(bytes);
+  FindNumbers(bytes);
   Prepare(bytes);
   Expect(Usage().liveBlocks == before, "a call left something behind");
   return 0;

@@ -21,13 +21,12 @@ class RowWriter {
     if (status_ == StatusOk) status_ = render_.output.append(rtf.data(), rtf.size());
   }
 
-  // UTF-8 text, to be escaped. The text writer passes over some growths that fail; here a row
-  // without all of its text has failed.
+  // UTF-8 text, to be escaped. A row without all of its text has failed.
   void writeText(std::string_view text) {
     if (status_ != StatusOk || text.empty()) return;
-    render_.output.setLastError(StatusOk);
-    status_ = WriteRtfUtf8Text(render_, text.data(), text.size());
-    if (status_ == StatusOk) status_ = render_.output.lastError();
+    RtfTextWriter writer(render_);
+    writer.writeUtf8(text);
+    status_ = writer.status() != StatusOk ? writer.status() : writer.leftOut();
   }
 
   // A field without its terminating NUL.
@@ -56,7 +55,7 @@ int32_t AppendRtfHeaderRow(RtfRender& render, const MailMessage* message, const 
   writer.writeText(GetHeaderLabel(row));
   writer.writeRtf(kRowMiddle);
   writer.writeField(*field);
-  if (row == HeaderRowFrom && message->fromAddress.data() != nullptr) {
+  if (row == HeaderRowFrom && message->fromAddress.hasBlock()) {
     writer.writeRtf(" <");
     writer.writeField(message->fromAddress);
     writer.writeRtf(">");
@@ -72,16 +71,16 @@ int32_t RenderMailRtf(MailMessage& message) {
   const std::string_view body = message.body.view();
 
   RtfRender render;
-  render.fonts.ansiCodePage = platform::AnsiCodePage();
-  const int32_t prepared = PrepareRtfFontTable(render.fonts, body.data(), body.size());
+  render.fonts.setAnsiCodePage(platform::AnsiCodePage());
+  const int32_t prepared = render.fonts.prepare(body);
   if (prepared != StatusOk) return prepared;
 
   for (const HeaderField<MailMessage>& field : kMailRows) {
     const int32_t written = AppendRtfHeaderRow(render, &message, &(message.*field.text), field.row);
     if (written != StatusOk) return written;
   }
-  if (render.output.data() == nullptr) return StatusOk;
-  return SpliceRtfBlock(message.body, render.fonts, render.output);
+  if (!render.output.hasBlock()) return StatusOk;
+  return SpliceRtfBlock(message.body, render.fonts.table(), render.output);
 }
 
 }  // namespace tarn

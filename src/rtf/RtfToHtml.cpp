@@ -9,18 +9,16 @@
 // Memory: the output is at most twice as long as the text, as an escape of 4 bytes becomes a
 // reference of 8 (more only where a code page makes two units of one byte). Besides it there are 4
 // bytes for each escape of the longest hex run, 8 for each group that changes the code page, and
-// for each of at most kMaxRtfFonts fonts its entry, its name and 16 bytes of index. The blocks of
-// the output and the index double as they grow, the groups grow by half: each is up to so much
-// larger than what it holds or makes room for, but for the output, which does not double beyond
-// twice the text.
+// for each of at most kMaxRtfFonts fonts its entry, its name and 8 bytes to find it by. The block
+// of the output doubles as it grows, but not beyond twice the text; those of the groups and of the
+// numbers of fonts grow by half.
 #include "rtf/RtfToHtml.h"
 
 #include "Common/ByteSearch.h"
 #include "rtf/FindAnyByte.h"
 #include "rtf/RtfCodePageStack.h"
 #include "rtf/RtfControlWords.h"
-#include "rtf/RtfFontIndex.h"
-#include "rtf/RtfFontTable.h"
+#include "rtf/RtfFonts.h"
 #include "rtf/RtfHexRun.h"
 #include "rtf/RtfNumbers.h"
 #include "rtf/RtfScanOutput.h"
@@ -76,18 +74,10 @@ class RtfScan {
   }
 
   void lookUpFont(uint32_t number) {
-    if (const uint32_t* const codePage = fonts_.find(number)) fontCodePage_ = *codePage;
+    if (const uint32_t* const codePage = fonts_.codePageOf(number)) fontCodePage_ = *codePage;
   }
 
   void takeLanguage() { languageCodePage_ = CodePageOfLanguage(TakeRtfNumber(at_, end_)); }
-
-  // Behind "\fonttbl".
-  int32_t takeFontTable() {
-    if (const int32_t status = ParseRtfFontTable(table_, at_, end_); status != StatusOk) {
-      return status;
-    }
-    return fonts_.update(table_) ? StatusOk : StatusOutOfMemory;
-  }
 
   void goToBrace() {
     const char* const brace = FindByte(at_, end_, '}');
@@ -119,8 +109,7 @@ class RtfScan {
   uint32_t currentFont_ = kNone;
   bool hasCurrentFont_ = false;
   RtfCodePageStack stack_;
-  RtfFontTable table_;
-  RtfFontIndex fonts_;
+  RtfFonts fonts_;
 };
 
 // After whatever it finds the head steps over one byte more, so that of two words in a row, as in
@@ -158,7 +147,7 @@ int32_t RtfScan::takeHeadWord() {
       break;
     case RtfWordAction::FontTable:
       at_ = behind;
-      return takeFontTable();
+      return fonts_.readTable(at_, end_);
     default:
       break;
   }
@@ -251,7 +240,7 @@ int32_t RtfScan::act(RtfWordAction action, const char* backslash) {
       break;
     case RtfWordAction::FontTable:
       // The table's own brace is read with it, so that its group stays on the stack.
-      return takeFontTable();
+      return fonts_.readTable(at_, end_);
     case RtfWordAction::Unicode:
       takeUnicode(backslash);
       break;

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <string>
 #include <vector>
 
@@ -14,15 +13,14 @@ namespace {
 // Asks for a text whose heap block ends where it does.
 uint32_t Find(std::u16string_view text) {
   const std::vector<char16_t> units(text.begin(), text.end());
-  return FindCodePageForText(units.data(), units.size());
+  return FindCodePageForText({units.data(), units.size()});
 }
 
 // With scratch of exactly the documented size.
-int32_t RoundTrips(std::u16string_view text, uint32_t codePage, size_t byteScratch) {
+bool RoundTrips(std::u16string_view text, uint32_t codePage, size_t byteScratch) {
   std::vector<char16_t> wide(text.size());
   std::vector<char> bytes(byteScratch);
-  return RoundTripsInCodePage(text.data(), text.size(), codePage, wide.data(), bytes.data(),
-                              bytes.size());
+  return RoundTripsInCodePage(text, codePage, wide.data(), bytes);
 }
 
 uint64_t AllocationCalls() {
@@ -79,9 +77,9 @@ TEST(FindCodePageForText, NulIsText) {
 }
 
 TEST(FindCodePageForText, NoTextHasNone) {
-  EXPECT_EQ(FindCodePageForText(nullptr, 0), 0xFFFFFFFFu);
-  EXPECT_EQ(FindCodePageForText(nullptr, 5), 0xFFFFFFFFu);
-  EXPECT_EQ(FindCodePageForText(u"a", 0), 0xFFFFFFFFu);
+  EXPECT_EQ(FindCodePageForText({}), 0xFFFFFFFFu);
+  EXPECT_EQ(FindCodePageForText({nullptr, 5}), 0xFFFFFFFFu);
+  EXPECT_EQ(FindCodePageForText({u"a", 0}), 0xFFFFFFFFu);
 }
 
 TEST(FindCodePageForText, LongTextsAreNoDifferent) {
@@ -116,50 +114,50 @@ TEST(FindCodePageForText, PiecesAreNoDifferent) {
   }
 }
 
-TEST(FindCodePageForText, AMegabyteIsNoMatter) {
+TEST(FindCodePageForText, AMegabyteTakesNoMemory) {
   std::u16string text;
   while (text.size() < (1 << 20)) text += u"\u0386\u0416";
-  const auto start = std::chrono::steady_clock::now();
+  const uint64_t before = AllocationCalls();
   EXPECT_EQ(Find(text), kNoCodePage);
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+  EXPECT_EQ(AllocationCalls(), before);
 }
 
 TEST(RoundTripsInCodePage, TheTextComesBack) {
-  EXPECT_EQ(RoundTrips(u"\u00E9", 1252, 1), 1);
-  EXPECT_EQ(RoundTrips(u"\u65E5\u672C", 932, 4), 1);
-  EXPECT_EQ(RoundTrips(u"\u4EEC", 936, 2), 1);
-  EXPECT_EQ(RoundTrips(std::u16string_view(u"\0", 1), 1252, 1), 1);
+  EXPECT_TRUE(RoundTrips(u"\u00E9", 1252, 1));
+  EXPECT_TRUE(RoundTrips(u"\u65E5\u672C", 932, 4));
+  EXPECT_TRUE(RoundTrips(u"\u4EEC", 936, 2));
+  EXPECT_TRUE(RoundTrips(std::u16string_view(u"\0", 1), 1252, 1));
 }
 
 TEST(RoundTripsInCodePage, TheDefaultCharacterIsNoFailureOfItsOwn) {
-  EXPECT_EQ(RoundTrips(u"a?b", 1252, 3), 1);
-  EXPECT_EQ(RoundTrips(u"a\u0416b", 1252, 3), 0);
+  EXPECT_TRUE(RoundTrips(u"a?b", 1252, 3));
+  EXPECT_FALSE(RoundTrips(u"a\u0416b", 1252, 3));
 }
 
 TEST(RoundTripsInCodePage, AnApproximationDoesNotComeBack) {
-  EXPECT_EQ(RoundTrips(u"\uFF21", 1252, 1), 0);
-  EXPECT_EQ(RoundTrips(u"a\uFF21", 1252, 2), 0);
+  EXPECT_FALSE(RoundTrips(u"\uFF21", 1252, 1));
+  EXPECT_FALSE(RoundTrips(u"a\uFF21", 1252, 2));
 }
 
 TEST(RoundTripsInCodePage, TheBytesMustFit) {
-  EXPECT_EQ(RoundTrips(u"\u65E5\u672C", 932, 3), 0);
-  EXPECT_EQ(RoundTrips(u"abcde", 1252, 5), 1);
-  EXPECT_EQ(RoundTrips(u"abcdef", 1252, 5), 0);
-  EXPECT_EQ(RoundTrips(u"a", 1252, 0), 0);
+  EXPECT_FALSE(RoundTrips(u"\u65E5\u672C", 932, 3));
+  EXPECT_TRUE(RoundTrips(u"abcde", 1252, 5));
+  EXPECT_FALSE(RoundTrips(u"abcdef", 1252, 5));
+  EXPECT_FALSE(RoundTrips(u"a", 1252, 0));
 }
 
 TEST(RoundTripsInCodePage, ACodePageThatFailsCarriesNothing) {
-  EXPECT_EQ(RoundTrips(u"A", 42, 2), 0);
-  EXPECT_EQ(RoundTrips(u"A", 931, 2), 0);
-  EXPECT_EQ(RoundTrips(u"A", 0, 2), 0);
-  EXPECT_EQ(RoundTrips(u"A", 0xFFFFFFFF, 2), 0);
+  EXPECT_FALSE(RoundTrips(u"A", 42, 2));
+  EXPECT_FALSE(RoundTrips(u"A", 931, 2));
+  EXPECT_FALSE(RoundTrips(u"A", 0, 2));
+  EXPECT_FALSE(RoundTrips(u"A", 0xFFFFFFFF, 2));
 }
 
 TEST(RoundTripsInCodePage, NoTextIsNotCarried) {
-  EXPECT_EQ(RoundTrips(u"", 1252, 4), 0);
+  EXPECT_FALSE(RoundTrips(u"", 1252, 4));
   char16_t wide = 0;
   char byte = 0;
-  EXPECT_EQ(RoundTripsInCodePage(nullptr, 1, 1252, &wide, &byte, 1), 0);
+  EXPECT_FALSE(RoundTripsInCodePage({nullptr, 1}, 1252, &wide, {&byte, 1}));
 }
 
 }  // namespace

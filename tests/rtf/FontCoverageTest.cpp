@@ -9,8 +9,8 @@
 
 #include "Tarnbase/PlainKernel.h"
 #include "rtf/FontSearch.h"
+#include "rtf/FontTables.h"
 #include "rtf/GraphicsProbe.h"
-#include "rtf/RtfFonts.h"
 #include "support/FaultSweep.h"
 #include "support/TestFonts.h"
 
@@ -122,48 +122,48 @@ TEST(FontCoversText, TakesOneWordAUnitAndNothingElse) {
 
 TEST(FindFontForText, TakesTheFirstOfTheTableThatCovers) {
   Document document("{\\f3 Gulim;}{\\f5 Same Letters;}{\\f4 Sylfaen;}{\\f1 Arial;}");
-  EXPECT_EQ(Find(document.table, kArmenian), (Found{1, 5}));
-  EXPECT_EQ(Find(document.table, kGeorgian), (Found{1, 4}));
-  EXPECT_EQ(Find(document.table, kOgham), (Found{1, 3}));
-  EXPECT_EQ(document.table.changed, 0u);
-  EXPECT_EQ(document.table.count, 4);
+  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{1, 5}));
+  EXPECT_EQ(Find(document.fonts, kGeorgian), (Found{1, 4}));
+  EXPECT_EQ(Find(document.fonts, kOgham), (Found{1, 3}));
+  EXPECT_EQ(document.table().changed, 0u);
+  EXPECT_EQ(document.table().count(), 4u);
 }
 
 TEST(FindFontForText, PrefersTheTableToTheCommonFaces) {
   Document document("{\\f7 Sylfaen;}");
-  EXPECT_EQ(Find(document.table, kArmenian), (Found{1, 7}));
-  EXPECT_EQ(Find(document.table, kHan), (Found{1, 8}));
+  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{1, 7}));
+  EXPECT_EQ(Find(document.fonts, kHan), (Found{1, 8}));
 }
 
 TEST(FindFontForText, PassesOverFontsWithoutAName) {
   Document document("{\\f1}{\\f2\\fcharset0}{\\f3 Arial;}");
-  ASSERT_EQ(document.table.entries[0].name, nullptr);
-  EXPECT_EQ(Find(document.table, kArmenian), (Found{1, 3}));
+  ASSERT_EQ(document.table().entries[0].name, nullptr);
+  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{1, 3}));
 }
 
 TEST(FindFontForText, GivesTheNumberOfAnEntryWhateverItIs) {
   Document document("{\\fswiss Arial;}");
-  EXPECT_EQ(document.table.entries[0].number, kNoRtfFont);
-  EXPECT_EQ(Find(document.table, kArmenian), (Found{1, kNoRtfFont}));
-  EXPECT_EQ(Find(document.table, kArmenian), (Found{1, kNoRtfFont}));
+  EXPECT_EQ(document.table().entries[0].number, kNoRtfFont);
+  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{1, kNoRtfFont}));
+  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{1, kNoRtfFont}));
 }
 
 TEST(FindFontForText, AddsACommonFace) {
   Document document("{\\f11\\fcharset204 Nobody Has This;}");
-  EXPECT_EQ(Find(document.table, kOgham), (Found{1, 12}));
-  EXPECT_EQ(TableText(document.table),
+  EXPECT_EQ(Find(document.fonts, kOgham), (Found{1, 12}));
+  EXPECT_EQ(TableText(document.fonts),
             "\\fonttbl{\\f11\\fcharset204 Nobody Has This;}{\\f12 \\ \\fcharset0 Gulim}}");
-  EXPECT_EQ(Show(document.table), "11:1251:0:Nobody Has This|12:0:0:Gulim");
-  EXPECT_EQ(document.table.changed, 1u);
-  EXPECT_EQ(document.table.nextNumber, 13u);
+  EXPECT_EQ(Show(document.fonts), "11:1251:0:Nobody Has This|12:0:0:Gulim");
+  EXPECT_EQ(document.table().changed, 1u);
+  EXPECT_EQ(document.table().nextNumber, 13u);
 }
 
 TEST(FindFontForText, AddsAFaceOnce) {
   Document document("{\\f0 Nobody Has This;}");
-  EXPECT_EQ(Find(document.table, kOgham), (Found{1, 1}));
-  EXPECT_EQ(Find(document.table, kOgham), (Found{1, 1}));
-  EXPECT_EQ(Find(document.table, u"\u1682"), (Found{1, 1}));
-  EXPECT_EQ(Show(document.table), "0:0:0:Nobody Has This|1:0:0:Gulim");
+  EXPECT_EQ(Find(document.fonts, kOgham), (Found{1, 1}));
+  EXPECT_EQ(Find(document.fonts, kOgham), (Found{1, 1}));
+  EXPECT_EQ(Find(document.fonts, u"\u1682"), (Found{1, 1}));
+  EXPECT_EQ(Show(document.fonts), "0:0:0:Nobody Has This|1:0:0:Gulim");
 }
 
 TEST(FindFontForText, TriesTheCommonFacesInOrder) {
@@ -175,18 +175,18 @@ TEST(FindFontForText, TriesTheCommonFacesInOrder) {
                                                                   {kOgham, "Gulim"}};
   for (const auto& [text, face] : expected) {
     Document document("{\\f0 Nobody Has This;}");
-    EXPECT_EQ(Find(document.table, text), (Found{1, 1})) << face;
-    EXPECT_EQ(Show(document.table), std::string("0:0:0:Nobody Has This|1:0:0:") + face);
+    EXPECT_EQ(Find(document.fonts, text), (Found{1, 1})) << face;
+    EXPECT_EQ(Show(document.fonts), std::string("0:0:0:Nobody Has This|1:0:0:") + face);
   }
 }
 
 TEST(FindFontForText, AddsFacesOneBehindTheOther) {
   Document document("{\\f0 Nobody Has This;}");
-  EXPECT_EQ(Find(document.table, kJamo), (Found{1, 1}));
-  EXPECT_EQ(Find(document.table, kHan), (Found{1, 2}));
-  EXPECT_EQ(Find(document.table, u"\u3041"), (Found{1, 1}));
-  EXPECT_EQ(Find(document.table, u"\uFB13"), (Found{1, 3}));
-  EXPECT_EQ(TableText(document.table),
+  EXPECT_EQ(Find(document.fonts, kJamo), (Found{1, 1}));
+  EXPECT_EQ(Find(document.fonts, kHan), (Found{1, 2}));
+  EXPECT_EQ(Find(document.fonts, u"\u3041"), (Found{1, 1}));
+  EXPECT_EQ(Find(document.fonts, u"\uFB13"), (Found{1, 3}));
+  EXPECT_EQ(TableText(document.fonts),
             "\\fonttbl{\\f0 Nobody Has This;}{\\f1 \\ \\fcharset0 Batang}"
             "{\\f2 \\ \\fcharset0 MS Gothic}{\\f3 \\ \\fcharset0 Arial}}");
 }
@@ -194,7 +194,7 @@ TEST(FindFontForText, AddsFacesOneBehindTheOther) {
 TEST(FindFontForText, PassesOverCommonFacesOfTheTable) {
   Document document("{\\f0 GULIM;}{\\f1 arial;}{\\f2 mS gOTHIC;}{\\f3 batang;}{\\f4 SYMBOL;}");
   const GraphicsProbe probe;
-  EXPECT_EQ(Find(document.table, kNowhere), kNone);
+  EXPECT_EQ(Find(document.fonts, kNowhere), kNone);
   // Those of the table, and none of the common ones.
   EXPECT_EQ(probe.faceNames(),
             (std::vector<std::u16string>{u"GULIM", u"arial", u"mS gOTHIC", u"batang", u"SYMBOL"}));
@@ -202,37 +202,37 @@ TEST(FindFontForText, PassesOverCommonFacesOfTheTable) {
 
 TEST(FindFontForText, ComparesWholeNamesOfCommonFaces) {
   Document document("{\\f0 Arial Black;}{\\f1 Aria;}{\\f2 XArial;}");
-  EXPECT_EQ(Find(document.table, u"\uFB13"), (Found{1, 3}));
-  EXPECT_EQ(Show(document.table), "0:0:0:Arial Black|1:0:0:Aria|2:0:0:XArial|3:0:0:Arial");
+  EXPECT_EQ(Find(document.fonts, u"\uFB13"), (Found{1, 3}));
+  EXPECT_EQ(Show(document.fonts), "0:0:0:Arial Black|1:0:0:Aria|2:0:0:XArial|3:0:0:Arial");
 }
 
 TEST(FindFontForText, TriesSixCommonFacesAndSymbolTwice) {
   Document document("{\\f0 Nobody Has This;}");
   const GraphicsProbe probe;
-  EXPECT_EQ(Find(document.table, kNowhere), kNone);
+  EXPECT_EQ(Find(document.fonts, kNowhere), kNone);
   EXPECT_EQ(probe.faceNames(),
             (std::vector<std::u16string>{u"Nobody Has This", u"Arial", u"Symbol", u"MS Gothic",
                                          u"Batang", u"Gulim", u"Symbol"}));
-  EXPECT_EQ(document.table.count, 1);
-  EXPECT_EQ(document.table.changed, 0u);
+  EXPECT_EQ(document.table().count(), 1u);
+  EXPECT_EQ(document.table().changed, 0u);
 }
 
 TEST(FindFontForText, StartsATableInADocumentWithoutOne) {
-  RtfFontTable table;
-  ASSERT_EQ(Prepare(table, "{\\rtf1\\fromtext \\pard x}"), StatusOk);
-  EXPECT_EQ(Find(table, kOgham), (Found{1, 0}));
-  EXPECT_EQ(TableText(table), "\x0Conttbl{\\f0 \\ \\fcharset0 Gulim}}");
+  RtfFonts fonts;
+  ASSERT_EQ(Prepare(fonts, "{\\rtf1\\fromtext \\pard x}"), StatusOk);
+  EXPECT_EQ(Find(fonts, kOgham), (Found{1, 0}));
+  EXPECT_EQ(TableText(fonts), "\x0Conttbl{\\f0 \\ \\fcharset0 Gulim}}");
 }
 
 TEST(FindFontForText, FindsNothingForHalvesOfPairs) {
   Document document("{\\f0 Arial;}");
-  EXPECT_EQ(Find(document.table, kEmoji), kNone);
+  EXPECT_EQ(Find(document.fonts, kEmoji), kNone);
 }
 
 TEST(FindFontForText, HasNoAnswerWithoutAText) {
   Document document("{\\f0 Arial;}");
   uint32_t number = kUntouched;
-  EXPECT_EQ(FindFontForText(document.table, nullptr, 1, number), 0);
+  EXPECT_EQ(FindFontForText(document.fonts, nullptr, 1, number), 0);
   EXPECT_EQ(number, kUntouched);
 }
 
@@ -242,23 +242,23 @@ TEST(FindFontForText, FailsWithoutMemoryAndRecovers) {
   int failures = 0;
   const auto round = [&](test::FaultedWork& faulted) {
     Document document{std::string(fonts)};
-    const Found found = faulted([&] { return Find(document.table, kOgham); });
+    const Found found = faulted([&] { return Find(document.fonts, kOgham); });
     if (!faulted.isReached()) {
       EXPECT_EQ(found.result, 1);
     }
     // What comes last only remembers the answer.
     if (found.result == 1) {
       EXPECT_EQ(found, (Found{1, 2}));
-      EXPECT_EQ(Show(document.table), extended);
+      EXPECT_EQ(Show(document.fonts), extended);
       return;
     }
     ++failures;
     EXPECT_EQ(found, kNoMemory);
-    EXPECT_EQ(Show(document.table), "0:0:0:Nobody Has This|1:0:0:Same Letters");
-    EXPECT_EQ(TableText(document.table), "\\fonttbl" + std::string(fonts) + "}");
-    EXPECT_EQ(document.table.changed, 0u);
+    EXPECT_EQ(Show(document.fonts), "0:0:0:Nobody Has This|1:0:0:Same Letters");
+    EXPECT_EQ(TableText(document.fonts), "\\fonttbl" + std::string(fonts) + "}");
+    EXPECT_EQ(document.table().changed, 0u);
     // What memory hid is not remembered as an answer.
-    EXPECT_EQ(Find(document.table, kOgham), (Found{1, 2}));
+    EXPECT_EQ(Find(document.fonts, kOgham), (Found{1, 2}));
   };
   test::SweepFaults(PlainKernelFaultMemory, round);
   // The tests of seven faces, and the name and the entry of what is added; the text has room.
@@ -269,70 +269,70 @@ TEST(FindFontForText, FailsWithoutMemoryAndRecovers) {
 TEST(FindFontForText, TakesNoOtherFontWhenMemoryHidesOne) {
   Document document("{\\f5 Sylfaen;}");
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
-  EXPECT_EQ(Find(document.table, kArmenian), kNoMemory);
-  EXPECT_EQ(Show(document.table), "5:0:0:Sylfaen");
-  EXPECT_EQ(Find(document.table, kArmenian), (Found{1, 5}));
+  EXPECT_EQ(Find(document.fonts, kArmenian), kNoMemory);
+  EXPECT_EQ(Show(document.fonts), "5:0:0:Sylfaen");
+  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{1, 5}));
 }
 
 TEST(FindFontForText, HasNoAnswerWithoutAContext) {
   Document document("{\\f0 Sylfaen;}");
   GraphicsProbe probe;
   probe.refusesContexts = true;
-  EXPECT_EQ(Find(document.table, kArmenian), kNone);
+  EXPECT_EQ(Find(document.fonts, kArmenian), kNone);
   EXPECT_TRUE(probe.fonts.empty());
-  EXPECT_EQ(document.table.coverageWork, 0u);
+  EXPECT_EQ(document.fonts.coverageWork(), 0u);
   probe.refusesContexts = false;
-  EXPECT_EQ(Find(document.table, kArmenian), (Found{1, 0}));
+  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{1, 0}));
 }
 
 TEST(FindFontForText, PassesOverAFontThatCannotBeMade) {
   Document document("{\\f0 Sylfaen;}{\\f1 Arial;}");
   GraphicsProbe probe;
   probe.refusedFont = 1;
-  EXPECT_EQ(Find(document.table, kArmenian), (Found{1, 1}));
+  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{1, 1}));
   // What was hidden is not remembered.
-  EXPECT_EQ(Find(document.table, kArmenian), (Found{1, 0}));
+  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{1, 0}));
   EXPECT_EQ(probe.contexts, 2u);
 }
 
 TEST(FindFontForText, RemembersItsAnswers) {
   Document document("{\\f0 Sylfaen;}");
-  EXPECT_EQ(Find(document.table, kArmenian), (Found{1, 0}));
-  EXPECT_EQ(Find(document.table, kEmoji), kNone);
+  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{1, 0}));
+  EXPECT_EQ(Find(document.fonts, kEmoji), kNone);
   const uint64_t before = AllocationCalls();
-  EXPECT_EQ(Find(document.table, kArmenian), (Found{1, 0}));
-  EXPECT_EQ(Find(document.table, kEmoji), kNone);
-  EXPECT_EQ(Find(document.table, kEmoji), kNone);
+  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{1, 0}));
+  EXPECT_EQ(Find(document.fonts, kEmoji), kNone);
+  EXPECT_EQ(Find(document.fonts, kEmoji), kNone);
   EXPECT_EQ(AllocationCalls(), before);
   // Another text, if only by a unit, is asked for.
-  EXPECT_EQ(Find(document.table, u"\u0531\u0531"), (Found{1, 0}));
+  EXPECT_EQ(Find(document.fonts, u"\u0531\u0531"), (Found{1, 0}));
   EXPECT_EQ(AllocationCalls(), before + 1);
 }
 
 TEST(FindFontForText, AsksWhatWasAddedToTheTable) {
   Document document("{\\f0 Arial;}");
-  EXPECT_EQ(Find(document.table, kGeorgian), kNone);
-  uint32_t number = 0;
-  ASSERT_EQ(AddRtfFont(document.table, "Sylfaen", "nil", 0, 0, number), StatusOk);
-  EXPECT_EQ(Find(document.table, kGeorgian), (Found{1, 1}));
+  EXPECT_EQ(Find(document.fonts, kGeorgian), kNone);
+  ASSERT_EQ(Add(document.fonts, "Sylfaen", "nil", 0, 0), 1);
+  EXPECT_EQ(Find(document.fonts, kGeorgian), (Found{1, 1}));
 }
 
 TEST(FindFontForText, ForgetsItsAnswersWithTheTable) {
-  RtfFontTable table;
-  ASSERT_EQ(Prepare(table, "{\\fonttbl{\\f0 Arial;}}"), StatusOk);
-  EXPECT_EQ(Find(table, kGeorgian), kNone);
-  ReleaseRtfFontTable(table);
-  table.parsed = 0;
-  ASSERT_EQ(Prepare(table, "{\\fonttbl{\\f9 Sylfaen;}}"), StatusOk);
-  EXPECT_EQ(Find(table, kGeorgian), (Found{1, 9}));
+  RtfFonts fonts;
+  ASSERT_EQ(Prepare(fonts, "{\\fonttbl{\\f0 Arial;}}"), StatusOk);
+  EXPECT_EQ(Find(fonts, kGeorgian), kNone);
+  fonts.release();
+  const std::string_view text = "{\\f9 Sylfaen;}}";
+  const char* cursor = text.data();
+  ASSERT_EQ(fonts.readTable(cursor, text.data() + text.size()), StatusOk);
+  EXPECT_EQ(Find(fonts, kGeorgian), (Found{1, 9}));
 }
 
 TEST(FindFontForText, RemembersNothingOfTheCallersNumber) {
   Document document("{\\f0 Arial;}");
   uint32_t number = 1;
-  EXPECT_EQ(FindFontForText(document.table, kGeorgian.data(), 1, number), 0);
+  EXPECT_EQ(FindFontForText(document.fonts, kGeorgian.data(), 1, number), 0);
   number = 2;
-  EXPECT_EQ(FindFontForText(document.table, kGeorgian.data(), 1, number), 0);
+  EXPECT_EQ(FindFontForText(document.fonts, kGeorgian.data(), 1, number), 0);
   EXPECT_EQ(number, 2u);
 }
 
@@ -340,16 +340,16 @@ TEST(FindFontForText, AsksAgainForLongCharacters) {
   Document document("{\\f0 Sylfaen;}");
   // The second ends with a unit that is its length.
   for (const std::u16string_view text : {u"\u0531aaaa", u"\u1400aaa\u0005"}) {
-    Find(document.table, text);
+    Find(document.fonts, text);
     const uint64_t before = AllocationCalls();
-    Find(document.table, text);
+    Find(document.fonts, text);
     EXPECT_GT(AllocationCalls(), before);
   }
 }
 
 TEST(FindFontForText, FindsNothingMissingInAnEmptyText) {
   Document document("{\\f3}{\\f4 Sylfaen;}");
-  EXPECT_EQ(Find(document.table, u""), (Found{1, 4}));
+  EXPECT_EQ(Find(document.fonts, u""), (Found{1, 4}));
 }
 
 }  // namespace

@@ -12,7 +12,7 @@
 
 #include "Tarnbase/PlainKernel.h"
 #include "rtf/FontCoverage.h"
-#include "rtf/RtfFonts.h"
+#include "rtf/FontTables.h"
 #include "support/TestFonts.h"
 
 namespace tarn::test {
@@ -64,21 +64,23 @@ inline std::ostream& operator<<(std::ostream& out, const Found& found) {
   return out << "{" << found.result << ", " << found.number << "}";
 }
 
-inline Found Find(RtfFontTable& table, std::u16string_view text) {
+inline Found Find(RtfFonts& fonts, std::u16string_view text) {
   const uint64_t before = LiveObjects();
   Found found = kNone;
-  found.result = FindFontForText(table, text.data(), text.size(), found.number);
+  found.result = FindFontForText(fonts, text.data(), text.size(), found.number);
   EXPECT_EQ(LiveObjects(), before);
   return found;
 }
 
 // A prepared document with these groups in its font table.
 struct Document {
-  explicit Document(const std::string& fonts) {
-    status = Prepare(table, "{\\rtf1\\ansi\\deff0{\\fonttbl" + fonts + "}\\pard text}");
+  explicit Document(const std::string& groups) {
+    status = Prepare(fonts, "{\\rtf1\\ansi\\deff0{\\fonttbl" + groups + "}\\pard text}");
     EXPECT_EQ(status, StatusOk);
   }
-  RtfFontTable table;
+  const RtfFontTable& table() const { return fonts.table(); }
+
+  RtfFonts fonts;
   int32_t status = 0;
 };
 

@@ -63,7 +63,7 @@ class NaiveRtfToHtml {
   }
   void lookUp(uint32_t font) {
     if (font == 0xFFFFFFFF) return;
-    for (int32_t i = 0; i < fonts_.count; ++i) {
+    for (size_t i = 0; i < fonts_.count(); ++i) {
       if (fonts_.entries[i].number != font) continue;
       fontCodePage_ = static_cast<int32_t>(fonts_.entries[i].codePage);
       return;

@@ -13,16 +13,14 @@ namespace {
 // One run, from a text whose heap block ends where it does.
 struct WrittenRun {
   explicit WrittenRun(std::u16string_view text, uint32_t current = 0, uint32_t ascii = 0)
-      : font(current) {
+      : inForce{ascii, current} {
     const std::vector<char16_t> units(text.begin(), text.end());
-    status = WriteRtfAsciiRun(output, font, ascii, units.data(), units.size(), &taken);
+    status = WriteRtfAsciiRun(output, inForce, {units.data(), units.size()}, &taken);
   }
-  std::string text() const {
-    return output.data() == nullptr ? std::string() : std::string(output.data(), output.length());
-  }
+  std::string text() const { return std::string(output.view()); }
 
   TrackedBuffer<char> output;
-  uint32_t font;
+  RtfFontsInForce inForce;
   uint64_t taken = 77777;
   int32_t status = 0;
 };
@@ -61,12 +59,12 @@ TEST(WriteRtfAsciiRun, NothingIsTakenInFrontOfOtherText) {
 TEST(WriteRtfAsciiRun, TheAsciiFontIsSelectedWhereSomethingIsWritten) {
   const WrittenRun plain(u"ab", 5, 3);
   EXPECT_EQ(plain.text(), "\\f3 ab");
-  EXPECT_EQ(plain.font, 3u);
+  EXPECT_EQ(plain.inForce.current, 3u);
   const WrittenRun special(u"}ab", 5, 3);
   EXPECT_EQ(special.text(), "\\f3 \\'7dab");
   const WrittenRun lost(u"ab\u00E0", 5, 3);
   EXPECT_EQ(lost.text(), "");
-  EXPECT_EQ(lost.font, 5u);
+  EXPECT_EQ(lost.inForce.current, 5u);
 }
 
 TEST(WriteRtfAsciiRun, FontNumbersAreSigned) {
@@ -80,18 +78,18 @@ TEST(WriteRtfAsciiRun, NoTextIsWrittenAsNothing) {
   EXPECT_EQ(run.status, 1);
   EXPECT_EQ(run.text(), "");
   EXPECT_EQ(run.taken, 0u);
-  EXPECT_EQ(run.font, 5u);
+  EXPECT_EQ(run.inForce.current, 5u);
   TrackedBuffer<char> output;
-  uint32_t font = 5;
-  EXPECT_EQ(WriteRtfAsciiRun(output, font, 3, nullptr, 0, nullptr), 1);
+  RtfFontsInForce inForce{3, 5};
+  EXPECT_EQ(WriteRtfAsciiRun(output, inForce, {}, nullptr), 1);
 }
 
 TEST(WriteRtfAsciiRun, NullArgumentsFail) {
   TrackedBuffer<char> output;
-  uint32_t font = 0;
+  RtfFontsInForce inForce;
   uint64_t taken = 77777;
-  EXPECT_EQ(WriteRtfAsciiRun(output, font, 0, nullptr, 1, &taken), -814);
-  EXPECT_EQ(WriteRtfAsciiRun(output, font, 0, u"a", 1, nullptr), -814);
+  EXPECT_EQ(WriteRtfAsciiRun(output, inForce, {nullptr, 1}, &taken), -814);
+  EXPECT_EQ(WriteRtfAsciiRun(output, inForce, u"a", nullptr), -814);
   EXPECT_EQ(output.length(), 0u);
 }
 
@@ -136,12 +134,12 @@ TEST(WriteRtfAsciiRun, AnOutputThatCannotGrowIsReported) {
     if (room != 0) {
       ASSERT_NE(output.reserve(room), nullptr);
     }
-    uint32_t font = 5;
+    RtfFontsInForce inForce{3, 5};
     uint64_t taken = 0;
     // One scratch block stands in front of the growth unless the font does not fit.
     PlainKernelFailAt(PlainKernelFaultMemory, room == 0 ? 1 : 2);
-    output.setLastError(0);
-    EXPECT_EQ(WriteRtfAsciiRun(output, font, 3, u"ab{", 3, &taken), -1) << room;
+    output.setLastError(StatusOk);
+    EXPECT_EQ(WriteRtfAsciiRun(output, inForce, u"ab{", &taken), -1) << room;
     EXPECT_EQ(output.lastError(), -1) << room;
     EXPECT_EQ(output.length(), room) << room;
   }

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <string>
 
 #include "Tarnbase/PlainKernel.h"
@@ -123,28 +122,6 @@ TEST(RtfCoverageMemo, KeepsTheFirstOfTooMany) {
   }
   Keep(memo, u"\u0001", 77);
   EXPECT_EQ(Known(memo, u"\u0001"), "77");
-}
-
-// The worst that texts can be: all of them on one branch, as deep as it goes.
-TEST(RtfCoverageMemo, NoChoiceOfTextsMakesItSlow) {
-  RtfCoverageMemo memo;
-  uint64_t bits = 0;
-  std::u16string text(4, u'\0');
-  const auto spell = [&text](uint64_t key) {
-    for (size_t at = 0; at < 4; ++at) text[at] = static_cast<char16_t>(key >> (48 - 16 * at));
-  };
-  for (int depth = 0; depth < 64; ++depth) {
-    spell(uint64_t{1} << 63 | bits);
-    Keep(memo, text, static_cast<uint32_t>(depth));
-    bits |= uint64_t{1} << depth;
-  }
-  for (uint32_t n = 0; n < 4096 - 64; ++n) {
-    spell(uint64_t{0x8000 + n} << 48 | 0xFFFFFFFFFFFF);
-    Keep(memo, text, n);
-  }
-  const auto start = std::chrono::steady_clock::now();
-  for (int n = 0; n < 1000000; ++n) ASSERT_NE(memo.find(text), nullptr);
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
 }
 
 }  // namespace

@@ -31,21 +31,21 @@ struct Cost {
 Cost WritePeriods(uint32_t periods) {
   std::u16string text;
   for (uint32_t i = 0; i < periods; ++i) text += kPeriod;
-  RtfFontTable table;
-  EXPECT_EQ(Prepare(table, "\\ansicpg1252\\deff0{\\fonttbl{\\f0\\fcharset0 Courier;}}"), StatusOk);
+  RtfFonts fonts;
+  EXPECT_EQ(Prepare(fonts, "\\ansicpg1252\\deff0{\\fonttbl{\\f0\\fcharset0 Courier;}}"), StatusOk);
   TrackedBuffer<char> output;
   Cost cost;
   PlainKernelUsageRecord usage = {};
   cost.peak = PeakOf([&] {
     PlainKernelUsage(&usage);
     cost.allocations = usage.allocationCalls;
-    EXPECT_EQ(WriteRtfWideText(output, table, text.data(), text.size()), StatusOk);
+    EXPECT_EQ(WriteRtfWideText(output, fonts, text.data(), text.size()), StatusOk);
     PlainKernelUsage(&usage);
     cost.allocations = usage.allocationCalls - cost.allocations;
   });
-  cost.output.assign(output.data(), output.length());
-  cost.coverageWork = table.coverageWork;
-  cost.fontSteps = table.fontSteps;
+  cost.output = output.view();
+  cost.coverageWork = fonts.coverageWork();
+  cost.fontSteps = fonts.fontSteps();
   return cost;
 }
 

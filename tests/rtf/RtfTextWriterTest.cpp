@@ -9,8 +9,8 @@
 
 #include "Tarnbase/PlainKernel.h"
 #include "rtf/FontSearch.h"
+#include "rtf/FontTables.h"
 #include "rtf/GraphicsProbe.h"
-#include "rtf/RtfFonts.h"
 #include "support/FaultSweep.h"
 #include "support/TestFonts.h"
 
@@ -62,13 +62,15 @@ struct Utf8 {
 // The same for a wide text.
 struct Wide {
   explicit Wide(std::u16string_view text, std::string_view document = kWestern) {
-    Prepare(table, document);
+    Prepare(fonts, document);
     TrackedBuffer<char> buffer;
-    status = WriteRtfWideText(buffer, table, Copy(text).get(), text.size());
+    status = WriteRtfWideText(buffer, fonts, Copy(text).get(), text.size());
     output = Written(buffer);
   }
 
-  RtfFontTable table;
+  const RtfFontTable& table() const { return fonts.table(); }
+
+  RtfFonts fonts;
   int32_t status = 0;
   std::string output;
 };
@@ -76,16 +78,16 @@ struct Wide {
 struct CodePageText {
   CodePageText(uint32_t codePage, std::u16string_view text, uint32_t ascii = 0,
                uint32_t current = 0)
-      : font(current) {
-    Prepare(table, kWestern);
-    const std::vector<char16_t> units(text.begin(), text.end());
+      : inForce{ascii, current} {
+    Prepare(fonts, kWestern);
     TrackedBuffer<char> buffer;
-    status = WriteRtfCodePageText(buffer, table, ascii, font, codePage, units.data(), units.size());
+    status =
+        WriteRtfCodePageText(buffer, fonts, inForce, codePage, {Copy(text).get(), text.size()});
     output = Written(buffer);
   }
 
-  RtfFontTable table;
-  uint32_t font;
+  RtfFonts fonts;
+  RtfFontsInForce inForce;
   int32_t status = 0;
   std::string output;
 };
@@ -102,7 +104,7 @@ TEST(WriteRtfUtf8Text, WhatStandsBetweenTwoAccentedLettersIsLost) {
   const Utf8 text("R\xC3\xA9union \xC3\xA0 Paris");
   EXPECT_EQ(text.status, 1);
   EXPECT_EQ(text.output, "R\\'e9\\'e0 Paris");
-  EXPECT_EQ(text.render.fonts.changed, 0u);
+  EXPECT_EQ(text.render.fonts.table().changed, 0u);
 }
 
 TEST(WriteRtfUtf8Text, TheSameInADocumentWithoutAFittingFont) {
@@ -128,14 +130,14 @@ TEST(WriteRtfUtf8Text, JapaneseGetsAFontOfItsOwn) {
   EXPECT_EQ(Show(text.render.fonts), "0:1252:0:Courier|1:932:128:MS Gothic");
   EXPECT_EQ(TableText(text.render.fonts),
             "\\fonttbl{\\f0\\fswiss\\fcharset0 Courier;}{\\f1 \\swiss \\fcharset128 MS Gothic}}");
-  EXPECT_EQ(text.render.fonts.changed, 1u);
+  EXPECT_EQ(text.render.fonts.table().changed, 1u);
 }
 
 TEST(WriteRtfUtf8Text, TheSecondTextUsesTheFontOfTheFirst) {
   Utf8 text("\xE6\x97\xA5");
   EXPECT_EQ(WriteRtfUtf8Text(text.render, "a\xE6\x97\xA5", 4), 1);
   EXPECT_EQ(Written(text.render.output), "\\f1 \\'93\\'fa\\f0 a\\f1 \\'93\\'fa\\f0 ");
-  EXPECT_EQ(text.render.fonts.count, 2);
+  EXPECT_EQ(text.render.fonts.table().count(), 2u);
 }
 
 TEST(WriteRtfUtf8Text, MalformedPartsAreReplacementCharacters) {
@@ -216,7 +218,7 @@ TEST(WriteRtfWideText, GreekAndRussianEachGetTheirFont) {
   EXPECT_EQ(text.output,
             "\\f1 \\'a2\\'e3\\'e9\\'ef\\'f2\\f0  "
             "\\f2 \\'84G\\'84\\'85\\'84{\\'84\\'80\\'84r\\f0 ");
-  EXPECT_EQ(Show(text.table), "0:1252:0:Courier|1:1253:161:Batang|2:932:128:MS Gothic");
+  EXPECT_EQ(Show(text.fonts), "0:1252:0:Courier|1:1253:161:Batang|2:932:128:MS Gothic");
 }
 
 TEST(WriteRtfWideText, APieceTakesAsciiAlong) {
@@ -232,7 +234,7 @@ TEST(WriteRtfWideText, ACharacterWithoutACodePageIsAnEscapeInTheFirstFontThatHas
   const Wide text(u"\u0561", document);
   EXPECT_EQ(text.status, 1);
   EXPECT_EQ(text.output, "\\f5 \\u1377 ?\\f0 ");
-  EXPECT_EQ(text.table.changed, 0u);
+  EXPECT_EQ(text.table().changed, 0u);
   EXPECT_EQ(Wide(u"\uFB13", document).output, "\\f5 \\u-1261 ?\\f0 ");
   EXPECT_EQ(Wide(u"\u10D0", document).output, "\\f6 \\u4304 ?\\f0 ");
 }
@@ -245,7 +247,7 @@ TEST(WriteRtfWideText, TheDefaultFontIsNotSelectedAgain) {
 TEST(WriteRtfWideText, AFontMayBeAddedForACharacter) {
   const Wide text(u"\u1681");
   EXPECT_EQ(text.output, "\\f1 \\u5761 ?\\f0 ");
-  EXPECT_EQ(TableText(text.table),
+  EXPECT_EQ(TableText(text.fonts),
             "\\fonttbl{\\f0\\fswiss\\fcharset0 Courier;}{\\f1 \\ \\fcharset0 Gulim}}");
 }
 
@@ -286,10 +288,10 @@ TEST(WriteRtfWideText, AsciiBehindACharacterWithoutACodePage) {
 
 TEST(WriteRtfWideText, TheUnknownDefaultFontIsThatOfTheDocumentsCodePage) {
   const Wide known(u"\u00E9", "\\ansicpg1252\\deff4294967295{\\fonttbl{\\f4\\fcharset0 A;}}");
-  EXPECT_EQ(known.table.defaultFont, 4u);
+  EXPECT_EQ(known.table().defaultFont, 4u);
   EXPECT_EQ(known.output, "\\'e9");
   const Wide added(u"\u00E9", "\\ansicpg1252\\deff4294967295{\\fonttbl{\\f4\\fcharset2 A;}}");
-  EXPECT_EQ(added.table.defaultFont, 5u);
+  EXPECT_EQ(added.table().defaultFont, 5u);
   EXPECT_EQ(added.output, "\\'e9");
   const Wide none(u"\u00E9", "\\ansicpg65001\\deff4294967295{\\fonttbl{\\f4\\fcharset0 A;}}");
   EXPECT_EQ(none.status, -13);
@@ -300,9 +302,9 @@ TEST(WriteRtfWideText, NoTextIsWrittenAsNothing) {
   EXPECT_EQ(Wide(u"").status, 1);
   EXPECT_EQ(Wide(u"").output, "");
   TrackedBuffer<char> output;
-  RtfFontTable table;
-  EXPECT_EQ(WriteRtfWideText(output, table, nullptr, 0), -814);
-  EXPECT_EQ(WriteRtfWideText(output, table, nullptr, 1), -814);
+  RtfFonts fonts;
+  EXPECT_EQ(WriteRtfWideText(output, fonts, nullptr, 0), -814);
+  EXPECT_EQ(WriteRtfWideText(output, fonts, nullptr, 1), -814);
 }
 
 TEST(WriteRtfWideText, OnlyCharactersWithoutACodePageNeedADeviceContext) {
@@ -335,14 +337,14 @@ TEST(WriteRtfWideText, FailedGrowthsLeaveWordsOut) {
       {8, 4, "\\f1 \\'a2"},  // the default font at the end
   };
   for (const Case& row : cases) {
-    RtfFontTable table;
-    ASSERT_EQ(Prepare(table, kWestern), 1);
+    RtfFonts fonts;
+    ASSERT_EQ(Prepare(fonts, kWestern), 1);
     TrackedBuffer<char> output(0, 0);
     if (row.room != 0) {
       ASSERT_NE(output.reserve(row.room), nullptr);
     }
     PlainKernelFailAt(PlainKernelFaultMemory, row.ordinal);
-    EXPECT_EQ(WriteRtfWideText(output, table, u"\u0386", 1), 1) << row.room;
+    EXPECT_EQ(WriteRtfWideText(output, fonts, u"\u0386", 1), 1) << row.room;
     EXPECT_EQ(Written(output), row.output);
   }
 }
@@ -368,13 +370,13 @@ TEST(WriteRtfCodePageText, RunsAndAsciiAlternate) {
   const CodePageText text(932, u"\u65E5 a\u672C b");
   EXPECT_EQ(text.status, 1);
   EXPECT_EQ(text.output, "\\f1 \\'93\\'fa\\'96{\\f0  b");
-  EXPECT_EQ(text.font, 0u);
+  EXPECT_EQ(text.inForce.current, 0u);
 }
 
 TEST(WriteRtfCodePageText, TheCurrentFontStaysBehindARun) {
   const CodePageText text(932, u"\u65E5");
   EXPECT_EQ(text.output, "\\f1 \\'93\\'fa");
-  EXPECT_EQ(text.font, 1u);
+  EXPECT_EQ(text.inForce.current, 1u);
   const CodePageText selected(932, u"\u65E5", 0, 1);
   EXPECT_EQ(selected.output, "\\'93\\'fa");
 }
@@ -403,33 +405,30 @@ TEST(WriteRtfCodePageText, FailuresAreReported) {
   EXPECT_EQ(CodePageText(65001, u"\u00E9").status, -13);  // no charset
   EXPECT_EQ(CodePageText(42, u"\u00E9").status, -13);     // no conversion
   TrackedBuffer<char> output;
-  RtfFontTable table;
-  uint32_t font = 0;
-  EXPECT_EQ(WriteRtfCodePageText(output, table, 0, font, 1252, nullptr, 1), -814);
-  EXPECT_EQ(WriteRtfCodePageText(output, table, 0, font, 1252, nullptr, 0), -814);
-  EXPECT_EQ(table.count, 0);
+  RtfFonts fonts;
+  RtfFontsInForce inForce;
+  EXPECT_EQ(WriteRtfCodePageText(output, fonts, inForce, 1252, {nullptr, 1}), -814);
+  EXPECT_EQ(WriteRtfCodePageText(output, fonts, inForce, 1252, {}), -814);
+  EXPECT_EQ(fonts.table().count(), 0u);
 }
 
 TEST(WriteRtfCodePageText, ARunThatFailsHasSelectedItsFont) {
   const CodePageText text(42, u"\u00E9");
   EXPECT_EQ(text.output, "\\f1 ");
-  EXPECT_EQ(text.font, 1u);
+  EXPECT_EQ(text.inForce.current, 1u);
 }
 
 // Half a megabyte of pieces in a table that is as long as any: it is looked through when a font is
 // added, and for each code page once more.
 TEST(WriteRtfWideText, HostileTextsLookThroughALongTableAFewTimes) {
-  RtfFontTable table;
-  table.entries = AllocateZeroBlock<RtfFontEntry>(kMaxRtfFonts, TARN_HERE).take();
-  table.count = kMaxRtfFonts;
-  table.ansiCodePage = 1252;
-  table.nextNumber = 1;
+  RtfFonts fonts(test::ZeroEntries(kMaxRtfFonts));
+  fonts.setAnsiCodePage(1252);
   std::u16string text;
   while (text.size() < (1 << 18)) text += u"\u0386 \u0436\u0402 ";
   TrackedBuffer<char> output;
-  EXPECT_EQ(WriteRtfWideText(output, table, text.data(), text.size()), 1);
-  EXPECT_EQ(table.count, kMaxRtfFonts + 3);
-  EXPECT_LE(table.fontSteps, 6u * (kMaxRtfFonts + 3));
+  EXPECT_EQ(WriteRtfWideText(output, fonts, text.data(), text.size()), 1);
+  EXPECT_EQ(fonts.table().count(), kMaxRtfFonts + 3);
+  EXPECT_LE(fonts.fontSteps(), 6u * (kMaxRtfFonts + 3));
 }
 
 }  // namespace

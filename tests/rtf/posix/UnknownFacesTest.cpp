@@ -20,19 +20,19 @@ TEST(UnknownFaces, CoverNothing) {
 
 TEST(UnknownFaces, ArePassedOver) {
   Document document("{\\f3 No Face Has This;}{\\f4 Sylfaen;}");
-  EXPECT_EQ(Find(document.table, u"A"), (Found{1, 4}));
-  EXPECT_EQ(Find(document.table, u""), (Found{1, 4}));
+  EXPECT_EQ(Find(document.fonts, u"A"), (Found{1, 4}));
+  EXPECT_EQ(Find(document.fonts, u""), (Found{1, 4}));
 }
 
 // The Macintosh's Japanese has a charset and no converter.
 TEST(MacintoshJapanese, CarriesNothing) {
   char16_t wide = 0;
   char bytes[2] = {};
-  EXPECT_EQ(RoundTripsInCodePage(u"A", 1, 10001, &wide, bytes, 2), 0);
+  EXPECT_EQ(RoundTripsInCodePage(u"A", 10001, &wide, bytes), false);
   Document document("{\\f0\\fcharset0 Courier;}");
   TrackedBuffer<char> output;
-  uint32_t font = 0;
-  EXPECT_EQ(WriteRtfCodePageText(output, document.table, 0, font, 10001, u"\u65E5", 1), -13);
+  RtfFontsInForce inForce;
+  EXPECT_EQ(WriteRtfCodePageText(output, document.fonts, inForce, 10001, u"\u65E5"), -13);
 }
 
 }  // namespace

@@ -24,22 +24,22 @@ TEST(UnknownFaces, CoverWhatTheirSubstituteCovers) {
 
 TEST(UnknownFaces, AreTakenLikeAnyOther) {
   Document document("{\\f3 No Face Has This;}{\\f4 Sylfaen;}");
-  EXPECT_EQ(Find(document.table, u"A"), (Found{1, 3}));
-  EXPECT_EQ(Find(document.table, u""), (Found{1, 3}));
-  EXPECT_EQ(Show(document.table), "3:0:0:No Face Has This|4:0:0:Sylfaen");
+  EXPECT_EQ(Find(document.fonts, u"A"), (Found{1, 3}));
+  EXPECT_EQ(Find(document.fonts, u""), (Found{1, 3}));
+  EXPECT_EQ(Show(document.fonts), "3:0:0:No Face Has This|4:0:0:Sylfaen");
 }
 
 TEST(MacintoshJapanese, CarriesItsCharacters) {
   char16_t wide[2] = {};
   char bytes[4] = {};
-  EXPECT_EQ(RoundTripsInCodePage(u"\u65E5\u672C", 2, 10001, wide, bytes, 4), 1);
+  EXPECT_EQ(RoundTripsInCodePage(u"\u65E5\u672C", 10001, wide, bytes), true);
   Document document("{\\f0\\fcharset0 Courier;}");
   TrackedBuffer<char> output;
-  uint32_t font = 0;
-  EXPECT_EQ(WriteRtfCodePageText(output, document.table, 0, font, 10001, u"\u65E5", 1), 1);
-  EXPECT_EQ(std::string_view(output.data, output.length), "\\f1 \\'93\\'fa");
-  EXPECT_EQ(font, 1u);
-  EXPECT_EQ(Show(document.table), "0:1252:0:Courier|1:10001:78:Batang");
+  RtfFontsInForce inForce;
+  EXPECT_EQ(WriteRtfCodePageText(output, document.fonts, inForce, 10001, u"\u65E5"), 1);
+  EXPECT_EQ(output.view(), "\\f1 \\'93\\'fa");
+  EXPECT_EQ(inForce.current, 1u);
+  EXPECT_EQ(Show(document.fonts), "0:1252:0:Courier|1:10001:78:Batang");
 }
 
 }  // namespace
