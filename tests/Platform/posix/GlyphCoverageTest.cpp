@@ -6,7 +6,6 @@
 #include <malloc.h>
 #include <stdlib.h>
 
-#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -152,14 +151,11 @@ constexpr bool kCountsAllocations = true;
 
 TEST(GlyphCoverageOfPosix, KeepsNothingOfUnknownNames) {
   EXPECT_FALSE(Has(u"Unknown", u"a"));
-  const auto start = std::chrono::steady_clock::now();
   const size_t before = mallinfo2().uordblks;
   for (int n = 0; n < 100000; ++n) {
     const std::string number = std::to_string(n);
     ASSERT_FALSE(Has(u"Unknown " + std::u16string(number.begin(), number.end()), u"a"));
   }
-  const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
-  EXPECT_LT(time.count(), 5.0);
   if (kCountsAllocations) {
     EXPECT_LT(mallinfo2().uordblks, before + 100000);
   }
