@@ -123,11 +123,11 @@ void Compare(const RtfFontEntry& entry, const PlainFont& font) {
 void Parse(const std::vector<char>& bytes) {
   const PlainTable plain(std::string(bytes.begin(), bytes.end()));
   RtfFontTable table;
-  const char* cursor = bytes.data();
-  const int32_t status = tarn::ParseRtfFontTable(table, cursor, bytes.data() + bytes.size());
+  std::string_view rest(bytes.data(), bytes.size());
+  const int32_t status = tarn::ParseRtfFontTable(table, rest);
   Expect(status == plain.status, "another status");
-  const auto taken = static_cast<size_t>(cursor - bytes.data());
-  Expect(taken == (status == StatusOk ? plain.at : 0), "another cursor");
+  const size_t taken = bytes.size() - rest.size();
+  Expect(taken == (status == StatusOk ? plain.at : 0), "another end");
   Expect(table.count() == plain.fonts.size(), "another number of fonts");
   for (size_t i = 0; i < plain.fonts.size(); ++i) Compare(table.entries[i], plain.fonts[i]);
 }
@@ -173,8 +173,8 @@ void AskForFonts(RtfFonts& fonts) {
 void FindNumbers(const std::vector<char>& bytes) {
   RtfFonts fonts;
   for (int round = 0; round < 2; ++round) {
-    const char* cursor = bytes.data();
-    if (fonts.readTable(cursor, bytes.data() + bytes.size()) != StatusOk) return;
+    std::string_view rest(bytes.data(), bytes.size());
+    if (fonts.readTable(rest) != StatusOk) return;
   }
   const RtfFontTable& table = fonts.table();
   const size_t most = std::min<size_t>(table.count(), 200);

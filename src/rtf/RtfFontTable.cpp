@@ -4,7 +4,6 @@
 
 #include <algorithm>
 
-#include "Common/ByteSearch.h"
 #include "rtf/CharsetCodePages.h"
 #include "rtf/RtfNumbers.h"
 
@@ -18,24 +17,35 @@ bool EndsWord(char byte) { return byte == ' ' || byte == '\\' || byte == '{' || 
 
 bool EndsName(char byte) { return byte == '"' || byte == '\\' || byte == '{' || byte == '}'; }
 
-// False for the bytes between names, which begin none.
-bool BeginsName(char byte) { return byte != '\n' && byte != '\r' && byte != ' ' && byte != ';'; }
+// False for the bytes between names, too.
+bool BeginsName(char byte) {
+  return !EndsName(byte) && byte != '\n' && byte != '\r' && byte != ' ' && byte != ';';
+}
+
+// The bytes before the first that ends something.
+template <typename Ends>
+std::string_view Until(std::string_view text, Ends ends) {
+  size_t size = 0;
+  while (size < text.size() && !ends(text[size])) ++size;
+  return text.substr(0, size);
+}
 
 class FontTableParser {
  public:
-  FontTableParser(RtfFontTable& table, const char* cursor, const char* end)
-      : table_(table), at_(cursor), end_(end) {}
+  FontTableParser(RtfFontTable& table, std::string_view text) : table_(table), rest_(text) {}
 
-  // StatusOk with the place after what was read in `cursor`, or the failure.
-  int32_t parse(const char*& cursor) {
-    while (status_ == StatusOk && !closed_ && at_ < end_) step();
-    if (status_ == StatusOk) cursor = at_;
+  // StatusOk with what is after the table in `text`, or the failure.
+  int32_t parse(std::string_view& text) {
+    while (status_ == StatusOk && !closed_ && !rest_.empty()) step();
+    if (status_ == StatusOk) text = rest_;
     return status_;
   }
 
  private:
   void step() {
-    const char byte = *at_++;
+    const char byte = rest_.front();
+    if (depth_ == 1 && BeginsName(byte)) return takeName(true);
+    rest_.remove_prefix(1);
     if (byte == '{') {
       if (++depth_ == 1) entry_.number = kNoRtfFont;
     } else if (byte == '}') {
@@ -43,9 +53,7 @@ class FontTableParser {
     } else if (byte == '\\') {
       takeWord();
     } else if (depth_ == 1 && byte == '"') {
-      takeName(at_, false);
-    } else if (depth_ == 1 && BeginsName(byte)) {
-      takeName(at_ - 1, true);
+      takeName(false);
     }
   }
 
@@ -69,20 +77,20 @@ class FontTableParser {
 
   // A backslash that fewer than two bytes follow is a document cut off in the middle of a word.
   void takeWord() {
-    if (end_ - at_ < 2) {
+    if (rest_.size() < 2) {
       status_ = StatusNotSupported;
-    } else if (*at_ == 'f' && IsRtfDigit(at_[1])) {
-      ++at_;
-      entry_.number = TakeRtfNumber(at_, end_);
-    } else if (StartsWith(at_, end_, kCharset)) {
-      at_ += kCharset.size();
-      takeCharset(TakeRtfNumber(at_, end_));
-    } else if (StartsWith(at_, end_, kCodePage)) {
-      at_ += kCodePage.size();
-      entry_.codePage = TakeRtfNumber(at_, end_);
+    } else if (rest_[0] == 'f' && IsRtfDigit(rest_[1])) {
+      rest_.remove_prefix(1);
+      entry_.number = TakeRtfNumber(rest_);
+    } else if (rest_.starts_with(kCharset)) {
+      rest_.remove_prefix(kCharset.size());
+      takeCharset(TakeRtfNumber(rest_));
+    } else if (rest_.starts_with(kCodePage)) {
+      rest_.remove_prefix(kCodePage.size());
+      entry_.codePage = TakeRtfNumber(rest_);
     } else {
-      ++at_;
-      while (at_ < end_ && !EndsWord(*at_)) ++at_;
+      rest_.remove_prefix(1);
+      rest_.remove_prefix(Until(rest_, EndsWord).size());
     }
   }
 
@@ -97,18 +105,20 @@ class FontTableParser {
     }
   }
 
-  // Takes the name that begins at `start`; the cursor is after its first byte or its opening quote.
-  // Only names without quotes end at a semicolon. The last name of a group is the font's.
-  void takeName(const char* start, bool endsAtSemicolon) {
-    while (at_ < end_ && !EndsName(*at_) && !(endsAtSemicolon && *at_ == ';')) ++at_;
-    name_ = CopyRtfFontName(std::string_view(start, static_cast<size_t>(at_ - start)));
+  // Takes the name at the front. Only names without quotes end at a semicolon. The last name of a
+  // group is the font's.
+  void takeName(bool endsAtSemicolon) {
+    const std::string_view name = Until(rest_, [endsAtSemicolon](char byte) {
+      return EndsName(byte) || (endsAtSemicolon && byte == ';');
+    });
+    name_ = CopyRtfFontName(name);
     if (!name_) status_ = StatusOutOfMemory;
-    if (at_ < end_ && (*at_ == '"' || *at_ == ';')) ++at_;
+    rest_.remove_prefix(name.size());
+    if (rest_.starts_with('"') || rest_.starts_with(';')) rest_.remove_prefix(1);
   }
 
   RtfFontTable& table_;
-  const char* at_;
-  const char* const end_;
+  std::string_view rest_;
   RtfFontEntry entry_;
   KernelBlock<char> name_;
   int64_t depth_ = 0;
@@ -120,8 +130,8 @@ class FontTableParser {
 
 RtfFontTable::~RtfFontTable() { ReleaseRtfFontTable(*this); }
 
-int32_t ParseRtfFontTable(RtfFontTable& table, const char*& cursor, const char* end) {
-  return FontTableParser(table, cursor, end).parse(cursor);
+int32_t ParseRtfFontTable(RtfFontTable& table, std::string_view& text) {
+  return FontTableParser(table, text).parse(text);
 }
 
 void ReleaseRtfFontTable(RtfFontTable& table) {

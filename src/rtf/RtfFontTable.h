@@ -48,13 +48,12 @@ struct RtfFontTable {
   size_t count() const { return entries.size(); }
 };
 
-// Appends the entries of the table whose "\fonttbl" word the cursor is at or after; nothing is read
-// after `end`. Returns
-//   StatusOk             the cursor is after the table's closing brace, or at the end;
-//   StatusNotSupported   fewer than two bytes of the data follow a backslash;
+// Appends the entries of the table whose "\fonttbl" word the text begins at or after. Returns
+//   StatusOk             the table is taken off the text, its closing brace included;
+//   StatusNotSupported   fewer than two bytes of the text follow a backslash;
 //   StatusOutOfMemory    without memory, and for more than kMaxRtfFonts fonts.
-// On failure the entries read so far stay, and the cursor is where it was.
-int32_t ParseRtfFontTable(RtfFontTable& table, const char*& cursor, const char* end);
+// On failure the entries read so far stay, and the text is as it was.
+int32_t ParseRtfFontTable(RtfFontTable& table, std::string_view& text);
 
 // Frees names and entries. The other fields stay.
 void ReleaseRtfFontTable(RtfFontTable& table);

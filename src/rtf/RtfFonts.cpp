@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
-#include <optional>
+#include <span>
 #include <utility>
 
 #include "Common/ByteSearch.h"
@@ -23,13 +23,18 @@ constexpr std::string_view kEmptyTable = "\x0Conttbl}";
 constexpr std::array<const char*, 6> kCommonFaces = {"Arial",  "Symbol", "MS Gothic",
                                                      "Batang", "Gulim",  "Symbol"};
 
-// The number after the first occurrence of a word.
-std::optional<uint32_t> FindNumber(std::string_view text, std::string_view word) {
+// What follows the first occurrence of a word, the word included; empty without one.
+std::string_view From(std::string_view text, std::string_view word) {
   const char* const end = text.data() + text.size();
-  const char* at = FindBytes(text.data(), end, word);
-  if (at == nullptr) return std::nullopt;
-  at += word.size();
-  return TakeRtfNumber(at, end);
+  const char* const at = FindBytes(text.data(), end, word);
+  return at == nullptr ? std::string_view() : std::string_view(at, static_cast<size_t>(end - at));
+}
+
+std::optional<uint32_t> FindNumber(std::string_view text, std::string_view word) {
+  std::string_view from = From(text, word);
+  if (from.empty()) return std::nullopt;
+  from.remove_prefix(word.size());
+  return TakeRtfNumber(from);
 }
 
 NewRtfFont FontOfCharset(const CharsetCodePage& row) {
@@ -75,44 +80,39 @@ RtfFonts::RtfFonts(KernelArray<RtfFontEntry> entries) {
 
 void RtfFonts::setAnsiCodePage(uint32_t codePage) {
   table_.ansiCodePage = codePage;
-  found_ = {};
+  foundCount_ = 0;
 }
 
 int32_t RtfFonts::prepare(std::string_view document) {
   if (table_.parsed == 1) return StatusOk;
   if (const auto number = FindNumber(document, "\\ansicpg")) setAnsiCodePage(*number);
   if (const auto number = FindNumber(document, "\\deff")) table_.defaultFont = *number;
-  const char* const end = document.data() + document.size();
-  if (const char* const start = FindBytes(document.data(), end, "\\fonttbl")) {
-    return readDocumentTable(document, static_cast<size_t>(start - document.data()));
-  }
-  const char* const from = FindBytes(document.data(), end, "\\from");
-  if (from == nullptr) return StatusNotSupported;
+  const std::string_view start = From(document, "\\fonttbl");
+  if (!start.empty()) return readDocumentTable(document.size() - start.size(), start);
+  const std::string_view from = From(document, "\\from");
+  if (from.empty()) return StatusNotSupported;
   table_.nextNumber = 0;
-  table_.tableStart = table_.tableEnd = static_cast<size_t>(from - document.data());
+  table_.tableStart = table_.tableEnd = document.size() - from.size();
   return StatusOk;
 }
 
-int32_t RtfFonts::readDocumentTable(std::string_view document, size_t start) {
-  table_.tableStart = start;
-  const std::string_view rest = document.substr(start);
-  const char* cursor = rest.data();
-  int32_t status = ParseRtfFontTable(table_, cursor, rest.data() + rest.size());
+int32_t RtfFonts::readDocumentTable(size_t offset, std::string_view text) {
+  table_.tableStart = offset;
+  std::string_view rest = text;
+  int32_t status = ParseRtfFontTable(table_, rest);
   if (status != StatusOk) return status;
-  const auto size = static_cast<size_t>(cursor - rest.data());
   table_.tableText.clear();
-  status = table_.tableText.append(rest.data(), size);
+  const size_t size = text.size() - rest.size();
+  status = table_.tableText.append(text.data(), size);
   if (status != StatusOk) return status;
-  table_.tableEnd = start + size;
+  table_.tableEnd = offset + size;
   table_.nextNumber = table_.entries.empty() ? 0 : table_.entries.back().number + 1;
   table_.parsed = 1;
   return StatusOk;
 }
 
-int32_t RtfFonts::readTable(const char*& cursor, const char* end) {
-  if (const int32_t status = ParseRtfFontTable(table_, cursor, end); status != StatusOk) {
-    return status;
-  }
+int32_t RtfFonts::readTable(std::string_view& text) {
+  if (const int32_t status = ParseRtfFontTable(table_, text); status != StatusOk) return status;
   for (; indexed_ < table_.count(); ++indexed_) {
     const RtfFontEntry& entry = table_.entries[indexed_];
     if (codePages_.find(entry.number) != nullptr) continue;
@@ -126,25 +126,23 @@ const uint32_t* RtfFonts::codePageOf(uint32_t number) const {
 }
 
 // What was found is kept: entries only ever come after it, so it stays the first.
-const RtfFonts::Found* RtfFonts::findCarrier(uint32_t codePage) {
-  for (const Found& found : found_) {
-    if (found.isSet && found.codePage == codePage) return &found;
+std::optional<uint32_t> RtfFonts::findCarrier(uint32_t codePage) {
+  for (const Found& found : std::span(found_).first(std::min(foundCount_, found_.size()))) {
+    if (found.codePage == codePage) return found.number;
   }
   for (const RtfFontEntry& entry : table_.entries) {
     ++fontSteps_;
     const bool isOfDocument = entry.codePage == 0 && codePage == table_.ansiCodePage;
     if (entry.codePage != codePage && !isOfDocument) continue;
-    Found& found = found_[nextFound_];
-    nextFound_ = (nextFound_ + 1) % found_.size();
-    found = {codePage, entry.number, true};
-    return &found;
+    found_[foundCount_++ % found_.size()] = {codePage, entry.number};
+    return entry.number;
   }
-  return nullptr;
+  return std::nullopt;
 }
 
 int32_t RtfFonts::forCodePage(uint32_t codePage, uint32_t& number) {
-  if (const Found* const found = findCarrier(codePage)) {
-    number = found->number;
+  if (const auto carrier = findCarrier(codePage)) {
+    number = *carrier;
     return StatusOk;
   }
   for (const CharsetCodePage& row : CharsetCodePageTable) {
@@ -288,7 +286,7 @@ void RtfFonts::release() {
   ReleaseRtfFontTable(table_);
   codePages_.clear();
   indexed_ = 0;
-  found_ = {};
+  foundCount_ = 0;
   covered_.clear();
   coverageWork_ = 0;
 }

@@ -16,6 +16,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 #include "Common/KernelMap.h"
@@ -54,7 +55,7 @@ class RtfFonts {
   int32_t prepare(std::string_view document);
 
   // ParseRtfFontTable, and then every font read so is found by its number.
-  int32_t readTable(const char*& cursor, const char* end);
+  int32_t readTable(std::string_view& text);
 
   // The code page of the first font with that number, of those that readTable read; or null.
   // kNoRtfFont is no font's number.
@@ -100,20 +101,19 @@ class RtfFonts {
   // What forCodePage found before, so that a text of many pieces looks through a long table once
   // for each code page.
   struct Found {
-    uint32_t codePage = 0;
-    uint32_t number = 0;
-    bool isSet = false;
+    uint32_t codePage;
+    uint32_t number;
   };
 
-  int32_t readDocumentTable(std::string_view document, size_t start);
-  const Found* findCarrier(uint32_t codePage);
+  int32_t readDocumentTable(size_t offset, std::string_view text);
+  std::optional<uint32_t> findCarrier(uint32_t codePage);
   bool spend(uint64_t work);
 
   RtfFontTable table_;
   KernelMap<uint32_t, uint32_t> codePages_;  // by font number
   size_t indexed_ = 0;                       // entries whose numbers are in there
   std::array<Found, 16> found_;
-  size_t nextFound_ = 0;  // the one that the next replaces
+  size_t foundCount_ = 0;  // the latest are kept
   uint64_t fontSteps_ = 0;
   RtfCoverageMemo covered_;
   uint64_t coverageWork_ = 0;

@@ -9,8 +9,8 @@
 namespace tarn {
 namespace {
 
-constexpr uint64_t kEscapeSize = 4;  // \'hh
-constexpr uint64_t kShortRun = 64;   // converted without a block of its own
+constexpr size_t kEscapeSize = 4;  // \'hh
+constexpr size_t kShortRun = 64;   // converted without a block of its own
 
 constexpr std::array<uint8_t, 256> kHexValues = [] {
   std::array<uint8_t, 256> values = {};
@@ -24,18 +24,18 @@ constexpr std::array<uint8_t, 256> kHexValues = [] {
   return values;
 }();
 
-unsigned HexValueAt(const char* at, const char* end) {
-  return at < end ? kHexValues[static_cast<unsigned char>(*at)] : 0;
+unsigned HexValueAt(std::string_view text, size_t at) {
+  return at < text.size() ? kHexValues[static_cast<unsigned char>(text[at])] : 0;
 }
 
 // Writes the bytes of the run. An escape that the end cuts off belongs to a run only as its first.
-bool WriteRunBytes(const char*& cursor, const char* end, RtfScanOutput& output) {
+bool WriteRunBytes(std::string_view& text, RtfScanOutput& output) {
   while (true) {
-    const unsigned value = HexValueAt(cursor + 2, end) * 16 + HexValueAt(cursor + 3, end);
+    const unsigned value = HexValueAt(text, 2) * 16 + HexValueAt(text, 3);
     if (!output.putRaw(static_cast<char>(value & 0xFF))) return false;
-    const auto left = static_cast<uint64_t>(end - cursor);
-    cursor += std::min(left, kEscapeSize);
-    if (left < 2 * kEscapeSize || cursor[0] != '\\' || cursor[1] != '\'') return true;
+    const bool isLast = text.size() < 2 * kEscapeSize;
+    text.remove_prefix(std::min(text.size(), kEscapeSize));
+    if (isLast || text[0] != '\\' || text[1] != '\'') return true;
   }
 }
 
@@ -55,30 +55,29 @@ void WriteUnit(RtfScanOutput& output, unsigned unit) {
 
 }  // namespace
 
-int32_t DecodeRtfHexRun(const char*& cursor, const char* end, RtfScanOutput& output,
-                        uint32_t codePage) {
-  const uint64_t offset = output.length();
-  if (!WriteRunBytes(cursor, end, output)) return 0;
+bool DecodeRtfHexRun(std::string_view& text, RtfScanOutput& output, uint32_t codePage) {
+  const size_t offset = output.length();
+  if (!WriteRunBytes(text, output)) return false;
 
   const std::string_view bytes = output.from(offset);
-  const uint64_t room = 2 * bytes.size() + 2;
+  const size_t room = 2 * bytes.size() + 2;
   std::array<char16_t, 2 * kShortRun + 2> shortRun;
   KernelBlock<char16_t> longRun;
   if (room > shortRun.size()) {
     longRun = AllocateZeroBlock<char16_t>(room, TARN_HERE);
-    if (!longRun) return 1;
+    if (!longRun) return true;
   }
   char16_t* const units = longRun ? longRun.get() : shortRun.data();
   // 0 stands for the code page of the system.
   const uint32_t page = codePage == 0 ? platform::AnsiCodePage() : codePage;
   const int32_t converted = platform::BytesToUtf16(page, bytes, units, ConversionCapacity(room));
-  if (converted <= 0) return 1;
+  if (converted <= 0) return true;
 
-  const auto count = static_cast<uint64_t>(converted);
-  if (!output.makeRoomForUnits(offset, bytes.size(), count)) return 0;
+  const std::u16string_view decoded(units, static_cast<size_t>(converted));
+  if (!output.makeRoomForUnits(offset, bytes.size(), decoded.size())) return false;
   output.rewind(offset);
-  for (uint64_t i = 0; i < count; ++i) WriteUnit(output, units[i]);
-  return 1;
+  for (const char16_t unit : decoded) WriteUnit(output, unit);
+  return true;
 }
 
 }  // namespace tarn

@@ -21,16 +21,16 @@ bool RtfScanOutput::reserve(uint64_t bytes) {
 // Each of the steps would grow the capacity by 1024 if its byte came closer than 128 bytes to the
 // limit. Where a hex run has gone far beyond that, the first few do so each. Then the next `slack`
 // steps do not, the one behind them does, and after it every 1024th.
-bool RtfScanOutput::copyInSteps(const char* source, uint64_t count) {
+bool RtfScanOutput::copyInSteps(std::string_view text) {
   uint64_t at = length();
-  uint64_t left = count;
+  uint64_t left = text.size();
   for (; left > 0 && at + kMargin >= limit(); ++at, --left) capacity_ += kGrowth;
   if (left > 0) {
     const uint64_t slack = limit() - kMargin - at;
     if (left > slack) capacity_ += kGrowth * (1 + (left - 1 - slack) / kGrowth);
   }
-  if (!reserve(length() + count)) return false;
-  write(std::string_view(source, count));
+  if (!reserve(length() + text.size())) return false;
+  write(text);
   return true;
 }
 

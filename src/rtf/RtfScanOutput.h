@@ -41,7 +41,7 @@ class RtfScanOutput {
   bool makeRoom() { return length() + kMargin < limit() || growBy(kGrowth); }
 
   // A step for each byte, which writes that byte.
-  bool copyInSteps(const char* source, uint64_t count);
+  bool copyInSteps(std::string_view text);
 
   // One byte of a hex run, which looks for room at the limit only.
   bool putRaw(char byte) {

@@ -92,15 +92,6 @@ void RtfTextWriter::check(int32_t status) {
   if (isOk()) status_ = status;
 }
 
-void RtfTextWriter::append(std::string_view rtf) {
-  if (isOk()) status_ = output_.append(rtf.data(), rtf.size());
-}
-
-void RtfTextWriter::appendOrLeaveOut(std::string_view rtf) {
-  const int32_t status = output_.append(rtf.data(), rtf.size());
-  if (status != StatusOk) leftOut_ = status;
-}
-
 // The font counts as selected even where the output has no room for the word.
 void RtfTextWriter::selectFont(uint32_t font) {
   if (inForce_.current == font) return;

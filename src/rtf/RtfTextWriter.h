@@ -83,8 +83,13 @@ class RtfTextWriter {
  private:
   bool isOk() const { return status_ == StatusOk; }
   void check(int32_t status);
-  void append(std::string_view rtf);
-  void appendOrLeaveOut(std::string_view rtf);
+  void append(std::string_view rtf) {
+    if (isOk()) status_ = output_.append(rtf.data(), rtf.size());
+  }
+  void appendOrLeaveOut(std::string_view rtf) {
+    const int32_t status = output_.append(rtf.data(), rtf.size());
+    if (status != StatusOk) leftOut_ = status;
+  }
   void selectFont(uint32_t font);
   void writeCollected(std::u16string_view text);
   void flush(std::u16string_view text);

@@ -14,7 +14,8 @@
 // numbers of fonts grow by half.
 #include "rtf/RtfToHtml.h"
 
-#include "Common/ByteSearch.h"
+#include <algorithm>
+
 #include "rtf/FindAnyByte.h"
 #include "rtf/RtfCodePageStack.h"
 #include "rtf/RtfControlWords.h"
@@ -36,7 +37,7 @@ constexpr std::string_view kBlockEnd = "\\htmlrtf0";
 
 // The loop through a dropped block ends so many bytes in front of the end; no "\htmlrtf0" that
 // stands there is seen by it.
-constexpr ptrdiff_t kBlockTail = 9;
+constexpr size_t kBlockTail = 9;
 
 uint32_t CodePageOfLanguage(uint32_t language) {
   switch (language) {
@@ -53,11 +54,11 @@ uint32_t CodePageOfLanguage(uint32_t language) {
 
 class RtfScan {
  public:
-  explicit RtfScan(std::string_view text) : at_(text.data()), end_(text.data() + text.size()) {}
+  explicit RtfScan(std::string_view text) : rest_(text) {}
 
   // 1, or the failure.
   int32_t run() {
-    if (!output_.start(kMostPerByte * rest().size() + kSpareBytes)) return StatusOutOfMemory;
+    if (!output_.start(kMostPerByte * rest_.size() + kSpareBytes)) return StatusOutOfMemory;
     const int32_t status = scanHead();
     return status == StatusOk ? scanBody() : status;
   }
@@ -65,41 +66,35 @@ class RtfScan {
   bool finish(SizedBytes& text) { return output_.finish(text); }
 
  private:
-  std::string_view rest() const { return std::string_view(at_, static_cast<size_t>(end_ - at_)); }
-
   // At a "{" that a tag follows at once.
   bool startsTagGroup() const {
-    const std::string_view behind = rest().substr(1);
-    return behind.starts_with('\\') && FindRtfControlWord(behind).action == RtfWordAction::Tag;
+    const std::string_view after = rest_.substr(1);
+    return after.starts_with('\\') && FindRtfControlWord(after).action == RtfWordAction::Tag;
   }
 
   void lookUpFont(uint32_t number) {
     if (const uint32_t* const codePage = fonts_.codePageOf(number)) fontCodePage_ = *codePage;
   }
 
-  void takeLanguage() { languageCodePage_ = CodePageOfLanguage(TakeRtfNumber(at_, end_)); }
+  void takeLanguage() { languageCodePage_ = CodePageOfLanguage(TakeRtfNumber(rest_)); }
 
-  void goToBrace() {
-    const char* const brace = FindByte(at_, end_, '}');
-    at_ = brace != nullptr ? brace : end_;
-  }
+  void goToBrace() { rest_.remove_prefix(std::min(rest_.find('}'), rest_.size())); }
 
   int32_t scanHead();
   int32_t takeHeadWord();
   int32_t scanBody();
   int32_t takeStep();
   int32_t takeWord();
-  int32_t act(RtfWordAction action, const char* backslash);
+  int32_t act(RtfWordAction action, std::string_view word);
   void takeLineEnd(char other);
   int32_t takeTag();
   int32_t dropBlock();
   int32_t stepInBlock();
   void takeBlockWord();
-  void takeUnicode(const char* backslash);
-  int32_t takeHexRun(const char* backslash);
+  void takeUnicode(std::string_view word);
+  int32_t takeHexRun(std::string_view word);
 
-  const char* at_;
-  const char* const end_;
+  std::string_view rest_;  // from the next byte on
   RtfScanOutput output_;
   uint32_t ansiCodePage_ = kNone;
   uint32_t fontCodePage_ = kNone;
@@ -115,13 +110,15 @@ class RtfScan {
 // After whatever it finds the head steps over one byte more, so that of two words in a row, as in
 // "\ansicpg1252\deff0", only the first is seen.
 int32_t RtfScan::scanHead() {
-  while ((at_ = FindAnyByte<'{', '\\'>(at_, end_)) < end_) {
-    if (*at_ == '\\') {
+  while (true) {
+    rest_.remove_prefix(FindAnyByte<'{', '\\'>(rest_));
+    if (rest_.empty()) break;
+    if (rest_.front() == '\\') {
       if (const int32_t status = takeHeadWord(); status != StatusOk) return status;
     } else if (startsTagGroup()) {
       break;
     }
-    if (at_ < end_) ++at_;
+    if (!rest_.empty()) rest_.remove_prefix(1);
   }
   lookUpFont(hasCurrentFont_ ? currentFont_ : defaultFont_);
   return stack_.push(fontCodePage_) ? StatusOk : StatusOutOfMemory;
@@ -129,25 +126,24 @@ int32_t RtfScan::scanHead() {
 
 // Steps over those words only that the head knows.
 int32_t RtfScan::takeHeadWord() {
-  const RtfControlWord& word = FindRtfControlWord(rest());
-  const char* const behind = at_ + word.text.size();
+  const RtfControlWord& word = FindRtfControlWord(rest_);
   switch (word.action) {
     case RtfWordAction::AnsiCodePage:
-      at_ = behind;
-      ansiCodePage_ = TakeRtfNumber(at_, end_);
+      rest_.remove_prefix(word.text.size());
+      ansiCodePage_ = TakeRtfNumber(rest_);
       break;
     case RtfWordAction::DefaultFont:
-      at_ = behind;
-      defaultFont_ = TakeRtfNumber(at_, end_);
+      rest_.remove_prefix(word.text.size());
+      defaultFont_ = TakeRtfNumber(rest_);
       break;
     case RtfWordAction::Font:
-      at_ = behind;
-      currentFont_ = TakeRtfNumber(at_, end_);
+      rest_.remove_prefix(word.text.size());
+      currentFont_ = TakeRtfNumber(rest_);
       hasCurrentFont_ = true;
       break;
     case RtfWordAction::FontTable:
-      at_ = behind;
-      return fonts_.readTable(at_, end_);
+      rest_.remove_prefix(word.text.size());
+      return fonts_.readTable(rest_);
     default:
       break;
   }
@@ -155,11 +151,11 @@ int32_t RtfScan::takeHeadWord() {
 }
 
 int32_t RtfScan::scanBody() {
-  while (at_ < end_) {
-    const char* const special = FindAnyByte<'{', '}', '\\', '\r', '\n'>(at_, end_);
-    if (!output_.copyInSteps(at_, static_cast<uint64_t>(special - at_))) return StatusOutOfMemory;
-    at_ = special;
-    if (at_ == end_) break;
+  while (!rest_.empty()) {
+    const size_t plain = FindAnyByte<'{', '}', '\\', '\r', '\n'>(rest_);
+    if (!output_.copyInSteps(rest_.substr(0, plain))) return StatusOutOfMemory;
+    rest_.remove_prefix(plain);
+    if (rest_.empty()) break;
     if (!output_.makeRoom()) return StatusOutOfMemory;
     if (const int32_t status = takeStep(); status != StatusOk) return status;
   }
@@ -167,13 +163,13 @@ int32_t RtfScan::scanBody() {
 }
 
 int32_t RtfScan::takeStep() {
-  switch (*at_) {
+  switch (rest_.front()) {
     case '{':
       if (!stack_.push(fontCodePage_)) return StatusOutOfMemory;
-      ++at_;
+      rest_.remove_prefix(1);
       break;
     case '}':
-      ++at_;
+      rest_.remove_prefix(1);
       stack_.pop(fontCodePage_);
       break;
     case '\r':
@@ -190,59 +186,61 @@ int32_t RtfScan::takeStep() {
 
 // A pair of line end bytes, in either order, is layout of the RTF; a single one is text.
 void RtfScan::takeLineEnd(char other) {
-  const char byte = *at_++;
-  if (at_ < end_ && *at_ == other) {
-    ++at_;
+  const char byte = rest_.front();
+  rest_.remove_prefix(1);
+  if (rest_.starts_with(other)) {
+    rest_.remove_prefix(1);
   } else {
     output_.put(byte);
   }
 }
 
 int32_t RtfScan::takeWord() {
-  const char* const backslash = at_;
-  const RtfControlWord& word = FindRtfControlWord(rest());
+  const std::string_view at = rest_;
+  const RtfControlWord& word = FindRtfControlWord(at);
   output_.write(word.written);
-  at_ += word.text.size();
-  return act(word.action, backslash);
+  rest_.remove_prefix(word.text.size());
+  return act(word.action, at);
 }
 
-int32_t RtfScan::act(RtfWordAction action, const char* backslash) {
+// Does what is left to do once the word is stepped over; `word` begins with its backslash.
+int32_t RtfScan::act(RtfWordAction action, std::string_view word) {
   switch (action) {
     case RtfWordAction::None:
       break;
     case RtfWordAction::EatSpace:
-      EatRtfSpace(at_, end_);
+      EatRtfSpace(rest_);
       break;
     case RtfWordAction::SkipParameter:
     case RtfWordAction::DefaultFont:
-      TakeRtfNumber(at_, end_);
+      TakeRtfNumber(rest_);
       break;
     case RtfWordAction::Tag:
       return takeTag();
     case RtfWordAction::ReplacedTag:
-      pendingTag_ = TakeRtfNumber(at_, end_);
+      pendingTag_ = TakeRtfNumber(rest_);
       break;
     case RtfWordAction::Font:
-      lookUpFont(TakeRtfNumber(at_, end_));
+      lookUpFont(TakeRtfNumber(rest_));
       break;
     case RtfWordAction::HexRun:
-      return takeHexRun(backslash);
+      return takeHexRun(word);
     case RtfWordAction::SkipToBrace:
       goToBrace();
       break;
     case RtfWordAction::SkipBlock:
       return dropBlock();
     case RtfWordAction::AnsiCodePage:
-      ansiCodePage_ = TakeRtfNumber(at_, end_);
+      ansiCodePage_ = TakeRtfNumber(rest_);
       break;
     case RtfWordAction::Language:
       takeLanguage();
       break;
     case RtfWordAction::FontTable:
       // The table's own brace is read with it, so that its group stays on the stack.
-      return fonts_.readTable(at_, end_);
+      return fonts_.readTable(rest_);
     case RtfWordAction::Unicode:
-      takeUnicode(backslash);
+      takeUnicode(word);
       break;
   }
   return StatusOk;
@@ -251,13 +249,13 @@ int32_t RtfScan::act(RtfWordAction action, const char* backslash) {
 // Behind "\*\htmltag". The text of a tag is text like any other, unless its replacement has just
 // been written; then the group is dropped. What its "{" put on the stack stays there.
 int32_t RtfScan::takeTag() {
-  const uint32_t number = TakeRtfNumber(at_, end_);
+  const uint32_t number = TakeRtfNumber(rest_);
   if (number == pendingTag_) {
     goToBrace();
     if (!stack_.push(fontCodePage_)) return StatusOutOfMemory;
-    if (at_ < end_) {
+    if (!rest_.empty()) {
       stack_.pop(fontCodePage_);
-      ++at_;
+      rest_.remove_prefix(1);
     }
   }
   pendingTag_ = kNone;
@@ -267,26 +265,26 @@ int32_t RtfScan::takeTag() {
 // Behind "\htmlrtf", with whatever follows it: a closing word that has no block opens one. Text is
 // dropped, but fonts, languages and groups count. Without an end, the last bytes are text again.
 int32_t RtfScan::dropBlock() {
-  while (end_ - at_ > kBlockTail) {
-    at_ = FindAnyByte<'{', '}', '\\'>(at_, end_ - kBlockTail);
-    if (end_ - at_ <= kBlockTail) break;
-    if (rest().starts_with(kBlockEnd)) {
-      at_ += kBlockEnd.size();
+  while (rest_.size() > kBlockTail) {
+    rest_.remove_prefix(FindAnyByte<'{', '}', '\\'>(rest_.substr(0, rest_.size() - kBlockTail)));
+    if (rest_.size() <= kBlockTail) break;
+    if (rest_.starts_with(kBlockEnd)) {
+      rest_.remove_prefix(kBlockEnd.size());
       break;
     }
     if (const int32_t status = stepInBlock(); status != StatusOk) return status;
   }
-  EatRtfSpace(at_, end_);
+  EatRtfSpace(rest_);
   return StatusOk;
 }
 
 int32_t RtfScan::stepInBlock() {
-  switch (*at_) {
+  switch (rest_.front()) {
     case '{':
-      ++at_;
+      rest_.remove_prefix(1);
       return stack_.push(fontCodePage_) ? StatusOk : StatusOutOfMemory;
     case '}':
-      ++at_;
+      rest_.remove_prefix(1);
       stack_.pop(fontCodePage_);
       return StatusOk;
     default:
@@ -298,18 +296,18 @@ int32_t RtfScan::stepInBlock() {
 // Any other word than these is stepped into, so that what is behind its backslash is dropped byte
 // by byte.
 void RtfScan::takeBlockWord() {
-  const RtfControlWord& word = FindRtfControlWord(rest());
+  const RtfControlWord& word = FindRtfControlWord(rest_);
   switch (word.action) {
     case RtfWordAction::Language:
-      at_ += word.text.size();
+      rest_.remove_prefix(word.text.size());
       takeLanguage();
       break;
     case RtfWordAction::Font:
-      at_ += word.text.size();
-      lookUpFont(TakeRtfNumber(at_, end_));
+      rest_.remove_prefix(word.text.size());
+      lookUpFont(TakeRtfNumber(rest_));
       break;
     default:
-      ++at_;
+      rest_.remove_prefix(1);
       break;
   }
 }
@@ -317,22 +315,22 @@ void RtfScan::takeBlockWord() {
 // Writes the number two bytes behind the backslash and steps over the character that stands in for
 // it. No sign is understood: "\u-4064?" writes "&#0;", takes the "-" for the stand-in, and leaves
 // "4064?" as text.
-void RtfScan::takeUnicode(const char* backslash) {
-  at_ = backslash + 2;
-  output_.writeReference(static_cast<int32_t>(TakeRtfNumber(at_, end_)));
-  EatRtfSpace(at_, end_);
-  if (at_ < end_) ++at_;
+void RtfScan::takeUnicode(std::string_view word) {
+  rest_ = word.substr(2);
+  output_.writeReference(static_cast<int32_t>(TakeRtfNumber(rest_)));
+  EatRtfSpace(rest_);
+  if (!rest_.empty()) rest_.remove_prefix(1);
 }
 
 // The code pages are signed here: the initial -1 is none, and neither is a number that has wrapped
 // below zero, nor 0 or 1. Whether there is such a code page shows in the conversion.
-int32_t RtfScan::takeHexRun(const char* backslash) {
+int32_t RtfScan::takeHexRun(std::string_view word) {
   const auto isGiven = [](uint32_t codePage) { return static_cast<int32_t>(codePage) > 1; };
   const uint32_t codePage = isGiven(fontCodePage_)       ? fontCodePage_
                             : isGiven(languageCodePage_) ? languageCodePage_
                                                          : ansiCodePage_;
-  at_ = backslash;
-  return DecodeRtfHexRun(at_, end_, output_, codePage) == StatusOk ? StatusOk : StatusOutOfMemory;
+  rest_ = word;
+  return DecodeRtfHexRun(rest_, output_, codePage) ? StatusOk : StatusOutOfMemory;
 }
 
 }  // namespace

@@ -18,9 +18,7 @@ TEST(FindAnyByte, FindsEachByteAtEveryPlace) {
       for (const char byte : {'{', '\\', '\xFF'}) {
         std::vector<char> text = Dots(length);
         text[place] = byte;
-        const char* const start = text.data();
-        const char* const found = FindAnyByte<'{', '\\', '\xFF'>(start, start + length);
-        ASSERT_EQ(found - start, static_cast<ptrdiff_t>(place)) << length;
+        ASSERT_EQ((FindAnyByte<'{', '\\', '\xFF'>({text.data(), length})), place) << length;
       }
     }
   }
@@ -31,31 +29,28 @@ TEST(FindAnyByte, FindsTheFirst) {
     std::vector<char> text = Dots(60);
     std::fill(text.begin() + static_cast<ptrdiff_t>(first), text.end(), '}');
     text.back() = '{';
-    const char* const start = text.data();
-    const char* const found = FindAnyByte<'{', '}'>(start, start + text.size());
-    ASSERT_EQ(found - start, static_cast<ptrdiff_t>(first));
+    ASSERT_EQ((FindAnyByte<'{', '}'>({text.data(), text.size()})), first);
   }
 }
 
-TEST(FindAnyByte, GivesTheEndWithoutOne) {
+TEST(FindAnyByte, GivesTheSizeWithoutOne) {
   for (size_t length = 0; length < 70; ++length) {
     const std::vector<char> text = Dots(length);
-    const char* const end = text.data() + length;
-    ASSERT_EQ((FindAnyByte<'{', '}'>(text.data(), end)), end) << length;
+    ASSERT_EQ((FindAnyByte<'{', '}'>({text.data(), length})), length);
   }
-  EXPECT_EQ((FindAnyByte<'{', '}'>(nullptr, nullptr)), nullptr);
+  EXPECT_EQ((FindAnyByte<'{', '}'>({})), 0u);
 }
 
-// Only the very bytes count: not those with the same low bits, nor those behind the end.
+// Only the very bytes count: not those with the same low bits, nor those after the end.
 TEST(FindAnyByte, NoOtherByteCounts) {
   std::vector<char> text;
   for (int byte = 0; byte < 256; ++byte) {
     if (byte != '{' && byte != '}') text.push_back(static_cast<char>(byte));
   }
   text.push_back('{');
-  const char* const end = text.data() + text.size() - 1;
-  EXPECT_EQ((FindAnyByte<'{', '}'>(text.data(), end)), end);
-  EXPECT_EQ((FindAnyByte<'{', '}'>(text.data(), end + 1)), end);
+  const size_t last = text.size() - 1;
+  EXPECT_EQ((FindAnyByte<'{', '}'>({text.data(), last})), last);
+  EXPECT_EQ((FindAnyByte<'{', '}'>({text.data(), last + 1})), last);
 }
 
 }  // namespace

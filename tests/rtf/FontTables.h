@@ -38,16 +38,15 @@ inline std::string TableText(const RtfFonts& fonts) { return TableText(fonts.tab
 // Parses a text that ends where its heap block does, so that a step outside is noticed.
 struct Parsed {
   explicit Parsed(std::string_view text) : bytes(text.begin(), text.end()) {
-    const char* const start = bytes.data();
-    const char* cursor = start;
-    status = ParseRtfFontTable(table, cursor, start + bytes.size());
-    taken = cursor - start;
+    std::string_view rest(bytes.data(), bytes.size());
+    status = ParseRtfFontTable(table, rest);
+    taken = static_cast<int64_t>(bytes.size() - rest.size());
   }
 
   std::vector<char> bytes;
   RtfFontTable table;
   int32_t status = 0;
-  int64_t taken = 0;  // bytes that the cursor moved
+  int64_t taken = 0;  // bytes at the front
 };
 
 inline int32_t Prepare(RtfFonts& fonts, std::string_view document) {

@@ -71,9 +71,9 @@ class NaiveRtfToHtml {
   }
   int32_t fontTable() {
     at_ += 8;
-    const char* cursor = rtf_.data() + at_;
-    const int32_t status = ParseRtfFontTable(fonts_, cursor, rtf_.data() + rtf_.size());
-    at_ = static_cast<size_t>(cursor - rtf_.data());
+    std::string_view rest = std::string_view(rtf_).substr(at_);
+    const int32_t status = ParseRtfFontTable(fonts_, rest);
+    at_ = rtf_.size() - rest.size();
     return status;
   }
   void language() {

@@ -18,8 +18,8 @@ int32_t Read(RtfFonts& fonts, std::initializer_list<std::pair<uint32_t, uint32_t
   for (const auto& [number, codePage] : added) {
     text += "{\\f" + std::to_string(number) + "\\fcpg" + std::to_string(codePage) + ";}";
   }
-  const char* cursor = text.data();
-  return fonts.readTable(cursor, text.data() + text.size());
+  std::string_view rest = text;
+  return fonts.readTable(rest);
 }
 
 // The code page of a font, or 9.
@@ -97,8 +97,8 @@ TEST(RtfFontNumbers, OfAFullTableTakeTwelveBytesEach) {
   for (uint32_t i = 20000; i < kMaxRtfFonts; ++i) {
     text += "{\\f" + std::to_string(i) + "\\fcpg" + std::to_string(100000 + i) + "}";
   }
-  const char* cursor = text.data();
-  ASSERT_EQ(fonts.readTable(cursor, text.data() + text.size()), StatusOk);
+  std::string_view rest = text;
+  ASSERT_EQ(fonts.readTable(rest), StatusOk);
   for (uint32_t i = 0; i < 32768; ++i) ASSERT_EQ(Find(fonts, i), 100000 + i);
   EXPECT_EQ(Find(fonts, 32768), 9U);
   PlainKernelUsageRecord after = {};

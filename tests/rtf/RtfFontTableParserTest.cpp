@@ -43,7 +43,7 @@ TEST(RtfFontTableParser, AnUsualTable) {
   EXPECT_EQ(Show(parsed.table), "0:1252:0:Arial|37:1251:0:Times New Roman");
 }
 
-TEST(RtfFontTableParser, TheCursorMayStandBehindTheWord) {
+TEST(RtfFontTableParser, TheTextMayBeginAfterTheWord) {
   const Parsed parsed("{\\f1 A;}}x");
   EXPECT_EQ(parsed.status, 1);
   EXPECT_EQ(parsed.taken, 9);
@@ -212,9 +212,8 @@ TEST(RtfFontTableParser, FontsOfOneNumberStandSideBySide) {
 
 TEST(RtfFontTableParser, TheEntriesComeBehindWhatTheTableHolds) {
   RtfFontTable table;
-  for (const char* const text : {"{\\f1 A;}}", "{\\f2 B;}}"}) {
-    const char* cursor = text;
-    EXPECT_EQ(ParseRtfFontTable(table, cursor, text + 9), 1);
+  for (std::string_view text : {"{\\f1 A;}}", "{\\f2 B;}}"}) {
+    EXPECT_EQ(ParseRtfFontTable(table, text), 1);
   }
   EXPECT_EQ(Show(table), "1:0:0:A|2:0:0:B");
 }
@@ -264,7 +263,7 @@ TEST(RtfFontTableParser, EveryCutOfATableIsHandled) {
   }
 }
 
-TEST(RtfFontTableParser, WithoutMemoryItFailsAndLeavesTheCursor) {
+TEST(RtfFontTableParser, WithoutMemoryItFailsAndLeavesTheText) {
   const auto round = [](test::FaultedWork& faulted) {
     const Parsed parsed = faulted([] { return Parsed("{\\f1 A;B;}{}}"); });
     if (!faulted.isReached()) {
@@ -293,14 +292,14 @@ TEST(RtfFontTableParser, TheEntriesGrowByOne) {
 TEST(RtfFontTableParser, MoreFontsThanNumbersAreRefused) {
   RtfFontTable table;
   table.entries = test::ZeroEntries(32767);
-  const std::string_view text = "{}{}}";
-  const char* cursor = text.data();
-  EXPECT_EQ(ParseRtfFontTable(table, cursor, text.data() + 2), 1);
+  std::string_view last = "{}";
+  EXPECT_EQ(ParseRtfFontTable(table, last), 1);
   EXPECT_EQ(table.count(), 32768u);
-  EXPECT_EQ(cursor, text.data() + 2);
-  EXPECT_EQ(ParseRtfFontTable(table, cursor, text.data() + 5), -1);
+  EXPECT_EQ(last, "");
+  std::string_view more = "{}}";
+  EXPECT_EQ(ParseRtfFontTable(table, more), -1);
   EXPECT_EQ(table.count(), 32768u);
-  EXPECT_EQ(cursor, text.data() + 2);
+  EXPECT_EQ(more, "{}}");
 }
 
 // Whatever is repeated over a megabyte, the scan passes it once: no name is copied twice, and what

@@ -42,7 +42,7 @@ TEST(PrepareRtfFontTable, ReadsADocument) {
 }
 
 TEST(PrepareRtfFontTable, AFreshTable) {
-  const RtfFonts fonts;
+  const RtfFonts fonts{};
   EXPECT_EQ(fonts.table().entries.data(), nullptr);
   EXPECT_EQ(fonts.table().count(), 0u);
   EXPECT_EQ(fonts.table().parsed, 0u);

@@ -19,23 +19,23 @@ struct DecodedRun {
   DecodedRun(std::string_view rtf, uint32_t codePage, uint64_t before = 0)
       : bytes(rtf.begin(), rtf.end()) {
     EXPECT_TRUE(output.start());
-    EXPECT_TRUE(output.copyInSteps(std::string(before, '.').data(), before));
-    const char* cursor = bytes.data();
-    status = DecodeRtfHexRun(cursor, bytes.data() + bytes.size(), output, codePage);
-    taken = cursor - bytes.data();
+    EXPECT_TRUE(output.copyInSteps(std::string(before, '.')));
+    std::string_view rest(bytes.data(), bytes.size());
+    status = DecodeRtfHexRun(rest, output, codePage);
+    taken = static_cast<int64_t>(bytes.size() - rest.size());
     text = std::string(output.from(before));
   }
 
   std::vector<char> bytes;
   RtfScanOutput output;
-  int32_t status = 0;
+  bool status = false;
   int64_t taken = 0;
   std::string text;
 };
 
 TEST(RtfHexRun, ACharacterBeyondAsciiIsAReference) {
   const DecodedRun run("\\'e9x", 1252);
-  EXPECT_EQ(run.status, 1);
+  EXPECT_TRUE(run.status);
   EXPECT_EQ(run.text, "&#xE9;");
   EXPECT_EQ(run.taken, 4);
 }
@@ -157,11 +157,11 @@ TEST(RtfHexRun, WithoutMemoryForTheConversionTheBytesStay) {
   const std::string bytes = Repeat("\\'e9", 100);
   RtfScanOutput output;
   ASSERT_TRUE(output.start());
-  const char* cursor = bytes.data();
+  std::string_view rest = bytes;
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
-  EXPECT_EQ(DecodeRtfHexRun(cursor, bytes.data() + bytes.size(), output, 1252), 1);
+  EXPECT_TRUE(DecodeRtfHexRun(rest, output, 1252));
   PlainKernelFailAt(PlainKernelFaultMemory, 0);
-  EXPECT_EQ(cursor, bytes.data() + bytes.size());
+  EXPECT_TRUE(rest.empty());
   EXPECT_EQ(output.from(0), std::string(100, '\xE9'));
 }
 
@@ -171,9 +171,9 @@ TEST(RtfHexRun, WithoutMemoryForTheOutputItFails) {
   for (const auto& [bytes, ordinal] : {std::pair(raw, 1), std::pair(converted, 2)}) {
     RtfScanOutput output;
     ASSERT_TRUE(output.start());
-    const char* cursor = bytes.data();
+    std::string_view rest = bytes;
     PlainKernelFailAt(PlainKernelFaultMemory, static_cast<uint64_t>(ordinal));
-    EXPECT_EQ(DecodeRtfHexRun(cursor, bytes.data() + bytes.size(), output, 1252), 0);
+    EXPECT_FALSE(DecodeRtfHexRun(rest, output, 1252));
     PlainKernelFailAt(PlainKernelFaultMemory, 0);
   }
 }

@@ -17,7 +17,7 @@ struct Output : RtfScanOutput {
     copy(plain);
   }
 
-  void copy(uint64_t count) { EXPECT_TRUE(copyInSteps(std::string(count, '.').data(), count)); }
+  void copy(uint64_t count) { EXPECT_TRUE(copyInSteps(std::string(count, '.'))); }
 
   std::string referenceOf(int32_t value) {
     const uint64_t offset = length();
@@ -172,7 +172,7 @@ TEST(RtfScanOutput, WithoutMemoryNothingGrows) {
   EXPECT_FALSE(output.makeRoom());
   Output copied;
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
-  EXPECT_FALSE(copied.copyInSteps(std::string(5000, '.').data(), 5000));
+  EXPECT_FALSE(copied.copyInSteps(std::string(5000, '.')));
   Output converted;
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
   EXPECT_FALSE(converted.makeRoomForUnits(0, 300, 300));
