@@ -86,7 +86,7 @@ void BM_CompressedRtf(benchmark::State& state) {
     if (tarn::DecodeCompressedRtf(KernelCopy(packed), message, packed.size()) != 1) {
       state.SkipWithError("not unpacked");
     }
-    benchmark::DoNotOptimize(message.body.data);
+    benchmark::DoNotOptimize(message.body.data());
   }
   Finish(state, text, packed);
 }
@@ -103,7 +103,7 @@ void BM_CompressedRtfOfAStore(benchmark::State& state) {
     if (tarn::DecodePstCompressedRtf(stream, messages, 0) != 1) {
       state.SkipWithError("not unpacked");
     }
-    benchmark::DoNotOptimize(message.body.data);
+    benchmark::DoNotOptimize(message.body.data());
   }
   Finish(state, text, packed);
 }

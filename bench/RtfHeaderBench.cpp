@@ -56,7 +56,7 @@ void Write(benchmark::State& state, std::string_view document, size_t first, siz
   uint64_t produced = 0;
   for (auto _ : state) {
     tarn::RtfRender render;
-    tarn::PrepareRtfFontTable(render.fonts, document.data(), document.size());
+    render.fonts.prepare(document).ignore();
     for (size_t i = first; i <= last; ++i) {
       const std::string_view text = kScripts[i].text;
       if (tarn::WriteRtfUtf8Text(render, text.data(), text.size()) != StatusOk) {
@@ -99,7 +99,7 @@ void BM_AlternatingScripts(benchmark::State& state) {
   for (int64_t i = 0; i < state.range(0); i += 2) text += "\u0386\u0402";
   for (auto _ : state) {
     tarn::RtfRender render;
-    tarn::PrepareRtfFontTable(render.fonts, kBare.data(), kBare.size());
+    render.fonts.prepare(kBare).ignore();
     if (tarn::WriteRtfUtf8Text(render, text.data(), text.size()) != StatusOk) {
       state.SkipWithError("the text was not written");
     }
@@ -119,7 +119,7 @@ void BM_GrowthOfAMixedSubject(benchmark::State& state) {
   }
   tarn::bench::MeasureGrowth(state, [&](size_t size) {
     tarn::RtfRender render;
-    tarn::PrepareRtfFontTable(render.fonts, kBare.data(), kBare.size());
+    render.fonts.prepare(kBare).ignore();
     const std::string& text = texts[size];
     if (tarn::WriteRtfUtf8Text(render, text.data(), text.size()) != StatusOk) {
       state.SkipWithError("the text was not written");

@@ -66,7 +66,7 @@ std::string OldBody(uint8_t variant) {
   return std::string((variant & LongBody) != 0 ? 1000 : 10, '.');
 }
 
-void CheckDamage(int32_t status, const tarn::MailMessage& message, const std::string& old) {
+void CheckDamage(tarn::Status status, const tarn::MailMessage& message, const std::string& old) {
   Expect(status == StatusOk || status == StatusNotSupported || status == StatusOutOfMemory,
          "a status that no decoder has");
   if (status == StatusNotSupported) Expect(message.body.view() == old, "damage reached the body");
@@ -84,7 +84,7 @@ void Unpack(const std::string& bytes, uint8_t variant) {
   tarn::MailMessage message;
   message.body.setData(KernelCopy(old));
   message.body.setLength(old.size());
-  const int32_t status = tarn::DecodeCompressedRtf(KernelCopy(bytes), message, bytes.size());
+  const tarn::Status status = tarn::DecodeCompressedRtf(KernelCopy(bytes), message, bytes.size());
   CheckDamage(status, message, old);
   if (status != StatusOk) return;
   Expect(message.body.length() != 0, "a text without its terminator");
@@ -93,7 +93,7 @@ void Unpack(const std::string& bytes, uint8_t variant) {
 }
 
 // The answer without the text is the decoder's, whatever pieces the bytes come in.
-void CheckWithoutText(const std::string& bytes, uint64_t oldLength, int32_t status,
+void CheckWithoutText(const std::string& bytes, uint64_t oldLength, tarn::Status status,
                       uint64_t length) {
   if (bytes.size() < tarn::kCompressedRtfHeaderSize || status == StatusOutOfMemory) return;
   for (const size_t piece : {size_t{1}, size_t{23}, bytes.size()}) {
@@ -115,7 +115,7 @@ void UnpackOfAStore(const std::string& bytes, uint8_t variant) {
   std::istringstream stream(bytes);
   stream.seekg(0, std::ios::end);
   tarn::MessageList messages{1, &message};
-  const int32_t status = tarn::DecodePstCompressedRtf(stream, messages, 0);
+  const tarn::Status status = tarn::DecodePstCompressedRtf(stream, messages, 0);
   CheckDamage(status, message, old);
   CheckWithoutText(bytes, old.size(), status, message.body.length());
   Expect(status == StatusNotSupported ||

@@ -39,7 +39,7 @@ struct PlainFont {
 struct PlainTable {
   explicit PlainTable(std::string bytes) : text(std::move(bytes)) { status = Read(); }
 
-  int32_t Read() {
+  tarn::Status Read() {
     PlainFont font;
     int64_t depth = 0;
     while (at < text.size()) {
@@ -51,9 +51,9 @@ struct PlainTable {
           fonts.push_back(font);
           font = PlainFont{0, 0, std::nullopt};
         }
-        if (depth == -1) return 1;
+        if (depth == -1) return StatusOk;
       } else if (byte == '\\') {
-        if (at + 1 >= text.size()) return -9;
+        if (at + 1 >= text.size()) return StatusNotSupported;
         ReadWord(font);
       } else if (byte == '"' && depth == 1) {
         font.name = Until("\"\\{}");
@@ -64,7 +64,7 @@ struct PlainTable {
         Skip("\";");
       }
     }
-    return 1;
+    return StatusOk;
   }
 
   void ReadWord(PlainFont& font) {
@@ -108,7 +108,7 @@ struct PlainTable {
   std::string text;
   size_t at = 0;
   std::vector<PlainFont> fonts;
-  int32_t status = 0;
+  tarn::Status status;
 };
 
 void Compare(const RtfFontEntry& entry, const PlainFont& font) {
@@ -124,7 +124,7 @@ void Parse(const std::vector<char>& bytes) {
   const PlainTable plain(std::string(bytes.begin(), bytes.end()));
   RtfFontTable table;
   std::string_view rest(bytes.data(), bytes.size());
-  const int32_t status = tarn::ParseRtfFontTable(table, rest);
+  const tarn::Status status = tarn::ParseRtfFontTable(table, rest);
   Expect(status == plain.status, "another status");
   const size_t taken = bytes.size() - rest.size();
   Expect(taken == (status == StatusOk ? plain.at : 0), "another end");
@@ -132,9 +132,7 @@ void Parse(const std::vector<char>& bytes) {
   for (size_t i = 0; i < plain.fonts.size(); ++i) Compare(table.entries[i], plain.fonts[i]);
 }
 
-std::string Text(const RtfFontTable& table) {
-  return std::string(table.tableText.view());
-}
+std::string Text(const RtfFontTable& table) { return std::string(table.tableText.view()); }
 
 // Asks for each code page, twice, by the plain rule too.
 void AskForFonts(RtfFonts& fonts) {
@@ -151,7 +149,7 @@ void AskForFonts(RtfFonts& fonts) {
     const std::string before = Text(table);
     const uint32_t expected = first != nullptr ? first->number : table.nextNumber;
     uint32_t number = 0;
-    const int32_t status = tarn::FontForCodePage(fonts, codePage, number);
+    const tarn::Status status = tarn::FontForCodePage(fonts, codePage, number);
     Expect(status == StatusOk || (status == StatusBadArgument && first == nullptr),
            "a status that no font has");
     const bool added = status == StatusOk && first == nullptr;
@@ -194,7 +192,7 @@ void Prepare(const std::vector<char>& bytes) {
   RtfFonts fonts;
   fonts.setAnsiCodePage(1252);
   const RtfFontTable& table = fonts.table();
-  const int32_t status = tarn::PrepareRtfFontTable(fonts, bytes.data(), bytes.size());
+  const tarn::Status status = tarn::PrepareRtfFontTable(fonts, bytes.data(), bytes.size());
   Expect(status == StatusOk || status == StatusNotSupported, "a status that no document has");
   if (status != StatusOk) return;
   Expect(table.tableStart <= table.tableEnd && table.tableEnd <= bytes.size(), "a stretch outside");

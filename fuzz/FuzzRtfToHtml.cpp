@@ -37,7 +37,7 @@ void Convert(std::string_view rtf, uint64_t failingAllocation) {
   const char* const block = text.data();
 
   PlainKernelFailAt(PlainKernelFaultMemory, failingAllocation);
-  const int32_t status = tarn::RtfToHtml(text);
+  const tarn::Status status = tarn::RtfToHtml(text);
   PlainKernelFailAt(PlainKernelFaultMemory, 0);
   if (status != StatusOk) {
     Expect(status == StatusNotSupported || status == StatusOutOfMemory, "an unknown status");

@@ -80,7 +80,7 @@ class KernelArray {
 
   // Gives back the room that no element needs, if the kernel takes it.
   void shrink() {
-    if (size_ < capacity_) static_cast<void>(setCapacity(size_));
+    if (size_ < capacity_) setCapacity(size_);
   }
 
   // Gives the block away. The array is empty afterwards.

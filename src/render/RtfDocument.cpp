@@ -11,36 +11,36 @@ constexpr std::string_view kRowOpen =
     "\r{\\rtlch\\fcs1 \\ab\\af37 \\ltrch\\fcs0 \\b\\cf0\\insrsid5716485 ";
 constexpr std::string_view kRowMiddle = "\\tab }{\\rtlch\\fcs1 \\af37 \\ltrch\\fcs0 \\cf0 ";
 
-// Writes into a render until the first failure; every write behind it does nothing.
+// Writes into a render until the first failure; then every write does nothing.
 class RowWriter {
  public:
   explicit RowWriter(RtfRender& render) : render_(render) {}
 
-  // RTF as it stands.
+  // RTF as it is.
   void writeRtf(std::string_view rtf) {
-    if (status_ == StatusOk) status_ = render_.output.append(rtf.data(), rtf.size());
+    if (status_.ok()) status_ = render_.output.append(rtf);
   }
 
   // UTF-8 text, to be escaped. A row without all of its text has failed.
   void writeText(std::string_view text) {
-    if (status_ != StatusOk || text.empty()) return;
+    if (!status_.ok() || text.empty()) return;
     RtfTextWriter writer(render_);
     writer.writeUtf8(text);
-    status_ = writer.status() != StatusOk ? writer.status() : writer.leftOut();
+    status_ = writer.status().ok() ? writer.leftOut() : writer.status();
   }
 
   // A field without its terminating NUL.
   void writeField(const SizedBytes& field) {
     const bool broken = field.data() == nullptr && field.length() != 0;
-    if (broken && status_ == StatusOk) status_ = StatusNullArgument;
+    if (broken && status_.ok()) status_ = StatusNullArgument;
     writeText(field.text());
   }
 
-  int32_t status() const { return status_; }
+  Status status() const { return status_; }
 
  private:
   RtfRender& render_;
-  int32_t status_ = StatusOk;
+  Status status_;
 };
 
 }  // namespace

@@ -4,9 +4,8 @@
 #include <array>
 #include <cstddef>
 
-#include "Platform/CodePages.h"
 #include "rtf/CharsetCodePages.h"
-#include "rtf/ConversionCapacity.h"
+#include "rtf/ScratchConversion.h"
 
 namespace tarn {
 namespace {
@@ -42,13 +41,9 @@ bool RoundTripsInCodePage(std::u16string_view text, uint32_t codePage, char16_t*
                           std::span<char> byteScratch) {
   if (text.data() == nullptr || text.empty() || byteScratch.empty()) return false;
   bool usedDefault = false;
-  const int32_t bytes = platform::Utf16ToBytes(
-      codePage, text, byteScratch.data(), ConversionCapacity(byteScratch.size()), &usedDefault);
-  if (usedDefault || bytes <= 0) return false;
-  const std::string_view carried(byteScratch.data(), static_cast<size_t>(bytes));
-  const int32_t units =
-      platform::BytesToUtf16(codePage, carried, wideScratch, ConversionCapacity(text.size()));
-  return units > 0 && std::u16string_view(wideScratch, static_cast<size_t>(units)) == text;
+  const std::string_view bytes = ToCodePage(codePage, text, byteScratch, &usedDefault);
+  if (usedDefault || bytes.empty()) return false;
+  return FromCodePage(codePage, bytes, {wideScratch, text.size()}) == text;
 }
 
 uint32_t FindCodePageForText(std::u16string_view text) {
@@ -58,7 +53,7 @@ uint32_t FindCodePageForText(std::u16string_view text) {
       std::find_if(text.begin(), text.end(), [](char16_t unit) { return unit >= 128; });
   const char16_t probe = beyondAscii != text.end() ? *beyondAscii : text.front();
   for (const CharsetCodePage& row : CharsetCodePageTable) {
-    if (row.forText == 1 && MayCarry(probe, row.codePage) && Carries(text, row.codePage)) {
+    if (row.forText && MayCarry(probe, row.codePage) && Carries(text, row.codePage)) {
       return row.codePage;
     }
   }

@@ -1,9 +1,10 @@
 // Unpacking goes into a block of its own. It becomes the body, but for a body that has room enough:
-// that one keeps its block, and what stood behind the unpacked bytes stays there.
+// that one keeps its block, and what was after the unpacked bytes stays there.
 #include <algorithm>
 #include <cstring>
 #include <istream>
 #include <span>
+#include <utility>
 
 #include "Common/Crc32.h"
 #include "rtf/CompressedRtf.h"
@@ -14,10 +15,11 @@ namespace {
 
 using Bytes = std::span<const unsigned char>;
 
-// All bytes in front of the read position. 1; -9; -1.
-int32_t ReadFromStart(std::istream& stream, KernelBlock<unsigned char>& block, uint64_t& length) {
-  const auto position = static_cast<std::streamoff>(stream.tellg());
-  if (position < static_cast<std::streamoff>(kCompressedRtfHeaderSize)) return StatusNotSupported;
+// All bytes before the read position. StatusOk, StatusNotSupported or StatusOutOfMemory.
+Status ReadFromStart(std::istream& stream, KernelBlock<unsigned char>& block, uint64_t& length) {
+  constexpr std::streamoff kLeast = kCompressedRtfHeaderSize;
+  const std::streamoff position = stream.tellg();
+  if (position < kLeast) return StatusNotSupported;
   length = static_cast<uint64_t>(position);
   block = AllocateBlock<unsigned char>(length, TARN_HERE);
   if (!block) return StatusOutOfMemory;
@@ -26,27 +28,25 @@ int32_t ReadFromStart(std::istream& stream, KernelBlock<unsigned char>& block, u
   return stream.gcount() == position ? StatusOk : StatusNotSupported;
 }
 
-int32_t TakeStored(SizedBytes& body, Bytes contents) {
+Status TakeStored(SizedBytes& body, Bytes contents) {
   const std::string_view text(reinterpret_cast<const char*>(contents.data()), contents.size());
-  body.setLength(0);
-  return AppendTerminated(body, text.data(), std::min(text.find('\0'), text.size()));
+  body.clear();
+  return body.append(text.substr(0, text.find('\0')));
 }
 
-// The last token has as much room behind the text as the old body's block gives it.
-int32_t TakePacked(SizedBytes& body, Bytes packed, int32_t rawSize) {
+// The last token has as much room after the text as the old body's block gives it.
+Status TakePacked(SizedBytes& body, Bytes packed, int32_t rawSize) {
   const uint64_t end = kLzfuFixedSize + static_cast<uint64_t>(rawSize);
-  const bool keepsBlock = body.data() != nullptr && body.length() >= end;
+  const bool keepsBlock = body.length() >= end;
   const uint64_t spare = keepsBlock ? std::min(body.length() - end, kLzfuLongestToken) : 0;
   LzfuText text;
-  const int32_t status = UnpackLzfuText(packed, rawSize, spare, text);
-  if (status != StatusOk) return status;
+  const Status status = UnpackLzfuText(packed, rawSize, spare, text);
+  if (!status.ok()) return status;
 
   if (keepsBlock) {
     std::memcpy(body.data(), text.block.get(), text.reached);
   } else {
-    body.release();
-    body.setData(reinterpret_cast<char*>(text.block.take()));
-    body.setLength(end);
+    body.adopt(std::move(text.block), end);
   }
   std::memmove(body.data(), body.data() + kLzfuFixedSize, text.size);
   body.truncate(body.length() - kLzfuFixedSize);
@@ -55,11 +55,10 @@ int32_t TakePacked(SizedBytes& body, Bytes packed, int32_t rawSize) {
 
 }  // namespace
 
-int32_t DecodePstCompressedRtf(std::istream& stream, MessageList& messages, int32_t index) {
+Status DecodePstCompressedRtf(std::istream& stream, MessageList& messages, int32_t index) {
   KernelBlock<unsigned char> block;
   uint64_t length = 0;
-  const int32_t status = ReadFromStart(stream, block, length);
-  if (status != StatusOk) return status;
+  if (const Status status = ReadFromStart(stream, block, length); !status.ok()) return status;
 
   const Bytes all(block.get(), length);
   const CompressedRtfHeader header = ReadCompressedRtfHeader(all);

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 #include <span>
+#include <utility>
 
 #include "Common/ByteSearch.h"
 #include "Common/Crc32.h"
@@ -19,8 +20,8 @@ constexpr std::string_view kHtml = "html";
 
 // A raw size beyond the data, counted without a sign, means all of it; so do those below -16, but
 // -2 to -16 stay the enormous lengths that they are.
-int32_t TakeStored(SizedBytes& body, std::string_view contents, int32_t rawSize) {
-  body.setLength(0);
+Status TakeStored(SizedBytes& body, std::string_view contents, int32_t rawSize) {
+  body.clear();
   auto length = static_cast<uint64_t>(static_cast<int64_t>(rawSize));
   if (length + kCompressedRtfHeaderSize >= contents.size() + kCompressedRtfHeaderSize) {
     length = contents.size();
@@ -30,25 +31,22 @@ int32_t TakeStored(SizedBytes& body, std::string_view contents, int32_t rawSize)
   } else if (length > contents.size()) {
     return StatusOutOfMemory;
   }
-  return AppendTerminated(body, contents.data(), length);
+  return body.append(contents.substr(0, length));
 }
 
 // One byte is spare for the terminator.
-int32_t TakePacked(SizedBytes& body, std::span<const unsigned char> packed, int32_t rawSize) {
+Status TakePacked(SizedBytes& body, std::span<const unsigned char> packed, int32_t rawSize) {
   LzfuText text;
-  const int32_t status = UnpackLzfuText(packed, rawSize, 1, text);
-  if (status != StatusOk) return status;
+  if (const Status status = UnpackLzfuText(packed, rawSize, 1, text); !status.ok()) return status;
 
   std::memmove(text.block.get(), text.block.get() + kLzfuFixedSize, text.size);
   text.block[text.size] = '\0';
   const bool endsWithNul = text.size != 0 && text.block[text.size - 1] == '\0';
-  body.release();
-  body.setData(reinterpret_cast<char*>(text.block.take()));
-  body.setLength(endsWithNul ? text.size : text.size + 1);
+  body.adopt(std::move(text.block), endsWithNul ? text.size : text.size + 1);
   return StatusOk;
 }
 
-int32_t TakeSource(SizedBytes& body, std::string_view source) {
+Status TakeSource(SizedBytes& body, std::string_view source) {
   if (source.size() < kCompressedRtfHeaderSize) return StatusNotSupported;
   const std::span<const unsigned char> all(reinterpret_cast<const unsigned char*>(source.data()),
                                            source.size());
@@ -68,23 +66,23 @@ int32_t TakeSource(SizedBytes& body, std::string_view source) {
 }
 
 // Only the first "\from" counts.
-bool WrapsHtml(const SizedBytes& body) {
-  const char* const end = body.data() + body.length();
+bool WrapsHtml(std::string_view body) {
+  const char* const end = body.data() + body.size();
   const char* const from = FindBytes(body.data(), end, kFrom);
   return from != nullptr && StartsWith(from + kFrom.size(), end, kHtml);
 }
 
 }  // namespace
 
-int32_t DecodeCompressedRtf(char* source, MailMessage& message, uint64_t sourceLength) {
+Status DecodeCompressedRtf(char* source, MailMessage& message, uint64_t sourceLength) {
   if (source == nullptr) return StatusNotSupported;
   KernelBlock<char> block(source);
-  const int32_t status = TakeSource(message.body, std::string_view(source, sourceLength));
+  const Status status = TakeSource(message.body, std::string_view(source, sourceLength));
   block.reset();
-  if (status != StatusOk || !WrapsHtml(message.body)) return status;
+  if (!status.ok() || !WrapsHtml(message.body.view())) return status;
 
   // A text that cannot be turned into HTML stays RTF, and the passes run over that.
-  RtfToHtml(message.body);
+  RtfToHtml(message.body).ignore();
   ShortenConditionalComments(message.body);
   CutLongValues(message.body);
   return StatusOk;

@@ -2,11 +2,11 @@
 
 #include <array>
 #include <cstddef>
-#include <tuple>
+#include <span>
 
 #include "Internal/Tarnclasses_.h"
-#include "Platform/CodePages.h"
 #include "Platform/GlyphCoverage.h"
+#include "rtf/ScratchConversion.h"
 
 namespace tarn {
 namespace {
@@ -39,13 +39,11 @@ class Font {
 
 // The units of the face name in the record.
 std::u16string_view SetFaceName(LogFont& record, const char* faceName) {
-  constexpr size_t kMostBytes = std::tuple_size_v<decltype(record.faceName)> - 1;
+  const size_t most = record.faceName.size() - 1;
   size_t bytes = 0;
-  while (bytes < kMostBytes && faceName[bytes] != '\0') ++bytes;
-  const int32_t units =
-      platform::BytesToUtf16(platform::AnsiCodePage(), {faceName, bytes}, record.faceName.data(),
-                             static_cast<int32_t>(kMostBytes));
-  return {record.faceName.data(), static_cast<size_t>(units)};
+  while (bytes < most && faceName[bytes] != '\0') ++bytes;
+  return FromCodePage(platform::AnsiCodePage(), {faceName, bytes},
+                      std::span(record.faceName).first(most));
 }
 
 }  // namespace
@@ -65,9 +63,9 @@ FaceAnswer AskFace(void* context, const char* faceName, std::u16string_view text
   return covers ? FaceAnswer::Covers : FaceAnswer::CoversNot;
 }
 
-int32_t FontCoversText(void* context, const char* faceName, const char16_t* text, uint64_t length) {
-  if (context == nullptr || faceName == nullptr || (text == nullptr && length != 0)) return 0;
-  return AskFace(context, faceName, {text, length}) == FaceAnswer::Covers ? 1 : 0;
+bool FontCoversText(void* context, const char* faceName, const char16_t* text, uint64_t length) {
+  if (context == nullptr || faceName == nullptr || (text == nullptr && length != 0)) return false;
+  return AskFace(context, faceName, {text, length}) == FaceAnswer::Covers;
 }
 
 DeviceContext::DeviceContext() : context_(KernelCreateDC(0, TARN_HERE)) {}

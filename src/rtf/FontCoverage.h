@@ -34,8 +34,8 @@ enum class FaceAnswer {
 // in the code page of programs that know nothing of Unicode. `context` is not null.
 FaceAnswer AskFace(void* context, const char* faceName, std::u16string_view text);
 
-// 1 when the face covers the text; 0 otherwise, and for a null argument.
-int32_t FontCoversText(void* context, const char* faceName, const char16_t* text, uint64_t length);
+// Whether the face covers the text. A null argument is covered by none.
+bool FontCoversText(void* context, const char* faceName, const char16_t* text, uint64_t length);
 
 }  // namespace tarn
 

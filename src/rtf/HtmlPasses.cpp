@@ -1,5 +1,5 @@
-// Both passes cut stretches out of the text, and each search begins behind the last cut, in text
-// that only moved. So the text is searched where it stood at first, and what is kept moves down as
+// Both passes cut stretches out of the text, and each search begins after the last cut, in text
+// that only moved. So the text is searched where it was at first, and what is kept moves down as
 // the searches go: every byte moves once.
 #include "rtf/HtmlPasses.h"
 
@@ -11,7 +11,7 @@ namespace tarn {
 namespace {
 
 constexpr std::string_view kCondition = "<![if";
-constexpr uint64_t kShortCondition = 8;  // of "<![if !V", in front of the bracket
+constexpr uint64_t kShortCondition = 8;  // of "<![if !V", before the bracket
 
 constexpr std::string_view kDivision = "<div>";
 constexpr std::string_view kDivisionEnd = "</div>";
@@ -19,17 +19,17 @@ constexpr std::string_view kValue = "&nbsp;value=\"";
 constexpr uint64_t kTooLong = 10000;
 constexpr uint64_t kKeptValue = 97;
 
-uint64_t Distance(const char* from, const char* to) { return static_cast<uint64_t>(to - from); }
+uint64_t Distance(const char* from, const char* to) { return std::string_view(from, to).size(); }
 
-// A text out of which stretches are cut, from front to back. What lies in front of the last cut has
-// moved; everything behind it stands where it stood.
+// A text out of which stretches are cut, from front to back. What is before the last cut has moved;
+// everything after it is where it was.
 class Compaction {
  public:
   explicit Compaction(SizedBytes& text)
       : text_(text), kept_(text.data()), rest_(text.data()), end_(text.data() + text.length()) {}
   ~Compaction() {
     keepUpTo(end_);
-    text_.setLength(Distance(text_.data(), kept_));
+    text_.truncate(Distance(text_.data(), kept_));
   }
   Compaction(const Compaction&) = delete;
   Compaction& operator=(const Compaction&) = delete;
@@ -37,7 +37,7 @@ class Compaction {
   const char* start() const { return text_.data(); }
   const char* end() const { return end_; }
 
-  // A byte behind the last cut.
+  // A byte after the last cut.
   void write(const char* at, char byte) { text_.data()[Distance(text_.data(), at)] = byte; }
 
   void cut(const char* from, const char* to) {
@@ -53,8 +53,8 @@ class Compaction {
   }
 
   SizedBytes& text_;
-  char* kept_;        // behind what is kept so far
-  const char* rest_;  // behind the last cut
+  char* kept_;        // after what is kept so far
+  const char* rest_;  // after the last cut
   const char* end_;
 };
 
@@ -66,7 +66,7 @@ const char* Ahead(const char* at, const char* end, uint64_t count) {
 }  // namespace
 
 void ShortenConditionalComments(SizedBytes& text) {
-  if (text.data() == nullptr) return;
+  if (!text.hasBlock()) return;
   Compaction compaction(text);
   const char* const end = compaction.end();
   const char* condition = FindBytes(compaction.start(), end, kCondition);
@@ -79,8 +79,8 @@ void ShortenConditionalComments(SizedBytes& text) {
     }
     if (Distance(condition, bracket) < kShortCondition) return;
 
-    // The next search begins where the bracket stood, in the text that has moved: it passes over as
-    // many bytes behind the bracket as were cut in front of it.
+    // The next search begins where the bracket was, in the text that has moved: it passes over as
+    // many bytes after the bracket as were cut before it.
     const char* const shortEnd = condition + kShortCondition;
     compaction.cut(shortEnd, bracket);
     const char* const next = Ahead(bracket, end, Distance(shortEnd, bracket));
@@ -89,7 +89,7 @@ void ShortenConditionalComments(SizedBytes& text) {
 }
 
 void CutLongValues(SizedBytes& text) {
-  if (text.data() == nullptr) return;
+  if (!text.hasBlock()) return;
   Compaction compaction(text);
   const char* const end = compaction.end();
   const char* cursor = compaction.start();
@@ -103,7 +103,7 @@ void CutLongValues(SizedBytes& text) {
 
     const char* const value = FindIgnoringCase(division, divisionEnd, kValue);
     if (value == nullptr) continue;
-    // The quote may stand a little behind the division: as far as its end and 26 bytes on.
+    // The quote may come a little after the division: as far as its end and 26 bytes on.
     const char* const inValue = value + kValue.size();
     const char* const limit = Ahead(divisionEnd, end, 2 * kValue.size());
     const char* const quote = FindByte(inValue, limit, '"');

@@ -1,5 +1,5 @@
 // HtmlPasses.h - two passes over a text that RtfToHtml has made, in place and in linear time. Both
-// take any bytes, cut `text.length`, and keep the block.
+// take any bytes, shorten the text, and keep the block.
 #ifndef TARN_RTF_HTMLPASSES_H
 #define TARN_RTF_HTMLPASSES_H
 

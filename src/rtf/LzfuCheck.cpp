@@ -51,7 +51,7 @@ consteval Groups MakeGroups() {
 constexpr Groups kGroups = MakeGroups();
 
 // Whether a byte of the word is `least` or more; that is at most 255.
-bool HasByteFrom(uint64_t word, unsigned least) {
+bool HasByteFrom(uint64_t word, uint64_t least) {
   // The top bit of a sum tells whether the lower seven bits of its byte reach those of `least`.
   const uint64_t lower = (word & ~kTopBits) + (0x80 - (least & 0x7F)) * kEachByte;
   const uint64_t reached = least < 0x80 ? lower | word : lower & word;
@@ -101,7 +101,7 @@ uint64_t LzfuCheck::passGroups(std::span<const unsigned char> packed) {
         position + size + SumOfBytes((first & shape.lengths[0]) + (second & shape.lengths[1]));
     if (reached > end_) break;
     if (position < kWindow) {
-      const auto least = static_cast<unsigned>(position / 16);
+      const uint64_t least = position / 16;
       const bool isDoubtful =
           HasByteFrom(first & shape.highs[0], least) || HasByteFrom(second & shape.highs[1], least);
       if (isDoubtful && !IsSoundGroup(at, position)) break;
@@ -111,7 +111,7 @@ uint64_t LzfuCheck::passGroups(std::span<const unsigned char> packed) {
     left -= 1 + size;
   }
   position_ = position;
-  return static_cast<uint64_t>(at - begin);
+  return std::span(begin, at).size();
 }
 
 void LzfuCheck::take(std::span<const unsigned char> packed) {

@@ -27,7 +27,7 @@ struct Reference {
 };
 
 Reference ReadReference(const unsigned char* input, uint64_t position) {
-  const uint64_t offset = (static_cast<uint64_t>(input[0]) << 4) | (input[1] >> 4);
+  const uint64_t offset = (uint64_t{input[0]} << 4) | (input[1] >> 4);
   return {((position - offset - 1) & (kWindow - 1)) + 1, (input[1] & 15u) + 2u};
 }
 
@@ -43,7 +43,7 @@ class Unpacker {
 
   uint64_t position() const { return position_; }
 
-  // Whole groups, as long as there is room for any group in front of `end`. False for damage.
+  // Whole groups, as long as there is room for any group before `end`. False for damage.
   bool unpackGroups(uint64_t end) {
     while (inputLeft() >= kGroupInput && end - position_ >= kGroupOutput) {
       const unsigned char control = *input_;
@@ -73,7 +73,7 @@ class Unpacker {
   }
 
  private:
-  uint64_t inputLeft() const { return static_cast<uint64_t>(inputEnd_ - input_); }
+  uint64_t inputLeft() const { return std::span(input_, inputEnd_).size(); }
 
   bool unpackGroup(unsigned control) {
     const unsigned char* input = input_ + 1;
@@ -150,16 +150,17 @@ uint64_t UnpackLzfu(std::span<const unsigned char> packed, std::span<unsigned ch
   return unpacker.position();
 }
 
-int32_t UnpackLzfuText(std::span<const unsigned char> packed, int32_t rawSize, uint64_t spare,
-                       LzfuText& text) {
+Status UnpackLzfuText(std::span<const unsigned char> packed, int32_t rawSize, uint64_t spare,
+                      LzfuText& text) {
   // Without its sign a negative size is longer than any text.
   const auto size = static_cast<uint64_t>(rawSize);
   if (size > LongestUnpackedText(packed.size())) return StatusNotSupported;
   const uint64_t end = kLzfuFixedSize + size;
-  auto block = AllocateBlock<unsigned char>(end + spare, TARN_HERE);
+  auto block = AllocateBlock<char>(end + spare, TARN_HERE);
   if (!block) return StatusOutOfMemory;
   std::memcpy(block.get(), kLzfuFixedText.data(), kLzfuFixedSize);
-  const uint64_t reached = UnpackLzfu(packed, {block.get(), end + spare}, end);
+  auto* const bytes = reinterpret_cast<unsigned char*>(block.get());
+  const uint64_t reached = UnpackLzfu(packed, {bytes, end + spare}, end);
   if (reached == 0) return StatusNotSupported;
   text = {std::move(block), size, reached};
   return StatusOk;

@@ -6,7 +6,7 @@
 //   offset 0     the fixed text, to which the first references go
 //          207   the unpacked text
 //
-// A reference names a place modulo 4096: the last such place in front of the write position. The
+// A reference names a place modulo 4096: the last such place before the write position. The
 // marker that ends published streams, a reference to the write position itself, is none here, since
 // the raw size of the header ends the loop.
 #ifndef TARN_RTF_LZFUUNPACK_H
@@ -34,7 +34,7 @@ struct CompressedRtfHeader {
 // `source` holds a header at least.
 CompressedRtfHeader ReadCompressedRtfHeader(std::span<const unsigned char> source);
 
-// The line feed stands in front of the carriage return.
+// The line feed comes before the carriage return.
 inline constexpr std::string_view kLzfuFixedText =
     "{\\rtf1\\ansi\\mac\\deff0\\deftab720{\\fonttbl;}{\\f0\\fnil \\froman \\fswiss \\fmodern "
     "\\fscript \\fdecor MS Sans SerifSymbolArialTimes New RomanCourier{\\colortbl\\red0\\green0"
@@ -50,23 +50,26 @@ inline constexpr uint64_t kLzfuLongestToken = 17;
 uint64_t LongestUnpackedText(uint64_t packedSize);
 
 // Unpacks into `block`, which begins with the fixed text, until the write position reaches `end`;
-// the last reference may go beyond it, as far as the block does. Bytes of the block behind the
+// the last reference may go beyond it, as far as the block does. Bytes of the block after the
 // position are undefined afterwards. Returns the position, or 0 when the packed bytes end early or
 // a reference leaves the block; the block's contents are then undefined.
 uint64_t UnpackLzfu(std::span<const unsigned char> packed, std::span<unsigned char> block,
                     uint64_t end);
 
 struct LzfuText {
-  KernelBlock<unsigned char> block;  // the fixed text, then the text
-  uint64_t size = 0;                 // of the text
-  uint64_t reached = 0;              // the position behind the last token
+  KernelBlock<char> block;  // the fixed text, then the text
+  uint64_t size = 0;        // of the text
+  uint64_t reached = 0;     // the position after the last token
 };
 
-// Unpacks a text of `rawSize` bytes into a block of its own, with room for `spare` bytes behind it.
-// 1; -9 for a raw size that the packed data cannot give, before anything is allocated, and for
-// damage; -1 without memory. On failure `text` is unchanged.
-int32_t UnpackLzfuText(std::span<const unsigned char> packed, int32_t rawSize, uint64_t spare,
-                       LzfuText& text);
+// Unpacks a text of `rawSize` bytes into a block of its own, with room for `spare` bytes after it.
+// Returns
+//   StatusOk             `text` is set;
+//   StatusNotSupported   for damage, and, before anything is allocated, for a raw size that the
+//                        packed data cannot give;
+//   StatusOutOfMemory    without memory.
+Status UnpackLzfuText(std::span<const unsigned char> packed, int32_t rawSize, uint64_t spare,
+                      LzfuText& text);
 
 }  // namespace tarn
 

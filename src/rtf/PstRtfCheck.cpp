@@ -11,7 +11,7 @@ void PstRtfCheck::take(Bytes bytes) {
   const uint64_t inHeader =
       std::min<uint64_t>(bytes.size(), headerBytes_.size() - std::min(taken_, headerBytes_.size()));
   if (inHeader != 0) {
-    std::copy_n(bytes.begin(), inHeader, headerBytes_.begin() + static_cast<ptrdiff_t>(taken_));
+    std::copy_n(bytes.begin(), inHeader, headerBytes_.data() + taken_);
     if (taken_ + inHeader == headerBytes_.size()) begin();
   }
   taken_ += bytes.size();
@@ -42,11 +42,11 @@ void PstRtfCheck::takeContents(Bytes contents) {
   if (packed_) packed_->take(contents);
   if (header_.magic != kMagicStored || hasEnded_) return;
   const auto nul = std::find(contents.begin(), contents.end(), '\0');
-  bodyLength_ += static_cast<uint64_t>(nul - contents.begin());
+  bodyLength_ += Bytes(contents.begin(), nul).size();
   hasEnded_ = nul != contents.end();
 }
 
-int32_t PstRtfCheck::status() const {
+Status PstRtfCheck::status() const {
   const bool isSound = header_.compressedSize == length_ - 4 && header_.crc == crc_;
   const bool unpacks = packed_ ? packed_->isWhole() : header_.magic == kMagicStored;
   return isSound && unpacks ? StatusOk : StatusNotSupported;

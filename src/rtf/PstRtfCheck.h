@@ -22,10 +22,10 @@ class PstRtfCheck {
   // The next bytes of the stream.
   void take(std::span<const unsigned char> bytes);
 
-  // Once all bytes have been taken: 1, or -9 for damaged data.
-  int32_t status() const;
+  // Once all bytes have been taken: StatusOk, or StatusNotSupported for damaged data.
+  Status status() const;
 
-  // With a status of 1: the length that the record's body would have.
+  // With StatusOk: the length that the record's body would have.
   uint64_t bodyLength() const { return bodyLength_; }
 
  private:

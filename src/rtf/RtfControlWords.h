@@ -1,10 +1,10 @@
 // RtfControlWords.h - the control words that RtfToHtml knows, as a table, and the look-up in it.
 //
 // A word is compared as a prefix of the bytes at a backslash, and the first row that fits decides:
-// "\pardirnatural" is "\pard" with text behind it, and "\line" is "\li" and "ne". The last row fits
+// "\pardirnatural" is "\pard" with text after it, and "\line" is "\li" and "ne". The last row fits
 // every backslash.
 //
-// Which rows can fit at all is settled by the byte behind the backslash. The candidates of each
+// Which rows can fit at all is settled by the byte after the backslash. The candidates of each
 // byte are derived from the table when this is compiled, so that a look-up compares the few rows
 // that matter and still gives what a walk through the whole table would.
 #ifndef TARN_RTF_RTFCONTROLWORDS_H
@@ -34,12 +34,12 @@ enum class RtfWordAction : uint8_t {
   DefaultFont,    // note the document's font, which matters in the head only
   Language,       // note the language's code page
   FontTable,      // read the font table
-  Unicode         // write a numeric reference; the number is two bytes behind the backslash
+  Unicode         // write a numeric reference; the number is two bytes after the backslash
 };
 
 enum class RtfWordForm : uint8_t {
   Prefix,          // the text
-  PrefixAndDigit,  // the text and behind it a digit, which is not part of the word
+  PrefixAndDigit,  // the text and after it a digit, which is not part of the word
   AnyByteAndMinus  // the text, any byte, "-"
 };
 
@@ -81,7 +81,7 @@ inline constexpr std::array<RtfControlWord, 28> kRtfControlWords = {{
     {"\\", "\\"},
 }};
 
-// Bit i of entry b: row i can fit a backslash with the byte b behind it.
+// Bit i of entry b: row i can fit a backslash with the byte b after it.
 inline constexpr std::array<uint32_t, 256> kRtfRowsOfByte = [] {
   static_assert(kRtfControlWords.size() <= 32);
   std::array<uint32_t, 256> rows = {};

@@ -38,7 +38,7 @@ class RtfCoverageMemo {
     if (RtfCoverageAnswer* const kept = answers_.find(key)) {
       *kept = answer;
     } else if (answers_.size() < kMostAnswers) {
-      static_cast<void>(answers_.add(key, answer));
+      [[maybe_unused]] const bool isKept = answers_.add(key, answer);
     }
   }
 

@@ -34,10 +34,10 @@ class FontTableParser {
  public:
   FontTableParser(RtfFontTable& table, std::string_view text) : table_(table), rest_(text) {}
 
-  // StatusOk with what is after the table in `text`, or the failure.
-  int32_t parse(std::string_view& text) {
-    while (status_ == StatusOk && !closed_ && !rest_.empty()) step();
-    if (status_ == StatusOk) text = rest_;
+  // On success `text` is what comes after the table.
+  Status parse(std::string_view& text) {
+    while (status_.ok() && !closed_ && !rest_.empty()) step();
+    if (status_.ok()) text = rest_;
     return status_;
   }
 
@@ -123,14 +123,14 @@ class FontTableParser {
   KernelBlock<char> name_;
   int64_t depth_ = 0;
   bool closed_ = false;  // the table's own brace has passed
-  int32_t status_ = StatusOk;
+  Status status_;
 };
 
 }  // namespace
 
 RtfFontTable::~RtfFontTable() { ReleaseRtfFontTable(*this); }
 
-int32_t ParseRtfFontTable(RtfFontTable& table, std::string_view& text) {
+Status ParseRtfFontTable(RtfFontTable& table, std::string_view& text) {
   return FontTableParser(table, text).parse(text);
 }
 

@@ -31,10 +31,10 @@ struct RtfFontEntry {
 
 struct RtfFontTable {
   KernelArray<RtfFontEntry> entries;  // grows by one
-  uint32_t parsed = 0;                // 1 once PrepareRtfFontTable has found a table
+  bool parsed = false;                // PrepareRtfFontTable has found a table
   uint32_t ansiCodePage = 0;          // of the document
   uint32_t defaultFont = 0;           // N of "\deffN"
-  uint32_t changed = 0;               // 1 once a font was added
+  bool changed = false;               // a font was added
   uint32_t nextNumber = kNoRtfFont;
   uint64_t tableStart = 0;  // offsets in the document
   uint64_t tableEnd = 0;
@@ -53,7 +53,7 @@ struct RtfFontTable {
 //   StatusNotSupported   fewer than two bytes of the text follow a backslash;
 //   StatusOutOfMemory    without memory, and for more than kMaxRtfFonts fonts.
 // On failure the entries read so far stay, and the text is as it was.
-int32_t ParseRtfFontTable(RtfFontTable& table, std::string_view& text);
+Status ParseRtfFontTable(RtfFontTable& table, std::string_view& text);
 
 // Frees names and entries. The other fields stay.
 void ReleaseRtfFontTable(RtfFontTable& table);

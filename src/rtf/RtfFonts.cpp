@@ -27,7 +27,7 @@ constexpr std::array<const char*, 6> kCommonFaces = {"Arial",  "Symbol", "MS Got
 std::string_view From(std::string_view text, std::string_view word) {
   const char* const end = text.data() + text.size();
   const char* const at = FindBytes(text.data(), end, word);
-  return at == nullptr ? std::string_view() : std::string_view(at, static_cast<size_t>(end - at));
+  return at == nullptr ? std::string_view() : std::string_view(at, end);
 }
 
 std::optional<uint32_t> FindNumber(std::string_view text, std::string_view word) {
@@ -63,14 +63,6 @@ bool ReserveKeeping(TrackedBuffer<char>& buffer, uint64_t count) {
   return false;
 }
 
-char LowerAscii(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
-
-// Case counts in no letters of ASCII.
-bool IsSameFace(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](char x, char y) { return LowerAscii(x) == LowerAscii(y); });
-}
-
 }  // namespace
 
 RtfFonts::RtfFonts(KernelArray<RtfFontEntry> entries) {
@@ -83,8 +75,8 @@ void RtfFonts::setAnsiCodePage(uint32_t codePage) {
   foundCount_ = 0;
 }
 
-int32_t RtfFonts::prepare(std::string_view document) {
-  if (table_.parsed == 1) return StatusOk;
+Status RtfFonts::prepare(std::string_view document) {
+  if (table_.parsed) return StatusOk;
   if (const auto number = FindNumber(document, "\\ansicpg")) setAnsiCodePage(*number);
   if (const auto number = FindNumber(document, "\\deff")) table_.defaultFont = *number;
   const std::string_view start = From(document, "\\fonttbl");
@@ -96,23 +88,21 @@ int32_t RtfFonts::prepare(std::string_view document) {
   return StatusOk;
 }
 
-int32_t RtfFonts::readDocumentTable(size_t offset, std::string_view text) {
+Status RtfFonts::readDocumentTable(size_t offset, std::string_view text) {
   table_.tableStart = offset;
   std::string_view rest = text;
-  int32_t status = ParseRtfFontTable(table_, rest);
-  if (status != StatusOk) return status;
-  table_.tableText.clear();
+  if (const Status status = ParseRtfFontTable(table_, rest); !status.ok()) return status;
   const size_t size = text.size() - rest.size();
-  status = table_.tableText.append(text.data(), size);
-  if (status != StatusOk) return status;
+  table_.tableText.clear();
+  if (const Status status = table_.tableText.append(text.data(), size); !status.ok()) return status;
   table_.tableEnd = offset + size;
   table_.nextNumber = table_.entries.empty() ? 0 : table_.entries.back().number + 1;
-  table_.parsed = 1;
+  table_.parsed = true;
   return StatusOk;
 }
 
-int32_t RtfFonts::readTable(std::string_view& text) {
-  if (const int32_t status = ParseRtfFontTable(table_, text); status != StatusOk) return status;
+Status RtfFonts::readTable(std::string_view& text) {
+  if (const Status status = ParseRtfFontTable(table_, text); !status.ok()) return status;
   for (; indexed_ < table_.count(); ++indexed_) {
     const RtfFontEntry& entry = table_.entries[indexed_];
     if (codePages_.find(entry.number) != nullptr) continue;
@@ -140,7 +130,7 @@ std::optional<uint32_t> RtfFonts::findCarrier(uint32_t codePage) {
   return std::nullopt;
 }
 
-int32_t RtfFonts::forCodePage(uint32_t codePage, uint32_t& number) {
+Status RtfFonts::forCodePage(uint32_t codePage, uint32_t& number) {
   if (const auto carrier = findCarrier(codePage)) {
     number = *carrier;
     return StatusOk;
@@ -151,16 +141,16 @@ int32_t RtfFonts::forCodePage(uint32_t codePage, uint32_t& number) {
   return StatusBadArgument;
 }
 
-int32_t RtfFonts::defaultFont(uint32_t& number) {
+Status RtfFonts::defaultFont(uint32_t& number) {
   if (table_.defaultFont == kNoRtfFont) {
-    const int32_t status = forCodePage(table_.ansiCodePage, table_.defaultFont);
-    if (status != StatusOk) return status;
+    const Status status = forCodePage(table_.ansiCodePage, table_.defaultFont);
+    if (!status.ok()) return status;
   }
   number = table_.defaultFont;
   return StatusOk;
 }
 
-int32_t RtfFonts::add(const NewRtfFont& font, uint32_t& number) {
+Status RtfFonts::add(const NewRtfFont& font, uint32_t& number) {
   std::array<char, 100> group;
   const int needed = std::snprintf(group.data(), group.size(), "{\\f%d \\%s \\fcharset%d %s}",
                                    static_cast<int32_t>(table_.nextNumber), font.familyWord,
@@ -184,7 +174,7 @@ int32_t RtfFonts::add(const NewRtfFont& font, uint32_t& number) {
 
   number = table_.nextNumber++;
   table_.entries.put({number, font.codePage, font.charset, name.take()});
-  table_.changed = 1;
+  table_.changed = true;
   return StatusOk;
 }
 
@@ -197,20 +187,20 @@ class RtfFonts::GlyphSearch {
   bool hasContext() const { return context_.get() != nullptr; }
 
   // StatusOk, StatusFailed or StatusOutOfMemory.
-  int32_t inTable(size_t first, uint32_t& number) {
+  Status inTable(size_t first, uint32_t& number) {
     for (const RtfFontEntry& entry : std::span(fonts_.table_.entries).subspan(first)) {
-      const int32_t covered = covers(entry.name);
-      if (covered == StatusOk) number = entry.number;
+      const Status covered = covers(entry.name);
+      if (covered.ok()) number = entry.number;
       if (covered != StatusFailed) return covered;
     }
     return StatusFailed;
   }
 
-  int32_t amongCommonFaces(uint32_t& number) {
+  Status amongCommonFaces(uint32_t& number) {
     for (const char* const face : kCommonFaces) {
       if (tableHas(face)) continue;
-      const int32_t covered = covers(face);
-      if (covered == StatusOk) return fonts_.add({face, "", 0, 0}, number);
+      const Status covered = covers(face);
+      if (covered.ok()) return fonts_.add({face, "", 0, 0}, number);
       if (covered != StatusFailed) return covered;
     }
     return StatusFailed;
@@ -223,12 +213,12 @@ class RtfFonts::GlyphSearch {
   bool tableHas(std::string_view face) const {
     const KernelArray<RtfFontEntry>& entries = fonts_.table_.entries;
     return std::any_of(entries.begin(), entries.end(), [face](const RtfFontEntry& entry) {
-      return entry.name != nullptr && IsSameFace(entry.name, face);
+      return entry.name != nullptr && EqualsIgnoringCase(entry.name, face);
     });
   }
 
   // A font without a name covers nothing.
-  int32_t covers(const char* faceName) {
+  Status covers(const char* faceName) {
     hasWork_ = fonts_.spend(faceName == nullptr ? 1 : 1 + text_.size());
     if (!hasWork_ || faceName == nullptr) return StatusFailed;
     switch (AskFace(context_.get(), faceName, text_)) {
@@ -259,7 +249,7 @@ bool RtfFonts::spend(uint64_t work) {
   return true;
 }
 
-int32_t RtfFonts::forGlyphs(std::u16string_view text, uint32_t& number) {
+Status RtfFonts::forGlyphs(std::u16string_view text, uint32_t& number) {
   const RtfCoverageAnswer* const known = covered_.find(text);
   if (known != nullptr && known->covered) {
     number = known->fontNumber;
@@ -271,13 +261,12 @@ int32_t RtfFonts::forGlyphs(std::u16string_view text, uint32_t& number) {
 
   GlyphSearch search(*this, text);
   if (!search.hasContext()) return StatusFailed;
-  int32_t found = search.inTable(asked, number);
+  Status found = search.inTable(asked, number);
   // Where the table's old entries were asked, so were the common faces.
   if (found == StatusFailed && known == nullptr) found = search.amongCommonFaces(number);
   if (found == StatusOutOfMemory) return found;
-  const bool isCovered = found == StatusOk;
   if (search.isConclusive()) {
-    covered_.keep(text, {isCovered, isCovered ? number : 0, table_.count()});
+    covered_.keep(text, {found.ok(), found.ok() ? number : 0, table_.count()});
   }
   return found;
 }
@@ -291,20 +280,20 @@ void RtfFonts::release() {
   coverageWork_ = 0;
 }
 
-int32_t PrepareRtfFontTable(RtfFonts& fonts, const char* text, uint64_t length) {
+Status PrepareRtfFontTable(RtfFonts& fonts, const char* text, uint64_t length) {
   return fonts.prepare(text == nullptr ? std::string_view() : std::string_view(text, length));
 }
 
-int32_t FontForCodePage(RtfFonts& fonts, uint32_t codePage, uint32_t& fontNumber) {
+Status FontForCodePage(RtfFonts& fonts, uint32_t codePage, uint32_t& fontNumber) {
   return fonts.forCodePage(codePage, fontNumber);
 }
 
-int32_t AddRtfFont(RtfFonts& fonts, const NewRtfFont& font, uint32_t& fontNumber) {
+Status AddRtfFont(RtfFonts& fonts, const NewRtfFont& font, uint32_t& fontNumber) {
   return fonts.add(font, fontNumber);
 }
 
-int32_t FindFontForText(RtfFonts& fonts, const char16_t* text, uint64_t length,
-                        uint32_t& fontNumber) {
+Status FindFontForText(RtfFonts& fonts, const char16_t* text, uint64_t length,
+                       uint32_t& fontNumber) {
   if (text == nullptr && length != 0) return StatusFailed;
   return fonts.forGlyphs(std::u16string_view(text, length), fontNumber);
 }

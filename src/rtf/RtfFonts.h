@@ -52,10 +52,10 @@ class RtfFonts {
   //   StatusNotSupported   the document has neither;
   //   another              of ParseRtfFontTable, or of a table's text that cannot grow: the host's
   //                        own when its budget refuses the copy.
-  int32_t prepare(std::string_view document);
+  Status prepare(std::string_view document);
 
   // ParseRtfFontTable, and then every font read so is found by its number.
-  int32_t readTable(std::string_view& text);
+  Status readTable(std::string_view& text);
 
   // The code page of the first font with that number, of those that readTable read; or null.
   // kNoRtfFont is no font's number.
@@ -66,11 +66,11 @@ class RtfFonts {
   //   StatusOk            `number` is set;
   //   StatusBadArgument   no charset of RTF has the code page;
   //   StatusOutOfMemory   without memory.
-  int32_t forCodePage(uint32_t codePage, uint32_t& number);
+  Status forCodePage(uint32_t codePage, uint32_t& number);
 
   // The document's default font. Where it is unknown, the font for the document's code page becomes
   // it; the outcomes are those of forCodePage.
-  int32_t defaultFont(uint32_t& number);
+  Status defaultFont(uint32_t& number);
 
   // The first font that has a glyph for every unit of the text: of the table, in its order, or else
   // of a short list of common ones, which is then added to the table. Returns
@@ -78,13 +78,13 @@ class RtfFonts {
   //   StatusFailed        no font was found;
   //   StatusOutOfMemory   without memory.
   // Unless it is StatusOk the table is as it was.
-  int32_t forGlyphs(std::u16string_view text, uint32_t& number);
+  Status forGlyphs(std::u16string_view text, uint32_t& number);
 
   // Adds a font under the table's next number, to the entries and to the table's text. A group of
   // more than 99 bytes is cut to 98 and its brace; the entry has the whole name. Returns
   //   StatusOk            `number` is set;
   //   StatusOutOfMemory   without memory or budget; the table is as it was.
-  int32_t add(const NewRtfFont& font, uint32_t& number);
+  Status add(const NewRtfFont& font, uint32_t& number);
 
   // ReleaseRtfFontTable, and what was found is forgotten.
   void release();
@@ -105,7 +105,7 @@ class RtfFonts {
     uint32_t number;
   };
 
-  int32_t readDocumentTable(size_t offset, std::string_view text);
+  Status readDocumentTable(size_t offset, std::string_view text);
   std::optional<uint32_t> findCarrier(uint32_t codePage);
   bool spend(uint64_t work);
 
@@ -121,11 +121,11 @@ class RtfFonts {
 
 // The operations by their names, with the texts as pointer and length. A null document is one
 // without a table; a null text with a length is covered by no font (StatusFailed).
-int32_t PrepareRtfFontTable(RtfFonts& fonts, const char* text, uint64_t length);
-int32_t FontForCodePage(RtfFonts& fonts, uint32_t codePage, uint32_t& fontNumber);
-int32_t AddRtfFont(RtfFonts& fonts, const NewRtfFont& font, uint32_t& fontNumber);
-int32_t FindFontForText(RtfFonts& fonts, const char16_t* text, uint64_t length,
-                        uint32_t& fontNumber);
+Status PrepareRtfFontTable(RtfFonts& fonts, const char* text, uint64_t length);
+Status FontForCodePage(RtfFonts& fonts, uint32_t codePage, uint32_t& fontNumber);
+Status AddRtfFont(RtfFonts& fonts, const NewRtfFont& font, uint32_t& fontNumber);
+Status FindFontForText(RtfFonts& fonts, const char16_t* text, uint64_t length,
+                       uint32_t& fontNumber);
 
 }  // namespace tarn
 

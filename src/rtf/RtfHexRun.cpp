@@ -3,8 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "Platform/CodePages.h"
-#include "rtf/ConversionCapacity.h"
+#include "rtf/ScratchConversion.h"
 
 namespace tarn {
 namespace {
@@ -68,12 +67,10 @@ bool DecodeRtfHexRun(std::string_view& text, RtfScanOutput& output, uint32_t cod
     if (!longRun) return true;
   }
   char16_t* const units = longRun ? longRun.get() : shortRun.data();
-  // 0 stands for the code page of the system.
+  // 0 is the code page of the system.
   const uint32_t page = codePage == 0 ? platform::AnsiCodePage() : codePage;
-  const int32_t converted = platform::BytesToUtf16(page, bytes, units, ConversionCapacity(room));
-  if (converted <= 0) return true;
-
-  const std::u16string_view decoded(units, static_cast<size_t>(converted));
+  const std::u16string_view decoded = FromCodePage(page, bytes, {units, room});
+  if (decoded.empty()) return true;
   if (!output.makeRoomForUnits(offset, bytes.size(), decoded.size())) return false;
   output.rewind(offset);
   for (const char16_t unit : decoded) WriteUnit(output, unit);

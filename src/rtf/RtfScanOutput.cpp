@@ -20,7 +20,7 @@ bool RtfScanOutput::reserve(uint64_t bytes) {
 
 // Each of the steps would grow the capacity by 1024 if its byte came closer than 128 bytes to the
 // limit. Where a hex run has gone far beyond that, the first few do so each. Then the next `slack`
-// steps do not, the one behind them does, and after it every 1024th.
+// steps do not, the one after them does, and then every 1024th.
 bool RtfScanOutput::copyInSteps(std::string_view text) {
   uint64_t at = length();
   uint64_t left = text.size();
@@ -44,8 +44,7 @@ void RtfScanOutput::writeReference(int32_t value) {
   char text[kLongestReference] = {'&', '#'};
   char* end = std::to_chars(text + 2, text + sizeof text, value).ptr;
   *end++ = ';';
-  const uint64_t room = limit() - std::min(limit(), length());
-  write(std::string_view(text, std::min(static_cast<uint64_t>(end - text), room)));
+  write(std::string_view(text, end).substr(0, limit() - std::min(limit(), length())));
 }
 
 bool RtfScanOutput::finish(SizedBytes& text) {

@@ -37,7 +37,7 @@ class RtfScanOutput {
   uint64_t limit() const { return capacity_ - kReserve; }
   uint64_t capacity() const { return capacity_; }
 
-  // What stands in front of every step of the scan; up to kMargin bytes may be written then.
+  // To be called before every step of the scan; up to kMargin bytes may be written then.
   bool makeRoom() { return length() + kMargin < limit() || growBy(kGrowth); }
 
   // A step for each byte, which writes that byte.
@@ -59,7 +59,7 @@ class RtfScanOutput {
   void write(std::string_view text) { bytes_.put(text); }
   void put(char byte) { bytes_.put(byte); }
 
-  // "&#N;", cut to what fits in front of the limit. A long hex run can leave no room there; then
+  // "&#N;", cut to what fits before the limit. A long hex run can leave no room there; then
   // nothing is written.
   void writeReference(int32_t value);
 

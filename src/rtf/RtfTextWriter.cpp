@@ -4,9 +4,8 @@
 #include <array>
 #include <charconv>
 
-#include "Platform/CodePages.h"
 #include "rtf/CodePageForText.h"
-#include "rtf/ConversionCapacity.h"
+#include "rtf/ScratchConversion.h"
 
 namespace tarn {
 namespace {
@@ -25,7 +24,7 @@ class Word {
     char* at = text_.data() + name.copy(text_.data(), name.size());
     at = std::to_chars(at, text_.data() + text_.size(), number).ptr;
     at += ending.copy(at, ending.size());
-    size_ = static_cast<size_t>(at - text_.data());
+    size_ = std::string_view(text_.data(), at).size();
   }
 
   operator std::string_view() const { return {text_.data(), size_}; }
@@ -54,14 +53,14 @@ class Escape {
 // The units beyond ASCII at the front.
 std::u16string_view RunBeyondAscii(std::u16string_view text) {
   const auto end = std::find_if(text.begin(), text.end(), [](char16_t u) { return u < 128; });
-  return text.substr(0, static_cast<size_t>(end - text.begin()));
+  return {text.begin(), end};
 }
 
-// The units of the user-visible character at the front; at least one.
-size_t FirstChar(std::u16string_view text) {
+// The user-visible character at the front; one unit at least.
+std::u16string_view FirstChar(std::u16string_view text) {
   const char16_t* const from = text.data();
   const char16_t* const after = KernelNextChar(from, static_cast<int64_t>(text.size()));
-  return static_cast<size_t>(std::clamp(after, from + 1, from + text.size()) - from);
+  return {from, std::clamp(after, from + 1, from + text.size())};
 }
 
 // Whether a character may join a piece; those of more than five bytes never do.
@@ -72,23 +71,23 @@ bool Carries(uint32_t codePage, std::u16string_view character) {
          RoundTripsInCodePage(character, codePage, wide.data(), bytes);
 }
 
-// The units of the piece that the first `size` begin: as far as the code page goes.
-size_t Extend(std::u16string_view text, size_t size, uint32_t codePage) {
+// The piece that begins with the first `size` units: as far as the code page goes.
+std::u16string_view Extend(std::u16string_view text, size_t size, uint32_t codePage) {
   while (size < text.size()) {
     if (text[size] < 128) {
       ++size;
       continue;
     }
-    const size_t next = FirstChar(text.substr(size));
-    if (!Carries(codePage, text.substr(size, next))) break;
-    size += next;
+    const std::u16string_view next = FirstChar(text.substr(size));
+    if (!Carries(codePage, next)) break;
+    size += next.size();
   }
-  return size;
+  return text.substr(0, size);
 }
 
 }  // namespace
 
-void RtfTextWriter::check(int32_t status) {
+void RtfTextWriter::check(Status status) {
   if (isOk()) status_ = status;
 }
 
@@ -118,11 +117,10 @@ void RtfTextWriter::writeBeyondAscii(std::string_view text) {
   if (text.size() > INT32_MAX) return check(StatusBadArgument);  // beyond what a conversion takes
   TrackedBuffer<char16_t> wide;
   if (wide.reserve(text.size()) == nullptr) return check(wide.lastError());
-  const int32_t units = platform::BytesToUtf16(platform::kCodePageUtf8, text, wide.data(),
-                                               static_cast<int32_t>(text.size()));
-  if (units <= 0) return check(StatusBadArgument);
-  wide.setLength(static_cast<uint64_t>(units));
-  writeWide(wide.view());
+  const std::u16string_view units =
+      FromCodePage(platform::kCodePageUtf8, text, {wide.data(), text.size()});
+  if (units.empty()) return check(StatusBadArgument);
+  writeWide(units);
 }
 
 void RtfTextWriter::writeWide(std::u16string_view text) {
@@ -151,23 +149,23 @@ void RtfTextWriter::writePieces(std::u16string_view text) {
 
 // Writes the piece at the front, and returns its size.
 size_t RtfTextWriter::writePiece(std::u16string_view text) {
-  const size_t first = FirstChar(text);
-  const uint32_t codePage = FindCodePageForText(text.substr(0, first));
+  const std::u16string_view first = FirstChar(text);
+  const uint32_t codePage = FindCodePageForText(first);
   if (codePage == kNoCodePage) {
-    writeUncarried(text.substr(0, first));
-    return first;
+    writeUncarried(first);
+    return first.size();
   }
-  const size_t size = Extend(text, first, codePage);
-  writeInCodePage(codePage, text.substr(0, size));
-  return size;
+  const std::u16string_view piece = Extend(text, first.size(), codePage);
+  writeInCodePage(codePage, piece);
+  return piece.size();
 }
 
 // Without a font that has the character, it is written in the current one.
 void RtfTextWriter::writeUncarried(std::u16string_view character) {
   uint32_t font = kNoRtfFont;
-  const int32_t found = fonts_.forGlyphs(character, font);
+  const Status found = fonts_.forGlyphs(character, font);
   if (found == StatusOutOfMemory) return check(found);
-  if (found == StatusOk) selectFont(font);
+  if (found.ok()) selectFont(font);
   for (const char16_t unit : character) appendOrLeaveOut(UnitWord(unit));
 }
 
@@ -195,10 +193,9 @@ void RtfTextWriter::writeRun(uint32_t codePage, std::u16string_view text) {
   const size_t room = 2 * text.size();
   const auto scratch = AllocateBlock<char>(room, TARN_HERE);
   if (!scratch) return check(StatusOutOfMemory);
-  const int32_t size =
-      platform::Utf16ToBytes(codePage, text, scratch.get(), ConversionCapacity(room), nullptr);
-  if (size <= 0) return check(StatusBadArgument);
-  for (const char& byte : std::string_view(scratch.get(), static_cast<size_t>(size))) {
+  const std::string_view bytes = ToCodePage(codePage, text, {scratch.get(), room});
+  if (bytes.empty()) return check(StatusBadArgument);
+  for (const char& byte : bytes) {
     const auto value = static_cast<uint8_t>(byte);
     if (value >= 128) {
       appendOrLeaveOut(Escape(value));
@@ -244,23 +241,23 @@ void RtfTextWriter::writeCollected(std::u16string_view text) {
   append({scratch.get(), static_cast<size_t>(size)});
 }
 
-int32_t WriteRtfUtf8Text(RtfRender& render, const char* text, uint64_t length) {
+Status WriteRtfUtf8Text(RtfRender& render, const char* text, uint64_t length) {
   if (text == nullptr) return StatusNullArgument;
   RtfTextWriter writer(render);
   writer.writeUtf8({text, length});
   return writer.status();
 }
 
-int32_t WriteRtfWideText(TrackedBuffer<char>& output, RtfFonts& fonts, const char16_t* text,
-                         uint64_t length) {
+Status WriteRtfWideText(TrackedBuffer<char>& output, RtfFonts& fonts, const char16_t* text,
+                        uint64_t length) {
   if (text == nullptr) return StatusNullArgument;
   RtfTextWriter writer(output, fonts);
   writer.writeWide({text, length});
   return writer.status();
 }
 
-int32_t WriteRtfCodePageText(TrackedBuffer<char>& output, RtfFonts& fonts, RtfFontsInForce& inForce,
-                             uint32_t codePage, std::u16string_view text) {
+Status WriteRtfCodePageText(TrackedBuffer<char>& output, RtfFonts& fonts, RtfFontsInForce& inForce,
+                            uint32_t codePage, std::u16string_view text) {
   if (text.data() == nullptr) return StatusNullArgument;
   RtfTextWriter writer(output, fonts, inForce);
   writer.writeInCodePage(codePage, text);
@@ -268,8 +265,8 @@ int32_t WriteRtfCodePageText(TrackedBuffer<char>& output, RtfFonts& fonts, RtfFo
   return writer.status();
 }
 
-int32_t WriteRtfAsciiRun(TrackedBuffer<char>& output, RtfFontsInForce& inForce,
-                         std::u16string_view text, uint64_t* taken) {
+Status WriteRtfAsciiRun(TrackedBuffer<char>& output, RtfFontsInForce& inForce,
+                        std::u16string_view text, uint64_t* taken) {
   if (taken != nullptr) *taken = 0;
   if (text.empty()) return StatusOk;
   if (taken == nullptr || text.data() == nullptr) return StatusNullArgument;

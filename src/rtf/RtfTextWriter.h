@@ -73,22 +73,22 @@ class RtfTextWriter {
   size_t writeAsciiRun(std::u16string_view text);
 
   // StatusOk, or the first failure.
-  int32_t status() const { return status_; }
+  Status status() const { return status_; }
 
   // StatusOk when the output took everything; else its answer to the last part that was left out.
-  int32_t leftOut() const { return leftOut_; }
+  Status leftOut() const { return leftOut_; }
 
   RtfFontsInForce inForce() const { return inForce_; }
 
  private:
-  bool isOk() const { return status_ == StatusOk; }
-  void check(int32_t status);
+  bool isOk() const { return status_.ok(); }
+  void check(Status status);
   void append(std::string_view rtf) {
-    if (isOk()) status_ = output_.append(rtf.data(), rtf.size());
+    if (isOk()) status_ = output_.append(rtf);
   }
   void appendOrLeaveOut(std::string_view rtf) {
-    const int32_t status = output_.append(rtf.data(), rtf.size());
-    if (status != StatusOk) leftOut_ = status;
+    const Status status = output_.append(rtf);
+    if (!status.ok()) leftOut_ = status;
   }
   void selectFont(uint32_t font);
   void writeCollected(std::u16string_view text);
@@ -102,19 +102,19 @@ class RtfTextWriter {
   TrackedBuffer<char>& output_;
   RtfFonts& fonts_;
   RtfFontsInForce inForce_;
-  int32_t status_ = StatusOk;
-  int32_t leftOut_ = StatusOk;
+  Status status_;
+  Status leftOut_;
 };
 
 // The operations by their names. A null text is StatusNullArgument, even one of length 0; but for
 // WriteRtfAsciiRun no text is written as nothing. It also wants `taken`, the number of units.
-int32_t WriteRtfUtf8Text(RtfRender& render, const char* text, uint64_t length);
-int32_t WriteRtfWideText(TrackedBuffer<char>& output, RtfFonts& fonts, const char16_t* text,
-                         uint64_t length);
-int32_t WriteRtfCodePageText(TrackedBuffer<char>& output, RtfFonts& fonts, RtfFontsInForce& inForce,
-                             uint32_t codePage, std::u16string_view text);
-int32_t WriteRtfAsciiRun(TrackedBuffer<char>& output, RtfFontsInForce& inForce,
-                         std::u16string_view text, uint64_t* taken);
+Status WriteRtfUtf8Text(RtfRender& render, const char* text, uint64_t length);
+Status WriteRtfWideText(TrackedBuffer<char>& output, RtfFonts& fonts, const char16_t* text,
+                        uint64_t length);
+Status WriteRtfCodePageText(TrackedBuffer<char>& output, RtfFonts& fonts, RtfFontsInForce& inForce,
+                            uint32_t codePage, std::u16string_view text);
+Status WriteRtfAsciiRun(TrackedBuffer<char>& output, RtfFontsInForce& inForce,
+                        std::u16string_view text, uint64_t* taken);
 
 }  // namespace tarn
 

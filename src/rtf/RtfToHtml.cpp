@@ -35,8 +35,8 @@ constexpr uint64_t kSpareBytes = 4 * RtfScanOutput::kGrowth;
 
 constexpr std::string_view kBlockEnd = "\\htmlrtf0";
 
-// The loop through a dropped block ends so many bytes in front of the end; no "\htmlrtf0" that
-// stands there is seen by it.
+// The loop through a dropped block ends so many bytes before the end, and sees no "\htmlrtf0"
+// there.
 constexpr size_t kBlockTail = 9;
 
 uint32_t CodePageOfLanguage(uint32_t language) {
@@ -56,11 +56,10 @@ class RtfScan {
  public:
   explicit RtfScan(std::string_view text) : rest_(text) {}
 
-  // 1, or the failure.
-  int32_t run() {
+  Status run() {
     if (!output_.start(kMostPerByte * rest_.size() + kSpareBytes)) return StatusOutOfMemory;
-    const int32_t status = scanHead();
-    return status == StatusOk ? scanBody() : status;
+    const Status status = scanHead();
+    return status.ok() ? scanBody() : status;
   }
 
   bool finish(SizedBytes& text) { return output_.finish(text); }
@@ -80,19 +79,19 @@ class RtfScan {
 
   void goToBrace() { rest_.remove_prefix(std::min(rest_.find('}'), rest_.size())); }
 
-  int32_t scanHead();
-  int32_t takeHeadWord();
-  int32_t scanBody();
-  int32_t takeStep();
-  int32_t takeWord();
-  int32_t act(RtfWordAction action, std::string_view word);
+  Status scanHead();
+  Status takeHeadWord();
+  Status scanBody();
+  Status takeStep();
+  Status takeWord();
+  Status act(RtfWordAction action, std::string_view word);
   void takeLineEnd(char other);
-  int32_t takeTag();
-  int32_t dropBlock();
-  int32_t stepInBlock();
+  Status takeTag();
+  Status dropBlock();
+  Status stepInBlock();
   void takeBlockWord();
   void takeUnicode(std::string_view word);
-  int32_t takeHexRun(std::string_view word);
+  Status takeHexRun(std::string_view word);
 
   std::string_view rest_;  // from the next byte on
   RtfScanOutput output_;
@@ -109,12 +108,12 @@ class RtfScan {
 
 // After whatever it finds the head steps over one byte more, so that of two words in a row, as in
 // "\ansicpg1252\deff0", only the first is seen.
-int32_t RtfScan::scanHead() {
+Status RtfScan::scanHead() {
   while (true) {
     rest_.remove_prefix(FindAnyByte<'{', '\\'>(rest_));
     if (rest_.empty()) break;
     if (rest_.front() == '\\') {
-      if (const int32_t status = takeHeadWord(); status != StatusOk) return status;
+      if (const Status status = takeHeadWord(); !status.ok()) return status;
     } else if (startsTagGroup()) {
       break;
     }
@@ -125,7 +124,7 @@ int32_t RtfScan::scanHead() {
 }
 
 // Steps over those words only that the head knows.
-int32_t RtfScan::takeHeadWord() {
+Status RtfScan::takeHeadWord() {
   const RtfControlWord& word = FindRtfControlWord(rest_);
   switch (word.action) {
     case RtfWordAction::AnsiCodePage:
@@ -150,19 +149,19 @@ int32_t RtfScan::takeHeadWord() {
   return StatusOk;
 }
 
-int32_t RtfScan::scanBody() {
+Status RtfScan::scanBody() {
   while (!rest_.empty()) {
     const size_t plain = FindAnyByte<'{', '}', '\\', '\r', '\n'>(rest_);
     if (!output_.copyInSteps(rest_.substr(0, plain))) return StatusOutOfMemory;
     rest_.remove_prefix(plain);
     if (rest_.empty()) break;
     if (!output_.makeRoom()) return StatusOutOfMemory;
-    if (const int32_t status = takeStep(); status != StatusOk) return status;
+    if (const Status status = takeStep(); !status.ok()) return status;
   }
   return StatusOk;
 }
 
-int32_t RtfScan::takeStep() {
+Status RtfScan::takeStep() {
   switch (rest_.front()) {
     case '{':
       if (!stack_.push(fontCodePage_)) return StatusOutOfMemory;
@@ -195,7 +194,7 @@ void RtfScan::takeLineEnd(char other) {
   }
 }
 
-int32_t RtfScan::takeWord() {
+Status RtfScan::takeWord() {
   const std::string_view at = rest_;
   const RtfControlWord& word = FindRtfControlWord(at);
   output_.write(word.written);
@@ -204,7 +203,7 @@ int32_t RtfScan::takeWord() {
 }
 
 // Does what is left to do once the word is stepped over; `word` begins with its backslash.
-int32_t RtfScan::act(RtfWordAction action, std::string_view word) {
+Status RtfScan::act(RtfWordAction action, std::string_view word) {
   switch (action) {
     case RtfWordAction::None:
       break;
@@ -246,9 +245,9 @@ int32_t RtfScan::act(RtfWordAction action, std::string_view word) {
   return StatusOk;
 }
 
-// Behind "\*\htmltag". The text of a tag is text like any other, unless its replacement has just
+// After "\*\htmltag". The text of a tag is text like any other, unless its replacement has just
 // been written; then the group is dropped. What its "{" put on the stack stays there.
-int32_t RtfScan::takeTag() {
+Status RtfScan::takeTag() {
   const uint32_t number = TakeRtfNumber(rest_);
   if (number == pendingTag_) {
     goToBrace();
@@ -262,9 +261,9 @@ int32_t RtfScan::takeTag() {
   return StatusOk;
 }
 
-// Behind "\htmlrtf", with whatever follows it: a closing word that has no block opens one. Text is
+// After "\htmlrtf", with whatever follows it: a closing word that has no block opens one. Text is
 // dropped, but fonts, languages and groups count. Without an end, the last bytes are text again.
-int32_t RtfScan::dropBlock() {
+Status RtfScan::dropBlock() {
   while (rest_.size() > kBlockTail) {
     rest_.remove_prefix(FindAnyByte<'{', '}', '\\'>(rest_.substr(0, rest_.size() - kBlockTail)));
     if (rest_.size() <= kBlockTail) break;
@@ -272,13 +271,13 @@ int32_t RtfScan::dropBlock() {
       rest_.remove_prefix(kBlockEnd.size());
       break;
     }
-    if (const int32_t status = stepInBlock(); status != StatusOk) return status;
+    if (const Status status = stepInBlock(); !status.ok()) return status;
   }
   EatRtfSpace(rest_);
   return StatusOk;
 }
 
-int32_t RtfScan::stepInBlock() {
+Status RtfScan::stepInBlock() {
   switch (rest_.front()) {
     case '{':
       rest_.remove_prefix(1);
@@ -293,8 +292,8 @@ int32_t RtfScan::stepInBlock() {
   }
 }
 
-// Any other word than these is stepped into, so that what is behind its backslash is dropped byte
-// by byte.
+// Any other word than these is stepped into: what comes after its backslash is dropped byte by
+// byte.
 void RtfScan::takeBlockWord() {
   const RtfControlWord& word = FindRtfControlWord(rest_);
   switch (word.action) {
@@ -312,9 +311,9 @@ void RtfScan::takeBlockWord() {
   }
 }
 
-// Writes the number two bytes behind the backslash and steps over the character that stands in for
-// it. No sign is understood: "\u-4064?" writes "&#0;", takes the "-" for the stand-in, and leaves
-// "4064?" as text.
+// Writes the number two bytes after the backslash, and steps over the character that readers
+// without Unicode show. No sign is understood: "\u-4064?" writes "&#0;", takes the "-" for that
+// character, and leaves "4064?" as text.
 void RtfScan::takeUnicode(std::string_view word) {
   rest_ = word.substr(2);
   output_.writeReference(static_cast<int32_t>(TakeRtfNumber(rest_)));
@@ -324,7 +323,7 @@ void RtfScan::takeUnicode(std::string_view word) {
 
 // The code pages are signed here: the initial -1 is none, and neither is a number that has wrapped
 // below zero, nor 0 or 1. Whether there is such a code page shows in the conversion.
-int32_t RtfScan::takeHexRun(std::string_view word) {
+Status RtfScan::takeHexRun(std::string_view word) {
   const auto isGiven = [](uint32_t codePage) { return static_cast<int32_t>(codePage) > 1; };
   const uint32_t codePage = isGiven(fontCodePage_)       ? fontCodePage_
                             : isGiven(languageCodePage_) ? languageCodePage_
@@ -335,10 +334,9 @@ int32_t RtfScan::takeHexRun(std::string_view word) {
 
 }  // namespace
 
-int32_t RtfToHtml(SizedBytes& text) {
+Status RtfToHtml(SizedBytes& text) {
   RtfScan scan(text.view());
-  const int32_t status = scan.run();
-  if (status != StatusOk) return status;
+  if (const Status status = scan.run(); !status.ok()) return status;
   return scan.finish(text) ? StatusOk : StatusOutOfMemory;
 }
 

@@ -12,10 +12,12 @@
 namespace tarn {
 
 // Turns the text into markup; afterwards it ends with a NUL that its length counts. Without any
-// "{\*\htmltag" group nothing but that NUL remains. 1; -9 for a font table in which fewer
-// than two bytes of the text follow a backslash; -1 without memory, and for more than kMaxRtfFonts
-// fonts. On failure the text is unchanged.
-int32_t RtfToHtml(SizedBytes& text);
+// "{\*\htmltag" group nothing but that NUL remains. Returns
+//   StatusOk             the text is markup;
+//   StatusNotSupported   in a font table fewer than two bytes of the text follow a backslash;
+//   StatusOutOfMemory    without memory, and for more than kMaxRtfFonts fonts.
+// On failure the text is unchanged.
+Status RtfToHtml(SizedBytes& text);
 
 }  // namespace tarn
 

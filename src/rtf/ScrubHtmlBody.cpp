@@ -1,10 +1,10 @@
 // Both stages search from one fixed place again and again. Whatever they blanked holds nothing that
 // they look for any more, nor does what they passed to get there, so that each search may go on
-// behind the last blank: the whole text is read once by each stage.
+// after the last blank: the whole text is read once by each stage.
 #include "rtf/ScrubHtmlBody.h"
 
+#include <algorithm>
 #include <cstddef>
-#include <cstring>
 
 #include "Common/ByteSearch.h"
 
@@ -15,26 +15,26 @@ constexpr std::string_view kLeftoverTag = "<div>&nbsp;value=\"/";
 constexpr std::string_view kTagEnd = "\">";
 constexpr std::string_view kReference = "&#";
 
-void Blank(char* from, const char* to) { std::memset(from, ' ', static_cast<size_t>(to - from)); }
+void Blank(char* from, const char* to) { std::fill_n(from, to - from, ' '); }
 
-// Blanks each leftover tag through the next tag end. False ends the scrubbing: a tag end stands in
-// front of the tag, in the text that should be kept.
+// Blanks each leftover tag through the next tag end. False ends the scrubbing: a tag end is before
+// the tag, in the text that should be kept.
 bool BlankLeftoverTags(char* start, const char* end) {
   const char* at = FindBytes(start, end, kLeftoverTag);
   while (at != nullptr && at < end) {
     const char* const tag = FindBytes(at, end, kLeftoverTag);
     const char* const tagEnd = FindBytes(at, end, kTagEnd);
     if (tag == nullptr || tagEnd == nullptr) return true;
-    const char* const behind = tagEnd + kTagEnd.size();
-    if (behind == tag) return true;
-    if (behind < tag) return false;
-    Blank(start + (tag - start), behind);
-    at = behind;
+    const char* const after = tagEnd + kTagEnd.size();
+    if (after == tag) return true;
+    if (after < tag) return false;
+    Blank(start + (tag - start), after);
+    at = after;
   }
   return true;
 }
 
-// Do the digits behind a "&#" name a control character that is to go? The second byte is looked at
+// Do the digits after a "&#" name a control character that is to go? The second byte is looked at
 // only where the first leaves the answer open. 3 to 9, 10 and 13 stay.
 bool NamesControlCharacter(const char* digits) {
   switch (digits[0]) {
@@ -67,12 +67,12 @@ void BlankLeadingReferences(char* start, const char* end) {
 
 }  // namespace
 
-int32_t ScrubHtmlBody(char* text, uint64_t length) {
-  if (text == nullptr) return 1;
+Status ScrubHtmlBody(char* text, uint64_t length) {
+  if (text == nullptr) return StatusOk;
   const char* const nul = FindByte(text, text + length, '\0');
   const char* const end = nul != nullptr ? nul : text + length;
   if (BlankLeftoverTags(text, end)) BlankLeadingReferences(text, end);
-  return 1;
+  return StatusOk;
 }
 
 }  // namespace tarn

@@ -5,11 +5,13 @@
 
 #include <cstdint>
 
+#include "Internal/Status.h"
+
 namespace tarn {
 
 // Changes bytes in place; the length stays. The text ends at its first NUL or at `length`,
-// whichever comes first. Always 1.
-int32_t ScrubHtmlBody(char* text, uint64_t length);
+// whichever comes first. Always StatusOk.
+Status ScrubHtmlBody(char* text, uint64_t length);
 
 }  // namespace tarn
 

@@ -48,7 +48,7 @@ TEST(FindCodePageForText, TheFirstCodePageThatCarriesTheText) {
   EXPECT_EQ(Find(u"\u011B"), 1250u);
 }
 
-// The Japanese page has both alphabets and stands further up.
+// The Japanese page has both alphabets and comes earlier.
 TEST(FindCodePageForText, PlainGreekAndRussianLettersAreJapanese) {
   EXPECT_EQ(Find(u"\u03A9"), 932u);
   EXPECT_EQ(Find(u"\u0416\u0443\u043A\u043E\u0432"), 932u);

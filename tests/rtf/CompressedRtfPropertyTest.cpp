@@ -15,11 +15,11 @@ namespace {
 void ExpectRoundTrip(const std::string& text) {
   const std::string packed = PackRtf(text);
   const Decoded unpacked = Unpack(packed);
-  ASSERT_EQ(unpacked.status, 1);
+  ASSERT_EQ(unpacked.status, StatusOk);
   const std::string ended = !text.empty() && text.back() == '\0' ? text : text + '\0';
   ASSERT_TRUE(unpacked.body == ended) << text.size();
   const Decoded pst = UnpackPst(packed);
-  ASSERT_EQ(pst.status, 1);
+  ASSERT_EQ(pst.status, StatusOk);
   ASSERT_TRUE(pst.body == text) << text.size();
 }
 
@@ -63,20 +63,20 @@ void ExpectSafe(const std::string& bytes) {
   const Decoded pst = UnpackPst(bytes);
   const std::string old(700, '.');
   const Decoded longBody = UnpackPst(bytes, old);
-  if (unpacked.status == -9) {
+  if (unpacked.status == StatusNotSupported) {
     ASSERT_EQ(unpacked.body, "old");
   }
-  if (pst.status == -9) {
+  if (pst.status == StatusNotSupported) {
     ASSERT_EQ(pst.body, "old");
   }
-  if (longBody.status == -9) {
+  if (longBody.status == StatusNotSupported) {
     ASSERT_EQ(longBody.body, old);
   }
-  ASSERT_TRUE(unpacked.status == 1 || unpacked.status == -9 ||
-              (unpacked == Decoded{-1, ""} && Field(bytes, 8) == kMelaMagic));
-  ASSERT_TRUE(pst.status == 1 || pst.status == -9);
+  ASSERT_TRUE(unpacked.status == StatusOk || unpacked.status == StatusNotSupported ||
+              (unpacked == Decoded{StatusOutOfMemory, ""} && Field(bytes, 8) == kMelaMagic));
+  ASSERT_TRUE(pst.status == StatusOk || pst.status == StatusNotSupported);
   for (const Decoded& decoded : {unpacked, pst}) {
-    if (decoded.status != 1) continue;
+    if (decoded.status != StatusOk) continue;
     const size_t contents = bytes.size() - 16;
     if (Field(bytes, 8) == kMelaMagic) {
       ASSERT_LE(decoded.body.size(), contents + 1);
@@ -136,7 +136,7 @@ TEST(CompressedRtfProperty, RandomContents) {
     fields.rawSize = static_cast<uint32_t>(random() % (contents.size() + 1));
     const std::string bytes = WriteCompressedRtf(fields, contents);
     ExpectSafe(bytes);
-    unpacked += Unpack(bytes).status == 1 ? 1 : 0;
+    unpacked += Unpack(bytes).status == StatusOk ? 1 : 0;
   }
   EXPECT_GT(unpacked, 100);
 }
@@ -170,7 +170,7 @@ TEST(CompressedRtfProperty, RandomTokensUnpackAsToldStepByStep) {
     const auto rawSize = static_cast<uint32_t>(random() % (count * 3));
     const Decoded expected = DecodePlainly(tokens.bytes(), rawSize, "old");
     ASSERT_EQ(Unpack(Packed(rawSize, tokens)), expected);
-    whole += expected.status == 1 ? 1 : 0;
+    whole += expected.status == StatusOk ? 1 : 0;
   }
   EXPECT_GT(whole, 750);
 }
@@ -192,9 +192,9 @@ TEST(CompressedRtfProperty, RandomTokensOfAStoreUnpackAsToldStepByStep) {
     ASSERT_EQ(UnpackPst(Packed(rawSize, tokens), old), expected) << old.size() << " " << rawSize;
     std::string roomy(end + 17, '\0');
     const size_t reached = UnpackPlainly(tokens.bytes(), roomy, end);
-    whole += expected.status == 1 ? 1 : 0;
-    overruns += expected.status == 1 && reached > end ? 1 : 0;
-    damaged += expected.status == -9 && reached > end ? 1 : 0;
+    whole += expected.status == StatusOk ? 1 : 0;
+    overruns += expected.status == StatusOk && reached > end ? 1 : 0;
+    damaged += expected.status == StatusNotSupported && reached > end ? 1 : 0;
   }
   EXPECT_GT(whole, 1500);
   EXPECT_GT(overruns, 300);

@@ -22,7 +22,7 @@ namespace tarn::test {
 
 // What a decoder has left; the body's bytes with all that its length counts.
 struct Decoded {
-  int32_t status = 0;
+  Status status;
   std::string body;
 };
 
@@ -31,7 +31,7 @@ inline bool operator==(const Decoded& a, const Decoded& b) {
 }
 
 inline std::ostream& operator<<(std::ostream& out, const Decoded& decoded) {
-  return out << decoded.status << ", " << decoded.body.size() << " bytes: \""
+  return out << decoded.status.code() << ", " << decoded.body.size() << " bytes: \""
              << decoded.body.substr(0, 300) << '"';
 }
 
@@ -44,12 +44,10 @@ inline char* KernelCopy(std::string_view bytes) {
 
 // What the body holds before a decoder runs.
 inline void GiveBody(MailMessage& message, std::string_view bytes) {
-  message.body.release();
-  message.body.setData(KernelCopy(bytes));
-  message.body.setLength(bytes.size());
+  message.body.adopt(KernelBlock<char>(KernelCopy(bytes)), bytes.size());
 }
 
-inline int32_t Unpack(MailMessage& message, std::string_view bytes) {
+inline Status Unpack(MailMessage& message, std::string_view bytes) {
   return DecodeCompressedRtf(KernelCopy(bytes), message, bytes.size());
 }
 
@@ -57,11 +55,11 @@ inline int32_t Unpack(MailMessage& message, std::string_view bytes) {
 inline Decoded Unpack(std::string_view bytes, std::string_view oldBody = "old") {
   MailMessage message;
   GiveBody(message, oldBody);
-  const int32_t status = Unpack(message, bytes);
+  const Status status = Unpack(message, bytes);
   return {status, std::string(message.body.view())};
 }
 
-inline int32_t UnpackPst(MailMessage& message, std::string_view bytes) {
+inline Status UnpackPst(MailMessage& message, std::string_view bytes) {
   std::istringstream stream{std::string(bytes)};
   stream.seekg(0, std::ios::end);
   MessageList messages{1, &message};
@@ -71,7 +69,7 @@ inline int32_t UnpackPst(MailMessage& message, std::string_view bytes) {
 inline Decoded UnpackPst(std::string_view bytes, std::string_view oldBody = "old") {
   MailMessage message;
   GiveBody(message, oldBody);
-  const int32_t status = UnpackPst(message, bytes);
+  const Status status = UnpackPst(message, bytes);
   return {status, std::string(message.body.view())};
 }
 

@@ -9,7 +9,7 @@ namespace tarn::test {
 namespace {
 
 Decoded Ok(std::string body) { return {1, std::move(body)}; }
-const Decoded kDamaged = {-9, "old"};
+const Decoded kDamaged = {StatusNotSupported, "old"};
 
 TEST(CompressedRtf, ThePublishedExamples) {
   // The fixed text has line feed and carriage return the other way round than the published one.
@@ -30,7 +30,7 @@ TEST(CompressedRtf, ByteNIsNulInAnyCase) {
     MailMessage message;
     ASSERT_EQ(
         Unpack(message, Packed(static_cast<uint32_t>(text.size()), LzfuTokens().literals(text))),
-        1);
+        StatusOk);
     EXPECT_EQ(message.body.data()[text.size()], '\0');
   }
 }
@@ -44,8 +44,7 @@ TEST(CompressedRtf, ATextOfNoBytesIsOneNul) {
 // packed bytes.
 TEST(CompressedRtf, ABodyWithoutABlockIsFilled) {
   MailMessage message;
-  message.body.setLength(49);
-  EXPECT_EQ(Unpack(message, PublishedCrossing()), 1);
+  EXPECT_EQ(Unpack(message, PublishedCrossing()), StatusOk);
   EXPECT_EQ(message.body.text(), "{\\rtf1 WXYZWXYZWXYZWXYZWXYZ}");
   EXPECT_EQ(message.body.length(), 29u);
 }
@@ -82,14 +81,14 @@ TEST(CompressedRtf, AnOverlapRepeatsBytes) {
 // The same in the middle of a long text, where whole groups are unpacked at once.
 TEST(CompressedRtf, EveryDistanceAndLengthInTheMiddleOfAText) {
   const std::string start = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ";
-  const std::string behind(400, '.');
+  const std::string after(400, '.');
   for (uint32_t distance = 1; distance <= 36; ++distance) {
     for (uint32_t length = 2; length <= 17; ++length) {
       LzfuTokens tokens;
-      tokens.literals(start).back(distance, length).literals(behind);
+      tokens.literals(start).back(distance, length).literals(after);
       std::string expected = start;
       for (uint32_t i = 0; i < length; ++i) expected += expected[expected.size() - distance];
-      expected += behind;
+      expected += after;
       ASSERT_EQ(Unpack(Packed(static_cast<uint32_t>(expected.size()), tokens)), Ok(expected + '\0'))
           << distance << " " << length;
     }
@@ -102,7 +101,7 @@ TEST(CompressedRtf, OffsetsAreCountedModulo4096) {
   for (int i = 0; i < 3889; ++i) text += static_cast<char>('a' + i % 23);
   const auto unpack = [&](uint32_t offset) {
     const Decoded decoded = Unpack(Packed(3891, LzfuTokens().literals(text).reference(offset, 2)));
-    EXPECT_EQ(decoded.status, 1);
+    EXPECT_EQ(decoded.status, StatusOk);
     EXPECT_EQ(decoded.body.substr(0, 3889), text);
     return decoded.body.substr(3889);
   };
@@ -126,7 +125,7 @@ TEST(CompressedRtf, WhatFollowsTheRawSizeIsNotRead) {
             Ok(Literal("abc\0")));
 }
 
-// The block has one byte behind the text, which then becomes the terminator.
+// The block has one byte after the text, which then becomes the terminator.
 TEST(CompressedRtf, ALastReferenceMayFillTheBlock) {
   EXPECT_EQ(Unpack(Packed(5, LzfuTokens().reference(1, 6))), Ok(Literal("\\rtf1\0")));
   EXPECT_EQ(Unpack(Packed(5, LzfuTokens().reference(1, 7))), kDamaged);
@@ -137,8 +136,8 @@ TEST(CompressedRtf, ALastReferenceMayFillTheBlock) {
 TEST(CompressedRtf, ASourceBelow16BytesIsRefused) {
   MailMessage message;
   GiveBody(message, "old");
-  EXPECT_EQ(DecodeCompressedRtf(nullptr, message, 0), -9);
-  EXPECT_EQ(DecodeCompressedRtf(nullptr, message, 100), -9);
+  EXPECT_EQ(DecodeCompressedRtf(nullptr, message, 0), StatusNotSupported);
+  EXPECT_EQ(DecodeCompressedRtf(nullptr, message, 100), StatusNotSupported);
   EXPECT_EQ(message.body.view(), "old");
   const std::string whole = Packed(0, LzfuTokens());
   for (size_t length = 0; length < 16; ++length) {
@@ -190,16 +189,16 @@ TEST(CompressedRtf, ARawSizeBeyondWhatTheDataCanGiveIsRefusedWithoutAllocating) 
   PlainKernelUsageRecord after = {};
   MailMessage message;
   PlainKernelUsage(&before);
-  EXPECT_EQ(Unpack(message, Packed(137, tokens)), -9);
-  EXPECT_EQ(Unpack(message, Packed(0x7FFFFFFF, tokens)), -9);
+  EXPECT_EQ(Unpack(message, Packed(137, tokens)), StatusNotSupported);
+  EXPECT_EQ(Unpack(message, Packed(0x7FFFFFFF, tokens)), StatusNotSupported);
   PlainKernelUsage(&after);
   EXPECT_EQ(after.allocationCalls - before.allocationCalls, 2u);  // the sources
-  EXPECT_EQ(Unpack(message, Packed(136, tokens)), 1);
+  EXPECT_EQ(Unpack(message, Packed(136, tokens)), StatusOk);
   EXPECT_EQ(message.body.length(), 137u);
 }
 
-// Offset 300 at position 207 would be 3796 bytes in front of the block.
-TEST(CompressedRtf, AReferenceInFrontOfTheBlockIsRefused) {
+// Offset 300 at position 207 would be 3796 bytes before the block.
+TEST(CompressedRtf, AReferenceBeforeTheBlockIsRefused) {
   EXPECT_EQ(Unpack(Packed(2, LzfuTokens().reference(300, 2))), kDamaged);
   EXPECT_EQ(Unpack(Packed(2, LzfuTokens().reference(207, 2))), kDamaged);
   EXPECT_EQ(Unpack(Packed(2, LzfuTokens().reference(4095, 2))), kDamaged);
@@ -207,16 +206,16 @@ TEST(CompressedRtf, AReferenceInFrontOfTheBlockIsRefused) {
   EXPECT_EQ(Unpack(Packed(3, LzfuTokens().literals("a").reference(207, 2))), Ok(Literal("aaa\0")));
 }
 
-TEST(CompressedRtf, AReferenceInFrontOfTheBlockIsRefusedInTheMiddleOfAText) {
-  const std::string behind(400, 'x');
+TEST(CompressedRtf, AReferenceBeforeTheBlockIsRefusedInTheMiddleOfAText) {
+  const std::string after(400, 'x');
   for (const uint32_t distance : {211u, 212u, 4096u}) {
     LzfuTokens tokens;
-    tokens.literals("abc").back(distance, 2).literals(behind);
+    tokens.literals("abc").back(distance, 2).literals(after);
     EXPECT_EQ(Unpack(Packed(405, tokens)), kDamaged) << distance;
   }
   LzfuTokens tokens;
-  tokens.literals("abc").back(210, 2).literals(behind);
-  EXPECT_EQ(Unpack(Packed(405, tokens)), Ok("abc{\\" + behind + '\0'));
+  tokens.literals("abc").back(210, 2).literals(after);
+  EXPECT_EQ(Unpack(Packed(405, tokens)), Ok("abc{\\" + after + '\0'));
 }
 
 // Eight references of 17 bytes are the largest group; one byte fewer is room for it, too.
@@ -227,8 +226,8 @@ TEST(CompressedRtf, TheLargestGroupAtTheEndOfTheText) {
   for (uint32_t size = 120; size < 135; ++size) {
     EXPECT_EQ(Unpack(Packed(size, tokens)), kDamaged) << size;
   }
-  EXPECT_EQ(Unpack(Packed(135, tokens)).status, 1);
-  EXPECT_EQ(Unpack(Packed(136, tokens)).status, 1);
+  EXPECT_EQ(Unpack(Packed(135, tokens)).status, StatusOk);
+  EXPECT_EQ(Unpack(Packed(136, tokens)).status, StatusOk);
   EXPECT_EQ(Unpack(Packed(137, tokens)).body.substr(119), Literal("{\\rtf1\\ansi\\mac\\dx\0"));
 }
 
@@ -276,7 +275,7 @@ TEST(CompressedRtf, StoredTextOfRawSizeMinusOneEndsAtItsNul) {
 
 TEST(CompressedRtf, StoredTextOfOtherNegativeRawSizes) {
   for (uint32_t size = 0xFFFFFFFE; size >= 0xFFFFFFF0; --size) {
-    EXPECT_EQ(UnpackStored(size, "abc"), (Decoded{-1, ""})) << size;
+    EXPECT_EQ(UnpackStored(size, "abc"), (Decoded{StatusOutOfMemory, ""})) << size;
   }
   EXPECT_EQ(UnpackStored(0xFFFFFFEF, Literal("a\0c")), Ok(Literal("a\0c\0")));
   EXPECT_EQ(UnpackStored(0x80000000, "abc"), Ok(Literal("abc\0")));
@@ -288,10 +287,10 @@ TEST(CompressedRtf, WithoutMemory) {
     GiveBody(message, "old");
     char* const source = KernelCopy(bytes);
     PlainKernelFailAt(PlainKernelFaultMemory, 1);
-    EXPECT_EQ(DecodeCompressedRtf(source, message, bytes.size()), -1);
+    EXPECT_EQ(DecodeCompressedRtf(source, message, bytes.size()), StatusOutOfMemory);
     PlainKernelFailAt(PlainKernelFaultMemory, 0);
     EXPECT_EQ(message.body.view(), bytes[8] == 'L' ? "old" : "");
-    EXPECT_EQ(Unpack(message, bytes), 1);
+    EXPECT_EQ(Unpack(message, bytes), StatusOk);
     EXPECT_EQ(message.body.view(), Literal("{\\rtf1 abc}\0"));
   }
 }
@@ -302,7 +301,7 @@ TEST(CompressedRtf, OneAllocationIsEnough) {
     MailMessage message;
     char* const source = KernelCopy(bytes);
     PlainKernelFailAt(PlainKernelFaultMemory, 2);
-    EXPECT_EQ(DecodeCompressedRtf(source, message, bytes.size()), 1);
+    EXPECT_EQ(DecodeCompressedRtf(source, message, bytes.size()), StatusOk);
     PlainKernelFailAt(PlainKernelFaultMemory, 0);
   }
 }

@@ -39,24 +39,24 @@ uint64_t AllocationCalls() {
 }
 
 TEST(FontCoversText, AsksForEveryUnit) {
-  EXPECT_EQ(Covers("Arial", u"Plain"), 1);
-  EXPECT_EQ(Covers("Arial", kArmenian), 1);
-  EXPECT_EQ(Covers("Arial", kGeorgian), 0);
-  EXPECT_EQ(Covers("Arial", u"a\u10D0"), 0);
-  EXPECT_EQ(Covers("Arial", u"\u10D0a"), 0);
-  EXPECT_EQ(Covers("arial", u"Plain"), 1);
-  EXPECT_EQ(Covers("Symbol", u"\uF041A"), 1);
-  EXPECT_EQ(Covers("Arial", kEmoji), 0);
+  EXPECT_TRUE(Covers("Arial", u"Plain"));
+  EXPECT_TRUE(Covers("Arial", kArmenian));
+  EXPECT_FALSE(Covers("Arial", kGeorgian));
+  EXPECT_FALSE(Covers("Arial", u"a\u10D0"));
+  EXPECT_FALSE(Covers("Arial", u"\u10D0a"));
+  EXPECT_TRUE(Covers("arial", u"Plain"));
+  EXPECT_TRUE(Covers("Symbol", u"\uF041A"));
+  EXPECT_FALSE(Covers("Arial", kEmoji));
 }
 
 TEST(FontCoversText, HasNoAnswerWithoutAnArgument) {
   void* const context = KernelCreateDC(0, TARN_HERE);
   const GraphicsProbe probe;
-  EXPECT_EQ(FontCoversText(nullptr, "Arial", u"a", 1), 0);
-  EXPECT_EQ(FontCoversText(context, nullptr, u"a", 1), 0);
-  EXPECT_EQ(FontCoversText(context, "Arial", nullptr, 1), 0);
+  EXPECT_FALSE(FontCoversText(nullptr, "Arial", u"a", 1));
+  EXPECT_FALSE(FontCoversText(context, nullptr, u"a", 1));
+  EXPECT_FALSE(FontCoversText(context, "Arial", nullptr, 1));
   EXPECT_TRUE(probe.fonts.empty());
-  EXPECT_EQ(FontCoversText(context, "Arial", u"a", 1), 1);
+  EXPECT_TRUE(FontCoversText(context, "Arial", u"a", 1));
   KernelDeleteDC(context, TARN_HERE);
 }
 
@@ -64,15 +64,15 @@ TEST(FontCoversText, HasNoAnswerWithoutAFont) {
   GraphicsProbe probe;
   probe.refusedFont = 1;
   const uint64_t before = AllocationCalls();
-  EXPECT_EQ(Covers("Arial", u"a"), 0);
+  EXPECT_FALSE(Covers("Arial", u"a"));
   EXPECT_EQ(AllocationCalls(), before);
-  EXPECT_EQ(Covers("Arial", u"a"), 1);
+  EXPECT_TRUE(Covers("Arial", u"a"));
 }
 
 TEST(FontCoversText, AsksForAFontOfWhichOnlyTheNameIsKnown) {
   const GraphicsProbe probe;
-  EXPECT_EQ(Covers("Ab\xE9", u"a"), 0);
-  EXPECT_EQ(Covers("Name Of Thirty-One Characters 12", u"l"), 1);
+  EXPECT_FALSE(Covers("Ab\xE9", u"a"));
+  EXPECT_TRUE(Covers("Name Of Thirty-One Characters 12", u"l"));
   LogFontBytes expected{};
   expected[28] = 'A';
   expected[30] = 'b';
@@ -84,36 +84,36 @@ TEST(FontCoversText, AsksForAFontOfWhichOnlyTheNameIsKnown) {
 }
 
 TEST(FontCoversText, ReadsThirtyOneBytesOfTheName) {
-  EXPECT_EQ(Covers("Name Of Thirty-One Characters 1", u"l"), 1);
-  EXPECT_EQ(Covers("Name Of Thirty-One Characters 12", u"l"), 1);
-  EXPECT_EQ(Covers("Name Of Thirty-One Characters 1 and many more of them", u"l"), 1);
-  EXPECT_EQ(Covers("Name Of Thirty-One Characters", u"l"), 0);
+  EXPECT_TRUE(Covers("Name Of Thirty-One Characters 1", u"l"));
+  EXPECT_TRUE(Covers("Name Of Thirty-One Characters 12", u"l"));
+  EXPECT_TRUE(Covers("Name Of Thirty-One Characters 1 and many more of them", u"l"));
+  EXPECT_FALSE(Covers("Name Of Thirty-One Characters", u"l"));
 }
 
-TEST(FontCoversText, ReadsNothingBehindTheName) {
+TEST(FontCoversText, ReadsNothingAfterTheName) {
   const std::vector<char> exact = {'A', 'r', 'i', 'a', 'l', '\0'};
-  EXPECT_EQ(Covers(exact.data(), u"a"), 1);
+  EXPECT_TRUE(Covers(exact.data(), u"a"));
   const std::vector<char> text = {'N'};
-  EXPECT_EQ(Covers(std::string(31, text[0]).c_str(), u"a"), 0);
+  EXPECT_FALSE(Covers(std::string(31, text[0]).c_str(), u"a"));
 }
 
 TEST(FontCoversText, ReadsTheNameInTheAnsiCodePage) {
-  EXPECT_EQ(Covers("Caf\xE9", u"c"), 1);
-  EXPECT_EQ(Covers("Caf\xC9", u"c"), 1);
-  EXPECT_EQ(Covers("Caf\xC3\xA9", u"c"), 0);
+  EXPECT_TRUE(Covers("Caf\xE9", u"c"));
+  EXPECT_TRUE(Covers("Caf\xC9", u"c"));
+  EXPECT_FALSE(Covers("Caf\xC3\xA9", u"c"));
 }
 
 TEST(FontCoversText, DeletesTheFontWithoutMemoryForGlyphs) {
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
-  EXPECT_EQ(Covers("Arial", u"a"), 0);
-  EXPECT_EQ(Covers("Arial", u"a"), 1);
+  EXPECT_FALSE(Covers("Arial", u"a"));
+  EXPECT_TRUE(Covers("Arial", u"a"));
 }
 
 TEST(FontCoversText, TakesOneWordAUnitAndNothingElse) {
   PlainKernelUsageRecord before = {};
   PlainKernelUsage(&before);
   const std::u16string text(100000, u'a');
-  EXPECT_EQ(Covers("Arial", text), 1);
+  EXPECT_TRUE(Covers("Arial", text));
   PlainKernelUsageRecord after = {};
   PlainKernelUsage(&after);
   EXPECT_EQ(after.allocationCalls, before.allocationCalls + 1);
@@ -122,35 +122,35 @@ TEST(FontCoversText, TakesOneWordAUnitAndNothingElse) {
 
 TEST(FindFontForText, TakesTheFirstOfTheTableThatCovers) {
   Document document("{\\f3 Gulim;}{\\f5 Same Letters;}{\\f4 Sylfaen;}{\\f1 Arial;}");
-  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{1, 5}));
-  EXPECT_EQ(Find(document.fonts, kGeorgian), (Found{1, 4}));
-  EXPECT_EQ(Find(document.fonts, kOgham), (Found{1, 3}));
+  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{StatusOk, 5}));
+  EXPECT_EQ(Find(document.fonts, kGeorgian), (Found{StatusOk, 4}));
+  EXPECT_EQ(Find(document.fonts, kOgham), (Found{StatusOk, 3}));
   EXPECT_EQ(document.table().changed, 0u);
   EXPECT_EQ(document.table().count(), 4u);
 }
 
 TEST(FindFontForText, PrefersTheTableToTheCommonFaces) {
   Document document("{\\f7 Sylfaen;}");
-  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{1, 7}));
-  EXPECT_EQ(Find(document.fonts, kHan), (Found{1, 8}));
+  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{StatusOk, 7}));
+  EXPECT_EQ(Find(document.fonts, kHan), (Found{StatusOk, 8}));
 }
 
 TEST(FindFontForText, PassesOverFontsWithoutAName) {
   Document document("{\\f1}{\\f2\\fcharset0}{\\f3 Arial;}");
   ASSERT_EQ(document.table().entries[0].name, nullptr);
-  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{1, 3}));
+  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{StatusOk, 3}));
 }
 
 TEST(FindFontForText, GivesTheNumberOfAnEntryWhateverItIs) {
   Document document("{\\fswiss Arial;}");
   EXPECT_EQ(document.table().entries[0].number, kNoRtfFont);
-  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{1, kNoRtfFont}));
-  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{1, kNoRtfFont}));
+  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{StatusOk, kNoRtfFont}));
+  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{StatusOk, kNoRtfFont}));
 }
 
 TEST(FindFontForText, AddsACommonFace) {
   Document document("{\\f11\\fcharset204 Nobody Has This;}");
-  EXPECT_EQ(Find(document.fonts, kOgham), (Found{1, 12}));
+  EXPECT_EQ(Find(document.fonts, kOgham), (Found{StatusOk, 12}));
   EXPECT_EQ(TableText(document.fonts),
             "\\fonttbl{\\f11\\fcharset204 Nobody Has This;}{\\f12 \\ \\fcharset0 Gulim}}");
   EXPECT_EQ(Show(document.fonts), "11:1251:0:Nobody Has This|12:0:0:Gulim");
@@ -160,9 +160,9 @@ TEST(FindFontForText, AddsACommonFace) {
 
 TEST(FindFontForText, AddsAFaceOnce) {
   Document document("{\\f0 Nobody Has This;}");
-  EXPECT_EQ(Find(document.fonts, kOgham), (Found{1, 1}));
-  EXPECT_EQ(Find(document.fonts, kOgham), (Found{1, 1}));
-  EXPECT_EQ(Find(document.fonts, u"\u1682"), (Found{1, 1}));
+  EXPECT_EQ(Find(document.fonts, kOgham), (Found{StatusOk, 1}));
+  EXPECT_EQ(Find(document.fonts, kOgham), (Found{StatusOk, 1}));
+  EXPECT_EQ(Find(document.fonts, u"\u1682"), (Found{StatusOk, 1}));
   EXPECT_EQ(Show(document.fonts), "0:0:0:Nobody Has This|1:0:0:Gulim");
 }
 
@@ -175,17 +175,17 @@ TEST(FindFontForText, TriesTheCommonFacesInOrder) {
                                                                   {kOgham, "Gulim"}};
   for (const auto& [text, face] : expected) {
     Document document("{\\f0 Nobody Has This;}");
-    EXPECT_EQ(Find(document.fonts, text), (Found{1, 1})) << face;
+    EXPECT_EQ(Find(document.fonts, text), (Found{StatusOk, 1})) << face;
     EXPECT_EQ(Show(document.fonts), std::string("0:0:0:Nobody Has This|1:0:0:") + face);
   }
 }
 
-TEST(FindFontForText, AddsFacesOneBehindTheOther) {
+TEST(FindFontForText, AddsFacesOneAfterTheOther) {
   Document document("{\\f0 Nobody Has This;}");
-  EXPECT_EQ(Find(document.fonts, kJamo), (Found{1, 1}));
-  EXPECT_EQ(Find(document.fonts, kHan), (Found{1, 2}));
-  EXPECT_EQ(Find(document.fonts, u"\u3041"), (Found{1, 1}));
-  EXPECT_EQ(Find(document.fonts, u"\uFB13"), (Found{1, 3}));
+  EXPECT_EQ(Find(document.fonts, kJamo), (Found{StatusOk, 1}));
+  EXPECT_EQ(Find(document.fonts, kHan), (Found{StatusOk, 2}));
+  EXPECT_EQ(Find(document.fonts, u"\u3041"), (Found{StatusOk, 1}));
+  EXPECT_EQ(Find(document.fonts, u"\uFB13"), (Found{StatusOk, 3}));
   EXPECT_EQ(TableText(document.fonts),
             "\\fonttbl{\\f0 Nobody Has This;}{\\f1 \\ \\fcharset0 Batang}"
             "{\\f2 \\ \\fcharset0 MS Gothic}{\\f3 \\ \\fcharset0 Arial}}");
@@ -202,7 +202,7 @@ TEST(FindFontForText, PassesOverCommonFacesOfTheTable) {
 
 TEST(FindFontForText, ComparesWholeNamesOfCommonFaces) {
   Document document("{\\f0 Arial Black;}{\\f1 Aria;}{\\f2 XArial;}");
-  EXPECT_EQ(Find(document.fonts, u"\uFB13"), (Found{1, 3}));
+  EXPECT_EQ(Find(document.fonts, u"\uFB13"), (Found{StatusOk, 3}));
   EXPECT_EQ(Show(document.fonts), "0:0:0:Arial Black|1:0:0:Aria|2:0:0:XArial|3:0:0:Arial");
 }
 
@@ -220,7 +220,7 @@ TEST(FindFontForText, TriesSixCommonFacesAndSymbolTwice) {
 TEST(FindFontForText, StartsATableInADocumentWithoutOne) {
   RtfFonts fonts;
   ASSERT_EQ(Prepare(fonts, "{\\rtf1\\fromtext \\pard x}"), StatusOk);
-  EXPECT_EQ(Find(fonts, kOgham), (Found{1, 0}));
+  EXPECT_EQ(Find(fonts, kOgham), (Found{StatusOk, 0}));
   EXPECT_EQ(TableText(fonts), "\x0Conttbl{\\f0 \\ \\fcharset0 Gulim}}");
 }
 
@@ -232,7 +232,7 @@ TEST(FindFontForText, FindsNothingForHalvesOfPairs) {
 TEST(FindFontForText, HasNoAnswerWithoutAText) {
   Document document("{\\f0 Arial;}");
   uint32_t number = kUntouched;
-  EXPECT_EQ(FindFontForText(document.fonts, nullptr, 1, number), 0);
+  EXPECT_EQ(FindFontForText(document.fonts, nullptr, 1, number), StatusFailed);
   EXPECT_EQ(number, kUntouched);
 }
 
@@ -244,11 +244,11 @@ TEST(FindFontForText, FailsWithoutMemoryAndRecovers) {
     Document document{std::string(fonts)};
     const Found found = faulted([&] { return Find(document.fonts, kOgham); });
     if (!faulted.isReached()) {
-      EXPECT_EQ(found.result, 1);
+      EXPECT_EQ(found.result, StatusOk);
     }
     // What comes last only remembers the answer.
-    if (found.result == 1) {
-      EXPECT_EQ(found, (Found{1, 2}));
+    if (found.result.ok()) {
+      EXPECT_EQ(found, (Found{StatusOk, 2}));
       EXPECT_EQ(Show(document.fonts), extended);
       return;
     }
@@ -258,7 +258,7 @@ TEST(FindFontForText, FailsWithoutMemoryAndRecovers) {
     EXPECT_EQ(TableText(document.fonts), "\\fonttbl" + std::string(fonts) + "}");
     EXPECT_EQ(document.table().changed, 0u);
     // What memory hid is not remembered as an answer.
-    EXPECT_EQ(Find(document.fonts, kOgham), (Found{1, 2}));
+    EXPECT_EQ(Find(document.fonts, kOgham), (Found{StatusOk, 2}));
   };
   test::SweepFaults(PlainKernelFaultMemory, round);
   // The tests of seven faces, and the name and the entry of what is added; the text has room.
@@ -271,7 +271,7 @@ TEST(FindFontForText, TakesNoOtherFontWhenMemoryHidesOne) {
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
   EXPECT_EQ(Find(document.fonts, kArmenian), kNoMemory);
   EXPECT_EQ(Show(document.fonts), "5:0:0:Sylfaen");
-  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{1, 5}));
+  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{StatusOk, 5}));
 }
 
 TEST(FindFontForText, HasNoAnswerWithoutAContext) {
@@ -282,30 +282,30 @@ TEST(FindFontForText, HasNoAnswerWithoutAContext) {
   EXPECT_TRUE(probe.fonts.empty());
   EXPECT_EQ(document.fonts.coverageWork(), 0u);
   probe.refusesContexts = false;
-  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{1, 0}));
+  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{StatusOk, 0}));
 }
 
 TEST(FindFontForText, PassesOverAFontThatCannotBeMade) {
   Document document("{\\f0 Sylfaen;}{\\f1 Arial;}");
   GraphicsProbe probe;
   probe.refusedFont = 1;
-  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{1, 1}));
+  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{StatusOk, 1}));
   // What was hidden is not remembered.
-  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{1, 0}));
+  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{StatusOk, 0}));
   EXPECT_EQ(probe.contexts, 2u);
 }
 
 TEST(FindFontForText, RemembersItsAnswers) {
   Document document("{\\f0 Sylfaen;}");
-  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{1, 0}));
+  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{StatusOk, 0}));
   EXPECT_EQ(Find(document.fonts, kEmoji), kNone);
   const uint64_t before = AllocationCalls();
-  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{1, 0}));
+  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{StatusOk, 0}));
   EXPECT_EQ(Find(document.fonts, kEmoji), kNone);
   EXPECT_EQ(Find(document.fonts, kEmoji), kNone);
   EXPECT_EQ(AllocationCalls(), before);
   // Another text, if only by a unit, is asked for.
-  EXPECT_EQ(Find(document.fonts, u"\u0531\u0531"), (Found{1, 0}));
+  EXPECT_EQ(Find(document.fonts, u"\u0531\u0531"), (Found{StatusOk, 0}));
   EXPECT_EQ(AllocationCalls(), before + 1);
 }
 
@@ -313,7 +313,7 @@ TEST(FindFontForText, AsksWhatWasAddedToTheTable) {
   Document document("{\\f0 Arial;}");
   EXPECT_EQ(Find(document.fonts, kGeorgian), kNone);
   ASSERT_EQ(Add(document.fonts, "Sylfaen", "nil", 0, 0), 1);
-  EXPECT_EQ(Find(document.fonts, kGeorgian), (Found{1, 1}));
+  EXPECT_EQ(Find(document.fonts, kGeorgian), (Found{StatusOk, 1}));
 }
 
 TEST(FindFontForText, ForgetsItsAnswersWithTheTable) {
@@ -323,15 +323,15 @@ TEST(FindFontForText, ForgetsItsAnswersWithTheTable) {
   fonts.release();
   std::string_view text = "{\\f9 Sylfaen;}}";
   ASSERT_EQ(fonts.readTable(text), StatusOk);
-  EXPECT_EQ(Find(fonts, kGeorgian), (Found{1, 9}));
+  EXPECT_EQ(Find(fonts, kGeorgian), (Found{StatusOk, 9}));
 }
 
 TEST(FindFontForText, RemembersNothingOfTheCallersNumber) {
   Document document("{\\f0 Arial;}");
   uint32_t number = 1;
-  EXPECT_EQ(FindFontForText(document.fonts, kGeorgian.data(), 1, number), 0);
+  EXPECT_EQ(FindFontForText(document.fonts, kGeorgian.data(), 1, number), StatusFailed);
   number = 2;
-  EXPECT_EQ(FindFontForText(document.fonts, kGeorgian.data(), 1, number), 0);
+  EXPECT_EQ(FindFontForText(document.fonts, kGeorgian.data(), 1, number), StatusFailed);
   EXPECT_EQ(number, 2u);
 }
 
@@ -348,7 +348,7 @@ TEST(FindFontForText, AsksAgainForLongCharacters) {
 
 TEST(FindFontForText, FindsNothingMissingInAnEmptyText) {
   Document document("{\\f3}{\\f4 Sylfaen;}");
-  EXPECT_EQ(Find(document.fonts, u""), (Found{1, 4}));
+  EXPECT_EQ(Find(document.fonts, u""), (Found{StatusOk, 4}));
 }
 
 }  // namespace

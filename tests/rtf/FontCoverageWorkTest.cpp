@@ -44,13 +44,13 @@ TEST(FontSearchWork, ATestCountsOneAndTheUnitsOfItsText) {
   EXPECT_EQ(document.fonts.coverageWork(), 2u + 1 + 2 + 5 * 2);
   EXPECT_EQ(Find(document.fonts, kEmoji), kNone);
   EXPECT_EQ(document.fonts.coverageWork(), 15u + 3 + 1 + 3 + 5 * 3);
-  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{1, 2}));
+  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{StatusOk, 2}));
   EXPECT_EQ(document.fonts.coverageWork(), 37u + 2 + 1 + 2);
 }
 
 TEST(FontSearchWork, NoStepBeginsWhenTheWorkIsUsedUp) {
   const std::vector<std::u16string> tested = {u"No Such Face", u"Arial", u"Symbol", u"MS Gothic"};
-  // The work that is left behind `used`, and the tests that begin with it: the last may go beyond.
+  // The work that is left after `used`, and the tests that begin with it: the last may go beyond.
   for (const uint64_t left : {0u, 1u, 2u, 3u, 4u, 5u, 6u}) {
     Document document("{\\f0 No Such Face;}");
     document.fonts.setCoverageWork(kWork - left);
@@ -61,15 +61,15 @@ TEST(FontSearchWork, NoStepBeginsWhenTheWorkIsUsedUp) {
     EXPECT_EQ(document.table().count(), 1u);
     // What the search did not end with is not known: with work to spare the text is found.
     document.fonts.setCoverageWork(0);
-    EXPECT_EQ(Find(document.fonts, kOgham), (Found{1, 1})) << left;
+    EXPECT_EQ(Find(document.fonts, kOgham), (Found{StatusOk, 1})) << left;
   }
 }
 
 TEST(FontSearchWork, TheLastStepMayBeTheAnswer) {
   Document document("{\\f0 No Such Face;}");
   document.fonts.setCoverageWork(kWork - 11);  // six tests of two
-  EXPECT_EQ(Find(document.fonts, kOgham), (Found{1, 1}));
-  EXPECT_EQ(Find(document.fonts, kOgham), (Found{1, 1}));
+  EXPECT_EQ(Find(document.fonts, kOgham), (Found{StatusOk, 1}));
+  EXPECT_EQ(Find(document.fonts, kOgham), (Found{StatusOk, 1}));
   EXPECT_EQ(Find(document.fonts, u"\u1682"), kNone);
 }
 
@@ -85,17 +85,17 @@ TEST(FontSearchWork, ASearchThatEndsWithTheWorkIsRemembered) {
 
 TEST(FontSearchWork, WithoutWorkNothingIsMade) {
   Document document("{\\f0 Sylfaen;}");
-  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{1, 0}));
+  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{StatusOk, 0}));
   UseUp(document.fonts);
   GraphicsProbe probe;
   EXPECT_EQ(Find(document.fonts, kGeorgian), kNone);
-  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{1, 0}));
+  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{StatusOk, 0}));
   EXPECT_EQ(probe.contexts, 0u);
 }
 
 TEST(FontSearchWork, NamelessFontsCountToo) {
   RtfFonts fonts = ManyFonts(32767, nullptr);
-  EXPECT_EQ(Find(fonts, u"A"), (Found{1, 32767}));
+  EXPECT_EQ(Find(fonts, u"A"), (Found{StatusOk, 32767}));
   EXPECT_EQ(fonts.coverageWork(), 32767u + 2);
   fonts.setCoverageWork(kWork - 32767);
   GraphicsProbe probe;
@@ -124,17 +124,17 @@ TEST(FontSearchWork, RepeatedLettersCostNothing) {
   ASSERT_EQ(Add(fonts, "Sylfaen", "swiss", 0, 0), 99);
   for (char16_t unit = 0; unit < 43; ++unit) {
     const char16_t letter = static_cast<char16_t>(0x10D0 + unit);
-    ASSERT_EQ(Find(fonts, {&letter, 1}), (Found{1, 99}));
+    ASSERT_EQ(Find(fonts, {&letter, 1}), (Found{StatusOk, 99}));
   }
   EXPECT_EQ(fonts.coverageWork(), 43u * 100 * 2);
   for (uint32_t n = 0; n < 100000; ++n) {
     const char16_t letter = static_cast<char16_t>(0x10D0 + n % 43);
-    ASSERT_EQ(Find(fonts, {&letter, 1}), (Found{1, 99})) << n;
+    ASSERT_EQ(Find(fonts, {&letter, 1}), (Found{StatusOk, 99})) << n;
   }
   EXPECT_EQ(fonts.coverageWork(), 43u * 100 * 2);
 }
 
-// The same as it is written: every escape stands in the font.
+// The same as it is written: every escape is in the font.
 TEST(FontSearchWork, RepeatedLettersAreWrittenInTheirFont) {
   RtfRender render;
   std::string fonts = "\\ansicpg1252\\deff0{\\fonttbl";
@@ -165,7 +165,7 @@ TEST(FontSearchWork, IsEnoughForWellFormedDocuments) {
     }
     EXPECT_EQ(fonts.coverageWork(), 3000u * 206 * 3);
   }
-  EXPECT_EQ(Find(fonts, kOgham), (Found{1, 200}));
+  EXPECT_EQ(Find(fonts, kOgham), (Found{StatusOk, 200}));
 }
 
 // How often 65536 texts ask for a font, in a table of so many, with an eighth of the work left.
@@ -214,17 +214,17 @@ TEST(FontSearchMemory, OnlyNewFontsAreAskedForAKnownText) {
   ASSERT_EQ(Add(document.fonts, "Batang", "nil", 0, 0), 2);
   ASSERT_EQ(Add(document.fonts, "Sylfaen", "nil", 0, 0), 3);
   GraphicsProbe probe;
-  EXPECT_EQ(Find(document.fonts, kGeorgian), (Found{1, 3}));
-  EXPECT_EQ(Find(document.fonts, kGeorgian), (Found{1, 3}));
+  EXPECT_EQ(Find(document.fonts, kGeorgian), (Found{StatusOk, 3}));
+  EXPECT_EQ(Find(document.fonts, kGeorgian), (Found{StatusOk, 3}));
   EXPECT_EQ(probe.faceNames(), (std::vector<std::u16string>{u"Batang", u"Sylfaen"}));
 }
 
 TEST(FontSearchMemory, AFoundFontStaysTheFirst) {
   Document document("{\\f0 No Such Face;}{\\f1 Sylfaen;}");
-  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{1, 1}));
+  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{StatusOk, 1}));
   ASSERT_EQ(Add(document.fonts, "Arial", "nil", 0, 0), 2);
   GraphicsProbe probe;
-  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{1, 1}));
+  EXPECT_EQ(Find(document.fonts, kArmenian), (Found{StatusOk, 1}));
   EXPECT_EQ(probe.contexts, 0u);
 }
 

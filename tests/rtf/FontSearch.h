@@ -41,10 +41,10 @@ inline uint64_t LiveObjects() {
   return usage.liveTrackedObjects;
 }
 
-inline int32_t Covers(const char* faceName, std::u16string_view text) {
+inline bool Covers(const char* faceName, std::u16string_view text) {
   void* const context = KernelCreateDC(0, TARN_HERE);
   const uint64_t before = LiveObjects();
-  const int32_t result = FontCoversText(context, faceName, text.data(), text.size());
+  const bool result = FontCoversText(context, faceName, text.data(), text.size());
   EXPECT_EQ(LiveObjects(), before) << faceName;
   KernelDeleteDC(context, TARN_HERE);
   return result;
@@ -53,15 +53,15 @@ inline int32_t Covers(const char* faceName, std::u16string_view text) {
 inline constexpr uint32_t kUntouched = 4711;
 
 struct Found {
-  int32_t result;
+  Status result;
   uint32_t number;
   bool operator==(const Found&) const = default;
 };
-inline constexpr Found kNone = {0, kUntouched};
-inline constexpr Found kNoMemory = {-1, kUntouched};
+inline constexpr Found kNone = {StatusFailed, kUntouched};
+inline constexpr Found kNoMemory = {StatusOutOfMemory, kUntouched};
 
 inline std::ostream& operator<<(std::ostream& out, const Found& found) {
-  return out << "{" << found.result << ", " << found.number << "}";
+  return out << "{" << found.result.code() << ", " << found.number << "}";
 }
 
 inline Found Find(RtfFonts& fonts, std::u16string_view text) {
@@ -81,7 +81,7 @@ struct Document {
   const RtfFontTable& table() const { return fonts.table(); }
 
   RtfFonts fonts;
-  int32_t status = 0;
+  Status status;
 };
 
 }  // namespace tarn::test

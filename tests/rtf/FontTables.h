@@ -45,11 +45,11 @@ struct Parsed {
 
   std::vector<char> bytes;
   RtfFontTable table;
-  int32_t status = 0;
+  Status status;
   int64_t taken = 0;  // bytes at the front
 };
 
-inline int32_t Prepare(RtfFonts& fonts, std::string_view document) {
+inline Status Prepare(RtfFonts& fonts, std::string_view document) {
   const std::vector<char> bytes(document.begin(), document.end());
   return PrepareRtfFontTable(fonts, bytes.data(), bytes.size());
 }
@@ -58,8 +58,8 @@ inline int32_t Prepare(RtfFonts& fonts, std::string_view document) {
 inline int64_t Add(RtfFonts& fonts, const char* face, const char* family, uint32_t codePage,
                    uint32_t charset) {
   uint32_t number = 77777;
-  const int32_t status = AddRtfFont(fonts, {face, family, codePage, charset}, number);
-  return status == StatusOk ? int64_t{number} : int64_t{status};
+  const Status status = AddRtfFont(fonts, {face, family, codePage, charset}, number);
+  return status.ok() ? int64_t{number} : int64_t{status.code()};
 }
 
 // So many entries, all of them zeros.

@@ -1,6 +1,6 @@
 // GraphicsProbe.h - sees, and may refuse, the device contexts and fonts that code under test makes.
 //
-// RtfTests links doubles of KernelCreateDC and KernelCreateFont in front of the kernel's; without a
+// RtfTests links doubles of KernelCreateDC and KernelCreateFont before the kernel's; without a
 // probe they hand every call on.
 #ifndef TARN_TESTS_RTF_GRAPHICSPROBE_H
 #define TARN_TESTS_RTF_GRAPHICSPROBE_H

@@ -14,10 +14,8 @@ using Pass = void (*)(SizedBytes&);
 
 // Runs a pass over a block of exactly these bytes, so that a step outside of it is noticed.
 std::string Run(Pass pass, const std::string& bytes) {
-  SizedBytes text;
-  text.setData(static_cast<char*>(KernelAlloc(bytes.size(), 1, TARN_HERE)));
+  SizedBytes text(AllocateBlock<char>(bytes.size(), TARN_HERE), bytes.size());
   std::copy(bytes.begin(), bytes.end(), text.data());
-  text.setLength(bytes.size());
   const char* const block = text.data();
   pass(text);
   EXPECT_EQ(text.data(), block);
@@ -56,7 +54,7 @@ TEST(ConditionalComments, OtherTextStays) {
   EXPECT_EQ(Shorten("]<![if"), "]<![if");
 }
 
-TEST(ConditionalComments, TheCaseCountsBehindTheFirstOne) {
+TEST(ConditionalComments, TheCaseCountsAfterTheFirstOne) {
   EXPECT_EQ(Shorten("<![if 12]<![IF 123456]"), "<![if !V]<![IF 123456]");
   EXPECT_EQ(Shorten("<![if 12345]ab<![IF 123456]"), "<![if !V]ab<![IF 123456]");
   EXPECT_EQ(Shorten("<![IF 12]<![if 123456]"), "<![IF 12]<![if !V]");
@@ -80,7 +78,7 @@ TEST(ConditionalComments, TheTerminatorMovesWithTheText) {
   EXPECT_EQ(Shorten(std::string("<![if !supportLists]>\0", 22)), std::string("<![if !V]>\0", 11));
 }
 
-// The form is written although the bracket stands in its way, and over a terminator too.
+// The form is written although the bracket is in its way, and over a terminator too.
 TEST(ConditionalComments, AShortOneAtTheEndCostsTheTerminator) {
   EXPECT_EQ(Shorten(std::string("<![if]x\0", 8)), "<![if]!V");
   EXPECT_EQ(Shorten(std::string("<![if]\0", 7)), std::string("<![if]\0", 7));
@@ -90,8 +88,8 @@ TEST(ConditionalComments, ABracketAtTheEndIsEnough) {
   EXPECT_EQ(Shorten("<![if !supportLists]"), "<![if !V]");
 }
 
-// "<![if " and 12 more bytes in front of the bracket: ten bytes are cut, and the bracket and nine
-// bytes behind it are passed over.
+// "<![if " and 12 more bytes before the bracket: ten bytes are cut, and the bracket and nine
+// bytes after it are passed over.
 TEST(ConditionalComments, AsManyBytesAsWereCutArePassedOver) {
   const std::string comment = "<![if 123456789012]";
   const std::string shortened = "<![if !V]";
@@ -108,11 +106,11 @@ TEST(ConditionalComments, EachCutPassesOverItsOwnCount) {
   EXPECT_EQ(Shorten(Repeat(text, 5)), Repeat(shortened + "123456789", 5));
 }
 
-TEST(ConditionalComments, APlaceBehindTheTextEndsThePass) {
+TEST(ConditionalComments, APlaceAfterTheTextEndsThePass) {
   EXPECT_EQ(Shorten("<![if " + Times(50, 'x') + "]<![if 12345]"), "<![if !V]<![if 12345]");
 }
 
-TEST(ConditionalComments, ANearBracketEndsThePassBehindTheWrites) {
+TEST(ConditionalComments, ANearBracketEndsThePassAfterTheWrites) {
   EXPECT_EQ(Shorten("<![if a]><![if 123456]"), "<![if !V><![if 123456]");
   EXPECT_EQ(Shorten("<![if ]><![if 123456]"), "<![if !V<![if 123456]");
   EXPECT_EQ(Shorten("<![if]><![if 123456]"), "<![if]!V![if 123456]");
@@ -195,7 +193,7 @@ TEST(ConditionalComments, ManyTakeOnePass) {
 
 const std::string kValue = "&nbsp;value=\"";
 
-// A division whose only value has its closing quote `distance` bytes behind the "&nbsp;".
+// A division whose only value has its closing quote `distance` bytes after the "&nbsp;".
 std::string Division(size_t distance) {
   return "<div>" + kValue + Times(distance - 13, 'v') + "\"x</div>";
 }
@@ -212,9 +210,9 @@ TEST(LongValues, Of10000BytesStay) {
   EXPECT_EQ(Cut(Division(200)), Division(200));
 }
 
-// From "<div>" to "</div>", with the value's quote behind the division.
+// From "<div>" to "</div>", with the value's quote after the division.
 TEST(LongValues, OnlyInDivisionsOfMoreThan10000Bytes) {
-  const std::string text = kValue + Times(9978, 'v');  // behind "<div>": 9996 bytes in all
+  const std::string text = kValue + Times(9978, 'v');  // after "<div>": 9996 bytes in all
   EXPECT_EQ(("<div>" + text).size(), 9996u);
   const std::string just = "<div>" + text + "vvvv</div>\"";
   EXPECT_EQ(just.find("</div>"), 10000u);
@@ -242,14 +240,14 @@ TEST(LongValues, OtherDivisionsStay) {
             "<div a>" + kValue + longText + "\"</div>");
 }
 
-TEST(LongValues, AValueBehindTheDivisionStays) {
+TEST(LongValues, AValueAfterTheDivisionStays) {
   const std::string text =
       "<div>" + Times(20000, 'x') + "</div>" + kValue + Times(20000, 'v') + "\"</div>";
   EXPECT_EQ(Cut(text), text);
 }
 
-// The quote is looked for up to 26 bytes behind the beginning of "</div>".
-TEST(LongValues, TheQuoteMayStandALittleBehindTheDivision) {
+// The quote is looked for up to 26 bytes after the beginning of "</div>".
+TEST(LongValues, TheQuoteMayComeALittleAfterTheDivision) {
   const std::string start = "<div>" + kValue + Times(10000, 'v') + "</div>";
   EXPECT_EQ(Cut(start + Times(19, 'b') + "\"c"), "<div>" + kValue + Times(97, 'v') + "\"c");
   EXPECT_EQ(Cut(start + Times(20, 'b') + "\"c"), start + Times(20, 'b') + "\"c");
@@ -273,7 +271,7 @@ TEST(LongValues, EveryDivisionIsLookedAt) {
 }
 
 // What follows the quote of a cut value is searched again 6 bytes on.
-TEST(LongValues, TheSearchGoesOnSixBytesBehindTheBeginningOfTheQuote) {
+TEST(LongValues, TheSearchGoesOnSixBytesAfterTheBeginningOfTheQuote) {
   const std::string start = "<div>" + kValue + Times(10000, 'v') + "\"";
   const std::string cutStart = "<div>" + kValue + Times(97, 'v') + "\"";
   EXPECT_EQ(Cut(start + "12345" + Division(10001)), cutStart + "12345" + kCutDivision);

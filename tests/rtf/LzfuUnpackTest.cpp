@@ -15,7 +15,7 @@
 namespace tarn::test {
 namespace {
 
-// The position reached, which has to be that of the plain loop, with the same bytes in front of it.
+// The position reached, which has to be that of the plain loop, with the same bytes before it.
 uint64_t Unpack(std::string_view contents, size_t room, size_t end) {
   std::vector<unsigned char> packed(contents.begin(), contents.end());
   packed.shrink_to_fit();
@@ -33,17 +33,17 @@ uint64_t Unpack(std::string_view contents, size_t room, size_t end) {
 
 // Groups that end with a literal, for which 17 bytes would be copied where there is room, and then
 // fewer than these until the input ends. The text is long enough for a whole group.
-TEST(UnpackLzfu, ALastLiteralReadsNothingBehindTheInput) {
+TEST(UnpackLzfu, ALastLiteralReadsNothingAfterTheInput) {
   for (uint32_t references = 1; references <= 7; ++references) {
-    for (uint32_t behind = 1; behind <= 8; ++behind) {
+    for (uint32_t after = 1; after <= 8; ++after) {
       LzfuTokens tokens;
       for (uint32_t i = 0; i < references; ++i) tokens.reference(i, 17);
       for (uint32_t i = references; i < 8; ++i) tokens.literals("x");
-      for (uint32_t i = 0; i < behind; ++i) tokens.reference(i, 17);
-      const size_t end = 207 + 17 * references + (8 - references) + 17 * behind;
-      EXPECT_EQ(Unpack(tokens.bytes(), end, end), end) << references << " " << behind;
-      EXPECT_EQ(Unpack(tokens.bytes(), end + 500, end + 1), 0U) << references << " " << behind;
-      EXPECT_EQ(Unpack(tokens.bytes(), end - 1, end - 1), 0U) << references << " " << behind;
+      for (uint32_t i = 0; i < after; ++i) tokens.reference(i, 17);
+      const size_t end = 207 + 17 * references + (8 - references) + 17 * after;
+      EXPECT_EQ(Unpack(tokens.bytes(), end, end), end) << references << " " << after;
+      EXPECT_EQ(Unpack(tokens.bytes(), end + 500, end + 1), 0U) << references << " " << after;
+      EXPECT_EQ(Unpack(tokens.bytes(), end - 1, end - 1), 0U) << references << " " << after;
     }
   }
 }

@@ -13,7 +13,7 @@
 namespace tarn::test {
 
 // Unpacks into a block that is all the room there is, from position 207 until `end` is reached. The
-// position behind the last token, or 0 for damage.
+// position after the last token, or 0 for damage.
 inline size_t UnpackPlainly(std::string_view contents, std::string& block, size_t end) {
   block.replace(0, 207, LzfuStartText());
   size_t position = 207;
@@ -46,7 +46,7 @@ inline size_t UnpackPlainly(std::string_view contents, std::string& block, size_
 // What the first decoder is to leave of packed contents.
 inline Decoded DecodePlainly(std::string_view contents, size_t rawSize, const std::string& old) {
   std::string block(207 + rawSize + 1, '\0');
-  if (UnpackPlainly(contents, block, 207 + rawSize) == 0) return {-9, old};
+  if (UnpackPlainly(contents, block, 207 + rawSize) == 0) return {StatusNotSupported, old};
   const std::string text = block.substr(207, rawSize);
   return {1, !text.empty() && text.back() == '\0' ? text : text + '\0'};
 }
@@ -56,7 +56,7 @@ inline Decoded DecodePstPlainly(std::string_view contents, size_t rawSize, const
   const size_t end = 207 + rawSize;
   std::string block = old;
   if (old.size() < end) block.resize(end);
-  if (UnpackPlainly(contents, block, end) == 0) return {-9, old};
+  if (UnpackPlainly(contents, block, end) == 0) return {StatusNotSupported, old};
   const std::string text = block.substr(207, rawSize);
   block.replace(0, rawSize, text);
   block.resize(block.size() - 207);

@@ -20,14 +20,14 @@ class NaiveRtfToHtml {
  public:
   explicit NaiveRtfToHtml(std::string_view rtf) : rtf_(rtf) {}
 
-  // 1 or the failure; the text ends with a NUL.
-  int32_t run() {
-    int32_t status = head();
-    while (status == 1 && at_ < rtf_.size()) {
+  // After StatusOk the text ends with a NUL.
+  Status run() {
+    Status status = head();
+    while (status == StatusOk && at_ < rtf_.size()) {
       if (text.size() + 128 >= capacity - 1024) capacity += 1024;
       status = step();
     }
-    if (status == 1 && (text.empty() || text.back() != '\0')) text += '\0';
+    if (status == StatusOk && (text.empty() || text.back() != '\0')) text += '\0';
     return status;
   }
 
@@ -69,10 +69,10 @@ class NaiveRtfToHtml {
       return;
     }
   }
-  int32_t fontTable() {
+  Status fontTable() {
     at_ += 8;
     std::string_view rest = std::string_view(rtf_).substr(at_);
-    const int32_t status = ParseRtfFontTable(fonts_, rest);
+    const Status status = ParseRtfFontTable(fonts_, rest);
     at_ = rtf_.size() - rest.size();
     return status;
   }
@@ -84,7 +84,7 @@ class NaiveRtfToHtml {
     if (languageCodePage_ == 1049) languageCodePage_ = 1251;
   }
 
-  int32_t head() {
+  Status head() {
     uint32_t font = 0;
     uint32_t defaultFont = 0;
     bool seenFont = false;
@@ -102,7 +102,7 @@ class NaiveRtfToHtml {
         font = numberAndSpace();
         seenFont = true;
       } else if (is("\\fonttbl")) {
-        if (const int32_t status = fontTable(); status != 1) return status;
+        if (const Status status = fontTable(); status != StatusOk) return status;
       }
       if (at_ < rtf_.size()) ++at_;
     }
@@ -112,10 +112,10 @@ class NaiveRtfToHtml {
       lookUp(defaultFont);
     }
     push();
-    return 1;
+    return StatusOk;
   }
 
-  int32_t step() {
+  Status step() {
     const char byte = rtf_[at_];
     const char next = at_ + 1 < rtf_.size() ? rtf_[at_ + 1] : 'x';
     if (byte == '{') {
@@ -132,7 +132,7 @@ class NaiveRtfToHtml {
       text += byte;
       ++at_;
     }
-    return 1;
+    return StatusOk;
   }
 
   void wordWithText(std::string_view word, std::string_view written, bool eat) {
@@ -141,7 +141,7 @@ class NaiveRtfToHtml {
     if (eat) eatSpace();
   }
 
-  int32_t word() {
+  Status word() {
     if (is("\\*\\htmltag")) {
       tag();
     } else if (is("\\*\\mhtmltag")) {
@@ -200,7 +200,7 @@ class NaiveRtfToHtml {
       text += '\\';
       ++at_;
     }
-    return 1;
+    return StatusOk;
   }
 
   void tag() {

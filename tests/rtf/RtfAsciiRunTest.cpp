@@ -22,12 +22,12 @@ struct WrittenRun {
   TrackedBuffer<char> output;
   RtfFontsInForce inForce;
   uint64_t taken = 77777;
-  int32_t status = 0;
+  Status status;
 };
 
 void ExpectRun(std::u16string_view text, std::string_view written, uint64_t taken) {
   const WrittenRun run(text);
-  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.status, StatusOk);
   EXPECT_EQ(run.text(), written);
   EXPECT_EQ(run.taken, taken);
 }
@@ -43,7 +43,7 @@ TEST(WriteRtfAsciiRun, SpecialsAreEscaped) {
   ExpectRun(u"a\tb\r\n\x01\x1F c", "a\\'09b\\'0d\\'0a\\'01\\'1f c", 9);
 }
 
-TEST(WriteRtfAsciiRun, WhatStandsBetweenASpecialAndTheEndOfTheRunIsLost) {
+TEST(WriteRtfAsciiRun, WhatIsBetweenASpecialAndTheEndOfTheRunIsLost) {
   ExpectRun(u"union \u00E0", "", 6);
   ExpectRun(u"a{bc\u00E0", "a\\'7b", 4);
   ExpectRun(u"{\u00E0", "\\'7b", 1);
@@ -51,7 +51,7 @@ TEST(WriteRtfAsciiRun, WhatStandsBetweenASpecialAndTheEndOfTheRunIsLost) {
   ExpectRun(u"a\u0080", "", 1);
 }
 
-TEST(WriteRtfAsciiRun, NothingIsTakenInFrontOfOtherText) {
+TEST(WriteRtfAsciiRun, NothingIsTakenBeforeOtherText) {
   ExpectRun(u"\u00E0 bc", "", 0);
   ExpectRun(std::u16string_view(u"\0bc", 3), "", 0);
 }
@@ -75,42 +75,42 @@ TEST(WriteRtfAsciiRun, FontNumbersAreSigned) {
 
 TEST(WriteRtfAsciiRun, NoTextIsWrittenAsNothing) {
   const WrittenRun run(u"", 5, 3);
-  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.status, StatusOk);
   EXPECT_EQ(run.text(), "");
   EXPECT_EQ(run.taken, 0u);
   EXPECT_EQ(run.inForce.current, 5u);
   TrackedBuffer<char> output;
   RtfFontsInForce inForce{3, 5};
-  EXPECT_EQ(WriteRtfAsciiRun(output, inForce, {}, nullptr), 1);
+  EXPECT_EQ(WriteRtfAsciiRun(output, inForce, {}, nullptr), StatusOk);
 }
 
 TEST(WriteRtfAsciiRun, NullArgumentsFail) {
   TrackedBuffer<char> output;
   RtfFontsInForce inForce;
   uint64_t taken = 77777;
-  EXPECT_EQ(WriteRtfAsciiRun(output, inForce, {nullptr, 1}, &taken), -814);
-  EXPECT_EQ(WriteRtfAsciiRun(output, inForce, u"a", nullptr), -814);
+  EXPECT_EQ(WriteRtfAsciiRun(output, inForce, {nullptr, 1}, &taken), StatusNullArgument);
+  EXPECT_EQ(WriteRtfAsciiRun(output, inForce, u"a", nullptr), StatusNullArgument);
   EXPECT_EQ(output.length(), 0u);
 }
 
 TEST(WriteRtfAsciiRun, AFailedConversionIsReported) {
   PlainKernelFailAt(PlainKernelFaultText, 1);
   const WrittenRun first(u"ab{cd");
-  EXPECT_EQ(first.status, -1851);
+  EXPECT_EQ(first.status, StatusPathToUtf8Failed);
   EXPECT_EQ(first.text(), "");
   EXPECT_EQ(first.taken, 0u);
   PlainKernelFailAt(PlainKernelFaultText, 2);
   const WrittenRun second(u"ab{cd");
-  EXPECT_EQ(second.status, -1851);
+  EXPECT_EQ(second.status, StatusPathToUtf8Failed);
   EXPECT_EQ(second.text(), "ab\\'7b");
   PlainKernelFailAt(PlainKernelFaultText, 3);
-  EXPECT_EQ(WrittenRun(u"ab{cd").status, 1);
+  EXPECT_EQ(WrittenRun(u"ab{cd").status, StatusOk);
 }
 
 TEST(WriteRtfAsciiRun, NothingCollectedIsNotConverted) {
   PlainKernelFailAt(PlainKernelFaultText, 1);
   EXPECT_EQ(WrittenRun(u"{}\\", 5, 3).text(), "\\f3 \\'7b\\'7d\\'5c");
-  EXPECT_EQ(WrittenRun(u"lost\u00E0").status, 1);
+  EXPECT_EQ(WrittenRun(u"lost\u00E0").status, StatusOk);
 }
 
 TEST(WriteRtfAsciiRun, WithoutMemoryItFails) {
@@ -120,7 +120,7 @@ TEST(WriteRtfAsciiRun, WithoutMemoryItFails) {
       EXPECT_EQ(run.text(), "\\f3 ab\\'7bcd");
       return;
     }
-    EXPECT_EQ(run.status, -1);
+    EXPECT_EQ(run.status, StatusOutOfMemory);
     EXPECT_EQ(run.taken, 0u);
   };
   // The output for the font, the scratch for "ab", the scratch for "cd".
@@ -136,11 +136,11 @@ TEST(WriteRtfAsciiRun, AnOutputThatCannotGrowIsReported) {
     }
     RtfFontsInForce inForce{3, 5};
     uint64_t taken = 0;
-    // One scratch block stands in front of the growth unless the font does not fit.
+    // One scratch block comes before the growth unless the font does not fit.
     PlainKernelFailAt(PlainKernelFaultMemory, room == 0 ? 1 : 2);
     output.setLastError(StatusOk);
-    EXPECT_EQ(WriteRtfAsciiRun(output, inForce, u"ab{", &taken), -1) << room;
-    EXPECT_EQ(output.lastError(), -1) << room;
+    EXPECT_EQ(WriteRtfAsciiRun(output, inForce, u"ab{", &taken), StatusOutOfMemory) << room;
+    EXPECT_EQ(output.lastError(), StatusOutOfMemory) << room;
     EXPECT_EQ(output.length(), room) << room;
   }
 }

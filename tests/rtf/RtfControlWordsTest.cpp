@@ -24,7 +24,7 @@ TEST_P(RtfWord, ComesOutAs) { EXPECT_EQ(Body(GetParam().rtf), GetParam().html); 
 
 std::string NameOf(const ::testing::TestParamInfo<WordCase>& info) { return info.param.name; }
 
-// Every row of the table, with what is written and what happens behind the word.
+// Every row of the table, with what is written and what happens after the word.
 INSTANTIATE_TEST_SUITE_P(
     Row, RtfWord,
     ::testing::Values(
@@ -68,8 +68,8 @@ INSTANTIATE_TEST_SUITE_P(
         WordCase{"Unicode", "a\\u8364?b", "a&#8364;b"},
         WordCase{"UnicodeEatsOneBlank", "\\u8364 ?b", "&#8364;b"},
         WordCase{"UnicodeEatsTwoBlanks", "\\u8364  ?b", "&#8364;b"},
-        WordCase{"UnicodeTakesAThirdBlankForTheStandIn", "\\u8364   ?b", "&#8364;?b"},
-        WordCase{"MinusBehindAnyByte", "a\\x-b", "a&#0;b"},
+        WordCase{"UnicodeTakesAThirdBlankForTheReplacement", "\\u8364   ?b", "&#8364;?b"},
+        WordCase{"MinusAfterAnyByte", "a\\x-b", "a&#0;b"},
         WordCase{"AnythingElse", "a\\b b", "a\\b b"},
         WordCase{"AnythingElseAtTheEnd", "a\\", "a\\"}),
     NameOf);
@@ -79,7 +79,7 @@ INSTANTIATE_TEST_SUITE_P(
     Conflict, RtfWord,
     ::testing::Values(
         WordCase{"PardBeforePar", "\\pard\\plain\\par", "&nbsp;\r\n"},
-        WordCase{"ParBehindItsD", "\\par d", "\r\nd"}, WordCase{"LineIsLi", "\\line x", "ne x"},
+        WordCase{"ParAfterItsD", "\\par d", "\r\nd"}, WordCase{"LineIsLi", "\\line x", "ne x"},
         WordCase{"LiIsNotLang", "\\li1049 \\ansicpg1252 \\'e9", "&#xE9;"},
         WordCase{"LtrchIsNotLtrpar", "\\ltrpar", "\\ltrpar"},
         WordCase{"LtrIsNoWord", "\\ltrc", "\\ltrc"}, WordCase{"LanIsNoWord", "\\lan", "\\lan"},

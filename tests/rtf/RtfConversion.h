@@ -6,6 +6,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "Internal/Tarnclasses_.h"
 #include "rtf/RtfToHtml.h"
@@ -24,16 +25,13 @@ inline std::string Repeat(std::string_view text, size_t count) {
 
 // A text whose block ends where it does, so that a step outside is noticed.
 inline SizedBytes BytesOf(std::string_view bytes) {
-  SizedBytes text;
-  text.setData(AllocateBlock<char>(bytes.size(), TARN_HERE).take());
-  text.setLength(bytes.size());
-  if (text.data() != nullptr && !bytes.empty())
-    std::memcpy(text.data(), bytes.data(), bytes.size());
-  return text;
+  auto block = AllocateBlock<char>(bytes.size(), TARN_HERE);
+  if (block) bytes.copy(block.get(), bytes.size());
+  return SizedBytes(std::move(block), bytes.size());
 }
 
 struct Converted {
-  int32_t status = 0;
+  Status status;
   std::string bytes;  // all that the length counts; those of before where the call failed
 };
 
@@ -43,7 +41,7 @@ inline Converted ConvertRtf(std::string_view rtf) {
   Converted converted;
   converted.status = RtfToHtml(text);
   converted.bytes = std::string(text.view());
-  if (converted.status == 1) {
+  if (converted.status == StatusOk) {
     EXPECT_TRUE(converted.bytes.ends_with('\0'));
     EXPECT_LE(text.length(), 2 * rtf.size() + 1);
   } else {
@@ -56,7 +54,7 @@ inline Converted ConvertRtf(std::string_view rtf) {
 // The markup of a whole document, without the NUL.
 inline std::string HtmlOf(std::string_view rtf) {
   Converted converted = ConvertRtf(rtf);
-  EXPECT_EQ(converted.status, 1);
+  EXPECT_EQ(converted.status, StatusOk);
   if (!converted.bytes.empty()) converted.bytes.pop_back();
   return converted.bytes;
 }

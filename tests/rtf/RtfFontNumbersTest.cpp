@@ -13,7 +13,7 @@ namespace tarn {
 namespace {
 
 // Reads another table, with fonts of these numbers and code pages.
-int32_t Read(RtfFonts& fonts, std::initializer_list<std::pair<uint32_t, uint32_t>> added) {
+Status Read(RtfFonts& fonts, std::initializer_list<std::pair<uint32_t, uint32_t>> added) {
   std::string text;
   for (const auto& [number, codePage] : added) {
     text += "{\\f" + std::to_string(number) + "\\fcpg" + std::to_string(codePage) + ";}";

@@ -21,7 +21,7 @@ std::string Repeat(std::string_view text, int count) {
 // The entries of a table that holds these groups.
 std::string Fonts(std::string_view groups) {
   const Parsed parsed("\\fonttbl" + std::string(groups) + "}");
-  EXPECT_EQ(parsed.status, 1);
+  EXPECT_EQ(parsed.status, StatusOk);
   EXPECT_EQ(parsed.taken, static_cast<int64_t>(groups.size()) + 9);
   return Show(parsed.table);
 }
@@ -29,7 +29,7 @@ std::string Fonts(std::string_view groups) {
 // The entries that a scan which runs to the end of the data finds.
 std::string Unclosed(std::string_view text) {
   const Parsed parsed(text);
-  EXPECT_EQ(parsed.status, 1);
+  EXPECT_EQ(parsed.status, StatusOk);
   EXPECT_EQ(parsed.taken, static_cast<int64_t>(text.size()));
   return Show(parsed.table);
 }
@@ -38,14 +38,14 @@ TEST(RtfFontTableParser, AnUsualTable) {
   const Parsed parsed(
       "\\fonttbl{\\f0\\fswiss\\fcharset0 Arial;}{\\f37\\froman\\fcharset204\\fprq2 Times New "
       "Roman;}}\\pard");
-  EXPECT_EQ(parsed.status, 1);
+  EXPECT_EQ(parsed.status, StatusOk);
   EXPECT_EQ(parsed.taken, 86);
   EXPECT_EQ(Show(parsed.table), "0:1252:0:Arial|37:1251:0:Times New Roman");
 }
 
 TEST(RtfFontTableParser, TheTextMayBeginAfterTheWord) {
   const Parsed parsed("{\\f1 A;}}x");
-  EXPECT_EQ(parsed.status, 1);
+  EXPECT_EQ(parsed.status, StatusOk);
   EXPECT_EQ(parsed.taken, 9);
   EXPECT_EQ(Show(parsed.table), "1:0:0:A");
 }
@@ -67,7 +67,7 @@ TEST(RtfFontTableParser, EachGroupStartsWithoutANumber) {
   EXPECT_EQ(Fonts("\\f7{A;}"), "-1:0:0:A");
 }
 
-TEST(RtfFontTableParser, ACodePageInFrontOfAGroupIsTheGroups) {
+TEST(RtfFontTableParser, ACodePageBeforeAGroupIsTheGroups) {
   EXPECT_EQ(Fonts("\\fcharset128{\\f1 A;}{\\f2 B;}"), "1:932:0:A|2:0:0:B");
   EXPECT_EQ(Fonts("\\fcpg1250{\\f1 A;}{\\f2 B;}"), "1:1250:0:A|2:0:0:B");
 }
@@ -117,7 +117,7 @@ TEST(RtfFontTableParser, ACharsetWithoutDigitsIsZero) {
   EXPECT_EQ(Fonts("{\\f1\\fcharset A}"), "1:1252:0:A");
 }
 
-TEST(RtfFontTableParser, OnlyTheCodePageWordWithAnFInFrontCounts) {
+TEST(RtfFontTableParser, OnlyTheCodePageWordThatBeginsWithAnFCounts) {
   EXPECT_EQ(Fonts("{\\f1\\fcpg1251 A}"), "1:1251:0:A");
   EXPECT_EQ(Fonts("{\\f1\\cpg1251 A}"), "1:0:0:A");
   EXPECT_EQ(Fonts("{\\f1\\charset128 A}"), "1:0:0:A");
@@ -161,7 +161,7 @@ TEST(RtfFontTableParser, AnyByteMayBeginAName) {
   EXPECT_EQ(Fonts("{\\f1 7;}"), "1:0:0:7");
 }
 
-TEST(RtfFontTableParser, WhatStandsBetweenNamesBeginsNone) {
+TEST(RtfFontTableParser, WhatIsBetweenNamesBeginsNone) {
   EXPECT_EQ(Fonts("{\\f1 \r\n ;; A;}"), "1:0:0:A");
   EXPECT_EQ(Fonts("{\\f1 A;\r\n; }"), "1:0:0:A");
 }
@@ -206,14 +206,14 @@ TEST(RtfFontTableParser, WordsInInnerGroupsCount) {
   EXPECT_EQ(Fonts("{{\\f4\\fcharset2 x}A;}"), "4:42:0:A");
 }
 
-TEST(RtfFontTableParser, FontsOfOneNumberStandSideBySide) {
+TEST(RtfFontTableParser, FontsOfOneNumberAreSideBySide) {
   EXPECT_EQ(Fonts("{\\f1 A;}{\\f1 B;}"), "1:0:0:A|1:0:0:B");
 }
 
-TEST(RtfFontTableParser, TheEntriesComeBehindWhatTheTableHolds) {
+TEST(RtfFontTableParser, TheEntriesComeAfterWhatTheTableHolds) {
   RtfFontTable table;
   for (std::string_view text : {"{\\f1 A;}}", "{\\f2 B;}}"}) {
-    EXPECT_EQ(ParseRtfFontTable(table, text), 1);
+    EXPECT_EQ(ParseRtfFontTable(table, text), StatusOk);
   }
   EXPECT_EQ(Show(table), "1:0:0:A|2:0:0:B");
 }
@@ -240,13 +240,13 @@ TEST(RtfFontTableParser, ABackslashThatFewerThanTwoBytesFollowFails) {
   for (const char* const text : {"\\", "\\}", "\\x", "{\\f1 A;}\\}", "{\\f1 A;}\\x",
                                  "{\\f1 A;}{\\f2 B;\\", "{\\f1 A;}{\\f2 B;\\f"}) {
     const Parsed parsed(text);
-    EXPECT_EQ(parsed.status, -9) << text;
+    EXPECT_EQ(parsed.status, StatusNotSupported) << text;
     EXPECT_EQ(parsed.taken, 0) << text;
   }
   EXPECT_EQ(Show(Parsed("{\\f1 A;}{\\f2 B;\\").table), "1:0:0:A");
 }
 
-TEST(RtfFontTableParser, TwoBytesBehindTheLastBackslashAreEnough) {
+TEST(RtfFontTableParser, TwoBytesAfterTheLastBackslashAreEnough) {
   EXPECT_EQ(Unclosed("\\ab"), "");
   EXPECT_EQ(Unclosed("\\f1"), "");
 }
@@ -258,7 +258,7 @@ TEST(RtfFontTableParser, EveryCutOfATableIsHandled) {
     const Parsed parsed(std::string_view(table).substr(0, length));
     const bool cut =
         length > 0 && (table[length - 1] == '\\' || (length > 1 && table[length - 2] == '\\'));
-    EXPECT_EQ(parsed.status, cut ? -9 : 1) << length;
+    EXPECT_EQ(parsed.status, cut ? StatusNotSupported : StatusOk) << length;
     EXPECT_EQ(parsed.taken, cut ? 0 : static_cast<int64_t>(length)) << length;
   }
 }
@@ -270,7 +270,7 @@ TEST(RtfFontTableParser, WithoutMemoryItFailsAndLeavesTheText) {
       EXPECT_EQ(Show(parsed.table), "1:0:0:B|-1:0:0:-");
       return;
     }
-    EXPECT_EQ(parsed.status, -1);
+    EXPECT_EQ(parsed.status, StatusOutOfMemory);
     EXPECT_EQ(parsed.taken, 0);
     EXPECT_EQ(Show(parsed.table), faulted.ordinal() == 4 ? "1:0:0:B" : "");
   };
@@ -293,11 +293,11 @@ TEST(RtfFontTableParser, MoreFontsThanNumbersAreRefused) {
   RtfFontTable table;
   table.entries = test::ZeroEntries(32767);
   std::string_view last = "{}";
-  EXPECT_EQ(ParseRtfFontTable(table, last), 1);
+  EXPECT_EQ(ParseRtfFontTable(table, last), StatusOk);
   EXPECT_EQ(table.count(), 32768u);
   EXPECT_EQ(last, "");
   std::string_view more = "{}}";
-  EXPECT_EQ(ParseRtfFontTable(table, more), -1);
+  EXPECT_EQ(ParseRtfFontTable(table, more), StatusOutOfMemory);
   EXPECT_EQ(table.count(), 32768u);
   EXPECT_EQ(more, "{}}");
 }
@@ -315,7 +315,7 @@ TEST(RtfFontTableParser, HostileTablesTakeOneNameEach) {
     const Parsed parsed(table);
     PlainKernelUsageRecord after = {};
     PlainKernelUsage(&after);
-    EXPECT_EQ(parsed.status, 1) << text;
+    EXPECT_EQ(parsed.status, StatusOk) << text;
     EXPECT_EQ(parsed.taken, static_cast<int64_t>(table.size())) << text;
     EXPECT_LE(after.allocationCalls - before.allocationCalls, static_cast<uint64_t>(count)) << text;
     EXPECT_EQ(after.liveBlocks, before.liveBlocks) << text;

@@ -23,13 +23,13 @@ constexpr std::string_view kDocument =
 // The result of FontForCodePage, or the number of the font.
 int64_t Font(RtfFonts& fonts, uint32_t codePage) {
   uint32_t number = 77777;
-  const int32_t status = FontForCodePage(fonts, codePage, number);
-  return status == 1 ? int64_t{number} : int64_t{status};
+  const Status status = FontForCodePage(fonts, codePage, number);
+  return status.ok() ? int64_t{number} : int64_t{status.code()};
 }
 
 TEST(PrepareRtfFontTable, ReadsADocument) {
   RtfFonts fonts;
-  EXPECT_EQ(Prepare(fonts, kDocument), 1);
+  EXPECT_EQ(Prepare(fonts, kDocument), StatusOk);
   EXPECT_EQ(fonts.table().ansiCodePage, 1251u);
   EXPECT_EQ(fonts.table().defaultFont, 3u);
   EXPECT_EQ(fonts.table().parsed, 1u);
@@ -53,19 +53,19 @@ TEST(PrepareRtfFontTable, AFreshTable) {
 
 TEST(PrepareRtfFontTable, ReadsOnlyOnce) {
   RtfFonts fonts;
-  EXPECT_EQ(Prepare(fonts, kDocument), 1);
-  EXPECT_EQ(Prepare(fonts, "no RTF at all"), 1);
-  EXPECT_EQ(Prepare(fonts, kDocument), 1);
+  EXPECT_EQ(Prepare(fonts, kDocument), StatusOk);
+  EXPECT_EQ(Prepare(fonts, "no RTF at all"), StatusOk);
+  EXPECT_EQ(Prepare(fonts, kDocument), StatusOk);
   EXPECT_EQ(Show(fonts), "3:1251:0:Arial|9:0:0:B");
 }
 
-// A table that was added to a document without one does not stand in for that of the next.
+// A table that was added to a document without one is not taken for that of the next.
 TEST(PrepareRtfFontTable, ASecondDocumentBringsItsOwnText) {
   RtfFonts fonts;
-  EXPECT_EQ(Prepare(fonts, "{\\rtf1\\fromtext x}"), 1);
+  EXPECT_EQ(Prepare(fonts, "{\\rtf1\\fromtext x}"), StatusOk);
   EXPECT_EQ(Add(fonts, "Symbol", "nil", 42, 2), 0);
   EXPECT_EQ(TableText(fonts), "\x0Conttbl{\\f0 \\nil \\fcharset2 Symbol}}");
-  EXPECT_EQ(Prepare(fonts, kDocument), 1);
+  EXPECT_EQ(Prepare(fonts, kDocument), StatusOk);
   EXPECT_EQ(TableText(fonts), "\\fonttbl{\\f3\\fcharset204 Arial;}{\\f9 B;}}");
   EXPECT_EQ(Show(fonts), "0:42:2:Symbol|3:1251:0:Arial|9:0:0:B");
   EXPECT_EQ(fonts.table().nextNumber, 10u);
@@ -76,7 +76,7 @@ TEST(PrepareRtfFontTable, ARefusedBudgetIsTheResult) {
   const std::string document = "{\\fonttbl{\\f1 A;}" + std::string(8'000'000, ' ') + "}";
   PlainKernelSetMemoryBudget(1000);
   RtfFonts fonts;
-  EXPECT_EQ(Prepare(fonts, document), -1);
+  EXPECT_EQ(Prepare(fonts, document), StatusOutOfMemory);
   EXPECT_EQ(fonts.table().parsed, 0u);
   PlainKernelSetMemoryBudget(UINT64_MAX);
 }
@@ -84,15 +84,16 @@ TEST(PrepareRtfFontTable, ARefusedBudgetIsTheResult) {
 TEST(PrepareRtfFontTable, WhatADocumentDoesNotSayStays) {
   RtfFonts fonts;
   fonts.setAnsiCodePage(1250);
-  EXPECT_EQ(Prepare(fonts, "\\from\\deff8"), 1);
-  EXPECT_EQ(Prepare(fonts, "{\\rtf1{\\fonttbl{\\f1 A;}}}"), 1);
+  EXPECT_EQ(Prepare(fonts, "\\from\\deff8"), StatusOk);
+  EXPECT_EQ(Prepare(fonts, "{\\rtf1{\\fonttbl{\\f1 A;}}}"), StatusOk);
   EXPECT_EQ(fonts.table().ansiCodePage, 1250u);
   EXPECT_EQ(fonts.table().defaultFont, 8u);
 }
 
 TEST(PrepareRtfFontTable, WordsAreFoundAnywhereAndTheFirstCounts) {
   RtfFonts fonts;
-  EXPECT_EQ(Prepare(fonts, "\\fonttbl{\\f1 A;}}{\\deff7\\ansicpg932 \\deff8\\ansicpg949"), 1);
+  EXPECT_EQ(Prepare(fonts, "\\fonttbl{\\f1 A;}}{\\deff7\\ansicpg932 \\deff8\\ansicpg949"),
+            StatusOk);
   EXPECT_EQ(fonts.table().ansiCodePage, 932u);
   EXPECT_EQ(fonts.table().defaultFont, 7u);
   EXPECT_EQ(fonts.table().tableStart, 0u);
@@ -102,14 +103,15 @@ TEST(PrepareRtfFontTable, WordsAreFoundAnywhereAndTheFirstCounts) {
 TEST(PrepareRtfFontTable, AWordWithoutDigitsIsZero) {
   RtfFonts fonts;
   fonts.setAnsiCodePage(1250);
-  EXPECT_EQ(Prepare(fonts, "\\ansicpg\\deff-1\\fonttbl}"), 1);
+  EXPECT_EQ(Prepare(fonts, "\\ansicpg\\deff-1\\fonttbl}"), StatusOk);
   EXPECT_EQ(fonts.table().ansiCodePage, 0u);
   EXPECT_EQ(fonts.table().defaultFont, 0u);
 }
 
 TEST(PrepareRtfFontTable, NumbersWrapIn32Bits) {
   RtfFonts fonts;
-  EXPECT_EQ(Prepare(fonts, "\\deff4294967295\\ansicpg4294968548\\fonttbl{\\f4294967295 A}}"), 1);
+  EXPECT_EQ(Prepare(fonts, "\\deff4294967295\\ansicpg4294968548\\fonttbl{\\f4294967295 A}}"),
+            StatusOk);
   EXPECT_EQ(fonts.table().defaultFont, 0xFFFFFFFFu);
   EXPECT_EQ(fonts.table().ansiCodePage, 1252u);
   EXPECT_EQ(fonts.table().nextNumber, 0u);
@@ -117,7 +119,7 @@ TEST(PrepareRtfFontTable, NumbersWrapIn32Bits) {
 
 TEST(PrepareRtfFontTable, AnEmptyTableStartsAtZero) {
   RtfFonts fonts;
-  EXPECT_EQ(Prepare(fonts, "{\\fonttbl}"), 1);
+  EXPECT_EQ(Prepare(fonts, "{\\fonttbl}"), StatusOk);
   EXPECT_EQ(fonts.table().nextNumber, 0u);
   EXPECT_EQ(fonts.table().parsed, 1u);
   EXPECT_EQ(TableText(fonts), "\\fonttbl}");
@@ -125,19 +127,19 @@ TEST(PrepareRtfFontTable, AnEmptyTableStartsAtZero) {
 
 TEST(PrepareRtfFontTable, TheLastFontGivesTheNextNumberNotTheHighest) {
   RtfFonts fonts;
-  EXPECT_EQ(Prepare(fonts, "{\\fonttbl{\\f90 A}{\\f4 B}}"), 1);
+  EXPECT_EQ(Prepare(fonts, "{\\fonttbl{\\f90 A}{\\f4 B}}"), StatusOk);
   EXPECT_EQ(fonts.table().nextNumber, 5u);
 }
 
 TEST(PrepareRtfFontTable, AFontWithoutANumberIsFollowedByZero) {
   RtfFonts fonts;
-  EXPECT_EQ(Prepare(fonts, "{\\fonttbl{\\f90 A}{B}}"), 1);
+  EXPECT_EQ(Prepare(fonts, "{\\fonttbl{\\f90 A}{B}}"), StatusOk);
   EXPECT_EQ(fonts.table().nextNumber, 0u);
 }
 
 TEST(PrepareRtfFontTable, AnUnclosedTableReachesToTheEnd) {
   RtfFonts fonts;
-  EXPECT_EQ(Prepare(fonts, "{\\fonttbl{\\f1 A;}x"), 1);
+  EXPECT_EQ(Prepare(fonts, "{\\fonttbl{\\f1 A;}x"), StatusOk);
   EXPECT_EQ(fonts.table().tableStart, 1u);
   EXPECT_EQ(fonts.table().tableEnd, 18u);
   EXPECT_EQ(TableText(fonts), "\\fonttbl{\\f1 A;}x");
@@ -145,7 +147,7 @@ TEST(PrepareRtfFontTable, AnUnclosedTableReachesToTheEnd) {
 
 TEST(PrepareRtfFontTable, WithoutATableThereIsAnInsertionPoint) {
   RtfFonts fonts;
-  EXPECT_EQ(Prepare(fonts, "{\\rtf1\\ansicpg1250\\deff2\\fromtext \\fromhtml"), 1);
+  EXPECT_EQ(Prepare(fonts, "{\\rtf1\\ansicpg1250\\deff2\\fromtext \\fromhtml"), StatusOk);
   EXPECT_EQ(fonts.table().parsed, 0u);
   EXPECT_EQ(fonts.table().nextNumber, 0u);
   EXPECT_EQ(fonts.table().tableStart, 24u);
@@ -157,22 +159,23 @@ TEST(PrepareRtfFontTable, WithoutATableThereIsAnInsertionPoint) {
 
 TEST(PrepareRtfFontTable, WithoutEitherItFails) {
   RtfFonts fonts;
-  EXPECT_EQ(Prepare(fonts, "{\\rtf1\\ansicpg1250 \\Fonttbl \\FROM}"), -9);
-  EXPECT_EQ(Prepare(fonts, ""), -9);
-  EXPECT_EQ(PrepareRtfFontTable(fonts, nullptr, 0), -9);
+  EXPECT_EQ(Prepare(fonts, "{\\rtf1\\ansicpg1250 \\Fonttbl \\FROM}"), StatusNotSupported);
+  EXPECT_EQ(Prepare(fonts, ""), StatusNotSupported);
+  EXPECT_EQ(PrepareRtfFontTable(fonts, nullptr, 0), StatusNotSupported);
   EXPECT_EQ(fonts.table().parsed, 0u);
 }
 
 TEST(PrepareRtfFontTable, AFailingParserIsTheResult) {
   RtfFonts fonts;
-  EXPECT_EQ(Prepare(fonts, "{\\fonttbl{\\f1 A;\\"), -9);
+  EXPECT_EQ(Prepare(fonts, "{\\fonttbl{\\f1 A;\\"), StatusNotSupported);
   EXPECT_EQ(fonts.table().parsed, 0u);
   EXPECT_EQ(TableText(fonts), "");
 }
 
 TEST(PrepareRtfFontTable, TheWholeLengthIsSearched) {
   RtfFonts fonts;
-  EXPECT_EQ(Prepare(fonts, std::string_view("\\deff5\0{\\fonttbl{\\f1 A}}\0\\ansicpg949", 37)), 1);
+  EXPECT_EQ(Prepare(fonts, std::string_view("\\deff5\0{\\fonttbl{\\f1 A}}\0\\ansicpg949", 37)),
+            StatusOk);
   EXPECT_EQ(fonts.table().ansiCodePage, 949u);
   EXPECT_EQ(fonts.table().tableStart, 8u);
 }
@@ -180,8 +183,8 @@ TEST(PrepareRtfFontTable, TheWholeLengthIsSearched) {
 TEST(PrepareRtfFontTable, WithoutMemoryItFails) {
   const auto round = [](test::FaultedWork& faulted) {
     RtfFonts fonts;
-    const int32_t status = faulted([&] { return Prepare(fonts, "{\\fonttbl{\\f1 A;}}"); });
-    EXPECT_EQ(status, faulted.isReached() ? -1 : 1);
+    const Status status = faulted([&] { return Prepare(fonts, "{\\fonttbl{\\f1 A;}}"); });
+    EXPECT_EQ(status, faulted.isReached() ? StatusOutOfMemory : StatusOk);
     if (faulted.isReached()) {
       EXPECT_EQ(fonts.table().parsed, 0u);
     }
@@ -192,9 +195,10 @@ TEST(PrepareRtfFontTable, WithoutMemoryItFails) {
 
 TEST(FontForCodePage, TheFirstEntryOfTheCodePage) {
   RtfFonts fonts;
-  Prepare(fonts,
-          "\\ansicpg1252{\\fonttbl{\\f4\\fcharset204 A}{\\f5\\fcharset161 B}{\\f6"
-          "\\fcharset161 C}}");
+  EXPECT_EQ(Prepare(fonts,
+                    "\\ansicpg1252{\\fonttbl{\\f4\\fcharset204 A}{\\f5\\fcharset161 B}{\\f6"
+                    "\\fcharset161 C}}"),
+            StatusOk);
   EXPECT_EQ(Font(fonts, 1253), 5);
   EXPECT_EQ(Font(fonts, 1251), 4);
   EXPECT_EQ(Font(fonts, 1253), 5);
@@ -203,14 +207,16 @@ TEST(FontForCodePage, TheFirstEntryOfTheCodePage) {
 
 TEST(FontForCodePage, AnEntryWithoutACodePageHasTheDocuments) {
   RtfFonts fonts;
-  Prepare(fonts, "\\ansicpg1250{\\fonttbl{\\f4 A}{\\f5\\fcharset238 B}{\\f6\\fcharset204 C}}");
+  EXPECT_EQ(
+      Prepare(fonts, "\\ansicpg1250{\\fonttbl{\\f4 A}{\\f5\\fcharset238 B}{\\f6\\fcharset204 C}}"),
+      StatusOk);
   EXPECT_EQ(Font(fonts, 1250), 4);
   EXPECT_EQ(Font(fonts, 1251), 6);
 }
 
 TEST(FontForCodePage, TheDocumentsCodePageMayChange) {
   RtfFonts fonts;
-  Prepare(fonts, "\\ansicpg1252{\\fonttbl{\\f1 A}{\\f2\\fcharset161 B}}");
+  EXPECT_EQ(Prepare(fonts, "\\ansicpg1252{\\fonttbl{\\f1 A}{\\f2\\fcharset161 B}}"), StatusOk);
   for (int i = 0; i < 2; ++i) {
     fonts.setAnsiCodePage(1252);
     EXPECT_EQ(Font(fonts, 1253), 2);
@@ -221,16 +227,16 @@ TEST(FontForCodePage, TheDocumentsCodePageMayChange) {
 
 TEST(FontForCodePage, ACodePageWithoutACharsetFails) {
   RtfFonts fonts;
-  Prepare(fonts, "\\ansicpg65001{\\fonttbl}");
-  EXPECT_EQ(Font(fonts, 65001), -13);
-  EXPECT_EQ(Font(fonts, 20866), -13);
+  EXPECT_EQ(Prepare(fonts, "\\ansicpg65001{\\fonttbl}"), StatusOk);
+  EXPECT_EQ(Font(fonts, 65001), StatusBadArgument);
+  EXPECT_EQ(Font(fonts, 20866), StatusBadArgument);
   EXPECT_EQ(fonts.table().changed, 0u);
   EXPECT_EQ(TableText(fonts), "\\fonttbl}");
 }
 
 TEST(FontForCodePage, AForeignCodePageOfAnEntryIsFound) {
   RtfFonts fonts;
-  Prepare(fonts, "\\ansicpg1252{\\fonttbl{\\f4\\fcpg20866 A}}");
+  EXPECT_EQ(Prepare(fonts, "\\ansicpg1252{\\fonttbl{\\f4\\fcpg20866 A}}"), StatusOk);
   EXPECT_EQ(Font(fonts, 20866), 4);
 }
 
@@ -259,7 +265,7 @@ TEST(FontForCodePage, AFontIsAddedForEachCodePage) {
   };
   for (const Case& row : cases) {
     RtfFonts fonts;
-    Prepare(fonts, "{\\fonttbl{\\f6\\fcpg1 A;}}");
+    EXPECT_EQ(Prepare(fonts, "{\\fonttbl{\\f6\\fcpg1 A;}}"), StatusOk);
     EXPECT_EQ(Font(fonts, row.codePage), 7) << row.codePage;
     EXPECT_EQ(TableText(fonts), "\\fonttbl{\\f6\\fcpg1 A;}{\\f7 " + std::string(row.font) + "}}");
     ASSERT_EQ(fonts.table().count(), 2u);
@@ -276,15 +282,15 @@ TEST(FontForCodePage, ManyCodePagesAreAllFoundAgain) {
   for (int i = 0; i < 100; ++i) {
     document += "{\\f" + std::to_string(i) + "\\fcpg" + std::to_string(2000 + i) + "}";
   }
-  Prepare(fonts, document + "}");
+  EXPECT_EQ(Prepare(fonts, document + "}"), StatusOk);
   for (int round = 0; round < 2; ++round) {
     for (uint32_t i = 0; i < 100; ++i) EXPECT_EQ(Font(fonts, 2000 + i), i);
   }
 }
 
-TEST(AddRtfFont, TheGroupGoesInFrontOfTheLastByte) {
+TEST(AddRtfFont, TheGroupGoesBeforeTheLastByte) {
   RtfFonts fonts;
-  Prepare(fonts, kDocument);
+  EXPECT_EQ(Prepare(fonts, kDocument), StatusOk);
   EXPECT_EQ(Add(fonts, "MS Gothic", "swiss", 932, 128), 10);
   EXPECT_EQ(Add(fonts, "Gulim", "", 0, 0), 11);
   EXPECT_EQ(TableText(fonts),
@@ -297,7 +303,7 @@ TEST(AddRtfFont, TheGroupGoesInFrontOfTheLastByte) {
 
 TEST(AddRtfFont, ADocumentWithoutATableGetsOneThatBeginsWithAFormFeed) {
   RtfFonts fonts;
-  Prepare(fonts, "{\\rtf1\\fromtext x}");
+  EXPECT_EQ(Prepare(fonts, "{\\rtf1\\fromtext x}"), StatusOk);
   EXPECT_EQ(Add(fonts, "Arial", "swiss", 1252, 0), 0);
   EXPECT_EQ(TableText(fonts), "\x0Conttbl{\\f0 \\swiss \\fcharset0 Arial}}");
   EXPECT_EQ(Add(fonts, "Symbol", "nil", 42, 2), 1);
@@ -307,7 +313,7 @@ TEST(AddRtfFont, ADocumentWithoutATableGetsOneThatBeginsWithAFormFeed) {
 
 TEST(AddRtfFont, TheLastByteOfAnUnclosedTableIsWhateverItIs) {
   RtfFonts fonts;
-  Prepare(fonts, "{\\fonttbl{\\f1 A;}xy");
+  EXPECT_EQ(Prepare(fonts, "{\\fonttbl{\\f1 A;}xy"), StatusOk);
   EXPECT_EQ(Add(fonts, "B", "nil", 42, 2), 2);
   EXPECT_EQ(TableText(fonts), "\\fonttbl{\\f1 A;}x{\\f2 \\nil \\fcharset2 B}y");
 }
@@ -319,11 +325,11 @@ TEST(AddRtfFont, NumbersAreSignedInTheText) {
   EXPECT_EQ(fonts.table().nextNumber, 0u);
 }
 
-TEST(AddRtfFont, AGroupThatDoesNotFitIsCutInFrontOfItsBrace) {
+TEST(AddRtfFont, AGroupThatDoesNotFitIsCutBeforeItsBrace) {
   const std::string longest(75, 'x');  // "{\f0 \swiss \fcharset0 " is 23 bytes, the brace one
   for (const char* const more : {"", "y", "yz", "yyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyy"}) {
     RtfFonts fonts;
-    Prepare(fonts, "{\\fonttbl}");
+    EXPECT_EQ(Prepare(fonts, "{\\fonttbl}"), StatusOk);
     const std::string name = longest + more;
     EXPECT_EQ(Add(fonts, name.c_str(), "swiss", 1252, 0), 0);
     EXPECT_EQ(TableText(fonts), "\\fonttbl{\\f0 \\swiss \\fcharset0 " + longest + "}}");
@@ -343,7 +349,7 @@ TEST(AddRtfFont, WithoutMemoryTheTableIsAsItWas) {
   for (const char* const document : {"\\from", "{\\fonttbl{\\f3 A;}}"}) {
     const auto round = [document](test::FaultedWork& faulted) {
       RtfFonts fonts;
-      ASSERT_EQ(Prepare(fonts, document), 1);
+      ASSERT_EQ(Prepare(fonts, document), StatusOk);
       const std::string entries = Show(fonts);
       const std::string text = TableText(fonts);
       const uint32_t next = fonts.table().nextNumber;
@@ -352,7 +358,7 @@ TEST(AddRtfFont, WithoutMemoryTheTableIsAsItWas) {
         EXPECT_EQ(result, next);
         return;
       }
-      EXPECT_EQ(result, -1);
+      EXPECT_EQ(result, StatusOutOfMemory);
       EXPECT_EQ(Show(fonts), entries);
       EXPECT_EQ(TableText(fonts), text);
       EXPECT_EQ(fonts.table().nextNumber, next);
@@ -367,7 +373,7 @@ TEST(AddRtfFont, WithoutMemoryTheTableIsAsItWas) {
 
 TEST(AddRtfFont, ARefusedBudgetKeepsTheText) {
   RtfFonts fonts;
-  Prepare(fonts, "{\\fonttbl{\\f3 A;}" + std::string(8'000'100, ' ') + "}");
+  EXPECT_EQ(Prepare(fonts, "{\\fonttbl{\\f3 A;}" + std::string(8'000'100, ' ') + "}"), StatusOk);
   // Text without room for a group of 30 bytes, at the size from which the host is asked.
   const TrackedBuffer<char>& text = fonts.table().tableText;
   const uint64_t full = text.capacity();
@@ -375,13 +381,13 @@ TEST(AddRtfFont, ARefusedBudgetKeepsTheText) {
   const std::string before = TableText(fonts);
   const std::string entries = Show(fonts);
   PlainKernelSetMemoryBudget(text.meter().current + 10);
-  EXPECT_EQ(Add(fonts, "Arial", "swiss", 1252, 0), -1);
+  EXPECT_EQ(Add(fonts, "Arial", "swiss", 1252, 0), StatusOutOfMemory);
   EXPECT_TRUE(TableText(fonts) == before);
   EXPECT_EQ(text.meter().current, full);
   EXPECT_EQ(Show(fonts), entries);
   PlainKernelSetMemoryBudget(UINT64_MAX);
   PlainKernelFailAt(PlainKernelFaultMemory, 2);  // the entry has its room already
-  EXPECT_EQ(Add(fonts, "Arial", "swiss", 1252, 0), -1);
+  EXPECT_EQ(Add(fonts, "Arial", "swiss", 1252, 0), StatusOutOfMemory);
   EXPECT_EQ(text.meter().current, full);
   const std::string next = std::to_string(fonts.table().nextNumber);
   EXPECT_EQ(std::to_string(Add(fonts, "Arial", "swiss", 1252, 0)), next);
@@ -391,7 +397,7 @@ TEST(AddRtfFont, ARefusedBudgetKeepsTheText) {
 
 TEST(RtfFontsRelease, FreesNamesAndEntries) {
   RtfFonts fonts;
-  Prepare(fonts, kDocument);
+  EXPECT_EQ(Prepare(fonts, kDocument), StatusOk);
   PlainKernelUsageRecord before = {};
   PlainKernelUsage(&before);
   fonts.release();
@@ -405,7 +411,7 @@ TEST(RtfFontsRelease, FreesNamesAndEntries) {
 
 TEST(RtfFontsRelease, WhatWasFoundIsForgotten) {
   RtfFonts fonts;
-  Prepare(fonts, "\\ansicpg1252{\\fonttbl{\\f4\\fcharset161 A}}");
+  EXPECT_EQ(Prepare(fonts, "\\ansicpg1252{\\fonttbl{\\f4\\fcharset161 A}}"), StatusOk);
   EXPECT_EQ(Font(fonts, 1253), 4);
   fonts.release();
   EXPECT_EQ(Font(fonts, 1253), 5);

@@ -14,7 +14,7 @@ using test::Repeat;
 
 constexpr uint32_t kUnknownCodePage = 4711;
 
-// A run behind `before` plain bytes.
+// A run after `before` plain bytes.
 struct DecodedRun {
   DecodedRun(std::string_view rtf, uint32_t codePage, uint64_t before = 0)
       : bytes(rtf.begin(), rtf.end()) {
@@ -121,7 +121,7 @@ TEST(RtfHexRun, TheEndCutsAFurtherEscapeOff) {
   EXPECT_EQ(DecodedRun("\\'82\\'a0\\'a", 932).taken, 8);
 }
 
-TEST(RtfHexRun, TheTextInFrontStays) {
+TEST(RtfHexRun, TheTextBeforeItStays) {
   DecodedRun run("\\'80", 1252, 3);
   EXPECT_EQ(run.output.from(0), "...&#x20AC;");
 }

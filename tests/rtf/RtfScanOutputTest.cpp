@@ -43,7 +43,7 @@ TEST(RtfScanOutput, BeginsWith2048Bytes) {
   EXPECT_EQ(output.limit(), 1024U);
 }
 
-TEST(RtfScanOutput, AStepGrowsIt128BytesInFrontOfTheLimit) {
+TEST(RtfScanOutput, AStepGrowsIt128BytesBeforeTheLimit) {
   Output below(895);
   EXPECT_TRUE(below.makeRoom());
   EXPECT_EQ(below.capacity(), 2048U);
@@ -64,7 +64,7 @@ TEST(RtfScanOutput, PlainBytesAreSteps) {
 }
 
 // Beyond the limit each of the first steps grows the block, then none does for a while.
-TEST(RtfScanOutput, StepsBehindALongRunCatchUp) {
+TEST(RtfScanOutput, StepsAfterALongRunCatchUp) {
   FullOutput output(256);
   EXPECT_EQ(output.length(), 2048U);
   EXPECT_EQ(output.capacity(), 2048U);
@@ -72,7 +72,7 @@ TEST(RtfScanOutput, StepsBehindALongRunCatchUp) {
   EXPECT_EQ(output.capacity(), 3072U);
   output.copy(1);
   EXPECT_EQ(output.capacity(), 4096U);
-  output.copy(894);  // up to 2944, 128 in front of the limit
+  output.copy(894);  // up to 2944, 128 before the limit
   EXPECT_EQ(output.capacity(), 4096U);
   output.copy(1);
   EXPECT_EQ(output.capacity(), 5120U);
@@ -99,12 +99,12 @@ TEST(RtfScanOutput, AReferenceIsCutAtTheLimit) {
   EXPECT_EQ(Output(0).referenceOf(65), "&#65;");
   EXPECT_EQ(Output(0).referenceOf(-1), "&#-1;");
   EXPECT_EQ(Output(0).referenceOf(INT32_MIN), "&#-2147483648;");
-  FullOutput output(256);  // 1024 behind the limit
+  FullOutput output(256);  // 1024 after the limit
   EXPECT_EQ(output.referenceOf(65), "");
   EXPECT_TRUE(output.makeRoom());  // at the limit
   EXPECT_EQ(output.referenceOf(65), "");
   FullOutput shorter(255);
-  EXPECT_TRUE(shorter.makeRoom());  // 8 in front of it
+  EXPECT_TRUE(shorter.makeRoom());  // 8 before it
   EXPECT_EQ(shorter.referenceOf(1234567), "&#123456");
   EXPECT_EQ(shorter.referenceOf(65), "");
 }
@@ -124,7 +124,7 @@ TEST(RtfScanOutput, AConversionWithMoreUnitsThanBytesHasRoom) {
 }
 
 // The text may then be longer than the capacity, and a step has its room all the same.
-TEST(RtfScanOutput, AStepBehindAConversionWithMoreUnitsThanBytesHasRoom) {
+TEST(RtfScanOutput, AStepAfterAConversionWithMoreUnitsThanBytesHasRoom) {
   PlainKernelUsageRecord before;
   PlainKernelUsage(&before);
   Output output;

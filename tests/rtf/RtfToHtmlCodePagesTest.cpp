@@ -22,7 +22,7 @@ TEST(RtfBlocks, TextBetweenTheWordsIsDropped) {
   EXPECT_EQ(Body("a\\htmlrtf b\\par\\'41\\u5?\\{\r\n\\htmlrtf0 c"), "ac");
 }
 
-TEST(RtfBlocks, OneBlankBehindTheClosingWordIsEaten) {
+TEST(RtfBlocks, OneBlankAfterTheClosingWordIsEaten) {
   EXPECT_EQ(Body("a\\htmlrtf\\htmlrtf0  cd"), "a cd");
   EXPECT_EQ(Body("a\\htmlrtf\\htmlrtf0cd"), "acd");
 }
@@ -167,8 +167,8 @@ TEST(RtfFontTables, ABackslashThatFewerThanTwoBytesFollowIsDamage) {
   for (const char* const table :
        {"{\\fonttbl{\\f0 A;}\\", "{\\fonttbl{\\f0 A;}\\x", "{\\fonttbl{\\f0 A;}\\}", "{\\fonttbl\\",
         "{\\fonttbl\\}", "{\\fonttbl\\x"}) {
-    EXPECT_EQ(ConvertRtf(table).status, -9) << table;
-    EXPECT_EQ(ConvertRtf(kBodyStart + "x" + table).status, -9) << table;
+    EXPECT_EQ(ConvertRtf(table).status, StatusNotSupported) << table;
+    EXPECT_EQ(ConvertRtf(kBodyStart + "x" + table).status, StatusNotSupported) << table;
     EXPECT_EQ(HtmlOf(std::string(table) + "ab"), "") << table;
   }
 }

@@ -23,10 +23,10 @@ using test::Repeat;
 
 void ExpectAsDescribed(const std::string& rtf) {
   NaiveRtfToHtml naive(rtf);
-  const int32_t status = naive.run();
+  const Status status = naive.run();
   const test::Converted converted = ConvertRtf(rtf);
   ASSERT_EQ(converted.status, status) << rtf;
-  if (status == 1) {
+  if (status == StatusOk) {
     ASSERT_EQ(converted.bytes, naive.text) << rtf;
   }
 }
@@ -208,7 +208,7 @@ uint64_t PeakOf(const std::string& rtf, uint64_t least) {
   const auto floor = AllocateBlock<char>(before.peakBytes + least, TARN_HERE);
   SizedBytes text = test::BytesOf(rtf);
   PlainKernelUsage(&before);
-  EXPECT_EQ(RtfToHtml(text), 1);
+  EXPECT_EQ(RtfToHtml(text), StatusOk);
   PlainKernelUsageRecord after;
   PlainKernelUsage(&after);
   return after.peakBytes - before.liveBytes;
@@ -254,7 +254,7 @@ TEST(RtfToHtmlLimits, ManyFontsAreNoBurden) {
   EXPECT_EQ(HtmlOf("{\\fonttbl" + fonts + "} " + kBodyStart + body), "&#x410;");
 }
 
-// A table for each font, and a look-up behind each.
+// A table for each font, and a look-up after each.
 TEST(RtfToHtmlLimits, ManyTablesAreNoBurden) {
   std::string body;
   for (uint32_t i = 0; i < 8192; ++i) {

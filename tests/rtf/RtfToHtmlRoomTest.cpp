@@ -22,15 +22,15 @@ using test::Repeat;
 
 // Unicode -----------------------------------------------------------------------------------------
 
-TEST(RtfUnicode, AReferenceReplacesTheStandIn) {
+TEST(RtfUnicode, AReferenceReplacesTheCharacterAfterIt) {
   EXPECT_EQ(Body("\\u8364?"), "&#8364;");
   EXPECT_EQ(Body("\\u8364?x"), "&#8364;x");
   EXPECT_EQ(Body("\\u8364"), "&#8364;");
   EXPECT_EQ(Body("\\u8364 "), "&#8364;");
 }
 
-// The stand-in is one byte, whatever it is.
-TEST(RtfUnicode, AStandInOfMoreBytesLeavesItsRest) {
+// What readers without Unicode show is one byte, whatever it is.
+TEST(RtfUnicode, ACharacterOfMoreBytesLeavesItsRest) {
   EXPECT_EQ(Body("\\u8364\\'80"), "&#8364;'80");
   EXPECT_EQ(Body("\\u8364\\u8364?"), "&#8364;u8364?");
   EXPECT_EQ(InThreeFonts("\\f0 {\\f2 \\u8364}\\'c0"), "&#8364;&#x410;");
@@ -56,9 +56,9 @@ const std::string kEuro = "&#x20AC;";
 
 std::string EuroRun(size_t count) { return "\\ansicpg1252 " + Repeat("\\'80", count); }
 
-// A run of 8-byte references can fill the block to its last byte. The step behind it gets room
-// between 0 and 1024 bytes in front of the limit, and only that is used.
-TEST(RtfRoom, AReferenceBehindALongRunIsCut) {
+// A run of 8-byte references can fill the block to its last byte. The step after it gets room
+// between 0 and 1024 bytes before the limit, and only that is used.
+TEST(RtfRoom, AReferenceAfterALongRunIsCut) {
   EXPECT_EQ(Body(EuroRun(256) + "\\u8364?x"), Repeat(kEuro, 256) + "x");
   EXPECT_EQ(Body(EuroRun(255) + "\\u8364?x"), Repeat(kEuro, 255) + "&#8364;x");
   EXPECT_EQ(Body(EuroRun(255) + "\\u65536?x"), Repeat(kEuro, 255) + "&#65536;x");
@@ -81,7 +81,7 @@ TEST(RtfRoom, ARunThatGrowsTheBlockLeavesRoom) {
 }
 
 // `before` plain bytes and a run that ends exactly where the block should end if these have made it
-// grow to `capacity`; without room for the reference behind it.
+// grow to `capacity`; without room for the reference after it.
 bool FillsTheBlock(size_t before, size_t capacity) {
   const std::string plain(before, '.');
   const size_t units = (capacity - before) / 8;
@@ -93,8 +93,8 @@ bool FillsTheBlock(size_t before, size_t capacity) {
   return false;
 }
 
-// Before a step the block grows if its end is less than 128 bytes in front of the limit. The run is
-// the step behind the plain bytes.
+// Before a step the block grows if its end is less than 128 bytes before the limit. The run is
+// the step after the plain bytes.
 TEST(RtfRoom, PlainBytesGrowTheBlockStepByStep) {
   EXPECT_TRUE(FillsTheBlock(872, 2048));
   EXPECT_TRUE(FillsTheBlock(896, 3072));
@@ -109,9 +109,9 @@ TEST(RtfRoom, PlainBytesGrowTheBlockStepByStep) {
   EXPECT_TRUE(FillsTheBlock(103296, 105472));
 }
 
-// Bytes that no code page takes may stand up to the limit, and the steps behind them grow the
+// Bytes that no code page takes may reach up to the limit, and the steps after them grow the
 // block.
-TEST(RtfRoom, PlainBytesBehindARunCatchUp) {
+TEST(RtfRoom, PlainBytesAfterARunCatchUp) {
   const std::string run = EuroRun(256);
   const std::string html = Repeat(kEuro, 256);
   for (const size_t plain : {1U, 2U, 3U, 127U, 128U, 895U, 896U, 897U, 1024U, 5000U}) {
@@ -125,7 +125,7 @@ TEST(RtfRoom, TheBlockDoublesOnlyUpToTwiceTheText) {
   std::string rtf = kBodyStart + "\\ansicpg1252 ";
   while (rtf.size() < 2500000) rtf += "\\'80.";
   SizedBytes text = BytesOf(rtf);
-  const uint64_t peak = PeakOf([&] { EXPECT_EQ(RtfToHtml(text), 1); });
+  const uint64_t peak = PeakOf([&] { EXPECT_EQ(RtfToHtml(text), StatusOk); });
   EXPECT_GT(text.length(), 4300000u);
   EXPECT_LT(peak, 2 * rtf.size() + 10000);
 }
@@ -135,7 +135,7 @@ TEST(RtfRoom, TheBlockHoldsTwiceTheTextWithoutDoublingAgain) {
   std::string rtf = kBodyStart + "\\ansicpg1252 ";
   while (rtf.size() < 500000) rtf += Repeat("\\'80", 512) + '.';
   SizedBytes text = BytesOf(rtf);
-  const uint64_t peak = PeakOf([&] { EXPECT_EQ(RtfToHtml(text), 1); });
+  const uint64_t peak = PeakOf([&] { EXPECT_EQ(RtfToHtml(text), StatusOk); });
   EXPECT_GT(text.length(), 2 * rtf.size() - 1000);
   EXPECT_LT(peak, 2 * rtf.size() + 10000);
 }
@@ -145,7 +145,7 @@ TEST(RtfRoom, GroupsTakeThreeTimesTheirTextAtMost) {
   const std::string rtf = "{\\fonttbl{\\f0\\fcharset0 A;}{\\f1\\fcharset204 B;}} " + kBodyStart +
                           Repeat("{\\f0{\\f1", 300000);
   SizedBytes text = BytesOf(rtf);
-  const uint64_t peak = PeakOf([&] { EXPECT_EQ(RtfToHtml(text), 1); });
+  const uint64_t peak = PeakOf([&] { EXPECT_EQ(RtfToHtml(text), StatusOk); });
   EXPECT_GT(peak, 2 * rtf.size());
   EXPECT_LT(peak, 3 * rtf.size() + 10000);
 }
@@ -163,7 +163,7 @@ const std::string kRichHtml =
     "<html>text" + std::string(3000, '.') + Repeat("&#x3042;", 700) + "&#x410;&#8364;\r\na";
 
 // With every allocation failing in turn: -1 and the text as it was, but for two that are not
-// needed, the conversion of a run, whose bytes then stand for themselves, and the last trim.
+// needed, the conversion of a run, whose bytes are then written as they are, and the last trim.
 TEST(RtfFailures, EveryAllocation) {
   const std::string rawHtml =
       "<html>text" + std::string(3000, '.') + Repeat("\x82\xA0", 700) + "&#x410;&#8364;\r\na";
@@ -172,16 +172,16 @@ TEST(RtfFailures, EveryAllocation) {
   const auto round = [&](test::FaultedWork& faulted) {
     SizedBytes text = BytesOf(kRichMail);
     const char* const block = text.data();
-    const int32_t status = faulted([&] { return RtfToHtml(text); });
+    const Status status = faulted([&] { return RtfToHtml(text); });
     if (!faulted.isReached()) {
-      ASSERT_EQ(status, 1);
+      ASSERT_EQ(status, StatusOk);
       ASSERT_EQ(text.text(), kRichHtml);
-    } else if (status == 1) {
+    } else if (status == StatusOk) {
       ASSERT_TRUE(text.text() == rawHtml || text.text() == kRichHtml);
       raw += text.text() == rawHtml ? 1 : 0;
       whole += text.text() == kRichHtml ? 1 : 0;
     } else {
-      ASSERT_EQ(status, -1);
+      ASSERT_EQ(status, StatusOutOfMemory);
       ASSERT_EQ(text.data(), block);
       ASSERT_EQ(text.view(), kRichMail);
     }
@@ -198,8 +198,9 @@ TEST(RtfFailures, TheTrimIsTheLastAllocation) {
 }
 
 // Nothing stays of a document that fails half way.
-TEST(RtfFailures, DamageBehindMuch) {
-  EXPECT_EQ(ConvertRtf(kRichMail + "{\\fonttbl{\\f9\\fcharset0 Arial;}\\").status, -9);
+TEST(RtfFailures, DamageAfterMuch) {
+  EXPECT_EQ(ConvertRtf(kRichMail + "{\\fonttbl{\\f9\\fcharset0 Arial;}\\").status,
+            StatusNotSupported);
 }
 
 }  // namespace

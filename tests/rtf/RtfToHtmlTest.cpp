@@ -42,7 +42,7 @@ TEST(RtfToHtml, WithoutATagNothingRemains) {
 
 TEST(RtfToHtml, AnAbsentTextIsAnEmptyOne) {
   SizedBytes text;
-  EXPECT_EQ(RtfToHtml(text), 1);
+  EXPECT_EQ(RtfToHtml(text), StatusOk);
   ASSERT_EQ(text.length(), 1U);
   EXPECT_EQ(text.data()[0], '\0');
 }
@@ -98,7 +98,7 @@ TEST(RtfHead, TheCodePageOfTheDocument) {
   EXPECT_EQ(HtmlOf("{\\rtf1\\ansi " + kBodyStart + "\\'e9"), "\xE9");
 }
 
-// The byte behind each word is passed over, whatever it is.
+// The byte after each word is passed over, whatever it is.
 TEST(RtfHead, OfTwoWordsInARowTheSecondIsNotSeen) {
   const std::string fonts = "{\\fonttbl" + std::string(kThreeFonts) + "} ";
   EXPECT_EQ(HtmlOf("\\ansicpg1252\\deff2" + fonts + kBodyStart + "\\'e9"), "&#xE9;");
@@ -109,7 +109,7 @@ TEST(RtfHead, OfTwoWordsInARowTheSecondIsNotSeen) {
 }
 
 // A tag that follows a word or the font table at once is not the first.
-TEST(RtfHead, ATagRightBehindAWordIsNotSeen) {
+TEST(RtfHead, ATagRightAfterAWordIsNotSeen) {
   EXPECT_EQ(HtmlOf("{\\deff0{\\*\\htmltag1 a}b{\\*\\htmltag2 c}d"), "cd");
   EXPECT_EQ(HtmlOf("{\\deff0 {\\*\\htmltag1 a}b{\\*\\htmltag2 c}d"), "cd");
   EXPECT_EQ(HtmlOf("{\\fonttbl}{\\*\\htmltag1 a}b{\\*\\htmltag2 c}d"), "cd");
@@ -125,7 +125,7 @@ TEST(RtfHead, TheDefaultFontCountsUntilAFontIsSeen) {
 }
 
 // A font was seen, though none has that number.
-TEST(RtfHead, TheDefaultFontDoesNotStandInForAllOnes) {
+TEST(RtfHead, TheDefaultFontIsNotUsedForAllOnes) {
   EXPECT_EQ(HtmlOf("\\deff2 x\\f4294967295 x" + WithFonts(kThreeFonts, "\\'c0")), "\xC0");
 }
 

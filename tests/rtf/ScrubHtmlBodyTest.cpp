@@ -16,7 +16,7 @@ namespace {
 std::string Scrub(const std::string& text) {
   const auto block = AllocateBlock<char>(text.size(), TARN_HERE);
   if (!text.empty()) std::memcpy(block.get(), text.data(), text.size());
-  EXPECT_EQ(ScrubHtmlBody(block.get(), text.size()), 1);
+  EXPECT_EQ(ScrubHtmlBody(block.get(), text.size()), StatusOk);
   return std::string(block.get(), text.size());
 }
 
@@ -42,7 +42,7 @@ TEST(ScrubTags, TheTagReachesToTheNextQuoteAndBracket) {
   EXPECT_EQ(Scrub("a" + kStart + "\">b"), "a" + Blanks(21) + "b");
 }
 
-TEST(ScrubTags, ATagEndInFrontOfTheFirstTagIsNoMatter) {
+TEST(ScrubTags, ATagEndBeforeTheFirstTagIsNoMatter) {
   EXPECT_EQ(Scrub("<p a=\"b\">" + kTag), "<p a=\"b\">" + Blanks(22));
 }
 
@@ -73,18 +73,18 @@ TEST(ScrubTags, WithoutATagEndTheReferencesFollow) {
   EXPECT_EQ(Scrub(kStart + "&#2;"), kStart + Blanks(4));
 }
 
-TEST(ScrubTags, BehindTheLastTagTheReferencesFollow) {
+TEST(ScrubTags, AfterTheLastTagTheReferencesFollow) {
   EXPECT_EQ(Scrub("&#2;" + kTag), Blanks(26));
   EXPECT_EQ(Scrub(kTag + "x&#2;"), Blanks(22) + "x" + Blanks(4));
 }
 
-// The tag end is searched from the first tag on, so one that stands between two tags comes first.
+// The tag end is searched from the first tag on, so one between two tags comes first.
 TEST(ScrubTags, ATagEndBetweenTwoTagsEndsEverything) {
   EXPECT_EQ(Scrub(kTag + "<p a=\"b\">c" + kTag + "&#2;"),
             Blanks(22) + "<p a=\"b\">c" + kTag + "&#2;");
 }
 
-TEST(ScrubTags, ATagEndRightInFrontOfTheNextTagEndsTheTagsOnly) {
+TEST(ScrubTags, ATagEndRightBeforeTheNextTagEndsTheTagsOnly) {
   EXPECT_EQ(Scrub(kTag + "<p a=\"b\">" + kTag + "&#2;"),
             Blanks(22) + "<p a=\"b\">" + kTag + Blanks(4));
 }
@@ -97,7 +97,7 @@ TEST(ScrubReferences, OnlyTheFirstRunGoes) {
   EXPECT_EQ(Scrub("&#2;&#11;&#65;&#30;"), "         &#65;&#30;");
 }
 
-// What a single reference, behind a letter and in front of another, comes to.
+// What a single reference, after a letter and before another, comes to.
 bool IsBlanked(const std::string& reference) {
   const std::string scrubbed = Scrub("a" + reference + "b");
   if (scrubbed == "a" + Blanks(reference.size()) + "b") return true;
@@ -150,7 +150,7 @@ TEST(ScrubReferences, TextBetweenReferencesStays) {
   EXPECT_EQ(Scrub("x&#2;y&#30;z"), "x    y     z");
 }
 
-TEST(ScrubReferences, ASemicolonInFrontOfTheFirstIsNoMatter) {
+TEST(ScrubReferences, ASemicolonBeforeTheFirstIsNoMatter) {
   EXPECT_EQ(Scrub("&nbsp;&#2;"), "&nbsp;    ");
 }
 
@@ -181,25 +181,25 @@ TEST(ScrubText, EndsAtItsFirstNul) {
 
 TEST(ScrubText, EndsAtItsLength) {
   std::string text = "&#2;&#2;";
-  EXPECT_EQ(ScrubHtmlBody(text.data(), 4), 1);
+  EXPECT_EQ(ScrubHtmlBody(text.data(), 4), StatusOk);
   EXPECT_EQ(text, "    &#2;");
   text = "&#2;";
-  EXPECT_EQ(ScrubHtmlBody(text.data(), 3), 1);
+  EXPECT_EQ(ScrubHtmlBody(text.data(), 3), StatusOk);
   EXPECT_EQ(text, "&#2;");
   text = kTag;
-  EXPECT_EQ(ScrubHtmlBody(text.data(), 21), 1);
+  EXPECT_EQ(ScrubHtmlBody(text.data(), 21), StatusOk);
   EXPECT_EQ(text, kTag);
 }
 
 TEST(ScrubText, ALengthBeyondTheNulIsNotUsed) {
   std::string text = "&#2;";
-  EXPECT_EQ(ScrubHtmlBody(text.data(), text.size() + 1), 1);
+  EXPECT_EQ(ScrubHtmlBody(text.data(), text.size() + 1), StatusOk);
   EXPECT_EQ(text, "    ");
 }
 
 TEST(ScrubText, EmptyAndAbsent) {
   EXPECT_EQ(Scrub(""), "");
-  EXPECT_EQ(ScrubHtmlBody(nullptr, 0), 1);
+  EXPECT_EQ(ScrubHtmlBody(nullptr, 0), StatusOk);
 }
 
 TEST(ScrubText, OrdinaryTextStays) {
@@ -207,7 +207,7 @@ TEST(ScrubText, OrdinaryTextStays) {
             "<div>&nbsp;<a href=\"/x\">&#8364;</a></div>");
 }
 
-// The first stage as it is told. False where a tag end stands in front of the next tag.
+// The first stage as it is told. False where a tag end is before the next tag.
 bool BlankTagsPlainly(std::string& text) {
   const size_t f = text.find(kStart);
   for (size_t m = f; m < text.size();) {

@@ -12,16 +12,16 @@ namespace {
 [[maybe_unused]] const bool kFonts = UseTestFonts(StandardTestFonts());
 
 TEST(UnknownFaces, CoverNothing) {
-  EXPECT_EQ(Covers("No Face Has This", u"a"), 0);
-  EXPECT_EQ(Covers("No Face Has This", u""), 0);
-  EXPECT_EQ(Covers("Helvetica", u"a"), 0);
-  EXPECT_EQ(Covers("", u"a"), 0);
+  EXPECT_FALSE(Covers("No Face Has This", u"a"));
+  EXPECT_FALSE(Covers("No Face Has This", u""));
+  EXPECT_FALSE(Covers("Helvetica", u"a"));
+  EXPECT_FALSE(Covers("", u"a"));
 }
 
 TEST(UnknownFaces, ArePassedOver) {
   Document document("{\\f3 No Face Has This;}{\\f4 Sylfaen;}");
-  EXPECT_EQ(Find(document.fonts, u"A"), (Found{1, 4}));
-  EXPECT_EQ(Find(document.fonts, u""), (Found{1, 4}));
+  EXPECT_EQ(Find(document.fonts, u"A"), (Found{StatusOk, 4}));
+  EXPECT_EQ(Find(document.fonts, u""), (Found{StatusOk, 4}));
 }
 
 // The Macintosh's Japanese has a charset and no converter.
@@ -32,7 +32,8 @@ TEST(MacintoshJapanese, CarriesNothing) {
   Document document("{\\f0\\fcharset0 Courier;}");
   TrackedBuffer<char> output;
   RtfFontsInForce inForce;
-  EXPECT_EQ(WriteRtfCodePageText(output, document.fonts, inForce, 10001, u"\u65E5"), -13);
+  EXPECT_EQ(WriteRtfCodePageText(output, document.fonts, inForce, 10001, u"\u65E5"),
+            StatusBadArgument);
 }
 
 }  // namespace

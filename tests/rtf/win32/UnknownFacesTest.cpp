@@ -15,17 +15,17 @@ namespace {
 [[maybe_unused]] const bool kFonts = UseTestFonts(StandardTestFonts());
 
 TEST(UnknownFaces, CoverWhatTheirSubstituteCovers) {
-  EXPECT_EQ(Covers("No Face Has This", u"a"), 1);
-  EXPECT_EQ(Covers("No Face Has This", u""), 1);
-  EXPECT_EQ(Covers("", u"a"), 1);
+  EXPECT_TRUE(Covers("No Face Has This", u"a"));
+  EXPECT_TRUE(Covers("No Face Has This", u""));
+  EXPECT_TRUE(Covers("", u"a"));
   // No plane but the first, and no half of a pair.
-  EXPECT_EQ(Covers("No Face Has This", kEmoji), 0);
+  EXPECT_FALSE(Covers("No Face Has This", kEmoji));
 }
 
 TEST(UnknownFaces, AreTakenLikeAnyOther) {
   Document document("{\\f3 No Face Has This;}{\\f4 Sylfaen;}");
-  EXPECT_EQ(Find(document.fonts, u"A"), (Found{1, 3}));
-  EXPECT_EQ(Find(document.fonts, u""), (Found{1, 3}));
+  EXPECT_EQ(Find(document.fonts, u"A"), (Found{StatusOk, 3}));
+  EXPECT_EQ(Find(document.fonts, u""), (Found{StatusOk, 3}));
   EXPECT_EQ(Show(document.fonts), "3:0:0:No Face Has This|4:0:0:Sylfaen");
 }
 
@@ -36,7 +36,7 @@ TEST(MacintoshJapanese, CarriesItsCharacters) {
   Document document("{\\f0\\fcharset0 Courier;}");
   TrackedBuffer<char> output;
   RtfFontsInForce inForce;
-  EXPECT_EQ(WriteRtfCodePageText(output, document.fonts, inForce, 10001, u"\u65E5"), 1);
+  EXPECT_EQ(WriteRtfCodePageText(output, document.fonts, inForce, 10001, u"\u65E5"), StatusOk);
   EXPECT_EQ(output.view(), "\\f1 \\'93\\'fa");
   EXPECT_EQ(inForce.current, 1u);
   EXPECT_EQ(Show(document.fonts), "0:1252:0:Courier|1:10001:78:Batang");
