@@ -33,13 +33,13 @@ void Read(benchmark::State& state, const std::string& mail, bool listAttachments
 
   uint64_t attachments = 0;
   const AttachmentRequest request = {kAllAttachments, 1, &CountAttachment, &attachments};
-  int32_t status = 0;
+  Status status;
   for (auto _ : state) {
     EmlMessage message;
     PstFilterData filterData;
     status = ReadEmlMessage(message, handle, filterData, listAttachments ? &request : nullptr);
   }
-  state.counters["status"] = status;
+  state.counters["status"] = status.code();
   state.counters["MB"] = static_cast<double>(mail.size()) / 1e6;
   state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) *
                           static_cast<int64_t>(mail.size()));

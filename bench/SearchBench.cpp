@@ -81,14 +81,13 @@ double Timed(const Call& call) {
 // Runs the search and memchr in turn and compares the best of each.
 template <typename Search>
 void Compare(benchmark::State& state, const std::string& text, const Search& search) {
-  const char* const start = text.data();
-  const char* const end = start + text.size();
   double searchBest = 1e9;
   double memchrBest = 1e9;
   for (auto _ : state) {
-    const double seconds = Timed([&] { return search(start, end); });
+    const double seconds = Timed([&] { return search(text); });
     searchBest = std::min(searchBest, seconds);
-    memchrBest = std::min(memchrBest, Timed([&] { return std::memchr(start, 1, text.size()); }));
+    memchrBest =
+        std::min(memchrBest, Timed([&] { return std::memchr(text.data(), 1, text.size()); }));
     state.SetIterationTime(seconds);
   }
   state.counters["ratio"] = searchBest / memchrBest;
@@ -98,21 +97,18 @@ void Compare(benchmark::State& state, const std::string& text, const Search& sea
 using Text = const std::string& (*)();
 
 void BM_FindIgnoringCase(benchmark::State& state, Text text, std::string_view needle) {
-  Compare(state, text(), [needle](const char* start, const char* end) {
-    return tarn::FindIgnoringCase(start, end, needle);
-  });
+  Compare(state, text(),
+          [needle](std::string_view searched) { return tarn::FindIgnoringCase(searched, needle); });
 }
 
 void BM_FindBytes(benchmark::State& state, Text text, std::string_view needle) {
-  Compare(state, text(), [needle](const char* start, const char* end) {
-    return tarn::FindBytes(start, end, needle);
-  });
+  Compare(state, text(),
+          [needle](std::string_view searched) { return tarn::FindBytes(searched, needle); });
 }
 
 void BM_FindHeaderLine(benchmark::State& state, Text text, std::string_view name) {
-  Compare(state, text(), [name](const char* start, const char* end) {
-    return tarn::FindHeaderLine(start, end, name);
-  });
+  Compare(state, text(),
+          [name](std::string_view searched) { return tarn::FindHeaderLine(searched, name); });
 }
 
 constexpr std::string_view kDelimiter = "\r\n--boundary";

@@ -11,8 +11,6 @@
 namespace tarn::host {
 namespace {
 
-const char* EndOf(std::string_view text) { return text.data() + text.size(); }
-
 // The header block as the search for the fields of a mail has it: up to the first empty line.
 std::string_view TopHeader(std::string_view mail) {
   size_t length = mail.find("\r\n\r\n");
@@ -21,7 +19,7 @@ std::string_view TopHeader(std::string_view mail) {
 }
 
 bool HasLine(std::string_view header, std::string_view name) {
-  return FindHeaderLine(header.data(), EndOf(header), name) != nullptr;
+  return FindHeaderLine(header, name) != std::string_view::npos;
 }
 
 // "a", "a and b", "a, b and c".
@@ -59,8 +57,8 @@ std::optional<std::string> MissingFields(std::string_view mail) {
 }
 
 bool IsMultipart(std::string_view mail) {
-  const char* const headerEnd = FindHeaderEnd(mail.data(), EndOf(mail));
-  return FindIgnoringCase(mail.data(), headerEnd, "boundary=") != nullptr;
+  return FindIgnoringCase(mail.substr(0, FindHeaderEnd(mail)), "boundary=") !=
+         std::string_view::npos;
 }
 
 std::string_view WithoutBlanks(std::string_view text) {
@@ -74,9 +72,10 @@ std::string_view WithoutBlanks(std::string_view text) {
 std::optional<std::string> TypeTrouble(std::string_view mail) {
   constexpr std::string_view kName = "Content-Type:";
   constexpr size_t kMostShown = 60;
-  const char* const line = FindHeaderLine(mail.data(), EndOf(mail), kName);
-  if (line == nullptr) return std::nullopt;
-  const std::string_view all(line + kName.size(), FindLineEnd(line, EndOf(mail)));
+  const size_t line = FindHeaderLine(mail, kName);
+  if (line == std::string_view::npos) return std::nullopt;
+  const size_t value = line + kName.size();
+  const std::string_view all = mail.substr(value, FindLineEnd(mail, value) - value);
   const auto isShown = [](std::string_view type) {
     return StartsWithIgnoringCase(type, "text/plain") || StartsWithIgnoringCase(type, "text/html");
   };

@@ -15,48 +15,49 @@
 namespace tarn::host {
 namespace {
 
+constexpr size_t npos = std::string_view::npos;
+
 // A multipart that is open. An empty delimiter is that of a mail which is none.
 struct Multipart {
-  const char* end;
-  const char* next;
+  size_t end;
+  size_t next;
   std::string delimiter;
 };
 
 class Walk {
  public:
   explicit Walk(std::string_view mail)
-      : fileEnd_(mail.data() + mail.size()),
-        cursor_(mail.data()),
-        headers_(fileEnd_),
-        budget_(SearchBudget::ForDelimiters(mail.size())) {}
+      : mail_(mail), headers_(mail), budget_(SearchBudget::ForDelimiters(mail.size())) {}
 
   MimeTrouble run();
 
  private:
-  bool open(const char* end, const char* headerEnd);
+  bool open(size_t end, size_t headerEnd);
   bool passDelimiter(Multipart& multipart);
-  const char* findDelimiter(const Multipart& multipart);
-  bool isEmbeddedMessage(const char* end);
-  static bool isEmptyBase64(const char* start, const char* end);
+  size_t findDelimiter(const Multipart& multipart);
+  bool isEmbeddedMessage(size_t end);
+  static bool isEmptyBase64(std::string_view part);
   void close();
   MimeTrouble takePart();
 
-  const char* const fileEnd_;
-  const char* cursor_;
+  // From the cursor up to `end`.
+  std::string_view upTo(size_t end) const { return mail_.substr(cursor_, end - cursor_); }
+
+  std::string_view mail_;
+  size_t cursor_ = 0;
   HeaderMemo headers_;
   SearchBudget budget_;
   std::vector<Multipart> open_;
 };
 
 // Opens the multipart that begins at the cursor; false when there is none.
-bool Walk::open(const char* end, const char* headerEnd) {
+bool Walk::open(size_t end, size_t headerEnd) {
   TrackedBuffer<char> delimiter;
-  const char* inner = nullptr;
-  if (FindBoundaryInHeader(cursor_, headerEnd, fileEnd_, delimiter, &inner) != StatusOk) {
-    return false;
-  }
-  cursor_ = inner;
-  open_.push_back({end, end, std::string(delimiter.data(), delimiter.length())});
+  size_t inner = 0;
+  const HeaderStretch header = {mail_.substr(cursor_), headerEnd - cursor_};
+  if (!FindBoundaryInHeader(header, delimiter, inner).ok()) return false;
+  cursor_ += inner;
+  open_.push_back({end, end, std::string(delimiter.view())});
   return true;
 }
 
@@ -65,39 +66,37 @@ void Walk::close() {
   if (!open_.empty()) cursor_ = open_.back().next;
 }
 
-const char* Walk::findDelimiter(const Multipart& multipart) {
-  const char* const hit = FindIgnoringCase(cursor_, multipart.end, multipart.delimiter);
-  budget_.spend(static_cast<uint64_t>((hit != nullptr ? hit : multipart.end) - cursor_));
+size_t Walk::findDelimiter(const Multipart& multipart) {
+  const size_t hit = FindIgnoringCase(mail_.substr(0, multipart.end), multipart.delimiter, cursor_);
+  budget_.spend((hit != npos ? hit : multipart.end) - cursor_);
   return hit;
 }
 
 bool Walk::passDelimiter(Multipart& multipart) {
-  const char* hit = findDelimiter(multipart);
-  if (hit == nullptr && multipart.delimiter.starts_with("\r\n")) {
+  size_t hit = findDelimiter(multipart);
+  if (hit == npos && multipart.delimiter.starts_with("\r\n")) {
     multipart.delimiter.erase(0, 1);
     hit = findDelimiter(multipart);
   }
-  if (hit == nullptr) return false;
+  if (hit == npos) return false;
   cursor_ = hit + multipart.delimiter.size();
-  return !StartsWith(cursor_, multipart.end, "--");
+  return !upTo(multipart.end).starts_with("--");
 }
 
-bool Walk::isEmbeddedMessage(const char* end) {
-  constexpr ptrdiff_t kToValue = 14;
-  const char* const line = headers_.contentTypeLine(cursor_, end);
-  return line != nullptr &&
-         StartsWithIgnoringCase(line + std::min(end - line, kToValue), end, "message/rfc822");
+bool Walk::isEmbeddedMessage(size_t end) {
+  const size_t line = headers_.contentTypeLine(cursor_, end);
+  if (line == npos) return false;
+  const std::string_view text = mail_.substr(line, end - line);
+  return StartsWithIgnoringCase(text.substr(FindFixedValue(text, "Content-Type:")),
+                                "message/rfc822");
 }
 
-bool Walk::isEmptyBase64(const char* start, const char* end) {
-  constexpr ptrdiff_t kToValue = 27;
-  const char* const header = start + std::min<ptrdiff_t>(end - start, *start == '\r' ? 2 : 1);
-  const char* const headerEnd = FindHeaderEnd(header, end);
-  const char* const line = FindHeaderLine(header, headerEnd, "Content-Transfer-Encoding:");
-  if (line == nullptr || headerEnd != end) return false;
-  const char* const value = line + std::min(headerEnd - line, kToValue);
-  return ClassifyTransferEncoding(value, headerEnd) == TransferBase64 &&
-         FindHeaderLine(header, headerEnd, "Content-Disposition:") == nullptr;
+bool Walk::isEmptyBase64(std::string_view part) {
+  part.remove_prefix(std::min<size_t>(part.size(), part.starts_with('\r') ? 2 : 1));
+  if (FindHeaderEnd(part) != part.size()) return false;
+  const size_t value = FindFixedValue(part, "Content-Transfer-Encoding:");
+  return value != npos && ClassifyTransferEncoding(part.substr(value)) == TransferBase64 &&
+         FindHeaderLine(part, "Content-Disposition:") == npos;
 }
 
 MimeTrouble Walk::takePart() {
@@ -112,20 +111,20 @@ MimeTrouble Walk::takePart() {
       close();
       return MimeTrouble::None;
     }
-    const char* const next = findDelimiter(multipart);
-    if (next != nullptr) multipart.next = next;
+    const size_t next = findDelimiter(multipart);
+    if (next != npos) multipart.next = next;
   }
-  const char* const next = multipart.next;
+  const size_t next = multipart.next;
   if (cursor_ < next && !isEmbeddedMessage(next) && open(next, headers_.headerEnd(cursor_, next))) {
     return open_.size() > kMaxMultipartDepth ? MimeTrouble::TooDeep : MimeTrouble::None;
   }
-  const bool isEmpty = cursor_ < next && isEmptyBase64(cursor_, next);
+  const bool isEmpty = cursor_ < next && isEmptyBase64(upTo(next));
   cursor_ = next;
   return isEmpty ? MimeTrouble::EmptyBase64 : MimeTrouble::None;
 }
 
 MimeTrouble Walk::run() {
-  if (!open(fileEnd_, FindHeaderEnd(cursor_, fileEnd_))) open_.push_back({fileEnd_, fileEnd_, ""});
+  if (!open(mail_.size(), FindHeaderEnd(mail_))) open_.push_back({mail_.size(), mail_.size(), ""});
   MimeTrouble trouble = MimeTrouble::None;
   while (trouble == MimeTrouble::None && !open_.empty() && !budget_.isSpent()) trouble = takePart();
   return trouble;

@@ -2,17 +2,11 @@
 
 #include "Common/AttachmentProperties.h"
 #include "eml/EncodedWords.h"
-#include "eml/HeaderParameter.h"
+#include "eml/HeaderSearch.h"
 #include "eml/TransferDecoding.h"
 
 namespace tarn {
 namespace {
-
-// A stretch of the file.
-struct Stretch {
-  const char* start;
-  const char* end;
-};
 
 const char* DispositionName(ContentDisposition disposition) {
   switch (disposition) {
@@ -38,40 +32,33 @@ bool CountByDisposition(ContentDisposition disposition, EmlMessage& message) {
   }
 }
 
-// The name is spelt so in the interface.
-void AddContentType(PropertyList& list, Stretch headers) {
-  const char* end = nullptr;
-  const char* const value = FindHeaderParameter(headers.start, headers.end, "Content-Type:", &end);
-  if (value == nullptr) return;
-  AddAttachmentProperty(list, "MineType", value, static_cast<uint64_t>(end - value));
-}
-
 // Failures of the three looked-up properties count; those of the other three are passed over.
-int32_t AddProperties(PropertyList& list, const EmlPart& part, Stretch headers, Stretch value) {
+Status AddProperties(PropertyList& list, const EmlPart& part, std::string_view headers,
+                     std::string_view disposition) {
+  const auto addQuietly = [&list](const char* name, std::string_view value) {
+    Status(AddAttachmentProperty(list, name, value.data(), value.size())).ignore();
+  };
   for (const std::string_view key : {"creation-date=", "modification-date="}) {
-    const int32_t status = AddHeaderParameterProperty(list, value.start, value.end, key);
-    if (status != StatusOk) return status;
+    const Status added = AddHeaderParameterProperty(list, disposition, key);
+    if (!added.ok()) return added;
   }
-  AddAttachmentProperty(list, "Content-Disposition:", DispositionName(part.disposition));
-  const int32_t status =
-      AddHeaderParameterProperty(list, headers.start, headers.end, "Content-Description:");
-  if (status != StatusOk) return status;
-  AddContentType(list, headers);
-  if (part.hasContentId()) {
-    AddAttachmentProperty(list, "Content-ID:", part.contentId.data(), part.contentId.length());
-  }
+  addQuietly("Content-Disposition:", DispositionName(part.disposition));
+  const Status added = AddHeaderParameterProperty(list, headers, "Content-Description:");
+  if (!added.ok()) return added;
+  // The name is spelt so in the interface.
+  if (const auto type = FindHeaderParameter(headers, "Content-Type:"))
+    addQuietly("MineType", *type);
+  if (part.hasContentId()) addQuietly("Content-ID:", part.contentId.view());
   return StatusOk;
 }
 
-// The wide file name, or null in `name` when the disposition has no "filename=".
-int32_t ReadFileName(Stretch value, KernelBlock<char16_t>& name) {
-  const char* end = nullptr;
-  const char* const start = FindHeaderParameter(value.start, value.end, "filename=", &end);
-  if (start == nullptr) return StatusOk;
+// The wide file name, or none in `name` when the disposition has no "filename=".
+Status ReadFileName(std::string_view disposition, KernelBlock<char16_t>& name) {
+  const auto value = FindHeaderParameter(disposition, "filename=");
+  if (!value) return StatusOk;
 
   SizedBytes decoded;
-  const int32_t status = DecodeParameterValue(start, end, decoded);
-  if (status != StatusOk) return status;
+  if (const Status status = DecodeParameterValue(*value, decoded); !status.ok()) return status;
   const std::string_view text = decoded.text();
   const uint64_t room = text.size() + 1;
   // Cleared, so that the name ends where the conversion does: not every kernel tells the units.
@@ -85,53 +72,46 @@ int32_t ReadFileName(Stretch value, KernelBlock<char16_t>& name) {
 
 // The part's own block goes to the callback, and comes back unless the callback keeps it: a copy
 // of a large attachment would be a second one in memory. Even no bytes have a block.
-int32_t CallBack(const AttachmentRequest& request, EmlPart& part, const char16_t* name,
-                 PropertyList& properties) {
-  const int32_t decoded = EnsureDecoded(part);
-  if (decoded != StatusOk) return decoded;
+Status CallBack(const AttachmentRequest& request, EmlPart& part, const char16_t* name,
+                PropertyList& properties) {
+  if (const Status decoded = EnsureDecoded(part); !decoded.ok()) return decoded;
   TrackedBuffer<char> data;
-  const int32_t granted = data.count(part.decodedLength);
-  if (granted != StatusOk) return granted;
-  data.replaceBlock(std::move(part.decoded), part.decodedLength, part.decodedLength);
+  const uint64_t length = part.decoded.length();
+  if (const Status granted = data.count(length); !granted.ok()) return granted;
+  data.replaceBlock(part.decoded.take(), length, length);
   const int32_t result = request.callback(request.user, &data, name, &properties);
-  part.decodedLength = data.length();
-  part.decoded = data.take();
-  return result;
+  const uint64_t left = data.length();
+  part.decoded.adopt(data.take(), left);
+  return Status::FromCode(result);
 }
 
 }  // namespace
 
-int32_t AddHeaderParameterProperty(PropertyList& list, const char* start, const char* end,
-                                   std::string_view key) {
-  const char* valueEnd = nullptr;
-  const char* const value = FindHeaderParameter(start, end, key, &valueEnd);
-  if (value == nullptr) return StatusOk;
+Status AddHeaderParameterProperty(PropertyList& list, std::string_view text, std::string_view key) {
+  const auto value = FindHeaderParameter(text, key);
+  if (!value) return StatusOk;
 
   SizedBytes decoded;
-  const int32_t status = DecodeParameterValue(value, valueEnd, decoded);
-  if (status != StatusOk) return status;
+  if (const Status status = DecodeParameterValue(*value, decoded); !status.ok()) return status;
   return AddAttachmentProperty(list, key.data(), decoded.data(), decoded.text().size());
 }
 
-int32_t ReportEmlAttachment(const AttachmentRequest* request, EmlPart& part, EmlMessage& message,
-                            const char* headerStart, const char* headerEnd, const char* value,
-                            const char* valueEnd) {
+Status ReportEmlAttachment(const AttachmentRequest* request, EmlPart& part, EmlMessage& message,
+                           std::string_view headers, std::string_view disposition) {
   if (!CountByDisposition(part.disposition, message)) return StatusOk;
   if (request == nullptr) return StatusOk;
 
   PropertyList properties;
   if (request->infoOnly != 0) {
-    const int32_t added =
-        AddProperties(properties, part, {headerStart, headerEnd}, {value, valueEnd});
-    if (added != StatusOk) return added;
+    const Status added = AddProperties(properties, part, headers, disposition);
+    if (!added.ok()) return added;
   }
 
   const uint32_t number = message.attachmentCount + message.inlineCount;
   if (request->index != kAllAttachments && request->index != number) return StatusOk;
 
   KernelBlock<char16_t> name;
-  const int32_t named = ReadFileName({value, valueEnd}, name);
-  if (named != StatusOk) return named;
+  if (const Status named = ReadFileName(disposition, name); !named.ok()) return named;
   if (request->callback == nullptr) return StatusOk;
   return CallBack(*request, part, name.get(), properties);
 }

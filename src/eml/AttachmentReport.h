@@ -6,28 +6,27 @@
 #ifndef TARN_EML_ATTACHMENTREPORT_H
 #define TARN_EML_ATTACHMENTREPORT_H
 
-#include <string_view>
-
 #include "Internal/AttachmentRequest.h"
 #include "Internal/EmlMessage.h"
 
 namespace tarn {
 
-// Adds the parameter `key` (a literal, with its punctuation) of [start, end), if it exists, under
-// the name `key` itself, its encoded words decoded. 1, -1, or the failure of AddAttachmentProperty.
-int32_t AddHeaderParameterProperty(PropertyList& list, const char* start, const char* end,
-                                   std::string_view key);
+// Adds the parameter `key` (a literal, with its punctuation) of the text, if it exists, under the
+// name `key` itself, its encoded words decoded. StatusOk, StatusOutOfMemory, or the failure of
+// AddAttachmentProperty.
+Status AddHeaderParameterProperty(PropertyList& list, std::string_view text, std::string_view key);
 
 // Counts the part by its disposition in `message` and, where the request (or null) wants it, calls
-// back with its bytes, name and properties. [headerStart, headerEnd) are the part's headers and
-// [value, valueEnd) the disposition's value. The bytes are delivered for mere information, too; the
-// list is empty when the bytes are what is wanted. The callback may keep either.
-//
-// 1; the result of the callback; 0 when the file name or a looked-up property is no UTF-8; -814
-// when the part has no bytes, raw or decoded; -1 or the code of a buffer that the host refused.
-int32_t ReportEmlAttachment(const AttachmentRequest* request, EmlPart& part, EmlMessage& message,
-                            const char* headerStart, const char* headerEnd, const char* value,
-                            const char* valueEnd);
+// back with its bytes, name and properties. `headers` are the part's and `disposition` is the value
+// of one of them. The bytes are delivered for mere information, too; the list is empty when the
+// bytes are what is wanted. The callback may keep either.
+//   StatusOk
+//   StatusFailed         the file name or a looked-up property is no UTF-8
+//   StatusNullArgument   the part has no bytes, raw or decoded
+//   StatusOutOfMemory
+//   other                the result of the callback, or of a buffer that the host refused
+Status ReportEmlAttachment(const AttachmentRequest* request, EmlPart& part, EmlMessage& message,
+                           std::string_view headers, std::string_view disposition);
 
 }  // namespace tarn
 

@@ -1,7 +1,6 @@
 #include "eml/BodyChoice.h"
 
-#include <cstring>
-#include <string_view>
+#include <algorithm>
 
 #include "Common/ByteSearch.h"
 #include "Common/ImageAim.h"
@@ -11,62 +10,57 @@
 namespace tarn {
 namespace {
 
-int32_t ReplaceBody(EmlPart& part, EmlMessage& message, InlineImageContext& context) {
-  const int32_t decoded = EnsureDecoded(part);
-  if (decoded != StatusOk) return decoded;
+Status ReplaceBody(EmlPart& part, EmlMessage& message, InlineImageContext& context) {
+  if (const Status decoded = EnsureDecoded(part); !decoded.ok()) return decoded;
   if (context.pass != nullptr) context.pass->discard();
-  message.body.setLength(0);
-  return AppendTerminated(message.body, part.decoded.get(), part.decodedLength);
+  message.body.clear();
+  return message.body.append(part.decoded.view());
 }
 
-// The siblings read such a text in a stricter way than mails stand.
+// The siblings read such a text in a stricter way than mails are written.
 void BlankDoctype(SizedBytes& body) {
   constexpr std::string_view kDoctype = "<!DOCTYPE html>";
-  const char* const hit = FindBytes(body.data(), body.data() + body.length(), kDoctype);
-  if (hit != nullptr) std::memset(body.data() + (hit - body.data()), ' ', kDoctype.size());
+  const size_t hit = FindBytes(body.view(), kDoctype);
+  if (hit != std::string_view::npos) std::fill_n(body.data() + hit, kDoctype.size(), ' ');
 }
 
-int32_t UseTextPart(EmlPart& part, EmlMessage& message, InlineImageContext& context) {
+Status UseTextPart(EmlPart& part, EmlMessage& message, InlineImageContext& context) {
   if (IsOutdoneByBody(part, message)) return StatusOk;
-  const int32_t status = ReplaceBody(part, message, context);
-  if (status != StatusOk) return status;
+  if (const Status status = ReplaceBody(part, message, context); !status.ok()) return status;
   BlankDoctype(message.body);
   message.documentKind = part.contentClass == ContentPlain ? DocumentText : DocumentHtml;
   return StatusOk;
 }
 
-int32_t UseOtherPart(EmlPart& part, EmlMessage& message, InlineImageContext& context) {
+Status UseOtherPart(EmlPart& part, EmlMessage& message, InlineImageContext& context) {
   if (message.body.length() != 0) return StatusOk;
-  const int32_t status = ReplaceBody(part, message, context);
-  if (status == StatusOk) message.documentKind = DocumentText;
+  const Status status = ReplaceBody(part, message, context);
+  if (status.ok()) message.documentKind = DocumentText;
   return status;
 }
 
-int32_t PlaceImage(EmlPart& part, EmlMessage& message, InlineImageContext& context,
-                   SearchBudget& budget, int32_t& walkResult) {
-  if (!part.name) return StatusOk;
-  if (message.body.length() == 0) {
-    walkResult = StatusDone;
-    return StatusOk;
-  }
-  context.name = part.name.get();
+Status PlaceImage(EmlPart& part, EmlMessage& message, const ImagePlacing& images,
+                  bool& imageIsLost) {
+  InlineImageContext& context = images.context;
+  if (!part.name.hasBlock()) return StatusOk;
+  imageIsLost = true;
+  if (message.body.length() == 0) return StatusOk;
+  context.name = part.name.data();
   context.contentId = part.hasContentId() ? part.contentId.data() : nullptr;
 
   // By its content id, or else by its name. An empty name is nowhere.
   bool found = false;
-  const int32_t aimed = AimAtReference(context, budget, context.contentId, context.name, found);
-  if (aimed != StatusOk) return aimed;
-  if (!found) {
-    walkResult = StatusDone;
-  } else {
-    const int32_t decoded = EnsureDecoded(part);
-    if (decoded != StatusOk) return decoded;
-    const int32_t status = RewriteInlineImage(context, part.decoded.get(), part.decodedLength);
-    if (status < StatusOk) return status;
-    walkResult = status;
-    if (context.pass == nullptr) budget.spend(message.body.length());
+  const Status aimed =
+      AimAtReference(context, images.budget, context.contentId, context.name, found);
+  if (!aimed.ok()) return aimed;
+  if (found) {
+    if (const Status decoded = EnsureDecoded(part); !decoded.ok()) return decoded;
+    const Status put = RewriteInlineImage(context, part.decoded.data(), part.decoded.length());
+    if (!put.ok()) return put;
+    imageIsLost = false;
+    if (context.pass == nullptr) images.budget.spend(message.body.length());
   }
-  return budget.isSpent() ? StatusOutOfMemory : StatusOk;
+  return images.budget.isSpent() ? StatusOutOfMemory : StatusOk;
 }
 
 }  // namespace
@@ -76,19 +70,18 @@ bool IsOutdoneByBody(const EmlPart& part, const EmlMessage& message) {
          message.body.length() != 0;
 }
 
-int32_t UsePart(EmlPart& part, EmlMessage& message, InlineImageContext& context,
-                SearchBudget& budget, int32_t& walkResult) {
+Status UsePart(EmlPart& part, EmlMessage& message, const ImagePlacing& images, bool& imageIsLost) {
   switch (part.contentClass) {
     case ContentHtml:
     case ContentPlain:
-      return UseTextPart(part, message, context);
+      return UseTextPart(part, message, images.context);
     case ContentPng:
     case ContentGif:
     case ContentJpeg:
     case ContentWmf:
-      return PlaceImage(part, message, context, budget, walkResult);
+      return PlaceImage(part, message, images, imageIsLost);
     case ContentOther:
-      return UseOtherPart(part, message, context);
+      return UseOtherPart(part, message, images.context);
     default:
       return StatusOk;
   }

@@ -12,18 +12,23 @@
 
 namespace tarn {
 
+// What the images of a mail are put into its body with.
+struct ImagePlacing {
+  InlineImageContext& context;
+  SearchBudget& budget;
+};
+
 // Is the part a plain text, and the body an HTML text already? Then it will not become the body.
 bool IsOutdoneByBody(const EmlPart& part, const EmlMessage& message);
 
 // Uses a part that ParseMimePart has read, and decodes it if the document needs its content. An
-// image sets `walkResult`: 2 when the body has no place for it (then the body stays), else the
-// result of putting it there; other parts leave it.
-//
-// 1 goes on with the walk. Failures end it: -1 without memory or budget and for a body that would
-// grow beyond the context's limit, and what RewriteInlineImage fails with (0 among them). The body
-// then holds what it held, or is empty.
-int32_t UsePart(EmlPart& part, EmlMessage& message, InlineImageContext& context,
-                SearchBudget& budget, int32_t& walkResult);
+// image sets `imageIsLost`: whether the body, which then stays, has no place for it. Other parts
+// leave that.
+//   StatusOk             the walk goes on
+//   StatusOutOfMemory    also without budget, and for a body that would outgrow the context's limit
+//   other                what RewriteInlineImage fails with (StatusFailed among it)
+// After a failure the body holds what it held, or is empty.
+Status UsePart(EmlPart& part, EmlMessage& message, const ImagePlacing& images, bool& imageIsLost);
 
 }  // namespace tarn
 

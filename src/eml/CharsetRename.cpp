@@ -1,28 +1,27 @@
 #include "eml/CharsetRename.h"
 
-#include <cstring>
-
 #include "Common/ByteSearch.h"
 #include "eml/Charsets.h"
 
 namespace tarn {
 
-int32_t CharsetRename::apply(SizedBytes& text, uint64_t from, std::string_view name) {
-  const char* const end = text.data() + text.length();
-  const char* const found = FindIgnoringCase(text.data() + from, end, name);
-  if (found == nullptr) return StatusOk;
-  offset_ = static_cast<uint64_t>(found - text.data());
-  oldLength_ = name.size();
-  std::memcpy(oldName_, found, name.size());
-  return ReplaceWithUtf8Name(text, offset_, oldLength_);
+Status CharsetRename::apply(SizedBytes& text, uint64_t from, std::string_view name) {
+  const size_t found = FindIgnoringCase(text.view(), name, from);
+  if (found == std::string_view::npos) return StatusOk;
+  offset_ = found;
+  oldName_.append(text.view().substr(found, name.size()));
+  return ReplaceWithUtf8Name(text, offset_, name.size());
 }
 
 void CharsetRename::undo(SizedBytes& text) const {
   if (!found()) return;
-  char* const place = text.data() + offset_;
-  std::memmove(place + oldLength_, text.data() + end(), text.length() - end());
-  std::memcpy(place, oldName_, oldLength_);
-  text.setLength(text.length() - kNewName.size() + oldLength_);
+  const std::string_view name = oldName_.view();
+  const uint64_t after = text.length() - end();
+  KernelBlock<char> block = text.take();
+  char* const place = block.get() + offset_;
+  std::memmove(place + name.size(), place + kNewName.size(), after);
+  name.copy(place, name.size());
+  text.adopt(std::move(block), offset_ + name.size() + after);
 }
 
 }  // namespace tarn

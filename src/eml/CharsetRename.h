@@ -3,8 +3,7 @@
 #ifndef TARN_EML_CHARSETRENAME_H
 #define TARN_EML_CHARSETRENAME_H
 
-#include <string_view>
-
+#include "Common/FixedText.h"
 #include "Internal/Tarnclasses_.h"
 
 namespace tarn {
@@ -12,25 +11,24 @@ namespace tarn {
 class CharsetRename {
  public:
   static constexpr std::string_view kNewName = "UTF-8";
-  // "windows-" and the longest code page number.
-  static constexpr uint64_t kLongestName = 18;
+  // "windows-" and the longest code page number are the longest.
+  using Name = FixedText<18>;
 
-  // Replaces the first `name`, of at most kLongestName bytes, that stands at or behind `from` in
-  // any case. 1, also when there is none; 0 without memory, and then the text is freed.
-  int32_t apply(SizedBytes& text, uint64_t from, std::string_view name);
+  // Replaces the first `name` at or after `from`, in any case. StatusOk, also when there is none;
+  // StatusFailed without memory, and then the text is absent.
+  Status apply(SizedBytes& text, uint64_t from, std::string_view name);
 
-  bool found() const { return oldLength_ != 0; }
+  bool found() const { return !oldName_.view().empty(); }
   // Where the new name ends; only if found.
   uint64_t end() const { return offset_ + kNewName.size(); }
 
-  // Puts the old name back into the text, whose bytes behind the new name are as apply() left
+  // Puts the old name back into the text, whose bytes after the new name are as apply() left
   // them. Needs no memory: the block has never been made smaller.
   void undo(SizedBytes& text) const;
 
  private:
   uint64_t offset_ = 0;
-  uint64_t oldLength_ = 0;
-  char oldName_[kLongestName] = {};
+  Name oldName_;
 };
 
 }  // namespace tarn

@@ -2,10 +2,8 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cstring>
 
 #include "Common/ByteSearch.h"
-#include "Common/InlineImages.h"
 #include "Platform/CodePages.h"
 #include "eml/CharsetRename.h"
 #include "eml/Iso2022Jp.h"
@@ -19,13 +17,8 @@ constexpr std::string_view kWindowsPrefix = "windows-";
 // The decimal number that the text begins with; 0 without digits, and no more than INT32_MAX.
 uint32_t LeadingNumber(std::string_view text) {
   uint32_t number = 0;
-  for (const char c : text) {
-    if (c < '0' || c > '9') break;
-    const auto digit = static_cast<uint32_t>(c - '0');
-    if (number > (INT32_MAX - digit) / 10) return INT32_MAX;
-    number = number * 10 + digit;
-  }
-  return number;
+  const auto read = std::from_chars(text.data(), text.data() + text.size(), number);
+  return read.ec == std::errc::result_out_of_range || number > INT32_MAX ? INT32_MAX : number;
 }
 
 // The code page that converts the charset's text; 0 for charsets that are not converted by one.
@@ -44,61 +37,39 @@ uint32_t CodePageOf(CharsetRef charset) {
   }
 }
 
-// A charset's name as texts declare it.
-class DeclaredName {
- public:
-  explicit DeclaredName(CharsetRef charset) {
-    switch (charset.kind) {
-      case CharsetLatin1:
-        append("iso-8859-1");
-        break;
-      case CharsetAscii:
-        append("us-ascii");
-        break;
-      case CharsetWindows:
-        append(kWindowsPrefix);
-        length_ = static_cast<size_t>(
-            std::to_chars(text_ + length_, text_ + sizeof text_, charset.codePage).ptr - text_);
-        break;
-      case CharsetGb2312:
-        append("gb2312");
-        break;
-      case CharsetBig5:
-        append("big5");
-        break;
-      default:
-        break;
-    }
+// A charset's name as texts declare it; empty for charsets that have none to look for.
+CharsetRename::Name DeclaredName(CharsetRef charset) {
+  CharsetRename::Name name;
+  switch (charset.kind) {
+    case CharsetLatin1:
+      name.append("iso-8859-1");
+      break;
+    case CharsetAscii:
+      name.append("us-ascii");
+      break;
+    case CharsetWindows:
+      name.append(kWindowsPrefix);
+      name.append(charset.codePage);
+      break;
+    case CharsetGb2312:
+      name.append("gb2312");
+      break;
+    case CharsetBig5:
+      name.append("big5");
+      break;
+    default:
+      break;
   }
+  return name;
+}
 
-  std::string_view text() const { return {text_, length_}; }
-
- private:
-  void append(std::string_view part) {
-    std::memcpy(text_ + length_, part.data(), part.size());
-    length_ += part.size();
-  }
-
-  char text_[CharsetRename::kLongestName] = {};
-  size_t length_ = 0;
-};
-
-// What a conversion did: a status, and whether bytes were converted at all.
-struct Conversion {
-  int32_t status;
-  bool converted;
-};
-
-// Converts the text from `offset` on, a trailing NUL apart, and terminates it; the length does not
-// count the NUL. Text that the code page does not take stays, as does one beyond INT32_MAX bytes.
-// -1 changes nothing; -1851 leaves the text cut at the offset.
+// Converts the text from `offset` on, a trailing NUL apart, as ConvertInPieces does. Text that the
+// code page does not take stays, as does one beyond INT32_MAX bytes.
 Conversion ConvertFrom(SizedBytes& text, uint64_t offset, uint32_t codePage) {
   const std::string_view source = WithoutTrailingNul(text.view().substr(offset));
   if (codePage == 0 || source.empty() || source.size() > INT32_MAX) return {StatusOk, false};
   if (source.size() > kLongText && MayConvertInPieces(codePage)) {
-    bool converted = false;
-    const int32_t status = ConvertInPieces(text, offset, codePage, converted);
-    return {status, converted};
+    return ConvertInPieces(text, offset, codePage);
   }
 
   const uint64_t capacity = 2 * source.size() + 1;
@@ -109,14 +80,16 @@ Conversion ConvertFrom(SizedBytes& text, uint64_t offset, uint32_t codePage) {
   if (units <= 0) return {StatusOk, false};
 
   const int64_t room = int64_t{4} * units;
-  auto* const block = static_cast<char*>(
-      KernelRealloc(text.data(), offset + static_cast<uint64_t>(room) + 1, TARN_HERE));
-  if (block == nullptr) return {StatusOutOfMemory, false};
-  text.setData(block);
-  const int64_t written = KernelWideToUtf8(wide.get(), units, block + offset, room);
-  text.setLength(offset + static_cast<uint64_t>(std::max<int64_t>(written, 0)));
-  block[text.length()] = '\0';
-  return {written > 0 ? StatusOk : StatusPathToUtf8Failed, true};
+  const auto write = [&](char* block) {
+    const int64_t written = KernelWideToUtf8(wide.get(), units, block + offset, room);
+    const uint64_t length = offset + static_cast<uint64_t>(std::max<int64_t>(written, 0));
+    block[length] = '\0';
+    return length;
+  };
+  if (!text.overwrite(offset + static_cast<uint64_t>(room) + 1, write)) {
+    return {StatusOutOfMemory, false};
+  }
+  return {text.length() > offset ? StatusOk : StatusPathToUtf8Failed, true};
 }
 
 // Well formed by the shape of its bytes alone: a lead byte and as many bytes 10xxxxxx as it asks
@@ -139,11 +112,10 @@ bool HasUtf8Form(std::string_view text) {
 
 }  // namespace
 
-CharsetRef ClassifyCharset(const char* start, const char* end) {
-  const std::string_view name(start, static_cast<size_t>(end - start));
+CharsetRef ClassifyCharset(std::string_view name) {
   const auto is = [name](std::string_view other) { return EqualsIgnoringCase(name, other); };
-  const auto begins = [start, end](std::string_view prefix) {
-    return StartsWithIgnoringCase(start, end, prefix);
+  const auto begins = [name](std::string_view prefix) {
+    return StartsWithIgnoringCase(name, prefix);
   };
 
   if (is("gb2312")) return {CharsetGb2312, 0};
@@ -158,43 +130,45 @@ CharsetRef ClassifyCharset(const char* start, const char* end) {
   return {CharsetOther, 0};
 }
 
-int32_t ConvertTailToUtf8(SizedBytes& text, uint64_t offset, CharsetRef charset) {
+Status ConvertTailToUtf8(SizedBytes& text, uint64_t offset, CharsetRef charset) {
   if (offset >= text.length()) return StatusOk;
   if (charset.kind == CharsetIso2022Jp) return ConvertIso2022Jp(text, offset);
   const Conversion conversion = ConvertFrom(text, offset, CodePageOf(charset));
-  if (conversion.converted && conversion.status == StatusOk) text.setLength(text.length() + 1);
-  return conversion.status;
+  if (!conversion.converted || !conversion.status.ok()) return conversion.status;
+  // The NUL is there; from here on it counts.
+  const uint64_t length = text.length() + 1;
+  text.adopt(text.take(), length);
+  return StatusOk;
 }
 
-int32_t ConvertBodyToUtf8(SizedBytes* text, CharsetRef* charset, bool force) {
+Status ConvertBodyToUtf8(SizedBytes* text, CharsetRef* charset, bool force) {
   if (text == nullptr || charset == nullptr) return StatusNullArgument;
   if (charset->kind == CharsetIso2022Jp) return ConvertIso2022Jp(*text, 0);
-  const DeclaredName name(*charset);
-  if (!force || name.text().empty()) return StatusOk;
+  const CharsetRename::Name name = DeclaredName(*charset);
+  if (!force || name.view().empty()) return StatusOk;
 
   CharsetRename rename;
-  const int32_t renamed = rename.apply(*text, 0, name.text());
-  if (renamed < StatusOk) return renamed;
+  const Status renamed = rename.apply(*text, 0, name.view());
+  if (!renamed.ok()) return renamed;
   if (charset->kind == CharsetAscii) {
     if (rename.found()) charset->kind = CharsetUtf8;
     return StatusOk;
   }
-  // What stands in front of the declaration keeps its bytes.
+  // What comes before the declaration keeps its bytes.
   const uint64_t offset = rename.found() ? rename.end() : 0;
-  const int32_t status = ConvertFrom(*text, offset, CodePageOf(*charset)).status;
+  const Status status = ConvertFrom(*text, offset, CodePageOf(*charset)).status;
   if (status == StatusOutOfMemory) rename.undo(*text);
   return status;
 }
 
 void RepairFieldToUtf8(SizedBytes& field, CharsetRef charset) {
   if (HasUtf8Form(field.view())) return;
-  ConvertBodyToUtf8(&field, &charset, true);
+  ConvertBodyToUtf8(&field, &charset, true).ignore();
 }
 
-int32_t ReplaceWithUtf8Name(SizedBytes& text, uint64_t offset, uint64_t oldLength) {
-  constexpr std::string_view kName = CharsetRename::kNewName;
-  const Status status = text.splice(offset, oldLength, kName);
-  if (status != StatusOk) text.release();
+Status ReplaceWithUtf8Name(SizedBytes& text, uint64_t offset, uint64_t oldLength) {
+  const Status status = text.splice(offset, oldLength, CharsetRename::kNewName);
+  if (!status.ok()) text.release();
   return status;
 }
 

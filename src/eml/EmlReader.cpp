@@ -1,12 +1,9 @@
 #include "eml/EmlReader.h"
 
 #include <algorithm>
-#include <cstring>
-#include <string_view>
 
 #include "Common/ByteSearch.h"
 #include "Common/ImagePass.h"
-#include "eml/BodyChoice.h"
 #include "eml/HeaderFields.h"
 #include "eml/HeaderSearch.h"
 #include "eml/MimeBoundary.h"
@@ -16,10 +13,11 @@ namespace tarn {
 namespace {
 
 constexpr uint64_t kSeekFailed = UINT64_MAX;
+constexpr size_t npos = std::string_view::npos;
 
 // The size of the file, its position left at 0. The last byte is read on the way: a file that does
-// not have one fails with -7, before any failed seek does with -4.
-int32_t MeasureFile(uint64_t handle, uint64_t& size) {
+// not have one fails with StatusReadFailed, before any failed seek does with StatusSeekFailed.
+Status MeasureFile(uint64_t handle, uint64_t& size) {
   const uint64_t before = KernelFileSeek(handle, 0, KERNEL_SEEK_CURRENT);
   const uint64_t last = KernelFileSeek(handle, -1, KERNEL_SEEK_END);
   char byte = 0;
@@ -33,27 +31,25 @@ int32_t MeasureFile(uint64_t handle, uint64_t& size) {
   return KernelFileSeek(handle, 0, KERNEL_SEEK_START) == 0 ? StatusOk : StatusSeekFailed;
 }
 
-int32_t ReadWholeFile(uint64_t handle, EmlMessage& message) {
+Status ReadWholeFile(uint64_t handle, EmlMessage& message) {
   uint64_t size = 0;
-  const int32_t measured = MeasureFile(handle, size);
-  if (measured != StatusOk) return measured;
-
-  message.data = static_cast<char*>(KernelRealloc(nullptr, size + 1, TARN_HERE));
-  if (message.data == nullptr) return StatusOutOfMemory;
-  message.capacity = size + 1;
-  if (KernelFileReadLarge(handle, message.data, size) != size) return StatusReadFailed;
-  message.end = message.data + size;
-  message.endCopy = message.end;
-  return StatusOk;
+  if (const Status measured = MeasureFile(handle, size); !measured.ok()) return measured;
+  bool isWhole = false;
+  const auto read = [&](char* block) {
+    isWhole = KernelFileReadLarge(handle, block, size) == size;
+    return isWhole ? size : 0;
+  };
+  if (!message.data.overwrite(size + 1, read)) return StatusOutOfMemory;
+  return isWhole ? StatusOk : StatusReadFailed;
 }
 
 // The empty line that ends the top header block, or the end of the file.
-const char* FindTopHeaderLimit(const EmlMessage& message) {
+size_t FindTopHeaderLimit(std::string_view file) {
   for (const std::string_view emptyLine : {"\r\n\r\n", "\n\n"}) {
-    const char* const hit = FindBytes(message.data, message.end, emptyLine);
-    if (hit != nullptr) return hit;
+    const size_t hit = FindBytes(file, emptyLine);
+    if (hit != npos) return hit;
   }
-  return message.end;
+  return file.size();
 }
 
 // A field that is there but empty has a length.
@@ -64,75 +60,66 @@ bool HasFieldsOfAMail(const EmlMessage& message) {
 }
 
 // The first Content-Location anywhere in the file.
-int32_t KeepLocation(EmlMessage& message) {
+Status KeepLocation(EmlMessage& message) {
   constexpr std::string_view kName = "Content-Location:";
-  const char* const hit = FindIgnoringCase(message.data, message.end, kName);
-  if (hit == nullptr) return StatusOk;
-  const char* const value = hit + kName.size();
-  const auto length = static_cast<uint64_t>(FindLineEnd(value, message.end) - value);
-
-  KernelBlock<char> location = AllocateBlock<char>(length + 1, TARN_HERE);
-  if (!location) return StatusOutOfMemory;
-  if (length != 0) std::memcpy(location.get(), value, length);
-  location[length] = '\0';
-  message.location = location.take();
-  return StatusOk;
+  const std::string_view file = message.file();
+  const size_t hit = FindIgnoringCase(file, kName);
+  if (hit == npos) return StatusOk;
+  const size_t value = hit + kName.size();
+  return message.location.append(file.substr(value, FindLineEnd(file, value) - value));
 }
 
-int32_t PrepareMultipart(EmlMessage& message, PstFilterData& filterData) {
-  const int32_t kept = KeepLocation(message);
-  if (kept != StatusOk) return kept;
-  if (filterData.inlineFiles.data() != nullptr) return StatusOk;
+Status PrepareMultipart(EmlMessage& message, PstFilterData& filterData) {
+  if (const Status kept = KeepLocation(message); !kept.ok()) return kept;
+  if (filterData.inlineFiles.hasBlock()) return StatusOk;
   // An empty list grows by its increment, which is 5.
   return filterData.inlineFiles.reserve(0) != nullptr ? StatusOk : StatusOutOfMemory;
 }
 
-// A mail without a boundary is text, or of no type at all. The type stands behind the colon and the
-// one byte that follows it.
-bool IsTextMail(const EmlMessage& message) {
-  const char* const line = FindHeaderLine(message.data, message.end, "Content-Type:");
-  if (line == nullptr) return true;
-  const char* const value = line + std::min<ptrdiff_t>(message.end - line, 14);
-  return StartsWithIgnoringCase(value, message.end, "text/plain") ||
-         StartsWithIgnoringCase(value, message.end, "text/html");
+// A mail without a boundary is text, or of no type at all.
+bool IsTextMail(std::string_view file) {
+  const size_t value = FindFixedValue(file, "Content-Type:");
+  if (value == npos) return true;
+  const std::string_view type = file.substr(value);
+  return StartsWithIgnoringCase(type, "text/plain") || StartsWithIgnoringCase(type, "text/html");
 }
 
-int32_t WalkMessage(EmlMessage& message, PstFilterData& filterData,
-                    const AttachmentRequest* request) {
+Status WalkMessage(EmlMessage& message, PstFilterData& filterData,
+                   const AttachmentRequest* request) {
+  const std::string_view file = message.file();
+  SearchBudget budget = SearchBudget::ForImages(file.size());
+  ImagePass pass(message.body, ImagePass::LimitsFor(file.size()), budget);
   InlineImageContext context;
   context.filterData = &filterData;
   context.body = &message.body;
-  const auto fileSize = static_cast<uint64_t>(message.end - message.data);
-  context.bodyLimit = BodyLimit(fileSize);
-  SearchBudget budget = SearchBudget::ForImages(fileSize);
-  ImagePass pass(message.body, ImagePass::LimitsFor(fileSize), budget);
+  context.bodyLimit = BodyLimit(file.size());
   context.pass = &pass;
 
   TrackedBuffer<char> delimiter;
-  const char* cursor = nullptr;
-  const int32_t found = FindMimeBoundary(message.data, message.end, delimiter, &cursor);
-  if (found < StatusOk) return found;
-  if (found == StatusOk) {
-    const int32_t prepared = PrepareMultipart(message, filterData);
-    if (prepared != StatusOk) return prepared;
-  } else {
-    if (!IsTextMail(message)) return StatusNotSupported;
-    cursor = message.data;
+  size_t cursor = 0;
+  const Status found = FindMimeBoundary(file, delimiter, &cursor);
+  if (found.failed()) return found;
+  if (found.ok()) {
+    if (const Status prepared = PrepareMultipart(message, filterData); !prepared.ok()) {
+      return prepared;
+    }
+  } else if (!IsTextMail(file)) {
+    return StatusNotSupported;
   }
   const Status walked =
-      WalkMimeParts(message, cursor, message.end, delimiter, context, budget, request);
+      WalkMimeParts(message, cursor, delimiter.view(), {context, budget}, request);
   // A request looks at attachments alone: its document is never made.
-  return walked.ok() && request == nullptr ? pass.finish() : walked;
+  if (!walked.ok() || request != nullptr) return walked;
+  return pass.finish();
 }
 
 }  // namespace
 
-int32_t ReadEmlMessage(EmlMessage& message, uint64_t handle, PstFilterData& filterData,
-                       const AttachmentRequest* request) {
-  int32_t status = ReadWholeFile(handle, message);
-  if (status != StatusOk) return status;
-  status = ParseEmlHeaders(message, FindTopHeaderLimit(message));
-  if (status != StatusOk) return status;
+Status ReadEmlMessage(EmlMessage& message, uint64_t handle, PstFilterData& filterData,
+                      const AttachmentRequest* request) {
+  if (const Status read = ReadWholeFile(handle, message); !read.ok()) return read;
+  const Status parsed = ParseEmlHeaders(message, FindTopHeaderLimit(message.file()));
+  if (!parsed.ok()) return parsed;
   if (!HasFieldsOfAMail(message)) return StatusNotSupported;
   return WalkMessage(message, filterData, request);
 }

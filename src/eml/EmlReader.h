@@ -14,13 +14,16 @@ namespace tarn {
 // Fills the message, which is new: header fields, and the body that the part walker chooses. With a
 // request (or null), the attachments are reported on the way, and the body is only looked at for
 // failures: its images stay out of it. The handle stays open and is at the end of the file.
-//
-// 1, and then the body may still be null. -9 for a file without the fields of a mail (From, Date,
-// and one of To, Cc, Bcc; empty ones will do) and for one without a boundary whose Content-Type is
-// neither text/plain nor text/html. -7 for an empty file and a short read, -4 when the file cannot
-// be measured, -1 without memory. Else the result of the walk, 2 among them (PartWalker.h).
-int32_t ReadEmlMessage(EmlMessage& message, uint64_t handle, PstFilterData& filterData,
-                       const AttachmentRequest* request);
+//   StatusOk             the body may still be absent
+//   StatusNotSupported   a file without the fields of a mail (From, Date, and one of To, Cc, Bcc;
+//                        empty ones will do), or one without a boundary whose Content-Type is
+//                        neither text/plain nor text/html
+//   StatusReadFailed     an empty file, or a short read
+//   StatusSeekFailed     the file cannot be measured
+//   StatusOutOfMemory
+//   other                the result of the walk, StatusDone among them (PartWalker.h)
+Status ReadEmlMessage(EmlMessage& message, uint64_t handle, PstFilterData& filterData,
+                      const AttachmentRequest* request);
 
 }  // namespace tarn
 

@@ -1,10 +1,11 @@
 #include "eml/EncodedWords.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "Common/ByteSearch.h"
+#include "Common/TextWriter.h"
 #include "eml/Charsets.h"
-#include "eml/FieldText.h"
 #include "eml/TransferDecoding.h"
 
 namespace tarn {
@@ -12,127 +13,125 @@ namespace {
 
 // Shorter texts, terminator included, hold no word.
 constexpr uint64_t kShortestText = 14;
+constexpr std::string_view kWordStart = "=?";
+constexpr std::string_view kWordEnd = "?=";
+constexpr size_t npos = std::string_view::npos;
 
-// The places of "=?charset?B?text?=" in a text.
+// The word "=?charset?encoding?text?=" in [begin, end) of a text.
 struct EncodedWord {
-  const char* begin;
-  const char* charsetEnd;  // the "?" behind the charset
-  const char* letterEnd;   // the "?" behind the letter
-  const char* textEnd;     // the "?=" behind the text
-  const char* charset() const { return begin + 2; }
-  const char* text() const { return letterEnd + 1; }
-  const char* end() const { return textEnd + 2; }
+  std::string_view charset;
+  std::string_view encoding;
+  std::string_view text;
+  size_t begin;
+  size_t end;
 };
 
-// The first word from p on; false when a delimiter of it is missing.
-bool FindEncodedWord(const char* p, const char* end, EncodedWord& word) {
-  word.begin = FindBytes(p, end, "=?");
-  if (word.begin == nullptr) return false;
-  word.charsetEnd = FindByte(word.charset(), end, '?');
-  if (word.charsetEnd == nullptr || end - word.charsetEnd <= 2) return false;
-  word.letterEnd = FindByte(word.charsetEnd + 2, end, '?');
-  if (word.letterEnd == nullptr || end - word.letterEnd <= 2) return false;
-  word.textEnd = FindBytes(word.letterEnd + 2, end, "?=");
-  return word.textEnd != nullptr;
+std::string_view Between(std::string_view text, size_t begin, size_t end) {
+  return text.substr(begin, end - begin);
+}
+
+// The "?" after a piece of a word from `from` on; npos also when too little follows for the rest.
+size_t FindMark(std::string_view text, size_t from) {
+  const size_t mark = FindByte(text, '?', from);
+  return mark != npos && text.size() - mark > 2 ? mark : npos;
+}
+
+// The first word from `from` on; nothing when a delimiter of it is missing. Encoding and text have
+// at least one byte.
+std::optional<EncodedWord> FindEncodedWord(std::string_view text, size_t from) {
+  const size_t begin = FindBytes(text, kWordStart, from);
+  if (begin == npos) return std::nullopt;
+  const size_t charset = begin + kWordStart.size();
+  const size_t charsetEnd = FindMark(text, charset);
+  if (charsetEnd == npos) return std::nullopt;
+  const size_t encodingEnd = FindMark(text, charsetEnd + 2);
+  if (encodingEnd == npos) return std::nullopt;
+  const size_t textEnd = FindBytes(text, kWordEnd, encodingEnd + 2);
+  if (textEnd == npos) return std::nullopt;
+  return EncodedWord{Between(text, charset, charsetEnd), Between(text, charsetEnd + 1, encodingEnd),
+                     Between(text, encodingEnd + 1, textEnd), begin, textEnd + kWordEnd.size()};
 }
 
 // Is this a word of a charset and an encoding that the reader takes?
 bool IsTaken(const EncodedWord& word, CharsetRef charset) {
-  if (word.letterEnd != word.charsetEnd + 2) return false;
   if (charset.kind == CharsetNone || charset.kind == CharsetOther) return false;
-  return word.charsetEnd[1] == 'B' || word.charsetEnd[1] == 'Q';
+  return word.encoding == "B" || word.encoding == "Q";
 }
 
 // The word's text, in UTF-8 unless it is us-ascii, in the place of what `text` held.
-int32_t DecodeWord(const EncodedWord& word, CharsetRef charset, SizedBytes& text) {
-  text.setLength(0);
-  const auto length = static_cast<uint64_t>(word.textEnd - word.text());
-  const int32_t decoded = DecodeEncodedWordText(word.charsetEnd[1], word.text(), length, text);
-  if (decoded != StatusOk) return decoded;
+Status DecodeWord(const EncodedWord& word, CharsetRef charset, SizedBytes& text) {
+  text.clear();
+  const Status decoded = DecodeEncodedWordText(word.encoding.front(), word.text, text);
+  if (!decoded.ok()) return decoded;
   if (charset.kind == CharsetUtf8 || charset.kind == CharsetAscii) return StatusOk;
   return ConvertTailToUtf8(text, 0, charset);
 }
 
-// Decodes word after word of [start, end) into `out` until one is missing or refused. `rest` is
-// then behind the last word that was decoded, or start. The text between two words, and that in
-// front of a refused word, is in `out` already.
-int32_t DecodeWords(const char* start, const char* end, FieldText& out, const char*& rest,
-                    uint32_t* convertToUtf8) {
+// Decodes word after word of the text into `out` until one is missing or refused. `rest` is then
+// after the last word that was decoded, or 0. The text between two words, and that before a refused
+// word, is in `out` already.
+Status DecodeWords(std::string_view text, TextWriter& out, size_t& rest, bool* convertToUtf8) {
   SizedBytes decoded;
-  EncodedWord word;
-  rest = start;
-  while (rest < end && FindEncodedWord(rest, end, word)) {
-    const auto between = static_cast<uint64_t>(word.begin - rest);
-    int32_t status = out.append(rest, between);
-    if (status != StatusOk) return status;
+  rest = 0;
+  while (const std::optional<EncodedWord> word = FindEncodedWord(text, rest)) {
+    out.append(Between(text, rest, word->begin));
 
-    const CharsetRef charset = ClassifyCharset(word.charset(), word.charsetEnd);
-    if (!IsTaken(word, charset)) break;
-    status = DecodeWord(word, charset, decoded);
-    if (status == StatusOk) status = out.appendAsIs(decoded.data(), decoded.length());
-    if (status != StatusOk) return status;
-    if (convertToUtf8 != nullptr && charset.kind != CharsetAscii) *convertToUtf8 = 1;
-    rest = word.end();
+    const CharsetRef charset = ClassifyCharset(word->charset);
+    if (!out.status().ok() || !IsTaken(*word, charset)) break;
+    if (const Status status = DecodeWord(*word, charset, decoded); !status.ok()) return status;
+    out.appendAsIs(decoded.view());
+    if (!out.status().ok()) break;
+    if (convertToUtf8 != nullptr && charset.kind != CharsetAscii) *convertToUtf8 = true;
+    rest = word->end;
   }
-  return StatusOk;
+  return out.status();
 }
 
 }  // namespace
 
-int32_t DecodeEncodedWords(SizedBytes& text, uint32_t* convertToUtf8) {
-  if (text.data() == nullptr || text.length() < kShortestText) return StatusOk;
-  const char* const start = text.data();
-  const char* const end = start + text.text().size();
+Status DecodeEncodedWords(SizedBytes& text, bool* convertToUtf8) {
+  if (text.length() < kShortestText) return StatusOk;
+  const std::string_view source = text.text();
+  TextWriter out(256, TextWriter::Budget::Ignored);
+  size_t rest = 0;
+  const Status decoded = DecodeWords(source, out, rest, convertToUtf8);
+  if (!decoded.ok() || rest == 0) return decoded;
 
-  FieldText out;
-  const char* rest = nullptr;
-  const int32_t decoded = DecodeWords(start, end, out, rest, convertToUtf8);
-  if (decoded != StatusOk) return decoded;
-  if (rest == start) return StatusOk;
-
-  if (rest != end && *rest != '\0') {
-    const int32_t status = out.append(rest, static_cast<uint64_t>(end - rest));
-    if (status != StatusOk) return status;
-  }
-  out.moveTo(text);
-  return StatusOk;
+  if (rest != source.size() && source[rest] != '\0') out.append(source.substr(rest));
+  if (out.status().ok()) out.moveInto(text);
+  return out.status();
 }
 
-int32_t DecodeEncodedWordText(char encoding, const char* text, uint64_t length,
-                              SizedBytes& output) {
+Status DecodeEncodedWordText(char encoding, std::string_view text, SizedBytes& output) {
   const uint64_t kept = output.text().size();
   // Base64 that stops short of a group of four still gives three bytes for it.
-  uint64_t written = std::max(length, (length + 3) / 4 * 3);
-  auto* const block =
-      static_cast<char*>(KernelRealloc(output.data(), kept + written + 1, TARN_HERE));
-  if (block == nullptr) return StatusOutOfMemory;
-  output.setData(block);
-  output.setLength(kept);
-
-  if (encoding == 'B') {
-    const int32_t status = DecodeBase64(text, length, block + kept, written);
-    if (status != StatusOk) return status;
-  } else {
-    written = DecodeQuotedPrintable({text, length}, block + kept, true, {text + length, 2});
-  }
-  block[kept + written] = '\0';
-  output.setLength(kept + written + 1);
-  return StatusOk;
+  const uint64_t room = std::max(text.size(), (text.size() + 3) / 4 * 3);
+  Status status;
+  const auto decode = [&](char* block) {
+    uint64_t written = room;
+    if (encoding == 'B') {
+      status = DecodeBase64(text, block + kept, written);
+      if (!status.ok()) return kept;
+    } else {
+      written = DecodeQuotedPrintable(text, block + kept, true, kWordEnd);
+    }
+    block[kept + written] = '\0';
+    return kept + written + 1;
+  };
+  return output.overwrite(kept + room + 1, decode) ? status : StatusOutOfMemory;
 }
 
-int32_t DecodeParameterValue(const char* start, const char* end, SizedBytes& output) {
-  const int32_t status = AppendTerminated(output, start, static_cast<uint64_t>(end - start));
-  if (status != StatusOk) return status;
+Status DecodeParameterValue(std::string_view value, SizedBytes& output) {
+  if (const Status copied = output.append(value); !copied.ok()) return copied;
   // A word that cannot be decoded is no failure: the raw value is used.
-  if (StartsWith(start, end, "=?")) DecodeEncodedWords(output, nullptr);
+  if (value.starts_with(kWordStart)) DecodeEncodedWords(output, nullptr).ignore();
   return StatusOk;
 }
 
-int32_t DecodePartName(EmlPart& part, const char* start, const char* end) {
-  SizedBytes value;
-  const int32_t status = DecodeParameterValue(start, end, value);
-  if (status != StatusOk) return status;
-  part.name = value.take();
+Status DecodePartName(EmlPart& part, std::string_view value) {
+  SizedBytes name;
+  if (const Status status = DecodeParameterValue(value, name); !status.ok()) return status;
+  part.name = std::move(name);
   return StatusOk;
 }
 

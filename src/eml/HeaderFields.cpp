@@ -1,14 +1,15 @@
 #include "eml/HeaderFields.h"
 
 #include <array>
-#include <string_view>
 
+#include "Common/TextWriter.h"
 #include "eml/EncodedWords.h"
-#include "eml/FieldText.h"
 #include "eml/HeaderSearch.h"
 
 namespace tarn {
 namespace {
+
+constexpr size_t npos = std::string_view::npos;
 
 struct FieldRow {
   std::string_view name;
@@ -26,42 +27,42 @@ constexpr std::array<FieldRow, 7> kFields = {{{"From:", &EmlMessage::from},
 bool IsBlankOrTab(char byte) { return byte == ' ' || byte == '\t'; }
 bool IsLineEnd(char byte) { return byte == '\r' || byte == '\n'; }
 
-// Where the folded line behind the line end e starts, or null when none follows.
-const char* FindContinuation(const char* e, const char* limit) {
-  if (limit - e <= 3) return nullptr;
-  if (e[1] == ' ') return e + 2;
-  if (IsLineEnd(e[1]) && IsBlankOrTab(e[2])) return e + 3;
-  return nullptr;
+// Where the folded line after the line end e starts, or npos when none follows.
+size_t FindContinuation(std::string_view header, size_t e) {
+  if (header.size() - e <= 3) return npos;
+  if (header[e + 1] == ' ') return e + 2;
+  if (IsLineEnd(header[e + 1]) && IsBlankOrTab(header[e + 2])) return e + 3;
+  return npos;
 }
 
-int32_t ReadUnfolded(const char* value, const char* limit, SizedBytes& field) {
-  FieldText text;
-  const char* lineEnd = FindLineEnd(value, limit);
-  int32_t status = text.append(value, static_cast<uint64_t>(lineEnd - value));
-  while (status == StatusOk) {
-    const char* const more = FindContinuation(lineEnd, limit);
-    if (more == nullptr) break;
-    lineEnd = FindLineEnd(more, limit);
+Status ReadUnfolded(std::string_view header, size_t value, SizedBytes& field) {
+  TextWriter text(256, TextWriter::Budget::Ignored);
+  size_t lineEnd = FindLineEnd(header, value);
+  text.append(header.substr(value, lineEnd - value));
+  for (;;) {
+    const size_t more = FindContinuation(header, lineEnd);
+    if (more == npos) break;
+    lineEnd = FindLineEnd(header, more);
     if (lineEnd == more) break;
-    status = text.append(more, static_cast<uint64_t>(lineEnd - more));
+    text.append(header.substr(more, lineEnd - more));
   }
-  if (status == StatusOk) text.moveTo(field);
-  return status;
+  if (text.status().ok()) text.moveInto(field);
+  return text.status();
 }
 
 }  // namespace
 
-int32_t ParseEmlHeaders(EmlMessage& message, const char* limit) {
+Status ParseEmlHeaders(EmlMessage& message, size_t limit) {
+  const std::string_view header = message.file().substr(0, limit);
   for (const FieldRow& row : kFields) {
-    const char* const line = FindHeaderLine(message.data, limit, row.name);
-    if (line == nullptr) continue;
-    const char* value = line + row.name.size();
-    if (value != limit && *value == ' ') ++value;
+    const size_t line = FindHeaderLine(header, row.name);
+    if (line == npos) continue;
+    size_t value = line + row.name.size();
+    if (header.substr(value).starts_with(' ')) ++value;
 
     SizedBytes& field = message.*row.field;
-    const int32_t status = ReadUnfolded(value, limit, field);
-    if (status != StatusOk) return status;
-    DecodeEncodedWords(field, &message.convertToUtf8);
+    if (const Status read = ReadUnfolded(header, value, field); !read.ok()) return read;
+    DecodeEncodedWords(field, &message.convertToUtf8).ignore();
   }
   return StatusOk;
 }

@@ -10,13 +10,12 @@
 namespace tarn {
 
 // Fills from, to, subject, date, cc, bcc and importance, in this order, with the first header line
-// of each name in [message.data, limit), unfolded and with its encoded words decoded. A field that
-// is present but empty has length 1: its terminator. Unfolding drops the line end and exactly one
-// white-space byte; behind a lone LF that byte must be a blank, behind CR LF it may be a tab.
-//
-// 1, or -1 without memory for a field. Words that cannot be decoded are no failure: the field then
-// keeps its undecoded value.
-int32_t ParseEmlHeaders(EmlMessage& message, const char* limit);
+// of each name before `limit`, unfolded and with its encoded words decoded. A field that is present
+// but empty has length 1: its terminator. Unfolding drops the line end and exactly one white-space
+// byte; after a lone LF that byte must be a blank, after CR LF it may be a tab.
+//   StatusOk             also when words cannot be decoded: the field then keeps its value
+//   StatusOutOfMemory    for a field
+Status ParseEmlHeaders(EmlMessage& message, size_t limit);
 
 }  // namespace tarn
 

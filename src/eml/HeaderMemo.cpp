@@ -4,34 +4,36 @@
 #include "eml/HeaderSearch.h"
 
 namespace tarn {
+namespace {
 
-const char* NextHit::within(const char* end, size_t length) const {
-  if (hit_ >= end || static_cast<size_t>(end - hit_) < length) return nullptr;
-  return hit_;
+constexpr size_t npos = std::string_view::npos;
+
+}  // namespace
+
+size_t HeaderMemo::NextHit::within(size_t end, size_t length) const {
+  return hit < end && end - hit >= length ? hit : npos;
 }
 
-const char* HeaderMemo::find(NextHit& memo, std::string_view needle, const char* start,
-                             const char* end) {
-  if (!memo.covers(start)) {
-    memo.remember(start, FindBytes(start, fileEnd_, needle), fileEnd_);
-  }
+size_t HeaderMemo::find(NextHit& memo, std::string_view needle, size_t start, size_t end) {
+  if (!memo.covers(start)) memo = {start, FindBytes(file_, needle, start)};
   return memo.within(end, needle.size());
 }
 
-const char* HeaderMemo::headerEnd(const char* start, const char* end) {
-  if (const char* const hit = find(crLfCrLf_, "\r\n\r\n", start, end)) return hit + 4;
-  if (const char* const hit = find(lfLf_, "\n\n", start, end)) return hit + 2;
-  if (const char* const hit = find(crLf_, "\r\n", start, end)) return hit + 2;
+size_t HeaderMemo::headerEnd(size_t start, size_t end) {
+  if (const size_t hit = find(crLfCrLf_, "\r\n\r\n", start, end); hit != npos) return hit + 4;
+  if (const size_t hit = find(lfLf_, "\n\n", start, end); hit != npos) return hit + 2;
+  if (const size_t hit = find(crLf_, "\r\n", start, end); hit != npos) return hit + 2;
   return end;
 }
 
-const char* HeaderMemo::contentTypeLine(const char* start, const char* end) {
+size_t HeaderMemo::contentTypeLine(size_t start, size_t end) {
   constexpr std::string_view kName = "Content-Type:";
   // The start of a stretch counts as the start of a line, wherever it is; so it is no hit for
-  // stretches that start in front of it.
-  if (StartsWithIgnoringCase(start, end, kName)) return start;
+  // stretches that start before it.
+  if (StartsWithIgnoringCase(file_.substr(start, end - start), kName)) return start;
   if (!contentType_.covers(start)) {
-    contentType_.remember(start, FindHeaderLine(start, fileEnd_, kName), fileEnd_);
+    const size_t line = FindHeaderLine(file_.substr(start), kName);
+    contentType_ = {start, line != npos ? start + line : npos};
   }
   return contentType_.within(end, kName.size());
 }

@@ -6,48 +6,41 @@
 // asks from places further on, so that the last hit of each search, looked for up to the end of the
 // file, answers all questions up to that hit.
 //
-// Answers are those of FindHeaderEnd and FindHeaderLine for any stretch of the file. Stretches that
-// start in front of earlier ones are searched again. Nothing is owned, allocated or changed.
+// Answers are those of FindHeaderEnd and FindHeaderLine for any stretch [start, end) of the file,
+// as positions in the file. Stretches that start before earlier ones are searched again. Nothing is
+// owned, allocated or changed.
 #ifndef TARN_EML_HEADERMEMO_H
 #define TARN_EML_HEADERMEMO_H
 
+#include <cstddef>
 #include <string_view>
 
 namespace tarn {
 
-// The next hit of one search from the last place asked about.
-class NextHit {
- public:
-  // Does the remembered hit answer a search from `start`?
-  bool covers(const char* start) const {
-    return from_ != nullptr && from_ <= start && start <= hit_;
-  }
-  // `hit` may be null for "none up to fileEnd".
-  void remember(const char* start, const char* hit, const char* fileEnd) {
-    from_ = start;
-    hit_ = hit != nullptr ? hit : fileEnd;
-  }
-  // The hit if it lies in front of `end` with all its `length` bytes, else null.
-  const char* within(const char* end, size_t length) const;
-
- private:
-  const char* from_ = nullptr;
-  const char* hit_ = nullptr;
-};
-
 class HeaderMemo {
  public:
-  explicit HeaderMemo(const char* fileEnd) : fileEnd_(fileEnd) {}
+  explicit HeaderMemo(std::string_view file) : file_(file) {}
 
   // As FindHeaderEnd.
-  const char* headerEnd(const char* start, const char* end);
+  size_t headerEnd(size_t start, size_t end);
   // As FindHeaderLine for "Content-Type:".
-  const char* contentTypeLine(const char* start, const char* end);
+  size_t contentTypeLine(size_t start, size_t end);
 
  private:
-  const char* find(NextHit& memo, std::string_view needle, const char* start, const char* end);
+  // The next hit of one search from the last place asked about; npos for "none in the file".
+  struct NextHit {
+    size_t from = std::string_view::npos;
+    size_t hit = 0;
 
-  const char* fileEnd_;
+    // Does the hit answer a search from `start`?
+    bool covers(size_t start) const { return from <= start && start <= hit; }
+    // The hit if it is before `end` with all its bytes, else npos.
+    size_t within(size_t end, size_t length) const;
+  };
+
+  size_t find(NextHit& memo, std::string_view needle, size_t start, size_t end);
+
+  std::string_view file_;
   NextHit crLfCrLf_;
   NextHit lfLf_;
   NextHit crLf_;

@@ -1,32 +1,57 @@
-// HeaderSearch.h - where headers are in a mail file (RFC 822, section 3).
+// HeaderSearch.h - where headers, their values and their parameters are in a mail file (RFC 822,
+// section 3; RFC 2045, section 5.1).
 //
-// There is no parse tree: every header that is wanted is searched by name in a stretch [start, end)
-// of the file's block, ignoring the case of ASCII letters. Nothing allocates or fails.
+// There is no parse tree and no grammar: every header that is wanted is searched by name in a
+// stretch of the file, ignoring the case of ASCII letters. Comments are not known, and neither are
+// the forms of RFC 2231: "filename*=" is another key. Places are positions in the stretch, and npos
+// where there is none. Nothing allocates or fails.
 #ifndef TARN_EML_HEADERSEARCH_H
 #define TARN_EML_HEADERSEARCH_H
 
+#include <cstddef>
+#include <optional>
 #include <string_view>
 
 namespace tarn {
 
-// Behind the header block of the stretch: behind the first "\r\n\r\n", else the first "\n\n", else
-// the first "\r\n", else end. A stretch without an empty line thus has a header of one line.
-const char* FindHeaderEnd(const char* start, const char* end);
+// After the header block of the text: after the first "\r\n\r\n", else the first "\n\n", else the
+// first "\r\n", else the end. A text without an empty line thus has a header of one line.
+size_t FindHeaderEnd(std::string_view text);
 
-// The first line that begins with `name`, or null. A line begins at start and behind a CR or LF.
-const char* FindHeaderLine(const char* start, const char* end, std::string_view name);
+// The first line that begins with `name`, or npos. A line begins at the start and after a CR or LF.
+size_t FindHeaderLine(std::string_view text, std::string_view name);
 
-// The value of the first Content-Type line, blanks (no tabs) in front of it passed over, or null.
-const char* FindContentType(const char* start, const char* end);
+// The value of the first Content-Type line, blanks (no tabs) before it passed over, or npos.
+size_t FindContentType(std::string_view text);
 
-// The end of the line that start stands in: the first CR or LF, or end.
-const char* FindLineEnd(const char* start, const char* end);
+// What comes after the name of the first such line and the one byte that follows the name, but no
+// further than the end; npos without the line. A value right after the colon loses its first byte.
+size_t FindFixedValue(std::string_view text, std::string_view name);
 
-// The first line end that no folded line follows: the byte two places behind its first byte is
-// neither blank nor tab. A byte at or behind end is neither. Behind a folded line the search goes
-// on from the byte that was tested. Null when no line end is left before end. (Two places are right
-// for CR LF; behind a lone LF the test looks at the second byte of the next line.)
-const char* FindFoldedLineEnd(const char* start, const char* end);
+// The end of the line that `from` is in: the first CR or LF, or the end.
+size_t FindLineEnd(std::string_view text, size_t from = 0);
+
+// A stretch of a header block, and what may be read after it: a byte of the content can tell
+// whether the last line of the header is folded.
+struct HeaderStretch {
+  std::string_view readable;  // the stretch and the bytes after it
+  size_t size = 0;            // of the stretch
+
+  std::string_view text() const { return readable.substr(0, size); }
+  // What is left of it from `position` on.
+  HeaderStretch from(size_t position) const { return {readable.substr(position), size - position}; }
+};
+
+// The end of the value that the stretch begins with: the first line end that no folded line
+// follows, or the end of the stretch. A line is folded when the byte two places after the line
+// end's first byte can be read and is a blank or a tab; the search goes on from that byte. (Two
+// places are right for CR LF; after a lone LF that is the second byte of the next line.)
+size_t FindFoldedLineEnd(const HeaderStretch& value);
+
+// The value of the parameter `key` (given with its punctuation, as in "filename=") or nothing. The
+// name is not found inside a longer one, nor where it ends exactly at the end of the text. A quoted
+// value loses its quotes; others end at ";", a quote or the line end.
+std::optional<std::string_view> FindHeaderParameter(std::string_view text, std::string_view key);
 
 }  // namespace tarn
 

@@ -1,6 +1,6 @@
-// The text is taken as runs between escapes, and each run by the character set that the escape in
-// front of it chose. Looking for the end of a run reads the run and nothing more, but for a run of
-// JIS X 0208 that its line's end cuts: the run behind it looks for the same escape once again.
+// The text is taken as runs between escapes, and each run by the character set that the escape
+// before it chose. Looking for the end of a run reads the run and nothing more, but for a run of
+// JIS X 0208 that its line's end cuts: the run after it looks for the same escape once again.
 #include "eml/Iso2022Jp.h"
 
 #include <algorithm>
@@ -20,41 +20,35 @@ constexpr char16_t kReplacement = 0xFFFD;
 
 enum class State { Ascii, JisRoman, Jis0208 };
 
-// The end of a run and what comes behind it.
+constexpr size_t npos = std::string_view::npos;
+
+// The end of a run and what comes after it.
 struct Stop {
-  const char* runEnd;
-  const char* next;  // behind the escape, if the run ends at one
+  size_t runEnd;
+  size_t next;  // after the escape, if the run ends at one
   State state;
 };
 
-// The set that the escape at p chooses; false if it is none of the four that are known.
-bool RecogniseEscape(const char* p, const char* end, State& state) {
-  struct Escape {
-    std::string_view text;
-    State state;
-  };
-  static constexpr Escape kEscapes[] = {{"\x1B(B", State::Ascii},
-                                        {"\x1B(J", State::JisRoman},
-                                        {"\x1B$@", State::Jis0208},
-                                        {"\x1B$B", State::Jis0208}};
-  for (const Escape& escape : kEscapes) {
-    if (!StartsWith(p, end, escape.text)) continue;
-    state = escape.state;
-    return true;
-  }
-  return false;
-}
+struct Escape {
+  std::string_view text;
+  State state;
+};
 
-// Escapes that are not known are text of the run.
-Stop FindStop(const char* start, const char* end) {
-  constexpr int kEscapeLength = 3;
-  State state = State::Ascii;
-  const char* escape = FindByte(start, end, kEscape);
-  while (escape != nullptr && !RecogniseEscape(escape, end, state)) {
-    escape = FindByte(escape + 1, end, kEscape);
+constexpr std::array<Escape, 4> kEscapes = {{{"\x1B(B", State::Ascii},
+                                             {"\x1B(J", State::JisRoman},
+                                             {"\x1B$@", State::Jis0208},
+                                             {"\x1B$B", State::Jis0208}}};
+
+// The end of the run that starts at `start`. Escapes that are not known are text of the run.
+Stop FindStop(std::string_view text, size_t start) {
+  size_t place = FindByte(text, kEscape, start);
+  for (; place != npos; place = FindByte(text, kEscape, place + 1)) {
+    for (const Escape& escape : kEscapes) {
+      if (!text.substr(place).starts_with(escape.text)) continue;
+      return {place, place + escape.text.size(), escape.state};
+    }
   }
-  if (escape == nullptr) return {end, end, State::Ascii};
-  return {escape, escape + kEscapeLength, state};
+  return {text.size(), text.size(), State::Ascii};
 }
 
 constexpr bool IsSingle(unsigned char byte) {
@@ -66,7 +60,7 @@ constexpr bool IsSingle(unsigned char byte) {
 char16_t LookUp(unsigned char first, unsigned char second) {
   if (second <= 0x20 || first == 0x80) return kReplacement;
   const Jis0208Row& row = Jis0208Rows[first <= 0x28 ? first - 0x21 : first - 0x27];
-  const auto cell = static_cast<uint32_t>(second - 0x21);
+  const unsigned cell = second - 0x21U;
   return cell < row.length ? row.cells[cell] : kReplacement;
 }
 
@@ -85,7 +79,7 @@ bool TakeJis0208(std::string_view& run, char16_t& unit) {
   return true;
 }
 
-int32_t AppendUtf8(TrackedBuffer<char>& output, std::u16string_view units) {
+Status AppendUtf8(TrackedBuffer<char>& output, std::u16string_view units) {
   constexpr uint64_t kBytesPerUnit = 4;
   const uint64_t room = kBytesPerUnit * units.size();
   if (output.reserve(output.length() + room) == nullptr) return output.lastError();
@@ -97,7 +91,7 @@ int32_t AppendUtf8(TrackedBuffer<char>& output, std::u16string_view units) {
 }
 
 // All characters of the table are single units, so that a run can be converted in pieces.
-int32_t AppendJis0208(TrackedBuffer<char>& output, std::string_view run) {
+Status AppendJis0208(TrackedBuffer<char>& output, std::string_view run) {
   std::array<char16_t, 512> units;
   bool complete = true;
   while (complete && !run.empty()) {
@@ -105,24 +99,23 @@ int32_t AppendJis0208(TrackedBuffer<char>& output, std::string_view run) {
     while (count < units.size() && !run.empty() && (complete = TakeJis0208(run, units[count]))) {
       ++count;
     }
-    const int32_t status = AppendUtf8(output, {units.data(), count});
-    if (status != StatusOk) return status;
+    const Status status = AppendUtf8(output, {units.data(), count});
+    if (!status.ok()) return status;
   }
   return StatusOk;
 }
 
 // "\" stands for the yen sign, and becomes the single byte 0xA5: not the two bytes that UTF-8 has
 // for it, on purpose.
-int32_t AppendJisRomanRun(TrackedBuffer<char>& output, std::string_view run) {
+Status AppendJisRomanRun(TrackedBuffer<char>& output, std::string_view run) {
   constexpr char kYen = '\xA5';
   const uint64_t start = output.length();
-  const int32_t status = AppendJisRoman(output, run);
-  if (status != StatusOk) return status;
+  if (const Status status = AppendJisRoman(output, run); !status.ok()) return status;
   std::replace(output.data() + start, output.data() + output.length(), '\\', kYen);
   return StatusOk;
 }
 
-int32_t AppendRun(TrackedBuffer<char>& output, std::string_view run, State state) {
+Status AppendRun(TrackedBuffer<char>& output, std::string_view run, State state) {
   switch (state) {
     case State::JisRoman:
       return AppendJisRomanRun(output, run);
@@ -131,38 +124,38 @@ int32_t AppendRun(TrackedBuffer<char>& output, std::string_view run, State state
     case State::Ascii:
       break;
   }
-  return output.append(run.data(), run.size());
+  return output.append(run);
 }
 
 // Everything from the first escape on.
-int32_t AppendRuns(TrackedBuffer<char>& output, const char* p, const char* end) {
+Status AppendRuns(TrackedBuffer<char>& output, std::string_view text, size_t place) {
   State state = State::Ascii;
   State fallback = State::Ascii;  // what a line's end goes back to from JIS X 0208
-  while (p < end) {
-    Stop stop = FindStop(p, end);
+  while (place < text.size()) {
+    Stop stop = FindStop(text, place);
     if (state == State::Jis0208) {
-      const char* const lineEnd = FindLineEnd(p, stop.runEnd);
+      const size_t lineEnd = FindLineEnd(text.substr(0, stop.runEnd), place);
       if (lineEnd != stop.runEnd) stop = {lineEnd, lineEnd, fallback};
     } else {
       fallback = state;
     }
-    const int32_t status = AppendRun(output, {p, static_cast<size_t>(stop.runEnd - p)}, state);
-    if (status != StatusOk) return status;
-    p = stop.next;
+    const Status status = AppendRun(output, text.substr(place, stop.runEnd - place), state);
+    if (!status.ok()) return status;
+    place = stop.next;
     state = stop.state;
   }
   return StatusOk;
 }
 
-// Decodes the text from `escape`, its first one, on into a block of its own.
-int32_t Decode(SizedBytes& text, const char* escape) {
-  const char* const end = text.data() + text.length();
+// Decodes the text, a trailing NUL apart, from `escape`, its first one, on into a block of its own.
+Status Decode(SizedBytes& text, size_t escape) {
+  const std::string_view source = text.text();
   TrackedBuffer<char> output;
-  if (output.reserve(text.length() + 1) == nullptr) return output.lastError();
-  int32_t status = output.append(text.data(), static_cast<uint64_t>(escape - text.data()));
-  if (status == StatusOk) status = AppendRuns(output, escape, end);
-  if (status == StatusOk) status = output.append("", 1);
-  if (status != StatusOk) return status;
+  if (output.reserve(source.size() + 1) == nullptr) return output.lastError();
+  Status status = output.append(source.substr(0, escape));
+  if (status.ok()) status = AppendRuns(output, source, escape);
+  if (status.ok()) status = output.append("", 1);
+  if (!status.ok()) return status;
 
   const uint64_t length = output.length() - 1;
   text.adopt(output.take(), length);
@@ -171,29 +164,32 @@ int32_t Decode(SizedBytes& text, const char* escape) {
 
 }  // namespace
 
-int32_t ConvertIso2022Jp(SizedBytes& text, uint64_t offset) {
-  if (text.data() == nullptr) return StatusNullArgument;
+Status ConvertIso2022Jp(SizedBytes& text, uint64_t offset) {
+  if (!text.hasBlock()) return StatusNullArgument;
   if (offset >= text.text().size()) return StatusOk;
-  const uint64_t oldLength = text.length();
-  text.truncate(text.text().size());
 
   CharsetRename rename;
-  int32_t status = rename.apply(text, offset, "iso-2022-jp");
-  if (status != StatusOk) return status;
-  if (rename.found()) text.data()[text.length()] = '\0';
-
-  const char* const escape = FindByte(text.data() + offset, text.data() + text.length(), kEscape);
-  if (escape != nullptr) status = Decode(text, escape);
-  if (status != StatusOk) rename.undo(text);
-  const bool unchanged = status != StatusOk || (escape == nullptr && !rename.found());
-  if (unchanged) text.setLength(oldLength);
-  return status;
+  if (const Status renamed = rename.apply(text, offset, "iso-2022-jp"); !renamed.ok()) {
+    return renamed;
+  }
+  const size_t escape = FindByte(text.text(), kEscape, offset);
+  if (escape != npos) {
+    const Status decoded = Decode(text, escape);
+    if (!decoded.ok()) rename.undo(text);
+    return decoded;
+  }
+  if (rename.found()) {
+    // The new name is the shorter one, and so leaves room for the NUL.
+    text.truncate(text.text().size());
+    text.data()[text.length()] = '\0';
+  }
+  return StatusOk;
 }
 
-int32_t AppendJisRoman(TrackedBuffer<char>& output, std::string_view text) {
+Status AppendJisRoman(TrackedBuffer<char>& output, std::string_view text) {
   constexpr std::string_view kOverline = "\xE2\x80\xBE";
-  const auto overlines = static_cast<uint64_t>(std::count(text.begin(), text.end(), '~'));
-  const uint64_t added = text.size() + overlines * (kOverline.size() - 1);
+  uint64_t added = text.size();
+  for (const char c : text) added += c == '~' ? kOverline.size() - 1 : 0;
   if (output.reserve(output.length() + added) == nullptr) return output.lastError();
   char* out = output.data() + output.length();
   for (const char c : text) {

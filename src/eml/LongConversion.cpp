@@ -9,7 +9,6 @@ namespace tarn {
 namespace {
 
 constexpr uint64_t kAsciiBeforeCut = 4;
-constexpr char kNul = 0;
 
 bool IsAscii(char c) { return static_cast<unsigned char>(c) < 0x80; }
 
@@ -77,10 +76,10 @@ class PieceConverter {
   std::string_view form_;
 };
 
-int32_t CutAt(SizedBytes& text, uint64_t offset) {
-  text.setLength(offset);
+Conversion CutAt(SizedBytes& text, uint64_t offset) {
+  text.truncate(offset);
   text.data()[offset] = '\0';
-  return StatusPathToUtf8Failed;
+  return {StatusPathToUtf8Failed, true};
 }
 
 }  // namespace
@@ -94,29 +93,24 @@ bool MayConvertInPieces(uint32_t codePage) {
   return codePage != kUtf7 && codePage != kHz && !isIso2022 && !isIscii;
 }
 
-int32_t ConvertInPieces(SizedBytes& text, uint64_t offset, uint32_t codePage, bool& converted) {
+Conversion ConvertInPieces(SizedBytes& text, uint64_t offset, uint32_t codePage) {
   using Result = PieceConverter::Result;
-  converted = false;
   const uint64_t end = offset + WithoutTrailingNul(text.view().substr(offset)).size();
   PieceConverter converter(codePage);
   TextGrowth growth;
   growth.add(0, 1);  // the NUL
   for (uint64_t at = offset; at < end;) {
     const uint64_t next = PieceEnd(text.view().substr(0, end), at);
-    if (!converter.reserve(next - at)) return StatusOutOfMemory;
+    if (!converter.reserve(next - at)) return {StatusOutOfMemory, false};
     const Result result = converter.convert(text.view().substr(at, next - at));
-    if (result == Result::NotTaken) return StatusOk;
-    if (result == Result::NoUtf8) {
-      converted = true;
-      return CutAt(text, offset);
-    }
+    if (result == Result::NotTaken) return {StatusOk, false};
+    if (result == Result::NoUtf8) return CutAt(text, offset);
     growth.add(next - at, converter.form().size());
     at = next;
   }
 
   TextRewriter rewriter;
-  if (!rewriter.open(text, growth)) return StatusOutOfMemory;
-  converted = true;
+  if (!rewriter.open(text, growth)) return {StatusOutOfMemory, false};
   Result result = Result::Done;
   for (uint64_t at = offset; at < end && result == Result::Done;) {
     const uint64_t next = PieceEnd(rewriter.old().substr(0, end), at);
@@ -124,11 +118,11 @@ int32_t ConvertInPieces(SizedBytes& text, uint64_t offset, uint32_t codePage, bo
     if (result == Result::Done) rewriter.replace(at, next, converter.form());
     at = next;
   }
-  rewriter.replace(end, rewriter.old().size(), {&kNul, 1});
+  rewriter.replace(end, rewriter.old().size(), {"", 1});
   rewriter.close();
   if (result != Result::Done) return CutAt(text, offset);
   text.truncate(text.length() - 1);
-  return StatusOk;
+  return {StatusOk, true};
 }
 
 }  // namespace tarn

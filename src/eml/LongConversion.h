@@ -18,12 +18,18 @@ inline constexpr uint64_t kLongText = uint64_t{1} << 20;
 // UTF-7, ISO-2022, HZ and ISCII.
 bool MayConvertInPieces(uint32_t codePage);
 
+// What a conversion did: a status, and whether any byte was converted.
+struct Conversion {
+  Status status;
+  bool converted;
+};
+
 // Converts the text from `offset` on, a trailing NUL apart, and terminates it; the length does not
-// count the NUL. `converted` tells whether any byte was.
-//
-// 1, also for text that the code page does not take, which stays as it is. -1 without memory
-// changes nothing. -1851 leaves the text cut at the offset.
-int32_t ConvertInPieces(SizedBytes& text, uint64_t offset, uint32_t codePage, bool& converted);
+// count the NUL.
+//   StatusOk                 also for text that the code page does not take, which stays
+//   StatusOutOfMemory        nothing has changed
+//   StatusPathToUtf8Failed   the UTF-8 form cannot be made; the text is cut at the offset
+Conversion ConvertInPieces(SizedBytes& text, uint64_t offset, uint32_t codePage);
 
 }  // namespace tarn
 

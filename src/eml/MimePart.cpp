@@ -1,127 +1,112 @@
 #include "eml/MimePart.h"
 
 #include <algorithm>
-#include <cstring>
-#include <string_view>
+#include <array>
 
 #include "Common/ByteSearch.h"
 #include "eml/AttachmentReport.h"
 #include "eml/BodyChoice.h"
-#include "eml/ContentClasses.h"
 #include "eml/EncodedWords.h"
-#include "eml/HeaderParameter.h"
 #include "eml/HeaderSearch.h"
-#include "eml/HeaderValue.h"
 #include "eml/PartCharset.h"
 #include "eml/TransferDecoding.h"
 
 namespace tarn {
 namespace {
 
-struct Stretch {
-  const char* start;
-  const char* end;
+constexpr size_t npos = std::string_view::npos;
+
+struct ContentTypeRow {
+  std::string_view type;
+  ContentClass contentClass;
 };
 
-// What stands behind the name of a header line and the one byte that follows its colon; empty when
-// the header block ends before that.
-Stretch FixedValue(const char* line, std::string_view name, const char* headerEnd) {
-  const char* const start = line + std::min<ptrdiff_t>(headerEnd - line, std::ssize(name) + 1);
-  return {start, headerEnd};
-}
+// Tested in this order.
+constexpr std::array<ContentTypeRow, 12> kContentTypes = {
+    {{"text/html", ContentHtml},
+     {"text/plain", ContentPlain},
+     {"image/png", ContentPng},
+     {"image/jpeg", ContentJpeg},
+     {"text/css", ContentCss},
+     {"image/svg", ContentSvg},
+     {"application/javascript", ContentJavascript},
+     {"application/vnd.ms-officetheme", ContentOfficeTheme},
+     {"application/pdf", ContentPdf},
+     {"text/xml", ContentXml},
+     {"image/gif", ContentGif},
+     {"image/x-wmf", ContentWmf}}};
 
-// The header block. The line end behind the delimiter is stepped over; in a file that is no
-// multipart that is its first byte, whatever it is.
-Stretch LocateHeader(const char* start, const char* end) {
-  const ptrdiff_t lead = start != end && *start == '\r' ? 2 : 1;
-  const char* const first = start + std::min<ptrdiff_t>(end - start, lead);
-  return {first, FindHeaderEnd(first, end)};
+// The header block of the part. The line end after the delimiter is stepped over; in a file that is
+// no multipart that is its first byte, whatever it is. The content follows, up to `end`.
+HeaderStretch LocateHeader(std::string_view file, size_t start, size_t end) {
+  const std::string_view part = file.substr(start, end - start);
+  const size_t lead = std::min<size_t>(part.starts_with('\r') ? 2 : 1, part.size());
+  return {file.substr(start + lead), FindHeaderEnd(part.substr(lead))};
 }
 
 // The last path segment of Content-Location names the part.
-int32_t ReadLocation(EmlPart& part, Stretch header) {
+Status ReadLocation(EmlPart& part, std::string_view header) {
   constexpr std::string_view kName = "Content-Location:";
-  part.locationLine = FindHeaderLine(header.start, header.end, kName);
-  if (part.locationLine == nullptr) return StatusOk;
+  part.locationLine = {};
+  const size_t line = FindHeaderLine(header, kName);
+  if (line == npos) return StatusOk;
+  part.locationLine = header.substr(line);
 
-  const Stretch value = FixedValue(part.locationLine, kName, header.end);
-  const char* const lineEnd = FindLineEnd(value.start, value.end);
-  const char* tail = lineEnd;
-  while (tail != value.start && tail[-1] != '/') --tail;
-
-  const auto length = static_cast<uint64_t>(lineEnd - tail);
-  part.name = AllocateBlock<char>(length + 1, TARN_HERE);
-  if (!part.name) return StatusOutOfMemory;
-  if (length != 0) std::memcpy(part.name.get(), tail, length);
-  part.name[length] = '\0';
-  return StatusOk;
+  std::string_view value = part.locationLine.substr(FindFixedValue(part.locationLine, kName));
+  value = value.substr(0, FindLineEnd(value));
+  part.name.release();
+  return part.name.append(value.substr(value.rfind('/') + 1));
 }
 
-int32_t ReadContentType(EmlPart& part, Stretch header, const char* fileEnd) {
-  const char* const value = FindContentType(header.start, header.end);
-  if (value == nullptr) return StatusOk;
-  part.parsed = 1;
-  part.contentClass = ClassifyContent(value, header.end);
+Status ReadContentType(EmlPart& part, const HeaderStretch& header) {
+  const size_t start = FindContentType(header.text());
+  if (start == npos) return StatusOk;
+  const HeaderStretch value = header.from(start);
+  part.parsed = true;
+  part.contentClass = ClassifyContent(value.text());
   if (part.contentClass == ContentHtml || part.contentClass == ContentPlain) {
-    ParsePartCharset(part, value, header.end, fileEnd);
+    ParsePartCharset(part, value);
   }
-  if (part.name) return StatusOk;
-
-  const char* nameEnd = nullptr;
-  const char* const name = FindHeaderParameter(value, header.end, "name=", &nameEnd);
-  if (name == nullptr) return StatusOk;
-  return DecodePartName(part, name, nameEnd);
+  if (part.name.hasBlock()) return StatusOk;
+  const auto name = FindHeaderParameter(value.text(), "name=");
+  return name ? DecodePartName(part, *name) : Status(StatusOk);
 }
 
-void ReadTransferEncoding(EmlPart& part, Stretch header) {
-  constexpr std::string_view kName = "Content-Transfer-Encoding:";
-  part.encoding = TransferRaw;
-  const char* const line = FindHeaderLine(header.start, header.end, kName);
-  if (line == nullptr) return;
-  const Stretch value = FixedValue(line, kName, header.end);
-  part.encoding = ClassifyTransferEncoding(value.start, value.end);
+void ReadTransferEncoding(EmlPart& part, std::string_view header) {
+  const size_t value = FindFixedValue(header, "Content-Transfer-Encoding:");
+  part.encoding = value != npos ? ClassifyTransferEncoding(header.substr(value)) : TransferRaw;
 }
 
 // The id between its angle brackets; either may be missing.
-int32_t ReadContentId(EmlPart& part, Stretch header) {
-  constexpr std::string_view kName = "Content-ID:";
-  part.contentId.setLength(0);
-  const char* const line = FindHeaderLine(header.start, header.end, kName);
-  if (line == nullptr) return StatusOk;
+Status ReadContentId(EmlPart& part, std::string_view header) {
+  part.contentId.clear();
+  const size_t value = FindFixedValue(header, "Content-ID:");
+  if (value == npos) return StatusOk;
 
-  const Stretch value = FixedValue(line, kName, header.end);
-  const char* const lineEnd = FindLineEnd(value.start, value.end);
-  const char* const open = FindByte(value.start, lineEnd, '<');
-  const char* const start = open != nullptr ? open + 1 : value.start;
-  const char* const close = FindByte(start, lineEnd, '>');
-  const auto length = static_cast<uint64_t>((close != nullptr ? close : lineEnd) - start);
-
-  if (part.contentId.reserve(length + 1) == nullptr) return part.contentId.lastError();
-  if (length != 0) std::memcpy(part.contentId.data(), start, length);
-  part.contentId.data()[length] = '\0';
-  part.contentId.setLength(length);
-  return StatusOk;
+  std::string_view id = header.substr(value, FindLineEnd(header, value) - value);
+  id = id.substr(FindByte(id, '<') + 1);  // all of it without a bracket
+  id = id.substr(0, FindByte(id, '>'));
+  if (part.contentId.reserve(id.size() + 1) == nullptr) return part.contentId.lastError();
+  const Status kept = part.contentId.append(id);
+  part.contentId.data()[id.size()] = '\0';
+  return kept;
 }
 
-ContentDisposition ClassifyDisposition(const char* value, const char* end) {
-  if (StartsWithIgnoringCase(value, end, "attachment")) return DispositionAttachment;
-  if (StartsWithIgnoringCase(value, end, "inline")) return DispositionInline;
+ContentDisposition ClassifyDisposition(std::string_view value) {
+  if (StartsWithIgnoringCase(value, "attachment")) return DispositionAttachment;
+  if (StartsWithIgnoringCase(value, "inline")) return DispositionInline;
   return DispositionOther;
 }
 
 // Reports the part by its Content-Disposition line; without one the part's status stays as it is.
-int32_t ReportByDisposition(EmlPart& part, EmlMessage& message, Stretch header,
-                            const AttachmentRequest* request, int32_t status) {
-  constexpr std::string_view kName = "Content-Disposition:";
-  const char* const line = FindHeaderLine(header.start, header.end, kName);
-  if (line == nullptr) return status;
-
-  const Stretch value = FixedValue(line, kName, header.end);
-  const char* const lineEnd = FindValueEnd(value.start, value.end, message.end);
-  const char* const valueEnd = lineEnd != nullptr ? lineEnd : value.end;
-  part.disposition = ClassifyDisposition(value.start, valueEnd);
-  return ReportEmlAttachment(request, part, message, header.start, header.end, value.start,
-                             valueEnd);
+Status ReportByDisposition(EmlPart& part, EmlMessage& message, const HeaderStretch& header,
+                           const AttachmentRequest* request, Status status) {
+  const size_t start = FindFixedValue(header.text(), "Content-Disposition:");
+  if (start == npos) return status;
+  const HeaderStretch stretch = header.from(start);
+  const std::string_view value = stretch.text().substr(0, FindFoldedLineEnd(stretch));
+  part.disposition = ClassifyDisposition(value);
+  return ReportEmlAttachment(request, part, message, header.text(), value);
 }
 
 // Does the part's text become the body, or decide on the charset of the message?
@@ -131,44 +116,52 @@ bool IsTextForTheDocument(const EmlPart& part, const EmlMessage& message) {
   return !IsOutdoneByBody(part, message) || LooksAtTextForCharset(part, message);
 }
 
-int32_t ReadPart(EmlPart& part, EmlMessage& message, const char** cursor, const char* end,
-                 const AttachmentRequest* request) {
-  const Stretch header = LocateHeader(part.start, end);
-  int32_t status = ReadLocation(part, header);
-  if (status == StatusOk) status = ReadContentType(part, header, message.end);
-  if (status != StatusOk) return status;
-  ReadTransferEncoding(part, header);
-  status = ReadContentId(part, header);
+Status ReadHeaders(EmlPart& part, const HeaderStretch& header) {
+  if (const Status status = ReadLocation(part, header.text()); !status.ok()) return status;
+  if (const Status status = ReadContentType(part, header); !status.ok()) return status;
+  ReadTransferEncoding(part, header.text());
+  return ReadContentId(part, header.text());
+}
 
-  if (status != StatusOk) return status;
-  part.raw = {header.end, static_cast<size_t>(end - header.end)};
-  part.parsed = 1;
-  *cursor = end;
+Status ReadPart(EmlPart& part, EmlMessage& message, size_t& cursor, size_t end,
+                const AttachmentRequest* request) {
+  const HeaderStretch header = LocateHeader(message.file(), part.start, end);
+  if (const Status read = ReadHeaders(part, header); !read.ok()) return read;
+  const size_t content = message.file().size() - header.readable.size() + header.size;
+  part.raw = message.file().substr(content, end - content);
+  part.parsed = true;
+  cursor = end;
 
   // Base64 content of length 0 fails, but a report replaces that failure.
   const bool fails = part.encoding == TransferBase64 && part.raw.empty();
-  status = fails ? StatusOutOfMemory : StatusOk;
-  status = ReportByDisposition(part, message, header, request, status);
-  if (status != StatusOk || !IsTextForTheDocument(part, message)) return status;
-  status = EnsureDecoded(part);
-  return status == StatusOk ? ConvertPartCharset(part, message) : status;
+  const Status reported =
+      ReportByDisposition(part, message, header, request, fails ? StatusOutOfMemory : StatusOk);
+  if (!reported.ok() || !IsTextForTheDocument(part, message)) return reported;
+  const Status decoded = EnsureDecoded(part);
+  return decoded.ok() ? ConvertPartCharset(part, message) : decoded;
 }
 
 }  // namespace
 
-int32_t ParseMimePart(EmlPart& part, EmlMessage& message, const char** cursor, const char* end,
-                      const AttachmentRequest* request) {
+ContentClass ClassifyContent(std::string_view value) {
+  for (const ContentTypeRow& row : kContentTypes) {
+    if (StartsWithIgnoringCase(value, row.type)) return row.contentClass;
+  }
+  return ContentOther;
+}
+
+Status ParseMimePart(EmlPart& part, EmlMessage& message, size_t& cursor, size_t end,
+                     const AttachmentRequest* request) {
   part.disposition = DispositionNone;
   part.charset.kind = CharsetNone;
-  part.parsed = 0;
+  part.parsed = false;
   part.contentClass = ContentOther;
 
-  const int32_t status = ReadPart(part, message, cursor, end, request);
-  if (status != StatusOk) {
-    part.name.reset();
+  const Status status = ReadPart(part, message, cursor, end, request);
+  if (!status.ok()) {
+    part.name.release();
     part.raw = {};
-    part.decoded.reset();
-    part.decodedLength = 0;
+    part.decoded.release();
   }
   return status;
 }

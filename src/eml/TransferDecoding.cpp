@@ -133,7 +133,7 @@ uint64_t CountKept(std::string_view source) {
 
 // Quoted-printable ------------------------------------------------------------------------------
 
-// What a byte behind "=" is worth: a hexadecimal digit its value, any other byte itself.
+// What a byte after "=" is worth: a hexadecimal digit its value, any other byte itself.
 constexpr std::array<int8_t, 256> kHexValues = [] {
   std::array<int8_t, 256> table = {};
   for (size_t i = 0; i < 256; ++i) table[i] = static_cast<int8_t>(i);
@@ -194,7 +194,7 @@ Escape ReadEscape(char first, char second) {
   return {3, true, static_cast<char>(high * 16 + low)};
 }
 
-// How many bytes the quoted-printable source gives, zeros standing after its end.
+// How many bytes the quoted-printable source gives, zeros coming after its end.
 uint64_t CountQuotedPrintable(std::string_view source) {
   uint64_t count = 0;
   for (uint64_t i = 0; i < source.size();) {
@@ -231,27 +231,29 @@ uint64_t CopyPlainRun(std::string_view source, char* destination, char other) {
 
 }  // namespace
 
-TransferEncoding ClassifyTransferEncoding(const char* start, const char* end) {
-  if (StartsWithIgnoringCase(start, end, "quoted-printable")) return TransferQuotedPrintable;
-  if (StartsWithIgnoringCase(start, end, "base64")) return TransferBase64;
-  if (StartsWithIgnoringCase(start, end, "8bit")) return TransferRaw;
-  if (StartsWithIgnoringCase(start, end, "7bit")) return Transfer7Bit;
+TransferEncoding ClassifyTransferEncoding(std::string_view value) {
+  if (StartsWithIgnoringCase(value, "quoted-printable")) return TransferQuotedPrintable;
+  if (StartsWithIgnoringCase(value, "base64")) return TransferBase64;
+  if (StartsWithIgnoringCase(value, "8bit")) return TransferRaw;
+  if (StartsWithIgnoringCase(value, "7bit")) return Transfer7Bit;
   return TransferRaw;
 }
 
-int32_t DecodeBase64(const char* source, uint64_t length, char* destination, uint64_t& capacity) {
-  if (source == nullptr || destination == nullptr || capacity < length) return StatusBadArgument;
-  if (length == 0) return StatusOutOfMemory;
+Status DecodeBase64(std::string_view source, char* destination, uint64_t& capacity) {
+  if (source.data() == nullptr || destination == nullptr || capacity < source.size()) {
+    return StatusBadArgument;
+  }
+  if (source.empty()) return StatusOutOfMemory;
 
-  capacity = DecodeGroups({source, length}, destination, capacity);
+  capacity = DecodeGroups(source, destination, capacity);
   return StatusOk;
 }
 
 uint64_t DecodeQuotedPrintable(std::string_view source, char* destination, bool underscoreIsBlank,
-                               std::string_view behind) {
-  const auto byteAt = [source, behind](uint64_t i) {
+                               std::string_view after) {
+  const auto byteAt = [source, after](uint64_t i) {
     if (i < source.size()) return source[i];
-    return i - source.size() < behind.size() ? behind[i - source.size()] : '\0';
+    return i - source.size() < after.size() ? after[i - source.size()] : '\0';
   };
 
   const char blank = underscoreIsBlank ? '_' : '=';
@@ -321,34 +323,30 @@ uint64_t DecodeInto(const EmlPart& part, char* decoded, uint64_t room) {
 
 }  // namespace
 
-int32_t DecodePartContent(EmlPart& part) {
+Status DecodePartContent(EmlPart& part) {
   constexpr uint64_t kSlack = 32;
   if (part.raw.data() == nullptr) return StatusBadArgument;
-  part.decodedLength = 0;
-  part.decoded.reset();
+  part.decoded.release();
   const uint64_t room = RoomForDecoded(part);
-  part.decoded = AllocateBlock<char>(room + 1, TARN_HERE);
-  if (!part.decoded) return StatusOutOfMemory;
+  const auto decode = [&](char* block) {
+    const uint64_t length = DecodeInto(part, block, room);
+    block[length] = '\0';
+    return length;
+  };
+  if (!part.decoded.overwrite(room + 1, decode)) return StatusOutOfMemory;
 
-  part.decodedLength = DecodeInto(part, part.decoded.get(), room);
-  part.decoded[part.decodedLength] = '\0';
-  if (room - part.decodedLength >= kSlack) {
-    // Only base64 of many misplaced "=". The block may stay as it is.
-    void* const smaller = KernelRealloc(part.decoded.get(), part.decodedLength + 1, TARN_HERE);
-    if (smaller != nullptr) {
-      part.decoded.take();
-      part.decoded.reset(static_cast<char*>(smaller));
-    }
-  }
+  // Only base64 of many misplaced "=" has so much to spare. The block may stay as it is.
+  const uint64_t length = part.decoded.length();
+  if (room - length >= kSlack) part.decoded.resizeBlock(length + 1);
   const bool fails = part.encoding == TransferBase64 && part.raw.empty();
   return fails ? StatusOutOfMemory : StatusOk;
 }
 
-int32_t EnsureDecoded(EmlPart& part) {
-  if (part.decoded) return StatusOk;
+Status EnsureDecoded(EmlPart& part) {
+  if (part.decoded.hasBlock()) return StatusOk;
   if (part.raw.data() == nullptr) return StatusNullArgument;
-  const int32_t status = DecodePartContent(part);
-  return part.decoded ? int32_t{StatusOk} : status;
+  const Status status = DecodePartContent(part);
+  return part.decoded.hasBlock() ? StatusOk : status;
 }
 
 }  // namespace tarn

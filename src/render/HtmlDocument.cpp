@@ -2,10 +2,11 @@
 
 #include <algorithm>
 #include <cstring>
+#include <optional>
 
 #include "Common/ByteSearch.h"
 #include "eml/Charsets.h"
-#include "eml/HeaderParameter.h"
+#include "eml/HeaderSearch.h"
 #include "render/BlockWriter.h"
 #include "render/BodyRoom.h"
 #include "render/HeaderBlock.h"
@@ -55,31 +56,26 @@ bool IsAscii(std::string_view text) {
                       [](char byte) { return static_cast<unsigned char>(byte) >= 0x80; });
 }
 
-// The value of the first meta element that has a "charset=", or false.
-bool FindDeclaredCharset(std::string_view html, CharsetRef& charset) {
-  const char* const end = html.data() + html.size();
-  const char* at = html.data();
-  while ((at = FindIgnoringCase(at, end, "<meta")) != nullptr) {
-    const char* const close = FindByte(at, end, '>');
-    const char* const elementEnd = close != nullptr ? close : end;
-    const char* valueEnd = nullptr;
-    const char* const value = FindHeaderParameter(at, elementEnd, "charset=", &valueEnd);
-    if (value != nullptr) {
-      charset = ClassifyCharset(value, valueEnd);
-      return true;
-    }
-    at = elementEnd;
+// The value of the first meta element that has a "charset=", or nothing.
+std::optional<CharsetRef> FindDeclaredCharset(std::string_view html) {
+  for (;;) {
+    const size_t meta = FindIgnoringCase(html, "<meta");
+    if (meta == std::string_view::npos) return std::nullopt;
+    html.remove_prefix(meta);
+    const size_t close = FindByte(html, '>');
+    const auto name = FindHeaderParameter(html.substr(0, close), "charset=");
+    if (name) return ClassifyCharset(*name);
+    html.remove_prefix(std::min(close, html.size()));
   }
-  return false;
 }
 
 // Labels are UTF-8, so a body under labels beyond ASCII has to be UTF-8 as well. Only the first
 // declaration is looked at.
 int32_t AlignCharset(std::string_view block, SizedBytes& body) {
   if (IsAscii(block)) return StatusOk;
-  CharsetRef charset;
-  if (!FindDeclaredCharset(body.view(), charset) || charset.kind == CharsetUtf8) return StatusOk;
-  return ConvertBodyToUtf8(&body, &charset, true);
+  std::optional<CharsetRef> charset = FindDeclaredCharset(body.view());
+  if (!charset || charset->kind == CharsetUtf8) return StatusOk;
+  return ConvertBodyToUtf8(&body, &*charset, true);
 }
 
 int32_t InsertBlock(SizedBytes& body, std::string_view block) {

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -32,33 +31,28 @@ struct Report {
   explicit Report(std::string_view value_, std::string_view headers_ = "")
       : headers(headers_), value(value_) {
     part.disposition = DispositionAttachment;
-    part.decoded = AllocateZeroBlock<char>(5, TARN_HERE);
-    std::memcpy(part.decoded.get(), "data", 4);
-    part.decodedLength = 4;
+    part.decoded = test::Sized("data");
   }
 
   void setContentId(std::string_view id) {
-    ASSERT_NE(part.contentId.reserve(id.size() + 1), nullptr);
-    std::memcpy(part.contentId.data(), id.data(), id.size());
-    part.contentId.data()[id.size()] = '\0';
+    ASSERT_EQ(part.contentId.append(id), StatusOk);
+    ASSERT_EQ(part.contentId.append("", 1), StatusOk);
     part.contentId.setLength(id.size());
   }
 
-  int32_t runWith(const AttachmentRequest* request) {
-    return ReportEmlAttachment(request, part, message, headers.data(),
-                               headers.data() + headers.size(), value.data(),
-                               value.data() + value.size());
+  Status runWith(const AttachmentRequest* request) {
+    return ReportEmlAttachment(request, part, message, headers, value);
   }
-  int32_t run() { return runWith(&recorder.request); }
+  Status run() { return runWith(&recorder.request); }
   const test::ReportedAttachment& only() const { return recorder.attachments.at(0); }
 };
 
 TEST(AttachmentReport, CountsByDisposition) {
   Report report("");
-  EXPECT_EQ(report.runWith(nullptr), 1);
+  EXPECT_EQ(report.runWith(nullptr), StatusOk);
   report.part.disposition = DispositionInline;
-  EXPECT_EQ(report.runWith(nullptr), 1);
-  EXPECT_EQ(report.runWith(nullptr), 1);
+  EXPECT_EQ(report.runWith(nullptr), StatusOk);
+  EXPECT_EQ(report.runWith(nullptr), StatusOk);
   EXPECT_EQ(report.message.attachmentCount, 1u);
   EXPECT_EQ(report.message.inlineCount, 2u);
 }
@@ -67,7 +61,7 @@ TEST(AttachmentReport, OtherDispositionsAreNotReported) {
   for (const ContentDisposition disposition : {DispositionNone, DispositionOther}) {
     Report report("form-data; filename=a");
     report.part.disposition = disposition;
-    EXPECT_EQ(report.run(), 1);
+    EXPECT_EQ(report.run(), StatusOk);
     EXPECT_TRUE(report.recorder.attachments.empty());
     EXPECT_EQ(report.message.attachmentCount + report.message.inlineCount, 0u);
   }
@@ -77,7 +71,7 @@ TEST(AttachmentReport, ForTheBytesTheListStaysEmpty) {
   Report report("attachment; filename=\"a b.txt\"; creation-date=\"x\"",
                 "Content-Type: text/css; q\r\nContent-Description: d\r\n");
   report.setContentId("id");
-  EXPECT_EQ(report.run(), 1);
+  EXPECT_EQ(report.run(), StatusOk);
   EXPECT_EQ(report.only().bytes, "data");
   EXPECT_EQ(report.only().name, u"a b.txt");
   EXPECT_EQ(report.only().properties, Properties{});
@@ -90,7 +84,7 @@ TEST(AttachmentReport, AllPropertiesInTheirOrder) {
       "Content-Type: text/css; charset=x\r\nContent-Description: A =?utf-8?Q?b?=\r\n");
   report.setContentId("id@x");
   report.recorder.request.infoOnly = 1;
-  EXPECT_EQ(report.run(), 1);
+  EXPECT_EQ(report.run(), StatusOk);
   EXPECT_EQ(report.only().bytes, "data");
   EXPECT_EQ(report.only().name, u"a.txt");
   const Properties expected = {{u"creation-date=", u"Sat, 21 Nov 2026"},
@@ -106,7 +100,7 @@ TEST(AttachmentReport, InlinePartsSayInline) {
   Report report("inline");
   report.part.disposition = DispositionInline;
   report.recorder.request.infoOnly = 1;
-  EXPECT_EQ(report.run(), 1);
+  EXPECT_EQ(report.run(), StatusOk);
   EXPECT_EQ(report.only().properties, (Properties{{u"Content-Disposition:", u"inline"}}));
   EXPECT_FALSE(report.only().name.has_value());
 }
@@ -117,7 +111,7 @@ TEST(AttachmentReport, ContentIdOfOneNulIsNone) {
     Report report("attachment");
     report.setContentId(id);
     report.recorder.request.infoOnly = 1;
-    EXPECT_EQ(report.run(), 1);
+    EXPECT_EQ(report.run(), StatusOk);
     Properties expected = {{u"Content-Disposition:", u"attachment"}};
     if (value.empty()) expected.emplace_back(u"Content-ID:", value);
     EXPECT_EQ(report.only().properties, expected) << id.size();
@@ -127,7 +121,7 @@ TEST(AttachmentReport, ContentIdOfOneNulIsNone) {
 TEST(AttachmentReport, LookedUpPropertiesAreDecoded) {
   Report report("attachment", "Content-Description: =?utf-8?Q?caf=C3=A9_1?=\r\n");
   report.recorder.request.infoOnly = 1;
-  EXPECT_EQ(report.run(), 1);
+  EXPECT_EQ(report.run(), StatusOk);
   EXPECT_EQ(report.only().properties, (Properties{{u"Content-Disposition:", u"attachment"},
                                                   {u"Content-Description:", u"caf\u00E9 1"}}));
 }
@@ -137,97 +131,97 @@ TEST(AttachmentReport, LookedUpPropertyThatIsNoUtf8EndsTheReport) {
                                   "attachment; modification-date=\"\xE4\"; filename=a"}) {
     Report report(value);
     report.recorder.request.infoOnly = 1;
-    EXPECT_EQ(report.run(), 0);
+    EXPECT_EQ(report.run(), StatusFailed);
     EXPECT_TRUE(report.recorder.attachments.empty());
   }
   Report report("attachment", "Content-Description: \xE4\r\n");
   report.recorder.request.infoOnly = 1;
-  EXPECT_EQ(report.run(), 0);
+  EXPECT_EQ(report.run(), StatusFailed);
 }
 
 TEST(AttachmentReport, FailuresOfTheOtherPropertiesAreIgnored) {
   Report report("attachment", "Content-Type: \xE4\r\n");
   report.setContentId("\xE4");
   report.recorder.request.infoOnly = 1;
-  EXPECT_EQ(report.run(), 1);
+  EXPECT_EQ(report.run(), StatusOk);
   EXPECT_EQ(report.only().properties, (Properties{{u"Content-Disposition:", u"attachment"}}));
 }
 
 TEST(AttachmentReport, OnlyTheNumberAskedForIsDelivered) {
   Report report("attachment");
   report.recorder.request.index = 2;
-  EXPECT_EQ(report.run(), 1);
+  EXPECT_EQ(report.run(), StatusOk);
   EXPECT_EQ(report.recorder.attachments.size(), 0u);
   report.part.disposition = DispositionInline;
-  EXPECT_EQ(report.run(), 1);
+  EXPECT_EQ(report.run(), StatusOk);
   EXPECT_EQ(report.recorder.attachments.size(), 1u);
-  EXPECT_EQ(report.run(), 1);
+  EXPECT_EQ(report.run(), StatusOk);
   EXPECT_EQ(report.recorder.attachments.size(), 1u);
 }
 
 TEST(AttachmentReport, FileNameOfTheAsteriskFormIsNone) {
   Report report("attachment; filename*=utf-8''a.txt");
-  EXPECT_EQ(report.run(), 1);
+  EXPECT_EQ(report.run(), StatusOk);
   EXPECT_FALSE(report.only().name.has_value());
 }
 
 TEST(AttachmentReport, FileNameIsDecoded) {
   Report report("attachment; filename=\"=?iso-8859-1?Q?=E4=2Etxt?=\"");
-  EXPECT_EQ(report.run(), 1);
+  EXPECT_EQ(report.run(), StatusOk);
   EXPECT_EQ(report.only().name, u"\u00E4.txt");
 }
 
 TEST(AttachmentReport, FileNameInUtf8IsWidened) {
   Report report("attachment; filename=\"\xF0\x9F\x98\x80\"");
-  EXPECT_EQ(report.run(), 1);
+  EXPECT_EQ(report.run(), StatusOk);
   EXPECT_EQ(report.only().name, u"\U0001F600");
 }
 
 TEST(AttachmentReport, EmptyFileNameIsEmptyAndNotNull) {
   Report report("attachment; filename=\"\"");
-  EXPECT_EQ(report.run(), 1);
+  EXPECT_EQ(report.run(), StatusOk);
   EXPECT_EQ(report.only().name, u"");
 }
 
-TEST(AttachmentReport, FileNameThatIsNoUtf8GivesZeroWithoutACall) {
+TEST(AttachmentReport, FileNameThatIsNoUtf8FailsWithoutACall) {
   Report report("attachment; filename=\"\xE4.txt\"");
-  EXPECT_EQ(report.run(), 0);
+  EXPECT_EQ(report.run(), StatusFailed);
   EXPECT_TRUE(report.recorder.attachments.empty());
 }
 
 TEST(AttachmentReport, WithoutACallbackItSucceeds) {
   Report report("attachment; filename=a");
   report.recorder.request.callback = nullptr;
-  EXPECT_EQ(report.run(), 1);
+  EXPECT_EQ(report.run(), StatusOk);
   EXPECT_EQ(report.message.attachmentCount, 1u);
 }
 
 TEST(AttachmentReport, ResultOfTheCallbackIsTheResult) {
-  for (const int32_t result : {1, 2, 0, -5, 77}) {
+  for (const int32_t result :
+       {StatusOk, StatusDone, StatusFailed, StatusWriteFailed, static_cast<TarnStatus>(77)}) {
     Report report("attachment");
     report.recorder.results = {result};
-    EXPECT_EQ(report.run(), result);
+    EXPECT_EQ(report.run().code(), result);
   }
 }
 
 TEST(AttachmentReport, PartWithoutDecodedBytesIsANullSource) {
   Report report("attachment");
-  report.part.decoded.reset();
-  report.part.decodedLength = 0;
-  EXPECT_EQ(report.run(), -814);
+  report.part.decoded.release();
+  EXPECT_EQ(report.run(), StatusNullArgument);
 }
 
 TEST(AttachmentReport, EmptyPartStillHasABlock) {
   Report report("attachment");
-  report.part.decodedLength = 0;
+  report.part.decoded.clear();
   const auto keep = [](void* user, TrackedBuffer<char>* data, const char16_t*, PropertyList*) {
     EXPECT_EQ(data->length(), 0u);
     *static_cast<KernelBlock<char>*>(user) = KernelBlock<char>(data->take());
-    return int32_t{2};
+    return int32_t{StatusDone};
   };
   KernelBlock<char> kept;
   const AttachmentRequest request = {1, 0, keep, &kept};
-  EXPECT_EQ(report.runWith(&request), 2);
+  EXPECT_EQ(report.runWith(&request), StatusDone);
   EXPECT_TRUE(kept);
 }
 
@@ -236,39 +230,38 @@ TEST(AttachmentReport, CallbackMayKeepTheList) {
   const auto keep = [](void* user, TrackedBuffer<char>*, const char16_t*, PropertyList* list) {
     *static_cast<KernelBlock<AttachmentProperty>*>(user) =
         KernelBlock<AttachmentProperty>(list->take());
-    return int32_t{1};
+    return int32_t{StatusOk};
   };
   KernelBlock<AttachmentProperty> kept;
   const AttachmentRequest request = {kAllAttachments, 1, keep, &kept};
-  EXPECT_EQ(report.runWith(&request), 1);
+  EXPECT_EQ(report.runWith(&request), StatusOk);
   ASSERT_TRUE(kept);
   EXPECT_EQ(std::u16string(kept[0].value), u"attachment");
 }
 
 TEST(AttachmentReport, BudgetThatRefusesTheDataGivesItsCode) {
   Report report("attachment");
-  report.part.decoded = AllocateZeroBlock<char>(9000001, TARN_HERE);
-  report.part.decodedLength = 9000000;
+  report.part.decoded = test::Sized(std::string(9000000, 'a'));
   PlainKernelSetMemoryBudget(1000);
-  EXPECT_EQ(report.run(), -1);
+  EXPECT_EQ(report.run(), StatusOutOfMemory);
   EXPECT_TRUE(report.recorder.attachments.empty());
 }
 
-TEST(AttachmentReport, EachFailedAllocationGivesMinusOneOrIsIgnored) {
+TEST(AttachmentReport, EachFailedAllocationFailsTheReportOrIsIgnored) {
   int32_t failures = 0;
   const auto round = [&](test::FaultedWork& faulted) {
     Report report("attachment; filename=\"a\"; creation-date=\"c\"",
                   "Content-Type: text/css\r\nContent-Description: d\r\n");
     report.recorder.request.infoOnly = 1;
-    const int32_t status = faulted([&] { return report.run(); });
+    const Status status = faulted([&] { return report.run(); });
     if (!faulted.isReached()) {
-      EXPECT_EQ(status, 1);
+      EXPECT_EQ(status, StatusOk);
     }
-    if (status == 1) {
+    if (status.ok()) {
       ASSERT_EQ(report.recorder.attachments.size(), 1u);
       EXPECT_EQ(report.only().bytes, "data");
     } else {
-      EXPECT_EQ(status, -1);
+      EXPECT_EQ(status, StatusOutOfMemory);
       EXPECT_TRUE(report.recorder.attachments.empty());
       ++failures;
     }
@@ -284,7 +277,7 @@ std::vector<Properties> ReportedProperties(const std::vector<EmlEntity>& parts) 
   AttachmentRecorder recorder;
   recorder.request.infoOnly = 1;
   const test::ReadMail read(EmlBuilder::Usual().body(body).build(), &recorder.request);
-  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(read.status, StatusOk);
   std::vector<Properties> all;
   for (const test::ReportedAttachment& attachment : recorder.attachments) {
     all.push_back(attachment.properties);
@@ -317,7 +310,7 @@ TEST(ReportedMail, ContentIdIsThatOfThePartItself) {
 TEST(HeaderParameterProperty, AbsentParameterAddsNothing) {
   PropertyList list;
   const std::string_view text = "a=b";
-  EXPECT_EQ(AddHeaderParameterProperty(list, text.data(), text.data() + 3, "name="), 1);
+  EXPECT_EQ(AddHeaderParameterProperty(list, text, "name="), StatusOk);
   EXPECT_EQ(list.length(), 0u);
 }
 
@@ -325,7 +318,7 @@ TEST(HeaderParameterProperty, FailureKeepsTheRawValue) {
   PropertyList list;
   const std::string_view text = "name==?iso-8859-1?Q?=E4?=";
   PlainKernelFailAt(PlainKernelFaultText, 1);
-  EXPECT_EQ(AddHeaderParameterProperty(list, text.data(), text.data() + text.size(), "name="), 1);
+  EXPECT_EQ(AddHeaderParameterProperty(list, text, "name="), StatusOk);
   ASSERT_EQ(list.length(), 1u);
   EXPECT_EQ(std::u16string(list.data()[0].name), u"name=");
   EXPECT_EQ(std::u16string(list.data()[0].value), u"=?iso-8859-1?Q?=E4?=");

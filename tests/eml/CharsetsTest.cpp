@@ -7,8 +7,8 @@
 #include <string_view>
 
 #include "Tarnbase/PlainKernel.h"
-#include "eml/SizedText.h"
 #include "support/FaultSweep.h"
+#include "support/Texts.h"
 
 namespace tarn {
 
@@ -23,7 +23,6 @@ static void PrintTo(const CharsetRef& charset, std::ostream* out) {
 namespace {
 
 using namespace std::string_view_literals;
-using test::Bytes;
 using test::Sized;
 
 // Two words, the kind first, and kinds of fixed numbers.
@@ -43,79 +42,75 @@ constexpr CharsetRef kOther = {CharsetOther, 0};
 
 constexpr CharsetRef Windows(uint32_t codePage) { return {CharsetWindows, codePage}; }
 
-CharsetRef Classify(std::string_view name) {
-  return ClassifyCharset(name.data(), name.data() + name.size());
-}
-
 std::string Tail(std::string_view source, uint64_t offset, CharsetRef charset) {
   SizedBytes text = Sized(source);
   EXPECT_EQ(ConvertTailToUtf8(text, offset, charset), StatusOk);
-  return Bytes(text);
+  return std::string(text.view());
 }
 
 std::string Body(std::string_view source, CharsetRef charset, bool force = true) {
   SizedBytes text = Sized(source);
   EXPECT_EQ(ConvertBodyToUtf8(&text, &charset, force), StatusOk);
-  return Bytes(text);
+  return std::string(text.view());
 }
 
 std::string Field(std::string_view source, CharsetRef charset) {
   SizedBytes text = Sized(source);
   RepairFieldToUtf8(text, charset);
-  return Bytes(text);
+  return std::string(text.view());
 }
 
 TEST(ClassifyCharset, KnowsNamesThatMustBeWhole) {
-  EXPECT_EQ(Classify("gb2312"), kGb2312);
-  EXPECT_EQ(Classify("GB2312"), kGb2312);
-  EXPECT_EQ(Classify("big5"), kBig5);
-  EXPECT_EQ(Classify("Big5"), kBig5);
-  EXPECT_EQ(Classify("iso-8859-1"), kLatin1);
-  EXPECT_EQ(Classify("ISO-8859-1"), kLatin1);
-  EXPECT_EQ(Classify("gb2312 "), kOther);
-  EXPECT_EQ(Classify("gb231"), kOther);
-  EXPECT_EQ(Classify("big5-hkscs"), kOther);
-  EXPECT_EQ(Classify("iso-8859-15"), kOther);
-  EXPECT_EQ(Classify("iso-8859-1 "), kOther);
+  EXPECT_EQ(ClassifyCharset("gb2312"), kGb2312);
+  EXPECT_EQ(ClassifyCharset("GB2312"), kGb2312);
+  EXPECT_EQ(ClassifyCharset("big5"), kBig5);
+  EXPECT_EQ(ClassifyCharset("Big5"), kBig5);
+  EXPECT_EQ(ClassifyCharset("iso-8859-1"), kLatin1);
+  EXPECT_EQ(ClassifyCharset("ISO-8859-1"), kLatin1);
+  EXPECT_EQ(ClassifyCharset("gb2312 "), kOther);
+  EXPECT_EQ(ClassifyCharset("gb231"), kOther);
+  EXPECT_EQ(ClassifyCharset("big5-hkscs"), kOther);
+  EXPECT_EQ(ClassifyCharset("iso-8859-15"), kOther);
+  EXPECT_EQ(ClassifyCharset("iso-8859-1 "), kOther);
 }
 
 TEST(ClassifyCharset, KnowsNamesByTheirBeginning) {
-  EXPECT_EQ(Classify("iso-2022-jp"), kIso2022Jp);
-  EXPECT_EQ(Classify("ISO-2022-JP-2"), kIso2022Jp);
-  EXPECT_EQ(Classify("us-ascii"), kAscii);
-  EXPECT_EQ(Classify("US-ASCII; x"), kAscii);
-  EXPECT_EQ(Classify("utf-8"), kUtf8);
-  EXPECT_EQ(Classify("UTF-8bom"), kUtf8);
-  EXPECT_EQ(Classify("iso-2022-j"), kOther);
-  EXPECT_EQ(Classify("us-asci"), kOther);
-  EXPECT_EQ(Classify("utf-"), kOther);
+  EXPECT_EQ(ClassifyCharset("iso-2022-jp"), kIso2022Jp);
+  EXPECT_EQ(ClassifyCharset("ISO-2022-JP-2"), kIso2022Jp);
+  EXPECT_EQ(ClassifyCharset("us-ascii"), kAscii);
+  EXPECT_EQ(ClassifyCharset("US-ASCII; x"), kAscii);
+  EXPECT_EQ(ClassifyCharset("utf-8"), kUtf8);
+  EXPECT_EQ(ClassifyCharset("UTF-8bom"), kUtf8);
+  EXPECT_EQ(ClassifyCharset("iso-2022-j"), kOther);
+  EXPECT_EQ(ClassifyCharset("us-asci"), kOther);
+  EXPECT_EQ(ClassifyCharset("utf-"), kOther);
 }
 
 TEST(ClassifyCharset, ReadsTheCodePageOfAWindowsName) {
-  EXPECT_EQ(Classify("windows-1251"), Windows(1251));
-  EXPECT_EQ(Classify("WINDOWS-1251"), Windows(1251));
-  EXPECT_EQ(Classify("windows-874 thai"), Windows(874));
-  EXPECT_EQ(Classify("windows-0001252"), Windows(1252));
-  EXPECT_EQ(Classify("windows-12x52"), Windows(12));
-  EXPECT_EQ(Classify("windows-"), Windows(0));
-  EXPECT_EQ(Classify("windows-x"), Windows(0));
-  EXPECT_EQ(Classify("windows-+1252"), Windows(0));
-  EXPECT_EQ(Classify("windows"), kOther);
+  EXPECT_EQ(ClassifyCharset("windows-1251"), Windows(1251));
+  EXPECT_EQ(ClassifyCharset("WINDOWS-1251"), Windows(1251));
+  EXPECT_EQ(ClassifyCharset("windows-874 thai"), Windows(874));
+  EXPECT_EQ(ClassifyCharset("windows-0001252"), Windows(1252));
+  EXPECT_EQ(ClassifyCharset("windows-12x52"), Windows(12));
+  EXPECT_EQ(ClassifyCharset("windows-"), Windows(0));
+  EXPECT_EQ(ClassifyCharset("windows-x"), Windows(0));
+  EXPECT_EQ(ClassifyCharset("windows-+1252"), Windows(0));
+  EXPECT_EQ(ClassifyCharset("windows"), kOther);
 }
 
 TEST(ClassifyCharset, KeepsTheCodePageInRange) {
-  EXPECT_EQ(Classify("windows-2147483647"), Windows(2147483647));
-  EXPECT_EQ(Classify("windows-2147483648"), Windows(2147483647));
-  EXPECT_EQ(Classify("windows-4294968548"), Windows(2147483647));
-  EXPECT_EQ(Classify("windows-" + std::string(1000, '9')), Windows(2147483647));
+  EXPECT_EQ(ClassifyCharset("windows-2147483647"), Windows(2147483647));
+  EXPECT_EQ(ClassifyCharset("windows-2147483648"), Windows(2147483647));
+  EXPECT_EQ(ClassifyCharset("windows-4294968548"), Windows(2147483647));
+  EXPECT_EQ(ClassifyCharset("windows-" + std::string(1000, '9')), Windows(2147483647));
 }
 
 TEST(ClassifyCharset, IsOtherForAllElse) {
   for (const std::string_view name : {""sv, "iso-8859-2"sv, "koi8-r"sv, "shift_jis"sv, "euc-jp"sv,
                                       "gbk"sv, "utf8"sv, " utf-8"sv, "\"utf-8\""sv, "cp1252"sv}) {
-    EXPECT_EQ(Classify(name), kOther) << name;
+    EXPECT_EQ(ClassifyCharset(name), kOther) << name;
   }
-  EXPECT_EQ(ClassifyCharset(nullptr, nullptr), kOther);
+  EXPECT_EQ(ClassifyCharset({}), kOther);
 }
 
 TEST(ConvertTailToUtf8, ConvertsEachCharset) {
@@ -160,7 +155,7 @@ TEST(ConvertTailToUtf8, TakesNoMemoryForCharsetsThatAreNotConverted) {
     PlainKernelFailAt(PlainKernelFaultMemory, 1);
     EXPECT_EQ(ConvertTailToUtf8(text, 0, charset), StatusOk);
     PlainKernelFailAt(PlainKernelFaultMemory, 0);
-    EXPECT_EQ(Bytes(text), "a\xE9");
+    EXPECT_EQ(text.view(), "a\xE9");
   }
 }
 
@@ -184,9 +179,9 @@ TEST(ConvertTailToUtf8, TakesWhatTheCodePageGivesForBytesWithoutACharacter) {
 TEST(ConvertTailToUtf8, LeavesTheTextAloneWithoutMemory) {
   const auto round = [](test::FaultedWork& faulted) {
     SizedBytes text = Sized("a\xE9\0"sv);
-    const int32_t status = faulted([&] { return ConvertTailToUtf8(text, 1, kLatin1); });
+    const Status status = faulted([&] { return ConvertTailToUtf8(text, 1, kLatin1); });
     EXPECT_EQ(status, faulted.isReached() ? StatusOutOfMemory : StatusOk);
-    EXPECT_EQ(Bytes(text), faulted.isReached() ? "a\xE9\0"sv : "a\xC3\xA9\0"sv);
+    EXPECT_EQ(text.view(), faulted.isReached() ? "a\xE9\0"sv : "a\xC3\xA9\0"sv);
   };
   EXPECT_EQ(test::SweepFaults(PlainKernelFaultMemory, round, test::FaultKinds::OneAndFrom), 2u);
 }
@@ -195,17 +190,15 @@ TEST(ConvertTailToUtf8, CutsTheTextWhenUtf8CannotBeMade) {
   SizedBytes text = Sized("ab\xE9");
   PlainKernelFailAt(PlainKernelFaultText, 1);
   EXPECT_EQ(ConvertTailToUtf8(text, 2, kLatin1), StatusPathToUtf8Failed);
-  EXPECT_EQ(Bytes(text), "ab");
+  EXPECT_EQ(text.view(), "ab");
   EXPECT_EQ(text.data()[2], '\0');
 }
 
 // A text too long for a code page to take stays; only its last byte is looked at.
 TEST(ConvertTailToUtf8, LeavesTextBeyondTwoGigabytes) {
   SizedBytes text;
-  const uint64_t length = uint64_t{INT32_MAX} + 1;
-  text.setData(static_cast<char*>(KernelAlloc(length, 1, TARN_HERE)));
-  ASSERT_NE(text.data(), nullptr);
-  text.setLength(length);
+  constexpr uint64_t length = uint64_t{INT32_MAX} + 1;
+  ASSERT_TRUE(text.overwrite(length, [](char*) { return length; }));
   text.data()[0] = '\xE9';
   text.data()[length - 1] = 'x';
   PlainKernelUsageRecord before = {};
@@ -284,7 +277,7 @@ TEST(ConvertBodyToUtf8, LeavesTheLengthWithoutATrailingNul) {
   SizedBytes text = Sized("\xE9\0"sv);
   CharsetRef charset = kLatin1;
   ASSERT_EQ(ConvertBodyToUtf8(&text, &charset, true), StatusOk);
-  EXPECT_EQ(Bytes(text), "\xC3\xA9");
+  EXPECT_EQ(text.view(), "\xC3\xA9");
   EXPECT_EQ(text.data()[2], '\0');
 }
 
@@ -292,7 +285,7 @@ TEST(ConvertBodyToUtf8, OnlyRenamesAscii) {
   SizedBytes text = Sized("\xE9 charset=US-ASCII; us-ascii \xE9\0"sv);
   CharsetRef charset = kAscii;
   ASSERT_EQ(ConvertBodyToUtf8(&text, &charset, true), StatusOk);
-  EXPECT_EQ(Bytes(text), "\xE9 charset=UTF-8; us-ascii \xE9\0"sv);
+  EXPECT_EQ(text.view(), "\xE9 charset=UTF-8; us-ascii \xE9\0"sv);
   EXPECT_EQ(charset, kUtf8);
 }
 
@@ -300,7 +293,7 @@ TEST(ConvertBodyToUtf8, LeavesAsciiWithoutADeclaration) {
   SizedBytes text = Sized("\xE9\0"sv);
   CharsetRef charset = kAscii;
   ASSERT_EQ(ConvertBodyToUtf8(&text, &charset, true), StatusOk);
-  EXPECT_EQ(Bytes(text), "\xE9\0"sv);
+  EXPECT_EQ(text.view(), "\xE9\0"sv);
   EXPECT_EQ(charset, kAscii);
 }
 
@@ -335,9 +328,9 @@ TEST(ConvertBodyToUtf8, LeavesTheTextAloneWithoutMemory) {
   const auto round = [&](test::FaultedWork& faulted) {
     SizedBytes text = Sized(source);
     CharsetRef charset = Windows(1251);
-    const int32_t status = faulted([&] { return ConvertBodyToUtf8(&text, &charset, true); });
+    const Status status = faulted([&] { return ConvertBodyToUtf8(&text, &charset, true); });
     EXPECT_EQ(status, faulted.isReached() ? StatusOutOfMemory : StatusOk);
-    EXPECT_EQ(Bytes(text), faulted.isReached() ? source : "\xE9 charset=UTF-8 \xD0\xB9"sv);
+    EXPECT_EQ(text.view(), faulted.isReached() ? source : "\xE9 charset=UTF-8 \xD0\xB9"sv);
   };
   EXPECT_EQ(test::SweepFaults(PlainKernelFaultMemory, round, test::FaultKinds::OneAndFrom), 2u);
 }
@@ -347,14 +340,14 @@ TEST(ConvertBodyToUtf8, FreesATextThatCannotTakeTheLongerName) {
   const auto round = [](test::FaultedWork& faulted) {
     SizedBytes text = Sized("BIG5 \xA7\x41");
     CharsetRef charset = kBig5;
-    const int32_t status = faulted([&] { return ConvertBodyToUtf8(&text, &charset, true); });
+    const Status status = faulted([&] { return ConvertBodyToUtf8(&text, &charset, true); });
     if (faulted.ordinal() == 1) {
       EXPECT_EQ(status, StatusFailed);
       EXPECT_EQ(text.data(), nullptr);
       EXPECT_EQ(text.length(), 0U);
     } else {
       EXPECT_EQ(status, faulted.isReached() ? StatusOutOfMemory : StatusOk);
-      EXPECT_EQ(Bytes(text), faulted.isReached() ? "BIG5 \xA7\x41" : "UTF-8 \xE4\xBD\xA0");
+      EXPECT_EQ(text.view(), faulted.isReached() ? "BIG5 \xA7\x41" : "UTF-8 \xE4\xBD\xA0");
     }
   };
   EXPECT_EQ(test::SweepFaults(PlainKernelFaultMemory, round), 3u);
@@ -365,7 +358,7 @@ TEST(ConvertBodyToUtf8, CutsTheTextWhenUtf8CannotBeMade) {
   CharsetRef charset = kLatin1;
   PlainKernelFailAt(PlainKernelFaultText, 1);
   EXPECT_EQ(ConvertBodyToUtf8(&text, &charset, true), StatusPathToUtf8Failed);
-  EXPECT_EQ(Bytes(text), "a UTF-8");
+  EXPECT_EQ(text.view(), "a UTF-8");
   EXPECT_EQ(text.data()[7], '\0');
 }
 
@@ -422,7 +415,7 @@ TEST(RepairFieldToUtf8, LeavesTheCallersCharset) {
   SizedBytes field = Sized("\xE9 us-ascii");
   CharsetRef charset = kAscii;
   RepairFieldToUtf8(field, charset);
-  EXPECT_EQ(Bytes(field), "\xE9 UTF-8");
+  EXPECT_EQ(field.view(), "\xE9 UTF-8");
   EXPECT_EQ(charset, kAscii);
 }
 
@@ -430,7 +423,7 @@ TEST(RepairFieldToUtf8, LeavesTheFieldWithoutMemory) {
   const auto round = [](test::FaultedWork& faulted) {
     SizedBytes field = Sized("\xE9\0"sv);
     faulted([&] { RepairFieldToUtf8(field, kLatin1); });
-    EXPECT_EQ(Bytes(field) == "\xE9\0"sv, faulted.isReached());
+    EXPECT_EQ(field.view() == "\xE9\0"sv, faulted.isReached());
   };
   EXPECT_EQ(test::SweepFaults(PlainKernelFaultMemory, round, test::FaultKinds::OneAndFrom), 2u);
 }
@@ -438,11 +431,11 @@ TEST(RepairFieldToUtf8, LeavesTheFieldWithoutMemory) {
 TEST(ReplaceWithUtf8Name, OverwritesTheStretch) {
   SizedBytes text = Sized("a us-ascii b");
   EXPECT_EQ(ReplaceWithUtf8Name(text, 2, 8), StatusOk);
-  EXPECT_EQ(Bytes(text), "a UTF-8 b");
+  EXPECT_EQ(text.view(), "a UTF-8 b");
   EXPECT_EQ(ReplaceWithUtf8Name(text, 0, 1), StatusOk);
-  EXPECT_EQ(Bytes(text), "UTF-8 UTF-8 b");
+  EXPECT_EQ(text.view(), "UTF-8 UTF-8 b");
   EXPECT_EQ(ReplaceWithUtf8Name(text, 13, 0), StatusOk);
-  EXPECT_EQ(Bytes(text), "UTF-8 UTF-8 bUTF-8");
+  EXPECT_EQ(text.view(), "UTF-8 UTF-8 bUTF-8");
 }
 
 TEST(ReplaceWithUtf8Name, FreesTheTextOnAFailure) {

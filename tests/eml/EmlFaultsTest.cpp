@@ -29,12 +29,12 @@ std::set<int32_t> Sweep(int32_t group, uint32_t infoOnly, const std::string& sub
     EmlMessage message;
     PstFilterData filterData;
     KernelFileSeek(mail.handle(), 0, KERNEL_SEEK_START);
-    const int32_t status = faulted(
+    const Status status = faulted(
         [&] { return ReadEmlMessage(message, mail.handle(), filterData, &recorder.request); });
     if (!faulted.isReached()) {
-      EXPECT_EQ(status, 1);
+      EXPECT_EQ(status, StatusOk);
     }
-    statuses.insert(status);
+    statuses.insert(status.code());
   });
   return statuses;
 }
@@ -42,7 +42,7 @@ std::set<int32_t> Sweep(int32_t group, uint32_t infoOnly, const std::string& sub
 TEST(EmlFaults, SoundReadSucceeds) {
   AttachmentRecorder recorder;
   const test::ReadMail read(MailOfAll(kWords), &recorder.request);
-  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(read.status, StatusOk);
   EXPECT_EQ(read.message.subject.text(), "f\xC3\xBCr \xE3\x81\x82 dich");
   EXPECT_EQ(read.message.cc.text(), "J\xF6rg");
   // Nobody looks at the body of a read that is for the attachments: images stay out of it.
@@ -56,47 +56,55 @@ TEST(EmlFaults, SoundReadSucceeds) {
 
 TEST(EmlFaults, SoundReadRepairsItsFields) {
   const test::ReadMail read(MailOfAll("no words"));
-  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(read.status, StatusOk);
   EXPECT_EQ(read.message.cc.text(), "J\xC3\xB6rg");
 }
 
 TEST(EmlFaults, Memory) {
-  EXPECT_EQ(Sweep(PlainKernelFaultMemory, 0), (std::set<int32_t>{-1, 1}));
-  EXPECT_EQ(Sweep(PlainKernelFaultMemory, 1), (std::set<int32_t>{-1, 1}));
-  EXPECT_EQ(Sweep(PlainKernelFaultMemory, 1, "no words"), (std::set<int32_t>{-1, 1}));
+  EXPECT_EQ(Sweep(PlainKernelFaultMemory, 0), (std::set<int32_t>{StatusOutOfMemory, StatusOk}));
+  EXPECT_EQ(Sweep(PlainKernelFaultMemory, 1), (std::set<int32_t>{StatusOutOfMemory, StatusOk}));
+  EXPECT_EQ(Sweep(PlainKernelFaultMemory, 1, "no words"),
+            (std::set<int32_t>{StatusOutOfMemory, StatusOk}));
 }
 
-TEST(EmlFaults, Read) { EXPECT_EQ(Sweep(PlainKernelFaultRead, 0), (std::set<int32_t>{-7, 1})); }
+TEST(EmlFaults, Read) {
+  EXPECT_EQ(Sweep(PlainKernelFaultRead, 0), (std::set<int32_t>{StatusReadFailed, StatusOk}));
+}
 
-TEST(EmlFaults, Seek) { EXPECT_EQ(Sweep(PlainKernelFaultSeek, 0), (std::set<int32_t>{-4, 1})); }
+TEST(EmlFaults, Seek) {
+  EXPECT_EQ(Sweep(PlainKernelFaultSeek, 0), (std::set<int32_t>{StatusSeekFailed, StatusOk}));
+}
 
 TEST(EmlFaults, Text) {
-  // A file name or a looked-up property gives 0, a part's text -1851; words and properties of the
-  // list fail without a trace.
-  EXPECT_EQ(Sweep(PlainKernelFaultText, 0), (std::set<int32_t>{-1851, 0, 1}));
-  EXPECT_EQ(Sweep(PlainKernelFaultText, 1), (std::set<int32_t>{-1851, 0, 1}));
-  EXPECT_EQ(Sweep(PlainKernelFaultText, 1, "no words"), (std::set<int32_t>{-1851, 0, 1}));
+  // A file name or a looked-up property gives StatusFailed, a part's text StatusPathToUtf8Failed;
+  // words and properties of the list fail without a trace.
+  EXPECT_EQ(Sweep(PlainKernelFaultText, 0),
+            (std::set<int32_t>{StatusPathToUtf8Failed, StatusFailed, StatusOk}));
+  EXPECT_EQ(Sweep(PlainKernelFaultText, 1),
+            (std::set<int32_t>{StatusPathToUtf8Failed, StatusFailed, StatusOk}));
+  EXPECT_EQ(Sweep(PlainKernelFaultText, 1, "no words"),
+            (std::set<int32_t>{StatusPathToUtf8Failed, StatusFailed, StatusOk}));
 }
 
 // How many calls of the group a read makes, when each that fails ends it with the status.
-uint64_t CallsThatFailWith(int32_t group, int32_t status) {
+uint64_t CallsThatFailWith(int32_t group, Status status) {
   const auto round = [status](test::FaultedWork& faulted) {
     const MemoryMail mail("From: a\nTo: b\nDate: c\n\nx");
     EmlMessage message;
     PstFilterData filterData;
-    const int32_t read =
+    const Status read =
         faulted([&] { return ReadEmlMessage(message, mail.handle(), filterData, nullptr); });
-    EXPECT_EQ(read, faulted.isReached() ? status : 1);
+    EXPECT_EQ(read, faulted.isReached() ? status : StatusOk);
   };
   return test::SweepFaults(group, round, test::FaultKinds::OneAndFrom);
 }
 
-TEST(EmlFaults, EachSeekThatFailsGivesMinusFour) {
-  EXPECT_EQ(CallsThatFailWith(PlainKernelFaultSeek, -4), 5u);
+TEST(EmlFaults, EachSeekThatFailsFailsTheRead) {
+  EXPECT_EQ(CallsThatFailWith(PlainKernelFaultSeek, StatusSeekFailed), 5u);
 }
 
-TEST(EmlFaults, EachReadThatFailsGivesMinusSeven) {
-  EXPECT_EQ(CallsThatFailWith(PlainKernelFaultRead, -7), 2u);
+TEST(EmlFaults, EachReadThatFailsFailsTheWhole) {
+  EXPECT_EQ(CallsThatFailWith(PlainKernelFaultRead, StatusReadFailed), 2u);
 }
 
 }  // namespace

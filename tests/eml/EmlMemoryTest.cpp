@@ -37,7 +37,7 @@ std::string MailOf(const std::vector<EmlEntity>& parts) {
 
 // The peak of a read that succeeds, less the file.
 uint64_t PeakBesideTheFile(const std::string& text, const AttachmentRequest* request = nullptr,
-                           int32_t expected = StatusOk) {
+                           Status expected = StatusOk) {
   const test::MemoryMail mail(text);
   const uint64_t peak = PeakOf([&] {
     EmlMessage message;
@@ -81,7 +81,7 @@ TEST(EmlMemory, APlainTextAfterTheHtmlStillDecidesOnTheCharset) {
   body.part(EmlEntity::Leaf("text/plain; charset=iso-8859-1", "x").disposition("attachment"));
   body.part(EmlEntity::Leaf("text/html; charset=windows-1252", "\x80"));
   const ReadMail read(EmlBuilder::Usual().field("Subject", "\xE4").body(body).build());
-  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(read.status, StatusOk);
   EXPECT_EQ(read.message.subject.text(), "\xC3\xA4");
   EXPECT_EQ(read.message.body.text(), "\xE2\x82\xAC");
 }
@@ -152,7 +152,7 @@ TEST(EmlMemory, ACallbackThatKeepsABlockDoesNotTakeItFromTheDocument) {
   for (const char* const type : {"text/html", "text/plain", "a/b"}) {
     const EmlEntity part = EmlEntity::Leaf(type, "text").disposition("attachment");
     const ReadMail read(MailOf({part}), &request);
-    EXPECT_EQ(read.status, 1);
+    EXPECT_EQ(read.status, StatusOk);
     EXPECT_EQ(read.message.body.text(), "text") << type;
     EXPECT_EQ(taken.view(), "text");
   }

@@ -15,11 +15,11 @@ namespace {
 using namespace std::string_view_literals;
 using test::MakeText;
 
-// A field after its words were decoded, terminator included; the flag, which starts as 0.
+// A field after its words were decoded, terminator included; the flag, which starts as false.
 struct Decoded {
   std::string bytes;
-  uint32_t flag = 0;
-  int32_t status = 0;
+  bool flag = false;
+  Status status;
 
   explicit Decoded(std::string_view text) {
     SizedBytes field = MakeText(text);
@@ -30,7 +30,7 @@ struct Decoded {
 
 TEST(EncodedWords, AbsentTextStays) {
   SizedBytes field;
-  EXPECT_EQ(DecodeEncodedWords(field, nullptr), 1);
+  EXPECT_EQ(DecodeEncodedWords(field, nullptr), StatusOk);
   EXPECT_EQ(field.data(), nullptr);
 }
 
@@ -38,32 +38,32 @@ TEST(EncodedWords, TextShorterThan14BytesStays) {
   // 12 bytes and a terminator.
   const Decoded shorter("=?big5?Q?a?=");
   EXPECT_EQ(shorter.bytes, "=?big5?Q?a?=\0"sv);
-  EXPECT_EQ(shorter.flag, 0u);
-  EXPECT_EQ(shorter.status, 1);
+  EXPECT_FALSE(shorter.flag);
+  EXPECT_EQ(shorter.status, StatusOk);
 }
 
 TEST(EncodedWords, TextOf14BytesWithItsTerminatorIsDecoded) {
   const Decoded decoded("=?utf-8?Q?a?=");
   EXPECT_EQ(decoded.bytes, "a\0"sv);
-  EXPECT_EQ(decoded.flag, 1u);
+  EXPECT_TRUE(decoded.flag);
 }
 
 TEST(EncodedWords, TextWithoutAWordStays) {
   const Decoded decoded("No word in this text");
   EXPECT_EQ(decoded.bytes, "No word in this text\0"sv);
-  EXPECT_EQ(decoded.flag, 0u);
+  EXPECT_FALSE(decoded.flag);
 }
 
 TEST(EncodedWords, UnderscoreInQIsABlankAndUtf8SetsTheFlag) {
   const Decoded decoded("=?UTF-8?Q?a_b=C3=A4?=");
   EXPECT_EQ(decoded.bytes, "a b\xC3\xA4\0"sv);
-  EXPECT_EQ(decoded.flag, 1u);
+  EXPECT_TRUE(decoded.flag);
 }
 
 TEST(EncodedWords, AsciiDecodesAndLeavesTheFlag) {
   const Decoded decoded("=?us-ascii?Q?a=2Cb?=");
   EXPECT_EQ(decoded.bytes, "a,b\0"sv);
-  EXPECT_EQ(decoded.flag, 0u);
+  EXPECT_FALSE(decoded.flag);
 }
 
 TEST(EncodedWords, BlankBetweenTwoWordsStays) {
@@ -74,13 +74,13 @@ TEST(EncodedWords, BlankBetweenTwoWordsStays) {
 TEST(EncodedWords, TextAroundWordsStays) {
   const Decoded decoded("Re: =?utf-8?B?YWJj?= (=?us-ascii?Q?d?=) end");
   EXPECT_EQ(decoded.bytes, "Re: abc (d) end\0"sv);
-  EXPECT_EQ(decoded.flag, 1u);
+  EXPECT_TRUE(decoded.flag);
 }
 
 TEST(EncodedWords, UnknownCharsetStaysUndecoded) {
   const Decoded decoded("=?koi8-r?Q?abc?=");
   EXPECT_EQ(decoded.bytes, "=?koi8-r?Q?abc?=\0"sv);
-  EXPECT_EQ(decoded.flag, 0u);
+  EXPECT_FALSE(decoded.flag);
 }
 
 TEST(EncodedWords, SmallLettersAreNotAccepted) {
@@ -104,7 +104,7 @@ TEST(EncodedWords, WordWithAPartMissingStays) {
 TEST(EncodedWords, TextInFrontOfARefusedWordStandsTwice) {
   const Decoded decoded("=?utf-8?Q?a?= and =?koi8-r?Q?b?=");
   EXPECT_EQ(decoded.bytes, "a and  and =?koi8-r?Q?b?=\0"sv);
-  EXPECT_EQ(decoded.flag, 1u);
+  EXPECT_TRUE(decoded.flag);
 }
 
 TEST(EncodedWords, TextInFrontOfAWordThatIsCutShortStandsOnce) {
@@ -115,7 +115,7 @@ TEST(EncodedWords, TextInFrontOfAWordThatIsCutShortStandsOnce) {
 TEST(EncodedWords, RefusedWordEndsTheDecoding) {
   const Decoded decoded("=?koi8-r?Q?b?= =?utf-8?Q?a?=");
   EXPECT_EQ(decoded.bytes, "=?koi8-r?Q?b?= =?utf-8?Q?a?=\0"sv);
-  EXPECT_EQ(decoded.flag, 0u);
+  EXPECT_FALSE(decoded.flag);
 }
 
 TEST(EncodedWords, EmptyTextOfAWordTakesWhatFollows) {
@@ -158,7 +158,7 @@ TEST(EncodedWords, Base64ThatStopsShortGivesAFullGroup) {
 TEST(EncodedWords, Latin1BecomesUtf8) {
   const Decoded decoded("=?iso-8859-1?Q?f=FCr?= dich");
   EXPECT_EQ(decoded.bytes, "f\xC3\xBCr dich\0"sv);
-  EXPECT_EQ(decoded.flag, 1u);
+  EXPECT_TRUE(decoded.flag);
 }
 
 TEST(EncodedWords, WindowsGb2312AndBig5BecomeUtf8) {
@@ -176,7 +176,7 @@ TEST(EncodedWords, Iso2022JpLeavesTheLengthAsTheConverterDoes) {
   // ESC $ B, 24 22, ESC ( B: U+3042. The terminator stands there and is not counted.
   const Decoded decoded("=?iso-2022-jp?Q?=1B$B$\"=1B(B?=");
   EXPECT_EQ(decoded.bytes, "\xE3\x81\x82"sv);
-  EXPECT_EQ(decoded.flag, 1u);
+  EXPECT_TRUE(decoded.flag);
   EXPECT_EQ(Decoded("=?iso-2022-jp?Q?=1B$B$\"=1B(B?= x").bytes, "\xE3\x81\x82 x\0"sv);
 }
 
@@ -184,12 +184,12 @@ TEST(EncodedWords, WithoutMemoryTheTextStays) {
   const std::string_view text = "a =?iso-8859-1?B?5A==?= b =?utf-8?Q?c?= rest";
   const auto round = [&](test::FaultedWork& faulted) {
     SizedBytes field = MakeText(text);
-    const int32_t status = faulted([&] { return DecodeEncodedWords(field, nullptr); });
+    const Status status = faulted([&] { return DecodeEncodedWords(field, nullptr); });
     if (faulted.isReached()) {
-      EXPECT_EQ(status, -1);
+      EXPECT_EQ(status, StatusOutOfMemory);
       EXPECT_EQ(field.text(), text);
     } else {
-      EXPECT_EQ(status, 1);
+      EXPECT_EQ(status, StatusOk);
       EXPECT_EQ(field.view(), "a \xC3\xA4 b c rest\0"sv);
     }
   };
@@ -202,9 +202,9 @@ TEST(EncodedWords, WithoutMemoryTheTextStays) {
 TEST(EncodedWords, FailedConversionLeavesTheText) {
   const std::string_view text = "=?utf-8?Q?a?= =?iso-8859-1?Q?=E4?=";
   SizedBytes field = MakeText(text);
-  uint32_t flag = 0;
+  bool flag = false;
   PlainKernelFailAt(PlainKernelFaultText, 1);
-  EXPECT_EQ(DecodeEncodedWords(field, &flag), -1851);
+  EXPECT_EQ(DecodeEncodedWords(field, &flag), StatusPathToUtf8Failed);
   EXPECT_EQ(field.text(), text);
 }
 
@@ -220,28 +220,28 @@ TEST(EncodedWords, HugeFieldOfWordsIsDecoded) {
 
 TEST(EncodedWordText, IsAppendedBehindTheTextOfTheOutput) {
   SizedBytes output = MakeText("x");
-  EXPECT_EQ(DecodeEncodedWordText('Q', "a_b?=", 3, output), 1);
+  EXPECT_EQ(DecodeEncodedWordText('Q', "a_b", output), StatusOk);
   EXPECT_EQ(output.view(), "xa b\0"sv);
-  EXPECT_EQ(DecodeEncodedWordText('B', "Y2Q=?=", 4, output), 1);
+  EXPECT_EQ(DecodeEncodedWordText('B', "Y2Q=", output), StatusOk);
   EXPECT_EQ(output.view(), "xa bcd\0"sv);
 }
 
 TEST(EncodedWordText, Base64OfLengthZeroFails) {
   SizedBytes output = MakeText("x");
-  EXPECT_EQ(DecodeEncodedWordText('B', "?=", 0, output), -1);
+  EXPECT_EQ(DecodeEncodedWordText('B', "", output), StatusOutOfMemory);
   EXPECT_EQ(output.text(), "x");
 }
 
 TEST(EncodedWordText, WithoutMemoryTheOutputStays) {
   SizedBytes output = MakeText("x");
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
-  EXPECT_EQ(DecodeEncodedWordText('Q', "a?=", 1, output), -1);
+  EXPECT_EQ(DecodeEncodedWordText('Q', "a", output), StatusOutOfMemory);
   EXPECT_EQ(output.view(), "x\0"sv);
 }
 
 std::string Parameter(std::string_view value) {
   SizedBytes output;
-  EXPECT_EQ(DecodeParameterValue(value.data(), value.data() + value.size(), output), 1);
+  EXPECT_EQ(DecodeParameterValue(value, output), StatusOk);
   return std::string(output.view());
 }
 
@@ -264,33 +264,29 @@ TEST(ParameterValue, FailureKeepsTheRawValue) {
   const std::string_view value = "=?iso-8859-1?Q?=E4?=";
   SizedBytes output;
   PlainKernelFailAt(PlainKernelFaultText, 1);
-  EXPECT_EQ(DecodeParameterValue(value.data(), value.data() + value.size(), output), 1);
+  EXPECT_EQ(DecodeParameterValue(value, output), StatusOk);
   EXPECT_EQ(output.text(), value);
 }
 
 TEST(PartName, IsDecodedAndReplacesTheOld) {
   EmlPart part;
-  const std::string_view first = "=?utf-8?B?YS5wbmc=?=";
-  EXPECT_EQ(DecodePartName(part, first.data(), first.data() + first.size()), 1);
-  EXPECT_STREQ(part.name.get(), "a.png");
-  const std::string_view second = "b.png";
-  EXPECT_EQ(DecodePartName(part, second.data(), second.data() + second.size()), 1);
-  EXPECT_STREQ(part.name.get(), "b.png");
+  EXPECT_EQ(DecodePartName(part, "=?utf-8?B?YS5wbmc=?="), StatusOk);
+  EXPECT_STREQ(part.name.data(), "a.png");
+  EXPECT_EQ(DecodePartName(part, "b.png"), StatusOk);
+  EXPECT_STREQ(part.name.data(), "b.png");
 }
 
 TEST(PartName, ValueOfOneByteIsCopied) {
-  static constexpr char kSign[] = "=";
   EmlPart part;
-  EXPECT_EQ(DecodePartName(part, kSign, kSign + 1), 1);
-  EXPECT_STREQ(part.name.get(), "=");
+  EXPECT_EQ(DecodePartName(part, "="), StatusOk);
+  EXPECT_STREQ(part.name.data(), "=");
 }
 
 TEST(PartName, WithoutMemoryForTheCopyItFails) {
   EmlPart part;
-  const std::string_view name = "a.png";
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
-  EXPECT_EQ(DecodePartName(part, name.data(), name.data() + name.size()), -1);
-  EXPECT_FALSE(part.name);
+  EXPECT_EQ(DecodePartName(part, "a.png"), StatusOutOfMemory);
+  EXPECT_FALSE(part.name.hasBlock());
 }
 
 }  // namespace

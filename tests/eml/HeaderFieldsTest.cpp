@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -18,24 +17,20 @@ using namespace std::string_view_literals;
 // A message whose data is this text.
 struct Headers {
   EmlMessage message;
-  int32_t status = 0;
+  Status status;
 
   // The top header block ends at `limit`, or at the end of the text.
   explicit Headers(std::string_view text, size_t limit = std::string_view::npos,
                    test::FaultedWork* faulted = nullptr) {
-    message.data = static_cast<char*>(KernelAlloc(text.size() + 1, 1, TARN_HERE));
-    if (!text.empty()) std::memcpy(message.data, text.data(), text.size());
-    message.end = message.data + text.size();
-    status = test::RunFaulted(faulted, [&] {
-      return ParseEmlHeaders(message, message.data + std::min(limit, text.size()));
-    });
+    message.data = test::Sized(text);
+    status = test::RunFaulted(faulted, [&] { return ParseEmlHeaders(message, limit); });
   }
 };
 
 TEST(HeaderFields, AllSevenAreTaken) {
   const Headers headers(
       "From: a\r\nTo: b\r\nSubject: c\r\nDate: d\r\nCC: e\r\nBCC: f\r\nImportance: g\r\n");
-  EXPECT_EQ(headers.status, 1);
+  EXPECT_EQ(headers.status, StatusOk);
   EXPECT_EQ(headers.message.from.view(), "a\0"sv);
   EXPECT_EQ(headers.message.to.view(), "b\0"sv);
   EXPECT_EQ(headers.message.subject.view(), "c\0"sv);
@@ -43,7 +38,7 @@ TEST(HeaderFields, AllSevenAreTaken) {
   EXPECT_EQ(headers.message.cc.view(), "e\0"sv);
   EXPECT_EQ(headers.message.bcc.view(), "f\0"sv);
   EXPECT_EQ(headers.message.importance.view(), "g\0"sv);
-  EXPECT_EQ(headers.message.convertToUtf8, 0u);
+  EXPECT_EQ(headers.message.convertToUtf8, false);
 }
 
 TEST(HeaderFields, NamesMatchInAnyCase) {
@@ -117,18 +112,16 @@ TEST(HeaderFields, ContinuationNeedsMoreThanThreeBytesInFrontOfTheLimit) {
 }
 
 TEST(HeaderFields, NameThatEndsAtTheLimitHasAnEmptyValue) {
-  // Nothing is readable behind the limit.
+  // Nothing is readable after the limit.
   EmlMessage message;
-  message.data = static_cast<char*>(KernelAlloc(3, 1, TARN_HERE));
-  std::memcpy(message.data, "To:", 3);
-  message.end = message.data + 3;
-  EXPECT_EQ(ParseEmlHeaders(message, message.end), 1);
+  message.data = test::Sized("To:");
+  EXPECT_EQ(ParseEmlHeaders(message, 3), StatusOk);
   EXPECT_EQ(message.to.view(), "\0"sv);
 }
 
 TEST(HeaderFields, BlankAtTheLimitIsNotSkipped) {
   const Headers headers("To: x\r\n", 3);
-  EXPECT_EQ(headers.status, 1);
+  EXPECT_EQ(headers.status, StatusOk);
   EXPECT_EQ(headers.message.to.view(), "\0"sv);
 }
 
@@ -141,7 +134,7 @@ TEST(HeaderFields, WordsAreDecodedAfterUnfolding) {
   const Headers headers("From: =?utf-8?Q?J=C3=\r\n B6rg?= <j@x>\r\nTo: =?koi8-r?Q?x?= long\r\n");
   EXPECT_EQ(headers.message.from.text(), "J\xC3\xB6rg <j@x>");
   EXPECT_EQ(headers.message.to.text(), "=?koi8-r?Q?x?= long");
-  EXPECT_EQ(headers.message.convertToUtf8, 1u);
+  EXPECT_EQ(headers.message.convertToUtf8, true);
 }
 
 TEST(HeaderFields, FieldOfManyShortLinesIsJoined) {
@@ -161,13 +154,13 @@ TEST(HeaderFields, WithoutMemoryTheAppendFailsAndAWordDoesNot) {
   bool sawUndecoded = false;
   const auto round = [&](test::FaultedWork& faulted) {
     const Headers headers(text, text.size(), &faulted);
-    if (headers.status != 1) {
-      EXPECT_EQ(headers.status, -1);
+    if (!headers.status.ok()) {
+      EXPECT_EQ(headers.status, StatusOutOfMemory);
       EXPECT_TRUE(faulted.isReached());
       sawFailure = true;
     } else if (headers.message.subject.text() != "abc") {
       EXPECT_EQ(headers.message.subject.text(), "=?utf-8?Q?abc?=");
-      EXPECT_EQ(headers.message.convertToUtf8, 0u);
+      EXPECT_EQ(headers.message.convertToUtf8, false);
       EXPECT_TRUE(faulted.isReached());
       sawUndecoded = true;
     }

@@ -2,7 +2,6 @@
 // ones.
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -17,6 +16,7 @@ namespace {
 using namespace std::string_view_literals;
 using test::MakeText;
 using test::ReadMail;
+using test::Repeat;
 
 constexpr std::string_view kFields = "From: a\r\nTo: b\r\nDate: c\r\n";
 
@@ -47,12 +47,6 @@ std::string Nested(int levels, std::string_view lineEnd = "\r\n") {
   return mail;
 }
 
-std::string Repeat(std::string_view piece, int count) {
-  std::string out;
-  for (int i = 0; i < count; ++i) out += piece;
-  return out;
-}
-
 std::string Multipart(std::string_view rest) {
   std::string mail(kFields);
   mail += "Content-Type: multipart/mixed; boundary=\"b\"\r\n\r\n";
@@ -62,13 +56,13 @@ std::string Multipart(std::string_view rest) {
 
 TEST(DeepMail, FiveHundredLevelsAreWalked) {
   const ReadMail read(Nested(500));
-  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(read.status, StatusOk);
   EXPECT_EQ(read.body(), "deep\0"sv);
 }
 
 TEST(DeepMail, OneLevelMoreFails) {
   const ReadMail read(Nested(501));
-  EXPECT_EQ(read.status, -1);
+  EXPECT_EQ(read.status, StatusOutOfMemory);
   EXPECT_EQ(read.message.body.data(), nullptr);
 }
 
@@ -76,24 +70,24 @@ TEST(DeepMail, LevelWithoutAPartCountsToo) {
   // A level of which there is nothing but its header.
   std::string mail = Nested(500);
   mail.resize(mail.find("Content-Type: text/html"));
-  EXPECT_EQ(ReadMail(mail).status, 1);
-  EXPECT_EQ(ReadMail(mail + "X: boundary=q\r\n\r\n").status, -1);
+  EXPECT_EQ(ReadMail(mail).status, StatusOk);
+  EXPECT_EQ(ReadMail(mail + "X: boundary=q\r\n\r\n").status, StatusOutOfMemory);
 }
 
 TEST(DeepMail, ThousandsOfLevelsFail) {
-  EXPECT_EQ(ReadMail(Nested(3000)).status, -1);
-  EXPECT_EQ(ReadMail(Nested(3000, "\n")).status, -1);
+  EXPECT_EQ(ReadMail(Nested(3000)).status, StatusOutOfMemory);
+  EXPECT_EQ(ReadMail(Nested(3000, "\n")).status, StatusOutOfMemory);
 }
 
 TEST(DeepMail, NestingCostsNoStack) {
-  int32_t status = 0;
+  Status status = StatusFailed;
   test::RunOnStackOf(256 * 1024, [&status] { status = ReadMail(Nested(500)).status; });
-  EXPECT_EQ(status, 1);
+  EXPECT_EQ(status, StatusOk);
 }
 
 TEST(WideMail, ManyDelimitersArePassed) {
   const ReadMail read(Multipart(Repeat("\r\n--b\r\n\r\nx", 20000)));
-  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(read.status, StatusOk);
   EXPECT_EQ(read.body(), "x\0"sv);
   EXPECT_EQ(ReadMail(Multipart(Repeat("\n--b", 20000))).body(), "\0"sv);
 }
@@ -102,14 +96,14 @@ TEST(WideMail, EmptyBoundaryParts) {
   std::string mail(kFields);
   mail += "X: boundary=\r\n\r\n";
   const ReadMail read(mail + Repeat("\r\n--x\r\n\r\ny", 1000));
-  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(read.status, StatusOk);
   EXPECT_EQ(read.body(), "y\0"sv);
 }
 
 TEST(WideMail, ManyNestedMultiparts) {
   const ReadMail read(
       Multipart(Repeat("\r\n--b\r\nX: boundary=c\r\n\r\n\r\n--c\r\n\r\nz", 5000) + "\r\n--b--"));
-  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(read.status, StatusOk);
   EXPECT_EQ(read.body(), "z\0"sv);
 }
 
@@ -120,7 +114,7 @@ TEST(LongHeaderLine, IsReadWhateverItIsFullOf) {
     mail += "Content-Type: text/html; q=";
     mail += Repeat(piece, 20000) + "\r\n\r\nbody";
     const ReadMail read(mail);
-    EXPECT_EQ(read.status, 1) << piece;
+    EXPECT_EQ(read.status, StatusOk) << piece;
     EXPECT_EQ(read.body(), "body\0"sv) << piece;
   }
 }
@@ -138,7 +132,7 @@ TEST(LongHeaderLine, BoundaryOfAMegabyte) {
   mail += "X: boundary=\"" + boundary + "\"\r\n\r\n";
   for (int i = 0; i < 3; ++i) mail += "\r\n--" + boundary + "\r\n\r\nx";
   const ReadMail read(mail);
-  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(read.status, StatusOk);
   EXPECT_EQ(read.body(), "x\0"sv);
 }
 
@@ -161,23 +155,21 @@ TEST(SearchBudget, OfAHugeFileDoesNotWrap) {
 TEST(SearchBudget, ImageThatSpendsItFails) {
   EmlMessage message;
   message.body = MakeText("a body of some length");
-  message.data = static_cast<char*>(KernelAlloc(1, 1, TARN_HERE));
-  message.end = message.data;
   PstFilterData filterData;
   InlineImageContext context;
   context.filterData = &filterData;
   context.body = &message.body;
   EmlPart part;
   part.contentClass = ContentPng;
-  part.name = AllocateZeroBlock<char>(2, TARN_HERE);
-  part.name[0] = 'q';
+  part.name = MakeText("q");
 
   SearchBudget budget(2 * message.body.length() + 1);
-  int32_t result = 1;
-  EXPECT_EQ(UsePart(part, message, context, budget, result), 1);
-  EXPECT_EQ(result, 2);
-  EXPECT_EQ(UsePart(part, message, context, budget, result), 1);
-  EXPECT_EQ(UsePart(part, message, context, budget, result), -1);
+  const ImagePlacing images = {context, budget};
+  bool isLost = false;
+  EXPECT_EQ(UsePart(part, message, images, isLost), StatusOk);
+  EXPECT_TRUE(isLost);
+  EXPECT_EQ(UsePart(part, message, images, isLost), StatusOk);
+  EXPECT_EQ(UsePart(part, message, images, isLost), StatusOutOfMemory);
 }
 
 TEST(SearchBudget, LevelsThatSearchTheWholeFileFail) {
@@ -188,7 +180,7 @@ TEST(SearchBudget, LevelsThatSearchTheWholeFileFail) {
     mail += "X: boundary=" + boundary + "\r\n\r\n\r\n--" + boundary + "\r\n";
   }
   mail += "\r\n" + Repeat("x", 1000000);
-  EXPECT_EQ(ReadMail(mail).status, -1);
+  EXPECT_EQ(ReadMail(mail).status, StatusOutOfMemory);
 }
 
 }  // namespace

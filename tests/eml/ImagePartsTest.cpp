@@ -50,7 +50,7 @@ std::string Text(const ReadMail& read) { return std::string(read.message.body.te
 
 TEST(ImageParts, ContentIdReferenceIsReplaced) {
   const ReadMail read = ReadParts({Html("<img src=\"cid:a@b\">"), Image().contentId("a@b")});
-  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(read.status, StatusOk);
   EXPECT_EQ(Text(read), "<img src=\"" + std::string(kUrl) + "\">");
 }
 
@@ -116,38 +116,38 @@ TEST(ImageParts, NameMayComeFromContentLocation) {
 TEST(ImageParts, ImageWithoutANameIsPassedOver) {
   const ReadMail read =
       ReadUnclosed({Html("<img src=\"cid:a\">"), Image("image/png").contentId("a")});
-  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(read.status, StatusOk);
   EXPECT_EQ(Text(read), "<img src=\"cid:a\">");
 }
 
 TEST(ImageParts, EmptyNameMatchesNothing) {
   const ReadMail read = ReadUnclosed({Html("<img src=\"\">"), Image("image/png; name=\"\"")});
-  EXPECT_EQ(read.status, 2);
+  EXPECT_EQ(read.status, StatusDone);
   EXPECT_EQ(Text(read), "<img src=\"\">");
 }
 
 TEST(ImageParts, ImageWithAnEmptyNameIsFoundByItsContentId) {
   const ReadMail read =
       ReadUnclosed({Html("<img src=\"cid:a\">"), Image("image/png; name=\"\"").contentId("a")});
-  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(read.status, StatusOk);
   EXPECT_EQ(Text(read), "<img src=\"" + std::string(kUrl) + "\">");
 }
 
 TEST(ImageParts, ImageWithoutAPlaceLeavesTheBodyAlone) {
   const ReadMail read = ReadParts({Html("<p>"), Image().contentId("a")});
-  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(read.status, StatusOk);
   EXPECT_EQ(Text(read), "<p>");
 }
 
 TEST(ImageParts, ImageInFrontOfItsHtmlIsNotPutIn) {
   const ReadMail read = ReadParts({Image().contentId("a"), Html("<img src=\"cid:a\">")});
-  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(read.status, StatusOk);
   EXPECT_EQ(Text(read), "<img src=\"cid:a\">");
 }
 
 TEST(ImageParts, LastImageWithoutAPlaceGivesTwoWithoutAClosingDelimiter) {
-  EXPECT_EQ(ReadUnclosed({Html("<p>"), Image()}).status, 2);
-  EXPECT_EQ(ReadUnclosed({Image()}).status, 2);  // no body
+  EXPECT_EQ(ReadUnclosed({Html("<p>"), Image()}).status, StatusDone);
+  EXPECT_EQ(ReadUnclosed({Image()}).status, StatusDone);  // no body
   EXPECT_EQ(
       ReadUnclosed({Html("<img src=\"a.png\">"), Image("image/png; name=zz"), Image()}).status, 1);
   EXPECT_EQ(
@@ -155,21 +155,21 @@ TEST(ImageParts, LastImageWithoutAPlaceGivesTwoWithoutAClosingDelimiter) {
 }
 
 TEST(ImageParts, OnlyImagesSetTheResult) {
-  EXPECT_EQ(ReadUnclosed({Html("<p>"), Image(), Html("<b>")}).status, 2);
-  EXPECT_EQ(ReadUnclosed({Html("<p>"), Image(), Image("image/png")}).status, 2);
+  EXPECT_EQ(ReadUnclosed({Html("<p>"), Image(), Html("<b>")}).status, StatusDone);
+  EXPECT_EQ(ReadUnclosed({Html("<p>"), Image(), Image("image/png")}).status, StatusDone);
 }
 
 TEST(ImageParts, TwoOfANestedWalkEndsTheOuterOne) {
   const EmlEntity inner =
       EmlEntity::Multipart("related", "in").part(Html("<p>")).part(Image()).unclosed();
   const ReadMail read = ReadParts({inner, Html("late")});
-  EXPECT_EQ(read.status, 2);
+  EXPECT_EQ(read.status, StatusDone);
   EXPECT_EQ(Text(read), "<p>");
 }
 
 TEST(ImageParts, NestedWalkThatEndsWellKeepsTheOuterResult) {
   const EmlEntity inner = EmlEntity::Multipart("x", "in").part(EmlEntity::Leaf("text/css", ""));
-  EXPECT_EQ(ReadUnclosed({Html("<p>"), Image(), inner}).status, 2);
+  EXPECT_EQ(ReadUnclosed({Html("<p>"), Image(), inner}).status, StatusDone);
 }
 
 TEST(ImageParts, NestedWalkDoesNotTakeTheOuterResult) {
@@ -178,26 +178,26 @@ TEST(ImageParts, NestedWalkDoesNotTakeTheOuterResult) {
   const EmlEntity inner =
       EmlEntity::Multipart("x", "in").part(EmlEntity::Leaf("text/css", "c")).unclosed();
   const ReadMail read = ReadParts({Html("<p>"), Image(), inner, Html("last")});
-  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(read.status, StatusOk);
   EXPECT_EQ(Text(read), "last");
 }
 
 TEST(ImageParts, SmallImageFailsTheRead) {
   const ReadMail read = ReadParts(
       {Html("<img src=\"a.png\">"), EmlEntity::Leaf("image/png; name=a.png", "abc"), Html("x")});
-  EXPECT_EQ(read.status, 0);
+  EXPECT_EQ(read.status, StatusFailed);
 }
 
 TEST(ImageParts, EmptyImageFailsTheRead) {
   const ReadMail read =
       ReadParts({Html("<img src=\"a.png\">"), EmlEntity::Leaf("image/png; name=a.png", "")});
-  EXPECT_EQ(read.status, -13);
+  EXPECT_EQ(read.status, StatusBadArgument);
 }
 
 TEST(ImageParts, ImagesGoIntoAPlainBodyToo) {
   const ReadMail read = ReadParts({EmlEntity::Leaf("text/plain", "\"a.png\""), Image()});
   EXPECT_EQ(Text(read), "\"" + std::string(kUrl) + "\"");
-  EXPECT_EQ(read.message.documentKind, 2u);
+  EXPECT_EQ(read.message.documentKind, DocumentText);
 }
 
 TEST(ImageParts, BodyMayNotGrowWithoutBound) {
@@ -206,10 +206,10 @@ TEST(ImageParts, BodyMayNotGrowWithoutBound) {
   std::string html;
   for (int i = 0; i < 840; ++i) html += "\"a.png\" ";
   const ReadMail within = ReadParts({Html(html), image});
-  EXPECT_EQ(within.status, 1);
+  EXPECT_EQ(within.status, StatusOk);
   EXPECT_EQ(within.message.body.length(), 840 * (80018 + 3) + 1);
   for (int i = 0; i < 60; ++i) html += "\"a.png\" ";
-  EXPECT_EQ(ReadParts({Html(html), image}).status, -1);
+  EXPECT_EQ(ReadParts({Html(html), image}).status, StatusOutOfMemory);
 }
 
 TEST(ImageParts, NameThatStandsOnlyInPlainTextCostsNothing) {
@@ -218,7 +218,7 @@ TEST(ImageParts, NameThatStandsOnlyInPlainTextCostsNothing) {
   for (int i = 0; i < 900; ++i) html += "see image ";
   const ReadMail read =
       ReadParts({Html(html), EmlEntity::Leaf("image/jpeg; name=image", std::string(1000000, 'x'))});
-  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(read.status, StatusOk);
   EXPECT_EQ(read.body(), html + '\0');
 }
 
@@ -240,7 +240,7 @@ void ExpectAllImagesInPlace(int count, size_t size) {
   std::vector<EmlEntity> parts = {Html(html)};
   parts.insert(parts.end(), images.begin(), images.end());
   const ReadMail read = ReadParts(parts);
-  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(read.status, StatusOk);
   EXPECT_TRUE(Text(read) == expected);
 }
 
@@ -262,7 +262,7 @@ TEST(ImageFiles, ImageWithoutAContentIdHasTheBareNameAgain) {
   EmlMessage message;
   PstFilterData record;
   record.useTempFile = 1;
-  EXPECT_EQ(ReadEmlMessage(message, mail.handle(), record, nullptr), 1);
+  EXPECT_EQ(ReadEmlMessage(message, mail.handle(), record, nullptr), StatusOk);
   EXPECT_EQ(message.body.text(), "<img src=\"pic@x_first.png\"><img src=\"second.png\">");
 
   const std::string directory = std::filesystem::path(record.tempDirectory).string();

@@ -6,14 +6,13 @@
 #include <string_view>
 
 #include "Tarnbase/PlainKernel.h"
-#include "eml/SizedText.h"
 #include "support/FaultSweep.h"
+#include "support/Texts.h"
 
 namespace tarn {
 namespace {
 
 using namespace std::string_view_literals;
-using test::Bytes;
 using test::Sized;
 
 // "F|K\" of JIS X 0208 in UTF-8: U+65E5, U+672C.
@@ -23,7 +22,7 @@ constexpr char kUnknown[] = "\xEF\xBF\xBD";
 std::string Convert(std::string_view source, uint64_t offset = 0) {
   SizedBytes text = Sized(source);
   EXPECT_EQ(ConvertIso2022Jp(text, offset), StatusOk);
-  return Bytes(text);
+  return std::string(text.view());
 }
 
 TEST(ConvertIso2022Jp, ConvertsRuns) {
@@ -36,7 +35,7 @@ TEST(ConvertIso2022Jp, TerminatesTheTextWithoutCountingTheNul) {
   for (const std::string_view source : {"\33(Bab"sv, "\33(Bab\0"sv}) {
     SizedBytes text = Sized(source);
     ASSERT_EQ(ConvertIso2022Jp(text, 0), StatusOk);
-    EXPECT_EQ(Bytes(text), "ab");
+    EXPECT_EQ(text.view(), "ab");
     EXPECT_EQ(text.data()[2], '\0');
   }
 }
@@ -57,12 +56,12 @@ TEST(ConvertIso2022Jp, RenamesTheDeclaredCharset) {
 TEST(ConvertIso2022Jp, RenamesTheCharsetOfATextWithoutAnEscape) {
   SizedBytes text = Sized("x iso-2022-jp y\0"sv);
   ASSERT_EQ(ConvertIso2022Jp(text, 0), StatusOk);
-  EXPECT_EQ(Bytes(text), "x UTF-8 y");
+  EXPECT_EQ(text.view(), "x UTF-8 y");
   EXPECT_EQ(text.data()[9], '\0');
 
   text = Sized("iso-2022-jp");
   ASSERT_EQ(ConvertIso2022Jp(text, 0), StatusOk);
-  EXPECT_EQ(Bytes(text), "UTF-8");
+  EXPECT_EQ(text.view(), "UTF-8");
   EXPECT_EQ(text.data()[5], '\0');
 }
 
@@ -240,15 +239,15 @@ TEST(ConvertIso2022Jp, LeavesTheTextAloneWithoutMemory) {
     const auto round = [&](test::FaultedWork& faulted) {
       SizedBytes sized = Sized(text);
       const char* const block = sized.data();
-      const int32_t status = faulted([&] { return ConvertIso2022Jp(sized, 0); });
+      const Status status = faulted([&] { return ConvertIso2022Jp(sized, 0); });
       if (!faulted.isReached()) {
         EXPECT_EQ(status, StatusOk);
-        EXPECT_EQ(Bytes(sized).substr(0, 16), "charset=UTF-8;\\\xA5");
+        EXPECT_EQ(sized.view().substr(0, 16), "charset=UTF-8;\\\xA5");
         return;
       }
       EXPECT_EQ(status, StatusOutOfMemory);
       EXPECT_EQ(sized.data(), block);
-      EXPECT_EQ(Bytes(sized), text);
+      EXPECT_EQ(sized.view(), text);
     };
     const uint64_t calls =
         test::SweepFaults(PlainKernelFaultMemory, round, test::FaultKinds::OneAndFrom);
@@ -262,10 +261,10 @@ TEST(ConvertIso2022Jp, LeavesTheTextAloneWhenTheBudgetIsRefused) {
   SizedBytes sized = Sized(text);
   PlainKernelSetMemoryBudget(1000000);
   EXPECT_EQ(ConvertIso2022Jp(sized, 0), StatusOutOfMemory);
-  EXPECT_TRUE(Bytes(sized) == text);
+  EXPECT_TRUE(sized.view() == text);
   PlainKernelSetMemoryBudget(UINT64_MAX);
   EXPECT_EQ(ConvertIso2022Jp(sized, 0), StatusOk);
-  EXPECT_EQ(Bytes(sized).substr(0, 7),
+  EXPECT_EQ(sized.view().substr(0, 7),
             "UTF-8\xA5"
             "a");
 }
@@ -275,7 +274,7 @@ TEST(AppendJisRoman, AppendsBehindTheOutput) {
   ASSERT_EQ(AppendJisRoman(output, "a~\\"), StatusOk);
   ASSERT_EQ(AppendJisRoman(output, ""), StatusOk);
   ASSERT_EQ(AppendJisRoman(output, "~"), StatusOk);
-  EXPECT_EQ(std::string_view(output.data(), output.length()), "a\xE2\x80\xBE\\\xE2\x80\xBE");
+  EXPECT_EQ(output.view(), "a\xE2\x80\xBE\\\xE2\x80\xBE");
 }
 
 TEST(AppendJisRoman, ReportsMissingMemory) {

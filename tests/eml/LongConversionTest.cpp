@@ -10,9 +10,9 @@
 
 #include "Tarnbase/PlainKernel.h"
 #include "eml/Charsets.h"
-#include "eml/SizedText.h"
 #include "support/FaultSweep.h"
 #include "support/PeakMemory.h"
+#include "support/Texts.h"
 
 namespace tarn::test {
 namespace {
@@ -24,22 +24,15 @@ struct Unit {
   std::string_view utf8;
 };
 
-std::string Repeated(std::string_view unit, uint64_t count) {
-  std::string text;
-  text.reserve(unit.size() * count);
-  for (uint64_t i = 0; i < count; ++i) text += unit;
-  return text;
-}
-
 // The unit often enough for three pieces and a rest, in `codePage`.
 void ExpectConverted(const Unit& unit, uint32_t codePage) {
   const uint64_t count = 7 * kLongText / 2 / unit.bytes.size();
-  SizedBytes text = Sized("head" + Repeated(unit.bytes, count));
-  bool converted = false;
-  ASSERT_EQ(ConvertInPieces(text, 4, codePage, converted), StatusOk);
-  EXPECT_TRUE(converted);
+  SizedBytes text = Sized("head" + Repeat(unit.bytes, count));
+  const Conversion conversion = ConvertInPieces(text, 4, codePage);
+  ASSERT_EQ(conversion.status, StatusOk);
+  EXPECT_TRUE(conversion.converted);
   // Not EXPECT_EQ: a difference would print megabytes.
-  EXPECT_TRUE(text.view() == "head" + Repeated(unit.utf8, count)) << unit.utf8;
+  EXPECT_TRUE(text.view() == "head" + Repeat(unit.utf8, count)) << unit.utf8;
   EXPECT_EQ(text.data()[text.length()], '\0');
 }
 
@@ -63,31 +56,29 @@ TEST(LongConversion, TextsThatShrink) {
 }
 
 TEST(LongConversion, DropsOneTrailingNul) {
-  SizedBytes text = Sized(Repeated("abc\xE9", kLongText) + "\0"s);
-  bool converted = false;
-  ASSERT_EQ(ConvertInPieces(text, 0, 1252, converted), StatusOk);
-  EXPECT_TRUE(text.view() == Repeated("abc\xC3\xA9", kLongText));
+  SizedBytes text = Sized(Repeat("abc\xE9", kLongText) + "\0"s);
+  ASSERT_EQ(ConvertInPieces(text, 0, 1252).status, StatusOk);
+  EXPECT_TRUE(text.view() == Repeat("abc\xC3\xA9", kLongText));
   EXPECT_EQ(text.data()[text.length()], '\0');
 }
 
 TEST(LongConversion, LeavesTextOfNoCodePage) {
-  const std::string source = Repeated("abc\xE9", kLongText);
+  const std::string source = Repeat("abc\xE9", kLongText);
   SizedBytes text = Sized(source);
-  bool converted = true;
-  EXPECT_EQ(ConvertInPieces(text, 0, 31337, converted), StatusOk);
-  EXPECT_FALSE(converted);
+  const Conversion conversion = ConvertInPieces(text, 0, 31337);
+  EXPECT_EQ(conversion.status, StatusOk);
+  EXPECT_FALSE(conversion.converted);
   EXPECT_TRUE(text.view() == source);
 }
 
 // Beside the two scratch blocks one call, which makes the text's block as long as it has to be.
 TEST(LongConversion, GetsRoomForTheNulAtOnce) {
-  const std::string source = Repeated("plain", kLongText);
+  const std::string source = Repeat("plain", kLongText);
   SizedBytes text = Sized(source);
   PlainKernelUsageRecord usage = {};
   PlainKernelUsage(&usage);
   const uint64_t before = usage.allocationCalls;
-  bool converted = false;
-  ASSERT_EQ(ConvertInPieces(text, 0, 1252, converted), StatusOk);
+  ASSERT_EQ(ConvertInPieces(text, 0, 1252).status, StatusOk);
   PlainKernelUsage(&usage);
   EXPECT_EQ(usage.allocationCalls - before, 3u);
   EXPECT_TRUE(text.view() == source);
@@ -95,11 +86,10 @@ TEST(LongConversion, GetsRoomForTheNulAtOnce) {
 
 // Its two scratch blocks, and the text's own.
 TEST(LongConversion, LeavesTheTextAloneWithoutMemory) {
-  const std::string source = Repeated("abc\xE9", kLongText);
+  const std::string source = Repeat("abc\xE9", kLongText);
   const auto round = [&](FaultedWork& faulted) {
     SizedBytes text = Sized(source);
-    bool converted = false;
-    const int32_t status = faulted([&] { return ConvertInPieces(text, 0, 1252, converted); });
+    const Status status = faulted([&] { return ConvertInPieces(text, 0, 1252).status; });
     EXPECT_EQ(status, faulted.isReached() ? StatusOutOfMemory : StatusOk);
     EXPECT_EQ(text.view() == source, faulted.isReached());
   };
@@ -108,14 +98,13 @@ TEST(LongConversion, LeavesTheTextAloneWithoutMemory) {
 
 // Six pieces, each converted twice: once for its length, once for the text.
 TEST(LongConversion, CutsTheTextWhenUtf8CannotBeMade) {
-  const std::string source = Repeated("abcd\xE9", kLongText);
+  const std::string source = Repeat("abcd\xE9", kLongText);
   const auto round = [&](FaultedWork& faulted) {
     SizedBytes text = Sized("head" + source);
-    bool converted = false;
-    const int32_t status = faulted([&] { return ConvertInPieces(text, 4, 1252, converted); });
+    const Status status = faulted([&] { return ConvertInPieces(text, 4, 1252).status; });
     EXPECT_EQ(status, faulted.isReached() ? StatusPathToUtf8Failed : StatusOk);
     if (!faulted.isReached()) return;
-    EXPECT_EQ(Bytes(text), "head");
+    EXPECT_EQ(text.view(), "head");
     EXPECT_EQ(text.data()[4], '\0');
   };
   EXPECT_EQ(SweepFaults(PlainKernelFaultText, round), 12u);
@@ -134,7 +123,7 @@ TEST(LongConversion, NotForCodePagesThatRememberWhatWasBefore) {
 }
 
 TEST(LongConversion, TakesLittleBesideTheText) {
-  SizedBytes text = Sized(Repeated("0123456789", 2 * kLongText));
+  SizedBytes text = Sized(Repeat("0123456789", 2 * kLongText));
   CharsetRef charset = {CharsetLatin1, 0};
   EXPECT_LT(PeakOf([&] { EXPECT_EQ(ConvertBodyToUtf8(&text, &charset, true), StatusOk); }),
             14 * kLongText);

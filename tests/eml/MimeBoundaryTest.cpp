@@ -13,32 +13,30 @@ namespace {
 using namespace std::string_view_literals;
 
 struct Boundary {
-  int32_t status = 0;
+  Status status;
   std::string delimiter;
-  ptrdiff_t cursor = -1;  // offset in the text
+  size_t cursor = std::string_view::npos;
 
   explicit Boundary(std::string_view text) {
     TrackedBuffer<char> buffer;
-    const char* at = nullptr;
-    status = FindMimeBoundary(text.data(), text.data() + text.size(), buffer, &at);
-    if (status != 1) return;
-    delimiter.assign(buffer.data(), buffer.length());
+    status = FindMimeBoundary(text, buffer, &cursor);
+    if (!status.ok()) return;
+    delimiter = buffer.view();
     EXPECT_EQ(buffer.data()[buffer.length()], '\0');
-    cursor = at - text.data();
   }
 };
 
 TEST(MimeBoundary, QuotedValueInACrLfHeader) {
   const Boundary found("Content-Type: m/x; boundary=\"b c\"\r\nX: y\r\n\r\nbody");
-  EXPECT_EQ(found.status, 1);
+  EXPECT_EQ(found.status, StatusOk);
   EXPECT_EQ(found.delimiter, "\r\n--b c");
-  EXPECT_EQ(found.cursor, 35);  // "X: y"
+  EXPECT_EQ(found.cursor, 35u);  // "X: y"
 }
 
 TEST(MimeBoundary, HeaderWithLfGivesADelimiterWithoutCr) {
   const Boundary found("Content-Type: m/x; boundary=\"b\"\nX: y\n\nbody");
   EXPECT_EQ(found.delimiter, "\n--b");
-  EXPECT_EQ(found.cursor, 32);  // "X: y"
+  EXPECT_EQ(found.cursor, 32u);  // "X: y"
 }
 
 TEST(MimeBoundary, UnquotedValueRunsToTheLineEnd) {
@@ -67,11 +65,11 @@ TEST(MimeBoundary, FirstKeyCounts) {
 }
 
 TEST(MimeBoundary, KeyBehindTheHeaderIsNone) {
-  EXPECT_EQ(Boundary("A: b\r\n\r\nboundary=x\r\n").status, 2);
-  EXPECT_EQ(Boundary("A: b\n\nboundary=x\n").status, 2);
+  EXPECT_EQ(Boundary("A: b\r\n\r\nboundary=x\r\n").status, StatusDone);
+  EXPECT_EQ(Boundary("A: b\n\nboundary=x\n").status, StatusDone);
   // Without an empty line the header ends at the first CR LF.
-  EXPECT_EQ(Boundary("A: b\r\nboundary=x\r\n").status, 2);
-  EXPECT_EQ(Boundary("").status, 2);
+  EXPECT_EQ(Boundary("A: b\r\nboundary=x\r\n").status, StatusDone);
+  EXPECT_EQ(Boundary("").status, StatusDone);
 }
 
 TEST(MimeBoundary, CrAnywhereBehindTheValueGivesTheDelimiterItsCr) {
@@ -81,44 +79,44 @@ TEST(MimeBoundary, CrAnywhereBehindTheValueGivesTheDelimiterItsCr) {
 
 TEST(MimeBoundary, FoldedLinesBehindTheValueArePassed) {
   const Boundary blank("x: boundary=a\r\n y=z\r\n\tq\r\nNext: 1\r\n\r\n");
-  EXPECT_EQ(blank.cursor, 25);  // "Next"
+  EXPECT_EQ(blank.cursor, 25u);  // "Next"
 }
 
 TEST(MimeBoundary, LfLinesAreTestedAtTheirSecondByte) {
   // The byte two places behind a line end: the second one of the line behind an LF.
   const Boundary second("x: boundary=a\nb c\nd:e\n\n");
   EXPECT_EQ(second.delimiter, "\n--a");
-  EXPECT_EQ(second.cursor, 18);  // "d:e": "b c" counted as folded
+  EXPECT_EQ(second.cursor, 18u);  // "d:e": "b c" counted as folded
   const Boundary first("x: boundary=a\n b=c\nd:e\n\n");
-  EXPECT_EQ(first.cursor, 14);  // " b=c": its second byte is no blank
+  EXPECT_EQ(first.cursor, 14u);  // " b=c": its second byte is no blank
 }
 
 TEST(MimeBoundary, WithoutALineEndTheCursorIsBehindTheHeader) {
-  EXPECT_EQ(Boundary("x: boundary=a").cursor, 14);
+  EXPECT_EQ(Boundary("x: boundary=a").cursor, 14u);
   // A CR inside the value is not behind it.
   const Boundary inside("x: boundary=\"a\rb\" q");
   EXPECT_EQ(inside.delimiter, "\n--a\rb");
-  EXPECT_EQ(inside.cursor, 20);
+  EXPECT_EQ(inside.cursor, 20u);
 }
 
 TEST(MimeBoundary, NullCursorIsRefused) {
   TrackedBuffer<char> buffer;
   const std::string_view text = "x: boundary=a";
-  EXPECT_EQ(FindMimeBoundary(text.data(), text.data() + text.size(), buffer, nullptr), -814);
+  EXPECT_EQ(FindMimeBoundary(text, buffer, nullptr), StatusNullArgument);
 }
 
 TEST(MimeBoundary, WithoutMemoryItFails) {
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
-  EXPECT_EQ(Boundary("x: boundary=a\r\n\r\n").status, -1);
+  EXPECT_EQ(Boundary("x: boundary=a\r\n\r\n").status, StatusOutOfMemory);
 }
 
 TEST(MimeBoundary, BufferIsUsedAgain) {
   TrackedBuffer<char> buffer;
-  const char* cursor = nullptr;
+  size_t cursor = 0;
   for (const std::string_view text : {"boundary=abcdef"sv, "boundary=g"sv}) {
-    ASSERT_EQ(FindMimeBoundary(text.data(), text.data() + text.size(), buffer, &cursor), 1);
+    ASSERT_EQ(FindMimeBoundary(text, buffer, &cursor), StatusOk);
   }
-  EXPECT_EQ(std::string(buffer.data(), buffer.length()), "\n--g");
+  EXPECT_EQ(buffer.view(), "\n--g");
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -17,6 +16,10 @@ namespace {
 using namespace std::string_view_literals;
 using test::AttachmentRecorder;
 
+static_assert(ContentHtml == 0 && ContentPlain == 1 && ContentXml == 2 && ContentOfficeTheme == 3);
+static_assert(ContentJavascript == 4 && ContentSvg == 5 && ContentPng == 6 && ContentGif == 7);
+static_assert(ContentJpeg == 8 && ContentWmf == 9 && ContentCss == 10 && ContentPdf == 11);
+static_assert(ContentOther == 12);
 static_assert(DispositionNone == 0 && DispositionAttachment == 1);
 static_assert(DispositionInline == 2 && DispositionOther == 3);
 
@@ -24,25 +27,28 @@ static_assert(DispositionInline == 2 && DispositionOther == 3);
 struct Parsed {
   EmlMessage message;
   EmlPart part;
-  const char* cursor = nullptr;
-  int32_t status = 0;
-  bool isDecoded = false;  // by ParseMimePart itself
+  size_t cursor = 0;
+  Status status;
 
   explicit Parsed(std::string_view text, const AttachmentRequest* request = nullptr,
                   test::FaultedWork* faulted = nullptr) {
-    message.data = static_cast<char*>(KernelAlloc(text.size() + 1, 1, TARN_HERE));
-    if (!text.empty()) std::memcpy(message.data, text.data(), text.size());
-    message.end = message.data + text.size();
-    part.start = message.data;
+    message.data = test::Sized(text);
     status = test::RunFaulted(faulted, [&] {
-      const int32_t parsed = ParseMimePart(part, message, &cursor, message.end, request);
-      isDecoded = static_cast<bool>(part.decoded);
-      return parsed == StatusOk ? EnsureDecoded(part) : parsed;
+      const Status parsed = ParseMimePart(part, message, cursor, text.size(), request);
+      return parsed.ok() ? EnsureDecoded(part) : parsed;
     });
   }
 
+  // Reads these bytes, too, which come after the file's, into the same record.
+  Status parseNext(std::string_view next) {
+    part.start = message.file().size();
+    message.data = test::Sized(std::string(message.file()).append(next));
+    part.name.release();
+    return ParseMimePart(part, message, cursor, message.file().size(), nullptr);
+  }
+
   std::string raw() const { return std::string(part.raw); }
-  std::string decoded() const { return {part.decoded.get(), part.decodedLength}; }
+  std::string decoded() const { return std::string(part.decoded.view()); }
   std::string id() const {
     return part.contentId.length() == 0 ? "" : std::string(part.contentId.data());
   }
@@ -51,17 +57,17 @@ struct Parsed {
 TEST(MimePart, PartWithCrLfHeaders) {
   const Parsed parsed(
       "\r\nContent-Type: text/html\r\nContent-Transfer-Encoding: base64\r\n\r\nPGI+\r\n");
-  EXPECT_EQ(parsed.status, 1);
+  EXPECT_EQ(parsed.status, StatusOk);
   EXPECT_EQ(parsed.part.contentClass, ContentHtml);
   EXPECT_EQ(parsed.part.encoding, TransferBase64);
   EXPECT_EQ(parsed.raw(), "PGI+\r\n");
   EXPECT_EQ(parsed.decoded(), "<b>");
-  EXPECT_EQ(parsed.part.parsed, 1u);
+  EXPECT_TRUE(parsed.part.parsed);
   EXPECT_EQ(parsed.part.disposition, DispositionNone);
-  EXPECT_EQ(parsed.part.locationLine, nullptr);
-  EXPECT_FALSE(parsed.part.name);
+  EXPECT_EQ(parsed.part.locationLine.data(), nullptr);
+  EXPECT_FALSE(parsed.part.name.hasBlock());
   EXPECT_EQ(parsed.id(), "");
-  EXPECT_EQ(parsed.cursor, parsed.message.end);
+  EXPECT_EQ(parsed.cursor, parsed.message.file().size());
 }
 
 TEST(MimePart, PartWithLfHeaders) {
@@ -79,10 +85,10 @@ TEST(MimePart, FirstByteIsSteppedOverWhateverItIs) {
 TEST(MimePart, EmptyPartHasAnEmptyContent) {
   for (const std::string_view text : {""sv, "\n"sv, "\r"sv, "\r\n"sv}) {
     const Parsed parsed(text);
-    EXPECT_EQ(parsed.status, 1);
+    EXPECT_EQ(parsed.status, StatusOk);
     EXPECT_EQ(parsed.decoded(), "");
     EXPECT_EQ(parsed.part.contentClass, ContentOther);
-    EXPECT_EQ(parsed.cursor, parsed.message.end);
+    EXPECT_EQ(parsed.cursor, parsed.message.file().size());
   }
 }
 
@@ -94,7 +100,7 @@ TEST(MimePart, WithoutAnEmptyLineTheHeaderEndsAtTheFirstCrLf) {
 TEST(MimePart, WithoutContentTypeTheClassIsOtherAndNoNameIsLookedFor) {
   const Parsed parsed("\nX: name=a\n\nabc");
   EXPECT_EQ(parsed.part.contentClass, ContentOther);
-  EXPECT_FALSE(parsed.part.name);
+  EXPECT_FALSE(parsed.part.name.hasBlock());
   EXPECT_EQ(parsed.decoded(), "abc");
 }
 
@@ -110,28 +116,28 @@ TEST(MimePart, BlanksButNoTabsInFrontOfTheTypeAreSkipped) {
 }
 
 TEST(MimePart, NameComesFromTheContentTypeOrAHeaderBehindIt) {
-  EXPECT_STREQ(Parsed("\nContent-Type: image/png; name=\"a.png\"\n\n").part.name.get(), "a.png");
-  EXPECT_STREQ(Parsed("\nContent-Type: image/png\nX: name=b.png\n\n").part.name.get(), "b.png");
-  EXPECT_FALSE(Parsed("\nX: name=b.png\nContent-Type: image/png\n\n").part.name);
-  EXPECT_FALSE(Parsed("\nContent-Type: image/png; filename=b.png\n\n").part.name);
-  EXPECT_STREQ(Parsed("\nContent-Type: x; name==?utf-8?Q?a=2Eb?=\n\n").part.name.get(), "a.b");
-  EXPECT_STREQ(Parsed("\nContent-Type: x; name=\"\"\n\n").part.name.get(), "");
+  EXPECT_STREQ(Parsed("\nContent-Type: image/png; name=\"a.png\"\n\n").part.name.data(), "a.png");
+  EXPECT_STREQ(Parsed("\nContent-Type: image/png\nX: name=b.png\n\n").part.name.data(), "b.png");
+  EXPECT_FALSE(Parsed("\nX: name=b.png\nContent-Type: image/png\n\n").part.name.hasBlock());
+  EXPECT_FALSE(Parsed("\nContent-Type: image/png; filename=b.png\n\n").part.name.hasBlock());
+  EXPECT_STREQ(Parsed("\nContent-Type: x; name==?utf-8?Q?a=2Eb?=\n\n").part.name.data(), "a.b");
+  EXPECT_STREQ(Parsed("\nContent-Type: x; name=\"\"\n\n").part.name.data(), "");
 }
 
 TEST(MimePart, LastSegmentOfContentLocationIsTheName) {
   const Parsed parsed("\nContent-Type: image/png; name=x\nContent-Location: http://a/b/c.png\n\n");
-  EXPECT_STREQ(parsed.part.name.get(), "c.png");
-  EXPECT_EQ(std::string(parsed.part.locationLine, 17), "Content-Location:");
-  EXPECT_STREQ(Parsed("\nContent-Location: c.png\r\nX: y/z\n\n").part.name.get(), "c.png");
-  EXPECT_STREQ(Parsed("\nContent-Location: /c\n\n").part.name.get(), "c");
-  EXPECT_STREQ(Parsed("\nContent-Location: a/\n\n").part.name.get(), "");
+  EXPECT_STREQ(parsed.part.name.data(), "c.png");
+  EXPECT_EQ(parsed.part.locationLine, "Content-Location: http://a/b/c.png\n\n");
+  EXPECT_STREQ(Parsed("\nContent-Location: c.png\r\nX: y/z\n\n").part.name.data(), "c.png");
+  EXPECT_STREQ(Parsed("\nContent-Location: /c\n\n").part.name.data(), "c");
+  EXPECT_STREQ(Parsed("\nContent-Location: a/\n\n").part.name.data(), "");
 }
 
 TEST(MimePart, ContentLocationValueLiesAtAFixedPlace) {
-  EXPECT_STREQ(Parsed("\nContent-Location:abc\n\n").part.name.get(), "bc");
-  EXPECT_STREQ(Parsed("\nContent-Location:  abc\n\n").part.name.get(), " abc");
+  EXPECT_STREQ(Parsed("\nContent-Location:abc\n\n").part.name.data(), "bc");
+  EXPECT_STREQ(Parsed("\nContent-Location:  abc\n\n").part.name.data(), " abc");
   // Behind the header: empty, and an empty name is a name.
-  EXPECT_STREQ(Parsed("\nContent-Type: x; name=n\nContent-Location:").part.name.get(), "");
+  EXPECT_STREQ(Parsed("\nContent-Type: x; name=n\nContent-Location:").part.name.data(), "");
 }
 
 TEST(MimePart, TransferEncodings) {
@@ -175,34 +181,26 @@ TEST(MimePart, RecordIsClearedForTheNextPart) {
   Parsed parsed(
       "\nContent-Type: text/html; charset=us-ascii\nContent-ID: <a>\n"
       "Content-Disposition: inline\nContent-Location: b\n\nc");
-  const std::string_view next = "\n\nd";
-  parsed.part.start = next.data();
-  parsed.part.name.reset();
-  const char* cursor = nullptr;
-  EXPECT_EQ(ParseMimePart(parsed.part, parsed.message, &cursor, next.data() + next.size(), nullptr),
-            1);
+  EXPECT_EQ(parsed.parseNext("\n\nd"), StatusOk);
   EXPECT_EQ(parsed.part.contentClass, ContentOther);
   EXPECT_EQ(parsed.part.disposition, DispositionNone);
   EXPECT_EQ(parsed.part.charset.kind, CharsetNone);
-  EXPECT_EQ(parsed.part.locationLine, nullptr);
+  EXPECT_EQ(parsed.part.locationLine.data(), nullptr);
   EXPECT_EQ(parsed.part.encoding, TransferRaw);
   EXPECT_EQ(parsed.id(), "");
 }
 
 TEST(MimePart, RecordWhoseNextPartFailsIsNotParsed) {
   Parsed parsed("\nContent-Type: text/html\n\nc");
-  EXPECT_EQ(parsed.part.parsed, 1u);
-  const std::string_view next = "\nContent-Location: b\n\nd";
-  parsed.part.start = next.data();
-  const char* cursor = nullptr;
-  PlainKernelFailAt(PlainKernelFaultMemory, 1);  // the name
-  EXPECT_EQ(ParseMimePart(parsed.part, parsed.message, &cursor, next.data() + next.size(), nullptr),
-            -1);
+  EXPECT_TRUE(parsed.part.parsed);
+  const size_t cursor = parsed.cursor;
+  PlainKernelFailAt(PlainKernelFaultMemory, 2);  // after the file the name
+  EXPECT_EQ(parsed.parseNext("\nContent-Location: b\n\nd"), StatusOutOfMemory);
   PlainKernelFailAt(PlainKernelFaultMemory, 0);
-  EXPECT_EQ(parsed.part.parsed, 0u);
-  EXPECT_FALSE(parsed.part.name);
-  EXPECT_FALSE(parsed.part.decoded);
-  EXPECT_EQ(cursor, nullptr);
+  EXPECT_FALSE(parsed.part.parsed);
+  EXPECT_FALSE(parsed.part.name.hasBlock());
+  EXPECT_FALSE(parsed.part.decoded.hasBlock());
+  EXPECT_EQ(parsed.cursor, cursor);
 }
 
 TEST(MimePart, DispositionIsAPrefixInAnyCase) {
@@ -219,7 +217,7 @@ TEST(MimePart, DispositionValueRunsOverFoldedLines) {
   const Parsed parsed(
       "\r\nContent-Disposition: attachment;\r\n size=1;\r\n\tfilename=a.txt\r\nX: y\r\n\r\nabc",
       &recorder.request);
-  EXPECT_EQ(parsed.status, 1);
+  EXPECT_EQ(parsed.status, StatusOk);
   ASSERT_EQ(recorder.attachments.size(), 1u);
   EXPECT_EQ(recorder.attachments[0].name, u"a.txt");
 }
@@ -243,19 +241,19 @@ TEST(MimePart, ReportedBytesAreDecodedButNotConverted) {
 }
 
 TEST(MimePart, ResultOfTheReportEndsThePart) {
-  for (const int32_t result : {2, 0, -7}) {
+  for (const int32_t result : {StatusDone, StatusFailed, StatusReadFailed}) {
     AttachmentRecorder recorder;
     recorder.results = {result};
     const Parsed parsed("\nContent-Type: x; name=n\nContent-Disposition: inline\n\nabc",
                         &recorder.request);
-    EXPECT_EQ(parsed.status, result);
-    EXPECT_FALSE(parsed.part.name);
+    EXPECT_EQ(parsed.status.code(), result);
+    EXPECT_FALSE(parsed.part.name.hasBlock());
     EXPECT_EQ(parsed.part.raw.data(), nullptr);
   }
 }
 
 TEST(MimePart, EmptyBase64Fails) {
-  EXPECT_EQ(Parsed("\nContent-Transfer-Encoding: base64\n\n").status, -1);
+  EXPECT_EQ(Parsed("\nContent-Transfer-Encoding: base64\n\n").status, StatusOutOfMemory);
 }
 
 TEST(MimePart, ReportReplacesTheFailureOfEmptyBase64) {
@@ -263,9 +261,9 @@ TEST(MimePart, ReportReplacesTheFailureOfEmptyBase64) {
   const Parsed parsed(
       "\nContent-Transfer-Encoding: base64\nContent-Disposition: attachment; filename=a\n\n",
       &recorder.request);
-  EXPECT_EQ(parsed.status, 1);
-  ASSERT_TRUE(parsed.part.decoded);
-  EXPECT_EQ(parsed.part.decodedLength, 0u);
+  EXPECT_EQ(parsed.status, StatusOk);
+  ASSERT_TRUE(parsed.part.decoded.hasBlock());
+  EXPECT_EQ(parsed.part.decoded.length(), 0u);
   ASSERT_EQ(recorder.attachments.size(), 1u);
   EXPECT_EQ(recorder.attachments[0].bytes, "");
   // A disposition that is not reported replaces it as well.
@@ -275,27 +273,59 @@ TEST(MimePart, ReportReplacesTheFailureOfEmptyBase64) {
 
 TEST(MimePart, Base64WithoutItsAlphabetIsEmptyAndNoFailure) {
   const Parsed parsed("\nContent-Transfer-Encoding: base64\n\n\r\n..\r\n");
-  EXPECT_EQ(parsed.status, 1);
-  EXPECT_EQ(parsed.part.decodedLength, 0u);
+  EXPECT_EQ(parsed.status, StatusOk);
+  EXPECT_EQ(parsed.part.decoded.length(), 0u);
 }
 
-TEST(MimePart, EveryFailedAllocationGivesMinusOneAndFreesThePart) {
+TEST(MimePart, EveryFailedAllocationFailsAndFreesThePart) {
   const std::string_view text =
       "\nContent-Type: text/html; name=n; charset=iso-8859-1\nContent-ID: <a>\n"
       "Content-Transfer-Encoding: base64\nContent-Disposition: attachment\n\n5A==";
   const auto round = [&](test::FaultedWork& faulted) {
     const Parsed parsed(text, nullptr, &faulted);
-    EXPECT_EQ(parsed.status, faulted.isReached() ? -1 : 1);
+    EXPECT_EQ(parsed.status, faulted.isReached() ? StatusOutOfMemory : StatusOk);
     if (!faulted.isReached()) return;
-    EXPECT_FALSE(parsed.part.name);
+    EXPECT_FALSE(parsed.part.name.hasBlock());
     EXPECT_EQ(parsed.part.raw.data(), nullptr);
-    EXPECT_FALSE(parsed.part.decoded);
-    EXPECT_EQ(parsed.part.decodedLength, 0u);
+    EXPECT_FALSE(parsed.part.decoded.hasBlock());
+    EXPECT_EQ(parsed.part.decoded.length(), 0u);
   };
   const uint64_t calls =
       test::SweepFaults(PlainKernelFaultMemory, round, test::FaultKinds::OneAndFrom);
   EXPECT_GT(calls, 3u);
   EXPECT_LT(calls, 48u);
+}
+
+TEST(ClassifyContent, EachTypeHasItsClass) {
+  EXPECT_EQ(ClassifyContent("text/html"), 0u);
+  EXPECT_EQ(ClassifyContent("text/plain"), 1u);
+  EXPECT_EQ(ClassifyContent("text/xml"), 2u);
+  EXPECT_EQ(ClassifyContent("application/vnd.ms-officetheme"), 3u);
+  EXPECT_EQ(ClassifyContent("application/javascript"), 4u);
+  EXPECT_EQ(ClassifyContent("image/svg"), 5u);
+  EXPECT_EQ(ClassifyContent("image/png"), 6u);
+  EXPECT_EQ(ClassifyContent("image/gif"), 7u);
+  EXPECT_EQ(ClassifyContent("image/jpeg"), 8u);
+  EXPECT_EQ(ClassifyContent("image/x-wmf"), 9u);
+  EXPECT_EQ(ClassifyContent("text/css"), 10u);
+  EXPECT_EQ(ClassifyContent("application/pdf"), 11u);
+}
+
+TEST(ClassifyContent, EveryOtherValueIsOther) {
+  EXPECT_EQ(ClassifyContent("application/octet-stream"), 12u);
+  EXPECT_EQ(ClassifyContent("image/jpg"), 12u);
+  EXPECT_EQ(ClassifyContent("message/rfc822"), 12u);
+  EXPECT_EQ(ClassifyContent("multipart/mixed"), 12u);
+  EXPECT_EQ(ClassifyContent(" text/html"), 12u);
+  EXPECT_EQ(ClassifyContent("text/htm"), 12u);
+  EXPECT_EQ(ClassifyContent(""), 12u);
+}
+
+TEST(ClassifyContent, TypeIsAPrefixInAnyCase) {
+  EXPECT_EQ(ClassifyContent("TEXT/Html; charset=x"), ContentHtml);
+  EXPECT_EQ(ClassifyContent("text/plainest"), ContentPlain);
+  EXPECT_EQ(ClassifyContent("image/svg+xml"), ContentSvg);
+  EXPECT_EQ(ClassifyContent("IMAGE/PNG\r\n"), ContentPng);
 }
 
 }  // namespace

@@ -17,7 +17,7 @@ using test::MakeText;
 CharsetRef Parse(std::string_view value) {
   EmlPart part;
   part.charset = {CharsetWindows, 1251};
-  ParsePartCharset(part, value.data(), value.data() + value.size(), value.data() + value.size());
+  ParsePartCharset(part, {value, value.size()});
   return part.charset;
 }
 
@@ -40,17 +40,16 @@ TEST(PartCharset, OtherHeaderLinesDoNotCount) {
 struct Conversion {
   EmlMessage message;
   EmlPart part;
-  int32_t status = 0;
+  Status status;
 
   Conversion(std::string_view text, CharsetRef charset) {
     message.from = MakeText("J\xF6rg");
-    SizedBytes decoded = MakeText(text);
-    part.decodedLength = text.size();
-    part.decoded = decoded.take();
+    part.decoded = MakeText(text);
+    part.decoded.truncate(text.size());
     part.charset = charset;
   }
   void run() { status = ConvertPartCharset(part, message); }
-  std::string text() const { return {part.decoded.get(), part.decodedLength}; }
+  std::string_view text() const { return part.decoded.view(); }
 };
 
 constexpr CharsetRef kLatin1 = {CharsetLatin1, 0};
@@ -59,8 +58,8 @@ TEST(CharsetDecision, CharsetsWithoutConversionLeaveAllAsItIs) {
   for (const CharsetKind kind : {CharsetNone, CharsetUtf8, CharsetAscii}) {
     Conversion conversion("\xE4", {kind, 0});
     conversion.run();
-    EXPECT_EQ(conversion.status, 1);
-    EXPECT_EQ(conversion.message.convertToUtf8, 0u);
+    EXPECT_EQ(conversion.status, StatusOk);
+    EXPECT_FALSE(conversion.message.convertToUtf8);
     EXPECT_EQ(conversion.text(), "\xE4");
     EXPECT_EQ(conversion.message.from.text(), "J\xF6rg");
   }
@@ -71,8 +70,8 @@ TEST(CharsetDecision, TextWithoutTheMetaIsConvertedAndFieldsAreRepaired) {
   conversion.message.subject = MakeText("\xC3\xA4");
   conversion.message.importance = MakeText("\xE4");
   conversion.run();
-  EXPECT_EQ(conversion.status, 1);
-  EXPECT_EQ(conversion.message.convertToUtf8, 1u);
+  EXPECT_EQ(conversion.status, StatusOk);
+  EXPECT_TRUE(conversion.message.convertToUtf8);
   EXPECT_EQ(conversion.text(), "\xC3\xA4");
   EXPECT_EQ(conversion.message.from.text(), "J\xC3\xB6rg");
   // What is UTF-8 stays, and the importance is not among the fields.
@@ -106,7 +105,7 @@ constexpr std::string_view kMeta =
 TEST(CharsetDecision, MetaThatAgreesKeepsTheCharset) {
   Conversion conversion(kMeta, kLatin1);
   conversion.run();
-  EXPECT_EQ(conversion.message.convertToUtf8, 0u);
+  EXPECT_FALSE(conversion.message.convertToUtf8);
   EXPECT_EQ(conversion.text(), kMeta);
   EXPECT_EQ(conversion.message.from.text(), "J\xF6rg");
 }
@@ -114,7 +113,7 @@ TEST(CharsetDecision, MetaThatAgreesKeepsTheCharset) {
 TEST(CharsetDecision, MetaOfAnotherKindConverts) {
   Conversion conversion(kMeta, {CharsetWindows, 1252});
   conversion.run();
-  EXPECT_EQ(conversion.message.convertToUtf8, 1u);
+  EXPECT_TRUE(conversion.message.convertToUtf8);
 }
 
 TEST(CharsetDecision, CodePagesOfWindowsMustAgree) {
@@ -122,17 +121,17 @@ TEST(CharsetDecision, CodePagesOfWindowsMustAgree) {
       "<meta http-equiv=Content-Type content=\"text/html; charset=windows-1251\">";
   Conversion same(kText, {CharsetWindows, 1251});
   same.run();
-  EXPECT_EQ(same.message.convertToUtf8, 0u);
+  EXPECT_FALSE(same.message.convertToUtf8);
   Conversion other(kText, {CharsetWindows, 1252});
   other.run();
-  EXPECT_EQ(other.message.convertToUtf8, 1u);
+  EXPECT_TRUE(other.message.convertToUtf8);
 }
 
 TEST(CharsetDecision, MetaWithQuotesAroundContentTypeDoesNotCount) {
   Conversion conversion(
       "<meta http-equiv=\"Content-Type\" content=\"text/html; charset=iso-8859-1\">\xE4", kLatin1);
   conversion.run();
-  EXPECT_EQ(conversion.message.convertToUtf8, 1u);
+  EXPECT_TRUE(conversion.message.convertToUtf8);
   EXPECT_EQ(conversion.text(),
             "<meta http-equiv=\"Content-Type\" content=\"text/html; charset=UTF-8\">\xC3\xA4");
 }
@@ -140,21 +139,21 @@ TEST(CharsetDecision, MetaWithQuotesAroundContentTypeDoesNotCount) {
 TEST(CharsetDecision, MetaAtTheVeryEndHasNoValue) {
   Conversion conversion("<meta http-equiv=Content-Type content=\"text/html; charset=", kLatin1);
   conversion.run();
-  EXPECT_EQ(conversion.message.convertToUtf8, 1u);
+  EXPECT_TRUE(conversion.message.convertToUtf8);
 }
 
 TEST(CharsetDecision, OtherBodyKindConvertsWithoutLooking) {
   Conversion conversion(kMeta, kLatin1);
   conversion.message.documentKind = DocumentText;
   conversion.run();
-  EXPECT_EQ(conversion.message.convertToUtf8, 1u);
+  EXPECT_TRUE(conversion.message.convertToUtf8);
   EXPECT_EQ(conversion.text(),
             "<META http-equiv=Content-Type content=\"text/html; charset=UTF-8\">\xC3\xA4");
 }
 
 TEST(CharsetDecision, OnceMadeItHoldsAndRepairsNothing) {
   Conversion conversion(kMeta, kLatin1);
-  conversion.message.convertToUtf8 = 1;
+  conversion.message.convertToUtf8 = true;
   conversion.run();
   EXPECT_EQ(conversion.text(),
             "<META http-equiv=Content-Type content=\"text/html; charset=UTF-8\">\xC3\xA4");
@@ -164,7 +163,7 @@ TEST(CharsetDecision, OnceMadeItHoldsAndRepairsNothing) {
 TEST(CharsetDecision, UnknownCharsetDecidesToo) {
   Conversion conversion("\xE4", {CharsetOther, 0});
   conversion.run();
-  EXPECT_EQ(conversion.message.convertToUtf8, 1u);
+  EXPECT_TRUE(conversion.message.convertToUtf8);
   EXPECT_EQ(conversion.text(), "\xE4");
   EXPECT_EQ(conversion.message.from.text(), "J\xF6rg");
 }
@@ -174,17 +173,17 @@ TEST(CharsetDecision, Iso2022JpIsConvertedWithoutTheDecisionToo) {
       "<meta http-equiv=Content-Type content=\"text/html; charset=iso-2022-jp\">\x1B$B$\"\x1B(B",
       {CharsetIso2022Jp, 0});
   conversion.run();
-  EXPECT_EQ(conversion.message.convertToUtf8, 0u);
+  EXPECT_FALSE(conversion.message.convertToUtf8);
   EXPECT_EQ(conversion.text(),
             "<meta http-equiv=Content-Type content=\"text/html; charset=UTF-8\">\xE3\x81\x82");
 }
 
 TEST(CharsetDecision, FailedConversionIsTheResult) {
   Conversion conversion("\xE4", kLatin1);
-  conversion.message.convertToUtf8 = 1;
+  conversion.message.convertToUtf8 = true;
   PlainKernelFailAt(PlainKernelFaultText, 1);
   conversion.run();
-  EXPECT_EQ(conversion.status, -1851);
+  EXPECT_EQ(conversion.status, StatusPathToUtf8Failed);
 }
 
 }  // namespace

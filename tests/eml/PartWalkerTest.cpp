@@ -36,9 +36,9 @@ ReadMail ReadParts(const std::vector<EmlEntity>& parts, std::string_view lineEnd
 TEST(BodyChoice, SecondOfTwoHtmlPartsIsShown) {
   for (const std::string_view lineEnd : {kCrLf, kLf}) {
     const ReadMail read = ReadParts({Html("one"), Html("two")}, lineEnd);
-    EXPECT_EQ(read.status, 1);
+    EXPECT_EQ(read.status, StatusOk);
     EXPECT_EQ(read.body(), "two\0"sv);
-    EXPECT_EQ(read.message.documentKind, 0u);
+    EXPECT_EQ(read.message.documentKind, DocumentHtml);
   }
 }
 
@@ -46,7 +46,7 @@ TEST(BodyChoice, HtmlWinsOverPlainInEitherOrder) {
   EXPECT_EQ(ReadParts({Plain("p"), Html("h")}).body(), "h\0"sv);
   const ReadMail read = ReadParts({Html("h"), Plain("p")});
   EXPECT_EQ(read.body(), "h\0"sv);
-  EXPECT_EQ(read.message.documentKind, 0u);
+  EXPECT_EQ(read.message.documentKind, DocumentHtml);
 }
 
 // The plain part is not shown, but its charset decides: the fields become UTF-8, and the HTML,
@@ -59,26 +59,26 @@ TEST(BodyChoice, PlainPartAfterHtmlStillDecidesOnTheCharset) {
   const EmlBuilder mail = EmlBuilder::Usual().field("Subject", "\xE4");
   const ReadMail alone(EmlBuilder(mail).body(body).build());
   EXPECT_EQ(alone.message.subject.text(), "\xE4");
-  EXPECT_EQ(alone.message.convertToUtf8, 0u);
+  EXPECT_FALSE(alone.message.convertToUtf8);
   body.part(EmlEntity::Leaf("text/plain; charset=iso-8859-1", "\xE4"));
   const ReadMail both(EmlBuilder(mail).body(body).build());
   EXPECT_EQ(both.body(), std::string(page) + '\0');
-  EXPECT_EQ(both.message.documentKind, 0u);
+  EXPECT_EQ(both.message.documentKind, DocumentHtml);
   EXPECT_EQ(both.message.subject.text(), "\xC3\xA4");
-  EXPECT_EQ(both.message.convertToUtf8, 1u);
+  EXPECT_TRUE(both.message.convertToUtf8);
 }
 
 TEST(BodyChoice, PlainReplacesAnEarlierPlain) {
   const ReadMail read = ReadParts({Plain("one"), Plain("two")});
   EXPECT_EQ(read.body(), "two\0"sv);
-  EXPECT_EQ(read.message.documentKind, 2u);
+  EXPECT_EQ(read.message.documentKind, DocumentText);
 }
 
 TEST(BodyChoice, OtherPartIsTheBodyOnlyWhileThereIsNone) {
   const EmlEntity other = EmlEntity::Leaf("application/x", "o");
   const ReadMail first = ReadParts({other, EmlEntity::Leaf("", "second")});
   EXPECT_EQ(first.body(), "o\0"sv);
-  EXPECT_EQ(first.message.documentKind, 2u);
+  EXPECT_EQ(first.message.documentKind, DocumentText);
   EXPECT_EQ(ReadParts({other, Plain("p")}).body(), "p\0"sv);
   EXPECT_EQ(ReadParts({other, Html("h")}).body(), "h\0"sv);
   EXPECT_EQ(ReadParts({Plain("p"), other}).body(), "p\0"sv);
@@ -86,9 +86,9 @@ TEST(BodyChoice, OtherPartIsTheBodyOnlyWhileThereIsNone) {
 
 TEST(BodyChoice, CharsetOfAPartThatIsNoTextDoesNotCount) {
   const ReadMail read = ReadParts({EmlEntity::Leaf("x/y; charset=iso-8859-1", "\xE4")});
-  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(read.status, StatusOk);
   EXPECT_EQ(read.body(), "\xE4\0"sv);
-  EXPECT_EQ(read.message.convertToUtf8, 0u);
+  EXPECT_FALSE(read.message.convertToUtf8);
 }
 
 TEST(BodyChoice, EmptyHtmlPartIsABody) {
@@ -102,7 +102,7 @@ TEST(BodyChoice, PartsOfNoUseAreNoBody) {
        {"text/css", "image/svg", "application/javascript", "application/vnd.ms-officetheme",
         "application/pdf", "text/xml"}) {
     const ReadMail read = ReadParts({EmlEntity::Leaf(type, "x")});
-    EXPECT_EQ(read.status, 1) << type;
+    EXPECT_EQ(read.status, StatusOk) << type;
     EXPECT_EQ(read.message.body.data(), nullptr) << type;
   }
 }
@@ -113,7 +113,7 @@ TEST(BodyChoice, PdfWithAFileNameIsReportedAndNoBody) {
       {Html("h"),
        EmlEntity::Leaf("application/pdf", "%PDF").disposition("attachment; filename=\"a.pdf\"")},
       kCrLf, &recorder.request);
-  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(read.status, StatusOk);
   EXPECT_EQ(read.body(), "h\0"sv);
   EXPECT_EQ(read.message.attachmentCount, 1u);
   ASSERT_EQ(recorder.attachments.size(), 1u);
@@ -147,7 +147,7 @@ TEST(PartWalker, NestedMultipartsAreWalkedAlike) {
            .part(EmlEntity::Multipart("alternative", "deep").part(Plain("p")).part(Html("h")))
            .part(EmlEntity::Leaf("text/css", "c").disposition("inline")),
        EmlEntity::Leaf("x/y", "o").disposition("attachment")});
-  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(read.status, StatusOk);
   EXPECT_EQ(read.body(), "h\0"sv);
   EXPECT_EQ(read.message.inlineCount, 1u);
   EXPECT_EQ(read.message.attachmentCount, 1u);
@@ -164,7 +164,7 @@ TEST(PartWalker, DelimiterLosesItsCrForGood) {
   const ReadMail read(
       WithBoundary("\n--sep\nContent-Type: text/html\n\none\n--sep\n"
                    "Content-Type: text/html\n\ntwo\n--sep--\n"));
-  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(read.status, StatusOk);
   EXPECT_EQ(read.body(), "two\0"sv);
 }
 
@@ -182,7 +182,7 @@ TEST(PartWalker, LfDelimiterBehindTheLastCrLfOneIsContent) {
   const ReadMail read(
       WithBoundary("\r\n--sep\r\nContent-Type: text/html\r\n\r\none\r\n--sep\r\n"
                    "Content-Type: text/css\r\n\r\nx\n--sep\nContent-Type: text/html\n\ntwo"));
-  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(read.status, StatusOk);
   EXPECT_EQ(read.body(), "one\0"sv);
 }
 
@@ -191,7 +191,7 @@ TEST(PartWalker, NestedDelimiterThatLostItsCrLeavesTheOuterOneAlone) {
       WithBoundary("\r\n--sep\r\nContent-Type: multipart/x; boundary=in\r\n\r\n"
                    "\n--in\nContent-Type: text/plain\n\np\n--in--\n"
                    "\r\n--sep\r\nContent-Type: text/html\r\n\r\nh\r\n--sep--\r\n"));
-  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(read.status, StatusOk);
   EXPECT_EQ(read.body(), "h\0"sv);
 }
 
@@ -210,14 +210,14 @@ TEST(PartWalker, DelimiterCountsAsAPrefixOfItsLine) {
 
 TEST(PartWalker, MissingClosingDelimiterIsNoFailure) {
   const ReadMail read(WithBoundary("\r\n--sep\r\nContent-Type: text/html\r\n\r\none"));
-  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(read.status, StatusOk);
   EXPECT_EQ(read.body(), "one\0"sv);
 }
 
 TEST(PartWalker, NothingBehindTheClosingDelimiterIsRead) {
   const ReadMail read(
       WithBoundary("\r\n--sep--\r\n\r\n--sep\r\nContent-Type: text/html\r\n\r\none"));
-  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(read.status, StatusOk);
   EXPECT_EQ(read.message.body.data(), nullptr);
 }
 
@@ -225,7 +225,7 @@ TEST(PartWalker, DelimiterAtTheVeryEnd) {
   for (const std::string_view end : {"\r\n--sep"sv, "\r\n--sep-"sv, "\r\n--sep--"sv}) {
     const ReadMail read(
         WithBoundary("\r\n--sep\r\nContent-Type: text/html\r\n\r\none" + std::string(end)));
-    EXPECT_EQ(read.status, 1) << end;
+    EXPECT_EQ(read.status, StatusOk) << end;
     EXPECT_EQ(read.body(), "one\0"sv) << end;
   }
 }
@@ -234,16 +234,16 @@ TEST(PartWalker, DelimiterAtTheVeryEnd) {
 // reaches the end of the file with the result that the image has left.
 TEST(PartWalker, ClosingTakesTwoBytesThatAreThere) {
   const std::string image = "\r\n--sep\r\nContent-Type: image/png; name=a\r\n\r\nbytes";
-  for (const auto& [end, status, body] : {std::tuple("\r\n--sep"sv, 2, true),
-                                          {"\r\n--sep-"sv, 2, true},
-                                          {"\r\n--sep--"sv, 1, false}}) {
+  for (const auto& [end, status, body] : {std::tuple("\r\n--sep"sv, StatusDone, true),
+                                          {"\r\n--sep-"sv, StatusDone, true},
+                                          {"\r\n--sep--"sv, StatusOk, false}}) {
     const ReadMail withHtml(
         WithBoundary("\r\n--sep\r\nContent-Type: text/html\r\n\r\none" + image + std::string(end)));
     EXPECT_EQ(withHtml.status, status) << end;
     EXPECT_EQ(withHtml.body(), "one\0"sv) << end;
     // Without a body that last part becomes one, of no bytes.
     const ReadMail alone(WithBoundary(end));
-    EXPECT_EQ(alone.status, 1) << end;
+    EXPECT_EQ(alone.status, StatusOk) << end;
     EXPECT_EQ(alone.message.body.data() != nullptr, body) << end;
     EXPECT_EQ(alone.message.body.length(), body ? 1u : 0u) << end;
   }
@@ -253,20 +253,20 @@ TEST(PartWalker, OneHyphenAfterADelimiterClosesNothing) {
   for (const std::string_view after : {"-"sv, "-x"sv, "x-"sv}) {
     const ReadMail read(WithBoundary("\r\n--sep" + std::string(after) +
                                      "\r\nContent-Type: text/html\r\n\r\none\r\n--sep--"));
-    EXPECT_EQ(read.status, 1) << after;
+    EXPECT_EQ(read.status, StatusOk) << after;
     EXPECT_NE(read.message.body.data(), nullptr) << after;
   }
 }
 
 TEST(PartWalker, NoDelimiterAtAllGivesNoBody) {
   const ReadMail read(WithBoundary("nothing to part"));
-  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(read.status, StatusOk);
   EXPECT_EQ(read.message.body.data(), nullptr);
 }
 
 TEST(PartWalker, AdjacentDelimitersMakeEmptyParts) {
   const ReadMail read(WithBoundary("\r\n--sep\r\n--sep\r\n--sep\r\n\r\none\r\n--sep--"));
-  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(read.status, StatusOk);
   // The first empty part is of no known type, and so is the body until a text part comes.
   EXPECT_EQ(read.body(), "\0"sv);
 }
@@ -277,9 +277,9 @@ TEST(PartWalker, EmbeddedMessageIsNotOpened) {
                                      "; boundary=in\r\n\r\n"
                                      "\r\n--in\r\nContent-Type: text/html\r\n\r\nh\r\n--in--"
                                      "\r\n--sep--"));
-    EXPECT_EQ(read.status, 1);
+    EXPECT_EQ(read.status, StatusOk);
     EXPECT_EQ(read.body(), "\r\n--in\r\nContent-Type: text/html\r\n\r\nh\r\n--in--\0"sv);
-    EXPECT_EQ(read.message.documentKind, 2u);
+    EXPECT_EQ(read.message.documentKind, DocumentText);
   }
 }
 
@@ -288,9 +288,9 @@ TEST(PartWalker, TypeOfAnEmbeddedMessageMayStandAnywhereInThePart) {
   const ReadMail read(
       WithBoundary("\r\n--sep\r\nX: boundary=in\r\n\r\n"
                    "\r\n--in\r\nContent-Type: message/rfc822\r\n\r\nq\r\n--in--\r\n--sep--"));
-  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(read.status, StatusOk);
   EXPECT_EQ(read.body(), "\r\n--in\r\nContent-Type: message/rfc822\r\n\r\nq\r\n--in--\0"sv);
-  EXPECT_EQ(read.message.documentKind, 2u);
+  EXPECT_EQ(read.message.documentKind, DocumentText);
 }
 
 TEST(PartWalker, TypeOfAnEmbeddedMessageBehindThePartDoesNotCount) {
@@ -298,7 +298,7 @@ TEST(PartWalker, TypeOfAnEmbeddedMessageBehindThePartDoesNotCount) {
       WithBoundary("\r\n--sep\r\nX: boundary=in\r\n\r\n"
                    "\r\n--in\r\n\r\nq\r\n--in--\r\n--sep\r\nContent-Type: message/rfc822\r\n\r\n"
                    "r\r\n--sep--"));
-  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(read.status, StatusOk);
   EXPECT_EQ(read.body(), "q\0"sv);
 }
 
@@ -322,7 +322,7 @@ TEST(PartWalker, NestedMultipartEndsWithItsPart) {
   const ReadMail read(WithBoundary(
       "\r\n--sep\r\nContent-Type: x/y; boundary=in\r\n\r\n\r\n--in\r\n\r\nb\r\n--sep\r\n"
       "Content-Type: text/html\r\n\r\nh\r\n--in\r\n\r\nc\r\n--sep--"));
-  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(read.status, StatusOk);
   EXPECT_EQ(read.body(), "h\r\n--in\r\n\r\nc\0"sv);
 }
 
@@ -330,20 +330,20 @@ TEST(PartWalker, FailureOfANestedWalkEndsTheOuterOne) {
   const ReadMail read = ReadParts(
       {Html("h"), EmlEntity::Multipart("x", "in").part(Plain("").encoded(EmlEncoding::Base64)),
        Html("late")});
-  EXPECT_EQ(read.status, -1);
+  EXPECT_EQ(read.status, StatusOutOfMemory);
   EXPECT_EQ(read.body(), "h\0"sv);
 }
 
 TEST(PartWalker, CallbackEndsTheWalk) {
-  for (const int32_t result : {2, 0, -1490}) {
+  for (const int32_t result : {StatusDone, StatusFailed, StatusCreateFailed}) {
     AttachmentRecorder recorder;
-    recorder.results = {1, result};
+    recorder.results = {StatusOk, result};
     const EmlEntity attachment = EmlEntity::Leaf("text/css", "c").disposition("attachment");
     const ReadMail read =
         ReadParts({Html("h"), attachment, EmlEntity::Multipart("x", "in").part(attachment),
                    attachment, Html("late")},
                   kCrLf, &recorder.request);
-    EXPECT_EQ(read.status, result);
+    EXPECT_EQ(read.status.code(), result);
     EXPECT_EQ(recorder.attachments.size(), 2u);
     EXPECT_EQ(read.body(), "h\0"sv);
   }
@@ -358,23 +358,23 @@ TEST(PartWalker, InlinePartsAndAttachmentsShareOneSeriesOfNumbers) {
        EmlEntity::Leaf("text/css", "3").disposition("inline"),
        EmlEntity::Leaf("text/css", "4").disposition("attachment")},
       kCrLf, &recorder.request);
-  EXPECT_EQ(read.status, 1);
+  EXPECT_EQ(read.status, StatusOk);
   ASSERT_EQ(recorder.attachments.size(), 1u);
   EXPECT_EQ(recorder.attachments[0].bytes, "3");
   EXPECT_EQ(read.message.inlineCount, 2u);
   EXPECT_EQ(read.message.attachmentCount, 2u);
 }
 
-TEST(PartWalker, NullCursorWalksNothing) {
+TEST(PartWalker, CursorAtOrAfterTheEndWalksNothing) {
   EmlMessage message;
+  message.data = test::Sized("\r\n\r\nx");
   InlineImageContext context;
   context.body = &message.body;
-  const TrackedBuffer<char> delimiter;
-  const std::string_view text = "\r\n\r\nx";
-  const char* const end = text.data() + text.size();
   SearchBudget budget(1);
-  EXPECT_EQ(WalkMimeParts(message, nullptr, end, delimiter, context, budget, nullptr), 1);
-  EXPECT_EQ(message.body.data(), nullptr);
+  for (const size_t cursor : {5U, 6U, 7U}) {
+    EXPECT_EQ(WalkMimeParts(message, cursor, "", {context, budget}, nullptr), StatusOk);
+    EXPECT_FALSE(message.body.hasBlock());
+  }
 }
 
 }  // namespace

@@ -13,13 +13,14 @@
 #include "Internal/PstFilterData.h"
 #include "eml/EmlReader.h"
 #include "support/MemoryMail.h"
+#include "support/Texts.h"
 
 namespace tarn::test {
 
 struct ReadMail {
   EmlMessage message;
   PstFilterData filterData;
-  int32_t status = 0;
+  Status status;
 
   explicit ReadMail(std::string_view bytes, const AttachmentRequest* request = nullptr) {
     const MemoryMail mail(bytes);
@@ -38,7 +39,7 @@ struct ReportedAttachment {
 };
 
 // A request for all attachments whose callback takes down what it gets and gives `results`, one
-// after another, and 1 behind them.
+// after another, and StatusOk after them.
 struct AttachmentRecorder {
   AttachmentRequest request{kAllAttachments, 0, &AttachmentRecorder::Take, this};
   std::vector<ReportedAttachment> attachments;
@@ -62,13 +63,6 @@ struct AttachmentRecorder {
     return number <= self.results.size() ? self.results[number - 1] : StatusOk;
   }
 };
-
-// A text that owns its bytes, terminated and with the terminator counted.
-inline SizedBytes MakeText(std::string_view text) {
-  SizedBytes made;
-  EXPECT_EQ(AppendTerminated(made, text.data(), text.size()), StatusOk);
-  return made;
-}
 
 }  // namespace tarn::test
 

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "Tarnbase/PlainKernel.h"
-#include "eml/SizedText.h"
 #include "support/KernelUsage.h"
+#include "support/Texts.h"
 
 namespace tarn {
 namespace {
@@ -20,16 +20,12 @@ using namespace std::string_view_literals;
 static_assert(TransferQuotedPrintable == 0 && TransferBase64 == 1);
 static_assert(Transfer7Bit == 2 && TransferRaw == 3);
 
-TransferEncoding Classify(std::string_view value) {
-  return ClassifyTransferEncoding(value.data(), value.data() + value.size());
-}
-
 // The bytes that the source decodes to. The destination ends where its room does, so that the
 // sanitizer sees a byte too many.
 std::string Base64(std::string_view source) {
   std::vector<char> destination(source.size() + 2);
   uint64_t capacity = destination.size();
-  EXPECT_EQ(DecodeBase64(source.data(), source.size(), destination.data(), capacity), StatusOk);
+  EXPECT_EQ(DecodeBase64(source, destination.data(), capacity), StatusOk);
   return std::string(destination.data(), capacity);
 }
 
@@ -37,7 +33,7 @@ std::string Base64InPlace(std::string_view source) {
   std::vector<char> block(source.begin(), source.end());
   block.resize(source.size() + 2);
   uint64_t capacity = block.size();
-  EXPECT_EQ(DecodeBase64(block.data(), source.size(), block.data(), capacity), StatusOk);
+  EXPECT_EQ(DecodeBase64({block.data(), source.size()}, block.data(), capacity), StatusOk);
   return std::string(block.data(), capacity);
 }
 
@@ -52,25 +48,25 @@ std::string Quoted(std::string_view source, bool underscoreIsBlank = false,
 }
 
 TEST(ClassifyTransferEncoding, KnowsTheEncodingsByTheirBeginning) {
-  EXPECT_EQ(Classify("Quoted-Printable"), TransferQuotedPrintable);
-  EXPECT_EQ(Classify("qUOTED-pRINTABLE; x"), TransferQuotedPrintable);
-  EXPECT_EQ(Classify("base64"), TransferBase64);
-  EXPECT_EQ(Classify("BASE64\r\n"), TransferBase64);
-  EXPECT_EQ(Classify("8bit"), TransferRaw);
-  EXPECT_EQ(Classify("8BIT"), TransferRaw);
-  EXPECT_EQ(Classify("7bit"), Transfer7Bit);
-  EXPECT_EQ(Classify("7Bitx"), Transfer7Bit);
-  EXPECT_EQ(Classify("binary"), TransferRaw);
+  EXPECT_EQ(ClassifyTransferEncoding("Quoted-Printable"), TransferQuotedPrintable);
+  EXPECT_EQ(ClassifyTransferEncoding("qUOTED-pRINTABLE; x"), TransferQuotedPrintable);
+  EXPECT_EQ(ClassifyTransferEncoding("base64"), TransferBase64);
+  EXPECT_EQ(ClassifyTransferEncoding("BASE64\r\n"), TransferBase64);
+  EXPECT_EQ(ClassifyTransferEncoding("8bit"), TransferRaw);
+  EXPECT_EQ(ClassifyTransferEncoding("8BIT"), TransferRaw);
+  EXPECT_EQ(ClassifyTransferEncoding("7bit"), Transfer7Bit);
+  EXPECT_EQ(ClassifyTransferEncoding("7Bitx"), Transfer7Bit);
+  EXPECT_EQ(ClassifyTransferEncoding("binary"), TransferRaw);
 }
 
 TEST(ClassifyTransferEncoding, IsRawForAllOthers) {
-  EXPECT_EQ(Classify(""), TransferRaw);
-  EXPECT_EQ(Classify(" base64"), TransferRaw);
-  EXPECT_EQ(Classify("base6"), TransferRaw);
-  EXPECT_EQ(Classify("\"base64\""), TransferRaw);
-  EXPECT_EQ(Classify("quoted-printabl"), TransferRaw);
-  EXPECT_EQ(Classify("x-uuencode"), TransferRaw);
-  EXPECT_EQ(ClassifyTransferEncoding(nullptr, nullptr), TransferRaw);
+  EXPECT_EQ(ClassifyTransferEncoding(""), TransferRaw);
+  EXPECT_EQ(ClassifyTransferEncoding(" base64"), TransferRaw);
+  EXPECT_EQ(ClassifyTransferEncoding("base6"), TransferRaw);
+  EXPECT_EQ(ClassifyTransferEncoding("\"base64\""), TransferRaw);
+  EXPECT_EQ(ClassifyTransferEncoding("quoted-printabl"), TransferRaw);
+  EXPECT_EQ(ClassifyTransferEncoding("x-uuencode"), TransferRaw);
+  EXPECT_EQ(ClassifyTransferEncoding({}), TransferRaw);
 }
 
 TEST(DecodeBase64, DecodesGroups) {
@@ -194,12 +190,11 @@ TEST(DecodeBase64, TreatsEveryMixtureByTheRule) {
 TEST(DecodeBase64, RefusesNullPointersAndSmallRoom) {
   char block[4] = {'Q', 'U', 'J', 'D'};
   uint64_t capacity = 4;
-  EXPECT_EQ(DecodeBase64(nullptr, 4, block, capacity), StatusBadArgument);
-  EXPECT_EQ(DecodeBase64(nullptr, 0, block, capacity), StatusBadArgument);
-  EXPECT_EQ(DecodeBase64("QUJD", 4, nullptr, capacity), StatusBadArgument);
+  EXPECT_EQ(DecodeBase64({}, block, capacity), StatusBadArgument);
+  EXPECT_EQ(DecodeBase64("QUJD", nullptr, capacity), StatusBadArgument);
   EXPECT_EQ(capacity, 4U);
   capacity = 3;
-  EXPECT_EQ(DecodeBase64("QUJD", 4, block, capacity), StatusBadArgument);
+  EXPECT_EQ(DecodeBase64("QUJD", block, capacity), StatusBadArgument);
   EXPECT_EQ(capacity, 3U);
   EXPECT_EQ(std::string_view(block, 4), "QUJD");
 }
@@ -207,7 +202,7 @@ TEST(DecodeBase64, RefusesNullPointersAndSmallRoom) {
 TEST(DecodeBase64, RefusesLengthZero) {
   char block[4] = {};
   uint64_t capacity = 4;
-  EXPECT_EQ(DecodeBase64("", 0, block, capacity), StatusOutOfMemory);
+  EXPECT_EQ(DecodeBase64("", block, capacity), StatusOutOfMemory);
   EXPECT_EQ(capacity, 4U);
 }
 
@@ -217,7 +212,7 @@ TEST(DecodeBase64, StaysInsideTheRoom) {
   const auto decode = [](std::string_view source) {
     std::vector<char> destination(source.size());
     uint64_t capacity = source.size();
-    EXPECT_EQ(DecodeBase64(source.data(), source.size(), destination.data(), capacity), StatusOk);
+    EXPECT_EQ(DecodeBase64(source, destination.data(), capacity), StatusOk);
     return std::string(destination.data(), capacity);
   };
   EXPECT_EQ(decode("Q"), "\x40");
@@ -364,7 +359,7 @@ uint64_t LiveBytes() { return test::Usage().liveBytes; }
 
 class PartContent : public ::testing::Test {
  protected:
-  int32_t decode(TransferEncoding encoding, std::string_view raw) {
+  Status decode(TransferEncoding encoding, std::string_view raw) {
     file_ = test::Sized(raw);
     part_.raw = file_.view();
     part_.encoding = encoding;
@@ -372,7 +367,7 @@ class PartContent : public ::testing::Test {
   }
 
   // The decoded bytes and the terminator behind them.
-  std::string decoded() const { return std::string(part_.decoded.get(), part_.decodedLength + 1); }
+  std::string decoded() const { return {part_.decoded.data(), part_.decoded.length() + 1}; }
 
   SizedBytes file_;  // a block of its own for the raw content, so that reads past it are found out
   EmlPart part_;
@@ -380,10 +375,10 @@ class PartContent : public ::testing::Test {
 
 TEST_F(PartContent, CopiesRawContent) {
   ASSERT_EQ(decode(TransferRaw, "a=41\0\xFF\r\n"sv), StatusOk);
-  EXPECT_EQ(part_.decodedLength, 8U);
+  EXPECT_EQ(part_.decoded.length(), 8U);
   EXPECT_EQ(decoded(), "a=41\0\xFF\r\n\0"sv);
   ASSERT_EQ(decode(TransferRaw, ""), StatusOk);
-  EXPECT_EQ(part_.decodedLength, 0U);
+  EXPECT_EQ(part_.decoded.length(), 0U);
   EXPECT_EQ(decoded(), "\0"sv);
 }
 
@@ -394,25 +389,25 @@ TEST_F(PartContent, CopiesContentOfAnUnknownEncoding) {
 
 TEST_F(PartContent, MarksSevenBitContent) {
   ASSERT_EQ(decode(Transfer7Bit, "text"), StatusOk);
-  EXPECT_EQ(part_.decodedLength, 7U);
+  EXPECT_EQ(part_.decoded.length(), 7U);
   EXPECT_EQ(decoded(), "+/vtext\0"sv);
   ASSERT_EQ(decode(Transfer7Bit, ""), StatusOk);
-  EXPECT_EQ(part_.decodedLength, 3U);
+  EXPECT_EQ(part_.decoded.length(), 3U);
   EXPECT_EQ(decoded(), "+/v\0"sv);
 }
 
 TEST_F(PartContent, DecodesQuotedPrintable) {
   ASSERT_EQ(decode(TransferQuotedPrintable, "a=41=\r\nb_="), StatusOk);
-  EXPECT_EQ(part_.decodedLength, 5U);
+  EXPECT_EQ(part_.decoded.length(), 5U);
   EXPECT_EQ(decoded(), "aAb_\0\0"sv);
   ASSERT_EQ(decode(TransferQuotedPrintable, ""), StatusOk);
-  EXPECT_EQ(part_.decodedLength, 0U);
+  EXPECT_EQ(part_.decoded.length(), 0U);
   EXPECT_EQ(decoded(), "\0"sv);
 }
 
 TEST_F(PartContent, DecodesBase64) {
   ASSERT_EQ(decode(TransferBase64, "QUJD\r\nQQ==\r\n"), StatusOk);
-  EXPECT_EQ(part_.decodedLength, 4U);
+  EXPECT_EQ(part_.decoded.length(), 4U);
   EXPECT_EQ(decoded(), "ABCA\0"sv);
 }
 
@@ -428,14 +423,14 @@ TEST_F(PartContent, HasRoomForALastGroupThatIsCutShort) {
 
 TEST_F(PartContent, IsEmptyWithoutACharacterOfTheAlphabet) {
   ASSERT_EQ(decode(TransferBase64, "\r\n"), StatusOk);
-  EXPECT_EQ(part_.decodedLength, 0U);
+  EXPECT_EQ(part_.decoded.length(), 0U);
   EXPECT_EQ(decoded(), "\0"sv);
 }
 
 TEST_F(PartContent, FailsForEmptyBase64WithAnEmptyText) {
   EXPECT_EQ(decode(TransferBase64, ""), StatusOutOfMemory);
-  ASSERT_TRUE(part_.decoded);
-  EXPECT_EQ(part_.decodedLength, 0U);
+  ASSERT_TRUE(part_.decoded.hasBlock());
+  EXPECT_EQ(part_.decoded.length(), 0U);
   EXPECT_EQ(decoded(), "\0"sv);
 }
 
@@ -445,7 +440,7 @@ TEST_F(PartContent, RefusesANullRaw) {
     part_.encoding = encoding;
     EXPECT_EQ(DecodePartContent(part_), StatusBadArgument);
     EXPECT_EQ(EnsureDecoded(part_), StatusNullArgument);
-    EXPECT_FALSE(part_.decoded);
+    EXPECT_FALSE(part_.decoded.hasBlock());
   }
 }
 
@@ -460,7 +455,7 @@ TEST_F(PartContent, GivesWhatTheDecodersGiveWithRoomToSpare) {
     uint64_t room = expected.size();
     if (raw.empty()) room = 0;
     if (!raw.empty()) {
-      ASSERT_EQ(DecodeBase64(raw.data(), raw.size(), expected.data(), room), StatusOk);
+      ASSERT_EQ(DecodeBase64(raw, expected.data(), room), StatusOk);
       ASSERT_EQ(decode(TransferBase64, raw), StatusOk);
       ASSERT_EQ(decoded(), expected.substr(0, room) + '\0') << ::testing::PrintToString(raw);
     }
@@ -487,7 +482,7 @@ TEST_F(PartContent, GivesBackRoomThatBase64DoesNotFill) {
   EXPECT_TRUE(decoded() == expected);
   EXPECT_LE(LiveBytes() - before, raw.size() + expected.size() + 100);
 
-  part_.decoded.reset();
+  part_.decoded.release();
   file_.release();
   PlainKernelFailAt(PlainKernelFaultMemory, 3);  // after those of the content and its room
   EXPECT_EQ(decode(TransferBase64, raw), StatusOk);
@@ -501,15 +496,15 @@ TEST_F(PartContent, ReportsMissingMemory) {
        {TransferQuotedPrintable, TransferBase64, Transfer7Bit, TransferRaw}) {
     part_.raw = "QUJD";
     part_.encoding = encoding;
-    part_.decodedLength = 99;
+    part_.decoded = test::Sized("old");
     PlainKernelFailAt(PlainKernelFaultMemory, 1);
     EXPECT_EQ(DecodePartContent(part_), StatusOutOfMemory);
-    EXPECT_FALSE(part_.decoded);
-    EXPECT_EQ(part_.decodedLength, 0U);
+    EXPECT_FALSE(part_.decoded.hasBlock());
+    EXPECT_EQ(part_.decoded.length(), 0U);
     PlainKernelFailAt(PlainKernelFaultMemory, 2);
     EXPECT_EQ(DecodePartContent(part_), StatusOk) << "more than one allocation";
     PlainKernelFailAt(PlainKernelFaultMemory, 0);
-    part_.decoded.reset();
+    part_.decoded.release();
   }
 }
 

@@ -224,7 +224,7 @@ TEST(RenderEmlMessage, OtherKindsAreRefused) {
   SetAllFields(message);
   Set(message.body, "text");
   for (const uint32_t kind : {4u, 5u, 0xFFFFFFFFu}) {
-    message.documentKind = kind;
+    message.documentKind = static_cast<TarnDocumentKind>(kind);
     EXPECT_EQ(RenderEmlMessage(message), -9);
     EXPECT_EQ(Bytes(message.body), "text");
   }
