@@ -7,9 +7,9 @@
 //   0x2C           8: the characters that the code page has at 0x2D
 //   0x30 to 0x74   9 to 77
 //
-// A row has 94 cells or ends behind its last character; cells without a character hold U+FFFD. In
-// the row of 0x5E the characters from cell 0x3E on stand three cells earlier than in the code page,
-// and the three of 0x3B to 0x3D behind them: mails are read by this table, and it stays as it is.
+// A row has 94 cells or ends after its last character; cells without a character hold U+FFFD. In
+// the row of 0x5E the characters from cell 0x3E on are three cells earlier than in the code page,
+// and the three of 0x3B to 0x3D after them: mails are read by this table, and it stays as it is.
 #ifndef TARN_EML_JIS0208ROWS_H
 #define TARN_EML_JIS0208ROWS_H
 

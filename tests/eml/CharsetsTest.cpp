@@ -121,7 +121,7 @@ TEST(ConvertTailToUtf8, ConvertsEachCharset) {
   EXPECT_EQ(Tail("plain", 0, kLatin1), "plain\0"sv);
 }
 
-TEST(ConvertTailToUtf8, KeepsWhatStandsInFrontOfTheOffset) {
+TEST(ConvertTailToUtf8, KeepsWhatIsBeforeTheOffset) {
   EXPECT_EQ(Tail("\xE9\xE9\xE9", 2, kLatin1), "\xE9\xE9\xC3\xA9\0"sv);
   EXPECT_EQ(Tail("\xE9\xE9\xE9\0"sv, 1, kLatin1), "\xE9\xC3\xA9\xC3\xA9\0"sv);
 }
@@ -242,9 +242,9 @@ TEST(ConvertBodyToUtf8, LeavesCharsetsWithoutAName) {
   }
 }
 
-// The name becomes UTF-8, what stands behind it is converted, and what stands in front of it is
+// The name becomes UTF-8, what comes after it is converted, and what comes before it is
 // not.
-TEST(ConvertBodyToUtf8, ConvertsWhatStandsBehindTheDeclaration) {
+TEST(ConvertBodyToUtf8, ConvertsWhatComesAfterTheDeclaration) {
   EXPECT_EQ(Body("<html>\xE9<meta charset=ISO-8859-1>\xE9</html>\0"sv, kLatin1),
             "<html>\xE9<meta charset=UTF-8>\xC3\xA9</html>");
   EXPECT_EQ(Body("\xE9 windows-1251 \xE9", Windows(1251)), "\xE9 UTF-8 \xD0\xB9");
@@ -252,7 +252,7 @@ TEST(ConvertBodyToUtf8, ConvertsWhatStandsBehindTheDeclaration) {
   EXPECT_EQ(Body("\xA7\x41 Big5 \xA7\x41", kBig5), "\xA7\x41 UTF-8 \xE4\xBD\xA0");
 }
 
-TEST(ConvertBodyToUtf8, ReplacesTheNameWhereItFirstStandsAndOnlyThere) {
+TEST(ConvertBodyToUtf8, ReplacesTheNameWhereItFirstIsAndOnlyThere) {
   EXPECT_EQ(Body("iso-8859-1 \xE9 iso-8859-1", kLatin1), "UTF-8 \xC3\xA9 iso-8859-1");
   EXPECT_EQ(Body("xiso-8859-15", kLatin1), "xUTF-85");
 }
@@ -268,7 +268,7 @@ TEST(ConvertBodyToUtf8, SearchesTheNameMadeFromTheNumber) {
   EXPECT_EQ(Body("windows-01251 \xE9", Windows(1251)), "windows-01251 \xD0\xB9");
 }
 
-TEST(ConvertBodyToUtf8, ConvertsNothingBehindADeclarationAtTheEnd) {
+TEST(ConvertBodyToUtf8, ConvertsNothingAfterADeclarationAtTheEnd) {
   EXPECT_EQ(Body("\xE9 gb2312", kGb2312), "\xE9 UTF-8");
   EXPECT_EQ(Body("\xE9 gb2312\0"sv, kGb2312), "\xE9 UTF-8\0"sv);
 }
@@ -387,7 +387,7 @@ TEST(RepairFieldToUtf8, ConvertsFieldsThatAreNotUtf8) {
   EXPECT_EQ(Field("\xCF\xF0\0"sv, Windows(1251)), "\xD0\x9F\xD1\x80");
 }
 
-// None of these bytes leads a character, however many following bytes stand behind it.
+// None of these bytes leads a character, however many following bytes come after it.
 TEST(RepairFieldToUtf8, BytesFromF8OnOpenNothing) {
   EXPECT_EQ(Field("\xF8\xA5\xA5\xA5", kLatin1), "\xC3\xB8\xC2\xA5\xC2\xA5\xC2\xA5");
   EXPECT_EQ(Field("\xF9\xA5\xA5\xA5", kLatin1), "\xC3\xB9\xC2\xA5\xC2\xA5\xC2\xA5");

@@ -47,7 +47,7 @@ TEST(EmlReader, OtherTypesWithoutABoundaryAreRefused) {
   EXPECT_EQ(read.message.body.data(), nullptr);
 }
 
-TEST(EmlReader, TypeIsLookedForExactlyOneByteBehindTheColon) {
+TEST(EmlReader, TypeIsLookedForExactlyOneByteAfterTheColon) {
   EXPECT_EQ(ReadMail("From: a\nTo: b\nDate: c\nContent-Type:text/html\n\nx").status,
             StatusNotSupported);
   EXPECT_EQ(ReadMail("From: a\nTo: b\nDate: c\nContent-Type:text/plain\n\nx").status,
@@ -96,13 +96,13 @@ TEST(EmlReader, FieldsInTheBodyDoNotCount) {
   EXPECT_EQ(read.message.subject.data(), nullptr);
 }
 
-TEST(EmlReader, TopHeaderEndsAtTheFirstCrLfPairEvenBehindAnLfPair) {
+TEST(EmlReader, TopHeaderEndsAtTheFirstCrLfPairEvenAfterAnLfPair) {
   const ReadMail read("From: a\nTo: b\n\nDate: c\r\n\r\nbody");
   EXPECT_EQ(read.status, StatusOk);
   EXPECT_EQ(read.body(), "body\0"sv);
 }
 
-TEST(EmlReader, CrLfFileWithoutABlankLineShowsAllBehindItsFirstLine) {
+TEST(EmlReader, CrLfFileWithoutABlankLineShowsAllAfterItsFirstLine) {
   const ReadMail read("From: a\r\nTo: b\r\nDate: c\r\nlast");
   EXPECT_EQ(read.status, StatusOk);
   EXPECT_EQ(read.body(), "To: b\r\nDate: c\r\nlast\0"sv);
@@ -116,7 +116,7 @@ TEST(EmlReader, LfFileWithoutABlankLineHasAnEmptyPlainBody) {
 }
 
 TEST(EmlReader, FirstByteOfAFileThatIsNoMultipartIsSteppedOver) {
-  // The type stands in the first line, and so is not seen: the text is of no known type.
+  // The type is in the first line, and so is not seen: the text is of no known type.
   const ReadMail read("Content-Type: text/html\nFrom: a\nTo: b\nDate: c\n\nx");
   EXPECT_EQ(read.status, StatusOk);
   EXPECT_EQ(read.message.documentKind, DocumentText);

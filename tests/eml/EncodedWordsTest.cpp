@@ -101,13 +101,13 @@ TEST(EncodedWords, WordWithAPartMissingStays) {
   EXPECT_EQ(Decoded("a long text =?x?Q?").bytes, "a long text =?x?Q?\0"sv);
 }
 
-TEST(EncodedWords, TextInFrontOfARefusedWordStandsTwice) {
+TEST(EncodedWords, TextBeforeARefusedWordIsThereTwice) {
   const Decoded decoded("=?utf-8?Q?a?= and =?koi8-r?Q?b?=");
   EXPECT_EQ(decoded.bytes, "a and  and =?koi8-r?Q?b?=\0"sv);
   EXPECT_TRUE(decoded.flag);
 }
 
-TEST(EncodedWords, TextInFrontOfAWordThatIsCutShortStandsOnce) {
+TEST(EncodedWords, TextBeforeAWordThatIsCutShortIsThereOnce) {
   const Decoded decoded("=?utf-8?Q?a?= and =?utf-8?Q");
   EXPECT_EQ(decoded.bytes, "a and =?utf-8?Q\0"sv);
 }
@@ -119,7 +119,7 @@ TEST(EncodedWords, RefusedWordEndsTheDecoding) {
 }
 
 TEST(EncodedWords, EmptyTextOfAWordTakesWhatFollows) {
-  // The end of a word is looked for one byte behind the start of its text.
+  // The end of a word is looked for one byte after the start of its text.
   const Decoded decoded(
       "=?utf-8?Q?"
       "?= x =?utf-8?Q?y?=");
@@ -136,14 +136,14 @@ TEST(EncodedWords, NulInsideTheRestStays) {
   EXPECT_EQ(decoded.bytes, "ab\0c\0"sv);
 }
 
-TEST(EncodedWords, NulThatAWordEndsWithIsLostToTheTextBehindIt) {
+TEST(EncodedWords, NulThatAWordEndsWithIsLostToTheTextAfterIt) {
   EXPECT_EQ(Decoded("=?utf-8?Q?a=00?=").bytes, "a\0\0"sv);
   EXPECT_EQ(Decoded("=?utf-8?Q?a=00?==?utf-8?Q?b?=").bytes, "ab\0"sv);
   EXPECT_EQ(Decoded("=?utf-8?Q?a=00?= =?utf-8?Q?b?=").bytes, "a\0 b\0"sv);
 }
 
 TEST(EncodedWords, EqualSignAtTheEndOfQReadsTheEndOfTheWord) {
-  // "=?=" has no valid digit: a zero byte, and the text goes on behind the sign.
+  // "=?=" has no valid digit: a zero byte, and the text goes on after the sign.
   EXPECT_EQ(Decoded("=?utf-8?Q?ab=?=").bytes, "ab\0\0"sv);
   // "=A" and the "?" of the end: 10 * 16 + 0x3F.
   EXPECT_EQ(Decoded("=?utf-8?Q?ab=A?=").bytes, "ab\xDF\0"sv);
@@ -173,7 +173,7 @@ TEST(EncodedWords, EachWordIsConvertedByItsOwnCharset) {
 }
 
 TEST(EncodedWords, Iso2022JpLeavesTheLengthAsTheConverterDoes) {
-  // ESC $ B, 24 22, ESC ( B: U+3042. The terminator stands there and is not counted.
+  // ESC $ B, 24 22, ESC ( B: U+3042. The terminator is there and is not counted.
   const Decoded decoded("=?iso-2022-jp?Q?=1B$B$\"=1B(B?=");
   EXPECT_EQ(decoded.bytes, "\xE3\x81\x82"sv);
   EXPECT_TRUE(decoded.flag);
@@ -218,7 +218,7 @@ TEST(EncodedWords, HugeFieldOfWordsIsDecoded) {
   EXPECT_EQ(Decoded(text).bytes, expected + '\0');
 }
 
-TEST(EncodedWordText, IsAppendedBehindTheTextOfTheOutput) {
+TEST(EncodedWordText, IsAppendedAfterTheTextOfTheOutput) {
   SizedBytes output = MakeText("x");
   EXPECT_EQ(DecodeEncodedWordText('Q', "a_b", output), StatusOk);
   EXPECT_EQ(output.view(), "xa b\0"sv);

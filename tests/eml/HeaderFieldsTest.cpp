@@ -58,7 +58,7 @@ TEST(HeaderFields, AbsentFieldStaysNullAndAnEmptyOneDoesNot) {
   EXPECT_EQ(headers.message.subject.length(), 0u);
 }
 
-TEST(HeaderFields, OneBlankBehindTheColonIsSkipped) {
+TEST(HeaderFields, OneBlankAfterTheColonIsSkipped) {
   const Headers headers("From:a\nTo:  b\nSubject:\tc\n");
   EXPECT_EQ(headers.message.from.text(), "a");
   EXPECT_EQ(headers.message.to.text(), " b");
@@ -101,8 +101,8 @@ TEST(HeaderFields, EmptyContinuationEndsTheField) {
   EXPECT_EQ(Headers("Subject: ab\r\n \r\n cd\r\nX: y\r\n").message.subject.text(), "ab");
 }
 
-TEST(HeaderFields, ContinuationNeedsMoreThanThreeBytesInFrontOfTheLimit) {
-  // The line end stands at 10: 10 + 3 is not below 13, but is below 14.
+TEST(HeaderFields, ContinuationNeedsMoreThanThreeBytesBeforeTheLimit) {
+  // The line end is at 10: 10 + 3 is not below 13, but is below 14.
   const std::string_view text = "Subject: a\r\n bc";
   EXPECT_EQ(Headers(text, 13).message.subject.text(), "a");
   EXPECT_EQ(Headers(text, 14).message.subject.text(), "ab");

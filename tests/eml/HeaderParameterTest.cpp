@@ -62,7 +62,7 @@ TEST(HeaderParameter, NameIsNotFoundInsideALongerName) {
   EXPECT_EQ(Find("filename=a; name=b", "name="), "b");
 }
 
-TEST(HeaderParameter, OtherBytesInFrontAreAllowed) {
+TEST(HeaderParameter, OtherBytesBeforeTheKeyAreAllowed) {
   EXPECT_EQ(Find(";name=a", "name="), "a");
   EXPECT_EQ(Find("\tname=a", "name="), "a");
   EXPECT_EQ(Find("\xC3\xA4name=a", "name="), "a");

@@ -12,7 +12,7 @@ constexpr size_t kNone = std::string_view::npos;
 
 size_t FoldedLineEnd(std::string_view text) { return FindFoldedLineEnd({text, text.size()}); }
 
-TEST(FindHeaderEnd, IsBehindTheFirstEmptyLine) {
+TEST(FindHeaderEnd, IsAfterTheFirstEmptyLine) {
   EXPECT_EQ(FindHeaderEnd("A: b\r\n\r\ntext\r\n\r\nmore"), 8U);
   EXPECT_EQ(FindHeaderEnd("A: b\n\ntext\n\nmore"), 6U);
   EXPECT_EQ(FindHeaderEnd("\r\n\r\n"), 4U);
@@ -27,7 +27,7 @@ TEST(FindHeaderEnd, TakesAPairOfLfBeforeAnEarlierCrLf) {
   EXPECT_EQ(FindHeaderEnd("A: b\r\nC: d\n\ntext"), 12U);
 }
 
-TEST(FindHeaderEnd, IsBehindTheFirstLineWithoutAnEmptyLine) {
+TEST(FindHeaderEnd, IsAfterTheFirstLineWithoutAnEmptyLine) {
   EXPECT_EQ(FindHeaderEnd("A: b\r\nC: d\r\ntext"), 6U);
   EXPECT_EQ(FindHeaderEnd("\r\n"), 2U);
   EXPECT_EQ(FindHeaderEnd("\r\n\r"), 2U);
@@ -47,7 +47,7 @@ TEST(FindHeaderEnd, LooksNoFurtherThanTheEnd) {
   EXPECT_EQ(FindHeaderEnd(text.substr(0, 5)), 5U);
 }
 
-TEST(FindHeaderLine, FindsTheNameAtTheStartAndBehindALineEnd) {
+TEST(FindHeaderLine, FindsTheNameAtTheStartAndAfterALineEnd) {
   EXPECT_EQ(FindHeaderLine("Subject: a", "Subject:"), 0U);
   EXPECT_EQ(FindHeaderLine("A: b\r\nSubject: a", "Subject:"), 6U);
   EXPECT_EQ(FindHeaderLine("A: b\nSubject: a", "Subject:"), 5U);
@@ -65,20 +65,20 @@ TEST(FindHeaderLine, PassesOverTheNameInsideALine) {
   EXPECT_EQ(FindHeaderLine("Content-Type: x; y=\"Content-Type: z\"", "Content-Type: z"), kNone);
 }
 
-// The search goes on one byte behind a match that does not count, so that one that overlaps it is
+// The search goes on one byte after a match that does not count, so that one that overlaps it is
 // found.
 TEST(FindHeaderLine, FindsANameThatOverlapsOneInsideALine) {
   EXPECT_EQ(FindHeaderLine("xa\na\na", "a\na"), 3U);
 }
 
-TEST(FindHeaderLine, WantsTheWholeNameInFrontOfTheEnd) {
+TEST(FindHeaderLine, WantsTheWholeNameBeforeTheEnd) {
   const std::string_view text = "A: b\r\nSubject:";
   EXPECT_EQ(FindHeaderLine(text.substr(0, 14), "Subject:"), 6U);
   EXPECT_EQ(FindHeaderLine(text.substr(0, 13), "Subject:"), kNone);
   EXPECT_EQ(FindHeaderLine("", "Subject:"), kNone);
 }
 
-// A match in the line counts where the stretch starts with it, whatever stands in front of the
+// A match in the line counts where the stretch starts with it, whatever comes before the
 // stretch.
 TEST(FindHeaderLine, TakesTheStartOfTheStretchForALineStart) {
   const std::string_view text = "X-Subject: a";
@@ -93,7 +93,7 @@ TEST(FindHeaderLine, ComesToAnEndOnMegabytesOfNamesInsideLines) {
   EXPECT_EQ(FindHeaderLine(text, "Content-Type:"), text.size() - 13);
 }
 
-TEST(FindContentType, IsTheValueBehindBlanks) {
+TEST(FindContentType, IsTheValueAfterBlanks) {
   EXPECT_EQ(FindContentType("Content-Type: text/html"), 14U);
   EXPECT_EQ(FindContentType("Content-Type:text/html"), 13U);
   EXPECT_EQ(FindContentType("Content-Type:    text/html"), 17U);
@@ -159,14 +159,14 @@ TEST(FindFoldedLineEnd, IsTheEndWithoutALineEnd) {
   EXPECT_EQ(FoldedLineEnd("a\r\n bc"), 6U);
 }
 
-// The byte two places behind a lone LF is the second byte of the next line.
-TEST(FindFoldedLineEnd, TestsTwoPlacesBehindALoneLf) {
+// The byte two places after a lone LF is the second byte of the next line.
+TEST(FindFoldedLineEnd, TestsTwoPlacesAfterALoneLf) {
   EXPECT_EQ(FoldedLineEnd("a\n b\nc"), 1U);
   EXPECT_EQ(FoldedLineEnd("a\nb c\nd"), 5U);
   EXPECT_EQ(FoldedLineEnd("a\n  b\nc"), 5U);
 }
 
-// The search goes on from the byte that was tested: a line end in front of it is passed over.
+// The search goes on from the byte that was tested: a line end before it is passed over.
 TEST(FindFoldedLineEnd, GoesOnFromTheTestedByte) {
   EXPECT_EQ(FoldedLineEnd("a\n\n b\nc"), 5U);
   EXPECT_EQ(FoldedLineEnd("a\n\r b\r\nc"), 5U);

@@ -45,7 +45,7 @@ ReadMail ReadUnclosed(const std::vector<EmlEntity>& parts) {
   return ReadMail(EmlBuilder::Usual().body(Parts(parts).unclosed()).build());
 }
 
-// A body that stands behind its terminator's rules: images leave it where it is.
+// The text of the body.
 std::string Text(const ReadMail& read) { return std::string(read.message.body.text()); }
 
 TEST(ImageParts, ContentIdReferenceIsReplaced) {
@@ -77,7 +77,7 @@ TEST(ImageParts, ContentIdComesBeforeTheName) {
 }
 
 TEST(ImageParts, FirstReferenceIsReplacedFromTheNameOnly) {
-  // The replacing starts where the name was found: what stands in front of it is not looked at.
+  // The replacing starts where the name was found: what comes before it is not looked at.
   const ReadMail read = ReadParts({Html("<img src=\"x/a.png\"><img src=\"x/a.png\">"), Image()});
   const std::string url(kUrl);
   EXPECT_EQ(Text(read), "<img src=\"x/" + url + "\"><img src=\"" + url + "\">");
@@ -139,7 +139,7 @@ TEST(ImageParts, ImageWithoutAPlaceLeavesTheBodyAlone) {
   EXPECT_EQ(Text(read), "<p>");
 }
 
-TEST(ImageParts, ImageInFrontOfItsHtmlIsNotPutIn) {
+TEST(ImageParts, ImageBeforeItsHtmlIsNotPutIn) {
   const ReadMail read = ReadParts({Image().contentId("a"), Html("<img src=\"cid:a\">")});
   EXPECT_EQ(read.status, StatusOk);
   EXPECT_EQ(Text(read), "<img src=\"cid:a\">");
@@ -212,8 +212,8 @@ TEST(ImageParts, BodyMayNotGrowWithoutBound) {
   EXPECT_EQ(ReadParts({Html(html), image}).status, StatusOutOfMemory);
 }
 
-TEST(ImageParts, NameThatStandsOnlyInPlainTextCostsNothing) {
-  // Without a quote behind them, 900 occurrences of the name of a large image are no references.
+TEST(ImageParts, NameThatIsOnlyInPlainTextCostsNothing) {
+  // Without a quote after them, 900 occurrences of the name of a large image are no references.
   std::string html;
   for (int i = 0; i < 900; ++i) html += "see image ";
   const ReadMail read =

@@ -106,7 +106,7 @@ TEST(ConvertIso2022Jp, EndsJisX0208AtTheEndOfTheLine) {
   EXPECT_EQ(Convert("\33$B\r\nF|"), "\r\nF|");
 }
 
-// Behind a line's end the set is the one before JIS X 0208: JIS-Roman, if that was the last of the
+// After a line's end the set is the one before JIS X 0208: JIS-Roman, if that was the last of the
 // two.
 TEST(ConvertIso2022Jp, FallsBackToTheLastSingleByteSet) {
   EXPECT_EQ(Convert("\33(J\\\33$BF|\n\\~"), "\xA5\xE6\x97\xA5\n\xA5\xE2\x80\xBE");
@@ -163,12 +163,12 @@ TEST(ConvertIso2022Jp, ReplacesBytesThatOpenNoPair) {
 
 TEST(ConvertIso2022Jp, ReplacesPairsWithoutACharacter) {
   const std::string unknown = kUnknown;
-  const std::string behind = std::string("\xE6\x97\xA5");
-  // Empty cells, cells behind the row's end, and second bytes that are none.
+  const std::string after = std::string("\xE6\x97\xA5");
+  // Empty cells, cells after the row's end, and second bytes that are none.
   for (const std::string_view pair :
        {"\"/"sv, "#!"sv, "&Y"sv, "'r"sv, "(A"sv, "OT"sv, "t'"sv, "0\x7F"sv, "0\x80"sv, "0\xFF"sv,
         "0 "sv, "0\0"sv, "0\x1F"sv, "\x80\x21"sv, "\x80\xFF"sv, "\x80 "sv}) {
-    EXPECT_EQ(Convert("\33$B" + std::string(pair) + "F|\33(B"), unknown + behind) << pair;
+    EXPECT_EQ(Convert("\33$B" + std::string(pair) + "F|\33(B"), unknown + after) << pair;
   }
 }
 
@@ -208,8 +208,8 @@ TEST(ConvertIso2022Jp, KeepsNulsInsideTheText) {
   EXPECT_EQ(Convert("a\0b\33(Jc\0\\\0"sv), "a\0bc\0\xA5"sv);
 }
 
-// A million escapes of each kind, a million lines of JIS X 0208 in front of one far escape, and a
-// million unknown escapes behind each of them: all pass by coming to an end.
+// A million escapes of each kind, a million lines of JIS X 0208 before one far escape, and a
+// million unknown escapes after each of them: all pass by coming to an end.
 TEST(ConvertIso2022Jp, ComesToAnEndOnMillionsOfEscapes) {
   std::string source;
   std::string expected;
@@ -269,7 +269,7 @@ TEST(ConvertIso2022Jp, LeavesTheTextAloneWhenTheBudgetIsRefused) {
             "a");
 }
 
-TEST(AppendJisRoman, AppendsBehindTheOutput) {
+TEST(AppendJisRoman, AppendsAfterTheOutput) {
   TrackedBuffer<char> output;
   ASSERT_EQ(AppendJisRoman(output, "a~\\"), StatusOk);
   ASSERT_EQ(AppendJisRoman(output, ""), StatusOk);

@@ -64,7 +64,7 @@ TEST(MimeBoundary, FirstKeyCounts) {
   EXPECT_EQ(Boundary("x: boundary=a\nx: boundary=b\n\n").delimiter, "\n--a");
 }
 
-TEST(MimeBoundary, KeyBehindTheHeaderIsNone) {
+TEST(MimeBoundary, KeyAfterTheHeaderIsNone) {
   EXPECT_EQ(Boundary("A: b\r\n\r\nboundary=x\r\n").status, StatusDone);
   EXPECT_EQ(Boundary("A: b\n\nboundary=x\n").status, StatusDone);
   // Without an empty line the header ends at the first CR LF.
@@ -72,18 +72,18 @@ TEST(MimeBoundary, KeyBehindTheHeaderIsNone) {
   EXPECT_EQ(Boundary("").status, StatusDone);
 }
 
-TEST(MimeBoundary, CrAnywhereBehindTheValueGivesTheDelimiterItsCr) {
+TEST(MimeBoundary, CrAnywhereAfterTheValueGivesTheDelimiterItsCr) {
   EXPECT_EQ(Boundary("x: boundary=a\nY: z\rq\n\n").delimiter, "\r\n--a");
   EXPECT_EQ(Boundary("Y: z\rq\nx: boundary=a\n\n").delimiter, "\n--a");
 }
 
-TEST(MimeBoundary, FoldedLinesBehindTheValueArePassed) {
+TEST(MimeBoundary, FoldedLinesAfterTheValueArePassed) {
   const Boundary blank("x: boundary=a\r\n y=z\r\n\tq\r\nNext: 1\r\n\r\n");
   EXPECT_EQ(blank.cursor, 25u);  // "Next"
 }
 
 TEST(MimeBoundary, LfLinesAreTestedAtTheirSecondByte) {
-  // The byte two places behind a line end: the second one of the line behind an LF.
+  // The byte two places after a line end: the second one of the line after an LF.
   const Boundary second("x: boundary=a\nb c\nd:e\n\n");
   EXPECT_EQ(second.delimiter, "\n--a");
   EXPECT_EQ(second.cursor, 18u);  // "d:e": "b c" counted as folded
@@ -91,9 +91,9 @@ TEST(MimeBoundary, LfLinesAreTestedAtTheirSecondByte) {
   EXPECT_EQ(first.cursor, 14u);  // " b=c": its second byte is no blank
 }
 
-TEST(MimeBoundary, WithoutALineEndTheCursorIsBehindTheHeader) {
+TEST(MimeBoundary, WithoutALineEndTheCursorIsAfterTheHeader) {
   EXPECT_EQ(Boundary("x: boundary=a").cursor, 14u);
-  // A CR inside the value is not behind it.
+  // A CR inside the value is not after it.
   const Boundary inside("x: boundary=\"a\rb\" q");
   EXPECT_EQ(inside.delimiter, "\n--a\rb");
   EXPECT_EQ(inside.cursor, 20u);

@@ -109,13 +109,13 @@ TEST(MimePart, HeaderNameInsideAParameterCountsOnlyAtALineStart) {
   EXPECT_EQ(Parsed("\nX: a=\"\nContent-Type: text/html\"\n\n").part.contentClass, ContentHtml);
 }
 
-TEST(MimePart, BlanksButNoTabsInFrontOfTheTypeAreSkipped) {
+TEST(MimePart, BlanksButNoTabsBeforeTheTypeAreSkipped) {
   EXPECT_EQ(Parsed("\nContent-Type:   text/html\n\n").part.contentClass, ContentHtml);
   EXPECT_EQ(Parsed("\nContent-Type:text/html\n\n").part.contentClass, ContentHtml);
   EXPECT_EQ(Parsed("\nContent-Type:\ttext/html\n\n").part.contentClass, ContentOther);
 }
 
-TEST(MimePart, NameComesFromTheContentTypeOrAHeaderBehindIt) {
+TEST(MimePart, NameComesFromTheContentTypeOrAHeaderAfterIt) {
   EXPECT_STREQ(Parsed("\nContent-Type: image/png; name=\"a.png\"\n\n").part.name.data(), "a.png");
   EXPECT_STREQ(Parsed("\nContent-Type: image/png\nX: name=b.png\n\n").part.name.data(), "b.png");
   EXPECT_FALSE(Parsed("\nX: name=b.png\nContent-Type: image/png\n\n").part.name.hasBlock());
@@ -136,7 +136,7 @@ TEST(MimePart, LastSegmentOfContentLocationIsTheName) {
 TEST(MimePart, ContentLocationValueLiesAtAFixedPlace) {
   EXPECT_STREQ(Parsed("\nContent-Location:abc\n\n").part.name.data(), "bc");
   EXPECT_STREQ(Parsed("\nContent-Location:  abc\n\n").part.name.data(), " abc");
-  // Behind the header: empty, and an empty name is a name.
+  // After the header: empty, and an empty name is a name.
   EXPECT_STREQ(Parsed("\nContent-Type: x; name=n\nContent-Location:").part.name.data(), "");
 }
 
@@ -150,7 +150,7 @@ TEST(MimePart, TransferEncodings) {
   EXPECT_EQ(Parsed("\nX: y\n\na=41").decoded(), "a=41");
 }
 
-TEST(MimePart, TransferEncodingRightBehindTheColonIsMisread) {
+TEST(MimePart, TransferEncodingRightAfterTheColonIsMisread) {
   const Parsed parsed("\nContent-Transfer-Encoding:base64\n\nYWJj");
   EXPECT_EQ(parsed.part.encoding, TransferRaw);
   EXPECT_EQ(parsed.decoded(), "YWJj");
@@ -158,13 +158,13 @@ TEST(MimePart, TransferEncodingRightBehindTheColonIsMisread) {
   EXPECT_EQ(Parsed("\nContent-Transfer-Encoding:").part.encoding, TransferRaw);
 }
 
-TEST(MimePart, ContentIdStandsBetweenTheBrackets) {
+TEST(MimePart, ContentIdIsBetweenTheBrackets) {
   EXPECT_EQ(Parsed("\nContent-ID: <a@b>\n\n").id(), "a@b");
   EXPECT_EQ(Parsed("\nContent-ID: x <a@b> y\n\n").id(), "a@b");
   EXPECT_EQ(Parsed("\nContent-ID: a@b\r\n\r\n").id(), "a@b");
   EXPECT_EQ(Parsed("\nContent-ID: a@b>\n\n").id(), "a@b");
   EXPECT_EQ(Parsed("\nContent-ID: <a@b\nX: >\n\n").id(), "a@b");
-  // A closing bracket counts only behind the opening one.
+  // A closing bracket counts only after the opening one.
   EXPECT_EQ(Parsed("\nContent-ID: x> <a@b>\n\n").id(), "a@b");
   EXPECT_EQ(Parsed("\nContent-ID: <>\n\n").id(), "");
   EXPECT_EQ(Parsed("\nContent-ID:").id(), "");
@@ -173,7 +173,7 @@ TEST(MimePart, ContentIdStandsBetweenTheBrackets) {
 TEST(MimePart, ContentIdLiesAtAFixedPlace) {
   EXPECT_EQ(Parsed("\nContent-ID:ab\n\n").id(), "b");
   EXPECT_EQ(Parsed("\nContent-ID:<ab>\n\n").id(), "ab");
-  // One byte behind the colon is the next line.
+  // One byte after the colon is the next line.
   EXPECT_EQ(Parsed("\nContent-ID:\nX: <c>\n\n").id(), "c");
 }
 

@@ -26,7 +26,7 @@ TEST(PartCharset, ComesFromTheContentType) {
   EXPECT_EQ(Parse("text/html; charset=windows-1252\r\n").codePage, 1252u);
 }
 
-TEST(PartCharset, MayStandOnAFoldedLine) {
+TEST(PartCharset, MayBeOnAFoldedLine) {
   EXPECT_EQ(Parse("text/html;\r\n\tcharset=big5\r\nX: y\r\n\r\n").kind, CharsetBig5);
 }
 

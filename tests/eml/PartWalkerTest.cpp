@@ -176,9 +176,9 @@ TEST(PartWalker, DelimiterKeepsItsCrWhileOneIsFound) {
   EXPECT_EQ(read.body(), "one\n--sep\nContent-Type: text/html\n\ntwo\0"sv);
 }
 
-TEST(PartWalker, LfDelimiterBehindTheLastCrLfOneIsContent) {
+TEST(PartWalker, LfDelimiterAfterTheLastCrLfOneIsContent) {
   // The end of a part is looked for with the delimiter as it is by then: the last part that a CR LF
-  // one starts runs to the end of the file, and the text behind the LF one is no part.
+  // one starts runs to the end of the file, and the text after the LF one is no part.
   const ReadMail read(
       WithBoundary("\r\n--sep\r\nContent-Type: text/html\r\n\r\none\r\n--sep\r\n"
                    "Content-Type: text/css\r\n\r\nx\n--sep\nContent-Type: text/html\n\ntwo"));
@@ -204,7 +204,7 @@ TEST(PartWalker, DelimiterMatchesInAnyCase) {
 TEST(PartWalker, DelimiterCountsAsAPrefixOfItsLine) {
   const ReadMail read(
       WithBoundary("\r\n--sepX\r\nContent-Type: text/html\r\n\r\none\r\n--sep- -\r\n\r\ntwo"));
-  // "X" is the byte that is stepped over, and the CR behind it ends the line.
+  // "X" is the byte that is stepped over, and the CR after it ends the line.
   EXPECT_EQ(read.body(), "one\0"sv);
 }
 
@@ -214,7 +214,7 @@ TEST(PartWalker, MissingClosingDelimiterIsNoFailure) {
   EXPECT_EQ(read.body(), "one\0"sv);
 }
 
-TEST(PartWalker, NothingBehindTheClosingDelimiterIsRead) {
+TEST(PartWalker, NothingAfterTheClosingDelimiterIsRead) {
   const ReadMail read(
       WithBoundary("\r\n--sep--\r\n\r\n--sep\r\nContent-Type: text/html\r\n\r\none"));
   EXPECT_EQ(read.status, StatusOk);
@@ -283,7 +283,7 @@ TEST(PartWalker, EmbeddedMessageIsNotOpened) {
   }
 }
 
-TEST(PartWalker, TypeOfAnEmbeddedMessageMayStandAnywhereInThePart) {
+TEST(PartWalker, TypeOfAnEmbeddedMessageMayBeAnywhereInThePart) {
   // The line is that of a part inside, but it keeps the outer part closed.
   const ReadMail read(
       WithBoundary("\r\n--sep\r\nX: boundary=in\r\n\r\n"
@@ -293,7 +293,7 @@ TEST(PartWalker, TypeOfAnEmbeddedMessageMayStandAnywhereInThePart) {
   EXPECT_EQ(read.message.documentKind, DocumentText);
 }
 
-TEST(PartWalker, TypeOfAnEmbeddedMessageBehindThePartDoesNotCount) {
+TEST(PartWalker, TypeOfAnEmbeddedMessageAfterThePartDoesNotCount) {
   const ReadMail read(
       WithBoundary("\r\n--sep\r\nX: boundary=in\r\n\r\n"
                    "\r\n--in\r\n\r\nq\r\n--in--\r\n--sep\r\nContent-Type: message/rfc822\r\n\r\n"
@@ -303,7 +303,7 @@ TEST(PartWalker, TypeOfAnEmbeddedMessageBehindThePartDoesNotCount) {
 }
 
 TEST(PartWalker, EmbeddedMessageOfAnUnusualSpellingIsOpened) {
-  // The type is looked for exactly one byte behind the colon.
+  // The type is looked for exactly one byte after the colon.
   const ReadMail read(
       WithBoundary("\r\n--sep\r\nContent-Type:message/rfc822; boundary=in\r\n\r\n"
                    "\r\n--in\r\nContent-Type: text/html\r\n\r\nh\r\n--in--\r\n--sep--"));
@@ -318,7 +318,7 @@ TEST(PartWalker, BoundaryInAnyHeaderOpensAMultipart) {
 }
 
 TEST(PartWalker, NestedMultipartEndsWithItsPart) {
-  // The inner multipart is not closed, and ends where the outer delimiter stands.
+  // The inner multipart is not closed, and ends where the outer delimiter is.
   const ReadMail read(WithBoundary(
       "\r\n--sep\r\nContent-Type: x/y; boundary=in\r\n\r\n\r\n--in\r\n\r\nb\r\n--sep\r\n"
       "Content-Type: text/html\r\n\r\nh\r\n--in\r\n\r\nc\r\n--sep--"));

@@ -38,11 +38,11 @@ std::string Base64InPlace(std::string_view source) {
 }
 
 std::string Quoted(std::string_view source, bool underscoreIsBlank = false,
-                   std::string_view behind = {}) {
+                   std::string_view after = {}) {
   const std::vector<char> exact(source.begin(), source.end());
   std::vector<char> destination(source.size(), '#');
   const uint64_t written = DecodeQuotedPrintable({exact.data(), exact.size()}, destination.data(),
-                                                 underscoreIsBlank, behind);
+                                                 underscoreIsBlank, after);
   EXPECT_LE(written, source.size());
   return std::string(destination.data(), written);
 }
@@ -139,7 +139,7 @@ TEST(DecodeBase64, GivesSpareBytesForMissingPadding) {
 }
 
 // "=" has the value of "/", and only in the third and fourth place does it keep a byte back.
-TEST(DecodeBase64, GoesOnBehindPadding) {
+TEST(DecodeBase64, GoesOnAfterPadding) {
   EXPECT_EQ(Base64("QQ==QUJD"), "AABC");
   EXPECT_EQ(Base64("QUI=QUJD"), "ABABC");
   EXPECT_EQ(Base64("QQ=QUJD="), "\x41\xD0\x50\x90");
@@ -245,11 +245,11 @@ TEST(DecodeQuotedPrintable, DropsSoftLineBreaks) {
 
 TEST(DecodeQuotedPrintable, KeepsBlanksAtTheEndsOfLines) {
   EXPECT_EQ(Quoted("ab \t\r\ncd "), "ab \t\r\ncd ");
-  // A soft line break with a blank in front of its CR is an escape of blank and CR.
+  // A soft line break with a blank before its CR is an escape of blank and CR.
   EXPECT_EQ(Quoted("ab= \r\ncd"), "ab\r\ncd");
 }
 
-TEST(DecodeQuotedPrintable, ReadsWhatIsBehindTheSource) {
+TEST(DecodeQuotedPrintable, ReadsWhatIsAfterTheSource) {
   EXPECT_EQ(Quoted("a="), "a\0"sv);
   EXPECT_EQ(Quoted("a=4"), "a\x40"sv);
   EXPECT_EQ(Quoted("a=x"), "a\x80"sv);
@@ -266,7 +266,7 @@ TEST(DecodeQuotedPrintable, TurnsUnderscoresIntoBlanksOnDemand) {
   EXPECT_EQ(Quoted("a_b__c=5F_", true), "a b  c_ ");
   EXPECT_EQ(Quoted("a_b__c=5F_", false), "a_b__c__");
   EXPECT_EQ(Quoted("0123456789_0123456789_", true), "0123456789 0123456789 ");
-  // Behind "=" it is a byte like any other.
+  // After "=" it is a byte like any other.
   EXPECT_EQ(Quoted("=_1", true), "\xF1");
 }
 
@@ -322,9 +322,9 @@ TEST(DecodeQuotedPrintable, AcceptsOneValidDigit) {
 
 TEST(DecodeQuotedPrintable, FindsEscapesAtEveryPlace) {
   for (size_t before = 0; before < 40; ++before) {
-    for (size_t behind = 0; behind < 40; ++behind) {
+    for (size_t after = 0; after < 40; ++after) {
       const std::string left(before, 'l');
-      const std::string right(behind, 'r');
+      const std::string right(after, 'r');
       ASSERT_EQ(Quoted(left + "=41" + right), left + "A" + right);
       ASSERT_EQ(Quoted(left + "=\r\n" + right), left + right);
       ASSERT_EQ(Quoted(left + "_" + right, true), left + " " + right);
@@ -347,8 +347,8 @@ TEST(DecodeQuotedPrintable, TakesNoOtherByteForAnEscape) {
             "<<<<<<<<>>>>>>>>\xBD\xBD\xBD\xBD\xBD\xBD\xBD\xBD");
 }
 
-// Nothing of the source stays behind what was written: callers have zeroed the block.
-TEST(DecodeQuotedPrintable, LeavesZerosBehindTheText) {
+// Nothing of the source stays after what was written: callers have zeroed the block.
+TEST(DecodeQuotedPrintable, LeavesZerosAfterTheText) {
   std::vector<char> destination(40, '\0');
   const std::string_view source = "ab=\r\ncdefghijklmnop=\r\n";
   ASSERT_EQ(DecodeQuotedPrintable(source, destination.data(), false, {}), 16U);
@@ -366,7 +366,7 @@ class PartContent : public ::testing::Test {
     return DecodePartContent(part_);
   }
 
-  // The decoded bytes and the terminator behind them.
+  // The decoded bytes and the terminator after them.
   std::string decoded() const { return {part_.decoded.data(), part_.decoded.length() + 1}; }
 
   SizedBytes file_;  // a block of its own for the raw content, so that reads past it are found out
