@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <string>
 
 namespace tarn::platform {
@@ -74,7 +75,7 @@ TEST(WriteCharacter, WritesTheFormsOfTheStandard) {
 
 TEST(WriteCharacter, FitsWholeOrNotAtAll) {
   size_t size = 0;
-  for (const char32_t codePoint : {0x24, 0xA3, 0x20AC, 0x10348}) {
+  for (const char32_t codePoint : std::initializer_list<char32_t>{0x24, 0xA3, 0x20AC, 0x10348}) {
     EXPECT_EQ(Written<char>(codePoint, size), "");
     EXPECT_EQ(Written<char>(codePoint, ++size).size(), size);
   }

@@ -26,7 +26,8 @@ class SystemPath {
     if (text.size() >= bytes_.size()) return;
     const std::span<char> room(bytes_.data(), bytes_.size() - 1);
     const size_t length = Utf16ToBytes(kCodePageUtf8, text, room).size;
-    std::replace(room.begin(), room.begin() + length, '\\', '/');
+    const std::span<char> written = room.first(length);
+    std::replace(written.begin(), written.end(), '\\', '/');
     bytes_[NamesEnd(length)] = '\0';
   }
 
