@@ -4,8 +4,8 @@
 #include <array>
 #include <cstddef>
 
+#include "Platform/CodePages.h"
 #include "rtf/CharsetCodePages.h"
-#include "rtf/ScratchConversion.h"
 
 namespace tarn {
 namespace {
@@ -40,10 +40,11 @@ bool Carries(std::u16string_view text, uint32_t codePage) {
 bool RoundTripsInCodePage(std::u16string_view text, uint32_t codePage, char16_t* wideScratch,
                           std::span<char> byteScratch) {
   if (text.data() == nullptr || text.empty() || byteScratch.empty()) return false;
-  bool usedDefault = false;
-  const std::string_view bytes = ToCodePage(codePage, text, byteScratch, &usedDefault);
-  if (usedDefault || bytes.empty()) return false;
-  return FromCodePage(codePage, bytes, {wideScratch, text.size()}) == text;
+  const platform::EncodedBytes bytes = platform::Utf16ToBytes(codePage, text, byteScratch);
+  if (bytes.usedDefault || bytes.size == 0) return false;
+  const size_t units = platform::BytesToUtf16(codePage, {byteScratch.data(), bytes.size},
+                                              {wideScratch, text.size()});
+  return std::u16string_view(wideScratch, units) == text;
 }
 
 uint32_t FindCodePageForText(std::u16string_view text) {

@@ -67,9 +67,8 @@ Status TakeSource(SizedBytes& body, std::string_view source) {
 
 // Only the first "\from" counts.
 bool WrapsHtml(std::string_view body) {
-  const char* const end = body.data() + body.size();
-  const char* const from = FindBytes(body.data(), end, kFrom);
-  return from != nullptr && StartsWith(from + kFrom.size(), end, kHtml);
+  const size_t from = FindBytes(body, kFrom);
+  return from != std::string_view::npos && body.substr(from + kFrom.size()).starts_with(kHtml);
 }
 
 }  // namespace

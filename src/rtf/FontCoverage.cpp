@@ -5,8 +5,8 @@
 #include <span>
 
 #include "Internal/Tarnclasses_.h"
+#include "Platform/CodePages.h"
 #include "Platform/GlyphCoverage.h"
-#include "rtf/ScratchConversion.h"
 
 namespace tarn {
 namespace {
@@ -42,8 +42,9 @@ std::u16string_view SetFaceName(LogFont& record, const char* faceName) {
   const size_t most = record.faceName.size() - 1;
   size_t bytes = 0;
   while (bytes < most && faceName[bytes] != '\0') ++bytes;
-  return FromCodePage(platform::AnsiCodePage(), {faceName, bytes},
-                      std::span(record.faceName).first(most));
+  const size_t units = platform::BytesToUtf16(platform::AnsiCodePage(), {faceName, bytes},
+                                              std::span(record.faceName).first(most));
+  return {record.faceName.data(), units};
 }
 
 }  // namespace

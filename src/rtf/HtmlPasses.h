@@ -9,10 +9,10 @@ namespace tarn {
 
 // Brings conditional comments ("<![if ...]>") down to the one form "<![if !V]>". A comment too
 // short for the form is written over as well, up to the text's end: a terminator there may be lost.
-void ShortenConditionalComments(SizedBytes& text);
+void ShortenConditionalComments(SizedBytes& body);
 
 // Cuts overlong values (`&nbsp;value="..."`) in text blocks to 97 bytes.
-void CutLongValues(SizedBytes& text);
+void CutLongValues(SizedBytes& body);
 
 }  // namespace tarn
 

@@ -25,9 +25,8 @@ constexpr std::array<const char*, 6> kCommonFaces = {"Arial",  "Symbol", "MS Got
 
 // What follows the first occurrence of a word, the word included; empty without one.
 std::string_view From(std::string_view text, std::string_view word) {
-  const char* const end = text.data() + text.size();
-  const char* const at = FindBytes(text.data(), end, word);
-  return at == nullptr ? std::string_view() : std::string_view(at, end);
+  const size_t at = FindBytes(text, word);
+  return at == std::string_view::npos ? std::string_view() : text.substr(at);
 }
 
 std::optional<uint32_t> FindNumber(std::string_view text, std::string_view word) {

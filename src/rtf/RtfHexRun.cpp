@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "rtf/ScratchConversion.h"
+#include "Platform/CodePages.h"
 
 namespace tarn {
 namespace {
@@ -69,7 +69,7 @@ bool DecodeRtfHexRun(std::string_view& text, RtfScanOutput& output, uint32_t cod
   char16_t* const units = longRun ? longRun.get() : shortRun.data();
   // 0 is the code page of the system.
   const uint32_t page = codePage == 0 ? platform::AnsiCodePage() : codePage;
-  const std::u16string_view decoded = FromCodePage(page, bytes, {units, room});
+  const std::u16string_view decoded(units, platform::BytesToUtf16(page, bytes, {units, room}));
   if (decoded.empty()) return true;
   if (!output.makeRoomForUnits(offset, bytes.size(), decoded.size())) return false;
   output.rewind(offset);

@@ -4,8 +4,8 @@
 #include <array>
 #include <charconv>
 
+#include "Platform/CodePages.h"
 #include "rtf/CodePageForText.h"
-#include "rtf/ScratchConversion.h"
 
 namespace tarn {
 namespace {
@@ -117,10 +117,10 @@ void RtfTextWriter::writeBeyondAscii(std::string_view text) {
   if (text.size() > INT32_MAX) return check(StatusBadArgument);  // beyond what a conversion takes
   TrackedBuffer<char16_t> wide;
   if (wide.reserve(text.size()) == nullptr) return check(wide.lastError());
-  const std::u16string_view units =
-      FromCodePage(platform::kCodePageUtf8, text, {wide.data(), text.size()});
-  if (units.empty()) return check(StatusBadArgument);
-  writeWide(units);
+  const size_t units =
+      platform::BytesToUtf16(platform::kCodePageUtf8, text, {wide.data(), text.size()});
+  if (units == 0) return check(StatusBadArgument);
+  writeWide({wide.data(), units});
 }
 
 void RtfTextWriter::writeWide(std::u16string_view text) {
@@ -193,9 +193,9 @@ void RtfTextWriter::writeRun(uint32_t codePage, std::u16string_view text) {
   const size_t room = 2 * text.size();
   const auto scratch = AllocateBlock<char>(room, TARN_HERE);
   if (!scratch) return check(StatusOutOfMemory);
-  const std::string_view bytes = ToCodePage(codePage, text, {scratch.get(), room});
-  if (bytes.empty()) return check(StatusBadArgument);
-  for (const char& byte : bytes) {
+  const size_t size = platform::Utf16ToBytes(codePage, text, {scratch.get(), room}).size;
+  if (size == 0) return check(StatusBadArgument);
+  for (const char& byte : std::string_view(scratch.get(), size)) {
     const auto value = static_cast<uint8_t>(byte);
     if (value >= 128) {
       appendOrLeaveOut(Escape(value));

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <span>
+#include <string_view>
 
 #include "Common/ByteSearch.h"
 
@@ -15,20 +17,25 @@ constexpr std::string_view kLeftoverTag = "<div>&nbsp;value=\"/";
 constexpr std::string_view kTagEnd = "\">";
 constexpr std::string_view kReference = "&#";
 
-void Blank(char* from, const char* to) { std::fill_n(from, to - from, ' '); }
+constexpr size_t kNowhere = std::string_view::npos;
+
+void Blank(std::span<char> bytes, size_t from, size_t to) {
+  std::fill_n(bytes.data() + from, to - from, ' ');
+}
 
 // Blanks each leftover tag through the next tag end. False ends the scrubbing: a tag end is before
 // the tag, in the text that should be kept.
-bool BlankLeftoverTags(char* start, const char* end) {
-  const char* at = FindBytes(start, end, kLeftoverTag);
-  while (at != nullptr && at < end) {
-    const char* const tag = FindBytes(at, end, kLeftoverTag);
-    const char* const tagEnd = FindBytes(at, end, kTagEnd);
-    if (tag == nullptr || tagEnd == nullptr) return true;
-    const char* const after = tagEnd + kTagEnd.size();
+bool BlankLeftoverTags(std::span<char> bytes) {
+  const std::string_view text(bytes.data(), bytes.size());
+  size_t at = FindBytes(text, kLeftoverTag);
+  while (at < text.size()) {
+    const size_t tag = FindBytes(text, kLeftoverTag, at);
+    const size_t tagEnd = FindBytes(text, kTagEnd, at);
+    if (tag == kNowhere || tagEnd == kNowhere) return true;
+    const size_t after = tagEnd + kTagEnd.size();
     if (after == tag) return true;
     if (after < tag) return false;
-    Blank(start + (tag - start), after);
+    Blank(bytes, tag, after);
     at = after;
   }
   return true;
@@ -36,7 +43,7 @@ bool BlankLeftoverTags(char* start, const char* end) {
 
 // Do the digits after a "&#" name a control character that is to go? The second byte is looked at
 // only where the first leaves the answer open. 3 to 9, 10 and 13 stay.
-bool NamesControlCharacter(const char* digits) {
+bool NamesControlCharacter(std::string_view digits) {
   switch (digits[0]) {
     case '1':
       return digits[1] != '0' && digits[1] != '3';
@@ -51,16 +58,17 @@ bool NamesControlCharacter(const char* digits) {
 
 // Blanks the first run of references to control characters. Anything else that looks like a
 // reference ends it, and so does a ";" in the text between two of them.
-void BlankLeadingReferences(char* start, const char* end) {
-  constexpr ptrdiff_t kTooLong = 5;
-  const char* at = FindBytes(start, end, kReference);
-  while (at != nullptr && at < end) {
-    const char* const reference = FindBytes(at, end, kReference);
-    const char* const semicolon = FindByte(at, end, ';');
-    if (reference == nullptr || semicolon == nullptr || semicolon < reference) return;
+void BlankLeadingReferences(std::span<char> bytes) {
+  constexpr size_t kTooLong = 5;
+  const std::string_view text(bytes.data(), bytes.size());
+  size_t at = FindBytes(text, kReference);
+  while (at < text.size()) {
+    const size_t reference = FindBytes(text, kReference, at);
+    const size_t semicolon = FindByte(text, ';', at);
+    if (reference == kNowhere || semicolon == kNowhere || semicolon < reference) return;
     if (semicolon - reference >= kTooLong) return;
-    if (!NamesControlCharacter(reference + kReference.size())) return;
-    Blank(start + (reference - start), semicolon + 1);
+    if (!NamesControlCharacter(text.substr(reference + kReference.size()))) return;
+    Blank(bytes, reference, semicolon + 1);
     at = semicolon + 1;
   }
 }
@@ -69,9 +77,9 @@ void BlankLeadingReferences(char* start, const char* end) {
 
 Status ScrubHtmlBody(char* text, uint64_t length) {
   if (text == nullptr) return StatusOk;
-  const char* const nul = FindByte(text, text + length, '\0');
-  const char* const end = nul != nullptr ? nul : text + length;
-  if (BlankLeftoverTags(text, end)) BlankLeadingReferences(text, end);
+  const size_t nul = FindByte({text, length}, '\0');
+  const std::span<char> bytes(text, std::min<size_t>(nul, length));
+  if (BlankLeftoverTags(bytes)) BlankLeadingReferences(bytes);
   return StatusOk;
 }
 
