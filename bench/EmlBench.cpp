@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::string_view kFields = "From: a\r\nTo: b\r\nDate: c\r\n";
 
-int32_t CountAttachment(void* user, TrackedBuffer<char>*, const char16_t*, PropertyList*) {
+Status CountAttachment(void* user, TrackedBuffer<char>*, const char16_t*, PropertyList*) {
   ++*static_cast<uint64_t*>(user);
   return StatusOk;
 }

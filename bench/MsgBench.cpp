@@ -94,8 +94,11 @@ void MakeDocuments(benchmark::State& state, const std::string& bytes, bool textO
   const MailFile file(bytes);
   for (auto _ : state) {
     tarn::PstFilterData data;
-    uint32_t kind = 3;
-    if (ReadMsgDocument(file.path(), data, kind, textOnly, nullptr) != StatusOk) std::abort();
+    tarn::DocumentRequest request;
+    request.path = file.path();
+    request.textOnly = textOnly;
+    tarn::DocumentResult result;
+    if (!ReadMsgDocument(request, data, result).ok()) std::abort();
     benchmark::DoNotOptimize(data.document.data());
   }
   state.SetBytesProcessed(static_cast<int64_t>(file.size()) * state.iterations());
@@ -133,7 +136,7 @@ void SmallStreams(benchmark::State& state) {
       tarn::CompoundStorage storage{&compound};
       for (const auto& name : ListEntryNames(storage, "/")) {
         tarn::SizedBytes bytes;
-        ReadMsgStream(storage, name, bytes);
+        if (ReadMsgStream(storage, name, bytes).failed()) std::abort();
         benchmark::DoNotOptimize(bytes.data());
       }
     }
@@ -157,17 +160,20 @@ void ExtractLarge(benchmark::State& state) {
   const MailFile file(msg.write());
   const MailFile target("", "MsgBench.out");
   const tarn::AttachmentRequest request = {
-      1, 0,
-      [](void* user, tarn::TrackedBuffer<char>* data, const char16_t*, tarn::PropertyList*) {
+      1, false,
+      [](void* user, tarn::TrackedBuffer<char>* data, const char16_t*,
+         tarn::PropertyList*) -> tarn::Status {
         const auto* const path = static_cast<const MailFile*>(user)->path();
-        return WriteFile(path, data->data(), data->length()) ? int32_t{StatusOk}
-                                                             : StatusWriteFailed;
+        return WriteFile(path, data->data(), data->length()) ? StatusOk : StatusWriteFailed;
       },
       const_cast<MailFile*>(&target)};
   for (auto _ : state) {
     tarn::PstFilterData data;
-    uint32_t kind = 3;
-    if (ReadMsgDocument(file.path(), data, kind, true, &request) != StatusOk) std::abort();
+    tarn::DocumentRequest wanted;
+    wanted.path = file.path();
+    wanted.attachments = &request;
+    tarn::DocumentResult none;
+    if (!ReadMsgDocument(wanted, data, none).ok()) std::abort();
   }
   state.SetBytesProcessed(static_cast<int64_t>(kLarge) * state.iterations());
 }

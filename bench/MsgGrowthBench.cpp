@@ -80,28 +80,32 @@ class Files {
   std::array<std::u16string, 3> paths_;
 };
 
-int32_t CountCall(void* calls, tarn::TrackedBuffer<char>*, const char16_t*, tarn::PropertyList*) {
+tarn::Status CountCall(void* calls, tarn::TrackedBuffer<char>*, const char16_t*,
+                       tarn::PropertyList*) {
   ++*static_cast<int*>(calls);
   return StatusOk;
 }
 
-void Walk(const char16_t* path, uint32_t infoOnly, int expected) {
+void Walk(const char16_t* path, bool infoOnly, int expected) {
   int calls = 0;
   const tarn::AttachmentRequest request = {tarn::kAllAttachments, infoOnly, CountCall, &calls};
   tarn::PstFilterData data;
-  uint32_t kind = DocumentNone;
-  if (ReadMsgDocument(path, data, kind, true, &request) != StatusOk) std::abort();
+  tarn::DocumentRequest wanted;
+  wanted.path = path;
+  wanted.attachments = &request;
+  tarn::DocumentResult none;
+  if (!ReadMsgDocument(wanted, data, none).ok()) std::abort();
   if (calls != expected) std::abort();
 }
 
 void List(benchmark::State& state, SiblingShape shape) {
   const Files files(Mail, shape);
-  MeasureGrowth(state, [&](size_t size) { Walk(files[size], 1, kFewest << size); });
+  MeasureGrowth(state, [&](size_t size) { Walk(files[size], true, kFewest << size); });
 }
 
 void Embedded(benchmark::State& state, SiblingShape shape) {
   const Files files(Wrapper, shape);
-  MeasureGrowth(state, [&](size_t size) { Walk(files[size], 0, 1); });
+  MeasureGrowth(state, [&](size_t size) { Walk(files[size], false, 1); });
 }
 
 void Images(benchmark::State& state, SiblingShape shape, bool toFiles) {
@@ -110,10 +114,12 @@ void Images(benchmark::State& state, SiblingShape shape, bool toFiles) {
     std::filesystem::path folder;
     {
       tarn::PstFilterData data;
-      data.useTempFile = toFiles ? 1 : 0;
-      uint32_t kind = DocumentNone;
-      if (ReadMsgDocument(files[size], data, kind, false, nullptr) != StatusOk) std::abort();
-      if (data.attachmentStatus != StatusOk) std::abort();
+      data.useTempFile = toFiles;
+      tarn::DocumentRequest request;
+      request.path = files[size];
+      tarn::DocumentResult result;
+      if (!ReadMsgDocument(request, data, result).ok()) std::abort();
+      if (!data.attachmentStatus.ok()) std::abort();
       std::u16string name = data.tempDirectory;
       while (name.ends_with(u'\\')) name.pop_back();
       folder = name;

@@ -14,16 +14,18 @@ using PropertyList = TrackedBuffer<AttachmentProperty>;
 inline constexpr uint32_t kAllAttachments = UINT32_MAX;
 
 // Takes one attachment: its bytes, its file name (wide, or null) and its properties (or null). The
-// callback may empty the buffer or the list and so make their blocks its own. 1 goes on, 2 stops
-// with success, anything else stops with that code.
-using AttachmentCallback = int32_t (*)(void* user, TrackedBuffer<char>* data, const char16_t* name,
-                                       PropertyList* properties);
+// callback may empty the buffer or the list and so make their blocks its own.
+//   StatusOk    go on
+//   StatusDone  stop with success
+//   others      stop with that status
+using AttachmentCallback = Status (*)(void* user, TrackedBuffer<char>* data, const char16_t* name,
+                                      PropertyList* properties);
 
 struct AttachmentRequest {
-  uint32_t index;     // 1-based number of the wanted attachment, or kAllAttachments
-  uint32_t infoOnly;  // 1: the properties are wanted, and the bytes only if they are at hand
-  AttachmentCallback callback;
-  void* user;
+  uint32_t index = kAllAttachments;  // 1-based number of the wanted attachment, or all
+  bool infoOnly = false;  // the properties are wanted, and the bytes only if they are at hand
+  AttachmentCallback callback = nullptr;
+  void* user = nullptr;
 };
 
 }  // namespace tarn

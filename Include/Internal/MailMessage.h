@@ -1,8 +1,7 @@
 // MailMessage.h - a message of a PST store or an MSG file between its reader and the renderer.
 //
 // The reader fills the header fields and a body; the renderer puts the header block into the body;
-// the driver copies the finished text out. Every text is UTF-8 unless a field says otherwise, and
-// its length may count one trailing NUL.
+// the driver moves the finished text out. Every text is UTF-8 unless a field says otherwise.
 #ifndef TARN_INTERNAL_MAILMESSAGE_H
 #define TARN_INTERNAL_MAILMESSAGE_H
 
@@ -11,10 +10,9 @@
 namespace tarn {
 
 struct MailMessage {
-  int32_t inlineStatus = StatusOk;  // first failure of the inline attachments of an MSG file
-  SizedBytes text;                  // plain body: raw UTF-16 of a store, UTF-8 of an MSG file
-  char* compressedRtf = nullptr;    // owned; held only while an MSG file is being read
-  SizedBytes body;                  // HTML or RTF; after rendering, the whole document
+  Status inlineStatus;  // first failure of the inline attachments of an MSG file
+  SizedBytes text;      // plain body: raw UTF-16 of a store, UTF-8 of an MSG file
+  SizedBytes body;      // HTML or RTF; after rendering, the whole document
   SizedBytes from;
   SizedBytes fromAddress;  // MSG only, and only with an "@" in it
   SizedBytes to;
@@ -25,25 +23,13 @@ struct MailMessage {
   SizedBytes originalAuthor;  // MSG only
   SizedBytes importance;      // as ImportanceText writes it; empty for a normal message
   uint32_t attachmentCount = 0;
+  // Of an unknown kind, so that no body came of it; MSG only. Freed first, then all from
+  // `importance` up.
+  KernelBlock<char> compressedRtf;
 
   MailMessage() = default;
   MailMessage(const MailMessage&) = delete;
   MailMessage& operator=(const MailMessage&) = delete;
-  ~MailMessage() {
-    if (compressedRtf != nullptr) KernelFree(compressedRtf, TARN_HERE);
-    compressedRtf = nullptr;
-    importance.release();
-    originalAuthor.release();
-    bcc.release();
-    cc.release();
-    sent.release();
-    subject.release();
-    to.release();
-    fromAddress.release();
-    from.release();
-    body.release();
-    text.release();
-  }
 };
 
 // The messages of a store. Nothing looks at a message before the wanted one once it has been read,

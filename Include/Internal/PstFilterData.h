@@ -20,7 +20,7 @@ inline constexpr int32_t kPathCapacity = 264;
 struct PstFilterData {
   uint32_t signature = kFilterDataSignature;
   TrackedBuffer<char> document;  // its length is the size the sibling is told
-  int32_t siblingFormat = 0;     // TarnSibling
+  int32_t siblingFormat = 0;     // TarnSibling, or what a sibling made of it
   int32_t pageNumber = 0;        // as the sibling reported them
   int32_t pageCount = 0;
   TrackedBuffer<char*> inlineFiles{0, 5, 1};  // UTF-8 paths of images on disk, owned blocks
@@ -31,19 +31,19 @@ struct PstFilterData {
   int32_t xResolution = 0;  // from the sibling, later the host's wish
   int32_t yResolution = 0;
   uint64_t dataSize = 0;
-  int32_t sniffedFormat = 0;             // TarnFormat to report, set when the record is first used
-  int32_t readerFormat = FormatNone;     // TarnFormat of the reader that made the document
+  TarnFormat sniffedFormat = {};         // to report; set when the record is first used
+  TarnFormat readerFormat = FormatNone;  // of the reader that made the document
   int32_t messageCount = 0;              // messages in a PST
-  uint32_t useTempFile = 0;              // 1: HTML and inline images go to the sibling as files
-  int32_t attachmentStatus = StatusOk;   // first failure of inline attachments
+  bool useTempFile = false;              // HTML and inline images go to the sibling as files
+  Status attachmentStatus;               // first failure of inline attachments
   HostRasterOptions rasterOptions = {};  // for which the sibling was last asked
   uint32_t inlineCount = 0;
   uint32_t attachmentCount = 0;
 
   // Frees the paths, not the files: those are DestroyFilterData's to delete.
   ~PstFilterData() {
-    for (uint64_t i = 0; i < inlineFiles.length(); ++i) {
-      if (inlineFiles.data()[i] != nullptr) KernelFree(inlineFiles.data()[i], TARN_HERE);
+    for (char* const path : inlineFiles.elements()) {
+      if (path != nullptr) KernelFree(path, TARN_HERE);
     }
   }
 };

@@ -1,10 +1,22 @@
 #include "Common/ApiUtils.h"
 
-#include <string_view>
+#include <algorithm>
 
 namespace tarn {
 
 uint64_t WideLength(const char16_t* text) { return std::u16string_view(text).size(); }
+
+bool ConvertToWide(std::string_view utf8, std::span<char16_t> room) {
+  std::fill(room.begin(), room.end(), u'\0');
+  return utf8.empty() || KernelUtf8ToWide(utf8.data(), static_cast<int64_t>(utf8.size()),
+                                          room.data(), static_cast<int64_t>(room.size())) != 0;
+}
+
+uint64_t ConvertToUtf8(std::u16string_view wide, std::span<char> room) {
+  const int64_t written = KernelWideToUtf8(wide.data(), static_cast<int64_t>(wide.size()),
+                                           room.data(), static_cast<int64_t>(room.size()));
+  return static_cast<uint64_t>(std::max<int64_t>(written, 0));
+}
 
 WideText::WideText(const char* utf8) {
   if (utf8 == nullptr || *utf8 == '\0') {
@@ -38,8 +50,7 @@ Utf8Text::Utf8Text(const char16_t* wide) {
     status_ = StatusOutOfMemory;
     return;
   }
-  if (KernelWideToUtf8(wide, static_cast<int64_t>(units), block_.get(),
-                       static_cast<int64_t>(bytes)) <= 0) {
+  if (ConvertToUtf8({wide, units}, {block_.get(), bytes}) == 0) {
     status_ = StatusPathToUtf8Failed;
     return;
   }

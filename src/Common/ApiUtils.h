@@ -6,40 +6,55 @@
 #ifndef TARN_COMMON_APIUTILS_H
 #define TARN_COMMON_APIUTILS_H
 
+#include <span>
+#include <string_view>
+
 #include "Internal/Tarnclasses_.h"
 
 namespace tarn {
 
-// The number of units in front of the NUL.
+// The number of units before the NUL.
 uint64_t WideLength(const char16_t* text);
+
+// All of a UTF-8 text as UTF-16, in room for more units than the text has bytes. Zeros follow it,
+// so that it ends where the conversion does: not every kernel tells how many units it wrote. False
+// when the text is no UTF-8; then the room has anything.
+bool ConvertToWide(std::string_view utf8, std::span<char16_t> room);
+
+// All of a UTF-16 text as UTF-8, and the number of bytes; 0 when the kernel converts none.
+uint64_t ConvertToUtf8(std::u16string_view wide, std::span<char> room);
 
 // The wide form of a UTF-8 text. The empty text converts to the empty text without an allocation.
 class WideText {
  public:
   explicit WideText(const char* utf8);
-  // Null when there was no memory or the text is no UTF-8.
+  // Null unless the status is StatusOk.
   const char16_t* get() const { return text_; }
-  // 1; -1 without memory; -1488 for text that is no UTF-8.
-  int32_t status() const { return status_; }
+  //   StatusOk
+  //   StatusOutOfMemory
+  //   StatusPathFromUtf8Failed  the text is no UTF-8
+  Status status() const { return status_; }
 
  private:
   KernelBlock<char16_t> block_;
   const char16_t* text_ = nullptr;
-  int32_t status_ = StatusOk;
+  Status status_;
 };
 
-// The UTF-8 form of a wide text, likewise. Status -1 without memory; -1851 when the conversion
-// failed.
+// The UTF-8 form of a wide text, likewise.
 class Utf8Text {
  public:
   explicit Utf8Text(const char16_t* wide);
   const char* get() const { return text_; }
-  int32_t status() const { return status_; }
+  //   StatusOk
+  //   StatusOutOfMemory
+  //   StatusPathToUtf8Failed
+  Status status() const { return status_; }
 
  private:
   KernelBlock<char> block_;
   const char* text_ = nullptr;
-  int32_t status_ = StatusOk;
+  Status status_;
 };
 
 // Closes a file on every way out.

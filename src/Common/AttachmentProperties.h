@@ -7,18 +7,21 @@
 namespace tarn {
 
 // Appends a property to the list, name and value turned from UTF-8 into UTF-16 and cut to 127
-// units each, even inside a surrogate pair. `valueLength` may be kNulTerminated. The whole value is
-// converted; what is kept ends at its first NUL. 1; 0 when a text that is not empty is no UTF-8, be
-// it after that NUL; -1 without memory; else the list's last error.
-int32_t AddAttachmentProperty(PropertyList& list, const char* name, const char* value,
-                              uint64_t valueLength = kNulTerminated);
+// units each, even inside a surrogate pair. The whole value is converted; what is kept ends at its
+// first NUL.
+//   StatusOk
+//   StatusFailed       a text that is not empty is no UTF-8, be it after that NUL
+//   StatusOutOfMemory
+//   others             the list's last error
+Status AddAttachmentProperty(PropertyList& list, std::string_view name, std::string_view value);
 
 // The same for a value that is UTF-16 already; it ends at its first NUL too.
-int32_t AddWideAttachmentProperty(PropertyList& list, const char* name, std::u16string_view value);
+Status AddWideAttachmentProperty(PropertyList& list, std::string_view name,
+                                 std::u16string_view value);
 
 // The same for a FILETIME: seconds since 1970 in decimal digits. Times before that come out as
 // large unsigned numbers.
-int32_t AddTimeAttachmentProperty(PropertyList& list, const char* name, uint64_t fileTime);
+Status AddTimeAttachmentProperty(PropertyList& list, std::string_view name, uint64_t fileTime);
 
 }  // namespace tarn
 

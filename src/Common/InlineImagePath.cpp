@@ -1,5 +1,6 @@
 #include <array>
 
+#include "Common/ApiUtils.h"
 #include "Common/ByteSearch.h"
 #include "Common/InlineImages.h"
 #include "Platform/Directories.h"
@@ -19,9 +20,10 @@ uint64_t LengthWithin(const char16_t (&directory)[kPathCapacity]) {
 }
 
 // Makes a directory of a new name; the name stays empty when that fails.
-int32_t MakeImageDirectory(char16_t (&directory)[kPathCapacity]) {
-  int32_t status = KernelTempFileName(nullptr, directory, kPathCapacity, 1, u"pst", nullptr);
-  if (status == StatusOk) {
+Status MakeImageDirectory(char16_t (&directory)[kPathCapacity]) {
+  Status status =
+      Status::FromCode(KernelTempFileName(nullptr, directory, kPathCapacity, 1, u"pst", nullptr));
+  if (status.ok()) {
     // The name is what is wanted, not the file that came with it.
     KernelDeleteFile(directory);
     if (platform::MakeDirectory(directory) != platform::DirectoryStatus::Failed) return StatusOk;
@@ -46,7 +48,7 @@ class PathWriter {
     return *this;
   }
 
-  int32_t status() const { return overflow_ ? StatusPathOverflow : StatusOk; }
+  Status status() const { return overflow_ ? StatusPathOverflow : StatusOk; }
 
  private:
   char* path_;
@@ -57,15 +59,13 @@ class PathWriter {
 // "text_name", the name and an "@" behind it taken out of the text.
 void AddFileName(PathWriter& path, std::string_view text, std::string_view name) {
   if (!text.empty()) {
-    const char* const end = text.data() + text.size();
-    const char* const found = FindBytes(text.data(), end, name);
-    if (found == nullptr) {
+    const size_t found = FindBytes(text, name);
+    if (found == std::string_view::npos) {
       path.add(text);
     } else {
-      const auto before = static_cast<size_t>(found - text.data());
-      std::string_view tail = text.substr(before + name.size());
+      std::string_view tail = text.substr(found + name.size());
       if (tail.starts_with('@')) tail.remove_prefix(1);
-      path.add(text.substr(0, before)).add(tail);
+      path.add(text.substr(0, found)).add(tail);
     }
     path.add("_");
   }
@@ -78,13 +78,12 @@ std::string_view TextOrEmpty(const char* text) {
 
 }  // namespace
 
-int32_t MakeInlineImagePath(char (&path)[kPathCapacity], char16_t (&directory)[kPathCapacity],
-                            const char* text, const char* name) {
+Status MakeInlineImagePath(char (&path)[kPathCapacity], char16_t (&directory)[kPathCapacity],
+                           const char* text, const char* name) {
   path[0] = '\0';
   uint64_t length = LengthWithin(directory);
   if (length == 0) {
-    const int32_t made = MakeImageDirectory(directory);
-    if (made != StatusOk) return made;
+    if (const Status made = MakeImageDirectory(directory); !made.ok()) return made;
     length = LengthWithin(directory);
     if (length + 1 < kPathCapacity && !IsSeparator(directory[length - 1])) {
       directory[length++] = u'\\';
@@ -94,12 +93,11 @@ int32_t MakeInlineImagePath(char (&path)[kPathCapacity], char16_t (&directory)[k
 
   // Room for three bytes a unit and a NUL; so much never fails for being too long.
   std::array<char, 3 * kPathCapacity + 1> utf8;
-  const int64_t bytes =
-      KernelWideToUtf8(directory, static_cast<int64_t>(length), utf8.data(), utf8.size());
-  if (bytes <= 0) return StatusPathToUtf8Failed;
+  const uint64_t bytes = ConvertToUtf8({directory, length}, utf8);
+  if (bytes == 0) return StatusPathToUtf8Failed;
 
   PathWriter writer(path);
-  writer.add(std::string_view(utf8.data(), static_cast<size_t>(bytes)));
+  writer.add({utf8.data(), bytes});
   AddFileName(writer, TextOrEmpty(text), TextOrEmpty(name));
   return writer.status();
 }

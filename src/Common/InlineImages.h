@@ -46,33 +46,38 @@ constexpr uint64_t BodyLimit(uint64_t fileSize) {
 // refer to it. With a pass, needle and searchOffset are those of AimAtReference (ImageAim.h), and
 // the body changes when the pass is finished.
 //
-//   1      done; a body without references keeps its block
-//   0      the data: URL of a small image does not fit the room of 1.4 times its size: sizes 1 to
-//          14 and some up to 52
-//   -13    data: URL of an image without bytes
-//   -1     no memory, or the body would outgrow its limit. Replacements are made all at once: the
-//          body is then as it was
-//   other  failures of MakeInlineImagePath; -1488 for a path that is no UTF-8; -1490 and -5 as the
-//          kernel maps them, for an image file that could not be made or written
+//   StatusOk                  also for a body without references, which keeps its block
+//   StatusFailed              the data: URL of a small image does not fit the room of 1.4 times its
+//                             size: sizes 1 to 14 and some up to 52
+//   StatusBadArgument         data: URL of an image without bytes
+//   StatusOutOfMemory         or the body would outgrow its limit. Replacements are made all at
+//                             once: the body is then as it was
+//   StatusPathFromUtf8Failed  for the path of the image's file
+//   others                    failures of MakeInlineImagePath; StatusCreateFailed and
+//                             StatusWriteFailed as the kernel maps them
 //
 // A file that could not be written or recorded for lack of memory is deleted; one whose path only
-// found no place in the grown list stays behind unrecorded.
-int32_t RewriteInlineImage(InlineImageContext& context, const char* block, uint64_t size,
-                           uint32_t* replacements = nullptr);
+// found no place in the grown list stays without a record.
+Status RewriteInlineImage(InlineImageContext& context, std::string_view image,
+                          uint32_t* replacements = nullptr);
 
 // The path of an image's file in the record's image directory, UTF-8 and terminated:
 //
 //   text                path
 //   null or empty       <directory>name
-//   name@tail           <directory>tail_name     (and before name in the text: in front of tail)
+//   name@tail           <directory>tail_name     (what comes before name: before tail)
 //   name                <directory>_name
 //   without the name    <directory>text_name
 //
 // An empty `directory` is made first, under a new temporary name, and named with a separator at its
-// end; when that fails it stays empty. 1; a failure of KernelTempFileName; -1490 when the directory
-// could not be made; -1851 when its name is no text; -290 when the path is 263 bytes or longer.
-int32_t MakeInlineImagePath(char (&path)[kPathCapacity], char16_t (&directory)[kPathCapacity],
-                            const char* text, const char* name);
+// end; when that fails it stays empty.
+//   StatusOk
+//   StatusCreateFailed      the directory could not be made
+//   StatusPathToUtf8Failed  its name is no text
+//   StatusPathOverflow      the path is 263 bytes or longer
+//   others                  failures of KernelTempFileName
+Status MakeInlineImagePath(char (&path)[kPathCapacity], char16_t (&directory)[kPathCapacity],
+                           const char* text, const char* name);
 
 }  // namespace tarn
 

@@ -1,5 +1,6 @@
 #include "eml/AttachmentReport.h"
 
+#include "Common/ApiUtils.h"
 #include "Common/AttachmentProperties.h"
 #include "eml/EncodedWords.h"
 #include "eml/HeaderSearch.h"
@@ -35,8 +36,8 @@ bool CountByDisposition(ContentDisposition disposition, EmlMessage& message) {
 // Failures of the three looked-up properties count; those of the other three are passed over.
 Status AddProperties(PropertyList& list, const EmlPart& part, std::string_view headers,
                      std::string_view disposition) {
-  const auto addQuietly = [&list](const char* name, std::string_view value) {
-    Status(AddAttachmentProperty(list, name, value.data(), value.size())).ignore();
+  const auto addQuietly = [&list](std::string_view name, std::string_view value) {
+    AddAttachmentProperty(list, name, value).ignore();
   };
   for (const std::string_view key : {"creation-date=", "modification-date="}) {
     const Status added = AddHeaderParameterProperty(list, disposition, key);
@@ -61,13 +62,9 @@ Status ReadFileName(std::string_view disposition, KernelBlock<char16_t>& name) {
   if (const Status status = DecodeParameterValue(*value, decoded); !status.ok()) return status;
   const std::string_view text = decoded.text();
   const uint64_t room = text.size() + 1;
-  // Cleared, so that the name ends where the conversion does: not every kernel tells the units.
-  name = AllocateZeroBlock<char16_t>(room, TARN_HERE);
+  name = AllocateBlock<char16_t>(room, TARN_HERE);
   if (!name) return StatusOutOfMemory;
-  if (text.empty()) return StatusOk;
-  const int64_t converted = KernelUtf8ToWide(text.data(), static_cast<int64_t>(text.size()),
-                                             name.get(), static_cast<int64_t>(room));
-  return converted != 0 ? StatusOk : StatusFailed;
+  return ConvertToWide(text, {name.get(), room}) ? StatusOk : StatusFailed;
 }
 
 // The part's own block goes to the callback, and comes back unless the callback keeps it: a copy
@@ -93,7 +90,7 @@ Status AddHeaderParameterProperty(PropertyList& list, std::string_view text, std
 
   SizedBytes decoded;
   if (const Status status = DecodeParameterValue(*value, decoded); !status.ok()) return status;
-  return AddAttachmentProperty(list, key.data(), decoded.data(), decoded.text().size());
+  return AddAttachmentProperty(list, key, decoded.text());
 }
 
 Status ReportEmlAttachment(const AttachmentRequest* request, EmlPart& part, EmlMessage& message,

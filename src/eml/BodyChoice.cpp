@@ -55,7 +55,7 @@ Status PlaceImage(EmlPart& part, EmlMessage& message, const ImagePlacing& images
   if (!aimed.ok()) return aimed;
   if (found) {
     if (const Status decoded = EnsureDecoded(part); !decoded.ok()) return decoded;
-    const Status put = RewriteInlineImage(context, part.decoded.data(), part.decoded.length());
+    const Status put = RewriteInlineImage(context, part.decoded.view());
     if (!put.ok()) return put;
     imageIsLost = false;
     if (context.pass == nullptr) images.budget.spend(message.body.length());

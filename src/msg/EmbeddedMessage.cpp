@@ -7,6 +7,7 @@
 #include "Common/ApiUtils.h"
 #include "compound/CompoundStream.h"
 #include "msg/MsgStreams.h"
+#include "msg/PropertyStreams.h"
 
 namespace tarn {
 namespace {
@@ -34,8 +35,8 @@ struct CopyBudget {
 };
 
 // Reads a stream whole; without one, nothing.
-int32_t ReadAll(CompoundStream* stream, TrackedBuffer<char>& buffer, CopyBudget& budget) {
-  buffer.setLength(0);
+Status ReadAll(CompoundStream* stream, TrackedBuffer<char>& buffer, CopyBudget& budget) {
+  buffer.clear();
   const uint64_t length = stream != nullptr ? stream->size() : 0;
   if (length == 0) return StatusOk;
   if (length > stream->file->size() || length > budget.bytes) return StatusOutOfMemory;
@@ -48,7 +49,7 @@ int32_t ReadAll(CompoundStream* stream, TrackedBuffer<char>& buffer, CopyBudget&
 }
 
 // Writes the bytes from the stream's position on; no stream takes none.
-int32_t WriteAll(CompoundStream* stream, const TrackedBuffer<char>& buffer, bool widen) {
+Status WriteAll(CompoundStream* stream, const TrackedBuffer<char>& buffer, bool widen) {
   const uint64_t length = buffer.length();
   const ByteView bytes(reinterpret_cast<const unsigned char*>(buffer.data()), length);
   uint64_t written = 0;
@@ -60,53 +61,58 @@ int32_t WriteAll(CompoundStream* stream, const TrackedBuffer<char>& buffer, bool
   } else if (stream != nullptr) {
     written = StreamWrite(*stream, stream->position, bytes);
   }
-  return written == length ? int32_t{StatusOk} : int32_t{StatusWriteFailed};
+  return written == length ? StatusOk : StatusWriteFailed;
 }
 
-// Copies the tree of a storage to the target's path. Returns what ExportEmbeddedMessage does.
-int32_t CopyStorageTree(const CompoundStorage& target, std::string_view targetPath,
-                        const CompoundStorage& source, std::string_view sourcePath,
-                        CopyBudget& budget, uint32_t depth = 0) {
+// A storage of a file.
+struct StoragePlace {
+  CompoundFile& file;
+  std::string_view path;
+};
+
+// Copies what is in a storage. StatusOk; kNothingToCopy; else a failure.
+Status CopyStorageTree(StoragePlace target, StoragePlace source, CopyBudget& budget,
+                       uint32_t depth = 0) {
   if (depth > kDeepestStorage) return StatusOutOfMemory;
-  const KernelVector<KernelString> names = ListEntryNames(source, sourcePath);
+  const KernelVector<KernelString> names = source.file.list(source.path);
   if (names.empty()) return kNothingToCopy;
 
-  const bool atRoot = targetPath.size() <= 1;
-  const KernelString targetDirectory = AsDirectory(targetPath);
-  const KernelString sourceDirectory = AsDirectory(sourcePath);
+  const bool atRoot = target.path.size() <= 1;
+  const KernelString targetDirectory = AsDirectory(target.path);
+  const KernelString sourceDirectory = AsDirectory(source.path);
   TrackedBuffer<char> buffer;
   for (uint64_t i = 0; i < names.size(); ++i) {
     if (budget.entries == 0) return StatusOutOfMemory;
     --budget.entries;
     const KernelString sourceChild = sourceDirectory + names[i] + "/";
     const KernelString targetChild = targetDirectory + names[i] + "/";
-    int32_t status = StatusOk;
-    if (source.file->isStorage(sourceChild)) {
-      status = CopyStorageTree(target, targetChild, source, sourceChild, budget, depth + 1);
+    Status status;
+    if (source.file.isStorage(sourceChild)) {
+      status = CopyStorageTree({target.file, targetChild}, {source.file, sourceChild}, budget,
+                               depth + 1);
     } else {
-      std::optional<CompoundStream> from = source.file->open(sourceChild);
-      std::optional<CompoundStream> to = target.file->openOrMake(targetChild);
+      std::optional<CompoundStream> from = source.file.open(sourceChild);
+      std::optional<CompoundStream> to = target.file.openOrMake(targetChild);
       status = ReadAll(from ? &*from : nullptr, buffer, budget);
-      const bool widen = atRoot && names[i] == kPropertiesStream;
-      if (status == StatusOk) status = WriteAll(to ? &*to : nullptr, buffer, widen);
+      const bool widen = atRoot && names[i] == msg_stream::kProperties;
+      if (status.ok()) status = WriteAll(to ? &*to : nullptr, buffer, widen);
       const bool flush = atRoot && i + 1 == names.size() && to;
-      if (status == StatusOk && flush) target.file->flush();
+      if (status.ok() && flush) target.file.flush();
     }
-    if (status < StatusOk) return status;
+    if (status.failed()) return status;
   }
   return StatusOk;
 }
 
-int32_t WriteMessage(const CompoundStorage& source, std::string_view path, uint64_t handle) try {
+Status WriteMessage(CompoundFile& source, std::string_view path, uint64_t handle) try {
   CompoundFile target = CompoundFile::create(handle);
   if (target.result() != CompoundOk) return StatusCreateFailed;
-  const CompoundStorage storage{&target};
-  CopyBudget budget(*source.file);
-  const int32_t named =
-      CopyStorageTree(storage, kNamedProperties, source, kNamedProperties, budget);
-  if (named < StatusOk) return named;
-  const int32_t copied = CopyStorageTree(storage, "/", source, path, budget);
-  return copied < StatusOk ? copied : int32_t{StatusOk};
+  CopyBudget budget(source);
+  const Status named =
+      CopyStorageTree({target, kNamedProperties}, {source, kNamedProperties}, budget);
+  if (named.failed()) return named;
+  const Status copied = CopyStorageTree({target, "/"}, {source, path}, budget);
+  return copied.failed() ? copied : StatusOk;
 } catch (const std::bad_alloc&) {
   // The memory file is ended in order all the same.
   return StatusOutOfMemory;
@@ -114,8 +120,8 @@ int32_t WriteMessage(const CompoundStorage& source, std::string_view path, uint6
 
 }  // namespace
 
-int32_t ExportEmbeddedMessage(const CompoundStorage& source, std::string_view path,
-                              TrackedBuffer<char>& data) try {
+Status ExportEmbeddedMessage(const CompoundStorage& source, std::string_view path,
+                             TrackedBuffer<char>& data) try {
   if (ListEntryNames(source, path).empty()) return kNothingToCopy;
 
   uint64_t handle = KERNEL_BAD_HANDLE;
@@ -123,16 +129,16 @@ int32_t ExportEmbeddedMessage(const CompoundStorage& source, std::string_view pa
   const int32_t mode = data.length() != 0 ? KERNEL_MEMFILE_FILLED : KERNEL_MEMFILE_EMPTY;
   const int32_t opened =
       KernelMemFileOpen(&handle, &state, mode, data.data(), data.length(), data.capacity());
-  if (opened != StatusOk) return opened;
+  if (opened != StatusOk) return Status::FromCode(opened);
 
   void* block = data.data();
-  int32_t status = StatusOk;
+  Status status;
   {
     MemoryFileGuard memory;
     memory.open(state, &block);
     {
       const FileGuard file(FileGuard::ReadWrite, handle);
-      status = WriteMessage(source, path, handle);
+      status = WriteMessage(*source.file, path, handle);
     }
     memory.end();
     data.take().take();  // The memory file owns that block, or has moved it.

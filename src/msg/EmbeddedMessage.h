@@ -15,23 +15,23 @@
 
 namespace tarn {
 
-inline constexpr int32_t kNothingToCopy = 2;
+inline constexpr Status kNothingToCopy = StatusDone;
 
 // Writes the file for the storage at `path` into the buffer. Header, tables and directory are
 // written only when the last entry of the storage's listing is a stream; else the bytes hold the
 // streams and nothing that leads to them, and hosts have always got them so.
 //
-// Returns
+// On failure the buffer may hold a block.
 //   StatusOk
-//   kNothingToCopy      there is no such storage, or nothing in it;
-//   StatusOutOfMemory   without memory, for storages nested too deep, for a stream larger than the
-//                       file and for a directory that leads to more than the file holds;
-//   StatusWriteFailed   a stream could not be written whole;
-//   StatusReadFailed    or read whole;
-//   StatusCreateFailed  the new file could not be begun;
-// or what KernelMemFileOpen gave. After a failure the buffer may hold a block.
-int32_t ExportEmbeddedMessage(const CompoundStorage& source, std::string_view path,
-                              TrackedBuffer<char>& data);
+//   kNothingToCopy      there is no such storage, or nothing in it
+//   StatusOutOfMemory   also for storages nested too deep, for a stream larger than the file and
+//                       for a directory that leads to more than the file holds
+//   StatusWriteFailed   a stream could not be written whole
+//   StatusReadFailed    a stream could not be read whole
+//   StatusCreateFailed  there is no file to write to
+//   others              of KernelMemFileOpen
+Status ExportEmbeddedMessage(const CompoundStorage& source, std::string_view path,
+                             TrackedBuffer<char>& data);
 
 }  // namespace tarn
 

@@ -7,9 +7,9 @@
 #include "Common/ImagePass.h"
 #include "Common/InlineImages.h"
 #include "Common/SearchBudget.h"
-#include "msg/AttachmentPath.h"
 #include "msg/MsgAttachments.h"
 #include "msg/MsgStreams.h"
+#include "msg/PropertyStreams.h"
 
 namespace tarn {
 namespace {
@@ -29,43 +29,38 @@ const char* TextOrNull(const SizedBytes& text) {
   return text.isEmptyText() ? nullptr : text.data();
 }
 
-int32_t InlineOneMsgAttachment(const CompoundStorage& storage, AttachmentPath path,
-                               InlineImageContext& context, ImageBudget& budget) {
+Status InlineOneMsgAttachment(const CompoundStorage& storage, AttachmentPath path,
+                              InlineImageContext& context, ImageBudget& budget) {
   SizedBytes name;
-  const int32_t read = ReadMsgTextProperty(storage, path.of("__substg1.0_3707"), name);
-  if (read != StatusOk || name.isEmptyText()) {
-    const int32_t second = ReadMsgTextProperty(storage, path.of("__substg1.0_3704"), name);
-    if (second != StatusOk || name.isEmptyText()) return second;
-  }
+  const Status read = ReadMsgFileName(storage, path, name);
+  if (!read.ok() || name.isEmptyText()) return read;
   SizedBytes contentId;
-  ReadMsgTextProperty(storage, path.of("__substg1.0_3712"), contentId);
-  if (context.body->data() == nullptr || context.body->length() == 0) return StatusOk;
+  ReadMsgTextProperty(storage, path.of(msg_stream::kContentId), contentId).ignore();
+  if (context.body->length() == 0) return StatusOk;
 
   context.name = name.data();
   context.contentId = contentId.data();
   bool found = false;
-  const int32_t searched =
+  const Status searched =
       AimAtReference(context, budget.searches, TextOrNull(contentId), name.data(), found);
-  if (searched != StatusOk || !found) return searched;
+  if (!searched.ok() || !found) return searched;
   if (!path.hasRoomForData()) return StatusOk;
 
-  std::optional<CompoundStream> stream = storage.file->open(path.of("__substg1.0_37010102"));
+  std::optional<CompoundStream> stream = storage.file->open(path.of(msg_stream::kData));
   if (!stream) return StatusOk;
   if (stream->size() > budget.imageBytes) return StatusOutOfMemory;
   budget.imageBytes -= stream->size();
-  KernelBlock<char> image;
-  uint64_t length = 0;
-  const int32_t loaded = ReadWholeStream(&*stream, image, length);
-  if (loaded != StatusOk) return loaded;
-  return RewriteInlineImage(context, image.get(), length);
+  SizedBytes image;
+  const Status loaded = ReadWholeStream(&*stream, image);
+  return loaded.ok() ? RewriteInlineImage(context, image.view()) : loaded;
 }
 
 // The images up to the first that fails.
-int32_t PlaceImages(InlineImageContext& context, const CompoundStorage& storage,
-                    ImageBudget& budget) try {
+Status PlaceImages(InlineImageContext& context, const CompoundStorage& storage,
+                   ImageBudget& budget) try {
   for (const KernelString& name : ListAttachments(storage)) {
-    const int32_t status = InlineOneMsgAttachment(storage, AttachmentPath(name), context, budget);
-    if (status < StatusOk) return status;
+    const Status status = InlineOneMsgAttachment(storage, AttachmentPath(name), context, budget);
+    if (status.failed()) return status;
     ++context.filterData->attachmentCount;
   }
   return StatusOk;
@@ -75,7 +70,7 @@ int32_t PlaceImages(InlineImageContext& context, const CompoundStorage& storage,
 
 }  // namespace
 
-int32_t InlineMsgImages(MailMessage& message, PstFilterData& data, const CompoundStorage& storage) {
+Status InlineMsgImages(MailMessage& message, PstFilterData& data, const CompoundStorage& storage) {
   const uint64_t fileSize = storage.file->size();
   ImageBudget budget(fileSize);
   ImagePass pass(message.body, ImagePass::LimitsFor(fileSize), budget.searches);
@@ -84,10 +79,10 @@ int32_t InlineMsgImages(MailMessage& message, PstFilterData& data, const Compoun
   context.body = &message.body;
   context.bodyLimit = BodyLimit(fileSize);
   context.pass = &pass;
-  const int32_t status = PlaceImages(context, storage, budget);
+  const Status status = PlaceImages(context, storage, budget);
   // What was placed before a failure stays in the body.
-  const int32_t finished = pass.finish();
-  return status == StatusOk ? finished : status;
+  const Status finished = pass.finish();
+  return status.ok() ? finished : status;
 }
 
 }  // namespace tarn

@@ -1,14 +1,14 @@
 #include "msg/MsgAttachments.h"
 
-#include <cstring>
 #include <new>
 #include <optional>
 #include <string_view>
 
+#include "Common/ApiUtils.h"
 #include "Common/AttachmentProperties.h"
-#include "msg/AttachmentPath.h"
 #include "msg/EmbeddedMessage.h"
 #include "msg/MsgStreams.h"
+#include "msg/PropertyStreams.h"
 
 namespace tarn {
 namespace {
@@ -20,17 +20,17 @@ constexpr uint16_t kModificationTime = 0x3008;
 
 struct TextProperty {
   std::string_view stream;
-  const char* name;
+  std::string_view name;
 };
 
 constexpr TextProperty kTextProperties[] = {
-    {"__substg1.0_3712", "Content-ID:"},
-    {"__substg1.0_370E", "MimeType"},
+    {msg_stream::kContentId, "Content-ID:"},
+    {msg_stream::kMimeTag, "MimeType"},
 };
 
 struct TimeProperty {
   uint16_t id;
-  const char* name;
+  std::string_view name;
 };
 
 constexpr TimeProperty kTimeProperties[] = {
@@ -44,15 +44,15 @@ class Delivery {
   Delivery(const CompoundStorage& storage, std::string_view name, const AttachmentRequest& request)
       : storage_(storage), path_(name), request_(request) {}
 
-  int32_t run();
+  // kNoStream for an attachment that is passed over.
+  Status run();
 
  private:
-  void readName();
-  int32_t addTexts();
-  int32_t addTimes();
-  int32_t readData();
-  int32_t exportMessage();
-  int32_t callBack();
+  Status addTexts();
+  Status addTimes();
+  Status readData();
+  Status exportMessage();
+  Status callBack();
 
   const CompoundStorage& storage_;
   AttachmentPath path_;
@@ -62,96 +62,79 @@ class Delivery {
   TrackedBuffer<char> data_{0, 1024, 1};
 };
 
-int32_t Delivery::run() {
-  readName();
+Status Delivery::run() {
+  // A name that cannot be read is no name.
+  ReadMsgFileName(storage_, path_, name_).ignore();
   if (!path_.hasRoomForData()) return StatusOk;
-  int32_t status = StatusOk;
-  if (request_.infoOnly != 0) {
+  Status status;
+  if (request_.infoOnly) {
     status = addTexts();
-    if (status == StatusOk) status = addTimes();
+    if (status.ok()) status = addTimes();
   } else {
     status = readData();
   }
-  return status == StatusOk ? callBack() : status;
+  return status.ok() ? callBack() : status;
 }
 
-// A name that cannot be read is no name.
-void Delivery::readName() {
-  const int32_t status = ReadMsgTextProperty(storage_, path_.of("__substg1.0_3707"), name_);
-  if (status == StatusOk && !name_.isEmptyText()) return;
-  ReadMsgTextProperty(storage_, path_.of("__substg1.0_3704"), name_);
-}
-
-int32_t Delivery::addTexts() {
+Status Delivery::addTexts() {
   for (const TextProperty& property : kTextProperties) {
     SizedBytes text;
-    const int32_t read = ReadMsgTextProperty(storage_, path_.of(property.stream), text);
-    if (read != StatusOk) return read;
+    const Status read = ReadMsgTextProperty(storage_, path_.of(property.stream), text);
+    if (!read.ok()) return read;
     if (text.isEmptyText()) continue;
-    const int32_t added =
-        AddAttachmentProperty(properties_, property.name, text.data(), text.length());
-    if (added != StatusOk) return added;
+    const Status added = AddAttachmentProperty(properties_, property.name, text.view());
+    if (!added.ok()) return added;
   }
   return StatusOk;
 }
 
-int32_t Delivery::addTimes() {
+Status Delivery::addTimes() {
   SizedBytes records;
-  const int32_t read = ReadMsgStream(storage_, path_.of(kPropertiesStream), records);
-  if (read < StatusOk) return read;
-  if (read != StatusOk || records.length() < kSmallestProperties) return StatusOk;
+  const Status read = ReadMsgStream(storage_, path_.of(msg_stream::kProperties), records);
+  if (read.failed()) return read;
+  if (read == kNoStream || records.length() < kSmallestProperties) return StatusOk;
   for (const TimeProperty& property : kTimeProperties) {
-    uint64_t value = 0;
-    if (!FindPropertyRecord(records.view(), kAttachmentRecordsStart, kPropertyTime, property.id,
-                            value)) {
-      continue;
-    }
-    const int32_t added = AddTimeAttachmentProperty(properties_, property.name, value);
-    if (added != StatusOk) return added;
+    const std::optional<uint64_t> time =
+        FindPropertyRecord(records.view(), kAttachmentRecordsStart, kPropertyTime, property.id);
+    if (!time) continue;
+    const Status added = AddTimeAttachmentProperty(properties_, property.name, *time);
+    if (!added.ok()) return added;
   }
   return StatusOk;
 }
 
-int32_t Delivery::readData() {
-  std::optional<CompoundStream> stream = storage_.file->open(path_.of("__substg1.0_37010102"));
+Status Delivery::readData() {
+  std::optional<CompoundStream> stream = storage_.file->open(path_.of(msg_stream::kData));
   if (!stream) return exportMessage();
-  KernelBlock<char> block;
-  uint64_t length = 0;
-  const int32_t read = ReadWholeStream(&*stream, block, length);
-  if (read != StatusOk) return read;
-  data_.adopt(std::move(block), length, length);
+  SizedBytes bytes;
+  const Status read = ReadWholeStream(&*stream, bytes);
+  if (!read.ok()) return read;
+  const uint64_t length = bytes.length();
+  data_.adopt(bytes.take(), length, length);
   return StatusOk;
 }
 
-int32_t Delivery::exportMessage() {
-  const int32_t status = ExportEmbeddedMessage(storage_, path_.of("__substg1.0_3701000D"), data_);
-  if (status != StatusOk) return status;
+Status Delivery::exportMessage() {
+  const Status status =
+      ExportEmbeddedMessage(storage_, path_.of(msg_stream::kEmbeddedMessage), data_);
+  if (!status.ok()) return status;
   return data_.length() != 0 ? StatusOk : StatusOutOfMemory;
 }
 
-int32_t Delivery::callBack() {
-  KernelBlock<char16_t> wide;
-  const char16_t* name = nullptr;
-  if (name_.data() != nullptr) {
-    name = u"";
-    const std::string_view text = name_.text();
-    const uint64_t room = (text.size() + 1) * sizeof(char16_t);
-    wide.reset(static_cast<char16_t*>(KernelRealloc(nullptr, room, TARN_HERE)));
-    if (wide) {
-      // Cleared, so that the name ends where the conversion does: not every kernel tells the units.
-      std::memset(wide.get(), 0, room);
-      const int64_t converted = KernelUtf8ToWide(text.data(), static_cast<int64_t>(text.size()),
-                                                 wide.get(), static_cast<int64_t>(text.size() + 1));
-      if (converted == 0) wide[0] = u'\0';
-      name = wide.get();
-    }
-  }
-  return request_.callback(request_.user, &data_, name, &properties_);
+// Without memory for the name, and when it is no UTF-8, it is the empty one.
+Status Delivery::callBack() {
+  if (!name_.hasBlock()) return request_.callback(request_.user, &data_, nullptr, &properties_);
+  const std::string_view text = name_.text();
+  const uint64_t units = text.size() + 1;
+  const KernelBlock<char16_t> wide(
+      static_cast<char16_t*>(KernelRealloc(nullptr, units * sizeof(char16_t), TARN_HERE)));
+  const bool isRead = wide && ConvertToWide(text, {wide.get(), units});
+  return request_.callback(request_.user, &data_, isRead ? wide.get() : u"", &properties_);
 }
 
-// 1 for an attachment that is not asked for; 2 for one that is passed over.
-int32_t DeliverMsgAttachment(const CompoundStorage& storage, std::string_view name,
-                             const AttachmentRequest& request, uint32_t number) {
+// StatusOk for an attachment that is not asked for.
+Status DeliverMsgAttachment(const CompoundStorage& storage, std::string_view name,
+                            const AttachmentRequest& request, uint32_t number) {
   if (request.index != kAllAttachments && request.index != number) return StatusOk;
   return Delivery(storage, name, request).run();
 }
@@ -169,13 +152,19 @@ KernelVector<KernelString> ListAttachments(const CompoundStorage& storage) {
   return names;
 }
 
-int32_t EnumerateMsgAttachments(const CompoundStorage& storage,
-                                const AttachmentRequest& request) try {
+Status ReadMsgFileName(const CompoundStorage& storage, AttachmentPath& path, SizedBytes& name) {
+  const Status status = ReadMsgTextProperty(storage, path.of(msg_stream::kLongFileName), name);
+  if (status.ok() && !name.isEmptyText()) return status;
+  return ReadMsgTextProperty(storage, path.of(msg_stream::kShortFileName), name);
+}
+
+Status EnumerateMsgAttachments(const CompoundStorage& storage,
+                               const AttachmentRequest& request) try {
   if (request.callback == nullptr) return StatusOk;
   uint32_t number = 1;
   for (const KernelString& name : ListAttachments(storage)) {
-    const int32_t status = DeliverMsgAttachment(storage, name, request, number++);
-    if (status < StatusOk) return status;
+    const Status status = DeliverMsgAttachment(storage, name, request, number++);
+    if (status.failed()) return status;
   }
   return StatusOk;
 } catch (const std::bad_alloc&) {

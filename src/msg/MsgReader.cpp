@@ -1,14 +1,15 @@
 #include "msg/MsgReader.h"
 
 #include <algorithm>
-#include <iterator>
 #include <new>
 #include <optional>
+#include <span>
 #include <string_view>
 
 #include "Common/ApiUtils.h"
 #include "msg/MsgAttachments.h"
 #include "msg/MsgStreams.h"
+#include "msg/PropertyStreams.h"
 #include "render/HeaderLabels.h"
 #include "rtf/CompressedRtf.h"
 #include "rtf/ScrubHtmlBody.h"
@@ -26,16 +27,15 @@ struct TextField {
 };
 
 constexpr TextField kSenderFields[] = {
-    {"__substg1.0_0037", &MailMessage::subject},
-    {"__substg1.0_0C1A", &MailMessage::from},
-    {"__substg1.0_5D01", &MailMessage::fromAddress},
+    {msg_stream::kSubject, &MailMessage::subject},
+    {msg_stream::kSenderName, &MailMessage::from},
+    {msg_stream::kSenderSmtpAddress, &MailMessage::fromAddress},
 };
-constexpr std::string_view kRepresentedAddress = "__substg1.0_0065";
 constexpr TextField kRecipientFields[] = {
-    {"__substg1.0_004D", &MailMessage::originalAuthor},
-    {"__substg1.0_0E04", &MailMessage::to},
-    {"__substg1.0_0E03", &MailMessage::cc},
-    {"__substg1.0_0E02", &MailMessage::bcc},
+    {msg_stream::kOriginalAuthor, &MailMessage::originalAuthor},
+    {msg_stream::kDisplayTo, &MailMessage::to},
+    {msg_stream::kDisplayCc, &MailMessage::cc},
+    {msg_stream::kDisplayBcc, &MailMessage::bcc},
 };
 
 // Reads one message, step by step.
@@ -44,90 +44,80 @@ class MessageReader {
   MessageReader(MailMessage& message, PstFilterData& data, const CompoundStorage& storage)
       : message_(message), data_(data), storage_(storage) {}
 
-  int32_t run();
+  Status run();
 
  private:
-  int32_t readBodies();
-  int32_t readTexts(const TextField* first, const TextField* last);
-  int32_t readSender();
-  int32_t readFixedProperties();
+  Status readBodies();
+  Status readTexts(std::span<const TextField> fields);
+  Status readSender();
+  Status readFixedProperties();
 
   MailMessage& message_;
   PstFilterData& data_;
   const CompoundStorage& storage_;
 };
 
-int32_t MessageReader::run() {
-  int32_t status = readBodies();
-  if (status < StatusOk) return status;
-  status = readSender();
-  if (status < StatusOk) return status;
-  status = readTexts(std::begin(kRecipientFields), std::end(kRecipientFields));
-  if (status < StatusOk) return status;
-  status = readFixedProperties();
-  if (status < StatusOk) return status;
+Status MessageReader::run() {
+  Status status = readBodies();
+  if (status.ok()) status = readSender();
+  if (status.ok()) status = readTexts(kRecipientFields);
+  if (status.ok()) status = readFixedProperties();
+  if (!status.ok()) return status;
 
-  if (data_.inlineFiles.data() == nullptr) {
-    const int32_t placed = InlineMsgImages(message_, data_, storage_);
-    if (placed != StatusOk && message_.inlineStatus == StatusOk) message_.inlineStatus = placed;
+  if (!data_.inlineFiles.hasBlock()) {
+    const Status placed = InlineMsgImages(message_, data_, storage_);
+    if (message_.inlineStatus.ok()) message_.inlineStatus = placed;
   }
   message_.attachmentCount = data_.attachmentCount;
   return StatusOk;
 }
 
-int32_t MessageReader::readBodies() {
-  int32_t status = ReadMsgCompressedBody(message_, storage_);
-  if (status < StatusOk) return status;
-  if (status == kNoStream) {
-    status = ReadMsgTextProperty(storage_, "__substg1.0_1013", message_.body);
-    if (status < StatusOk) return status;
-  }
-  status = ReadMsgTextProperty(storage_, "__substg1.0_1000", message_.text);
-  if (status < StatusOk) return status;
-  const bool none = message_.text.data() == nullptr && message_.body.data() == nullptr;
-  return none ? int32_t{StatusNotSupported} : int32_t{StatusOk};
+Status MessageReader::readBodies() {
+  Status status = ReadMsgCompressedBody(message_, storage_);
+  if (status == kNoStream) status = ReadMsgTextProperty(storage_, msg_stream::kHtml, message_.body);
+  if (status.ok()) status = ReadMsgTextProperty(storage_, msg_stream::kText, message_.text);
+  if (!status.ok()) return status;
+  return message_.text.hasBlock() || message_.body.hasBlock() ? StatusOk : StatusNotSupported;
 }
 
-int32_t MessageReader::readTexts(const TextField* first, const TextField* last) {
-  for (; first != last; ++first) {
-    const int32_t status = ReadMsgTextProperty(storage_, first->stream, message_.*first->field);
-    if (status < StatusOk) return status;
+Status MessageReader::readTexts(std::span<const TextField> fields) {
+  for (const TextField& row : fields) {
+    const Status status = ReadMsgTextProperty(storage_, row.stream, message_.*row.field);
+    if (!status.ok()) return status;
   }
   return StatusOk;
 }
 
 // An address that is none of internet mail is dropped, whichever of the two it is.
-int32_t MessageReader::readSender() {
-  int32_t status = readTexts(std::begin(kSenderFields), std::end(kSenderFields));
-  if (status < StatusOk) return status;
+Status MessageReader::readSender() {
+  Status status = readTexts(kSenderFields);
+  if (!status.ok()) return status;
   SizedBytes& address = message_.fromAddress;
   if (address.isEmptyText()) {
-    status = ReadMsgTextProperty(storage_, kRepresentedAddress, address);
-    if (status < StatusOk) return status;
+    status = ReadMsgTextProperty(storage_, msg_stream::kRepresentedAddress, address);
+    if (!status.ok()) return status;
   }
   const std::string_view text = address.text();
-  if (!text.empty() && text.find('@') == std::string_view::npos) {
-    address.release();
-    address.setLength(0);
-  }
+  if (!text.empty() && text.find('@') == std::string_view::npos) address.release();
   return StatusOk;
 }
 
-int32_t MessageReader::readFixedProperties() {
+Status MessageReader::readFixedProperties() {
   SizedBytes properties;
-  const int32_t read = ReadMsgStream(storage_, kPropertiesStream, properties);
-  if (read != StatusOk) return read < StatusOk ? read : int32_t{StatusOk};
-  uint64_t value = 0;
-  if (FindPropertyRecord(properties.view(), kMessageRecordsStart, kPropertyTime, kSubmitTime,
-                         value)) {
-    const int32_t status = FormatFileTime(static_cast<int64_t>(value), message_.sent);
-    if (status < StatusOk) return status;
+  const Status read = ReadMsgStream(storage_, msg_stream::kProperties, properties);
+  if (read == kNoStream) return StatusOk;
+  if (!read.ok()) return read;
+  const auto find = [&](uint16_t type, uint16_t id) {
+    return FindPropertyRecord(properties.view(), kMessageRecordsStart, type, id);
+  };
+  if (const std::optional<uint64_t> time = find(kPropertyTime, kSubmitTime)) {
+    const Status status = FormatFileTime(static_cast<int64_t>(*time), message_.sent);
+    if (!status.ok()) return status;
   }
-  if (FindPropertyRecord(properties.view(), kMessageRecordsStart, kPropertyInteger, kImportance,
-                         value)) {
-    const auto importance = static_cast<int32_t>(static_cast<uint32_t>(value));
-    const int32_t status = ImportanceText(importance, message_.importance);
-    if (status < StatusOk) return status;
+  if (const std::optional<uint64_t> level = find(kPropertyInteger, kImportance)) {
+    const auto importance = static_cast<int32_t>(static_cast<uint32_t>(*level));
+    const Status status = ImportanceText(importance, message_.importance);
+    if (!status.ok()) return status;
   }
   return StatusOk;
 }
@@ -139,29 +129,28 @@ bool IsCompressedRtf(std::string_view bytes) {
 
 }  // namespace
 
-int32_t ReadMsgCompressedBody(MailMessage& message, const CompoundStorage& storage) try {
-  std::optional<CompoundStream> stream = storage.file->open("__substg1.0_10090102");
+Status ReadMsgCompressedBody(MailMessage& message, const CompoundStorage& storage) try {
+  std::optional<CompoundStream> stream = storage.file->open(msg_stream::kCompressedRtf);
   if (!stream) return kNoStream;
-  KernelBlock<char> packed;
-  uint64_t length = 0;
-  const int32_t read = ReadWholeStream(&*stream, packed, length);
-  if (read != StatusOk) return read;
-  message.body.setLength(length);
-  if (!IsCompressedRtf({packed.get(), length})) {
+  SizedBytes packed;
+  const Status read = ReadWholeStream(&*stream, packed);
+  if (!read.ok()) return read;
+  if (!IsCompressedRtf(packed.view())) {
     message.compressedRtf = packed.take();
     return StatusOk;
   }
 
-  const int32_t decoded = DecodeCompressedRtf(packed.take(), message, length);
-  if (decoded != StatusOk) return decoded;
+  const uint64_t length = packed.length();
+  const Status decoded = DecodeCompressedRtf(packed.take().take(), message, length);
+  if (!decoded.ok()) return decoded;
   if (message.body.view().starts_with("{\\rtf")) return StatusOk;
   return ScrubHtmlBody(message.body.data(), message.body.length());
 } catch (const std::bad_alloc&) {
   return StatusOutOfMemory;
 }
 
-int32_t ReadMsgFile(MailMessage& message, PstFilterData& data, const char16_t* path,
-                    const AttachmentRequest* request) {
+Status ReadMsgFile(MailMessage& message, PstFilterData& data, const char16_t* path,
+                   const AttachmentRequest* request) {
   const FileGuard file(FileGuard::Read, KernelFileOpen(path, KERNEL_OPEN_READ, KERNEL_OPEN_MODE));
   if (!file.isOpen()) return StatusMsgOpenFailed;
   try {

@@ -14,7 +14,7 @@ static_assert(kMeta.size() == 65);
 
 }  // namespace
 
-int32_t EnsureHtmlCharsetMeta(TrackedBuffer<char>& document) {
+Status EnsureHtmlCharsetMeta(TrackedBuffer<char>& document) {
   const std::string_view text = document.view();
   if (text.data() == nullptr) return StatusOk;
   if (FindBytes(text, "charset") != std::string_view::npos) return StatusOk;

@@ -16,7 +16,8 @@ struct HeaderField {
   SizedBytes Message::*text;
 };
 
-// From top to bottom of the document. The two messages differ in the place of the Sent row.
+// From top to bottom of the document; a field without text has no row and no label. The two
+// messages differ in the place of the Sent row.
 inline constexpr std::array<HeaderField<MailMessage>, 7> kMailRows = {{
     {HeaderRowFrom, &MailMessage::from},
     {HeaderRowSent, &MailMessage::sent},
@@ -36,12 +37,6 @@ inline constexpr std::array<HeaderField<EmlMessage>, 7> kEmlRows = {{
     {HeaderRowSubject, &EmlMessage::subject},
     {HeaderRowImportance, &EmlMessage::importance},
 }};
-
-// A field without text has no row and no label. A length without a pointer is not empty but
-// broken: the row is begun, and its writer fails.
-inline bool HasNoText(const SizedBytes& field) {
-  return field.length() == 0 || (field.data() != nullptr && field.isEmptyText());
-}
 
 }  // namespace tarn
 

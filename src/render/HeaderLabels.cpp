@@ -26,12 +26,12 @@ const char* GetHeaderLabel(int32_t row) {
   return CurrentLabelSet().texts[static_cast<size_t>(row)];
 }
 
-int32_t ImportanceText(int32_t importance, SizedBytes& text) {
+Status ImportanceText(int32_t importance, SizedBytes& text) {
   switch (importance) {
     case 2:
-      return AppendTerminated(text, GetHeaderLabel(HeaderRowHighWord));
+      return text.append(GetHeaderLabel(HeaderRowHighWord));
     case 0:
-      return AppendTerminated(text, GetHeaderLabel(HeaderRowLowWord));
+      return text.append(GetHeaderLabel(HeaderRowLowWord));
     default:
       return StatusOk;
   }

@@ -24,12 +24,15 @@ enum HeaderRow : int32_t {
 // a number outside 0 to 8.
 const char* GetHeaderLabel(int32_t row);
 
-// Appends the word for an importance of 2 (high) or 0 (low); nothing for any other. 1 or -1.
-int32_t ImportanceText(int32_t importance, SizedBytes& text);
+// Appends the word for an importance of 2 (high) or 0 (low); nothing for any other. StatusOk or
+// StatusOutOfMemory.
+Status ImportanceText(int32_t importance, SizedBytes& text);
 
-// Appends a FILETIME (100 ns since 1601, signed) as local time, "%a %b %d, %Y %I:%M %p". 1; -74
-// when the time cannot be formatted; -1 without memory.
-int32_t FormatFileTime(int64_t fileTime, SizedBytes& text);
+// Appends a FILETIME (100 ns since 1601, signed) as local time, "%a %b %d, %Y %I:%M %p".
+//   StatusOk
+//   StatusTimeFailed   the time cannot be formatted
+//   StatusOutOfMemory
+Status FormatFileTime(int64_t fileTime, SizedBytes& text);
 
 }  // namespace tarn
 

@@ -5,9 +5,9 @@
 #include <optional>
 
 #include "Common/ByteSearch.h"
+#include "Common/TextWriter.h"
 #include "eml/Charsets.h"
 #include "eml/HeaderSearch.h"
-#include "render/BlockWriter.h"
 #include "render/BodyRoom.h"
 #include "render/HeaderBlock.h"
 
@@ -22,31 +22,31 @@ constexpr std::string_view kRowMiddle =
     "'font-family:\"Calibri\",\"sans-serif\";mso-bidi-font-family:Calibri; color:black; "
     "word-wrap: break-word;'>";
 
-// Behind the sender's name: whom the sender wrote for, or else the sender's address.
-void WriteFromDecoration(BlockWriter& block, const MailMessage& message) {
-  const SizedBytes& author = message.originalAuthor;
-  if (!HasNoText(author) && author.text() != message.from.text()) {
+// After the sender's name: whom the sender wrote for, or else the sender's address.
+void WriteFromDecoration(TextWriter& block, const MailMessage& message) {
+  const std::string_view author = message.originalAuthor.text();
+  if (!author.empty() && author != message.from.text()) {
     block.write(" on behalf of ");
-    block.writeField(author);
+    block.write(author);
     return;
   }
-  const std::string_view address = message.fromAddress.view();
+  const std::string_view address = message.fromAddress.text();
   if (address.empty() || address.front() == '\0') return;
   block.write(" &lt;");
-  block.writeField(message.fromAddress);
+  block.write(address);
   block.write("&gt;");
 }
 
-void WriteRow(BlockWriter& block, const MailMessage& message,
+void WriteRow(TextWriter& block, const MailMessage& message,
               const HeaderField<MailMessage>& field) {
-  const SizedBytes& text = message.*field.text;
-  if (HasNoText(text)) return;
+  const std::string_view text = (message.*field.text).text();
+  if (text.empty()) return;
 
-  if (block.text().empty()) block.write(kHtmlTableOpen);
+  if (block.view().empty()) block.write(kHtmlTableOpen);
   block.write(kRowHead);
   block.write(GetHeaderLabel(field.row));
   block.write(kRowMiddle);
-  block.writeField(text);
+  block.write(text);
   if (field.row == HeaderRowFrom) WriteFromDecoration(block, message);
   block.write(kHtmlRowTail);
 }
@@ -71,41 +71,31 @@ std::optional<CharsetRef> FindDeclaredCharset(std::string_view html) {
 
 // Labels are UTF-8, so a body under labels beyond ASCII has to be UTF-8 as well. Only the first
 // declaration is looked at.
-int32_t AlignCharset(std::string_view block, SizedBytes& body) {
+Status AlignCharset(std::string_view block, SizedBytes& body) {
   if (IsAscii(block)) return StatusOk;
   std::optional<CharsetRef> charset = FindDeclaredCharset(body.view());
   if (!charset || charset->kind == CharsetUtf8) return StatusOk;
   return ConvertBodyToUtf8(&body, &*charset, true);
 }
 
-int32_t InsertBlock(SizedBytes& body, std::string_view block) {
-  if (body.data() == nullptr && body.length() != 0) return StatusNullArgument;
-  uint64_t offset = 0;
-  if (!FindSplicePoint(body.view(), offset)) return StatusNotSupported;
-
-  const int32_t made = MakeRoomInBody(body, body.length() + block.size() + 1, 0);
-  if (made != StatusOk) return made;
-  char* const at = body.data() + offset;
-  std::memmove(at + block.size(), at, body.length() - offset);
-  block.copy(at, block.size());
-  body.setLength(body.length() + block.size());
-  TerminateBody(body);
-  return StatusOk;
+Status InsertIntoBody(SizedBytes& body, std::string_view block) {
+  const size_t place = FindSplicePoint(body.view());
+  if (place == std::string_view::npos) return StatusNotSupported;
+  const uint64_t oldLength = body.length();
+  return RewriteBody(body, oldLength + block.size() + 1, 0, [&](char* text) {
+    std::memmove(text + place + block.size(), text + place, oldLength - place);
+    block.copy(text + place, block.size());
+    return oldLength + block.size();
+  });
 }
 
 }  // namespace
 
-bool FindSplicePoint(std::string_view html, uint64_t& offset) {
-  const char* const start = html.data();
-  const char* const end = start + html.size();
-  offset = 0;
-  const char* const body = FindBytes(start, end, "<body");
-  if (body == nullptr) return true;
-
-  const char* const close = FindByte(body, end, '>');
-  if (close == nullptr) return false;
-  offset = static_cast<uint64_t>(close + 1 - start);
-  return true;
+size_t FindSplicePoint(std::string_view html) {
+  const size_t body = FindBytes(html, "<body");
+  if (body == std::string_view::npos) return 0;
+  const size_t close = FindByte(html, '>', body);
+  return close != std::string_view::npos ? close + 1 : close;
 }
 
 bool OpensWithHtmlElement(std::string_view html) {
@@ -114,19 +104,17 @@ bool OpensWithHtmlElement(std::string_view html) {
          EqualsIgnoringCase(html.substr(first + 1, 4), "html");
 }
 
-int32_t RenderMailHtml(MailMessage& message) {
-  BlockWriter block;
-  for (const HeaderField<MailMessage>& field : kMailRows) {
-    WriteRow(block, message, field);
-    if (block.status() != StatusOk) return block.status();
-  }
-  if (block.text().empty()) return StatusOk;
+Status RenderMailHtml(MailMessage& message) {
+  TextWriter block;
+  for (const HeaderField<MailMessage>& field : kMailRows) WriteRow(block, message, field);
+  if (block.status().ok() && block.view().empty()) return StatusOk;
   block.write(kHtmlBlockTail);
-  if (block.status() != StatusOk) return block.status();
+  if (!block.status().ok()) return block.status();
 
-  const int32_t aligned = AlignCharset(block.text(), message.body);
-  if (aligned != StatusOk) return aligned;
-  return InsertBlock(message.body, block.text());
+  if (const Status aligned = AlignCharset(block.view(), message.body); !aligned.ok()) {
+    return aligned;
+  }
+  return InsertIntoBody(message.body, block.view());
 }
 
 }  // namespace tarn

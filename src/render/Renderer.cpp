@@ -6,7 +6,7 @@
 
 namespace tarn {
 
-int32_t RenderMailMessage(MailMessage* message, uint32_t kind) {
+Status RenderMailMessage(MailMessage* message, TarnDocumentKind kind) {
   if (message == nullptr) return StatusFailed;
   switch (kind) {
     case DocumentHtml:

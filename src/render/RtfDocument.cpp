@@ -30,11 +30,7 @@ class RowWriter {
   }
 
   // A field without its terminating NUL.
-  void writeField(const SizedBytes& field) {
-    const bool broken = field.data() == nullptr && field.length() != 0;
-    if (broken && status_.ok()) status_ = StatusNullArgument;
-    writeText(field.text());
-  }
+  void writeField(const SizedBytes& field) { writeText(field.text()); }
 
   Status status() const { return status_; }
 
@@ -45,10 +41,10 @@ class RowWriter {
 
 }  // namespace
 
-int32_t AppendRtfHeaderRow(RtfRender& render, const MailMessage* message, const SizedBytes* field,
-                           HeaderRow row) {
+Status AppendRtfHeaderRow(RtfRender& render, const MailMessage* message, const SizedBytes* field,
+                          HeaderRow row) {
   if (message == nullptr || field == nullptr) return StatusNullArgument;
-  if (HasNoText(*field)) return StatusOk;
+  if (field->isEmptyText()) return StatusOk;
 
   RowWriter writer(render);
   writer.writeRtf(kRowOpen);
@@ -64,8 +60,7 @@ int32_t AppendRtfHeaderRow(RtfRender& render, const MailMessage* message, const 
   return writer.status();
 }
 
-int32_t RenderMailRtf(MailMessage& message) {
-  if (message.body.data() == nullptr && message.body.length() != 0) return StatusNullArgument;
+Status RenderMailRtf(MailMessage& message) {
   // A terminator counts: a font table that never closes reaches over it, and new fonts go before
   // it.
   const std::string_view body = message.body.view();
@@ -76,8 +71,8 @@ int32_t RenderMailRtf(MailMessage& message) {
   if (prepared != StatusOk) return prepared;
 
   for (const HeaderField<MailMessage>& field : kMailRows) {
-    const int32_t written = AppendRtfHeaderRow(render, &message, &(message.*field.text), field.row);
-    if (written != StatusOk) return written;
+    const Status written = AppendRtfHeaderRow(render, &message, &(message.*field.text), field.row);
+    if (!written.ok()) return written;
   }
   if (!render.output.hasBlock()) return StatusOk;
   return SpliceRtfBlock(message.body, render.fonts.table(), render.output);

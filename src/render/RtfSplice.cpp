@@ -20,7 +20,7 @@ struct Stretch {
   uint64_t length = 0;
 };
 
-// What a document consists of, from front to back. What is kept of the body comes in this order.
+// What a document consists of, from start to end. What is kept of the body comes in this order.
 struct RtfPieces {
   uint64_t head = 0;       // bytes of the body that stay where they are
   std::string_view table;  // empty when the head has the document's own
@@ -34,92 +34,79 @@ struct RtfPieces {
   uint64_t size() const { return tailPlace() + tail.length; }
 };
 
-std::string_view TableText(const RtfFontTable& fonts) {
-  return fonts.tableText.data() == nullptr
-             ? std::string_view()
-             : std::string_view(fonts.tableText.data(), fonts.tableText.length());
-}
-
 // All pieces but the rows. Without a "\\pard" there is no tail.
-int32_t CutBody(const SizedBytes& body, const RtfFontTable& fonts, RtfPieces& pieces) {
-  if (body.length() == 0) return StatusTimeFailed;
-  if (body.data() == nullptr) return StatusNullArgument;
-  const char* const end = body.data() + body.length();
-  const char* const found = FindBytes(body.data(), end, "\\pard");
-  if (found == nullptr) return StatusOk;
+Status CutBody(std::string_view body, const RtfFontTable& fonts, RtfPieces& pieces) {
+  if (body.empty()) return StatusTimeFailed;
+  const size_t paragraph = FindBytes(body, "\\pard");
+  if (paragraph == std::string_view::npos) return StatusOk;
 
-  const auto paragraph = static_cast<uint64_t>(found - body.data());
-  pieces.tail = {paragraph, body.length() - paragraph};
+  pieces.tail = {paragraph, body.size() - paragraph};
   if (fonts.changed == 0) {
     pieces.head = paragraph;
   } else if (fonts.tableStart < paragraph) {
     pieces.head = fonts.tableStart;
-    pieces.table = TableText(fonts);
+    pieces.table = fonts.tableText.view();
     if (fonts.tableEnd < paragraph) pieces.gap = {fonts.tableEnd, paragraph - fonts.tableEnd};
   }
   return StatusOk;
 }
 
-// Puts the pieces together in the body's own block. The gap lies before the tail, and does so
-// afterwards: what moves towards the end moves last piece first.
-int32_t AssembleInBody(const RtfPieces& pieces, SizedBytes& body) {
-  const uint64_t room = std::max(body.length(), pieces.size());
-  if (MakeRoomInBody(body, room, kStep) != StatusOk) return StatusOutOfMemory;
-  char* const text = body.data();
-  const auto moveGap = [&] {
-    std::memmove(text + pieces.gapPlace(), text + pieces.gap.start, pieces.gap.length);
+// Puts the pieces together in the body's own block. The gap is before the tail, and stays so: what
+// moves towards the end moves last piece first.
+Status AssembleInBody(const RtfPieces& pieces, SizedBytes& body) {
+  const auto write = [&pieces](char* text) {
+    const auto moveGap = [&] {
+      std::memmove(text + pieces.gapPlace(), text + pieces.gap.start, pieces.gap.length);
+    };
+    if (pieces.tailPlace() < pieces.tail.start) moveGap();
+    std::memmove(text + pieces.tailPlace(), text + pieces.tail.start, pieces.tail.length);
+    if (pieces.tailPlace() >= pieces.tail.start) moveGap();
+    pieces.table.copy(text + pieces.head, pieces.table.size());
+    pieces.rows.copy(text + pieces.rowsPlace(), pieces.rows.size());
+    kRtfSeparator.copy(text + pieces.rowsPlace() + pieces.rows.size(), kRtfSeparator.size());
+    return pieces.size();
   };
-  if (pieces.tailPlace() < pieces.tail.start) moveGap();
-  std::memmove(text + pieces.tailPlace(), text + pieces.tail.start, pieces.tail.length);
-  if (pieces.tailPlace() >= pieces.tail.start) moveGap();
-  pieces.table.copy(text + pieces.head, pieces.table.size());
-  pieces.rows.copy(text + pieces.rowsPlace(), pieces.rows.size());
-  kRtfSeparator.copy(text + pieces.rowsPlace() + pieces.rows.size(), kRtfSeparator.size());
-  body.setLength(pieces.size());
-  TerminateBody(body);
-  return StatusOk;
+  const uint64_t room = std::max(body.length(), pieces.size());
+  return RewriteBody(body, room, kStep, write).ok() ? StatusOk : StatusOutOfMemory;
 }
 
 // The same in the block of the rows, which becomes the body's.
-int32_t AssembleInRows(const RtfPieces& pieces, SizedBytes& body, TrackedBuffer<char>& rows) {
+Status AssembleInRows(const RtfPieces& pieces, SizedBytes& body, TrackedBuffer<char>& rows) {
   const uint64_t rowsSize = pieces.rows.size();
-  if (rows.reserve(pieces.size() + 1) == nullptr) return StatusOutOfMemory;
+  char* const text = rows.reserve(pieces.size() + 1);
+  if (text == nullptr) return StatusOutOfMemory;
   const std::string_view old = body.view();
-  char* const text = rows.data();
   std::memmove(text + pieces.rowsPlace(), text, rowsSize);
   old.copy(text, pieces.head);
   pieces.table.copy(text + pieces.head, pieces.table.size());
   old.copy(text + pieces.gapPlace(), pieces.gap.length, pieces.gap.start);
   kRtfSeparator.copy(text + pieces.rowsPlace() + rowsSize, kRtfSeparator.size());
   old.copy(text + pieces.tailPlace(), pieces.tail.length, pieces.tail.start);
-  body.adopt(rows.take(), pieces.size());
-  TerminateBody(body);
+  const uint64_t length = Terminate(text, pieces.size());
+  body.adopt(rows.take(), length);
   return StatusOk;
 }
 
 }  // namespace
 
-int32_t SpliceRtfBlock(SizedBytes& body, const RtfFontTable& fonts, std::string_view rows) {
+Status SpliceRtfBlock(SizedBytes& body, const RtfFontTable& fonts, std::string_view rows) {
   RtfPieces pieces;
-  const int32_t cut = CutBody(body, fonts, pieces);
-  if (cut != StatusOk || pieces.tail.length == 0) return cut;
+  const Status cut = CutBody(body.view(), fonts, pieces);
+  if (!cut.ok() || pieces.tail.length == 0) return cut;
   pieces.rows = rows;
   return AssembleInBody(pieces, body);
 }
 
-int32_t SpliceRtfBlock(SizedBytes& body, const RtfFontTable& fonts, TrackedBuffer<char>& rows) {
-  const std::string_view text =
-      rows.data() == nullptr ? std::string_view() : std::string_view(rows.data(), rows.length());
-  if (text.size() <= body.length()) return SpliceRtfBlock(body, fonts, text);
+Status SpliceRtfBlock(SizedBytes& body, const RtfFontTable& fonts, TrackedBuffer<char>& rows) {
+  if (rows.length() <= body.length()) return SpliceRtfBlock(body, fonts, rows.view());
   RtfPieces pieces;
-  const int32_t cut = CutBody(body, fonts, pieces);
-  if (cut != StatusOk || pieces.tail.length == 0) return cut;
-  pieces.rows = text;
+  const Status cut = CutBody(body.view(), fonts, pieces);
+  if (!cut.ok() || pieces.tail.length == 0) return cut;
+  pieces.rows = rows.view();
   return AssembleInRows(pieces, body, rows);
 }
 
-int32_t SpliceEmlRtf(SizedBytes& body, SizedBytes block) {
-  if (block.data() == nullptr && block.length() != 0) return StatusNullArgument;
+Status SpliceEmlRtf(SizedBytes& body, SizedBytes block) {
   return SpliceRtfBlock(body, RtfFontTable(), block.text());
 }
 

@@ -28,8 +28,7 @@ class DateText {
   }
 
   bool isWhole() const { return isWhole_; }
-  const char* data() const { return text_; }
-  size_t length() const { return length_; }
+  std::string_view view() const { return {text_, length_}; }
 
  private:
   char text_[kMostCharacters];
@@ -39,7 +38,7 @@ class DateText {
 
 }  // namespace
 
-int32_t FormatFileTime(int64_t fileTime, SizedBytes& text) {
+Status FormatFileTime(int64_t fileTime, SizedBytes& text) {
   std::tm fields = {};
   if (!platform::BreakDownLocalTime(SecondsSince1970(fileTime), fields)) return StatusTimeFailed;
 
@@ -49,7 +48,7 @@ int32_t FormatFileTime(int64_t fileTime, SizedBytes& text) {
   formatted.add(int64_t{1900} + fields.tm_year);
   formatted.add(" %I:%M %p", fields);
   if (!formatted.isWhole()) return StatusTimeFailed;
-  return AppendTerminated(text, formatted.data(), formatted.length());
+  return text.append(formatted.view());
 }
 
 }  // namespace tarn

@@ -1,6 +1,6 @@
 #include "render/TextDocument.h"
 
-#include "render/BlockWriter.h"
+#include "Common/TextWriter.h"
 #include "render/HeaderBlock.h"
 
 namespace tarn {
@@ -16,36 +16,35 @@ bool EndsBlock(const MailMessage& message, HeaderRow row) {
          (row == HeaderRowSubject && message.importance.length() == 0);
 }
 
-// Puts one row in front of the text.
-int32_t PrependRow(MailMessage& message, const HeaderField<MailMessage>& field) {
-  const SizedBytes& value = message.*field.text;
-  if (HasNoText(value) || message.text.data() == nullptr) return StatusOk;
+// Puts one row before the text.
+Status PrependRow(MailMessage& message, const HeaderField<MailMessage>& field) {
+  const std::string_view value = (message.*field.text).text();
+  if (value.empty() || !message.text.hasBlock()) return StatusOk;
 
   const std::string_view label = GetHeaderLabel(field.row);
-  BlockWriter document(kStep);
+  TextWriter document(kStep);
   document.reserve(message.text.length() + 2 * label.size() + 3);
   document.write(label);
   document.write("\t");
-  document.writeField(value);
-  if (field.row == HeaderRowFrom && message.fromAddress.data() != nullptr) {
+  document.write(value);
+  if (field.row == HeaderRowFrom && message.fromAddress.hasBlock()) {
     document.write(" <");
-    document.writeField(message.fromAddress);
+    document.write(message.fromAddress.text());
     document.write(">");
   }
   document.write(kLineEnd);
   if (EndsBlock(message, field.row)) document.write(kLineEnd);
-  document.writeWhole(message.text);
+  document.write(message.text.view());
   document.terminate();
-  if (document.status() == StatusOk) document.moveInto(message.text);
+  if (document.status().ok()) document.moveInto(message.text);
   return document.status();
 }
 
 }  // namespace
 
-int32_t RenderMailText(MailMessage& message) {
+Status RenderMailText(MailMessage& message) {
   for (auto field = kMailRows.rbegin(); field != kMailRows.rend(); ++field) {
-    const int32_t written = PrependRow(message, *field);
-    if (written != StatusOk) return written;
+    if (const Status written = PrependRow(message, *field); !written.ok()) return written;
   }
   return StatusOk;
 }

@@ -1,4 +1,4 @@
-// TextDocument.h - the header block as lines of text in front of a plain body.
+// TextDocument.h - the header block as lines of text before a plain body.
 #ifndef TARN_RENDER_TEXT_DOCUMENT_H
 #define TARN_RENDER_TEXT_DOCUMENT_H
 
@@ -6,12 +6,12 @@
 
 namespace tarn {
 
-// Puts the rows in front of message.text, which afterwards ends with a NUL that its length counts.
-// A null text gets none. An empty line follows the block when it ends with Importance or, with an
+// Puts the rows before message.text, which afterwards ends with a NUL that its length counts. An
+// absent text gets none. An empty line follows the block when it ends with Importance or, with an
 // importance of length 0, with Subject; else the body follows the last row directly. Rows are UTF-8
-// whatever the text is. 1; -814 for a length without a pointer; the code of a buffer that cannot
-// grow. On failure the rows that were in place, those further down, stay.
-int32_t RenderMailText(MailMessage& message);
+// whatever the text is. StatusOk, or the status of a buffer that cannot grow: then the rows that
+// were in place, those further down, stay.
+Status RenderMailText(MailMessage& message);
 
 }  // namespace tarn
 

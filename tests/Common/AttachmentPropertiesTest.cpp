@@ -14,7 +14,7 @@ std::u16string Value(const PropertyList& list, uint64_t i) { return list.data()[
 TEST(AddAttachmentProperty, AppendsNameAndValueAsTheyAre) {
   PropertyList list;
   EXPECT_EQ(AddAttachmentProperty(list, "Content-ID:", "<a@b>"), 1);
-  EXPECT_EQ(AddAttachmentProperty(list, "name=", "caf\xC3\xA9", 5), 1);
+  EXPECT_EQ(AddAttachmentProperty(list, "name=", "caf\xC3\xA9"), 1);
   ASSERT_EQ(list.length(), 2u);
   EXPECT_EQ(Name(list, 0), u"Content-ID:");
   EXPECT_EQ(Value(list, 0), u"<a@b>");
@@ -56,27 +56,27 @@ TEST(AddAttachmentProperty, CutsInsideASurrogatePair) {
 
 TEST(AddAttachmentProperty, NameAndValueEndAtTheirFirstNul) {
   PropertyList list;
-  ASSERT_EQ(AddAttachmentProperty(list, "n", "ab\0cd", 5), 1);
+  ASSERT_EQ(AddAttachmentProperty(list, "n", {"ab\0cd", 5}), 1);
   EXPECT_EQ(Value(list, 0), u"ab");
   EXPECT_EQ(list.data()[0].value[3], u'\0');
-  ASSERT_EQ(AddAttachmentProperty(list, "n", "ab\0\xC3\xA9", 5), 1);
+  ASSERT_EQ(AddAttachmentProperty(list, "n", {"ab\0\xC3\xA9", 5}), 1);
   EXPECT_EQ(Value(list, 1), u"ab");
-  // A length cuts a value short, and nothing behind it is read.
+  // A length cuts a value short, and nothing after it is read.
   const SizedBytes value = test::Bytes("abc");
-  ASSERT_EQ(AddAttachmentProperty(list, "n", value.data(), 3), 1);
+  ASSERT_EQ(AddAttachmentProperty(list, "n", {value.data(), 3}), 1);
   EXPECT_EQ(Value(list, 2), u"abc");
-  ASSERT_EQ(AddAttachmentProperty(list, "n", value.data(), 2), 1);
+  ASSERT_EQ(AddAttachmentProperty(list, "n", {value.data(), 2}), 1);
   EXPECT_EQ(Value(list, 3), u"ab");
 }
 
 TEST(AddAttachmentProperty, EmptyTextsAreNoFailure) {
   PropertyList list;
   EXPECT_EQ(AddAttachmentProperty(list, "n", ""), 1);
-  EXPECT_EQ(AddAttachmentProperty(list, "n", "x", 0), 1);
-  EXPECT_EQ(AddAttachmentProperty(list, "n", "\0x", 2), 1);
-  EXPECT_EQ(AddAttachmentProperty(list, "n", nullptr), 1);
+  EXPECT_EQ(AddAttachmentProperty(list, "n", {"x", 0}), 1);
+  EXPECT_EQ(AddAttachmentProperty(list, "n", {"\0x", 2}), 1);
+  EXPECT_EQ(AddAttachmentProperty(list, "n", {}), 1);
   EXPECT_EQ(AddAttachmentProperty(list, "", "v"), 1);
-  EXPECT_EQ(AddAttachmentProperty(list, nullptr, "v"), 1);
+  EXPECT_EQ(AddAttachmentProperty(list, {}, "v"), 1);
   ASSERT_EQ(list.length(), 6u);
   for (uint64_t i = 0; i < 4; ++i) EXPECT_EQ(Value(list, i), u"") << i;
   for (uint64_t i = 4; i < 6; ++i) EXPECT_EQ(Name(list, i), u"") << i;
@@ -90,12 +90,12 @@ TEST(AddAttachmentProperty, TextThatIsNoUtf8Gives0) {
   EXPECT_EQ(AddAttachmentProperty(list, "n", (std::string(200, 'x') + "\xE9").c_str()), 0);
   EXPECT_EQ(list.length(), 0u);
   // And after the NUL that it would end at.
-  EXPECT_EQ(AddAttachmentProperty(list, "n", "ab\0\xFF", 4), 0);
-  EXPECT_EQ(AddAttachmentProperty(list, "n", "\0\xFF", 2), 0);
+  EXPECT_EQ(AddAttachmentProperty(list, "n", {"ab\0\xFF", 4}), 0);
+  EXPECT_EQ(AddAttachmentProperty(list, "n", {"\0\xFF", 2}), 0);
   EXPECT_EQ(list.length(), 0u);
   const auto round = [](test::FaultedWork& faulted) {
     PropertyList fresh;
-    const int32_t added = faulted([&] { return AddAttachmentProperty(fresh, "n", "v"); });
+    const Status added = faulted([&] { return AddAttachmentProperty(fresh, "n", "v"); });
     EXPECT_EQ(added, faulted.isReached() ? 0 : 1);
     EXPECT_EQ(fresh.length(), faulted.isReached() ? 0u : 1u);
   };
@@ -118,7 +118,7 @@ TEST(AddAttachmentProperty, WithoutMemoryTheListIsAsItWas) {
   const auto round = [](test::FaultedWork& faulted) {
     PropertyList list;
     list.setLastError(0);
-    const int32_t added =
+    const Status added =
         faulted([&] { return AddAttachmentProperty(list, "name", "longer value"); });
     if (!faulted.isReached()) {
       EXPECT_EQ(added, 1);
@@ -159,7 +159,7 @@ TEST(AddWideAttachmentProperty, FailsForANameThatIsNoTextAndWithoutMemory) {
   EXPECT_EQ(AddWideAttachmentProperty(list, "\xff", u"v"), 0);
   const auto round = [](test::FaultedWork& faulted) {
     PropertyList fresh;
-    const int32_t added = faulted([&] { return AddWideAttachmentProperty(fresh, "name", u"v"); });
+    const Status added = faulted([&] { return AddWideAttachmentProperty(fresh, "name", u"v"); });
     EXPECT_EQ(added, faulted.isReached() ? -1 : 1);
     EXPECT_EQ(fresh.length(), faulted.isReached() ? 0u : 1u);
   };

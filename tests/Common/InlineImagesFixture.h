@@ -21,7 +21,7 @@ static_assert(kImage.size() == 15);
 
 class InlineImagesTest : public ::testing::Test {
  protected:
-  explicit InlineImagesTest(uint32_t useTempFile) {
+  explicit InlineImagesTest(bool useTempFile) {
     record_.useTempFile = useTempFile;
     context_.filterData = &record_;
     context_.body = &body_;
@@ -30,8 +30,8 @@ class InlineImagesTest : public ::testing::Test {
     context_.needle = "cid:a.png";
   }
 
-  int32_t rewrite(std::string_view image) {
-    return RewriteInlineImage(context_, image.data(), image.size(), &replacements_);
+  Status rewrite(std::string_view image) {
+    return RewriteInlineImage(context_, image, &replacements_);
   }
 
   void setBody(std::string_view bytes) { body_ = Bytes(bytes); }
@@ -45,7 +45,7 @@ class InlineImagesTest : public ::testing::Test {
 // Images become files of a directory of the record's own.
 class FileRoute : public InlineImagesTest {
  public:
-  FileRoute() : InlineImagesTest(1) { PlainKernelSetTempDirectory(temp_.wide().c_str()); }
+  FileRoute() : InlineImagesTest(true) { PlainKernelSetTempDirectory(temp_.wide().c_str()); }
 
   // What the record's owner does at its end.
   ~FileRoute() override {

@@ -21,7 +21,7 @@ constexpr std::string_view kImageUrl = "data:image;base64,iVBORyAxNSBieXRlcy4K";
 
 class DataRoute : public InlineImagesTest {
  protected:
-  DataRoute() : InlineImagesTest(0) {}
+  DataRoute() : InlineImagesTest(false) {}
 };
 
 TEST_F(DataRoute, TheSourceBecomesADataUrl) {
@@ -30,15 +30,8 @@ TEST_F(DataRoute, TheSourceBecomesADataUrl) {
   EXPECT_EQ(replacements_, 1u);
 }
 
-TEST_F(DataRoute, AnyOtherValueThanOneSelectsIt) {
-  record_.useTempFile = 2;
-  EXPECT_EQ(rewrite(kImage), 1);
-  EXPECT_EQ(replacements_, 1u);
-  EXPECT_EQ(record_.inlineFiles.length(), 0u);
-}
-
 TEST_F(DataRoute, TheCountMayBeLeftOut) {
-  EXPECT_EQ(RewriteInlineImage(context_, kImage.data(), kImage.size()), 1);
+  EXPECT_EQ(RewriteInlineImage(context_, kImage), 1);
   EXPECT_EQ(body_.view(), "<img src=\"" + std::string(kImageUrl) + "\">");
 }
 
@@ -139,8 +132,7 @@ TEST_F(DataRoute, TheSmallSizesThatDoNotFit) {
 
 TEST_F(DataRoute, AnImageWithoutBytesGivesMinus13) {
   EXPECT_EQ(rewrite(""), -13);
-  EXPECT_EQ(RewriteInlineImage(context_, nullptr, 0, &replacements_), -13);
-  EXPECT_EQ(RewriteInlineImage(context_, nullptr, 5, &replacements_), -13);
+  EXPECT_EQ(RewriteInlineImage(context_, {}, &replacements_), StatusBadArgument);
   EXPECT_EQ(replacements_, 0u);
   // The block for the URL comes first, even for no image.
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
@@ -148,15 +140,17 @@ TEST_F(DataRoute, AnImageWithoutBytesGivesMinus13) {
 }
 
 TEST_F(DataRoute, SizesBeyondAllMemoryGiveMinus1) {
-  EXPECT_EQ(RewriteInlineImage(context_, kImage.data(), uint64_t{1} << 62, &replacements_), -1);
-  EXPECT_EQ(RewriteInlineImage(context_, kImage.data(), UINT64_MAX, &replacements_), -1);
+  EXPECT_EQ(RewriteInlineImage(context_, {kImage.data(), size_t{1} << 62}, &replacements_),
+            StatusOutOfMemory);
+  EXPECT_EQ(RewriteInlineImage(context_, {kImage.data(), SIZE_MAX}, &replacements_),
+            StatusOutOfMemory);
   EXPECT_EQ(body_.view(), "<img src=\"cid:a.png\">");
 }
 
 TEST_F(DataRoute, WithoutMemoryTheBodyIsAsItWas) {
   // The round without a failure changes the body.
   const auto round = [this](test::FaultedWork& faulted) {
-    const int32_t rewritten = faulted([this] { return rewrite(kImage); });
+    const Status rewritten = faulted([this] { return rewrite(kImage); });
     EXPECT_EQ(rewritten, faulted.isReached() ? -1 : 1);
     if (!faulted.isReached()) return;
     EXPECT_EQ(replacements_, 0u);
@@ -197,7 +191,7 @@ TEST_F(FileRoute, SmallAndEmptyImagesAreFilesLikeAnyOther) {
   EXPECT_EQ(content("_a.png"), "GIF");
   EXPECT_EQ(rewrite(""), 1);
   EXPECT_EQ(content("_a.png"), "");
-  EXPECT_EQ(RewriteInlineImage(context_, nullptr, 5, &replacements_), 1);
+  EXPECT_EQ(RewriteInlineImage(context_, {}, &replacements_), StatusOk);
   EXPECT_EQ(content("_a.png"), "");
 }
 

@@ -50,9 +50,9 @@ TEST(PstFilterData, IsKnownByItsSignature) {
 
 TEST(PstFilterData, BeginsWithoutADocument) {
   const PstFilterData record;
-  EXPECT_EQ(record.readerFormat, 388);
-  EXPECT_EQ(record.attachmentStatus, 1);
-  EXPECT_EQ(record.useTempFile, 0u);
+  EXPECT_EQ(record.readerFormat, FormatNone);
+  EXPECT_EQ(record.attachmentStatus, StatusOk);
+  EXPECT_FALSE(record.useTempFile);
   EXPECT_EQ(record.siblingFormat, 0);
   EXPECT_EQ(record.pageNumber, 0);
   EXPECT_EQ(record.pageCount, 0);
@@ -63,7 +63,7 @@ TEST(PstFilterData, BeginsWithoutADocument) {
   EXPECT_EQ(record.xResolution, 0);
   EXPECT_EQ(record.yResolution, 0);
   EXPECT_EQ(record.dataSize, 0u);
-  EXPECT_EQ(record.sniffedFormat, 0);
+  EXPECT_EQ(record.sniffedFormat, TarnFormat{});
   EXPECT_EQ(record.messageCount, 0);
   EXPECT_EQ(record.inlineCount, 0u);
   EXPECT_EQ(record.attachmentCount, 0u);

@@ -214,7 +214,8 @@ TEST(AttachmentReport, PartWithoutDecodedBytesIsANullSource) {
 TEST(AttachmentReport, EmptyPartStillHasABlock) {
   Report report("attachment");
   report.part.decoded.clear();
-  const auto keep = [](void* user, TrackedBuffer<char>* data, const char16_t*, PropertyList*) {
+  const auto keep = [](void* user, TrackedBuffer<char>* data, const char16_t*,
+                       PropertyList*) -> Status {
     EXPECT_EQ(data->length(), 0u);
     *static_cast<KernelBlock<char>*>(user) = KernelBlock<char>(data->take());
     return int32_t{StatusDone};
@@ -227,7 +228,8 @@ TEST(AttachmentReport, EmptyPartStillHasABlock) {
 
 TEST(AttachmentReport, CallbackMayKeepTheList) {
   Report report("attachment");
-  const auto keep = [](void* user, TrackedBuffer<char>*, const char16_t*, PropertyList* list) {
+  const auto keep = [](void* user, TrackedBuffer<char>*, const char16_t*,
+                       PropertyList* list) -> Status {
     *static_cast<KernelBlock<AttachmentProperty>*>(user) =
         KernelBlock<AttachmentProperty>(list->take());
     return int32_t{StatusOk};

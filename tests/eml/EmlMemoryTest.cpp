@@ -102,7 +102,7 @@ struct Taker {
   SizedBytes taken;
   uint64_t capacity = 0;
 
-  static int32_t Take(void* user, TrackedBuffer<char>* data, const char16_t*, PropertyList*) {
+  static Status Take(void* user, TrackedBuffer<char>* data, const char16_t*, PropertyList*) {
     auto& self = *static_cast<Taker*>(user);
     self.capacity = data->capacity();
     const uint64_t length = data->length();
@@ -142,7 +142,8 @@ TEST(EmlMemory, ABlockIsAsLargeAsItsTextHoweverTheContentIsWritten) {
 // What a callback keeps and the document needs is decoded once more.
 TEST(EmlMemory, ACallbackThatKeepsABlockDoesNotTakeItFromTheDocument) {
   SizedBytes taken;
-  const auto keep = [](void* user, TrackedBuffer<char>* data, const char16_t*, PropertyList*) {
+  const auto keep = [](void* user, TrackedBuffer<char>* data, const char16_t*,
+                       PropertyList*) -> Status {
     auto& kept = *static_cast<SizedBytes*>(user);
     const uint64_t length = data->length();
     kept.adopt(data->take(), length);

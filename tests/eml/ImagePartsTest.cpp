@@ -261,7 +261,7 @@ TEST(ImageFiles, ImageWithoutAContentIdHasTheBareNameAgain) {
           .build());
   EmlMessage message;
   PstFilterData record;
-  record.useTempFile = 1;
+  record.useTempFile = true;
   EXPECT_EQ(ReadEmlMessage(message, mail.handle(), record, nullptr), StatusOk);
   EXPECT_EQ(message.body.text(), "<img src=\"pic@x_first.png\"><img src=\"second.png\">");
 

@@ -49,8 +49,8 @@ struct AttachmentRecorder {
   AttachmentRecorder(const AttachmentRecorder&) = delete;
   AttachmentRecorder& operator=(const AttachmentRecorder&) = delete;
 
-  static int32_t Take(void* user, TrackedBuffer<char>* data, const char16_t* name,
-                      PropertyList* properties) {
+  static Status Take(void* user, TrackedBuffer<char>* data, const char16_t* name,
+                     PropertyList* properties) {
     auto& self = *static_cast<AttachmentRecorder*>(user);
     ReportedAttachment attachment;
     attachment.bytes.assign(data->data(), data->length());

@@ -15,12 +15,12 @@ namespace {
 using Properties = std::vector<std::pair<std::u16string, std::u16string>>;
 
 // Runs a request over the file; its status.
-int32_t Enumerate(const std::string& bytes, Deliveries& deliveries) {
+Status Enumerate(const std::string& bytes, Deliveries& deliveries) {
   OpenMsg msg(bytes);
   return EnumerateMsgAttachments(msg.storage(), deliveries.request);
 }
 
-Delivered Only(const std::string& bytes, uint32_t infoOnly = 0) {
+Delivered Only(const std::string& bytes, bool infoOnly = false) {
   Deliveries deliveries(kAllAttachments, infoOnly);
   EXPECT_EQ(Enumerate(bytes, deliveries), StatusOk);
   EXPECT_EQ(deliveries.all.size(), 1u);
@@ -162,20 +162,20 @@ TEST(MsgAttachments, HaveNamesThatEndWhereTheConversionDoes) {
 
 // The bytes of what callbacks get may grow by steps of 1024 that are cleared.
 TEST(MsgAttachments, ComeInABufferThatGrowsByClearedSteps) {
-  for (const uint32_t infoOnly : {0u, 1u}) {
+  for (const bool infoOnly : {false, true}) {
     OpenMsg msg(TwoAttachments().write());
     int calls = 0;
-    const AttachmentRequest request = {
-        1, infoOnly,
-        [](void* user, TrackedBuffer<char>* data, const char16_t*, PropertyList* properties) {
-          ++*static_cast<int*>(user);
-          EXPECT_EQ(data->increment(), 1024u);
-          EXPECT_EQ(data->zeroFill(), 1u);
-          EXPECT_EQ(properties->increment(), 1024u);
-          EXPECT_EQ(properties->zeroFill(), 0u);
-          return int32_t{StatusOk};
-        },
-        &calls};
+    const AttachmentRequest request = {1, infoOnly,
+                                       [](void* user, TrackedBuffer<char>* data, const char16_t*,
+                                          PropertyList* properties) -> Status {
+                                         ++*static_cast<int*>(user);
+                                         EXPECT_EQ(data->increment(), 1024u);
+                                         EXPECT_EQ(data->zeroFill(), 1u);
+                                         EXPECT_EQ(properties->increment(), 1024u);
+                                         EXPECT_EQ(properties->zeroFill(), 0u);
+                                         return StatusOk;
+                                       },
+                                       &calls};
     EXPECT_EQ(EnumerateMsgAttachments(msg.storage(), request), StatusOk);
     EXPECT_EQ(calls, 1);
   }
@@ -373,14 +373,14 @@ TEST(MsgAttachments, EndInAStatusWhicheverCallFails) {
   msg.attachment(u"a.png", "bytes").contentId(u"a@x").mimeType(u"image/png").created(kSampleTime);
   msg.attachment().text(0x3707, u"m.msg").embedded().text(0x0037, u"Inner");
   const std::string bytes = msg.write();
-  for (const uint32_t infoOnly : {0u, 1u}) {
+  for (const bool infoOnly : {false, true}) {
     for (const int32_t group :
          {PlainKernelFaultMemory, PlainKernelFaultOpen, PlainKernelFaultRead, PlainKernelFaultSeek,
           PlainKernelFaultText, PlainKernelFaultWrite}) {
       const auto round = [&](FaultedWork& faulted) {
         Deliveries deliveries(kAllAttachments, infoOnly);
         OpenMsg file(bytes);
-        const int32_t status =
+        const Status status =
             faulted([&] { return EnumerateMsgAttachments(file.storage(), deliveries.request); });
         if (!faulted.isReached()) {
           EXPECT_EQ(status, StatusOk);
@@ -391,7 +391,7 @@ TEST(MsgAttachments, EndInAStatusWhicheverCallFails) {
                                 (group == PlainKernelFaultText && status == StatusFailed) ||
                                 ((group == PlainKernelFaultRead || group == PlainKernelFaultSeek) &&
                                  (status == StatusReadFailed || status == StatusOutOfMemory));
-        EXPECT_TRUE(documented) << infoOnly << " " << status;
+        EXPECT_TRUE(documented) << infoOnly << " " << status.code();
       };
       SweepFaults(group, round, FaultKinds::OneAndFrom);
     }

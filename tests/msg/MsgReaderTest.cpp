@@ -42,7 +42,7 @@ TEST_F(MsgReader, FillsEveryField) {
   EXPECT_EQ(Bytes(message.body), "<p>Html");
   EXPECT_EQ(Bytes(message.sent), kSampleSent);
   EXPECT_EQ(Bytes(message.importance), Raw("High\0"));
-  EXPECT_EQ(message.compressedRtf, nullptr);
+  EXPECT_EQ(message.compressedRtf.get(), nullptr);
   EXPECT_EQ(message.inlineStatus, StatusOk);
   EXPECT_EQ(message.attachmentCount, 0u);
 }
@@ -191,7 +191,7 @@ TEST_F(Rtf, ShutsOutTheHtmlStream) {
     ASSERT_EQ(reading.run(), StatusOk);
     EXPECT_EQ(Bytes(reading.message.body), Raw("{\\rtf1 Hello}\0"));
     EXPECT_EQ(Bytes(reading.message.text), Raw("Plain\0"));
-    EXPECT_EQ(reading.message.compressedRtf, nullptr);
+    EXPECT_EQ(reading.message.compressedRtf.get(), nullptr);
   }
 }
 
@@ -219,10 +219,10 @@ TEST_F(Rtf, OfAnotherMagicStaysPackedAndLeavesTheText) {
        {packed, packed.substr(0, 11), Raw("12345678LZF"), std::string()}) {
     MsgReading reading(msg(bytes));
     ASSERT_EQ(reading.run(), StatusOk);
-    EXPECT_EQ(reading.message.body.data(), nullptr);
-    EXPECT_EQ(reading.message.body.length(), bytes.size());
-    ASSERT_NE(reading.message.compressedRtf, nullptr);
-    EXPECT_EQ(std::string(reading.message.compressedRtf, bytes.size() + 2), bytes + Raw("\0\0"));
+    EXPECT_FALSE(reading.message.body.hasBlock());
+    ASSERT_NE(reading.message.compressedRtf.get(), nullptr);
+    EXPECT_EQ(std::string(reading.message.compressedRtf.get(), bytes.size() + 2),
+              bytes + Raw("\0\0"));
     EXPECT_EQ(Bytes(reading.message.text), Raw("Plain\0"));
   }
 }
@@ -238,7 +238,7 @@ TEST_F(Rtf, ThatIsDamagedFailsTheMessage) {
     MsgReading reading(msg(bytes));
     EXPECT_EQ(reading.run(), StatusNotSupported);
     EXPECT_EQ(reading.message.body.data(), nullptr);
-    EXPECT_EQ(reading.message.compressedRtf, nullptr);
+    EXPECT_EQ(reading.message.compressedRtf.get(), nullptr);
     EXPECT_EQ(Bytes(reading.message.text), "(null)");
   }
 }
@@ -351,7 +351,7 @@ TEST_F(MsgReader, EndsInAStatusWhicheverCallFails) {
                               PlainKernelFaultSeek, PlainKernelFaultText, PlainKernelFaultWrite}) {
     const auto round = [&](FaultedWork& faulted) {
       MsgReading reading(bytes);
-      const int32_t status = faulted([&] { return reading.run(); });
+      const Status status = faulted([&] { return reading.run(); });
       EXPECT_TRUE(faulted.isReached() ? IsDocumented(group, status) : status == StatusOk) << status;
       if (group != PlainKernelFaultMemory || !faulted.isReached()) return;
       EXPECT_TRUE(

@@ -43,11 +43,10 @@ TEST(WholeStream, HasTwoZeroBytesThatItsLengthDoesNotCount) {
   OpenMsg msg(CompoundBuilder().stream("s", "hello").write());
   std::optional<CompoundStream> stream = msg.file().open("s");
   ASSERT_TRUE(stream);
-  KernelBlock<char> block;
-  uint64_t length = 0;
-  ASSERT_EQ(ReadWholeStream(&*stream, block, length), StatusOk);
-  EXPECT_EQ(length, 5u);
-  EXPECT_EQ(std::string(block.get(), 7), Raw("hello\0\0"));
+  SizedBytes target;
+  ASSERT_EQ(ReadWholeStream(&*stream, target), StatusOk);
+  EXPECT_EQ(target.length(), 5u);
+  EXPECT_EQ(std::string(target.data(), 7), Raw("hello\0\0"));
   EXPECT_EQ(stream->position, 5u);
 }
 
@@ -56,22 +55,21 @@ TEST(WholeStream, GoesOnFromItsPositionAndReportsTheLengthOfTheDirectory) {
   std::optional<CompoundStream> stream = msg.file().open("s");
   ASSERT_TRUE(stream);
   stream->position = 2;
-  KernelBlock<char> block;
-  uint64_t length = 0;
-  ASSERT_EQ(ReadWholeStream(&*stream, block, length), StatusOk);
-  EXPECT_EQ(length, 5u);
-  EXPECT_EQ(std::string(block.get(), 7), Raw("llo\0\0\0\0"));
+  SizedBytes target;
+  ASSERT_EQ(ReadWholeStream(&*stream, target), StatusOk);
+  EXPECT_EQ(target.length(), 5u);
+  EXPECT_EQ(std::string(target.data(), 7), Raw("llo\0\0\0\0"));
   EXPECT_EQ(stream->position, 5u);
 }
 
 TEST(WholeStream, IsEmptyWithoutAStream) {
-  KernelBlock<char> block;
-  uint64_t length = 7;
-  ASSERT_EQ(ReadWholeStream(nullptr, block, length), StatusOk);
-  EXPECT_EQ(length, 0u);
-  EXPECT_EQ(std::string(block.get(), 2), Raw("\0\0"));
+  SizedBytes target;
+  Set(target, "old");
+  ASSERT_EQ(ReadWholeStream(nullptr, target), StatusOk);
+  EXPECT_EQ(target.length(), 0u);
+  EXPECT_EQ(std::string(target.data(), 2), Raw("\0\0"));
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
-  EXPECT_EQ(ReadWholeStream(nullptr, block, length), StatusOutOfMemory);
+  EXPECT_EQ(ReadWholeStream(nullptr, target), StatusOutOfMemory);
 }
 
 TEST(WholeStream, HasZerosWhereItsChainEndsEarly) {
@@ -121,7 +119,7 @@ TEST(WholeStream, IsRefusedOnceTooMuchOfTheFileHasBeenRead) {
   EXPECT_EQ(ReadMsgStream(msg.storage(), "s", target), StatusOk);
   EXPECT_EQ(Bytes(target), std::string(1000, 'x'));
   for (int i = 0; i < 2; ++i) {
-    ReadMsgStream(msg.storage(), "s", target);
+    ReadMsgStream(msg.storage(), "s", target).ignore();
   }
   EXPECT_EQ(ReadMsgStream(msg.storage(), "s", target), StatusOutOfMemory);
 }
@@ -263,7 +261,7 @@ TEST(MsgText, EndsInMinusOneWithoutMemory) {
     OpenMsg msg(CompoundBuilder().stream(name, WideBytes(u"Subject")).write());
     const auto round = [&](FaultedWork& faulted) {
       SizedBytes target;
-      const int32_t status =
+      const Status status =
           faulted([&] { return ReadMsgTextProperty(msg.storage(), "__substg1.0_0037", target); });
       EXPECT_EQ(status, faulted.isReached() ? StatusOutOfMemory : StatusOk) << name;
     };
@@ -278,27 +276,21 @@ TEST(PropertyRecord, IsFoundByTypeAndId) {
   const std::string stream =
       header + Raw("\x03\x00\x17\x00\x06\x00\x00\x00\x02\x00\x00\x00\0\0\0\0") +
       Raw("\x40\x00\x39\x00\x06\x00\x00\x00\x01\x02\x03\x04\x05\x06\x07\x88");
-  uint64_t value = 1;
-  ASSERT_TRUE(FindPropertyRecord(stream, 32, kPropertyTime, 0x39, value));
-  EXPECT_EQ(value, 0x8807060504030201u);
-  ASSERT_TRUE(FindPropertyRecord(stream, 32, kPropertyInteger, 0x17, value));
-  EXPECT_EQ(value, 2u);
-  value = 5;
-  EXPECT_FALSE(FindPropertyRecord(stream, 32, kPropertyInteger, 0x39, value));
-  EXPECT_FALSE(FindPropertyRecord(stream, 32, kPropertyTime, 0x17, value));
-  EXPECT_FALSE(FindPropertyRecord(stream, 48, kPropertyInteger, 0x17, value));
-  EXPECT_EQ(value, 5u);
+  EXPECT_EQ(FindPropertyRecord(stream, 32, kPropertyTime, 0x39), 0x8807060504030201u);
+  EXPECT_EQ(FindPropertyRecord(stream, 32, kPropertyInteger, 0x17), 2u);
+  EXPECT_EQ(FindPropertyRecord(stream, 32, kPropertyInteger, 0x39), std::nullopt);
+  EXPECT_EQ(FindPropertyRecord(stream, 32, kPropertyTime, 0x17), std::nullopt);
+  EXPECT_EQ(FindPropertyRecord(stream, 48, kPropertyInteger, 0x17), std::nullopt);
 }
 
 TEST(PropertyRecord, LiesWhollyInsideTheStream) {
   const std::string stream =
       std::string(32, '\0') + Raw("\x40\x00\x39\x00\0\0\0\0\x01\0\0\0\0\0\0\0");
-  uint64_t value = 0;
-  EXPECT_TRUE(FindPropertyRecord(stream, 32, kPropertyTime, 0x39, value));
-  EXPECT_FALSE(
-      FindPropertyRecord(std::string_view(stream).substr(0, 47), 32, kPropertyTime, 0x39, value));
-  EXPECT_FALSE(FindPropertyRecord(stream, 33, kPropertyTime, 0x39, value));
-  EXPECT_FALSE(FindPropertyRecord("", 32, kPropertyTime, 0x39, value));
+  const std::string_view cut = std::string_view(stream).substr(0, 47);
+  EXPECT_EQ(FindPropertyRecord(stream, 32, kPropertyTime, 0x39), 1u);
+  EXPECT_EQ(FindPropertyRecord(cut, 32, kPropertyTime, 0x39), std::nullopt);
+  EXPECT_EQ(FindPropertyRecord(stream, 33, kPropertyTime, 0x39), std::nullopt);
+  EXPECT_EQ(FindPropertyRecord("", 32, kPropertyTime, 0x39), std::nullopt);
 }
 
 }  // namespace

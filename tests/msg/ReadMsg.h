@@ -31,14 +31,13 @@ std::string Raw(const char (&literal)[N]) {
 
 // All that the length counts; "(null)" without a block.
 inline std::string Bytes(const SizedBytes& text) {
-  return text.data() == nullptr ? "(null)" : std::string(text.data(), text.length());
+  return text.hasBlock() ? std::string(text.view()) : "(null)";
 }
 
 inline void Set(SizedBytes& text, std::string_view bytes) {
-  text.release();
-  text.setData(static_cast<char*>(KernelAlloc(bytes.size(), 1, TARN_HERE)));
-  bytes.copy(text.data(), bytes.size());
-  text.setLength(bytes.size());
+  KernelBlock<char> block = AllocateBlock<char>(bytes.size(), TARN_HERE);
+  bytes.copy(block.get(), bytes.size());
+  text.adopt(std::move(block), bytes.size());
 }
 
 // A compound file of these bytes, loaded from memory.
@@ -80,7 +79,7 @@ class MsgReading {
   explicit MsgReading(std::string_view bytes) : path_(directory_.write("mail.msg", bytes)) {}
   explicit MsgReading(const MsgBuilder& msg) : MsgReading(msg.write()) {}
 
-  int32_t run(const AttachmentRequest* request = nullptr) {
+  Status run(const AttachmentRequest* request = nullptr) {
     return ReadMsgFile(message, data, path_.u16string().c_str(), request);
   }
 
@@ -103,23 +102,23 @@ struct Delivered {
 // A request whose callback keeps what it is given, and answers what it is told to.
 class Deliveries {
  public:
-  explicit Deliveries(uint32_t index = kAllAttachments, uint32_t infoOnly = 0)
+  explicit Deliveries(uint32_t index = kAllAttachments, bool infoOnly = false)
       : request{index, infoOnly, take, this} {}
 
   AttachmentRequest request;
-  int32_t answer = StatusOk;
+  Status answer;
   std::vector<Delivered> all;
 
  private:
-  static int32_t take(void* user, TrackedBuffer<char>* data, const char16_t* name,
-                      PropertyList* properties) {
+  static Status take(void* user, TrackedBuffer<char>* data, const char16_t* name,
+                     PropertyList* properties) {
     auto& self = *static_cast<Deliveries*>(user);
     Delivered& one = self.all.emplace_back();
     if (name != nullptr) one.name = name;
-    one.hasBlock = data->data() != nullptr;
-    if (one.hasBlock) one.bytes.assign(data->data(), data->length());
-    for (uint64_t i = 0; i < properties->length(); ++i) {
-      one.properties.emplace_back(properties->data()[i].name, properties->data()[i].value);
+    one.hasBlock = data->hasBlock();
+    one.bytes = data->view();
+    for (const AttachmentProperty& property : properties->elements()) {
+      one.properties.emplace_back(property.name, property.value);
     }
     return self.answer;
   }

@@ -12,23 +12,35 @@
 namespace tarn::test {
 namespace {
 
-TEST(BodyRoom, TheBytesStayAndTheLengthToo) {
+// Writes nothing more.
+Status MakeRoom(SizedBytes& body, uint64_t count, uint64_t step) {
+  const uint64_t length = body.length();
+  return RewriteBody(body, count, step, [length](char*) { return length; });
+}
+
+TEST(BodyRoom, TheBytesStayAndWhatIsWrittenIsTheText) {
   SizedBytes body;
   Set(body, "abc");
-  EXPECT_EQ(MakeRoomInBody(body, 100, 0), 1);
-  EXPECT_EQ(Bytes(body), "abc");
-  body.data()[99] = 'x';
+  const auto write = [](char* text) {
+    text[3] = 'd';
+    text[99] = 'x';
+    return uint64_t{4};
+  };
+  EXPECT_EQ(RewriteBody(body, 100, 0, write), StatusOk);
+  EXPECT_EQ(Bytes(body), Terminated("abcd"));
 }
 
 TEST(BodyRoom, ABodyWithoutABlockGetsOne) {
   SizedBytes body;
-  EXPECT_EQ(MakeRoomInBody(body, 1, 0), 1);
-  ASSERT_NE(body.data(), nullptr);
-  EXPECT_EQ(body.length(), 0u);
-  TerminateBody(body);
+  EXPECT_EQ(MakeRoom(body, 1, 0), StatusOk);
   EXPECT_EQ(Bytes(body), std::string(1, '\0'));
-  TerminateBody(body);
-  EXPECT_EQ(body.length(), 1u);
+}
+
+TEST(BodyRoom, ANulThatIsThereIsEnough) {
+  SizedBytes body;
+  SetTerminated(body, "abc");
+  EXPECT_EQ(MakeRoom(body, 4, 0), StatusOk);
+  EXPECT_EQ(Bytes(body), Terminated("abc"));
 }
 
 TEST(BodyRoom, WithoutMemoryOrBudgetTheBodyStays) {
@@ -36,10 +48,10 @@ TEST(BodyRoom, WithoutMemoryOrBudgetTheBodyStays) {
   Set(body, "abc");
   const char* const block = body.data();
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
-  EXPECT_EQ(MakeRoomInBody(body, 100, 0), -1);
+  EXPECT_EQ(MakeRoom(body, 100, 0), StatusOutOfMemory);
   PlainKernelSetMemoryBudget(8000000);
-  EXPECT_EQ(MakeRoomInBody(body, 8000001, 0), -1);
-  EXPECT_EQ(MakeRoomInBody(body, 7999001, 1024), -1);
+  EXPECT_EQ(MakeRoom(body, 8000001, 0), StatusOutOfMemory);
+  EXPECT_EQ(MakeRoom(body, 7999001, 1024), StatusOutOfMemory);
   PlainKernelSetMemoryBudget(UINT64_MAX);
   EXPECT_EQ(body.data(), block);
   EXPECT_EQ(Bytes(body), "abc");
@@ -48,17 +60,15 @@ TEST(BodyRoom, WithoutMemoryOrBudgetTheBodyStays) {
 TEST(BodyRoom, TheBudgetHasItsBytesBack) {
   SizedBytes body;
   Set(body, "abc");
-  EXPECT_EQ(MakeRoomInBody(body, 9000000, 0), 1);
-  PlainKernelUsageRecord usage = {};
-  PlainKernelUsage(&usage);
-  EXPECT_EQ(usage.reportedBytes, 0u);
+  EXPECT_EQ(MakeRoom(body, 9000000, 0), StatusOk);
+  EXPECT_EQ(Usage().reportedBytes, 0u);
 }
 
 // A header block goes into a body of megabytes, which is there once only.
 TEST(BodyRoom, NoDocumentIsThereTwice) {
   constexpr uint64_t kBody = 4000000;
   constexpr uint64_t kLittle = 100000;
-  for (const uint32_t kind : {DocumentHtml, DocumentRtf}) {
+  for (const TarnDocumentKind kind : {DocumentHtml, DocumentRtf}) {
     const std::string start =
         kind == DocumentHtml ? "<body>" : "{\\rtf1{\\fonttbl{\\f0 A;}}\\pard ";
     MailMessage message;
@@ -102,8 +112,7 @@ std::string Spliced(const std::string& body, const RtfFontTable& fonts, const st
   if (fonts.changed == 0) {
     text = body.substr(0, paragraph);
   } else if (fonts.tableStart < paragraph) {
-    text = body.substr(0, fonts.tableStart) +
-           std::string(fonts.tableText.data(), fonts.tableText.length());
+    text = body.substr(0, fonts.tableStart) + std::string(fonts.tableText.view());
     if (fonts.tableEnd < paragraph) {
       text += body.substr(fonts.tableEnd, paragraph - fonts.tableEnd);
     }

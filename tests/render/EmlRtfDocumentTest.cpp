@@ -1,15 +1,14 @@
 #include <gtest/gtest.h>
 
 #include "RenderSupport.h"
-#include "RtfSupport.h"
 #include "render/EmlDocument.h"
 #include "render/Renderer.h"
 #include "support/FaultSweep.h"
+#include "support/HeaderRows.h"
 
 namespace tarn {
 namespace {
 
-using test::BrokenField;
 using test::Bytes;
 using test::Set;
 using test::SetTerminated;
@@ -140,20 +139,6 @@ TEST(EmlRtfFailure, ABodyOfNoBytes) {
   EXPECT_EQ(message.body.length(), 0u);
 }
 
-TEST(EmlRtfFailure, ALengthWithoutAPointer) {
-  EmlMessage message;
-  message.documentKind = DocumentRtf;
-  SetTerminated(message.to, "Bob");
-  Set(message.body, "\\pard");
-  {
-    const BrokenField broken(message.subject, 3);
-    EXPECT_EQ(RenderEmlMessage(message), -814);
-  }
-  EXPECT_EQ(Bytes(message.body), "\\pard");
-  const BrokenField broken(message.body, 3);
-  EXPECT_EQ(RenderEmlMessage(message), -814);
-}
-
 TEST(EmlRtfFailure, WithoutMemoryTheBodyStays) {
   const auto round = [](test::FaultedWork& faulted) {
     EmlMessage message;
@@ -161,7 +146,7 @@ TEST(EmlRtfFailure, WithoutMemoryTheBodyStays) {
     SetTerminated(message.to, "Bob");
     Set(message.body, "a\\pard");
     const char* const block = message.body.data();
-    const int32_t rendered = faulted([&] { return RenderEmlMessage(message); });
+    const Status rendered = faulted([&] { return RenderEmlMessage(message); });
     if (!faulted.isReached()) {
       EXPECT_EQ(rendered, 1);
       EXPECT_EQ(Bytes(message.body), Terminated("a" + kToBob + "\\pard"));
@@ -188,10 +173,10 @@ TEST(EmlRtfFailure, BeyondTheBudgetTheBodyStays) {
 std::string AppendRow(HeaderRow row) {
   SizedBytes field;
   SetTerminated(field, "<x>");
-  BlockWriter block;
+  TextWriter block;
   block.write("before ");
   EXPECT_EQ(AppendEmlHeaderRow(block, field, DocumentRtf, row), 1);
-  return std::string(block.text());
+  return std::string(block.view());
 }
 
 TEST(AppendEmlHeaderRow, EveryOpenerOfRtf) {
@@ -210,9 +195,9 @@ TEST(AppendEmlHeaderRow, EveryOpenerOfRtf) {
 TEST(AppendEmlHeaderRow, RtfHasNoRowForAWord) {
   SizedBytes field;
   SetTerminated(field, "x");
-  BlockWriter block;
+  TextWriter block;
   EXPECT_EQ(AppendEmlHeaderRow(block, field, DocumentRtf, HeaderRowHighWord), -9);
-  EXPECT_EQ(block.text(), "");
+  EXPECT_EQ(block.view(), "");
 }
 
 }  // namespace

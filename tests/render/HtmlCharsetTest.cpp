@@ -3,38 +3,21 @@
 #include "RenderSupport.h"
 #include "render/Renderer.h"
 #include "support/FaultSweep.h"
+#include "support/HeaderRows.h"
 
 namespace tarn {
 namespace {
 
 using test::Bytes;
+using test::HtmlBlock;
+using test::MailHtmlRow;
 using test::Set;
 using test::SetTerminated;
 using test::Terminated;
 
 // A German label of importance is the one label of the set beyond ASCII.
-const std::string kGermanBlock =
-    "<table style = 'border-collapse: collapse ; table-layout: fixed; width: 100%'>\r\n"
-    "\n<tr><td style = 'width:87pt; padding: 0px; vertical-align:top'><b><span style = "
-    "'font-family:\"Calibri\",\"sans-serif\";mso-bidi-font-family:Calibri; color:black'>"
-    "Priorit\xC3\xA4t: "
-    "</span></b></td><td style = 'padding: 0px'><span style = "
-    "'font-family:\"Calibri\",\"sans-serif\";mso-bidi-font-family:Calibri; color:black; "
-    "word-wrap: break-word;'>"
-    "Niedrig"
-    "</span></td></tr>\r\n"
-    "</table>\r\n<p class=MsoNormal><o:p>&nbsp;</o:p></p>\r\n";
-const std::string kEnglishBlock =
-    "<table style = 'border-collapse: collapse ; table-layout: fixed; width: 100%'>\r\n"
-    "\n<tr><td style = 'width:87pt; padding: 0px; vertical-align:top'><b><span style = "
-    "'font-family:\"Calibri\",\"sans-serif\";mso-bidi-font-family:Calibri; color:black'>"
-    "Importance:"
-    "</span></b></td><td style = 'padding: 0px'><span style = "
-    "'font-family:\"Calibri\",\"sans-serif\";mso-bidi-font-family:Calibri; color:black; "
-    "word-wrap: break-word;'>"
-    "Niedrig"
-    "</span></td></tr>\r\n"
-    "</table>\r\n<p class=MsoNormal><o:p>&nbsp;</o:p></p>\r\n";
+const std::string kGermanBlock = HtmlBlock(MailHtmlRow("Priorit\xC3\xA4t: ", "Niedrig"));
+const std::string kEnglishBlock = HtmlBlock(MailHtmlRow("Importance:", "Niedrig"));
 
 int32_t RenderUnderLabel(MailMessage& message, uint32_t language, std::string_view body) {
   PlainKernelSetLanguage(language);
@@ -153,7 +136,7 @@ TEST(HtmlCharset, WithoutMemoryTheResultIsAFailure) {
     MailMessage message;
     SetTerminated(message.importance, "Niedrig");
     Set(message.body, "<meta charset=windows-1252>\xFC");
-    const int32_t rendered = faulted([&] { return RenderMailMessage(&message, DocumentHtml); });
+    const Status rendered = faulted([&] { return RenderMailMessage(&message, DocumentHtml); });
     EXPECT_TRUE(faulted.isReached() ? rendered == -1 || rendered == 0 : rendered == 1) << rendered;
   };
   EXPECT_GE(test::SweepFaults(PlainKernelFaultMemory, round, test::FaultKinds::OneAndFrom), 3u);

@@ -3,25 +3,22 @@
 #define TARN_TESTS_RENDER_RENDERSUPPORT_H
 
 #include <cstdint>
-#include <cstring>
 #include <string>
 #include <string_view>
 
 #include "Internal/MailMessage.h"
-#include "Internal/Tarnclasses_.h"
-#include "Tarnbase/PlainKernel.h"
+#include "support/KernelUsage.h"
 
 namespace tarn::test {
 
 // Exactly these bytes, in a block of their size.
 inline void Set(SizedBytes& field, std::string_view bytes) {
-  field.release();
-  field.setData(static_cast<char*>(KernelAlloc(bytes.size(), 1, TARN_HERE)));
-  if (!bytes.empty()) std::memcpy(field.data(), bytes.data(), bytes.size());
-  field.setLength(bytes.size());
+  KernelBlock<char> block = AllocateBlock<char>(bytes.size(), TARN_HERE);
+  bytes.copy(block.get(), bytes.size());
+  field.adopt(std::move(block), bytes.size());
 }
 
-// The bytes and a NUL behind them.
+// The bytes and a NUL after them.
 inline void SetTerminated(SizedBytes& field, std::string_view text) {
   Set(field, std::string(text) + '\0');
 }
@@ -37,31 +34,10 @@ inline void SetAllFields(MailMessage& message) {
   SetTerminated(message.importance, "High");
 }
 
-// A length without a pointer, until the end of the scope.
-class BrokenField {
- public:
-  BrokenField(SizedBytes& field, uint64_t length) : field_(field) {
-    field_.release();
-    field_.setLength(length);
-  }
-  BrokenField(const BrokenField&) = delete;
-  BrokenField& operator=(const BrokenField&) = delete;
-  ~BrokenField() { field_.setLength(0); }
-
- private:
-  SizedBytes& field_;
-};
-
 inline std::string Bytes(const SizedBytes& text) { return std::string(text.view()); }
 
 // The text with the NUL that a finished document counts.
 inline std::string Terminated(std::string_view text) { return std::string(text) + '\0'; }
-
-inline uint64_t AllocationCalls() {
-  PlainKernelUsageRecord usage = {};
-  PlainKernelUsage(&usage);
-  return usage.allocationCalls;
-}
 
 }  // namespace tarn::test
 

@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "RenderSupport.h"
-#include "RtfSupport.h"
 #include "render/Renderer.h"
+#include "support/HeaderRows.h"
 
 namespace tarn {
 namespace {

@@ -5,8 +5,8 @@
 #include <array>
 
 #include "RenderSupport.h"
-#include "RtfSupport.h"
 #include "render/Renderer.h"
+#include "support/HeaderRows.h"
 #include "support/TestFonts.h"
 
 namespace tarn {

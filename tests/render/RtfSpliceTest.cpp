@@ -3,12 +3,11 @@
 #include <gtest/gtest.h>
 
 #include "RenderSupport.h"
-#include "RtfSupport.h"
+#include "support/HeaderRows.h"
 
 namespace tarn {
 namespace {
 
-using test::BrokenField;
 using test::Bytes;
 using test::Set;
 using test::SetTerminated;
@@ -123,12 +122,6 @@ TEST(RtfSpliceFailure, ABodyOfNoBytes) {
   EXPECT_EQ(empty.length(), 0u);
 }
 
-TEST(RtfSpliceFailure, ALengthWithoutAPointer) {
-  SizedBytes body;
-  const BrokenField broken(body, 5);
-  EXPECT_EQ(SpliceRtfBlock(body, RtfFontTable(), "ROWS"), -814);
-}
-
 TEST(RtfSpliceFailure, WithoutMemoryTheBodyStays) {
   SizedBytes body;
   Set(body, "a\\pard");
@@ -190,15 +183,6 @@ TEST(EmlRtfSplice, FailuresTakeTheBlockToo) {
   Set(another, "BLOCK");
   EXPECT_EQ(SpliceEmlRtf(body, std::move(another)), 1);
   EXPECT_EQ(Bytes(body), "a");
-}
-
-TEST(EmlRtfSplice, ABlockOfALengthWithoutAPointer) {
-  SizedBytes body;
-  Set(body, "a\\pard");
-  SizedBytes block;
-  block.setLength(3);
-  EXPECT_EQ(SpliceEmlRtf(body, std::move(block)), -814);
-  EXPECT_EQ(Bytes(body), "a\\pard");
 }
 
 }  // namespace

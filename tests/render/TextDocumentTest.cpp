@@ -7,7 +7,6 @@
 namespace tarn {
 namespace {
 
-using test::BrokenField;
 using test::Bytes;
 using test::Set;
 using test::SetAllFields;
@@ -166,10 +165,9 @@ TEST(MailTextFailure, TheRowsFurtherDownStay) {
   MailMessage message;
   SetAllFields(message);
   Set(message.text, "Body");
-  {
-    const BrokenField broken(message.to, 3);
-    EXPECT_EQ(RenderMailMessage(&message, DocumentText), -814);
-  }
+  // Each row takes one block: importance, subject, Bcc, Cc, To.
+  PlainKernelFailAt(PlainKernelFaultMemory, 5);
+  EXPECT_EQ(RenderMailMessage(&message, DocumentText), StatusOutOfMemory);
   EXPECT_EQ(Bytes(message.text), Terminated("Cc:        \tCy\r\n"
                                             "Bcc:       \tDi\r\n"
                                             "Subject:   \tHello\r\n"
@@ -191,7 +189,7 @@ TEST(MailTextFailure, WithoutMemoryTheRowsInPlaceStay) {
     SetTerminated(message.to, "Bob");
     SetTerminated(message.subject, "Hello");
     Set(message.text, "Body");
-    const int32_t rendered = faulted([&] { return RenderMailMessage(&message, DocumentText); });
+    const Status rendered = faulted([&] { return RenderMailMessage(&message, DocumentText); });
     if (!faulted.isReached()) {
       EXPECT_EQ(rendered, 1);
       EXPECT_EQ(Bytes(message.text), rows[0]);

@@ -13,8 +13,8 @@ namespace {
 using test::TempDirectory;
 
 struct Sniffed {
-  int32_t status;
-  int32_t format;
+  Status status;
+  TarnFormat format = FormatNone;
 };
 
 Sniffed Sniff(const std::string& bytes) {
@@ -22,7 +22,7 @@ Sniffed Sniff(const std::string& bytes) {
   const std::u16string path = directory.write("file", bytes).u16string();
   const uint64_t handle = KernelFileOpen(path.c_str(), KERNEL_OPEN_READ, KERNEL_OPEN_MODE);
   KernelFileSeek(handle, 3, KERNEL_SEEK_START);  // wherever the host left it
-  Sniffed sniffed = {0, 0};
+  Sniffed sniffed;
   sniffed.status = DetectFormat(handle, sniffed.format);
   KernelFileClose(handle);
   return sniffed;

@@ -21,18 +21,21 @@ struct Document {
                     const AttachmentRequest* request = nullptr) {
     const TempDirectory directory;
     const std::u16string path = directory.write("mail.msg", file).u16string();
-    status = ReadMsgDocument(path.c_str(), data, kind, textOnly, request);
-    if (data.document.data() != nullptr) {
-      bytes.assign(data.document.data(), data.document.length());
-      EXPECT_GE(data.document.capacity(), data.document.length());
-    }
+    DocumentRequest wanted;
+    wanted.path = path.c_str();
+    wanted.textOnly = textOnly;
+    wanted.attachments = request;
+    DocumentResult made;
+    status = ReadMsgDocument(wanted, data, made);
+    kind = made.kind;
+    bytes = data.document.view();
   }
   explicit Document(const MsgBuilder& msg, bool textOnly = false)
       : Document(msg.write(), textOnly) {}
 
   PstFilterData data;
-  uint32_t kind = DocumentNone;
-  int32_t status = 0;
+  TarnDocumentKind kind = DocumentNone;
+  Status status = StatusFailed;
   std::string bytes;
 };
 
@@ -42,7 +45,7 @@ std::string Html(const std::string& body) {
   msg.binary(0x1013, body).text(0x1000, u"Plain");
   Document document(msg);
   EXPECT_EQ(document.status, StatusOk);
-  EXPECT_EQ(document.kind, uint32_t{DocumentHtml});
+  EXPECT_EQ(document.kind, DocumentHtml);
   EXPECT_EQ(document.data.document.data()[document.data.document.length()], '\0');
   return document.bytes;
 }
@@ -92,7 +95,7 @@ TEST(MsgDocument, TellsRtfByItsFirstFiveBytes) {
   msg.binary(0x1009, PackRtf(kMsgRtf)).text(0x1000, u"Plain");
   Document rtf(msg);
   EXPECT_EQ(rtf.status, StatusOk);
-  EXPECT_EQ(rtf.kind, uint32_t{DocumentRtf});
+  EXPECT_EQ(rtf.kind, DocumentRtf);
   EXPECT_EQ(rtf.bytes, kMsgRtf);
   EXPECT_EQ(rtf.data.document.data()[rtf.bytes.size()], '\0');
   EXPECT_EQ(Html(" {\\rtf1}"), "<html> {\\rtf1}</html>");
@@ -100,7 +103,7 @@ TEST(MsgDocument, TellsRtfByItsFirstFiveBytes) {
   // The HTML stream may hold it as well.
   MsgBuilder stream;
   stream.binary(0x1013, kMsgRtf);
-  EXPECT_EQ(Document(stream).kind, uint32_t{DocumentRtf});
+  EXPECT_EQ(Document(stream).kind, DocumentRtf);
 }
 
 TEST(MsgDocument, FailsWithOneCodeWhateverTheRendererSays) {
@@ -123,7 +126,7 @@ TEST(MsgDocument, OfTextBeginsWithAMarkThatItsLengthLeavesOut) {
       msg.text(0x1000, text);
       Document document(msg, textOnly);
       EXPECT_EQ(document.status, StatusOk);
-      EXPECT_EQ(document.kind, uint32_t{DocumentText});
+      EXPECT_EQ(document.kind, DocumentText);
       EXPECT_EQ(document.bytes, counted);
       EXPECT_GE(document.data.document.capacity(), counted.size() + 3);
     }
@@ -141,7 +144,7 @@ TEST(MsgDocument, OfEmptyTextIsTheFirstByteOfTheMark) {
        {narrow.write(), MsgBuilder().write(), CompoundBuilder().write()}) {
     const Document document(file);
     EXPECT_EQ(document.status, StatusOk);
-    EXPECT_EQ(document.kind, uint32_t{DocumentText});
+    EXPECT_EQ(document.kind, DocumentText);
     EXPECT_EQ(document.bytes, "\xEF");
   }
 }
@@ -149,7 +152,7 @@ TEST(MsgDocument, OfEmptyTextIsTheFirstByteOfTheMark) {
 TEST(MsgDocument, TakesABodyOfLengthZeroForNone) {
   MsgBuilder msg;
   msg.text(0x1000, u"Body").text8(0x1013, "");
-  EXPECT_EQ(Document(msg).kind, uint32_t{DocumentText});
+  EXPECT_EQ(Document(msg).kind, DocumentText);
 }
 
 TEST(MsgDocument, GivesTheTextOfAMessageWithHtmlWhenAsked) {
@@ -161,9 +164,9 @@ TEST(MsgDocument, GivesTheTextOfAMessageWithHtmlWhenAsked) {
             "Bo");
 }
 
-void ExpectNothing(const Document& document, int32_t status) {
+void ExpectNothing(const Document& document, Status status) {
   EXPECT_EQ(document.status, status);
-  EXPECT_EQ(document.kind, uint32_t{DocumentNone});
+  EXPECT_EQ(document.kind, DocumentNone);
   EXPECT_EQ(document.data.readerFormat, FormatNone);
   EXPECT_EQ(document.data.document.data(), nullptr);
   EXPECT_EQ(document.data.document.length(), 0u);
@@ -187,8 +190,10 @@ TEST(MsgDocument, PassesOnTheCodeOfTheReader) {
   msg.binary(0x1009, packed).text(0x1000, u"Body");
   ExpectNothing(Document(msg), StatusNotSupported);
   PstFilterData data;
-  uint32_t kind = DocumentNone;
-  EXPECT_EQ(ReadMsgDocument(u"/nowhere", data, kind, false, nullptr), StatusMsgOpenFailed);
+  DocumentRequest nowhere;
+  nowhere.path = u"/nowhere";
+  DocumentResult none;
+  EXPECT_EQ(ReadMsgDocument(nowhere, data, none), StatusMsgOpenFailed);
 }
 
 TEST(MsgDocument, SaysHowItsImagesFared) {
@@ -204,16 +209,16 @@ TEST(MsgDocument, SaysHowItsImagesFared) {
 TEST(MsgDocument, IsNotMadeForARequest) {
   int calls = 0;
   const AttachmentRequest request = {
-      kAllAttachments, 0,
-      [](void* user, TrackedBuffer<char>*, const char16_t*, PropertyList*) {
+      kAllAttachments, false,
+      [](void* user, TrackedBuffer<char>*, const char16_t*, PropertyList*) -> Status {
         ++*static_cast<int*>(user);
-        return int32_t{2};
+        return StatusDone;
       },
       &calls};
   const Document document(AttachedMsg().write(), false, &request);
   EXPECT_EQ(document.status, StatusOk);
   EXPECT_EQ(calls, 3);
-  EXPECT_EQ(document.kind, uint32_t{DocumentNone});
+  EXPECT_EQ(document.kind, DocumentNone);
   EXPECT_EQ(document.data.document.data(), nullptr);
   EXPECT_EQ(document.data.readerFormat, FormatMsg);
   EXPECT_EQ(document.data.attachmentCount, 0u);
@@ -248,16 +253,13 @@ TEST(MsgDocument, IsWholeOrNotThereWhicheverAllocationFails) {
 
 // The sniffing of the format never leads here with another.
 TEST(ReadMessageDocument, RefusesAnUnknownFormat) {
-  for (int32_t format : {int32_t{FormatNone}, 17}) {
-    PstFilterData data;
-    int32_t index = 0;
-    uint32_t kind = DocumentNone;
-    EXPECT_EQ(
-        ReadMessageDocument(u"mail", data, format, index, kind, false, KERNEL_BAD_HANDLE, nullptr),
-        StatusNotSupported);
-    EXPECT_EQ(kind, uint32_t{DocumentNone});
-    EXPECT_EQ(data.document.data(), nullptr);
-  }
+  PstFilterData data;
+  DocumentRequest request;
+  request.path = u"mail";
+  DocumentResult result;
+  EXPECT_EQ(ReadMessageDocument(request, data, result), StatusNotSupported);
+  EXPECT_EQ(result.kind, DocumentNone);
+  EXPECT_FALSE(data.document.hasBlock());
 }
 
 }  // namespace

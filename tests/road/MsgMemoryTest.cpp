@@ -30,12 +30,15 @@ Made MakeDocument(const MsgBuilder& msg, bool textOnly = false) {
   const TempDirectory directory;
   const std::string bytes = msg.write();
   const std::u16string path = directory.write("mail.msg", bytes).u16string();
+  DocumentRequest request;
+  request.path = path.c_str();
+  request.textOnly = textOnly;
   Made made;
   made.file = bytes.size();
   made.peak = PeakOf([&] {
     PstFilterData data;
-    uint32_t kind = DocumentNone;
-    EXPECT_EQ(ReadMsgDocument(path.c_str(), data, kind, textOnly, nullptr), StatusOk);
+    DocumentResult result;
+    EXPECT_EQ(ReadMsgDocument(request, data, result), StatusOk);
     made.document = data.document.length();
   });
   EXPECT_LE(made.peak, Allowed(made.file));
@@ -142,16 +145,19 @@ TEST(MsgMemory, AnAttachmentIsThereOnce) {
   const std::u16string path = directory.write("mail.msg", msg.write()).u16string();
   uint64_t length = 0;
   const AttachmentRequest request = {
-      1, 0,
-      [](void* user, TrackedBuffer<char>* data, const char16_t*, PropertyList*) {
+      1, false,
+      [](void* user, TrackedBuffer<char>* data, const char16_t*, PropertyList*) -> Status {
         *static_cast<uint64_t*>(user) = data->length();
-        return int32_t{StatusOk};
+        return StatusOk;
       },
       &length};
+  DocumentRequest wanted;
+  wanted.path = path.c_str();
+  wanted.attachments = &request;
   const uint64_t peak = PeakOf([&] {
     PstFilterData data;
-    uint32_t kind = DocumentNone;
-    EXPECT_EQ(ReadMsgDocument(path.c_str(), data, kind, true, &request), StatusOk);
+    DocumentResult none;
+    EXPECT_EQ(ReadMsgDocument(wanted, data, none), StatusOk);
   });
   EXPECT_EQ(length, kBody);
   EXPECT_LT(peak, kBody + kTables);
@@ -171,10 +177,10 @@ TEST(MsgAttachmentWork, AListOfThemIsInProportion) {
     const uint64_t before = PartsOf(file).directory.stepsLeft();
     uint64_t calls = 0;
     const AttachmentRequest request = {
-        kAllAttachments, 1,
-        [](void* user, TrackedBuffer<char>*, const char16_t*, PropertyList*) {
+        kAllAttachments, true,
+        [](void* user, TrackedBuffer<char>*, const char16_t*, PropertyList*) -> Status {
           ++*static_cast<uint64_t*>(user);
-          return int32_t{StatusOk};
+          return StatusOk;
         },
         &calls};
     EXPECT_EQ(EnumerateMsgAttachments(storage, request), StatusOk);

@@ -6,50 +6,18 @@
 #include "Internal/Tarnclasses_.h"
 #include "MsgSamples.h"
 #include "support/FakeHost.h"
+#include "support/HeaderRows.h"
 #include "support/LocalZone.h"
 #include "support/RtfCompressor.h"
 
 namespace tarn::test {
 namespace {
 
-struct Labels {
-  uint32_t language;
-  std::string from, sent, to, subject, importance, high;
-};
-
-const Labels kLabels[] = {
-    {0x0409, "From:      ", "Sent:      ", "To:        ", "Subject:   ", "Importance:", "High"},
-    {0x0407, "Von:       ", "Gesendet:  ", "An:        ", "Betreff:   ", "Priorit\u00e4t: ",
-     "H\u00f6"
-     "ch"},
-    {0x0418, "De la:     ", "Trimis:    ", "C\u0103tre:     ", "Subiect:   ",
-     "Importan\u021b\u0103:", "Maxim"},
-    {0x040C,
-     "De:        ", "Envoy\u00e8:    ", "\u00c0:         ", "Objet:     ", "Importance:", "Haute"},
-    {0x0411, "差出人:  ", "送信日時:", "宛先:    ", "件名:    ", "重要度:  ", "高"},
-    {0x0804, "发件人:  ", "发送时间:", "收件人:  ", "主题:    ", "重要性:  ", "高"},
-    {0x0404, "寄件者:  ", "寄件日期:", "收件者:  ", "主旨:    ", "重要性:  ", "高"},
-    {0x0412, "보낸 사람:", "보낸 날짜:", "받는 사람:", "제목:     ", "중요도:  ", "높음"},
-    {0x2C01, "نمن :  ", "تاريخ الإرسال:", "إلى :  ", "الموضوع:", "الأهمية: ", "عالية"}};
-
-const Labels& kEnglish = kLabels[0];
-
-std::string MsgHtmlRow(const std::string& label, const std::string& value) {
-  return "\n<tr><td style = 'width:87pt; padding: 0px; vertical-align:top'><b><span style = "
-         "'font-family:\"Calibri\",\"sans-serif\";mso-bidi-font-family:Calibri; color:black'>" +
-         label +
-         "</span></b></td><td style = 'padding: 0px'><span style = "
-         "'font-family:\"Calibri\",\"sans-serif\";mso-bidi-font-family:Calibri; color:black; "
-         "word-wrap: break-word;'>" +
-         value + "</span></td></tr>\r\n";
-}
-
-std::string MsgHtmlBlock(const Labels& labels) {
-  return "<table style = 'border-collapse: collapse ; table-layout: fixed; width: 100%'>\r\n" +
-         MsgHtmlRow(labels.from, "Ann &lt;ann@example.com&gt;") +
-         MsgHtmlRow(labels.sent, "Sat Nov 21, 2026 10:00 AM") + MsgHtmlRow(labels.to, "Bob") +
-         MsgHtmlRow(labels.subject, "Hello") + MsgHtmlRow(labels.importance, labels.high) +
-         "</table>\r\n<p class=MsoNormal><o:p>&nbsp;</o:p></p>\r\n";
+std::string MsgHtmlBlock(const HeaderLabels& labels) {
+  return HtmlBlock(MailHtmlRow(labels.from, "Ann &lt;ann@example.com&gt;") +
+                   MailHtmlRow(labels.sent, "Sat Nov 21, 2026 10:00 AM") +
+                   MailHtmlRow(labels.to, "Bob") + MailHtmlRow(labels.subject, "Hello") +
+                   MailHtmlRow(labels.importance, labels.high));
 }
 
 std::string MsgTextRow(const std::string& label, const std::string& value) {
@@ -61,17 +29,11 @@ std::string Counted(const std::string& text) {
   return ("\xEF\xBB\xBF" + text).substr(0, text.size() + 1);
 }
 
-std::string PlainDocument(const Labels& labels) {
+std::string PlainDocument(const HeaderLabels& labels) {
   return Counted(MsgTextRow(labels.from, "Ann <ann@example.com>") +
                  MsgTextRow(labels.sent, "Sat Nov 21, 2026 10:00 AM") +
                  MsgTextRow(labels.to, "Bob") + MsgTextRow(labels.subject, "Hello") +
                  MsgTextRow(labels.importance, labels.high) + "\r\nPlain body");
-}
-
-std::string MsgRtfRow(const std::string& label, const std::string& value) {
-  return "\r{\\rtlch\\fcs1 \\ab\\af37 \\ltrch\\fcs0 \\b\\cf0\\insrsid5716485 " + label +
-         "\\tab }{\\rtlch\\fcs1 \\af37 \\ltrch\\fcs0 \\cf0 " + value +
-         "\\insrsid5716485 \\par }\r\n";
 }
 
 class MsgRoad : public ::testing::Test {
@@ -99,7 +61,7 @@ TEST_F(MsgRoad, MakesHtmlInEveryLanguage) {
   MsgBuilder msg = PlainMsg();
   msg.binary(0x1013, kMsgHtml);
   const std::string file = msg.write();
-  for (const Labels& labels : kLabels) {
+  for (const HeaderLabels& labels : kHeaderLabels) {
     PlainKernelSetLanguage(labels.language);
     const std::string expected =
         "<html><head><meta http-equiv=Content-Type content=\"text/html; charset=utf-8\"></head>"
@@ -119,7 +81,7 @@ TEST_F(MsgRoad, MakesHtmlInEveryLanguage) {
 
 TEST_F(MsgRoad, MakesTextInEveryLanguageWithAndWithoutTheFlag) {
   const std::string file = PlainMsg().write();
-  for (const Labels& labels : kLabels) {
+  for (const HeaderLabels& labels : kHeaderLabels) {
     for (const int32_t ioMode : {0, 3}) {
       for (const int32_t textOnly : {0, 1}) {
         PlainKernelSetLanguage(labels.language);
@@ -135,19 +97,19 @@ TEST_F(MsgRoad, MakesRtf) {
   msg.binary(0x1009, PackRtf(kMsgRtf));
   const std::string expected =
       "{\\rtf1\\ansi{\\fonttbl{\\f0 Arial;}}\r\n" +
-      MsgRtfRow("From:      ", "Ann <ann@example.com>") +
-      MsgRtfRow("Sent:      ", "Sat Nov 21, 2026 10:00 AM") + MsgRtfRow("To:        ", "Bob") +
-      MsgRtfRow("Subject:   ", "Hello") + MsgRtfRow("Importance:", "High") +
+      MailRtfRow("From:      ", "Ann <ann@example.com>") +
+      MailRtfRow("Sent:      ", "Sat Nov 21, 2026 10:00 AM") + MailRtfRow("To:        ", "Bob") +
+      MailRtfRow("Subject:   ", "Hello") + MailRtfRow("Importance:", "High") +
       "\\pard \\ltrpar\\ql \\li0\\ri0\\widctlpar\\wrapdefault\\aspalpha\\aspnum\\faauto"
       "\\adjustright\\rin0\\lin0\\itap0 {\\rtlch\\fcs1 \\af1 \\ltrch\\fcs0 \\insrsid5716485 \\par }"
       "\\pard Hi\\par}";
   for (const int32_t ioMode : {0, 3}) {
     PlainKernelSetIoMode(ioMode);
     EXPECT_EQ(DocumentOf(msg.write()), expected);
-    EXPECT_EQ(DocumentOf(msg.write(), 1), PlainDocument(kEnglish));
+    EXPECT_EQ(DocumentOf(msg.write(), 1), PlainDocument(kEnglishLabels));
   }
   // In every language it is RTF with the same body.
-  for (const Labels& labels : kLabels) {
+  for (const HeaderLabels& labels : kHeaderLabels) {
     PlainKernelSetLanguage(labels.language);
     const std::string document = DocumentOf(msg.write());
     EXPECT_EQ(document.substr(0, 11), "{\\rtf1\\ansi");
@@ -203,7 +165,7 @@ TEST_F(MsgRoad, NamesTheAuthorBehindTheSender) {
 
 TEST_F(MsgRoad, PutsImagesIntoTheDocument) {
   const std::string file = AttachedMsg().write();
-  const std::string front = "<html><body>" + MsgHtmlBlock(kEnglish) + "<img src=\"";
+  const std::string front = "<html><body>" + MsgHtmlBlock(kEnglishLabels) + "<img src=\"";
   PlainKernelSetIoMode(3);
   EXPECT_EQ(DocumentOf(file),
             front + "data:image;base64," + MsgImageBase64() + "\"></body></html>");

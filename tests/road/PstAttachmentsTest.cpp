@@ -26,15 +26,15 @@ struct Seen {
 
 struct Collector {
   std::vector<Seen> seen;
-  int32_t answer = 1;
+  Status answer;
 
-  static int32_t Take(void* user, TrackedBuffer<char>* data, const char16_t* name,
-                      PropertyList* properties) {
+  static Status Take(void* user, TrackedBuffer<char>* data, const char16_t* name,
+                     PropertyList* properties) {
     auto& self = *static_cast<Collector*>(user);
-    Seen& seen = self.seen.emplace_back(
-        Seen{std::string(data->data(), data->length()), data->data() != nullptr, name, {}});
-    for (uint64_t i = 0; i < properties->length(); ++i) {
-      seen.properties.emplace_back(properties->data()[i].name, properties->data()[i].value);
+    Seen& seen =
+        self.seen.emplace_back(Seen{std::string(data->view()), data->hasBlock(), name, {}});
+    for (const AttachmentProperty& property : properties->elements()) {
+      seen.properties.emplace_back(property.name, property.value);
     }
     return self.answer;
   }
@@ -44,7 +44,7 @@ class PstAttachments : public ::testing::Test {
  protected:
   MessageBuilder& message() { return store_->folder("Inbox").message(); }
 
-  int32_t enumerate(uint32_t index, uint32_t infoOnly = 0) {
+  Status enumerate(uint32_t index, bool infoOnly = false) {
     reading_.emplace(*store_);
     const auto folder = pststore::make_folder(pststore::folder_begin(reading_->context));
     const pststore::message source = pststore::make_message(pststore::message_iterator(
@@ -52,7 +52,7 @@ class PstAttachments : public ::testing::Test {
     const AttachmentRequest request = {index, infoOnly, Collector::Take, &collector_};
     return EnumeratePstAttachments(source, request, reading_->fileSize);
   }
-  int32_t all(uint32_t infoOnly = 0) { return enumerate(kAllAttachments, infoOnly); }
+  Status all(bool infoOnly = false) { return enumerate(kAllAttachments, infoOnly); }
   std::vector<Seen>& seen() { return collector_.seen; }
   void use(PstLayout layout) {
     store_.emplace(SmallStore(layout));
@@ -262,7 +262,11 @@ TEST_F(PstAttachments, SkipsTimesOfAnotherSizeAndPrintsEarlyOnesUnsigned) {
 }
 
 TEST_F(PstAttachments, EndsWhereTheCallbackSays) {
-  for (const auto& [answer, expected] : {std::pair{2, 1}, {0, 0}, {-5, -5}, {7, 7}}) {
+  const Status other = Status::FromCode(7);
+  for (const auto& [answer, expected] : {std::pair<Status, Status>{StatusDone, StatusOk},
+                                         {StatusFailed, StatusFailed},
+                                         {StatusWriteFailed, StatusWriteFailed},
+                                         {other, other}}) {
     use(PstLayout::Unicode);
     message().attachment(u"1", "one").attachment(u"2", "two");
     collector_.answer = answer;
@@ -327,7 +331,7 @@ TEST_F(PstAttachments, LetsABrokenTableThrow) {
   use(PstLayout::Unicode);
   store_->folder("A").row(0x200024);
   store_->node(0x200024, parts);
-  EXPECT_THROW(all(), pststore::sig_mismatch);
+  EXPECT_THROW(all().ignore(), pststore::sig_mismatch);
 }
 
 // Rows without number that name one attachment: the pages of the rows are holes, and a row of zeros
@@ -367,7 +371,7 @@ TEST_F(PstAttachments, AddsAStringOfTheBag) {
   EXPECT_EQ(std::u16string(list.data()[0].name), u"n");
   EXPECT_EQ(std::u16string(list.data()[0].value), u"name");
   EXPECT_EQ(left, 0u);
-  EXPECT_THROW(AddAttachmentPropertyFromBag(list, "n", attachment, 0x3707, left),
+  EXPECT_THROW(AddAttachmentPropertyFromBag(list, "n", attachment, 0x3707, left).ignore(),
                pststore::database_corrupt);
   left = 100;
   PlainKernelFailAt(PlainKernelFaultText, 1);

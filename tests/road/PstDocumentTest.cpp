@@ -9,47 +9,35 @@
 #include "Tarnbase/PlainKernel.h"
 #include "pststore/Errors.h"
 #include "support/FaultSweep.h"
+#include "support/HeaderRows.h"
 #include "support/MemoryMail.h"
 #include "support/RtfCompressor.h"
 
 namespace tarn::test {
 namespace {
 
-const std::string kSubjectRow =
-    "<table style = 'border-collapse: collapse ; table-layout: fixed; width: 100%'>\r\n"
-    "\n<tr><td style = 'width:87pt; padding: 0px; vertical-align:top'><b><span style = "
-    "'font-family:\"Calibri\",\"sans-serif\";mso-bidi-font-family:Calibri; color:black'>"
-    "Subject:   "
-    "</span></b></td><td style = 'padding: 0px'><span style = "
-    "'font-family:\"Calibri\",\"sans-serif\";mso-bidi-font-family:Calibri; color:black; "
-    "word-wrap: break-word;'>"
-    "Hi"
-    "</span></td></tr>\r\n"
-    "</table>\r\n<p class=MsoNormal><o:p>&nbsp;</o:p></p>\r\n";
+const std::string kSubjectRow = HtmlBlock(MailHtmlRow("Subject:   ", "Hi"));
 
 class PstDocument : public ::testing::Test {
  protected:
-  int32_t read(StoreBuilder& store, int32_t messageIndex = 0, bool textOnly = false,
-               const AttachmentRequest* request = nullptr) {
+  Status read(StoreBuilder& store, int32_t messageIndex = 0, bool textOnly = false,
+              const AttachmentRequest* request = nullptr) {
     const MemoryMail file(store.bytes());
     const TempDirectory directory;
     const std::u16string path = directory.write("store.pst", store.bytes()).u16string();
-    index = messageIndex;
-    kind = DocumentNone;
-    int32_t format = FormatPst;
     data.emplace();
-    const int32_t status = ReadMessageDocument(path.c_str(), *data, format, index, kind, textOnly,
-                                               file.handle(), request);
-    EXPECT_EQ(format, FormatPst);
+    DocumentResult result;
+    const Status status = ReadMessageDocument(
+        {path.c_str(), FormatPst, messageIndex, textOnly, file.handle(), request}, *data, result);
+    index = result.index;
+    kind = result.kind;
     return status;
   }
-  std::string document() const {
-    return std::string(data->document.data(), data->document.length());
-  }
+  std::string document() const { return std::string(data->document.view()); }
 
   std::optional<PstFilterData> data;
   int32_t index = 0;
-  uint32_t kind = DocumentNone;
+  TarnDocumentKind kind = DocumentNone;
 };
 
 TEST_F(PstDocument, PutsHtmlBetweenTagsWhateverItContains) {
@@ -57,7 +45,7 @@ TEST_F(PstDocument, PutsHtmlBetweenTagsWhateverItContains) {
     StoreBuilder store(SmallStore(layout));
     store.folder("A").message().subject(u"Hi").html("<html><body>x</body></html>");
     ASSERT_EQ(read(store), 1);
-    EXPECT_EQ(kind, uint32_t{DocumentHtml});
+    EXPECT_EQ(kind, DocumentHtml);
     EXPECT_EQ(document(), "<html><html><body>" + kSubjectRow + "x</body></html></html>");
     EXPECT_EQ(data->readerFormat, 385);
     EXPECT_EQ(data->messageCount, 1);
@@ -93,7 +81,7 @@ TEST_F(PstDocument, CopiesRtfAsItIs) {
     StoreBuilder store(SmallStore(layout));
     store.folder("A").message().subject(u"").html("<p>").rtf(PackRtf(rtf));
     ASSERT_EQ(read(store), 1);
-    EXPECT_EQ(kind, uint32_t{DocumentRtf});
+    EXPECT_EQ(kind, DocumentRtf);
     EXPECT_EQ(document(), rtf);
   }
 }
@@ -102,7 +90,7 @@ TEST_F(PstDocument, RefusesAMessageWithAPlainBodyOnly) {
   StoreBuilder store(SmallStore());
   store.folder("A").message().subject(u"Hi").body(u"text");
   EXPECT_EQ(read(store), -9);
-  EXPECT_EQ(kind, uint32_t{DocumentNone});
+  EXPECT_EQ(kind, DocumentNone);
   EXPECT_EQ(data->document.length(), 0u);
   EXPECT_EQ(data->messageCount, 1);
 }
@@ -114,7 +102,7 @@ TEST_F(PstDocument, StartsTextWithAMarkThatDoesNotCount) {
     StoreBuilder store(SmallStore(layout));
     store.folder("A").message().subject(u"Hi").body(u"bye").html("<p>");
     ASSERT_EQ(read(store, 0, true), 1);
-    EXPECT_EQ(kind, uint32_t{DocumentText});
+    EXPECT_EQ(kind, DocumentText);
     // The last byte of the body is zero and counts as the text's terminator.
     const std::string whole =
         std::string("\xFF\xFE") + "Subject:   \tHi\r\n\r\n" + std::string("b\0y\0e", 5);
@@ -136,7 +124,7 @@ TEST_F(PstDocument, RefusesTheTextOfAMessageWithoutPlainBody) {
   StoreBuilder store(SmallStore());
   store.folder("A").message().html("<p>").rtf(PackRtf("{\\rtf1 Hello}"));
   EXPECT_EQ(read(store, 0, true), -9);
-  EXPECT_EQ(kind, uint32_t{DocumentNone});
+  EXPECT_EQ(kind, DocumentNone);
 }
 
 TEST_F(PstDocument, ClampsTheNumber) {
@@ -168,16 +156,16 @@ TEST_F(PstDocument, LeavesTheDocumentForARequest) {
   store.folder("A").message().html("x").attachment(u"a", "b");
   int calls = 0;
   const AttachmentRequest request = {
-      kAllAttachments, 1,
-      [](void* user, TrackedBuffer<char>*, const char16_t*, PropertyList*) {
+      kAllAttachments, true,
+      [](void* user, TrackedBuffer<char>*, const char16_t*, PropertyList*) -> Status {
         ++*static_cast<int*>(user);
-        return int32_t{1};
+        return StatusOk;
       },
       &calls};
   ASSERT_EQ(read(store, 0, true, &request), 1);
   EXPECT_EQ(calls, 1);
   EXPECT_EQ(data->document.data(), nullptr);
-  EXPECT_EQ(kind, uint32_t{DocumentNone});
+  EXPECT_EQ(kind, DocumentNone);
   EXPECT_EQ(data->readerFormat, 385);
 }
 
@@ -186,10 +174,10 @@ TEST_F(PstDocument, TakesARequestForAMessageThatNoTableHolds) {
   store.folder("A").count(2).message().html("x").attachment(u"a", "b");
   int calls = 0;
   const AttachmentRequest request = {
-      kAllAttachments, 1,
-      [](void* user, TrackedBuffer<char>*, const char16_t*, PropertyList*) {
+      kAllAttachments, true,
+      [](void* user, TrackedBuffer<char>*, const char16_t*, PropertyList*) -> Status {
         ++*static_cast<int*>(user);
-        return int32_t{1};
+        return StatusOk;
       },
       &calls};
   EXPECT_EQ(read(store, 1, false, &request), 1);
@@ -204,7 +192,7 @@ TEST_F(PstDocument, MakesAnyFailureOfTheRendererMinusOne) {
   StoreBuilder store(SmallStore());
   store.folder("A").message().subject(u"Hi").html("<body");
   EXPECT_EQ(read(store), -1);
-  EXPECT_EQ(kind, uint32_t{DocumentNone});
+  EXPECT_EQ(kind, DocumentNone);
   EXPECT_EQ(data->readerFormat, 388);
 }
 
@@ -233,12 +221,12 @@ TEST_F(PstDocument, ShowsTheBlockOfAFailedMessageAsAnEmptyPage) {
 TEST_F(PstDocument, LetsTheStoreThrow) {
   StoreBuilder store(SmallStore());
   store.folder("A").without(kPropContentCount).message().html("x");
-  EXPECT_THROW(read(store), pststore::key_not_found<uint16_t>);
+  EXPECT_THROW(read(store).ignore(), pststore::key_not_found<uint16_t>);
   PstFilterData scratch;
-  int32_t messageIndex = 0;
-  uint32_t none = DocumentNone;
-  EXPECT_THROW(ReadPstDocument(u"/nowhere.pst", scratch, messageIndex, none, false, 0, nullptr),
-               std::runtime_error);
+  DocumentRequest nowhere;
+  nowhere.path = u"/nowhere.pst";
+  DocumentResult none;
+  EXPECT_THROW(ReadPstDocument(nowhere, scratch, none).ignore(), std::runtime_error);
 }
 
 // All that a road takes fails once, from opening the store on.
@@ -252,21 +240,20 @@ TEST_F(PstDocument, ReleasesAllWhateverFails) {
                               PlainKernelFaultSeek, PlainKernelFaultText}) {
     uint64_t successes = 0;
     const auto round = [&](FaultedWork& faulted) {
-      int32_t messageIndex = 0;
-      uint32_t documentKind = DocumentNone;
+      const DocumentRequest request = {path.c_str(), FormatPst, 0, false, file.handle(), nullptr};
+      DocumentResult result;
       PstFilterData attempt;
-      int32_t status = 0;
+      Status status = StatusFailed;
       try {
-        status = faulted([&] {
-          return ReadPstDocument(path.c_str(), attempt, messageIndex, documentKind, false,
-                                 file.handle(), nullptr);
-        });
-        EXPECT_TRUE(status == 1 || status == -1 || status == -4 || status == -9) << status;
+        status = faulted([&] { return ReadPstDocument(request, attempt, result); });
+        EXPECT_TRUE(status.ok() || status == StatusOutOfMemory || status == StatusSeekFailed ||
+                    status == StatusNotSupported)
+            << status.code();
       } catch (const std::exception&) {
         EXPECT_EQ(attempt.document.length(), 0u);
       }
-      if (status == 1 && !faulted.andAllAfter()) ++successes;
-      EXPECT_TRUE(faulted.isReached() || status == 1);
+      if (status.ok() && !faulted.andAllAfter()) ++successes;
+      EXPECT_TRUE(faulted.isReached() || status.ok());
     };
     const uint64_t calls = SweepFaults(group, round, FaultKinds::OneAndFrom);
     EXPECT_GT(calls, 0u) << group;

@@ -196,7 +196,7 @@ TEST_F(PstInlineImages, BecomeFilesOnTheTempFileRoute) {
   message().html("<img src=\"cid:a.png\">").attachment(u"a.png", "abc");
   reading_.emplace(store_);
   PlainKernelSetTempDirectory(reading_->directory().c_str());
-  reading_->data.useTempFile = 1;
+  reading_->data.useTempFile = true;
   ASSERT_EQ(reading_->read(0), 1);
   EXPECT_EQ(body(), "<img src=\"_a.png\">");
   ASSERT_EQ(reading_->data.inlineFiles.length(), 1u);
@@ -214,7 +214,7 @@ TEST_F(PstInlineImages, BecomeFilesOfTheirShortNameAlone) {
   message().html("<img src=\"B.PNG\">").attach().shortName(u"B.PNG").data("abc");
   reading_.emplace(store_);
   PlainKernelSetTempDirectory(reading_->directory().c_str());
-  reading_->data.useTempFile = 1;
+  reading_->data.useTempFile = true;
   ASSERT_EQ(reading_->read(0), 1);
   EXPECT_EQ(body(), "<img src=\"B.PNG\">");
   ASSERT_EQ(reading_->data.inlineFiles.length(), 1u);
@@ -226,7 +226,7 @@ TEST_F(PstInlineImages, BecomeFilesOfTheirPlainNameWhenTheCidNameDoesNotConvert)
   message().subject(u"").html("<img src=\"cid:a\">").attachment(u"a", "abc");
   reading_.emplace(store_);
   PlainKernelSetTempDirectory(reading_->directory().c_str());
-  reading_->data.useTempFile = 1;
+  reading_->data.useTempFile = true;
   ASSERT_EQ(reading_->count(), 1);
   PlainKernelFailAt(PlainKernelFaultText, 2);
   ASSERT_EQ(reading_->walk(0), 1);

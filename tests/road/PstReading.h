@@ -32,17 +32,17 @@ class PstReading {
   PstReading& operator=(const PstReading&) = delete;
   ~PstReading() { ReleaseMessageList(list); }
 
-  int32_t count() { return CountStoreMessages(list, context, fileSize); }
-  int32_t walk(int32_t selected) {
+  Status count() { return CountStoreMessages(list, context, fileSize); }
+  Status walk(int32_t selected) {
     wanted_ = selected;
     StoreReading reading(data, request, fileSize);
     if (limits) limits(reading);
     return WalkStoreMessages(*list, context, selected, kind, reading);
   }
   // Counts and walks.
-  int32_t read(int32_t selected) {
-    const int32_t counted = count();
-    return counted == StatusOk ? walk(selected) : counted;
+  Status read(int32_t selected) {
+    const Status counted = count();
+    return counted.ok() ? walk(selected) : counted;
   }
 
   // Of the message that the last walk was to read: there is no other record.
@@ -58,7 +58,7 @@ class PstReading {
     std::string all;
     for (int32_t index = 0; index < messages; ++index) {
       ReleaseMessageList(std::exchange(list, nullptr));
-      EXPECT_EQ(read(index), 1);
+      EXPECT_EQ(read(index), StatusOk);
       all += body(index);
     }
     return all;
@@ -73,7 +73,7 @@ class PstReading {
   const AttachmentRequest* request = nullptr;
   std::function<void(StoreReading&)> limits;  // changes what a walk may cost
   MessageList* list = nullptr;
-  uint32_t kind = DocumentNone;
+  TarnDocumentKind kind = DocumentNone;
 
  private:
   int32_t wanted_ = 0;

@@ -9,6 +9,7 @@
 #include "Internal/Tarnclasses_.h"
 #include "PstSamples.h"
 #include "support/FakeHost.h"
+#include "support/HeaderRows.h"
 #include "support/LeakCheck.h"
 #include "support/LocalZone.h"
 
@@ -35,38 +36,14 @@ class PstHost : public FakeHost {
   std::string document() const { return calls.back().document; }
 };
 
-std::string HtmlRow(const std::string& label, const std::string& value) {
-  return "\n<tr><td style = 'width:87pt; padding: 0px; vertical-align:top'><b><span style = "
-         "'font-family:\"Calibri\",\"sans-serif\";mso-bidi-font-family:Calibri; color:black'>" +
-         label +
-         "</span></b></td><td style = 'padding: 0px'><span style = "
-         "'font-family:\"Calibri\",\"sans-serif\";mso-bidi-font-family:Calibri; color:black; "
-         "word-wrap: break-word;'>" +
-         value + "</span></td></tr>\r\n";
+std::string FirstDocument(const HeaderLabels& labels, const std::string& image) {
+  return "<html><html><body>" +
+         HtmlBlock(MailHtmlRow(labels.from, "Ann") +
+                   MailHtmlRow(labels.sent, "Fri Jan 01, 2021 12:00 AM") +
+                   MailHtmlRow(labels.to, "Bob") + MailHtmlRow(labels.subject, "Re: Image") +
+                   MailHtmlRow(labels.importance, labels.high)) +
+         "<img src=\"" + image + "\"></body></html></html>";
 }
-
-struct Labels {
-  uint32_t language;
-  const char* from;
-  const char* sent;
-  const char* to;
-  const char* subject;
-  const char* importance;
-  const char* high;
-};
-
-std::string FirstDocument(const Labels& labels, const std::string& image) {
-  return "<html><html><body>"
-         "<table style = 'border-collapse: collapse ; table-layout: fixed; width: 100%'>\r\n" +
-         HtmlRow(labels.from, "Ann") + HtmlRow(labels.sent, "Fri Jan 01, 2021 12:00 AM") +
-         HtmlRow(labels.to, "Bob") + HtmlRow(labels.subject, "Re: Image") +
-         HtmlRow(labels.importance, labels.high) +
-         "</table>\r\n<p class=MsoNormal><o:p>&nbsp;</o:p></p>\r\n" + "<img src=\"" + image +
-         "\"></body></html></html>";
-}
-
-const Labels kEnglish = {
-    0x0409, "From:      ", "Sent:      ", "To:        ", "Subject:   ", "Importance:", "High"};
 
 class PstRoad : public ::testing::Test {
  protected:
@@ -82,7 +59,7 @@ TEST_F(PstRoad, HandsHtmlAndImagesToTheSiblingAsFiles) {
       const SiblingCall& call = host.calls.back();
       EXPECT_EQ(call.route, Route::InfoByName);
       EXPECT_EQ(call.info.format, SiblingHtml);
-      EXPECT_EQ(call.document, FirstDocument(kEnglish, "_pic.png"));
+      EXPECT_EQ(call.document, FirstDocument(kEnglishLabels, "_pic.png"));
       EXPECT_NE(call.besideFiles.find("/_pic.png"), std::string::npos) << call.besideFiles;
       EXPECT_EQ(host.hostInfo->format, FormatPst);
       EXPECT_EQ(Copy(host.hostInfo->messageCount), 6);
@@ -100,7 +77,7 @@ TEST_F(PstRoad, HandsHtmlWithImagesOverInMemory) {
     PstHost host(SampleStore(layout));
     ASSERT_EQ(host.infoOf(1), StatusOk);
     EXPECT_EQ(host.calls.back().route, Route::InfoFromMemory);
-    EXPECT_EQ(host.document(), FirstDocument(kEnglish, "data:image;base64," + kImageBase64));
+    EXPECT_EQ(host.document(), FirstDocument(kEnglishLabels, "data:image;base64," + kImageBase64));
     EXPECT_EQ(host.directory().listing(), "mail");
   }
 }
@@ -124,11 +101,7 @@ TEST_F(PstRoad, LabelsTheRowsInTheLanguageOfTheHost) {
   EXPECT_EQ(different, 8);
   PlainKernelSetLanguage(0x0407);
   ASSERT_EQ(host.infoOf(1), StatusOk);
-  EXPECT_EQ(host.document(), FirstDocument({0x0407, "Von:       ", "Gesendet:  ", "An:        ",
-                                            "Betreff:   ", "Priorit\xC3\xA4t: ",
-                                            "H\xC3\xB6"
-                                            "ch"},
-                                           "data:image;base64," + kImageBase64));
+  EXPECT_EQ(host.document(), FirstDocument(kHeaderLabels[1], "data:image;base64," + kImageBase64));
 }
 
 TEST_F(PstRoad, HandsRtfOverFromMemoryOnBothRoutes) {
@@ -173,7 +146,7 @@ TEST_F(PstRoad, GivesTheTextOfAMessageWithHtmlToo) {
 TEST_F(PstRoad, ClampsNumbersOutsideTheStore) {
   PlainKernelSetIoMode(3);
   PstHost host(SampleStore(PstLayout::Unicode));
-  const std::string first = FirstDocument(kEnglish, "data:image;base64," + kImageBase64);
+  const std::string first = FirstDocument(kEnglishLabels, "data:image;base64," + kImageBase64);
   for (const int32_t number : {0, -1, INT32_MIN + 1, 1}) {
     ASSERT_EQ(host.infoOf(number), StatusOk) << number;
     EXPECT_EQ(host.infoContext->messageNumber, 0);

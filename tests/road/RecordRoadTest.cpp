@@ -15,7 +15,7 @@ PstFilterData& RecordOf(FakeHost& host) { return *static_cast<PstFilterData*>(ho
 TEST(RecordRoad, LoadHandsTheFirstAttachmentFailureOn) {
   FakeHost host(kPlainMail);
   ASSERT_EQ(host.info(), StatusOk);
-  RecordOf(host).attachmentStatus = -55;
+  RecordOf(host).attachmentStatus = Status::FromCode(-55);
   ASSERT_EQ(host.load(), StatusOk);
   EXPECT_EQ(host.loadContext->status, -55);
   // A status that is not 1 stays.

@@ -50,7 +50,7 @@ class StoreLimits : public ::testing::Test {
 
   StoreBuilder store_{SmallStore()};
   std::optional<PstReading> reading_;
-  uint32_t useTempFile_ = 0;
+  bool useTempFile_ = false;
 };
 
 TEST_F(StoreLimits, GrowWithTheFile) {
@@ -181,7 +181,7 @@ TEST_F(StoreLimits, CountImagesThatStayReferences) {
 TEST_F(StoreLimits, CountImagesTwiceThatAreWritten) {
   const TempDirectory directory;
   PlainKernelSetTempDirectory(directory.wide().c_str());
-  useTempFile_ = 1;
+  useTempFile_ = true;
   message().html("<img src=\"cid:a\">").attachment(u"a", std::string(60, 'x'));
   EXPECT_EQ(readWithImages(119), -1);
   EXPECT_EQ(reading_->data.inlineFiles.length(), 0u);

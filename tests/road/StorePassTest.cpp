@@ -122,7 +122,7 @@ TEST(StorePass, KeepsNothingOfManyMessages) {
 // What came of a message, with all that it leaves behind.
 struct Outcome {
   std::string result;
-  uint32_t kind = DocumentNone;
+  TarnDocumentKind kind = DocumentNone;
   uint64_t textLeft = 0;
 };
 
@@ -148,11 +148,11 @@ Outcome Run(StoreBuilder& builder, bool wanted, uint64_t textLeft, FaultedWork* 
 
   Outcome outcome;
   try {
-    const int32_t status = RunFaulted(faulted, [&] {
+    const Status status = RunFaulted(faulted, [&] {
       return wanted ? ReadPstMessage(message, outcome.kind, *reading.list, limits)
                     : PassPstMessage(message, outcome.kind, limits);
     });
-    outcome.result = std::to_string(status);
+    outcome.result = std::to_string(status.code());
   } catch (const std::exception& caught) {
     outcome.result = std::string(typeid(caught).name()) + ": " + caught.what();
   }
@@ -288,16 +288,16 @@ TEST(StorePass, OpensNoBodyForARequest) {
   uint64_t announced = 0;
   const uint64_t before = Usage().liveTrackedObjects;
   const AttachmentRequest request = {
-      kAllAttachments, 1,
-      [](void* user, TrackedBuffer<char>*, const char16_t*, PropertyList*) {
+      kAllAttachments, true,
+      [](void* user, TrackedBuffer<char>*, const char16_t*, PropertyList*) -> Status {
         *static_cast<uint64_t*>(user) = Usage().liveTrackedObjects;
-        return int32_t{1};
+        return StatusOk;
       },
       &announced};
   reading.request = &request;
   EXPECT_EQ(reading.read(1), 1);
   EXPECT_EQ(announced, before + 1);  // the array of records
-  EXPECT_EQ(reading.kind, uint32_t{DocumentNone});
+  EXPECT_EQ(reading.kind, DocumentNone);
 }
 
 }  // namespace

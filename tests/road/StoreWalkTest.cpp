@@ -92,12 +92,12 @@ TEST(StoreCount, LetsAFolderWithoutNameOrCountThrow) {
     store.folder("A").count(1);
     store.folder("B").count(1).without(kPropDisplayName);
     PstReading reading(store);
-    EXPECT_THROW(reading.count(), key_not_found<uint16_t>);
+    EXPECT_THROW(reading.count().ignore(), key_not_found<uint16_t>);
   }
   StoreBuilder store(SmallStore());
   store.folder("A").without(kPropContentCount).message();
   PstReading reading(store);
-  EXPECT_THROW(reading.count(), key_not_found<uint16_t>);
+  EXPECT_THROW(reading.count().ignore(), key_not_found<uint16_t>);
   EXPECT_EQ(reading.list, nullptr);
 }
 
@@ -158,7 +158,7 @@ TEST(StoreWalk, FillsTheRecordOfTheSelectedMessage) {
     EXPECT_EQ(reading.list->count, 2);
     EXPECT_EQ(reading.body(1), "one");
     EXPECT_EQ(reading.record(1).subject.view(), "1");
-    EXPECT_EQ(reading.kind, uint32_t{DocumentHtml});
+    EXPECT_EQ(reading.kind, DocumentHtml);
     EXPECT_EQ(reading.bodies(3), "zeroonetwo");
   }
 }
@@ -314,7 +314,7 @@ TEST(StoreWalk, FillsTheRecordOfAFailedMessageAnew) {
   EXPECT_NE(record.body.data(), nullptr);
   EXPECT_EQ(record.body.length(), 0u);
   // The kind is that of the failed message, too.
-  EXPECT_EQ(reading.kind, uint32_t{DocumentRtf});
+  EXPECT_EQ(reading.kind, DocumentRtf);
 }
 
 TEST(StoreWalk, EndsAtUnreadableRtfInFrontOfTheSelectedMessage) {
@@ -344,11 +344,11 @@ TEST(StoreWalk, ReadsNoBodiesForAnAttachmentRequest) {
   PstReading reading(store);
   std::u16string names;
   const AttachmentRequest request = {
-      kAllAttachments, 0,
-      [](void* user, TrackedBuffer<char>* bytes, const char16_t* name, PropertyList*) {
+      kAllAttachments, false,
+      [](void* user, TrackedBuffer<char>* bytes, const char16_t* name, PropertyList*) -> Status {
         *static_cast<std::u16string*>(user) += name;
         EXPECT_EQ(std::string(bytes->data(), bytes->length()), "bytes");
-        return int32_t{1};
+        return StatusOk;
       },
       &names};
   reading.request = &request;
@@ -357,21 +357,28 @@ TEST(StoreWalk, ReadsNoBodiesForAnAttachmentRequest) {
   EXPECT_EQ(reading.record(1).subject.data(), nullptr);
   EXPECT_EQ(reading.record(1).text.data(), nullptr);
   EXPECT_EQ(reading.record(1).body.data(), nullptr);
-  EXPECT_EQ(reading.kind, uint32_t{DocumentNone});
+  EXPECT_EQ(reading.kind, DocumentNone);
 }
 
 TEST(StoreWalk, PassesOnWhatTheCallbackFailsWith) {
   StoreBuilder store(SmallStore());
   store.folder("A").message().attachment(u"a.png", "bytes");
-  for (const auto& [answer, expected] : {std::pair{-5, -5}, {0, 0}, {2, 1}, {3, 1}}) {
+  const Status other = Status::FromCode(3);
+  for (const auto& [answer, expected] :
+       {std::pair<Status, Status>{StatusWriteFailed, StatusWriteFailed},
+        {StatusFailed, StatusFailed},
+        {StatusDone, StatusOk},
+        {other, StatusOk}}) {
     PstReading reading(store);
-    int32_t result = answer;
-    const AttachmentRequest request = {kAllAttachments, 1,
-                                       [](void* user, TrackedBuffer<char>*, const char16_t*,
-                                          PropertyList*) { return *static_cast<int32_t*>(user); },
-                                       &result};
+    Status result = answer;
+    const AttachmentRequest request = {
+        kAllAttachments, true,
+        [](void* user, TrackedBuffer<char>*, const char16_t*, PropertyList*) -> Status {
+          return *static_cast<Status*>(user);
+        },
+        &result};
     reading.request = &request;
-    EXPECT_EQ(reading.read(0), expected) << answer;
+    EXPECT_EQ(reading.read(0), expected) << answer.code();
   }
 }
 

@@ -15,6 +15,9 @@ inline PlainKernelUsageRecord Usage() {
   return usage;
 }
 
+// The blocks that were asked for so far.
+inline uint64_t AllocationCalls() { return Usage().allocationCalls; }
+
 // "blocks 2 handles 1 ": what the kernel holds that it did not hold before; empty for nothing.
 inline std::string LeftBetween(const PlainKernelUsageRecord& before,
                                const PlainKernelUsageRecord& after) {

@@ -4,24 +4,9 @@
 
 #include <string>
 
+#include "support/HeaderRows.h"
+
 namespace tarn::test {
-
-// A row of the HTML header block of a mail file.
-inline std::string HtmlRow(const std::string& label, const std::string& value) {
-  return "<tr><td style = 'width:87pt; padding: 0px; vertical-align:top'><b><span lang = EN-US "
-         "style = 'font-family:\"Calibri\",\"sans-serif\";mso-bidi-font-family:Calibri; "
-         "color:black; mso-ansi-language:EN-US'>" +
-         label +
-         "</span></b></td><td style = 'padding: 0px'><span lang = EN-US style = "
-         "'font-family:\"Calibri\",\"sans-serif\";mso-bidi-font-family:Calibri; color:black; "
-         "mso-ansi-language:EN-US; word-wrap: break-word;'>" +
-         value + "</span></td></tr>\r\n";
-}
-
-inline std::string HtmlBlock(const std::string& rows) {
-  return "<table style = 'border-collapse: collapse ; table-layout: fixed; width: 100%'>\r\n" +
-         rows + "</table>\r\n<p class=MsoNormal><o:p>&nbsp;</o:p></p>\r\n";
-}
 
 // The header fields that the sample mails share, and their rows.
 inline const std::string kSampleFields =
@@ -31,10 +16,10 @@ inline const std::string kSampleFields =
     "Subject: Hello\r\n";
 
 inline std::string SampleHtmlBlock() {
-  return HtmlBlock(HtmlRow("From:", "Ann &lt;ann@example.com&gt;") +
-                   HtmlRow("To:", "Bob &lt;bob@example.com&gt;") +
-                   HtmlRow("Sent:", "Sat, 21 Nov 2026 10:00:00 +0000") +
-                   HtmlRow("Subject:", "Hello"));
+  return HtmlBlock(EmlHtmlRow("From:", "Ann &lt;ann@example.com&gt;") +
+                   EmlHtmlRow("To:", "Bob &lt;bob@example.com&gt;") +
+                   EmlHtmlRow("Sent:", "Sat, 21 Nov 2026 10:00:00 +0000") +
+                   EmlHtmlRow("Subject:", "Hello"));
 }
 
 inline const std::string kSampleTextBlock =

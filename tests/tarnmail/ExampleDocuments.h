@@ -14,11 +14,11 @@ inline std::string InlineImageDocument(const std::string& image) {
          "<head><meta http-equiv=Content-Type content=\"text/html; charset=utf-8\">"
          "<title>Orders</title></head>\r\n"
          "<body style=\"font-family: sans-serif\">" +
-         HtmlBlock(HtmlRow("From:", "Clara Weber &lt;clara.weber@example.com&gt;") +
-                   HtmlRow("To:", "Daniel Okafor &lt;daniel.okafor@example.org&gt;") +
-                   HtmlRow("Sent:", "Thu, 12 Mar 2026 09:24:51 +0100") +
-                   HtmlRow("Cc:", "Sales Team &lt;sales@example.com&gt;") +
-                   HtmlRow("Subject:", "Orders in the first quarter")) +
+         HtmlBlock(EmlHtmlRow("From:", "Clara Weber &lt;clara.weber@example.com&gt;") +
+                   EmlHtmlRow("To:", "Daniel Okafor &lt;daniel.okafor@example.org&gt;") +
+                   EmlHtmlRow("Sent:", "Thu, 12 Mar 2026 09:24:51 +0100") +
+                   EmlHtmlRow("Cc:", "Sales Team &lt;sales@example.com&gt;") +
+                   EmlHtmlRow("Subject:", "Orders in the first quarter")) +
          "\r\n"
          "<p>Hello Daniel,</p>\r\n"
          "<p>the chart shows the orders of <b>January</b>, <b>February</b> and <b>March</b>. March "
@@ -40,13 +40,13 @@ inline std::string NestedDocument() {
          "<head><meta http-equiv=Content-Type content=\"text/html; charset=utf-8\">"
          "<title>Minutes</title></head>\r\n"
          "<body>" +
-         HtmlBlock(HtmlRow("From:", "\"Nora Lindqvist\" &lt;nora@example.org&gt;") +
-                   HtmlRow("To:",
-                           "Paul Meyer &lt;paul@example.com&gt;, Ines Costa "
-                           "&lt;ines@example.com&gt;") +
-                   HtmlRow("Sent:", "Tue, 19 May 2026 16:40:12 +0200") +
-                   HtmlRow("Subject:", "Minutes, and the rooms for June") +
-                   HtmlRow("Importance:", "High")) +
+         HtmlBlock(EmlHtmlRow("From:", "\"Nora Lindqvist\" &lt;nora@example.org&gt;") +
+                   EmlHtmlRow("To:",
+                              "Paul Meyer &lt;paul@example.com&gt;, Ines Costa "
+                              "&lt;ines@example.com&gt;") +
+                   EmlHtmlRow("Sent:", "Tue, 19 May 2026 16:40:12 +0200") +
+                   EmlHtmlRow("Subject:", "Minutes, and the rooms for June") +
+                   EmlHtmlRow("Importance:", "High")) +
          "\r\n"
          "<p>Hello Paul, hello Ines,</p>\r\n"
          "<p>the <i>minutes</i> of today's meeting and the <i>plan of the rooms</i> are attached, "

@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "TarnmailFixture.h"
+#include "support/HeaderRows.h"
 
 namespace tarn::test {
 namespace {
@@ -10,28 +11,18 @@ namespace {
 using MsgCommands = TarnmailTest;
 using nlohmann::json;
 
-std::string Row(const std::string& label, const std::string& value) {
-  return "\n<tr><td style = 'width:87pt; padding: 0px; vertical-align:top'><b><span style = "
-         "'font-family:\"Calibri\",\"sans-serif\";mso-bidi-font-family:Calibri; color:black'>" +
-         label +
-         "</span></b></td><td style = 'padding: 0px'><span style = "
-         "'font-family:\"Calibri\",\"sans-serif\";mso-bidi-font-family:Calibri; color:black; "
-         "word-wrap: break-word;'>" +
-         value + "</span></td></tr>\r\n";
-}
-
 std::string OrdersDocument(const std::string& image) {
   return "<html>\r\n"
          "<head><meta http-equiv=Content-Type content=\"text/html; charset=utf-8\">"
          "<title>Orders</title></head>\r\n"
-         "<body>"
-         "<table style = 'border-collapse: collapse ; table-layout: fixed; width: 100%'>\r\n" +
-         Row("From:      ", "Clara Weber &lt;clara.weber@example.com&gt;") +
-         Row("Sent:      ", "Sat Nov 21, 2026 10:00 AM") + Row("To:        ", "Daniel Okafor") +
-         Row("Cc:        ", "Sales Team") + Row("Subject:   ", "Orders in the first quarter") +
-         "</table>\r\n<p class=MsoNormal><o:p>&nbsp;</o:p></p>\r\n"
-         "<p>The chart shows the orders.</p>\r\n<p><img src=\"" +
-         image + "\" alt=\"Orders\"></p></body>\r\n</html>\r\n";
+         "<body>" +
+         HtmlBlock(MailHtmlRow("From:      ", "Clara Weber &lt;clara.weber@example.com&gt;") +
+                   MailHtmlRow("Sent:      ", "Sat Nov 21, 2026 10:00 AM") +
+                   MailHtmlRow("To:        ", "Daniel Okafor") +
+                   MailHtmlRow("Cc:        ", "Sales Team") +
+                   MailHtmlRow("Subject:   ", "Orders in the first quarter")) +
+         "<p>The chart shows the orders.</p>\r\n<p><img src=\"" + image +
+         "\" alt=\"Orders\"></p></body>\r\n</html>\r\n";
 }
 
 // The last two bytes of a text fall outside of its document.

@@ -6,10 +6,13 @@
 
 namespace tarn {
 
-// Opens the file, sniffs it and lets its reader walk the attachments. 1 with the TarnFormat of the
-// reader that ran; -10, -7, or what the reader and the callback gave.
-int32_t WalkAttachments(const char16_t* path, const AttachmentOptions* options,
-                        const AttachmentRequest& request, int32_t& readerFormat);
+// Opens the file, sniffs it and lets its reader walk the attachments.
+//   StatusOk          with the format of the reader that ran
+//   StatusOpenFailed
+//   StatusReadFailed  fewer than 12 bytes
+//   others            of the reader and of the callback
+Status WalkAttachments(const char16_t* path, const AttachmentOptions* options,
+                       const AttachmentRequest& request, TarnFormat& readerFormat);
 
 }  // namespace tarn
 

@@ -6,20 +6,20 @@
 namespace tarn {
 namespace {
 
-int32_t WriteToFile(const char16_t* path, const TrackedBuffer<char>& data) {
+Status WriteToFile(const char16_t* path, const TrackedBuffer<char>& data) {
   const FileGuard file(FileGuard::Write,
                        KernelFileOpen(path, KERNEL_OPEN_CREATE, KERNEL_OPEN_MODE));
-  if (!file.isOpen()) return KernelMapLastError(StatusCreateFailed);
+  if (!file.isOpen()) return Status::FromCode(KernelMapLastError(StatusCreateFailed));
   if (KernelFileWriteLarge(file.handle(), data.data(), data.length()) != data.length()) {
-    return KernelMapLastError(StatusWriteFailed);
+    return Status::FromCode(KernelMapLastError(StatusWriteFailed));
   }
   return StatusOk;
 }
 
 }  // namespace
 
-int32_t DeliverAttachment(void* context, TrackedBuffer<char>* data, const char16_t* /*name*/,
-                          PropertyList* /*properties*/) {
+Status DeliverAttachment(void* context, TrackedBuffer<char>* data, const char16_t* /*name*/,
+                         PropertyList* /*properties*/) {
   auto* const host = static_cast<ExtractAttachmentContext*>(context);
   if (host == nullptr) return StatusNullArgument;
   if (host->outputPath != nullptr) return WriteToFile(host->outputPath, *data);

@@ -13,8 +13,8 @@ namespace tarn {
 //                       buffer is empty afterwards: no pointer, no length, no capacity
 //   StatusNullArgument  null context
 //   others              StatusCreateFailed and StatusWriteFailed as the kernel maps them
-int32_t DeliverAttachment(void* context, TrackedBuffer<char>* data, const char16_t* name,
-                          PropertyList* properties);
+Status DeliverAttachment(void* context, TrackedBuffer<char>* data, const char16_t* name,
+                         PropertyList* properties);
 
 }  // namespace tarn
 

@@ -6,31 +6,31 @@
 
 namespace tarn {
 
-int32_t GetAttachmentInfo(GetAttachmentInfoContext* context) {
+Status GetAttachmentInfo(GetAttachmentInfoContext* context) {
   if (context == nullptr) return StatusNullArgument;
 
   ItemList items;
-  const AttachmentRequest request = {kAllAttachments, 1, AddAttachmentItem, &items};
-  int32_t format = FormatNone;
-  const int32_t walked = WalkAttachments(context->path, context->options, request, format);
+  const AttachmentRequest request = {kAllAttachments, true, AddAttachmentItem, &items};
+  TarnFormat format = FormatNone;
+  const Status walked = WalkAttachments(context->path, context->options, request, format);
   // On a failure the array goes, and what its items own stays allocated: kept as it is.
-  if (walked != StatusOk) return walked;
+  if (!walked.ok()) return walked;
 
   auto block = AllocateZeroBlock<AttachmentInfoBlock>(1, TARN_HERE);
   if (!block) {
-    for (uint64_t i = 0; i < items.length(); ++i) ReleaseItem(items.data()[i]);
+    for (AttachmentInfoItem& item : items.elements()) ReleaseItem(item);
     return StatusOutOfMemory;
   }
-  block.get()->format = format;
-  block.get()->itemSize = sizeof(AttachmentInfoItem);
-  block.get()->itemCount = items.length();
+  for (const AttachmentInfoItem& item : items.elements()) {
+    for (uint64_t i = 0; i < item.propertyCount; ++i) TrimPropertyName(item.properties[i]);
+  }
+  AttachmentInfoBlock& answer = block[0];
+  answer.format = format;
+  answer.itemSize = sizeof(AttachmentInfoItem);
+  answer.itemCount = items.length();
   if (items.length() != 0) {
     items.shrinkToFit();
-    block.get()->items = items.take().take();
-  }
-  for (uint64_t i = 0; i < block.get()->itemCount; ++i) {
-    AttachmentInfoItem& item = block.get()->items[i];
-    for (uint64_t k = 0; k < item.propertyCount; ++k) TrimPropertyName(item.properties[k]);
+    answer.items = items.take().take();
   }
   context->block = block.take();
   return StatusOk;

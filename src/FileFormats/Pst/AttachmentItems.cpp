@@ -1,5 +1,6 @@
 #include "FileFormats/Pst/AttachmentItems.h"
 
+#include <algorithm>
 #include <string_view>
 
 #include "Common/ApiUtils.h"
@@ -34,8 +35,7 @@ AttachmentProperty* FindProperty(PropertyList& list, std::u16string_view name) {
 }
 
 void RemoveProperty(PropertyList& list, AttachmentProperty* property) {
-  const auto index = static_cast<uint64_t>(property - list.data());
-  std::memmove(property, property + 1, (list.length() - index - 1) * sizeof *property);
+  std::copy(property + 1, list.data() + list.length(), property);
   list.setLength(list.length() - 1);
 }
 
@@ -83,8 +83,8 @@ void ReleaseItem(AttachmentInfoItem& item) {
   item = {};
 }
 
-int32_t AddAttachmentItem(void* list, TrackedBuffer<char>* data, const char16_t* name,
-                          PropertyList* properties) {
+Status AddAttachmentItem(void* list, TrackedBuffer<char>* data, const char16_t* name,
+                         PropertyList* properties) {
   auto* const items = static_cast<ItemList*>(list);
   if (items == nullptr) return StatusNullArgument;
 
@@ -97,8 +97,8 @@ int32_t AddAttachmentItem(void* list, TrackedBuffer<char>* data, const char16_t*
     if (!TakeKnownProperties(*properties, item)) return StatusOutOfMemory;
     TakeRemainingProperties(*properties, item);
   }
-  const int32_t added = items->append(&item, 1);
-  if (added == StatusOk) item = {};
+  const Status added = items->append(&item, 1);
+  if (added.ok()) item = {};
   return added;
 }
 

@@ -12,10 +12,13 @@ using ItemList = TrackedBuffer<AttachmentInfoItem>;
 
 // The callback of the request; `list` is the ItemList. Appends an item with the name, the size and
 // the properties of one attachment. Properties with a field of their own leave the list for it; the
-// others stay together, in a block that the item takes. 1; -814 for a null list; -1 without memory;
-// else the list's last error. On a failure nothing is appended.
-int32_t AddAttachmentItem(void* list, TrackedBuffer<char>* data, const char16_t* name,
-                          PropertyList* properties);
+// others stay together, in a block that the item takes. On failure nothing is appended.
+//   StatusOk
+//   StatusNullArgument  null list
+//   StatusOutOfMemory
+//   others              the list's last error
+Status AddAttachmentItem(void* list, TrackedBuffer<char>* data, const char16_t* name,
+                         PropertyList* properties);
 
 // Takes a final ":" or "=" off the name, unless it is all there is: "Content-ID:" reaches the host
 // as "Content-ID", "name=" as "name".

@@ -13,7 +13,7 @@ constexpr std::string_view kCompoundMagic = "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1";
 
 }  // namespace
 
-int32_t DetectFormat(uint64_t handle, int32_t& format) {
+Status DetectFormat(uint64_t handle, TarnFormat& format) {
   char bytes[kSniffBytes];
   if (KernelFileSeek(handle, 0, KERNEL_SEEK_START) != 0) return StatusReadFailed;
   if (KernelFileRead(handle, bytes, kSniffBytes) != kSniffBytes) return StatusReadFailed;

@@ -9,13 +9,13 @@
 #ifndef TARN_FILEFORMATS_PST_DETECTFORMAT_H
 #define TARN_FILEFORMATS_PST_DETECTFORMAT_H
 
-#include "TarnPst.h"
+#include "Internal/Status.h"
 
 namespace tarn {
 
-// Reads from the start of the file and leaves the position behind the 12 bytes. 1 with a
-// TarnFormat; -7 for a shorter file.
-int32_t DetectFormat(uint64_t handle, int32_t& format);
+// Reads from the start of the file and leaves the position after the 12 bytes. StatusOk with a
+// format, or StatusReadFailed for a shorter file.
+Status DetectFormat(uint64_t handle, TarnFormat& format);
 
 }  // namespace tarn
 

@@ -14,20 +14,18 @@ void DestroyFilterData(PstFilterData* record) {
 
   // By the path, not by the sibling's format: a sibling may have changed that, or refused.
   if (record->tempHtmlPath[0] != u'\0') KernelDeleteFile(record->tempHtmlPath);
-  for (uint64_t i = 0; i < record->inlineFiles.length(); ++i) {
-    char* const path = std::exchange(record->inlineFiles.data()[i], nullptr);
-    if (path == nullptr) continue;
-    if (record->useTempFile == 1) KernelDeleteFileUtf8(path);
-    KernelFree(path, TARN_HERE);
+  for (char*& path : record->inlineFiles.elements()) {
+    const KernelBlock<char> image(std::exchange(path, nullptr));
+    if (image && record->useTempFile) KernelDeleteFileUtf8(image.get());
   }
-  if (record->useTempFile == 1 && record->tempDirectory[0] != u'\0') {
+  if (record->useTempFile && record->tempDirectory[0] != u'\0') {
     platform::RemoveEmptyDirectory(record->tempDirectory);
   }
   KernelUntrackObject(KERNEL_TRACK_OBJECT, record, TARN_HERE);
   delete record;
 }
 
-int32_t FreeFilterData(void* data, int32_t value) {
+Status FreeFilterData(void* data, int32_t value) {
   if (data == nullptr) return StatusBadArgument;
   uint32_t signature;
   std::memcpy(&signature, data, sizeof signature);
@@ -37,34 +35,33 @@ int32_t FreeFilterData(void* data, int32_t value) {
   return StatusOk;
 }
 
-int32_t RecordHolder::make() {
+Status RecordHolder::make() {
   record_ = new (std::nothrow) PstFilterData;
   if (record_ == nullptr) return StatusOutOfMemory;
   KernelTrackObject(KERNEL_TRACK_OBJECT, record_, TARN_HERE);
   owned_ = true;
-  record_->useTempFile = KernelIoModeGet() == KERNEL_IO_IN_MEMORY ? 0 : 1;
+  record_->useTempFile = KernelIoModeGet() != KERNEL_IO_IN_MEMORY;
   return StatusOk;
 }
 
-int32_t WriteDocumentToTemp(PstFilterData& record) {
+Status WriteDocumentToTemp(PstFilterData& record) {
   const char16_t* const directory =
       record.tempDirectory[0] != u'\0' ? record.tempDirectory : nullptr;
   const int32_t named =
       KernelTempFileName(directory, record.tempHtmlPath, kPathCapacity, 1, u"pst", u"html");
   if (named != StatusOk) {
     record.tempHtmlPath[0] = u'\0';
-    return named;
+    return Status::FromCode(named);
   }
 
   TrackedBuffer<char>& document = record.document;
-  const size_t last = document.view().find_last_not_of('\0');
-  document.setLength(last == std::string_view::npos ? 0 : last + 1);
+  document.setLength(document.view().find_last_not_of('\0') + 1);  // of NULs alone: npos + 1 is 0
 
   const FileGuard file(FileGuard::Raw, KernelRawFileCreate(record.tempHtmlPath, 0));
-  if (!file.isOpen()) return KernelMapLastError(StatusCreateFailed);
+  if (!file.isOpen()) return Status::FromCode(KernelMapLastError(StatusCreateFailed));
   if (KernelRawFileWrite(file.handle(), document.data(), document.length(), 0) !=
       document.length()) {
-    return KernelMapLastError(StatusWriteFailed);
+    return Status::FromCode(KernelMapLastError(StatusWriteFailed));
   }
   return StatusOk;
 }
@@ -77,7 +74,7 @@ bool StoreRecord(FilterDataSlot& slot, PstFilterData* record) {
     slot.dataFormat = slot.defaultFormat;
     return true;
   }
-  if (EnsureFilterDataList(&slot, 1) != StatusOk) return false;
+  if (!EnsureFilterDataList(&slot, 1).ok()) return false;
   // Room for one is no list yet: a slot that holds another single item refuses the record.
   FilterDataList* const list = SlotList(&slot);
   if (list == nullptr) return false;

@@ -21,8 +21,8 @@ class RecordHolder {
   }
 
   // Makes a record of the call's own, announced to the kernel, with the route (temp file or memory)
-  // that the kernel's I/O mode allows. 1, or -1 without memory.
-  int32_t make();
+  // that the kernel's I/O mode allows. StatusOk or StatusOutOfMemory.
+  Status make();
   // Uses the record of the host's slot.
   void borrow(PstFilterData* record) {
     record_ = record;
@@ -41,9 +41,10 @@ class RecordHolder {
 };
 
 // Writes the document, less all its trailing NULs (which its length loses for good), to a new HTML
-// temp file beside the inline images if there are any. 1; the kernel's failure; -1490 and -5 as the
-// kernel maps them. The file that tempHtmlPath names, written or not, is the record's to delete.
-int32_t WriteDocumentToTemp(PstFilterData& record);
+// temp file beside the inline images if there are any. The file that tempHtmlPath names, written or
+// not, is the record's to delete. StatusOk; the kernel's own failure, or StatusCreateFailed and
+// StatusWriteFailed as it maps them.
+Status WriteDocumentToTemp(PstFilterData& record);
 
 // Leaves the record in the slot: directly when the slot is empty, else as entry 0 of its list.
 // True when the slot holds it now.

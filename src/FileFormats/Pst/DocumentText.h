@@ -1,17 +1,33 @@
-// DocumentText.h - puts finished documents of stores and MSG files together.
+// DocumentText.h - makes the documents of stores and MSG files out of their messages.
 #ifndef TARN_FILEFORMATS_PST_DOCUMENTTEXT_H
 #define TARN_FILEFORMATS_PST_DOCUMENTTEXT_H
 
-#include <cstring>
 #include <string_view>
+
+#include "Internal/MailMessage.h"
 
 namespace tarn {
 
-// Copies the bytes, for which there is room, and gives the place behind them.
-inline char* PutBytes(char* out, std::string_view bytes) {
-  if (!bytes.empty()) std::memcpy(out, bytes.data(), bytes.size());
-  return out + bytes.size();
-}
+// What the documents of a format have around the text of a message.
+struct DocumentRules {
+  bool framesAllHtml;     // also what opens with <html> is put between "<html>" and "</html>"
+  std::string_view mark;  // before a plain text
+  std::string_view end;   // after any text
+};
+
+// Renders message.body, and makes a document of the given kind of it. The length does not count the
+// end. The block of the body becomes the document's: a large one is not there twice.
+//   StatusOk
+//   StatusNotSupported  no body
+//   StatusOutOfMemory   of memory or budget, or the body could not be rendered; it may be gone
+Status MakeBodyDocument(MailMessage& message, TarnDocumentKind kind, const DocumentRules& rules,
+                        TrackedBuffer<char>& document);
+
+// The same with message.text. The length counts the end, but not the mark, so that the last bytes
+// fall outside: hosts have always got these documents so. A text that is gone after the header
+// fields went into it is an empty document.
+Status MakeTextDocument(MailMessage& message, const DocumentRules& rules,
+                        TrackedBuffer<char>& document);
 
 }  // namespace tarn
 

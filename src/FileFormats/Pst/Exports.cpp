@@ -5,18 +5,18 @@
 
 extern "C" {
 
-int32_t fltInfo(FilterInfoContext* context) { return tarn::FilterInfo(context); }
+int32_t fltInfo(FilterInfoContext* context) { return tarn::FilterInfo(context).code(); }
 
-int32_t fltLoad(FilterLoadContext* context) { return tarn::FilterLoad(context); }
+int32_t fltLoad(FilterLoadContext* context) { return tarn::FilterLoad(context).code(); }
 
-int32_t fltFreeData(void* data, int32_t value) { return tarn::FreeFilterData(data, value); }
+int32_t fltFreeData(void* data, int32_t value) { return tarn::FreeFilterData(data, value).code(); }
 
 int32_t fltGetAttachmentInfo(GetAttachmentInfoContext* context) {
-  return tarn::GetAttachmentInfo(context);
+  return tarn::GetAttachmentInfo(context).code();
 }
 
 int32_t fltExtractAttachment(ExtractAttachmentContext* context) {
-  return tarn::ExtractAttachment(context);
+  return tarn::ExtractAttachment(context).code();
 }
 
 // The first argument is the loader's place for the address that the kernel gets instead.

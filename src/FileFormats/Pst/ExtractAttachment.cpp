@@ -6,15 +6,15 @@
 
 namespace tarn {
 
-int32_t ExtractAttachment(ExtractAttachmentContext* context) {
+Status ExtractAttachment(ExtractAttachmentContext* context) {
   if (context == nullptr) return StatusNullArgument;
   if (context->attachmentNumber < 1) return StatusBadArgument;
 
-  const AttachmentRequest request = {static_cast<uint32_t>(context->attachmentNumber), 0,
+  const AttachmentRequest request = {static_cast<uint32_t>(context->attachmentNumber), false,
                                      DeliverAttachment, context};
-  int32_t format = FormatNone;
-  const int32_t result = WalkAttachments(context->path, context->options, request, format);
-  return result == StatusDone ? static_cast<int32_t>(StatusOk) : result;
+  TarnFormat format = FormatNone;
+  const Status walked = WalkAttachments(context->path, context->options, request, format);
+  return walked == StatusDone ? Status(StatusOk) : walked;
 }
 
 }  // namespace tarn

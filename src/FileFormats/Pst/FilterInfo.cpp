@@ -21,12 +21,12 @@ class InfoCall {
   explicit InfoCall(FilterInfoContext& context)
       : context_(context), index_(MessageIndex(context.messageNumber)) {}
 
-  int32_t run();
+  Status run();
 
  private:
-  int32_t findOrRead();
+  Status findOrRead();
   bool siblingKnowsRaster() const;
-  int32_t askSibling();
+  Status askSibling();
   void keepAnswer(const HostFileInfo& answer);
   void answerHost();
   void answerSize(int32_t HostFileInfo::*size, int32_t HostFileInfo::*resolution, uint32_t wanted,
@@ -34,33 +34,32 @@ class InfoCall {
 
   FilterInfoContext& context_;
   int32_t index_;
-  int32_t format_ = FormatNone;
+  TarnFormat format_ = FormatNone;
   int32_t sibling_ = 0;
   bool isNew_ = false;
   RecordHolder record_;
   FilterIoScope scope_;
 };
 
-int32_t InfoCall::run() {
-  const int32_t detected = DetectFormat(context_.handle, format_);
-  if (detected != StatusOk) return detected;
+Status InfoCall::run() {
+  const Status detected = DetectFormat(context_.handle, format_);
+  if (!detected.ok()) return detected;
 
-  const int32_t found = findOrRead();
-  if (found != StatusOk) return found;
+  const Status found = findOrRead();
+  if (!found.ok()) return found;
 
   if (!siblingKnowsRaster()) {
-    const int32_t asked = askSibling();
-    if (asked != StatusOk) return asked;
+    const Status asked = askSibling();
+    if (!asked.ok()) return asked;
   }
   answerHost();
   return StatusOk;
 }
 
 // The record of the slot, whatever message it is of, or a new one with the message read into it.
-int32_t InfoCall::findOrRead() {
-  const bool textOnly = context_.textOnly == 1;
+Status InfoCall::findOrRead() {
   PstFilterData* cached = nullptr;
-  if (FindFilterData(context_.slot, 0, &cached) == StatusOk) {
+  if (FindFilterData(context_.slot, 0, &cached).ok()) {
     if (cached->readerFormat == FormatNone || cached->readerFormat != format_) {
       return StatusNotSupported;
     }
@@ -70,13 +69,15 @@ int32_t InfoCall::findOrRead() {
   }
 
   isNew_ = true;
-  const int32_t made = record_.make();
-  if (made != StatusOk) return made;
-  uint32_t kind = DocumentNone;
-  const int32_t read = ReadMessageDocument(context_.path, *record_, format_, index_, kind, textOnly,
-                                           context_.handle, nullptr);
-  if (read != StatusOk) return read;
-  sibling_ = SiblingForKind(kind, textOnly);
+  const Status made = record_.make();
+  if (!made.ok()) return made;
+  const DocumentRequest request = {context_.path,          format_,         index_,
+                                   context_.textOnly == 1, context_.handle, nullptr};
+  DocumentResult result;
+  const Status read = ReadMessageDocument(request, *record_, result);
+  if (!read.ok()) return read;
+  index_ = result.index;
+  sibling_ = SiblingForKind(result.kind, request.textOnly);
   return StatusOk;
 }
 
@@ -85,20 +86,20 @@ bool InfoCall::siblingKnowsRaster() const {
          std::memcmp(&record_->rasterOptions, &context_.raster, sizeof(HostRasterOptions)) == 0;
 }
 
-int32_t InfoCall::askSibling() {
+Status InfoCall::askSibling() {
   HostFileInfo info = {};
   info.size = sizeof info;
   info.flags = kInfoFlags;
   info.format = sibling_;
   HostLoadOptions options = CopyOptions(context_.options);
-  PassSiblingData(context_.slot, static_cast<int32_t>(static_cast<uint32_t>(index_) + 1u), options);
+  PassSiblingData(context_.slot, SiblingPosition(index_), options);
   options.lastWord = 0;
 
   const bool byFile = GoesByTempFile(*record_, sibling_);
   if (byFile) {
     if (isNew_) {
-      const int32_t written = WriteDocumentToTemp(*record_);
-      if (written != StatusOk) return written;
+      const Status written = WriteDocumentToTemp(*record_);
+      if (!written.ok()) return written;
     }
     scope_.enter();
   }
@@ -124,8 +125,8 @@ void InfoCall::keepAnswer(const HostFileInfo& answer) {
   FilterDataSlot* const slot = context_.slot;
   std::memcpy(&record_->rasterOptions, &context_.raster, sizeof(HostRasterOptions));
   if (answer.siblingData != nullptr) {
-    SetFilterDataEntry(slot, static_cast<int32_t>(static_cast<uint32_t>(index_) + 1u),
-                       answer.siblingData, answer.siblingDataSize, answer.siblingDataFormat)
+    SetFilterDataEntry(slot, SiblingPosition(index_), answer.siblingData, answer.siblingDataSize,
+                       answer.siblingDataFormat)
         .ignore();
   }
   record_->siblingFormat = answer.format;
@@ -194,7 +195,7 @@ void InfoCall::answerSize(int32_t HostFileInfo::*size, int32_t HostFileInfo::*re
 
 }  // namespace
 
-int32_t FilterInfo(FilterInfoContext* context) {
+Status FilterInfo(FilterInfoContext* context) {
   if (context == nullptr || context->info == nullptr) return StatusBadArgument;
   return InfoCall(*context).run();
 }

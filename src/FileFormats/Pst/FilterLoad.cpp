@@ -19,25 +19,26 @@ constexpr int32_t kLoadFlag = 32;
 constexpr uint32_t kClearedInfoFlag = 0x4000;
 
 // Reads the message into a record of the call's own.
-int32_t ReadRecord(const FilterLoadContext& context, RecordHolder& record, int32_t& index) {
+Status ReadRecord(const FilterLoadContext& context, RecordHolder& record, int32_t& index) {
   FileGuard file(FileGuard::Read, KernelFileOpen(context.path, KERNEL_OPEN_READ, KERNEL_OPEN_MODE));
   if (!file.isOpen()) return StatusOpenFailed;
-  index = MessageIndex(context.messageNumber);
-  int32_t format = FormatNone;
-  if (DetectFormat(file.handle(), format) != StatusOk) return StatusReadFailed;
+  TarnFormat format = FormatNone;
+  if (!DetectFormat(file.handle(), format).ok()) return StatusReadFailed;
 
-  const int32_t made = record.make();
-  if (made != StatusOk) return made;
-  const bool textOnly = context.textOnly == 1;
-  uint32_t kind = DocumentNone;
-  const int32_t read = ReadMessageDocument(context.path, *record, format, index, kind, textOnly,
-                                           file.handle(), nullptr);
-  if (read != StatusOk) return read;
+  const Status made = record.make();
+  if (!made.ok()) return made;
+  const DocumentRequest request = {
+      context.path,          format,        MessageIndex(context.messageNumber),
+      context.textOnly == 1, file.handle(), nullptr};
+  DocumentResult result;
+  const Status read = ReadMessageDocument(request, *record, result);
+  if (!read.ok()) return read;
 
-  record->siblingFormat = SiblingForKind(kind, textOnly);
-  if (record->siblingFormat == SiblingHtml && record->useTempFile != 0) {
-    const int32_t written = WriteDocumentToTemp(*record);
-    if (written != StatusOk) {
+  index = result.index;
+  record->siblingFormat = SiblingForKind(result.kind, request.textOnly);
+  if (GoesByTempFile(*record, record->siblingFormat)) {
+    const Status written = WriteDocumentToTemp(*record);
+    if (!written.ok()) {
       // Relied upon as it is: file and record stay with the process.
       file.abandon();
       record.disown();
@@ -84,18 +85,18 @@ int32_t CallFromMemory(const FilterLoadContext& context, PstFilterData& record,
 
 }  // namespace
 
-int32_t FilterLoad(FilterLoadContext* context) {
+Status FilterLoad(FilterLoadContext* context) {
   if (context == nullptr) return StatusBadArgument;
 
   // A record in the slot is shown whatever message and kind the context names.
   RecordHolder record;
   int32_t index = 0;
   PstFilterData* cached = nullptr;
-  if (FindFilterData(context->slot, 0, &cached) == StatusOk) {
+  if (FindFilterData(context->slot, 0, &cached).ok()) {
     record.borrow(cached);
   } else {
-    const int32_t read = ReadRecord(*context, record, index);
-    if (read != StatusOk) return read;
+    const Status read = ReadRecord(*context, record, index);
+    if (!read.ok()) return read;
   }
 
   HostFileInfo info = {};
@@ -104,14 +105,14 @@ int32_t FilterLoad(FilterLoadContext* context) {
   info.format = record->siblingFormat;
   info.flags &= ~kClearedInfoFlag;
   HostLoadOptions options = CopyOptions(context->options);
-  PassSiblingData(context->slot, static_cast<int32_t>(static_cast<uint32_t>(index) + 1u), options);
+  PassSiblingData(context->slot, SiblingPosition(index), options);
 
-  if (record->attachmentStatus != StatusOk && context->status == StatusOk) {
-    context->status = record->attachmentStatus;
+  if (!record->attachmentStatus.ok() && context->status == StatusOk) {
+    context->status = record->attachmentStatus.code();
   }
-  return GoesByTempFile(*record, record->siblingFormat)
-             ? CallByName(*context, *record, options, info)
-             : CallFromMemory(*context, *record, options, info);
+  return Status::FromCode(GoesByTempFile(*record, record->siblingFormat)
+                              ? CallByName(*context, *record, options, info)
+                              : CallFromMemory(*context, *record, options, info));
 }
 
 }  // namespace tarn

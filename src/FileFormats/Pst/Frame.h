@@ -2,15 +2,15 @@
 #ifndef TARN_FILEFORMATS_PST_FRAME_H
 #define TARN_FILEFORMATS_PST_FRAME_H
 
-#include "TarnPst.h"
+#include "Internal/Status.h"
 
 namespace tarn {
 
-int32_t FilterInfo(FilterInfoContext* context);
-int32_t FilterLoad(FilterLoadContext* context);
-int32_t FreeFilterData(void* data, int32_t value);
-int32_t GetAttachmentInfo(GetAttachmentInfoContext* context);
-int32_t ExtractAttachment(ExtractAttachmentContext* context);
+Status FilterInfo(FilterInfoContext* context);
+Status FilterLoad(FilterLoadContext* context);
+Status FreeFilterData(void* data, int32_t value);
+Status GetAttachmentInfo(GetAttachmentInfoContext* context);
+Status ExtractAttachment(ExtractAttachmentContext* context);
 
 }  // namespace tarn
 

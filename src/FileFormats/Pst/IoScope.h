@@ -16,22 +16,21 @@ class FilterIoScope {
   ~FilterIoScope() { leave(); }
 
   void enter() {
-    if (active_ != 0) return;
-    if (KernelIoModeFill(state_, KERNEL_IO_SCOPE_BYTES, mode_, 0) != StatusOk) return;
+    if (active_) return;
+    if (KernelIoModeFill(state_, KERNEL_IO_SCOPE_BYTES, KERNEL_IO_IN_MEMORY, 0) != StatusOk) return;
     KernelIoModeSwap(state_, 0, 0);
-    active_ = 1;
+    active_ = true;
   }
 
   void leave() {
-    if (active_ == 0) return;
+    if (!active_) return;
     KernelIoModeSwap(state_, 0, 0);
-    active_ = 0;
+    active_ = false;
   }
 
  private:
   alignas(8) unsigned char state_[KERNEL_IO_SCOPE_BYTES] = {};
-  int32_t mode_ = KERNEL_IO_IN_MEMORY;
-  int32_t active_ = 0;
+  bool active_ = false;
 };
 
 }  // namespace tarn

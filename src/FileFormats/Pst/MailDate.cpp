@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <ctime>
+#include <optional>
 #include <string_view>
 #include <system_error>
 
@@ -26,9 +27,9 @@ struct DateWords {
   int second = 0;
 };
 
-// Takes words and numbers as the scanning functions of C do, white space in front of each skipped.
-// Those leave a number beyond int undefined; here it is none. Once something is missing, everything
-// behind it is.
+// Takes words and numbers as the scanning functions of C do, white space before each skipped. Those
+// leave a number beyond int undefined; here it is none. Once something is missing, everything after
+// it is.
 class DateScanner {
  public:
   explicit DateScanner(std::string_view text) : rest_(text) {}
@@ -86,12 +87,12 @@ bool ScanDate(std::string_view text, DateWords& date) {
   return scanner.good();
 }
 
-// 0 to 11, or -1.
-int FindMonth(std::string_view name) {
+// From 0 on; none for a name that no month has.
+std::optional<int> FindMonth(std::string_view name) {
   for (int month = 0; month < 12; ++month) {
     if (EqualsIgnoringCase(name, kMonths[month])) return month;
   }
-  return -1;
+  return std::nullopt;
 }
 
 }  // namespace
@@ -101,16 +102,15 @@ int64_t ParseMailDate(const char16_t* text) {
   const uint64_t units = WideLength(text);
   const auto block = AllocateZeroBlock<char>(3 * units + 1, TARN_HERE);
   if (!block) return 0;
-  const int64_t converted = KernelWideToUtf8(text, static_cast<int64_t>(units), block.get(),
-                                             static_cast<int64_t>(3 * units + 1));
-  if (converted <= 0) block[0] = '\0';
+  if (ConvertToUtf8({text, units}, {block.get(), 3 * units + 1}) == 0) block[0] = '\0';
 
   DateWords date;
   if (!ScanDate(block.get(), date)) return 0;
 
+  const std::optional<int> month = FindMonth(date.month);
+  if (!month) return 0;
   std::tm fields = {};
-  fields.tm_mon = FindMonth(date.month);
-  if (fields.tm_mon < 0) return 0;
+  fields.tm_mon = *month;
   fields.tm_mday = date.day;
   fields.tm_year =
       static_cast<int>(static_cast<unsigned>(date.year) - static_cast<unsigned>(kFirstYear));

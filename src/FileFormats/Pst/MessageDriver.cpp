@@ -17,35 +17,35 @@ void MoveBodyIntoDocument(SizedBytes& body, TrackedBuffer<char>& document) {
   document.adopt(body.take(), length, length);
 }
 
-int32_t MakeEmlDocument(EmlMessage& message, PstFilterData& data, uint32_t& kind) {
-  const int32_t rendered = RenderEmlMessage(message);
-  if (rendered != StatusOk) return rendered;
-  const int32_t scrubbed = ScrubHtmlBody(message.body.data(), message.body.length());
-  if (scrubbed != StatusOk) return scrubbed;
+Status MakeEmlDocument(EmlMessage& message, PstFilterData& data, DocumentResult& result) {
+  const Status rendered = RenderEmlMessage(message);
+  if (!rendered.ok()) return rendered;
+  const Status scrubbed = ScrubHtmlBody(message.body.data(), message.body.length());
+  if (!scrubbed.ok()) return scrubbed;
 
   MoveBodyIntoDocument(message.body, data.document);
   data.inlineCount = message.inlineCount;
   data.attachmentCount = message.attachmentCount;
-  const int32_t declared = EnsureHtmlCharsetMeta(data.document);
-  if (declared != StatusOk) {
+  const Status declared = EnsureHtmlCharsetMeta(data.document);
+  if (!declared.ok()) {
     data.document.release();
     return declared;
   }
-  kind = message.documentKind;
+  result.kind = message.documentKind;
   return StatusOk;
 }
 
 // Asking for text has no effect on this road: the file's own body decides.
-int32_t ReadEmlDocument(PstFilterData& data, uint32_t& kind, uint64_t handle,
-                        const AttachmentRequest* request) {
+Status ReadEmlDocument(const DocumentRequest& request, PstFilterData& data,
+                       DocumentResult& result) {
   EmlMessage message;
-  const int32_t read = ReadEmlMessage(message, handle, data, request);
-  if (read != StatusOk) return read;
-  if (message.body.data() == nullptr) return StatusNotSupported;
+  const Status read = ReadEmlMessage(message, request.handle, data, request.attachments);
+  if (!read.ok()) return read;
+  if (!message.body.hasBlock()) return StatusNotSupported;
   message.releaseFile();
-  if (request == nullptr) {
-    const int32_t made = MakeEmlDocument(message, data, kind);
-    if (made != StatusOk) return made;
+  if (request.attachments == nullptr) {
+    const Status made = MakeEmlDocument(message, data, result);
+    if (!made.ok()) return made;
   }
   data.readerFormat = FormatEml;
   return StatusOk;
@@ -53,19 +53,19 @@ int32_t ReadEmlDocument(PstFilterData& data, uint32_t& kind, uint64_t handle,
 
 }  // namespace
 
-int32_t ReadMessageDocument(const char16_t* path, PstFilterData& data, int32_t& format,
-                            int32_t& index, uint32_t& kind, bool textOnly, uint64_t handle,
-                            const AttachmentRequest* request) {
+Status ReadMessageDocument(const DocumentRequest& request, PstFilterData& data,
+                           DocumentResult& result) {
+  result = {DocumentNone, request.index};
   // These two are opened by their path.
-  const bool needsPath = format == FormatPst || format == FormatMsg;
-  if (needsPath && path == nullptr) return StatusNullArgument;
-  switch (format) {
+  const bool needsPath = request.format == FormatPst || request.format == FormatMsg;
+  if (needsPath && request.path == nullptr) return StatusNullArgument;
+  switch (request.format) {
     case FormatPst:
-      return ReadPstDocument(path, data, index, kind, textOnly, handle, request);
+      return ReadPstDocument(request, data, result);
     case FormatMsg:
-      return ReadMsgDocument(path, data, kind, textOnly, request);
+      return ReadMsgDocument(request, data, result);
     case FormatEml:
-      return ReadEmlDocument(data, kind, handle, request);
+      return ReadEmlDocument(request, data, result);
     default:
       return StatusNotSupported;
   }

@@ -30,7 +30,7 @@ void OpenEmbeddedMessage(const pststore::property_bag& properties) {
   const pststore::property_bag message(properties.get_node().lookup(id));
 }
 
-int32_t ReadData(const pststore::property_bag& properties, TrackedBuffer<char>& data) {
+Status ReadData(const pststore::property_bag& properties, TrackedBuffer<char>& data) {
   if (properties.get_value_4(PR_ATTACH_METHOD) == kEmbeddedMessage) OpenEmbeddedMessage(properties);
   pststore::prop_stream stream(OpenOnce(properties, PR_ATTACH_DATA));
   const uint64_t size = SizeByEnd(stream);
@@ -41,8 +41,8 @@ int32_t ReadData(const pststore::property_bag& properties, TrackedBuffer<char>& 
 }
 
 // A property of another size than a time's adds nothing.
-int32_t AddTime(PropertyList& list, const char* name, const pststore::property_bag& properties,
-                AttachmentPropertyId id) {
+Status AddTime(PropertyList& list, std::string_view name, const pststore::property_bag& properties,
+               AttachmentPropertyId id) {
   if (!properties.prop_exists(id) || properties.size(id) != 8) return StatusOk;
   return AddTimeAttachmentProperty(list, name, properties.get_value_8(id));
 }
@@ -54,30 +54,30 @@ void TakeText(uint64_t& textLeft, const pststore::wstring& text) {
   }
 }
 
-int32_t AddProperties(PropertyList& list, const pststore::attachment& source, uint64_t& textLeft) {
+Status AddProperties(PropertyList& list, const pststore::attachment& source, uint64_t& textLeft) {
   // The long file name stands in for a content id: bodies of stores refer to attachments by it.
-  int32_t status =
+  Status status =
       AddAttachmentPropertyFromBag(list, "Content-ID:", source, PR_ATTACH_LONG_FILENAME, textLeft);
-  if (status != StatusOk) return status;
+  if (!status.ok()) return status;
   status = AddAttachmentPropertyFromBag(list, "MimeType", source, PR_ATTACH_MIME_TAG, textLeft);
-  if (status != StatusOk) return status;
+  if (!status.ok()) return status;
   const pststore::property_bag& properties = source.get_property_bag();
   status = AddTime(list, "MsgCreationTime", properties, PR_CREATION_TIME);
-  if (status < StatusOk) return status;
+  if (status.failed()) return status;
   status = AddTime(list, "MsgModificationTime", properties, PR_LAST_MODIFICATION_TIME);
-  return status < StatusOk ? status : int32_t{StatusOk};
+  return status.failed() ? status : StatusOk;
 }
 
-int32_t Deliver(const pststore::attachment& source, const AttachmentRequest& request,
-                uint64_t& textLeft) {
+Status Deliver(const pststore::attachment& source, const AttachmentRequest& request,
+               uint64_t& textLeft) {
   TrackedBuffer<char> data;
-  if (request.infoOnly == 0) {
-    const int32_t read = ReadData(source.get_property_bag(), data);
-    if (read != StatusOk) return read;
+  if (!request.infoOnly) {
+    const Status read = ReadData(source.get_property_bag(), data);
+    if (!read.ok()) return read;
   }
   PropertyList properties;
-  const int32_t added = AddProperties(properties, source, textLeft);
-  if (added != StatusOk) return added;
+  const Status added = AddProperties(properties, source, textLeft);
+  if (!added.ok()) return added;
   const pststore::wstring name = pststore::get_filename(source);
   TakeText(textLeft, name);
   return request.callback(request.user, &data, name.c_str(), &properties);
@@ -85,9 +85,9 @@ int32_t Deliver(const pststore::attachment& source, const AttachmentRequest& req
 
 }  // namespace
 
-int32_t AddAttachmentPropertyFromBag(PropertyList& list, const char* name,
-                                     const pststore::attachment& source, uint16_t property,
-                                     uint64_t& textLeft) {
+Status AddAttachmentPropertyFromBag(PropertyList& list, std::string_view name,
+                                    const pststore::attachment& source, uint16_t property,
+                                    uint64_t& textLeft) {
   const pststore::property_bag& properties = source.get_property_bag();
   pststore::wstring value;
   if (properties.prop_exists(property)) value = properties.read_prop<pststore::wstring>(property);
@@ -97,8 +97,8 @@ int32_t AddAttachmentPropertyFromBag(PropertyList& list, const char* name,
   return AddWideAttachmentProperty(list, name, value);
 }
 
-int32_t EnumeratePstAttachments(const pststore::message& source, const AttachmentRequest& request,
-                                uint64_t fileSize) {
+Status EnumeratePstAttachments(const pststore::message& source, const AttachmentRequest& request,
+                               uint64_t fileSize) {
   if (request.callback == nullptr) return StatusOk;
   const uint32_t count = pststore::get_attachment_count(source);
   if (count == 0) return StatusOk;
@@ -112,13 +112,13 @@ int32_t EnumeratePstAttachments(const pststore::message& source, const Attachmen
       const bool one = request.index != kAllAttachments;
       if (one && request.index != number) continue;
       if (!TakeFrom(attachmentsLeft, 1)) return StatusOk;
-      const int32_t status = Deliver(pststore::make_attachment(at), request, textLeft);
+      const Status status = Deliver(pststore::make_attachment(at), request, textLeft);
       if (status == StatusDone) return StatusOk;
-      if (status != StatusOk) return status;
+      if (!status.ok()) return status;
       if (one) return StatusOk;
     }
   } catch (const std::exception&) {
-    // The attachments behind a broken one are not seen.
+    // The attachments after a broken one are not seen.
   }
   return StatusOk;
 }

@@ -15,16 +15,16 @@ namespace tarn {
 // Calls the request back for the attachments that it asks for, in the order of the attachment
 // table. An embedded message comes as the raw bytes of its property. What the store throws inside
 // the loop ends the walk silently, and so do attachments and texts of them beyond what a file of
-// this size can hold. 1; failures of a property and of the callback.
-int32_t EnumeratePstAttachments(const pststore::message& source, const AttachmentRequest& request,
-                                uint64_t fileSize);
+// this size can hold. StatusOk; failures of a property and of the callback.
+Status EnumeratePstAttachments(const pststore::message& source, const AttachmentRequest& request,
+                               uint64_t fileSize);
 
 // Adds a string property of the attachment; nothing for a missing or empty one. Takes its bytes
-// from `textLeft`, and throws pststore::database_corrupt when there are fewer. 1; 0 for a name that
-// is no text; -1 without memory; the list's last error.
-int32_t AddAttachmentPropertyFromBag(PropertyList& list, const char* name,
-                                     const pststore::attachment& source, uint16_t property,
-                                     uint64_t& textLeft);
+// from `textLeft`, and throws pststore::database_corrupt when there are fewer. Statuses of
+// AddAttachmentProperty.
+Status AddAttachmentPropertyFromBag(PropertyList& list, std::string_view name,
+                                    const pststore::attachment& source, uint16_t property,
+                                    uint64_t& textLeft);
 
 }  // namespace tarn
 

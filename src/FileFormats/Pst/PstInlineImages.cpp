@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <exception>
 
+#include "Common/ApiUtils.h"
 #include "Common/ImageAim.h"
 #include "FileFormats/Pst/PstStreams.h"
 #include "pststore/StoreObjects.h"
@@ -16,23 +17,17 @@ constexpr pststore::ushort kLongFileName = 0x3707;
 // A name in UTF-8, in a block that serves one attachment after the other.
 class NameBuffer {
  public:
-  // `room` bytes hold the text and its NUL. 1; -1 without memory. An empty name is the empty text,
-  // and one that does not convert is null.
-  int32_t set(const pststore::wstring& name, uint64_t room) {
+  // `room` bytes hold the text and its NUL. An empty name is the empty text, and one that does not
+  // convert is null. StatusOk or StatusOutOfMemory.
+  Status set(const pststore::wstring& name, uint64_t room) {
     text_ = "";
     if (name.empty()) return StatusOk;
-    if (!block_ || room_ < room) {
-      void* const block = KernelRealloc(block_.get(), room, TARN_HERE);
-      if (block == nullptr) return StatusOutOfMemory;
-      block_.take();
-      block_.reset(static_cast<char*>(block));
-      room_ = room;
-    }
+    if (room_ < room && !block_.resizeBlock(room)) return StatusOutOfMemory;
+    room_ = std::max(room_, room);
     // Cleared, so that the text ends where the conversion does: not every kernel tells the bytes.
-    std::memset(block_.get(), 0, room);
-    const int64_t written = KernelWideToUtf8(name.data(), static_cast<int64_t>(name.size()),
-                                             block_.get(), static_cast<int64_t>(room - 1));
-    text_ = written > 0 ? block_.get() : nullptr;
+    std::memset(block_.data(), 0, room);
+    const bool converted = ConvertToUtf8(name, {block_.data(), room - 1}) != 0;
+    text_ = converted ? block_.data() : nullptr;
     return StatusOk;
   }
 
@@ -40,7 +35,7 @@ class NameBuffer {
   bool isEmpty() const { return text_ == nullptr || *text_ == '\0'; }
 
  private:
-  KernelBlock<char> block_;
+  SizedBytes block_;
   uint64_t room_ = 0;
   const char* text_ = nullptr;
 };
@@ -60,10 +55,10 @@ class InlinePass {
     context_.bodyLimit = BodyLimit(reading.fileSize);
   }
 
-  int32_t place(const pststore::attachment& attachment);
+  Status place(const pststore::attachment& attachment);
 
  private:
-  int32_t readNames(const pststore::attachment& attachment);
+  Status readNames(const pststore::attachment& attachment);
   bool takeImage(uint64_t size);
 
   StoreReading& reading_;
@@ -73,29 +68,29 @@ class InlinePass {
   NameBuffer cidName_;
 };
 
-int32_t InlinePass::readNames(const pststore::attachment& attachment) {
+Status InlinePass::readNames(const pststore::attachment& attachment) {
   const pststore::wstring plain = pststore::get_filename(attachment);
-  int32_t status = plainName_.set(plain, 4 * static_cast<uint64_t>(plain.size()) + 4);
-  if (status != StatusOk) return status;
+  const Status status = plainName_.set(plain, 4 * plain.size() + 4);
+  if (!status.ok()) return status;
   const pststore::wstring cid = LongFileName(attachment);
   budget_.spend(sizeof(char16_t) * (plain.size() + cid.size()));
   if (budget_.isSpent()) return StatusOutOfMemory;
-  return cidName_.set(cid, 3 * static_cast<uint64_t>(cid.size()) + 1);
+  return cidName_.set(cid, 3 * cid.size() + 1);
 }
 
 // Whether the image may be read, and written to its file, and the body rewritten.
 bool InlinePass::takeImage(uint64_t size) {
   budget_.spend(context_.body->length());
-  const bool isWritten = context_.filterData->useTempFile == 1;
+  const bool isWritten = context_.filterData->useTempFile;
   return !budget_.isSpent() && TakeFrom(reading_.imageBytesLeft, size) &&
          (!isWritten || TakeFrom(reading_.imageBytesLeft, size));
 }
 
-int32_t InlinePass::place(const pststore::attachment& attachment) {
+Status InlinePass::place(const pststore::attachment& attachment) {
   pststore::prop_stream stream(OpenOnce(attachment.get_property_bag(), kData));
   const uint64_t size = SizeByEnd(stream);
-  int32_t status = readNames(attachment);
-  if (status != StatusOk) return status;
+  Status status = readNames(attachment);
+  if (!status.ok()) return status;
   if (context_.body->length() == 0 || (plainName_.isEmpty() && cidName_.isEmpty())) return StatusOk;
 
   context_.contentId = cidName_.get();
@@ -103,18 +98,18 @@ int32_t InlinePass::place(const pststore::attachment& attachment) {
   bool found = false;
   status = AimAtReference(context_, budget_, cidName_.isEmpty() ? nullptr : cidName_.get(),
                           plainName_.isEmpty() ? nullptr : plainName_.get(), found);
-  if (status != StatusOk || !found) return status;
+  if (!status.ok() || !found) return status;
   if (size == 0 || !takeImage(size)) return StatusOutOfMemory;
   KernelBlock<char> image = AllocateBlock<char>(size, TARN_HERE);
   if (!image) return StatusOutOfMemory;
   ReadFromStart(stream, image.get(), size);
-  return RewriteInlineImage(context_, image.get(), size);
+  return RewriteInlineImage(context_, {image.get(), size});
 }
 
 }  // namespace
 
-int32_t InlinePstImages(const pststore::message& source, uint32_t attachmentCount, SizedBytes& body,
-                        StoreReading& reading) {
+Status InlinePstImages(const pststore::message& source, uint32_t attachmentCount, SizedBytes& body,
+                       StoreReading& reading) {
   reading.data.attachmentCount = attachmentCount;
   const uint64_t room = std::min<uint64_t>(attachmentCount, AttachmentLimit(reading.fileSize));
   if (reading.data.inlineFiles.reserve(room) == nullptr) return StatusOk;
@@ -126,8 +121,8 @@ int32_t InlinePstImages(const pststore::message& source, uint32_t attachmentCoun
     for (auto at = pststore::attachment_begin(source); at != end && number < attachmentCount;
          ++at, ++number) {
       if (!TakeFrom(reading.attachmentsLeft, 1)) break;
-      const int32_t status = pass.place(pststore::make_attachment(at));
-      if (status < StatusOk) return status;
+      const Status status = pass.place(pststore::make_attachment(at));
+      if (status.failed()) return status;
     }
   } catch (const std::exception&) {
     // The images placed so far stay.

@@ -1,5 +1,8 @@
 #include "FileFormats/Pst/PstMessage.h"
 
+#include <algorithm>
+
+#include "Common/ApiUtils.h"
 #include "FileFormats/Pst/PstAttachments.h"
 #include "FileFormats/Pst/PstInlineImages.h"
 #include "FileFormats/Pst/PstProperties.h"
@@ -30,34 +33,31 @@ void StoreField(SizedBytes& field, const pststore::wstring& text) {
     field.release();
     return;
   }
-  const uint64_t room = 4 * static_cast<uint64_t>(text.size());
-  if (field.data() == nullptr || field.length() < room) {
-    void* const block = KernelRealloc(field.data(), room, TARN_HERE);
-    if (block == nullptr) return;
-    field.setData(static_cast<char*>(block));
-  }
-  const int64_t written = KernelWideToUtf8(text.data(), static_cast<int64_t>(text.size()),
-                                           field.data(), static_cast<int64_t>(room));
-  if (written > 0) field.setLength(static_cast<uint64_t>(written));
+  const uint64_t room = std::max<uint64_t>(4 * text.size(), field.length());
+  field.overwrite(room, [&](char* block) {
+    const uint64_t written = ConvertToUtf8(text, {block, room});
+    return written != 0 ? written : field.length();
+  });
 }
 
-int32_t ReadHeaderFields(const pststore::property_bag& properties, const pststore::wstring& subject,
-                         uint64_t& textLeft, MailMessage& record) {
+Status ReadHeaderFields(const pststore::property_bag& properties, const pststore::wstring& subject,
+                        uint64_t& textLeft, MailMessage& record) {
   StoreField(record.subject, subject);
   pststore::wstring text;
   for (const StringField& row : kStringFields) {
     if (!properties.prop_exists(row.property)) continue;
-    const int32_t status = ReadText(properties, row.property, textLeft, text);
-    if (status != StatusOk) return status;
+    const Status status = ReadText(properties, row.property, textLeft, text);
+    if (!status.ok()) return status;
     StoreField(record.*row.field, text);
   }
   if (properties.prop_exists(PR_CLIENT_SUBMIT_TIME) &&
       properties.size(PR_CLIENT_SUBMIT_TIME) == 8) {
-    FormatFileTime(static_cast<int64_t>(properties.get_value_8(PR_CLIENT_SUBMIT_TIME)),
-                   record.sent);
+    const auto time = static_cast<int64_t>(properties.get_value_8(PR_CLIENT_SUBMIT_TIME));
+    FormatFileTime(time, record.sent).ignore();
   }
   if (properties.prop_exists(PR_IMPORTANCE)) {
-    ImportanceText(static_cast<int32_t>(properties.get_value_4(PR_IMPORTANCE)), record.importance);
+    const auto importance = static_cast<int32_t>(properties.get_value_4(PR_IMPORTANCE));
+    ImportanceText(importance, record.importance).ignore();
   }
   return StatusOk;
 }
@@ -65,7 +65,7 @@ int32_t ReadHeaderFields(const pststore::property_bag& properties, const pststor
 // Reads one message, step by step. What the store throws passes through.
 class MessageRead {
  public:
-  MessageRead(const pststore::message& source, uint32_t& kind, MessageList& list,
+  MessageRead(const pststore::message& source, TarnDocumentKind& kind, MessageList& list,
               StoreReading& reading)
       : source_(source),
         properties_(source.get_property_bag()),
@@ -74,40 +74,40 @@ class MessageRead {
         record_(*list.records),
         reading_(reading) {}
 
-  int32_t run();
+  Status run();
 
  private:
-  int32_t readPlainBody();
-  int32_t readHtmlBody();
-  int32_t readRtfBody();
+  Status readPlainBody();
+  Status readHtmlBody();
+  Status readRtfBody();
 
   const pststore::message& source_;
   const pststore::property_bag& properties_;
-  uint32_t& kind_;
+  TarnDocumentKind& kind_;
   MessageList& list_;
   MailMessage& record_;
   StoreReading& reading_;
 };
 
-int32_t MessageRead::run() {
+Status MessageRead::run() {
   pststore::wstring subject;
-  int32_t status = ReadSubject(properties_, reading_.textLeft, subject);
-  if (status != StatusOk) return status;
+  Status status = ReadSubject(properties_, reading_.textLeft, subject);
+  if (!status.ok()) return status;
   if (IsWithoutNumber(subject)) return StatusDone;
 
-  record_.body.setLength(0);
-  record_.text.setLength(0);
+  record_.body.clear();
+  record_.text.clear();
   if (reading_.request != nullptr) {
     return EnumeratePstAttachments(source_, *reading_.request, reading_.fileSize);
   }
   status = ReadHeaderFields(properties_, subject, reading_.textLeft, record_);
-  if (status == StatusOk) status = readPlainBody();
-  if (status == StatusOk) status = readHtmlBody();
-  if (status == StatusOk) status = readRtfBody();
+  if (status.ok()) status = readPlainBody();
+  if (status.ok()) status = readHtmlBody();
+  if (status.ok()) status = readRtfBody();
   return status;
 }
 
-int32_t MessageRead::readPlainBody() {
+Status MessageRead::readPlainBody() {
   if (!properties_.prop_exists(PR_BODY)) return StatusOk;
   kind_ = DocumentText;
   pststore::prop_stream stream(OpenOnce(properties_, PR_BODY));
@@ -116,26 +116,22 @@ int32_t MessageRead::readPlainBody() {
   KernelBlock<char> block = AllocateBlock<char>(size, TARN_HERE);
   if (!block) return StatusOutOfMemory;
   ReadFromStart(stream, block.get(), size);
-  record_.text.release();
-  record_.text.setData(block.take());
-  record_.text.setLength(size);
+  record_.text.adopt(std::move(block), size);
   return StatusOk;
 }
 
-int32_t MessageRead::readHtmlBody() {
+Status MessageRead::readHtmlBody() {
   if (!properties_.prop_exists(PR_HTML)) return StatusOk;
   kind_ = DocumentHtml;
   pststore::prop_stream stream(OpenOnce(properties_, PR_HTML));
   const uint64_t size = SizeByEnd(stream);
   if (!TakeFrom(reading_.textLeft, size)) return StatusOutOfMemory;
   SizedBytes& body = record_.body;
-  if (body.data() == nullptr || body.length() < size) {
-    void* const block = KernelRealloc(body.data(), size, TARN_HERE);
-    if (block == nullptr) return StatusOutOfMemory;
-    body.setData(static_cast<char*>(block));
-  }
-  ReadFromStart(stream, body.data(), size);
-  body.setLength(size);
+  const auto read = [&](char* block) {
+    ReadFromStart(stream, block, size);
+    return size;
+  };
+  if (!body.overwrite(std::max<uint64_t>(size, 1), read)) return StatusOutOfMemory;
 
   const uint32_t attachments = pststore::get_attachment_count(source_);
   if (attachments == 0) return StatusOk;
@@ -143,20 +139,20 @@ int32_t MessageRead::readHtmlBody() {
 }
 
 // The RTF takes the place of an HTML body.
-int32_t MessageRead::readRtfBody() {
+Status MessageRead::readRtfBody() {
   if (!properties_.prop_exists(PR_RTF_COMPRESSED)) return StatusOk;
   kind_ = DocumentRtf;
   pststore::prop_stream stream(OpenOnce(properties_, PR_RTF_COMPRESSED));
   if (!TakeFrom(reading_.textLeft, SizeByEnd(stream))) return StatusOutOfMemory;
-  const int32_t status = DecodePstCompressedRtf(stream, list_, 0);
-  if (status != StatusOk) return status;
+  const Status status = DecodePstCompressedRtf(stream, list_, 0);
+  if (!status.ok()) return status;
   return TakeFrom(reading_.textLeft, record_.body.length()) ? StatusOk : StatusOutOfMemory;
 }
 
 }  // namespace
 
-int32_t ReadPstMessage(const pststore::message& source, uint32_t& kind, MessageList& list,
-                       StoreReading& reading) {
+Status ReadPstMessage(const pststore::message& source, TarnDocumentKind& kind, MessageList& list,
+                      StoreReading& reading) {
   return MessageRead(source, kind, list, reading).run();
 }
 

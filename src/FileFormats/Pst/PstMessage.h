@@ -15,17 +15,21 @@ namespace tarn {
 // last one wins. With a request nothing of the record is filled: the message's attachments go to
 // the request's callback.
 //
-// 1; 2 for a message that does not count; -1 without memory, and when subjects, header strings and
-// bodies take more than a file of this size can hold; failures of DecodePstCompressedRtf, of
-// InlinePstImages and of the callback. Exceptions of the store leave the function. Bodies stay as
-// the store has them: the plain one is UTF-16 in a Unicode store.
-int32_t ReadPstMessage(const pststore::message& source, uint32_t& kind, MessageList& list,
-                       StoreReading& reading);
+// Exceptions of the store leave the function. Bodies stay as the store has them: the plain one is
+// UTF-16 in a Unicode store.
+//   StatusOk
+//   StatusDone         the message does not count
+//   StatusOutOfMemory  also when subjects, header strings and bodies take more than a file of this
+//                      size can hold
+//   others             of DecodePstCompressedRtf, of InlinePstImages and of the callback
+Status ReadPstMessage(const pststore::message& source, TarnDocumentKind& kind, MessageList& list,
+                      StoreReading& reading);
 
 // The same of a message before the wanted one, but for its header fields, images and attachments,
-// which nobody asks for. Its bodies are read piece by piece and not kept: `kind`, results and
+// which nobody asks for. Its bodies are read piece by piece and not kept: `kind`, statuses and
 // exceptions are those of a message that is read.
-int32_t PassPstMessage(const pststore::message& source, uint32_t& kind, StoreReading& reading);
+Status PassPstMessage(const pststore::message& source, TarnDocumentKind& kind,
+                      StoreReading& reading);
 
 }  // namespace tarn
 

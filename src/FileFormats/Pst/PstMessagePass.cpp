@@ -18,22 +18,22 @@ using pststore::hnid_stream_device;
 
 class MessagePass {
  public:
-  MessagePass(const pststore::message& source, uint32_t& kind, StoreReading& reading)
+  MessagePass(const pststore::message& source, TarnDocumentKind& kind, StoreReading& reading)
       : source_(source),
         properties_(source.get_property_bag()),
         kind_(kind),
         textLeft_(reading.textLeft) {}
 
-  int32_t passBodies();
+  Status passBodies();
 
  private:
-  int32_t passBody(MessageProperty id, uint32_t kind, uint64_t& length);
-  int32_t passHtml(uint64_t& length);
-  int32_t passRtf(uint64_t bodyLength);
+  Status passBody(MessageProperty id, TarnDocumentKind kind, uint64_t& length);
+  Status passHtml(uint64_t& length);
+  Status passRtf(uint64_t bodyLength);
 
   const pststore::message& source_;
   const pststore::property_bag& properties_;
-  uint32_t& kind_;
+  TarnDocumentKind& kind_;
   uint64_t& textLeft_;
 };
 
@@ -44,16 +44,16 @@ uint64_t SizeOf(hnid_stream_device& device) {
   return static_cast<uint64_t>(size);
 }
 
-int32_t MessagePass::passBodies() {
+Status MessagePass::passBodies() {
   uint64_t length = 0;
-  int32_t status = passBody(PR_BODY, DocumentText, length);
+  Status status = passBody(PR_BODY, DocumentText, length);
   length = 0;
-  if (status == StatusOk) status = passHtml(length);
-  if (status == StatusOk) status = passRtf(length);
+  if (status.ok()) status = passHtml(length);
+  if (status.ok()) status = passRtf(length);
   return status;
 }
 
-int32_t MessagePass::passBody(MessageProperty id, uint32_t kind, uint64_t& length) {
+Status MessagePass::passBody(MessageProperty id, TarnDocumentKind kind, uint64_t& length) {
   if (!properties_.prop_exists(id)) return StatusOk;
   kind_ = kind;
   hnid_stream_device device = properties_.open_prop_stream(id);
@@ -68,14 +68,14 @@ int32_t MessagePass::passBody(MessageProperty id, uint32_t kind, uint64_t& lengt
 }
 
 // A table of attachments that cannot be read is damage of any HTML message.
-int32_t MessagePass::passHtml(uint64_t& length) {
+Status MessagePass::passHtml(uint64_t& length) {
   if (!properties_.prop_exists(PR_HTML)) return StatusOk;
-  const int32_t status = passBody(PR_HTML, DocumentHtml, length);
-  if (status == StatusOk) pststore::get_attachment_count(source_);
+  const Status status = passBody(PR_HTML, DocumentHtml, length);
+  if (status.ok()) pststore::get_attachment_count(source_);
   return status;
 }
 
-int32_t MessagePass::passRtf(uint64_t bodyLength) {
+Status MessagePass::passRtf(uint64_t bodyLength) {
   if (!properties_.prop_exists(PR_RTF_COMPRESSED)) return StatusOk;
   kind_ = DocumentRtf;
   hnid_stream_device device = properties_.open_prop_stream(PR_RTF_COMPRESSED);
@@ -97,16 +97,17 @@ int32_t MessagePass::passRtf(uint64_t bodyLength) {
     check.take(std::span(piece).first(filled));
     filled = 0;
   }
-  if (check.status() != StatusOk) return check.status();
+  if (const Status checked = check.status(); !checked.ok()) return checked;
   return TakeFrom(textLeft_, check.bodyLength()) ? StatusOk : StatusOutOfMemory;
 }
 
 }  // namespace
 
-int32_t PassPstMessage(const pststore::message& source, uint32_t& kind, StoreReading& reading) {
+Status PassPstMessage(const pststore::message& source, TarnDocumentKind& kind,
+                      StoreReading& reading) {
   pststore::wstring subject;
-  const int32_t status = ReadSubject(source.get_property_bag(), reading.textLeft, subject);
-  if (status != StatusOk) return status;
+  const Status status = ReadSubject(source.get_property_bag(), reading.textLeft, subject);
+  if (!status.ok()) return status;
   if (IsWithoutNumber(subject)) return StatusDone;
   if (reading.request != nullptr) return StatusOk;
   return MessagePass(source, kind, reading).passBodies();

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 
+#include "Internal/Status.h"
 #include "pststore/Types.h"
 
 namespace pststore {
@@ -27,14 +28,15 @@ enum MessageProperty : pststore::ushort {
   PR_HTML = 0x1013,
 };
 
-// A text property that exists. 1; -1, and nothing is read, for one of more than `textLeft` bytes.
-int32_t ReadText(const pststore::property_bag& properties, MessageProperty id, uint64_t& textLeft,
-                 pststore::wstring& text);
+// A text property that exists. StatusOk, or StatusOutOfMemory for one of more than `textLeft`
+// bytes, and then nothing is read.
+Status ReadText(const pststore::property_bag& properties, MessageProperty id, uint64_t& textLeft,
+                pststore::wstring& text);
 
 // The subject of a message, without the marker of two characters that it may start with; "No
-// Subject" when there is none. Results as ReadText; std::out_of_range for half a marker.
-int32_t ReadSubject(const pststore::property_bag& properties, uint64_t& textLeft,
-                    pststore::wstring& subject);
+// Subject" when there is none. As ReadText; std::out_of_range for half a marker.
+Status ReadSubject(const pststore::property_bag& properties, uint64_t& textLeft,
+                   pststore::wstring& subject);
 
 // Messages of this subject take no number.
 inline bool IsWithoutNumber(const pststore::wstring& subject) {

@@ -4,7 +4,7 @@
 
 namespace tarn {
 
-int32_t SiblingForKind(uint32_t kind, bool textOnly) {
+TarnSibling SiblingForKind(TarnDocumentKind kind, bool textOnly) {
   if (textOnly) return SiblingText;
   switch (kind) {
     case DocumentHtml:

@@ -13,9 +13,9 @@ namespace {
 constexpr pststore::ushort kDisplayName = 0x3001;
 constexpr pststore::ushort kContentCount = 0x3602;
 
-// What the folders claim; the sum wraps as a signed 32-bit number. 1; -1 for more names than a file
-// of this size can hold.
-int32_t AddClaims(const Store& store, uint64_t fileSize, int32_t& claimed) {
+// What the folders claim; the sum wraps as a signed 32-bit number. StatusOk, or StatusOutOfMemory
+// for more names than a file of this size can hold.
+Status AddClaims(const Store& store, uint64_t fileSize, int32_t& claimed) {
   uint32_t total = 0;
   uint64_t textLeft = FolderTextLimit(fileSize);
   const pststore::folder_iterator end = pststore::folder_end(store);
@@ -33,11 +33,11 @@ int32_t AddClaims(const Store& store, uint64_t fileSize, int32_t& claimed) {
 // One pass over the messages of a store.
 class StoreWalk {
  public:
-  StoreWalk(MessageList& list, const Store& store, int32_t selected, uint32_t& kind,
+  StoreWalk(MessageList& list, const Store& store, int32_t selected, TarnDocumentKind& kind,
             StoreReading& reading)
       : list_(list), store_(store), selected_(selected), kind_(kind), reading_(reading) {}
 
-  int32_t run();
+  Status run();
 
  private:
   bool readFolder(const pststore::folder_iterator& at);
@@ -46,13 +46,13 @@ class StoreWalk {
   MessageList& list_;
   const Store& store_;
   const int32_t selected_;
-  uint32_t& kind_;
+  TarnDocumentKind& kind_;
   StoreReading& reading_;
   int32_t next_ = 0;  // the number of the message to come
-  int32_t status_ = StatusOk;
+  Status status_;
 };
 
-int32_t StoreWalk::run() {
+Status StoreWalk::run() {
   try {
     const pststore::folder_iterator end = pststore::folder_end(store_);
     for (pststore::folder_iterator at = pststore::folder_begin(store_); at != end; ++at) {
@@ -85,7 +85,7 @@ bool StoreWalk::readRows(const pststore::table& contents) {
     const pststore::message message = pststore::make_message(at);
     status_ = next_ == selected_ ? ReadPstMessage(message, kind_, list_, reading_)
                                  : PassPstMessage(message, kind_, reading_);
-    if (status_ < StatusOk) return false;
+    if (status_.failed()) return false;
     if (status_ == StatusDone) continue;
     if (next_ == selected_) {
       list_.count = selected_ + 1;
@@ -99,12 +99,12 @@ bool StoreWalk::readRows(const pststore::table& contents) {
 
 }  // namespace
 
-int32_t CountStoreMessages(MessageList*& list, const Store& store, uint64_t fileSize) {
+Status CountStoreMessages(MessageList*& list, const Store& store, uint64_t fileSize) {
   int32_t total = 0;
-  const int32_t added = AddClaims(store, fileSize, total);
-  if (added == StatusOk && total < 1) return StatusBadArgument;
+  const Status added = AddClaims(store, fileSize, total);
+  if (added.ok() && total < 1) return StatusBadArgument;
   list = nullptr;
-  if (added != StatusOk) return added;
+  if (!added.ok()) return added;
   if (static_cast<uint64_t>(total) > ClaimLimit(fileSize)) return StatusOutOfMemory;
 
   KernelBlock<MessageList> head = AllocateBlock<MessageList>(1, TARN_HERE);
@@ -116,8 +116,8 @@ int32_t CountStoreMessages(MessageList*& list, const Store& store, uint64_t file
   return StatusOk;
 }
 
-int32_t WalkStoreMessages(MessageList& list, const Store& store, int32_t selected, uint32_t& kind,
-                          StoreReading& reading) {
+Status WalkStoreMessages(MessageList& list, const Store& store, int32_t selected,
+                         TarnDocumentKind& kind, StoreReading& reading) {
   return StoreWalk(list, store, selected, kind, reading).run();
 }
 

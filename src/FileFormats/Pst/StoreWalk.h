@@ -47,19 +47,23 @@ struct StoreReading {
   SearchBudget imageSearches;
 };
 
-// A list of as many messages as the folders of the store claim. 1; -13 when there is none; -1
-// without memory, and for names or a number of messages that no file of this size can hold. `list`
-// is null after -1. A folder without a name or without a count throws out of here.
-int32_t CountStoreMessages(MessageList*& list, const Store& store, uint64_t fileSize);
+// A list of as many messages as the folders of the store claim. A folder without a name or without
+// a count throws out of here.
+//   StatusOk
+//   StatusBadArgument  there are none
+//   StatusOutOfMemory  also for names or a number of messages that no file of this size can hold;
+//                      `list` is null
+Status CountStoreMessages(MessageList*& list, const Store& store, uint64_t fileSize);
 
 // Reads messages in order until the message `selected` (0-based) has filled the list's record; what
 // those before it hold passes by and is not kept. `kind` becomes the document kind of the last
 // message that had a body. A folder that cannot be read is passed over, as is the rest of a folder
-// after a message that cannot be. 1, also when there are fewer messages: then the record is empty.
-// Failures of ReadPstMessage and PassPstMessage end the walk, and so does a store of more rows than
-// its file can have messages, with -1.
-int32_t WalkStoreMessages(MessageList& list, const Store& store, int32_t selected, uint32_t& kind,
-                          StoreReading& reading);
+// after a message that cannot be.
+//   StatusOk           also when there are fewer messages: then the record is empty
+//   StatusOutOfMemory  also for more rows than the file can have messages
+//   others             of ReadPstMessage and PassPstMessage
+Status WalkStoreMessages(MessageList& list, const Store& store, int32_t selected,
+                         TarnDocumentKind& kind, StoreReading& reading);
 
 // Frees the list with its record; null is nothing.
 void ReleaseMessageList(MessageList* list);

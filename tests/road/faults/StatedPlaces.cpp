@@ -167,12 +167,13 @@ bool LeavesWords(const FaultInput&, const FaultOutcome& seen, const FaultOutcome
 
 bool LeavesFieldRaw(const FaultInput&, const FaultOutcome& seen, const FaultOutcome& whole) {
   const std::string row = "Subject:\t";
-  return DifferOnlyIn(" document ", seen, whole) && IsChanged(seen.document, whole.document,
-                                                              {{row + kGreeting + "\r\n", ""},
-                                                               {row + kGreeting, row + "Gr\xFC\xDF"
-                                                                                       "e"},
-                                                               {HtmlRow("Cc:", "J\xC3\xB6rg"), ""},
-                                                               {"J\xC3\xB6rg", "J\xF6rg"}});
+  return DifferOnlyIn(" document ", seen, whole) &&
+         IsChanged(seen.document, whole.document,
+                   {{row + kGreeting + "\r\n", ""},
+                    {row + kGreeting, row + "Gr\xFC\xDF"
+                                            "e"},
+                    {EmlHtmlRow("Cc:", "J\xC3\xB6rg"), ""},
+                    {"J\xC3\xB6rg", "J\xF6rg"}});
 }
 
 // Whether the text is a word of the samples in place of what it says.
