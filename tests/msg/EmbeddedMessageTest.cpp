@@ -19,10 +19,10 @@ struct Export {
     OpenMsg msg(file);
     TrackedBuffer<char> data(0, 1024, 1);
     status = ExportEmbeddedMessage(msg.storage(), path, data);
-    if (data.data() != nullptr) bytes.assign(data.data(), data.length());
+    bytes = data.view();
   }
 
-  int32_t status;
+  Status status;
   std::string bytes;
 };
 
@@ -387,7 +387,7 @@ TEST(EmbeddedMessage, EndsInAStatusWhicheverCallFails) {
     const auto round = [&](FaultedWork& faulted) {
       OpenMsg msg(bytes);
       TrackedBuffer<char> data(0, 1024, 1);
-      const int32_t status =
+      const Status status =
           faulted([&] { return ExportEmbeddedMessage(msg.storage(), kInner, data); });
       if (!faulted.isReached()) {
         EXPECT_EQ(status, StatusOk);
@@ -398,7 +398,7 @@ TEST(EmbeddedMessage, EndsInAStatusWhicheverCallFails) {
                               (group == PlainKernelFaultOpen && status == StatusCreateFailed) ||
                               (group == PlainKernelFaultRead && status == StatusReadFailed) ||
                               (group == PlainKernelFaultSeek && status == StatusReadFailed);
-      EXPECT_TRUE(documented) << status;
+      EXPECT_TRUE(documented) << status.code();
     };
     SweepFaults(group, round, FaultKinds::OneAndFrom);
     EXPECT_TRUE(failed || (group != PlainKernelFaultMemory && group != PlainKernelFaultOpen));

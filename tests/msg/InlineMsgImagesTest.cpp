@@ -39,7 +39,7 @@ struct Inlined {
 
   MsgReading reading;
   std::string body;
-  int32_t status = 0;
+  Status status;
   uint32_t count = 0;
 };
 
@@ -275,9 +275,9 @@ TEST(InlineMsgImages, ReplaceNoOtherReferenceWhicheverAllocationFails) {
     MailMessage message;
     PstFilterData data;
     Set(message.body, body);
-    const int32_t status = faulted([&] { return InlineMsgImages(message, data, file.storage()); });
+    const Status status = faulted([&] { return InlineMsgImages(message, data, file.storage()); });
     EXPECT_TRUE(status == StatusOk || (faulted.isReached() && status == StatusOutOfMemory))
-        << status;
+        << status.code();
     EXPECT_EQ(Bytes(message.body), body);
   };
   // The storage keeps the container of its small streams.
@@ -290,12 +290,12 @@ TEST(InlineMsgImages, TellThatTheBodyCouldNotBeWritten) {
   MsgBuilder msg;
   msg.attachment(u"a.png", kImage).contentId(u"one@x");
   OpenMsg file(msg.write());
-  int32_t status = StatusOk;
+  Status status;
   const auto round = [&](FaultedWork& faulted) {
     MailMessage message;
     PstFilterData data;
     Set(message.body, body);
-    const int32_t inlined = faulted([&] { return InlineMsgImages(message, data, file.storage()); });
+    const Status inlined = faulted([&] { return InlineMsgImages(message, data, file.storage()); });
     if (Bytes(message.body) == body) status = inlined;
   };
   FailInTurn(PlainKernelFaultMemory, round, FaultKinds::OneAndFrom);
@@ -311,9 +311,9 @@ TEST(InlineMsgImages, EndInAStatusWhicheverAllocationFails) {
     MailMessage message;
     PstFilterData data;
     Set(message.body, "<img src=\"cid:one@x\">");
-    const int32_t status = faulted([&] { return InlineMsgImages(message, data, file.storage()); });
+    const Status status = faulted([&] { return InlineMsgImages(message, data, file.storage()); });
     if (faulted.isReached()) {
-      EXPECT_TRUE(status == StatusOk || status == StatusOutOfMemory) << status;
+      EXPECT_TRUE(status == StatusOk || status == StatusOutOfMemory) << status.code();
       failed |= status == StatusOutOfMemory;
     } else {
       EXPECT_EQ(status, StatusOk);

@@ -69,18 +69,18 @@ TEST(MsgAttachments, ComeSinglyByTheirNumber) {
 
 TEST(MsgAttachments, NeedACallback) {
   OpenMsg msg(TwoAttachments().write());
-  const AttachmentRequest request = {kAllAttachments, 0, nullptr, nullptr};
+  const AttachmentRequest request = {};
   EXPECT_EQ(EnumerateMsgAttachments(msg.storage(), request), StatusOk);
 }
 
 TEST(MsgAttachments, GoOnUnlessTheCallbackAnswersBelowOne) {
-  for (const int32_t answer : {1, 2, 77}) {
+  for (const Status answer : {Status(StatusOk), Status(StatusDone), Status::FromCode(77)}) {
     Deliveries deliveries;
     deliveries.answer = answer;
     EXPECT_EQ(Enumerate(TwoAttachments().write(), deliveries), StatusOk);
     EXPECT_EQ(deliveries.all.size(), 2u);
   }
-  for (const int32_t answer : {0, -1, -814}) {
+  for (const Status answer : {StatusFailed, StatusOutOfMemory, StatusNullArgument}) {
     Deliveries deliveries;
     deliveries.answer = answer;
     EXPECT_EQ(Enumerate(TwoAttachments().write(), deliveries), answer);
@@ -244,7 +244,7 @@ TEST(MsgAttachments, OfNeitherKindArePassedOverWithTheirNumber) {
 TEST(MsgAttachments, OfNeitherKindAreListed) {
   MsgBuilder msg;
   msg.attachment().text(0x3707, u"nothing");
-  const Delivered listed = Only(msg.write(), 1);
+  const Delivered listed = Only(msg.write(), true);
   EXPECT_EQ(listed.name, u"nothing");
   EXPECT_FALSE(listed.hasBlock);
 }
@@ -256,7 +256,7 @@ TEST(MsgAttachments, HaveTheirPropertiesInAList) {
       .mimeType(u"image/png")
       .modified(kSampleTime + 10000000)
       .created(kSampleTime);
-  const Delivered listed = Only(msg.write(), 1);
+  const Delivered listed = Only(msg.write(), true);
   EXPECT_EQ(listed.name, u"a.png");
   EXPECT_FALSE(listed.hasBlock);
   EXPECT_EQ(listed.properties, (Properties{{u"Content-ID:", u"a.png@x"},
@@ -266,7 +266,7 @@ TEST(MsgAttachments, HaveTheirPropertiesInAList) {
 }
 
 std::string TimesOf(const std::string& records) {
-  const Delivered listed = Only(OneAttachment({{"__properties_version1.0", records}}), 1);
+  const Delivered listed = Only(OneAttachment({{"__properties_version1.0", records}}), true);
   std::string text;
   for (const auto& [name, value] : listed.properties) {
     text += std::string(name.begin(), name.end()) + "=" + std::string(value.begin(), value.end());
@@ -304,15 +304,15 @@ TEST(MsgAttachments, HaveTimesBefore1970AsLargeNumbers) {
 }
 
 TEST(MsgAttachments, LeaveOutEmptyProperties) {
-  const Delivered listed =
-      Only(OneAttachment({{"__substg1.0_3712001F", ""}, {"__substg1.0_370E001F", Raw("\0\0")}}), 1);
+  const Delivered listed = Only(
+      OneAttachment({{"__substg1.0_3712001F", ""}, {"__substg1.0_370E001F", Raw("\0\0")}}), true);
   EXPECT_TRUE(listed.properties.empty());
 }
 
 // Relied upon: the list ends there, without a failure code of its own.
 TEST(MsgAttachments, WhosePropertiesAreNoUtf8EndTheList) {
   for (const char* name : {"__substg1.0_3712001E", "__substg1.0_370E001E"}) {
-    Deliveries deliveries(kAllAttachments, 1);
+    Deliveries deliveries(kAllAttachments, true);
     EXPECT_EQ(Enumerate(OneAttachment({{name, "\xE9"}}), deliveries), StatusFailed);
     EXPECT_TRUE(deliveries.all.empty());
   }
@@ -321,10 +321,10 @@ TEST(MsgAttachments, WhosePropertiesAreNoUtf8EndTheList) {
 // UTF-16 in a stream of 8-bit text: the whole value is converted, and kept up to its first NUL.
 TEST(MsgAttachments, WhosePropertiesAreUtf16InAnEightBitStreamMayEndTheList) {
   for (const char* name : {"__substg1.0_3712001E", "__substg1.0_370E001E"}) {
-    const Delivered listed = Only(OneAttachment({{name, Raw("i\0m\0")}}), 1);
+    const Delivered listed = Only(OneAttachment({{name, Raw("i\0m\0")}}), true);
     ASSERT_EQ(listed.properties.size(), 1u) << name;
     EXPECT_EQ(listed.properties[0].second, u"i");
-    Deliveries deliveries(kAllAttachments, 1);
+    Deliveries deliveries(kAllAttachments, true);
     EXPECT_EQ(Enumerate(OneAttachment({{name, Raw("i\0\xFC\0")}}), deliveries), StatusFailed);
     EXPECT_TRUE(deliveries.all.empty());
   }
@@ -359,8 +359,8 @@ TEST(MsgAttachments, ThatShareALargeStreamTakeBoundedTime) {
     image.put(image.record(entry) + RecordStart, start);
     image.put(image.record(entry) + RecordSize, 4 << 20);
   }
-  Deliveries deliveries(kAllAttachments, 1);
-  const int32_t status = Enumerate(image.bytes, deliveries);
+  Deliveries deliveries(kAllAttachments, true);
+  const Status status = Enumerate(image.bytes, deliveries);
   EXPECT_EQ(status, StatusOk);
   EXPECT_EQ(deliveries.all.size(), kAttachments);
   // Names that are too much to read are none.

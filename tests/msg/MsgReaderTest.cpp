@@ -336,7 +336,7 @@ MsgBuilder FaultyMessage() {
   return msg;
 }
 
-bool IsDocumented(int32_t group, int32_t status) {
+bool IsDocumented(int32_t group, Status status) {
   if (group == PlainKernelFaultSeek) return status == StatusOk || status == StatusReadFailed;
   return status == StatusOk || status == StatusOutOfMemory || status == StatusNotSupported ||
          status == StatusMsgOpenFailed;
@@ -352,14 +352,15 @@ TEST_F(MsgReader, EndsInAStatusWhicheverCallFails) {
     const auto round = [&](FaultedWork& faulted) {
       MsgReading reading(bytes);
       const Status status = faulted([&] { return reading.run(); });
-      EXPECT_TRUE(faulted.isReached() ? IsDocumented(group, status) : status == StatusOk) << status;
+      EXPECT_TRUE(faulted.isReached() ? IsDocumented(group, status) : status == StatusOk)
+          << status.code();
       if (group != PlainKernelFaultMemory || !faulted.isReached()) return;
       EXPECT_TRUE(
           status == StatusOutOfMemory ||
           (status == StatusOk && (reading.message.inlineStatus == StatusOutOfMemory ||
                                   Bytes(reading.message.body) == Bytes(sound.message.body) ||
                                   reading.data.attachmentCount == 2)))
-          << status << " " << reading.message.inlineStatus;
+          << status.code() << " " << reading.message.inlineStatus.code();
       failedInline |= reading.message.inlineStatus == StatusOutOfMemory;
     };
     SweepFaults(group, round);

@@ -75,7 +75,7 @@ TEST(BodyRoom, NoDocumentIsThereTwice) {
     SetAllFields(message);
     SetTerminated(message.subject, "\xD0\x96\xCE\x86");  // two code pages: the RTF gets fonts
     Set(message.body, start + std::string(kBody, 'x'));
-    EXPECT_LT(PeakOf([&] { EXPECT_EQ(RenderMailMessage(&message, kind), 1); }), kLittle);
+    EXPECT_LT(PeakOf([&] { EXPECT_EQ(RenderMailMessage(&message, kind), StatusOk); }), kLittle);
     EXPECT_GT(message.body.length(), kBody);
   }
 }
@@ -87,7 +87,7 @@ TEST(BodyRoom, NoRowsAreThereTwice) {
   MailMessage message;
   SetTerminated(message.subject, std::string(kSubject, '{'));
   SetTerminated(message.body, "{\\rtf1{\\fonttbl{\\f0 A;}}\\pard x}");
-  EXPECT_LT(PeakOf([&] { EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), 1); }),
+  EXPECT_LT(PeakOf([&] { EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), StatusOk); }),
             4 * kSubject + 4 * kSubject / 16 + kSpare);
   EXPECT_GT(message.body.length(), 4 * kSubject);
 }
@@ -99,7 +99,7 @@ TEST(BodyRoom, WithoutMemoryForTheRowsTheBodyStays) {
   TrackedBuffer<char> rows(0, 0);  // without room to spare
   ASSERT_EQ(rows.append("0123456789", 10), StatusOk);
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
-  EXPECT_EQ(SpliceRtfBlock(body, RtfFontTable(), rows), -1);
+  EXPECT_EQ(SpliceRtfBlock(body, RtfFontTable(), rows), StatusOutOfMemory);
   EXPECT_EQ(body.data(), block);
   EXPECT_EQ(Bytes(body), "\\pard");
 }
@@ -144,12 +144,12 @@ TEST(RtfSpliceProperty, PiecesComeToTheirPlacesWhereverTheTableLies) {
     const std::string rows = letters('N', round % 2 == 0 ? 200 : 1200);
     SizedBytes text;
     Set(text, body);
-    ASSERT_EQ(SpliceRtfBlock(text, fonts, rows), 1);
+    ASSERT_EQ(SpliceRtfBlock(text, fonts, rows), StatusOk);
     ASSERT_EQ(Bytes(text), Spliced(body, fonts, rows)) << round;
     TrackedBuffer<char> buffer;
     ASSERT_EQ(buffer.append(rows.data(), rows.size()), StatusOk);
     Set(text, body);
-    ASSERT_EQ(SpliceRtfBlock(text, fonts, buffer), 1);
+    ASSERT_EQ(SpliceRtfBlock(text, fonts, buffer), StatusOk);
     ASSERT_EQ(Bytes(text), Spliced(body, fonts, rows)) << round;
   }
 }

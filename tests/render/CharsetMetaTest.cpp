@@ -17,7 +17,7 @@ void Set(TrackedBuffer<char>& document, std::string_view text) {
 std::string Ensure(std::string_view document) {
   TrackedBuffer<char> text;
   Set(text, document);
-  EXPECT_EQ(EnsureHtmlCharsetMeta(text), 1);
+  EXPECT_EQ(EnsureHtmlCharsetMeta(text), StatusOk);
   return std::string(text.view());
 }
 
@@ -26,7 +26,7 @@ void ExpectKept(std::string_view document) {
   TrackedBuffer<char> text;
   Set(text, document);
   const char* const block = text.data();
-  EXPECT_EQ(EnsureHtmlCharsetMeta(text), 1);
+  EXPECT_EQ(EnsureHtmlCharsetMeta(text), StatusOk);
   EXPECT_EQ(text.data(), block);
   EXPECT_EQ(std::string(text.view()), document);
 }
@@ -50,7 +50,7 @@ TEST(CharsetMeta, TheSizeRisesBySixtySix) {
 TEST(CharsetMeta, TheBlockHasOneMoreNul) {
   TrackedBuffer<char> text;
   Set(text, "<head>x");
-  ASSERT_EQ(EnsureHtmlCharsetMeta(text), 1);
+  ASSERT_EQ(EnsureHtmlCharsetMeta(text), StatusOk);
   ASSERT_EQ(text.length(), 73u);
   EXPECT_EQ(text.data()[72], '\0');
   EXPECT_EQ(text.data()[73], '\0');
@@ -100,7 +100,7 @@ TEST(CharsetMeta, WithoutTheFirstBlockTheDocumentStays) {
   Set(text, "<head>x");
   const char* const block = text.data();
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
-  EXPECT_EQ(EnsureHtmlCharsetMeta(text), -1);
+  EXPECT_EQ(EnsureHtmlCharsetMeta(text), StatusOutOfMemory);
   EXPECT_EQ(text.data(), block);
   EXPECT_EQ(std::string(text.view()), "<head>x");
 }
@@ -109,7 +109,7 @@ TEST(CharsetMeta, WithoutTheSecondBlockTheDocumentIsLost) {
   TrackedBuffer<char> text;
   Set(text, "<head>x");
   PlainKernelFailAt(PlainKernelFaultMemory, 2);
-  EXPECT_EQ(EnsureHtmlCharsetMeta(text), -1);
+  EXPECT_EQ(EnsureHtmlCharsetMeta(text), StatusOutOfMemory);
   EXPECT_FALSE(text.hasBlock());
   EXPECT_EQ(text.length(), 0u);
 }
@@ -118,7 +118,7 @@ TEST(CharsetMeta, TwoBlocksAreAllItTakes) {
   TrackedBuffer<char> text;
   Set(text, "<head>x");
   PlainKernelFailAt(PlainKernelFaultMemory, 3);
-  EXPECT_EQ(EnsureHtmlCharsetMeta(text), 1);
+  EXPECT_EQ(EnsureHtmlCharsetMeta(text), StatusOk);
 }
 
 }  // namespace

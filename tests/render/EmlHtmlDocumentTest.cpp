@@ -32,7 +32,7 @@ std::string RenderToBob(std::string_view body) {
   EmlMessage message;
   SetTerminated(message.to, "Bob");
   Set(message.body, body);
-  EXPECT_EQ(RenderEmlMessage(message), 1);
+  EXPECT_EQ(RenderEmlMessage(message), StatusOk);
   return Bytes(message.body);
 }
 
@@ -45,7 +45,7 @@ TEST(EmlHtml, AllRowsInTheirOrderInEnglish) {
   EmlMessage message;
   SetAllFields(message);
   Set(message.body, "<html><body>text");
-  ASSERT_EQ(RenderEmlMessage(message), 1);
+  ASSERT_EQ(RenderEmlMessage(message), StatusOk);
   EXPECT_EQ(Bytes(message.body),
             "<html><body>" +
                 HtmlBlock(EmlHtmlRow("From:", "Ann") + EmlHtmlRow("To:", "Bob") +
@@ -59,7 +59,7 @@ TEST(EmlHtml, AngleBracketsAreEscapedAndAmpersandsStay) {
   EmlMessage message;
   SetTerminated(message.to, "<b>&lt;\"<>>");
   Set(message.body, "<html>");
-  ASSERT_EQ(RenderEmlMessage(message), 1);
+  ASSERT_EQ(RenderEmlMessage(message), StatusOk);
   EXPECT_EQ(Bytes(message.body),
             HtmlBlock(EmlHtmlRow("To:", "&lt;b&gt;&lt;\"&lt;&gt;&gt;")) + "<html>");
 }
@@ -69,7 +69,7 @@ TEST(EmlHtml, AFieldEndsAtItsFirstNul) {
   Set(message.to, std::string_view("Bob\0<Eve>", 9));
   Set(message.cc, "Cy");
   Set(message.body, "<html>");
-  ASSERT_EQ(RenderEmlMessage(message), 1);
+  ASSERT_EQ(RenderEmlMessage(message), StatusOk);
   EXPECT_EQ(Bytes(message.body),
             HtmlBlock(EmlHtmlRow("To:", "Bob") + EmlHtmlRow("Cc:", "Cy")) + "<html>");
 }
@@ -78,7 +78,7 @@ TEST(EmlHtml, AFieldThatBeginsWithANulHasAnEmptyRow) {
   EmlMessage message;
   Set(message.to, std::string_view("\0Bob", 4));
   Set(message.body, "<html>");
-  ASSERT_EQ(RenderEmlMessage(message), 1);
+  ASSERT_EQ(RenderEmlMessage(message), StatusOk);
   EXPECT_EQ(Bytes(message.body), HtmlBlock(EmlHtmlRow("To:", "")) + "<html>");
 }
 
@@ -89,7 +89,7 @@ TEST(EmlHtml, EmptyFieldsHaveNoRow) {
   Set(message.cc, "");
   SetTerminated(message.bcc, "");
   Set(message.body, "<html>");
-  ASSERT_EQ(RenderEmlMessage(message), 1);
+  ASSERT_EQ(RenderEmlMessage(message), StatusOk);
   EXPECT_EQ(Bytes(message.body), kToBob + "<html>");
 }
 
@@ -101,7 +101,7 @@ TEST(EmlHtml, WithoutFromToDateAndCcThereIsNoBlock) {
   SetTerminated(message.from, "");
   Set(message.body, "no html element");
   const char* const block = message.body.data();
-  EXPECT_EQ(RenderEmlMessage(message), 1);
+  EXPECT_EQ(RenderEmlMessage(message), StatusOk);
   EXPECT_EQ(message.body.data(), block);
   EXPECT_EQ(Bytes(message.body), "no html element");
 }
@@ -113,7 +113,7 @@ TEST(EmlHtml, OneOfTheFourIsEnough) {
     SetTerminated(message.*field, "x");
     SetTerminated(message.bcc, "Di");
     Set(message.body, "<html>");
-    ASSERT_EQ(RenderEmlMessage(message), 1);
+    ASSERT_EQ(RenderEmlMessage(message), StatusOk);
     EXPECT_TRUE(Bytes(message.body).starts_with("<table "));
     EXPECT_NE(Bytes(message.body).find(EmlHtmlRow("Bcc:", "Di")), std::string::npos);
   }
@@ -175,7 +175,7 @@ TEST(EmlHtmlWrap, ABlankBodyGetsOne) {
 TEST(EmlHtmlWrap, AnAbsentBodyGetsOne) {
   EmlMessage message;
   SetTerminated(message.to, "Bob");
-  ASSERT_EQ(RenderEmlMessage(message), 1);
+  ASSERT_EQ(RenderEmlMessage(message), StatusOk);
   EXPECT_EQ(Bytes(message.body), "<html>" + kToBob + "</html>");
 }
 
@@ -186,7 +186,7 @@ TEST(RenderEmlMessage, NoKindNoBlock) {
   SetAllFields(message);
   message.documentKind = DocumentNone;
   Set(message.body, "text");
-  EXPECT_EQ(RenderEmlMessage(message), 1);
+  EXPECT_EQ(RenderEmlMessage(message), StatusOk);
   EXPECT_EQ(Bytes(message.body), "text");
 }
 
@@ -195,7 +195,7 @@ std::string AppendRow(TarnDocumentKind kind, HeaderRow row) {
   SetTerminated(field, "<x>");
   TextWriter block;
   block.write("before ");
-  EXPECT_EQ(AppendEmlHeaderRow(block, field, kind, row), 1);
+  EXPECT_EQ(AppendEmlHeaderRow(block, field, kind, row), StatusOk);
   return std::string(block.view());
 }
 
@@ -227,8 +227,8 @@ TEST(AppendEmlHeaderRow, AnEmptyFieldComesBeforeTheKind) {
   SetTerminated(terminator, "");
   TextWriter block;
   for (const TarnDocumentKind kind : {DocumentHtml, DocumentRtf, DocumentText, DocumentNone}) {
-    EXPECT_EQ(AppendEmlHeaderRow(block, absent, kind, HeaderRowTo), 1);
-    EXPECT_EQ(AppendEmlHeaderRow(block, terminator, kind, HeaderRowTo), 1);
+    EXPECT_EQ(AppendEmlHeaderRow(block, absent, kind, HeaderRowTo), StatusOk);
+    EXPECT_EQ(AppendEmlHeaderRow(block, terminator, kind, HeaderRowTo), StatusOk);
   }
   EXPECT_EQ(block.view(), "");
 }
@@ -237,8 +237,8 @@ TEST(AppendEmlHeaderRow, RefusesKindsWithoutARow) {
   SizedBytes field;
   SetTerminated(field, "x");
   TextWriter block;
-  EXPECT_EQ(AppendEmlHeaderRow(block, field, DocumentNone, HeaderRowTo), -74);
-  EXPECT_EQ(AppendEmlHeaderRow(block, field, DocumentHtml, HeaderRowHighWord), -9);
+  EXPECT_EQ(AppendEmlHeaderRow(block, field, DocumentNone, HeaderRowTo), StatusTimeFailed);
+  EXPECT_EQ(AppendEmlHeaderRow(block, field, DocumentHtml, HeaderRowHighWord), StatusNotSupported);
   EXPECT_EQ(block.view(), "");
 }
 
@@ -249,7 +249,7 @@ TEST(EmlHtmlFailure, ABodyTagThatNeverEndsIsRefused) {
   SetTerminated(message.to, "Bob");
   Set(message.body, "x<body a");
   const char* const block = message.body.data();
-  EXPECT_EQ(RenderEmlMessage(message), -9);
+  EXPECT_EQ(RenderEmlMessage(message), StatusNotSupported);
   EXPECT_EQ(message.body.data(), block);
   EXPECT_EQ(Bytes(message.body), "x<body a");
 }
@@ -263,7 +263,7 @@ TEST(EmlHtmlFailure, WithoutMemory) {
     SetAllFields(message);
     SetTerminated(message.body, "x");
     const Status rendered = faulted([&] { return RenderEmlMessage(message); });
-    EXPECT_EQ(rendered, faulted.isReached() ? -1 : 1);
+    EXPECT_EQ(rendered, faulted.isReached() ? StatusOutOfMemory : StatusOk);
     if (!faulted.isReached()) return;
     if (Bytes(message.body) == Terminated("<html>x</html>")) {
       ++wrapped;
@@ -282,7 +282,7 @@ TEST(EmlHtmlFailure, ABlockBeyondTheBudget) {
   SetTerminated(message.to, std::string(3000000, '<'));
   SetTerminated(message.body, "x");
   PlainKernelSetMemoryBudget(8000000);
-  EXPECT_EQ(RenderEmlMessage(message), -1);
+  EXPECT_EQ(RenderEmlMessage(message), StatusOutOfMemory);
   EXPECT_EQ(Bytes(message.body), Terminated("x"));
 }
 
@@ -291,7 +291,7 @@ TEST(EmlHtml, ALongFieldOfBracketsIsEscapedInOneGo) {
   SetTerminated(message.to, std::string(1000000, '>'));
   Set(message.body, "<html>");
   const uint64_t calls = test::AllocationCalls();
-  ASSERT_EQ(RenderEmlMessage(message), 1);
+  ASSERT_EQ(RenderEmlMessage(message), StatusOk);
   EXPECT_LE(test::AllocationCalls(), calls + 3);
   std::string escaped;
   for (int i = 0; i < 1000000; ++i) escaped += "&gt;";

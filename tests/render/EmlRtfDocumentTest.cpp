@@ -27,7 +27,7 @@ std::string RenderToBob(std::string_view body) {
   message.documentKind = DocumentRtf;
   SetTerminated(message.to, "Bob");
   Set(message.body, body);
-  EXPECT_EQ(RenderEmlMessage(message), 1);
+  EXPECT_EQ(RenderEmlMessage(message), StatusOk);
   return Bytes(message.body);
 }
 
@@ -60,7 +60,7 @@ TEST(EmlRtf, AllRowsInTheirOrderInEnglish) {
   SetTerminated(message.subject, "Hello");
   SetTerminated(message.importance, "high");
   Set(message.body, R"({\rtf1\pard Hi})");
-  ASSERT_EQ(RenderEmlMessage(message), 1);
+  ASSERT_EQ(RenderEmlMessage(message), StatusOk);
   EXPECT_EQ(Bytes(message.body),
             Terminated(
                 R"({\rtf1)" + test::EmlRtfRow(R"(From:\tab \tab \tab \tab )", "Ann") +
@@ -79,7 +79,7 @@ TEST(EmlRtf, ValuesAreCopiedAsTheyStand) {
   message.documentKind = DocumentRtf;
   Set(message.to, std::string_view("{\\b<a>}\xC3\xA9\0x\0", 12));
   Set(message.body, R"({\rtf1{\fonttbl{\f0 Arial;}}\pard})");
-  ASSERT_EQ(RenderEmlMessage(message), 1);
+  ASSERT_EQ(RenderEmlMessage(message), StatusOk);
   EXPECT_EQ(Bytes(message.body),
             Terminated(R"({\rtf1{\fonttbl{\f0 Arial;}})" +
                        test::EmlRtfRow("To:" + kFourTabs, std::string("{\\b<a>}\xC3\xA9\0x", 11)) +
@@ -93,7 +93,7 @@ TEST(EmlRtf, EmptyFieldsHaveNoRow) {
   SetTerminated(message.to, "Bob");
   Set(message.subject, "");
   Set(message.body, "\\pard");
-  ASSERT_EQ(RenderEmlMessage(message), 1);
+  ASSERT_EQ(RenderEmlMessage(message), StatusOk);
   EXPECT_EQ(Bytes(message.body), Terminated(kToBob + "\\pard"));
 }
 
@@ -102,9 +102,9 @@ TEST(EmlRtf, WithoutFromToDateAndCcThereIsNoBlock) {
   message.documentKind = DocumentRtf;
   SetTerminated(message.bcc, "Di");
   SetTerminated(message.subject, "Hello");
-  EXPECT_EQ(RenderEmlMessage(message), 1);
+  EXPECT_EQ(RenderEmlMessage(message), StatusOk);
   Set(message.body, "\\pard");
-  EXPECT_EQ(RenderEmlMessage(message), 1);
+  EXPECT_EQ(RenderEmlMessage(message), StatusOk);
   EXPECT_EQ(Bytes(message.body), "\\pard");
 }
 
@@ -133,9 +133,9 @@ TEST(EmlRtfFailure, ABodyOfNoBytes) {
   EmlMessage message;
   message.documentKind = DocumentRtf;
   SetTerminated(message.to, "Bob");
-  EXPECT_EQ(RenderEmlMessage(message), -74);
+  EXPECT_EQ(RenderEmlMessage(message), StatusTimeFailed);
   Set(message.body, "");
-  EXPECT_EQ(RenderEmlMessage(message), -74);
+  EXPECT_EQ(RenderEmlMessage(message), StatusTimeFailed);
   EXPECT_EQ(message.body.length(), 0u);
 }
 
@@ -148,11 +148,11 @@ TEST(EmlRtfFailure, WithoutMemoryTheBodyStays) {
     const char* const block = message.body.data();
     const Status rendered = faulted([&] { return RenderEmlMessage(message); });
     if (!faulted.isReached()) {
-      EXPECT_EQ(rendered, 1);
+      EXPECT_EQ(rendered, StatusOk);
       EXPECT_EQ(Bytes(message.body), Terminated("a" + kToBob + "\\pard"));
       return;
     }
-    EXPECT_EQ(rendered, -1);
+    EXPECT_EQ(rendered, StatusOutOfMemory);
     EXPECT_EQ(message.body.data(), block);
     EXPECT_EQ(Bytes(message.body), "a\\pard");
   };
@@ -166,7 +166,7 @@ TEST(EmlRtfFailure, BeyondTheBudgetTheBodyStays) {
   SetTerminated(message.to, std::string(8000000, 'x'));
   Set(message.body, "a\\pard");
   PlainKernelSetMemoryBudget(8000000);
-  EXPECT_EQ(RenderEmlMessage(message), -1);
+  EXPECT_EQ(RenderEmlMessage(message), StatusOutOfMemory);
   EXPECT_EQ(Bytes(message.body), "a\\pard");
 }
 
@@ -175,7 +175,7 @@ std::string AppendRow(HeaderRow row) {
   SetTerminated(field, "<x>");
   TextWriter block;
   block.write("before ");
-  EXPECT_EQ(AppendEmlHeaderRow(block, field, DocumentRtf, row), 1);
+  EXPECT_EQ(AppendEmlHeaderRow(block, field, DocumentRtf, row), StatusOk);
   return std::string(block.view());
 }
 
@@ -196,7 +196,7 @@ TEST(AppendEmlHeaderRow, RtfHasNoRowForAWord) {
   SizedBytes field;
   SetTerminated(field, "x");
   TextWriter block;
-  EXPECT_EQ(AppendEmlHeaderRow(block, field, DocumentRtf, HeaderRowHighWord), -9);
+  EXPECT_EQ(AppendEmlHeaderRow(block, field, DocumentRtf, HeaderRowHighWord), StatusNotSupported);
   EXPECT_EQ(block.view(), "");
 }
 

@@ -17,7 +17,7 @@ std::string RenderToBob(std::string_view body) {
   message.documentKind = DocumentText;
   SetTerminated(message.to, "Bob");
   Set(message.body, body);
-  EXPECT_EQ(RenderEmlMessage(message), 1);
+  EXPECT_EQ(RenderEmlMessage(message), StatusOk);
   return Bytes(message.body);
 }
 
@@ -35,7 +35,7 @@ TEST(EmlText, AllRowsInTheirOrderInEnglish) {
   SetTerminated(message.subject, "Hello");
   SetTerminated(message.importance, "high");
   Set(message.body, "Body");
-  ASSERT_EQ(RenderEmlMessage(message), 1);
+  ASSERT_EQ(RenderEmlMessage(message), StatusOk);
   EXPECT_EQ(Bytes(message.body),
             "From:   \tAnn\r\n"
             "To:     \tBob\r\n"
@@ -53,7 +53,7 @@ TEST(EmlText, ValuesAreCopiedAsTheyStand) {
   message.documentKind = DocumentText;
   Set(message.to, std::string_view("<a>&\0b\0", 7));
   Set(message.body, "Body");
-  ASSERT_EQ(RenderEmlMessage(message), 1);
+  ASSERT_EQ(RenderEmlMessage(message), StatusOk);
   EXPECT_EQ(Bytes(message.body), "To:     \t" + std::string("<a>&\0b", 6) + "\r\n\r\nBody");
 }
 
@@ -64,7 +64,7 @@ TEST(EmlText, EmptyFieldsHaveNoRow) {
   SetTerminated(message.cc, "");
   Set(message.subject, "");
   Set(message.body, "Body");
-  ASSERT_EQ(RenderEmlMessage(message), 1);
+  ASSERT_EQ(RenderEmlMessage(message), StatusOk);
   EXPECT_EQ(Bytes(message.body), kToBob + "Body");
 }
 
@@ -74,7 +74,7 @@ TEST(EmlText, WithoutFromToDateAndCcThereIsNoBlock) {
   SetTerminated(message.bcc, "Di");
   SetTerminated(message.subject, "Hello");
   SetTerminated(message.body, "Body");
-  EXPECT_EQ(RenderEmlMessage(message), 1);
+  EXPECT_EQ(RenderEmlMessage(message), StatusOk);
   EXPECT_EQ(Bytes(message.body), Terminated("Body"));
 }
 
@@ -110,7 +110,7 @@ TEST(EmlText, AnAbsentBodyBecomesTheBlock) {
   EmlMessage message;
   message.documentKind = DocumentText;
   SetTerminated(message.to, "Bob");
-  ASSERT_EQ(RenderEmlMessage(message), 1);
+  ASSERT_EQ(RenderEmlMessage(message), StatusOk);
   EXPECT_EQ(Bytes(message.body), kToBob);
 }
 
@@ -127,7 +127,7 @@ TEST(EmlTextFailure, WithoutMemoryTheBodyStays) {
     SetTerminated(message.body, "Body");
     const char* const block = message.body.data();
     const Status rendered = faulted([&] { return RenderEmlMessage(message); });
-    EXPECT_EQ(rendered, faulted.isReached() ? -1 : 1);
+    EXPECT_EQ(rendered, faulted.isReached() ? StatusOutOfMemory : StatusOk);
     if (!faulted.isReached()) return;
     EXPECT_EQ(message.body.data(), block);
     EXPECT_EQ(Bytes(message.body), Terminated("Body"));

@@ -183,7 +183,7 @@ TEST(HeaderLabels, OtherRowNumbersAreUnknown) {
 
 std::string Importance(int32_t importance) {
   SizedBytes text;
-  EXPECT_EQ(ImportanceText(importance, text), 1);
+  EXPECT_EQ(ImportanceText(importance, text), StatusOk);
   return std::string(text.view());
 }
 
@@ -203,7 +203,7 @@ TEST(ImportanceText, TheWordIsThatOfTheLanguage) {
 TEST(ImportanceText, AnyOtherValueAppendsNothing) {
   for (const int32_t importance : {1, 3, -1, INT32_MIN, INT32_MAX}) {
     SizedBytes text;
-    EXPECT_EQ(ImportanceText(importance, text), 1);
+    EXPECT_EQ(ImportanceText(importance, text), StatusOk);
     EXPECT_EQ(text.data(), nullptr);
     EXPECT_EQ(text.length(), 0u);
   }
@@ -211,15 +211,15 @@ TEST(ImportanceText, AnyOtherValueAppendsNothing) {
 
 TEST(ImportanceText, TheWordGoesBehindTheText) {
   SizedBytes text;
-  ASSERT_EQ(ImportanceText(2, text), 1);
-  ASSERT_EQ(ImportanceText(0, text), 1);
+  ASSERT_EQ(ImportanceText(2, text), StatusOk);
+  ASSERT_EQ(ImportanceText(0, text), StatusOk);
   EXPECT_EQ(text.view(), std::string("HighLow\0", 8));
 }
 
 TEST(ImportanceText, WithoutMemory) {
   SizedBytes text;
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
-  EXPECT_EQ(ImportanceText(2, text), -1);
+  EXPECT_EQ(ImportanceText(2, text), StatusOutOfMemory);
   EXPECT_EQ(text.data(), nullptr);
   EXPECT_EQ(text.length(), 0u);
 }

@@ -19,7 +19,7 @@ using test::Terminated;
 const std::string kGermanBlock = HtmlBlock(MailHtmlRow("Priorit\xC3\xA4t: ", "Niedrig"));
 const std::string kEnglishBlock = HtmlBlock(MailHtmlRow("Importance:", "Niedrig"));
 
-int32_t RenderUnderLabel(MailMessage& message, uint32_t language, std::string_view body) {
+Status RenderUnderLabel(MailMessage& message, uint32_t language, std::string_view body) {
   PlainKernelSetLanguage(language);
   SetTerminated(message.importance, "Niedrig");
   Set(message.body, body);
@@ -28,13 +28,13 @@ int32_t RenderUnderLabel(MailMessage& message, uint32_t language, std::string_vi
 
 std::string RenderInGerman(std::string_view body) {
   MailMessage message;
-  EXPECT_EQ(RenderUnderLabel(message, 0x0407, body), 1);
+  EXPECT_EQ(RenderUnderLabel(message, 0x0407, body), StatusOk);
   return Bytes(message.body);
 }
 
 std::string RenderInEnglish(std::string_view body) {
   MailMessage message;
-  EXPECT_EQ(RenderUnderLabel(message, 0x0409, body), 1);
+  EXPECT_EQ(RenderUnderLabel(message, 0x0409, body), StatusOk);
   return Bytes(message.body);
 }
 
@@ -55,7 +55,7 @@ TEST(HtmlCharset, AValueBeyondAsciiAlignsAsWell) {
   SetTerminated(message.importance, "Niedrig");
   SetTerminated(message.bcc, "\xC3\xA9");
   Set(message.body, "<meta charset=iso-8859-1><body>\xFC");
-  ASSERT_EQ(RenderMailMessage(&message, DocumentHtml), 1);
+  ASSERT_EQ(RenderMailMessage(&message, DocumentHtml), StatusOk);
   EXPECT_TRUE(Bytes(message.body).starts_with("<meta charset=UTF-8><body><table "));
   EXPECT_TRUE(Bytes(message.body).ends_with(Terminated("\r\n\xC3\xBC")));
 }
@@ -65,7 +65,7 @@ TEST(HtmlCharset, ADeleteCharacterIsAscii) {
   SetTerminated(message.importance, "Niedrig");
   SetTerminated(message.bcc, "\x7F");
   Set(message.body, "<meta charset=iso-8859-1><body>\xFC");
-  ASSERT_EQ(RenderMailMessage(&message, DocumentHtml), 1);
+  ASSERT_EQ(RenderMailMessage(&message, DocumentHtml), StatusOk);
   EXPECT_TRUE(Bytes(message.body).starts_with("<meta charset=iso-8859-1><body><table "));
   EXPECT_TRUE(Bytes(message.body).ends_with(Terminated("\r\n\xFC")));
 }
@@ -111,13 +111,14 @@ TEST(HtmlCharset, AnEmptyBodyHasNothingToAlign) {
   MailMessage message;
   PlainKernelSetLanguage(0x0407);
   SetTerminated(message.importance, "Niedrig");
-  ASSERT_EQ(RenderMailMessage(&message, DocumentHtml), 1);
+  ASSERT_EQ(RenderMailMessage(&message, DocumentHtml), StatusOk);
   EXPECT_EQ(Bytes(message.body), Terminated(kGermanBlock));
 }
 
 TEST(HtmlCharset, AConversionStaysWhenTheBodyTagNeverEnds) {
   MailMessage message;
-  EXPECT_EQ(RenderUnderLabel(message, 0x0407, "<meta charset=windows-1252>\xFC<body"), -9);
+  EXPECT_EQ(RenderUnderLabel(message, 0x0407, "<meta charset=windows-1252>\xFC<body"),
+            StatusNotSupported);
   EXPECT_EQ(Bytes(message.body), "<meta charset=UTF-8>\xC3\xBC<body");
 }
 
@@ -127,7 +128,7 @@ TEST(HtmlCharset, AFailedConversionIsTheResult) {
   SetTerminated(message.importance, "Niedrig");
   Set(message.body, "<meta charset=windows-1252>\xFC");
   PlainKernelFailAt(PlainKernelFaultText, 1);
-  EXPECT_EQ(RenderMailMessage(&message, DocumentHtml), -1851);
+  EXPECT_EQ(RenderMailMessage(&message, DocumentHtml), StatusPathToUtf8Failed);
 }
 
 TEST(HtmlCharset, WithoutMemoryTheResultIsAFailure) {
@@ -137,7 +138,9 @@ TEST(HtmlCharset, WithoutMemoryTheResultIsAFailure) {
     SetTerminated(message.importance, "Niedrig");
     Set(message.body, "<meta charset=windows-1252>\xFC");
     const Status rendered = faulted([&] { return RenderMailMessage(&message, DocumentHtml); });
-    EXPECT_TRUE(faulted.isReached() ? rendered == -1 || rendered == 0 : rendered == 1) << rendered;
+    EXPECT_EQ(rendered.ok(), !faulted.isReached());
+    EXPECT_TRUE(rendered.ok() || rendered == StatusOutOfMemory || rendered == StatusFailed)
+        << rendered.code();
   };
   EXPECT_GE(test::SweepFaults(PlainKernelFaultMemory, round, test::FaultKinds::OneAndFrom), 3u);
 }

@@ -19,7 +19,7 @@ using test::Terminated;
 
 // The document of a message with the given subject, or that of a message set up by hand.
 std::string Render(MailMessage& message) {
-  EXPECT_EQ(RenderMailMessage(&message, DocumentHtml), 1);
+  EXPECT_EQ(RenderMailMessage(&message, DocumentHtml), StatusOk);
   return Bytes(message.body);
 }
 
@@ -197,7 +197,7 @@ TEST(MailHtmlSplice, ABodyTagThatNeverEndsIsRefused) {
   SetTerminated(message.subject, "Hi");
   SetTerminated(message.body, "<p><body bgcolor");
   const char* const block = message.body.data();
-  EXPECT_EQ(RenderMailMessage(&message, DocumentHtml), -9);
+  EXPECT_EQ(RenderMailMessage(&message, DocumentHtml), StatusNotSupported);
   EXPECT_EQ(message.body.data(), block);
   EXPECT_EQ(Bytes(message.body), Terminated("<p><body bgcolor"));
 }
@@ -221,7 +221,7 @@ TEST(MailHtmlSplice, TheNewTextIsOneBlockOfItsSize) {
   SetTerminated(message.subject, "Hi");
   SetTerminated(message.body, body);
   const uint64_t calls = test::AllocationCalls();
-  ASSERT_EQ(RenderMailMessage(&message, DocumentHtml), 1);
+  ASSERT_EQ(RenderMailMessage(&message, DocumentHtml), StatusOk);
   EXPECT_EQ(test::AllocationCalls(), calls + 2);  // the block and the text
   EXPECT_EQ(Bytes(message.body), Terminated(kSubjectHi + body));
 }
@@ -229,8 +229,8 @@ TEST(MailHtmlSplice, TheNewTextIsOneBlockOfItsSize) {
 // Kinds -----------------------------------------------------------------------------------------
 
 TEST(RenderMailMessage, ANullMessage) {
-  EXPECT_EQ(RenderMailMessage(nullptr, DocumentHtml), 0);
-  EXPECT_EQ(RenderMailMessage(nullptr, DocumentNone), 0);
+  EXPECT_EQ(RenderMailMessage(nullptr, DocumentHtml), StatusFailed);
+  EXPECT_EQ(RenderMailMessage(nullptr, DocumentNone), StatusFailed);
 }
 
 TEST(RenderMailMessage, NoKindDoesNothing) {
@@ -247,7 +247,7 @@ TEST(RenderMailMessage, HtmlLeavesTheTextAlone) {
   MailMessage message;
   SetAllFields(message);
   Set(message.text, "text");
-  EXPECT_EQ(RenderMailMessage(&message, DocumentHtml), 1);
+  EXPECT_EQ(RenderMailMessage(&message, DocumentHtml), StatusOk);
   EXPECT_EQ(Bytes(message.text), "text");
 }
 
@@ -261,7 +261,7 @@ TEST(MailHtmlFailure, WithoutMemoryTheBodyStays) {
     SetTerminated(message.body, "<body>x");
     const char* const block = message.body.data();
     const Status rendered = faulted([&] { return RenderMailMessage(&message, DocumentHtml); });
-    EXPECT_EQ(rendered, faulted.isReached() ? -1 : 1);
+    EXPECT_EQ(rendered, faulted.isReached() ? StatusOutOfMemory : StatusOk);
     if (!faulted.isReached()) return;
     EXPECT_EQ(message.body.data(), block);
     EXPECT_EQ(Bytes(message.body), Terminated("<body>x"));
@@ -274,7 +274,7 @@ TEST(MailHtmlFailure, ARefusedBudgetLeavesTheBody) {
   SetTerminated(message.subject, "Hi");
   SetTerminated(message.body, std::string(8000000, 'x'));
   PlainKernelSetMemoryBudget(8000000);
-  EXPECT_EQ(RenderMailMessage(&message, DocumentHtml), -1);
+  EXPECT_EQ(RenderMailMessage(&message, DocumentHtml), StatusOutOfMemory);
   EXPECT_EQ(message.body.length(), 8000001u);
 }
 
@@ -284,7 +284,7 @@ TEST(MailHtmlFailure, ABlockBeyondTheBudget) {
   SetTerminated(message.subject, "Hi");
   SetTerminated(message.body, "x");
   PlainKernelSetMemoryBudget(8000000);
-  EXPECT_EQ(RenderMailMessage(&message, DocumentHtml), -1);
+  EXPECT_EQ(RenderMailMessage(&message, DocumentHtml), StatusOutOfMemory);
   EXPECT_EQ(Bytes(message.body), Terminated("x"));
 }
 
@@ -293,7 +293,7 @@ TEST(MailHtml, ADocumentBeyondTheReportingThresholdIsGivenBack) {
   SetTerminated(message.subject, "Hi");
   const std::string body(8000000, 'x');
   SetTerminated(message.body, body);
-  ASSERT_EQ(RenderMailMessage(&message, DocumentHtml), 1);
+  ASSERT_EQ(RenderMailMessage(&message, DocumentHtml), StatusOk);
   PlainKernelUsageRecord usage = {};
   PlainKernelUsage(&usage);
   EXPECT_EQ(usage.reportedBytes, 0u);

@@ -27,7 +27,7 @@ const std::string kKanjiRtf = R"(\f1 \'8d\'b7\f0 )";
 const std::string kKanjiFont = R"({\f1 \swiss \fcharset128 MS Gothic})";
 
 std::string Render(MailMessage& message) {
-  EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), 1);
+  EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), StatusOk);
   return Bytes(message.body);
 }
 
@@ -288,7 +288,7 @@ std::string AppendRow(HeaderRow row, std::string_view text = "x") {
   MailMessage message;
   SetTerminated(message.fromAddress, "a@b");
   SetTerminated(message.to, text);
-  EXPECT_EQ(AppendRtfHeaderRow(render, &message, &message.to, row), 1);
+  EXPECT_EQ(AppendRtfHeaderRow(render, &message, &message.to, row), StatusOk);
   return std::string(render.output.data(), render.output.length());
 }
 
@@ -307,10 +307,10 @@ TEST(AppendRtfHeaderRow, RowsFollowEachOther) {
   MailMessage message;
   SetTerminated(message.to, "x");
   SetTerminated(message.cc, "");
-  EXPECT_EQ(AppendRtfHeaderRow(render, &message, &message.to, HeaderRowTo), 1);
-  EXPECT_EQ(AppendRtfHeaderRow(render, &message, &message.cc, HeaderRowCc), 1);
-  EXPECT_EQ(AppendRtfHeaderRow(render, &message, &message.bcc, HeaderRowBcc), 1);
-  EXPECT_EQ(AppendRtfHeaderRow(render, &message, &message.to, HeaderRowSubject), 1);
+  EXPECT_EQ(AppendRtfHeaderRow(render, &message, &message.to, HeaderRowTo), StatusOk);
+  EXPECT_EQ(AppendRtfHeaderRow(render, &message, &message.cc, HeaderRowCc), StatusOk);
+  EXPECT_EQ(AppendRtfHeaderRow(render, &message, &message.bcc, HeaderRowBcc), StatusOk);
+  EXPECT_EQ(AppendRtfHeaderRow(render, &message, &message.to, HeaderRowSubject), StatusOk);
   EXPECT_EQ(std::string(render.output.data(), render.output.length()),
             MailRtfRow("To:        ", "x") + MailRtfRow("Subject:   ", "x"));
 }
@@ -319,8 +319,8 @@ TEST(AppendRtfHeaderRow, RefusesWhatIsNotThere) {
   RtfRender render;
   MailMessage message;
   SetTerminated(message.to, "x");
-  EXPECT_EQ(AppendRtfHeaderRow(render, nullptr, &message.to, HeaderRowTo), -814);
-  EXPECT_EQ(AppendRtfHeaderRow(render, &message, nullptr, HeaderRowTo), -814);
+  EXPECT_EQ(AppendRtfHeaderRow(render, nullptr, &message.to, HeaderRowTo), StatusNullArgument);
+  EXPECT_EQ(AppendRtfHeaderRow(render, &message, nullptr, HeaderRowTo), StatusNullArgument);
   EXPECT_EQ(render.output.length(), 0u);
 }
 
@@ -329,7 +329,7 @@ TEST(AppendRtfHeaderRow, WithoutMemory) {
   MailMessage message;
   SetTerminated(message.to, "x");
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
-  EXPECT_EQ(AppendRtfHeaderRow(render, &message, &message.to, HeaderRowTo), -1);
+  EXPECT_EQ(AppendRtfHeaderRow(render, &message, &message.to, HeaderRowTo), StatusOutOfMemory);
 }
 
 // A text beyond ASCII that finds no room is not left out of a row that stays.
@@ -341,7 +341,7 @@ TEST(AppendRtfHeaderRow, BeyondTheBudget) {
   MailMessage message;
   SetTerminated(message.to, text);
   PlainKernelSetMemoryBudget(2000);
-  EXPECT_EQ(AppendRtfHeaderRow(render, &message, &message.to, HeaderRowTo), -1);
+  EXPECT_EQ(AppendRtfHeaderRow(render, &message, &message.to, HeaderRowTo), StatusOutOfMemory);
 }
 
 }  // namespace

@@ -30,19 +30,19 @@ TEST(MailRtfFailure, ABodyThatIsNoRtf) {
        {std::string_view("{\\rtf1\\pard Hi}"), std::string_view(""), std::string_view("\0", 1)}) {
     Set(message.body, body);
     const char* const block = message.body.data();
-    EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), -9);
+    EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), StatusNotSupported);
     EXPECT_EQ(message.body.data(), block);
     EXPECT_EQ(Bytes(message.body), body);
   }
   message.body.release();
-  EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), -9);
+  EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), StatusNotSupported);
 }
 
 // The table is asked for before the rows.
 TEST(MailRtfFailure, ABodyThatIsNoRtfUnderNoRows) {
   MailMessage message;
   Set(message.body, "Hi");
-  EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), -9);
+  EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), StatusNotSupported);
   EXPECT_EQ(Bytes(message.body), "Hi");
 }
 
@@ -51,13 +51,13 @@ TEST(MailRtfFailure, ADamagedTable) {
   MailMessage message;
   SetTerminated(message.to, "Bob");
   Set(message.body, body);
-  EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), -9);
+  EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), StatusNotSupported);
   EXPECT_EQ(Bytes(message.body), body);
   // A NUL that the length counts is the second byte after the backslash.
   Set(message.body, body + "x");
-  EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), -9);
+  EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), StatusNotSupported);
   SetTerminated(message.body, body + "x");
-  EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), 1);
+  EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), StatusOk);
 }
 
 // Behind a letter beyond ASCII a NUL cannot be written.
@@ -66,7 +66,7 @@ TEST(MailRtfFailure, AValueThatCannotBeWritten) {
   SetTerminated(message.from, "Ann");
   Set(message.subject, std::string_view("\xC3\xA9\0x", 4));
   Set(message.body, kBody);
-  EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), -13);
+  EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), StatusBadArgument);
   EXPECT_EQ(Bytes(message.body), kBody);
 }
 
@@ -77,7 +77,7 @@ TEST(MailRtfFailure, WithoutMemoryTheBodyStays) {
     Set(message.body, kBody);
     const char* const block = message.body.data();
     const Status rendered = faulted([&] { return RenderMailMessage(&message, DocumentRtf); });
-    EXPECT_EQ(rendered, faulted.isReached() ? -1 : 1);
+    EXPECT_EQ(rendered, faulted.isReached() ? StatusOutOfMemory : StatusOk);
     if (!faulted.isReached()) return;
     EXPECT_EQ(message.body.data(), block);
     EXPECT_EQ(Bytes(message.body), kBody);
@@ -100,14 +100,15 @@ TEST(MailRtfFailure, WithoutMemoryForAFont) {
     fill(message);
     const Status rendered = faulted([&] { return RenderMailMessage(&message, DocumentRtf); });
     if (!faulted.isReached()) {
-      EXPECT_EQ(rendered, 1);
+      EXPECT_EQ(rendered, StatusOk);
     }
-    if (rendered == 1) {
+    if (rendered == StatusOk) {
       EXPECT_TRUE(Bytes(message.body).ends_with(Terminated(kSeparator + kTail)));
       return;
     }
     ++failures;
-    EXPECT_LT(rendered, 0);
+    EXPECT_TRUE(rendered.failed());
+    EXPECT_NE(rendered, StatusFailed);
     EXPECT_EQ(Bytes(message.body), kBody);
   };
   test::SweepFaults(PlainKernelFaultMemory, round);
@@ -119,7 +120,7 @@ TEST(MailRtfFailure, ABlockBeyondTheBudget) {
   SetTerminated(message.to, std::string(8000000, 'x'));
   Set(message.body, kBody);
   PlainKernelSetMemoryBudget(8000000);
-  EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), -1);
+  EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), StatusOutOfMemory);
   EXPECT_EQ(Bytes(message.body), kBody);
 }
 
@@ -129,7 +130,7 @@ TEST(MailRtfFailure, ABodyBeyondTheBudget) {
   SetTerminated(message.to, "Bob");
   Set(message.body, body);
   PlainKernelSetMemoryBudget(8000000);
-  EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), -1);
+  EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), StatusOutOfMemory);
   EXPECT_EQ(Bytes(message.body), body);
 }
 

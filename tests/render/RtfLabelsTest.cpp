@@ -36,7 +36,7 @@ std::string RenderIn(uint32_t language) {
   }
   Set(message.body,
       R"({\rtf1\ansi\ansicpg1252\deff0{\fonttbl{\f0\fswiss\fcharset0 Arial;}}\pard Hi})");
-  EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), 1);
+  EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), StatusOk);
   return Bytes(message.body);
 }
 

@@ -28,7 +28,7 @@ struct GrownTable : RtfFontTable {
 std::string Splice(std::string_view body, const RtfFontTable& fonts = RtfFontTable()) {
   SizedBytes text;
   Set(text, body);
-  EXPECT_EQ(SpliceRtfBlock(text, fonts, "ROWS"), 1);
+  EXPECT_EQ(SpliceRtfBlock(text, fonts, "ROWS"), StatusOk);
   return Bytes(text);
 }
 
@@ -67,7 +67,7 @@ TEST(RtfSplice, WithoutAParagraphTheBodyStays) {
     SizedBytes text;
     Set(text, body);
     const char* const block = text.data();
-    EXPECT_EQ(SpliceRtfBlock(text, GrownTable(1, 2, "TABLE"), "ROWS"), 1);
+    EXPECT_EQ(SpliceRtfBlock(text, GrownTable(1, 2, "TABLE"), "ROWS"), StatusOk);
     EXPECT_EQ(text.data(), block);
     EXPECT_EQ(Bytes(text), body);
   }
@@ -115,10 +115,10 @@ TEST(RtfSpliceTable, AParagraphInFrontOfTheTable) {
 
 TEST(RtfSpliceFailure, ABodyOfNoBytes) {
   SizedBytes absent;
-  EXPECT_EQ(SpliceRtfBlock(absent, RtfFontTable(), "ROWS"), -74);
+  EXPECT_EQ(SpliceRtfBlock(absent, RtfFontTable(), "ROWS"), StatusTimeFailed);
   SizedBytes empty;
   Set(empty, "");
-  EXPECT_EQ(SpliceRtfBlock(empty, RtfFontTable(), "ROWS"), -74);
+  EXPECT_EQ(SpliceRtfBlock(empty, RtfFontTable(), "ROWS"), StatusTimeFailed);
   EXPECT_EQ(empty.length(), 0u);
 }
 
@@ -127,7 +127,7 @@ TEST(RtfSpliceFailure, WithoutMemoryTheBodyStays) {
   Set(body, "a\\pard");
   const char* const block = body.data();
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
-  EXPECT_EQ(SpliceRtfBlock(body, RtfFontTable(), "ROWS"), -1);
+  EXPECT_EQ(SpliceRtfBlock(body, RtfFontTable(), "ROWS"), StatusOutOfMemory);
   PlainKernelFailAt(PlainKernelFaultMemory, 0);
   EXPECT_EQ(body.data(), block);
   EXPECT_EQ(Bytes(body), "a\\pard");
@@ -138,7 +138,7 @@ TEST(RtfSpliceFailure, BeyondTheBudgetTheBodyStays) {
   SizedBytes body;
   Set(body, document);
   PlainKernelSetMemoryBudget(8000000);
-  EXPECT_EQ(SpliceRtfBlock(body, RtfFontTable(), "ROWS"), -1);
+  EXPECT_EQ(SpliceRtfBlock(body, RtfFontTable(), "ROWS"), StatusOutOfMemory);
   EXPECT_EQ(Bytes(body), document);
 }
 
@@ -149,16 +149,16 @@ TEST(RtfSplice, TheNewTextIsBudgetedWithAStepOf1024Bytes) {
   SizedBytes body;
   Set(body, document);
   PlainKernelSetMemoryBudget(budget - 1);
-  EXPECT_EQ(SpliceRtfBlock(body, RtfFontTable(), "ROWS"), -1);
+  EXPECT_EQ(SpliceRtfBlock(body, RtfFontTable(), "ROWS"), StatusOutOfMemory);
   PlainKernelSetMemoryBudget(budget);
-  EXPECT_EQ(SpliceRtfBlock(body, RtfFontTable(), "ROWS"), 1);
+  EXPECT_EQ(SpliceRtfBlock(body, RtfFontTable(), "ROWS"), StatusOk);
 }
 
 TEST(RtfSplice, TheNewTextIsOneBlock) {
   SizedBytes body;
   Set(body, "a\\pard" + std::string(100000, 'x'));
   const uint64_t calls = test::AllocationCalls();
-  ASSERT_EQ(SpliceRtfBlock(body, RtfFontTable(), "ROWS"), 1);
+  ASSERT_EQ(SpliceRtfBlock(body, RtfFontTable(), "ROWS"), StatusOk);
   EXPECT_EQ(test::AllocationCalls(), calls + 1);
 }
 
@@ -169,7 +169,7 @@ TEST(EmlRtfSplice, TheSeparatorComesBehindTheBlock) {
   Set(body, "a\\pard b");
   SizedBytes block;
   SetTerminated(block, "BLOCK");
-  ASSERT_EQ(SpliceEmlRtf(body, std::move(block)), 1);
+  ASSERT_EQ(SpliceEmlRtf(body, std::move(block)), StatusOk);
   EXPECT_EQ(Bytes(body), Terminated("aBLOCK" + kSeparator + "\\pard b"));
 }
 
@@ -177,11 +177,11 @@ TEST(EmlRtfSplice, FailuresTakeTheBlockToo) {
   SizedBytes body;
   SizedBytes block;
   Set(block, "BLOCK");
-  EXPECT_EQ(SpliceEmlRtf(body, std::move(block)), -74);
+  EXPECT_EQ(SpliceEmlRtf(body, std::move(block)), StatusTimeFailed);
   Set(body, "a");
   SizedBytes another;
   Set(another, "BLOCK");
-  EXPECT_EQ(SpliceEmlRtf(body, std::move(another)), 1);
+  EXPECT_EQ(SpliceEmlRtf(body, std::move(another)), StatusOk);
   EXPECT_EQ(Bytes(body), "a");
 }
 

@@ -14,7 +14,7 @@ class SentText : public ::testing::Test {
   // The text of a time, without its terminating NUL, which has to be there.
   static std::string Format(int64_t fileTime) {
     SizedBytes text;
-    EXPECT_EQ(FormatFileTime(fileTime, text), 1);
+    EXPECT_EQ(FormatFileTime(fileTime, text), StatusOk);
     EXPECT_EQ(text.view().size(), text.text().size() + 1);
     return std::string(text.text());
   }
@@ -85,15 +85,15 @@ TEST_F(SentText, StaysEnglishInAGermanEnvironment) {
 
 TEST_F(SentText, GoesBehindTheText) {
   SizedBytes text;
-  ASSERT_EQ(AppendTerminated(text, "at "), 1);
-  ASSERT_EQ(FormatFileTime(k1970, text), 1);
+  ASSERT_EQ(text.append("at "), StatusOk);
+  ASSERT_EQ(FormatFileTime(k1970, text), StatusOk);
   EXPECT_EQ(text.view(), std::string("at Thu Jan 01, 1970 12:00 AM\0", 29));
 }
 
 TEST_F(SentText, WithoutMemory) {
   SizedBytes text;
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
-  EXPECT_EQ(FormatFileTime(k1970, text), -1);
+  EXPECT_EQ(FormatFileTime(k1970, text), StatusOutOfMemory);
   EXPECT_EQ(text.data(), nullptr);
   EXPECT_EQ(text.length(), 0u);
 }

@@ -14,7 +14,7 @@ using test::SetTerminated;
 using test::Terminated;
 
 std::string Render(MailMessage& message) {
-  EXPECT_EQ(RenderMailMessage(&message, DocumentText), 1);
+  EXPECT_EQ(RenderMailMessage(&message, DocumentText), StatusOk);
   return Bytes(message.text);
 }
 
@@ -191,11 +191,11 @@ TEST(MailTextFailure, WithoutMemoryTheRowsInPlaceStay) {
     Set(message.text, "Body");
     const Status rendered = faulted([&] { return RenderMailMessage(&message, DocumentText); });
     if (!faulted.isReached()) {
-      EXPECT_EQ(rendered, 1);
+      EXPECT_EQ(rendered, StatusOk);
       EXPECT_EQ(Bytes(message.text), rows[0]);
       return;
     }
-    EXPECT_EQ(rendered, -1);
+    EXPECT_EQ(rendered, StatusOutOfMemory);
     while (seen > 1 && Bytes(message.text) != rows[seen]) --seen;
     EXPECT_EQ(Bytes(message.text), rows[seen]);
   };
@@ -208,7 +208,7 @@ TEST(MailTextFailure, ARefusedBudgetLeavesTheText) {
   SetTerminated(message.to, "Bob");
   Set(message.text, std::string(8000000, 'x'));
   PlainKernelSetMemoryBudget(8000000);
-  EXPECT_EQ(RenderMailMessage(&message, DocumentText), -1);
+  EXPECT_EQ(RenderMailMessage(&message, DocumentText), StatusOutOfMemory);
   EXPECT_EQ(Bytes(message.text), std::string(8000000, 'x'));
 }
 

@@ -59,7 +59,7 @@ struct Delivery {
     EXPECT_EQ(data.append(bytes.data(), bytes.size()), StatusOk);
   }
 
-  int32_t run() { return DeliverAttachment(&context, &data, u"name", nullptr); }
+  Status run() { return DeliverAttachment(&context, &data, u"name", nullptr); }
 
   TrackedBuffer<char> data;
   ExtractAttachmentContext context = {};

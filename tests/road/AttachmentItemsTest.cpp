@@ -140,7 +140,7 @@ TEST(AttachmentItems, ReleasesTheItemWithoutMemory) {
     PropertyList properties;
     Add(properties, u"Content-Description:", u"A table");
     Add(properties, u"other", u"x");
-    const int32_t status =
+    const Status status =
         faulted([&] { return AddAttachmentItem(&items.list, &data, u"name", &properties); });
     // The third allocation gives back slack, and the block stays as it is when that fails.
     const bool fails = faulted.isReached() && faulted.ordinal() != 3;

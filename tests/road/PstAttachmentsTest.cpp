@@ -75,7 +75,7 @@ TEST_F(PstAttachments, GivesBytesNamesAndPropertiesInRowOrder) {
         .contentId(u"not looked at")
         .created(116444736000000000 + 10000000ULL * 1234567890)
         .modified(116444736000000000);
-    ASSERT_EQ(all(), 1);
+    ASSERT_EQ(all(), StatusOk);
     ASSERT_EQ(seen().size(), 2u);
     EXPECT_EQ(seen()[0].bytes, "first");
     EXPECT_EQ(seen()[0].name, u"a \u20AC.txt");
@@ -94,7 +94,7 @@ TEST_F(PstAttachments, CutsValuesButNotTheName) {
   const std::u16string longName(200, u'n');
   const std::u16string longTag(128, u't');
   message().attach().longName(longName).data("x").mimeTag(longTag);
-  ASSERT_EQ(all(), 1);
+  ASSERT_EQ(all(), StatusOk);
   EXPECT_EQ(seen().at(0).name, longName);
   EXPECT_EQ(seen()[0].properties.at(0).second, std::u16string(127, u'n'));
   EXPECT_EQ(seen()[0].properties.at(1).second, std::u16string(127, u't'));
@@ -106,7 +106,7 @@ TEST_F(PstAttachments, EndsNamesAndValuesAtTheirFirstNul) {
       .longName(std::u16string_view(u"a\0b", 3))
       .data("x")
       .mimeTag(std::u16string_view(u"\0t", 2));
-  ASSERT_EQ(all(), 1);
+  ASSERT_EQ(all(), StatusOk);
   EXPECT_EQ(seen().at(0).name, u"a");
   ASSERT_EQ(seen()[0].properties.size(), 2u);
   EXPECT_EQ(seen()[0].properties[0].second, u"a");
@@ -116,7 +116,7 @@ TEST_F(PstAttachments, EndsNamesAndValuesAtTheirFirstNul) {
 
 TEST_F(PstAttachments, LeavesOutEmptyStrings) {
   message().attach().longName(u"").mimeTag(u"").data("x");
-  ASSERT_EQ(all(), 1);
+  ASSERT_EQ(all(), StatusOk);
   EXPECT_EQ(seen().at(0).name, u"");
   EXPECT_TRUE(seen()[0].properties.empty());
 }
@@ -129,7 +129,7 @@ TEST_F(PstAttachments, LeavesOutStringsOfOneNul) {
     MessageBuilder& m = message();
     m.attach().longName(nuls.substr(1)).mimeTag(nuls.substr(1)).data("x");
     m.attach().longName(u"a").mimeTag(nuls).data("y");
-    ASSERT_EQ(all(), 1);
+    ASSERT_EQ(all(), StatusOk);
     ASSERT_EQ(seen().size(), 2u);
     EXPECT_EQ(seen()[0].name, u"");
     EXPECT_TRUE(seen()[0].properties.empty());
@@ -142,7 +142,7 @@ TEST_F(PstAttachments, LeavesOutStringsOfOneNul) {
 TEST_F(PstAttachments, LeavesTheBytesWhenOnlyTheListIsWanted) {
   // Not even the method is needed then, nor the bytes.
   message().attach().longName(u"a");
-  ASSERT_EQ(all(1), 1);
+  ASSERT_EQ(all(true), StatusOk);
   ASSERT_EQ(seen().size(), 1u);
   EXPECT_FALSE(seen()[0].hasBlock);
   EXPECT_EQ(seen()[0].bytes, "");
@@ -152,11 +152,11 @@ TEST_F(PstAttachments, EndsSilentlyWithoutMethodOrBytes) {
   MessageBuilder& m = message();
   m.attach().longName(u"a").data("x").without(kPropAttachMethod);
   m.attach().longName(u"b").data("y");
-  EXPECT_EQ(all(), 1);
+  EXPECT_EQ(all(), StatusOk);
   EXPECT_TRUE(seen().empty());
   use(PstLayout::Unicode);
   message().attach().longName(u"a").method(1);
-  EXPECT_EQ(all(), 1);
+  EXPECT_EQ(all(), StatusOk);
   EXPECT_TRUE(seen().empty());
 }
 
@@ -166,7 +166,7 @@ TEST_F(PstAttachments, GivesTheRawBytesOfAnEmbeddedMessage) {
     AttachmentBuilder& attachment = message().attach().longName(u"m").method(5);
     attachment.properties().object(kPropAttachData, 0x200024, 0x11);
     attachment.properties().subnode(0x200024, MessageBuilder(layout, {}, 0x200024).build());
-    ASSERT_EQ(all(), 1);
+    ASSERT_EQ(all(), StatusOk);
     ASSERT_EQ(seen().size(), 1u);
     EXPECT_EQ(seen()[0].bytes, std::string("\x24\x00\x20\x00\x11\x00\x00\x00", 8));
   }
@@ -177,27 +177,27 @@ TEST_F(PstAttachments, EndsSilentlyAtAnEmbeddedMessageThatCannotBeOpened) {
   m.attach().longName(u"a").data("x");
   m.attach().longName(u"missing").method(5).properties().object(kPropAttachData, 0x200024, 8);
   m.attach().longName(u"behind").data("y");
-  EXPECT_EQ(all(), 1);
+  EXPECT_EQ(all(), StatusOk);
   ASSERT_EQ(seen().size(), 1u);
   EXPECT_EQ(seen()[0].name, u"a");
 
   use(PstLayout::Unicode);
   message().attach().longName(u"short").method(5).property(kPropAttachData, kTypeObject, "abc");
-  EXPECT_EQ(all(), 1);
+  EXPECT_EQ(all(), StatusOk);
   EXPECT_TRUE(seen().empty());
 
   use(PstLayout::Unicode);
   AttachmentBuilder& noBag = message().attach().longName(u"no bag").method(5);
   noBag.properties().object(kPropAttachData, 0x200024, 8);
   noBag.properties().subnode(0x200024, PstNodeParts::OfPages({std::string(50, 'x')}));
-  EXPECT_EQ(all(), 1);
+  EXPECT_EQ(all(), StatusOk);
   EXPECT_TRUE(seen().empty());
 }
 
 // Of method 5 only the list is wanted: the message is not opened.
 TEST_F(PstAttachments, ListsAnEmbeddedMessageUnopened) {
   message().attach().longName(u"m").method(5).properties().object(kPropAttachData, 0x200024, 8);
-  EXPECT_EQ(all(1), 1);
+  EXPECT_EQ(all(true), StatusOk);
   EXPECT_EQ(seen().size(), 1u);
 }
 
@@ -207,7 +207,7 @@ TEST_F(PstAttachments, CallsBackForTheOneThatIsAskedFor) {
       use(layout);
       MessageBuilder& m = message();
       m.attachment(u"1", "one").attachment(u"2", "two").attachment(u"3", "three");
-      ASSERT_EQ(enumerate(number), 1);
+      ASSERT_EQ(enumerate(number), StatusOk);
       ASSERT_EQ(seen().size(), 1u);
       EXPECT_EQ(seen()[0].name, std::u16string(1, static_cast<char16_t>(u'0' + number)));
     }
@@ -218,7 +218,7 @@ TEST_F(PstAttachments, CallsBackForNoneBeyondTheLast) {
   for (const uint32_t number : {0u, 3u, 0x80000000u, 0xFFFFFFFEu}) {
     use(PstLayout::Unicode);
     message().attachment(u"1", "one").attachment(u"2", "two");
-    EXPECT_EQ(enumerate(number), 1);
+    EXPECT_EQ(enumerate(number), StatusOk);
     EXPECT_TRUE(seen().empty()) << number;
   }
 }
@@ -228,7 +228,7 @@ TEST_F(PstAttachments, PassesOverBrokenAttachmentsThatAreNotAskedFor) {
   MessageBuilder& m = message();
   m.attach().longName(u"gone").withoutNode();
   m.attachment(u"2", "two");
-  ASSERT_EQ(enumerate(2), 1);
+  ASSERT_EQ(enumerate(2), StatusOk);
   ASSERT_EQ(seen().size(), 1u);
   EXPECT_EQ(seen()[0].bytes, "two");
 }
@@ -238,9 +238,9 @@ TEST_F(PstAttachments, EndsSilentlyAtABrokenAttachment) {
   m.attachment(u"1", "one");
   m.attach().longName(u"gone").withoutNode();
   m.attachment(u"3", "three");
-  EXPECT_EQ(all(), 1);
+  EXPECT_EQ(all(), StatusOk);
   EXPECT_EQ(seen().size(), 1u);
-  EXPECT_EQ(enumerate(2), 1);
+  EXPECT_EQ(enumerate(2), StatusOk);
   EXPECT_EQ(seen().size(), 1u);
 }
 
@@ -248,14 +248,14 @@ TEST_F(PstAttachments, EndsSilentlyAtAnAttachmentWithoutAnyName) {
   MessageBuilder& m = message();
   m.attach().data("x");
   m.attachment(u"2", "two");
-  EXPECT_EQ(all(1), 1);
+  EXPECT_EQ(all(true), StatusOk);
   EXPECT_TRUE(seen().empty());
 }
 
 TEST_F(PstAttachments, SkipsTimesOfAnotherSizeAndPrintsEarlyOnesUnsigned) {
   MessageBuilder& m = message();
   m.attach().longName(u"a").created(0).property(kPropLastModificationTime, kTypeBinary, "seven b");
-  ASSERT_EQ(all(1), 1);
+  ASSERT_EQ(all(true), StatusOk);
   ASSERT_EQ(seen().at(0).properties.size(), 2u);
   EXPECT_EQ(seen()[0].properties[1].first, u"MsgCreationTime");
   EXPECT_EQ(seen()[0].properties[1].second, u"18446744062065078016");
@@ -279,7 +279,7 @@ TEST_F(PstAttachments, EndsWhereTheCallbackSays) {
 TEST_F(PstAttachments, EndAtAContentIdThatCannotBeAdded) {
   message().attach().longName(u"a").data("x").mimeTag(u"text/plain");
   PlainKernelFailAt(PlainKernelFaultText, 1);
-  EXPECT_EQ(all(1), 0);
+  EXPECT_EQ(all(true), StatusFailed);
   PlainKernelFailAt(PlainKernelFaultText, 0);
   EXPECT_TRUE(seen().empty());
 }
@@ -287,7 +287,7 @@ TEST_F(PstAttachments, EndAtAContentIdThatCannotBeAdded) {
 TEST_F(PstAttachments, EndAtAMimeTypeThatCannotBeAdded) {
   message().attach().shortName(u"a").data("x").mimeTag(u"text/plain").created(0);
   PlainKernelFailAt(PlainKernelFaultText, 1);
-  EXPECT_EQ(all(1), 0);
+  EXPECT_EQ(all(true), StatusFailed);
   PlainKernelFailAt(PlainKernelFaultText, 0);
   EXPECT_TRUE(seen().empty());
 }
@@ -300,8 +300,8 @@ TEST_F(PstAttachments, EndAtATimeThatCannotBeAdded) {
     MessageBuilder& m = message();
     m.attach().shortName(u"a").data("x").created(0).modified(0);
     m.attach().shortName(u"b").data("y");
-    const int32_t status = faulted([this] { return all(1); });
-    EXPECT_EQ(status, faulted.isReached() ? 0 : 1);
+    const Status status = faulted([this] { return all(true); });
+    EXPECT_EQ(status, faulted.isReached() ? StatusFailed : StatusOk);
     EXPECT_EQ(seen().size(), faulted.isReached() ? 0u : 2u);
   });
   EXPECT_EQ(calls, 4u);
@@ -309,11 +309,11 @@ TEST_F(PstAttachments, EndAtATimeThatCannotBeAdded) {
 
 TEST_F(PstAttachments, NeedsATableAndACallback) {
   message().attachment(u"1", "one").withoutAttachmentTable();
-  EXPECT_EQ(all(), 1);
+  EXPECT_EQ(all(), StatusOk);
   EXPECT_TRUE(seen().empty());
   use(PstLayout::Unicode);
   message().withAttachmentTable();
-  EXPECT_EQ(all(), 1);
+  EXPECT_EQ(all(), StatusOk);
   EXPECT_TRUE(seen().empty());
 
   use(PstLayout::Unicode);
@@ -322,7 +322,7 @@ TEST_F(PstAttachments, NeedsATableAndACallback) {
   const auto folder = pststore::make_folder(pststore::folder_begin(reading.context));
   const pststore::message source = pststore::make_message(
       pststore::message_iterator(pststore::get_contents_table(folder)->begin(), reading.context));
-  EXPECT_EQ(EnumeratePstAttachments(source, {kAllAttachments, 0, nullptr, nullptr}, 0), 1);
+  EXPECT_EQ(EnumeratePstAttachments(source, {kAllAttachments, 0, nullptr, nullptr}, 0), StatusOk);
 }
 
 TEST_F(PstAttachments, LetsABrokenTableThrow) {
@@ -350,7 +350,7 @@ TEST_F(PstAttachments, EndsSilentlyAtMoreThanTheFileCanHold) {
   parts.subnode(0x671, tableParts);
   store_->folder("A").row(0x200024);
   store_->node(0x200024, parts);
-  EXPECT_EQ(all(1), 1);
+  EXPECT_EQ(all(true), StatusOk);
   EXPECT_EQ(seen().size(), 16384 + reading_->fileSize / 12);
 }
 
@@ -364,9 +364,9 @@ TEST_F(PstAttachments, AddsAStringOfTheBag) {
       pststore::make_attachment(pststore::attachment_begin(source));
   PropertyList list;
   uint64_t left = 8;
-  EXPECT_EQ(AddAttachmentPropertyFromBag(list, "n", attachment, 0x3704, left), 1);
+  EXPECT_EQ(AddAttachmentPropertyFromBag(list, "n", attachment, 0x3704, left), StatusOk);
   EXPECT_EQ(list.length(), 0u);
-  EXPECT_EQ(AddAttachmentPropertyFromBag(list, "n", attachment, 0x3707, left), 1);
+  EXPECT_EQ(AddAttachmentPropertyFromBag(list, "n", attachment, 0x3707, left), StatusOk);
   ASSERT_EQ(list.length(), 1u);
   EXPECT_EQ(std::u16string(list.data()[0].name), u"n");
   EXPECT_EQ(std::u16string(list.data()[0].value), u"name");
@@ -375,7 +375,7 @@ TEST_F(PstAttachments, AddsAStringOfTheBag) {
                pststore::database_corrupt);
   left = 100;
   PlainKernelFailAt(PlainKernelFaultText, 1);
-  EXPECT_EQ(AddAttachmentPropertyFromBag(list, "n", attachment, 0x3707, left), 0);
+  EXPECT_EQ(AddAttachmentPropertyFromBag(list, "n", attachment, 0x3707, left), StatusFailed);
   EXPECT_EQ(list.length(), 1u);
 }
 

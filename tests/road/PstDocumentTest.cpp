@@ -44,19 +44,19 @@ TEST_F(PstDocument, PutsHtmlBetweenTagsWhateverItContains) {
   for (const PstLayout layout : kBothLayouts) {
     StoreBuilder store(SmallStore(layout));
     store.folder("A").message().subject(u"Hi").html("<html><body>x</body></html>");
-    ASSERT_EQ(read(store), 1);
+    ASSERT_EQ(read(store), StatusOk);
     EXPECT_EQ(kind, DocumentHtml);
     EXPECT_EQ(document(), "<html><html><body>" + kSubjectRow + "x</body></html></html>");
-    EXPECT_EQ(data->readerFormat, 385);
+    EXPECT_EQ(data->readerFormat, FormatPst);
     EXPECT_EQ(data->messageCount, 1);
-    EXPECT_EQ(data->attachmentStatus, 1);
+    EXPECT_EQ(data->attachmentStatus, StatusOk);
   }
 }
 
 TEST_F(PstDocument, PutsTheRowsInFrontOfHtmlWithoutBody) {
   StoreBuilder store(SmallStore());
   store.folder("A").message().subject(u"Hi").html("x");
-  ASSERT_EQ(read(store), 1);
+  ASSERT_EQ(read(store), StatusOk);
   EXPECT_EQ(document(), "<html>" + kSubjectRow + "x</html>");
 }
 
@@ -64,14 +64,14 @@ TEST_F(PstDocument, PutsTheRowsInFrontOfHtmlWithoutBody) {
 TEST_F(PstDocument, LeavesTheHeadAsItIs) {
   StoreBuilder store(SmallStore());
   store.folder("A").message().subject(u"").html("<head></head>");
-  ASSERT_EQ(read(store), 1);
+  ASSERT_EQ(read(store), StatusOk);
   EXPECT_EQ(document(), "<html><head></head></html>");
 }
 
 TEST_F(PstDocument, DropsOneTrailingNul) {
   StoreBuilder store(SmallStore());
   store.folder("A").message().subject(u"").html(std::string_view("x\0\0", 3));
-  ASSERT_EQ(read(store), 1);
+  ASSERT_EQ(read(store), StatusOk);
   EXPECT_EQ(document(), std::string("<html>x\0</html>", 15));
 }
 
@@ -80,7 +80,7 @@ TEST_F(PstDocument, CopiesRtfAsItIs) {
   for (const PstLayout layout : kBothLayouts) {
     StoreBuilder store(SmallStore(layout));
     store.folder("A").message().subject(u"").html("<p>").rtf(PackRtf(rtf));
-    ASSERT_EQ(read(store), 1);
+    ASSERT_EQ(read(store), StatusOk);
     EXPECT_EQ(kind, DocumentRtf);
     EXPECT_EQ(document(), rtf);
   }
@@ -89,7 +89,7 @@ TEST_F(PstDocument, CopiesRtfAsItIs) {
 TEST_F(PstDocument, RefusesAMessageWithAPlainBodyOnly) {
   StoreBuilder store(SmallStore());
   store.folder("A").message().subject(u"Hi").body(u"text");
-  EXPECT_EQ(read(store), -9);
+  EXPECT_EQ(read(store), StatusNotSupported);
   EXPECT_EQ(kind, DocumentNone);
   EXPECT_EQ(data->document.length(), 0u);
   EXPECT_EQ(data->messageCount, 1);
@@ -101,7 +101,7 @@ TEST_F(PstDocument, StartsTextWithAMarkThatDoesNotCount) {
   for (const PstLayout layout : kBothLayouts) {
     StoreBuilder store(SmallStore(layout));
     store.folder("A").message().subject(u"Hi").body(u"bye").html("<p>");
-    ASSERT_EQ(read(store, 0, true), 1);
+    ASSERT_EQ(read(store, 0, true), StatusOk);
     EXPECT_EQ(kind, DocumentText);
     // The last byte of the body is zero and counts as the text's terminator.
     const std::string whole =
@@ -115,7 +115,7 @@ TEST_F(PstDocument, StartsTextWithAMarkThatDoesNotCount) {
 TEST_F(PstDocument, TakesOneNulOffATextWithoutRows) {
   StoreBuilder store(SmallStore());
   store.folder("A").message().subject(u"").body(u"ab");
-  ASSERT_EQ(read(store, 0, true), 1);
+  ASSERT_EQ(read(store, 0, true), StatusOk);
   EXPECT_EQ(document().substr(0, 2), "\xFF\xFE");
   EXPECT_EQ(std::string(data->document.data() + 2, 3), std::string("a\0b", 3));
 }
@@ -123,7 +123,7 @@ TEST_F(PstDocument, TakesOneNulOffATextWithoutRows) {
 TEST_F(PstDocument, RefusesTheTextOfAMessageWithoutPlainBody) {
   StoreBuilder store(SmallStore());
   store.folder("A").message().html("<p>").rtf(PackRtf("{\\rtf1 Hello}"));
-  EXPECT_EQ(read(store, 0, true), -9);
+  EXPECT_EQ(read(store, 0, true), StatusNotSupported);
   EXPECT_EQ(kind, DocumentNone);
 }
 
@@ -133,7 +133,7 @@ TEST_F(PstDocument, ClampsTheNumber) {
   for (const char* text : {"0", "1", "2"}) folder.message().subject(u"").html(text);
   for (const auto& [asked, given] :
        {std::pair{0, 0}, {1, 1}, {2, 2}, {3, 2}, {INT32_MAX, 2}, {-1, 0}, {INT32_MIN, 0}}) {
-    ASSERT_EQ(read(store, asked), 1);
+    ASSERT_EQ(read(store, asked), StatusOk);
     EXPECT_EQ(index, given) << asked;
     EXPECT_EQ(document(), "<html>" + std::to_string(given) + "</html>");
     EXPECT_EQ(data->messageCount, 3);
@@ -143,11 +143,11 @@ TEST_F(PstDocument, ClampsTheNumber) {
 TEST_F(PstDocument, RefusesNumbersThatTheTablesDoNotHave) {
   StoreBuilder store(SmallStore());
   store.folder("A").count(3).message().html("x");
-  EXPECT_EQ(read(store, 0), 1);
-  EXPECT_EQ(read(store, 1), -9);
+  EXPECT_EQ(read(store, 0), StatusOk);
+  EXPECT_EQ(read(store, 1), StatusNotSupported);
   EXPECT_EQ(index, 1);
-  EXPECT_EQ(read(store, 2), -9);
-  EXPECT_EQ(read(store, 2, true), -9);
+  EXPECT_EQ(read(store, 2), StatusNotSupported);
+  EXPECT_EQ(read(store, 2, true), StatusNotSupported);
   EXPECT_EQ(data->messageCount, 3);
 }
 
@@ -162,11 +162,11 @@ TEST_F(PstDocument, LeavesTheDocumentForARequest) {
         return StatusOk;
       },
       &calls};
-  ASSERT_EQ(read(store, 0, true, &request), 1);
+  ASSERT_EQ(read(store, 0, true, &request), StatusOk);
   EXPECT_EQ(calls, 1);
   EXPECT_EQ(data->document.data(), nullptr);
   EXPECT_EQ(kind, DocumentNone);
-  EXPECT_EQ(data->readerFormat, 385);
+  EXPECT_EQ(data->readerFormat, FormatPst);
 }
 
 TEST_F(PstDocument, TakesARequestForAMessageThatNoTableHolds) {
@@ -180,32 +180,32 @@ TEST_F(PstDocument, TakesARequestForAMessageThatNoTableHolds) {
         return StatusOk;
       },
       &calls};
-  EXPECT_EQ(read(store, 1, false, &request), 1);
+  EXPECT_EQ(read(store, 1, false, &request), StatusOk);
   EXPECT_EQ(index, 1);
   EXPECT_EQ(calls, 0);
-  EXPECT_EQ(data->readerFormat, 385);
+  EXPECT_EQ(data->readerFormat, FormatPst);
   EXPECT_EQ(data->messageCount, 2);
 }
 
-// An opening of the body element without its end is -9 to the renderer.
-TEST_F(PstDocument, MakesAnyFailureOfTheRendererMinusOne) {
+// An opening of the body element without its end is StatusNotSupported to the renderer.
+TEST_F(PstDocument, MakesAnyFailureOfTheRendererOutOfMemory) {
   StoreBuilder store(SmallStore());
   store.folder("A").message().subject(u"Hi").html("<body");
-  EXPECT_EQ(read(store), -1);
+  EXPECT_EQ(read(store), StatusOutOfMemory);
   EXPECT_EQ(kind, DocumentNone);
-  EXPECT_EQ(data->readerFormat, 388);
+  EXPECT_EQ(data->readerFormat, FormatNone);
 }
 
 TEST_F(PstDocument, PassesOnFailuresOfCountAndWalk) {
   StoreBuilder empty(SmallStore());
   empty.folder("A");
-  EXPECT_EQ(read(empty), -13);
+  EXPECT_EQ(read(empty), StatusBadArgument);
   EXPECT_EQ(data->messageCount, 0);
-  EXPECT_EQ(data->readerFormat, 388);
+  EXPECT_EQ(data->readerFormat, FormatNone);
   StoreBuilder damaged(SmallStore());
   damaged.folder("A").message().rtf("0123456789abcdef");
-  EXPECT_EQ(read(damaged), -9);
-  EXPECT_EQ(data->readerFormat, 388);
+  EXPECT_EQ(read(damaged), StatusNotSupported);
+  EXPECT_EQ(data->readerFormat, FormatNone);
 }
 
 // A body that a message left in the record before it failed shows as an empty page.
@@ -214,7 +214,7 @@ TEST_F(PstDocument, ShowsTheBlockOfAFailedMessageAsAnEmptyPage) {
   store.folder("A").message().subject(u"").html("old").properties().raw(kPropRtfCompressed,
                                                                         kTypeBinary, 0x9F3F);
   store.folder("B").message().subject(u"").html("");
-  ASSERT_EQ(read(store), 1);
+  ASSERT_EQ(read(store), StatusOk);
   EXPECT_EQ(document(), "<html></html>");
 }
 

@@ -19,7 +19,7 @@ const std::string kDataUrl = "data:image;base64," + kImageBase64;
 class PstInlineImages : public ::testing::Test {
  protected:
   MessageBuilder& message() { return store_.folder("Inbox").message(); }
-  int32_t read() {
+  Status read() {
     reading_.emplace(store_);
     return reading_->read(0);
   }
@@ -37,7 +37,7 @@ TEST(PstInlineImagesOfBothLayouts, ReplaceTheReference) {
         .html("<p><img src=\"cid:a.png\"> and <img src=\"cid:a.png\"></p>")
         .attachment(u"a.png", kImageBytes);
     PstReading reading(store);
-    ASSERT_EQ(reading.read(0), 1);
+    ASSERT_EQ(reading.read(0), StatusOk);
     EXPECT_EQ(reading.body(0),
               "<p><img src=\"" + kDataUrl + "\"> and <img src=\"" + kDataUrl + "\"></p>");
     EXPECT_EQ(reading.data.attachmentCount, 1u);
@@ -48,7 +48,7 @@ TEST(PstInlineImagesOfBothLayouts, ReplaceTheReference) {
 // What is replaced begins where the name was found, and not at the quote in front of it.
 TEST_F(PstInlineImages, FindTheNameAloneWithoutCid) {
   message().html("<img src=\"pictures/a.png\">").attachment(u"a.png", kImageBytes);
-  ASSERT_EQ(read(), 1);
+  ASSERT_EQ(read(), StatusOk);
   EXPECT_EQ(body(), "<img src=\"pictures/" + kDataUrl + "\">");
 }
 
@@ -57,7 +57,7 @@ TEST_F(PstInlineImages, PreferTheCidReference) {
   message()
       .html("<img alt=\"a.png\" src=\"cid:a.png\"><img src=\"a.png\">")
       .attachment(u"a.png", kImageBytes);
-  ASSERT_EQ(read(), 1);
+  ASSERT_EQ(read(), StatusOk);
   EXPECT_EQ(body(), "<img alt=\"a.png\" src=\"" + kDataUrl + "\"><img src=\"a.png\">");
 }
 
@@ -65,7 +65,7 @@ TEST_F(PstInlineImages, PlaceEachAttachmentByItsOwnReference) {
   MessageBuilder& m = message();
   m.html("<img src=\"cid:one.png\"><img src=\"cid:two.png\"><img src=\"cid:one.png\">");
   m.attachment(u"one.png", kImageBytes).attachment(u"two.png", std::string(60, 'x'));
-  ASSERT_EQ(read(), 1);
+  ASSERT_EQ(read(), StatusOk);
   std::string second = "data:image;base64,";
   for (int i = 0; i < 20; ++i) second += "eHh4";
   EXPECT_EQ(body(), "<img src=\"" + kDataUrl + "\"><img src=\"" + second + "\"><img src=\"" +
@@ -78,7 +78,7 @@ TEST_F(PstInlineImages, FindTheShortNameOnlyAsItStands) {
       .attach()
       .shortName(u"B.PNG")
       .data(kImageBytes);
-  ASSERT_EQ(read(), 1);
+  ASSERT_EQ(read(), StatusOk);
   // There is no cid name, and the plain name is found inside the cid reference first.
   EXPECT_EQ(body(), "<img src=\"cid:" + kDataUrl + "\"> <img src=\"" + kDataUrl + "\">");
 }
@@ -90,7 +90,7 @@ TEST_F(PstInlineImages, DoNotLookAtContentIds) {
       .longName(u"a.png")
       .contentId(u"id@x")
       .data(kImageBytes);
-  ASSERT_EQ(read(), 1);
+  ASSERT_EQ(read(), StatusOk);
   EXPECT_EQ(body(), "<img src=\"cid:id@x\">");
 }
 
@@ -98,7 +98,7 @@ TEST_F(PstInlineImages, LookForNamesInUtf8AndByCase) {
   MessageBuilder& m = message();
   m.html("<img src=\"cid:\xC3\xA4.png\"><img src=\"cid:A.png\">");
   m.attachment(u"\u00E4.png", kImageBytes).attachment(u"a.png", kImageBytes);
-  ASSERT_EQ(read(), 1);
+  ASSERT_EQ(read(), StatusOk);
   EXPECT_EQ(body(), "<img src=\"" + kDataUrl + "\"><img src=\"cid:A.png\">");
 }
 
@@ -108,25 +108,31 @@ TEST_F(PstInlineImages, KeepAnAttachmentWithAnEmptyNameOut) {
   m.attachment(u"", kImageBytes);
   m.attachment(std::u16string_view(u"\0x", 2), kImageBytes);
   m.attachment(u"b", kImageBytes);
-  ASSERT_EQ(read(), 1);
+  ASSERT_EQ(read(), StatusOk);
   EXPECT_EQ(body(), "<img src=\"cid:\"><img src=\"" + kDataUrl + "\">");
 }
 
 TEST_F(PstInlineImages, EndNamesAtTheirFirstNul) {
   message().html("<img src=\"cid:b\">").attachment(std::u16string_view(u"b\0x", 3), kImageBytes);
-  ASSERT_EQ(read(), 1);
+  ASSERT_EQ(read(), StatusOk);
   EXPECT_EQ(body(), "<img src=\"" + kDataUrl + "\">");
 }
 
 // The padding of small images does not fit the room that they get.
 TEST_F(PstInlineImages, FailForImagesWhoseUrlDoesNotFit) {
-  for (const auto& [size, expected] :
-       {std::pair{0, -1}, {1, 0}, {3, 0}, {14, 0}, {15, 1}, {16, 0}, {52, 0}, {53, 1}}) {
+  for (const auto& [size, expected] : {std::pair{size_t{0}, StatusOutOfMemory},
+                                       {1, StatusFailed},
+                                       {3, StatusFailed},
+                                       {14, StatusFailed},
+                                       {15, StatusOk},
+                                       {16, StatusFailed},
+                                       {52, StatusFailed},
+                                       {53, StatusOk}}) {
     StoreBuilder store(SmallStore());
     store.folder("A")
         .message()
         .html("<img src=\"cid:a\">")
-        .attachment(u"a", std::string(static_cast<size_t>(size), 'x'));
+        .attachment(u"a", std::string(size, 'x'));
     PstReading reading(store);
     EXPECT_EQ(reading.read(0), expected) << size;
   }
@@ -134,14 +140,14 @@ TEST_F(PstInlineImages, FailForImagesWhoseUrlDoesNotFit) {
 
 TEST_F(PstInlineImages, TakeAnyImageThatTheBodyDoesNotReferTo) {
   message().html("<p>nothing here</p>").attachment(u"a", "").attachment(u"bb", "x");
-  ASSERT_EQ(read(), 1);
+  ASSERT_EQ(read(), StatusOk);
   EXPECT_EQ(body(), "<p>nothing here</p>");
   EXPECT_EQ(reading_->data.attachmentCount, 2u);
 }
 
 TEST_F(PstInlineImages, StayOutOfAnEmptyBody) {
   message().html("").attachment(u"a", "");
-  ASSERT_EQ(read(), 1);
+  ASSERT_EQ(read(), StatusOk);
   EXPECT_EQ(body(), "");
   EXPECT_EQ(reading_->data.attachmentCount, 1u);
 }
@@ -152,7 +158,7 @@ TEST_F(PstInlineImages, KeepWhatWasPlacedBeforeABrokenAttachment) {
   m.attachment(u"a", kImageBytes);
   m.attach().longName(u"gone").withoutNode();
   m.attachment(u"c", kImageBytes);
-  ASSERT_EQ(read(), 1);
+  ASSERT_EQ(read(), StatusOk);
   EXPECT_EQ(body(), "<img src=\"" + kDataUrl + "\"><img src=\"cid:c\">");
   EXPECT_EQ(reading_->data.attachmentCount, 3u);
 }
@@ -162,7 +168,7 @@ TEST_F(PstInlineImages, EndAtAnAttachmentWithoutBytesOrNames) {
   m.html("<img src=\"cid:a\"><img src=\"cid:c\">");
   m.attach().longName(u"no bytes").method(1);
   m.attachment(u"a", kImageBytes);
-  ASSERT_EQ(read(), 1);
+  ASSERT_EQ(read(), StatusOk);
   EXPECT_EQ(body(), "<img src=\"cid:a\"><img src=\"cid:c\">");
 
   StoreBuilder other(SmallStore());
@@ -171,7 +177,7 @@ TEST_F(PstInlineImages, EndAtAnAttachmentWithoutBytesOrNames) {
   unnamed.attach().data(kImageBytes);
   unnamed.attachment(u"a", kImageBytes);
   PstReading reading(other);
-  ASSERT_EQ(reading.read(0), 1);
+  ASSERT_EQ(reading.read(0), StatusOk);
   EXPECT_EQ(reading.body(0), "<img src=\"cid:a\">");
 }
 
@@ -180,14 +186,14 @@ TEST_F(PstInlineImages, GoIntoTheSelectedMessageOnly) {
   folder.message().html("<img src=\"cid:a\">").attachment(u"a", kImageBytes);
   folder.message().html("second <img src=\"cid:a\">");
   reading_.emplace(store_);
-  ASSERT_EQ(reading_->read(1), 1);
+  ASSERT_EQ(reading_->read(1), StatusOk);
   EXPECT_EQ(reading_->body(1), "second <img src=\"cid:a\">");
   EXPECT_EQ(reading_->data.attachmentCount, 0u);
 }
 
 TEST_F(PstInlineImages, NeedHtml) {
   message().body(u"cid:a").attachment(u"a", "x");
-  ASSERT_EQ(read(), 1);
+  ASSERT_EQ(read(), StatusOk);
   EXPECT_EQ(reading_->text(0), std::string("c\0i\0d\0:\0a\0", 10));
   EXPECT_EQ(reading_->data.attachmentCount, 0u);
 }
@@ -197,7 +203,7 @@ TEST_F(PstInlineImages, BecomeFilesOnTheTempFileRoute) {
   reading_.emplace(store_);
   PlainKernelSetTempDirectory(reading_->directory().c_str());
   reading_->data.useTempFile = true;
-  ASSERT_EQ(reading_->read(0), 1);
+  ASSERT_EQ(reading_->read(0), StatusOk);
   EXPECT_EQ(body(), "<img src=\"_a.png\">");
   ASSERT_EQ(reading_->data.inlineFiles.length(), 1u);
   std::string path = reading_->data.inlineFiles.data()[0];
@@ -215,7 +221,7 @@ TEST_F(PstInlineImages, BecomeFilesOfTheirShortNameAlone) {
   reading_.emplace(store_);
   PlainKernelSetTempDirectory(reading_->directory().c_str());
   reading_->data.useTempFile = true;
-  ASSERT_EQ(reading_->read(0), 1);
+  ASSERT_EQ(reading_->read(0), StatusOk);
   EXPECT_EQ(body(), "<img src=\"B.PNG\">");
   ASSERT_EQ(reading_->data.inlineFiles.length(), 1u);
   EXPECT_TRUE(std::string(reading_->data.inlineFiles.data()[0]).ends_with("\\B.PNG"));
@@ -227,9 +233,9 @@ TEST_F(PstInlineImages, BecomeFilesOfTheirPlainNameWhenTheCidNameDoesNotConvert)
   reading_.emplace(store_);
   PlainKernelSetTempDirectory(reading_->directory().c_str());
   reading_->data.useTempFile = true;
-  ASSERT_EQ(reading_->count(), 1);
+  ASSERT_EQ(reading_->count(), StatusOk);
   PlainKernelFailAt(PlainKernelFaultText, 2);
-  ASSERT_EQ(reading_->walk(0), 1);
+  ASSERT_EQ(reading_->walk(0), StatusOk);
   PlainKernelFailAt(PlainKernelFaultText, 0);
   EXPECT_EQ(body(), "<img src=\"cid:a\">");
   ASSERT_EQ(reading_->data.inlineFiles.length(), 1u);
@@ -245,7 +251,7 @@ TEST_F(PstInlineImages, HaveRoomForTheLongestNames) {
   MessageBuilder& m = message();
   m.html("<img src=\"cid:a\"><img src=\"cid:" + utf8 + "\">");
   m.attachment(u"a", kImageBytes).attachment(name, kImageBytes);
-  ASSERT_EQ(read(), 1);
+  ASSERT_EQ(read(), StatusOk);
   EXPECT_EQ(body(), "<img src=\"" + kDataUrl + "\"><img src=\"" + kDataUrl + "\">");
 
   StoreBuilder other(SmallStore());
@@ -254,7 +260,7 @@ TEST_F(PstInlineImages, HaveRoomForTheLongestNames) {
   plain.attach().shortName(u"a").data(kImageBytes);
   plain.attach().shortName(name).data(kImageBytes);
   PstReading reading(other);
-  ASSERT_EQ(reading.read(0), 1);
+  ASSERT_EQ(reading.read(0), StatusOk);
   EXPECT_EQ(reading.body(0), "<img src=\"" + kDataUrl + "\"><img src=\"" + kDataUrl + "\">");
 }
 
@@ -264,9 +270,9 @@ TEST_F(PstInlineImages, AreLeftOutWhenTheListOfFilesGetsNoMemory) {
   int leftOut = 0;
   const uint64_t calls = SweepFaults(PlainKernelFaultMemory, [&](FaultedWork& faulted) {
     PstReading reading(store_);
-    ASSERT_EQ(reading.count(), 1);
-    const int32_t status = faulted([&] { return reading.walk(0); });
-    const bool isLeftOut = status == 1 && reading.data.attachmentCount == 1 &&
+    ASSERT_EQ(reading.count(), StatusOk);
+    const Status status = faulted([&] { return reading.walk(0); });
+    const bool isLeftOut = status == StatusOk && reading.data.attachmentCount == 1 &&
                            reading.data.inlineFiles.data() == nullptr &&
                            reading.body(0) == "<img src=\"cid:a\">";
     EXPECT_TRUE(faulted.isReached() || !isLeftOut);
@@ -279,9 +285,9 @@ TEST_F(PstInlineImages, AreLeftOutWhenTheListOfFilesGetsNoMemory) {
 TEST_F(PstInlineImages, TakeANameThatDoesNotConvertAsNone) {
   message().subject(u"").html("<img src=\"cid:a\">").attachment(u"a", kImageBytes);
   reading_.emplace(store_);
-  ASSERT_EQ(reading_->count(), 1);
+  ASSERT_EQ(reading_->count(), StatusOk);
   PlainKernelFailAt(PlainKernelFaultText, 2);  // the cid name; the plain name is the first
-  ASSERT_EQ(reading_->walk(0), 1);
+  ASSERT_EQ(reading_->walk(0), StatusOk);
   PlainKernelFailAt(PlainKernelFaultText, 0);
   // The plain name is found where the reference ends.
   EXPECT_EQ(body(), "<img src=\"cid:" + kDataUrl + "\">");

@@ -30,7 +30,7 @@ class OneMessage {
   PstReading* operator->() { return &*reading_; }
   MailMessage& record() { return reading_->record(0); }
 
-  int32_t status = 0;
+  Status status;
 
  private:
   StoreBuilder store_;
@@ -46,7 +46,7 @@ TEST(PstMessage, StoresAllHeaderFieldsAsUtf8) {
           m.importance(2).submitTime(132539328000000000);
         },
         layout);
-    ASSERT_EQ(message.status, 1);
+    ASSERT_EQ(message.status, StatusOk);
     const MailMessage& record = message.record();
     EXPECT_EQ(record.subject.view(),
               "\xC3\x9C"
@@ -67,7 +67,7 @@ TEST(PstMessage, StoresAllHeaderFieldsAsUtf8) {
 
 TEST(PstMessage, WidensEightBitStrings) {
   OneMessage message([](MessageBuilder& m) { m.subject("gr\xFC\xDF"); }, PstLayout::Ansi);
-  ASSERT_EQ(message.status, 1);
+  ASSERT_EQ(message.status, StatusOk);
   // A byte above 7F is a negative character: FFFC and FFDF.
   EXPECT_EQ(message.record().subject.view(), "gr\xEF\xBF\xBC\xEF\xBF\x9F");
 }
@@ -83,7 +83,7 @@ TEST(PstMessage, DropsTheMarkerOfASubject) {
     OneMessage marked([](MessageBuilder& m) { m.subject(u"\1\5Re: Hi"); }, layout);
     EXPECT_EQ(marked.record().subject.view(), "Re: Hi");
     OneMessage markerOnly([](MessageBuilder& m) { m.subject(u"\1\5"); }, layout);
-    EXPECT_EQ(markerOnly.status, 1);
+    EXPECT_EQ(markerOnly.status, StatusOk);
     EXPECT_EQ(markerOnly.record().subject.data(), nullptr);
     OneMessage later([](MessageBuilder& m) { m.subject(u"a\1\5"); }, layout);
     EXPECT_EQ(later.record().subject.view(), "a\1\5");
@@ -113,7 +113,7 @@ TEST(PstMessage, IgnoresATimeOfAnotherSize) {
     OneMessage message([value](MessageBuilder& m) {
       m.subject(u"x").property(kPropClientSubmitTime, kTypeBinary, value).html("h");
     });
-    ASSERT_EQ(message.status, 1);
+    ASSERT_EQ(message.status, StatusOk);
     EXPECT_EQ(message.record().sent.data(), nullptr);
     EXPECT_EQ(message->body(0), "h");
   }
@@ -132,7 +132,7 @@ TEST(PstMessage, FormatsTheEpochInLocalTime) {
 TEST(PstMessage, KeepsThePlainBodyAsTheStoreHasIt) {
   for (const PstLayout layout : kBothLayouts) {
     OneMessage wide([](MessageBuilder& m) { m.body(u"H\u00EF"); }, layout);
-    ASSERT_EQ(wide.status, 1);
+    ASSERT_EQ(wide.status, StatusOk);
     EXPECT_EQ(wide->text(0), std::string("H\0\xEF\0", 4));
     EXPECT_EQ(wide->kind, uint32_t{DocumentText});
     EXPECT_EQ(wide.record().body.data(), nullptr);
@@ -143,7 +143,7 @@ TEST(PstMessage, KeepsThePlainBodyAsTheStoreHasIt) {
 
 TEST(PstMessage, TellsAnEmptyBodyFromAMissingOne) {
   OneMessage message([](MessageBuilder& m) { m.body(u"").html(""); });
-  ASSERT_EQ(message.status, 1);
+  ASSERT_EQ(message.status, StatusOk);
   EXPECT_NE(message.record().text.data(), nullptr);
   EXPECT_EQ(message.record().text.length(), 0u);
   EXPECT_NE(message.record().body.data(), nullptr);
@@ -170,7 +170,7 @@ TEST(PstMessage, PrefersRtfToAll) {
     OneMessage message(
         [](MessageBuilder& m) { m.html("html").body(u"t").rtf(PackRtf("{\\rtf1 Hello}")); },
         layout);
-    ASSERT_EQ(message.status, 1);
+    ASSERT_EQ(message.status, StatusOk);
     EXPECT_EQ(message->kind, uint32_t{DocumentRtf});
     EXPECT_EQ(message->body(0), "{\\rtf1 Hello}");
     EXPECT_EQ(message->text(0), std::string("t\0", 2));
@@ -182,7 +182,7 @@ TEST(PstMessage, PrefersRtfToAll) {
 TEST(PstMessage, KeepsTheLengthOfALongHtmlBodyUnderRtf) {
   OneMessage message(
       [](MessageBuilder& m) { m.html(std::string(300, 'h')).rtf(PackRtf("{\\rtf1 Hello}")); });
-  ASSERT_EQ(message.status, 1);
+  ASSERT_EQ(message.status, StatusOk);
   EXPECT_EQ(message->kind, uint32_t{DocumentRtf});
   EXPECT_EQ(message->body(0),
             "{\\rtf1 Hello}"
@@ -194,17 +194,17 @@ TEST(PstMessage, TakesStoredRtfWithItsChecksum) {
   OneMessage stored([](MessageBuilder& m) {
     m.rtf(StoreRtf(std::string_view("{\\rtf1 Hi}\0behind", 17), StoredCrc::OfContents));
   });
-  ASSERT_EQ(stored.status, 1);
+  ASSERT_EQ(stored.status, StatusOk);
   EXPECT_EQ(stored.record().body.text(), "{\\rtf1 Hi}");
   OneMessage customary([](MessageBuilder& m) { m.rtf(StoreRtf("{\\rtf1 Hi}")); });
-  EXPECT_EQ(customary.status, -9);
+  EXPECT_EQ(customary.status, StatusNotSupported);
 }
 
 TEST(PstMessage, FailsOnDamagedRtf) {
   OneMessage shortRtf([](MessageBuilder& m) { m.rtf("15 bytes of rtf"); });
-  EXPECT_EQ(shortRtf.status, -9);
+  EXPECT_EQ(shortRtf.status, StatusNotSupported);
   OneMessage empty([](MessageBuilder& m) { m.rtf(""); });
-  EXPECT_EQ(empty.status, -9);
+  EXPECT_EQ(empty.status, StatusNotSupported);
 }
 
 // The images go into the HTML, and the RTF takes its place.
@@ -213,7 +213,7 @@ TEST(PstMessage, PlacesImagesIntoHtmlThatRtfReplaces) {
     m.html("<img src=\"cid:a.png\">").attachment(u"a.png", std::string(60, 'x'));
     m.rtf(PackRtf("{\\rtf1 Hello, this text is longer than the page in front of it}"));
   });
-  ASSERT_EQ(message.status, 1);
+  ASSERT_EQ(message.status, StatusOk);
   EXPECT_EQ(message->kind, uint32_t{DocumentRtf});
   EXPECT_EQ(message->body(0), "{\\rtf1 Hello, this text is longer than the page in front of it}");
   EXPECT_EQ(message->data.attachmentCount, 1u);
@@ -224,7 +224,7 @@ TEST(PstMessage, ReadsBodiesOfManyBlocks) {
     std::string html;
     for (int i = 0; html.size() < 50000; ++i) html += std::to_string(i) + ' ';
     OneMessage message([&](MessageBuilder& m) { m.html(html).body(u"x"); }, layout);
-    ASSERT_EQ(message.status, 1);
+    ASSERT_EQ(message.status, StatusOk);
     EXPECT_EQ(message->body(0), html);
   }
 }
@@ -237,8 +237,8 @@ TEST(PstMessage, IgnoresHeaderTextsThatDoNotConvert) {
     store.folder("A").message().subject(u"Hi").from(u"Ann").to(u"Bob").cc(u"Cy").bcc(u"Di").html(
         "html");
     PstReading reading(store);
-    ASSERT_EQ(reading.count(), 1);
-    EXPECT_EQ(faulted([&] { return reading.walk(0); }), 1);
+    ASSERT_EQ(reading.count(), StatusOk);
+    EXPECT_EQ(faulted([&] { return reading.walk(0); }), StatusOk);
     const MailMessage& record = reading.record(0);
     const SizedBytes* const fields[] = {&record.subject, &record.from, &record.to, &record.cc,
                                         &record.bcc};
@@ -270,15 +270,15 @@ TEST(PstMessage, EndsWithoutMemory) {
   int brokenFolders = 0;
   SweepFaults(PlainKernelFaultMemory, [&](FaultedWork& faulted) {
     PstReading reading(store);
-    ASSERT_EQ(reading.count(), 1);
-    const int32_t status = faulted([&] { return reading.walk(0); });
+    ASSERT_EQ(reading.count(), StatusOk);
+    const Status status = faulted([&] { return reading.walk(0); });
     if (!faulted.isReached()) {
-      EXPECT_EQ(status, 1);
+      EXPECT_EQ(status, StatusOk);
       return;
     }
-    ++statuses[status];
+    ++statuses[status.code()];
     const MailMessage& record = reading.record(0);
-    if (status != 1) return;
+    if (status != StatusOk) return;
     if (record.body.view() == "{\\rtf1 Hello}") {
       if (record.subject.length() == 0 || record.from.length() == 0 || record.sent.length() == 0 ||
           record.importance.length() == 0) {

@@ -20,26 +20,26 @@ class StoreLimits : public ::testing::Test {
  protected:
   MessageBuilder& message(const char* folder = "A") { return store_.folder(folder).message(); }
 
-  int32_t readWith(const std::function<void(StoreReading&)>& limits) {
+  Status readWith(const std::function<void(StoreReading&)>& limits) {
     reading_.emplace(store_);
     reading_->data.useTempFile = useTempFile_;
     reading_->limits = limits;
     return reading_->read(0);
   }
-  int32_t readWithText(uint64_t bytes) {
+  Status readWithText(uint64_t bytes) {
     return readWith([bytes](StoreReading& reading) { reading.textLeft = bytes; });
   }
-  int32_t readWithImages(uint64_t bytes) {
+  Status readWithImages(uint64_t bytes) {
     return readWith([bytes](StoreReading& reading) { reading.imageBytesLeft = bytes; });
   }
-  int32_t readWithSearches(uint64_t bytes) {
+  Status readWithSearches(uint64_t bytes) {
     return readWith(
         [bytes](StoreReading& reading) { reading.imageSearches = SearchBudget(bytes); });
   }
-  int32_t readWithAttachments(uint64_t count) {
+  Status readWithAttachments(uint64_t count) {
     return readWith([count](StoreReading& reading) { reading.attachmentsLeft = count; });
   }
-  // The store's folder A has a message that fails behind its bodies, so that the next folder's
+  // The store's folder A has a message that fails after its bodies, so that the next folder's
   // message is read in its place.
   MessageBuilder& failingMessage() {
     MessageBuilder& failing = message();
@@ -95,15 +95,15 @@ TEST_F(StoreLimits, TakeNothingThatIsNotThere) {
 
 TEST_F(StoreLimits, CountSubjects) {
   message().subject(u"abc").html("");
-  EXPECT_EQ(readWithText(6), 1);
-  EXPECT_EQ(readWithText(5), -1);
+  EXPECT_EQ(readWithText(6), StatusOk);
+  EXPECT_EQ(readWithText(5), StatusOutOfMemory);
 }
 
 // 8-bit text is widened.
 TEST_F(StoreLimits, CountSubjectsAsTheyAreRead) {
   message().subject("abc").html("");
-  EXPECT_EQ(readWithText(6), 1);
-  EXPECT_EQ(readWithText(5), -1);
+  EXPECT_EQ(readWithText(6), StatusOk);
+  EXPECT_EQ(readWithText(5), StatusOutOfMemory);
 }
 
 TEST_F(StoreLimits, CountHeaderStrings) {
@@ -113,11 +113,9 @@ TEST_F(StoreLimits, CountHeaderStrings) {
     StoreBuilder store(SmallStore());
     MessageBuilder& m = store.folder("A").message();
     (m.subject(u"ab").*set)(u"cde");
-    for (const auto& [bytes, status] : {std::pair{10, 1}, {9, -1}}) {
+    for (const auto& [bytes, status] : {std::pair{10u, StatusOk}, {9u, StatusOutOfMemory}}) {
       PstReading reading(store);
-      reading.limits = [left = bytes](StoreReading& limits) {
-        limits.textLeft = static_cast<uint64_t>(left);
-      };
+      reading.limits = [left = bytes](StoreReading& limits) { limits.textLeft = left; };
       EXPECT_EQ(reading.read(0), status) << bytes;
     }
   }
@@ -125,57 +123,57 @@ TEST_F(StoreLimits, CountHeaderStrings) {
 
 TEST_F(StoreLimits, CountPlainBodies) {
   message().subject(u"").body(u"text");
-  EXPECT_EQ(readWithText(8), 1);
-  EXPECT_EQ(readWithText(7), -1);
+  EXPECT_EQ(readWithText(8), StatusOk);
+  EXPECT_EQ(readWithText(7), StatusOutOfMemory);
 }
 
 TEST_F(StoreLimits, CountHtmlBodies) {
   message().subject(u"").html("html");
-  EXPECT_EQ(readWithText(4), 1);
-  EXPECT_EQ(readWithText(3), -1);
+  EXPECT_EQ(readWithText(4), StatusOk);
+  EXPECT_EQ(readWithText(3), StatusOutOfMemory);
 }
 
 TEST_F(StoreLimits, CountRtfPackedAndUnpacked) {
   const std::string packed = PackRtf("{\\rtf1 Hello}");
   message().subject(u"").rtf(packed);
-  EXPECT_EQ(readWithText(packed.size() + 13), 1);
-  EXPECT_EQ(readWithText(packed.size() + 12), -1);
+  EXPECT_EQ(readWithText(packed.size() + 13), StatusOk);
+  EXPECT_EQ(readWithText(packed.size() + 12), StatusOutOfMemory);
 }
 
 // Not even the checksum is looked at then.
 TEST_F(StoreLimits, CountPackedRtfBeforeItIsUnpacked) {
   message().subject(u"").rtf("0123456789abcdef");
-  EXPECT_EQ(readWithText(16), -9);
-  EXPECT_EQ(readWithText(15), -1);
+  EXPECT_EQ(readWithText(16), StatusNotSupported);
+  EXPECT_EQ(readWithText(15), StatusOutOfMemory);
 }
 
 TEST_F(StoreLimits, CountWhatFailedMessagesHaveRead) {
   failingMessage().subject(u"ab").to(u"cd").html("html");
   message("B").subject(u"ab").to(u"cd").html("html");
-  EXPECT_EQ(readWithText(24), 1);
-  EXPECT_EQ(readWithText(23), -1);
+  EXPECT_EQ(readWithText(24), StatusOk);
+  EXPECT_EQ(readWithText(23), StatusOutOfMemory);
 }
 
 TEST_F(StoreLimits, CountImages) {
   MessageBuilder& m = message();
   m.html("<img src=\"cid:a\"><img src=\"cid:b\">");
   m.attachment(u"a", std::string(60, 'x')).attachment(u"b", std::string(90, 'x'));
-  EXPECT_EQ(readWithImages(150), 1);
-  EXPECT_EQ(readWithImages(149), -1);
+  EXPECT_EQ(readWithImages(150), StatusOk);
+  EXPECT_EQ(readWithImages(149), StatusOutOfMemory);
 }
 
 TEST_F(StoreLimits, CountOnlyImagesThatTheBodyRefersTo) {
   message().html("<p>").attachment(u"a", kImageBytes);
-  EXPECT_EQ(readWithImages(0), 1);
+  EXPECT_EQ(readWithImages(0), StatusOk);
 }
 
 TEST_F(StoreLimits, CountImagesThatStayReferences) {
   MessageBuilder& m = message();
   m.html("<v:imagedata src=\"cid:a\">");
   m.attachment(u"a", std::string(60, 'x')).attachment(u"a", std::string(60, 'x'));
-  EXPECT_EQ(readWithImages(120), 1);
+  EXPECT_EQ(readWithImages(120), StatusOk);
   EXPECT_EQ(body(), "<v:imagedata src=\"cid:a\">");
-  EXPECT_EQ(readWithImages(119), -1);
+  EXPECT_EQ(readWithImages(119), StatusOutOfMemory);
 }
 
 TEST_F(StoreLimits, CountImagesTwiceThatAreWritten) {
@@ -183,9 +181,9 @@ TEST_F(StoreLimits, CountImagesTwiceThatAreWritten) {
   PlainKernelSetTempDirectory(directory.wide().c_str());
   useTempFile_ = true;
   message().html("<img src=\"cid:a\">").attachment(u"a", std::string(60, 'x'));
-  EXPECT_EQ(readWithImages(119), -1);
+  EXPECT_EQ(readWithImages(119), StatusOutOfMemory);
   EXPECT_EQ(reading_->data.inlineFiles.length(), 0u);
-  ASSERT_EQ(readWithImages(120), 1);
+  ASSERT_EQ(readWithImages(120), StatusOk);
   ASSERT_EQ(reading_->data.inlineFiles.length(), 1u);
   KernelDeleteFileUtf8(reading_->data.inlineFiles.data()[0]);
 }
@@ -194,17 +192,17 @@ TEST_F(StoreLimits, CountImagesOfFailedMessages) {
   const std::string image(60, 'x');
   failingMessage().html("<img src=\"cid:a\">").attachment(u"a", image);
   message("B").html("<img src=\"cid:a\">").attachment(u"a", image);
-  EXPECT_EQ(readWithImages(120), 1);
-  EXPECT_EQ(readWithImages(119), -1);
+  EXPECT_EQ(readWithImages(120), StatusOk);
+  EXPECT_EQ(readWithImages(119), StatusOutOfMemory);
 }
 
 TEST_F(StoreLimits, CountAttachmentsLookedAtForImages) {
   MessageBuilder& m = message();
   m.html("<img src=\"cid:a\"><img src=\"cid:b\">");
   m.attachment(u"a", kImageBytes).attachment(u"b", kImageBytes);
-  ASSERT_EQ(readWithAttachments(2), 1);
+  ASSERT_EQ(readWithAttachments(2), StatusOk);
   EXPECT_EQ(body(), "<img src=\"" + kDataUrl + "\"><img src=\"" + kDataUrl + "\">");
-  ASSERT_EQ(readWithAttachments(1), 1);
+  ASSERT_EQ(readWithAttachments(1), StatusOk);
   EXPECT_EQ(body(), "<img src=\"" + kDataUrl + "\"><img src=\"cid:b\">");
   EXPECT_EQ(reading_->data.attachmentCount, 2u);
 }
@@ -212,37 +210,37 @@ TEST_F(StoreLimits, CountAttachmentsLookedAtForImages) {
 TEST_F(StoreLimits, CountAttachmentsOfFailedMessages) {
   failingMessage().html("x").attachment(u"a", kImageBytes).attachment(u"b", kImageBytes);
   message("B").html("<img src=\"cid:a\">").attachment(u"a", kImageBytes);
-  ASSERT_EQ(readWithAttachments(3), 1);
+  ASSERT_EQ(readWithAttachments(3), StatusOk);
   EXPECT_EQ(body(), "<img src=\"" + kDataUrl + "\">");
-  ASSERT_EQ(readWithAttachments(2), 1);
+  ASSERT_EQ(readWithAttachments(2), StatusOk);
   EXPECT_EQ(body(), "<img src=\"cid:a\">");
 }
 
 // Both names are 2 bytes, the reference is found at 10, and the body that may be rewritten has 17.
 TEST_F(StoreLimits, CountNamesSearchesAndRewriting) {
   message().html("<img src=\"cid:a\">").attachment(u"a", kImageBytes);
-  EXPECT_EQ(readWithSearches(4 + 10 + 17 + 1), 1);
-  EXPECT_EQ(readWithSearches(4 + 10 + 17), -1);
+  EXPECT_EQ(readWithSearches(4 + 10 + 17 + 1), StatusOk);
+  EXPECT_EQ(readWithSearches(4 + 10 + 17), StatusOutOfMemory);
 }
 
 // A name that is not found is looked for in the whole body: with "cid:" and alone.
 TEST_F(StoreLimits, CountSearchesThatFindNothing) {
   message().html("<p>nothing here</p>").attachment(u"a", kImageBytes);
-  EXPECT_EQ(readWithSearches(4 + 19 + 19 + 1), 1);
-  EXPECT_EQ(readWithSearches(4 + 19 + 19), -1);
+  EXPECT_EQ(readWithSearches(4 + 19 + 19 + 1), StatusOk);
+  EXPECT_EQ(readWithSearches(4 + 19 + 19), StatusOutOfMemory);
 }
 
 TEST_F(StoreLimits, CountNamesWithoutSearches) {
   message().html("").attachment(u"abc", kImageBytes);
-  EXPECT_EQ(readWithSearches(13), 1);
-  EXPECT_EQ(readWithSearches(12), -1);
+  EXPECT_EQ(readWithSearches(13), StatusOk);
+  EXPECT_EQ(readWithSearches(12), StatusOutOfMemory);
 }
 
 TEST_F(StoreLimits, CountSearchesOfFailedMessages) {
   failingMessage().html("<p>nothing here</p>").attachment(u"a", kImageBytes);
   message("B").html("<p>nothing here</p>").attachment(u"a", kImageBytes);
-  EXPECT_EQ(readWithSearches(2 * 42 + 1), 1);
-  EXPECT_EQ(readWithSearches(2 * 42), -1);
+  EXPECT_EQ(readWithSearches(2 * 42 + 1), StatusOk);
+  EXPECT_EQ(readWithSearches(2 * 42), StatusOutOfMemory);
 }
 
 // 70,000 references to 16 kB would be a body of 1.5 GB.
@@ -250,7 +248,7 @@ TEST_F(StoreLimits, BoundTheBodyThatImagesMake) {
   std::string html;
   for (int i = 0; i < 70000; ++i) html += "\"cid:a\"";
   message().html(html).attachment(u"a", std::string(16384, 'x'));
-  EXPECT_EQ(readWith(nullptr), -1);
+  EXPECT_EQ(readWith(nullptr), StatusOutOfMemory);
 }
 
 // Names of 4,088,000 bytes, all holes, in a file of some more: each takes twice as much once it is
@@ -270,7 +268,7 @@ TEST_F(StoreLimits, CountNamesOfFolders) {
     store.node(0x300024, PstNodeParts::Stream(std::string(4100000, 'x'), kPage));
     PstReading reading(store);
     EXPECT_EQ(reading.count(), status);
-    EXPECT_EQ(reading.list == nullptr, status == -1);
+    EXPECT_EQ(reading.list == nullptr, status == StatusOutOfMemory);
   }
 }
 

@@ -48,7 +48,8 @@ TEST(StoreClaims, CostTheSameHoweverMany) {
     store.folder("A").count(claim);
     PstReading reading(store);
     largestArray = 0;
-    EXPECT_LT(PeakOf([&] { EXPECT_EQ(reading.read(static_cast<int32_t>(claim) - 1), 1); }), 20000u);
+    EXPECT_LT(PeakOf([&] { EXPECT_EQ(reading.read(static_cast<int32_t>(claim) - 1), StatusOk); }),
+              20000u);
     EXPECT_EQ(reading.list->count, static_cast<int32_t>(claim));
     EXPECT_GE(largestArray, sizeof(MailMessage));
     EXPECT_LT(largestArray, 2 * sizeof(MailMessage));
@@ -59,10 +60,10 @@ TEST(StoreClaims, TakeAHeadAndAnAnnouncedRecord) {
   StoreBuilder store(SmallStore());
   store.folder("A").count(77);
   PstReading reading(store);
-  ASSERT_EQ(reading.count(), 1);  // the store keeps the pages that it has read
+  ASSERT_EQ(reading.count(), StatusOk);  // the store keeps the pages that it has read
   ReleaseMessageList(std::exchange(reading.list, nullptr));
   const PlainKernelUsageRecord before = Usage();
-  ASSERT_EQ(reading.count(), 1);
+  ASSERT_EQ(reading.count(), StatusOk);
   const PlainKernelUsageRecord after = Usage();
   EXPECT_EQ(after.liveBlocks, before.liveBlocks + 1);
   EXPECT_EQ(after.liveBytes, before.liveBytes + 16);
@@ -79,7 +80,7 @@ TEST(StorePass, KeepsNoBody) {
   folder.message().rtf(StoreRtf(std::string(kSize, 'r'), StoredCrc::OfContents));
   folder.message().html(std::string(100000, 'w'));
   PstReading reading(store);
-  EXPECT_LT(PeakOf([&] { EXPECT_EQ(reading.read(3), 1); }), kMebibyte / 2);
+  EXPECT_LT(PeakOf([&] { EXPECT_EQ(reading.read(3), StatusOk); }), kMebibyte / 2);
   EXPECT_EQ(reading.body(3), std::string(100000, 'w'));
 }
 
@@ -94,7 +95,8 @@ TEST(StorePass, HasTheWantedBodiesOnce) {
   for (int32_t selected = 0; selected < 3; ++selected) {
     PstReading reading(store);
     const uint64_t bodies = selected == 2 ? 2 : 1;
-    EXPECT_LT(PeakOf([&] { EXPECT_EQ(reading.read(selected), 1); }), bodies * kSize + kMebibyte / 2)
+    EXPECT_LT(PeakOf([&] { EXPECT_EQ(reading.read(selected), StatusOk); }),
+              bodies * kSize + kMebibyte / 2)
         << selected;
   }
 }
@@ -113,7 +115,7 @@ TEST(StorePass, KeepsNothingOfManyMessages) {
     }
     folder.message().html("last");
     PstReading reading(store);
-    const uint64_t peak = PeakOf([&] { EXPECT_EQ(reading.read(messages - 1), 1); });
+    const uint64_t peak = PeakOf([&] { EXPECT_EQ(reading.read(messages - 1), StatusOk); });
     EXPECT_LT(peak, 100000u + 700u * static_cast<uint64_t>(messages));
     EXPECT_EQ(reading.list->count, messages);
   }
@@ -138,7 +140,7 @@ constexpr uint64_t kPlentyOfText = uint64_t{1} << 40;
 // The store's first message, read as the wanted one or passed.
 Outcome Run(StoreBuilder& builder, bool wanted, uint64_t textLeft, FaultedWork* faulted = nullptr) {
   PstReading reading(builder);
-  EXPECT_EQ(reading.count(), 1);
+  EXPECT_EQ(reading.count(), StatusOk);
   const pststore::folder folder = pststore::make_folder(pststore::folder_begin(reading.context));
   const pststore::message_iterator first(pststore::get_contents_table(folder)->begin(),
                                          reading.context);
@@ -295,7 +297,7 @@ TEST(StorePass, OpensNoBodyForARequest) {
       },
       &announced};
   reading.request = &request;
-  EXPECT_EQ(reading.read(1), 1);
+  EXPECT_EQ(reading.read(1), StatusOk);
   EXPECT_EQ(announced, before + 1);  // the array of records
   EXPECT_EQ(reading.kind, DocumentNone);
 }

@@ -39,7 +39,7 @@ TEST(StoreWalkDamage, NeedsNoAttachmentTableOfAMessageWithoutHtml) {
   folder.row(0x300024);
   store.node(0x300024, broken);
   PstReading reading(store);
-  ASSERT_EQ(reading.read(0), 1);
+  ASSERT_EQ(reading.read(0), StatusOk);
   EXPECT_EQ(reading.text(0), std::string("a\0", 2));
 }
 
@@ -53,9 +53,9 @@ TEST(StoreWalkDamage, KeepsTheLengthOfAFieldThatDoesNotConvert) {
       .raw(kPropRtfCompressed, kTypeBinary, 0x9F3F);
   store.folder("B").message().subject(u"new").html("html");
   PstReading reading(store);
-  ASSERT_EQ(reading.count(), 1);
+  ASSERT_EQ(reading.count(), StatusOk);
   PlainKernelFailAt(PlainKernelFaultText, 2);
-  EXPECT_EQ(reading.walk(0), 1);
+  EXPECT_EQ(reading.walk(0), StatusOk);
   PlainKernelFailAt(PlainKernelFaultText, 0);
   EXPECT_EQ(reading.record(0).subject.length(), 11u);
   EXPECT_EQ(reading.body(0), "html");
@@ -67,14 +67,14 @@ TEST(StoreWalkDamage, EndsWellWhereTheListOfFoldersCannotBeRead) {
   StoreBuilder store(SmallStore());
   for (const char* name : {"A", "B", "C"}) store.folder(name).message().subject(u"").html(name);
   PstReading counted(store);
-  ASSERT_EQ(counted.count(), 1);
+  ASSERT_EQ(counted.count(), StatusOk);
   bool hasLostAll = false;
   // The list keeps what a round has read.
   const uint64_t calls = FailInTurn(PlainKernelFaultRead, [&](FaultedWork& faulted) {
     PstReading reading(store);
     reading.list = std::exchange(counted.list, nullptr);
     reading.list->count = 3;
-    EXPECT_EQ(faulted([&] { return reading.walk(2); }), 1);
+    EXPECT_EQ(faulted([&] { return reading.walk(2); }), StatusOk);
     const std::string body = reading.body(2);
     counted.list = std::exchange(reading.list, nullptr);
     if (reading.kind == DocumentNone) hasLostAll = true;
@@ -91,7 +91,7 @@ TEST(StoreWalkDamage, ClearsTheSlotWithoutAList) {
   PstReading reading(store);
   MessageList other = {};
   reading.list = &other;
-  EXPECT_EQ(reading.count(), -1);
+  EXPECT_EQ(reading.count(), StatusOutOfMemory);
   EXPECT_EQ(reading.list, nullptr);
 
   StoreBuilder small(SmallStore());
@@ -99,14 +99,14 @@ TEST(StoreWalkDamage, ClearsTheSlotWithoutAList) {
   SweepFaults(PlainKernelFaultMemory, [&](FaultedWork& faulted) {
     PstReading again(small);
     again.list = &other;
-    int32_t status = 0;
+    Status status = StatusFailed;
     try {
       status = faulted([&] { return again.count(); });
     } catch (const std::bad_alloc&) {
       again.list = nullptr;
     }
-    EXPECT_EQ(status == 1, !faulted.isReached());
-    if (status == 1) return;
+    EXPECT_EQ(status == StatusOk, !faulted.isReached());
+    if (status == StatusOk) return;
     EXPECT_EQ(again.list, nullptr);
     again.list = nullptr;
   });

@@ -22,10 +22,10 @@ TEST(StoreCount, BelievesTheFolders) {
     store.folder("A").count(2);
     store.folder("B").count(5).message();
     PstReading reading(store);
-    ASSERT_EQ(reading.count(), 1);
+    ASSERT_EQ(reading.count(), StatusOk);
     EXPECT_EQ(reading.list->count, 7);
     EXPECT_EQ(reading.record(0).body.data(), nullptr);
-    EXPECT_EQ(reading.record(0).inlineStatus, 1);
+    EXPECT_EQ(reading.record(0).inlineStatus, StatusOk);
   }
 }
 
@@ -34,7 +34,7 @@ TEST(StoreCount, RefusesAStoreWithoutMessages) {
     StoreBuilder store(layout);
     store.folder("Empty");
     PstReading reading(store);
-    EXPECT_EQ(reading.count(), -13);
+    EXPECT_EQ(reading.count(), StatusBadArgument);
     EXPECT_EQ(reading.list, nullptr);
   }
 }
@@ -44,13 +44,13 @@ TEST(StoreCount, WrapsAsASigned32BitNumber) {
     StoreBuilder store(SmallStore());
     store.folder("A").count(0xFFFFFFFF);
     PstReading reading(store);
-    EXPECT_EQ(reading.count(), -13);
+    EXPECT_EQ(reading.count(), StatusBadArgument);
   }
   StoreBuilder store(SmallStore());
   store.folder("A").count(0x80000001);
   store.folder("B").count(0x80000002);
   PstReading reading(store);
-  ASSERT_EQ(reading.count(), 1);
+  ASSERT_EQ(reading.count(), StatusOk);
   EXPECT_EQ(reading.list->count, 3);
 }
 
@@ -61,7 +61,7 @@ TEST(StoreCount, LeavesOutTheFolderFreebusyData) {
     for (int i = 0; i < 5; ++i) freebusy.message();
     store.folder("Inbox").message();
     PstReading reading(store);
-    ASSERT_EQ(reading.count(), 1);
+    ASSERT_EQ(reading.count(), StatusOk);
     EXPECT_EQ(reading.list->count, 1);
   }
 }
@@ -71,7 +71,7 @@ TEST(StoreCount, NeedsNoCountOfTheFolderFreebusyData) {
   store.folder("Freebusy Data").without(kPropContentCount);
   store.folder("Inbox").count(1);
   PstReading reading(store);
-  EXPECT_EQ(reading.count(), 1);
+  EXPECT_EQ(reading.count(), StatusOk);
 }
 
 TEST(StoreCount, KnowsFreebusyDataByItsExactName) {
@@ -82,7 +82,7 @@ TEST(StoreCount, KnowsFreebusyDataByItsExactName) {
   store.folder(std::u16string_view(u"Freebusy Data\0", 14)).count(8);
   store.folder(u"Freebusy Data").count(16);
   PstReading reading(store);
-  ASSERT_EQ(reading.count(), 1);
+  ASSERT_EQ(reading.count(), StatusOk);
   EXPECT_EQ(reading.list->count, 15);
 }
 
@@ -107,7 +107,7 @@ TEST(StoreCount, LooksAtFoldersOnly) {
   store.folder(0x8024, u"No folder").count(9);
   store.folder(0x122, u"The root is a folder").count(1);
   PstReading reading(store);
-  ASSERT_EQ(reading.count(), 1);
+  ASSERT_EQ(reading.count(), StatusOk);
   EXPECT_EQ(reading.list->count, 1);
 }
 
@@ -115,7 +115,7 @@ TEST(StoreCount, RefusesClaimsThatNoFileOfThisSizeBacks) {
   StoreBuilder store(SmallStore());
   store.folder("A").count(0x7FFFFFFF);
   PstReading reading(store);
-  EXPECT_EQ(reading.count(), -1);
+  EXPECT_EQ(reading.count(), StatusOutOfMemory);
   EXPECT_EQ(reading.list, nullptr);
 }
 
@@ -123,7 +123,7 @@ TEST(StoreCount, TakesAMillionClaims) {
   StoreBuilder store(SmallStore());
   store.folder("A").count(1000000);
   PstReading reading(store);
-  ASSERT_EQ(reading.count(), 1);
+  ASSERT_EQ(reading.count(), StatusOk);
   EXPECT_EQ(reading.list->count, 1000000);
 }
 
@@ -134,8 +134,8 @@ TEST(StoreCount, ReleasesAllWithoutMemory) {
   SweepFaults(PlainKernelFaultMemory, [&](FaultedWork& faulted) {
     PstReading reading(store);
     try {
-      const int32_t status = faulted([&] { return reading.count(); });
-      EXPECT_EQ(status, faulted.isReached() ? -1 : 1);
+      const Status status = faulted([&] { return reading.count(); });
+      EXPECT_EQ(status, faulted.isReached() ? StatusOutOfMemory : StatusOk);
       if (!faulted.isReached()) return;
       ++failures;
     } catch (const std::bad_alloc&) {
@@ -154,7 +154,7 @@ TEST(StoreWalk, FillsTheRecordOfTheSelectedMessage) {
     folder.message().subject(u"1").html("one");
     folder.message().subject(u"2").html("two");
     PstReading reading(store);
-    ASSERT_EQ(reading.read(1), 1);
+    ASSERT_EQ(reading.read(1), StatusOk);
     EXPECT_EQ(reading.list->count, 2);
     EXPECT_EQ(reading.body(1), "one");
     EXPECT_EQ(reading.record(1).subject.view(), "1");
@@ -205,7 +205,7 @@ TEST(StoreWalk, PassesOverMessagesOfTheSubjectLocalFreebusy) {
     folder.message().subject(u"localfreebusy").html("b");
     folder.message().subject(u"LocalFreebusy ").html("c");
     PstReading reading(store);
-    ASSERT_EQ(reading.count(), 1);
+    ASSERT_EQ(reading.count(), StatusOk);
     EXPECT_EQ(reading.list->count, 6);
     EXPECT_EQ(reading.bodies(3), "abc");
   }
@@ -217,7 +217,7 @@ TEST(StoreWalk, LeavesNumbersBehindTheLastMessageEmpty) {
   folder.message().subject(u"LocalFreebusy");
   folder.message().html("a");
   PstReading reading(store);
-  ASSERT_EQ(reading.read(1), 1);
+  ASSERT_EQ(reading.read(1), StatusOk);
   EXPECT_EQ(reading.list->count, 2);
   EXPECT_EQ(reading.record(1).body.data(), nullptr);
   EXPECT_EQ(reading.record(1).text.data(), nullptr);
@@ -232,7 +232,7 @@ TEST(StoreWalk, WalksTheFolderFreebusyData) {
   folder.message().html("a");
   folder.message().html("never reached");
   PstReading reading(store);
-  ASSERT_EQ(reading.count(), 1);
+  ASSERT_EQ(reading.count(), StatusOk);
   ASSERT_EQ(reading.list->count, 2);
   EXPECT_EQ(reading.bodies(2), "not counteda");
 }
@@ -244,7 +244,7 @@ TEST(StoreWalk, TakesMoreRowsThanTheFolderClaims) {
   folder.message().html("b");
   store.folder("B").count(2).message().html("c");
   PstReading reading(store);
-  ASSERT_EQ(reading.read(1), 1);
+  ASSERT_EQ(reading.read(1), StatusOk);
   EXPECT_EQ(reading.list->count, 2);
   EXPECT_EQ(reading.bodies(2), "ab");
 }
@@ -256,7 +256,7 @@ TEST(StoreWalk, PassesOverFoldersWhoseContentsCannotBeRead) {
     store.folder("no table").count(1).contentsTable(PstNodeParts::OfPages({std::string(100, 'x')}));
     store.folder("good").message().html("a");
     PstReading reading(store);
-    ASSERT_EQ(reading.read(0), 1);
+    ASSERT_EQ(reading.read(0), StatusOk);
     EXPECT_EQ(reading.body(0), "a");
   }
 }
@@ -270,7 +270,7 @@ TEST(StoreWalk, LeavesAFolderAtARowWithoutMessage) {
     broken.message().html("dropped");
     store.folder("B").message().html("b");
     PstReading reading(store);
-    ASSERT_EQ(reading.count(), 1);
+    ASSERT_EQ(reading.count(), StatusOk);
     EXPECT_EQ(reading.list->count, 4);
     EXPECT_EQ(reading.bodies(2), "ab");
   }
@@ -284,7 +284,7 @@ TEST(StoreWalk, LeavesAFolderAtASubjectOfOneMarker) {
   broken.message().html("dropped too");
   store.folder("B").message().html("b");
   PstReading reading(store);
-  ASSERT_EQ(reading.read(0), 1);
+  ASSERT_EQ(reading.read(0), StatusOk);
   EXPECT_EQ(reading.body(0), "b");
   EXPECT_EQ(reading.record(0).subject.view(), "No Subject");
 }
@@ -300,7 +300,7 @@ TEST(StoreWalk, FillsTheRecordOfAFailedMessageAnew) {
   broken.properties().raw(kPropRtfCompressed, kTypeBinary, 0x9F3F);
   store.folder("B").message().subject(u"new").to(u"").importance(0).submitTime(116444736000000000);
   PstReading reading(store);
-  ASSERT_EQ(reading.read(0), 1);
+  ASSERT_EQ(reading.read(0), StatusOk);
   const MailMessage& record = reading.record(0);
   EXPECT_EQ(record.subject.view(), "new");
   EXPECT_EQ(record.from.view(), "Ann");
@@ -327,11 +327,11 @@ TEST(StoreWalk, EndsAtUnreadableRtfInFrontOfTheSelectedMessage) {
     store.folder("B").message().html("d");
     {
       PstReading reading(store);
-      EXPECT_EQ(reading.read(0), 1);
+      EXPECT_EQ(reading.read(0), StatusOk);
     }
     for (const int32_t selected : {1, 2, 3}) {
       PstReading reading(store);
-      EXPECT_EQ(reading.read(selected), -9) << selected;
+      EXPECT_EQ(reading.read(selected), StatusNotSupported) << selected;
     }
   }
 }
@@ -352,7 +352,7 @@ TEST(StoreWalk, ReadsNoBodiesForAnAttachmentRequest) {
       },
       &names};
   reading.request = &request;
-  ASSERT_EQ(reading.read(1), 1);
+  ASSERT_EQ(reading.read(1), StatusOk);
   EXPECT_EQ(names, u"a.png");
   EXPECT_EQ(reading.record(1).subject.data(), nullptr);
   EXPECT_EQ(reading.record(1).text.data(), nullptr);
@@ -402,8 +402,8 @@ TEST(StoreWalk, EndsAtMoreRowsThanTheFileCanHaveMessages) {
       store.folder("A").count(900000).contentsTable(TableOfZeroRows(layout, 80));
       store.node(0, MessageBuilder(layout, {}, 0).subject(subject).build());
       PstReading reading(store);
-      ASSERT_EQ(reading.count(), 1);
-      EXPECT_EQ(reading.walk(899999), -1);
+      ASSERT_EQ(reading.count(), StatusOk);
+      EXPECT_EQ(reading.walk(899999), StatusOutOfMemory);
     }
   }
 }
@@ -415,13 +415,13 @@ TEST(StoreWalk, EndsAtMoreTextThanTheFileCanHold) {
   message.html(std::string(20000, 'h'));
   store.node(0, message.build());
   PstReading reading(store);
-  ASSERT_EQ(reading.count(), 1);
+  ASSERT_EQ(reading.count(), StatusOk);
   // 64 MiB are some 3350 times 20,000 bytes.
-  EXPECT_EQ(reading.walk(3000), 1);
+  EXPECT_EQ(reading.walk(3000), StatusOk);
   EXPECT_EQ(reading.body(3000).size(), 20000u);
   PstReading more(store);
-  ASSERT_EQ(more.count(), 1);
-  EXPECT_EQ(more.walk(4000), -1);
+  ASSERT_EQ(more.count(), StatusOk);
+  EXPECT_EQ(more.walk(4000), StatusOutOfMemory);
 }
 
 TEST(StoreWalk, ReleasesNothingForNoList) { ReleaseMessageList(nullptr); }
