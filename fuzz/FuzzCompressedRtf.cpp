@@ -13,6 +13,7 @@
 
 #include "Common/Crc32.h"
 #include "Internal/MailMessage.h"
+#include "KernelText.h"
 #include "Tarnbase/PlainKernel.h"
 #include "rtf/CompressedRtf.h"
 #include "rtf/LzfuUnpack.h"
@@ -55,13 +56,6 @@ void Repair(std::string& bytes, uint8_t variant) {
   Put(bytes, 12, tarn::Crc32(contents.data(), contents.size()));
 }
 
-char* KernelCopy(const std::string& bytes) {
-  auto* const block = static_cast<char*>(KernelAlloc(bytes.size(), 1, TARN_HERE));
-  if (block == nullptr) Fail("out of memory");
-  bytes.copy(block, bytes.size());
-  return block;
-}
-
 std::string OldBody(uint8_t variant) {
   return std::string((variant & LongBody) != 0 ? 1000 : 10, '.');
 }
@@ -82,9 +76,9 @@ bool EndsInShortComment(std::string_view text) {
 void Unpack(const std::string& bytes, uint8_t variant) {
   const std::string old = OldBody(variant);
   tarn::MailMessage message;
-  message.body.setData(KernelCopy(old));
-  message.body.setLength(old.size());
-  const tarn::Status status = tarn::DecodeCompressedRtf(KernelCopy(bytes), message, bytes.size());
+  message.body = tarn::fuzz::KernelText(old);
+  const tarn::Status status =
+      tarn::DecodeCompressedRtf(tarn::fuzz::KernelText(bytes).take().take(), message, bytes.size());
   CheckDamage(status, message, old);
   if (status != StatusOk) return;
   Expect(message.body.length() != 0, "a text without its terminator");
@@ -110,8 +104,7 @@ void CheckWithoutText(const std::string& bytes, uint64_t oldLength, tarn::Status
 void UnpackOfAStore(const std::string& bytes, uint8_t variant) {
   const std::string old = OldBody(variant);
   tarn::MailMessage message;
-  message.body.setData(KernelCopy(old));
-  message.body.setLength(old.size());
+  message.body = tarn::fuzz::KernelText(old);
   std::istringstream stream(bytes);
   stream.seekg(0, std::ios::end);
   tarn::MessageList messages{1, &message};

@@ -12,19 +12,13 @@
 #include "Common/ByteSearch.h"
 #include "Common/ImagePass.h"
 #include "Common/ImageReferences.h"
+#include "KernelText.h"
 
 namespace {
 
 using tarn::ImagePass;
 using tarn::SizedBytes;
-
-SizedBytes Bytes(std::string_view text) {
-  SizedBytes made;
-  made.setData(static_cast<char*>(KernelAlloc(text.size(), 1, TARN_HERE)));
-  if (made.data() == nullptr) std::abort();
-  made.setLength(text.copy(made.data(), text.size()));
-  return made;
-}
+using tarn::fuzz::KernelText;
 
 // A line without its end; NULs end needles and replacements, as they end names.
 std::string TakeLine(std::string_view& input) {
@@ -48,8 +42,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   uint64_t images = 0;
   for (; !TakeLine(rest).empty(); ++images) TakeLine(rest);
   if (images * (rest.size() + kLimit) > kMostWork) return 0;
-  SizedBytes together = Bytes(rest);
-  SizedBytes apart = Bytes(rest);
+  SizedBytes together = KernelText(rest);
+  SizedBytes apart = KernelText(rest);
 
   tarn::SearchBudget budget(UINT64_MAX);
   ImagePass pass(together, kLimits, budget);
@@ -65,7 +59,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     uint64_t count = 0;
     uint64_t expected = 0;
     const tarn::Status status =
-        pass.replace(place, needle, Bytes(replacement),
+        pass.replace(place, needle, KernelText(replacement),
                      isUrl ? ImagePass::Kind::DataUrl : ImagePass::Kind::Name, count);
     Require(status ==
             tarn::ReplaceImageReferences(apart, {found, needle, replacement, kLimit}, expected));

@@ -12,6 +12,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "KernelText.h"
 #include "Tarnbase/PlainKernel.h"
 #include "render/Renderer.h"
 
@@ -29,12 +30,6 @@ void Require(bool holds, const char* what) {
   if (holds) return;
   std::fprintf(stderr, "%s\n", what);
   std::abort();
-}
-
-void Set(tarn::SizedBytes& field, std::string_view bytes) {
-  field.setData(static_cast<char*>(KernelAlloc(bytes.size(), 1, TARN_HERE)));
-  if (!bytes.empty()) std::memcpy(field.data(), bytes.data(), bytes.size());
-  field.setLength(bytes.size());
 }
 
 void Check(int32_t status, std::string_view before, const tarn::SizedBytes& body) {
@@ -57,20 +52,20 @@ void Check(int32_t status, std::string_view before, const tarn::SizedBytes& body
 
 void RenderMail(std::string_view value, std::string_view document) {
   tarn::MailMessage message;
-  Set(message.from, value);
-  Set(message.fromAddress, value);
-  Set(message.subject, value);
-  Set(message.to, "Bob");
-  Set(message.body, document);
+  message.from = tarn::fuzz::KernelText(value);
+  message.fromAddress = tarn::fuzz::KernelText(value);
+  message.subject = tarn::fuzz::KernelText(value);
+  message.to = tarn::fuzz::KernelText("Bob");
+  message.body = tarn::fuzz::KernelText(document);
   Check(tarn::RenderMailMessage(&message, DocumentRtf), document, message.body);
 }
 
 void RenderMailFile(std::string_view value, std::string_view document) {
   tarn::EmlMessage message;
   message.documentKind = DocumentRtf;
-  Set(message.from, value);
-  Set(message.to, "Bob");
-  Set(message.body, document);
+  message.from = tarn::fuzz::KernelText(value);
+  message.to = tarn::fuzz::KernelText("Bob");
+  message.body = tarn::fuzz::KernelText(document);
   Check(tarn::RenderEmlMessage(message), document, message.body);
 }
 

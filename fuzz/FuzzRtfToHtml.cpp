@@ -11,6 +11,7 @@
 
 #include "../tests/rtf/NaiveRtfToHtml.h"
 #include "Internal/Tarnclasses_.h"
+#include "KernelText.h"
 #include "Tarnbase/PlainKernel.h"
 #include "rtf/RtfToHtml.h"
 
@@ -29,11 +30,7 @@ PlainKernelUsageRecord Usage() {
 }
 
 void Convert(std::string_view rtf, uint64_t failingAllocation) {
-  tarn::SizedBytes text;
-  text.setData(static_cast<char*>(KernelAlloc(rtf.size(), 1, TARN_HERE)));
-  Expect(text.data() != nullptr, "out of memory");
-  text.setLength(rtf.size());
-  std::memcpy(text.data(), rtf.data(), rtf.size());
+  tarn::SizedBytes text = tarn::fuzz::KernelText(rtf);
   const char* const block = text.data();
 
   PlainKernelFailAt(PlainKernelFaultMemory, failingAllocation);

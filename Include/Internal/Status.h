@@ -8,8 +8,6 @@
 #ifndef TARN_INTERNAL_STATUS_H
 #define TARN_INTERNAL_STATUS_H
 
-#include <compare>
-#include <concepts>
 #include <cstdint>
 
 #include "TarnPst.h"
@@ -35,16 +33,12 @@ class [[nodiscard]] Status {
 
   friend constexpr bool operator==(Status, Status) = default;
 
-  // For code that still counts in numbers.
-  template <std::same_as<int32_t> Number>
-  // NOLINTNEXTLINE(google-explicit-constructor)
-  constexpr Status(Number code) : code_(code) {}
-  // NOLINTNEXTLINE(google-explicit-constructor)
-  constexpr operator int32_t() const { return code_; }
-  friend constexpr bool operator==(Status a, TarnStatus b) { return a.code_ == b; }
-  friend constexpr auto operator<=>(Status a, TarnStatus b) { return a.code_ <=> int32_t{b}; }
-  friend constexpr bool operator==(Status a, int32_t b) { return a.code_ == b; }
-  friend constexpr auto operator<=>(Status a, int32_t b) { return a.code_ <=> b; }
+  // For logs and failed expectations: "-1 (out of memory, ...)".
+  template <typename Stream>
+  friend Stream& operator<<(Stream& out, Status status) {
+    out << status.code() << " (" << TarnStatusText(status.code()) << ')';
+    return out;
+  }
 
  private:
   struct Raw {};

@@ -110,13 +110,6 @@ class SizedBytes {
   // Frees the block.
   void release() { take(); }
 
-  // Being replaced by the operations above.
-  void setLength(uint64_t length) { length_ = length; }
-  void setData(char* block) {
-    block_.take();
-    block_.reset(block);
-  }
-
  private:
   KernelBlock<char> block_;
   uint64_t length_ = 0;

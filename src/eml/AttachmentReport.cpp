@@ -76,10 +76,10 @@ Status CallBack(const AttachmentRequest& request, EmlPart& part, const char16_t*
   const uint64_t length = part.decoded.length();
   if (const Status granted = data.count(length); !granted.ok()) return granted;
   data.replaceBlock(part.decoded.take(), length, length);
-  const int32_t result = request.callback(request.user, &data, name, &properties);
+  const Status result = request.callback(request.user, &data, name, &properties);
   const uint64_t left = data.length();
   part.decoded.adopt(data.take(), left);
-  return Status::FromCode(result);
+  return result;
 }
 
 }  // namespace

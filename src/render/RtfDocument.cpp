@@ -67,8 +67,7 @@ Status RenderMailRtf(MailMessage& message) {
 
   RtfRender render;
   render.fonts.setAnsiCodePage(platform::AnsiCodePage());
-  const int32_t prepared = render.fonts.prepare(body);
-  if (prepared != StatusOk) return prepared;
+  if (const Status prepared = render.fonts.prepare(body); !prepared.ok()) return prepared;
 
   for (const HeaderField<MailMessage>& field : kMailRows) {
     const Status written = AppendRtfHeaderRow(render, &message, &(message.*field.text), field.row);
