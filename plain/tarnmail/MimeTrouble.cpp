@@ -86,9 +86,9 @@ bool Walk::passDelimiter(Multipart& multipart) {
 bool Walk::isEmbeddedMessage(size_t end) {
   const size_t line = headers_.contentTypeLine(cursor_, end);
   if (line == npos) return false;
-  const std::string_view text = mail_.substr(line, end - line);
-  return StartsWithIgnoringCase(text.substr(FindFixedValue(text, "Content-Type:")),
-                                "message/rfc822");
+  const std::string_view text = mail_.substr(0, end);
+  const size_t value = FixedValue(text, line, "Content-Type:");
+  return StartsWithIgnoringCase(text.substr(value), "message/rfc822");
 }
 
 bool Walk::isEmptyBase64(std::string_view part) {

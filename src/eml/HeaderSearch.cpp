@@ -55,9 +55,13 @@ size_t FindContentType(std::string_view text) {
   return std::min(text.find_first_not_of(' ', line + kName.size()), text.size());
 }
 
+size_t FixedValue(std::string_view text, size_t line, std::string_view name) {
+  return std::min(line + name.size() + 1, text.size());
+}
+
 size_t FindFixedValue(std::string_view text, std::string_view name) {
   const size_t line = FindHeaderLine(text, name);
-  return line == npos ? npos : std::min(line + name.size() + 1, text.size());
+  return line != npos ? FixedValue(text, line, name) : npos;
 }
 
 size_t FindLineEnd(std::string_view text, size_t from) {

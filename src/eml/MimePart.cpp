@@ -52,9 +52,8 @@ Status ReadLocation(EmlPart& part, std::string_view header) {
   if (line == npos) return StatusOk;
   part.locationLine = header.substr(line);
 
-  std::string_view value = part.locationLine.substr(FindFixedValue(part.locationLine, kName));
+  std::string_view value = header.substr(FixedValue(header, line, kName));
   value = value.substr(0, FindLineEnd(value));
-  part.name.release();
   return part.name.append(value.substr(value.rfind('/') + 1));
 }
 

@@ -15,16 +15,17 @@
 
 namespace tarn {
 
-// Reads the leaf [part.start, end) of the file into `part`, reports it by its Content-Disposition,
-// and moves the cursor to its end. Its content is decoded here for a callback and for a text that
-// the document needs; else `decoded` stays absent, for EnsureDecoded to fill. The first part whose
-// charset asks for it makes the message's texts UTF-8: that part, all later ones, and the header
-// fields. The report comes before that: a callback gets the bytes decoded, but not converted.
+// Reads the leaf [part.start, end) of the file into `part`, whose name, raw and decoded content are
+// absent, reports it by its Content-Disposition, and moves the cursor to its end. Its content is
+// decoded here for a callback and for a text that the document needs; else that is left to
+// EnsureDecoded. The first part whose charset asks for it makes the message's texts UTF-8: that
+// part, all later ones, and the header fields. The report comes before that: a callback gets the
+// bytes decoded, but not converted.
 //   StatusOk
 //   StatusOutOfMemory    also for base64 content of length 0, unless there is a Content-Disposition
 //   other                the result of the report (StatusDone among it), or the failure of the
 //                        conversion
-// In all cases but the first name, raw and decoded are empty.
+// After a failure the three are absent again.
 Status ParseMimePart(EmlPart& part, EmlMessage& message, size_t& cursor, size_t end,
                      const AttachmentRequest* request);
 

@@ -131,9 +131,9 @@ Status PartWalker::takePart() {
 bool PartWalker::isEmbeddedMessage(size_t end) {
   const size_t line = headers_.contentTypeLine(cursor_, end);
   if (line == npos) return false;
-  const std::string_view text = file_.substr(line, end - line);
-  return StartsWithIgnoringCase(text.substr(FindFixedValue(text, "Content-Type:")),
-                                "message/rfc822");
+  const std::string_view text = file_.substr(0, end);
+  const size_t value = FixedValue(text, line, "Content-Type:");
+  return StartsWithIgnoringCase(text.substr(value), "message/rfc822");
 }
 
 Status PartWalker::openOrReadLeaf(size_t end) {
