@@ -30,12 +30,7 @@ class Text {
     bytes.copy(block_.get(), size_);
   }
 
-  const char* begin() const { return block_.get(); }
-  const char* end() const { return begin() + size_; }
-  std::string_view bytes() const { return {begin(), size_}; }
-  size_t placeOf(const char* found) const {
-    return found == nullptr ? kNone : static_cast<size_t>(found - begin());
-  }
+  std::string_view bytes() const { return {block_.get(), size_}; }
 
  private:
   size_t size_;
@@ -55,15 +50,12 @@ size_t Find(std::string_view text, std::string_view needle) {
 }
 
 void SearchOnce(const Text& text, std::string_view needle) {
-  Require(
-      text.placeOf(tarn::FindBytes(text.begin(), text.end(), needle)) == Find(text.bytes(), needle),
-      "another place than the first");
-  Require(text.placeOf(tarn::FindIgnoringCase(text.begin(), text.end(), needle)) ==
-              Find(Lower(text.bytes()), Lower(needle)),
+  Require(tarn::FindBytes(text.bytes(), needle) == Find(text.bytes(), needle),
+          "another place than the first");
+  Require(tarn::FindIgnoringCase(text.bytes(), needle) == Find(Lower(text.bytes()), Lower(needle)),
           "another place than the first but for case");
   if (needle.empty()) return;
-  Require(text.placeOf(tarn::FindByte(text.begin(), text.end(), needle[0])) ==
-              text.bytes().find(needle[0]),
+  Require(tarn::FindByte(text.bytes(), needle[0]) == text.bytes().find(needle[0]),
           "another place of a byte");
 }
 

@@ -68,8 +68,4 @@ bool StartsWith(const char* start, const char* end, std::string_view prefix) {
   return std::string_view(start, end).starts_with(prefix);
 }
 
-bool StartsWithIgnoringCase(const char* start, const char* end, std::string_view prefix) {
-  return StartsWithIgnoringCase(std::string_view(start, end), prefix);
-}
-
 }  // namespace tarn

@@ -25,7 +25,6 @@ const char* FindBytes(const char* start, const char* end, std::string_view needl
 const char* FindIgnoringCase(const char* start, const char* end, std::string_view needle);
 const char* FindByte(const char* start, const char* end, char byte);
 bool StartsWith(const char* start, const char* end, std::string_view prefix);
-bool StartsWithIgnoringCase(const char* start, const char* end, std::string_view prefix);
 
 }  // namespace tarn
 

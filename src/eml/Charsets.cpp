@@ -75,20 +75,18 @@ Conversion ConvertFrom(SizedBytes& text, uint64_t offset, uint32_t codePage) {
   const uint64_t capacity = 2 * source.size() + 1;
   const KernelBlock<char16_t> wide = AllocateBlock<char16_t>(capacity, TARN_HERE);
   if (!wide) return {StatusOutOfMemory, false};
-  const int32_t units = platform::BytesToUtf16(
-      codePage, source, wide.get(), static_cast<int32_t>(std::min<uint64_t>(capacity, INT32_MAX)));
-  if (units <= 0) return {StatusOk, false};
+  const size_t units = platform::BytesToUtf16(codePage, source, {wide.get(), capacity});
+  if (units == 0) return {StatusOk, false};
 
-  const int64_t room = int64_t{4} * units;
+  const uint64_t room = 4 * units;
   const auto write = [&](char* block) {
-    const int64_t written = KernelWideToUtf8(wide.get(), units, block + offset, room);
+    const int64_t written = KernelWideToUtf8(wide.get(), static_cast<int64_t>(units),
+                                             block + offset, static_cast<int64_t>(room));
     const uint64_t length = offset + static_cast<uint64_t>(std::max<int64_t>(written, 0));
     block[length] = '\0';
     return length;
   };
-  if (!text.overwrite(offset + static_cast<uint64_t>(room) + 1, write)) {
-    return {StatusOutOfMemory, false};
-  }
+  if (!text.overwrite(offset + room + 1, write)) return {StatusOutOfMemory, false};
   return {text.length() > offset ? StatusOk : StatusPathToUtf8Failed, true};
 }
 

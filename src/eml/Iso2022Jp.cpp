@@ -83,10 +83,9 @@ Status AppendUtf8(TrackedBuffer<char>& output, std::u16string_view units) {
   constexpr uint64_t kBytesPerUnit = 4;
   const uint64_t room = kBytesPerUnit * units.size();
   if (output.reserve(output.length() + room) == nullptr) return output.lastError();
-  const int32_t written =
-      platform::Utf16ToBytes(platform::kCodePageUtf8, units, output.data() + output.length(),
-                             static_cast<int32_t>(room), nullptr);
-  output.setLength(output.length() + static_cast<uint64_t>(std::max(written, 0)));
+  const platform::EncodedBytes written = platform::Utf16ToBytes(
+      platform::kCodePageUtf8, units, {output.data() + output.length(), room});
+  output.setLength(output.length() + written.size);
   return StatusOk;
 }
 

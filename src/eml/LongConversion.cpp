@@ -51,12 +51,11 @@ class PieceConverter {
 
   // For a piece that there is room for.
   Result convert(std::string_view piece) {
-    const int32_t units = platform::BytesToUtf16(
-        codePage_, piece, wide_.get(),
-        static_cast<int32_t>(std::min<uint64_t>(capacityFor(piece.size()), INT32_MAX)));
-    if (units <= 0) return Result::NotTaken;
-    const int64_t written = KernelWideToUtf8(wide_.get(), units, utf8_.get(),
-                                             static_cast<int64_t>(kMostUtf8PerUnit) * units);
+    const size_t units =
+        platform::BytesToUtf16(codePage_, piece, {wide_.get(), capacityFor(piece.size())});
+    if (units == 0) return Result::NotTaken;
+    const int64_t written = KernelWideToUtf8(wide_.get(), static_cast<int64_t>(units), utf8_.get(),
+                                             static_cast<int64_t>(kMostUtf8PerUnit * units));
     if (written <= 0) return Result::NoUtf8;
     form_ = {utf8_.get(), static_cast<size_t>(written)};
     return Result::Done;
