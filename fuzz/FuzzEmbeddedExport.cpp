@@ -97,7 +97,7 @@ void Compare(const CompoundStorage& source, const std::string& path, const Compo
 
 void Export(const CompoundStorage& source, const std::string& path) {
   tarn::TrackedBuffer<char> data(0, 1024, 1);
-  const int32_t status = ExportEmbeddedMessage(source, path, data);
+  const tarn::Status status = ExportEmbeddedMessage(source, path, data);
   if (status != StatusOk || data.length() < 512 || data.data()[0] != '\xD0') return;
   const File copy({data.data(), data.length()});
   if (!copy.isLoaded()) Fail("the exported file does not load");

@@ -32,7 +32,7 @@ void Require(bool holds, const char* what) {
   std::abort();
 }
 
-void Check(int32_t status, std::string_view before, const tarn::SizedBytes& body) {
+void Check(tarn::Status status, std::string_view before, const tarn::SizedBytes& body) {
   const std::string_view after = body.view();
   if (status != StatusOk) {
     Require(after == before, "a refused document has changed");

@@ -36,7 +36,7 @@ TEST(WideLength, CountsUnitsInFrontOfTheNul) {
 
 TEST(WideText, ConvertsWithItsTerminator) {
   const WideText text("a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80");
-  EXPECT_EQ(text.status(), 1);
+  EXPECT_EQ(text.status(), StatusOk);
   ASSERT_NE(text.get(), nullptr);
   EXPECT_EQ(std::u16string(text.get()), u"a\u00E9\u20AC\U0001F600");
 }

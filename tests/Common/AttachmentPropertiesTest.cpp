@@ -13,7 +13,7 @@ std::u16string Value(const PropertyList& list, uint64_t i) { return list.data()[
 
 TEST(AddAttachmentProperty, AppendsNameAndValueAsTheyAre) {
   PropertyList list;
-  EXPECT_EQ(AddAttachmentProperty(list, "Content-ID:", "<a@b>"), 1);
+  EXPECT_EQ(AddAttachmentProperty(list, "Content-ID:", "<a@b>"), StatusOk);
   EXPECT_EQ(AddAttachmentProperty(list, "name=", "caf\xC3\xA9"), 1);
   ASSERT_EQ(list.length(), 2u);
   EXPECT_EQ(Name(list, 0), u"Content-ID:");
@@ -117,7 +117,7 @@ TEST(AddAttachmentProperty, TheScratchBlockIsUsedAgain) {
 TEST(AddAttachmentProperty, WithoutMemoryTheListIsAsItWas) {
   const auto round = [](test::FaultedWork& faulted) {
     PropertyList list;
-    list.setLastError(0);
+    list.setLastError(StatusFailed);
     const Status added =
         faulted([&] { return AddAttachmentProperty(list, "name", "longer value"); });
     if (!faulted.isReached()) {

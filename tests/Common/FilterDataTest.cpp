@@ -48,7 +48,7 @@ class FilterDataTest : public ::testing::Test {
   void expectMalformed() {
     listBlock_ = slot_.data;
     PstFilterData* found = nullptr;
-    EXPECT_EQ(FindFilterData(&slot_, 0, &found), -13);
+    EXPECT_EQ(FindFilterData(&slot_, 0, &found), StatusBadArgument);
     EXPECT_EQ(found, nullptr);
     EXPECT_EQ(SlotList(&slot_), nullptr);
     const uint64_t calls = test::Allocations();

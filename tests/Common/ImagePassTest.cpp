@@ -31,7 +31,7 @@ struct Image {
 // What an image did.
 struct Placed {
   bool found = false;
-  int32_t status = 1;
+  Status status;
   uint64_t count = 0;
 
   bool operator==(const Placed&) const = default;
@@ -58,7 +58,7 @@ class Model {
       placed.count = replace(place, needle, image.replacement);
       if (text_.size() > limit_ && placed.count != 0) {
         text_ = before;
-        placed.status = -1;
+        placed.status = StatusOutOfMemory;
         placed.count = 0;
       }
       return placed;
@@ -105,7 +105,7 @@ class Pass {
     for (const std::string& needle : {image.cid, image.name}) {
       uint64_t place = 0;
       placed.status = pass_.find(needle, place);
-      if (placed.status != 1) return placed;
+      if (!placed.status.ok()) return placed;
       if (place == kNoPlace) continue;
       placed.found = true;
       placed.status =
@@ -118,7 +118,7 @@ class Pass {
   ImagePass& pass() { return pass_; }
   std::string_view body() const { return body_.view(); }
   std::string finish() {
-    EXPECT_EQ(pass_.finish(), 1);
+    EXPECT_EQ(pass_.finish(), StatusOk);
     return std::string(body_.view());
   }
 
@@ -132,8 +132,8 @@ std::string Url(std::string_view text) { return "data:image;base64," + std::stri
 
 TEST(ImagePass, PutsEachImageInItsPlace) {
   Pass pass("<img src=\"cid:b\"> <img src=\"cid:a\"> <img src=\"cid:b\">");
-  EXPECT_EQ(pass.place({"cid:a", "", Url("AAAA")}), (Placed{true, 1, 1}));
-  EXPECT_EQ(pass.place({"cid:b", "", Url("BBBB")}), (Placed{true, 1, 2}));
+  EXPECT_EQ(pass.place({"cid:a", "", Url("AAAA")}), (Placed{true, StatusOk, 1}));
+  EXPECT_EQ(pass.place({"cid:b", "", Url("BBBB")}), (Placed{true, StatusOk, 2}));
   EXPECT_EQ(pass.body(), "<img src=\"cid:b\"> <img src=\"cid:a\"> <img src=\"cid:b\">");
   EXPECT_EQ(pass.finish(),
             "<img src=\"data:image;base64,BBBB\"> <img src=\"data:image;base64,AAAA\"> "
@@ -142,15 +142,15 @@ TEST(ImagePass, PutsEachImageInItsPlace) {
 
 TEST(ImagePass, ALaterImageMayTakeAnEarlierOnesPlace) {
   Pass pass("<img src=\"cid:a.png or b.png\">");
-  EXPECT_EQ(pass.place({"", "b.png", Url("BBBB")}), (Placed{true, 1, 1}));
-  EXPECT_EQ(pass.place({"", "a.png", Url("AAAA")}), (Placed{true, 1, 1}));
+  EXPECT_EQ(pass.place({"", "b.png", Url("BBBB")}), (Placed{true, StatusOk, 1}));
+  EXPECT_EQ(pass.place({"", "a.png", Url("AAAA")}), (Placed{true, StatusOk, 1}));
   EXPECT_EQ(pass.finish(), "<img src=\"cid:data:image;base64,AAAA\">");
 }
 
 TEST(ImagePass, AnImageMayBeLookedForInAnother) {
   Pass pass("<img src=\"cid:a\">");
   EXPECT_EQ(pass.place({"cid:a", "", Url("QUJD")}).count, 1u);
-  EXPECT_EQ(pass.place({"", "UJ", Url("REVG")}), (Placed{true, 1, 1}));
+  EXPECT_EQ(pass.place({"", "UJ", Url("REVG")}), (Placed{true, StatusOk, 1}));
   // Found behind "Q", where the search for the quote before it may not go.
   EXPECT_EQ(pass.finish(), "<img src=\"data:image;base64,Q" + Url("REVG") + "\">");
 }
@@ -160,7 +160,7 @@ TEST(ImagePass, AnyBase64MayBeLookedForInAnother) {
     const std::string needle(3, character);
     Pass pass("<img src=\"cid:b\">");
     EXPECT_EQ(pass.place({"cid:b", "", Url("Q" + needle + "Q")}).count, 1u);
-    EXPECT_EQ(pass.place({"", needle, Url("REVG")}), (Placed{true, 1, 1})) << character;
+    EXPECT_EQ(pass.place({"", needle, Url("REVG")}), (Placed{true, StatusOk, 1})) << character;
     EXPECT_EQ(pass.finish(), "<img src=\"data:image;base64,Q" + Url("REVG") + "\">") << character;
   }
 }
@@ -217,9 +217,9 @@ TEST(ImagePass, ForgetsItsSearchesBeforeTheBodyGrows) {
 TEST(ImagePass, EveryImageCountsForTheLimit) {
   // Two replacements of 22 bytes for 5.
   Pass pass("\"cid:a\"\"cid:b\"\"cid:c\"", {21 + 2 * 17, 1000, {kPlenty, kPlenty}});
-  EXPECT_EQ(pass.place({"cid:a", "", Url("QUJD")}), (Placed{true, 1, 1}));
-  EXPECT_EQ(pass.place({"cid:b", "", Url("QUJD")}), (Placed{true, 1, 1}));
-  EXPECT_EQ(pass.place({"cid:c", "", Url("QUJD")}), (Placed{true, -1, 0}));
+  EXPECT_EQ(pass.place({"cid:a", "", Url("QUJD")}), (Placed{true, StatusOk, 1}));
+  EXPECT_EQ(pass.place({"cid:b", "", Url("QUJD")}), (Placed{true, StatusOk, 1}));
+  EXPECT_EQ(pass.place({"cid:c", "", Url("QUJD")}), (Placed{true, StatusOutOfMemory, 0}));
   EXPECT_EQ(pass.finish(), "\"" + Url("QUJD") + "\"\"" + Url("QUJD") + "\"\"cid:c\"");
 }
 

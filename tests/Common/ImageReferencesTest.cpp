@@ -30,7 +30,7 @@ Rewritten Replace(const std::string& body, uint64_t offset, const std::string& n
   SizedBytes text = Bytes(body);
   const char* const block = text.data();
   uint64_t count = 99;
-  EXPECT_EQ(ReplaceImageReferences(text, {offset, needle, replacement}, count), 1);
+  EXPECT_EQ(ReplaceImageReferences(text, {offset, needle, replacement}, count), StatusOk);
   if (count == 0) {
     EXPECT_EQ(text.data(), block);
   }

@@ -17,7 +17,7 @@ class InlineImagePathTest : public ::testing::Test {
     name.copy(directory_, name.size());
   }
 
-  int32_t make(const char* text, const char* name) {
+  Status make(const char* text, const char* name) {
     std::memset(path_, '#', sizeof(path_));
     return MakeInlineImagePath(path_, directory_, text, name);
   }
@@ -25,7 +25,7 @@ class InlineImagePathTest : public ::testing::Test {
   // The longest path has 262 bytes.
   void expectLimit(const std::string& text, const std::string& name, uint64_t length) {
     if (length <= 262) {
-      EXPECT_EQ(make(text.c_str(), name.c_str()), 1) << length;
+      EXPECT_EQ(make(text.c_str(), name.c_str()), StatusOk) << length;
       EXPECT_EQ(std::strlen(path_), length);
     } else {
       EXPECT_EQ(make(text.c_str(), name.c_str()), -290) << length;

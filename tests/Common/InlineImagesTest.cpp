@@ -25,7 +25,7 @@ class DataRoute : public InlineImagesTest {
 };
 
 TEST_F(DataRoute, TheSourceBecomesADataUrl) {
-  EXPECT_EQ(rewrite(kImage), 1);
+  EXPECT_EQ(rewrite(kImage), StatusOk);
   EXPECT_EQ(body_.view(), "<img src=\"" + std::string(kImageUrl) + "\">");
   EXPECT_EQ(replacements_, 1u);
 }

@@ -14,7 +14,7 @@ void ExpectEmpty(const TrackedBuffer<T>& buffer) {
   EXPECT_EQ(buffer.length(), 0u);
   EXPECT_EQ(buffer.capacity(), 0u);
   EXPECT_EQ(buffer.growthCount(), 0u);
-  EXPECT_EQ(buffer.lastError(), -1);
+  EXPECT_EQ(buffer.lastError(), StatusOutOfMemory);
   EXPECT_EQ(buffer.meter().current, 0u);
   EXPECT_EQ(buffer.meter().threshold, 8000000u);
   EXPECT_EQ(buffer.meter().reported, 0u);

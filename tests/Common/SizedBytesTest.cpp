@@ -122,7 +122,7 @@ TEST(KernelBlock, OwnsGivesAndReplaces) {
 
 TEST(AppendTerminated, MakesATextWithItsNulCounted) {
   SizedBytes text;
-  EXPECT_EQ(AppendTerminated(text, "abc"), 1);
+  EXPECT_EQ(AppendTerminated(text, "abc"), StatusOk);
   EXPECT_EQ(text.view(), Raw("abc\0"));
 }
 

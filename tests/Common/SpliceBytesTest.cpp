@@ -8,13 +8,13 @@ namespace {
 
 using test::Bytes;
 
-int32_t Splice(SizedBytes& text, uint64_t offset, uint64_t removed, std::string_view bytes) {
+Status Splice(SizedBytes& text, uint64_t offset, uint64_t removed, std::string_view bytes) {
   return SpliceBytes(text, offset, removed, bytes.data(), bytes.size());
 }
 
 TEST(SpliceBytes, GrowingMovesTheTailBack) {
   SizedBytes text = Bytes("one two three");
-  EXPECT_EQ(Splice(text, 4, 3, "hundred"), 1);
+  EXPECT_EQ(Splice(text, 4, 3, "hundred"), StatusOk);
   EXPECT_EQ(text.view(), "one hundred three");
 }
 

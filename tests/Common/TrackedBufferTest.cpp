@@ -14,7 +14,7 @@ constexpr uint64_t kThreshold = 8000000;
 TEST(MemoryMeter, HearsNothingUpToTheThreshold) {
   MemoryMeter meter;
   PlainKernelSetMemoryBudget(0);
-  EXPECT_EQ(meter.set(1), 1);
+  EXPECT_EQ(meter.set(1), StatusOk);
   EXPECT_EQ(meter.set(kThreshold), 1);
   EXPECT_EQ(meter.current, kThreshold);
   EXPECT_EQ(meter.reported, 0u);
@@ -216,7 +216,7 @@ TEST(TrackedBuffer, WithoutMemoryTheContentsStay) {
   ASSERT_NE(buffer.reserve(3), nullptr);
   std::memcpy(buffer.data(), "abc", 3);
   buffer.setLength(3);
-  buffer.setLastError(77);
+  buffer.setLastError(Status::FromCode(77));
   const char* const block = buffer.data();
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
   EXPECT_EQ(buffer.reserve(5000), nullptr);

@@ -218,7 +218,7 @@ TEST(AttachmentReport, EmptyPartStillHasABlock) {
                        PropertyList*) -> Status {
     EXPECT_EQ(data->length(), 0u);
     *static_cast<KernelBlock<char>*>(user) = KernelBlock<char>(data->take());
-    return int32_t{StatusDone};
+    return StatusDone;
   };
   KernelBlock<char> kept;
   const AttachmentRequest request = {1, 0, keep, &kept};
@@ -232,7 +232,7 @@ TEST(AttachmentReport, CallbackMayKeepTheList) {
                        PropertyList* list) -> Status {
     *static_cast<KernelBlock<AttachmentProperty>*>(user) =
         KernelBlock<AttachmentProperty>(list->take());
-    return int32_t{StatusOk};
+    return StatusOk;
   };
   KernelBlock<AttachmentProperty> kept;
   const AttachmentRequest request = {kAllAttachments, 1, keep, &kept};

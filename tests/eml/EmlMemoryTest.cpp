@@ -147,7 +147,7 @@ TEST(EmlMemory, ACallbackThatKeepsABlockDoesNotTakeItFromTheDocument) {
     auto& kept = *static_cast<SizedBytes*>(user);
     const uint64_t length = data->length();
     kept.adopt(data->take(), length);
-    return int32_t{StatusOk};
+    return StatusOk;
   };
   const AttachmentRequest request = {kAllAttachments, 0, keep, &taken};
   for (const char* const type : {"text/html", "text/plain", "a/b"}) {

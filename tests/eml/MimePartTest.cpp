@@ -268,7 +268,7 @@ TEST(MimePart, ReportReplacesTheFailureOfEmptyBase64) {
   EXPECT_EQ(recorder.attachments[0].bytes, "");
   // A disposition that is not reported replaces it as well.
   EXPECT_EQ(Parsed("\nContent-Transfer-Encoding: base64\nContent-Disposition: other\n\n").status,
-            1);
+            StatusOk);
 }
 
 TEST(MimePart, Base64WithoutItsAlphabetIsEmptyAndNoFailure) {

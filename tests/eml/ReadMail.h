@@ -43,7 +43,7 @@ struct ReportedAttachment {
 struct AttachmentRecorder {
   AttachmentRequest request{kAllAttachments, 0, &AttachmentRecorder::Take, this};
   std::vector<ReportedAttachment> attachments;
-  std::vector<int32_t> results;
+  std::vector<Status> results;
 
   AttachmentRecorder() = default;
   AttachmentRecorder(const AttachmentRecorder&) = delete;
@@ -60,7 +60,7 @@ struct AttachmentRecorder {
     }
     self.attachments.push_back(attachment);
     const size_t number = self.attachments.size();
-    return number <= self.results.size() ? self.results[number - 1] : StatusOk;
+    return number <= self.results.size() ? self.results[number - 1] : Status(StatusOk);
   }
 };
 

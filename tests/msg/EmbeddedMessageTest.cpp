@@ -243,10 +243,10 @@ TEST(EmbeddedMessage, WithAStreamLargerThanTheFileIsOutOfMemory) {
   parent.at(kInner).stream("s", std::string(5000, 'x'));
   CompoundImage image = parent.image();
   const uint64_t whole = image.bytes.size();
-  for (const auto& [size, status] : {std::pair(whole, int32_t{StatusReadFailed}),
-                                     std::pair(whole + 1, int32_t{StatusOutOfMemory}),
-                                     std::pair(2 * whole, int32_t{StatusOutOfMemory}),
-                                     std::pair(uint64_t{0x7FFFFFFF}, int32_t{StatusOutOfMemory})}) {
+  for (const auto& [size, status] :
+       {std::pair(whole, Status(StatusReadFailed)), std::pair(whole + 1, Status(StatusOutOfMemory)),
+        std::pair(2 * whole, Status(StatusOutOfMemory)),
+        std::pair(uint64_t{0x7FFFFFFF}, Status(StatusOutOfMemory))}) {
     image.put(image.record(std::string(kInner) + "/s") + RecordSize, size);
     EXPECT_EQ(Export(image.bytes).status, status) << size;
   }
@@ -331,7 +331,7 @@ TEST(EmbeddedMessage, OfStreamsThatShareTheirBytesFails) {
 
 TEST(EmbeddedMessage, DeeperThanSixtyFourStoragesFails) {
   for (const auto& [depth, status] :
-       {std::pair(64, int32_t{StatusOk}), std::pair(65, int32_t{StatusOutOfMemory})}) {
+       {std::pair(64, Status(StatusOk)), std::pair(65, Status(StatusOutOfMemory))}) {
     CompoundBuilder parent;
     std::string path = kInner;
     for (int i = 0; i < depth; ++i) path += "/a";

@@ -256,7 +256,7 @@ TEST_F(StoreLimits, BoundTheBodyThatImagesMake) {
 TEST_F(StoreLimits, CountNamesOfFolders) {
   constexpr size_t kPages = 500;
   constexpr size_t kPage = 8176;
-  for (const auto& [folders, status] : {std::pair{10, 1}, {11, -1}}) {
+  for (const auto& [folders, status] : {std::pair{10, StatusOk}, {11, StatusOutOfMemory}}) {
     StoreBuilder store(SmallStore());
     for (int i = 0; i < folders; ++i) {
       FolderBuilder& folder = store.folder("A").count(1);

@@ -15,7 +15,7 @@
 namespace tarn::test {
 namespace {
 
-Decoded Ok(std::string body) { return {1, std::move(body)}; }
+Decoded Ok(std::string body) { return {StatusOk, std::move(body)}; }
 const Decoded kDamaged = {StatusNotSupported, "old"};
 
 TEST(CompressedPstRtf, ThePublishedExamples) {
@@ -131,7 +131,7 @@ TEST(CompressedPstRtf, AWrongChecksumIsRefused) {
     }
     EXPECT_EQ(UnpackPst(WriteCompressedRtf({.rawSize = 2, .magic = magic, .crc = right}, contents))
                   .status,
-              1);
+              StatusOk);
   }
 }
 

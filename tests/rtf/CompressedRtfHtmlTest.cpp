@@ -116,9 +116,9 @@ TEST(CompressedRtfHtml, WithoutMemoryTheTextStaysRtf) {
   const std::string value = "<div>&nbsp;value=\"" + std::string(10000, 'v') + "\"x</div>";
   const std::string shortValue = "<div>&nbsp;value=\"" + std::string(97, 'v') + "\"x</div>";
   const std::string rtf = kHead + kMarkup + Tag(value) + "\\'e9}";
-  const Decoded asRtf = {1,
+  const Decoded asRtf = {StatusOk,
                          kHead + "{\\*\\htmltag64 <![if !V]>}" + Tag(shortValue) + "\\'e9}" + '\0'};
-  const Decoded asHtml = {1, "<![if !V]>" + shortValue + "&#xE9;" + '\0'};
+  const Decoded asHtml = {StatusOk, "<![if !V]>" + shortValue + "&#xE9;" + '\0'};
   const std::string packed = PackRtf(rtf);
 
   int keptRtf = 0;

@@ -8,7 +8,7 @@
 namespace tarn::test {
 namespace {
 
-Decoded Ok(std::string body) { return {1, std::move(body)}; }
+Decoded Ok(std::string body) { return {StatusOk, std::move(body)}; }
 const Decoded kDamaged = {StatusNotSupported, "old"};
 
 TEST(CompressedRtf, ThePublishedExamples) {

@@ -48,7 +48,7 @@ inline Decoded DecodePlainly(std::string_view contents, size_t rawSize, const st
   std::string block(207 + rawSize + 1, '\0');
   if (UnpackPlainly(contents, block, 207 + rawSize) == 0) return {StatusNotSupported, old};
   const std::string text = block.substr(207, rawSize);
-  return {1, !text.empty() && text.back() == '\0' ? text : text + '\0'};
+  return {StatusOk, !text.empty() && text.back() == '\0' ? text : text + '\0'};
 }
 
 // The second decoder unpacks into a body that is long enough, else into a block of just the size.
@@ -60,7 +60,7 @@ inline Decoded DecodePstPlainly(std::string_view contents, size_t rawSize, const
   const std::string text = block.substr(207, rawSize);
   block.replace(0, rawSize, text);
   block.resize(block.size() - 207);
-  return {1, block};
+  return {StatusOk, block};
 }
 
 }  // namespace tarn::test

@@ -31,7 +31,7 @@ Checked Check(std::string_view bytes, uint64_t bodyLength, size_t piece) {
     const std::vector<unsigned char> taken(part.begin(), part.end());
     check.take(taken);
   }
-  return {check.status(), check.status() == 1 ? check.bodyLength() : bodyLength};
+  return {check.status(), check.status() == StatusOk ? check.bodyLength() : bodyLength};
 }
 
 // The decoder's answer, found by the check in pieces of all sizes.

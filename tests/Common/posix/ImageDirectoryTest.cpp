@@ -34,12 +34,12 @@ namespace {
 class ImageDirectory : public FileRoute {
  protected:
   // What the rewriting answers when a rival is there first.
-  int32_t RewriteAgainst(std::function<void(const std::filesystem::path&)> first) {
+  Status RewriteAgainst(std::function<void(const std::filesystem::path&)> first) {
     rival = [this, first](const std::filesystem::path& path) {
       taken_ = path;
       first(path);
     };
-    const int32_t result = rewrite(kImage);
+    const Status result = rewrite(kImage);
     EXPECT_FALSE(taken_.empty()) << "no directory was made";
     return result;
   }
@@ -61,7 +61,7 @@ class ImageDirectory : public FileRoute {
 
 TEST_F(ImageDirectory, IsMadeForItsOwnerAlone) {
   const mode_t former = ::umask(0);
-  EXPECT_EQ(rewrite(kImage), 1);
+  EXPECT_EQ(rewrite(kImage), StatusOk);
   ::umask(former);
   struct stat status = {};
   std::string name = std::filesystem::path(record_.tempDirectory).string();

@@ -10,7 +10,7 @@ namespace {
 TEST_F(FileRoute, LineEndsInFrontOfAColonStay) {
   context_.contentId = nullptr;
   context_.name = "x\r:y\nz.png";
-  EXPECT_EQ(rewrite(kImage), 1);
+  EXPECT_EQ(rewrite(kImage), StatusOk);
   EXPECT_EQ(body_.view(), "<img src=\"x\r:y_z.png\">");
   EXPECT_EQ(files(), "x\r:y_z.png");
   EXPECT_EQ(content("x\r:y_z.png"), kImage);
