@@ -32,7 +32,7 @@ void Read(benchmark::State& state, const std::string& mail, bool listAttachments
   KernelMemFileOpen(&handle, &memoryFile, KERNEL_MEMFILE_FILLED, block, mail.size(), mail.size());
 
   uint64_t attachments = 0;
-  const AttachmentRequest request = {kAllAttachments, 1, &CountAttachment, &attachments};
+  const AttachmentRequest request = {kAllAttachments, true, &CountAttachment, &attachments};
   Status status;
   for (auto _ : state) {
     EmlMessage message;

@@ -23,10 +23,6 @@ size_t Find(std::string_view text, std::string_view needle, size_t from) {
 #endif
 }
 
-const char* Pointer(const char* start, size_t place) {
-  return place == std::string_view::npos ? nullptr : start + place;
-}
-
 }  // namespace
 
 size_t FindBytes(std::string_view text, std::string_view needle, size_t from) {
@@ -50,22 +46,6 @@ bool EqualsIgnoringCase(std::string_view a, std::string_view b) {
     if (search::FoldedBytes::Of(a[i]) != search::FoldedBytes::Of(b[i])) return false;
   }
   return true;
-}
-
-const char* FindBytes(const char* start, const char* end, std::string_view needle) {
-  return Pointer(start, FindBytes(std::string_view(start, end), needle));
-}
-
-const char* FindIgnoringCase(const char* start, const char* end, std::string_view needle) {
-  return Pointer(start, FindIgnoringCase(std::string_view(start, end), needle));
-}
-
-const char* FindByte(const char* start, const char* end, char byte) {
-  return Pointer(start, FindByte(std::string_view(start, end), byte));
-}
-
-bool StartsWith(const char* start, const char* end, std::string_view prefix) {
-  return std::string_view(start, end).starts_with(prefix);
 }
 
 }  // namespace tarn

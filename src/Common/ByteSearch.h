@@ -20,12 +20,6 @@ size_t FindByte(std::string_view text, char byte, size_t from = 0);
 bool StartsWithIgnoringCase(std::string_view text, std::string_view prefix);
 bool EqualsIgnoringCase(std::string_view a, std::string_view b);
 
-// The same for texts of two pointers, [start, end): the first occurrence, or null.
-const char* FindBytes(const char* start, const char* end, std::string_view needle);
-const char* FindIgnoringCase(const char* start, const char* end, std::string_view needle);
-const char* FindByte(const char* start, const char* end, char byte);
-bool StartsWith(const char* start, const char* end, std::string_view prefix);
-
 }  // namespace tarn
 
 #endif

@@ -99,7 +99,7 @@ Status ReportEmlAttachment(const AttachmentRequest* request, EmlPart& part, EmlM
   if (request == nullptr) return StatusOk;
 
   PropertyList properties;
-  if (request->infoOnly != 0) {
+  if (request->infoOnly) {
     const Status added = AddProperties(properties, part, headers, disposition);
     if (!added.ok()) return added;
   }

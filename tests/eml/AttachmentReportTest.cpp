@@ -83,7 +83,7 @@ TEST(AttachmentReport, AllPropertiesInTheirOrder) {
       "creation-date=\"Sat, 21 Nov 2026\"",
       "Content-Type: text/css; charset=x\r\nContent-Description: A =?utf-8?Q?b?=\r\n");
   report.setContentId("id@x");
-  report.recorder.request.infoOnly = 1;
+  report.recorder.request.infoOnly = true;
   EXPECT_EQ(report.run(), StatusOk);
   EXPECT_EQ(report.only().bytes, "data");
   EXPECT_EQ(report.only().name, u"a.txt");
@@ -99,7 +99,7 @@ TEST(AttachmentReport, AllPropertiesInTheirOrder) {
 TEST(AttachmentReport, InlinePartsSayInline) {
   Report report("inline");
   report.part.disposition = DispositionInline;
-  report.recorder.request.infoOnly = 1;
+  report.recorder.request.infoOnly = true;
   EXPECT_EQ(report.run(), StatusOk);
   EXPECT_EQ(report.only().properties, (Properties{{u"Content-Disposition:", u"inline"}}));
   EXPECT_FALSE(report.only().name.has_value());
@@ -110,7 +110,7 @@ TEST(AttachmentReport, ContentIdOfOneNulIsNone) {
                                   std::pair(std::string(2, '\0'), std::u16string())}) {
     Report report("attachment");
     report.setContentId(id);
-    report.recorder.request.infoOnly = 1;
+    report.recorder.request.infoOnly = true;
     EXPECT_EQ(report.run(), StatusOk);
     Properties expected = {{u"Content-Disposition:", u"attachment"}};
     if (value.empty()) expected.emplace_back(u"Content-ID:", value);
@@ -120,7 +120,7 @@ TEST(AttachmentReport, ContentIdOfOneNulIsNone) {
 
 TEST(AttachmentReport, LookedUpPropertiesAreDecoded) {
   Report report("attachment", "Content-Description: =?utf-8?Q?caf=C3=A9_1?=\r\n");
-  report.recorder.request.infoOnly = 1;
+  report.recorder.request.infoOnly = true;
   EXPECT_EQ(report.run(), StatusOk);
   EXPECT_EQ(report.only().properties, (Properties{{u"Content-Disposition:", u"attachment"},
                                                   {u"Content-Description:", u"caf\u00E9 1"}}));
@@ -130,19 +130,19 @@ TEST(AttachmentReport, LookedUpPropertyThatIsNoUtf8EndsTheReport) {
   for (const char* const value : {"attachment; creation-date=\"\xE4\"; filename=a",
                                   "attachment; modification-date=\"\xE4\"; filename=a"}) {
     Report report(value);
-    report.recorder.request.infoOnly = 1;
+    report.recorder.request.infoOnly = true;
     EXPECT_EQ(report.run(), StatusFailed);
     EXPECT_TRUE(report.recorder.attachments.empty());
   }
   Report report("attachment", "Content-Description: \xE4\r\n");
-  report.recorder.request.infoOnly = 1;
+  report.recorder.request.infoOnly = true;
   EXPECT_EQ(report.run(), StatusFailed);
 }
 
 TEST(AttachmentReport, FailuresOfTheOtherPropertiesAreIgnored) {
   Report report("attachment", "Content-Type: \xE4\r\n");
   report.setContentId("\xE4");
-  report.recorder.request.infoOnly = 1;
+  report.recorder.request.infoOnly = true;
   EXPECT_EQ(report.run(), StatusOk);
   EXPECT_EQ(report.only().properties, (Properties{{u"Content-Disposition:", u"attachment"}}));
 }
@@ -197,11 +197,11 @@ TEST(AttachmentReport, WithoutACallbackItSucceeds) {
 }
 
 TEST(AttachmentReport, ResultOfTheCallbackIsTheResult) {
-  for (const int32_t result :
-       {StatusOk, StatusDone, StatusFailed, StatusWriteFailed, static_cast<TarnStatus>(77)}) {
+  for (const Status result : {Status(StatusOk), Status(StatusDone), Status(StatusFailed),
+                              Status(StatusWriteFailed), Status::FromCode(77)}) {
     Report report("attachment");
     report.recorder.results = {result};
-    EXPECT_EQ(report.run().code(), result);
+    EXPECT_EQ(report.run(), result);
   }
 }
 
@@ -221,7 +221,7 @@ TEST(AttachmentReport, EmptyPartStillHasABlock) {
     return StatusDone;
   };
   KernelBlock<char> kept;
-  const AttachmentRequest request = {1, 0, keep, &kept};
+  const AttachmentRequest request = {1, false, keep, &kept};
   EXPECT_EQ(report.runWith(&request), StatusDone);
   EXPECT_TRUE(kept);
 }
@@ -235,7 +235,7 @@ TEST(AttachmentReport, CallbackMayKeepTheList) {
     return StatusOk;
   };
   KernelBlock<AttachmentProperty> kept;
-  const AttachmentRequest request = {kAllAttachments, 1, keep, &kept};
+  const AttachmentRequest request = {kAllAttachments, true, keep, &kept};
   EXPECT_EQ(report.runWith(&request), StatusOk);
   ASSERT_TRUE(kept);
   EXPECT_EQ(std::u16string(kept[0].value), u"attachment");
@@ -254,7 +254,7 @@ TEST(AttachmentReport, EachFailedAllocationFailsTheReportOrIsIgnored) {
   const auto round = [&](test::FaultedWork& faulted) {
     Report report("attachment; filename=\"a\"; creation-date=\"c\"",
                   "Content-Type: text/css\r\nContent-Description: d\r\n");
-    report.recorder.request.infoOnly = 1;
+    report.recorder.request.infoOnly = true;
     const Status status = faulted([&] { return report.run(); });
     if (!faulted.isReached()) {
       EXPECT_EQ(status, StatusOk);
@@ -277,7 +277,7 @@ std::vector<Properties> ReportedProperties(const std::vector<EmlEntity>& parts) 
   EmlEntity body = EmlEntity::Multipart("mixed", "sep");
   for (const EmlEntity& part : parts) body.part(part);
   AttachmentRecorder recorder;
-  recorder.request.infoOnly = 1;
+  recorder.request.infoOnly = true;
   const test::ReadMail read(EmlBuilder::Usual().body(body).build(), &recorder.request);
   EXPECT_EQ(read.status, StatusOk);
   std::vector<Properties> all;

@@ -19,7 +19,7 @@ using test::MailOfAll;
 using test::MemoryMail;
 
 // The statuses of a read with one call of the group after the other failed, and with none.
-std::set<int32_t> Sweep(int32_t group, uint32_t infoOnly, const std::string& subject = kWords) {
+std::set<int32_t> Sweep(int32_t group, bool infoOnly, const std::string& subject = kWords) {
   const std::string text = MailOfAll(subject);
   std::set<int32_t> statuses;
   const MemoryMail mail(text);
@@ -61,28 +61,28 @@ TEST(EmlFaults, SoundReadRepairsItsFields) {
 }
 
 TEST(EmlFaults, Memory) {
-  EXPECT_EQ(Sweep(PlainKernelFaultMemory, 0), (std::set<int32_t>{StatusOutOfMemory, StatusOk}));
-  EXPECT_EQ(Sweep(PlainKernelFaultMemory, 1), (std::set<int32_t>{StatusOutOfMemory, StatusOk}));
-  EXPECT_EQ(Sweep(PlainKernelFaultMemory, 1, "no words"),
+  EXPECT_EQ(Sweep(PlainKernelFaultMemory, false), (std::set<int32_t>{StatusOutOfMemory, StatusOk}));
+  EXPECT_EQ(Sweep(PlainKernelFaultMemory, true), (std::set<int32_t>{StatusOutOfMemory, StatusOk}));
+  EXPECT_EQ(Sweep(PlainKernelFaultMemory, true, "no words"),
             (std::set<int32_t>{StatusOutOfMemory, StatusOk}));
 }
 
 TEST(EmlFaults, Read) {
-  EXPECT_EQ(Sweep(PlainKernelFaultRead, 0), (std::set<int32_t>{StatusReadFailed, StatusOk}));
+  EXPECT_EQ(Sweep(PlainKernelFaultRead, false), (std::set<int32_t>{StatusReadFailed, StatusOk}));
 }
 
 TEST(EmlFaults, Seek) {
-  EXPECT_EQ(Sweep(PlainKernelFaultSeek, 0), (std::set<int32_t>{StatusSeekFailed, StatusOk}));
+  EXPECT_EQ(Sweep(PlainKernelFaultSeek, false), (std::set<int32_t>{StatusSeekFailed, StatusOk}));
 }
 
 TEST(EmlFaults, Text) {
   // A file name or a looked-up property gives StatusFailed, a part's text StatusPathToUtf8Failed;
   // words and properties of the list fail without a trace.
-  EXPECT_EQ(Sweep(PlainKernelFaultText, 0),
+  EXPECT_EQ(Sweep(PlainKernelFaultText, false),
             (std::set<int32_t>{StatusPathToUtf8Failed, StatusFailed, StatusOk}));
-  EXPECT_EQ(Sweep(PlainKernelFaultText, 1),
+  EXPECT_EQ(Sweep(PlainKernelFaultText, true),
             (std::set<int32_t>{StatusPathToUtf8Failed, StatusFailed, StatusOk}));
-  EXPECT_EQ(Sweep(PlainKernelFaultText, 1, "no words"),
+  EXPECT_EQ(Sweep(PlainKernelFaultText, true, "no words"),
             (std::set<int32_t>{StatusPathToUtf8Failed, StatusFailed, StatusOk}));
 }
 

@@ -117,7 +117,7 @@ TEST(EmlMemory, AnAttachmentIsInMemoryOnce) {
        {EmlEncoding::None, EmlEncoding::Base64, EmlEncoding::QuotedPrintable}) {
     for (const char* const type : {"application/pdf", "a/b", "image/jpeg; name=x"}) {
       Taker taker;
-      const AttachmentRequest request = {1, 0, &Taker::Take, &taker};
+      const AttachmentRequest request = {1, false, &Taker::Take, &taker};
       const std::string text = MailOf({Html(), Large(type, encoding).disposition("attachment")});
       EXPECT_LT(PeakBesideTheFile(text, &request, StatusDone), kContent + kLittle);
       EXPECT_EQ(taker.capacity, kContent);
@@ -132,7 +132,7 @@ TEST(EmlMemory, ABlockIsAsLargeAsItsTextHoweverTheContentIsWritten) {
   for (size_t i = 0; i < kContent; ++i) content += "Q\n";
   EmlEntity part = EmlEntity::Leaf("a/b", content).header("Content-Transfer-Encoding", "base64");
   Taker taker;
-  const AttachmentRequest request = {1, 0, &Taker::Take, &taker};
+  const AttachmentRequest request = {1, false, &Taker::Take, &taker};
   EXPECT_LT(
       PeakBesideTheFile(MailOf({Html(), part.disposition("attachment")}), &request, StatusDone),
       kContent / 4 * 3 + kLittle);
@@ -149,7 +149,7 @@ TEST(EmlMemory, ACallbackThatKeepsABlockDoesNotTakeItFromTheDocument) {
     kept.adopt(data->take(), length);
     return StatusOk;
   };
-  const AttachmentRequest request = {kAllAttachments, 0, keep, &taken};
+  const AttachmentRequest request = {kAllAttachments, false, keep, &taken};
   for (const char* const type : {"text/html", "text/plain", "a/b"}) {
     const EmlEntity part = EmlEntity::Leaf(type, "text").disposition("attachment");
     const ReadMail read(MailOf({part}), &request);

@@ -241,12 +241,12 @@ TEST(MimePart, ReportedBytesAreDecodedButNotConverted) {
 }
 
 TEST(MimePart, ResultOfTheReportEndsThePart) {
-  for (const int32_t result : {StatusDone, StatusFailed, StatusReadFailed}) {
+  for (const Status result : {Status(StatusDone), Status(StatusFailed), Status(StatusReadFailed)}) {
     AttachmentRecorder recorder;
     recorder.results = {result};
     const Parsed parsed("\nContent-Type: x; name=n\nContent-Disposition: inline\n\nabc",
                         &recorder.request);
-    EXPECT_EQ(parsed.status.code(), result);
+    EXPECT_EQ(parsed.status, result);
     EXPECT_FALSE(parsed.part.name.hasBlock());
     EXPECT_EQ(parsed.part.raw.data(), nullptr);
   }

@@ -335,7 +335,8 @@ TEST(PartWalker, FailureOfANestedWalkEndsTheOuterOne) {
 }
 
 TEST(PartWalker, CallbackEndsTheWalk) {
-  for (const int32_t result : {StatusDone, StatusFailed, StatusCreateFailed}) {
+  for (const Status result :
+       {Status(StatusDone), Status(StatusFailed), Status(StatusCreateFailed)}) {
     AttachmentRecorder recorder;
     recorder.results = {StatusOk, result};
     const EmlEntity attachment = EmlEntity::Leaf("text/css", "c").disposition("attachment");
@@ -343,7 +344,7 @@ TEST(PartWalker, CallbackEndsTheWalk) {
         ReadParts({Html("h"), attachment, EmlEntity::Multipart("x", "in").part(attachment),
                    attachment, Html("late")},
                   kCrLf, &recorder.request);
-    EXPECT_EQ(read.status.code(), result);
+    EXPECT_EQ(read.status, result);
     EXPECT_EQ(recorder.attachments.size(), 2u);
     EXPECT_EQ(read.body(), "h\0"sv);
   }

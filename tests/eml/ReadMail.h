@@ -41,7 +41,7 @@ struct ReportedAttachment {
 // A request for all attachments whose callback takes down what it gets and gives `results`, one
 // after another, and StatusOk after them.
 struct AttachmentRecorder {
-  AttachmentRequest request{kAllAttachments, 0, &AttachmentRecorder::Take, this};
+  AttachmentRequest request{kAllAttachments, false, &AttachmentRecorder::Take, this};
   std::vector<ReportedAttachment> attachments;
   std::vector<Status> results;
 
