@@ -77,7 +77,7 @@ Status DecodeWords(std::string_view text, TextWriter& out, size_t& rest, bool* c
     out.append(Between(text, rest, word->begin));
 
     const CharsetRef charset = ClassifyCharset(word->charset);
-    if (!out.status().ok() || !IsTaken(*word, charset)) break;
+    if (!IsTaken(*word, charset)) break;
     if (const Status status = DecodeWord(*word, charset, decoded); !status.ok()) return status;
     out.appendAsIs(decoded.view());
     if (!out.status().ok()) break;
