@@ -145,7 +145,7 @@ TEST(ImageParts, ImageBeforeItsHtmlIsNotPutIn) {
   EXPECT_EQ(Text(read), "<img src=\"cid:a\">");
 }
 
-TEST(ImageParts, LastImageWithoutAPlaceGivesTwoWithoutAClosingDelimiter) {
+TEST(ImageParts, LastImageWithoutAPlaceIsToldWithoutAClosingDelimiter) {
   EXPECT_EQ(ReadUnclosed({Html("<p>"), Image()}).status, StatusDone);
   EXPECT_EQ(ReadUnclosed({Image()}).status, StatusDone);  // no body
   EXPECT_EQ(
