@@ -50,7 +50,8 @@ inline constexpr std::string_view kSubject = "Subject:";
 inline constexpr std::string_view kImportance = "Importance:";
 }  // namespace eml_label
 
-// Around a label of the HTML table. Unlike the row of a MailMessage it has no line feed in front.
+// Around a label of the HTML table. Unlike the row of a MailMessage it does not begin with a line
+// feed.
 inline constexpr std::string_view kEmlHtmlHead =
     "<tr><td style = 'width:87pt; padding: 0px; vertical-align:top'><b><span lang = EN-US style = "
     "'font-family:\"Calibri\",\"sans-serif\";mso-bidi-font-family:Calibri; color:black; "
@@ -64,8 +65,8 @@ template <const std::string_view& kLabel>
 inline constexpr std::string_view kEmlHtmlOpener =
     Joined<kEmlHtmlHead, kLabel, kEmlHtmlMiddle>::kText;
 
-// Around a label in RTF. Unlike the row of a MailMessage it has no CR in front. The labels are not
-// padded; tabs align the fields.
+// Around a label in RTF. Unlike the row of a MailMessage it does not begin with a CR. The labels
+// are not padded; tabs align the fields.
 inline constexpr std::string_view kEmlRtfHead =
     "{\\rtlch\\fcs1 \\ab\\af37 \\ltrch\\fcs0 \\b\\cf0\\insrsid5716485 ";
 inline constexpr std::string_view kEmlRtfThreeTabs = "\\tab \\tab \\tab ";

@@ -2,7 +2,7 @@
 // that share a set with another.
 //
 // Texts are UTF-8 and reach the document byte for byte; the blanks that pad them to one width are
-// part of them. Arabic stands in reading order, first letter first.
+// part of them. Arabic is in reading order, first letter first.
 #ifndef TARN_RENDER_HEADER_LABEL_TABLE_H
 #define TARN_RENDER_HEADER_LABEL_TABLE_H
 
@@ -52,7 +52,7 @@ struct LanguageFold {
   uint32_t to;
 };
 
-// Searched from the top. 0x1401 stands here twice, and 0x0801 not at all: its labels are English.
+// Searched from the top. 0x1401 is here twice, and 0x0801 not at all: its labels are English.
 inline constexpr std::array<LanguageFold, 21> kLanguageFolds = {{
     {0x0004, 0x0804}, {0x7804, 0x0804}, {0x1004, 0x0804}, {0x0C04, 0x0404}, {0x7C04, 0x0404},
     {0x1404, 0x0404}, {0x1401, 0x2C01}, {0x1401, 0x2C01}, {0x3C01, 0x2C01}, {0x0C01, 0x2C01},

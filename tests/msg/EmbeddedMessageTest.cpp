@@ -185,7 +185,7 @@ TEST(EmbeddedMessage, KeepsAPropertiesStreamAmongTheNamedProperties) {
 }
 
 // The stream of one value of a property with many has a name of 29 bytes. The listing puts it
-// behind the storages of recipients, which are shorter, and of attachments, whose names are
+// after the storages of recipients, which are shorter, and of attachments, whose names are
 // smaller.
 TEST(EmbeddedMessage, WhoseLastNameIsAStreamOpensWithItsStorages) {
   constexpr const char* kValue = "__substg1.0_8001101F-00000000";
@@ -252,7 +252,7 @@ TEST(EmbeddedMessage, WithAStreamLargerThanTheFileIsOutOfMemory) {
   }
 }
 
-// A damaged directory: in front of the stream "d" stands one named "d/e", which is looked up as
+// A damaged directory: before the stream "d" is one named "d/e", which is looked up as
 // what hangs below "d". So the copy has a storage "d" by the time the stream is to be made.
 TEST(EmbeddedMessage, WhoseStreamCannotBeMadeCannotBeWritten) {
   const auto exported = [](std::string_view bytes) {
@@ -369,7 +369,7 @@ TEST(EmbeddedMessage, KeepsItsTimeThroughTheWiderHeader) {
   EXPECT_EQ(Bytes(reading.message.sent), kSampleSent);
 }
 
-TEST(EmbeddedMessage, IsWrittenBehindNothingInAFilledBuffer) {
+TEST(EmbeddedMessage, IsWrittenAfterNothingInAFilledBuffer) {
   OpenMsg msg(StreamsOnly().write());
   TrackedBuffer<char> data(0, 1024, 1);
   ASSERT_EQ(data.append("filled", 6), StatusOk);

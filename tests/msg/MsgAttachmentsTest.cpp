@@ -275,7 +275,7 @@ std::string TimesOf(const std::string& records) {
   return text;
 }
 
-// The scan leaves out the first record, behind the 8 bytes of the header that attachments have.
+// The scan leaves out the first record, after the 8 bytes of the header that attachments have.
 TEST(MsgAttachments, HaveTheirTimesFromOffset24On) {
   const std::string header(8, '\0');
   const std::string first = MsgRecord(3, 0x0E21, 0);

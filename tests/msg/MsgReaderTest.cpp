@@ -150,7 +150,7 @@ std::string Sent(const std::string& properties) {
   return Bytes(reading.message.sent) + "|" + Bytes(reading.message.importance);
 }
 
-TEST_F(MsgReader, ReadsRecordsBehindAHeaderOf32Bytes) {
+TEST_F(MsgReader, ReadsRecordsAfterAHeaderOf32Bytes) {
   const std::string header(32, '\xEE');
   const std::string sent = MsgRecord(0x40, 0x39, kSampleTime);
   const std::string one = std::string(kSampleSent) + "|(null)";

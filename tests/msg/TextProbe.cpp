@@ -28,7 +28,7 @@ int64_t __wrap_KernelUtf8ToWide(const char* source, int64_t bytes, char16_t* des
   if (destination != nullptr && units > 0) before.assign(destination, static_cast<size_t>(units));
   const int64_t written = __real_KernelUtf8ToWide(source, bytes, destination, units);
   if (written == 0 || g_answer == 0) return written;
-  // The units behind are as they were.
+  // The units after it are as they were.
   for (int64_t i = written; i < units; ++i) destination[i] = before[static_cast<size_t>(i)];
   return g_answer;
 }

@@ -1,6 +1,6 @@
 // TextProbe.h - a kernel whose conversion to wide text tells success and no number of units.
 //
-// MsgTests links a double of KernelUtf8ToWide in front of the kernel's; without a probe it hands
+// MsgTests links a double of KernelUtf8ToWide before the kernel's; without a probe it hands
 // every call on.
 #ifndef TARN_TESTS_MSG_TEXTPROBE_H
 #define TARN_TESTS_MSG_TEXTPROBE_H

@@ -31,7 +31,7 @@ void ExpectKept(std::string_view document) {
   EXPECT_EQ(std::string(text.view()), document);
 }
 
-TEST(CharsetMeta, StandsBehindTheHead) {
+TEST(CharsetMeta, ComesAfterTheHead) {
   EXPECT_EQ(Ensure("<html><head><title>x</title></head>"),
             Terminated("<html><head>"
                        "<meta http-equiv=Content-Type content=\"text/html; charset=utf-8\">"
@@ -40,13 +40,13 @@ TEST(CharsetMeta, StandsBehindTheHead) {
 
 TEST(CharsetMeta, TheSizeRisesBySixtySix) {
   EXPECT_EQ(Ensure("<head>").size(), 6u + 66u);
-  // A terminator that was counted before is counted still, and one more behind it.
+  // A terminator that was counted before is counted still, and one more after it.
   EXPECT_EQ(Ensure(std::string_view("<head>x\0", 8)),
             "<head><meta http-equiv=Content-Type content=\"text/html; charset=utf-8\">x" +
                 std::string(2, '\0'));
 }
 
-// Drivers write a NUL behind the size.
+// Drivers write a NUL after the size.
 TEST(CharsetMeta, TheBlockHasOneMoreNul) {
   TrackedBuffer<char> text;
   Set(text, "<head>x");

@@ -121,7 +121,7 @@ TEST(EmlHtml, OneOfTheFourIsEnough) {
 
 // The place of the block, and the html element ----------------------------------------------------
 
-TEST(EmlHtmlSplice, BehindTheOpeningOfTheBody) {
+TEST(EmlHtmlSplice, AfterTheOpeningOfTheBody) {
   EXPECT_EQ(RenderToBob("<html><body a=\"b\">text</body></html>"),
             "<html><body a=\"b\">" + kToBob + "text</body></html>");
 }
@@ -140,7 +140,7 @@ TEST(EmlHtmlWrap, ABodyWithoutAnHtmlElementGetsOne) {
   EXPECT_EQ(RenderToBob("<p><body>text"), "<html><p><body>" + kToBob + "text</html>");
 }
 
-TEST(EmlHtmlWrap, ATerminatorStaysBehindTheElement) {
+TEST(EmlHtmlWrap, ATerminatorStaysAfterTheElement) {
   EXPECT_EQ(RenderToBob(std::string_view("text\0", 5)),
             Terminated("<html>" + kToBob + "text</html>"));
   EXPECT_EQ(RenderToBob(std::string_view("text\0\0", 6)),

@@ -17,10 +17,10 @@ using test::Terminated;
 const std::string kFourTabs = R"(\tab \tab \tab \tab )";
 const std::string kThreeTabs = R"(\tab \tab \tab )";
 
-// What stands behind the rows: two empty paragraphs.
-const std::string kBehind = test::kRtfEmptyParagraph + test::kRtfEmptyParagraph;
+// What follows the rows: two empty paragraphs.
+const std::string kTail = test::kRtfEmptyParagraph + test::kRtfEmptyParagraph;
 
-const std::string kToBob = test::EmlRtfRow("To:" + kFourTabs, "Bob") + kBehind;
+const std::string kToBob = test::EmlRtfRow("To:" + kFourTabs, "Bob") + kTail;
 
 std::string RenderToBob(std::string_view body) {
   EmlMessage message;
@@ -61,16 +61,16 @@ TEST(EmlRtf, AllRowsInTheirOrderInEnglish) {
   SetTerminated(message.importance, "high");
   Set(message.body, R"({\rtf1\pard Hi})");
   ASSERT_EQ(RenderEmlMessage(message), StatusOk);
-  EXPECT_EQ(Bytes(message.body),
-            Terminated(
-                R"({\rtf1)" + test::EmlRtfRow(R"(From:\tab \tab \tab \tab )", "Ann") +
-                test::EmlRtfRow(R"(To:\tab \tab \tab \tab )", "Bob") +
-                test::EmlRtfRow(R"(Sent:\tab \tab \tab \tab )", "Sat, 21 Nov 2026 10:00:00 +0000") +
-                test::EmlRtfRow(R"(Cc:\tab \tab \tab \tab )", "Cy") +
-                test::EmlRtfRow(R"(Bcc:\tab \tab \tab )", "Di") +
-                test::EmlRtfRow(R"(Subject:\tab \tab \tab )", "Hello") +
-                test::EmlRtfRow(R"(Importance:\tab \tab \tab \tab )", "high") + kBehind +
-                R"(\pard Hi})"));
+  EXPECT_EQ(
+      Bytes(message.body),
+      Terminated(
+          R"({\rtf1)" + test::EmlRtfRow(R"(From:\tab \tab \tab \tab )", "Ann") +
+          test::EmlRtfRow(R"(To:\tab \tab \tab \tab )", "Bob") +
+          test::EmlRtfRow(R"(Sent:\tab \tab \tab \tab )", "Sat, 21 Nov 2026 10:00:00 +0000") +
+          test::EmlRtfRow(R"(Cc:\tab \tab \tab \tab )", "Cy") +
+          test::EmlRtfRow(R"(Bcc:\tab \tab \tab )", "Di") +
+          test::EmlRtfRow(R"(Subject:\tab \tab \tab )", "Hello") +
+          test::EmlRtfRow(R"(Importance:\tab \tab \tab \tab )", "high") + kTail + R"(\pard Hi})"));
 }
 
 // RTF in a value is RTF in the document, and other bytes get no font.
@@ -83,7 +83,7 @@ TEST(EmlRtf, ValuesAreCopiedAsTheyStand) {
   EXPECT_EQ(Bytes(message.body),
             Terminated(R"({\rtf1{\fonttbl{\f0 Arial;}})" +
                        test::EmlRtfRow("To:" + kFourTabs, std::string("{\\b<a>}\xC3\xA9\0x", 11)) +
-                       kBehind + R"(\pard})"));
+                       kTail + R"(\pard})"));
 }
 
 TEST(EmlRtf, EmptyFieldsHaveNoRow) {
@@ -113,7 +113,7 @@ TEST(EmlRtf, TheBlockStandsInFrontOfTheFirstParagraph) {
             Terminated(R"(a\Pard b)" + kToBob + R"(\pard c\pard d)"));
 }
 
-// The fonts stay as they are, so that nothing in front of the paragraph is lost.
+// The fonts stay as they are, so that nothing before the paragraph is lost.
 TEST(EmlRtf, AParagraphInsideTheFontTable) {
   EXPECT_EQ(RenderToBob(R"({\rtf1{\fonttbl{\f0\pard Arial;}}\pard x})"),
             Terminated(R"({\rtf1{\fonttbl{\f0)" + kToBob + R"(\pard Arial;}}\pard x})"));

@@ -78,7 +78,7 @@ TEST(EmlText, WithoutFromToDateAndCcThereIsNoBlock) {
   EXPECT_EQ(Bytes(message.body), Terminated("Body"));
 }
 
-TEST(EmlText, TheBlockStandsBehindTheMark) {
+TEST(EmlText, TheBlockComesAfterTheMark) {
   EXPECT_EQ(RenderToBob("+/vText"), "+/v" + kToBob + "Text");
 }
 

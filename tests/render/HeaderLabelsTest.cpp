@@ -209,7 +209,7 @@ TEST(ImportanceText, AnyOtherValueAppendsNothing) {
   }
 }
 
-TEST(ImportanceText, TheWordGoesBehindTheText) {
+TEST(ImportanceText, TheWordGoesAfterTheText) {
   SizedBytes text;
   ASSERT_EQ(ImportanceText(2, text), StatusOk);
   ASSERT_EQ(ImportanceText(0, text), StatusOk);

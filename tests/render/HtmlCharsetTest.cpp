@@ -94,7 +94,7 @@ TEST(HtmlCharset, OnlyTheFirstDeclarationCounts) {
             Terminated(kGermanBlock + "<meta charset=koi8-r><meta charset=windows-1252>\xFC"));
 }
 
-// What stands in front of the name keeps its bytes.
+// What comes before the name keeps its bytes.
 TEST(HtmlCharset, AnElementThatNeverEndsReachesToTheEnd) {
   EXPECT_EQ(RenderInGerman("<meta charset=windows-1252"),
             Terminated(kGermanBlock + "<meta charset=UTF-8"));

@@ -172,7 +172,7 @@ TEST(MailHtmlFrom, TheTerminatorPlaysNoPartInTheComparison) {
 
 // The place of the block ------------------------------------------------------------------------
 
-TEST(MailHtmlSplice, BehindTheOpeningOfTheBody) {
+TEST(MailHtmlSplice, AfterTheOpeningOfTheBody) {
   EXPECT_EQ(RenderSubject("<html><body bgcolor=\"white\" >text<body>x</body>"),
             Terminated("<html><body bgcolor=\"white\" >" + kSubjectHi + "text<body>x</body>"));
   EXPECT_EQ(RenderSubject("<bodyguard>x"), Terminated("<bodyguard>" + kSubjectHi + "x"));
@@ -294,9 +294,7 @@ TEST(MailHtml, ADocumentBeyondTheReportingThresholdIsGivenBack) {
   const std::string body(8000000, 'x');
   SetTerminated(message.body, body);
   ASSERT_EQ(RenderMailMessage(&message, DocumentHtml), StatusOk);
-  PlainKernelUsageRecord usage = {};
-  PlainKernelUsage(&usage);
-  EXPECT_EQ(usage.reportedBytes, 0u);
+  EXPECT_EQ(test::Usage().reportedBytes, 0u);
   EXPECT_EQ(Bytes(message.body), Terminated(kSubjectHi + body));
 }
 

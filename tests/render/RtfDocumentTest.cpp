@@ -256,7 +256,7 @@ TEST(MailRtfTable, AParagraphInsideATableThatGrew) {
                        Subject(kKanjiRtf) + R"(\pard A;}}x})"));
 }
 
-// A document without a table gets one in front of its "\from", which opens with a form feed in
+// A document without a table gets one before its "\from", which opens with a form feed in
 // place of a backslash and an "f". Its first font has the number of the default font.
 TEST(MailRtfTable, ADocumentWithoutATable) {
   EXPECT_EQ(RenderSubject(kKanji, R"({\rtf1\fromtext \pard x})"),

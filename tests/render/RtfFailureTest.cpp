@@ -60,7 +60,7 @@ TEST(MailRtfFailure, ADamagedTable) {
   EXPECT_EQ(RenderMailMessage(&message, DocumentRtf), StatusOk);
 }
 
-// Behind a letter beyond ASCII a NUL cannot be written.
+// After a letter beyond ASCII a NUL cannot be written.
 TEST(MailRtfFailure, AValueThatCannotBeWritten) {
   MailMessage message;
   SetTerminated(message.from, "Ann");

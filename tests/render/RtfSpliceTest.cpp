@@ -97,13 +97,13 @@ TEST(RtfSpliceTable, ATableThatDidNotGrowStays) {
   EXPECT_EQ(Splice("ab\\pard<old>", table), Terminated("abROWS" + kSeparator + "\\pard<old>"));
 }
 
-// The rest of the old table comes behind the block.
+// The rest of the old table comes after the block.
 TEST(RtfSpliceTable, AParagraphInsideTheTable) {
   EXPECT_EQ(Splice("ab<o\\pard ld>cd", GrownTable(2, 13, "[new]")),
             Terminated("ab[new]ROWS" + kSeparator + "\\pard ld>cd"));
 }
 
-// All in front of the paragraph is lost, and so is the new table.
+// All before the paragraph is lost, and so is the new table.
 TEST(RtfSpliceTable, AParagraphInFrontOfTheTable) {
   EXPECT_EQ(Splice("ab\\pard<old>cd", GrownTable(7, 12, "[new]")),
             Terminated("ROWS" + kSeparator + "\\pard<old>cd"));
@@ -164,7 +164,7 @@ TEST(RtfSplice, TheNewTextIsOneBlock) {
 
 // The block of a mail file ------------------------------------------------------------------------
 
-TEST(EmlRtfSplice, TheSeparatorComesBehindTheBlock) {
+TEST(EmlRtfSplice, TheSeparatorComesAfterTheBlock) {
   SizedBytes body;
   Set(body, "a\\pard b");
   SizedBytes block;

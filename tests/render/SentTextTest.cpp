@@ -83,7 +83,7 @@ TEST_F(SentText, StaysEnglishInAGermanEnvironment) {
   EXPECT_EQ(Format(132444736000000000), "Sun Sep 13, 2020 12:26 PM");
 }
 
-TEST_F(SentText, GoesBehindTheText) {
+TEST_F(SentText, GoesAfterTheText) {
   SizedBytes text;
   ASSERT_EQ(text.append("at "), StatusOk);
   ASSERT_EQ(FormatFileTime(k1970, text), StatusOk);

@@ -153,7 +153,7 @@ TEST(MailText, ATerminatorIsAddedOnlyWhenThereIsNone) {
 }
 
 // The text of a store is UTF-16, and its last byte mostly a NUL.
-TEST(MailText, Utf16StaysBehindUtf8Rows) {
+TEST(MailText, Utf16StaysAfterUtf8Rows) {
   MailMessage message;
   Set(message.to, "Bob");
   Set(message.cc, "Cy");

@@ -5,27 +5,22 @@
 #include <string>
 
 #include "Tarnbase/PlainKernel.h"
+#include "support/KernelUsage.h"
 #include "support/TempDirectory.h"
 
 namespace tarn {
 namespace {
-
-uint64_t LiveBytes() {
-  PlainKernelUsageRecord usage = {};
-  PlainKernelUsage(&usage);
-  return usage.liveBytes;
-}
 
 // Slack ------------------------------------------------------------------------------------------
 
 // What is live of a block of `capacity` elements after its slack was given back.
 template <typename T>
 uint64_t LeftOf(uint64_t used, uint64_t capacity) {
-  const uint64_t before = LiveBytes();
+  const uint64_t before = test::Usage().liveBytes;
   TrackedBuffer<T> buffer;
   buffer.adopt(AllocateBlock<T>(capacity, TARN_HERE), used, capacity);
   buffer.shrinkToFit();
-  return LiveBytes() - before;
+  return test::Usage().liveBytes - before;
 }
 
 TEST(ShrinkToFit, GivesBackMoreThan32Bytes) {
@@ -67,7 +62,7 @@ struct Delivery {
 
 TEST(AttachmentDelivery, ToMemoryClearsTheThreeWordsOfTheBuffer) {
   for (const std::string& bytes : {std::string("the bytes"), std::string()}) {
-    const uint64_t before = LiveBytes();
+    const uint64_t before = test::Usage().liveBytes;
     Delivery delivery(bytes);
     EXPECT_EQ(delivery.run(), StatusDone);
     EXPECT_EQ(delivery.data.data(), nullptr);
@@ -77,7 +72,7 @@ TEST(AttachmentDelivery, ToMemoryClearsTheThreeWordsOfTheBuffer) {
     const KernelBlock<char> taken(static_cast<char*>(delivery.context.data));
     const uint64_t size = delivery.context.size;
     EXPECT_EQ(std::string(taken.get(), size), bytes);
-    EXPECT_EQ(LiveBytes() - before, bytes.size());
+    EXPECT_EQ(test::Usage().liveBytes - before, bytes.size());
     // The buffer starts again from nothing.
     EXPECT_EQ(delivery.data.append("more", 4), StatusOk);
     EXPECT_EQ(std::string(delivery.data.data(), delivery.data.length()), "more");
@@ -86,13 +81,10 @@ TEST(AttachmentDelivery, ToMemoryClearsTheThreeWordsOfTheBuffer) {
 
 TEST(AttachmentDelivery, ToMemoryTakesTheBytesFromTheHostsBudget) {
   Delivery delivery(std::string(9000000, 'x'));
-  PlainKernelUsageRecord usage = {};
-  PlainKernelUsage(&usage);
-  EXPECT_GE(usage.reportedBytes, 9000000u);
+  EXPECT_GE(test::Usage().reportedBytes, 9000000u);
   EXPECT_EQ(delivery.run(), StatusDone);
   const KernelBlock<char> taken(static_cast<char*>(delivery.context.data));
-  PlainKernelUsage(&usage);
-  EXPECT_EQ(usage.reportedBytes, 0u);
+  EXPECT_EQ(test::Usage().reportedBytes, 0u);
 }
 
 TEST(AttachmentDelivery, ToAFileLeavesTheBufferToTheReader) {

@@ -6,25 +6,20 @@
 #include "PstSamples.h"
 #include "support/EmlBuilder.h"
 #include "support/FakeHost.h"
+#include "support/KernelUsage.h"
 
 namespace tarn::test {
 namespace {
-
-uint64_t LiveBytes() {
-  PlainKernelUsageRecord usage = {};
-  PlainKernelUsage(&usage);
-  return usage.liveBytes;
-}
 
 TEST(AttachmentMemory, AnExtractedAttachmentHasNoSlack) {
   for (const size_t size : {size_t{0}, size_t{1}, size_t{24}, size_t{100000}}) {
     StoreBuilder store(PstLayout::Unicode);
     store.folder("Inbox").message().attachment(u"a", std::string(size, 'x'));
     FakeHost host(store.bytes());
-    const uint64_t before = LiveBytes();
+    const uint64_t before = Usage().liveBytes;
     ASSERT_EQ(host.extract(1), StatusOk);
     EXPECT_EQ(Copy(host.extractContext->size), size);
-    EXPECT_EQ(LiveBytes() - before, size);
+    EXPECT_EQ(Usage().liveBytes - before, size);
     KernelFree(host.extractContext->data, TARN_HERE);
   }
 }
@@ -32,18 +27,18 @@ TEST(AttachmentMemory, AnExtractedAttachmentHasNoSlack) {
 // The head, two items, their names, and three properties.
 TEST(AttachmentMemory, AListHasNoSlack) {
   FakeHost host(SampleStore(PstLayout::Unicode));
-  const uint64_t before = LiveBytes();
+  const uint64_t before = Usage().liveBytes;
   ASSERT_EQ(host.attachmentInfo(), StatusOk);
-  EXPECT_EQ(LiveBytes() - before, 32u + 2 * 88u + 2 * (8u + 11u) + 3 * 512u);
+  EXPECT_EQ(Usage().liveBytes - before, 32u + 2 * 88u + 2 * (8u + 11u) + 3 * 512u);
   FreeAttachmentBlock(host.listContext->block);
-  EXPECT_EQ(LiveBytes(), before);
+  EXPECT_EQ(Usage().liveBytes, before);
 }
 
 TEST(AttachmentMemory, AListOfNothingIsItsHead) {
   FakeHost host(kPlainMail);
-  const uint64_t before = LiveBytes();
+  const uint64_t before = Usage().liveBytes;
   ASSERT_EQ(host.attachmentInfo(), StatusOk);
-  EXPECT_EQ(LiveBytes() - before, 32u);
+  EXPECT_EQ(Usage().liveBytes - before, 32u);
   FreeAttachmentBlock(host.listContext->block);
 }
 

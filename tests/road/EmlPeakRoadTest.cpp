@@ -10,6 +10,7 @@
 #include "support/EmlBuilder.h"
 #include "support/FakeHost.h"
 #include "support/PeakMemory.h"
+#include "support/Texts.h"
 
 namespace tarn::test {
 namespace {
@@ -19,12 +20,6 @@ constexpr uint64_t kMebibyte = uint64_t{1} << 20;
 // How long images may make the body of a file, and what a call may take.
 uint64_t BodyBound(const std::string& mail) { return 64 * kMebibyte + 16 * mail.size(); }
 uint64_t PeakBound(const std::string& mail) { return 192 * kMebibyte + 32 * mail.size(); }
-
-std::string Repeat(std::string_view piece, uint64_t count) {
-  std::string out;
-  for (; count > 0; --count) out += piece;
-  return out;
-}
 
 // A page whose <head> asks for a declaration, so that the document is once more made anew.
 EmlEntity Page(std::string_view body) {

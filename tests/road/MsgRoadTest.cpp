@@ -155,7 +155,7 @@ TEST_F(MsgRoad, WritesTheAddressEvenWhenThereIsNone) {
   EXPECT_EQ(DocumentOf(msg.write()), Counted("From:      \tAnn\r\nBody"));
 }
 
-TEST_F(MsgRoad, NamesTheAuthorBehindTheSender) {
+TEST_F(MsgRoad, NamesTheAuthorAfterTheSender) {
   PlainKernelSetIoMode(3);
   MsgBuilder msg;
   msg.text(0x0C1A, u"Ann").text(0x004D, u"Eve").text(0x5D01, u"ann@example.com");

@@ -107,7 +107,7 @@ TEST_F(PstDocument, StartsTextWithAMarkThatDoesNotCount) {
     const std::string whole =
         std::string("\xFF\xFE") + "Subject:   \tHi\r\n\r\n" + std::string("b\0y\0e", 5);
     ASSERT_EQ(data->document.length(), whole.size() - 2);
-    // The bytes behind the length are there.
+    // The bytes after the length are there.
     EXPECT_EQ(std::string(data->document.data(), whole.size()), whole);
   }
 }

@@ -45,14 +45,14 @@ TEST(PstInlineImagesOfBothLayouts, ReplaceTheReference) {
   }
 }
 
-// What is replaced begins where the name was found, and not at the quote in front of it.
+// What is replaced begins where the name was found, and not at the quote before it.
 TEST_F(PstInlineImages, FindTheNameAloneWithoutCid) {
   message().html("<img src=\"pictures/a.png\">").attachment(u"a.png", kImageBytes);
   ASSERT_EQ(read(), StatusOk);
   EXPECT_EQ(body(), "<img src=\"pictures/" + kDataUrl + "\">");
 }
 
-// The search starts at the first cid reference: the name in front of it stays.
+// The search starts at the first cid reference: the name before it stays.
 TEST_F(PstInlineImages, PreferTheCidReference) {
   message()
       .html("<img alt=\"a.png\" src=\"cid:a.png\"><img src=\"a.png\">")
@@ -243,7 +243,7 @@ TEST_F(PstInlineImages, BecomeFilesOfTheirPlainNameWhenTheCidNameDoesNotConvert)
   KernelDeleteFileUtf8(reading_->data.inlineFiles.data()[0]);
 }
 
-// Names of three bytes a character, behind a shorter one in the same block.
+// Names of three bytes a character, after a shorter one in the same block.
 TEST_F(PstInlineImages, HaveRoomForTheLongestNames) {
   const std::u16string name(9, u'\u20AC');
   std::string utf8;

@@ -178,7 +178,7 @@ TEST(PstMessage, PrefersRtfToAll) {
 }
 
 // An HTML body of 207 bytes and more than the RTF keeps its block: its length less 207 is the
-// length, and what the unpacking left behind the text belongs to the body.
+// length, and what the unpacking left after the text belongs to the body.
 TEST(PstMessage, KeepsTheLengthOfALongHtmlBodyUnderRtf) {
   OneMessage message(
       [](MessageBuilder& m) { m.html(std::string(300, 'h')).rtf(PackRtf("{\\rtf1 Hello}")); });
@@ -251,7 +251,7 @@ TEST(PstMessage, IgnoresHeaderTextsThatDoNotConvert) {
   EXPECT_EQ(calls, 5u);
 }
 
-// Without memory a message fails with -1, loses a header field, or breaks its folder; whatever
+// Without memory a message is out of memory, loses a header field, or breaks its folder; whatever
 // happens, what it leaves is whole.
 TEST(PstMessage, EndsWithoutMemory) {
   StoreBuilder store(SmallStore());

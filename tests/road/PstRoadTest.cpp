@@ -122,7 +122,7 @@ TEST_F(PstRoad, RefusesAPlainBodyWithoutTheTextFlag) {
     EXPECT_EQ(Copy(host.slot.data), nullptr);
     ASSERT_EQ(host.infoOf(3, 1), StatusOk);
     EXPECT_EQ(host.calls.back().info.format, SiblingText);
-    // The mark does not count, so that the last two bytes fall outside; the zero byte in front of
+    // The mark does not count, so that the last two bytes fall outside; the zero byte before
     // them counts as the text's terminator.
     EXPECT_EQ(host.document(), std::string("\xFF\xFE"
                                            "Subject:   \tPlain\r\n\r\no\0n\0l",

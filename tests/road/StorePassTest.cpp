@@ -12,6 +12,7 @@
 #include "Tarnbase/PlainKernel.h"
 #include "pststore/StoreObjects.h"
 #include "support/FaultSweep.h"
+#include "support/KernelUsage.h"
 #include "support/PeakMemory.h"
 #include "support/RtfCompressor.h"
 
@@ -35,12 +36,6 @@ namespace tarn::test {
 namespace {
 
 constexpr uint64_t kMebibyte = uint64_t{1} << 20;
-
-PlainKernelUsageRecord Usage() {
-  PlainKernelUsageRecord usage = {};
-  PlainKernelUsage(&usage);
-  return usage;
-}
 
 TEST(StoreClaims, CostTheSameHoweverMany) {
   for (const uint32_t claim : {1u, 1000000u}) {

@@ -211,7 +211,7 @@ TEST(StoreWalk, PassesOverMessagesOfTheSubjectLocalFreebusy) {
   }
 }
 
-TEST(StoreWalk, LeavesNumbersBehindTheLastMessageEmpty) {
+TEST(StoreWalk, LeavesNumbersAfterTheLastMessageEmpty) {
   StoreBuilder store(SmallStore());
   FolderBuilder& folder = store.folder("Inbox");
   folder.message().subject(u"LocalFreebusy");

@@ -100,7 +100,8 @@ bool IsDocumented(FaultFormat format, int32_t group, int32_t status) {
       {Read, {StatusReadFailed}},
       {Write, {StatusWriteFailed}},
       {Seek, {StatusReadFailed, StatusSeekFailed}},
-      // A renderer that fails on a store or an MSG file is -1, whatever failed in it.
+      // A renderer that fails on a store or an MSG file is StatusOutOfMemory, whatever failed in
+      // it.
       {Text, {StatusFailed, StatusOutOfMemory, StatusPathToUtf8Failed, StatusPathFromUtf8Failed}},
       {Budget, {StatusOutOfMemory}}};
   static const std::map<std::pair<FaultFormat, int32_t>, Statuses> kMore = {
