@@ -172,6 +172,7 @@ class TrackedBuffer {
   const MemoryMeter& meter() const { return meter_; }
   // Of the last failure; before the first one and after clearError(), StatusOutOfMemory.
   Status lastError() const { return lastError_; }
+  // For tests that tell a failure from the one before.
   void setLastError(Status status) { lastError_ = status; }
   // From how many bytes on the host is told.
   void setThreshold(uint64_t bytes) { meter_.threshold = bytes; }

@@ -50,31 +50,31 @@ TEST(WideText, RoomIsFourCharactersAByteAndFour) {
 TEST(WideText, TheEmptyTextNeedsNoBlock) {
   const uint64_t calls = Allocations();
   const WideText empty("");
-  EXPECT_EQ(empty.status(), 1);
+  EXPECT_EQ(empty.status(), StatusOk);
   EXPECT_EQ(std::u16string(empty.get()), u"");
   const WideText null(nullptr);
-  EXPECT_EQ(null.status(), 1);
+  EXPECT_EQ(null.status(), StatusOk);
   EXPECT_EQ(std::u16string(null.get()), u"");
   EXPECT_EQ(Allocations(), calls);
 }
 
 TEST(WideText, Failures) {
   const WideText malformed("a\xC3");
-  EXPECT_EQ(malformed.status(), -1488);
+  EXPECT_EQ(malformed.status(), StatusPathFromUtf8Failed);
   EXPECT_EQ(malformed.get(), nullptr);
   PlainKernelFailAt(PlainKernelFaultText, 1);
   const WideText refused("a");
-  EXPECT_EQ(refused.status(), -1488);
+  EXPECT_EQ(refused.status(), StatusPathFromUtf8Failed);
   EXPECT_EQ(refused.get(), nullptr);
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
   const WideText starved("a");
-  EXPECT_EQ(starved.status(), -1);
+  EXPECT_EQ(starved.status(), StatusOutOfMemory);
   EXPECT_EQ(starved.get(), nullptr);
 }
 
 TEST(Utf8Text, ConvertsWithItsTerminator) {
   const Utf8Text text(u"a\u00E9\u20AC\U0001F600");
-  EXPECT_EQ(text.status(), 1);
+  EXPECT_EQ(text.status(), StatusOk);
   EXPECT_STREQ(text.get(), "a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80");
 }
 
@@ -87,10 +87,10 @@ TEST(Utf8Text, RoomIsFourBytesACharacterAndFour) {
 TEST(Utf8Text, TheEmptyTextNeedsNoBlock) {
   const uint64_t calls = Allocations();
   const Utf8Text empty(u"");
-  EXPECT_EQ(empty.status(), 1);
+  EXPECT_EQ(empty.status(), StatusOk);
   EXPECT_STREQ(empty.get(), "");
   const Utf8Text null(nullptr);
-  EXPECT_EQ(null.status(), 1);
+  EXPECT_EQ(null.status(), StatusOk);
   EXPECT_STREQ(null.get(), "");
   EXPECT_EQ(Allocations(), calls);
 }
@@ -100,14 +100,14 @@ TEST(Utf8Text, FailuresAndTheBlockThatIsKept) {
   {
     PlainKernelFailAt(PlainKernelFaultText, 1);
     const Utf8Text refused(u"a");
-    EXPECT_EQ(refused.status(), -1851);
+    EXPECT_EQ(refused.status(), StatusPathToUtf8Failed);
     EXPECT_EQ(refused.get(), nullptr);
     EXPECT_EQ(Usage().liveBlocks, blocks + 1);
   }
   EXPECT_EQ(Usage().liveBlocks, blocks);
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
   const Utf8Text starved(u"a");
-  EXPECT_EQ(starved.status(), -1);
+  EXPECT_EQ(starved.status(), StatusOutOfMemory);
   EXPECT_EQ(starved.get(), nullptr);
 }
 
@@ -166,7 +166,8 @@ class MemoryFileGuardTest : public ::testing::Test {
   void WriteUnder(MemoryFileGuard& guard, void** block, uint64_t capacity, std::string_view bytes) {
     uint64_t handle = KERNEL_BAD_HANDLE;
     void* state = nullptr;
-    ASSERT_EQ(KernelMemFileOpen(&handle, &state, KERNEL_MEMFILE_EMPTY, *block, 0, capacity), 1);
+    ASSERT_EQ(KernelMemFileOpen(&handle, &state, KERNEL_MEMFILE_EMPTY, *block, 0, capacity),
+              StatusOk);
     guard.open(state, block);
     EXPECT_EQ(KernelFileWriteLarge(handle, bytes.data(), bytes.size()), bytes.size());
     KernelFileClose(handle);

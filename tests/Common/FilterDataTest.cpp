@@ -52,9 +52,10 @@ class FilterDataTest : public ::testing::Test {
     EXPECT_EQ(found, nullptr);
     EXPECT_EQ(SlotList(&slot_), nullptr);
     const uint64_t calls = test::Allocations();
-    for (const int32_t count : {0, 1, 2, 50}) EXPECT_EQ(EnsureFilterDataList(&slot_, count), -13);
-    EXPECT_EQ(SetFilterDataEntry(&slot_, 0, itemA, 1, 1), -13);
-    EXPECT_EQ(SetFilterDataEntry(&slot_, 3, itemA, 1, 1), -13);
+    for (const int32_t count : {0, 1, 2, 50})
+      EXPECT_EQ(EnsureFilterDataList(&slot_, count), StatusBadArgument);
+    EXPECT_EQ(SetFilterDataEntry(&slot_, 0, itemA, 1, 1), StatusBadArgument);
+    EXPECT_EQ(SetFilterDataEntry(&slot_, 3, itemA, 1, 1), StatusBadArgument);
     EXPECT_EQ(test::Allocations(), calls);
     EXPECT_EQ(Copy(slot_.data), listBlock_);
   }
@@ -66,13 +67,13 @@ class FilterDataTest : public ::testing::Test {
 
 TEST_F(FilterDataTest, FindNeedsSlotDataAndOut) {
   PstFilterData* found = nullptr;
-  EXPECT_EQ(FindFilterData(nullptr, 0, &found), -814);
-  EXPECT_EQ(FindFilterData(&slot_, 0, &found), -814);
+  EXPECT_EQ(FindFilterData(nullptr, 0, &found), StatusNullArgument);
+  EXPECT_EQ(FindFilterData(&slot_, 0, &found), StatusNullArgument);
   slot_.data = &record_;
-  EXPECT_EQ(FindFilterData(&slot_, 0, nullptr), -814);
+  EXPECT_EQ(FindFilterData(&slot_, 0, nullptr), StatusNullArgument);
   slot_.data = nullptr;
   slot_.dataFormat = -2;
-  EXPECT_EQ(FindFilterData(&slot_, 0, &found), -814);
+  EXPECT_EQ(FindFilterData(&slot_, 0, &found), StatusNullArgument);
   EXPECT_EQ(found, nullptr);
 }
 
@@ -81,7 +82,7 @@ TEST_F(FilterDataTest, FindTakesARecordWhateverTheFormatSays) {
     slot_.data = &record_;
     slot_.dataFormat = format;
     PstFilterData* found = nullptr;
-    EXPECT_EQ(FindFilterData(&slot_, 0, &found), 1);
+    EXPECT_EQ(FindFilterData(&slot_, 0, &found), StatusOk);
     EXPECT_EQ(found, &record_);
     EXPECT_EQ(SlotList(&slot_), nullptr);
   }
@@ -92,13 +93,13 @@ TEST_F(FilterDataTest, AnItemIsNoRecord) {
   slot_.data = itemA;
   slot_.dataFormat = 300;
   PstFilterData* found = nullptr;
-  EXPECT_EQ(FindFilterData(&slot_, 0, &found), -13);
+  EXPECT_EQ(FindFilterData(&slot_, 0, &found), StatusBadArgument);
   // A list is one only when the format says so.
   FilterDataList& list = putList(2, 2);
   list.entries[0].data = &record_;
   slot_.dataFormat = 300;
   listBlock_ = slot_.data;
-  EXPECT_EQ(FindFilterData(&slot_, 0, &found), -13);
+  EXPECT_EQ(FindFilterData(&slot_, 0, &found), StatusBadArgument);
   EXPECT_EQ(SlotList(&slot_), nullptr);
 }
 
@@ -110,7 +111,7 @@ TEST_F(FilterDataTest, AnItemOfAFewBytesIsNotReadPastItsEnd) {
     slot_.dataSize = 2;
     slot_.dataFormat = format;
     PstFilterData* found = nullptr;
-    EXPECT_EQ(FindFilterData(&slot_, 0, &found), -13);
+    EXPECT_EQ(FindFilterData(&slot_, 0, &found), StatusBadArgument);
     slot_ = {};
   }
 }
@@ -119,17 +120,17 @@ TEST_F(FilterDataTest, FindScansTheListForTheFirstRecord) {
   PstFilterData second;
   FilterDataList& list = putList(4, 4);
   PstFilterData* found = nullptr;
-  EXPECT_EQ(FindFilterData(&slot_, 0, &found), -13);  // sound, but without a record
+  EXPECT_EQ(FindFilterData(&slot_, 0, &found), StatusBadArgument);  // sound, but without a record
   EXPECT_EQ(SlotList(&slot_), &list);
   list.entries[1].data = itemA;
   list.entries[3].data = &second;
-  EXPECT_EQ(FindFilterData(&slot_, 0, &found), 1);
+  EXPECT_EQ(FindFilterData(&slot_, 0, &found), StatusOk);
   EXPECT_EQ(found, &second);
   list.entries[2].data = &record_;
-  EXPECT_EQ(FindFilterData(&slot_, 0, &found), 1);
+  EXPECT_EQ(FindFilterData(&slot_, 0, &found), StatusOk);
   EXPECT_EQ(found, &record_);
   list.count = 2;  // entries behind the count are not in use
-  EXPECT_EQ(FindFilterData(&slot_, 0, &found), -13);
+  EXPECT_EQ(FindFilterData(&slot_, 0, &found), StatusBadArgument);
 }
 
 TEST_F(FilterDataTest, TheSlotsSizeCountsWhenItIsNotZero) {
@@ -137,7 +138,7 @@ TEST_F(FilterDataTest, TheSlotsSizeCountsWhenItIsNotZero) {
   list.entries[0].data = &record_;
   PstFilterData* found = nullptr;
   slot_.dataSize = 64;
-  EXPECT_EQ(FindFilterData(&slot_, 0, &found), 1);
+  EXPECT_EQ(FindFilterData(&slot_, 0, &found), StatusOk);
   EXPECT_EQ(SlotList(&slot_), &list);
 }
 
@@ -190,7 +191,7 @@ TEST_F(FilterDataTest, AListLargerThanItsCountIsSound) {
   FilterDataList& list = putList(2, 10);
   list.entries[1].data = &record_;
   PstFilterData* found = nullptr;
-  EXPECT_EQ(FindFilterData(&slot_, 0, &found), 1);
+  EXPECT_EQ(FindFilterData(&slot_, 0, &found), StatusOk);
   EXPECT_EQ(SlotList(&slot_), &list);
 }
 
@@ -203,7 +204,7 @@ TEST_F(FilterDataTest, SlotListOfNothingIsNull) {
 
 TEST_F(FilterDataTest, EnsureOnAnEmptySlotMakesAListWithoutEntries) {
   slot_.dataSize = 99;
-  EXPECT_EQ(EnsureFilterDataList(&slot_, 3), 1);
+  EXPECT_EQ(EnsureFilterDataList(&slot_, 3), StatusOk);
   EXPECT_EQ(Copy(slot_.dataFormat), -2);
   EXPECT_EQ(Copy(slot_.dataSize), 0u);
   ASSERT_NE(Copy(slot_.data), nullptr);
@@ -211,11 +212,11 @@ TEST_F(FilterDataTest, EnsureOnAnEmptySlotMakesAListWithoutEntries) {
       test::Raw("LMLT\0\0\0\0\x58\0\0\0\0\0\0\0") + std::string(3 * 24, '\0');
   EXPECT_EQ(std::string(static_cast<char*>(slot_.data), 88), expected);
   // Until entries are counted it is no list.
-  EXPECT_EQ(EnsureFilterDataList(&slot_, 3), -13);
+  EXPECT_EQ(EnsureFilterDataList(&slot_, 3), StatusBadArgument);
 }
 
 TEST_F(FilterDataTest, EnsureOfOneMakesAListForAnEmptySlotOnly) {
-  EXPECT_EQ(EnsureFilterDataList(&slot_, 1), 1);
+  EXPECT_EQ(EnsureFilterDataList(&slot_, 1), StatusOk);
   EXPECT_EQ(Copy(slot_.dataFormat), -2);
   EXPECT_EQ(Copy(list().count), 0);
   EXPECT_EQ(Copy(list().size), 40u);
@@ -224,16 +225,16 @@ TEST_F(FilterDataTest, EnsureOfOneMakesAListForAnEmptySlotOnly) {
   slot_ = {};
   slot_.data = itemA;
   slot_.dataFormat = 300;
-  EXPECT_EQ(EnsureFilterDataList(&slot_, 1), 1);
+  EXPECT_EQ(EnsureFilterDataList(&slot_, 1), StatusOk);
   EXPECT_EQ(Copy(slot_.data), itemA);
   EXPECT_EQ(Copy(slot_.dataFormat), 300);
 }
 
 TEST_F(FilterDataTest, EnsureOfNothingChangesNothing) {
-  EXPECT_EQ(EnsureFilterDataList(&slot_, 0), 1);
-  EXPECT_EQ(EnsureFilterDataList(&slot_, INT32_MIN), 1);
+  EXPECT_EQ(EnsureFilterDataList(&slot_, 0), StatusOk);
+  EXPECT_EQ(EnsureFilterDataList(&slot_, INT32_MIN), StatusOk);
   EXPECT_EQ(Copy(slot_.data), nullptr);
-  EXPECT_EQ(EnsureFilterDataList(nullptr, 1), -814);
+  EXPECT_EQ(EnsureFilterDataList(nullptr, 1), StatusNullArgument);
 }
 
 TEST_F(FilterDataTest, EnsureMovesASingleItemToEntryZero) {
@@ -241,7 +242,7 @@ TEST_F(FilterDataTest, EnsureMovesASingleItemToEntryZero) {
   slot_.dataSize = 6;
   slot_.dataFormat = -1;  // kept as it is, unlike the format of an item that is stored
   slot_.defaultFormat = 400;
-  EXPECT_EQ(EnsureFilterDataList(&slot_, 2), 1);
+  EXPECT_EQ(EnsureFilterDataList(&slot_, 2), StatusOk);
   EXPECT_EQ(Copy(slot_.dataFormat), -2);
   EXPECT_EQ(Copy(slot_.dataSize), 0u);
   EXPECT_EQ(Copy(slot_.defaultFormat), 400);
@@ -260,9 +261,9 @@ TEST_F(FilterDataTest, EnsureGrowsAListAndClearsWhatIsNew) {
   old.entries[0] = {&record_, 1, 2, 3};
   old.entries[1] = {itemA, 4, 5, 6};
   slot_.dataSize = 64;
-  EXPECT_EQ(EnsureFilterDataList(&slot_, 2), 1);
+  EXPECT_EQ(EnsureFilterDataList(&slot_, 2), StatusOk);
   EXPECT_EQ(Copy(slot_.dataSize), 64u);  // nothing to do
-  EXPECT_EQ(EnsureFilterDataList(&slot_, 5), 1);
+  EXPECT_EQ(EnsureFilterDataList(&slot_, 5), StatusOk);
   EXPECT_EQ(Copy(slot_.dataSize), 0u);
   EXPECT_EQ(Copy(list().count), 2);
   EXPECT_EQ(Copy(list().size), 136u);
@@ -278,7 +279,7 @@ TEST_F(FilterDataTest, EnsureGrowsAListAndClearsWhatIsNew) {
 TEST_F(FilterDataTest, EnsureTakesTheCountForTheRoom) {
   FilterDataList& old = putList(2, 10);
   old.entries[2] = {itemA, 1, 1, 1};
-  EXPECT_EQ(EnsureFilterDataList(&slot_, 3), 1);
+  EXPECT_EQ(EnsureFilterDataList(&slot_, 3), StatusOk);
   EXPECT_EQ(Copy(list().size), 88u);
   EXPECT_EQ(Copy(list().count), 2);
   EXPECT_EQ(Copy(list().entries[2].data), nullptr);
@@ -287,7 +288,7 @@ TEST_F(FilterDataTest, EnsureTakesTheCountForTheRoom) {
 
 TEST_F(FilterDataTest, EnsureWithoutMemoryChangesNothing) {
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
-  EXPECT_EQ(EnsureFilterDataList(&slot_, 2), -1);
+  EXPECT_EQ(EnsureFilterDataList(&slot_, 2), StatusOutOfMemory);
   EXPECT_EQ(Copy(slot_.data), nullptr);
   EXPECT_EQ(Copy(slot_.dataFormat), 0);
 
@@ -295,7 +296,7 @@ TEST_F(FilterDataTest, EnsureWithoutMemoryChangesNothing) {
   slot_.dataFormat = 300;
   slot_.dataSize = 6;
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
-  EXPECT_EQ(EnsureFilterDataList(&slot_, 2), -1);
+  EXPECT_EQ(EnsureFilterDataList(&slot_, 2), StatusOutOfMemory);
   EXPECT_EQ(Copy(slot_.data), itemA);
   EXPECT_EQ(Copy(slot_.dataFormat), 300);
   EXPECT_EQ(Copy(slot_.dataSize), 6u);
@@ -303,23 +304,23 @@ TEST_F(FilterDataTest, EnsureWithoutMemoryChangesNothing) {
   FilterDataList& old = putList(2, 2);
   old.entries[1].data = itemB;
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
-  EXPECT_EQ(EnsureFilterDataList(&slot_, 3), -1);
+  EXPECT_EQ(EnsureFilterDataList(&slot_, 3), StatusOutOfMemory);
   EXPECT_EQ(Copy(slot_.data), &old);
   EXPECT_EQ(Copy(old.size), 64u);
   EXPECT_EQ(Copy(old.entries[1].data), itemB);
 }
 
 TEST_F(FilterDataTest, SetWithoutDataOrSlot) {
-  EXPECT_EQ(SetFilterDataEntry(&slot_, 0, nullptr, 5, 5), 1);
-  EXPECT_EQ(SetFilterDataEntry(nullptr, 0, nullptr, 5, 5), 1);
+  EXPECT_EQ(SetFilterDataEntry(&slot_, 0, nullptr, 5, 5), StatusOk);
+  EXPECT_EQ(SetFilterDataEntry(nullptr, 0, nullptr, 5, 5), StatusOk);
   EXPECT_EQ(Copy(slot_.data), nullptr);
-  EXPECT_EQ(SetFilterDataEntry(nullptr, 0, itemA, 5, 5), -814);
+  EXPECT_EQ(SetFilterDataEntry(nullptr, 0, itemA, 5, 5), StatusNullArgument);
 }
 
 TEST_F(FilterDataTest, SetOfAnImpossibleIndex) {
-  EXPECT_EQ(SetFilterDataEntry(&slot_, -1, itemA, 5, 5), -1860);
-  EXPECT_EQ(SetFilterDataEntry(&slot_, INT32_MIN, itemA, 5, 5), -1860);
-  EXPECT_EQ(SetFilterDataEntry(&slot_, INT32_MAX, itemA, 5, 5), -1860);
+  EXPECT_EQ(SetFilterDataEntry(&slot_, -1, itemA, 5, 5), StatusListIndex);
+  EXPECT_EQ(SetFilterDataEntry(&slot_, INT32_MIN, itemA, 5, 5), StatusListIndex);
+  EXPECT_EQ(SetFilterDataEntry(&slot_, INT32_MAX, itemA, 5, 5), StatusListIndex);
   EXPECT_EQ(Copy(slot_.data), nullptr);
 }
 
@@ -327,13 +328,13 @@ TEST_F(FilterDataTest, SetOfItemZeroGoesDirectlyIntoAnEmptySlot) {
   slot_.defaultFormat = 400;
   for (const auto& [format, stored] : {std::pair(300, 300), {-1, 400}, {-2, 400}, {0, 0}}) {
     slot_.data = nullptr;
-    EXPECT_EQ(SetFilterDataEntry(&slot_, 0, itemA, 6, format), 1);
+    EXPECT_EQ(SetFilterDataEntry(&slot_, 0, itemA, 6, format), StatusOk);
     EXPECT_EQ(Copy(slot_.data), itemA);
     EXPECT_EQ(Copy(slot_.dataSize), 6u);
     EXPECT_EQ(Copy(slot_.dataFormat), stored);
   }
   // The same pointer is already there: nothing is stored anew.
-  EXPECT_EQ(SetFilterDataEntry(&slot_, 0, itemA, 9, 500), 1);
+  EXPECT_EQ(SetFilterDataEntry(&slot_, 0, itemA, 9, 500), StatusOk);
   EXPECT_EQ(Copy(slot_.dataSize), 6u);
   EXPECT_EQ(Copy(slot_.dataFormat), 0);
 }
@@ -342,7 +343,7 @@ TEST_F(FilterDataTest, SetOfItemZeroGoesDirectlyIntoAnEmptySlot) {
 TEST_F(FilterDataTest, SetOfItemZeroIsRefusedByAnotherItem) {
   slot_.data = itemA;
   slot_.dataFormat = 300;
-  EXPECT_EQ(SetFilterDataEntry(&slot_, 0, &record_, 0, -1), -1935);
+  EXPECT_EQ(SetFilterDataEntry(&slot_, 0, &record_, 0, -1), StatusSlotConflict);
   EXPECT_EQ(Copy(slot_.data), itemA);
   EXPECT_EQ(Copy(slot_.dataFormat), 300);
 }
@@ -351,7 +352,7 @@ TEST_F(FilterDataTest, SetBesideASingleItemMakesAList) {
   slot_.data = &record_;
   slot_.dataFormat = 385;
   slot_.defaultFormat = 400;
-  EXPECT_EQ(SetFilterDataEntry(&slot_, 2, itemA, 6, 369), 1);
+  EXPECT_EQ(SetFilterDataEntry(&slot_, 2, itemA, 6, 369), StatusOk);
   EXPECT_EQ(Copy(slot_.dataFormat), -2);
   EXPECT_EQ(Copy(list().count), 3);
   EXPECT_EQ(Copy(list().size), 88u);
@@ -363,19 +364,19 @@ TEST_F(FilterDataTest, SetBesideASingleItemMakesAList) {
   EXPECT_EQ(Copy(list().entries[2].format), 369);
   EXPECT_EQ(Copy(list().entries[2].flags), 0u);
   PstFilterData* found = nullptr;
-  EXPECT_EQ(FindFilterData(&slot_, 0, &found), 1);
+  EXPECT_EQ(FindFilterData(&slot_, 0, &found), StatusOk);
   EXPECT_EQ(found, &record_);
 }
 
 // What a sibling keeps may be stored before the record is.
 TEST_F(FilterDataTest, SetOnAnEmptySlotAndThenTheRecord) {
   slot_.defaultFormat = 400;
-  EXPECT_EQ(SetFilterDataEntry(&slot_, 1, itemA, 6, -1), 1);
+  EXPECT_EQ(SetFilterDataEntry(&slot_, 1, itemA, 6, -1), StatusOk);
   EXPECT_EQ(Copy(list().count), 2);
   EXPECT_EQ(Copy(list().entries[0].data), nullptr);
   EXPECT_EQ(Copy(list().entries[1].format), 400);
-  EXPECT_EQ(EnsureFilterDataList(&slot_, 1), 1);
-  EXPECT_EQ(SetFilterDataEntry(&slot_, 0, &record_, 0, -2), 1);
+  EXPECT_EQ(EnsureFilterDataList(&slot_, 1), StatusOk);
+  EXPECT_EQ(SetFilterDataEntry(&slot_, 0, &record_, 0, -2), StatusOk);
   EXPECT_EQ(Copy(list().entries[0].data), &record_);
   EXPECT_EQ(Copy(list().entries[0].format), 400);
   EXPECT_EQ(Copy(list().count), 2);
@@ -384,11 +385,11 @@ TEST_F(FilterDataTest, SetOnAnEmptySlotAndThenTheRecord) {
 TEST_F(FilterDataTest, SetIntoAListKeepsOrRaisesTheCount) {
   FilterDataList& old = putList(3, 3);
   old.entries[1].flags = 9;
-  EXPECT_EQ(SetFilterDataEntry(&slot_, 1, itemA, 6, 369), 1);
+  EXPECT_EQ(SetFilterDataEntry(&slot_, 1, itemA, 6, 369), StatusOk);
   EXPECT_EQ(Copy(list().count), 3);
   EXPECT_EQ(Copy(list().entries[1].data), itemA);
   EXPECT_EQ(Copy(list().entries[1].flags), 0u);
-  EXPECT_EQ(SetFilterDataEntry(&slot_, 4, itemB, 6, 369), 1);
+  EXPECT_EQ(SetFilterDataEntry(&slot_, 4, itemB, 6, 369), StatusOk);
   EXPECT_EQ(Copy(list().count), 5);
   EXPECT_EQ(Copy(list().size), 136u);
   EXPECT_EQ(Copy(list().entries[3].data), nullptr);
@@ -398,22 +399,22 @@ TEST_F(FilterDataTest, SetIntoAListKeepsOrRaisesTheCount) {
 TEST_F(FilterDataTest, SetOverTheSameItemStoresAnewAndOverAnotherIsRefused) {
   FilterDataList& old = putList(2, 2);
   old.entries[1] = {itemA, 1, 1, 1};
-  EXPECT_EQ(SetFilterDataEntry(&slot_, 1, itemA, 6, 369), 1);
+  EXPECT_EQ(SetFilterDataEntry(&slot_, 1, itemA, 6, 369), StatusOk);
   EXPECT_EQ(Copy(list().entries[1].size), 6u);
   EXPECT_EQ(Copy(list().entries[1].format), 369);
   EXPECT_EQ(Copy(list().entries[1].flags), 0u);
-  EXPECT_EQ(SetFilterDataEntry(&slot_, 1, itemB, 7, 226), -1935);
+  EXPECT_EQ(SetFilterDataEntry(&slot_, 1, itemB, 7, 226), StatusSlotConflict);
   EXPECT_EQ(Copy(list().entries[1].data), itemA);
   EXPECT_EQ(Copy(list().entries[1].size), 6u);
-  EXPECT_EQ(SetFilterDataEntry(&slot_, 0, &record_, 0, 385), 1);
-  EXPECT_EQ(SetFilterDataEntry(&slot_, 0, itemB, 0, 385), -1935);
+  EXPECT_EQ(SetFilterDataEntry(&slot_, 0, &record_, 0, 385), StatusOk);
+  EXPECT_EQ(SetFilterDataEntry(&slot_, 0, itemB, 0, 385), StatusSlotConflict);
 }
 
 TEST_F(FilterDataTest, SetWithoutMemoryChangesNothing) {
   slot_.data = &record_;
   slot_.dataFormat = 385;
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
-  EXPECT_EQ(SetFilterDataEntry(&slot_, 1, itemA, 6, 369), -1);
+  EXPECT_EQ(SetFilterDataEntry(&slot_, 1, itemA, 6, 369), StatusOutOfMemory);
   EXPECT_EQ(Copy(slot_.data), &record_);
   EXPECT_EQ(Copy(slot_.dataFormat), 385);
 }

@@ -182,7 +182,7 @@ TEST(ImagePass, WithoutMemoryTheBodyIsAsItWas) {
     Pass pass("<img src=\"cid:a\">");
     const Image image = {"cid:a", "", Url("QUJD")};
     uint64_t place = 0;
-    ASSERT_EQ(pass.pass().find(image.cid, place), 1);
+    ASSERT_EQ(pass.pass().find(image.cid, place), StatusOk);
     SizedBytes replacement = Bytes(image.replacement);
     uint64_t count = 0;
     const Status status = faulted([&] {
@@ -229,13 +229,13 @@ TEST(ImagePass, ANewBodyHasNoneOfTheOldOnesImages) {
   ImagePass pass(body, ImagePass::LimitsFor(0), budget);
   uint64_t place = 0;
   uint64_t count = 0;
-  ASSERT_EQ(pass.find("cid:a", place), 1);
-  ASSERT_EQ(pass.replace(place, "cid:a", Bytes("x"), ImagePass::Kind::Name, count), 1);
+  ASSERT_EQ(pass.find("cid:a", place), StatusOk);
+  ASSERT_EQ(pass.replace(place, "cid:a", Bytes("x"), ImagePass::Kind::Name, count), StatusOk);
   pass.discard();
   body = Bytes("another \"cid:a\"");
-  ASSERT_EQ(pass.find("cid:a", place), 1);
+  ASSERT_EQ(pass.find("cid:a", place), StatusOk);
   EXPECT_EQ(place, 9u);
-  EXPECT_EQ(pass.finish(), 1);
+  EXPECT_EQ(pass.finish(), StatusOk);
   EXPECT_EQ(body.view(), "another \"cid:a\"");
 }
 
@@ -282,18 +282,18 @@ TEST_P(ThousandsOfImages, CostLittleMoreForAnImageThanAFew) {
       uint64_t place = kNoPlace;
       uint64_t replaced = 0;
       if (layout.isByName) {
-        ASSERT_EQ(pass.find("cid:" + id(i), place), 1);
+        ASSERT_EQ(pass.find("cid:" + id(i), place), StatusOk);
         ASSERT_EQ(place, kNoPlace);
       }
-      ASSERT_EQ(pass.find(needle, place), 1);
+      ASSERT_EQ(pass.find(needle, place), StatusOk);
       ASSERT_NE(place, kNoPlace);
       ASSERT_EQ(
           pass.replace(place, needle, Bytes(replacement),
                        layout.isFile ? ImagePass::Kind::Name : ImagePass::Kind::DataUrl, replaced),
-          1);
+          StatusOk);
       ASSERT_EQ(replaced, 1u);
     }
-    ASSERT_EQ(pass.finish(), 1);
+    ASSERT_EQ(pass.finish(), StatusOk);
     EXPECT_FALSE(budget.isSpent()) << count;
   }
 }

@@ -143,7 +143,7 @@ TEST(ImageReferences, EmptyNeedlesAndOffsetsOutsideFindNothing) {
   EXPECT_EQ(Replace("", 0, "a", "X"), (Rewritten{"", 0}));
   SizedBytes absent;
   uint64_t count = 99;
-  EXPECT_EQ(ReplaceImageReferences(absent, {0, "a", "X"}, count), 1);
+  EXPECT_EQ(ReplaceImageReferences(absent, {0, "a", "X"}, count), StatusOk);
   EXPECT_EQ(count, 0u);
   EXPECT_EQ(absent.data(), nullptr);
 }
@@ -247,10 +247,10 @@ TEST(ImageReferences, WithoutMemoryTheBodyIsAsItWas) {
   SizedBytes text = Bytes("\"a\" \"a\"");
   uint64_t count = 99;
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
-  EXPECT_EQ(ReplaceImageReferences(text, {0, "a", "XYZ"}, count), -1);
+  EXPECT_EQ(ReplaceImageReferences(text, {0, "a", "XYZ"}, count), StatusOutOfMemory);
   EXPECT_EQ(count, 0u);
   EXPECT_EQ(text.view(), "\"a\" \"a\"");
-  EXPECT_EQ(ReplaceImageReferences(text, {0, "a", "XYZ"}, count), 1);
+  EXPECT_EQ(ReplaceImageReferences(text, {0, "a", "XYZ"}, count), StatusOk);
   EXPECT_EQ(count, 2u);
 }
 
@@ -259,7 +259,7 @@ TEST(ImageReferences, OneBlockOfTheNewLengthIsMade) {
   const uint64_t calls = test::Allocations();
   const uint64_t bytes = test::Usage().liveBytes;
   uint64_t count = 0;
-  ASSERT_EQ(ReplaceImageReferences(text, {0, "a", "XYZ"}, count), 1);
+  ASSERT_EQ(ReplaceImageReferences(text, {0, "a", "XYZ"}, count), StatusOk);
   EXPECT_EQ(test::Allocations(), calls + 1);
   EXPECT_EQ(test::Usage().liveBytes, bytes + 4);
 }
@@ -288,8 +288,8 @@ TEST_P(HostileReferences, TakeLinearTime) {
     SizedBytes text = Bytes(body);
     uint64_t count = 0;
     const double start = Seconds();
-    EXPECT_EQ(ReplaceImageReferences(text, {0, needle, "<b"}, count), 1);
-    EXPECT_EQ(ReplaceImageReferences(text, {0, needle, "x"}, count), 1);
+    EXPECT_EQ(ReplaceImageReferences(text, {0, needle, "<b"}, count), StatusOk);
+    EXPECT_EQ(ReplaceImageReferences(text, {0, needle, "x"}, count), StatusOk);
     EXPECT_LT(Seconds() - start, kLimit);
   }
 }
@@ -309,8 +309,8 @@ TEST(ImageReferences, ManyMovesToOneOccurrenceTakeLinearTime) {
   SizedBytes text = Bytes(body);
   uint64_t count = 0;
   const double start = Seconds();
-  EXPECT_EQ(ReplaceImageReferences(text, {0, "a ", "x"}, count), 1);
-  EXPECT_EQ(ReplaceImageReferences(text, {13, "a", "x"}, count), 1);
+  EXPECT_EQ(ReplaceImageReferences(text, {0, "a ", "x"}, count), StatusOk);
+  EXPECT_EQ(ReplaceImageReferences(text, {13, "a", "x"}, count), StatusOk);
   EXPECT_LT(Seconds() - start, kLimit);
   EXPECT_EQ(text.view(), body);
 }

@@ -28,7 +28,7 @@ class InlineImagePathTest : public ::testing::Test {
       EXPECT_EQ(make(text.c_str(), name.c_str()), StatusOk) << length;
       EXPECT_EQ(std::strlen(path_), length);
     } else {
-      EXPECT_EQ(make(text.c_str(), name.c_str()), -290) << length;
+      EXPECT_EQ(make(text.c_str(), name.c_str()), StatusPathOverflow) << length;
     }
   }
 
@@ -38,57 +38,57 @@ class InlineImagePathTest : public ::testing::Test {
 
 TEST_F(InlineImagePathTest, WithoutATextTheNameAlone) {
   setDirectory(u"d\\");
-  EXPECT_EQ(make(nullptr, "a.png"), 1);
+  EXPECT_EQ(make(nullptr, "a.png"), StatusOk);
   EXPECT_STREQ(path_, "d\\a.png");
-  EXPECT_EQ(make("", "a.png"), 1);
+  EXPECT_EQ(make("", "a.png"), StatusOk);
   EXPECT_STREQ(path_, "d\\a.png");
-  EXPECT_EQ(make(nullptr, nullptr), 1);
+  EXPECT_EQ(make(nullptr, nullptr), StatusOk);
   EXPECT_STREQ(path_, "d\\");
 }
 
 TEST_F(InlineImagePathTest, ATextWithoutTheName) {
   setDirectory(u"d\\");
-  EXPECT_EQ(make("id7@host", "a.png"), 1);
+  EXPECT_EQ(make("id7@host", "a.png"), StatusOk);
   EXPECT_STREQ(path_, "d\\id7@host_a.png");
-  EXPECT_EQ(make("id7@host", ""), 1);
+  EXPECT_EQ(make("id7@host", ""), StatusOk);
   EXPECT_STREQ(path_, "d\\id7@host_");
-  EXPECT_EQ(make("id7@host", nullptr), 1);
+  EXPECT_EQ(make("id7@host", nullptr), StatusOk);
   EXPECT_STREQ(path_, "d\\id7@host_");
-  EXPECT_EQ(make("A.PNG", "a.png"), 1);
+  EXPECT_EQ(make("A.PNG", "a.png"), StatusOk);
   EXPECT_STREQ(path_, "d\\A.PNG_a.png");
 }
 
 TEST_F(InlineImagePathTest, EqualTextsGiveUnderscoreAndName) {
   setDirectory(u"d\\");
-  EXPECT_EQ(make("a.png", "a.png"), 1);
+  EXPECT_EQ(make("a.png", "a.png"), StatusOk);
   EXPECT_STREQ(path_, "d\\_a.png");
 }
 
 TEST_F(InlineImagePathTest, NameAtTailGivesTailAndName) {
   setDirectory(u"d\\");
-  EXPECT_EQ(make("a.png@01D9", "a.png"), 1);
+  EXPECT_EQ(make("a.png@01D9", "a.png"), StatusOk);
   EXPECT_STREQ(path_, "d\\01D9_a.png");
-  EXPECT_EQ(make("a.png01D9", "a.png"), 1);
+  EXPECT_EQ(make("a.png01D9", "a.png"), StatusOk);
   EXPECT_STREQ(path_, "d\\01D9_a.png");
-  EXPECT_EQ(make("a.png@", "a.png"), 1);
+  EXPECT_EQ(make("a.png@", "a.png"), StatusOk);
   EXPECT_STREQ(path_, "d\\_a.png");
-  EXPECT_EQ(make("a.png@@x", "a.png"), 1);
+  EXPECT_EQ(make("a.png@@x", "a.png"), StatusOk);
   EXPECT_STREQ(path_, "d\\@x_a.png");
 }
 
 TEST_F(InlineImagePathTest, WhatStandsBeforeTheNameStays) {
   setDirectory(u"d\\");
-  EXPECT_EQ(make("x-a.png", "a.png"), 1);
+  EXPECT_EQ(make("x-a.png", "a.png"), StatusOk);
   EXPECT_STREQ(path_, "d\\x-_a.png");
-  EXPECT_EQ(make("x-a.png@01D9", "a.png"), 1);
+  EXPECT_EQ(make("x-a.png@01D9", "a.png"), StatusOk);
   EXPECT_STREQ(path_, "d\\x-01D9_a.png");
-  EXPECT_EQ(make("aXa", "a"), 1);  // the first find
+  EXPECT_EQ(make("aXa", "a"), StatusOk);  // the first find
   EXPECT_STREQ(path_, "d\\Xa_a");
 }
 
 TEST_F(InlineImagePathTest, TheDirectoryIsTakenAsItIsAndInUtf8) {
   setDirectory(u"caf\u00E9\u20AC\U0001F600/");
-  EXPECT_EQ(make(nullptr, "a"), 1);
+  EXPECT_EQ(make(nullptr, "a"), StatusOk);
   EXPECT_STREQ(path_, "caf\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80/a");
   EXPECT_EQ(std::u16string(directory_), u"caf\u00E9\u20AC\U0001F600/");
 }
@@ -108,7 +108,7 @@ TEST_F(InlineImagePathTest, NoPathOf263BytesWithATextWithoutTheName) {
   }
   // Where even a part of the path is too long.
   for (const uint64_t length : {260u, 261u, 262u, 263u}) {
-    EXPECT_EQ(make(std::string(length, 't').c_str(), "n"), -290) << length;
+    EXPECT_EQ(make(std::string(length, 't').c_str(), "n"), StatusPathOverflow) << length;
   }
   expectLimit(std::string(259, 't'), "", 262);
   expectLimit(std::string(260, 't'), "", 263);
@@ -145,19 +145,19 @@ TEST_F(InlineImagePathTest, NoPathOf263BytesFromTheDirectory) {
 // A directory without a terminator in its room is read no further.
 TEST_F(InlineImagePathTest, AFullDirectoryIsTooLong) {
   std::fill(std::begin(directory_), std::end(directory_), u'd');
-  EXPECT_EQ(make(nullptr, "n"), -290);
+  EXPECT_EQ(make(nullptr, "n"), StatusPathOverflow);
 }
 
 TEST_F(InlineImagePathTest, ADirectoryThatIsNoText) {
   setDirectory(u"d\\");
   PlainKernelFailAt(PlainKernelFaultText, 1);
-  EXPECT_EQ(make(nullptr, "n"), -1851);
+  EXPECT_EQ(make(nullptr, "n"), StatusPathToUtf8Failed);
 }
 
 TEST_F(InlineImagePathTest, MakesTheDirectoryOnceAndNamesItWithASeparator) {
   const test::TempDirectory temp;
   PlainKernelSetTempDirectory(temp.wide().c_str());
-  EXPECT_EQ(make(nullptr, "a.png"), 1);
+  EXPECT_EQ(make(nullptr, "a.png"), StatusOk);
   const std::u16string made = directory_;
   EXPECT_EQ(made.back(), u'\\');
   const std::string name = temp.listing();
@@ -166,7 +166,7 @@ TEST_F(InlineImagePathTest, MakesTheDirectoryOnceAndNamesItWithASeparator) {
   EXPECT_TRUE(std::filesystem::is_directory(temp.path() / name));
   EXPECT_EQ(std::string(path_), (temp.path() / name).string() + "\\a.png");
 
-  EXPECT_EQ(make(nullptr, "b.png"), 1);
+  EXPECT_EQ(make(nullptr, "b.png"), StatusOk);
   EXPECT_EQ(std::u16string(directory_), made);
   EXPECT_EQ(temp.listing(), name);
   EXPECT_TRUE(platform::RemoveEmptyDirectory(directory_));
@@ -197,7 +197,7 @@ TEST_F(InlineImagePathTest, AMadeNameThatFillsItsRoomGetsNoSeparator) {
   // The kernel puts a separator, "pst" and its unique characters behind its directory; how many
   // those are, a name made first tells.
   PlainKernelSetTempDirectory(temp.wide().c_str());
-  ASSERT_EQ(make(nullptr, "n"), 1);
+  ASSERT_EQ(make(nullptr, "n"), StatusOk);
   const size_t own = std::u16string(directory_).size() - 1 - temp.wide().size();
   EXPECT_TRUE(platform::RemoveEmptyDirectory(directory_));
 
@@ -207,7 +207,7 @@ TEST_F(InlineImagePathTest, AMadeNameThatFillsItsRoomGetsNoSeparator) {
     std::filesystem::create_directory(parent);
     PlainKernelSetTempDirectory(parent.u16string().c_str());
     GuardedDirectory guarded;
-    EXPECT_EQ(MakeInlineImagePath(path_, guarded.name, nullptr, "n"), -290) << length;
+    EXPECT_EQ(MakeInlineImagePath(path_, guarded.name, nullptr, "n"), StatusPathOverflow) << length;
     guarded.expectSoundGuards();
     // Either way the name has 263 units: the shorter one has room for the separator.
     ASSERT_EQ(guarded.name[263], u'\0') << length;
@@ -224,10 +224,10 @@ TEST_F(InlineImagePathTest, ANameThatCannotBeMadeLeavesTheDirectoryEmpty) {
   const test::TempDirectory temp;
   PlainKernelSetTempDirectory(temp.wide().c_str());
   PlainKernelFailAt(PlainKernelFaultOpen, 1);
-  EXPECT_EQ(make(nullptr, "a.png"), -1490);
+  EXPECT_EQ(make(nullptr, "a.png"), StatusCreateFailed);
   EXPECT_EQ(directory_[0], u'\0');
   PlainKernelSetTempDirectory((temp.wide() + u"/missing").c_str());
-  EXPECT_EQ(make(nullptr, "a.png"), -1490);
+  EXPECT_EQ(make(nullptr, "a.png"), StatusCreateFailed);
   EXPECT_EQ(directory_[0], u'\0');
   EXPECT_EQ(temp.listing(), "");
 }

@@ -31,13 +31,13 @@ TEST_F(DataRoute, TheSourceBecomesADataUrl) {
 }
 
 TEST_F(DataRoute, TheCountMayBeLeftOut) {
-  EXPECT_EQ(RewriteInlineImage(context_, kImage), 1);
+  EXPECT_EQ(RewriteInlineImage(context_, kImage), StatusOk);
   EXPECT_EQ(body_.view(), "<img src=\"" + std::string(kImageUrl) + "\">");
 }
 
 TEST_F(DataRoute, ImageDataKeepsItsReferenceAndTheNextIsReplaced) {
   setBody("<v:imagedata src=\"cid:a.png\"/><img src=\"cid:a.png\">");
-  EXPECT_EQ(rewrite(kImage), 1);
+  EXPECT_EQ(rewrite(kImage), StatusOk);
   EXPECT_EQ(body_.view(),
             "<v:imagedata src=\"cid:a.png\"/><img src=\"" + std::string(kImageUrl) + "\">");
   EXPECT_EQ(replacements_, 1u);
@@ -45,7 +45,7 @@ TEST_F(DataRoute, ImageDataKeepsItsReferenceAndTheNextIsReplaced) {
 
 TEST_F(DataRoute, TwoTagsWithTheSameReferenceAreBothReplaced) {
   setBody(test::Raw("<img src=\"cid:a.png\"><img src=\"cid:a.png\">\0"));
-  EXPECT_EQ(rewrite(kImage), 1);
+  EXPECT_EQ(rewrite(kImage), StatusOk);
   const std::string url(kImageUrl);
   EXPECT_EQ(body_.view(),
             "<img src=\"" + url + "\"><img src=\"" + url + "\">" + std::string(1, '\0'));
@@ -55,7 +55,7 @@ TEST_F(DataRoute, TwoTagsWithTheSameReferenceAreBothReplaced) {
 TEST_F(DataRoute, ASingleReferenceWithoutMemoryStaysAsItIs) {
   // 1 the data: URL, 2 the body.
   PlainKernelFailAt(PlainKernelFaultMemory, 2);
-  EXPECT_EQ(rewrite(kImage), -1);
+  EXPECT_EQ(rewrite(kImage), StatusOutOfMemory);
   EXPECT_EQ(body_.view(), "<img src=\"cid:a.png\">");
   EXPECT_EQ(replacements_, 0u);
 }
@@ -63,11 +63,11 @@ TEST_F(DataRoute, ASingleReferenceWithoutMemoryStaysAsItIs) {
 TEST_F(DataRoute, ABodyThatWouldOutgrowItsLimitStaysAsItIs) {
   const uint64_t grown = body_.length() - 9 + kImageUrl.size();  // "cid:a.png" goes
   context_.bodyLimit = grown - 1;
-  EXPECT_EQ(rewrite(kImage), -1);
+  EXPECT_EQ(rewrite(kImage), StatusOutOfMemory);
   EXPECT_EQ(body_.view(), "<img src=\"cid:a.png\">");
   EXPECT_EQ(replacements_, 0u);
   context_.bodyLimit = grown;
-  EXPECT_EQ(rewrite(kImage), 1);
+  EXPECT_EQ(rewrite(kImage), StatusOk);
   EXPECT_EQ(body_.length(), grown);
 }
 
@@ -80,7 +80,7 @@ TEST(BodyLimit, Is64MebibytesAndSixteenTimesTheFile) {
 TEST_F(DataRoute, AReferenceWithoutAClosingQuoteEndsTheLoopWith1) {
   setBody("<img src=cid:a.png>");
   const char* const block = body_.data();
-  EXPECT_EQ(rewrite(kImage), 1);
+  EXPECT_EQ(rewrite(kImage), StatusOk);
   EXPECT_EQ(body_.view(), "<img src=cid:a.png>");
   EXPECT_EQ(body_.data(), block);
   EXPECT_EQ(replacements_, 0u);
@@ -89,30 +89,30 @@ TEST_F(DataRoute, AReferenceWithoutAClosingQuoteEndsTheLoopWith1) {
 TEST_F(DataRoute, AFileNameInPlainTextIsReplacedFromTheNearestEarlierQuote) {
   context_.needle = context_.name;
   setBody("<p class=\"c\">see a.png</p><p id=\"d\">");
-  EXPECT_EQ(rewrite(kImage), 1);
+  EXPECT_EQ(rewrite(kImage), StatusOk);
   EXPECT_EQ(body_.view(), "<p class=\"c\"" + std::string(kImageUrl) + "\"d\">");
   setBody("<p class=\"c\">see a.png</p><p id=\"d\">");
   context_.searchOffset = 16;
-  EXPECT_EQ(rewrite(kImage), 1);
+  EXPECT_EQ(rewrite(kImage), StatusOk);
   EXPECT_EQ(body_.view(), "<p class=\"c\">see" + std::string(kImageUrl) + "\"d\">");
 }
 
 TEST_F(DataRoute, ANullOrEmptyNeedleMatchesNothing) {
   for (const char* const needle : {static_cast<const char*>(nullptr), ""}) {
     context_.needle = needle;
-    EXPECT_EQ(rewrite(kImage), 1);
+    EXPECT_EQ(rewrite(kImage), StatusOk);
     EXPECT_EQ(replacements_, 0u);
     EXPECT_EQ(body_.view(), "<img src=\"cid:a.png\">");
   }
 }
 
 TEST_F(DataRoute, ThreeBytesGive0FifteenSucceedSixteenGive0) {
-  EXPECT_EQ(rewrite("GIF"), 0);
+  EXPECT_EQ(rewrite("GIF"), StatusFailed);
   EXPECT_EQ(replacements_, 0u);
   EXPECT_EQ(body_.view(), "<img src=\"cid:a.png\">");
-  EXPECT_EQ(rewrite(std::string(16, 'x')), 0);
+  EXPECT_EQ(rewrite(std::string(16, 'x')), StatusFailed);
   EXPECT_EQ(body_.view(), "<img src=\"cid:a.png\">");
-  EXPECT_EQ(rewrite(std::string(15, 'x')), 1);
+  EXPECT_EQ(rewrite(std::string(15, 'x')), StatusOk);
   EXPECT_EQ(body_.view(), "<img src=\"data:image;base64,eHh4eHh4eHh4eHh4eHh4\">");
 }
 
@@ -131,12 +131,12 @@ TEST_F(DataRoute, TheSmallSizesThatDoNotFit) {
 }
 
 TEST_F(DataRoute, AnImageWithoutBytesGivesMinus13) {
-  EXPECT_EQ(rewrite(""), -13);
+  EXPECT_EQ(rewrite(""), StatusBadArgument);
   EXPECT_EQ(RewriteInlineImage(context_, {}, &replacements_), StatusBadArgument);
   EXPECT_EQ(replacements_, 0u);
   // The block for the URL comes first, even for no image.
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
-  EXPECT_EQ(rewrite(""), -1);
+  EXPECT_EQ(rewrite(""), StatusOutOfMemory);
 }
 
 TEST_F(DataRoute, SizesBeyondAllMemoryGiveMinus1) {
@@ -167,7 +167,7 @@ TEST_F(DataRoute, TenThousandReferencesInALargeBody) {
   setBody(body);
   const std::string image(5000, 'x');
   const std::clock_t start = std::clock();
-  EXPECT_EQ(rewrite(image), 1);
+  EXPECT_EQ(rewrite(image), StatusOk);
   EXPECT_LT(std::clock() - start, 5 * CLOCKS_PER_SEC);
   EXPECT_EQ(replacements_, 10000u);
   // A value of 9 bytes gives way to the 18 of the prefix and the 6668 of the image.
@@ -175,7 +175,7 @@ TEST_F(DataRoute, TenThousandReferencesInALargeBody) {
 }
 
 TEST_F(FileRoute, TheSourceBecomesTheNameOfAFileWithTheImage) {
-  EXPECT_EQ(rewrite(kImage), 1);
+  EXPECT_EQ(rewrite(kImage), StatusOk);
   EXPECT_EQ(body_.view(), "<img src=\"_a.png\">");
   EXPECT_EQ(replacements_, 1u);
   EXPECT_EQ(files(), "_a.png");
@@ -187,9 +187,9 @@ TEST_F(FileRoute, TheSourceBecomesTheNameOfAFileWithTheImage) {
 }
 
 TEST_F(FileRoute, SmallAndEmptyImagesAreFilesLikeAnyOther) {
-  EXPECT_EQ(rewrite("GIF"), 1);
+  EXPECT_EQ(rewrite("GIF"), StatusOk);
   EXPECT_EQ(content("_a.png"), "GIF");
-  EXPECT_EQ(rewrite(""), 1);
+  EXPECT_EQ(rewrite(""), StatusOk);
   EXPECT_EQ(content("_a.png"), "");
   EXPECT_EQ(RewriteInlineImage(context_, {}, &replacements_), StatusOk);
   EXPECT_EQ(content("_a.png"), "");
@@ -198,7 +198,7 @@ TEST_F(FileRoute, SmallAndEmptyImagesAreFilesLikeAnyOther) {
 TEST_F(FileRoute, AnImageWithoutReferencesIsAFileAllTheSame) {
   setBody("<b>none</b>");
   const char* const block = body_.data();
-  EXPECT_EQ(rewrite(kImage), 1);
+  EXPECT_EQ(rewrite(kImage), StatusOk);
   EXPECT_EQ(replacements_, 0u);
   EXPECT_EQ(body_.data(), block);
   EXPECT_EQ(files(), "_a.png");
@@ -207,19 +207,19 @@ TEST_F(FileRoute, AnImageWithoutReferencesIsAFileAllTheSame) {
 
 TEST_F(FileRoute, ImagesShareTheDirectory) {
   setBody("<img src=\"cid:a.png\"><img src=\"cid:b.png\">");
-  EXPECT_EQ(rewrite(kImage), 1);
+  EXPECT_EQ(rewrite(kImage), StatusOk);
   context_.contentId = "b.png@7";
   context_.name = "b.png";
   context_.needle = "cid:b.png";
-  EXPECT_EQ(rewrite("bbb"), 1);
+  EXPECT_EQ(rewrite("bbb"), StatusOk);
   EXPECT_EQ(body_.view(), "<img src=\"_a.png\"><img src=\"7_b.png\">");
   EXPECT_EQ(files(), "7_b.png _a.png");
   EXPECT_EQ(record_.inlineFiles.length(), 2u);
 }
 
 TEST_F(FileRoute, TheSameNameOverwritesTheFirstFile) {
-  EXPECT_EQ(rewrite(kImage), 1);
-  EXPECT_EQ(rewrite("second"), 1);
+  EXPECT_EQ(rewrite(kImage), StatusOk);
+  EXPECT_EQ(rewrite("second"), StatusOk);
   EXPECT_EQ(files(), "_a.png");
   EXPECT_EQ(content("_a.png"), "second");
   EXPECT_EQ(record_.inlineFiles.length(), 2u);
@@ -228,7 +228,7 @@ TEST_F(FileRoute, TheSameNameOverwritesTheFirstFile) {
 TEST_F(FileRoute, LineEndsInTheNameBecomeUnderscores) {
   context_.contentId = nullptr;
   context_.name = "\ra\r\nb.png\n";
-  EXPECT_EQ(rewrite(kImage), 1);
+  EXPECT_EQ(rewrite(kImage), StatusOk);
   EXPECT_EQ(body_.view(), "<img src=\"_a__b.png_\">");
   EXPECT_EQ(files(), "_a__b.png_");
 }
@@ -239,7 +239,7 @@ TEST_F(FileRoute, TheReplacementFollowsTheLastBackslash) {
   std::filesystem::create_directories(temp_.path() / "own" / "x" / "y");
   context_.contentId = nullptr;
   context_.name = "x\\y/a\rb\n.png";
-  EXPECT_EQ(rewrite(kImage), 1);
+  EXPECT_EQ(rewrite(kImage), StatusOk);
   EXPECT_EQ(body_.view(), "<img src=\"y/a_b_.png\">");
   KernelDeleteFileUtf8(record_.inlineFiles.data()[0]);
   std::filesystem::remove_all(temp_.path() / "own" / "x");
@@ -248,7 +248,7 @@ TEST_F(FileRoute, TheReplacementFollowsTheLastBackslash) {
 TEST_F(FileRoute, ANameThatDoesNotFitGivesMinus290) {
   const std::string name(264, 'n');
   context_.name = name.c_str();
-  EXPECT_EQ(rewrite(kImage), -290);
+  EXPECT_EQ(rewrite(kImage), StatusPathOverflow);
   EXPECT_EQ(files(), "");
   EXPECT_EQ(record_.inlineFiles.length(), 0u);
   EXPECT_EQ(body_.view(), "<img src=\"cid:a.png\">");
@@ -257,16 +257,16 @@ TEST_F(FileRoute, ANameThatDoesNotFitGivesMinus290) {
 TEST_F(FileRoute, ANameThatIsNoUtf8GivesMinus1488) {
   context_.contentId = nullptr;
   context_.name = "caf\xE9.png";
-  EXPECT_EQ(rewrite(kImage), -1488);
+  EXPECT_EQ(rewrite(kImage), StatusPathFromUtf8Failed);
   EXPECT_EQ(files(), "");
   EXPECT_EQ(record_.inlineFiles.length(), 0u);
 }
 
 TEST_F(FileRoute, TextFailures) {
   PlainKernelFailAt(PlainKernelFaultText, 1);
-  EXPECT_EQ(rewrite(kImage), -1851);
+  EXPECT_EQ(rewrite(kImage), StatusPathToUtf8Failed);
   PlainKernelFailAt(PlainKernelFaultText, 2);
-  EXPECT_EQ(rewrite(kImage), -1488);
+  EXPECT_EQ(rewrite(kImage), StatusPathFromUtf8Failed);
   EXPECT_EQ(files(), "");
   EXPECT_EQ(replacements_, 0u);
 }
@@ -274,21 +274,21 @@ TEST_F(FileRoute, TextFailures) {
 TEST_F(FileRoute, AFileThatCannotBeMadeGivesMinus1490) {
   // The first is the directory's name, the second the file.
   PlainKernelFailAt(PlainKernelFaultOpen, 1);
-  EXPECT_EQ(rewrite(kImage), -1490);
+  EXPECT_EQ(rewrite(kImage), StatusCreateFailed);
   EXPECT_EQ(record_.tempDirectory[0], u'\0');
   PlainKernelFailAt(PlainKernelFaultOpen, 2);
-  EXPECT_EQ(rewrite(kImage), -1490);
+  EXPECT_EQ(rewrite(kImage), StatusCreateFailed);
   EXPECT_NE(record_.tempDirectory[0], u'\0');
   EXPECT_EQ(files(), "");
   context_.name = "../out.png";
-  EXPECT_EQ(rewrite(kImage), -1490);
+  EXPECT_EQ(rewrite(kImage), StatusCreateFailed);
   EXPECT_EQ(record_.inlineFiles.length(), 0u);
   EXPECT_EQ(body_.view(), "<img src=\"cid:a.png\">");
 }
 
 TEST_F(FileRoute, AFileThatCannotBeWrittenIsDeletedAndGivesMinus5) {
   PlainKernelFailAt(PlainKernelFaultWrite, 1);
-  EXPECT_EQ(rewrite(kImage), -5);
+  EXPECT_EQ(rewrite(kImage), StatusWriteFailed);
   EXPECT_EQ(files(), "");
   EXPECT_EQ(record_.inlineFiles.length(), 0u);
   EXPECT_EQ(body_.view(), "<img src=\"cid:a.png\">");
@@ -298,17 +298,17 @@ TEST_F(FileRoute, AFileThatCannotBeWrittenIsDeletedAndGivesMinus5) {
 TEST_F(FileRoute, WithoutMemory) {
   // 1 the wide path, 2 the copy of the path, 3 the list of paths, 4 the body.
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
-  EXPECT_EQ(rewrite(kImage), -1);
+  EXPECT_EQ(rewrite(kImage), StatusOutOfMemory);
   EXPECT_EQ(files(), "");
   PlainKernelFailAt(PlainKernelFaultMemory, 2);
-  EXPECT_EQ(rewrite(kImage), -1);
+  EXPECT_EQ(rewrite(kImage), StatusOutOfMemory);
   EXPECT_EQ(files(), "");
   EXPECT_EQ(record_.inlineFiles.length(), 0u);
   EXPECT_EQ(body_.view(), "<img src=\"cid:a.png\">");
 
   // The path stays unrecorded, and the pass goes on.
   PlainKernelFailAt(PlainKernelFaultMemory, 3);
-  EXPECT_EQ(rewrite(kImage), 1);
+  EXPECT_EQ(rewrite(kImage), StatusOk);
   EXPECT_EQ(files(), "_a.png");
   EXPECT_EQ(record_.inlineFiles.length(), 0u);
   EXPECT_EQ(body_.view(), "<img src=\"_a.png\">");
@@ -316,14 +316,14 @@ TEST_F(FileRoute, WithoutMemory) {
   // Two references take a new block.
   setBody("<img src=\"cid:a.png\"><img src=\"cid:a.png\">");
   PlainKernelFailAt(PlainKernelFaultMemory, 4);
-  EXPECT_EQ(rewrite(kImage), -1);
+  EXPECT_EQ(rewrite(kImage), StatusOutOfMemory);
   EXPECT_EQ(files(), "_a.png");
   EXPECT_EQ(record_.inlineFiles.length(), 1u);
   EXPECT_EQ(body_.view(), "<img src=\"cid:a.png\"><img src=\"cid:a.png\">");
   EXPECT_EQ(replacements_, 0u);
 
   PlainKernelFailAt(PlainKernelFaultMemory, 4);
-  EXPECT_EQ(rewrite(kImage), 1);
+  EXPECT_EQ(rewrite(kImage), StatusOk);
   EXPECT_EQ(record_.inlineFiles.length(), 2u);
   PlainKernelFailAt(PlainKernelFaultMemory, 0);
 }
@@ -332,7 +332,7 @@ TEST_F(FileRoute, WithoutMemory) {
 TEST_F(FileRoute, ARefusedListOfPaths) {
   record_.inlineFiles.setThreshold(0);
   PlainKernelFailAt(PlainKernelFaultBudget, 1);
-  EXPECT_EQ(rewrite(kImage), 1);
+  EXPECT_EQ(rewrite(kImage), StatusOk);
   EXPECT_EQ(record_.inlineFiles.data(), nullptr);
   EXPECT_EQ(record_.inlineFiles.length(), 0u);
   EXPECT_EQ(body_.view(), "<img src=\"_a.png\">");

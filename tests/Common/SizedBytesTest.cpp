@@ -128,55 +128,55 @@ TEST(AppendTerminated, MakesATextWithItsNulCounted) {
 
 TEST(AppendTerminated, LeavesNoNulInTheMiddle) {
   SizedBytes text = Bytes(Raw("abc\0"));
-  EXPECT_EQ(AppendTerminated(text, "def"), 1);
+  EXPECT_EQ(AppendTerminated(text, "def"), StatusOk);
   EXPECT_EQ(text.view(), Raw("abcdef\0"));
-  EXPECT_EQ(AppendTerminated(text, "g", 1), 1);
+  EXPECT_EQ(AppendTerminated(text, "g", 1), StatusOk);
   EXPECT_EQ(text.view(), Raw("abcdefg\0"));
 }
 
 TEST(AppendTerminated, ATextThatDoesNotCountItsNulGetsOne) {
   SizedBytes text = Bytes("abc");
-  EXPECT_EQ(AppendTerminated(text, "d"), 1);
+  EXPECT_EQ(AppendTerminated(text, "d"), StatusOk);
   EXPECT_EQ(text.view(), Raw("abcd\0"));
 }
 
 TEST(AppendTerminated, DropsNoMoreThanOneNul) {
   SizedBytes text = Bytes(Raw("a\0\0"));
-  EXPECT_EQ(AppendTerminated(text, "b"), 1);
+  EXPECT_EQ(AppendTerminated(text, "b"), StatusOk);
   EXPECT_EQ(text.view(), Raw("a\0b\0"));
 }
 
 TEST(AppendTerminated, ASourceThatEndsWithANulGetsNoSecond) {
   SizedBytes text = Bytes(Raw("a\0"));
-  EXPECT_EQ(AppendTerminated(text, "b\0", 2), 1);
+  EXPECT_EQ(AppendTerminated(text, "b\0", 2), StatusOk);
   EXPECT_EQ(text.view(), Raw("ab\0"));
-  EXPECT_EQ(AppendTerminated(text, "x\0y", 3), 1);
+  EXPECT_EQ(AppendTerminated(text, "x\0y", 3), StatusOk);
   EXPECT_EQ(text.view(), Raw("abx\0y\0"));
 }
 
 TEST(AppendTerminated, NothingAppendedStillTerminates) {
   SizedBytes none;
-  EXPECT_EQ(AppendTerminated(none, ""), 1);
+  EXPECT_EQ(AppendTerminated(none, ""), StatusOk);
   EXPECT_EQ(none.view(), Raw("\0"));
   SizedBytes nul = Bytes(Raw("\0"));
-  EXPECT_EQ(AppendTerminated(nul, nullptr), 1);
+  EXPECT_EQ(AppendTerminated(nul, nullptr), StatusOk);
   EXPECT_EQ(nul.view(), Raw("\0"));
   SizedBytes text = Bytes("abc");
-  EXPECT_EQ(AppendTerminated(text, nullptr, 7), 1);
+  EXPECT_EQ(AppendTerminated(text, nullptr, 7), StatusOk);
   EXPECT_EQ(text.view(), Raw("abc\0"));
   // One NUL is dropped, and what is left ends with one.
   SizedBytes twice = Bytes(Raw("abc\0\0"));
-  EXPECT_EQ(AppendTerminated(twice, ""), 1);
+  EXPECT_EQ(AppendTerminated(twice, ""), StatusOk);
   EXPECT_EQ(twice.view(), Raw("abc\0"));
 }
 
 TEST(AppendTerminated, WithoutMemoryNothingChanges) {
   SizedBytes text = Bytes(Raw("abc\0"));
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
-  EXPECT_EQ(AppendTerminated(text, "def"), -1);
+  EXPECT_EQ(AppendTerminated(text, "def"), StatusOutOfMemory);
   EXPECT_EQ(text.view(), Raw("abc\0"));
   const uint64_t calls = Allocations();
-  EXPECT_EQ(AppendTerminated(text, "x", UINT64_MAX - 3), -1);
+  EXPECT_EQ(AppendTerminated(text, "x", UINT64_MAX - 3), StatusOutOfMemory);
   EXPECT_EQ(Allocations(), calls);
   EXPECT_EQ(text.view(), Raw("abc\0"));
 }

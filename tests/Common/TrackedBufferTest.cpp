@@ -15,49 +15,49 @@ TEST(MemoryMeter, HearsNothingUpToTheThreshold) {
   MemoryMeter meter;
   PlainKernelSetMemoryBudget(0);
   EXPECT_EQ(meter.set(1), StatusOk);
-  EXPECT_EQ(meter.set(kThreshold), 1);
+  EXPECT_EQ(meter.set(kThreshold), StatusOk);
   EXPECT_EQ(meter.current, kThreshold);
   EXPECT_EQ(meter.reported, 0u);
-  EXPECT_EQ(meter.set(5), 1);
-  EXPECT_EQ(meter.set(0), 1);
+  EXPECT_EQ(meter.set(5), StatusOk);
+  EXPECT_EQ(meter.set(0), StatusOk);
   EXPECT_EQ(ReportedBytes(), 0u);
 }
 
 TEST(MemoryMeter, ReportsTheWholeSizeOnceAndDifferencesThen) {
   MemoryMeter meter;
-  EXPECT_EQ(meter.set(7000000), 1);
-  EXPECT_EQ(meter.set(kThreshold + 1), 1);
+  EXPECT_EQ(meter.set(7000000), StatusOk);
+  EXPECT_EQ(meter.set(kThreshold + 1), StatusOk);
   EXPECT_EQ(meter.reported, 1u);
   EXPECT_EQ(ReportedBytes(), kThreshold + 1);
   PlainKernelSetMemoryBudget(kThreshold + 11);
-  EXPECT_EQ(meter.set(kThreshold + 11), 1);
+  EXPECT_EQ(meter.set(kThreshold + 11), StatusOk);
   EXPECT_EQ(ReportedBytes(), kThreshold + 11);
-  EXPECT_EQ(meter.set(kThreshold + 11), 1);
+  EXPECT_EQ(meter.set(kThreshold + 11), StatusOk);
   // It stays reported below the threshold, and grows by differences from there.
-  EXPECT_EQ(meter.set(100), 1);
+  EXPECT_EQ(meter.set(100), StatusOk);
   EXPECT_EQ(ReportedBytes(), 100u);
   EXPECT_EQ(meter.reported, 1u);
-  EXPECT_EQ(meter.set(300), 1);
+  EXPECT_EQ(meter.set(300), StatusOk);
   EXPECT_EQ(ReportedBytes(), 300u);
-  EXPECT_EQ(meter.set(0), 1);
+  EXPECT_EQ(meter.set(0), StatusOk);
   EXPECT_EQ(ReportedBytes(), 0u);
   EXPECT_EQ(meter.reported, 1u);
 }
 
 TEST(MemoryMeter, ARefusalChangesNothing) {
   MemoryMeter meter;
-  ASSERT_EQ(meter.set(50), 1);
+  ASSERT_EQ(meter.set(50), StatusOk);
   PlainKernelFailAt(PlainKernelFaultBudget, 1);
-  EXPECT_EQ(meter.set(kThreshold + 1), -1);
+  EXPECT_EQ(meter.set(kThreshold + 1), StatusOutOfMemory);
   EXPECT_EQ(meter.current, 50u);
   EXPECT_EQ(meter.reported, 0u);
-  ASSERT_EQ(meter.set(kThreshold + 1), 1);
+  ASSERT_EQ(meter.set(kThreshold + 1), StatusOk);
   PlainKernelFailAt(PlainKernelFaultBudget, 1);
-  EXPECT_EQ(meter.set(kThreshold + 2), -1);
+  EXPECT_EQ(meter.set(kThreshold + 2), StatusOutOfMemory);
   EXPECT_EQ(meter.current, kThreshold + 1);
   EXPECT_EQ(meter.reported, 1u);
   EXPECT_EQ(ReportedBytes(), kThreshold + 1);
-  EXPECT_EQ(meter.set(0), 1);
+  EXPECT_EQ(meter.set(0), StatusOk);
 }
 
 TEST(TrackedBuffer, StartsEmptyWithItsDefaults) {
@@ -67,7 +67,7 @@ TEST(TrackedBuffer, StartsEmptyWithItsDefaults) {
   EXPECT_EQ(buffer.capacity(), 0u);
   EXPECT_EQ(buffer.increment(), 1024u);
   EXPECT_EQ(buffer.zeroFill(), 0u);
-  EXPECT_EQ(buffer.lastError(), -1);
+  EXPECT_EQ(buffer.lastError(), StatusOutOfMemory);
   EXPECT_EQ(buffer.meter().current, 0u);
   EXPECT_EQ(buffer.meter().threshold, kThreshold);
   EXPECT_EQ(buffer.meter().reported, 0u);
@@ -88,7 +88,7 @@ TEST(TrackedBuffer, AnInitialCountAllocatesAtOnce) {
   const TrackedBuffer<uint64_t> failed(7);
   EXPECT_EQ(failed.data(), nullptr);
   EXPECT_EQ(failed.capacity(), 0u);
-  EXPECT_EQ(failed.lastError(), -1);
+  EXPECT_EQ(failed.lastError(), StatusOutOfMemory);
 }
 
 TEST(TrackedBuffer, ReserveOfNothingAllocatesTheIncrement) {
@@ -188,7 +188,7 @@ TEST(TrackedBuffer, ARefusalClearsItAndItStartsAgainFromNothing) {
   EXPECT_EQ(buffer.data(), nullptr);
   EXPECT_EQ(buffer.capacity(), 0u);
   EXPECT_EQ(buffer.length(), 0u);
-  EXPECT_EQ(buffer.lastError(), -1);
+  EXPECT_EQ(buffer.lastError(), StatusOutOfMemory);
   EXPECT_EQ(test::Usage().liveBlocks, 0u);
   EXPECT_EQ(ReportedBytes(), 0u);
 
@@ -220,7 +220,7 @@ TEST(TrackedBuffer, WithoutMemoryTheContentsStay) {
   const char* const block = buffer.data();
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
   EXPECT_EQ(buffer.reserve(5000), nullptr);
-  EXPECT_EQ(buffer.lastError(), -1);
+  EXPECT_EQ(buffer.lastError(), StatusOutOfMemory);
   EXPECT_EQ(buffer.data(), block);
   EXPECT_EQ(buffer.capacity(), 1027u);
   EXPECT_EQ(std::string(buffer.data(), 3), "abc");
@@ -232,7 +232,7 @@ TEST(TrackedBuffer, SizesBeyondAllMemoryFail) {
   EXPECT_EQ(buffer.reserve(UINT64_MAX), nullptr);
   EXPECT_EQ(buffer.reserve(UINT64_MAX - 1024), nullptr);
   EXPECT_EQ(buffer.reserve(UINT64_MAX / 8), nullptr);
-  EXPECT_EQ(buffer.lastError(), -1);
+  EXPECT_EQ(buffer.lastError(), StatusOutOfMemory);
   EXPECT_EQ(buffer.growthCount(), 0u);
 }
 
@@ -250,34 +250,34 @@ TEST(TrackedBuffer, TakeGivesTheBlockAway) {
 
 TEST(TrackedBuffer, AppendWritesBehindWhatIsInUse) {
   TrackedBuffer<char16_t> buffer;
-  EXPECT_EQ(buffer.append(nullptr, 0), 1);
+  EXPECT_EQ(buffer.append(nullptr, 0), StatusOk);
   EXPECT_EQ(buffer.data(), nullptr);
-  EXPECT_EQ(buffer.append(nullptr, 1), -814);
-  EXPECT_EQ(buffer.append(u"ab", 2), 1);
-  EXPECT_EQ(buffer.append(u"cde", 3), 1);
+  EXPECT_EQ(buffer.append(nullptr, 1), StatusNullArgument);
+  EXPECT_EQ(buffer.append(u"ab", 2), StatusOk);
+  EXPECT_EQ(buffer.append(u"cde", 3), StatusOk);
   EXPECT_EQ(std::u16string(buffer.data(), buffer.length()), u"abcde");
   PlainKernelFailAt(PlainKernelFaultMemory, 1);
   const std::u16string large(2000, u'x');
-  EXPECT_EQ(buffer.append(large.data(), large.size()), -1);
+  EXPECT_EQ(buffer.append(large.data(), large.size()), StatusOutOfMemory);
   EXPECT_EQ(std::u16string(buffer.data(), buffer.length()), u"abcde");
   const volatile uint64_t endless = UINT64_MAX;
-  EXPECT_EQ(buffer.append(large.data(), endless), -1);
+  EXPECT_EQ(buffer.append(large.data(), endless), StatusOutOfMemory);
   EXPECT_EQ(buffer.length(), 5u);
 }
 
 TEST(TrackedBuffer, AppendAfterARefusalStartsAgain) {
   const std::string large(kThreshold, 'x');
   TrackedBuffer<char> buffer;
-  ASSERT_EQ(buffer.append("abc", 3), 1);
+  ASSERT_EQ(buffer.append("abc", 3), StatusOk);
   PlainKernelFailAt(PlainKernelFaultBudget, 1);
-  EXPECT_EQ(buffer.append(large.data(), large.size()), -1);
+  EXPECT_EQ(buffer.append(large.data(), large.size()), StatusOutOfMemory);
   EXPECT_EQ(buffer.data(), nullptr);
   EXPECT_EQ(buffer.length(), 0u);
 
-  ASSERT_EQ(buffer.append("abc", 3), 1);
+  ASSERT_EQ(buffer.append("abc", 3), StatusOk);
   PlainKernelFailAt(PlainKernelFaultBudget, 1);
   EXPECT_EQ(buffer.reserve(kThreshold), nullptr);
-  EXPECT_EQ(buffer.append("de", 2), 1);
+  EXPECT_EQ(buffer.append("de", 2), StatusOk);
   EXPECT_EQ(std::string_view(buffer.data(), buffer.length()), "de");
 }
 

@@ -44,8 +44,8 @@ class ImageDirectory : public FileRoute {
     return result;
   }
 
-  void ExpectRefused(int32_t result) {
-    EXPECT_EQ(result, -1490);
+  void ExpectRefused(Status result) {
+    EXPECT_EQ(result, StatusCreateFailed);
     EXPECT_EQ(record_.tempDirectory[0], u'\0');
     EXPECT_EQ(record_.inlineFiles.length(), 0U);
     EXPECT_EQ(body_.view(), "<img src=\"cid:a.png\">");
@@ -71,7 +71,7 @@ TEST_F(ImageDirectory, IsMadeForItsOwnerAlone) {
 }
 
 TEST_F(ImageDirectory, MayExistWhenItIsTheUsersAlone) {
-  EXPECT_EQ(RewriteAgainst([](const auto& path) { MakeWithMode(path, 0755); }), 1);
+  EXPECT_EQ(RewriteAgainst([](const auto& path) { MakeWithMode(path, 0755); }), StatusOk);
   EXPECT_EQ(ReadWholeFile(taken_ / "_a.png"), kImage);
 }
 
@@ -113,13 +113,13 @@ TEST_F(ImageDirectory, IsNoFile) {
 // Swapped after it was made, which needs rights in its parent: the image is not written.
 TEST_F(ImageDirectory, IsNotFollowedWhenItIsALinkByThen) {
   const TempDirectory elsewhere;
-  EXPECT_EQ(rewrite(kImage), 1);
+  EXPECT_EQ(rewrite(kImage), StatusOk);
   std::string name = std::filesystem::path(record_.tempDirectory).string();
   name.pop_back();
   std::filesystem::rename(name, name + ".away");
   std::filesystem::create_directory_symlink(elsewhere.path(), name);
   setBody("<img src=\"cid:a.png\">");
-  EXPECT_EQ(rewrite(kImage), -1490);
+  EXPECT_EQ(rewrite(kImage), StatusCreateFailed);
   EXPECT_EQ(elsewhere.listing(), "");
   std::filesystem::remove(name);
   std::filesystem::rename(name + ".away", name);

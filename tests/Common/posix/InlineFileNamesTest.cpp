@@ -23,7 +23,7 @@ TEST_F(FileRoute, LineEndsInFrontOfASeparatorStay) {
   directory.copy(record_.tempDirectory, directory.size());
   context_.contentId = nullptr;
   context_.name = "x\ny/c\rd";
-  EXPECT_EQ(rewrite(kImage), 1);
+  EXPECT_EQ(rewrite(kImage), StatusOk);
   EXPECT_EQ(test::ReadWholeFile(sub / "c_d"), kImage);
   // Without a "\" in the path all of it is the name.
   EXPECT_EQ(body_.view(), "<img src=\"" + temp_.path().string() + "/own/x\ny/c_d\">");
@@ -37,7 +37,7 @@ TEST_F(FileRoute, NoColonSeparatesTheReplacement) {
   std::filesystem::create_directories(temp_.path() / "own" / "x");
   context_.contentId = nullptr;
   context_.name = "x\\a:b\n.png";
-  EXPECT_EQ(rewrite(kImage), 1);
+  EXPECT_EQ(rewrite(kImage), StatusOk);
   EXPECT_EQ(body_.view(), "<img src=\"a:b_.png\">");
   KernelDeleteFileUtf8(record_.inlineFiles.data()[0]);
   std::filesystem::remove(temp_.path() / "own" / "x");
