@@ -83,7 +83,7 @@ void BM_CompressedRtf(benchmark::State& state) {
   const std::string packed = tarn::test::PackRtf(text);
   for (auto _ : state) {
     tarn::MailMessage message;
-    if (tarn::DecodeCompressedRtf(KernelCopy(packed), message, packed.size()) != 1) {
+    if (!tarn::DecodeCompressedRtf(KernelCopy(packed), message, packed.size()).ok()) {
       state.SkipWithError("not unpacked");
     }
     benchmark::DoNotOptimize(message.body.data());
@@ -100,7 +100,7 @@ void BM_CompressedRtfOfAStore(benchmark::State& state) {
     tarn::MailMessage message;
     tarn::MessageList messages{1, &message};
     stream.seekg(0, std::ios::end);
-    if (tarn::DecodePstCompressedRtf(stream, messages, 0) != 1) {
+    if (!tarn::DecodePstCompressedRtf(stream, messages, 0).ok()) {
       state.SkipWithError("not unpacked");
     }
     benchmark::DoNotOptimize(message.body.data());

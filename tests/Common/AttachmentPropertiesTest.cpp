@@ -97,7 +97,7 @@ TEST(AddAttachmentProperty, TextThatIsNoUtf8Gives0) {
   const auto round = [](test::FaultedWork& faulted) {
     PropertyList fresh;
     const Status added = faulted([&] { return AddAttachmentProperty(fresh, "n", "v"); });
-    EXPECT_EQ(added, faulted.isReached() ? 0 : 1);
+    EXPECT_EQ(added, faulted.isReached() ? StatusFailed : StatusOk);
     EXPECT_EQ(fresh.length(), faulted.isReached() ? 0u : 1u);
   };
   EXPECT_EQ(test::SweepFaults(PlainKernelFaultText, round, test::FaultKinds::OneAndFrom), 2u);
@@ -129,7 +129,7 @@ TEST(AddAttachmentProperty, WithoutMemoryTheListIsAsItWas) {
     EXPECT_EQ(added, StatusOutOfMemory);
     EXPECT_EQ(list.length(), 0u);
     // The third is the list's own, and the code is its last error.
-    EXPECT_EQ(list.lastError(), faulted.ordinal() == 3 ? -1 : 0);
+    EXPECT_EQ(list.lastError(), faulted.ordinal() == 3 ? StatusOutOfMemory : StatusFailed);
   };
   EXPECT_EQ(test::SweepFaults(PlainKernelFaultMemory, round, test::FaultKinds::OneAndFrom), 3u);
 }
@@ -161,7 +161,7 @@ TEST(AddWideAttachmentProperty, FailsForANameThatIsNoTextAndWithoutMemory) {
   const auto round = [](test::FaultedWork& faulted) {
     PropertyList fresh;
     const Status added = faulted([&] { return AddWideAttachmentProperty(fresh, "name", u"v"); });
-    EXPECT_EQ(added, faulted.isReached() ? -1 : 1);
+    EXPECT_EQ(added, faulted.isReached() ? StatusOutOfMemory : StatusOk);
     EXPECT_EQ(fresh.length(), faulted.isReached() ? 0u : 1u);
   };
   EXPECT_EQ(test::SweepFaults(PlainKernelFaultMemory, round, test::FaultKinds::OneAndFrom), 2u);

@@ -123,7 +123,7 @@ TEST_F(DataRoute, TheSmallSizesThatDoNotFit) {
   for (uint64_t size = 1; size <= 200; ++size) {
     const bool fits = std::find(tooSmall.begin(), tooSmall.end(), size) == tooSmall.end();
     setBody("<img src=\"cid:a.png\">");
-    EXPECT_EQ(rewrite(std::string(size, 'x')), fits ? 1 : 0) << size;
+    EXPECT_EQ(rewrite(std::string(size, 'x')), fits ? StatusOk : StatusFailed) << size;
     EXPECT_EQ(replacements_, fits ? 1u : 0u) << size;
     const uint64_t characters = (size + 2) / 3 * 4;
     EXPECT_EQ(body_.length(), fits ? 10 + 18 + characters + 2 : 21) << size;
@@ -151,7 +151,7 @@ TEST_F(DataRoute, WithoutMemoryTheBodyIsAsItWas) {
   // The round without a failure changes the body.
   const auto round = [this](test::FaultedWork& faulted) {
     const Status rewritten = faulted([this] { return rewrite(kImage); });
-    EXPECT_EQ(rewritten, faulted.isReached() ? -1 : 1);
+    EXPECT_EQ(rewritten, faulted.isReached() ? StatusOutOfMemory : StatusOk);
     if (!faulted.isReached()) return;
     EXPECT_EQ(replacements_, 0u);
     EXPECT_EQ(body_.view(), "<img src=\"cid:a.png\">");
