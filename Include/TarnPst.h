@@ -275,7 +275,7 @@ typedef struct FilterDataList {
  *
  *   EF BB BF, FF FE   The size does not count the mark, though the data begins with it. So the last
  *                     two bytes of the text come after the end of the data; they may be read there.
- *   +/v               Stands before content that a mail sends with the transfer encoding "7bit": at
+ *   +/v               Is before content that a mail sends with the transfer encoding "7bit": at
  *                     the start of a plain text, and after "<html>" of HTML. It is no text, and no
  *                     sign of UTF-7: a sibling leaves these three bytes out.
  */
@@ -321,13 +321,14 @@ typedef struct HostRasterOptions {
 /* To be set: path, handle, info, messageNumber and the two siblings.
  *
  * Both path and handle name the file. The handle tells its format, and a mail file is read through
- * it; stores and MSG files are opened by their path, for which null gives -814. */
+ * it; stores and MSG files are opened by their path, for which null gives StatusNullArgument. */
 typedef struct FilterInfoContext {
   const char16_t* path;
   uint8_t reserved0[4];
   uint64_t handle;    /* of KernelFileOpen, for reading; the filter moves its position. Stays open,
                          the host's to close */
-  HostFileInfo* info; /* out: the answer; zeros before the call. Null: -13 */
+  HostFileInfo* info; /* out: the answer; zeros before the call. Null:
+                         StatusBadArgument */
   FilterDataSlot* slot; /* or null: then nothing is kept, and each call reads the file anew */
   uint8_t reserved1[20];
   const HostLoadOptions* options; /* the wanted page; a copy goes to the sibling. Null for zeros */
@@ -351,9 +352,9 @@ typedef struct FilterInfoContext {
 /* The first word of a target object points to a table of functions; the fourth tells its kind. */
 typedef int32_t (*TargetKindFunction)(void* self);
 
-/* To be set: path (null: -10), messageNumber, bitmap, info, status, and the two load siblings; the
- * target functions only with a target of kind 10. With a record in the slot the file is not read
- * again: then path, messageNumber and textOnly play no part. */
+/* To be set: path (null: StatusOpenFailed), messageNumber, bitmap, info, status, and the two load
+ * siblings; the target functions only with a target of kind 10. With a record in the slot the file
+ * is not read again: then path, messageNumber and textOnly play no part. */
 typedef struct FilterLoadContext {
   const char16_t* path;
   void* bitmap; /* the host's bitmap record, passed on unread */
@@ -419,7 +420,7 @@ typedef struct AttachmentInfoBlock {
   AttachmentInfoItem* items; /* null when there are none */
 } AttachmentInfoBlock;
 
-/* To be set: path (null: -10). */
+/* To be set: path (null: StatusOpenFailed). */
 typedef struct GetAttachmentInfoContext {
   uint8_t reserved0[8];
   const char16_t* path;
@@ -429,7 +430,7 @@ typedef struct GetAttachmentInfoContext {
   const AttachmentOptions* options; /* null for the first message */
 } GetAttachmentInfoContext;
 
-/* To be set: path (null: -10), attachmentNumber. */
+/* To be set: path (null: StatusOpenFailed), attachmentNumber. */
 typedef struct ExtractAttachmentContext {
   uint8_t reserved0[8];
   const char16_t* path;
@@ -469,7 +470,8 @@ TARNPST_API int32_t fltLoad(FilterLoadContext* context);
  *
  * Ownership: takes `data`, which must be the slot's record (slot.data or, where the slot holds a
  * list, entries[0].data), and frees it; the host then clears the slot and frees the list. With a
- * non-zero `value`, or data that is no such record, nothing is done. 1; -13 for null. */
+ * non-zero `value`, or data that is no such record, nothing is done. StatusOk; StatusBadArgument
+ * for null. */
 TARNPST_API int32_t fltFreeData(void* data, int32_t value);
 
 /* Lists the attachments of a message in context->block.

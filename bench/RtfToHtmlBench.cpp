@@ -60,7 +60,7 @@ std::string Mail() {
   return text + "}";
 }
 
-// Words of `letters` escapes in a font, with a blank behind each.
+// Words of `letters` escapes in a font, with a blank after each.
 std::string Escapes(std::string_view font, unsigned low, unsigned high, bool pairs) {
   std::mt19937 random(4);
   std::string text = std::string(kHead) + std::string(font) + " ";

@@ -1,7 +1,7 @@
 // Compressed RTF through both decoders, and what the first makes of RTF that wraps HTML.
 //
 // The input is the compressed RTF; its last byte also chooses the variant. In half of the variants
-// the header is repaired, so that the bytes behind it are unpacked. Besides what the
+// the header is repaired, so that the bytes after it are unpacked. Besides what the
 // sanitizers see, a run aborts when a decoder leaves anything behind in the kernel, changes the
 // body of damaged data, or makes more than the data can hold.
 

@@ -1,4 +1,4 @@
-// Whole mails through the exports, in the order of calls that stands at the input's end. One that
+// Whole mails through the exports, in the order of calls that is at the input's end. One that
 // begins as a store or a compound file is taken as such.
 
 #include "host/FuzzHost.h"

@@ -1,4 +1,4 @@
-// Whole MSG files through the exports, in the order of calls that stands at the input's end. Where
+// Whole MSG files through the exports, in the order of calls that is at the input's end. Where
 // the file does not begin as a compound file, it is made to.
 
 #include "host/FuzzHost.h"

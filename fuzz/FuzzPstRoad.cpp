@@ -1,4 +1,4 @@
-// Whole stores through the exports, in the order of calls that stands at the input's end. Checksums
+// Whole stores through the exports, in the order of calls that is at the input's end. Checksums
 // and signatures are made to fit first, so that damage gets past them.
 
 #include "host/FuzzHost.h"

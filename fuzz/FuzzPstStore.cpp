@@ -1,5 +1,5 @@
 // Whole stores: everything in them is read. The checksums of the input are made to fit first, so
-// that damage gets behind them. Besides what the sanitizers see, a run aborts on an exception that
+// that damage gets past them. Besides what the sanitizers see, a run aborts on an exception that
 // is not the store's and when a read leaves anything behind in the kernel.
 
 #include <fcntl.h>

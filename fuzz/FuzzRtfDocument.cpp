@@ -5,7 +5,7 @@
 // another bit, the whole input is the document.
 //
 // Besides what the sanitizers see, a run aborts when a render leaves anything behind in the kernel,
-// changes a document that it refuses, or loses what stands behind the first "\pard".
+// changes a document that it refuses, or loses what comes after the first "\pard".
 
 #include <cstdio>
 #include <cstdlib>

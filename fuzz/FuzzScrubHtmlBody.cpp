@@ -1,5 +1,5 @@
 // Markup that is scrubbed in place. Besides what the sanitizers see, a run aborts when a byte has
-// become anything but a blank, when a text without leftovers changes, or when bytes behind the
+// become anything but a blank, when a text without leftovers changes, or when bytes after the
 // first NUL change.
 #include <cstdio>
 #include <cstdlib>
@@ -32,7 +32,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     Expect(scrubbed[i] == text[i] || scrubbed[i] == ' ', "a byte became something else");
   }
   const std::string_view seen = std::string_view(text).substr(0, text.find('\0'));
-  Expect(scrubbed.substr(seen.size()) == text.substr(seen.size()), "bytes behind the NUL changed");
+  Expect(scrubbed.substr(seen.size()) == text.substr(seen.size()), "bytes after the NUL changed");
   const bool hasLeftover = seen.find("&#") != std::string_view::npos ||
                            seen.find("<div>&nbsp;value=\"/") != std::string_view::npos;
   Expect(hasLeftover || scrubbed == text, "a text without leftovers changed");

@@ -4,7 +4,7 @@
 Usage: tools/make_jis0208_rows.py > src/eml/Jis0208Rows.cpp
 
 A cell holds what the Shift JIS pair of the same cell gives in code page 932 (Python's codec cp932).
-Rows end behind their last character, but for those that JIS X 0208 calls full or nearly so: they
+Rows end after their last character, but for those that JIS X 0208 calls full or nearly so: they
 have all 94 cells. One row differs from the code page; see rotated().
 """
 
@@ -20,7 +20,7 @@ FIRST_BYTES = list(range(0x21, 0x29)) + [0x2D] + list(range(0x30, 0x75))
 # Rows that end early, by their number in the table.
 SHORT_ROWS = {5: 56, 6: 81, 7: 32, 40: 51, 77: 6}
 
-# In this row three characters stand at the end, and those between are moved up to make room.
+# In this row three characters are at the end, and those between are moved up to make room.
 ROTATED_ROW = 0x5E
 ROTATED_FROM = 0x3B
 ROTATED_LAST = [0x6DF9, 0x6E15, 0x6E0A]

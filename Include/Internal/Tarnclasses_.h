@@ -288,7 +288,7 @@ T* TrackedBuffer<T>::reserve(uint64_t count) {
   return block_.get();
 }
 
-// Prints behind the text in `buffer`, with a NUL that its length does not count. `flag` is the
+// Prints after the text in `buffer`, with a NUL that its length does not count. `flag` is the
 // success of all calls so far: once 0, every call does nothing and gives 0. A null format gives 0
 // and leaves the flag. 1 or 0.
 [[gnu::format(printf, 3, 4)]] int32_t AppendFormat(TrackedBuffer<char>& buffer, int32_t& flag,

@@ -1,4 +1,4 @@
-// CallScript.h - the calls that a fuzz target makes on one file, and how they stand in its input.
+// CallScript.h - the calls that a fuzz target makes on one file, and how its input holds them.
 //
 //   input    file | step ... | number of steps, 1 byte | "CALLS\n"
 //   step     operation, 1 byte | argument, 1 byte

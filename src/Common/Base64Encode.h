@@ -7,7 +7,7 @@
 
 namespace tarn {
 
-// Encodes `size` bytes into `out`, with a NUL behind them, and returns the length without that NUL.
+// Encodes `size` bytes into `out`, with a NUL after them, and returns the length without that NUL.
 // 0, with `out` untouched, when characters and NUL do not fit `room`.
 uint64_t Base64Encode(char* out, uint64_t room, const char* bytes, uint64_t size);
 

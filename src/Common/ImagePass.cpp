@@ -84,9 +84,9 @@ class ImagePass::Collector {
 uint64_t ImagePass::Collector::nextOccurrence(uint64_t at) {
   const uint64_t n = occurrences_.needle().size();
   uint64_t place = occurrences_.next(at);
-  for (uint64_t behind = 0; place != kNoPlace && pass_.skipEdits(place, n, behind);) {
+  for (uint64_t after = 0; place != kNoPlace && pass_.skipEdits(place, n, after);) {
     cost_ += kBytesPerEdit;
-    place = occurrences_.next(behind);
+    place = occurrences_.next(after);
   }
   return place;
 }
@@ -229,9 +229,9 @@ Status ImagePass::find(std::string_view needle, uint64_t& place) {
   prepare();
   found_.emplace(index_, needle);
   place = found_->next(0);
-  for (uint64_t behind = 0; place != kNoPlace && skipEdits(place, needle.size(), behind);) {
+  for (uint64_t after = 0; place != kNoPlace && skipEdits(place, needle.size(), after);) {
     budget_.spend(kBytesPerEdit);
-    place = found_->next(behind);
+    place = found_->next(after);
   }
   budget_.spend(found_->takeCost());
   return StatusOk;

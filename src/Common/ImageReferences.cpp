@@ -47,7 +47,7 @@ std::optional<ImageReferences::Stretch> ImageReferences::next() {
     const uint64_t place = FindBytes(searched_, needle_, at_);
     if (place == std::string_view::npos) return std::nullopt;
     if (isInImageData(place)) {
-      // As often as it takes to leave the place behind.
+      // As often as it takes to pass the place.
       at_ += ((place - at_) / n + 1) * n;
       continue;
     }

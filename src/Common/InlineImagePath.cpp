@@ -56,7 +56,7 @@ class PathWriter {
   bool overflow_ = false;
 };
 
-// "text_name", the name and an "@" behind it taken out of the text.
+// "text_name", the name and an "@" after it taken out of the text.
 void AddFileName(PathWriter& path, std::string_view text, std::string_view name) {
   if (!text.empty()) {
     const size_t found = FindBytes(text, name);

@@ -3,7 +3,8 @@
 // Two kinds of search are not bounded by the size of the file: each level of nested multiparts
 // looks for its own delimiter in all that is nested in it, and each image looks for its name in the
 // whole body. A file of a few megabytes can so ask for days of work. Every byte passed over is
-// therefore counted, and a read that has spent a budget ends with -1.
+// therefore counted, and a read that has spent a budget ends with
+// StatusOutOfMemory.
 //
 // A budget is the sum of a fixed part and a part in proportion to the file. What the mail programs
 // of this world write stays far below: ten levels of any size, hundreds of levels of a few

@@ -104,7 +104,7 @@ Status AppendJis0208(TrackedBuffer<char>& output, std::string_view run) {
   return StatusOk;
 }
 
-// "\" stands for the yen sign, and becomes the single byte 0xA5: not the two bytes that UTF-8 has
+// "\" means the yen sign, and becomes the single byte 0xA5: not the two bytes that UTF-8 has
 // for it, on purpose.
 Status AppendJisRomanRun(TrackedBuffer<char>& output, std::string_view run) {
   constexpr char kYen = '\xA5';

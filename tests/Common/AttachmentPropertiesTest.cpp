@@ -86,7 +86,7 @@ TEST(AddAttachmentProperty, TextThatIsNoUtf8Gives0) {
   PropertyList list;
   EXPECT_EQ(AddAttachmentProperty(list, "n\xE9", "v"), StatusFailed);
   EXPECT_EQ(AddAttachmentProperty(list, "n", "v\xE9"), StatusFailed);
-  // Even behind the units that are kept.
+  // Even after the units that are kept.
   EXPECT_EQ(AddAttachmentProperty(list, "n", (std::string(200, 'x') + "\xE9").c_str()),
             StatusFailed);
   EXPECT_EQ(list.length(), 0u);

@@ -7,7 +7,7 @@
 namespace tarn {
 namespace {
 
-// Twenty-four bytes an entry, and sixteen in front of the first.
+// Twenty-four bytes an entry, and sixteen before the first.
 static_assert(sizeof(FilterDataList) == 40 && sizeof(FilterDataEntry) == 24);
 
 // The fields of packed records may lie anywhere, so comparisons take copies.
@@ -103,7 +103,7 @@ TEST_F(FilterDataTest, AnItemIsNoRecord) {
   EXPECT_EQ(SlotList(&slot_), nullptr);
 }
 
-// The slot says that the item is shorter than any signature: nothing behind it is read.
+// The slot says that the item is shorter than any signature: nothing after it is read.
 TEST_F(FilterDataTest, AnItemOfAFewBytesIsNotReadPastItsEnd) {
   for (const int32_t format : {300, -2}) {
     SizedBytes item = test::Bytes("PS");
@@ -129,7 +129,7 @@ TEST_F(FilterDataTest, FindScansTheListForTheFirstRecord) {
   list.entries[2].data = &record_;
   EXPECT_EQ(FindFilterData(&slot_, 0, &found), StatusOk);
   EXPECT_EQ(found, &record_);
-  list.count = 2;  // entries behind the count are not in use
+  list.count = 2;  // entries after the count are not in use
   EXPECT_EQ(FindFilterData(&slot_, 0, &found), StatusBadArgument);
 }
 
@@ -275,7 +275,7 @@ TEST_F(FilterDataTest, EnsureGrowsAListAndClearsWhatIsNew) {
   EXPECT_EQ(std::string(fresh, 72), std::string(72, '\0'));
 }
 
-// The room of a list is its count, so entries behind the count are new, whatever they held.
+// The room of a list is its count, so entries after the count are new, whatever they held.
 TEST_F(FilterDataTest, EnsureTakesTheCountForTheRoom) {
   FilterDataList& old = putList(2, 10);
   old.entries[2] = {itemA, 1, 1, 1};

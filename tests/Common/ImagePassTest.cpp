@@ -151,7 +151,7 @@ TEST(ImagePass, AnImageMayBeLookedForInAnother) {
   Pass pass("<img src=\"cid:a\">");
   EXPECT_EQ(pass.place({"cid:a", "", Url("QUJD")}).count, 1u);
   EXPECT_EQ(pass.place({"", "UJ", Url("REVG")}), (Placed{true, StatusOk, 1}));
-  // Found behind "Q", where the search for the quote before it may not go.
+  // Found after "Q", where the search for the quote before it may not go.
   EXPECT_EQ(pass.finish(), "<img src=\"data:image;base64,Q" + Url("REVG") + "\">");
 }
 

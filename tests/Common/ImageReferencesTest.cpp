@@ -83,13 +83,13 @@ TEST(ImageReferences, OneWithoutAClosingQuoteEndsTheSearch) {
 TEST(ImageReferences, InPlainTextTheValueBeginsBehindTheNearestEarlierQuote) {
   EXPECT_EQ(Replace("<p class=\"c\">see a.png</p><p id=\"d\">", 0, "a.png", "X"),
             (Rewritten{"<p class=\"c\"X\"d\">", 1}));
-  // But not in front of the place where the search started.
+  // But not before the place where the search started.
   EXPECT_EQ(Replace("<p class=\"c\">see a.png</p><p id=\"d\">", 13, "a.png", "X"),
             (Rewritten{"<p class=\"c\">X\"d\">", 1}));
   EXPECT_EQ(Replace("see a.png\"", 0, "a.png", "X"), (Rewritten{"X\"", 1}));
 }
 
-// The search goes on at the closing quote, which is the nearest in front of what follows.
+// The search goes on at the closing quote, which is the nearest before what follows.
 TEST(ImageReferences, AReplacementEndsTheReachBack) {
   EXPECT_EQ(Replace("\"cid:a\" cid:a \"", 0, "cid:a", "X"), (Rewritten{"\"X\"X\"", 2}));
 }
@@ -116,7 +116,7 @@ TEST(ImageReferences, TheTagMayBeginInFrontOfTheSearch) {
 // An occurrence that stays moves the search by the needle's length from where it was, which may be
 // to the middle of the occurrence.
 TEST(ImageReferences, TheSearchMovesByTheNeedleNotBehindTheOccurrence) {
-  // From 0 it comes to 15, where the needle stands once more, behind another tag.
+  // From 0 it comes to 15, where the needle is once more, after another tag.
   EXPECT_EQ(Replace("<v:imagedata a<a<a\"", 0, "a<a", "X"), (Rewritten{"<v:imagedata a<X\"", 1}));
   // From 1 it comes to 13, meets the same occurrence again, and passes on to 16.
   EXPECT_EQ(Replace("<v:imagedata a<a<a\"", 1, "a<a", "X"), (Rewritten{"<v:imagedata a<a<a\"", 0}));
@@ -152,7 +152,7 @@ TEST(ImageReferences, AnEmptyReplacementTakesTheValueOut) {
   EXPECT_EQ(Replace("\"a\"", 0, "a", ""), (Rewritten{"\"\"", 1}));
 }
 
-// File names come from the mail: what they hold is part of the text for the occurrences behind.
+// File names come from the mail: what they hold is part of the text for the occurrences after it.
 TEST(ImageReferences, ATagInTheReplacementDecidesOnWhatFollows) {
   EXPECT_EQ(Replace("\"a\" a \"", 0, "a", "<v:imagedata"), (Rewritten{"\"<v:imagedata\" a \"", 1}));
   EXPECT_EQ(Replace("<v:imagedata><b \"a\" a \"", 14, "a", "<v:image"),
@@ -166,7 +166,7 @@ TEST(ImageReferences, ATagInsideAReplacedValueIsGone) {
 }
 
 TEST(ImageReferences, ATagMayComeTogetherFromTextAndReplacement) {
-  // "<v:im" stands in front of the search and the replacement completes it.
+  // "<v:im" is before the search and the replacement completes it.
   EXPECT_EQ(Replace("<v:im a\" a \"", 5, "a", "agedata"), (Rewritten{"<v:imagedata\" a \"", 1}));
   // Two replacements, with a needle that begins with the quote the search goes on at.
   EXPECT_EQ(Replace("\"a\"a\" \"a\"", 0, "\"a", "edata<v:imag"),
@@ -303,7 +303,7 @@ INSTANTIATE_TEST_SUITE_P(
                       std::pair("a", "aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaab"), std::pair("\"a", "\"a"),
                       std::pair("<a", "<a"), std::pair("\"", "\""), std::pair("a<b>\"", "a")));
 
-// The search moves by one from far in front of the single occurrence, a million times.
+// The search moves by one from far before the single occurrence, a million times.
 TEST(ImageReferences, ManyMovesToOneOccurrenceTakeLinearTime) {
   std::string body = "<v:imagedata " + std::string(kHostileLength, ' ') + "a";
   SizedBytes text = Bytes(body);

@@ -194,7 +194,7 @@ struct GuardedDirectory {
 
 TEST_F(InlineImagePathTest, AMadeNameThatFillsItsRoomGetsNoSeparator) {
   const test::TempDirectory temp;
-  // The kernel puts a separator, "pst" and its unique characters behind its directory; how many
+  // The kernel puts a separator, "pst" and its unique characters after its directory; how many
   // those are, a name made first tells.
   PlainKernelSetTempDirectory(temp.wide().c_str());
   ASSERT_EQ(make(nullptr, "n"), StatusOk);

@@ -39,7 +39,7 @@ TEST(TextRewriter, ReplacesStretches) {
   EXPECT_EQ(Rewrite("", {{0, 0, "new"}}), "new");
 }
 
-// The old text ends up ahead of the new one, and behind it again.
+// The old text ends up ahead of the new one, and after it again.
 TEST(TextRewriter, MayGrowAndShrinkByTurns) {
   std::mt19937 random(20261122);
   for (int round = 0; round < 5000; ++round) {

@@ -87,7 +87,7 @@ TEST(ConvertIso2022Jp, RefusesANullText) {
   EXPECT_EQ(ConvertIso2022Jp(text, 0), StatusNullArgument);
 }
 
-// "\" stands for the yen sign and becomes one byte; "~" for the overline.
+// "\" means the yen sign and becomes one byte; "~" for the overline.
 TEST(ConvertIso2022Jp, ConvertsJisRoman) {
   EXPECT_EQ(Convert("\33(Ja\\b~c"),
             "a\xA5"

@@ -158,7 +158,7 @@ TEST(DecodeBase64, IsNothingWithoutACharacterOfTheAlphabet) {
   EXPECT_EQ(Base64(" \t-_.\0\xFF"sv), "");
 }
 
-// All groups of four out of characters that stand for all kinds, by the rule written out once more.
+// All groups of four out of one character of each kind, by the rule written out once more.
 TEST(DecodeBase64, TreatsEveryMixtureByTheRule) {
   const std::string_view kinds = "Ab9+/=\n!";
   const auto value = [](char c) -> unsigned {

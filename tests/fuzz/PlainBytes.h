@@ -1,4 +1,4 @@
-// PlainBytes.h - what stands for libFuzzer's own mutation, and the checks that all mutators share.
+// PlainBytes.h - a double of libFuzzer's own mutation, and the checks that all mutators share.
 #ifndef TARN_TESTS_FUZZ_PLAINBYTES_H
 #define TARN_TESTS_FUZZ_PLAINBYTES_H
 

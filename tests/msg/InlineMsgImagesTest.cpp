@@ -265,7 +265,8 @@ TEST(InlineMsgImages, ThatShareAStreamEndThePass) {
   EXPECT_LT(inlined.body.size(), 4 * image.bytes.size());
 }
 
-// A content id that memory fails for is none. It is no text of NULs, for which every "cid:" stands.
+// A content id that memory fails for is none. It is no text of NULs, which every "cid:" would
+// match.
 TEST(InlineMsgImages, ReplaceNoOtherReferenceWhicheverAllocationFails) {
   const std::string body = "<img src=\"cid:two@x\"><img src=\"cid:three@x\">";
   MsgBuilder msg;

@@ -152,7 +152,7 @@ TEST(PstWriter, MapsMarkWhatIsInUse) {
   PstFileBuilder file({.layout = PstLayout::Ansi});
   file.block("abc");
   const std::string& image = file.bytes();
-  // Behind 4 bytes of padding: two maps, one block, a gap up to the pages, two pages.
+  // After 4 bytes of padding: two maps, one block, a gap up to the pages, two pages.
   EXPECT_EQ(Part(image, 0x4400, 10), "\0\0\0\0\xFF\xFF\x80\xFF\xFF\x00"s);
   EXPECT_EQ(Part(image, 0x4400 + 500, 8), "\x84\x84\0\0\0\x44\0\0"s);
   EXPECT_EQ(Part(image, 0x4600, 5), "\0\0\0\0\xFF"s);

@@ -123,7 +123,7 @@ TEST(InfoRoad, PutsInlineImagesBesideTheTempFile) {
   ASSERT_EQ(host.info(), StatusOk);
   const SiblingCall& call = host.calls[0];
   EXPECT_NE(call.document.find("<img src=\"pic@x_pic.png\">"), std::string::npos);
-  // The HTML file stands in the image directory.
+  // The HTML file is in the image directory.
   const size_t slash = call.path.find_last_of(u'\\');
   ASSERT_NE(slash, std::u16string::npos);
   const std::filesystem::path images(call.path.substr(0, slash));

@@ -162,8 +162,9 @@ const std::string kRichMail =
 const std::string kRichHtml =
     "<html>text" + std::string(3000, '.') + Repeat("&#x3042;", 700) + "&#x410;&#8364;\r\na";
 
-// With every allocation failing in turn: -1 and the text as it was, but for two that are not
-// needed, the conversion of a run, whose bytes are then written as they are, and the last trim.
+// With every allocation failing in turn: StatusOutOfMemory and the text as it was, but for two that
+// are not needed, the conversion of a run, whose bytes are then written as they are, and the last
+// trim.
 TEST(RtfFailures, EveryAllocation) {
   const std::string rawHtml =
       "<html>text" + std::string(3000, '.') + Repeat("\x82\xA0", 700) + "&#x410;&#8364;\r\na";

@@ -26,7 +26,7 @@ enum class EmlEncoding { None, SevenBit, EightBit, QuotedPrintable, Base64 };
 inline constexpr std::string_view kCrLf = "\r\n";
 inline constexpr std::string_view kLf = "\n";
 
-// Standard base64 with padding, a line end behind every 76 characters and at the end.
+// Standard base64 with padding, a line end after every 76 characters and at the end.
 std::string WriteBase64(std::string_view bytes, std::string_view lineEnd);
 // Every byte but letters and digits escaped, lines broken softly at 75 characters with CR LF.
 std::string WriteQuotedPrintable(std::string_view bytes);
@@ -39,7 +39,7 @@ class EmlEntity {
   // An empty boundary parameter is quoted, like every other.
   static EmlEntity Multipart(std::string_view subtype, std::string_view boundary);
 
-  // In the order of the calls, behind Content-Type.
+  // In the order of the calls, after Content-Type.
   EmlEntity& header(std::string_view name, std::string_view value);
   EmlEntity& disposition(std::string_view value) { return header("Content-Disposition", value); }
   EmlEntity& contentId(std::string_view id);

@@ -1,7 +1,7 @@
 // FakeHost.h - a host that drives the filter through its exports alone, with siblings that record
 // what they are given.
 //
-// One FakeHost stands for one host with one open file: it has the packed records of both calls,
+// One FakeHost is one host with one open file: it has the packed records of both calls,
 // patterned where the test sets nothing, and checks after each call that only documented bytes have
 // changed. Siblings get no user value, so one FakeHost at a time is the active one.
 #ifndef TARN_TESTS_SUPPORT_FAKEHOST_H

@@ -3,7 +3,7 @@
 //   const uint64_t calls = SweepFaults(PlainKernelFaultMemory, [](FaultedWork& faulted) {
 //     MailMessage message = Prepared();
 //     const int32_t status = faulted([&] { return Render(message); });
-//     EXPECT_EQ(status, faulted.isReached() ? -1 : 1);
+//     EXPECT_EQ(status, faulted.isReached() ? StatusOutOfMemory : StatusOk);
 //   });
 //   EXPECT_GE(calls, 4u);
 //

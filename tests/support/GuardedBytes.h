@@ -1,5 +1,5 @@
 // GuardedBytes.h - a block of bytes between two pages that cannot be touched: whoever reads or
-// writes one byte in front of it or behind it faults.
+// writes one byte before it or after it faults.
 #ifndef TARN_TESTS_SUPPORT_GUARDEDBYTES_H
 #define TARN_TESTS_SUPPORT_GUARDEDBYTES_H
 

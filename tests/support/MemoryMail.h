@@ -1,4 +1,4 @@
-// MemoryMail.h - bytes behind an open kernel handle, for readers that take one.
+// MemoryMail.h - bytes as an open kernel handle, for readers that take one.
 #ifndef TARN_TESTS_SUPPORT_MEMORYMAIL_H
 #define TARN_TESTS_SUPPORT_MEMORYMAIL_H
 

@@ -43,7 +43,7 @@ class PatternedRecord {
   std::string remembered() const { return {before_.begin(), before_.end()}; }
 
   // The offsets of bytes outside `allowed` that differ from what remember() saw, as text for a
-  // failure message; empty when there are none. Bytes behind the record count as well.
+  // failure message; empty when there are none. Bytes after the record count as well.
   std::string changesOutside(const std::vector<ByteRange>& allowed) const {
     std::string changes;
     for (size_t i = 0; i < bytes_.size(); ++i) {

@@ -13,7 +13,7 @@
 namespace tarn::test {
 
 struct PeExports {
-  std::set<uint32_t> ordinals;  // those that stand for something
+  std::set<uint32_t> ordinals;  // those that are in use
   std::set<std::string> names;
 };
 

@@ -20,7 +20,7 @@ namespace tarn::test {
 inline constexpr uint32_t kLzfuMagic = 0x75465A4C;
 inline constexpr uint32_t kMelaMagic = 0x414C454D;
 
-// The text that references can go to from the first byte on, 207 bytes. In front of "\par" stands
+// The text that references can go to from the first byte on, 207 bytes. Before "\par" there is
 // line feed, carriage return.
 std::string_view LzfuStartText();
 

@@ -46,13 +46,13 @@ inline const std::string kPlainMail = kSampleFields + "\r\nHi there\r\n";
 
 inline const std::string kPlainMailDocument = kSampleTextBlock + "Hi there\r\n";
 
-// 60 bytes that stand for an image, and their base64 form.
+// 60 bytes that serve as an image, and their base64 form.
 inline const std::string kImageBytes =
     "0123456789abcdefghij0123456789ABCDEFGHIJ0123456789klmnopqrst";
 inline const std::string kImageBase64 =
     "MDEyMzQ1Njc4OWFiY2RlZmdoaWowMTIzNDU2Nzg5QUJDREVGR0hJSjAxMjM0NTY3ODlrbG1ub3BxcnN0";
 
-// HTML with an inline image behind it, and an attachment with a full set of properties.
+// HTML with an inline image after it, and an attachment with a full set of properties.
 inline const std::string kImageMail =
     kSampleFields +
     "Content-Type: multipart/related; boundary=\"sep\"\r\n"
@@ -79,7 +79,7 @@ inline const std::string kImageMail =
     "%PDF-1.4 not much of one\r\n"
     "--sep--\r\n";
 
-// A plain body and one attachment behind it.
+// A plain body and one attachment after it.
 inline const std::string kAttachmentMail =
     kSampleFields +
     "Content-Type: multipart/mixed; boundary=sep\r\n"

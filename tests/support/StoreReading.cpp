@@ -23,7 +23,7 @@ constexpr uint32_t kRecipientTable = 0x692;
 // Thrown when a limit is reached; no std::exception.
 struct Enough {};
 
-// Whether values of the type stand in the entry or cell itself.
+// Whether values of the type are in the entry or cell itself.
 bool IsImmediate(uint16_t type) {
   return (type >= 0x02 && type <= 0x04) || type == 0x0A || type == 0x0B;
 }

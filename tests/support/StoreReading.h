@@ -28,7 +28,7 @@ struct StoreTotals {
 struct StoreReadOptions {
   // Each value in every way that there is, whatever its type; else once, as its type says.
   bool inEveryWay = false;
-  // Reading ends behind so many bytes, rows or failures: small files can describe large stores.
+  // Reading ends after so many bytes, rows or failures: small files can describe large stores.
   uint64_t maxBytes = UINT64_MAX;
   uint64_t maxRows = UINT64_MAX;
   uint64_t maxFailures = UINT64_MAX;

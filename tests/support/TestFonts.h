@@ -36,7 +36,7 @@ class TestFonts {
   std::unique_ptr<FontInstallation> installation_;
 };
 
-// Has these fonts installed before the first test of a GoogleTest binary and removed behind the
+// Has these fonts installed before the first test of a GoogleTest binary and removed after the
 // last. Of two with the same family and style, the first. True.
 bool UseTestFonts(const std::vector<TestFont>& fonts);
 

@@ -55,7 +55,7 @@ void TakeText(uint64_t& textLeft, const pststore::wstring& text) {
 }
 
 Status AddProperties(PropertyList& list, const pststore::attachment& source, uint64_t& textLeft) {
-  // The long file name stands in for a content id: bodies of stores refer to attachments by it.
+  // The long file name serves as content id: bodies of stores refer to attachments by it.
   Status status =
       AddAttachmentPropertyFromBag(list, "Content-ID:", source, PR_ATTACH_LONG_FILENAME, textLeft);
   if (!status.ok()) return status;

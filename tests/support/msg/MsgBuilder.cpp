@@ -22,7 +22,7 @@ std::string Numbered(const char* prefix, size_t number) {
   return name;
 }
 
-// The 8 bytes in front of the records of attachments and recipients.
+// The 8 bytes before the records of attachments and recipients.
 std::string SmallHeader() { return std::string(8, '\0'); }
 
 // Reserved, the next numbers of recipients and attachments, how many there are of each, and in a

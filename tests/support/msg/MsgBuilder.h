@@ -7,7 +7,7 @@
 //   msg.attachment().text(0x3707, u"mail.msg").embedded().text(0x0037, u"Inner");
 //   std::string file = msg.write();
 //
-// Properties go, in the order in which they were named, into "__properties_version1.0" behind a
+// Properties go, in the order in which they were named, into "__properties_version1.0" after a
 // header of 32 bytes (a message of its own), 24 (an embedded one) or 8 (attachments, recipients);
 // those of variable size have a stream too. A stream named by hand, the properties stream included,
 // replaces what would be written. Attachments begin with their number, recipients with their row.
@@ -52,7 +52,7 @@ class MsgProperties {
   void addRecord(uint16_t type, uint16_t id, uint64_t value);
   void addStream(const std::string& name, std::string_view bytes);
 
-  // Puts the streams into the folder, the records behind the header.
+  // Puts the streams into the folder, the records after the header.
   void write(CompoundFolder& folder, const std::string& header) const;
 
  private:
