@@ -16,28 +16,31 @@ CharsetRef ClassifyCharset(std::string_view name);
 // Replaces the string's bytes from `offset` on by their UTF-8 form, with a terminating NUL that the
 // length counts (ISO-2022-JP: does not count). Text that needs or allows no conversion stays: of a
 // charset or code page that is not converted, or of more than INT32_MAX bytes.
-//   StatusOk
+//   StatusOk                 also for text that stays
 //   StatusOutOfMemory        nothing has changed
 //   StatusPathToUtf8Failed   the UTF-8 form cannot be made; the string is cut at the offset
+//   a code of the host       ISO-2022-JP: a refused budget; nothing has changed
 Status ConvertTailToUtf8(SizedBytes& text, uint64_t offset, CharsetRef charset);
 
 // Converts a whole text to UTF-8 and renames the charset where the text first declares it. Without
 // `force` only ISO-2022-JP is converted. The length of a converted text counts no NUL; one that is
 // not converted keeps its own. For us-ascii, whose bytes stay, `charset` becomes CharsetUtf8 when
 // the name was replaced.
-//   StatusOk
-//   StatusNullArgument       a null address
+//   StatusOk                 also for a text that is not converted
+//   StatusNullArgument       a null address; an absent text of ISO-2022-JP
 //   StatusOutOfMemory        nothing has changed
 //   StatusPathToUtf8Failed   the text is cut where the conversion started
 //   StatusFailed             no memory for a longer name; the text is absent
+//   a code of the host       ISO-2022-JP: a refused budget; nothing has changed
 Status ConvertBodyToUtf8(SizedBytes* text, CharsetRef* charset, bool force);
 
 // Converts a header field that is not UTF-8 by form from `charset`, as ConvertBodyToUtf8 with force
 // does. Overlong forms and surrogates count as UTF-8. Failures are not reported.
 void RepairFieldToUtf8(SizedBytes& field, CharsetRef charset);
 
-// Overwrites `oldLength` bytes at `offset` with "UTF-8". StatusOk; StatusFailed as
-// SizedBytes::splice has it, and then the text is absent.
+// Overwrites `oldLength` bytes at `offset` with "UTF-8".
+//   StatusOk
+//   StatusFailed   no memory, or a range outside the text, which is absent then
 Status ReplaceWithUtf8Name(SizedBytes& text, uint64_t offset, uint64_t oldLength);
 
 }  // namespace tarn

@@ -21,7 +21,8 @@ namespace tarn {
 //   StatusReadFailed     an empty file, or a short read
 //   StatusSeekFailed     the file cannot be measured
 //   StatusOutOfMemory
-//   other                the result of the walk, StatusDone among them (PartWalker.h)
+//   StatusDone           the last image had no place in the body, and no closing delimiter came
+//   other                the failure of a part, or what the request's callback gave
 Status ReadEmlMessage(EmlMessage& message, uint64_t handle, PstFilterData& filterData,
                       const AttachmentRequest* request);
 

@@ -12,8 +12,10 @@
 namespace tarn {
 
 // Decodes the words of a text whose length counts its terminator; one shorter than 14 bytes stays.
-// Sets `*convertToUtf8` (if not null) when a word became UTF-8. StatusOk, or a failure, and then
-// the text is unchanged.
+// Sets `*convertToUtf8` (if not null) when a word became UTF-8, even if a later one fails.
+//   StatusOk            also without a word, and when one is refused
+//   StatusOutOfMemory   the text is unchanged
+//   others              of ConvertTailToUtf8; the text is unchanged
 Status DecodeEncodedWords(SizedBytes& text, bool* convertToUtf8);
 
 // Appends the decoded text of one word to the output's text and counts a terminating NUL.

@@ -16,7 +16,10 @@ namespace tarn {
 //   other                of a refused budget; nothing has changed
 Status ConvertIso2022Jp(SizedBytes& text, uint64_t offset);
 
-// Appends JIS-Roman text, "~" as U+203E. StatusOk, or the failure of the buffer.
+// Appends JIS-Roman text, "~" as U+203E.
+//   StatusOk
+//   StatusOutOfMemory    the output is as it was
+//   a code of the host   a refused budget; the output's block is gone
 Status AppendJisRoman(TrackedBuffer<char>& output, std::string_view text);
 
 }  // namespace tarn

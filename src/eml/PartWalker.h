@@ -25,11 +25,11 @@ inline constexpr uint64_t kMaxMultipartDepth = 500;
 // means one part that is no multipart. A delimiter that the header wrote with CR LF and that is in
 // the stretch with LF alone loses its CR for good. `request` may be null.
 //   StatusOk
-//   StatusDone           the last image of the multipart had no place in the body, and the
-//                        multipart ended without a closing delimiter
+//   StatusDone           a multipart ended without a closing delimiter, and its last image had no
+//                        place in the body; the whole walk ends there
 //   StatusOutOfMemory    also for nesting too deep, and for a spent search budget (SearchBudget.h)
-//   other                the failure of a part, or the result of a report that was not StatusOk
-// The body keeps what it has.
+//   other                the failure of a part, or what the request's callback gave
+// After each of them the body keeps what it has.
 Status WalkMimeParts(EmlMessage& message, size_t cursor, std::string_view delimiter,
                      const ImagePlacing& images, const AttachmentRequest* request);
 

@@ -26,11 +26,11 @@ Status ReadMsgFile(MailMessage& message, PstFilterData& data, const char16_t* pa
 
 // Reads the compressed RTF body: RTF or, when it wraps HTML, that. Data of another magic stays
 // packed in message.compressedRtf, and there is no body.
-//   StatusOk
-//   kNoStream
+//   StatusOk            also for data that stays packed
+//   kNoStream           (StatusDone) there is no such stream
 //   StatusNotSupported  damaged data
 //   StatusOutOfMemory
-//   StatusReadFailed
+//   StatusReadFailed    a seek failed
 Status ReadMsgCompressedBody(MailMessage& message, const CompoundStorage& storage);
 
 }  // namespace tarn

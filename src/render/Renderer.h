@@ -23,12 +23,13 @@ Status RenderMailMessage(MailMessage* message, TarnDocumentKind kind);
 // before the first "\pard", and a text without one stays as it is. In text it comes at the start
 // or, after a mark, three bytes in.
 //
-// On failure the body is as it was, but for an <html> element that it got before memory ran out.
-//   StatusOk
-//   StatusNotSupported  "<body" without a ">"
-//   StatusTimeFailed    RTF of length 0
-//   StatusOutOfMemory   the body cannot grow
-//   others              of a block that cannot grow
+//   StatusOk            also when the body is kept
+//   StatusNotSupported  HTML: "<body" without a ">"
+//   StatusTimeFailed    RTF: a body of length 0
+//   StatusOutOfMemory   no memory for the header block or the body
+//   a code of the host  its budget refused the header block
+// After a failure the body is as it was, but for an <html> element that it got before memory ran
+// out.
 Status RenderEmlMessage(EmlMessage& message);
 
 // Gives a finished HTML document that has a "<head>" and nowhere the word "charset", both in lower

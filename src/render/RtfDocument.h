@@ -22,11 +22,14 @@ Status AppendRtfHeaderRow(RtfRender& render, const MailMessage* message, const S
 // counts. The body's font table is read from its text, and is replaced when labels or values need
 // fonts that it lacks. A message without any row keeps its body, and so does one whose body has no
 // "\pard". On failure the body is as it was.
-//   StatusOk
-//   StatusNotSupported  a body without font table and "\from", an empty one included; a damaged
-//                       table
-//   StatusOutOfMemory   the new body finds no memory
-//   others              as above
+//   StatusOk                also when the body is kept
+//   StatusNotSupported      a body without font table and "\from", an empty one included; a damaged
+//                           table
+//   StatusOutOfMemory       no memory for the rows or the body
+//   StatusBadArgument       a label or a value that RTF cannot hold
+//   StatusPathToUtf8Failed  a conversion failed
+//   StatusPathTooLong       a value too long to convert
+//   a code of the host      a refused budget
 Status RenderMailRtf(MailMessage& message);
 
 }  // namespace tarn

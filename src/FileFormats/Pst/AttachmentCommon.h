@@ -7,10 +7,12 @@
 namespace tarn {
 
 // Opens the file, sniffs it and lets its reader walk the attachments.
-//   StatusOk          with the format of the reader that ran
+//   StatusOk          `readerFormat` is that of the reader that ran
 //   StatusOpenFailed
-//   StatusReadFailed  fewer than 12 bytes
+//   StatusReadFailed  fewer than 12 bytes, or a failed read of the reader
+//   StatusDone        the callback ended the walk of a mail, or the mail's last image had no place
 //   others            of the reader and of the callback
+// What the store throws leaves this function.
 Status WalkAttachments(const char16_t* path, const AttachmentOptions* options,
                        const AttachmentRequest& request, TarnFormat& readerFormat);
 

@@ -18,14 +18,16 @@ struct DocumentRules {
 // Renders message.body, and makes a document of the given kind of it. The length does not count the
 // end. The block of the body becomes the document's: a large one is not there twice.
 //   StatusOk
-//   StatusNotSupported  no body
-//   StatusOutOfMemory   of memory or budget, or the body could not be rendered; it may be gone
+//   StatusNotSupported  the message has no body
+//   StatusOutOfMemory   rendering failed for any reason, or memory or budget is short; the
+//   message's
+//                       body may be gone
 Status MakeBodyDocument(MailMessage& message, TarnDocumentKind kind, const DocumentRules& rules,
                         TrackedBuffer<char>& document);
 
 // The same with message.text. The length counts the end, but not the mark, so that the last bytes
-// fall outside: hosts have always got these documents so. A text that is gone after the header
-// fields went into it is an empty document.
+// fall outside: hosts have always got these documents so. Where rendering leaves no text, the
+// document is empty, and that is StatusOk.
 Status MakeTextDocument(MailMessage& message, const DocumentRules& rules,
                         TrackedBuffer<char>& document);
 

@@ -1,4 +1,5 @@
-// Frame.h - the exports as the library's own functions; TarnPst.h says what each does.
+// Frame.h - the exports as the library's own functions: fltInfo, fltLoad, fltFreeData,
+// fltGetAttachmentInfo and fltExtractAttachment of TarnPst.h, which has their outcomes.
 #ifndef TARN_FILEFORMATS_PST_FRAME_H
 #define TARN_FILEFORMATS_PST_FRAME_H
 

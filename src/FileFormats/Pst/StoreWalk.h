@@ -59,9 +59,11 @@ Status CountStoreMessages(MessageList*& list, const Store& store, uint64_t fileS
 // those before it hold passes by and is not kept. `kind` becomes the document kind of the last
 // message that had a body. A folder that cannot be read is passed over, as is the rest of a folder
 // after a message that cannot be.
-//   StatusOk           also when there are fewer messages: then the record is empty
-//   StatusOutOfMemory  also for more rows than the file can have messages
-//   others             of ReadPstMessage and PassPstMessage
+//   StatusOk            also when there are fewer messages: then the record is empty
+//   StatusOutOfMemory   also for more rows, or more text, than the file can have
+//   StatusNotSupported  compressed RTF that is damaged
+//   others              of an inline image, or of the request's callback
+// What the store throws does not leave this function.
 Status WalkStoreMessages(MessageList& list, const Store& store, int32_t selected,
                          TarnDocumentKind& kind, StoreReading& reading);
 
