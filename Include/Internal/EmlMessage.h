@@ -13,9 +13,6 @@ namespace tarn {
 
 struct EmlMessage {
   SizedBytes data;  // the whole file
-  // The first Content-Location of a multipart file with the blank before it. Kept for the record;
-  // nothing reads it.
-  SizedBytes location;
   SizedBytes body;  // as chosen by the walker; after rendering, the whole document
   TarnDocumentKind documentKind = DocumentHtml;  // of body: HTML or text
   SizedBytes from;  // header values as they are in the file, encoded words decoded
@@ -25,6 +22,9 @@ struct EmlMessage {
   SizedBytes cc;
   SizedBytes bcc;
   SizedBytes importance;
+  // The first Content-Location of a multipart file with the blank before it. Kept for the record;
+  // nothing reads it. Of all blocks it is the first to be freed.
+  SizedBytes location;
   bool convertToUtf8 = false;    // the texts are to be UTF-8
   uint32_t inlineCount = 0;      // parts with the disposition inline
   uint32_t attachmentCount = 0;  // parts with the disposition attachment

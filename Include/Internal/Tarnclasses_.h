@@ -71,17 +71,28 @@ class SizedBytes {
   //                 then as it was
   Status splice(uint64_t position, uint64_t count, std::string_view replacement);
 
-  // Gives the text a block of `room` bytes, as large as its length or larger, and has
-  // `write(char* block)` fill in what it likes and say how many bytes are the text's from then on.
-  // False without memory, and then nothing has changed.
+  // Gives the text a block of `room` bytes and has it filled. False without memory, and then
+  // nothing has changed.
   template <typename Write>
   bool overwrite(uint64_t room, Write write) {
     if (!resizeBlock(room)) return false;
-    length_ = write(block_.get());
+    fill(write);
     return true;
   }
 
-  // Resizes the block to no less than the length. False without memory, and then it is as it was.
+  // Has `write(char* block)` put what it likes into the block, and say how many bytes are the
+  // text's from then on.
+  template <typename Write>
+  void fill(Write write) {
+    length_ = write(block_.get());
+  }
+
+  // Sees that there is a block of so many bytes, which that of a text as long already is. False
+  // without memory, and then it is as it was.
+  bool makeRoom(uint64_t room) { return (block_ && room <= length_) || resizeBlock(room); }
+
+  // Resizes the block to what the text has or is about to have. False without memory, and then it
+  // is as it was.
   bool resizeBlock(uint64_t room) {
     void* const block = KernelRealloc(block_.get(), room, TARN_HERE);
     if (block == nullptr) return false;
@@ -170,7 +181,7 @@ class TrackedBuffer {
   uint32_t zeroFill() const { return zeroFill_; }
   uint32_t growthCount() const { return growthCount_; }  // growths since `increment` last doubled
   const MemoryMeter& meter() const { return meter_; }
-  // Of the last failure; before the first one and after clearError(), StatusOutOfMemory.
+  // Of the last failure; before the first one, StatusOutOfMemory.
   Status lastError() const { return lastError_; }
   // For tests that tell a failure from the one before.
   void setLastError(Status status) { lastError_ = status; }

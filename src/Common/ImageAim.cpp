@@ -1,8 +1,8 @@
 #include "Common/ImageAim.h"
 
 #include <algorithm>
-#include "Common/ApiUtils.h"
 
+#include "Common/ApiUtils.h"
 #include "Common/ByteSearch.h"
 #include "Common/ImagePass.h"
 

@@ -45,7 +45,8 @@ Status ConvertWide(std::string_view wide, SizedBytes& target) {
     block[written] = '\0';
     return written + 1;
   };
-  if (!target.overwrite(room, write)) return StatusOutOfMemory;
+  if (!target.makeRoom(room)) return StatusOutOfMemory;
+  target.fill(write);
   // A long text gives back what its block has to spare: the room for a conversion is three times
   // what most texts take. A block that cannot be moved stays as it is.
   constexpr uint64_t kSpare = 65536;

@@ -41,7 +41,7 @@ Status CutBody(std::string_view body, const RtfFontTable& fonts, RtfPieces& piec
   if (paragraph == std::string_view::npos) return StatusOk;
 
   pieces.tail = {paragraph, body.size() - paragraph};
-  if (fonts.changed == 0) {
+  if (!fonts.changed) {
     pieces.head = paragraph;
   } else if (fonts.tableStart < paragraph) {
     pieces.head = fonts.tableStart;

@@ -212,7 +212,10 @@ class RtfFonts::GlyphSearch {
   bool tableHas(std::string_view face) const {
     const KernelArray<RtfFontEntry>& entries = fonts_.table_.entries;
     return std::any_of(entries.begin(), entries.end(), [face](const RtfFontEntry& entry) {
-      return entry.name != nullptr && EqualsIgnoringCase(entry.name, face);
+      if (entry.name == nullptr) return false;
+      // A name may be as long as the document.
+      const std::string_view start(entry.name, strnlen(entry.name, face.size() + 1));
+      return EqualsIgnoringCase(start, face);
     });
   }
 

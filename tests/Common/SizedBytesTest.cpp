@@ -96,6 +96,24 @@ TEST(SizedBytes, MovesPassTheBlockOn) {
   third.release();
 }
 
+TEST(SizedBytes, MakesRoomOnlyWhereTheTextIsShorter) {
+  SizedBytes text = Bytes("abc");
+  const uint64_t before = Allocations();
+  EXPECT_TRUE(text.makeRoom(3));
+  EXPECT_EQ(Allocations(), before);
+  EXPECT_TRUE(text.makeRoom(4));
+  EXPECT_EQ(Allocations(), before + 1);
+  EXPECT_EQ(text.view(), "abc");
+  text.fill([](char* block) {
+    block[3] = 'd';
+    return uint64_t{4};
+  });
+  EXPECT_EQ(text.view(), "abcd");
+  SizedBytes absent;
+  EXPECT_TRUE(absent.makeRoom(0));
+  EXPECT_TRUE(absent.hasBlock());
+}
+
 TEST(KernelBlock, OwnsGivesAndReplaces) {
   const uint64_t before = test::Usage().liveBlocks;
   {

@@ -290,6 +290,24 @@ TEST_F(MemoryFiles, RefuseWhatIsNoMemoryFile) {
   KernelFree(given_, 2, kHere);
 }
 
+TEST_F(MemoryFiles, SeekFromNoOtherOrigin) {
+  ASSERT_EQ(OpenFilled("abc", 3), StatusOk);
+  EXPECT_EQ(Seek(1, KERNEL_SEEK_START), 1U);
+  EXPECT_EQ(Seek(0, KERNEL_SEEK_START - 1), UINT64_MAX);
+  EXPECT_EQ(Seek(0, KERNEL_SEEK_END + 1), UINT64_MAX);
+  EXPECT_EQ(Read(3), "bc");
+  EXPECT_EQ(End(), "abc");
+}
+
+TEST_F(MemoryFiles, HaveNoMoreThanTheirBlockHasRoomFor) {
+  void* const block = KernelAlloc(8, 1, 1, kHere);
+  EXPECT_EQ(KernelMemFileOpen(&handle_, &state_, KERNEL_MEMFILE_FILLED, block, 9, 8),
+            StatusCreateFailed);
+  EXPECT_EQ(KernelMemFileOpen(&handle_, &state_, KERNEL_MEMFILE_FILLED, block, 8, UINT64_MAX),
+            StatusCreateFailed);
+  KernelFree(block, 2, kHere);
+}
+
 TEST_F(MemoryFiles, TakeAnEmptyBlockWithRoom) {
   given_ = static_cast<char*>(KernelAlloc(4, 1, 1, kHere));
   ASSERT_EQ(KernelMemFileOpen(&handle_, &state_, KERNEL_MEMFILE_EMPTY, given_, 0, 4), StatusOk);

@@ -108,6 +108,36 @@ TEST_F(Files, WithoutMemoryNothingIsMadeOrEmptied) {
   KernelFileClose(handle);
 }
 
+// So many at a time that the handles need room of their own.
+TEST(MemoryFiles, WithoutMemoryNoneIsOpened) {
+  struct Open {
+    uint64_t handle = KERNEL_BAD_HANDLE;
+    void* state = nullptr;
+  };
+  std::vector<Open> files(200);
+  uint64_t count = 0;
+  for (Open& file : files) {
+    int32_t status = 0;
+    FailEachAllocation(
+        [&] {
+          status =
+              KernelMemFileOpen(&file.handle, &file.state, KERNEL_MEMFILE_EMPTY, nullptr, 0, 0);
+        },
+        [&] {
+          EXPECT_EQ(status, StatusCreateFailed);
+          EXPECT_EQ(file.handle, KERNEL_BAD_HANDLE);
+          EXPECT_EQ(file.state, nullptr);
+          EXPECT_EQ(Usage().openHandles, count);
+        });
+    ASSERT_EQ(status, StatusOk);
+    ++count;
+  }
+  for (const Open& file : files) {
+    EXPECT_EQ(KernelMemFileClose(file.state, nullptr, nullptr, nullptr), StatusOk);
+  }
+  EXPECT_EQ(Usage().openHandles, 0U);
+}
+
 // So many that the kernel keeps no record of a freed block for one of them.
 std::vector<void*> ManyBlocks() {
   std::vector<void*> blocks(1000);

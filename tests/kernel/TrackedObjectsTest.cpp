@@ -20,6 +20,11 @@ TEST(TrackedObjects, CountsObjectsAndArrays) {
   EXPECT_EQ(Usage().liveTrackedObjects, 0U);
 }
 
+TEST(TrackedObjects, NullIsNoObject) {
+  KernelTrackObject(KERNEL_TRACK_OBJECT, nullptr, 1, kHere);
+  EXPECT_EQ(Usage().liveTrackedObjects, 0U);
+}
+
 TEST(TrackedObjects, OneAddressMayBeAnArrayAndItsFirstElement) {
   int array[2] = {};
   KernelTrackObject(KERNEL_TRACK_ARRAY, array, 1, kHere);

@@ -1,7 +1,5 @@
 #include "FileFormats/Pst/PstMessage.h"
 
-#include <algorithm>
-
 #include "Common/ApiUtils.h"
 #include "FileFormats/Pst/PstAttachments.h"
 #include "FileFormats/Pst/PstInlineImages.h"
@@ -33,8 +31,9 @@ void StoreField(SizedBytes& field, const pststore::wstring& text) {
     field.release();
     return;
   }
-  const uint64_t room = std::max<uint64_t>(4 * text.size(), field.length());
-  field.overwrite(room, [&](char* block) {
+  const uint64_t room = 4 * text.size();
+  if (!field.makeRoom(room)) return;
+  field.fill([&](char* block) {
     const uint64_t written = ConvertToUtf8(text, {block, room});
     return written != 0 ? written : field.length();
   });
@@ -127,11 +126,11 @@ Status MessageRead::readHtmlBody() {
   const uint64_t size = SizeByEnd(stream);
   if (!TakeFrom(reading_.textLeft, size)) return StatusOutOfMemory;
   SizedBytes& body = record_.body;
-  const auto read = [&](char* block) {
+  if (!body.makeRoom(size)) return StatusOutOfMemory;
+  body.fill([&](char* block) {
     ReadFromStart(stream, block, size);
     return size;
-  };
-  if (!body.overwrite(std::max<uint64_t>(size, 1), read)) return StatusOutOfMemory;
+  });
 
   const uint32_t attachments = pststore::get_attachment_count(source_);
   if (attachments == 0) return StatusOk;
