@@ -109,7 +109,7 @@ TEST_F(Files, WithoutMemoryNothingIsMadeOrEmptied) {
 }
 
 // So many at a time that the handles need room of their own.
-TEST(MemoryFiles, WithoutMemoryNoneIsOpened) {
+TEST(MemoryFilesWithoutMemory, NoneIsOpened) {
   struct Open {
     uint64_t handle = KERNEL_BAD_HANDLE;
     void* state = nullptr;
