@@ -26,52 +26,90 @@ namespace {
 constexpr uint64_t kLargestBlock = uint64_t{1} << 39;
 
 struct BlockRecord {
-  uint64_t bytes;
-  const char16_t* file;
-  int32_t line;
+  uint64_t bytes = 0;
+  const char16_t* file = nullptr;
+  int32_t line = 0;
+  bool isLive = true;
 };
 
-// The live blocks. Entries taken out are kept for those to come, as long as they are few: else each
-// block would cost the runtime a block too. A sparse table is quicker by as much again.
+// The live blocks, and some that were: the heap gives the same addresses out again and again, and
+// an entry that is there is quicker than a new one. What was met last is found without the hash
+// table, whose division costs as much as a small block.
 class BlockTable {
  public:
-  using Entry = std::unordered_map<const void*, BlockRecord>::node_type;
+  using Entry = std::pair<const void* const, BlockRecord>;
 
-  BlockTable() { records_.max_load_factor(0.25F); }
-
-  // May throw std::bad_alloc, and then nothing was added.
+  // Adds a live block. May throw std::bad_alloc, and then nothing was added.
   void Add(const void* block, const BlockRecord& record) {
-    if (spareCount_ == 0) {
-      records_.emplace(block, record);
+    Entry* entry = Known(block);
+    if (entry == nullptr) entry = &*records_.try_emplace(block).first;
+    entry->second = record;
+    Recent(block) = entry;
+    ++liveCount_;
+  }
+
+  // The entry of a live block; null for any other address. Valid until the next change.
+  Entry* Find(const void* block) {
+    Entry* entry = Known(block);
+    if (entry == nullptr) {
+      const auto found = records_.find(block);
+      if (found == records_.end()) return nullptr;
+      entry = &*found;
+    }
+    return entry->second.isLive ? entry : nullptr;
+  }
+
+  // Takes out the live block of this entry.
+  void Remove(Entry& entry) {
+    entry.second.isLive = false;
+    --liveCount_;
+    if (records_.size() > 2 * liveCount_ + kFewEntries) DropTheDead();
+  }
+
+  // The live block of this entry is at that address now. That takes no memory: the entry goes
+  // along, unless the new address has one.
+  void Move(Entry& entry, const void* to, const BlockRecord& record) {
+    if (entry.first == to) {
+      entry.second = record;
       return;
     }
-    Entry entry = std::move(spares_[--spareCount_]);
-    entry.key() = block;
-    entry.mapped() = record;
-    records_.insert(std::move(entry));
+    Recent(entry.first) = nullptr;
+    auto node = records_.extract(entry.first);
+    node.key() = to;
+    Entry& moved = *records_.insert(std::move(node)).position;
+    moved.second = record;
+    Recent(to) = &moved;
   }
 
-  // The entry of a block; empty when it is not live.
-  Entry Take(const void* block) { return records_.extract(block); }
+  size_t LiveCount() const { return liveCount_; }
 
-  // Adds an entry just taken out, under the same or another address. That takes no memory.
-  void PutBack(Entry entry) { records_.insert(std::move(entry)); }
-
-  void Spare(Entry entry) {
-    if (spareCount_ < spares_.size()) spares_[spareCount_++] = std::move(entry);
+  template <typename Visit>
+  void ForEachLive(Visit visit) const {
+    for (const auto& [block, record] : records_) {
+      if (record.isLive) visit(block, record);
+    }
   }
-
-  const BlockRecord* Find(const void* block) const {
-    const auto found = records_.find(block);
-    return found == records_.end() ? nullptr : &found->second;
-  }
-
-  const auto& all() const { return records_; }
 
  private:
+  static constexpr size_t kFewEntries = 16384;
+
+  Entry*& Recent(const void* block) {
+    return recent_[(reinterpret_cast<uintptr_t>(block) >> 4) % recent_.size()];
+  }
+
+  Entry* Known(const void* block) {
+    Entry* const entry = Recent(block);
+    return entry != nullptr && entry->first == block ? entry : nullptr;
+  }
+
+  void DropTheDead() {
+    recent_.fill(nullptr);
+    std::erase_if(records_, [](const auto& entry) { return !entry.second.isLive; });
+  }
+
   std::unordered_map<const void*, BlockRecord> records_;
-  std::array<Entry, 256> spares_;
-  size_t spareCount_ = 0;
+  std::array<Entry*, 1024> recent_ = {};
+  size_t liveCount_ = 0;
 };
 
 struct Blocks {
@@ -131,14 +169,14 @@ void* NewBlock(uint64_t count, uint64_t size, bool zeroFill, int32_t line, const
 bool IsLiveBlock(const void* block, uint64_t bytes) {
   Blocks& all = AllBlocks();
   const std::lock_guard lock(all.mutex);
-  const BlockRecord* const record = all.table.Find(block);
-  return record != nullptr && record->bytes >= bytes;
+  const BlockTable::Entry* const entry = all.table.Find(block);
+  return entry != nullptr && entry->second.bytes >= bytes;
 }
 
 void ReportBlocks(PlainKernelUsageRecord& usage) {
   Blocks& all = AllBlocks();
   const std::lock_guard lock(all.mutex);
-  usage.liveBlocks = all.table.all().size();
+  usage.liveBlocks = all.table.LiveCount();
   usage.liveBytes = all.liveBytes;
   usage.peakBytes = all.peakBytes;
   usage.allocationCalls = allocationCalls.load(std::memory_order_relaxed);
@@ -148,9 +186,9 @@ bool ListBlocks() {
   Blocks& all = AllBlocks();
   const std::unique_lock lock(all.mutex, std::try_to_lock);
   if (!lock) return false;
-  for (const auto& [block, record] : all.table.all()) {
+  all.table.ForEachLive([](const void* block, const BlockRecord& record) {
     ReportLeak("block", block, record.line, record.file);
-  }
+  });
   return true;
 }
 
@@ -174,32 +212,29 @@ void* KernelRealloc(void* block, uint64_t bytes, int32_t line, const char16_t* f
   // once, and must not be in the table then.
   Blocks& all = AllBlocks();
   std::unique_lock lock(all.mutex);
-  BlockTable::Entry entry = all.table.Take(block);
-  if (entry.empty()) {
+  BlockTable::Entry* const entry = all.table.Find(block);
+  if (entry == nullptr) {
     lock.unlock();
     AbortOnMisuse("KernelRealloc", "not a live block", block, line, file);
   }
   const bool refused = fault || bytes > kLargestBlock;
   void* const moved =
       refused ? nullptr : std::realloc(block, static_cast<size_t>(std::max<uint64_t>(bytes, 1)));
-  if (moved != nullptr) {
-    all.liveBytes -= entry.mapped().bytes;
-    all.Count(bytes);
-    entry.key() = moved;
-    entry.mapped() = {bytes, file, line};
-  }
-  all.table.PutBack(std::move(entry));
+  if (moved == nullptr) return nullptr;
+  all.liveBytes -= entry->second.bytes;
+  all.Count(bytes);
+  all.table.Move(*entry, moved, {bytes, file, line});
   return moved;
 }
 
 void KernelFree(void* block, int32_t line, const char16_t* file) {
   Blocks& all = AllBlocks();
   std::unique_lock lock(all.mutex);
-  BlockTable::Entry entry = all.table.Take(block);
-  const bool isLive = !entry.empty();
+  BlockTable::Entry* const entry = all.table.Find(block);
+  const bool isLive = entry != nullptr;
   if (isLive) {
-    all.liveBytes -= entry.mapped().bytes;
-    all.table.Spare(std::move(entry));
+    all.liveBytes -= entry->second.bytes;
+    all.table.Remove(*entry);
   }
   lock.unlock();
   if (!isLive) AbortOnMisuse("KernelFree", "not a live block", block, line, file);

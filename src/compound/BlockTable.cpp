@@ -76,10 +76,12 @@ uint64_t FirstFreeBlock(BlockTable& table) {
 }
 
 void LoadBlockTable(BlockTable& table, ByteView bytes) {
-  const uint64_t count = bytes.size() / 4;
-  table.entries.resize(count, kFreeBlock);
-  for (uint64_t i = 0; i < count; ++i) {
-    SetBlockEntry(table, i, LoadLittleEndian<uint32_t>(bytes.data() + 4 * i));
+  table.entries.resize(bytes.size() / 4, kFreeBlock);
+  const unsigned char* entry = bytes.data();
+  for (uint64_t& value : table.entries) {
+    value = LoadLittleEndian<uint32_t>(entry);
+    if (value == kFreeBlock) table.maybeFragmented = true;
+    entry += 4;
   }
 }
 

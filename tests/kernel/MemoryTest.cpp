@@ -73,6 +73,24 @@ TEST(Memory, ReallocKeepsContentsUpToTheSmallerSize) {
   KernelFree(block, 4, kHere);
 }
 
+// The heap gives addresses out again, and a block may move to where another one was.
+TEST(Memory, AddressesThatComeBackAreNewBlocks) {
+  const PlainKernelUsageRecord before = Usage();
+  for (int round = 0; round < 50; ++round) {
+    std::vector<void*> blocks;
+    for (uint64_t i = 0; i < 1000; ++i) blocks.push_back(KernelAlloc(i % 90, 16, 1, kHere));
+    for (size_t i = 0; i < blocks.size(); i += 2) KernelFree(blocks[i], 2, kHere);
+    for (size_t i = 1; i < blocks.size(); i += 2) {
+      blocks[i] = KernelRealloc(blocks[i], i * 7 % 3000, 3, kHere);
+      ASSERT_NE(blocks[i], nullptr);
+    }
+    EXPECT_EQ(Usage().liveBlocks, before.liveBlocks + 500);
+    for (size_t i = 1; i < blocks.size(); i += 2) KernelFree(blocks[i], 4, kHere);
+  }
+  EXPECT_EQ(Usage().liveBlocks, before.liveBlocks);
+  EXPECT_EQ(Usage().liveBytes, before.liveBytes);
+}
+
 TEST(Memory, ReallocToNoBytesKeepsABlock) {
   void* block = KernelAlloc(100, 1, 1, kHere);
   block = KernelRealloc(block, 0, 2, kHere);
