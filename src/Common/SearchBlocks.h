@@ -83,19 +83,12 @@ class VectorBlock {
  public:
   static constexpr uint64_t kFewPlaces = 16;
 
-  VectorBlock(const Anchor& a, const Anchor& b) : a_(a), b_(b) {}
+  VectorBlock(const Anchor& a, const Anchor& b)
+      : a_(a), b_(b), inBothCases_((a.caseBit | b.caseBit) != 0) {}
 
-  uint64_t few(const char* p) const { return bits(both(p)); }
+  uint64_t few(const char* p) const { return bits(both<true>(p)); }
 
-  uint64_t many(const char* p) const {
-    const __m128i m0 = both(p);
-    const __m128i m1 = both(p + 16);
-    const __m128i m2 = both(p + 32);
-    const __m128i m3 = both(p + 48);
-    const __m128i any = _mm_or_si128(_mm_or_si128(m0, m1), _mm_or_si128(m2, m3));
-    if (bits(any) == 0) return 0;
-    return bits(m0) | bits(m1) << 16 | bits(m2) << 32 | bits(m3) << 48;
-  }
+  uint64_t many(const char* p) const { return inBothCases_ ? four<true>(p) : four<false>(p); }
 
  private:
   struct Side {
@@ -104,9 +97,11 @@ class VectorBlock {
           value(_mm_set1_epi8(static_cast<char>(anchor.value))),
           caseBits(_mm_set1_epi8(static_cast<char>(anchor.caseBit))) {}
 
+    template <bool kBothCases>
     __m128i equal(const char* p) const {
-      const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + offset));
-      return _mm_cmpeq_epi8(_mm_or_si128(bytes, caseBits), value);
+      __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + offset));
+      if constexpr (kBothCases) bytes = _mm_or_si128(bytes, caseBits);
+      return _mm_cmpeq_epi8(bytes, value);
     }
 
     uint64_t offset;
@@ -114,12 +109,27 @@ class VectorBlock {
     __m128i caseBits;
   };
 
-  __m128i both(const char* p) const { return _mm_and_si128(a_.equal(p), b_.equal(p)); }
+  template <bool kBothCases>
+  __m128i both(const char* p) const {
+    return _mm_and_si128(a_.equal<kBothCases>(p), b_.equal<kBothCases>(p));
+  }
+
+  template <bool kBothCases>
+  uint64_t four(const char* p) const {
+    const __m128i m0 = both<kBothCases>(p);
+    const __m128i m1 = both<kBothCases>(p + 16);
+    const __m128i m2 = both<kBothCases>(p + 32);
+    const __m128i m3 = both<kBothCases>(p + 48);
+    const __m128i any = _mm_or_si128(_mm_or_si128(m0, m1), _mm_or_si128(m2, m3));
+    if (bits(any) == 0) return 0;
+    return bits(m0) | bits(m1) << 16 | bits(m2) << 32 | bits(m3) << 48;
+  }
 
   static uint64_t bits(__m128i mask) { return static_cast<uint32_t>(_mm_movemask_epi8(mask)); }
 
   Side a_;
   Side b_;
+  bool inBothCases_;
 };
 
 #endif
