@@ -23,8 +23,8 @@ struct MailMessage {
   SizedBytes originalAuthor;  // MSG only
   SizedBytes importance;      // as ImportanceText writes it; empty for a normal message
   uint32_t attachmentCount = 0;
-  // Of an unknown kind, so that no body came of it; MSG only. Freed first, then all from
-  // `importance` up.
+  // MSG only: compressed RTF of an unknown kind, kept although no body came of it. The members are
+  // freed from here upwards.
   KernelBlock<char> compressedRtf;
 
   MailMessage() = default;
@@ -32,8 +32,8 @@ struct MailMessage {
   MailMessage& operator=(const MailMessage&) = delete;
 };
 
-// The messages of a store. Nothing looks at a message before the wanted one once it has been read,
-// so that one record is there however many messages there are.
+// The messages of a store. One record serves all: a message before the wanted one is not looked at
+// again once it has been read.
 struct MessageList {
   int32_t count = 0;               // messages that the folders claim
   MailMessage* records = nullptr;  // an array of one: the wanted message

@@ -6,8 +6,9 @@
 // What all reads of a file cost together is bounded, since a directory can name the same blocks as
 // millions of streams. The unit is a byte that is read; a call of the kernel costs 4096 at least.
 //
-// Reads take positions as signed 32-bit numbers: from 2 GiB on the seek fails and what follows the
-// read before is given, from 4 GiB on what is at the position less 4 GiB. Writes take all 64 bits.
+// Reads take positions as signed 32-bit numbers. From 2 GiB on the position is negative: there is
+// no seek, and what follows the read before is given. From 4 GiB on it is what lies at the position
+// less 4 GiB. Writes take all 64 bits.
 #ifndef TARN_COMPOUND_BIGBLOCKS_H
 #define TARN_COMPOUND_BIGBLOCKS_H
 
@@ -15,8 +16,8 @@
 
 namespace tarn {
 
-// What a block of a chain costs of the bytes that reads may take, when the chain is followed and
-// each time that a read passes over it because nothing is there.
+// What reads pay for a block of a chain: once when the chain is followed, and again each time that
+// they find nothing in it.
 inline constexpr uint64_t kChainBlockCost = sizeof(uint64_t);
 
 class BigBlocks {
@@ -26,7 +27,7 @@ class BigBlocks {
 
   uint64_t blockSize() const { return table_.blockSize; }
   uint64_t fileSize() const { return fileSize_; }        // grows with writes
-  uint64_t failedSeeks() const { return failedSeeks_; }  // to places that reads have
+  uint64_t failedSeeks() const { return failedSeeks_; }  // by measure(), and by reads below 2 GiB
   uint64_t writes() const { return writes_; }            // to the file so far
   uint64_t bytesLeft() const { return bytesLeft_; }      // that reads may still cost
 
@@ -51,8 +52,10 @@ class BigBlocks {
     return readBlocks(blocks, buffer, true);
   }
 
-  // Reads a stream that lies in these blocks, from a position on. Less than the buffer where the
-  // chain ends early; blocks that the file does not have are passed over.
+  // Reads a stream that lies in these blocks, from a position on; gives the number of bytes. That
+  // is less than the buffer where the chain ends early or reads may cost no more, and 0 for a
+  // position after the chain. A block that the file does not have is left out: what follows moves
+  // up. What the kernel does not give of a block is zeros, and counts.
   uint64_t readChain(BlockView chain, uint64_t position, ByteSpan buffer);
 
   // Writes to blocks one after the other, into the first from `offset` on; gives the number of

@@ -10,7 +10,8 @@ namespace tarn {
 CompoundParts& PartsOf(CompoundFile& file);
 CompoundWriter& WriterOf(CompoundFile& file);
 
-// CompoundParts::load; nothing of the file is marked then but the root's block of the directory.
+// CompoundParts::load. Afterwards a flush would write the root's block of the directory and nothing
+// else.
 void LoadCompoundFile(CompoundFile& file);
 
 // The handle stays open.
@@ -36,10 +37,12 @@ uint64_t SaveBigBlocks(CompoundFile& file, BlockView blocks, uint64_t offset, By
 uint64_t SaveBigBlock(CompoundFile& file, uint64_t block, uint64_t offset, ByteView data);
 uint64_t SaveSmallBlocks(CompoundFile& file, BlockView blocks, uint64_t offset, ByteView data);
 
-// Members of CompoundWriter.
+// CompoundWriter::createLayout and flush.
 void CreateCompoundLayout(CompoundFile& file);
 void FlushCompoundFile(CompoundFile& file);
+// CompoundWriter::extend: the number of the block that is added.
 uint64_t ExtendChain(CompoundFile& file, BlockList& chain);
+// CompoundWriter::addTableBlock.
 void AddBigTableBlock(CompoundFile& file);
 
 }  // namespace tarn

@@ -11,15 +11,18 @@
 
 namespace tarn {
 
-// Adds the parameter `key` (a literal, with its punctuation) of the text, if it exists, under the
-// name `key` itself, its encoded words decoded. StatusOk, StatusOutOfMemory, or the failure of
-// AddAttachmentProperty.
+// Adds the parameter `key` (a literal, with its punctuation) of the text under the name `key`
+// itself, its encoded words decoded.
+//   StatusOk            also when the text has no such parameter
+//   StatusFailed        the value is no UTF-8
+//   StatusOutOfMemory
+//   a code of the host  the list cannot grow; a refused budget empties it
 Status AddHeaderParameterProperty(PropertyList& list, std::string_view text, std::string_view key);
 
 // Counts the part by its disposition in `message` and, where the request (or null) wants it, calls
 // back with its bytes, name and properties. `headers` are the part's and `disposition` is the value
-// of one of them. The bytes are delivered for mere information, too; the list is empty when the
-// bytes are what is wanted. The callback may keep either.
+// of one of them. The callback always gets the bytes, and the properties only for mere information.
+// It may keep both.
 //   StatusOk
 //   StatusFailed         the file name or a looked-up property is no UTF-8
 //   StatusNullArgument   the part has no bytes, raw or decoded

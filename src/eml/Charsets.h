@@ -14,8 +14,8 @@ namespace tarn {
 CharsetRef ClassifyCharset(std::string_view name);
 
 // Replaces the string's bytes from `offset` on by their UTF-8 form, with a terminating NUL that the
-// length counts (ISO-2022-JP: does not count). Text that needs or allows no conversion stays: of a
-// charset or code page that is not converted, or of more than INT32_MAX bytes.
+// length counts (ISO-2022-JP: does not count). Text stays as it is in a charset or code page that
+// is not converted, and beyond INT32_MAX bytes.
 //   StatusOk                 also for text that stays
 //   StatusOutOfMemory        nothing has changed
 //   StatusPathToUtf8Failed   the UTF-8 form cannot be made; the string is cut at the offset
@@ -40,7 +40,8 @@ void RepairFieldToUtf8(SizedBytes& field, CharsetRef charset);
 
 // Overwrites `oldLength` bytes at `offset` with "UTF-8".
 //   StatusOk
-//   StatusFailed   no memory, or a range outside the text, which is absent then
+//   StatusFailed   no memory, or a range that is not wholly inside the text; after either the text
+//                  is absent
 Status ReplaceWithUtf8Name(SizedBytes& text, uint64_t offset, uint64_t oldLength);
 
 }  // namespace tarn

@@ -24,8 +24,8 @@ size_t FindHeaderLine(std::string_view text, std::string_view name);
 // The value of the first Content-Type line, blanks (no tabs) before it passed over, or npos.
 size_t FindContentType(std::string_view text);
 
-// What comes after the name of the line at `line` and the one byte that follows the name, but no
-// further than the end. A value right after the colon loses its first byte.
+// Where the value of the line at `line` begins: one byte after `name`, whatever that byte is, or
+// the end of the text. A value right after the colon thus loses its first byte.
 size_t FixedValue(std::string_view text, size_t line, std::string_view name);
 // The same for the first line that begins with `name`; npos without one.
 size_t FindFixedValue(std::string_view text, std::string_view name);

@@ -4,9 +4,8 @@
 //
 //   first byte     row
 //   0x21 to 0x28   0 to 7
-//   0x2C           8: the characters that the code page has at 0x2D. No text reaches it: the
-//   decoder
-//                  refuses 0x29 to 0x2F
+//   0x2C           8: the characters that the code page has at 0x2D. No text reaches it, since the
+//                  decoder refuses 0x29 to 0x2F
 //   0x30 to 0x74   9 to 77
 //
 // A row has 94 cells or ends after its last character; cells without a character hold U+FFFD. In

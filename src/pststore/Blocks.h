@@ -181,7 +181,7 @@ class extended_block final : public data_block,
                              public tree_part,
                              public std::enable_shared_from_this<extended_block> {
  public:
-  // Whatever the levels say, at most so many extended blocks are below each other.
+  // At most this many extended blocks lie one below the other, whatever their levels say.
   static constexpr ulong max_extended_depth = 8;
 
   // A block of the file, in which it takes `extent` bytes.

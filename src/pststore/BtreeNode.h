@@ -50,6 +50,9 @@ class btree_node {
   virtual ulong num_values() const = 0;
   virtual void first(btree_iter_impl<K, V>& iter) const = 0;
   virtual void last(btree_iter_impl<K, V>& iter) const = 0;
+  // Goes on to the next value; from the last one to the end. Not to be called at the end. Throws
+  // database_corrupt for an empty leaf before others, and what loading a child throws; the place is
+  // of no use then.
   virtual void next(btree_iter_impl<K, V>& iter) const = 0;
   // Not used by the filter.
   virtual void prev(btree_iter_impl<K, V>& iter) const = 0;
@@ -120,7 +123,7 @@ bool goes_on(const btree_iter_impl<K, V>& iter) {
   return false;
 }
 
-// A leaf without entries may only be the tree's last one: its beginning is the tree's end then.
+// A leaf without entries may only be the last one of a tree, where its first place is the end.
 // Before other leaves it would be a place without a value that no step leaves.
 template <typename K, typename V>
 void refuse_gap(ulong count, const btree_iter_impl<K, V>& iter) {

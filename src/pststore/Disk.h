@@ -37,7 +37,8 @@ inline constexpr ulonglong bid_ignored_bit = 1;
 
 inline constexpr ushort first_unicode_version = 20;
 
-// Fields that are at one place in both layouts.
+// Fields that are at one place in both layouts. Fields that nothing reads (dwMagic and others) have
+// no name here.
 inline constexpr size_t header_crc_partial = 4;
 inline constexpr size_t header_version = 10;
 inline constexpr size_t header_crc_begin = 8;

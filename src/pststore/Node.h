@@ -9,7 +9,8 @@
 // is made. Operations throw
 //   database_corrupt           the data is damaged;
 //   key_not_found<ulonglong>   the store has no such block;
-//   std::out_of_range          a place is outside of a page, a tree or the file.
+//   std::out_of_range          a place is outside of a page, a tree or the file;
+//   std::bad_alloc             there is no memory.
 #ifndef TARN_PSTSTORE_NODE_H
 #define TARN_PSTSTORE_NODE_H
 
@@ -39,7 +40,8 @@ class node {
   size_t get_page_count() const;
   ulonglong get_page_size(size_t page) const;
 
-  // One little-endian value out of one page; T is a ushort, ulong, ulonglong or unsigned char.
+  // One little-endian value that lies wholly in one page, else std::out_of_range. T is a ushort,
+  // ulong, ulonglong or unsigned char.
   template <typename T>
   T read(size_t page, size_t offset) const;
 

@@ -20,8 +20,8 @@ enum HeaderRow : int32_t {
   HeaderRowLowWord = 8
 };
 
-// The constant UTF-8 text of a row in the host's current language, padding included; "Unknown" for
-// a number outside 0 to 8.
+// The constant UTF-8 text of a row, padding included, in the host's current language, or in English
+// where that has no labels; "Unknown" for a number outside 0 to 8. Never null.
 const char* GetHeaderLabel(int32_t row);
 
 // Appends the word for an importance of 2 (high) or 0 (low); nothing for any other. StatusOk or

@@ -11,8 +11,8 @@
 // so. Whatever the data, neither leaves its buffers. Of packed data, a raw size beyond what the
 // bytes can unpack to is damage, and nothing is allocated for it; so are a negative raw size,
 // packed bytes that end early, and a reference that reads or writes outside of the block. The raw
-// size of stored data is never damage. On failure the body is as it was,
-// but where a function says otherwise.
+// size of stored data is never damage. On failure the body is as it was, unless a
+// function says otherwise.
 #ifndef TARN_RTF_COMPRESSEDRTF_H
 #define TARN_RTF_COMPRESSEDRTF_H
 
@@ -35,8 +35,8 @@ Status DecodeCompressedRtf(char* source, MailMessage& message, uint64_t sourceLe
 
 // Unpacks a stream that is at its end into messages.records[index].body, as RTF in any case.
 // Packed text gets no NUL after it. A body of at least raw size + 207 bytes keeps its block, and
-// its length less 207: after the text, stale bytes of the unpacking and of the old body stay part
-// of it. The CRC of stored data is tested; its raw size is ignored, and the text ends at its first
+// its length falls by 207 only: it then ends with stale bytes, of the unpacking and of the old
+// body. The CRC of stored data is tested; its raw size is ignored, and the text ends at its first
 // NUL, which the body's length counts. What the stream throws is let through. Returns
 //   StatusOk             the body is RTF;
 //   StatusNotSupported   for damaged data, and for a stream that gives less than its length;

@@ -6,8 +6,8 @@
 // its last byte is whatever that ends with: a NUL where the length counts one.
 //
 // Documents are hostile: a table of more than kMaxRtfFonts fonts is refused like one that memory
-// cannot hold, what was found once is remembered, and the work of looking for glyphs is bounded. A
-// font without a name counts as 1, a test of a font as 1 and the units of its text. When
+// cannot hold, what was found once is remembered, and the work of looking for glyphs is bounded.
+// Work counts 1 for a font without a name, and 1 and the units of the text for any other. When
 // kMaxCoverageWork is used up, only remembered texts are found any more. It is enough for 200 fonts
 // that lack 3,000 different emoji.
 #ifndef TARN_RTF_RTFFONTS_H
@@ -45,13 +45,14 @@ class RtfFonts {
   // The document's code page, where the document does not name one.
   void setAnsiCodePage(uint32_t codePage);
 
-  // Reads "\ansicpg", "\deff" and "\fonttbl" of a whole document, once: nothing happens to a table
-  // that is `parsed`. A document without a table gets an insertion point at its "\from" word. All
-  // of the document is searched, NULs or not. Returns
+  // Reads "\ansicpg", "\deff" and "\fonttbl" of a whole document; nothing happens once a table has
+  // been read (`parsed`). A document without a table gets an insertion point at its "\from" word.
+  // All of the document is searched, NULs or not. Returns
   //   StatusOk             the table or the insertion point was found;
-  //   StatusNotSupported   the document has neither;
-  //   another              of ParseRtfFontTable, or of a table's text that cannot grow: the host's
-  //                        own when its budget refuses the copy.
+  //   StatusNotSupported   the document has neither, or its table breaks off after a backslash;
+  //   StatusOutOfMemory    without memory, and for more than kMaxRtfFonts fonts;
+  //   a code of the host   its budget refuses the copy of the table's text.
+  // After a failure the fonts read so far stay and `parsed` is false: another call adds them again.
   Status prepare(std::string_view document);
 
   // ParseRtfFontTable, and then every font read so is found by its number.
@@ -119,8 +120,8 @@ class RtfFonts {
   uint64_t coverageWork_ = 0;
 };
 
-// The operations by their names, with the texts as pointer and length. A null document is one
-// without a table; a null text with a length is covered by no font (StatusFailed).
+// The members prepare, forCodePage, add and forGlyphs, with their outcomes. A null document is an
+// empty one; a null text with a length is covered by no font (StatusFailed).
 Status PrepareRtfFontTable(RtfFonts& fonts, const char* text, uint64_t length);
 Status FontForCodePage(RtfFonts& fonts, uint32_t codePage, uint32_t& fontNumber);
 Status AddRtfFont(RtfFonts& fonts, const NewRtfFont& font, uint32_t& fontNumber);

@@ -6,13 +6,17 @@
 
 namespace tarn {
 
-// Opens the file, sniffs it and lets its reader walk the attachments.
+// Opens the file, sniffs it and lets its reader walk the attachments of a message, with null
+// options of the first.
 //   StatusOk          `readerFormat` is that of the reader that ran
-//   StatusOpenFailed
-//   StatusReadFailed  fewer than 12 bytes, or a failed read of the reader
-//   StatusDone        the callback ended the walk of a mail, or the mail's last image had no place
-//   others            of the reader and of the callback
-// What the store throws leaves this function.
+//   StatusOpenFailed  also for a null path; `readerFormat` is as it was
+//   StatusReadFailed  fewer than 12 bytes, and `readerFormat` is as it was; or a failed read of the
+//                     reader
+//   StatusDone        of mails only: the callback ended the walk, or a multipart ended without a
+//                     closing delimiter after an image that has no place in the body
+//   others            of ReadMessageDocument, and of the callback
+// Where the reader ran and it is not StatusOk, `readerFormat` is FormatNone. What the store throws
+// leaves this function.
 Status WalkAttachments(const char16_t* path, const AttachmentOptions* options,
                        const AttachmentRequest& request, TarnFormat& readerFormat);
 

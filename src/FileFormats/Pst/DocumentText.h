@@ -19,15 +19,14 @@ struct DocumentRules {
 // end. The block of the body becomes the document's: a large one is not there twice.
 //   StatusOk
 //   StatusNotSupported  the message has no body
-//   StatusOutOfMemory   rendering failed for any reason, or memory or budget is short; the
-//   message's
-//                       body may be gone
+//   StatusOutOfMemory   rendering failed for any reason, or memory or budget is short. The body
+//                       may be gone
 Status MakeBodyDocument(MailMessage& message, TarnDocumentKind kind, const DocumentRules& rules,
                         TrackedBuffer<char>& document);
 
-// The same with message.text. The length counts the end, but not the mark, so that the last bytes
-// fall outside: hosts have always got these documents so. Where rendering leaves no text, the
-// document is empty, and that is StatusOk.
+// The same with message.text, also where that says "body". The length counts the end, but not the
+// mark, so that the last bytes fall outside: hosts have always got these documents so. Where
+// rendering leaves no text, the document is empty, and that is StatusOk.
 Status MakeTextDocument(MailMessage& message, const DocumentRules& rules,
                         TrackedBuffer<char>& document);
 

@@ -55,8 +55,8 @@ struct StoreReading {
 //                      `list` is null
 Status CountStoreMessages(MessageList*& list, const Store& store, uint64_t fileSize);
 
-// Reads messages in order until the message `selected` (0-based) has filled the list's record; what
-// those before it hold passes by and is not kept. `kind` becomes the document kind of the last
+// Reads messages in order until the message `selected` (0-based) has filled the list's record;
+// messages before it are read and not kept. `kind` becomes the document kind of the last
 // message that had a body. A folder that cannot be read is passed over, as is the rest of a folder
 // after a message that cannot be.
 //   StatusOk            also when there are fewer messages: then the record is empty

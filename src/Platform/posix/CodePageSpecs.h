@@ -1,8 +1,8 @@
 // CodePageSpecs.h - which code pages exist here, and where ICU's tables differ from Windows'.
 //
-// Constant data, without code that walks it but the look-up. Each page is an ICU converter (by the
-// exact name of its table: the short aliases open others) and the byte ranges that Windows decodes
-// differently, its overlays.
+// Constant data and the look-ups in it. Each page is an ICU converter (by the exact name of its
+// table: the short aliases open others) and the byte ranges that Windows decodes differently, its
+// overlays.
 #ifndef TARN_PLATFORM_POSIX_CODE_PAGE_SPECS_H
 #define TARN_PLATFORM_POSIX_CODE_PAGE_SPECS_H
 
@@ -57,7 +57,8 @@ inline constexpr size_t kCodePageCount = 47;
 // All table pages, by rising number.
 std::span<const CodePageSpec, kCodePageCount> AllCodePageSpecs() noexcept;
 
-// The index of a page in that list, or kCodePageCount.
+// The index of the page with that number in AllCodePageSpecs(); kCodePageCount when it is not
+// there, as for 42 (symbol) and 65001 (UTF-8), which need no table.
 size_t FindCodePageSpec(uint32_t number) noexcept;
 
 constexpr bool IsLeadByte(const CodePageSpec& spec, uint8_t byte) noexcept {
