@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <string>
 
+#include "FilesFixture.h"
 #include "RandomDraws.h"
 #include "RawFilesFixture.h"
 #include "TarnPst.h"
@@ -76,6 +77,13 @@ TEST_F(RawFiles, DoNotFollowALink) {
   KernelDeleteFile(WidePathOf("link").c_str());
   EXPECT_FALSE(Exists("link"));
   EXPECT_TRUE(Exists("target"));
+}
+
+TEST_F(Files, ALinkThatLeadsToItselfIsNone) {
+  std::filesystem::create_symlink("loop", PathOf("loop"));
+  EXPECT_EQ(Open("loop"), KERNEL_BAD_HANDLE);
+  EXPECT_EQ(Create("loop"), KERNEL_BAD_HANDLE);
+  EXPECT_EQ(Open("loop\\file"), KERNEL_BAD_HANDLE);
 }
 
 TEST_F(RawFiles, AreRegularFiles) {
