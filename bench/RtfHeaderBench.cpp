@@ -86,8 +86,8 @@ void BM_NineScriptsToUtf16(benchmark::State& state) {
   std::array<char16_t, 256> wide;
   for (auto _ : state) {
     for (const Script& script : kScripts) {
-      benchmark::DoNotOptimize(tarn::platform::BytesToUtf16(tarn::platform::kCodePageUtf8,
-                                                            script.text, wide.data(), wide.size()));
+      benchmark::DoNotOptimize(
+          tarn::platform::BytesToUtf16(tarn::platform::kCodePageUtf8, script.text, wide));
     }
   }
 }

@@ -50,24 +50,6 @@ struct EncodedBytes {
 EncodedBytes Utf16ToBytes(uint32_t codePage, std::u16string_view source,
                           std::span<char> destination) noexcept;
 
-// The same for callers that count in 32 bits: a negative capacity, or one without a destination,
-// is failure. usedDefault may be null.
-inline int32_t BytesToUtf16(uint32_t codePage, std::string_view source, char16_t* destination,
-                            int32_t capacity) noexcept {
-  if (capacity < 0 || (capacity > 0 && destination == nullptr)) return 0;
-  return static_cast<int32_t>(
-      BytesToUtf16(codePage, source, {destination, static_cast<size_t>(capacity)}));
-}
-inline int32_t Utf16ToBytes(uint32_t codePage, std::u16string_view source, char* destination,
-                            int32_t capacity, bool* usedDefault) noexcept {
-  EncodedBytes bytes;
-  if (capacity == 0 || (capacity > 0 && destination != nullptr)) {
-    bytes = Utf16ToBytes(codePage, source, {destination, static_cast<size_t>(capacity)});
-  }
-  if (usedDefault != nullptr) *usedDefault = bytes.usedDefault;
-  return static_cast<int32_t>(bytes.size);
-}
-
 // The code page of programs that know nothing of Unicode; 1252 where the platform has none.
 uint32_t AnsiCodePage() noexcept;
 

@@ -38,19 +38,18 @@ Status ConvertWide(std::string_view wide, SizedBytes& target) {
   const auto write = [&](char* block) {
     std::memset(block + old, 0, room - old);
     if (units == 0) return uint64_t{0};
-    const auto most = static_cast<int32_t>(std::min<uint64_t>(2 * wide.size() + 1, INT32_MAX));
-    const auto written = static_cast<uint64_t>(platform::Utf16ToBytes(
-        platform::kCodePageUtf8, {source.get(), units}, block, most, nullptr));
+    const uint64_t most = std::min<uint64_t>(2 * wide.size() + 1, INT32_MAX);
+    const uint64_t written =
+        platform::Utf16ToBytes(platform::kCodePageUtf8, {source.get(), units}, {block, most}).size;
     if (written == 0 || block[written - 1] == '\0') return written;
     block[written] = '\0';
     return written + 1;
   };
-  if (!target.makeRoom(room)) return StatusOutOfMemory;
-  target.fill(write);
+  if (!target.refill(room, write)) return StatusOutOfMemory;
   // A long text gives back what its block has to spare: the room for a conversion is three times
   // what most texts take. A block that cannot be moved stays as it is.
   constexpr uint64_t kSpare = 65536;
-  if (room - target.length() > kSpare) target.resizeBlock(target.length() + 1);
+  if (room - target.length() > kSpare) target.fitBlock(1);
   return StatusOk;
 }
 

@@ -37,22 +37,22 @@ TEST(Encoding, TellsAQuestionMarkFromTheDefault) {
   }
 }
 
-TEST(Encoding, ClearsTheFlagOfAnEarlierCall) {
-  bool used = true;
+TEST(Encoding, AFailureUsesNoDefault) {
   char byte = '#';
-  EXPECT_EQ(Utf16ToBytes(1252, u"x", &byte, 1, &used), 1);
-  EXPECT_FALSE(used);
-  used = true;
-  EXPECT_EQ(Utf16ToBytes(4, u"x", &byte, 1, &used), 0);
-  EXPECT_FALSE(used);
+  for (const uint32_t page : {4u, 1252u}) {  // a page that nobody knows, and no room for two bytes
+    const EncodedBytes failed = Utf16ToBytes(page, u"\u3042x", {&byte, 1});
+    EXPECT_EQ(failed.size, 0u) << page;
+    EXPECT_FALSE(failed.usedDefault) << page;
+  }
 }
 
 TEST(Encoding, CountsDefaultsWithoutADestination) {
-  bool used = false;
-  EXPECT_EQ(Utf16ToBytes(1252, u"a\u3042", nullptr, 0, &used), 2);
-  EXPECT_TRUE(used);
-  EXPECT_EQ(Utf16ToBytes(932, u"a\u3042", nullptr, 0, &used), 3);
-  EXPECT_FALSE(used);
+  const EncodedBytes western = Utf16ToBytes(1252, u"a\u3042", {});
+  EXPECT_EQ(western.size, 2u);
+  EXPECT_TRUE(western.usedDefault);
+  const EncodedBytes japanese = Utf16ToBytes(932, u"a\u3042", {});
+  EXPECT_EQ(japanese.size, 3u);
+  EXPECT_FALSE(japanese.usedDefault);
 }
 
 TEST(Encoding, GivesADefaultForEachSurrogate) {

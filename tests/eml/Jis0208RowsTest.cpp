@@ -30,7 +30,7 @@ char16_t CodePageCell(unsigned first, unsigned second) {
   const unsigned trail = first % 2 == 0 ? second + 0x7E : second + (second < 0x60 ? 0x1F : 0x20);
   const char pair[2] = {static_cast<char>(lead), static_cast<char>(trail)};
   char16_t unit[2] = {};
-  EXPECT_EQ(platform::BytesToUtf16(932, {pair, 2}, unit, 2), 1);
+  EXPECT_EQ(platform::BytesToUtf16(932, {pair, 2}, unit), 1u);
   const bool isDefault = unit[0] == 0x30FB && !(first == 0x21 && second == 0x26);
   return isDefault ? kNone : unit[0];
 }

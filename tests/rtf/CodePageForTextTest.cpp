@@ -5,10 +5,12 @@
 #include <string>
 #include <vector>
 
-#include "Tarnbase/PlainKernel.h"
+#include "support/KernelUsage.h"
 
 namespace tarn {
 namespace {
+
+using test::AllocationCalls;
 
 // Asks for a text whose heap block ends where it does.
 uint32_t Find(std::u16string_view text) {
@@ -21,12 +23,6 @@ bool RoundTrips(std::u16string_view text, uint32_t codePage, size_t byteScratch)
   std::vector<char16_t> wide(text.size());
   std::vector<char> bytes(byteScratch);
   return RoundTripsInCodePage(text, codePage, wide.data(), bytes);
-}
-
-uint64_t AllocationCalls() {
-  PlainKernelUsageRecord usage = {};
-  PlainKernelUsage(&usage);
-  return usage.allocationCalls;
 }
 
 TEST(FindCodePageForText, TheFirstCodePageThatCarriesTheText) {

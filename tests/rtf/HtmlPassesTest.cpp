@@ -7,8 +7,12 @@
 #include <string>
 #include <vector>
 
+#include "support/Texts.h"
+
 namespace tarn {
 namespace {
+
+using test::Repeat;
 
 using Pass = void (*)(SizedBytes&);
 
@@ -24,12 +28,6 @@ std::string Run(Pass pass, const std::string& bytes) {
 
 std::string Shorten(const std::string& bytes) { return Run(ShortenConditionalComments, bytes); }
 std::string Cut(const std::string& bytes) { return Run(CutLongValues, bytes); }
-
-std::string Repeat(const std::string& text, size_t count) {
-  std::string all;
-  for (size_t i = 0; i < count; ++i) all += text;
-  return all;
-}
 
 std::string Times(size_t count, char byte) { return std::string(count, byte); }
 

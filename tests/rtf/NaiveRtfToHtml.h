@@ -264,14 +264,13 @@ class NaiveRtfToHtml {
 
     const std::string raw = text.substr(offset);
     std::u16string wide(2 * raw.size() + 2, u'\0');
-    const int32_t units = platform::BytesToUtf16(
-        codePage == 0 ? platform::AnsiCodePage() : static_cast<uint32_t>(codePage), raw,
-        wide.data(), static_cast<int32_t>(wide.size()));
-    if (units <= 0) return;
+    const size_t units = platform::BytesToUtf16(
+        codePage == 0 ? platform::AnsiCodePage() : static_cast<uint32_t>(codePage), raw, wide);
+    if (units == 0) return;
     text.resize(offset);
     if (offset + 8 * raw.size() > capacity) capacity = offset + 8 * raw.size() + 1024;
-    for (int32_t i = 0; i < units; ++i) {
-      const unsigned unit = wide[static_cast<size_t>(i)];
+    for (size_t i = 0; i < units; ++i) {
+      const unsigned unit = wide[i];
       char reference[16];
       std::snprintf(reference, sizeof reference, "&#x%X;", unit);
       if (unit < 128) {
