@@ -172,8 +172,7 @@ bool ImagePass::Collector::run(uint64_t at) {
 
     const uint64_t quote = FindByte(base, '"', place + n);
     const uint64_t close = std::min(quote, end_);
-    uint64_t start = place;
-    while (start > at && base[start - 1] != '"') --start;
+    const uint64_t start = ReferenceStart(base, at, place);
     cost_ += close - start;
     if (quote == std::string_view::npos) return true;
     if (pass_.edits_.size() + edits_.size() >= pass_.limits_.edits) return false;

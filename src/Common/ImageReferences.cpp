@@ -54,9 +54,7 @@ std::optional<ImageReferences::Stretch> ImageReferences::next() {
 
     const uint64_t end = FindByte(searched_, '"', place + n);
     if (end == std::string_view::npos) return std::nullopt;
-    uint64_t start = place;
-    while (start > at_ && searched_[start - 1] != '"') --start;
-
+    const uint64_t start = ReferenceStart(searched_, at_, place);
     const std::string_view kept = body_.substr(fed_, start - fed_);
     lastTag_.feed(kept, kept.rfind('<'));
     lastTag_.feed(replacement_, replacementTag_);

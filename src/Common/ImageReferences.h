@@ -45,6 +45,13 @@ class LastTag {
   size_t matched_ = kMismatch;  // bytes of "<v:imagedata" seen since the last "<"
 };
 
+// Where the reference around an occurrence at `place` begins: after the nearest quote before it, if
+// that is at or after `at`, else at `at`.
+inline uint64_t ReferenceStart(std::string_view text, uint64_t at, uint64_t place) {
+  while (place > at && text[place - 1] != '"') --place;
+  return place;
+}
+
 class ImageReferences {
  public:
   // The texts belong to the caller and live as long as the object. The needle is not empty.
