@@ -8,6 +8,7 @@
 #ifndef TARN_INTERNAL_TARNCLASSES_H
 #define TARN_INTERNAL_TARNCLASSES_H
 
+#include <algorithm>
 #include <cassert>
 #include <cstdint>
 #include <cstring>
@@ -53,7 +54,6 @@ class SizedBytes {
   std::string_view text() const { return WithoutTrailingNul(view()); }
   uint64_t length() const { return length_; }
   bool hasBlock() const { return static_cast<bool>(block_); }
-  bool countsNul() const { return view().ends_with('\0'); }
   // Absent, of length 0, or nothing but one NUL.
   bool isEmptyText() const { return text().empty(); }
 
@@ -61,7 +61,11 @@ class SizedBytes {
   char* data() { return block_.get(); }
   const char* data() const { return block_.get(); }
 
-  // Adds to the text as AppendTerminated does.
+  // Adds to the text, less one trailing NUL, and sees that the result ends with a NUL that the
+  // length counts; only one is ever added, so a source that ends with a NUL gets no second. The
+  // source must not lie in the text's own block.
+  //   StatusOk
+  //   StatusOutOfMemory  the text is as it was
   Status append(std::string_view source);
 
   // Replaces `count` bytes at `position`. The new ones must not lie in the text's own block. A text
@@ -71,34 +75,26 @@ class SizedBytes {
   //                 then as it was
   Status splice(uint64_t position, uint64_t count, std::string_view replacement);
 
-  // Gives the text a block of `room` bytes and has it filled. False without memory, and then
-  // nothing has changed.
+  // Gives the text a block of `room` bytes, and has `write(char* block)` put what it likes into it
+  // and say how many of them are the text's from then on. False without memory, and then nothing
+  // has changed.
   template <typename Write>
   bool overwrite(uint64_t room, Write write) {
-    if (!resizeBlock(room)) return false;
-    fill(write);
-    return true;
+    return resizeBlock(room) && fill(room, write);
   }
 
-  // Has `write(char* block)` put what it likes into the block, and say how many bytes are the
-  // text's from then on.
+  // The same in the block that the text has, if it is as long already; all its bytes are the
+  // writer's then.
   template <typename Write>
-  void fill(Write write) {
-    length_ = write(block_.get());
+  bool refill(uint64_t room, Write write) {
+    if (block_ && room <= length_) return fill(length_, write);
+    return overwrite(room, write);
   }
 
-  // Sees that there is a block of so many bytes, which that of a text as long already is. False
-  // without memory, and then it is as it was.
-  bool makeRoom(uint64_t room) { return (block_ && room <= length_) || resizeBlock(room); }
-
-  // Resizes the block to what the text has or is about to have. False without memory, and then it
-  // is as it was.
-  bool resizeBlock(uint64_t room) {
-    void* const block = KernelRealloc(block_.get(), room, TARN_HERE);
-    if (block == nullptr) return false;
-    block_.take();
-    block_.reset(static_cast<char*>(block));
-    return true;
+  // Resizes the block to the text and `spare` bytes after it. False without memory, and then it is
+  // as it was.
+  bool fitBlock(uint64_t spare = 0) {
+    return spare <= UINT64_MAX - length_ && resizeBlock(length_ + spare);
   }
 
   // Takes a block in the place of the one it has.
@@ -122,15 +118,31 @@ class SizedBytes {
   void release() { take(); }
 
  private:
+  // A block that does not hold the text cuts it off. False without memory, and then all is as it
+  // was.
+  bool resizeBlock(uint64_t room) {
+    void* const block = KernelRealloc(block_.get(), room, TARN_HERE);
+    if (block == nullptr) return false;
+    block_.take();
+    block_.reset(static_cast<char*>(block));
+    length_ = std::min(length_, room);
+    return true;
+  }
+
+  template <typename Write>
+  bool fill(uint64_t room, Write write) {
+    const uint64_t length = write(block_.get());
+    assert(length <= room);
+    length_ = std::min(length, room);
+    return true;
+  }
+
   KernelBlock<char> block_;
   uint64_t length_ = 0;
 };
 
-// Adds `length` bytes of `source` (kNulTerminated: up to its NUL) to the target's text, and
-// sees that the result ends with a NUL that the length counts; only one is ever added, so a source
-// that ends with a NUL gets no second. A null source is an empty one.
-//   StatusOk
-//   StatusOutOfMemory  the target is as it was
+// SizedBytes::append of `length` bytes of `source` (kNulTerminated: up to its NUL). A null source
+// is an empty one.
 Status AppendTerminated(SizedBytes& target, const char* source, uint64_t length = kNulTerminated);
 
 // Replaces `removed` bytes at `offset` by `count` new ones: SizedBytes::splice.
@@ -177,6 +189,7 @@ class TrackedBuffer {
   std::basic_string_view<T> view() const { return {block_.get(), length_}; }
 
   uint64_t increment() const { return increment_; }
+  // What increment() was at first, for tests.
   uint64_t firstIncrement() const { return firstIncrement_; }
   uint32_t zeroFill() const { return zeroFill_; }
   uint32_t growthCount() const { return growthCount_; }  // growths since `increment` last doubled
@@ -250,6 +263,9 @@ class TrackedBuffer {
     capacity_ = 0;
     return std::move(block_);
   }
+
+  // Lets go of a block that is somebody else's by now: take(), and nothing is freed.
+  void abandon() { take().take(); }
 
   // Frees the block; also done by the destructor.
   void release() { take(); }

@@ -110,7 +110,7 @@ Status RewriteInlineImage(InlineImageContext& context, std::string_view image,
   } else {
     if (isFile && !CopyOf(replacement, url)) return StatusOutOfMemory;
     // A URL that is kept takes no more than its length. The block may stay as it is.
-    if (!isFile) url.resizeBlock(url.length());
+    if (!isFile) url.fitBlock();
     status =
         context.pass->replace(context.searchOffset, needle, std::move(url),
                               isFile ? ImagePass::Kind::Name : ImagePass::Kind::DataUrl, count);

@@ -5,7 +5,7 @@ namespace tarn {
 bool TextRewriter::open(SizedBytes& text, const TextGrowth& growth) {
   const uint64_t gap = growth.most();
   const uint64_t length = text.length();
-  if (gap > UINT64_MAX - length || !text.resizeBlock(length + gap)) return false;
+  if (!text.fitBlock(gap)) return false;
   block_ = text.take();
   if (length != 0) std::memmove(block_.get() + gap, block_.get(), length);
   text_ = &text;
@@ -34,7 +34,7 @@ void TextRewriter::close() {
   const auto size = static_cast<uint64_t>(old_.data() + old_.size() - block_.get());
   text_->adopt(std::move(block_), written_);
   // The block may stay as large as it is.
-  if (written_ != size) text_->resizeBlock(written_);
+  if (written_ != size) text_->fitBlock();
 }
 
 }  // namespace tarn

@@ -1,8 +1,8 @@
 #include "eml/Charsets.h"
 
-#include <algorithm>
 #include <charconv>
 
+#include "Common/ApiUtils.h"
 #include "Common/ByteSearch.h"
 #include "Platform/CodePages.h"
 #include "eml/CharsetRename.h"
@@ -80,9 +80,7 @@ Conversion ConvertFrom(SizedBytes& text, uint64_t offset, uint32_t codePage) {
 
   const uint64_t room = 4 * units;
   const auto write = [&](char* block) {
-    const int64_t written = KernelWideToUtf8(wide.get(), static_cast<int64_t>(units),
-                                             block + offset, static_cast<int64_t>(room));
-    const uint64_t length = offset + static_cast<uint64_t>(std::max<int64_t>(written, 0));
+    const uint64_t length = offset + ConvertToUtf8({wide.get(), units}, {block + offset, room});
     block[length] = '\0';
     return length;
   };

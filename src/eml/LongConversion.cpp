@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "Common/ApiUtils.h"
 #include "Common/TextRewriter.h"
 #include "Platform/CodePages.h"
 
@@ -54,10 +55,10 @@ class PieceConverter {
     const size_t units =
         platform::BytesToUtf16(codePage_, piece, {wide_.get(), capacityFor(piece.size())});
     if (units == 0) return Result::NotTaken;
-    const int64_t written = KernelWideToUtf8(wide_.get(), static_cast<int64_t>(units), utf8_.get(),
-                                             static_cast<int64_t>(kMostUtf8PerUnit * units));
-    if (written <= 0) return Result::NoUtf8;
-    form_ = {utf8_.get(), static_cast<size_t>(written)};
+    const uint64_t written =
+        ConvertToUtf8({wide_.get(), units}, {utf8_.get(), kMostUtf8PerUnit * units});
+    if (written == 0) return Result::NoUtf8;
+    form_ = {utf8_.get(), written};
     return Result::Done;
   }
 

@@ -335,9 +335,9 @@ Status DecodePartContent(EmlPart& part) {
   };
   if (!part.decoded.overwrite(room + 1, decode)) return StatusOutOfMemory;
 
-  // Only base64 of many misplaced "=" has so much to spare. The block may stay as it is.
-  const uint64_t length = part.decoded.length();
-  if (room - length >= kSlack) part.decoded.resizeBlock(length + 1);
+  // Only base64 of many misplaced "=" has so much to spare. One byte is the NUL's, and the block
+  // may stay as it is.
+  if (room - part.decoded.length() >= kSlack) part.decoded.fitBlock(1);
   const bool fails = part.encoding == TransferBase64 && part.raw.empty();
   return fails ? StatusOutOfMemory : StatusOk;
 }

@@ -141,9 +141,8 @@ Status ExportEmbeddedMessage(const CompoundStorage& source, std::string_view pat
       status = WriteMessage(*source.file, path, handle);
     }
     memory.end();
-    data.take().take();  // The memory file owns that block, or has moved it.
-    data.replaceBlock(KernelBlock<char>(static_cast<char*>(block)), memory.length(),
-                      memory.capacity());
+    data.abandon();  // The memory file owned that block, and may have moved it.
+    data.adopt(KernelBlock<char>(static_cast<char*>(block)), memory.length(), memory.capacity());
   }
   return status;
 } catch (const std::bad_alloc&) {

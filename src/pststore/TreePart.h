@@ -53,8 +53,8 @@ class tree_part {
   void adopt_once(db_context& context, ulonglong own_number, tree_part& child,
                   ulonglong child_number) const;
 
-  // How many numbers have been compared to tell the parts of this tree apart. The file chooses the
-  // numbers, and whatever it chooses, that is 2 log n for each of n parts.
+  // For tests: how many numbers have been compared to tell the parts of this tree apart. The file
+  // chooses the numbers, and whatever it chooses, that is 2 log n for each of n parts.
   ulonglong get_comparisons() const;
 
   // Takes a child into a tree of at most `max_parts` parts below each other, in which a child may

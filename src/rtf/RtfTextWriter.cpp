@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 
+#include "Common/ApiUtils.h"
 #include "Platform/CodePages.h"
 #include "rtf/CodePageForText.h"
 
@@ -235,10 +236,9 @@ void RtfTextWriter::writeCollected(std::u16string_view text) {
   const size_t room = text.size() * 3 + 1;
   const auto scratch = AllocateBlock<char>(room, TARN_HERE);
   if (!scratch) return check(StatusOutOfMemory);
-  const int64_t size = KernelWideToUtf8(text.data(), static_cast<int64_t>(text.size()),
-                                        scratch.get(), static_cast<int64_t>(room));
-  if (size <= 0) return check(StatusPathToUtf8Failed);
-  append({scratch.get(), static_cast<size_t>(size)});
+  const uint64_t size = ConvertToUtf8(text, {scratch.get(), room});
+  if (size == 0) return check(StatusPathToUtf8Failed);
+  append({scratch.get(), size});
 }
 
 Status WriteRtfUtf8Text(RtfRender& render, const char* text, uint64_t length) {

@@ -34,12 +34,6 @@ TEST(SizedBytes, WithoutABlockItHasNoLength) {
   EXPECT_TRUE(text.isEmptyText());
 }
 
-TEST(SizedBytes, TellsWhetherItsLengthCountsANul) {
-  EXPECT_TRUE(Bytes(Raw("ab\0")).countsNul());
-  EXPECT_FALSE(Bytes("ab").countsNul());
-  EXPECT_FALSE(SizedBytes().countsNul());
-}
-
 TEST(SizedBytes, AdoptReplacesTheBlock) {
   const uint64_t before = test::Usage().liveBlocks;
   {
@@ -96,22 +90,56 @@ TEST(SizedBytes, MovesPassTheBlockOn) {
   third.release();
 }
 
-TEST(SizedBytes, MakesRoomOnlyWhereTheTextIsShorter) {
+TEST(SizedBytes, RefillUsesTheBlockThatItHas) {
   SizedBytes text = Bytes("abc");
+  const char* const block = text.data();
   const uint64_t before = Allocations();
-  EXPECT_TRUE(text.makeRoom(3));
+  PlainKernelFailAt(PlainKernelFaultMemory, 1);
+  EXPECT_TRUE(text.refill(2, [](char* bytes) {
+    bytes[2] = 'd';
+    return uint64_t{3};
+  }));
+  EXPECT_EQ(text.view(), "abd");
+  EXPECT_EQ(text.data(), block);
   EXPECT_EQ(Allocations(), before);
-  EXPECT_TRUE(text.makeRoom(4));
-  EXPECT_EQ(Allocations(), before + 1);
-  EXPECT_EQ(text.view(), "abc");
-  text.fill([](char* block) {
-    block[3] = 'd';
+  EXPECT_FALSE(text.refill(4, [](char*) { return uint64_t{0}; }));
+  EXPECT_EQ(text.view(), "abd");
+  EXPECT_TRUE(text.refill(4, [](char* bytes) {
+    bytes[3] = 'e';
     return uint64_t{4};
-  });
-  EXPECT_EQ(text.view(), "abcd");
+  }));
+  EXPECT_EQ(text.view(), "abde");
+}
+
+TEST(SizedBytes, RefillGivesAnAbsentTextABlock) {
   SizedBytes absent;
-  EXPECT_TRUE(absent.makeRoom(0));
+  EXPECT_TRUE(absent.refill(0, [](char*) { return uint64_t{0}; }));
   EXPECT_TRUE(absent.hasBlock());
+}
+
+TEST(SizedBytes, ItsBlockFitsTheTextAndWhatIsToSpare) {
+  SizedBytes text = Bytes("abcdefgh");
+  text.truncate(3);
+  const uint64_t before = test::Usage().liveBytes;
+  EXPECT_TRUE(text.fitBlock(1));
+  EXPECT_EQ(test::Usage().liveBytes, before - 4);
+  EXPECT_TRUE(text.fitBlock());
+  EXPECT_EQ(test::Usage().liveBytes, before - 5);
+  EXPECT_TRUE(text.fitBlock(6));
+  EXPECT_EQ(test::Usage().liveBytes, before + 1);
+  EXPECT_EQ(text.view(), "abc");
+}
+
+TEST(SizedBytes, ABlockThatCannotFitStays) {
+  SizedBytes text = Bytes("abc");
+  const char* const block = text.data();
+  PlainKernelFailAt(PlainKernelFaultMemory, 1);
+  EXPECT_FALSE(text.fitBlock(9));
+  const uint64_t calls = Allocations();
+  EXPECT_FALSE(text.fitBlock(UINT64_MAX - 2));
+  EXPECT_EQ(Allocations(), calls);
+  EXPECT_EQ(text.data(), block);
+  EXPECT_EQ(text.view(), "abc");
 }
 
 TEST(KernelBlock, OwnsGivesAndReplaces) {

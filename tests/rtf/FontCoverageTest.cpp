@@ -12,6 +12,7 @@
 #include "rtf/FontTables.h"
 #include "rtf/GraphicsProbe.h"
 #include "support/FaultSweep.h"
+#include "support/KernelUsage.h"
 #include "support/TestFonts.h"
 
 namespace tarn::test {
@@ -31,12 +32,6 @@ std::vector<TestFont> SpecialFonts() {
     UseTestFonts(PoorFonts({u"Nobody Has This", u"Ab\u00E9", u"Name Of Thirty-One Characters",
                             u"NNNNNNNNNNNNNNNNNNNNNNNNNNNNNNN", u"Caf\u00C3\u00A9", u"Arial Black",
                             u"Aria", u"XArial"}));
-
-uint64_t AllocationCalls() {
-  PlainKernelUsageRecord usage = {};
-  PlainKernelUsage(&usage);
-  return usage.allocationCalls;
-}
 
 TEST(FontCoversText, AsksForEveryUnit) {
   EXPECT_TRUE(Covers("Arial", u"Plain"));

@@ -9,6 +9,7 @@
 #include "rtf/FontSearch.h"
 #include "rtf/GraphicsProbe.h"
 #include "rtf/RtfTextWriter.h"
+#include "support/GuardedBytes.h"
 #include "support/TestFonts.h"
 
 namespace tarn::test {
@@ -101,6 +102,24 @@ TEST(FontSearchWork, NamelessFontsCountToo) {
   GraphicsProbe probe;
   EXPECT_EQ(Find(fonts, u"B"), kNone);
   EXPECT_EQ(probe.fonts.size(), 0u);
+}
+
+// A name may be as long as the document. This one ends where no byte can be read any more, without
+// a NUL, and the common faces are compared with it after the work has been used up by the font
+// before.
+TEST(FontSearchWork, ANameIsComparedNoFurtherThanTheLongestFace) {
+  constexpr std::string_view kName = "MS Gothic+";
+  GuardedBytes page(kName.size());
+  char* const name = page.end() - kName.size();
+  kName.copy(name, kName.size());
+  KernelArray<RtfFontEntry> entries = ZeroEntries(2);
+  entries[1].name = name;
+  RtfFonts fonts(std::move(entries));
+  fonts.setCoverageWork(kWork - 1);
+  EXPECT_EQ(Find(fonts, kHan), kNone);
+  EXPECT_EQ(fonts.coverageWork(), kWork);
+  // The name is not of the kernel.
+  const_cast<RtfFontEntry&>(fonts.table().entries[1]).name = nullptr;
 }
 
 TEST(FontSearchWork, OneLongTextMayUseItUp) {

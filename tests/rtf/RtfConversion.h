@@ -10,18 +10,12 @@
 
 #include "Internal/Tarnclasses_.h"
 #include "rtf/RtfToHtml.h"
+#include "support/Texts.h"
 
 namespace tarn::test {
 
 // Where the body of a document begins; an empty tag that writes nothing.
 inline const std::string kBodyStart = "{\\*\\htmltag}";
-
-inline std::string Repeat(std::string_view text, size_t count) {
-  std::string all;
-  all.reserve(text.size() * count);
-  for (size_t i = 0; i < count; ++i) all += text;
-  return all;
-}
 
 // A text whose block ends where it does, so that a step outside is noticed.
 inline SizedBytes BytesOf(std::string_view bytes) {

@@ -5,18 +5,14 @@
 #include "Tarnbase/PlainKernel.h"
 #include "rtf/FontTables.h"
 #include "support/FaultSweep.h"
+#include "support/Texts.h"
 
 namespace tarn {
 namespace {
 
 using test::Parsed;
+using test::Repeat;
 using test::Show;
-
-std::string Repeat(std::string_view text, int count) {
-  std::string all;
-  for (int i = 0; i < count; ++i) all += text;
-  return all;
-}
 
 // The entries of a table that holds these groups.
 std::string Fonts(std::string_view groups) {
@@ -308,7 +304,7 @@ TEST(RtfFontTableParser, HostileTablesTakeOneNameEach) {
   for (const char* const text :
        {"{", "\\f", "\\a", "\\f1", "\\fcharset9", "\"", "\"a", "a;", "a", "{\"", "{a", "{\\"}) {
     const std::string unit = text;
-    const auto count = static_cast<int>((1 << 20) / unit.size());
+    const size_t count = (1 << 20) / unit.size();
     const std::string table = "{" + Repeat(unit, count) + "   ";
     PlainKernelUsageRecord before = {};
     PlainKernelUsage(&before);
@@ -317,7 +313,7 @@ TEST(RtfFontTableParser, HostileTablesTakeOneNameEach) {
     PlainKernelUsage(&after);
     EXPECT_EQ(parsed.status, StatusOk) << text;
     EXPECT_EQ(parsed.taken, static_cast<int64_t>(table.size())) << text;
-    EXPECT_LE(after.allocationCalls - before.allocationCalls, static_cast<uint64_t>(count)) << text;
+    EXPECT_LE(after.allocationCalls - before.allocationCalls, count) << text;
     EXPECT_EQ(after.liveBlocks, before.liveBlocks) << text;
   }
 }

@@ -12,11 +12,13 @@
 #include "rtf/FontTables.h"
 #include "rtf/GraphicsProbe.h"
 #include "support/FaultSweep.h"
+#include "support/KernelUsage.h"
 #include "support/TestFonts.h"
 
 namespace tarn {
 namespace {
 
+using test::AllocationCalls;
 using test::Prepare;
 using test::Show;
 using test::TableText;
@@ -27,12 +29,6 @@ using test::TableText;
 // Font 0 has Windows-1252 and is the default.
 constexpr std::string_view kWestern =
     "{\\rtf1\\ansi\\ansicpg1252\\deff0{\\fonttbl{\\f0\\fswiss\\fcharset0 Courier;}}\\pard x}";
-
-uint64_t AllocationCalls() {
-  PlainKernelUsageRecord usage = {};
-  PlainKernelUsage(&usage);
-  return usage.allocationCalls;
-}
 
 std::string Written(const TrackedBuffer<char>& output) {
   return output.data() == nullptr ? std::string() : std::string(output.data(), output.length());

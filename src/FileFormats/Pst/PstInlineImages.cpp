@@ -22,13 +22,13 @@ class NameBuffer {
   Status set(const pststore::wstring& name, uint64_t room) {
     text_ = "";
     if (name.empty()) return StatusOk;
-    if (room_ < room && !block_.resizeBlock(room)) return StatusOutOfMemory;
-    room_ = std::max(room_, room);
-    // Cleared, so that the text ends where the conversion does: not every kernel tells the bytes.
-    std::memset(block_.data(), 0, room);
-    const bool converted = ConvertToUtf8(name, {block_.data(), room - 1}) != 0;
-    text_ = converted ? block_.data() : nullptr;
-    return StatusOk;
+    const auto convert = [&](char* block) {
+      // Cleared, so that the text ends where the conversion does: not every kernel tells the bytes.
+      std::memset(block, 0, room);
+      text_ = ConvertToUtf8(name, {block, room - 1}) != 0 ? block : nullptr;
+      return std::max(room, block_.length());
+    };
+    return block_.refill(room, convert) ? StatusOk : StatusOutOfMemory;
   }
 
   const char* get() const { return text_; }
@@ -36,7 +36,6 @@ class NameBuffer {
 
  private:
   SizedBytes block_;
-  uint64_t room_ = 0;
   const char* text_ = nullptr;
 };
 

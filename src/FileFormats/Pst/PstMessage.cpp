@@ -32,8 +32,7 @@ void StoreField(SizedBytes& field, const pststore::wstring& text) {
     return;
   }
   const uint64_t room = 4 * text.size();
-  if (!field.makeRoom(room)) return;
-  field.fill([&](char* block) {
+  field.refill(room, [&](char* block) {
     const uint64_t written = ConvertToUtf8(text, {block, room});
     return written != 0 ? written : field.length();
   });
@@ -126,11 +125,11 @@ Status MessageRead::readHtmlBody() {
   const uint64_t size = SizeByEnd(stream);
   if (!TakeFrom(reading_.textLeft, size)) return StatusOutOfMemory;
   SizedBytes& body = record_.body;
-  if (!body.makeRoom(size)) return StatusOutOfMemory;
-  body.fill([&](char* block) {
+  const auto read = [&](char* block) {
     ReadFromStart(stream, block, size);
     return size;
-  });
+  };
+  if (!body.refill(size, read)) return StatusOutOfMemory;
 
   const uint32_t attachments = pststore::get_attachment_count(source_);
   if (attachments == 0) return StatusOk;
