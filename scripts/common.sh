@@ -12,6 +12,14 @@ TARN_MORE_PACKAGES=(
   valgrind wine64 wine64-preloader
 )
 
+# What laying pages out needs: the libraries of the engines, what keeps their processes apart, and fonts
+# with the metrics of the usual ones, of Chinese, Japanese and Korean, and of emoji.
+TARN_PAGE_PACKAGES=(
+  bubblewrap fonts-crosextra-caladea fonts-crosextra-carlito fonts-dejavu-core fonts-liberation2 fonts-noto-cjk
+  fonts-noto-color-emoji libcairo2-dev libgumbo-dev libjpeg-dev liblitehtml-dev libpango1.0-dev libpng-dev
+  libqpdf-dev libreoffice-writer-nogui libreofficekit-dev libseccomp-dev pkg-config
+)
+
 say() { printf '%s\n' "$*" >&2; }
 
 # install_packages PACKAGE...: installs those that are missing; quick when there are none.

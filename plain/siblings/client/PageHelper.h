@@ -1,0 +1,74 @@
+// PageHelper.h - the process that lays documents out, seen from the program that wants pages.
+//
+// A helper is started at the first document of its kinds, kept for those that follow, started again
+// when it has died or was stopped for taking too long, and ends with this process. It is kept
+// apart: it has no network, and of the files nothing but programs, libraries and fonts, to read.
+// What it asks for of the document's folder is opened here, by plain names and without following
+// links.
+#ifndef TARN_SIBLINGS_CLIENT_PAGEHELPER_H
+#define TARN_SIBLINGS_CLIENT_PAGEHELPER_H
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "siblings/Pages.h"
+
+namespace tarn::pages {
+
+struct HelperLimits {
+  std::chrono::milliseconds timePerDocument = std::chrono::seconds(60);
+  uint64_t memory = uint64_t{1} << 30;
+};
+
+struct HelperOptions {
+  std::filesystem::path programs;  // the folder with tarnmail-pages and tarnmail-office
+  HelperLimits limits;
+  bool sandbox = true;  // false: without isolation, for a machine that has none
+};
+
+// Called with per cent from time to time; false stops.
+using ProgressCall = std::function<bool(int)>;
+
+struct DocumentOnPaper {
+  DocumentKind kind = DocumentKind::Html;
+  std::string_view bytes;
+  std::filesystem::path folder;  // of its images; empty: none
+  Paper paper = Paper::A4;
+};
+
+struct LaidOut {
+  uint64_t id = 0;  // names it in the calls that follow, until the next document of the same helper
+  int32_t pageCount = 0;
+  PageSize firstPage;
+};
+
+// Not for several threads at once. All calls throw PageFailure; after one, the next works again.
+class PageHelper {
+ public:
+  explicit PageHelper(HelperOptions options);
+  PageHelper(const PageHelper&) = delete;
+  PageHelper& operator=(const PageHelper&) = delete;
+  ~PageHelper();
+
+  LaidOut layOut(const DocumentOnPaper& document);
+  // Is the helper still holding that document?
+  bool holds(const LaidOut& laidOut) const;
+  PageSize pageSize(const LaidOut& laidOut, int32_t page);
+  Bitmap draw(const LaidOut& laidOut, int32_t page, int32_t dotsPerInch,
+              const ProgressCall& progress = {});
+  std::string pdf(const LaidOut& laidOut, PageRange range, const PdfProperties& properties,
+                  const ProgressCall& progress = {});
+
+ private:
+  class Impl;
+  std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace tarn::pages
+
+#endif
