@@ -16,8 +16,8 @@ TARN_MORE_PACKAGES=(
 # with the metrics of the usual ones, of Chinese, Japanese and Korean, and of emoji.
 TARN_PAGE_PACKAGES=(
   bubblewrap fonts-crosextra-caladea fonts-crosextra-carlito fonts-dejavu-core fonts-liberation2 fonts-noto-cjk
-  fonts-noto-color-emoji libcairo2-dev libgumbo-dev libjpeg-dev liblitehtml-dev libpango1.0-dev libpng-dev
-  libqpdf-dev libreoffice-writer-nogui libreofficekit-dev libseccomp-dev pkg-config
+  fonts-noto-color-emoji libcairo2-dev libgif-dev libgumbo-dev libjpeg-dev liblitehtml-dev libpango1.0-dev libpng-dev
+  libqpdf-dev libreoffice-writer-nogui libreofficekit-dev libseccomp-dev libwebp-dev pkg-config
 )
 
 say() { printf '%s\n' "$*" >&2; }
