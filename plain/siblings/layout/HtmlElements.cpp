@@ -1,0 +1,122 @@
+#include "siblings/layout/HtmlElements.h"
+
+#include <litehtml/el_anchor.h>
+#include <litehtml/el_space.h>
+#include <litehtml/el_td.h>
+#include <litehtml/el_text.h>
+
+#include <map>
+#include <utility>
+
+#include "siblings/layout/HtmlContainer.h"
+#include "siblings/layout/WordBreaks.h"
+
+namespace tarn::pages {
+
+namespace {
+
+class LinkElement : public litehtml::el_anchor {
+ public:
+  LinkElement(const std::shared_ptr<litehtml::document>& document, std::string address,
+              HtmlContainer& container)
+      : el_anchor(document), address_(std::move(address)), container_(container) {}
+
+  void draw_children(litehtml::uint_ptr hdc, int x, int y, const litehtml::position* clip,
+                     litehtml::draw_flag flag, int zindex) override {
+    container_.enterLink(address_);
+    el_anchor::draw_children(hdc, x, y, clip, flag, zindex);
+    container_.leaveLink();
+  }
+
+ private:
+  std::string address_;
+  HtmlContainer& container_;
+};
+
+// A table measures each cell twice, at a width of 1 and at all the width there is, and then lays it
+// out: in nested tables that is three to the power of their depth. Measures do not change, so that
+// each is taken once; after one that was not, the cell says that it is not laid out.
+class CellElement : public litehtml::el_td {
+ public:
+  CellElement(const std::shared_ptr<litehtml::document>& document, HtmlContainer& container)
+      : el_td(document), container_(container) {}
+
+  int render(int x, int y, int max_width, bool second_pass) override {
+    const bool least = max_width == kLeastWidth;
+    const bool measure = least || measuring_;
+    measuring_ = least;
+    const auto known = measures_.find(max_width);
+    if (measure && known != measures_.end()) {
+      m_pos.width = kNotLaidOut;
+      return known->second;
+    }
+    container_.countCellLayout();
+    const int width = el_td::render(x, y, max_width, second_pass);
+    if (measure) measures_[max_width] = width;
+    return width;
+  }
+
+  void draw(litehtml::uint_ptr hdc, int x, int y, const litehtml::position* clip) override {
+    litehtml::position box = m_pos;
+    box.x += x;
+    box.y += y;
+    container_.keepTogether(box);
+    el_td::draw(hdc, x, y, clip);
+  }
+
+ private:
+  static constexpr int kLeastWidth = 1;
+  static constexpr int kNotLaidOut = -1'000'000;
+
+  HtmlContainer& container_;
+  std::map<int, int> measures_;  // the width that is needed, by the width that there is
+  bool measuring_ = false;
+};
+
+// The text that stands for an image.
+litehtml::element::ptr MakeAlternative(const std::string& text,
+                                       const std::shared_ptr<litehtml::document>& document) {
+  auto element = std::make_shared<litehtml::html_tag>(document);
+  for (const std::string& word : SplitIntoWords(text)) {
+    litehtml::element::ptr child;
+    if (word.size() == 1 && static_cast<unsigned char>(word[0]) <= 0x20) {
+      child = std::make_shared<litehtml::el_space>(word.c_str(), document);
+    } else {
+      child = std::make_shared<litehtml::el_text>(word.c_str(), document);
+    }
+    element->appendChild(child);
+  }
+  return element;
+}
+
+litehtml::element::ptr MakeImage(const litehtml::string_map& attributes,
+                                 const std::shared_ptr<litehtml::document>& document,
+                                 HtmlContainer& container) {
+  const auto source = attributes.find("src");
+  litehtml::size size;
+  if (source != attributes.end()) {
+    container.get_image_size(source->second.c_str(), nullptr, size);
+  }
+  if (size.width > 0) return nullptr;
+  const auto text = attributes.find("alt");
+  return MakeAlternative(text != attributes.end() ? text->second : "", document);
+}
+
+}  // namespace
+
+litehtml::element::ptr MakeHtmlElement(const std::string& tag,
+                                       const litehtml::string_map& attributes,
+                                       const std::shared_ptr<litehtml::document>& document,
+                                       HtmlContainer& container) {
+  if (tag == "td" || tag == "th") return std::make_shared<CellElement>(document, container);
+  if (tag == "img") return MakeImage(attributes, document, container);
+  if (tag == "a") {
+    const auto address = attributes.find("href");
+    if (address != attributes.end()) {
+      return std::make_shared<LinkElement>(document, address->second, container);
+    }
+  }
+  return nullptr;
+}
+
+}  // namespace tarn::pages

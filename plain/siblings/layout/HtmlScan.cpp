@@ -1,0 +1,285 @@
+#include "siblings/layout/HtmlScan.h"
+
+#include <glib.h>
+
+#include <algorithm>
+#include <array>
+#include <span>
+#include <unordered_map>
+#include <unordered_set>
+
+#include "siblings/Pages.h"
+#include "siblings/layout/HtmlTag.h"
+
+namespace tarn::pages {
+
+namespace {
+
+using Names = std::span<const std::string_view>;
+
+// They go with all that is in them, up to their end tag.
+constexpr std::array<std::string_view, 16> kDropped = {
+    "script", "iframe", "title",  "noembed", "noframes", "template", "audio",    "video",
+    "svg",    "math",   "select", "canvas",  "applet",   "datalist", "frameset", "map"};
+// Their tags go, and what is in them stays.
+constexpr std::array<std::string_view, 17> kUnwrapped = {
+    "object",   "embed",     "noscript", "form",  "input",  "meta",  "link",  "base",   "frame",
+    "textarea", "plaintext", "xmp",      "param", "source", "track", "image", "listing"};
+constexpr std::array<std::string_view, 10> kVoid = {
+    "area", "br", "col", "hr", "img", "wbr", "keygen", "command", "bgsound", "spacer"};
+// A parser closes these by itself where the next begins, so that they nest only with others.
+constexpr std::array<std::string_view, 11> kSelfClosing = {
+    "p", "li", "dd", "dt", "option", "optgroup", "html", "head", "body", "rp", "rt"};
+constexpr std::array<std::string_view, 14> kFormatting = {
+    "a",    "b", "big",   "code",   "em",     "font", "i",
+    "nobr", "s", "small", "strike", "strong", "tt",   "u"};
+constexpr std::array<std::string_view, 9> kTableParts = {
+    "td", "th", "tr", "tbody", "thead", "tfoot", "caption", "colgroup", "table"};
+
+bool IsAmong(std::string_view name, Names names) {
+  return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+size_t FindAnyCase(std::string_view text, std::string_view what, size_t from) {
+  for (; from + what.size() <= text.size(); ++from) {
+    from = text.find(what.front(), from);
+    if (from == std::string_view::npos || from + what.size() > text.size()) break;
+    if (g_ascii_strncasecmp(text.data() + from, what.data(), what.size()) == 0) return from;
+  }
+  return std::string_view::npos;
+}
+
+class HtmlScanner {
+ public:
+  explicit HtmlScanner(std::string_view html) : rest_(html) {}
+
+  ScannedHtml scan() {
+    while (!rest_.empty()) {
+      copyText();
+      if (!rest_.empty()) takeMarkup();
+    }
+    return std::move(result_);
+  }
+
+ private:
+  struct Open {
+    std::string name;
+    size_t formatting = 0;  // how many were open before it
+  };
+
+  void copyText();
+  void takeMarkup();
+  void takeDeclaration();
+  void takeTag(const HtmlTag& tag);
+  void takeStart(const HtmlTag& tag, std::string_view whole);
+  void takeEnd(const HtmlTag& tag);
+  void takeStyle(std::string_view whole);
+  void dropElement(const std::string& name);
+  void closeParts(Names names);
+  void popTo(size_t index);
+  void emitTag(std::string_view whole);
+  void countElement(size_t repeated);
+  bool nestsTooDeep(const std::string& name) const;
+
+  std::string_view rest_;
+  ScannedHtml result_;
+  std::vector<Open> open_;
+  std::unordered_map<std::string, size_t> openCount_;
+  size_t formatting_ = 0;
+  size_t tables_ = 0;
+  size_t flattenedTables_ = 0;               // that are open, and have lost their tags
+  std::unordered_set<std::string> endless_;  // elements that have no end tag any more
+  size_t elements_ = 0;
+  size_t textBytes_ = 0;
+};
+
+void HtmlScanner::copyText() {
+  const size_t end = std::min(rest_.find('<'), rest_.size());
+  textBytes_ += end;
+  if (textBytes_ > kMostTextBytes) {
+    throw PageFailure(Trouble::TooLarge, "the document has too much text to be laid out");
+  }
+  // A parser stops at a NUL.
+  const std::string_view text = rest_.substr(0, end);
+  if (text.find('\0') == std::string_view::npos) {
+    result_.html += text;
+  } else {
+    std::copy_if(text.begin(), text.end(), std::back_inserter(result_.html),
+                 [](char c) { return c != '\0'; });
+  }
+  rest_.remove_prefix(end);
+}
+
+void HtmlScanner::takeMarkup() {
+  if (rest_.starts_with("<!") || rest_.starts_with("<?")) return takeDeclaration();
+  if (const auto tag = ReadHtmlTag(rest_)) return takeTag(*tag);
+  const bool endsWithin = rest_.size() > 1 && (g_ascii_isalpha(rest_[1]) || rest_[1] == '/');
+  if (endsWithin) {
+    rest_ = rest_.substr(1, 0);
+    return;
+  }
+  result_.html += "&lt;";
+  rest_.remove_prefix(1);
+}
+
+// Comments, which may hold tags, and what else begins with "<!": only the document's type matters.
+void HtmlScanner::takeDeclaration() {
+  size_t size = std::min(rest_.find('>'), rest_.size() - 1) + 1;
+  if (rest_.starts_with("<!--") && !rest_.starts_with("<!-->")) {
+    const size_t end = rest_.find("-->", 4);
+    size = end == std::string_view::npos ? rest_.size() : end + 3;
+  } else if (FindAnyCase(rest_.substr(0, 9), "<!doctype", 0) == 0) {
+    result_.html += "<!DOCTYPE html>";
+  }
+  rest_.remove_prefix(size);
+}
+
+void HtmlScanner::takeTag(const HtmlTag& tag) {
+  const std::string_view whole = rest_.substr(0, tag.size);
+  rest_.remove_prefix(tag.size);
+  if (IsAmong(tag.name, kUnwrapped)) return;
+  if (flattenedTables_ > 0 && IsAmong(tag.name, kTableParts)) {
+    // Parts of it would end up in the table around it.
+    if (tag.name == "table") tag.end ? --flattenedTables_ : ++flattenedTables_;
+  } else if (IsAmong(tag.name, kDropped)) {
+    if (!tag.end) dropElement(tag.name);
+  } else if (tag.end) {
+    takeEnd(tag);
+  } else if (tag.name == "style") {
+    takeStyle(whole);
+  } else {
+    takeStart(tag, whole);
+  }
+}
+
+void HtmlScanner::dropElement(const std::string& name) {
+  if (endless_.count(name) != 0) return;
+  const size_t end = FindAnyCase(rest_, "</" + name, 0);
+  // Without an end tag only the tag itself goes, but for scripts, which would show.
+  if (end == std::string_view::npos) {
+    if (name == "script") rest_ = {};
+    endless_.insert(name);
+    return;
+  }
+  rest_.remove_prefix(end);
+  if (const auto tag = ReadHtmlTag(rest_)) rest_.remove_prefix(tag->size);
+}
+
+void HtmlScanner::takeStyle(std::string_view whole) {
+  const size_t end = std::min(FindAnyCase(rest_, "</style", 0), rest_.size());
+  emitTag(whole);
+  emitTag(rest_.substr(0, end));
+  result_.html += "</style>";
+  rest_.remove_prefix(end);
+}
+
+bool HtmlScanner::nestsTooDeep(const std::string& name) const {
+  if (IsAmong(name, kFormatting)) return formatting_ >= kMostFormatting;
+  if (name == "table") return tables_ >= kMostNestedTables || open_.size() >= kMostNested;
+  // The parts of a table that is there stay.
+  return open_.size() >= kMostNested + (IsAmong(name, kTableParts) ? 10 : 0);
+}
+
+void HtmlScanner::takeStart(const HtmlTag& tag, std::string_view whole) {
+  const std::string& name = tag.name;
+  if (name == "td" || name == "th") closeParts(std::array<std::string_view, 2>{"td", "th"});
+  if (name == "tr") closeParts(std::array<std::string_view, 1>{"tr"});
+  if (name == "tbody" || name == "thead" || name == "tfoot" || name == "colgroup") {
+    closeParts(std::array<std::string_view, 4>{"tbody", "thead", "tfoot", "colgroup"});
+  }
+  if (IsAmong(name, kVoid) || IsAmong(name, kSelfClosing)) {
+    countElement(formatting_);
+    return emitTag(whole);
+  }
+  if (nestsTooDeep(name)) {
+    if (name == "table") ++flattenedTables_;
+    return;
+  }
+  const bool style = IsAmong(name, kFormatting);
+  countElement(style ? 0 : formatting_);
+  emitTag(whole);
+  ++openCount_[name];
+  if (style) {
+    ++formatting_;
+  } else {
+    open_.push_back({name, formatting_});
+    if (name == "table") ++tables_;
+  }
+}
+
+void HtmlScanner::takeEnd(const HtmlTag& tag) {
+  const std::string& name = tag.name;
+  const auto count = openCount_.find(name);
+  if (IsAmong(name, kSelfClosing) || name == "br") {
+    countElement(0);
+  } else if (count == openCount_.end() || count->second == 0) {
+    return;
+  } else if (IsAmong(name, kFormatting)) {
+    --count->second;
+    if (formatting_ > 0) --formatting_;
+  } else {
+    for (size_t i = open_.size(); i-- > 0;) {
+      // Nothing in a cell ends what is around its table.
+      if (open_[i].name == "table" && name != "table" && !IsAmong(name, kTableParts)) return;
+      if (open_[i].name != name) continue;
+      popTo(i);
+      break;
+    }
+  }
+  result_.html += "</" + name + ">";
+}
+
+// Ends the innermost of these, if it belongs to the innermost table.
+void HtmlScanner::closeParts(Names names) {
+  for (size_t i = open_.size(); i-- > 0;) {
+    if (open_[i].name == "table") return;
+    if (IsAmong(open_[i].name, names)) return popTo(i);
+  }
+}
+
+void HtmlScanner::popTo(size_t index) {
+  while (open_.size() > index) {
+    const Open& last = open_.back();
+    --openCount_[last.name];
+    if (last.name == "table") --tables_;
+    // A cell takes the style that was begun in it along.
+    if (IsAmong(last.name, kTableParts)) formatting_ = std::min(formatting_, last.formatting);
+    open_.pop_back();
+  }
+}
+
+void HtmlScanner::countElement(size_t repeated) {
+  elements_ += 1 + repeated;
+  if (elements_ > kMostElements) {
+    throw PageFailure(Trouble::TooLarge, "the document has too many elements to be laid out");
+  }
+}
+
+// Copies markup with names in the place of its `data:` URLs.
+void HtmlScanner::emitTag(std::string_view whole) {
+  constexpr std::string_view kScheme = "data:";
+  size_t copied = 0;
+  for (size_t at = 0; (at = FindAnyCase(whole, kScheme, at)) != std::string_view::npos;) {
+    if (at == 0 || std::string_view("\"'(= \t\r\n").find(whole[at - 1]) == std::string_view::npos) {
+      at += kScheme.size();
+      continue;
+    }
+    const char before = whole[at - 1];
+    const bool quoted = before == '"' || before == '\'';
+    const size_t end =
+        std::min(whole.find_first_of(quoted ? "\"')" : "\"')> \t\r\n", at), whole.size());
+    result_.html += whole.substr(copied, at - copied);
+    result_.html += std::string(kDataName) + std::to_string(result_.dataUrls.size());
+    result_.dataUrls.emplace_back(whole.substr(at, end - at));
+    at = copied = end;
+  }
+  const std::string_view tail = whole.substr(copied);
+  std::copy_if(tail.begin(), tail.end(), std::back_inserter(result_.html),
+               [](char c) { return c != '\0'; });
+}
+
+}  // namespace
+
+ScannedHtml ScanHtml(std::string_view html) { return HtmlScanner(html).scan(); }
+
+}  // namespace tarn::pages

@@ -1,0 +1,62 @@
+#include "siblings/layout/HtmlTag.h"
+
+#include <glib.h>
+
+namespace tarn::pages {
+
+namespace {
+
+constexpr std::string_view kBlanks = " \t\r\n\f";
+
+bool IsBlank(char c) { return kBlanks.find(c) != std::string_view::npos; }
+
+// Where ">" ends the tag whose attributes begin at a position; npos when the text ends before.
+size_t FindTagEnd(std::string_view text, size_t position) {
+  enum class In { Tag, Name, BeforeValue, BareValue } state = In::Tag;
+  while (position < text.size()) {
+    const char c = text[position];
+    if (state == In::BeforeValue && (c == '"' || c == '\'')) {
+      position = text.find(c, position + 1);
+      if (position == std::string_view::npos) return position;
+      state = In::Tag;
+    } else if (c == '>') {
+      return position;
+    } else if (state == In::BareValue) {
+      if (IsBlank(c)) state = In::Tag;
+    } else if (state == In::BeforeValue) {
+      if (!IsBlank(c)) state = In::BareValue;
+    } else if (c == '=' && state == In::Name) {
+      state = In::BeforeValue;
+    } else if (c == '/') {
+      state = In::Tag;
+    } else if (!IsBlank(c)) {
+      // A blank may part a name from its "=".
+      state = In::Name;
+    }
+    ++position;
+  }
+  return std::string_view::npos;
+}
+
+}  // namespace
+
+std::optional<HtmlTag> ReadHtmlTag(std::string_view text) {
+  HtmlTag tag;
+  size_t position = 1;
+  if (position < text.size() && text[position] == '/') {
+    tag.end = true;
+    ++position;
+  }
+  if (position >= text.size() || !g_ascii_isalpha(text[position])) return std::nullopt;
+  while (position < text.size() && !IsBlank(text[position]) && text[position] != '/' &&
+         text[position] != '>') {
+    tag.name += g_ascii_tolower(text[position++]);
+  }
+  const size_t close = FindTagEnd(text, position);
+  if (close == std::string_view::npos) return std::nullopt;
+  tag.inside = text.substr(position, close - position);
+  tag.size = close + 1;
+  return tag;
+}
+
+}  // namespace tarn::pages
