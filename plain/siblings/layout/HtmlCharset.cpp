@@ -145,7 +145,6 @@ std::string DecodeHtmlDocument(std::string_view document) {
     return text;
   }
   if (document.starts_with("\xEF\xBB\xBF")) return DecodeAs("utf-8", document.substr(3));
-  if (document.starts_with("+/v")) document.remove_prefix(3);
   return DecodeAs(NamedCharset(document), document);
 }
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdlib>
 #include <utility>
 
 #include "siblings/layout/HtmlElements.h"
@@ -16,6 +17,8 @@ namespace tarn::pages {
 namespace {
 
 constexpr size_t kMostCellLayouts = 500'000;
+constexpr int kLargestSpan = 100;
+constexpr int kMostSpans = 20'000;
 
 Box ToBox(const litehtml::position& position) {
   return {static_cast<double>(position.x), static_cast<double>(position.y),
@@ -108,6 +111,13 @@ void HtmlContainer::countCellLayout() {
   if (++cellLayouts_ > kMostCellLayouts) {
     throw PageFailure(Trouble::TooLong, "the tables of the document take too long to be laid out");
   }
+}
+
+int HtmlContainer::takeSpan(const char* wanted) {
+  const auto span = static_cast<int>(
+      std::clamp(std::strtol(wanted, nullptr, 10), 1L, static_cast<long>(kLargestSpan)));
+  spans_ += span - 1;
+  return spans_ <= kMostSpans ? span : 1;
 }
 
 litehtml::uint_ptr HtmlContainer::create_font(const litehtml::tchar_t* faceName, int size,

@@ -32,6 +32,8 @@ class HtmlContainer : public litehtml::document_container {
   void keepTogether(const litehtml::position& box);
   // Counts work that a document can make grow without end. Trouble::TooLong when it has.
   void countCellLayout();
+  // How many columns or rows a cell gets that wants so many: all that it spans are kept somewhere.
+  int takeSpan(const char* wanted);
 
   litehtml::uint_ptr create_font(const litehtml::tchar_t* faceName, int size, int weight,
                                  litehtml::font_style italic, unsigned int decoration,
@@ -84,6 +86,7 @@ class HtmlContainer : public litehtml::document_container {
   std::map<std::string, int32_t> knownLinks_;
   std::vector<int32_t> links_;  // that are open
   size_t cellLayouts_ = 0;
+  int spans_ = 0;
 };
 
 }  // namespace tarn::pages

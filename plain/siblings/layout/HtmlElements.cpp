@@ -6,6 +6,7 @@
 #include <litehtml/el_text.h>
 
 #include <map>
+#include <string_view>
 #include <utility>
 
 #include "siblings/layout/HtmlContainer.h"
@@ -54,6 +55,23 @@ class CellElement : public litehtml::el_td {
     const int width = el_td::render(x, y, max_width, second_pass);
     if (measure) measures_[max_width] = width;
     return width;
+  }
+
+  void set_attr(const litehtml::tchar_t* name, const litehtml::tchar_t* val) override {
+    const std::string_view attribute = name;
+    if (attribute == "colspan" || attribute == "rowspan") {
+      el_td::set_attr(name, std::to_string(container_.takeSpan(val)).c_str());
+    } else {
+      el_td::set_attr(name, val);
+    }
+  }
+
+  // A cell is at least as high as it is told to be, and as high as what is in it.
+  void parse_styles(bool is_reparse) override {
+    el_td::parse_styles(is_reparse);
+    if (m_css_height.is_predefined() || !m_css_min_height.is_predefined()) return;
+    m_css_min_height = m_css_height;
+    m_css_height.predef(0);
   }
 
   void draw(litehtml::uint_ptr hdc, int x, int y, const litehtml::position* clip) override {

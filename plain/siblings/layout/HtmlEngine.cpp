@@ -4,6 +4,7 @@
 #include <cmath>
 #include <utility>
 
+#include "siblings/layout/BidiLines.h"
 #include "siblings/layout/DisplayPainter.h"
 #include "siblings/layout/FontContext.h"
 #include "siblings/layout/HtmlCharset.h"
@@ -22,12 +23,6 @@ constexpr double kMargin = 36;  // points
 constexpr double kPointsPerPixel = 72.0 / 96.0;
 constexpr double kLeastScale = 0.35;
 
-// How far a display list reaches.
-struct Reach {
-  double right = 0;
-  double bottom = 0;
-};
-
 bool IsSeen(const Painted& item) {
   if (const auto* text = std::get_if<PaintedText>(&item)) {
     return text->text.find_first_not_of(" \t\r\n") != std::string::npos;
@@ -35,26 +30,31 @@ bool IsSeen(const Painted& item) {
   return !std::holds_alternative<ClipBegin>(item);
 }
 
-Reach ReachOf(const DisplayList& list) {
-  Reach reach;
+// How far what is seen reaches to the right.
+double RightOf(const DisplayList& list) {
+  double right = 0;
+  for (const Painted& item : list.items) {
+    const Box* box = BoxOf(item);
+    if (box != nullptr && IsSeen(item)) right = std::max(right, box->right());
+  }
+  return right;
+}
+
+SheetExtents ExtentsOf(const DisplayList& list, double pageHeight) {
+  SheetExtents extents;
   for (const Painted& item : list.items) {
     const Box* box = BoxOf(item);
     if (box == nullptr || !IsSeen(item)) continue;
-    reach.right = std::max(reach.right, box->right());
-    reach.bottom = std::max(reach.bottom, box->bottom());
-  }
-  return reach;
-}
-
-SheetExtents ExtentsOf(const DisplayList& list, double bottom) {
-  SheetExtents extents;
-  extents.bottom = bottom;
-  for (const Painted& item : list.items) {
+    const Extent extent = {box->top, box->bottom()};
     const auto* picture = std::get_if<PaintedPicture>(&item);
     const bool tiled = picture != nullptr && (picture->repeatX || picture->repeatY);
-    if ((picture != nullptr && !tiled) || std::holds_alternative<PaintedText>(item)) {
-      const Box* box = BoxOf(item);
-      extents.whole.push_back({box->top, box->bottom()});
+    const bool text = std::holds_alternative<PaintedText>(item);
+    if ((picture != nullptr && !tiled) || text) {
+      extents.whole.push_back(extent);
+      extents.content.push_back(extent);
+    } else if (box->height <= 2 * pageHeight) {
+      // Not the ground on which others are, which may go on without end.
+      extents.content.push_back(extent);
     }
   }
   for (const Box& box : list.together) extents.together.push_back({box.top, box.bottom()});
@@ -71,9 +71,8 @@ class HtmlLayout : public Layout {
         list_(std::move(list)),
         fonts_(std::move(fonts)),
         pictures_(std::move(pictures)) {
-    const double bottom = ReachOf(list_).bottom;
     const double height = sheet_.contentHeight() / scale_;
-    const std::vector<double> tops = CutPages(ExtentsOf(list_, bottom), height);
+    const std::vector<double> tops = CutPages(ExtentsOf(list_, height), height);
     bands_ = MakeBands(list_, tops, tops.back() + height);
   }
 
@@ -159,12 +158,13 @@ std::unique_ptr<Layout> HtmlEngine::layOutHtml(const std::string& bytes, const P
       litehtml::document::createFromUTF8(scanned.html.c_str(), &container, &styles_);
   DisplayList list = Record(*document, container, width);
   double scale = kPointsPerPixel;
-  const double needed = ReachOf(list).right;
+  const double needed = RightOf(list);
   if (needed > width + 1) {
     const double wider = std::min(std::ceil(needed), std::floor(width / kLeastScale));
     list = Record(*document, container, static_cast<int>(wider));
     scale *= width / wider;
   }
+  OrderBidiLines(list);
   return std::make_unique<HtmlLayout>(sheet, scale, std::move(list), container.takeFonts(),
                                       std::move(pictures));
 }

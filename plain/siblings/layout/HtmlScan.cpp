@@ -58,6 +58,9 @@ class HtmlScanner {
       copyText();
       if (!rest_.empty()) takeMarkup();
     }
+    if (selectors_ * elements_ <= kMostMatches) {
+      result_.html.insert(0, "<style>" + takeNames(styles_) + "</style>");
+    }
     return std::move(result_);
   }
 
@@ -68,16 +71,18 @@ class HtmlScanner {
   };
 
   void copyText();
+  std::string_view withoutMark(std::string_view text);
   void takeMarkup();
   void takeDeclaration();
   void takeTag(const HtmlTag& tag);
   void takeStart(const HtmlTag& tag, std::string_view whole);
   void takeEnd(const HtmlTag& tag);
-  void takeStyle(std::string_view whole);
+  void takeStyle();
   void dropElement(const std::string& name);
   void closeParts(Names names);
   void popTo(size_t index);
   void emitTag(std::string_view whole);
+  std::string takeNames(std::string_view whole);
   void countElement(size_t repeated);
   bool nestsTooDeep(const std::string& name) const;
 
@@ -90,7 +95,10 @@ class HtmlScanner {
   size_t flattenedTables_ = 0;               // that are open, and have lost their tags
   std::unordered_set<std::string> endless_;  // elements that have no end tag any more
   size_t elements_ = 0;
+  std::string styles_;  // of all style elements
+  size_t selectors_ = 0;
   size_t textBytes_ = 0;
+  bool bodySeen_ = false;  // text outside of tables
 };
 
 void HtmlScanner::copyText() {
@@ -100,7 +108,7 @@ void HtmlScanner::copyText() {
     throw PageFailure(Trouble::TooLarge, "the document has too much text to be laid out");
   }
   // A parser stops at a NUL.
-  const std::string_view text = rest_.substr(0, end);
+  const std::string_view text = withoutMark(rest_.substr(0, end));
   if (text.find('\0') == std::string_view::npos) {
     result_.html += text;
   } else {
@@ -108,6 +116,16 @@ void HtmlScanner::copyText() {
                  [](char c) { return c != '\0'; });
   }
   rest_.remove_prefix(end);
+}
+
+// The mark of 7-bit content, which is where a body begins: at the start, or after the table of a
+// header block that was put before the body.
+std::string_view HtmlScanner::withoutMark(std::string_view text) {
+  constexpr std::string_view kMark = "+/v";
+  const size_t first = text.find_first_not_of(" \t\r\n");
+  if (bodySeen_ || tables_ > 0 || first == std::string_view::npos) return text;
+  bodySeen_ = true;
+  return text.substr(first).starts_with(kMark) ? text.substr(first + kMark.size()) : text;
 }
 
 void HtmlScanner::takeMarkup() {
@@ -146,7 +164,7 @@ void HtmlScanner::takeTag(const HtmlTag& tag) {
   } else if (tag.end) {
     takeEnd(tag);
   } else if (tag.name == "style") {
-    takeStyle(whole);
+    takeStyle();
   } else {
     takeStart(tag, whole);
   }
@@ -165,11 +183,13 @@ void HtmlScanner::dropElement(const std::string& name) {
   if (const auto tag = ReadHtmlTag(rest_)) rest_.remove_prefix(tag->size);
 }
 
-void HtmlScanner::takeStyle(std::string_view whole) {
+void HtmlScanner::takeStyle() {
   const size_t end = std::min(FindAnyCase(rest_, "</style", 0), rest_.size());
-  emitTag(whole);
-  emitTag(rest_.substr(0, end));
-  result_.html += "</style>";
+  const std::string_view style = rest_.substr(0, end);
+  selectors_ += static_cast<size_t>(
+      std::count_if(style.begin(), style.end(), [](char c) { return c == '{' || c == ','; }));
+  styles_ += style;
+  styles_ += '\n';
   rest_.remove_prefix(end);
 }
 
@@ -255,8 +275,11 @@ void HtmlScanner::countElement(size_t repeated) {
   }
 }
 
-// Copies markup with names in the place of its `data:` URLs.
-void HtmlScanner::emitTag(std::string_view whole) {
+void HtmlScanner::emitTag(std::string_view whole) { result_.html += takeNames(whole); }
+
+// Markup with names in the place of its `data:` URLs.
+std::string HtmlScanner::takeNames(std::string_view whole) {
+  std::string named;
   constexpr std::string_view kScheme = "data:";
   size_t copied = 0;
   for (size_t at = 0; (at = FindAnyCase(whole, kScheme, at)) != std::string_view::npos;) {
@@ -268,14 +291,15 @@ void HtmlScanner::emitTag(std::string_view whole) {
     const bool quoted = before == '"' || before == '\'';
     const size_t end =
         std::min(whole.find_first_of(quoted ? "\"')" : "\"')> \t\r\n", at), whole.size());
-    result_.html += whole.substr(copied, at - copied);
-    result_.html += std::string(kDataName) + std::to_string(result_.dataUrls.size());
+    named += whole.substr(copied, at - copied);
+    named += std::string(kDataName) + std::to_string(result_.dataUrls.size());
     result_.dataUrls.emplace_back(whole.substr(at, end - at));
     at = copied = end;
   }
   const std::string_view tail = whole.substr(copied);
-  std::copy_if(tail.begin(), tail.end(), std::back_inserter(result_.html),
+  std::copy_if(tail.begin(), tail.end(), std::back_inserter(named),
                [](char c) { return c != '\0'; });
+  return named;
 }
 
 }  // namespace

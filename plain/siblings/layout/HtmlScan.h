@@ -1,9 +1,9 @@
 // HtmlScan.h - makes a text in HTML fit for laying out, before any of it is parsed.
 //
 // What has no place on paper goes: comments, scripts, frames, objects, forms' fields, links to
-// other files. Elements that are nested too deep lose their tags and keep their text, since what
-// comes after goes through the tree by recursion. `data:` URLs, which may be megabytes, are put
-// aside and named.
+// other files; and the mark "+/v" of 7-bit content before a body. Elements that are nested too deep
+// lose their tags and keep their text, since what comes after goes through the tree by recursion.
+// `data:` URLs, which may be megabytes, are put aside and named.
 #ifndef TARN_SIBLINGS_LAYOUT_HTMLSCAN_H
 #define TARN_SIBLINGS_LAYOUT_HTMLSCAN_H
 
@@ -32,7 +32,11 @@ inline constexpr size_t kMostFormatting = 60;
 inline constexpr size_t kMostElements = 400'000;
 inline constexpr size_t kMostTextBytes = 8'000'000;
 
-// The text is UTF-8.
+// Selectors of style elements times elements that they are compared with; beyond it the document is
+// shown without its style elements.
+inline constexpr size_t kMostMatches = 20'000'000;
+
+// The text is UTF-8. What style elements hold comes first in the result.
 ScannedHtml ScanHtml(std::string_view html);
 
 }  // namespace tarn::pages

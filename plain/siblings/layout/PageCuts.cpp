@@ -1,6 +1,8 @@
 #include "siblings/layout/PageCuts.h"
 
 #include <algorithm>
+#include <optional>
+#include <utility>
 
 #include "siblings/Pages.h"
 
@@ -24,6 +26,14 @@ class ExtentList {
       lowest = std::max(lowest, extent.bottom);
       lowest_.push_back(lowest);
     }
+  }
+
+  // Where what reaches below a place begins, or the place itself if that is above; nothing when all
+  // ends before it.
+  std::optional<double> firstBelow(double place) const {
+    const auto at = std::upper_bound(lowest_.begin(), lowest_.end(), place);
+    if (at == lowest_.end()) return std::nullopt;
+    return std::max(place, extents_[static_cast<size_t>(at - lowest_.begin())].top);
   }
 
   // The highest top of those that a cut would go through; the cut itself when there are none.
@@ -63,19 +73,23 @@ double MoveUp(const ExtentList& extents, double cut, double pageTop, double tall
 std::vector<double> CutPages(SheetExtents sheet, double pageHeight) {
   const ExtentList whole(std::move(sheet.whole));
   const ExtentList together(std::move(sheet.together));
+  const ExtentList content(std::move(sheet.content));
   std::vector<double> tops = {0};
-  while (sheet.bottom > tops.back() + pageHeight + kOverlap) {
+  while (true) {
+    const double top = tops.back();
+    const double end = top + pageHeight;
+    const std::optional<double> next = content.firstBelow(end + kOverlap);
+    if (!next) break;
     if (tops.size() >= kMostHtmlPages) {
       throw PageFailure(Trouble::TooLarge, "the document has too many pages");
     }
-    const double top = tops.back();
-    const double end = top + pageHeight;
     const double row = MoveUp(together, end, top, pageHeight * kLeastFilled);
-    double cut = row < top + pageHeight * kLeastFilled ? end : row;
-    cut = MoveUp(whole, cut, top, pageHeight);
-    if (cut < top + pageHeight * kLeastFilled)
+    double cut = MoveUp(whole, row < top + pageHeight * kLeastFilled ? end : row, top, pageHeight);
+    if (cut < top + pageHeight * kLeastFilled) {
       cut = std::max(cut, MoveUp(whole, end, top, pageHeight));
-    tops.push_back(cut > top + kOverlap ? cut : end);
+    }
+    if (cut <= top + kOverlap) cut = end;
+    tops.push_back(*next > cut + pageHeight ? *next : cut);
   }
   return tops;
 }

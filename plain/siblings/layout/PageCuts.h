@@ -18,7 +18,7 @@ struct Extent {
 struct SheetExtents {
   std::vector<Extent> whole;     // lines of text and pictures: not to be cut
   std::vector<Extent> together;  // rows: rather not
-  double bottom = 0;             // where the last thing ends
+  std::vector<Extent> content;   // all that is worth a page
 };
 
 inline constexpr size_t kMostHtmlPages = 10'000;
