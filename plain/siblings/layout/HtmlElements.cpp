@@ -5,7 +5,12 @@
 #include <litehtml/el_td.h>
 #include <litehtml/el_text.h>
 
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <cstring>
 #include <map>
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -15,6 +20,48 @@
 namespace tarn::pages {
 
 namespace {
+
+bool IsTag(const litehtml::element::ptr& element, std::string_view tag) {
+  return element != nullptr && element->get_tagName() != nullptr && tag == element->get_tagName();
+}
+
+// The value of an attribute as a number; nothing when it has none.
+std::optional<int> NumberOf(const litehtml::element& element, const char* attribute) {
+  const char* text = element.get_attr(attribute, nullptr);
+  if (text == nullptr) return std::nullopt;
+  while (*text == ' ') ++text;
+  char* end = nullptr;
+  const long value = std::strtol(text, &end, 10);
+  if (end == text) return std::nullopt;
+  return static_cast<int>(std::clamp(value, -1'000L, 1'000L));
+}
+
+// The old element for colour, face and size. Sizes are from 1 to 7, or differ from 3 by their sign.
+class FontElement : public litehtml::html_tag {
+ public:
+  explicit FontElement(const std::shared_ptr<litehtml::document>& document) : html_tag(document) {}
+
+  void parse_attributes() override {
+    set("color", get_attr("color", nullptr));
+    set("font-family", get_attr("face", nullptr));
+    if (const std::optional<int> size = NumberOf(*this, "size")) {
+      constexpr std::array<const char*, 7> kSizes = {"10px", "13px", "16px", "18px",
+                                                     "24px", "32px", "48px"};
+      const char* text = get_attr("size", "");
+      const bool relative = std::strchr(text, '+') != nullptr || *size < 0;
+      const int number = std::clamp(relative ? 3 + *size : *size, 1, 7);
+      set("font-size", kSizes[static_cast<size_t>(number - 1)]);
+    }
+    html_tag::parse_attributes();
+  }
+
+ private:
+  void set(const char* property, const char* value) {
+    if (value != nullptr) {
+      m_style.add_property(property, value, nullptr, false, this);
+    }
+  }
+};
 
 class LinkElement : public litehtml::el_anchor {
  public:
@@ -66,6 +113,19 @@ class CellElement : public litehtml::el_td {
     }
   }
 
+  // What the table says of its cells.
+  void parse_attributes() override {
+    litehtml::element::ptr table = parent();
+    while (table != nullptr && !IsTag(table, "table")) table = table->parent();
+    if (table != nullptr) {
+      if (const auto padding = NumberOf(*table, "cellpadding")) {
+        set("padding", std::to_string(std::max(*padding, 0)) + "px");
+      }
+      if (NumberOf(*table, "border").value_or(0) > 0) set("border", "1px solid #808080");
+    }
+    el_td::parse_attributes();
+  }
+
   // A cell is at least as high as it is told to be, and as high as what is in it.
   void parse_styles(bool is_reparse) override {
     el_td::parse_styles(is_reparse);
@@ -85,6 +145,10 @@ class CellElement : public litehtml::el_td {
  private:
   static constexpr int kLeastWidth = 1;
   static constexpr int kNotLaidOut = -1'000'000;
+
+  void set(const char* property, const std::string& value) {
+    m_style.add_property(property, value.c_str(), nullptr, false, this);
+  }
 
   HtmlContainer& container_;
   std::map<int, int> measures_;  // the width that is needed, by the width that there is
@@ -127,6 +191,7 @@ litehtml::element::ptr MakeHtmlElement(const std::string& tag,
                                        const std::shared_ptr<litehtml::document>& document,
                                        HtmlContainer& container) {
   if (tag == "td" || tag == "th") return std::make_shared<CellElement>(document, container);
+  if (tag == "font") return std::make_shared<FontElement>(document);
   if (tag == "img") return MakeImage(attributes, document, container);
   if (tag == "a") {
     const auto address = attributes.find("href");

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
+#include <cstdint>
 #include <span>
 #include <unordered_map>
 #include <unordered_set>
@@ -47,6 +49,20 @@ size_t FindAnyCase(std::string_view text, std::string_view what, size_t from) {
     if (g_ascii_strncasecmp(text.data() + from, what.data(), what.size()) == 0) return from;
   }
   return std::string_view::npos;
+}
+
+// The HTML library knows whole points alone, and drops the rest of them: "10.5pt" is "14px" then.
+void WholePixels(std::string& markup) {
+  for (size_t at = 0; (at = markup.find("pt", at)) != std::string::npos; ++at) {
+    const size_t last = markup.find_last_not_of("0123456789.", at == 0 ? 0 : at - 1);
+    const size_t first = last == std::string::npos ? 0 : last + 1;
+    const std::string number = markup.substr(first, std::max(at, first) - first);
+    if (number.size() > 10 || number.find('.') == std::string::npos) continue;
+    const double pixels = std::round(g_ascii_strtod(number.c_str(), nullptr) * 96 / 72);
+    const std::string length = std::to_string(static_cast<int64_t>(pixels)) + "px";
+    markup.replace(first, at + 2 - first, length);
+    at = first + length.size() - 1;
+  }
 }
 
 class HtmlScanner {
@@ -299,6 +315,7 @@ std::string HtmlScanner::takeNames(std::string_view whole) {
   const std::string_view tail = whole.substr(copied);
   std::copy_if(tail.begin(), tail.end(), std::back_inserter(named),
                [](char c) { return c != '\0'; });
+  WholePixels(named);
   return named;
 }
 

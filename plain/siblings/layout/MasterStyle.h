@@ -42,10 +42,10 @@ a[href] { color: #0563c1; text-decoration: underline }
 tt, code, kbd, samp, pre, listing, xmp { font-family: monospace; font-size: 0.8125em }
 pre code, pre tt, pre kbd, pre samp { font-size: 1em }
 pre, listing, xmp { white-space: pre-wrap }
-big { font-size: larger }
-small { font-size: smaller }
-sub { vertical-align: sub; font-size: smaller }
-sup { vertical-align: super; font-size: smaller }
+big { font-size: 1.2em }
+small { font-size: 0.83em }
+sub { display: inline-block; position: relative; top: 0.3em; font-size: 0.75em }
+sup { display: inline-block; position: relative; top: -0.4em; font-size: 0.75em }
 mark { background-color: #ffff00; color: #000000 }
 center { text-align: center }
 nobr { white-space: nowrap }
@@ -56,6 +56,7 @@ fieldset { margin-left: 2px; margin-right: 2px; padding: 6px 12px 10px 12px; bor
 table { display: table; border-collapse: separate; border-spacing: 2px; border-top-color: gray;
   border-left-color: gray; border-bottom-color: black; border-right-color: black; font-size: medium;
   font-weight: normal; font-style: normal; text-align: left; white-space: normal }
+table[border] { border-style: solid }
 tbody { display: table-row-group; vertical-align: middle }
 thead { display: table-header-group; vertical-align: middle }
 tfoot { display: table-footer-group; vertical-align: middle }

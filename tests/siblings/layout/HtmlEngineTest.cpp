@@ -1,0 +1,199 @@
+// What a document of HTML looks like on a page.
+#include "siblings/layout/HtmlEngine.h"
+
+#include <gtest/gtest.h>
+
+#include "siblings/layout/HtmlFixture.h"
+#include "siblings/layout/Pictures.h"
+
+namespace tarn::test {
+namespace {
+
+using namespace tarn::pages;
+
+constexpr Rgb kRed = {220, 20, 20};
+constexpr Rgb kGreen = {0, 128, 0};
+constexpr Rgb kBlue = {0, 0, 255};
+
+using HtmlEngineTest = HtmlFixture;
+
+TEST_F(HtmlEngineTest, NothingIsAnEmptyPage) {
+  const auto layout = layOut("");
+  EXPECT_EQ(layout->pageCount(), 1);
+  EXPECT_EQ(BoxOfInk(DrawPage(*layout, 1)).width(), 0);
+  EXPECT_EQ(layOut("<html><body></body></html>")->pageCount(), 1);
+}
+
+TEST_F(HtmlEngineTest, TextIsTextInAPdf) {
+  EXPECT_EQ(wordsOf("<p>Gr\u00FC\u00DFe &amp; <b>bold</b> <i>words</i><br>of&nbsp;fi\u20AC</p>"),
+            "Gr\u00FC\u00DFe & bold words of fi\u20AC");
+  EXPECT_EQ(wordsOf("<p>\u4F60\u597D \u05E9\u05DC\u05D5\u05DD</p>").substr(0, 6), "\u4F60\u597D");
+}
+
+TEST_F(HtmlEngineTest, OrdinaryTextIsSixteenPixelsHigh) {
+  // A capital of the default font is 0.72 of its size.
+  const PixelBox ink = BoxOfInk(DrawPage(*layOut("<p>HHH</p>"), 1, 96));
+  EXPECT_NEAR(ink.height(), 11.5, 1);
+  EXPECT_NEAR(ink.left, 48 + 1, 1.5);
+}
+
+TEST_F(HtmlEngineTest, SizesOfFonts) {
+  const auto heightOf = [&](const std::string& html) {
+    return BoxOfInk(DrawPage(*layOut(html), 1, 288)).height() / 3.0;
+  };
+  EXPECT_NEAR(heightOf("<p style='font-size:32px'>H</p>"), 23, 1);
+  EXPECT_NEAR(heightOf("<p style='font-size:24pt'>H</p>"), 23, 1);
+  EXPECT_NEAR(heightOf("<font size=6>H</font>"), 23, 1);
+  EXPECT_NEAR(heightOf("<font size='+3'>H</font>"), 23, 1);
+  EXPECT_NEAR(heightOf("<h1>H</h1>"), 23, 1);
+  EXPECT_NEAR(heightOf("<font size=-1>H</font>"), 9.4, 1);
+}
+
+TEST_F(HtmlEngineTest, ColoursOfTextAndGround) {
+  const Bitmap page = DrawPage(
+      *layOut("<div style='background:#008000;color:#008000;width:100px;height:50px'>x</div>"
+              "<p style='color:windowtext'>black</p>"),
+      1);
+  const PixelBox green = BoxOfColour(page, kGreen);
+  EXPECT_NEAR(green.width(), 100, 1);
+  EXPECT_NEAR(green.height(), 50, 1);
+  EXPECT_NEAR(green.left, 48, 1);
+  EXPECT_NEAR(green.top, 48, 1);
+  EXPECT_GT(CountColour(page, {0, 0, 0}, 60), 20);
+}
+
+TEST_F(HtmlEngineTest, TheGroundOfTheBodyIsThatOfThePaper) {
+  const Bitmap page = DrawPage(*layOut("<body bgcolor='#0000ff'><p>x</p></body>"), 1);
+  EXPECT_GT(CountColour(page, kBlue), int64_t{page.width} * page.height * 99 / 100);
+}
+
+TEST_F(HtmlEngineTest, BordersOfBoxesAndOldTables) {
+  const Bitmap box =
+      DrawPage(*layOut("<div style='border:4px solid #0000ff;width:100px;height:50px'></div>"), 1);
+  EXPECT_EQ(BoxOfColour(box, kBlue).width(), 108);
+  EXPECT_EQ(BoxOfColour(box, kBlue).height(), 58);
+  const Bitmap table =
+      DrawPage(*layOut("<table border=1 cellpadding=20><tr><td>a</td></tr></table>"), 1);
+  EXPECT_GT(CountColour(table, {128, 128, 128}, 30), 150);
+  EXPECT_GT(BoxOfInk(table).height(), 55);
+}
+
+TEST_F(HtmlEngineTest, ACellIsAsHighAsItsText) {
+  const Bitmap page = DrawPage(
+      *layOut("<table cellspacing=0><tr><td style='height:10px;width:50px;background:#008000'>"
+              "a<br>b<br>c</td></tr></table>"),
+      1);
+  EXPECT_GT(BoxOfColour(page, kGreen).height(), 50);
+}
+
+TEST_F(HtmlEngineTest, MarkersOfLists) {
+  EXPECT_EQ(wordsOf("<ol><li>a<li>b</ol><ol type=a start=3><li>c</ol>"), "1. a 2. b c. c");
+  const PixelBox disc = BoxOfInk(DrawPage(*layOut("<ul style='font-size:40px'><li></ul>"), 1));
+  EXPECT_GE(disc.width(), 0);
+}
+
+TEST_F(HtmlEngineTest, ImagesOfDataUrls) {
+  for (const std::string& file :
+       {PngOf(40, 30, kRed), JpegOf(40, 30, kRed), WebpOf(40, 30, kRed), BmpOf(40, 30, kRed)}) {
+    for (const char* label : {"image/png", "image", "text/plain", ""}) {
+      const Bitmap page = DrawPage(*layOut("<img src=\"" + DataUrlOf(file, label) + "\">"), 1);
+      EXPECT_NEAR(BoxOfColour(page, kRed).width(), 40, 1) << label;
+      EXPECT_NEAR(BoxOfColour(page, kRed).height(), 30, 1) << label;
+    }
+  }
+}
+
+TEST_F(HtmlEngineTest, ImagesHaveTheSizeThatTheDocumentWants) {
+  const std::string source = DataUrlOf(PngOf(40, 30, kRed));
+  const Bitmap page = DrawPage(*layOut("<img width=80 src=\"" + source + "\">"), 1);
+  EXPECT_NEAR(BoxOfColour(page, kRed).width(), 80, 1);
+  EXPECT_NEAR(BoxOfColour(page, kRed).height(), 60, 1);
+}
+
+TEST_F(HtmlEngineTest, ImagesOfTheFolder) {
+  folder_.files["inline 1.png"] = PngOf(40, 30, kRed);
+  for (const char* source : {"inline 1.png", "./inline 1.png", "inline%201.png"}) {
+    const Bitmap page = DrawPage(*layOut("<img src='" + std::string(source) + "'>"), 1);
+    EXPECT_NEAR(BoxOfColour(page, kRed).width(), 40, 1) << source;
+  }
+}
+
+TEST_F(HtmlEngineTest, ImagesOfTheGround) {
+  const std::string source = DataUrlOf(PngOf(10, 10, kRed));
+  const Bitmap tiled = DrawPage(
+      *layOut("<div style=\"width:95px;height:45px;background:url(" + source + ")\"></div>"), 1);
+  EXPECT_NEAR(BoxOfColour(tiled, kRed).width(), 95, 1);
+  EXPECT_NEAR(BoxOfColour(tiled, kRed).height(), 45, 1);
+  const Bitmap once = DrawPage(*layOut("<div style=\"width:95px;height:45px;background-repeat:"
+                                       "no-repeat;background-image:url(" +
+                                       source + ")\"></div>"),
+                               1);
+  EXPECT_NEAR(BoxOfColour(once, kRed).width(), 10, 1);
+}
+
+TEST_F(HtmlEngineTest, AMissingImageIsItsText) {
+  EXPECT_EQ(wordsOf("<p>a <img src='http://a.example/b.png' alt='a small dog'> b</p>"),
+            "a a small dog b");
+  EXPECT_EQ(wordsOf("<p>a<img src='x.png'>b</p>"), "ab");
+}
+
+TEST_F(HtmlEngineTest, LinksOfTheWebAndMail) {
+  const auto layout = layOut(
+      "<p><a href='https://example.com/a?b=c'>two words</a> <a href='mailto:a@b.example'>mail</a>"
+      "<a href='javascript:x'>no</a><a href='file:///etc/passwd'>no</a><a href='#x'>no</a></p>");
+  EXPECT_EQ(LinksOfPdf(PdfOf(*layout)),
+            (std::vector<std::string>{"https://example.com/a?b=c", "mailto:a@b.example"}));
+}
+
+TEST_F(HtmlEngineTest, CharsetsAndMarks) {
+  EXPECT_EQ(wordsOf("<meta charset=windows-1251><p>\xCF\xF0\xE8"), "\u041F\u0440\u0438");
+  EXPECT_EQ(wordsOf("<p>caf\xE9"), "caf\u00E9");
+  EXPECT_EQ(wordsOf("<p>caf\u00E9"), "caf\u00E9");
+  EXPECT_EQ(wordsOf("+/v<html><p>seven bits"), "seven bits");
+}
+
+TEST_F(HtmlEngineTest, WordsFromRightToLeft) {
+  const PixelBox ink = BoxOfInk(DrawPage(*layOut("<p dir=rtl>\u05E9\u05DC\u05D5\u05DD</p>"), 1));
+  EXPECT_GT(ink.left, 600);
+  // The first word is the last from the left, wherever the line is.
+  const Bitmap page =
+      DrawPage(*layOut("<p><span style='color:#ff0000'>\u05D0\u05D0</span> \u05D1\u05D1</p>"), 1);
+  EXPECT_EQ(BoxOfColour(page, {255, 0, 0}, 40).right, BoxOfInk(page).right);
+}
+
+TEST_F(HtmlEngineTest, APdfSaysWhatItIsTold) {
+  PdfProperties properties;
+  properties.title = "Orders";
+  properties.date = "2024-05-01T12:34:56Z";
+  const std::string pdf = PdfOf(*layOut("<title>No</title><p>a"), {}, properties);
+  EXPECT_EQ(PdfInfo(pdf, "Title"), "Orders");
+  EXPECT_EQ(PdfInfo(pdf, "CreationDate"), "2024-05-01T12:34:56Z");
+  EXPECT_EQ(PdfInfo(PdfOf(*layOut("<title>No</title><p>a")), "Title"), "");
+}
+
+TEST_F(HtmlEngineTest, TheSameDocumentGivesTheSameBytes) {
+  const std::string html = "<p>a <a href='http://b.example'>b</a><img src=\"" +
+                           DataUrlOf(JpegOf(40, 30, kRed)) + "\"> \u4E2D \U0001F600</p>";
+  const std::string first = PdfOf(*layOut(html));
+  layOut("<p style='font-family:serif'>other \u3042</p>");
+  EXPECT_EQ(PdfOf(*layOut(html)), first);
+  EXPECT_EQ(PdfOf(*MakeHtmlEngine()->layOut(DocumentKind::Html, html, Paper::A4, folder_)), first);
+}
+
+TEST_F(HtmlEngineTest, AJpegStaysAsItIsInAPdf) {
+  const std::string jpeg = JpegOf(40, 30, kRed);
+  EXPECT_NE(PdfOf(*layOut("<img src=\"" + DataUrlOf(jpeg) + "\">")).find(jpeg), std::string::npos);
+}
+
+TEST_F(HtmlEngineTest, LettersOfSizePaper) {
+  const auto layout = engine_->layOut(DocumentKind::Html, "<p>a", Paper::Letter, folder_);
+  EXPECT_EQ(layout->pageSize(1).width, 612);
+  EXPECT_EQ(DrawPage(*layout, 1, 96).height, 1056);
+}
+
+TEST_F(HtmlEngineTest, OtherKindsAreRefused) {
+  EXPECT_THROW(engine_->layOut(DocumentKind::Text, "a", Paper::A4, folder_), PageFailure);
+}
+
+}  // namespace
+}  // namespace tarn::test
