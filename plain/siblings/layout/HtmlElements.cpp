@@ -36,14 +36,64 @@ std::optional<int> NumberOf(const litehtml::element& element, const char* attrib
   return static_cast<int>(std::clamp(value, -1'000L, 1'000L));
 }
 
-// The old element for colour, face and size. Sizes are from 1 to 7, or differ from 3 by their sign.
-class FontElement : public litehtml::html_tag {
+// What attributes say that are older than style sheets. Style sheets come after them.
+class OldElement : public litehtml::html_tag {
  public:
-  explicit FontElement(const std::shared_ptr<litehtml::document>& document) : html_tag(document) {}
+  explicit OldElement(const std::shared_ptr<litehtml::document>& document) : html_tag(document) {}
+
+ protected:
+  // Nothing, without a value.
+  void set(const char* property, const char* value) {
+    if (value != nullptr) m_style.add_property(property, value, nullptr, false, this);
+  }
+  void setFrom(const char* property, const char* attribute) {
+    set(property, get_attr(attribute, nullptr));
+  }
+};
+
+class BodyElement : public OldElement {
+ public:
+  using OldElement::OldElement;
+
+  bool is_body() const override { return true; }
 
   void parse_attributes() override {
-    set("color", get_attr("color", nullptr));
-    set("font-family", get_attr("face", nullptr));
+    setFrom("background-color", "bgcolor");
+    setFrom("color", "text");
+    OldElement::parse_attributes();
+  }
+};
+
+// A list: small letters and capitals differ in its type.
+class ListElement : public OldElement {
+ public:
+  using OldElement::OldElement;
+
+  void parse_attributes() override {
+    constexpr std::array<std::array<const char*, 2>, 8> kTypes = {{{"1", "decimal"},
+                                                                   {"a", "lower-alpha"},
+                                                                   {"A", "upper-alpha"},
+                                                                   {"i", "lower-roman"},
+                                                                   {"I", "upper-roman"},
+                                                                   {"disc", "disc"},
+                                                                   {"circle", "circle"},
+                                                                   {"square", "square"}}};
+    const std::string_view type = get_attr("type", "");
+    for (const auto& [name, style] : kTypes) {
+      if (type == name) set("list-style-type", style);
+    }
+    OldElement::parse_attributes();
+  }
+};
+
+// The old element for colour, face and size. Sizes are from 1 to 7, or differ from 3 by their sign.
+class FontElement : public OldElement {
+ public:
+  using OldElement::OldElement;
+
+  void parse_attributes() override {
+    setFrom("color", "color");
+    setFrom("font-family", "face");
     if (const std::optional<int> size = NumberOf(*this, "size")) {
       constexpr std::array<const char*, 7> kSizes = {"10px", "13px", "16px", "18px",
                                                      "24px", "32px", "48px"};
@@ -52,14 +102,7 @@ class FontElement : public litehtml::html_tag {
       const int number = std::clamp(relative ? 3 + *size : *size, 1, 7);
       set("font-size", kSizes[static_cast<size_t>(number - 1)]);
     }
-    html_tag::parse_attributes();
-  }
-
- private:
-  void set(const char* property, const char* value) {
-    if (value != nullptr) {
-      m_style.add_property(property, value, nullptr, false, this);
-    }
+    OldElement::parse_attributes();
   }
 };
 
@@ -129,7 +172,7 @@ class CellElement : public litehtml::el_td {
   // A cell is at least as high as it is told to be, and as high as what is in it.
   void parse_styles(bool is_reparse) override {
     el_td::parse_styles(is_reparse);
-    if (m_css_height.is_predefined() || !m_css_min_height.is_predefined()) return;
+    if (m_css_height.is_predefined() || m_css_min_height.val() != 0) return;
     m_css_min_height = m_css_height;
     m_css_height.predef(0);
   }
@@ -191,6 +234,8 @@ litehtml::element::ptr MakeHtmlElement(const std::string& tag,
                                        const std::shared_ptr<litehtml::document>& document,
                                        HtmlContainer& container) {
   if (tag == "td" || tag == "th") return std::make_shared<CellElement>(document, container);
+  if (tag == "body") return std::make_shared<BodyElement>(document);
+  if (tag == "ol" || tag == "ul") return std::make_shared<ListElement>(document);
   if (tag == "font") return std::make_shared<FontElement>(document);
   if (tag == "img") return MakeImage(attributes, document, container);
   if (tag == "a") {

@@ -1,5 +1,5 @@
 // HtmlElements.h - the elements that are more here than the HTML library makes of them: links,
-// cells of tables, fonts of old, and images that are not there.
+// cells of tables, old attributes, and images that are not there.
 #ifndef TARN_SIBLINGS_LAYOUT_HTMLELEMENTS_H
 #define TARN_SIBLINGS_LAYOUT_HTMLELEMENTS_H
 

@@ -114,6 +114,7 @@ class HtmlScanner {
   std::string styles_;  // of all style elements
   size_t selectors_ = 0;
   size_t textBytes_ = 0;
+  size_t nesting_ = 0;     // how deep paragraphs and items were, added up
   bool bodySeen_ = false;  // text outside of tables
 };
 
@@ -224,6 +225,8 @@ void HtmlScanner::takeStart(const HtmlTag& tag, std::string_view whole) {
     closeParts(std::array<std::string_view, 4>{"tbody", "thead", "tfoot", "colgroup"});
   }
   if (IsAmong(name, kVoid) || IsAmong(name, kSelfClosing)) {
+    nesting_ += open_.size();
+    if (nesting_ > kMostNesting && IsAmong(name, kSelfClosing)) return;
     countElement(formatting_);
     return emitTag(whole);
   }
@@ -299,11 +302,13 @@ std::string HtmlScanner::takeNames(std::string_view whole) {
   constexpr std::string_view kScheme = "data:";
   size_t copied = 0;
   for (size_t at = 0; (at = FindAnyCase(whole, kScheme, at)) != std::string_view::npos;) {
-    if (at == 0 || std::string_view("\"'(= \t\r\n").find(whole[at - 1]) == std::string_view::npos) {
+    const size_t last = at == 0 ? at : whole.find_last_not_of(" \t\r\n", at - 1);
+    if (at == 0 || last == std::string_view::npos ||
+        std::string_view("\"'(=").find(whole[last]) == std::string_view::npos) {
       at += kScheme.size();
       continue;
     }
-    const char before = whole[at - 1];
+    const char before = whole[last];
     const bool quoted = before == '"' || before == '\'';
     const size_t end =
         std::min(whole.find_first_of(quoted ? "\"')" : "\"')> \t\r\n", at), whole.size());

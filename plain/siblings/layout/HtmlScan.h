@@ -23,8 +23,11 @@ struct ScannedHtml {
 inline constexpr std::string_view kDataName = "tarn-data:";
 
 // Elements, and tables, that are nested deeper are flattened.
-inline constexpr size_t kMostNested = 250;
+inline constexpr size_t kMostNested = 200;
 inline constexpr size_t kMostNestedTables = 30;
+// Paragraphs and items of lists times the elements that each is in; beyond it they are flattened
+// too.
+inline constexpr size_t kMostNesting = 1'000'000;
 // Elements of style that are open at once.
 inline constexpr size_t kMostFormatting = 60;
 // More is refused with Trouble::TooLarge: elements, those that a parser repeats for style among

@@ -21,12 +21,11 @@ ul, ol, menu, dir { padding-left: 40px }
 ul ul, ul ol, ol ul, ol ol { margin-top: 0; margin-bottom: 0 }
 ul, menu, dir { list-style-type: disc }
 ol { list-style-type: decimal }
-ol[type="a"] { list-style-type: lower-alpha }
-ol[type="A"] { list-style-type: upper-alpha }
-ol[type="i"] { list-style-type: lower-roman }
-ol[type="I"] { list-style-type: upper-roman }
 ul ul { list-style-type: circle }
 ul ul ul { list-style-type: square }
+ul ul ul ul ul ul, ol ol ol ol ol ol { padding-left: 4px }
+blockquote blockquote blockquote blockquote blockquote blockquote { margin-left: 4px;
+  margin-right: 0 }
 li { display: list-item }
 h1 { font-size: 2em; font-weight: bold; margin-top: 0.67em; margin-bottom: 0.67em }
 h2 { font-size: 1.5em; font-weight: bold; margin-top: 0.83em; margin-bottom: 0.83em }

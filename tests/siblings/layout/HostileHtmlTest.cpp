@@ -64,9 +64,12 @@ TEST_F(HostileHtmlTest, EndlessSizes) {
 }
 
 TEST_F(HostileHtmlTest, HugeSpansOfCells) {
-  EXPECT_EQ(wordsOf("<table><tr><td colspan=1000000000 rowspan=1000000000>a</td></tr>"
-                    "<tr><td colspan=-1>b</td><td colspan=x>c</td></tr></table>"),
-            "a b c");
+  const std::string words = wordsOf(
+      "<table><tr><td colspan=1000000000 rowspan=1000000000>one</td></tr>"
+      "<tr><td colspan=-1>two</td><td colspan=x>three</td></tr></table>");
+  for (const char* word : {"one", "two", "three"}) {
+    EXPECT_NE(words.find(word), std::string::npos) << words;
+  }
   const auto layout = layOut("<table>" + repeated("<tr><td colspan=10000>a</td></tr>", 500));
   EXPECT_GT(layout->pageCount(), 1);
 }

@@ -92,7 +92,7 @@ TEST_F(HtmlPagesTest, AWideTableIsMadeSmaller) {
 
 TEST_F(HtmlPagesTest, AWideTableIsNotMadeTiny) {
   // At a third of its size a letter H is about 4 pixels high.
-  const auto layout = layOut("<table width=9000><tr><td>HHH</td></tr></table>");
+  const auto layout = layOut("<table width=9000 bgcolor='#fefefe'><tr><td>HHH</td></tr></table>");
   EXPECT_NEAR(BoxOfInk(DrawPage(*layout, 1, 288)).height() / 3.0, 4, 0.7);
 }
 

@@ -77,7 +77,7 @@ TEST(HtmlScan, DataUrlsAreNamed) {
 TEST(HtmlScan, TheMarkOf7BitContentIsNotShown) {
   EXPECT_EQ(Scanned("+/v<p>a"), "<p>a");
   EXPECT_EQ(Scanned("<html><table><tr><td>From</td></tr></table>\r\n+/v<html>a"),
-            "<html><table><tr><td>From</td></tr></table>\r\n<html>a");
+            "<html><table><tr><td>From</td></tr></table><html>a");
   EXPECT_EQ(Scanned("<p>a</p>+/v"), "<p>a</p>+/v");
 }
 
