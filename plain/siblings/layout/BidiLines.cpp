@@ -36,13 +36,22 @@ bool FollowsOnLine(const PaintedText& before, const PaintedText& next) {
          std::abs(next.box.left - before.box.right()) < kGap;
 }
 
-void OrderLine(const std::vector<PaintedText*>& line) {
+// Puts the words in their order where they end and begin, not where whole pixels do. A line keeps
+// its length.
+void ArrangeLine(const std::vector<PaintedText*>& line) {
   std::vector<WordDirection> words;
-  for (const PaintedText* text : line) words.push_back(DirectionOf(*text->word));
-  if (std::count(words.begin(), words.end(), WordDirection::RightToLeft) == 0) return;
+  double exact = 0;
+  double room = 0;
+  for (const PaintedText* text : line) {
+    words.push_back(DirectionOf(*text->word));
+    exact += text->word->width;
+    room += text->box.width;
+  }
+  if (exact <= 0) return;
   double left = line.front()->box.left;
   for (const size_t index : VisualOrder(std::move(words))) {
     line[index]->box.left = left;
+    line[index]->box.width = line[index]->word->width * room / exact;
     left += line[index]->box.width;
   }
 }
@@ -71,18 +80,18 @@ std::vector<size_t> VisualOrder(std::vector<WordDirection> words) {
   return order;
 }
 
-void OrderBidiLines(DisplayList& list) {
+void ArrangeWords(DisplayList& list) {
   std::vector<PaintedText*> line;
   for (Painted& item : list.items) {
     auto* text = std::get_if<PaintedText>(&item);
     if (text == nullptr) continue;
     if (!line.empty() && !FollowsOnLine(*line.back(), *text)) {
-      OrderLine(line);
+      ArrangeLine(line);
       line.clear();
     }
     line.push_back(text);
   }
-  if (!line.empty()) OrderLine(line);
+  if (!line.empty()) ArrangeLine(line);
 }
 
 }  // namespace tarn::pages

@@ -164,7 +164,7 @@ std::unique_ptr<Layout> HtmlEngine::layOutHtml(const std::string& bytes, const P
     list = Record(*document, container, static_cast<int>(wider));
     scale *= width / wider;
   }
-  OrderBidiLines(list);
+  ArrangeWords(list);
   return std::make_unique<HtmlLayout>(sheet, scale, std::move(list), container.takeFonts(),
                                       std::move(pictures));
 }

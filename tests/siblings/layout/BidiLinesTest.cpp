@@ -37,5 +37,29 @@ TEST(BidiLines, NeutralWordsAtAnEdgeBelongToTheLine) {
   EXPECT_EQ(Order("lrn"), "012");
 }
 
+// A word of that exact width, in a box of whole pixels.
+PaintedText Word(const ShapedWord& word, double left, double width, double baseline) {
+  PaintedText text;
+  text.word = &word;
+  text.box = {left, baseline - 10, width, 12};
+  text.baseline = baseline;
+  return text;
+}
+
+TEST(BidiLines, WordsOfALineShareItsRoomByTheirWidths) {
+  ShapedWord narrow;
+  narrow.width = 2.5;
+  ShapedWord wide;
+  wide.width = 7.5;
+  DisplayList list;
+  list.items = {Word(narrow, 100, 3, 50), Word(wide, 103, 8, 50), Word(wide, 100, 8, 70)};
+  ArrangeWords(list);
+  EXPECT_DOUBLE_EQ(BoxOf(list.items[0])->left, 100);
+  EXPECT_DOUBLE_EQ(BoxOf(list.items[0])->width, 2.75);
+  EXPECT_DOUBLE_EQ(BoxOf(list.items[1])->left, 102.75);
+  EXPECT_DOUBLE_EQ(BoxOf(list.items[1])->right(), 111);
+  EXPECT_DOUBLE_EQ(BoxOf(list.items[2])->left, 100);
+}
+
 }  // namespace
 }  // namespace tarn::test
