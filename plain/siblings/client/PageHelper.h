@@ -4,7 +4,9 @@
 // when it has died or was stopped for taking too long, and ends with this process. It is kept
 // apart: it has no network, and of the files nothing but programs, libraries and fonts, to read.
 // What it asks for of the document's folder is opened here, by plain names and without following
-// links.
+// links. Nothing it answers is believed unseen: a document may have taken it over.
+//
+// A helper also ends with the thread that started it; the next call then starts another.
 #ifndef TARN_SIBLINGS_CLIENT_PAGEHELPER_H
 #define TARN_SIBLINGS_CLIENT_PAGEHELPER_H
 
@@ -15,23 +17,40 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "siblings/Pages.h"
 
 namespace tarn::pages {
 
 struct HelperLimits {
+  // For its layout, for each drawn page, and for each PDF; what callbacks take does not count.
   std::chrono::milliseconds timePerDocument = std::chrono::seconds(60);
   uint64_t memory = uint64_t{1} << 30;
+};
+
+// What keeps a helper apart from the rest of the machine.
+enum class Wall : uint8_t {
+  // bubblewrap: it sees no other files, no other processes, no network; then SystemCalls as well.
+  Namespaces,
+  // A filter of system calls: no network, no programs, no signals to others, no writing of files.
+  // Other files cannot be opened where the system has Landlock. Where it has not, a helper for HTML
+  // and text could read files, and give them to nobody but its document's own pages;
+  // tarnmail-office,
+  // which has to write, is refused.
+  SystemCalls
 };
 
 struct HelperOptions {
   std::filesystem::path programs;  // the folder with tarnmail-pages and tarnmail-office
   HelperLimits limits;
   bool sandbox = true;  // false: without isolation, for a machine that has none
+  // The first that the machine allows is used.
+  std::vector<Wall> walls = {Wall::Namespaces, Wall::SystemCalls};
 };
 
-// Called with per cent from time to time; false stops.
+// Called with per cent from time to time; false stops. What it throws ends the helper and comes
+// out.
 using ProgressCall = std::function<bool(int)>;
 
 struct DocumentOnPaper {

@@ -1,0 +1,125 @@
+#include "Conversation.h"
+
+#include <poll.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+namespace tarn::pages {
+namespace {
+
+using std::chrono::milliseconds;
+
+// How often a helper's memory is looked at while it is busy.
+constexpr milliseconds kBetweenLooks(20);
+// For a helper whose end of the channel is closed: it is about to end.
+constexpr milliseconds kPatienceAtEnd(1'000);
+
+}  // namespace
+
+std::string OneLine(std::string_view text) {
+  constexpr size_t kMost = 300;
+  std::string line(text.substr(0, kMost));
+  for (char& c : line) {
+    if (c < 0x20 || c > 0x7E) c = '?';
+  }
+  return line;
+}
+
+void ThrowNonsense(const std::string& helper) {
+  throw PageFailure(Trouble::HelperDied, helper + " gave an answer that makes no sense");
+}
+
+Conversation::Conversation(HelperProcess& process, std::string helper, const HelperLimits& limits)
+    : process_(process),
+      helper_(std::move(helper)),
+      limits_(limits),
+      deadline_(Clock::now() + limits.timePerDocument) {}
+
+void Conversation::send(const std::string& message, int file) {
+  if (!process_.channel().send(message, file)) throwDied();
+}
+
+std::string Conversation::waitFor(MessageKind wanted) {
+  std::string message;
+  for (;;) {
+    waitForMessage();
+    const Heard heard = process_.channel().receive(message);
+    if (heard == Heard::End) throwDied();
+    if (heard == Heard::Nonsense) throwNonsense();
+    if (IsOfKind(message, wanted)) return message;
+    if (IsOfKind(message, MessageKind::FileRequest)) {
+      answerFileRequest(message);
+    } else if (IsOfKind(message, MessageKind::ProgressReport)) {
+      answerProgress(message);
+    } else if (IsOfKind(message, MessageKind::Failed)) {
+      throwFailed(message);
+    } else {
+      throwNonsense();
+    }
+  }
+}
+
+void Conversation::waitForMessage() {
+  for (;;) {
+    const auto left = std::chrono::ceil<milliseconds>(deadline_ - Clock::now());
+    if (left <= milliseconds(0)) {
+      throw PageFailure(Trouble::TooLong, "the document takes longer than " +
+                                              std::to_string(limits_.timePerDocument.count()) +
+                                              " ms");
+    }
+    pollfd entry = {process_.channel().descriptor(), POLLIN, 0};
+    const int ready = poll(&entry, 1, static_cast<int>(std::min(left, kBetweenLooks).count()));
+    if (ready > 0) return;
+    lookAtMemory();
+  }
+}
+
+void Conversation::lookAtMemory() const {
+  if (process_.memoryNow() <= limits_.memory) return;
+  throw PageFailure(Trouble::TooLarge, "the document takes more memory than " +
+                                           std::to_string(limits_.memory >> 20) + " MB");
+}
+
+void Conversation::answerFileRequest(const std::string& message) {
+  FileRequest request;
+  if (!Decode(message, request)) throwNonsense();
+  std::optional<CopiedFile> copy;
+  if (files_ != nullptr) copy = files_->copyOf(request.name);
+  if (copy) {
+    send(Encode(FileAnswer{true, copy->size}), copy->file.get());
+  } else {
+    send(Encode(FileAnswer{}), -1);
+  }
+}
+
+void Conversation::answerProgress(const std::string& message) {
+  ProgressReport report;
+  if (!Decode(message, report) || progress_ == nullptr || !*progress_ || report.percent < 0 ||
+      report.percent > 100) {
+    throwNonsense();
+  }
+  const Clock::time_point before = Clock::now();
+  if (!(*progress_)(report.percent)) isStopped_ = true;
+  deadline_ += Clock::now() - before;
+  send(Encode(ProgressAnswer{!isStopped_}), -1);
+}
+
+void Conversation::throwFailed(const std::string& message) const {
+  Failed failed;
+  if (!Decode(message, failed)) throwNonsense();
+  if (isStopped_) throwStopped();
+  throw HelperRefusal(failed.trouble, OneLine(failed.line));
+}
+
+void Conversation::throwStopped() const { throw HelperRefusal(Trouble::Stopped, "stopped"); }
+
+void Conversation::throwDied() const {
+  const Ending ending = process_.end(kPatienceAtEnd);
+  throw PageFailure(Trouble::HelperDied, helper_ + " " +
+                                             (ending.how.empty() ? "ended" : ending.how) +
+                                             " in the middle of the document");
+}
+
+}  // namespace tarn::pages

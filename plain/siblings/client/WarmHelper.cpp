@@ -1,0 +1,100 @@
+#include "WarmHelper.h"
+
+#include <poll.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <utility>
+
+#include "Protocol.h"
+
+namespace tarn::pages {
+namespace {
+
+// Whatever limit documents have.
+constexpr std::chrono::milliseconds kTimeToStart(30'000);
+constexpr std::chrono::milliseconds kPatienceAtEnd(1'000);
+
+bool BecomesReadable(int descriptor, std::chrono::milliseconds limit) {
+  pollfd entry = {descriptor, POLLIN, 0};
+  int ready = 0;
+  do {
+    ready = poll(&entry, 1, static_cast<int>(limit.count()));
+  } while (ready < 0 && errno == EINTR);
+  return ready > 0;
+}
+
+}  // namespace
+
+WarmHelper::WarmHelper(const HelperOptions& options, const char* name)
+    : options_(options), name_(name), walls_(options.walls) {}
+
+void WarmHelper::makeReady() {
+  if (isRunning() && process_->memoryNow() <= options_.limits.memory / 2) return;
+  process_.reset();
+  const std::filesystem::path program = options_.programs / name_;
+  if (access(program.c_str(), X_OK) != 0) {
+    throw PageFailure(Trouble::NotInstalled, "there is no program " + program.string());
+  }
+  try {
+    startBehindSomeWall();
+  } catch (const std::system_error& error) {
+    process_.reset();
+    throw PageFailure(Trouble::HelperDied, name_ + " cannot start: " + error.what());
+  } catch (...) {
+    process_.reset();
+    throw;
+  }
+}
+
+void WarmHelper::startBehindSomeWall() {
+  std::string whyNot;
+  if (!options_.sandbox) {
+    if (!start(HelperWall::None, whyNot)) throw PageFailure(Trouble::NoSandbox, whyNot);
+    return;
+  }
+  while (!walls_.empty()) {
+    const bool isFirst = walls_.front() == Wall::Namespaces;
+    if (start(isFirst ? HelperWall::Namespaces : HelperWall::SystemCalls, whyNot)) return;
+    walls_.erase(walls_.begin());
+  }
+  const std::string reason = whyNot.empty() ? "" : " (" + whyNot + ")";
+  throw PageFailure(Trouble::NoSandbox, name_ + " cannot be kept apart on this machine" + reason +
+                                            "; --no-sandbox does without");
+}
+
+bool WarmHelper::start(HelperWall wall, std::string& whyNot) {
+  if (wall == HelperWall::Namespaces && !FindBubblewrap()) {
+    whyNot = "there is no bwrap";
+    return false;
+  }
+  process_ = std::make_unique<HelperProcess>(std::filesystem::absolute(options_.programs / name_),
+                                             wall, options_.limits.memory);
+  if (!BecomesReadable(process_->channel().descriptor(), kTimeToStart)) {
+    throw PageFailure(Trouble::TooLong, name_ + " does not start");
+  }
+  const bool isReady = readFirstMessage(wall, whyNot);
+  if (!isReady) process_.reset();
+  return isReady;
+}
+
+bool WarmHelper::readFirstMessage(HelperWall wall, std::string& whyNot) {
+  std::string message;
+  if (process_->receiveFirst(message) == Heard::Message) {
+    Ready ready;
+    if (Decode(message, ready)) return true;
+    Failed failed;
+    if (!Decode(message, failed)) ThrowNonsense(name_);
+    whyNot = OneLine(failed.line);
+    if (failed.trouble == Trouble::NoSandbox) return false;
+    throw PageFailure(failed.trouble, whyNot);
+  }
+  const Ending ending = process_->end(kPatienceAtEnd);
+  whyNot = OneLine(process_->lastWords());
+  if (wall == HelperWall::Namespaces && ending.exitStatus == kNoNamespacesStatus) return false;
+  throw PageFailure(Trouble::NotInstalled,
+                    name_ + " cannot start: " + (whyNot.empty() ? ending.how : whyNot));
+}
+
+}  // namespace tarn::pages

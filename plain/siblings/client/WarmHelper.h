@@ -1,0 +1,60 @@
+// WarmHelper.h - one of the two helper programs: started when it is needed, behind the first wall
+// that the machine allows, kept while it is well, and ended when it is not.
+#ifndef TARN_SIBLINGS_CLIENT_WARMHELPER_H
+#define TARN_SIBLINGS_CLIENT_WARMHELPER_H
+
+#include <memory>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include "Conversation.h"
+#include "HelperProcess.h"
+#include "PageHelper.h"
+
+namespace tarn::pages {
+
+class WarmHelper {
+ public:
+  // `name` is the program's.
+  WarmHelper(const HelperOptions& options, const char* name);
+
+  // Starts it unless it runs. One that ended since the last document, or has kept much memory from
+  // it, is replaced. Throws PageFailure.
+  void makeReady();
+
+  bool isRunning() const { return process_ != nullptr && !process_->isGone(); }
+
+  // Runs work(conversation). The helper outlives its refusals, and ends with anything else that is
+  // thrown; what comes out is PageFailure, or what callbacks throw.
+  template <class Work>
+  auto converse(const Work& work) {
+    try {
+      Conversation conversation(*process_, name_, options_.limits);
+      return work(conversation);
+    } catch (const HelperRefusal&) {
+      throw;
+    } catch (const std::system_error& error) {
+      process_.reset();
+      throw PageFailure(Trouble::HelperDied, name_ + ": " + error.what());
+    } catch (...) {
+      process_.reset();
+      throw;
+    }
+  }
+
+ private:
+  // Starts it behind the wall. False, with the reason, when the machine does not allow that.
+  bool start(HelperWall wall, std::string& whyNot);
+  bool readFirstMessage(HelperWall wall, std::string& whyNot);
+  void startBehindSomeWall();
+
+  const HelperOptions& options_;
+  const std::string name_;
+  std::vector<Wall> walls_;  // without those that the machine has been seen not to allow
+  std::unique_ptr<HelperProcess> process_;
+};
+
+}  // namespace tarn::pages
+
+#endif

@@ -1,0 +1,42 @@
+// tarnmail-pages: lays out HTML and text. Each engine is made for its first document.
+#include <unistd.h>
+
+#include <memory>
+
+#include "HelperMain.h"
+#include "siblings/layout/HtmlEngine.h"
+#include "siblings/layout/TextEngine.h"
+
+namespace {
+
+using namespace tarn::pages;
+
+class Engines {
+ public:
+  Engine& forKind(DocumentKind kind) {
+    if (kind == DocumentKind::Html) return made(html_, MakeHtmlEngine);
+    if (kind == DocumentKind::Text) return made(text_, MakeTextEngine);
+    throw PageFailure(Trouble::BadDocument, "RTF is not laid out here");
+  }
+
+ private:
+  static Engine& made(std::unique_ptr<Engine>& engine, std::unique_ptr<Engine> (*make)()) {
+    if (engine == nullptr) engine = make();
+    return *engine;
+  }
+
+  std::unique_ptr<Engine> html_;
+  std::unique_ptr<Engine> text_;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  Engines engines;
+  const HelperTrade trade = {Files::ReadOnly, [&engines](const std::filesystem::path&) {
+                               return [&engines](DocumentKind kind) -> Engine& {
+                                 return engines.forKind(kind);
+                               };
+                             }};
+  _exit(RunHelper(argc, argv, trade));
+}
