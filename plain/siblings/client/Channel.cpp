@@ -18,24 +18,6 @@ union ControlRoom {
   char bytes[CMSG_SPACE(sizeof(Payload))];
 };
 
-Heard Receive(int socket, std::string& message, char* control, size_t controlSize, msghdr& header) {
-  message.resize(kMaxMessage);
-  iovec part = {message.data(), message.size()};
-  header = {};
-  header.msg_iov = &part;
-  header.msg_iovlen = 1;
-  header.msg_control = control;
-  header.msg_controllen = controlSize;
-  ssize_t got = 0;
-  do {
-    got = recvmsg(socket, &header, MSG_CMSG_CLOEXEC);
-  } while (got < 0 && errno == EINTR);
-  message.resize(got > 0 ? static_cast<size_t>(got) : 0);
-  // A message of no bytes is none of ours.
-  if (got <= 0) return Heard::End;
-  return (header.msg_flags & MSG_TRUNC) != 0 ? Heard::Nonsense : Heard::Message;
-}
-
 // The payload of the control record of that type, if it came.
 template <class Payload>
 bool FindControl(msghdr& header, int type, Payload& payload) {
@@ -80,15 +62,33 @@ bool Channel::send(std::string_view message, int file) {
   return sent == static_cast<ssize_t>(message.size());
 }
 
+Heard Channel::receive(std::string& message, std::span<char> control, msghdr& header) {
+  room_.resize(kMaxMessage);
+  iovec part = {room_.data(), room_.size()};
+  header = {};
+  header.msg_iov = &part;
+  header.msg_iovlen = 1;
+  header.msg_control = control.empty() ? nullptr : control.data();
+  header.msg_controllen = control.size();
+  ssize_t got = 0;
+  do {
+    got = recvmsg(socket_.get(), &header, MSG_CMSG_CLOEXEC);
+  } while (got < 0 && errno == EINTR);
+  // A message of no bytes is none of ours.
+  if (got <= 0) return Heard::End;
+  message.assign(room_.data(), static_cast<size_t>(got));
+  return (header.msg_flags & MSG_TRUNC) != 0 ? Heard::Nonsense : Heard::Message;
+}
+
 Heard Channel::receive(std::string& message) {
   msghdr header;
-  return Receive(socket_.get(), message, nullptr, 0, header);
+  return receive(message, {}, header);
 }
 
 Heard Channel::receive(std::string& message, Descriptor& file) {
   msghdr header;
   ControlRoom<int> control = {};
-  const Heard heard = Receive(socket_.get(), message, control.bytes, sizeof control.bytes, header);
+  const Heard heard = receive(message, control.bytes, header);
   int number = kNoFile;
   file = FindControl(header, SCM_RIGHTS, number) ? Descriptor(number) : Descriptor();
   return heard;
@@ -97,7 +97,7 @@ Heard Channel::receive(std::string& message, Descriptor& file) {
 Heard Channel::receiveFrom(std::string& message, pid_t& sender) {
   msghdr header;
   ControlRoom<ucred> control = {};
-  const Heard heard = Receive(socket_.get(), message, control.bytes, sizeof control.bytes, header);
+  const Heard heard = receive(message, control.bytes, header);
   ucred who = {};
   sender = FindControl(header, SCM_CREDENTIALS, who) ? who.pid : 0;
   return heard;

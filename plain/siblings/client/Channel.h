@@ -3,11 +3,14 @@
 #ifndef TARN_SIBLINGS_CLIENT_CHANNEL_H
 #define TARN_SIBLINGS_CLIENT_CHANNEL_H
 
+#include <sys/socket.h>
 #include <sys/types.h>
 
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "Descriptor.h"
 
@@ -45,7 +48,11 @@ class Channel {
 
  private:
   static constexpr int kNoFile = -1;
+
+  Heard receive(std::string& message, std::span<char> control, msghdr& header);
+
   Descriptor socket_;
+  std::vector<char> room_;  // for a message of any size, from the first on
 };
 
 }  // namespace tarn::pages

@@ -194,7 +194,7 @@ void AllowForItself(Filter& filter) {
   filter.allowIf(SCMP_SYS(prlimit64), {Is(0, 0), Is(2, 0)});
   filter.allowIf(SCMP_SYS(prctl), {Is(0, PR_SET_NAME)});
   filter.allowIf(SCMP_SYS(prctl), {Is(0, PR_GET_NAME)});
-  for (const uint64_t command : {TCGETS, FIONREAD, FIONBIO}) {
+  for (const uint64_t command : {uint64_t{TCGETS}, uint64_t{FIONREAD}, uint64_t{FIONBIO}}) {
     filter.allowIf(SCMP_SYS(ioctl), {Is(1, command)});
   }
   for (const int command : kFileCommands) {
@@ -227,7 +227,7 @@ void LimitMemory(uint64_t bytes) {
   (void)std::signal(SIGXFSZ, SIG_IGN);
   Limit(RLIMIT_CORE, 0);
   Limit(RLIMIT_FSIZE, bytes);
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+#ifndef TARN_PAGES_SANITIZED
   // Sanitizers take terabytes of addresses for themselves.
   Limit(RLIMIT_DATA, bytes + bytes / 4);
 #endif

@@ -16,10 +16,8 @@
 namespace tarn::test {
 
 // Without sanitizers, which take memory as they like.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef TARN_PAGES_SANITIZED
 inline constexpr bool kIsSanitized = true;
-#elif defined(__has_feature)
-inline constexpr bool kIsSanitized = __has_feature(address_sanitizer);
 #else
 inline constexpr bool kIsSanitized = false;
 #endif
