@@ -77,7 +77,10 @@ void Conversation::waitForMessage() {
 }
 
 void Conversation::lookAtMemory() const {
-  if (process_.memoryNow() <= limits_.memory) return;
+  if (process_.memoryNow() > limits_.memory) throwTooLarge();
+}
+
+void Conversation::throwTooLarge() const {
   throw PageFailure(Trouble::TooLarge, "the document takes more memory than " +
                                            std::to_string(limits_.memory >> 20) + " MB");
 }
@@ -88,6 +91,9 @@ void Conversation::answerFileRequest(const std::string& message) {
   std::optional<CopiedFile> copy;
   if (files_ != nullptr) copy = files_->copyOf(request.name);
   if (copy) {
+    // A helper can keep all of them.
+    given_ += copy->size;
+    if (given_ > limits_.memory) throwTooLarge();
     send(Encode(FileAnswer{true, copy->size}), copy->file.get());
   } else {
     send(Encode(FileAnswer{}), -1);

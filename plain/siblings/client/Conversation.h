@@ -60,6 +60,7 @@ class Conversation {
   void lookAtMemory() const;
   [[noreturn]] void throwFailed(const std::string& message) const;
   [[noreturn]] void throwStopped() const;
+  [[noreturn]] void throwTooLarge() const;
   [[noreturn]] void throwDied() const;
 
   HelperProcess& process_;
@@ -68,6 +69,7 @@ class Conversation {
   Clock::time_point deadline_;
   const FolderFiles* files_ = nullptr;
   const ProgressCall* progress_ = nullptr;
+  uint64_t given_ = 0;  // bytes of the folder's files
   bool isStopped_ = false;
 };
 

@@ -15,6 +15,9 @@ namespace {
   throw std::system_error(errno, std::generic_category(), what);
 }
 
+// Four pages of A4 at 96 dpi.
+constexpr uint64_t kKeptRoom = uint64_t{16} << 20;
+
 void Seal(const Descriptor& file) {
   constexpr int kSeals = F_SEAL_WRITE | F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_SEAL;
   if (fcntl(file.get(), F_ADD_SEALS, kSeals) != 0) Refuse("seals");
@@ -77,6 +80,19 @@ std::optional<uint64_t> SizeOf(int file) {
   struct stat status = {};
   if (fstat(file, &status) != 0 || status.st_size < 0) return std::nullopt;
   return static_cast<uint64_t>(status.st_size);
+}
+
+int AnswerRoom::ready() {
+  if (!file_) file_ = MakeMemoryFile();
+  if (size() > kKeptRoom && ftruncate(file_.get(), 0) != 0) Refuse("ftruncate");
+  if (lseek(file_.get(), 0, SEEK_SET) != 0) Refuse("lseek");
+  return file_.get();
+}
+
+bool AnswerRoom::take(std::span<uint8_t> bytes) {
+  const bool isWhole = ReadAll(file_.get(), bytes);
+  if (bytes.size() > kKeptRoom && ftruncate(file_.get(), 0) != 0) Refuse("ftruncate");
+  return isWhole;
 }
 
 }  // namespace tarn::pages

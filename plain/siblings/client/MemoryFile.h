@@ -32,6 +32,23 @@ bool WriteAll(int file, std::string_view bytes);
 
 std::optional<uint64_t> SizeOf(int file);
 
+// A memory file that takes one answer after the other: pages of memory are dear to get and to give
+// back.
+class AnswerRoom {
+ public:
+  // For the next answer, to be written from the start. What it holds may be of answers before.
+  int ready();
+
+  uint64_t size() const { return SizeOf(file_.get()).value_or(0); }
+
+  // Fills `bytes` from its start; false when it has less. Gives memory back that is more than
+  // answers commonly need.
+  bool take(std::span<uint8_t> bytes);
+
+ private:
+  Descriptor file_;
+};
+
 }  // namespace tarn::pages
 
 #endif

@@ -44,21 +44,21 @@ PageRange InDocument(const LaidOut& laidOut, PageRange range) {
 }
 
 // The bitmap that a helper says it has put into the room.
-bool TakeBitmap(const DrawnAnswer& drawn, const Descriptor& room, Bitmap& bitmap) {
+bool TakeBitmap(const DrawnAnswer& drawn, AnswerRoom& room, Bitmap& bitmap) {
   if (drawn.width < 1 || drawn.height < 1) return false;
   const auto width = static_cast<uint64_t>(drawn.width);
   const auto height = static_cast<uint64_t>(drawn.height);
   if (height > kMaxBitmapBytes / 4 / width) return false;
   const uint64_t size = width * height * 4;
-  if (SizeOf(room.get()) != size) return false;
+  if (room.size() < size) return false;
   bitmap = {drawn.width, drawn.height, std::vector<uint8_t>(static_cast<size_t>(size))};
-  return ReadAll(room.get(), bitmap.pixels);
+  return room.take(bitmap.pixels);
 }
 
-bool TakePdf(const PdfMade& made, const Descriptor& room, uint64_t most, std::string& pdf) {
-  if (made.size < 1 || made.size > most || SizeOf(room.get()) != made.size) return false;
+bool TakePdf(const PdfMade& made, uint64_t most, AnswerRoom& room, std::string& pdf) {
+  if (made.size < 1 || made.size > most || room.size() < made.size) return false;
   pdf.resize(static_cast<size_t>(made.size));
-  return ReadAll(room.get(), {reinterpret_cast<uint8_t*>(pdf.data()), pdf.size()});
+  return room.take({reinterpret_cast<uint8_t*>(pdf.data()), pdf.size()});
 }
 
 }  // namespace
@@ -73,6 +73,7 @@ class PageHelper::Impl {
     bool holds(uint64_t id) const { return id != 0 && id == document && helper.isRunning(); }
 
     WarmHelper helper;
+    AnswerRoom room;
     uint64_t document = 0;
   };
 
@@ -148,12 +149,11 @@ Bitmap PageHelper::draw(const LaidOut& laidOut, int32_t page, int32_t dotsPerInc
                       "pages are drawn at 1 to " + std::to_string(kMaxDotsPerInch) + " dpi");
   }
   return desk.helper.converse([&](Conversation& conversation) {
-    const Descriptor room = MakeMemoryFile();
     conversation.report(progress);
     const auto drawn = conversation.ask<DrawnAnswer>(
-        DrawRequest{page, dotsPerInch, static_cast<bool>(progress)}, room.get());
+        DrawRequest{page, dotsPerInch, static_cast<bool>(progress)}, desk.room.ready());
     Bitmap bitmap;
-    if (!TakeBitmap(drawn, room, bitmap)) conversation.throwNonsense();
+    if (!TakeBitmap(drawn, desk.room, bitmap)) conversation.throwNonsense();
     return bitmap;
   });
 }
@@ -166,11 +166,10 @@ std::string PageHelper::pdf(const LaidOut& laidOut, PageRange range,
       {Shortened(properties.title), Shortened(properties.author), Shortened(properties.date)},
       static_cast<bool>(progress)};
   return desk.helper.converse([&](Conversation& conversation) {
-    const Descriptor room = MakeMemoryFile();
     conversation.report(progress);
-    const auto made = conversation.ask<PdfMade>(request, room.get());
+    const auto made = conversation.ask<PdfMade>(request, desk.room.ready());
     std::string pdf;
-    if (!TakePdf(made, room, impl_->limits().memory, pdf)) conversation.throwNonsense();
+    if (!TakePdf(made, impl_->limits().memory, desk.room, pdf)) conversation.throwNonsense();
     return pdf;
   });
 }

@@ -158,6 +158,10 @@ class Server {
     }
     ReportedProgress progress(channel_, request.hearsProgress);
     const Bitmap bitmap = layout_->draw(request.page, request.dotsPerInch, progress);
+    const auto width = static_cast<uint64_t>(bitmap.width);
+    if (bitmap.pixels.size() != width * static_cast<uint64_t>(bitmap.height) * 4) {
+      throw PageFailure(Trouble::BadDocument, "the bitmap is not of its size");
+    }
     write(room, {reinterpret_cast<const char*>(bitmap.pixels.data()), bitmap.pixels.size()});
     return Encode(DrawnAnswer{bitmap.width, bitmap.height});
   }

@@ -11,6 +11,7 @@
 
 #include "ScriptedHelperFixture.h"
 #include "siblings/client/PageHelper.h"
+#include "support/TempDirectory.h"
 
 namespace tarn::pages {
 namespace {
@@ -84,9 +85,8 @@ TEST_F(MisbehavingHelperTest, GetsNoMoreMemoryAtOnceThanItsLimit) {
 
 TEST_F(MisbehavingHelperTest, MayLieAboutSizes) {
   PageHelper helper(options());
-  for (const char* const lie :
-       {"layOut width 0", "layOut width -1", "layOut width nan", "layOut height inf",
-        "layOut height 14401", "draw pixels 2591", "draw pixels 2593", "draw pixels 0"}) {
+  for (const char* const lie : {"layOut width 0", "layOut width -1", "layOut width nan",
+                                "layOut height inf", "layOut height 14401"}) {
     SCOPED_TRACE(lie);
     EXPECT_EQ(failureOfScript(helper, lie), kNonsense);
     EXPECT_TRUE(test::DescendantsOf(getpid()).empty());
@@ -131,6 +131,37 @@ TEST_F(MisbehavingHelperTest, MayAnswerWhatWasNotAsked) {
   expectWell(helper);
 }
 
+TEST_F(MisbehavingHelperTest, MayDrawABitmapThatIsNotOfItsSize) {
+  PageHelper helper(options());
+  for (const char* const lie : {"draw pixels 2591", "draw pixels 2593", "draw pixels 0"}) {
+    EXPECT_EQ(failureOfScript(helper, lie), "BadDocument: the bitmap is not of its size");
+  }
+  expectWell(helper);
+}
+
+// The room has the bytes of an answer before, and no more than those.
+TEST_F(MisbehavingHelperTest, MayClaimMoreThanItsRoomHolds) {
+  PageHelper helper(options());
+  (void)helper.draw(helper.layOut(document("")), 1, 72);
+  const LaidOut laidOut = helper.layOut(document("draw say 0989020000000000000100000000000000"));
+  EXPECT_EQ(failureOf([&] { helper.draw(laidOut, 1, 72); }), kNonsense);
+}
+
+TEST_F(MisbehavingHelperTest, MayKeepNoMoreOfTheFolderThanItsLimit) {
+  const test::TempDirectory folder;
+  folder.write("image", std::string(3'000'000, 'i'));
+  PageHelper helper(limited(std::chrono::minutes(1), uint64_t{200} << 20));
+  std::string script;
+  for (int i = 0; i < 69; ++i) script += "layOut ask image\n";
+  DocumentOnPaper asking = document(script);
+  asking.folder = folder.path();
+  EXPECT_EQ(helper.layOut(asking).pageCount, 1);
+  script += "layOut ask image\n";
+  asking.bytes = script;
+  EXPECT_EQ(failureOf([&] { helper.layOut(asking); }),
+            "TooLarge: the document takes more memory than 200 MB");
+}
+
 TEST_F(MisbehavingHelperTest, MayClaimABitmapThatNobodyCouldHold) {
   PageHelper helper(options());
   const LaidOut laidOut = helper.layOut(document("draw say 09FFFFFF7F00000000FFFFFF7F00000000"));
@@ -139,7 +170,7 @@ TEST_F(MisbehavingHelperTest, MayClaimABitmapThatNobodyCouldHold) {
 
 TEST_F(MisbehavingHelperTest, MayClaimAPdfThatIsNotThere) {
   PageHelper helper(options());
-  for (const char* const size : {"0000000000000000", "0100000000000000", "FFFFFFFFFFFFFFFF"}) {
+  for (const char* const size : {"0000000000000000", "6400000000000000", "FFFFFFFFFFFFFFFF"}) {
     const LaidOut laidOut = helper.layOut(document(std::string("pdf say 0A") + size));
     EXPECT_EQ(failureOf([&] { helper.pdf(laidOut, {}, {}); }), kNonsense);
   }
