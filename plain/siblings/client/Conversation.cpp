@@ -35,7 +35,8 @@ Conversation::Conversation(HelperProcess& process, std::string helper, const Hel
     : process_(process),
       helper_(std::move(helper)),
       limits_(limits),
-      deadline_(Clock::now() + limits.timePerDocument) {}
+      deadline_(Clock::now() + limits.timePerDocument),
+      nextLook_(Clock::now() + kBetweenLooks) {}
 
 void Conversation::send(const std::string& message, int file) {
   if (!process_.channel().send(message, file)) throwDied();
@@ -63,20 +64,22 @@ std::string Conversation::waitFor(MessageKind wanted) {
 
 void Conversation::waitForMessage() {
   for (;;) {
-    const auto left = std::chrono::ceil<milliseconds>(deadline_ - Clock::now());
-    if (left <= milliseconds(0)) {
+    const Clock::time_point now = Clock::now();
+    if (now >= deadline_) {
       throw PageFailure(Trouble::TooLong, "the document takes longer than " +
                                               std::to_string(limits_.timePerDocument.count()) +
                                               " ms");
     }
     pollfd entry = {process_.channel().descriptor(), POLLIN, 0};
-    const int ready = poll(&entry, 1, static_cast<int>(std::min(left, kBetweenLooks).count()));
-    if (ready > 0) return;
-    lookAtMemory();
+    if (now >= nextLook_) lookAtMemory();
+    const auto left = std::chrono::ceil<milliseconds>(std::min(deadline_, nextLook_) - now);
+    const int limit = static_cast<int>(std::max(left, milliseconds(0)).count());
+    if (poll(&entry, 1, limit) > 0) return;
   }
 }
 
-void Conversation::lookAtMemory() const {
+void Conversation::lookAtMemory() {
+  nextLook_ = Clock::now() + kBetweenLooks;
   if (process_.memoryNow() > limits_.memory) throwTooLarge();
 }
 
@@ -102,10 +105,12 @@ void Conversation::answerFileRequest(const std::string& message) {
 
 void Conversation::answerProgress(const std::string& message) {
   ProgressReport report;
-  if (!Decode(message, report) || progress_ == nullptr || !*progress_ || report.percent < 0 ||
-      report.percent > 100) {
+  // Whoever goes on for ever does not do so in callbacks, whose time is not counted.
+  if (!Decode(message, report) || progress_ == nullptr || !*progress_ ||
+      report.percent <= lastPercent_ || report.percent > 100) {
     throwNonsense();
   }
+  lastPercent_ = report.percent;
   const Clock::time_point before = Clock::now();
   if (!(*progress_)(report.percent)) isStopped_ = true;
   deadline_ += Clock::now() - before;

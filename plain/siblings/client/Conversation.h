@@ -57,7 +57,7 @@ class Conversation {
   void waitForMessage();
   void answerFileRequest(const std::string& message);
   void answerProgress(const std::string& message);
-  void lookAtMemory() const;
+  void lookAtMemory();
   [[noreturn]] void throwFailed(const std::string& message) const;
   [[noreturn]] void throwStopped() const;
   [[noreturn]] void throwTooLarge() const;
@@ -69,6 +69,8 @@ class Conversation {
   Clock::time_point deadline_;
   const FolderFiles* files_ = nullptr;
   const ProgressCall* progress_ = nullptr;
+  Clock::time_point nextLook_;
+  int32_t lastPercent_ = -1;
   uint64_t given_ = 0;  // bytes of the folder's files
   bool isStopped_ = false;
 };

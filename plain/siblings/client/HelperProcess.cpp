@@ -114,12 +114,12 @@ bool Reap(pid_t child, int& status) {
 
 }  // namespace
 
-HelperProcess::HelperProcess(const fs::path& program, HelperWall wall, uint64_t memory) {
+HelperProcess::HelperProcess(const HelperPlan& plan) {
   auto [ours, theirs] = Channel::pair();
   channel_ = std::move(ours);
   channel_.askForSender(true);
   try {
-    start(program, wall, memory, theirs);
+    start(plan, theirs);
   } catch (...) {
     end();
     throw;
@@ -128,8 +128,7 @@ HelperProcess::HelperProcess(const fs::path& program, HelperWall wall, uint64_t 
 
 HelperProcess::~HelperProcess() { end(); }
 
-void HelperProcess::start(const fs::path& program, HelperWall wall, uint64_t memory,
-                          const Channel& theirs) {
+void HelperProcess::start(const HelperPlan& plan, const Channel& theirs) {
   int pipeEnds[2];
   if (pipe2(pipeEnds, O_CLOEXEC | O_NONBLOCK) != 0) Check(errno, "pipe");
   words_ = Descriptor(pipeEnds[0]);
@@ -138,28 +137,33 @@ void HelperProcess::start(const fs::path& program, HelperWall wall, uint64_t mem
   const Descriptor socket = AboveFixedNumbers(theirs.descriptor());
   if (!words || !socket) Check(errno, "dup");
 
-  HelperCall call = {getpid(), memory, wall, kFolderInNamespaces};
+  HelperCall call = {getpid(), plan.memory, plan.wall, kFolderInNamespaces};
   std::vector<std::string> command;
-  if (wall == HelperWall::Namespaces) {
+  if (plan.wall == HelperWall::Namespaces) {
     // Processes there have numbers of their own, and end with bubblewrap, which ends with this one.
     call.parent = 0;
     const auto bubblewrap = FindBubblewrap();
     if (!bubblewrap) Check(ENOENT, "bwrap");
-    command = BubblewrapCommand(*bubblewrap, program, memory / 4);
+    command = BubblewrapCommand(*bubblewrap, plan.program, plan.memory / 4);
   } else {
-    makeFolder();
+    makeFolder(plan.temporary);
     call.folder = folder_;
-    command = {program.string()};
+    command = {plan.program.string()};
   }
   for (std::string& word : HelperArguments(call)) command.push_back(std::move(word));
   child_ = SpawnPlan(socket.get(), words.get())
                .start(std::move(command), HelperEnvironment(call.folder));
   childProcess_ = OpenProcess(child_);
-  if (!childProcess_) Check(errno, "pidfd_open");
+  if (!childProcess_) {
+    const int error = errno;
+    kill(child_, SIGKILL);
+    Check(error, "pidfd_open");
+  }
 }
 
-void HelperProcess::makeFolder() {
-  std::string name = (fs::temp_directory_path() / "tarnmail-helper.XXXXXX").string();
+void HelperProcess::makeFolder(const fs::path& temporary) {
+  const fs::path parent = temporary.empty() ? fs::temp_directory_path() : temporary;
+  std::string name = (fs::absolute(parent) / "tarnmail-helper.XXXXXX").string();
   if (mkdtemp(name.data()) == nullptr) Check(errno, "a temporary folder");
   folder_ = name;
 }
@@ -196,6 +200,7 @@ uint64_t HelperProcess::memoryNow() const {
 
 Ending HelperProcess::end(std::chrono::milliseconds patience) {
   Ending ending;
+  channel_.close();
   if (child_ != 0) {
     (void)WaitForProcess(childProcess_, patience);
     KillProcess(process_);
@@ -211,7 +216,6 @@ Ending HelperProcess::end(std::chrono::milliseconds patience) {
   process_.close();
   childProcess_.close();
   memory_.close();
-  channel_.close();
   std::error_code ignored;
   if (!folder_.empty()) fs::remove_all(std::exchange(folder_, {}), ignored);
   return ending;

@@ -20,10 +20,17 @@ struct Ending {
   int exitStatus = 0;  // when no signal killed it
 };
 
+struct HelperPlan {
+  std::filesystem::path program;  // absolute
+  HelperWall wall = HelperWall::None;
+  uint64_t memory = 0;
+  std::filesystem::path temporary;  // where its folder is made; empty: the system's
+};
+
 class HelperProcess {
  public:
   // Starts it; whether it can do anything is seen from its first message. Throws std::system_error.
-  HelperProcess(const std::filesystem::path& program, HelperWall wall, uint64_t memory);
+  explicit HelperProcess(const HelperPlan& plan);
   HelperProcess(const HelperProcess&) = delete;
   HelperProcess& operator=(const HelperProcess&) = delete;
   // Kills it and waits until it is gone, with all that it started.
@@ -47,9 +54,8 @@ class HelperProcess {
   std::string lastWords() const;
 
  private:
-  void start(const std::filesystem::path& program, HelperWall wall, uint64_t memory,
-             const Channel& theirs);
-  void makeFolder();
+  void start(const HelperPlan& plan, const Channel& theirs);
+  void makeFolder(const std::filesystem::path& temporary);
 
   Channel channel_;
   Descriptor words_;         // its standard error, as a pipe that never makes it wait

@@ -43,6 +43,8 @@ enum class Wall : uint8_t {
 
 struct HelperOptions {
   std::filesystem::path programs;  // the folder with tarnmail-pages and tarnmail-office
+  // Helpers that write have folders here while they run. Empty: the system's temporary folder.
+  std::filesystem::path temporary;
   HelperLimits limits;
   bool sandbox = true;  // false: without isolation, for a machine that has none
   // The first that the machine allows is used.

@@ -49,52 +49,52 @@ void WarmHelper::makeReady() {
 }
 
 void WarmHelper::startBehindSomeWall() {
-  std::string whyNot;
   if (!options_.sandbox) {
-    if (!start(HelperWall::None, whyNot)) throw PageFailure(Trouble::NoSandbox, whyNot);
+    if (!start(HelperWall::None)) throw PageFailure(Trouble::NoSandbox, whyNot_);
     return;
   }
   while (!walls_.empty()) {
-    const bool isFirst = walls_.front() == Wall::Namespaces;
-    if (start(isFirst ? HelperWall::Namespaces : HelperWall::SystemCalls, whyNot)) return;
+    const bool areNamespaces = walls_.front() == Wall::Namespaces;
+    if (start(areNamespaces ? HelperWall::Namespaces : HelperWall::SystemCalls)) return;
     walls_.erase(walls_.begin());
   }
-  const std::string reason = whyNot.empty() ? "" : " (" + whyNot + ")";
+  const std::string reason = whyNot_.empty() ? "" : " (" + whyNot_ + ")";
   throw PageFailure(Trouble::NoSandbox, name_ + " cannot be kept apart on this machine" + reason +
                                             "; --no-sandbox does without");
 }
 
-bool WarmHelper::start(HelperWall wall, std::string& whyNot) {
+bool WarmHelper::start(HelperWall wall) {
   if (wall == HelperWall::Namespaces && !FindBubblewrap()) {
-    whyNot = "there is no bwrap";
+    whyNot_ = "there is no bwrap";
     return false;
   }
-  process_ = std::make_unique<HelperProcess>(std::filesystem::absolute(options_.programs / name_),
-                                             wall, options_.limits.memory);
+  process_ = std::make_unique<HelperProcess>(
+      HelperPlan{std::filesystem::absolute(options_.programs / name_), wall, options_.limits.memory,
+                 options_.temporary});
   if (!BecomesReadable(process_->channel().descriptor(), kTimeToStart)) {
     throw PageFailure(Trouble::TooLong, name_ + " does not start");
   }
-  const bool isReady = readFirstMessage(wall, whyNot);
+  const bool isReady = readFirstMessage(wall);
   if (!isReady) process_.reset();
   return isReady;
 }
 
-bool WarmHelper::readFirstMessage(HelperWall wall, std::string& whyNot) {
+bool WarmHelper::readFirstMessage(HelperWall wall) {
   std::string message;
   if (process_->receiveFirst(message) == Heard::Message) {
     Ready ready;
     if (Decode(message, ready)) return true;
     Failed failed;
     if (!Decode(message, failed)) ThrowNonsense(name_);
-    whyNot = OneLine(failed.line);
+    whyNot_ = OneLine(failed.line);
     if (failed.trouble == Trouble::NoSandbox) return false;
-    throw PageFailure(failed.trouble, whyNot);
+    throw PageFailure(failed.trouble, whyNot_);
   }
   const Ending ending = process_->end(kPatienceAtEnd);
-  whyNot = OneLine(process_->lastWords());
+  whyNot_ = OneLine(process_->lastWords());
   if (wall == HelperWall::Namespaces && ending.exitStatus == kNoNamespacesStatus) return false;
   throw PageFailure(Trouble::NotInstalled,
-                    name_ + " cannot start: " + (whyNot.empty() ? ending.how : whyNot));
+                    name_ + " cannot start: " + (whyNot_.empty() ? ending.how : whyNot_));
 }
 
 }  // namespace tarn::pages

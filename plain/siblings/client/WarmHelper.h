@@ -44,14 +44,16 @@ class WarmHelper {
   }
 
  private:
-  // Starts it behind the wall. False, with the reason, when the machine does not allow that.
-  bool start(HelperWall wall, std::string& whyNot);
-  bool readFirstMessage(HelperWall wall, std::string& whyNot);
+  // Starts it behind the wall. False, with the reason in whyNot_, when the machine does not allow
+  // that.
+  bool start(HelperWall wall);
+  bool readFirstMessage(HelperWall wall);
   void startBehindSomeWall();
 
   const HelperOptions& options_;
   const std::string name_;
   std::vector<Wall> walls_;  // without those that the machine has been seen not to allow
+  std::string whyNot_;       // of the last of those
   std::unique_ptr<HelperProcess> process_;
 };
 

@@ -185,6 +185,18 @@ TEST_F(MisbehavingHelperTest, CannotPassFiles) {
   EXPECT_LE(test::CountOpenFiles(), files);
 }
 
+// A message of progress, as any process could make that is not bound by an honest helper's
+// counting.
+TEST_F(MisbehavingHelperTest, ReportsNoProgressTwice) {
+  PageHelper helper(options());
+  const std::string half = "0C3200000000000000";
+  const LaidOut laidOut = helper.layOut(document("draw say " + half + "\ndraw say " + half));
+  int heard = 0;
+  EXPECT_EQ(failureOf([&] { helper.draw(laidOut, 1, 72, [&heard](int) { return ++heard > 0; }); }),
+            kNonsense);
+  EXPECT_EQ(heard, 1);
+}
+
 TEST_F(MisbehavingHelperTest, MayHangUpAndGoOn) {
   PageHelper helper(options());
   EXPECT_EQ(failureOfScript(helper, "layOut hang-up").rfind("HelperDied: tarnmail-pages ", 0), 0u);

@@ -219,6 +219,22 @@ TEST_F(PageHelperTest, ServesAThousandDocumentsWithOneHelper) {
   EXPECT_EQ(test::CountOpenFiles(), files);
 }
 
+TEST_F(PageHelperTest, MakesItsHelpersFoldersWhereItIsTold) {
+  const test::TempDirectory folders;
+  HelperOptions alone = options();
+  alone.sandbox = false;
+  alone.temporary = folders.path();
+  {
+    PageHelper helper(alone);
+    const std::string log = logOf(helper, "pdf variable HOME\npdf variable TMPDIR");
+    EXPECT_EQ(log, "variable HOME: " + (folders.path() / folders.listing()).string() +
+                       "\nvariable TMPDIR: " + (folders.path() / folders.listing()).string() +
+                       "\n");
+    EXPECT_EQ(folders.listing().rfind("tarnmail-helper.", 0), 0u);
+  }
+  EXPECT_EQ(folders.listing(), "");
+}
+
 TEST_F(PageHelperTest, SaysWhichProgramIsMissing) {
   HelperOptions options = PageHelperTest::options();
   options.programs = temporary_.path();

@@ -19,7 +19,8 @@ using namespace pages;
 // 0 when there is no such process any more.
 pid_t ParentOf(pid_t process) {
   std::ifstream file("/proc/" + std::to_string(process) + "/stat");
-  const std::string text{std::istreambuf_iterator<char>(file), {}};
+  std::string text;
+  std::getline(file, text, '\0');
   // "PID (NAME) STATE PARENT ...", where the name may hold anything.
   const size_t end = text.rfind(')');
   return end == std::string::npos ? 0 : static_cast<pid_t>(std::atoi(text.c_str() + end + 4));
