@@ -10,6 +10,7 @@
 
 #include <csignal>
 #include <cstring>
+#include <future>
 #include <map>
 #include <system_error>
 #include <thread>
@@ -89,7 +90,36 @@ bool Thread(const std::string&) {
   }
 }
 
+// Waits until somebody asks it to make a socket.
+class EarlyThread {
+ public:
+  void start() {
+    std::thread([this] {
+      question_.get_future().wait();
+      answer_.set_value(MakeSocket(""));
+    }).detach();
+  }
+
+  bool ask() {
+    question_.set_value();
+    return answer_.get_future().get();
+  }
+
+ private:
+  std::promise<void> question_;
+  std::promise<bool> answer_;
+};
+
+EarlyThread& TheEarlyThread() {
+  static EarlyThread thread;
+  return thread;
+}
+
+bool AskEarlyThread(const std::string&) { return TheEarlyThread().ask(); }
+
 }  // namespace
+
+void StartEarlyThread() { TheEarlyThread().start(); }
 
 std::optional<std::string> Attempt(const std::string& what, const std::string& with) {
   static const std::map<std::string, bool (*)(const std::string&)> attempts = {
@@ -105,6 +135,7 @@ std::optional<std::string> Attempt(const std::string& what, const std::string& w
       {"fork", Fork},
       {"trace", Trace},
       {"thread", Thread},
+      {"early", AskEarlyThread},
   };
   const auto found = attempts.find(what);
   if (found == attempts.end()) return std::nullopt;

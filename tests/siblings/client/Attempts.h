@@ -16,7 +16,11 @@ namespace tarn::test {
 //   parent        the same for the parent          exec PATH
 //   fork                             trace PID     to attach to it
 //   thread        to start one, which is allowed
+//   early         to make a socket, in a thread from before there were walls
 std::optional<std::string> Attempt(const std::string& what, const std::string& with);
+
+// Before there are walls.
+void StartEarlyThread();
 
 }  // namespace tarn::test
 

@@ -115,6 +115,7 @@ TEST_P(IsolationTest, NobodyIsReached) {
   ASSERT_EQ(getsockname(listener.get(), any, &size), 0);
   EXPECT_EQ(attempt("connect " + std::to_string(ntohs(address.sin_port))), apart());
   EXPECT_EQ(attempt("socket"), apart());
+  EXPECT_EQ(attempt("early"), apart());
 }
 
 TEST_P(IsolationTest, OtherProcessesAreLeftAlone) {

@@ -150,16 +150,16 @@ TEST_F(MisbehavingHelperTest, MayClaimMoreThanItsRoomHolds) {
 TEST_F(MisbehavingHelperTest, MayKeepNoMoreOfTheFolderThanItsLimit) {
   const test::TempDirectory folder;
   folder.write("image", std::string(3'000'000, 'i'));
-  PageHelper helper(limited(std::chrono::minutes(1), uint64_t{200} << 20));
+  PageHelper helper(limited(std::chrono::minutes(1), uint64_t{400} << 20));
   std::string script;
-  for (int i = 0; i < 69; ++i) script += "layOut ask image\n";
+  for (int i = 0; i < 139; ++i) script += "layOut ask image\n";
   DocumentOnPaper asking = document(script);
   asking.folder = folder.path();
   EXPECT_EQ(helper.layOut(asking).pageCount, 1);
   script += "layOut ask image\n";
   asking.bytes = script;
   EXPECT_EQ(failureOf([&] { helper.layOut(asking); }),
-            "TooLarge: the document takes more memory than 200 MB");
+            "TooLarge: the document takes more memory than 400 MB");
 }
 
 TEST_F(MisbehavingHelperTest, MayClaimABitmapThatNobodyCouldHold) {

@@ -12,6 +12,7 @@
 #include <functional>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "ScriptedHelperFixture.h"
 #include "siblings/client/PageHelper.h"
@@ -44,19 +45,18 @@ class OtherMachinesTest : public test::ScriptedHelperTest {
   static bool becomes(const Machine& machine) {
     const scmp_filter_ctx filter = seccomp_init(SCMP_ACT_ALLOW);
     int errors = 0;
+    const auto refuse = [&](int call, int error, std::vector<scmp_arg_cmp> conditions) {
+      errors |= seccomp_rule_add_array(filter, SCMP_ACT_ERRNO(static_cast<uint16_t>(error)), call,
+                                       static_cast<unsigned>(conditions.size()), conditions.data());
+    };
     if (!machine.hasNamespaces) {
-      errors |= seccomp_rule_add(filter, SCMP_ACT_ERRNO(EPERM), SCMP_SYS(unshare), 0);
-      errors |= seccomp_rule_add(filter, SCMP_ACT_ERRNO(EPERM), SCMP_SYS(clone), 1,
-                                 SCMP_A0(SCMP_CMP_MASKED_EQ, CLONE_NEWNS, CLONE_NEWNS));
+      refuse(SCMP_SYS(unshare), EPERM, {});
+      refuse(SCMP_SYS(clone), EPERM, {{0, SCMP_CMP_MASKED_EQ, CLONE_NEWNS, CLONE_NEWNS}});
     }
-    if (!machine.hasLandlock) {
-      errors |=
-          seccomp_rule_add(filter, SCMP_ACT_ERRNO(ENOSYS), SCMP_SYS(landlock_create_ruleset), 0);
-    }
+    if (!machine.hasLandlock) refuse(SCMP_SYS(landlock_create_ruleset), ENOSYS, {});
     if (!machine.hasSeccomp) {
-      errors |= seccomp_rule_add(filter, SCMP_ACT_ERRNO(EINVAL), SCMP_SYS(seccomp), 0);
-      errors |= seccomp_rule_add(filter, SCMP_ACT_ERRNO(EINVAL), SCMP_SYS(prctl), 1,
-                                 SCMP_A0(SCMP_CMP_EQ, PR_SET_SECCOMP));
+      refuse(SCMP_SYS(seccomp), EINVAL, {});
+      refuse(SCMP_SYS(prctl), EINVAL, {{0, SCMP_CMP_EQ, PR_SET_SECCOMP, 0}});
     }
     const bool isSet = errors == 0 && seccomp_load(filter) == 0;
     seccomp_release(filter);

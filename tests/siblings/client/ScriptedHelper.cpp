@@ -4,6 +4,7 @@
 
 #include <memory>
 
+#include "Attempts.h"
 #include "ScriptedEngine.h"
 #include "siblings/helper/HelperMain.h"
 
@@ -11,6 +12,7 @@ int main(int argc, char** argv) {
   using namespace tarn::pages;
   const std::unique_ptr<Engine> engine = tarn::test::MakeScriptedEngine();
   const HelperTrade trade = {SCRIPTED_HELPER_FILES, [&engine](const std::filesystem::path&) {
+                               tarn::test::StartEarlyThread();
                                return [&engine](DocumentKind) -> Engine& { return *engine; };
                              }};
   _exit(RunHelper(argc, argv, trade));
