@@ -64,6 +64,7 @@ TEST_P(EndOfUserTest, IsTheEndOfItsHelper) {
   ASSERT_EQ(waitpid(user, nullptr, 0), user);
   for (const Descriptor& process : started) {
     EXPECT_TRUE(WaitForProcess(process, std::chrono::seconds(30)));
+    KillProcess(process);
   }
   // What a killed program leaves is its helper's empty folder, which only it would have removed.
   for (const auto& entry : std::filesystem::directory_iterator(temporary_.path())) {
