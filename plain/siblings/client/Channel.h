@@ -3,9 +3,7 @@
 #ifndef TARN_SIBLINGS_CLIENT_CHANNEL_H
 #define TARN_SIBLINGS_CLIENT_CHANNEL_H
 
-#include <sys/socket.h>
-#include <sys/types.h>
-
+#include <chrono>
 #include <span>
 #include <string>
 #include <string_view>
@@ -13,6 +11,9 @@
 #include <vector>
 
 #include "Descriptor.h"
+#include "ProcessHandle.h"
+
+struct msghdr;
 
 namespace tarn::pages {
 
@@ -37,12 +38,18 @@ class Channel {
   // unread that no more fits: a program that asks in turns never fills the socket.
   bool send(std::string_view message, int file = kNoFile);
 
+  // Waits until there is a message or the other end is closed; false when the time is over, and
+  // perhaps before.
+  bool waitForMessage(std::chrono::milliseconds limit) const;
+  // Is the other end closed, whatever can still be received?
+  bool isClosed() const;
+
   // Waits for a message. Files that come along are dropped.
   Heard receive(std::string& message);
   // The same with the file that came along, if one did.
   Heard receive(std::string& message, Descriptor& file);
   // The same, and who sent it, as a process of this end's namespace; 0 when that cannot be said.
-  Heard receiveFrom(std::string& message, pid_t& sender);
+  Heard receiveFrom(std::string& message, ProcessId& sender);
   // Before the first message of the other end: its sender is to be known.
   void askForSender(bool wanted);
 

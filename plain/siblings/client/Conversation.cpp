@@ -1,9 +1,6 @@
 #include "Conversation.h"
 
-#include <poll.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <utility>
 
 namespace tarn::pages {
@@ -70,11 +67,9 @@ void Conversation::waitForMessage() {
                                               std::to_string(limits_.timePerDocument.count()) +
                                               " ms");
     }
-    pollfd entry = {process_.channel().descriptor(), POLLIN, 0};
     if (now >= nextLook_) lookAtMemory();
     const auto left = std::chrono::ceil<milliseconds>(std::min(deadline_, nextLook_) - now);
-    const int limit = static_cast<int>(std::max(left, milliseconds(0)).count());
-    if (poll(&entry, 1, limit) > 0) return;
+    if (process_.channel().waitForMessage(std::max(left, milliseconds(0)))) return;
   }
 }
 

@@ -2,8 +2,6 @@
 #ifndef TARN_SIBLINGS_CLIENT_DESCRIPTOR_H
 #define TARN_SIBLINGS_CLIENT_DESCRIPTOR_H
 
-#include <unistd.h>
-
 #include <utility>
 
 namespace tarn::pages {
@@ -23,9 +21,7 @@ class Descriptor {
   explicit operator bool() const { return number_ >= 0; }
   int get() const { return number_; }
 
-  void close() {
-    if (number_ >= 0) ::close(std::exchange(number_, kNone));
-  }
+  void close();
 
  private:
   static constexpr int kNone = -1;

@@ -1,7 +1,5 @@
 #include "HelperCall.h"
 
-#include <unistd.h>
-
 #include <charconv>
 #include <string_view>
 #include <system_error>
@@ -58,9 +56,17 @@ std::optional<HelperCall> ParseHelperArguments(const std::vector<std::string>& a
   return call;
 }
 
+bool IsProgram(const fs::path& path) {
+  constexpr fs::perms kMayRun =
+      fs::perms::owner_exec | fs::perms::group_exec | fs::perms::others_exec;
+  std::error_code error;
+  const fs::file_status status = fs::status(path, error);
+  return fs::is_regular_file(status) && (status.permissions() & kMayRun) != fs::perms::none;
+}
+
 std::optional<fs::path> FindBubblewrap() {
   for (const char* const path : {"/usr/bin/bwrap", "/usr/local/bin/bwrap", "/bin/bwrap"}) {
-    if (access(path, X_OK) == 0) return path;
+    if (IsProgram(path)) return path;
   }
   return std::nullopt;
 }

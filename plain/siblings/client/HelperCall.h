@@ -6,14 +6,14 @@
 #ifndef TARN_SIBLINGS_CLIENT_HELPERCALL_H
 #define TARN_SIBLINGS_CLIENT_HELPERCALL_H
 
-#include <sys/types.h>
-
 #include <array>
 #include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "ProcessHandle.h"
 
 namespace tarn::pages {
 
@@ -22,7 +22,7 @@ inline constexpr int kHelperSocket = 3;
 enum class HelperWall : uint8_t { Namespaces, SystemCalls, None };
 
 struct HelperCall {
-  pid_t parent = 0;  // 0: something else sees to it that the helper ends with its parent
+  ProcessId parent = 0;  // 0: something else sees to it that the helper ends with its parent
   uint64_t memory = 0;
   HelperWall wall = HelperWall::None;
   std::filesystem::path folder;  // its own, to write to
@@ -55,6 +55,9 @@ inline constexpr int kNoNamespacesStatus = 1;
 // A helper's exit statuses.
 inline constexpr int kHelperDone = 0;
 inline constexpr int kHelperMisused = 2;
+
+// Is there a program of that name, which somebody may start?
+bool IsProgram(const std::filesystem::path& path);
 
 // The program that builds namespaces, if this machine has it.
 std::optional<std::filesystem::path> FindBubblewrap();

@@ -2,8 +2,6 @@
 #ifndef TARN_SIBLINGS_CLIENT_HELPERPROCESS_H
 #define TARN_SIBLINGS_CLIENT_HELPERPROCESS_H
 
-#include <sys/types.h>
-
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
@@ -11,6 +9,7 @@
 
 #include "Channel.h"
 #include "HelperCall.h"
+#include "ProcessHandle.h"
 
 namespace tarn::pages {
 
@@ -61,7 +60,7 @@ class HelperProcess {
   Descriptor words_;         // its standard error, as a pipe that never makes it wait
   Descriptor process_;       // the helper itself, once its first message is there
   Descriptor memory_;        // its statm
-  pid_t child_ = 0;          // the helper, or bubblewrap around it; 0 when it has been waited for
+  ProcessId child_ = 0;      // the helper, or bubblewrap around it; 0 when it has been waited for
   Descriptor childProcess_;  // the same
   std::filesystem::path folder_;  // its own outside of namespaces; removed with it
 };

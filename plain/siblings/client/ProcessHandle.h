@@ -3,16 +3,16 @@
 #ifndef TARN_SIBLINGS_CLIENT_PROCESSHANDLE_H
 #define TARN_SIBLINGS_CLIENT_PROCESSHANDLE_H
 
-#include <sys/types.h>
-
 #include <chrono>
 
 #include "Descriptor.h"
 
 namespace tarn::pages {
 
+using ProcessId = int;
+
 // None when there is no such process, or the system has no such thing.
-Descriptor OpenProcess(pid_t process);
+Descriptor OpenProcess(ProcessId process);
 
 // Does nothing without a process.
 void KillProcess(const Descriptor& process);

@@ -1,9 +1,5 @@
 #include "WarmHelper.h"
 
-#include <poll.h>
-#include <unistd.h>
-
-#include <cerrno>
 #include <chrono>
 #include <utility>
 
@@ -16,15 +12,6 @@ namespace {
 constexpr std::chrono::milliseconds kTimeToStart(30'000);
 constexpr std::chrono::milliseconds kPatienceAtEnd(1'000);
 
-bool BecomesReadable(int descriptor, std::chrono::milliseconds limit) {
-  pollfd entry = {descriptor, POLLIN, 0};
-  int ready = 0;
-  do {
-    ready = poll(&entry, 1, static_cast<int>(limit.count()));
-  } while (ready < 0 && errno == EINTR);
-  return ready > 0;
-}
-
 }  // namespace
 
 WarmHelper::WarmHelper(const HelperOptions& options, const char* name)
@@ -34,7 +21,7 @@ void WarmHelper::makeReady() {
   if (isRunning() && process_->memoryNow() <= options_.limits.memory / 2) return;
   process_.reset();
   const std::filesystem::path program = options_.programs / name_;
-  if (access(program.c_str(), X_OK) != 0) {
+  if (!IsProgram(program)) {
     throw PageFailure(Trouble::NotInstalled, "there is no program " + program.string());
   }
   try {
@@ -71,12 +58,20 @@ bool WarmHelper::start(HelperWall wall) {
   process_ = std::make_unique<HelperProcess>(
       HelperPlan{std::filesystem::absolute(options_.programs / name_), wall, options_.limits.memory,
                  options_.temporary});
-  if (!BecomesReadable(process_->channel().descriptor(), kTimeToStart)) {
-    throw PageFailure(Trouble::TooLong, name_ + " does not start");
-  }
+  if (!waitForFirstMessage()) throw PageFailure(Trouble::TooLong, name_ + " does not start");
   const bool isReady = readFirstMessage(wall);
   if (!isReady) process_.reset();
   return isReady;
+}
+
+bool WarmHelper::waitForFirstMessage() const {
+  using Clock = std::chrono::steady_clock;
+  const Clock::time_point deadline = Clock::now() + kTimeToStart;
+  while (Clock::now() < deadline) {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
+    if (process_->channel().waitForMessage(left)) return true;
+  }
+  return false;
 }
 
 bool WarmHelper::readFirstMessage(HelperWall wall) {

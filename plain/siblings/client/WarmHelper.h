@@ -47,6 +47,8 @@ class WarmHelper {
   // Starts it behind the wall. False, with the reason in whyNot_, when the machine does not allow
   // that.
   bool start(HelperWall wall);
+  // False when there is none in time.
+  bool waitForFirstMessage() const;
   bool readFirstMessage(HelperWall wall);
   void startBehindSomeWall();
 

@@ -1,7 +1,6 @@
 // tarnmail-office: lays out RTF. Its engine starts before the first document, since it wants more
 // of the system then than afterwards.
-#include <unistd.h>
-
+#include <cstdlib>
 #include <memory>
 
 #include "HelperMain.h"
@@ -18,5 +17,5 @@ int main(int argc, char** argv) {
                                                    "only RTF is laid out here");
                                };
                              }};
-  _exit(RunHelper(argc, argv, trade));
+  std::_Exit(RunHelper(argc, argv, trade));
 }

@@ -1,6 +1,5 @@
 // tarnmail-pages: lays out HTML and text. Each engine is made for its first document.
-#include <unistd.h>
-
+#include <cstdlib>
 #include <memory>
 
 #include "HelperMain.h"
@@ -38,5 +37,5 @@ int main(int argc, char** argv) {
                                  return engines.forKind(kind);
                                };
                              }};
-  _exit(RunHelper(argc, argv, trade));
+  std::_Exit(RunHelper(argc, argv, trade));
 }

@@ -1,7 +1,6 @@
-#include "HelperProcess.h"
+#include "siblings/client/HelperProcess.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -17,9 +16,7 @@
 #include <utility>
 #include <vector>
 
-#include "ProcessHandle.h"
-
-extern char** environ;
+#include "siblings/client/ProcessHandle.h"
 
 namespace tarn::pages {
 namespace {
@@ -43,6 +40,7 @@ std::vector<std::string> HelperEnvironment(const fs::path& folder) {
 
 std::vector<char*> Pointers(std::vector<std::string>& words) {
   std::vector<char*> pointers;
+  pointers.reserve(words.size() + 1);
   for (std::string& word : words) pointers.push_back(word.data());
   pointers.push_back(nullptr);
   return pointers;
@@ -180,10 +178,7 @@ Heard HelperProcess::receiveFirst(std::string& message) {
   return heard;
 }
 
-bool HelperProcess::isGone() const {
-  pollfd entry = {channel_.descriptor(), 0, 0};
-  return poll(&entry, 1, 0) != 0;
-}
+bool HelperProcess::isGone() const { return channel_.isClosed(); }
 
 uint64_t HelperProcess::memoryNow() const {
   // "SIZE RESIDENT SHARED ...", in pages.

@@ -1,4 +1,4 @@
-#include "ProcessHandle.h"
+#include "siblings/client/ProcessHandle.h"
 
 #include <poll.h>
 #include <sys/syscall.h>
@@ -11,7 +11,7 @@ namespace tarn::pages {
 
 // The C library's own header of these calls is not for C++ in every version.
 
-Descriptor OpenProcess(pid_t process) {
+Descriptor OpenProcess(ProcessId process) {
   return Descriptor(static_cast<int>(syscall(SYS_pidfd_open, process, 0)));
 }
 

@@ -1,12 +1,13 @@
-#include "Channel.h"
+#include "siblings/client/Channel.h"
 
+#include <poll.h>
 #include <sys/socket.h>
 
 #include <cerrno>
 #include <cstring>
 #include <system_error>
 
-#include "Protocol.h"
+#include "siblings/client/Protocol.h"
 
 namespace tarn::pages {
 namespace {
@@ -62,6 +63,16 @@ bool Channel::send(std::string_view message, int file) {
   return sent == static_cast<ssize_t>(message.size());
 }
 
+bool Channel::waitForMessage(std::chrono::milliseconds limit) const {
+  pollfd entry = {socket_.get(), POLLIN, 0};
+  return poll(&entry, 1, static_cast<int>(limit.count())) > 0;
+}
+
+bool Channel::isClosed() const {
+  pollfd entry = {socket_.get(), 0, 0};
+  return !socket_ || poll(&entry, 1, 0) != 0;
+}
+
 Heard Channel::receive(std::string& message, std::span<char> control, msghdr& header) {
   room_.resize(kMaxMessage);
   iovec part = {room_.data(), room_.size()};
@@ -94,7 +105,7 @@ Heard Channel::receive(std::string& message, Descriptor& file) {
   return heard;
 }
 
-Heard Channel::receiveFrom(std::string& message, pid_t& sender) {
+Heard Channel::receiveFrom(std::string& message, ProcessId& sender) {
   msghdr header;
   ControlRoom<ucred> control = {};
   const Heard heard = receive(message, control.bytes, header);

@@ -1,11 +1,11 @@
-#include "FolderFiles.h"
+#include "siblings/client/FolderFiles.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
 
 #include <string_view>
 
-#include "Protocol.h"
+#include "siblings/client/Protocol.h"
 
 namespace tarn::pages {
 namespace {

@@ -1,4 +1,4 @@
-#include "Sandbox.h"
+#include "siblings/helper/Sandbox.h"
 
 #include <fcntl.h>
 #include <sched.h>

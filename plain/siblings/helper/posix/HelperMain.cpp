@@ -1,4 +1,4 @@
-#include "HelperMain.h"
+#include "siblings/helper/HelperMain.h"
 
 #include <sys/prctl.h>
 #include <unistd.h>
@@ -16,7 +16,7 @@ namespace tarn::pages {
 namespace {
 
 // False when the parent has gone already.
-bool EndWithParent(pid_t parent) {
+bool EndWithParent(ProcessId parent) {
   if (parent == 0) return true;
   return prctl(PR_SET_PDEATHSIG, SIGKILL, 0, 0, 0) == 0 && getppid() == parent;
 }

@@ -1,8 +1,9 @@
-#include "MemoryFile.h"
+#include "siblings/client/MemoryFile.h"
 
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <array>
 #include <cerrno>

@@ -6,9 +6,9 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include "Sandbox.h"
 #include "siblings/client/Descriptor.h"
 #include "siblings/client/HelperCall.h"
+#include "siblings/helper/Sandbox.h"
 
 namespace tarn::pages {
 namespace {
