@@ -108,6 +108,8 @@ PageHelper::PageHelper(HelperOptions options) : impl_(std::make_unique<Impl>(std
 
 PageHelper::~PageHelper() = default;
 
+void PageHelper::prepare(DocumentKind kind) { impl_->deskFor(kind).helper.prepare(); }
+
 LaidOut PageHelper::layOut(const DocumentOnPaper& document) {
   Impl::Desk& desk = impl_->deskFor(document.kind);
   desk.document = 0;

@@ -76,6 +76,10 @@ class PageHelper {
   PageHelper& operator=(const PageHelper&) = delete;
   ~PageHelper();
 
+  // Starts the helper for documents of that kind, if it does not run, and does not wait for it: one
+  // will come soon. Says nothing of what fails; layOut does.
+  void prepare(DocumentKind kind);
+
   LaidOut layOut(const DocumentOnPaper& document);
   // Is the helper still holding that document?
   bool holds(const LaidOut& laidOut) const;

@@ -15,14 +15,31 @@ constexpr std::chrono::milliseconds kPatienceAtEnd(1'000);
 }  // namespace
 
 WarmHelper::WarmHelper(const HelperOptions& options, const char* name)
-    : options_(options), name_(name), walls_(options.walls) {}
+    : options_(options),
+      name_(name),
+      program_(std::filesystem::absolute(options.programs) / name),
+      walls_(options.walls) {}
+
+void WarmHelper::prepare() {
+  if (isRunning() || (options_.sandbox && walls_.empty())) return;
+  const HelperWall wall = firstWall();
+  if (!IsProgram(program_) || (wall == HelperWall::Namespaces && !FindBubblewrap())) return;
+  try {
+    spawn(wall);
+    isStarting_ = true;
+  } catch (const std::system_error&) {
+    process_.reset();
+  }
+}
 
 void WarmHelper::makeReady() {
-  if (isRunning() && process_->memoryNow() <= options_.limits.memory / 2) return;
-  process_.reset();
-  const std::filesystem::path program = options_.programs / name_;
-  if (!IsProgram(program)) {
-    throw PageFailure(Trouble::NotInstalled, "there is no program " + program.string());
+  if (isStarting_ && !isRunning()) isStarting_ = false;
+  if (!isStarting_) {
+    if (isRunning() && process_->memoryNow() <= options_.limits.memory / 2) return;
+    process_.reset();
+  }
+  if (!IsProgram(program_)) {
+    throw PageFailure(Trouble::NotInstalled, "there is no program " + program_.string());
   }
   try {
     startBehindSomeWall();
@@ -35,14 +52,18 @@ void WarmHelper::makeReady() {
   }
 }
 
+HelperWall WarmHelper::firstWall() const {
+  if (!options_.sandbox) return HelperWall::None;
+  return walls_.front() == Wall::Namespaces ? HelperWall::Namespaces : HelperWall::SystemCalls;
+}
+
 void WarmHelper::startBehindSomeWall() {
   if (!options_.sandbox) {
     if (!start(HelperWall::None)) throw PageFailure(Trouble::NoSandbox, whyNot_);
     return;
   }
   while (!walls_.empty()) {
-    const bool areNamespaces = walls_.front() == Wall::Namespaces;
-    if (start(areNamespaces ? HelperWall::Namespaces : HelperWall::SystemCalls)) return;
+    if (start(firstWall())) return;
     walls_.erase(walls_.begin());
   }
   const std::string reason = whyNot_.empty() ? "" : " (" + whyNot_ + ")";
@@ -50,14 +71,19 @@ void WarmHelper::startBehindSomeWall() {
                                             "; --no-sandbox does without");
 }
 
-bool WarmHelper::start(HelperWall wall) {
-  if (wall == HelperWall::Namespaces && !FindBubblewrap()) {
-    whyNot_ = "there is no bwrap";
-    return false;
-  }
+void WarmHelper::spawn(HelperWall wall) {
   process_ = std::make_unique<HelperProcess>(
-      HelperPlan{std::filesystem::absolute(options_.programs / name_), wall, options_.limits.memory,
-                 options_.temporary});
+      HelperPlan{program_, wall, options_.limits.memory, options_.temporary});
+}
+
+bool WarmHelper::start(HelperWall wall) {
+  if (!std::exchange(isStarting_, false)) {
+    if (wall == HelperWall::Namespaces && !FindBubblewrap()) {
+      whyNot_ = "there is no bwrap";
+      return false;
+    }
+    spawn(wall);
+  }
   if (!waitForFirstMessage()) throw PageFailure(Trouble::TooLong, name_ + " does not start");
   const bool isReady = readFirstMessage(wall);
   if (!isReady) process_.reset();

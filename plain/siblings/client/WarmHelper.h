@@ -3,6 +3,7 @@
 #ifndef TARN_SIBLINGS_CLIENT_WARMHELPER_H
 #define TARN_SIBLINGS_CLIENT_WARMHELPER_H
 
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <system_error>
@@ -19,8 +20,11 @@ class WarmHelper {
   // `name` is the program's.
   WarmHelper(const HelperOptions& options, const char* name);
 
-  // Starts it unless it runs. One that ended since the last document, or has kept much memory from
-  // it, is replaced. Throws PageFailure.
+  // Starts it unless it runs, without waiting until it is ready. Failures come to light later.
+  void prepare();
+
+  // Waits until it is ready, and starts it unless it runs. One that ended since the last document,
+  // or has kept much memory from it, is replaced. Throws PageFailure.
   void makeReady();
 
   bool isRunning() const { return process_ != nullptr && !process_->isGone(); }
@@ -44,8 +48,11 @@ class WarmHelper {
   }
 
  private:
-  // Starts it behind the wall. False, with the reason in whyNot_, when the machine does not allow
-  // that.
+  HelperWall firstWall() const;
+  // Throws std::system_error.
+  void spawn(HelperWall wall);
+  // Makes it ready behind the wall. False, with the reason in whyNot_, when the machine does not
+  // allow that.
   bool start(HelperWall wall);
   // False when there is none in time.
   bool waitForFirstMessage() const;
@@ -54,9 +61,11 @@ class WarmHelper {
 
   const HelperOptions& options_;
   const std::string name_;
+  const std::filesystem::path program_;
   std::vector<Wall> walls_;  // without those that the machine has been seen not to allow
   std::string whyNot_;       // of the last of those
   std::unique_ptr<HelperProcess> process_;
+  bool isStarting_ = false;  // behind the first of the walls; not yet heard of
 };
 
 }  // namespace tarn::pages

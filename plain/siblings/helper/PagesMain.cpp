@@ -1,8 +1,10 @@
-// tarnmail-pages: lays out HTML and text. Each engine is made for its first document.
+// tarnmail-pages: lays out HTML and text. Each engine is made for its first document; the fonts of
+// this machine are listed before, by a thread of the library's own.
 #include <cstdlib>
 #include <memory>
 
 #include "HelperMain.h"
+#include "siblings/layout/FontContext.h"
 #include "siblings/layout/HtmlEngine.h"
 #include "siblings/layout/TextEngine.h"
 
@@ -33,6 +35,7 @@ class Engines {
 int main(int argc, char** argv) {
   Engines engines;
   const HelperTrade trade = {Files::ReadOnly, [&engines](const std::filesystem::path&) {
+                               (void)MakeFontContext();
                                return [&engines](DocumentKind kind) -> Engine& {
                                  return engines.forKind(kind);
                                };

@@ -204,6 +204,18 @@ TEST_F(MisbehavingHelperTest, MayHangUpAndGoOn) {
   expectWell(helper);
 }
 
+TEST_F(MisbehavingHelperTest, MayBeKilledWhileItStarts) {
+  PageHelper helper(options());
+  helper.prepare(DocumentKind::Html);
+  for (const pid_t process : test::DescendantsOf(getpid())) kill(process, SIGKILL);
+  try {
+    (void)helper.layOut(document(""));
+  } catch (const PageFailure&) {
+    // It may have been there still; the next document has no such excuse.
+  }
+  expectWell(helper);
+}
+
 TEST_F(MisbehavingHelperTest, MayBeKilledBetweenDocuments) {
   PageHelper helper(options());
   const LaidOut laidOut = helper.layOut(document(""));

@@ -76,6 +76,7 @@ TEST_F(OtherMachinesTest, WithAllHaveNamespaces) {
 TEST_F(OtherMachinesTest, WithoutNamespacesHaveTheOtherWall) {
   on({.hasNamespaces = false}, [] {
     PageHelper helper(options());
+    helper.prepare(DocumentKind::Html);
     EXPECT_EQ(logOf(helper, "layOut open /etc/passwd\nlayOut socket\nlayOut open /usr"),
               "open /etc/passwd: refused\nsocket: refused\nopen /usr: done\n");
     EXPECT_EQ(test::DescendantsOf(getpid()).size(), 1u);

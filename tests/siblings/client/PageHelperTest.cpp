@@ -219,6 +219,33 @@ TEST_F(PageHelperTest, ServesAThousandDocumentsWithOneHelper) {
   EXPECT_EQ(test::CountOpenFiles(), files);
 }
 
+TEST_F(PageHelperTest, StartsBeforeTheFirstDocumentWhenItIsPrepared) {
+  helper_.prepare(DocumentKind::Text);
+  const std::vector<pid_t> started = test::DescendantsOf(getpid());
+  EXPECT_FALSE(started.empty());
+  helper_.prepare(DocumentKind::Html);
+  EXPECT_EQ(test::DescendantsOf(getpid()).front(), started.front());
+  expectWell(helper_);
+  EXPECT_EQ(test::DescendantsOf(getpid()).front(), started.front());
+  helper_.prepare(DocumentKind::Html);
+  expectWell(helper_);
+  EXPECT_EQ(test::DescendantsOf(getpid()).front(), started.front());
+  helper_.prepare(DocumentKind::Rtf);
+}
+
+TEST_F(PageHelperTest, SaysWhatFailedInPreparingWithTheFirstDocument) {
+  HelperOptions without = options();
+  without.programs = temporary_.path();
+  PageHelper helper(without);
+  helper.prepare(DocumentKind::Html);
+  EXPECT_EQ(failureOf([&] { helper.layOut(document("")); }),
+            "NotInstalled: there is no program " + (temporary_.path() / "tarnmail-pages").string());
+  without.walls = {};
+  PageHelper refused(without);
+  refused.prepare(DocumentKind::Html);
+  EXPECT_TRUE(test::DescendantsOf(getpid()).empty());
+}
+
 TEST_F(PageHelperTest, MakesItsHelpersFoldersWhereItIsTold) {
   const test::TempDirectory folders;
   HelperOptions alone = options();
