@@ -4,12 +4,10 @@
 #include <netinet/in.h>
 #include <sys/ptrace.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
-#include <cstring>
 #include <future>
 #include <map>
 #include <system_error>
@@ -41,15 +39,6 @@ bool Connect(const std::string& port) {
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   return socket &&
          connect(socket.get(), reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
-}
-
-bool ConnectAbstract(const std::string& name) {
-  const Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-  sockaddr_un address = {};
-  address.sun_family = AF_UNIX;
-  std::memcpy(address.sun_path + 1, name.data(), name.size());
-  const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + name.size());
-  return socket && connect(socket.get(), reinterpret_cast<sockaddr*>(&address), size) == 0;
 }
 
 bool MakeSocket(const std::string&) {
@@ -123,19 +112,10 @@ void StartEarlyThread() { TheEarlyThread().start(); }
 
 std::optional<std::string> Attempt(const std::string& what, const std::string& with) {
   static const std::map<std::string, bool (*)(const std::string&)> attempts = {
-      {"open", Open},
-      {"write", Write},
-      {"remove", Remove},
-      {"connect", Connect},
-      {"abstract", ConnectAbstract},
-      {"socket", MakeSocket},
-      {"signal", Signal},
-      {"parent", SignalParent},
-      {"exec", Execute},
-      {"fork", Fork},
-      {"trace", Trace},
-      {"thread", Thread},
-      {"early", AskEarlyThread},
+      {"open", Open},           {"write", Write},       {"remove", Remove},
+      {"connect", Connect},     {"socket", MakeSocket}, {"signal", Signal},
+      {"parent", SignalParent}, {"exec", Execute},      {"fork", Fork},
+      {"trace", Trace},         {"thread", Thread},     {"early", AskEarlyThread},
   };
   const auto found = attempts.find(what);
   if (found == attempts.end()) return std::nullopt;

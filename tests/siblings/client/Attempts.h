@@ -11,7 +11,6 @@ namespace tarn::test {
 //
 //   open PATH     to read            write PATH    to write, creating it
 //   remove PATH                      connect PORT  to that port of this machine, by TCP
-//   abstract NAME to that abstract socket
 //   socket        to make one        signal PID    as little as asking whether it is there
 //   parent        the same for the parent          exec PATH
 //   fork                             trace PID     to attach to it

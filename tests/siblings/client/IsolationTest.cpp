@@ -124,6 +124,9 @@ TEST_P(IsolationTest, OtherProcessesAreLeftAlone) {
   EXPECT_EQ(attempt("exec /bin/true"), apart());
   EXPECT_EQ(attempt("fork"), apart());
   EXPECT_EQ(attempt("thread"), "done\n");
+  // Without a wall it could stop this process.
+  if (GetParam().wall == Behind::NoWall) return;
+  EXPECT_EQ(attempt("trace " + std::to_string(getpid())), "refused\n");
 }
 
 TEST_P(IsolationTest, EnvironmentStaysBehind) {
