@@ -42,6 +42,10 @@ int32_t FilterLibrary::info(const std::string& file, FilterInfoContext& context)
   return Call(file, exports_.info, context);
 }
 
+int32_t FilterLibrary::load(const std::string& file, FilterLoadContext& context) const {
+  return Call(file, exports_.load, context);
+}
+
 int32_t FilterLibrary::attachmentInfo(const std::string& file,
                                       GetAttachmentInfoContext& context) const {
   return Call(file, exports_.getAttachmentInfo, context);

@@ -18,6 +18,7 @@ class FilterLibrary {
   FilterLibrary();
 
   int32_t info(const std::string& file, FilterInfoContext& context) const;
+  int32_t load(const std::string& file, FilterLoadContext& context) const;
   int32_t attachmentInfo(const std::string& file, GetAttachmentInfoContext& context) const;
   int32_t extractAttachment(const std::string& file, ExtractAttachmentContext& context) const;
   // Never throws: an exception here is lost, and shows as things left in the kernel.

@@ -3,42 +3,13 @@
 #include <memory>
 
 #include "Failure.h"
+#include "RecordingSiblings.h"
 #include "RefusalReason.h"
 #include "Settings.h"
 #include "StatusText.h"
 #include "StoreReason.h"
 
 namespace tarn::host {
-namespace {
-
-// What a call of fltInfo leaves in the slot. Its end frees the filter's record, with its temporary
-// files.
-class Slot {
- public:
-  explicit Slot(const FilterLibrary& filter) : filter_(filter) {}
-  Slot(const Slot&) = delete;
-  Slot& operator=(const Slot&) = delete;
-  ~Slot();
-
-  FilterDataSlot* get() { return &slot_; }
-
- private:
-  const FilterLibrary& filter_;
-  FilterDataSlot slot_ = {};
-};
-
-Slot::~Slot() {
-  if (slot_.data == nullptr) return;
-  if (slot_.dataFormat != FILTER_DATA_LIST_FORMAT) {
-    filter_.freeData(slot_.data);
-    return;
-  }
-  auto* const list = static_cast<FilterDataList*>(slot_.data);
-  if (list->entries[0].data != nullptr) filter_.freeData(list->entries[0].data);
-  ReleaseBlock(list);
-}
-
-}  // namespace
 
 MailFile::MailFile(const FilterLibrary& filter, const MessageChoice& choice, PrivateFolder& folder)
     : filter_(filter),
@@ -59,10 +30,10 @@ std::optional<int32_t> MailFile::countMessages() const {
   return CountMessages(input_.path().c_str());
 }
 
-// The result of fltInfo; for a sibling's refusal, which is this program's own, it throws.
-int32_t MailFile::askForDocument(bool textOnly, MessageAnswer& answer) const {
-  RecordingSiblings siblings;
-  Slot slot(filter_);
+// The result of fltInfo; for a sibling's refusal it throws.
+int32_t MailFile::callInfo(bool textOnly, FilterSlot& slot,
+                           const std::function<void(FilterInfoContext&)>& attach,
+                           MessageAnswer& answer) const {
   HostFileInfo info = {};
   HostLoadOptions options = {};
   options.size = sizeof options;
@@ -75,7 +46,7 @@ int32_t MailFile::askForDocument(bool textOnly, MessageAnswer& answer) const {
   context.options = &options;
   context.messageNumber = choice_.messageNumber;
   context.textOnly = textOnly ? 1 : 0;
-  siblings.attachTo(context);
+  attach(context);
 
   const int32_t status = filter_.info(name(), context);
   if (status == StatusSiblingRefused) {
@@ -89,18 +60,52 @@ int32_t MailFile::askForDocument(bool textOnly, MessageAnswer& answer) const {
   }
   answer.pageCount = info.pageCount;
   answer.attachmentCount = info.attachmentCount;
-  answer.document = siblings.takeDocument();
   return StatusOk;
 }
 
-MessageAnswer MailFile::read() const {
-  MessageAnswer answer;
-  const int32_t status = askForDocument(choice_.textOnly, answer);
+int32_t MailFile::askForDocument(bool textOnly, MessageAnswer& answer) const {
+  RecordingSiblings siblings;
+  FilterSlot slot(filter_);
+  const auto attach = [&siblings](FilterInfoContext& context) { siblings.attachTo(context); };
+  const int32_t status = callInfo(textOnly, slot, attach, answer);
+  if (status == StatusOk) answer.document = siblings.takeDocument();
+  return status;
+}
+
+void MailFile::check(int32_t status, const MessageAnswer& answer) const {
   if (status != StatusOk) refuse(status, true);
   if (answer.format == FormatPst && answer.messageNumber != choice_.messageNumber) {
     missMessage(answer.messageCount);
   }
+}
+
+MessageAnswer MailFile::read() const {
+  MessageAnswer answer;
+  check(askForDocument(choice_.textOnly, answer), answer);
   return answer;
+}
+
+MessageAnswer MailFile::ask(FilterSlot& slot,
+                            const std::function<void(FilterInfoContext&)>& attach) const {
+  MessageAnswer answer;
+  check(callInfo(choice_.textOnly, slot, attach, answer), answer);
+  return answer;
+}
+
+int32_t MailFile::load(FilterSlot& slot, int32_t pageNumber,
+                       const std::function<void(FilterLoadContext&)>& prepare) const {
+  HostLoadOptions options = {};
+  options.size = sizeof options;
+  options.pageNumber = pageNumber;
+  FilterLoadContext context = {};
+  context.path = input_.path().c_str();
+  context.slot = slot.get();
+  context.options = &options;
+  context.status = StatusOk;
+  context.messageNumber = choice_.messageNumber;
+  context.textOnly = choice_.textOnly ? 1 : 0;
+  prepare(context);
+  return filter_.load(name(), context);
 }
 
 bool MailFile::showsOtherText() const {

@@ -3,12 +3,14 @@
 #define TARN_TARNMAIL_MAILFILE_H
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "AttachmentList.h"
 #include "FilterLibrary.h"
+#include "FilterSlot.h"
 #include "InputFile.h"
 #include "KernelBytes.h"
 #include "KernelFile.h"
@@ -49,18 +51,31 @@ class MailFile {
 
   // How messages call the file.
   const std::string& name() const { return input_.name(); }
+  // As the filter opens it.
+  const std::u16string& path() const { return input_.path(); }
   MailFormat format() const { return format_; }
   // The messages of a store as far as they can be counted; 1 for other files.
   std::optional<int32_t> countMessages() const;
 
   MessageAnswer read() const;
+  // As read(), with the siblings that `attach` puts into the context and without a recorded
+  // document. What the filter keeps is in the slot, which is new.
+  MessageAnswer ask(FilterSlot& slot, const std::function<void(FilterInfoContext&)>& attach) const;
+  // One page of the message that the slot holds. `prepare` puts the siblings, the bitmap and the
+  // model into the context. Gives the sibling's result, and throws nothing of its own.
+  int32_t load(FilterSlot& slot, int32_t pageNumber,
+               const std::function<void(FilterLoadContext&)>& prepare) const;
   std::vector<Attachment> attachments() const;
   // Nothing when the message has no attachment of that number.
   std::optional<KernelBytes> extract(int32_t attachmentNumber) const;
 
  private:
   AttachmentOptions attachmentOptions() const;
+  int32_t callInfo(bool textOnly, FilterSlot& slot,
+                   const std::function<void(FilterInfoContext&)>& attach,
+                   MessageAnswer& answer) const;
   int32_t askForDocument(bool textOnly, MessageAnswer& answer) const;
+  void check(int32_t status, const MessageAnswer& answer) const;
   bool showsOtherText() const;
   bool showsByTempFiles() const;
   [[noreturn]] void refuse(int32_t status, bool isDocument) const;
