@@ -14,6 +14,9 @@ void PrepareStandardStreams();
 // Whether standard output is a terminal: a console of Windows.
 bool StandardOutputIsTerminal();
 
+// Whether standard error is one.
+bool StandardErrorIsTerminal();
+
 // Exactly the bytes, whole or with the error, to a file, a pipe or a device. A console of Windows
 // gets the text that they are in UTF-8, whatever its code page.
 std::error_code WriteStandardOutput(std::string_view bytes);

@@ -6,13 +6,12 @@
 #include <system_error>
 
 #include "Failure.h"
+#include "posix/ProgramDirectory.h"
 
 namespace tarn::host {
 namespace {
 
 namespace fs = std::filesystem;
-
-fs::path ProgramDirectory() { return fs::read_symlink("/proc/self/exe").parent_path(); }
 
 // Beside the program, as built; or where an installation has its libraries.
 fs::path Find(const std::string& fileName) {

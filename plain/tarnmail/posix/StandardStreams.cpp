@@ -22,6 +22,8 @@ void PrepareStandardStreams() {
 
 bool StandardOutputIsTerminal() { return isatty(STDOUT_FILENO) != 0; }
 
+bool StandardErrorIsTerminal() { return isatty(STDERR_FILENO) != 0; }
+
 std::error_code WriteStandardOutput(std::string_view bytes) {
   return WriteAll(STDOUT_FILENO, bytes);
 }

@@ -5,6 +5,14 @@
 #include "WriteAll.h"
 
 namespace tarn::host {
+namespace {
+
+bool IsConsole(DWORD stream) {
+  DWORD mode = 0;
+  return GetConsoleMode(GetStdHandle(stream), &mode) != 0;
+}
+
+}  // namespace
 
 void PrepareStandardStreams() {
   for (const DWORD stream : {STD_INPUT_HANDLE, STD_OUTPUT_HANDLE, STD_ERROR_HANDLE}) {
@@ -17,10 +25,9 @@ void PrepareStandardStreams() {
   }
 }
 
-bool StandardOutputIsTerminal() {
-  DWORD mode = 0;
-  return GetConsoleMode(GetStdHandle(STD_OUTPUT_HANDLE), &mode) != 0;
-}
+bool StandardOutputIsTerminal() { return IsConsole(STD_OUTPUT_HANDLE); }
+
+bool StandardErrorIsTerminal() { return IsConsole(STD_ERROR_HANDLE); }
 
 std::error_code WriteStandardOutput(std::string_view bytes) {
   const HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
