@@ -23,6 +23,7 @@ include(CMakePackageConfigHelpers)
 set(cmakedir ${CMAKE_INSTALL_LIBDIR}/cmake/TarnPst)
 
 # Libraries and program. Whatever the prefix becomes, each finds the others from where it lies.
+set(helperdir lib/tarnpst)  # programs that only tarnmail starts
 set(include_installed $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 target_include_directories(Tarnbase INTERFACE ${include_installed})
 target_include_directories(TarnPst INTERFACE ${include_installed})
@@ -31,14 +32,18 @@ if(NOT WIN32)
   if(IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR} OR IS_ABSOLUTE ${CMAKE_INSTALL_BINDIR})
     # One of the two stays where it is, whatever the prefix becomes.
     set(libdir_from_program ${CMAKE_INSTALL_FULL_LIBDIR})
+    set(helperdir_from_program ${CMAKE_INSTALL_PREFIX}/${helperdir})
     set(program_rpath ${CMAKE_INSTALL_FULL_LIBDIR})
   else()
     file(RELATIVE_PATH libdir_from_program
       ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+    file(RELATIVE_PATH helperdir_from_program
+      ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_PREFIX}/${helperdir})
     set(program_rpath "$ORIGIN/${libdir_from_program}")
   endif()
   target_compile_definitions(tarnmail_parts PRIVATE
-    TARN_LIBRARIES_FROM_PROGRAM="${libdir_from_program}")
+    TARN_LIBRARIES_FROM_PROGRAM="${libdir_from_program}"
+    TARN_HELPERS_FROM_PROGRAM="${helperdir_from_program}")
   set_target_properties(TarnPst PROPERTIES INSTALL_RPATH "$ORIGIN")
   set_target_properties(tarnmail PROPERTIES INSTALL_RPATH ${program_rpath})
 endif()
@@ -47,6 +52,14 @@ install(TARGETS TarnPst Tarnbase EXPORT TarnPst
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(TARGETS tarnmail RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+
+# The helpers that lay out pages, which tarnmail starts from there: the component `pages`, which needs
+# far more of a system than all else, and is installed only when it is asked for by its name.
+foreach(helper tarnmail-pages tarnmail-office)
+  if(TARGET ${helper})
+    install(TARGETS ${helper} RUNTIME DESTINATION ${helperdir} COMPONENT pages EXCLUDE_FROM_ALL)
+  endif()
+endforeach()
 
 install(FILES ${PROJECT_SOURCE_DIR}/Include/TarnPst.h ${PROJECT_SOURCE_DIR}/Include/TarnPstLayout.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})

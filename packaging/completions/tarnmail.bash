@@ -1,7 +1,7 @@
 # Completion of tarnmail for bash.
 
 _tarnmail() {
-  local commands='info document attachments extract help'
+  local commands='info document pages attachments extract help'
   local common='-h --help --language --in-memory --temp-files --temp'
   local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
   local command='' options word i
@@ -19,7 +19,11 @@ _tarnmail() {
       mapfile -t COMPREPLY < <(compgen -f -- "$current")
       return
       ;;
-    --language | -m | --message) return ;;
+    --paper)
+      mapfile -t COMPREPLY < <(compgen -W 'a4 letter' -- "$current")
+      return
+      ;;
+    --language | -m | --message | --dpi) return ;;
   esac
 
   # The command, which is the first word that is no option and no value of one.
@@ -37,8 +41,9 @@ _tarnmail() {
 
   case $command in
     '') options="$common -V --version" ;;
-    info) options="$common -m --message --text --json" ;;
+    info) options="$common -m --message --text --json --pages --no-sandbox" ;;
     document) options="$common -m --message --text -o --output" ;;
+    pages) options="$common -m --message --text -o --output --pdf --dpi --paper --pages --no-sandbox" ;;
     attachments) options="$common -m --message --json" ;;
     extract) options="$common -m --message -o --output" ;;
     help) options='-h --help' ;;

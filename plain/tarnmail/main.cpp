@@ -4,9 +4,11 @@
 #include <algorithm>
 #include <cstdint>
 #include <exception>
+#include <memory>
 #include <optional>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Arguments.h"
@@ -27,6 +29,7 @@ struct CommandLine {
   Settings settings;
   InfoOptions info;
   DocumentOptions document;
+  PagesOptions pages;
   AttachmentsOptions attachments;
   ExtractOptions extract;
   std::optional<std::string> helpTopic;
@@ -35,15 +38,23 @@ struct CommandLine {
 // The text as a message names it.
 std::string Named(const std::string& text) { return text.empty() ? "an empty text" : text; }
 
-// Takes numbers of 32 bits from `lowest` on.
-CLI::Option* AddNumber(CLI::App& app, const std::string& name, int32_t& number, int32_t lowest,
+struct NumberRange {
+  int32_t lowest;
+  int32_t highest = INT32_MAX;
+};
+
+// Takes numbers of 32 bits in the range.
+CLI::Option* AddNumber(CLI::App& app, const std::string& name, int32_t& number, NumberRange range,
                        const std::string& help) {
-  const auto take = [name, lowest, &number](const std::string& text) {
+  const auto take = [name, range, &number](const std::string& text) {
     if (!IsNumber(text)) throw CLI::ValidationError(name, Named(text) + " is not a number");
     const std::optional<int32_t> parsed = ParseNumber(text);
     if (!parsed) throw CLI::ValidationError(name, text + " is out of range");
-    if (*parsed < lowest) {
-      throw CLI::ValidationError(name, text + " is below " + std::to_string(lowest));
+    if (*parsed < range.lowest) {
+      throw CLI::ValidationError(name, text + " is below " + std::to_string(range.lowest));
+    }
+    if (*parsed > range.highest) {
+      throw CLI::ValidationError(name, text + " is above " + std::to_string(range.highest));
     }
     number = *parsed;
   };
@@ -78,7 +89,7 @@ CLI::App* AddCommand(CLI::App& app, const std::string& name, const std::string& 
       ->required()
       ->type_name("");
   AddSettings(*command, settings);
-  AddNumber(*command, "-m,--message", message.messageNumber, 1,
+  AddNumber(*command, "-m,--message", message.messageNumber, {1},
             "Message of a PST file, from 1 (default 1)");
   return command;
 }
@@ -92,6 +103,56 @@ void AddTextOption(CLI::App& command, MessageChoice& message) {
 void AddOutputOption(CLI::App& command, std::optional<std::string>& output) {
   command.add_option("-o,--output", output, "File to write; - is standard output")
       ->type_name("OUT");
+}
+
+void AddSandboxOption(CLI::App& command, bool& sandbox) {
+  command.add_flag_callback(
+      "--no-sandbox", [&sandbox] { sandbox = false; },
+      "Lay documents out even where the machine cannot keep the helpers apart");
+}
+
+// "2", "1-3" or "3-".
+void AddPageChoice(CLI::App& command, PageChoice& choice) {
+  const auto take = [&choice](const std::string& text) {
+    const std::optional<PageChoice> parsed = ParsePages(text);
+    if (!parsed) {
+      throw CLI::ValidationError("--pages", Named(text) + " is no range such as 2, 1-3 or 3-");
+    }
+    choice = *parsed;
+  };
+  command.add_option_function<std::string>("--pages", take, "Pages, as 2, 1-3 or 3- (default all)")
+      ->type_name("RANGE");
+}
+
+void AddPaper(CLI::App& command, PaperFormat& paper) {
+  const auto take = [&paper](const std::string& text) {
+    if (text != "a4" && text != "letter") {
+      throw CLI::ValidationError("--paper", Named(text) + " is neither a4 nor letter");
+    }
+    paper = text == "a4" ? PaperFormat::A4 : PaperFormat::Letter;
+  };
+  command.add_option_function<std::string>("--paper", take, "a4 (default) or letter")
+      ->type_name("PAPER");
+}
+
+void AddPagesCommand(CLI::App& app, CommandLine& line) {
+  PagesOptions& options = line.pages;
+  CLI::App* const command = AddCommand(app, "pages", "Write the pages of a message as PNG or PDF",
+                                       line.settings, options.message);
+  AddTextOption(*command, options.message);
+  command
+      ->add_option(
+          "-o,--output", options.output,
+          "Folder for page-0001.png and so on, made if need be; with --pdf the file, - for "
+          "standard output, or a folder that is there")
+      ->required()
+      ->type_name("OUT");
+  command->add_flag("--pdf", options.pdf, "One PDF instead of PNG files");
+  AddNumber(*command, "--dpi", options.dotsPerInch, {10, 1200},
+            "Dots per inch of PNG files, from 10 to 1200 (default 96)");
+  AddPaper(*command, options.paper);
+  AddPageChoice(*command, options.pages);
+  AddSandboxOption(*command, options.sandbox);
 }
 
 void AddHelpCommand(CLI::App& app, std::optional<std::string>& topic) {
@@ -110,11 +171,15 @@ void Describe(CLI::App& app, CommandLine& line) {
       AddCommand(app, "info", "Tell what a mail file is", line.settings, line.info.message);
   AddTextOption(*info, line.info.message);
   info->add_flag("--json", line.info.json, "JSON for machines");
+  info->add_flag("--pages", line.info.pages, "Lay the document out and count its pages (on A4)");
+  AddSandboxOption(*info, line.info.sandbox);
 
   CLI::App* const document = AddCommand(app, "document", "Write the finished document of a message",
                                         line.settings, line.document.message);
   AddTextOption(*document, line.document.message);
   AddOutputOption(*document, line.document.output);
+
+  AddPagesCommand(app, line);
 
   CLI::App* const attachments = AddCommand(app, "attachments", "List the attachments of a message",
                                            line.settings, line.attachments.message);
@@ -123,7 +188,7 @@ void Describe(CLI::App& app, CommandLine& line) {
   CLI::App* const extract = AddCommand(app, "extract", "Write one attachment of a message",
                                        line.settings, line.extract.message);
   // The filter itself refuses the numbers below 1, and has a code for it.
-  AddNumber(*extract, "K", line.extract.attachmentNumber, INT32_MIN,
+  AddNumber(*extract, "K", line.extract.attachmentNumber, {INT32_MIN},
             "Number of the attachment, from 1")
       ->required();
   AddOutputOption(*extract, line.extract.output);
@@ -132,16 +197,18 @@ void Describe(CLI::App& app, CommandLine& line) {
 
   // Last, since commands take over the footer that there is when they are added.
   app.footer(
-      "Exit status: 0 done, 1 refused by the filter or not written, 2 wrong usage, 3 broken.\n"
+      "Exit status: 0 done, 1 refused by the filter or not written, 2 wrong usage, 3 broken\n"
+      "or packages missing.\n"
       "tarnmail help COMMAND tells more.");
 }
 
 // What a run writes, and where.
 struct Product {
   std::string text;
-  std::optional<std::string> place;  // else standard output
-  std::string source;                // the mail file
-  KernelBytes block;                 // in place of the text, as the filter gave it
+  std::optional<std::string> place;   // else standard output
+  std::string source;                 // the mail file
+  KernelBytes block;                  // in place of the text, as the filter gave it
+  std::unique_ptr<PageFolder> pages;  // in place of the text: files
 };
 
 // The folder for temporary files is gone when this returns.
@@ -154,18 +221,26 @@ Product RunCommand(const CLI::App& app, const CommandLine& line) {
   };
   if (app.got_subcommand("info")) {
     apply(Route::TempFiles);
-    return {InfoText(at, line.info), std::nullopt, line.info.message.file, {}};
+    return {InfoText(at, line.info), std::nullopt, line.info.message.file, {}, {}};
   }
   if (app.got_subcommand("document")) {
     apply(Route::InMemory);
-    return {DocumentBytes(at, line.document), line.document.output, line.document.message.file, {}};
+    return {
+        DocumentBytes(at, line.document), line.document.output, line.document.message.file, {}, {}};
+  }
+  if (app.got_subcommand("pages")) {
+    apply(Route::TempFiles);
+    Pages made = MakePages(at, line.pages);
+    return {std::move(made.pdf), made.place, line.pages.message.file, {}, std::move(made.folder)};
   }
   // Attachments are read without a document: on neither route are there temporary files.
   apply(Route::InMemory);
   if (app.got_subcommand("attachments")) {
-    return {AttachmentsText(at, line.attachments), std::nullopt, line.attachments.message.file, {}};
+    return {
+        AttachmentsText(at, line.attachments), std::nullopt, line.attachments.message.file, {}, {}};
   }
-  return {{}, line.extract.output, line.extract.message.file, AttachmentBytes(at, line.extract)};
+  return {
+      {}, line.extract.output, line.extract.message.file, AttachmentBytes(at, line.extract), {}};
 }
 
 bool LooksLikeOption(const std::string& word) { return word.size() > 1 && word[0] == '-'; }
@@ -216,6 +291,10 @@ void WriteProduct(const Product& product) {
   const bool hasBlock = product.block.hasBlock();
   const std::string left = WhatIsLeftInTheKernel(hasBlock ? 1 : 0);
   if (!left.empty()) throw Failure(ExitStatus::Broken, "internal error: left behind: " + left);
+  if (product.pages) {
+    product.pages->putInPlace();
+    return;
+  }
   WriteOutput(product.place, product.source,
               hasBlock ? product.block.view() : std::string_view(product.text));
 }

@@ -24,7 +24,7 @@ TEST_F(CommandLine, ListsItsCommands) {
   const std::string help = output({"--help"});
   EXPECT_EQ(output({"-h"}), help);
   for (const char* part :
-       {"info", "document", "attachments", "extract", "--language LANGID", "--in-memory",
+       {"info", "document", "pages", "attachments", "extract", "--language LANGID", "--in-memory",
         "--temp-files", "--temp DIR", "-V,--version", "Exit status: 0 done"}) {
     EXPECT_TRUE(Contains(help, part)) << part << "\n" << help;
   }
@@ -32,8 +32,9 @@ TEST_F(CommandLine, ListsItsCommands) {
 
 TEST_F(CommandLine, ExplainsEachCommand) {
   const std::vector<std::pair<std::string, std::vector<std::string>>> expected = {
-      {"info", {"FILE", "--text", "--json", "-m,--message N"}},
+      {"info", {"FILE", "--text", "--json", "-m,--message N", "--pages", "--no-sandbox"}},
       {"document", {"FILE", "--text", "-o,--output OUT", "-m,--message N"}},
+      {"pages", {"FILE", "--text", "-o,--output OUT", "-m,--message N"}},
       {"attachments", {"FILE", "--json", "-m,--message N"}},
       {"extract", {"FILE", "K", "-o,--output OUT", "-m,--message N"}},
   };
@@ -49,7 +50,7 @@ TEST_F(CommandLine, ExplainsEachCommand) {
 
 TEST_F(CommandLine, ExplainsCommandsByHelp) {
   EXPECT_EQ(output({"help"}), output({"--help"}));
-  for (const char* command : {"info", "document", "attachments", "extract", "help"}) {
+  for (const char* command : {"info", "document", "pages", "attachments", "extract", "help"}) {
     EXPECT_EQ(output({"help", command}), output({command, "--help"})) << command;
   }
   EXPECT_EQ(failure(2, {"help", "frobnicate"}), "unknown command: frobnicate; see tarnmail --help");

@@ -1,0 +1,38 @@
+// HelperPages.h - the page maker of production: the helper programs that are installed with this
+// one.
+#ifndef TARN_TARNMAIL_PAGES_HELPERPAGES_H
+#define TARN_TARNMAIL_PAGES_HELPERPAGES_H
+
+#include "tarnmail/pages/PageMaker.h"
+
+namespace tarn::host {
+
+// What a message ends with that says that helpers, or what they need, are missing.
+inline constexpr const char* kHowToInstallHelpers =
+    "install the package tarnpst-pages, or let ./run pages of the sources build them";
+
+// The helpers that are beside this program or where an installation has them. Throws Failure
+// (Broken) with what to install where there are none.
+pages::HelperOptions InstalledHelpers(bool sandbox);
+
+class HelperPages : public PageMaker {
+ public:
+  // Starts nothing before the first document.
+  explicit HelperPages(const pages::HelperOptions& options) : helper_(options) {}
+
+  pages::LaidOut layOut(const pages::DocumentOnPaper& document) override;
+  bool holds(const pages::LaidOut& laidOut) const override;
+  pages::PageSize pageSize(const pages::LaidOut& laidOut, int32_t page) override;
+  pages::Bitmap draw(const pages::LaidOut& laidOut, int32_t page, int32_t dotsPerInch,
+                     const pages::ProgressCall& progress) override;
+  std::string pdf(const pages::LaidOut& laidOut, pages::PageRange range,
+                  const pages::PdfProperties& properties,
+                  const pages::ProgressCall& progress) override;
+
+ private:
+  pages::PageHelper helper_;
+};
+
+}  // namespace tarn::host
+
+#endif

@@ -1,0 +1,17 @@
+#include "Commands.h"
+#include "Failure.h"
+
+namespace tarn::host {
+namespace {
+
+[[noreturn]] void RefusePages() {
+  throw Failure(ExitStatus::Broken, "pages are made on Linux only");
+}
+
+}  // namespace
+
+Pages MakePages(const Workplace&, const PagesOptions&) { RefusePages(); }
+
+MessageAnswer LaidOutAnswer(const Workplace&, const MessageChoice&, bool) { RefusePages(); }
+
+}  // namespace tarn::host
