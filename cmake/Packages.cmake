@@ -40,3 +40,15 @@ else()
     DESTINATION share/lintian/overrides RENAME tarnpst COMPONENT debian EXCLUDE_FROM_ALL)
 endif()
 include(CPack)
+
+# The helpers that lay out pages are a package of their own, which `cpack --config
+# CPackPagesConfig.cmake` in the build tree makes: what they need is a word processor and fonts.
+if(NOT WIN32 AND TARGET tarnmail-pages AND TARGET tarnmail-office)
+  set(pages_docdir share/doc/tarnpst-pages)
+  install(FILES ${PROJECT_SOURCE_DIR}/packaging/copyright
+    DESTINATION ${pages_docdir} COMPONENT pages EXCLUDE_FROM_ALL)
+  install(FILES ${PROJECT_BINARY_DIR}/compressed/changelog.Debian.gz
+    DESTINATION ${pages_docdir} COMPONENT pages EXCLUDE_FROM_ALL)
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/CPackPagesConfig.cmake.in
+    ${PROJECT_BINARY_DIR}/CPackPagesConfig.cmake @ONLY)
+endif()

@@ -20,6 +20,9 @@ TARN_PAGE_PACKAGES=(
   libqpdf-dev libreoffice-writer-nogui libreofficekit-dev libseccomp-dev libwebp-dev pkg-config
 )
 
+# What the tests of pages read them with, and watch those who make them.
+TARN_PAGE_TEST_PACKAGES=(poppler-utils strace)
+
 say() { printf '%s\n' "$*" >&2; }
 
 # install_packages PACKAGE...: installs those that are missing; quick when there are none.
@@ -61,6 +64,18 @@ build_preset() {
     rm -f "$log"
     return 1
   fi
+  rm -f "$log"
+}
+
+# configure_pages PRESET: from now on the preset builds the helpers that lay out pages, whose packages
+# are there. A build tree from before they were installed is configured anew.
+configure_pages() {
+  local preset=$1 log
+  grep -qsx 'TARN_PAGES:STRING=ON' "$root/build/$preset/CMakeCache.txt" && return 0
+  log=$(mktemp)
+  say "configuring $preset with pages"
+  (cd "$root" && cmake --preset "$preset" -DTARN_PAGES=ON) >"$log" 2>&1 ||
+    { cat "$log" >&2; rm -f "$log"; return 1; }
   rm -f "$log"
 }
 
