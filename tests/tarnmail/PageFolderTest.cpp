@@ -1,4 +1,5 @@
-// The folder that pages go to. tests/tarnmail/posix/PageFolderTest.cpp has what only POSIX knows.
+// The folder that pages go to, where pages are made. posix/PageFolderTest.cpp has permissions and
+// links.
 
 #include "tarnmail/PageFolder.h"
 

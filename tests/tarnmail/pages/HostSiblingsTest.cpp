@@ -58,7 +58,7 @@ TEST_F(HostSiblingsTest, AnswerWithTheLayoutAtTheUsualResolution) {
   EXPECT_EQ(host.hostInfo->height, 1128);  // 846 points
   EXPECT_EQ(host.hostInfo->xResolution, 96);
   EXPECT_EQ(host.hostInfo->yResolution, 96);
-  EXPECT_EQ(host.hostInfo->dataSize, 792u * 1128 * 3);
+  EXPECT_EQ(uint64_t{host.hostInfo->dataSize}, 792u * 1128 * 3);
   ASSERT_EQ(maker_.documents.size(), 1u);
   EXPECT_EQ(maker_.documents[0].kind, DocumentKind::Html);
   EXPECT_EQ(maker_.documents[0].bytes, test::HtmlMailDocument());
