@@ -263,6 +263,30 @@ gzip -dc "$tree/usr/share/man/man1/tarnmail.1.gz" >"$work/tarnmail.1"
 "$root/scripts/check-manual.sh" "$tree/usr/bin/tarnmail" "$work/tarnmail.1" "$root/examples" ||
   fail "the manual page"
 
+# The helpers, where they are built: a package of its own, which completes the other.
+check_pages() {
+  local pages both=$work/pages doc=usr/share/doc/tarnpst-pages
+  quietly "building the helpers" cmake --build "$release" --target tarnmail-pages tarnmail-office
+  find "$release" -maxdepth 1 -name 'tarnpst-pages_*.deb' -delete
+  quietly "packing the helpers" cpack --config "$release/CPackPagesConfig.cmake" -B "$release"
+  pages=$(find "$release" -maxdepth 1 -name 'tarnpst-pages_*.deb')
+  [ -f "$pages" ] || fail "no tarnpst-pages_*.deb"
+  [ "$(dpkg-deb -f "$pages" Package)" = tarnpst-pages ] || fail "the name of the helpers' .deb"
+  dpkg-deb -f "$pages" Depends >"$work/depends"
+  for part in tarnpst bubblewrap libreoffice-writer-nogui libcairo2; do
+    grep -qw "$part" "$work/depends" || fail "the helpers' .deb does not depend on $part"
+  done
+  dpkg-deb -x "$pages" "$both" || fail "dpkg-deb cannot unpack $pages"
+  (cd "$both" && find . -type f -printf '%P\n' | sort) >"$work/files"
+  same "the helpers' .deb: the list of files" <(printf '%s\n' usr/lib/tarnpst/tarnmail-{office,pages} \
+    "$doc/changelog.Debian.gz" "$doc/copyright") "$work/files"
+  dpkg-deb -x "$deb" "$both" || fail "dpkg-deb cannot unpack $deb"
+  (cd "$work/mail" && env -u LD_LIBRARY_PATH "$both/usr/bin/tarnmail" pages ä/html-inline-image.eml -o "$work/drawn") ||
+    fail "tarnmail pages of the packages"
+  [ -s "$work/drawn/page-0001.png" ] || fail "no page"
+}
+if [ -f "$release/CPackPagesConfig.cmake" ]; then check_pages; fi
+
 # Without a package, and without what only a package has.
 quietly "installing $release" cmake --install "$release" --prefix "$work/linux installed"
 sed -e 's|^usr/||' -e '/changelog\.Debian/d' -e '/lintian/d' "$work/deb-files" >"$work/linux-files"

@@ -1,0 +1,60 @@
+// Signals that end tarnmail in the middle of its pages.
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+
+#include "support/SampleMails.h"
+#include "tarnmail/TarnmailFixture.h"
+#include "tarnmail/posix/RunningProgram.h"
+
+namespace tarn::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+class PagesSignals : public TarnmailTest {
+ protected:
+  // Far more pages than are made until the signal comes.
+  std::string longMail() {
+    std::string text = kSampleFields + "\r\n";
+    for (int i = 0; i < 20000; ++i) text += "line\r\n";
+    return mail(text);
+  }
+
+  // Waits for the first page to be written to where it is hidden.
+  void waitForAPage(const fs::path& parent) const {
+    for (;;) {
+      for (const fs::directory_entry& entry : fs::directory_iterator(parent)) {
+        if (entry.path().extension() == ".part" && fs::exists(entry.path() / "page-0001.png"))
+          return;
+      }
+      usleep(1000);
+    }
+  }
+};
+
+TEST_F(PagesSignals, LeaveNoPages) {
+  ProgramCall call;
+  call.program = TARNMAIL_PATH;
+  call.environment = environment_;
+  call.workingDirectory = directory_.path();
+  const std::string file = longMail();
+  fs::create_directory(directory_.path() / "old");
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    for (const char* place : {"out", "old"}) {
+      call.arguments = {"pages", "--dpi", "300", "-o", place, file};
+      RunningProgram program(call, {-1, -1, -1});
+      waitForAPage(std::string(place) == "old" ? directory_.path() / "old" : directory_.path());
+      program.send(signal);
+      const int status = program.wait();
+      EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == signal) << status;
+      EXPECT_EQ(directory_.listing(), "mail.eml old");
+      EXPECT_EQ(temporary_.listing(), "");
+    }
+  }
+}
+
+}  // namespace
+}  // namespace tarn::test
