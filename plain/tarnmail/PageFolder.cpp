@@ -51,21 +51,21 @@ PageFolder::PageFolder(const std::string& folder, const std::string& source)
 
 void PageFolder::write(int32_t page, std::string_view bytes) {
   const std::string name = PageFileName(page);
-  if (!isNew_) checkPlace(place_ / name, name);
+  if (!isNew_) checkPlace(place_ / name);
   WritableFile file;
   std::error_code error = file.create(hidden_.path() / name);
   if (!error) error = file.writeAndClose(bytes);
-  if (error) throw Failure(ExitStatus::Failed, folder_ + "/" + name, ErrorText(error));
+  if (error) throw Failure(ExitStatus::Failed, Utf8FromPath(place_ / name), ErrorText(error));
   names_.push_back(name);
 }
 
 // What is there must be one that may be replaced.
-void PageFolder::checkPlace(const fs::path& place, const std::string& name) const {
+void PageFolder::checkPlace(const fs::path& place) const {
   std::error_code error;
   const FileKind kind = KindOfFile(place, error);
   if (kind == FileKind::Missing) return;
   const auto refuse = [&](const std::string& why) {
-    return Failure(ExitStatus::Usage, folder_ + "/" + name, why);
+    return Failure(ExitStatus::Usage, Utf8FromPath(place), why);
   };
   if (kind == FileKind::Unknown) throw refuse(ErrorText(error));
   if (kind != FileKind::Regular) throw refuse("is there already, and is no file");
@@ -84,7 +84,7 @@ void PageFolder::putInPlace() {
   }
   for (const std::string& name : names_) {
     error = MoveIntoPlace(hidden_.path() / name, place_ / name);
-    if (error) throw Failure(ExitStatus::Usage, folder_ + "/" + name, ErrorText(error));
+    if (error) throw Failure(ExitStatus::Usage, Utf8FromPath(place_ / name), ErrorText(error));
   }
 }
 

@@ -32,7 +32,7 @@ class PageFolder {
   void putInPlace();
 
  private:
-  void checkPlace(const std::filesystem::path& place, const std::string& name) const;
+  void checkPlace(const std::filesystem::path& place) const;
 
   const std::string folder_;  // as the command line has it
   const std::string source_;
