@@ -1,6 +1,7 @@
 // The chain as a host goes it: fltInfo has the sibling lay the document out, and fltLoad has it
 // draw a page. A PDF is asked of whoever laid the document out.
 #include <algorithm>
+#include <bit>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -99,7 +100,7 @@ class PagedMail {
 
  private:
   static int32_t ReportProgress(uint64_t userValue, int32_t percent) {
-    const auto& progress = *reinterpret_cast<const pages::ProgressCall*>(userValue);
+    const auto& progress = *std::bit_cast<const pages::ProgressCall*>(userValue);
     return progress(percent) ? StatusOk : StatusDone;
   }
 
