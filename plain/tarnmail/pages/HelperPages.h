@@ -20,6 +20,9 @@ class HelperPages : public PageMaker {
   // Starts nothing before the first document.
   explicit HelperPages(const pages::HelperOptions& options) : helper_(options) {}
 
+  // A document of that kind will come soon: as PageHelper::prepare.
+  void prepare(pages::DocumentKind kind) { helper_.prepare(kind); }
+
   pages::LaidOut layOut(const pages::DocumentOnPaper& document) override;
   bool holds(const pages::LaidOut& laidOut) const override;
   pages::PageSize pageSize(const pages::LaidOut& laidOut, int32_t page) override;

@@ -59,6 +59,8 @@ class PagedMail {
         mail_(at.filter, choice, at.folder),
         siblings_(maker_, paper, mail_.format()),
         slot_(at.filter) {
+    // A mail has no RTF: its helper starts while the filter reads.
+    if (mail_.format() == MailFormat::Mail) maker_.prepare(pages::DocumentKind::Html);
     try {
       answer_ = mail_.ask(slot_, [this](FilterInfoContext& to) { siblings_.attachTo(to); });
     } catch (const Refusal&) {
