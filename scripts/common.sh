@@ -8,7 +8,7 @@ TARN_PACKAGES=(
 
 # What the further builds of `./test --all` need: sanitizers and fuzzing, memcheck, Windows, packages.
 TARN_MORE_PACKAGES=(
-  clang dpkg-dev file g++-mingw-w64-x86-64-posix googletest libclang-rt-14-dev llvm pkg-config
+  clang dpkg-dev file g++-mingw-w64-x86-64-posix googletest libclang-rt-14-dev llvm pkg-config poppler-utils
   valgrind wine64 wine64-preloader
 )
 
