@@ -1,0 +1,100 @@
+// PageBench PROGRAMS TIMES FILE...: lays documents out again and again through warm helpers, as a
+// PDF and as the first page at 96 dots per inch. FILE ends in .html, .txt or .rtf, and says by that
+// what it is. PROGRAMS is the folder with the helpers.
+//
+// Prints milliseconds a document: of the first one, which starts the helper, and then the mean.
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "siblings/client/PageHelper.h"
+
+namespace {
+
+using tarn::pages::DocumentKind;
+
+struct Document {
+  DocumentKind kind;
+  std::string bytes;
+};
+
+DocumentKind KindOf(const std::filesystem::path& file) {
+  if (file.extension() == ".rtf") return DocumentKind::Rtf;
+  return file.extension() == ".txt" ? DocumentKind::Text : DocumentKind::Html;
+}
+
+class Stopwatch {
+ public:
+  double milliseconds() const {
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start_)
+        .count();
+  }
+
+ private:
+  std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+};
+
+struct Times {
+  double layout = 0;
+  double page = 0;
+  double pdf = 0;
+};
+
+Times Measure(tarn::pages::PageHelper& helper, const Document& document) {
+  Times times;
+  const Stopwatch first;
+  const tarn::pages::LaidOut laidOut =
+      helper.layOut({.kind = document.kind, .bytes = document.bytes, .folder = {}});
+  times.layout = first.milliseconds();
+  const Stopwatch second;
+  helper.draw(laidOut, 1, 96);
+  times.page = second.milliseconds();
+  const Stopwatch third;
+  helper.pdf(laidOut, {}, {.title = "A mail", .author = "", .date = ""});
+  times.pdf = third.milliseconds();
+  return times;
+}
+
+void Print(const char* what, const Times& times, double count) {
+  std::printf("%-6s layout %7.2f   first page %7.2f   PDF %7.2f   layout and PDF %7.2f ms\n", what,
+              times.layout / count, times.page / count, times.pdf / count,
+              (times.layout + times.pdf) / count);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 4) {
+    std::fprintf(stderr, "usage: PageBench PROGRAMS TIMES FILE...\n");
+    return 2;
+  }
+  const int rounds = std::atoi(argv[2]);
+  std::vector<Document> documents;
+  for (int i = 3; i < argc; ++i) {
+    std::ifstream file(argv[i], std::ios::binary);
+    documents.push_back({KindOf(argv[i]), std::string(std::istreambuf_iterator<char>(file), {})});
+  }
+  try {
+    tarn::pages::PageHelper helper({.programs = argv[1], .limits = {}});
+    Print("first", Measure(helper, documents.front()), 1);
+    Times all;
+    for (int round = 0; round < rounds; ++round) {
+      for (const Document& document : documents) {
+        const Times times = Measure(helper, document);
+        all.layout += times.layout;
+        all.page += times.page;
+        all.pdf += times.pdf;
+      }
+    }
+    Print("warm", all, static_cast<double>(documents.size()) * rounds);
+  } catch (const tarn::pages::PageFailure& failure) {
+    std::fprintf(stderr, "PageBench: %s\n", failure.what());
+    return 1;
+  }
+  return 0;
+}
