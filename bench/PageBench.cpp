@@ -10,6 +10,7 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "siblings/client/PageHelper.h"
@@ -80,7 +81,9 @@ int main(int argc, char** argv) {
     documents.push_back({KindOf(argv[i]), std::string(std::istreambuf_iterator<char>(file), {})});
   }
   try {
-    tarn::pages::PageHelper helper({.programs = argv[1], .limits = {}});
+    tarn::pages::HelperOptions options;
+    options.programs = argv[1];
+    tarn::pages::PageHelper helper(std::move(options));
     Print("first", Measure(helper, documents.front()), 1);
     Times all;
     for (int round = 0; round < rounds; ++round) {
