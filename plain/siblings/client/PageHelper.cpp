@@ -72,8 +72,15 @@ class PageHelper::Impl {
     Desk(const HelperOptions& options, const char* name) : helper(options, name) {}
     bool holds(uint64_t id) const { return id != 0 && id == document && helper.isRunning(); }
 
+    // For the next answer. What one process has done to its room is nothing to the next.
+    int readyRoom() {
+      if (std::exchange(roomOf, helper.starts()) != helper.starts()) room = AnswerRoom();
+      return room.ready();
+    }
+
     WarmHelper helper;
     AnswerRoom room;
+    uint64_t roomOf = 0;  // of which of the helper's processes
     uint64_t document = 0;
   };
 
@@ -153,7 +160,7 @@ Bitmap PageHelper::draw(const LaidOut& laidOut, int32_t page, int32_t dotsPerInc
   return desk.helper.converse([&](Conversation& conversation) {
     conversation.report(progress);
     const auto drawn = conversation.ask<DrawnAnswer>(
-        DrawRequest{page, dotsPerInch, static_cast<bool>(progress)}, desk.room.ready());
+        DrawRequest{page, dotsPerInch, static_cast<bool>(progress)}, desk.readyRoom());
     Bitmap bitmap;
     if (!TakeBitmap(drawn, desk.room, bitmap)) conversation.throwNonsense();
     return bitmap;
@@ -169,7 +176,7 @@ std::string PageHelper::pdf(const LaidOut& laidOut, PageRange range,
       static_cast<bool>(progress)};
   return desk.helper.converse([&](Conversation& conversation) {
     conversation.report(progress);
-    const auto made = conversation.ask<PdfMade>(request, desk.room.ready());
+    const auto made = conversation.ask<PdfMade>(request, desk.readyRoom());
     std::string pdf;
     if (!TakePdf(made, impl_->limits().memory, desk.room, pdf)) conversation.throwNonsense();
     return pdf;

@@ -9,7 +9,7 @@ namespace tarn::pages {
 namespace {
 
 // Whatever limit documents have.
-constexpr std::chrono::milliseconds kTimeToStart(30'000);
+constexpr std::chrono::milliseconds kTimeToStart(120'000);
 constexpr std::chrono::milliseconds kPatienceAtEnd(1'000);
 
 }  // namespace
@@ -72,6 +72,7 @@ void WarmHelper::startBehindSomeWall() {
 }
 
 void WarmHelper::spawn(HelperWall wall) {
+  ++starts_;
   process_ = std::make_unique<HelperProcess>(
       HelperPlan{program_, wall, options_.limits.memory, options_.temporary});
 }

@@ -3,6 +3,7 @@
 #ifndef TARN_SIBLINGS_CLIENT_WARMHELPER_H
 #define TARN_SIBLINGS_CLIENT_WARMHELPER_H
 
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -28,6 +29,8 @@ class WarmHelper {
   void makeReady();
 
   bool isRunning() const { return process_ != nullptr && !process_->isGone(); }
+  // How many processes there have been.
+  uint64_t starts() const { return starts_; }
 
   // Runs work(conversation). The helper outlives its refusals, and ends with anything else that is
   // thrown; what comes out is PageFailure, or what callbacks throw.
@@ -65,6 +68,7 @@ class WarmHelper {
   std::vector<Wall> walls_;  // without those that the machine has been seen not to allow
   std::string whyNot_;       // of the last of those
   std::unique_ptr<HelperProcess> process_;
+  uint64_t starts_ = 0;
   bool isStarting_ = false;  // behind the first of the walls; not yet heard of
 };
 

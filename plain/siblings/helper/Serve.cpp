@@ -157,7 +157,9 @@ class Server {
                                                std::to_string(request.dotsPerInch) + " dpi");
     }
     ReportedProgress progress(channel_, request.hearsProgress);
+    goOn(progress, 0);
     const Bitmap bitmap = layout_->draw(request.page, request.dotsPerInch, progress);
+    goOn(progress, 100);
     const auto width = static_cast<uint64_t>(bitmap.width);
     if (bitmap.pixels.size() != width * static_cast<uint64_t>(bitmap.height) * 4) {
       throw PageFailure(Trouble::BadDocument, "the bitmap is not of its size");
@@ -172,6 +174,10 @@ class Server {
     const std::string pdf = layout_->pdf(request.range, request.properties, progress);
     write(room, pdf);
     return Encode(PdfMade{pdf.size()});
+  }
+
+  static void goOn(ReportedProgress& progress, int percent) {
+    if (!progress.at(percent)) throw PageFailure(Trouble::Stopped, "stopped");
   }
 
   static void write(const Descriptor& room, std::string_view bytes) {

@@ -4,6 +4,7 @@
 #include <netinet/in.h>
 #include <sys/ptrace.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -40,6 +41,14 @@ bool Connect(const std::string& port) {
   return socket &&
          connect(socket.get(), reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
 }
+
+bool Truncate(const std::string& path) { return truncate(path.c_str(), 3) == 0; }
+
+bool CutByOpening(const std::string& path) {
+  return static_cast<bool>(Descriptor(::open(path.c_str(), O_RDONLY | O_TRUNC | O_CLOEXEC)));
+}
+
+bool ChangeMode(const std::string& path) { return chmod(path.c_str(), 0600) == 0; }
 
 bool MakeSocket(const std::string&) {
   return static_cast<bool>(Descriptor(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)));
@@ -115,6 +124,7 @@ std::optional<std::string> Attempt(const std::string& what, const std::string& w
       {"open", Open},           {"write", Write},       {"remove", Remove},
       {"connect", Connect},     {"socket", MakeSocket}, {"signal", Signal},
       {"parent", SignalParent}, {"exec", Execute},      {"fork", Fork},
+      {"truncate", Truncate},   {"cut", CutByOpening},  {"chmod", ChangeMode},
       {"trace", Trace},         {"thread", Thread},     {"early", AskEarlyThread},
   };
   const auto found = attempts.find(what);

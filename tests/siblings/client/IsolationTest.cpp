@@ -92,6 +92,9 @@ TEST_P(IsolationTest, LibrariesAreRead) {
 TEST_P(IsolationTest, NothingIsWritten) {
   EXPECT_EQ(attempt("write " + (home_.path() / "new").string()), apart());
   EXPECT_EQ(attempt("write " + (home_.path() / "private").string()), apart());
+  for (const std::string change : {"truncate ", "cut ", "chmod "}) {
+    EXPECT_EQ(attempt(change + (home_.path() / "private").string()), apart()) << change;
+  }
   EXPECT_EQ(attempt("remove " + (home_.path() / "private").string()), apart());
   if (GetParam().wall == Behind::NoWall) return;
   EXPECT_EQ(attempt("write /usr/tarnmail-test"), "refused\n");

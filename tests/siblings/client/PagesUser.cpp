@@ -17,8 +17,8 @@ int main(int argc, char** argv) {
   DocumentOnPaper document;
   document.bytes = "draw report 1\ndraw loop";
   const LaidOut laidOut = helper.layOut(document);
-  helper.draw(laidOut, 1, 72, [](int) {
-    std::puts("busy");
+  helper.draw(laidOut, 1, 72, [](int percent) {
+    if (percent == 1) std::puts("busy");
     std::fflush(stdout);
     return true;
   });

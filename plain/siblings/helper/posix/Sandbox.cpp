@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <csignal>
 #include <initializer_list>
+#include <utility>
 
 namespace tarn::pages {
 namespace {
@@ -126,15 +127,17 @@ constexpr int kAlways[] = {
     SCMP_SYS(umask),
 };
 
+// None that changes a file by its name without opening it: the wall around files does not stop all
+// of those.
 constexpr int kForWriting[] = {
-    SCMP_SYS(chmod),     SCMP_SYS(copy_file_range), SCMP_SYS(creat),     SCMP_SYS(fallocate),
-    SCMP_SYS(fchmod),    SCMP_SYS(fchmodat),        SCMP_SYS(fdatasync), SCMP_SYS(flock),
-    SCMP_SYS(fsync),     SCMP_SYS(ftruncate),       SCMP_SYS(link),      SCMP_SYS(linkat),
-    SCMP_SYS(mkdir),     SCMP_SYS(mkdirat),         SCMP_SYS(open),      SCMP_SYS(openat),
-    SCMP_SYS(pwritev),   SCMP_SYS(rename),          SCMP_SYS(renameat),  SCMP_SYS(renameat2),
-    SCMP_SYS(rmdir),     SCMP_SYS(sendfile),        SCMP_SYS(symlink),   SCMP_SYS(symlinkat),
-    SCMP_SYS(truncate),  SCMP_SYS(unlink),          SCMP_SYS(unlinkat),  SCMP_SYS(utime),
-    SCMP_SYS(utimensat), SCMP_SYS(utimes),
+    SCMP_SYS(copy_file_range), SCMP_SYS(creat),     SCMP_SYS(fallocate),
+    SCMP_SYS(fchmod),          SCMP_SYS(fdatasync), SCMP_SYS(flock),
+    SCMP_SYS(fsync),           SCMP_SYS(ftruncate), SCMP_SYS(link),
+    SCMP_SYS(linkat),          SCMP_SYS(mkdir),     SCMP_SYS(mkdirat),
+    SCMP_SYS(pwritev),         SCMP_SYS(rename),    SCMP_SYS(renameat),
+    SCMP_SYS(renameat2),       SCMP_SYS(rmdir),     SCMP_SYS(sendfile),
+    SCMP_SYS(symlink),         SCMP_SYS(symlinkat), SCMP_SYS(unlink),
+    SCMP_SYS(unlinkat),
 };
 
 // Those that can make a process known to others, as its owner for signals, are not among them.
@@ -184,6 +187,17 @@ void AllowReadingAlone(Filter& filter) {
   filter.allowIf(SCMP_SYS(openat), {HasOf(2, kChanges, O_RDONLY)});
 }
 
+// What is opened to be read alone is not cut either: the wall around files may not see that.
+void AllowOpening(Filter& filter) {
+  constexpr uint64_t kCutting = O_ACCMODE | O_TRUNC;
+  for (const auto& [call, flags] :
+       {std::pair(SCMP_SYS(open), 1U), std::pair(SCMP_SYS(openat), 2U)}) {
+    filter.allowIf(call, {HasOf(flags, kCutting, O_RDONLY)});
+    filter.allowIf(call, {HasOf(flags, O_ACCMODE, O_WRONLY)});
+    filter.allowIf(call, {HasOf(flags, O_ACCMODE, O_RDWR)});
+  }
+}
+
 void AllowForItself(Filter& filter) {
   const auto self = static_cast<uint64_t>(getpid());
   filter.allowIf(SCMP_SYS(kill), {Is(0, self)});
@@ -216,6 +230,7 @@ bool WallOffSystemCalls(Files files) {
   AllowForItself(filter);
   if (files == Files::WrittenToo) {
     for (const int call : kForWriting) filter.allow(call);
+    AllowOpening(filter);
   } else {
     AllowReadingAlone(filter);
   }
