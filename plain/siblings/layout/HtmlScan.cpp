@@ -141,6 +141,8 @@ std::string_view HtmlScanner::withoutMark(std::string_view text) {
   constexpr std::string_view kMark = "+/v";
   const size_t first = text.find_first_not_of(" \t\r\n");
   if (bodySeen_ || tables_ > 0 || first == std::string_view::npos) return text;
+  // The block ends with an empty paragraph.
+  if (text.substr(first) == "&nbsp;") return text;
   bodySeen_ = true;
   return text.substr(first).starts_with(kMark) ? text.substr(first + kMark.size()) : text;
 }

@@ -78,6 +78,8 @@ TEST(HtmlScan, TheMarkOf7BitContentIsNotShown) {
   EXPECT_EQ(Scanned("+/v<p>a"), "<p>a");
   EXPECT_EQ(Scanned("<html><table><tr><td>From</td></tr></table>\r\n+/v<html>a"),
             "<html><table><tr><td>From</td></tr></table><html>a");
+  EXPECT_EQ(Scanned("<html><table><tr><td>From</td></tr></table><p>&nbsp;</p>\r\n+/v<b>a</b>"),
+            "<html><table><tr><td>From</td></tr></table><p>&nbsp;</p><b>a</b>");
   EXPECT_EQ(Scanned("<p>a</p>+/v"), "<p>a</p>+/v");
 }
 

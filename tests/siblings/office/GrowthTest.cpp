@@ -33,8 +33,8 @@ TEST(VeryManyDocuments, DoNotGrowTheProcess) {
   LayOutSome(30);
   const int64_t before = ResidentMemory();
   LayOutSome(200);
-  // 50 kB a document; one that is not given back takes ten times that.
-  EXPECT_LT(ResidentMemory() - before, 10'000);
+  // A document that is not given back takes 500 kB; the library's own caches grow by some 10 MB.
+  EXPECT_LT(ResidentMemory() - before, 40'000);
 }
 
 }  // namespace
