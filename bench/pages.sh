@@ -32,7 +32,7 @@ for ending in html txt rtf; do
   files=("$work"/*."$ending")
   [ -e "${files[0]}" ] || continue
   printf '%s, %s documents\n' "$ending" "${#files[@]}"
-  "$build/bench/PageBench" "$build" $((1000 / ${#files[@]})) "${files[@]}"
+  "$build/bench/PageBench" "$build" $((1000 / ${#files[@]} + 1)) "${files[@]}"
 done
 
 # milliseconds COMMAND...: of one run.
