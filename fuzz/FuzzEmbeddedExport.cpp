@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -23,6 +24,7 @@ namespace {
 
 using tarn::CompoundOk;
 using tarn::CompoundStorage;
+using tarn::CompoundStream;
 
 constexpr std::string_view kEmbedded = "__substg1.0_3701000D";
 constexpr std::string_view kProperties = "__properties_version1.0";
@@ -60,12 +62,12 @@ class File {
   std::optional<tarn::CompoundFile> file_;
 };
 
-std::string Read(const CompoundStorage& storage, const std::string& path) {
-  std::optional<tarn::CompoundStream> stream = storage.file->open(path);
-  if (!stream || stream->size() > storage.file->size()) return {};
-  std::string bytes(stream->size(), '\0');
+// What can be read of a stream.
+std::string Read(CompoundStream& stream) {
+  if (stream.size() > stream.file->size()) return {};
+  std::string bytes(stream.size(), '\0');
   bytes.resize(
-      StreamRead(*stream, 0, {reinterpret_cast<unsigned char*>(bytes.data()), bytes.size()}));
+      StreamRead(stream, 0, {reinterpret_cast<unsigned char*>(bytes.data()), bytes.size()}));
   return bytes;
 }
 
@@ -78,9 +80,16 @@ bool IsPlain(std::string_view name) {
   return !name.empty() && name.size() <= 31 && name.find('/') == std::string_view::npos;
 }
 
+// A path that ends with "/". One more "/" would lead into a storage that has no name.
+std::string AsDirectory(std::string path) {
+  if (!path.ends_with('/')) path += '/';
+  return path;
+}
+
 // Compares the streams of the root with those of the embedded message. Names that a file cannot
 // have, or has twice, are nobody's concern.
 void Compare(const CompoundStorage& source, const std::string& path, const CompoundStorage& copy) {
+  const std::string directory = AsDirectory(path);
   const auto names = ListEntryNames(source, path);
   for (size_t i = 0; i < names.size(); ++i) {
     const std::string name(names[i]);
@@ -88,10 +97,11 @@ void Compare(const CompoundStorage& source, const std::string& path, const Compo
     for (const auto& other : names) count += other == names[i] ? 1 : 0;
     if (!IsPlain(name) || count != 1 || name == kProperties || name == "__nameid_version1.0")
       continue;
-    std::string inSource = path;
-    inSource.append("/").append(name);
-    if (!source.file->open(inSource)) continue;
-    if (Read(source, inSource) != Read(copy, name)) Fail("a stream has changed");
+    std::optional<CompoundStream> from = source.file->open(directory + name);
+    if (!from) continue;
+    const std::string bytes = Read(*from);
+    std::optional<CompoundStream> to = copy.file->open(name);
+    if (bytes != (to ? Read(*to) : std::string())) Fail("a stream has changed");
   }
 }
 
