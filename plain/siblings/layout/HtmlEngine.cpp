@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <utility>
+#include <vector>
 
 #include "siblings/layout/BidiLines.h"
 #include "siblings/layout/DisplayPainter.h"
@@ -21,7 +22,11 @@ namespace {
 
 constexpr double kMargin = 36;  // points
 constexpr double kPointsPerPixel = 72.0 / 96.0;
-constexpr double kLeastScale = 0.35;
+// Words and pictures count for the scale of a page up to this; what is still further to the right
+// is somewhere by mistake.
+constexpr double kLeastScale = 0.05;
+// A ground, or a border, counts up to this even if there is little on it.
+constexpr double kLeastGroundScale = 0.35;
 
 bool IsSeen(const Painted& item) {
   if (const auto* text = std::get_if<PaintedText>(&item)) {
@@ -30,14 +35,62 @@ bool IsSeen(const Painted& item) {
   return !std::holds_alternative<ClipBegin>(item);
 }
 
-// How far what is seen reaches to the right.
-double RightOf(const DisplayList& list) {
-  double right = 0;
+Box Overlap(const Box& one, const Box& other) {
+  const double left = std::max(one.left, other.left);
+  const double top = std::max(one.top, other.top);
+  return {left, top, std::min(one.right(), other.right()) - left,
+          std::min(one.bottom(), other.bottom()) - top};
+}
+
+struct SeenBox {
+  Box box;
+  bool ground = false;  // or a border: not a word or a picture
+};
+
+SeenBox SeenBoxOf(const Painted& item, const Box& box) {
+  SeenBox seen = {box, !std::holds_alternative<PaintedText>(item)};
+  if (const auto* picture = std::get_if<PaintedPicture>(&item)) {
+    seen.ground = picture->repeatX || picture->repeatY;
+    if (!seen.ground) seen.box = Overlap(box, picture->tile);
+  }
+  return seen;
+}
+
+// What is neither blank, nor clipped away, nor above or left of the sheet.
+std::vector<SeenBox> SeenBoxesOf(const DisplayList& list) {
+  constexpr double kEndless = 1e12;
+  std::vector<SeenBox> all;
+  std::vector<Box> clips = {{0, 0, kEndless, kEndless}};
   for (const Painted& item : list.items) {
     const Box* box = BoxOf(item);
-    if (box != nullptr && IsSeen(item)) right = std::max(right, box->right());
+    if (box == nullptr) {
+      if (clips.size() > 1) clips.pop_back();
+    } else if (std::holds_alternative<ClipBegin>(item)) {
+      clips.push_back(Overlap(clips.back(), *box));
+    } else if (IsSeen(item)) {
+      SeenBox seen = SeenBoxOf(item, *box);
+      seen.box = Overlap(clips.back(), seen.box);
+      if (seen.box.width > 0 && seen.box.height > 0) all.push_back(seen);
+    }
   }
-  return right;
+  return all;
+}
+
+// How far to the right there is something that a page of that width should show. Grounds count as
+// far as there is content on at least half of them.
+double ReachOf(const DisplayList& list, double width, double leastScale) {
+  const std::vector<SeenBox> all = SeenBoxesOf(list);
+  const auto reach = [&](bool ground, double most) {
+    double right = 0;
+    for (const SeenBox& seen : all) {
+      if (seen.ground == ground && seen.box.right() <= most) {
+        right = std::max(right, seen.box.right());
+      }
+    }
+    return right;
+  };
+  const double content = reach(false, width / leastScale);
+  return std::max(content, reach(true, std::max(2 * content, width / kLeastGroundScale)));
 }
 
 SheetExtents ExtentsOf(const DisplayList& list, double pageHeight) {
@@ -147,6 +200,25 @@ DisplayList Record(litehtml::document& document, HtmlContainer& container, int w
   return container.takeDisplayList();
 }
 
+struct Recorded {
+  DisplayList list;
+  double width = 0;  // of the list, in pixels, that a page shows
+};
+
+// Laid out at the width of a page, or at that of what does not fit one.
+Recorded RecordAll(litehtml::document& document, HtmlContainer& container, int width) {
+  DisplayList list = Record(document, container, width);
+  const double needed = std::ceil(ReachOf(list, width, kLeastScale));
+  if (needed <= width + 1) return {std::move(list), static_cast<double>(width)};
+  DisplayList wider = Record(document, container, static_cast<int>(needed));
+  // What is told to be wider than its surroundings never fits.
+  constexpr double kMostGrowth = 1.25;
+  constexpr double kNoLeastScale = 1e-9;
+  const double reached = std::ceil(ReachOf(wider, needed, kNoLeastScale));
+  if (reached > kMostGrowth * needed) return {std::move(list), needed};
+  return {std::move(wider), std::max(needed, reached)};
+}
+
 std::unique_ptr<Layout> HtmlEngine::layOutHtml(const std::string& bytes, const PaperSheet& sheet,
                                                DocumentFolder& folder) {
   ScannedHtml scanned = ScanHtml(DecodeHtmlDocument(bytes));
@@ -156,16 +228,10 @@ std::unique_ptr<Layout> HtmlEngine::layOutHtml(const std::string& bytes, const P
   HtmlContainer container(fonts_.get(), *pictures, width, height);
   const auto document =
       litehtml::document::createFromUTF8(scanned.html.c_str(), &container, &styles_);
-  DisplayList list = Record(*document, container, width);
-  double scale = kPointsPerPixel;
-  const double needed = RightOf(list);
-  if (needed > width + 1) {
-    const double wider = std::min(std::ceil(needed), std::floor(width / kLeastScale));
-    list = Record(*document, container, static_cast<int>(wider));
-    scale *= width / wider;
-  }
-  ArrangeWords(list);
-  return std::make_unique<HtmlLayout>(sheet, scale, std::move(list), container.takeFonts(),
+  Recorded recorded = RecordAll(*document, container, width);
+  ArrangeWords(recorded.list);
+  return std::make_unique<HtmlLayout>(sheet, kPointsPerPixel * width / recorded.width,
+                                      std::move(recorded.list), container.takeFonts(),
                                       std::move(pictures));
 }
 

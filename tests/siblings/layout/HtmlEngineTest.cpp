@@ -195,5 +195,22 @@ TEST_F(HtmlEngineTest, OtherKindsAreRefused) {
   EXPECT_THROW(engine_->layOut(DocumentKind::Text, "a", Paper::A4, folder_), PageFailure);
 }
 
+TEST_F(HtmlEngineTest, ProgressIsHeardAndStops) {
+  const auto layout = layOut(repeated("<p>a</p>", 100));
+  ASSERT_EQ(layout->pageCount(), 4);
+  CountingProgress all;
+  layout->pdf({}, {}, all);
+  EXPECT_EQ(all.heard, (std::vector<int>{0, 25, 50, 75}));
+  CountingProgress two(2);
+  try {
+    layout->pdf({}, {}, two);
+    FAIL();
+  } catch (const PageFailure& failure) {
+    EXPECT_EQ(failure.trouble(), Trouble::Stopped);
+    EXPECT_STREQ(failure.what(), "stopped");
+  }
+  EXPECT_EQ(two.heard, (std::vector<int>{0, 25, 50}));
+}
+
 }  // namespace
 }  // namespace tarn::test

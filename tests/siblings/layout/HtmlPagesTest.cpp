@@ -90,10 +90,75 @@ TEST_F(HtmlPagesTest, AWideTableIsMadeSmaller) {
   EXPECT_EQ(WordsOfPdf(PdfOf(*layout)), "wide");
 }
 
-TEST_F(HtmlPagesTest, AWideTableIsNotMadeTiny) {
-  // At a third of its size a letter H is about 4 pixels high.
-  const auto layout = layOut("<table width=9000 bgcolor='#fefefe'><tr><td>HHH</td></tr></table>");
-  EXPECT_NEAR(BoxOfInk(DrawPage(*layout, 1, 288)).height() / 3.0, 4, 0.7);
+TEST_F(HtmlPagesTest, TheLastCellOfAVeryWideTableIsOnThePage) {
+  const auto layout = layOut(
+      "<table width=4000 cellspacing=0><tr><td width=3800>first</td>"
+      "<td style='color:#dc1414' bgcolor='#dc1414'>last</td></tr></table>");
+  EXPECT_EQ(layout->pageCount(), 1);
+  const PixelBox cell = BoxOfColour(DrawPage(*layout, 1, 288), kRed);
+  EXPECT_NEAR(cell.left / 3.0, 48 + 698 * 3800 / 4000, 3);
+  EXPECT_NEAR(cell.right / 3.0, 48 + 698, 2);
+  EXPECT_EQ(WordsOfPdf(PdfOf(*layout)), "first last");
+}
+
+TEST_F(HtmlPagesTest, AllCellsOfManyColumnsAreOnThePage) {
+  std::string cells;
+  std::string words;
+  for (int i = 1; i <= 60; ++i) {
+    const std::string word = "column" + std::to_string(i);
+    cells += "<td bgcolor='" + std::string(i == 60 ? "#dc1414" : "#fefefe") + "'>" + word + "</td>";
+    words += (i == 1 ? "" : " ") + word;
+  }
+  const auto layout = layOut("<table border=1><tr>" + cells + "</tr></table>");
+  const PixelBox last = BoxOfColour(DrawPage(*layout, 1, 288), kRed);
+  EXPECT_GT(last.width(), 20);
+  EXPECT_GT(last.right, 3 * 730);
+  EXPECT_LE(last.right, 3 * (794 - 47));
+  EXPECT_EQ(WordsOfPdf(PdfOf(*layout)), words);
+}
+
+TEST_F(HtmlPagesTest, APictureFarToTheRightIsOnThePage) {
+  const auto layout = layOut("<div style='margin-left:3000px'><img width=200 height=100 src=\"" +
+                             DataUrlOf(PngOf(10, 10, kRed)) + "\"></div>");
+  const PixelBox picture = BoxOfColour(DrawPage(*layout, 1, 288), kRed);
+  EXPECT_NEAR(picture.width() / 3.0, 698.0 * 200 / 3200, 2);
+  EXPECT_NEAR(picture.right / 3.0, 48 + 698, 2);
+}
+
+TEST_F(HtmlPagesTest, WhatIsWiderThanItsSurroundingsIsOnThePage) {
+  const auto layout = layOut("<div style='width:300%;text-align:right'>HHH</div>");
+  const PixelBox ink = BoxOfInk(DrawPage(*layout, 1, 288));
+  EXPECT_NEAR(ink.right / 3.0, 48 + 698, 2);
+  EXPECT_NEAR(ink.height() / 3.0, 11.5 / 3, 0.7);
+  EXPECT_EQ(WordsOfPdf(PdfOf(*layout)), "HHH");
+}
+
+TEST_F(HtmlPagesTest, WhatIsNotSeenMakesNoTextSmaller) {
+  const std::string dot = DataUrlOf(PngOf(1, 1, {254, 254, 254}));
+  const std::string hidden = "white-space:nowrap;overflow:hidden;color:#fefefe'>";
+  for (const std::string& wide : std::vector<std::string>{
+           "<div style='width:1e9px;height:9px;background:#fefefe'></div>",
+           "<div style='width:100000px;border:1px solid #fefefe'></div>",
+           "<div style='width:100000px;height:9px;background:url(" + dot + ")'></div>",
+           "<div style='width:9000px;height:9px;background:url(" + dot + ") no-repeat'></div>",
+           "<table width=9000 bgcolor='#fefefe'><tr><td>&#32;</td></tr></table>",
+           "<div style='position:absolute;left:1e9px'>x</div>",
+           "<div style='position:absolute;top:-500px;left:9000px'>x</div>",
+           "<div style='width:90px;height:0;" + hidden + repeated("word ", 200) + "</div>",
+           "<div style='width:90px;" + hidden + repeated("word ", 200) + "</div>"}) {
+    const auto layout = layOut(wide + "<p>HHH</p>");
+    // A capital of the default font is 0.72 of its 16 pixels.
+    EXPECT_NEAR(BoxOfInk(DrawPage(*layout, 1, 288)).height() / 3.0, 11.5, 1) << wide;
+    EXPECT_NE(WordsOfPdf(PdfOf(*layout)).find("HHH"), std::string::npos) << wide;
+  }
+}
+
+TEST_F(HtmlPagesTest, ALineThatIsNotBrokenIsOnThePage) {
+  std::string words;
+  for (int i = 1; i <= 200; ++i) words += (i == 1 ? "" : " ") + std::to_string(i);
+  const auto layout = layOut("<div style='white-space:nowrap'>" + words + "</div>");
+  EXPECT_LE(BoxOfInk(DrawPage(*layout, 1)).right, 794 - 47);
+  EXPECT_EQ(WordsOfPdf(PdfOf(*layout)), words);
 }
 
 TEST_F(HtmlPagesTest, ALongAddressIsBrokenAndShrinksNothing) {

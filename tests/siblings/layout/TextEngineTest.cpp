@@ -206,6 +206,7 @@ TEST_F(TextEngineTest, ProgressIsHeardAndStops) {
     FAIL();
   } catch (const PageFailure& failure) {
     EXPECT_EQ(failure.trouble(), Trouble::Stopped);
+    EXPECT_STREQ(failure.what(), "stopped");
   }
 }
 
