@@ -75,7 +75,7 @@ std::string InfoText(const Workplace& at, const InfoOptions& options);
 Pages MakePages(const Workplace& at, const PagesOptions& options);
 
 // What fltInfo tells of a message that is laid out, its number of pages among it. As MakePages.
-MessageAnswer LaidOutAnswer(const Workplace& at, const MessageChoice& choice, bool sandbox);
+MessageAnswer LaidOutAnswer(const Workplace& at, const MailFile& mail, bool sandbox);
 
 // The finished document, exactly the bytes that the sibling gets.
 std::string DocumentBytes(const Workplace& at, const DocumentOptions& options);

@@ -12,6 +12,10 @@ namespace tarn::host {
 // once. Where no thread can be had, nothing changes.
 void WatchEndingSignals(void (*cleanUp)());
 
+// Kills the processes that this one has started, which could make files again that are removed, and
+// waits until they are gone. Does nothing on Windows, where none are started.
+void EndChildren();
+
 }  // namespace tarn::host
 
 #endif

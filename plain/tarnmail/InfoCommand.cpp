@@ -113,8 +113,7 @@ std::string Text(const InfoOptions& options, const Answer& answer) {
 std::string InfoText(const Workplace& at, const InfoOptions& options) {
   const MailFile mail(at.filter, options.message, at.folder);
   try {
-    return Text(options,
-                options.pages ? LaidOutAnswer(at, options.message, options.sandbox) : mail.read());
+    return Text(options, options.pages ? LaidOutAnswer(at, mail, options.sandbox) : mail.read());
   } catch (const Refusal& refusal) {
     const std::optional<Lack> lack = LackOf(mail, options.message, refusal);
     if (!lack) throw;

@@ -24,6 +24,7 @@ Notes& AllNotes() {
 // The lock is kept for good, so that nothing is made after this.
 void RemoveAllNoted() {
   AllNotes().mutex.lock();
+  EndChildren();
   for (const std::filesystem::path& path : AllNotes().paths) RemoveTree(path);
 }
 

@@ -148,8 +148,8 @@ void AddPagesCommand(CLI::App& app, CommandLine& line) {
       ->required()
       ->type_name("OUT");
   command->add_flag("--pdf", options.pdf, "One PDF instead of PNG files");
-  AddNumber(*command, "--dpi", options.dotsPerInch, {10, 1200},
-            "Dots per inch of PNG files, from 10 to 1200 (default 96)");
+  AddNumber(*command, "--dpi", options.dotsPerInch, {10, 800},
+            "Dots per inch of PNG files, from 10 to 800 (default 96)");
   AddPaper(*command, options.paper);
   AddPageChoice(*command, options.pages);
   AddSandboxOption(*command, options.sandbox);

@@ -26,9 +26,11 @@ fs::path FolderOfHelpers() {
 
 }  // namespace
 
-pages::HelperOptions InstalledHelpers(bool sandbox) {
+pages::HelperOptions InstalledHelpers(PrivateFolder& folder, bool sandbox) {
   pages::HelperOptions options;
   options.programs = FolderOfHelpers();
+  std::error_code unmade;
+  options.temporary = folder.path(unmade);
   options.sandbox = sandbox;
   return options;
 }

@@ -3,6 +3,7 @@
 #ifndef TARN_TARNMAIL_PAGES_HELPERPAGES_H
 #define TARN_TARNMAIL_PAGES_HELPERPAGES_H
 
+#include "tarnmail/PrivateFolder.h"
 #include "tarnmail/pages/PageMaker.h"
 
 namespace tarn::host {
@@ -11,9 +12,10 @@ namespace tarn::host {
 inline constexpr const char* kHowToInstallHelpers =
     "install the package tarnpst-pages, or let ./run pages of the sources build them";
 
-// The helpers that are beside this program or where an installation has them. Throws Failure
-// (Broken) with what to install where there are none.
-pages::HelperOptions InstalledHelpers(bool sandbox);
+// The helpers that are beside this program or where an installation has them, with their own
+// folders in `folder`, or in the system's for temporary files where that cannot be made. Throws
+// Failure (Broken) with what to install where there are none.
+pages::HelperOptions InstalledHelpers(PrivateFolder& folder, bool sandbox);
 
 class HelperPages : public PageMaker {
  public:

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <exception>
 #include <filesystem>
+#include <functional>
 #include <new>
 #include <type_traits>
 #include <utility>
@@ -56,7 +57,7 @@ pages::DocumentKind KindOf(const HostFileInfo& info) {
   }
 }
 
-int32_t StatusOf(Trouble trouble) {
+int32_t StatusOf(Trouble trouble) noexcept {
   switch (trouble) {
     case Trouble::BadDocument:
       return StatusNotSupported;
@@ -69,6 +70,12 @@ int32_t StatusOf(Trouble trouble) {
     default:
       return StatusFailed;
   }
+}
+
+// Of the bytes and of the folder that names in them lead to.
+uint64_t HashOf(std::string_view bytes, const fs::path& folder) {
+  constexpr uint64_t kOdd = 0x9E3779B97F4A7C15;
+  return std::hash<std::string_view>()(bytes) * kOdd + fs::hash_value(folder);
 }
 
 // The filter joins names with "\" on every system.
@@ -173,17 +180,28 @@ void HostSiblings::attachTo(FilterLoadContext& context) const {
 }
 
 // Turns whatever is thrown into a status, and remembers it.
-int32_t HostSiblings::run(const std::function<int32_t()>& call) try {
+template <typename Call>
+int32_t HostSiblings::run(const Call& call) noexcept try {
   failure_.reset();
   return call();
 } catch (const PageFailure& failure) {
-  failure_ = failure;
-  return StatusOf(failure.trouble());
+  return fail(failure.trouble(), failure.what());
 } catch (const std::bad_alloc&) {
   return StatusOutOfMemory;
 } catch (const std::exception& error) {
-  failure_ = PageFailure(Trouble::HelperDied, error.what());
+  return fail(Trouble::HelperDied, error.what());
+} catch (...) {
   return StatusFailed;
+}
+
+// Without memory for the reason, the status has to do.
+int32_t HostSiblings::fail(Trouble trouble, const char* why) noexcept {
+  try {
+    failure_ = PageFailure(trouble, why);
+  } catch (const std::bad_alloc&) {
+    failure_.reset();
+  }
+  return StatusOf(trouble);
 }
 
 HostSiblings::Document HostSiblings::documentByName(const char16_t* path, std::string_view bytes,
@@ -212,7 +230,7 @@ KeptLayout HostSiblings::layOut(const Document& document, const HostLoadOptions&
   KeptLayout wanted;
   wanted.kind = document.kind;
   wanted.documentBytes = document.bytes.size();
-  wanted.documentHash = std::hash<std::string_view>()(document.bytes);
+  wanted.documentHash = HashOf(document.bytes, document.folder);
   const auto isThere = [&](const KeptLayout& kept) {
     return kept.kind == wanted.kind && kept.documentBytes == wanted.documentBytes &&
            kept.documentHash == wanted.documentHash && maker_.holds(kept.laidOut);

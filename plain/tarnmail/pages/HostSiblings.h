@@ -17,7 +17,7 @@
 // A document that was laid out is not laid out again as long as the maker holds it. Which one that
 // is, a small block tells that the filter keeps for the siblings in the slot. The last document is
 // remembered besides, since fltLoad passes the block of the first message whatever the message is.
-// Whether it is that document is told by its bytes.
+// Whether it is that document is told by its bytes and its folder.
 //
 // Results are codes of TarnPst.h; why a call failed is in failure(). Nothing is thrown into the
 // filter:
@@ -33,7 +33,6 @@
 #define TARN_TARNMAIL_PAGES_HOSTSIBLINGS_H
 
 #include <cstdint>
-#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -55,7 +54,7 @@ struct KeptLayout {
   pages::LaidOut laidOut;
   pages::DocumentKind kind = pages::DocumentKind::Html;
   uint64_t documentBytes = 0;
-  uint64_t documentHash = 0;
+  uint64_t documentHash = 0;  // of the bytes and of the folder
 };
 
 // The filter calls siblings without a value of the host's, so that one object at a time is the one
@@ -96,7 +95,9 @@ class HostSiblings {
   static int32_t TargetFromMemory(const void* data, uint64_t opaque, uint64_t size, void* options,
                                   void* info);
 
-  int32_t run(const std::function<int32_t()>& call);
+  template <typename Call>
+  int32_t run(const Call& call) noexcept;
+  int32_t fail(pages::Trouble trouble, const char* why) noexcept;
   Document documentByName(const char16_t* path, std::string_view bytes,
                           const HostFileInfo& info) const;
   Document documentInMemory(const void* data, uint64_t size, const HostFileInfo& info) const;

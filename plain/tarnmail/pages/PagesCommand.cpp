@@ -51,12 +51,12 @@ pages::Paper PaperOf(PaperFormat paper) {
   return paper == PaperFormat::Letter ? pages::Paper::Letter : pages::Paper::A4;
 }
 
-// A message that is laid out, in the filter's hands and the siblings'.
+// A message that is laid out, in the filter's hands and the siblings'. The file outlives it.
 class PagedMail {
  public:
-  PagedMail(const Workplace& at, const MessageChoice& choice, pages::Paper paper, bool sandbox)
-      : maker_(InstalledHelpers(sandbox)),
-        mail_(at.filter, choice, at.folder),
+  PagedMail(const Workplace& at, const MailFile& mail, pages::Paper paper, bool sandbox)
+      : maker_(InstalledHelpers(at.folder, sandbox)),
+        mail_(mail),
         siblings_(maker_, paper, mail_.format()),
         slot_(at.filter) {
     // A mail has no RTF: its helper starts while the filter reads.
@@ -112,7 +112,7 @@ class PagedMail {
   }
 
   HelperPages maker_;
-  const MailFile mail_;
+  const MailFile& mail_;
   HostSiblings siblings_;
   FilterSlot slot_;
   MessageAnswer answer_;
@@ -144,11 +144,12 @@ void DrawInto(PageFolder& folder, PagedMail& mail, const PagesOptions& options, 
   const int64_t count = int64_t{range.last} - range.first + 1;
   for (int32_t page = range.first; page <= range.last; ++page) {
     const int64_t done = int64_t{page} - range.first;
-    HostBitmap bitmap;
     const auto report = [&](int percent) {
       bar.set(static_cast<int>((done * 100 + percent) / count));
       return true;
     };
+    report(0);
+    HostBitmap bitmap;
     mail.draw(page, options.dotsPerInch, report, bitmap);
     folder.write(page,
                  PngFile({bitmap.width(), bitmap.height(), bitmap.dotsPerInch(), bitmap.rows()}));
@@ -181,7 +182,8 @@ Pages MakePages(const Workplace& at, const PagesOptions& options) {
     }
     made.folder = std::make_unique<PageFolder>(options.output, options.message.file);
   }
-  PagedMail mail(at, options.message, PaperOf(options.paper), options.sandbox);
+  const MailFile file(at.filter, options.message, at.folder);
+  PagedMail mail(at, file, PaperOf(options.paper), options.sandbox);
   if (options.pdf) {
     made.pdf = PdfOf(mail, options, bar);
   } else {
@@ -190,10 +192,9 @@ Pages MakePages(const Workplace& at, const PagesOptions& options) {
   return made;
 }
 
-MessageAnswer LaidOutAnswer(const Workplace& at, const MessageChoice& choice, bool sandbox) {
+MessageAnswer LaidOutAnswer(const Workplace& at, const MailFile& mail, bool sandbox) {
   ProgressBar bar;
-  const PagedMail mail(at, choice, pages::Paper::A4, sandbox);
-  return mail.answer();
+  return PagedMail(at, mail, pages::Paper::A4, sandbox).answer();
 }
 
 }  // namespace tarn::host

@@ -5,10 +5,14 @@
 
 #include <fcntl.h>
 #include <pthread.h>
+#include <sys/types.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
+#include <filesystem>
+#include <fstream>
 #include <system_error>
 #include <thread>
 
@@ -84,6 +88,23 @@ void WatchEndingSignals(void (*cleanUp)()) {
   fcntl(ends[1], F_SETFL, O_NONBLOCK);
   toThread = ends[1];
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) HandleUnlessIgnored(signal);
+}
+
+void EndChildren() {
+  namespace fs = std::filesystem;
+  std::error_code error;
+  for (fs::directory_iterator thread("/proc/self/task", error), end; !error && thread != end;
+       thread.increment(error)) {
+    std::ifstream children(thread->path() / "children");
+    for (pid_t child = 0; children >> child;) {
+      kill(child, SIGKILL);
+      // Whoever started it may be the one to take its status.
+      siginfo_t ended = {};
+      while (waitid(P_PID, static_cast<id_t>(child), &ended, WEXITED | WNOWAIT) != 0 &&
+             errno == EINTR) {
+      }
+    }
+  }
 }
 
 }  // namespace tarn::host

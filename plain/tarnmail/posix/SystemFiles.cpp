@@ -93,7 +93,10 @@ void RemoveTree(const fs::path& path) {
   std::error_code error;
   for (int attempt = 0; attempt < kMostAttempts; ++attempt) {
     fs::remove_all(path, error);
-    if (error != std::errc::directory_not_empty) return;
+    // Another thread that removes the same takes files from under this one.
+    if (error != std::errc::directory_not_empty && error != std::errc::no_such_file_or_directory) {
+      return;
+    }
   }
 }
 

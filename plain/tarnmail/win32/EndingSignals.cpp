@@ -20,4 +20,6 @@ void WatchEndingSignals(void (*cleanUp)()) {
   SetConsoleCtrlHandler(CleanUp, TRUE);
 }
 
+void EndChildren() {}
+
 }  // namespace tarn::host

@@ -12,6 +12,6 @@ namespace {
 
 Pages MakePages(const Workplace&, const PagesOptions&) { RefusePages(); }
 
-MessageAnswer LaidOutAnswer(const Workplace&, const MessageChoice&, bool) { RefusePages(); }
+MessageAnswer LaidOutAnswer(const Workplace&, const MailFile&, bool) { RefusePages(); }
 
 }  // namespace tarn::host

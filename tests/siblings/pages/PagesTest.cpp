@@ -170,6 +170,9 @@ TEST_F(Pages, AreCountedByInfo) {
   EXPECT_EQ(answer["document"], "text");
   EXPECT_EQ(output({"info", "--pages", Example("msg/html-image.msg")}).find("unknown"),
             std::string::npos);
+  standardInput_ = kHtmlMail;
+  EXPECT_EQ(json::parse(output({"info", "--json", "--pages", "-"}))["pages"], 1);
+  standardInput_.reset();
   // Only when it is asked.
   EXPECT_EQ(json::parse(output({"info", "--json", Example("plain-7bit.eml")}))["pages"], nullptr);
 }

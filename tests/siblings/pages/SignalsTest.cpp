@@ -23,15 +23,16 @@ class PagesSignals : public TarnmailTest {
     return mail(text);
   }
 
-  // Waits for the first page to be written to where it is hidden.
-  void waitForAPage(const fs::path& parent) const {
-    for (;;) {
+  // Waits for the first page to be written to where it is hidden. False: the program has ended.
+  bool waitForAPage(const fs::path& parent, const RunningProgram& program) const {
+    while (!program.hasEnded()) {
       for (const fs::directory_entry& entry : fs::directory_iterator(parent)) {
         if (entry.path().extension() == ".part" && fs::exists(entry.path() / "page-0001.png"))
-          return;
+          return true;
       }
       usleep(1000);
     }
+    return false;
   }
 };
 
@@ -43,10 +44,13 @@ TEST_F(PagesSignals, LeaveNoPages) {
   const std::string file = longMail();
   fs::create_directory(directory_.path() / "old");
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-    for (const char* place : {"out", "old"}) {
-      call.arguments = {"pages", "--dpi", "300", "-o", place, file};
+    for (const std::vector<std::string>& words : std::vector<std::vector<std::string>>{
+             {"-o", "out"}, {"-o", "old"}, {"-o", "out", "--no-sandbox"}}) {
+      call.arguments = {"pages", "--dpi", "300", file};
+      call.arguments.insert(call.arguments.end(), words.begin(), words.end());
       RunningProgram program(call, {-1, -1, -1});
-      waitForAPage(std::string(place) == "old" ? directory_.path() / "old" : directory_.path());
+      ASSERT_TRUE(
+          waitForAPage(words[1] == "old" ? directory_.path() / "old" : directory_.path(), program));
       program.send(signal);
       const int status = program.wait();
       EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == signal) << status;

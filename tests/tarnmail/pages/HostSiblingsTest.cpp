@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <stdexcept>
+
 #include "Tarnbase/PlainKernel.h"
 #include "support/FakeHost.h"
 #include "support/SampleMails.h"
@@ -187,6 +189,44 @@ TEST_F(HostSiblingsTest, DoNotTakeOneDocumentForAnother) {
   ASSERT_EQ(host.load(false), StatusOk);
   ASSERT_EQ(maker_.documents.size(), 2u);
   EXPECT_EQ(maker_.documents[1].bytes, test::kSampleTextBlock + "Hi thera\r\n" + '\0');
+}
+
+TEST_F(HostSiblingsTest, TellDocumentsOfTwoFoldersApart) {
+  HostSiblings siblings(maker_, pages::Paper::A4, MailFormat::Mail);
+  FilterInfoContext context = {};
+  siblings.attachTo(context);
+  const auto ask = [&](const test::TempDirectory& folder) {
+    folder.write("document.html", "<html><img src=picture.png></html>");
+    HostFileInfo info = {};
+    info.format = SiblingHtml;
+    HostLoadOptions options = {};
+    const std::u16string path = (folder.path() / "document.html").u16string();
+    return context.infoByName(path.c_str(), &info, sizeof info, 0, &options);
+  };
+  const test::TempDirectory one;
+  const test::TempDirectory other;
+  EXPECT_EQ(ask(one), StatusOk);
+  EXPECT_EQ(ask(one), StatusOk);
+  EXPECT_EQ(maker_.documents.size(), 1u);
+  EXPECT_EQ(ask(other), StatusOk);
+  ASSERT_EQ(maker_.documents.size(), 2u);
+  EXPECT_EQ(maker_.documents[1].folder, other.path());
+}
+
+TEST_F(HostSiblingsTest, ThrowNothingIntoTheFilter) {
+  FakeHost host(test::kPlainMail);
+  HostSiblings siblings(maker_, pages::Paper::A4, MailFormat::Mail);
+  attach(host, siblings);
+  maker_.atLayOut = [](const FakePages::Document&) { throw 1; };
+  EXPECT_EQ(host.info(), StatusSiblingRefused);
+  EXPECT_EQ(host.infoContext->siblingResult, StatusFailed);
+  EXPECT_FALSE(siblings.failure());
+  maker_.atLayOut = [](const FakePages::Document&) { throw std::runtime_error("why"); };
+  EXPECT_EQ(host.info(), StatusSiblingRefused);
+  EXPECT_EQ(host.infoContext->siblingResult, StatusFailed);
+  ASSERT_TRUE(siblings.failure());
+  EXPECT_STREQ(siblings.failure()->what(), "why");
+  host.clearSlot();
 }
 
 TEST_F(HostSiblingsTest, NameTheFolderOfTheImages) {

@@ -56,6 +56,12 @@ RunningProgram::~RunningProgram() {
 
 void RunningProgram::send(int signal) const { EXPECT_EQ(kill(child_, signal), 0); }
 
+bool RunningProgram::hasEnded() const {
+  siginfo_t ended = {};
+  return waitid(P_PID, static_cast<id_t>(child_), &ended, WEXITED | WNOHANG | WNOWAIT) != 0 ||
+         ended.si_pid != 0;
+}
+
 int RunningProgram::wait() {
   int status = 0;
   while (waitpid(child_, &status, 0) < 0 && errno == EINTR) {

@@ -27,6 +27,8 @@ class RunningProgram {
   ~RunningProgram();
 
   void send(int signal) const;
+  // It has, but was not waited for.
+  bool hasEnded() const;
   // Waits for the end: as of waitpid.
   int wait();
 
