@@ -34,8 +34,9 @@ class Channel {
   int descriptor() const { return socket_.get(); }
   void close() { socket_.close(); }
 
-  // The file goes along as a copy; -1: none. False when the other end is closed, or leaves so much
-  // unread that no more fits: a program that asks in turns never fills the socket.
+  // The receiver gets a descriptor of its own for the file; kNoFile: there is none. False when the
+  // other end is closed, or leaves so much unread that no more fits: a program that asks in turns
+  // never fills the socket.
   bool send(std::string_view message, int file = kNoFile);
 
   // Waits until there is a message or the other end is closed; false when the time is over, and

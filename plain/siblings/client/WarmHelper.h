@@ -1,4 +1,4 @@
-// WarmHelper.h - one of the two helper programs: started when it is needed, behind the first wall
+// WarmHelper.h - one of the two helper programs: started when it is needed, within the first wall
 // that the machine allows, kept while it is well, and ended when it is not.
 #ifndef TARN_SIBLINGS_CLIENT_WARMHELPER_H
 #define TARN_SIBLINGS_CLIENT_WARMHELPER_H
@@ -54,8 +54,8 @@ class WarmHelper {
   HelperWall firstWall() const;
   // Throws std::system_error.
   void spawn(HelperWall wall);
-  // Makes it ready behind the wall. False, with the reason in whyNot_, when the machine does not
-  // allow that.
+  // Waits until it is ready within the wall. False when the machine does not allow that wall;
+  // whyNot_ says why.
   bool start(HelperWall wall);
   // False when there is none in time.
   bool waitForFirstMessage() const;
@@ -69,7 +69,7 @@ class WarmHelper {
   std::string whyNot_;       // of the last of those
   std::unique_ptr<HelperProcess> process_;
   uint64_t starts_ = 0;
-  bool isStarting_ = false;  // behind the first of the walls; not yet heard of
+  bool isStarting_ = false;  // with the first of walls_; it has not said yet that it is ready
 };
 
 }  // namespace tarn::pages

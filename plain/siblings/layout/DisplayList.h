@@ -96,7 +96,7 @@ struct DisplayList {
   std::vector<std::string> links;
   // Boxes that a page should not end within if it need not, as rows of tables.
   std::vector<Box> together;
-  std::optional<Colour> canvas;  // behind everything, to the edges of the paper
+  std::optional<Colour> canvas;  // drawn first, to the edges of the paper
 };
 
 // The box that an item fills; nothing for the ends of clips.

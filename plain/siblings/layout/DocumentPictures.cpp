@@ -10,7 +10,7 @@ namespace tarn::pages {
 
 namespace {
 
-// -1: no digit of base64. Both alphabets are taken.
+// The value of a digit of base64 in either of its alphabets; -1 for any other character.
 int ValueOfBase64(char c) {
   if (c >= 'A' && c <= 'Z') return c - 'A';
   if (c >= 'a' && c <= 'z') return c - 'a' + 26;

@@ -46,19 +46,6 @@ bool IsNamed(std::string_view charset, std::initializer_list<std::string_view> n
   return std::find(names.begin(), names.end(), charset) != names.end();
 }
 
-void AppendByLines(std::string& text, std::string_view bytes) {
-  while (!bytes.empty()) {
-    const size_t end = std::min(bytes.find('\n'), bytes.size() - 1) + 1;
-    const std::string_view line = bytes.substr(0, end);
-    if (IsUtf8(line)) {
-      text += line;
-    } else {
-      AppendWindows1252(text, line);
-    }
-    bytes.remove_prefix(end);
-  }
-}
-
 // False when the system has no such charset.
 bool Convert(std::string& text, std::string_view bytes, const char* charset) {
   UErrorCode error = U_ZERO_ERROR;
@@ -98,7 +85,7 @@ std::string DecodeAs(const std::string& charset, std::string_view bytes) {
     if (charset.empty() && !IsUtf8(bytes)) {
       AppendWindows1252(text, bytes);
     } else {
-      AppendByLines(text, bytes);
+      AppendLines(text, bytes);
     }
     return text;
   }

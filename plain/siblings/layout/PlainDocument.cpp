@@ -56,20 +56,6 @@ size_t LengthOfRows(std::string_view text) {
   return length;
 }
 
-// Each line in the encoding that it is in.
-void AppendByteLines(std::string& text, std::string_view bytes) {
-  while (!bytes.empty()) {
-    const size_t end = std::min(bytes.find('\n'), bytes.size() - 1) + 1;
-    const std::string_view line = bytes.substr(0, end);
-    if (IsUtf8(line)) {
-      text += line;
-    } else {
-      AppendWindows1252(text, line);
-    }
-    bytes.remove_prefix(end);
-  }
-}
-
 std::string DecodeStoreText(std::string_view document) {
   const size_t rows = LengthOfRows(document);
   std::string text(document.substr(0, rows));
@@ -91,7 +77,7 @@ std::string DecodeMarked(std::string_view document) {
   }
   std::string text;
   text.reserve(document.size());
-  AppendByteLines(text, document);
+  AppendLines(text, document);
   return text;
 }
 

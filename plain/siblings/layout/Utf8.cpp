@@ -120,4 +120,17 @@ void AppendUtf16(std::string& text, std::string_view bytes, ByteOrder order) {
   }
 }
 
+void AppendLines(std::string& text, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const size_t end = std::min(bytes.find('\n'), bytes.size() - 1) + 1;
+    const std::string_view line = bytes.substr(0, end);
+    if (IsUtf8(line)) {
+      text += line;
+    } else {
+      AppendWindows1252(text, line);
+    }
+    bytes.remove_prefix(end);
+  }
+}
+
 }  // namespace tarn::pages

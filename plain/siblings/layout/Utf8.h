@@ -26,6 +26,9 @@ std::string_view WithoutCutCharacter(std::string_view text);
 // As browsers read Windows-1252: the five bytes without a character are control characters.
 void AppendWindows1252(std::string& text, std::string_view bytes);
 
+// Each line by itself: UTF-8 where it is that, else Windows-1252.
+void AppendLines(std::string& text, std::string_view bytes);
+
 // A lone surrogate becomes U+FFFD; an odd byte at the end is dropped.
 enum class ByteOrder : uint8_t { Little, Big };
 void AppendUtf16(std::string& text, std::string_view bytes, ByteOrder order);
