@@ -1,0 +1,19 @@
+# The libraries that the archive commands read mail with, for plain/archive alone. Without them everything
+# else is built: TARN_ARCHIVE says whether they are there, and ON from outside makes their absence an error.
+set(TARN_ARCHIVE AUTO CACHE STRING "Build the archive commands: ON, OFF, or AUTO where their packages are")
+set(TARN_ARCHIVE_FOUND FALSE)
+if(WIN32 OR TARN_ARCHIVE STREQUAL "OFF")
+  return()
+endif()
+
+find_package(PkgConfig QUIET)
+if(PKG_CONFIG_FOUND)
+  pkg_check_modules(GMIME QUIET IMPORTED_TARGET gmime-3.0)
+  pkg_check_modules(ARCHIVE_ICU QUIET IMPORTED_TARGET icu-uc)
+endif()
+find_library(GUMBO_PARSER gumbo)
+if(GMIME_FOUND AND ARCHIVE_ICU_FOUND AND GUMBO_PARSER)
+  set(TARN_ARCHIVE_FOUND TRUE)
+elseif(TARN_ARCHIVE STREQUAL "ON")
+  message(FATAL_ERROR "TARN_ARCHIVE is ON, and a library of the archive commands is missing")
+endif()

@@ -1,0 +1,31 @@
+// Moment.h - a point in time as mails tell it.
+#ifndef TARN_ARCHIVE_MOMENT_H
+#define TARN_ARCHIVE_MOMENT_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace tarn::archive {
+
+struct Moment {
+  int64_t seconds = 0;                   // since 1970-01-01T00:00:00Z; fractions are dropped
+  std::optional<int32_t> offsetMinutes;  // the sender's own, east of Greenwich, where it is known
+
+  friend bool operator==(const Moment&, const Moment&) = default;
+};
+
+// From 100 nanoseconds since 1601 (MS-DTYP 2.3.3), none for 0 and for times before 1601 or after
+// the year 9999.
+std::optional<Moment> MomentOfFileTime(uint64_t fileTime);
+
+// "2024-05-01T10:34:56Z", whatever the offset. Years have four digits; what is beyond them is cut
+// to the first or last moment that has them.
+std::string Iso8601(const Moment& moment);
+
+// "2024-05-01 12:34", by the sender's offset, else in UTC.
+std::string ShortDate(const Moment& moment);
+
+}  // namespace tarn::archive
+
+#endif
