@@ -1,4 +1,6 @@
 #include <optional>
+#include <string>
+#include <string_view>
 
 #include "Commands.h"
 #include "Failure.h"
@@ -52,11 +54,19 @@ Json FrontOfJson(const std::string& file, int32_t format, int32_t messages, int3
   return json;
 }
 
-std::string AsJson(const std::string& file, const MessageAnswer& answer) {
+// What is known of a message that has a document.
+struct Known {
+  MessageAnswer answer;
+  std::string whyNoPages;  // empty when there are pages, or nobody asked for them
+};
+
+std::string AsJson(const std::string& file, const Known& known) {
+  const MessageAnswer& answer = known.answer;
   Json json = FrontOfJson(file, answer.format, answer.messageCount, answer.messageNumber);
   json["document"] = DocumentName(answer.document.sibling);
   json["pages"] = answer.pageCount > 0 ? Json(answer.pageCount) : Json(nullptr);
   json["attachments"] = answer.attachmentCount;
+  if (!known.whyNoPages.empty()) json["whyNoPages"] = known.whyNoPages;
   return JsonText(json);
 }
 
@@ -69,9 +79,11 @@ std::string AsJson(const std::string& file, const Lack& lack) {
   return JsonText(json);
 }
 
-std::string AsText(const MessageAnswer& answer) {
-  const std::string pages =
+std::string AsText(const Known& known) {
+  const MessageAnswer& answer = known.answer;
+  std::string pages =
       answer.pageCount > 0 ? std::to_string(answer.pageCount) : std::string("unknown");
+  if (!known.whyNoPages.empty()) pages += ": " + known.whyNoPages;
   std::string text;
   text += std::string("Format:      ") + FormatName(answer.format) + "\n";
   text += "Messages:    " + std::to_string(answer.messageCount) + "\n";
@@ -103,6 +115,23 @@ std::optional<Lack> LackOf(const MailFile& mail, const MessageChoice& choice,
   return Lack{*count, choice.messageNumber, refusal.code(), refusal.reason()};
 }
 
+// A document that cannot be laid out keeps nothing else from being told; what the machine lacks is
+// another matter.
+Known KnownOf(const Workplace& at, const MailFile& mail, const InfoOptions& options) {
+  if (!options.pages) return {mail.read(), {}};
+  try {
+    return {LaidOutAnswer(at, mail, options.sandbox), {}};
+  } catch (const Refusal&) {
+    throw;
+  } catch (const Failure& failure) {
+    if (failure.status() != ExitStatus::Failed) throw;
+    const std::string_view line = failure.what();
+    const std::string subject = mail.name() + ": ";
+    return {mail.read(),
+            std::string(line.starts_with(subject) ? line.substr(subject.size()) : line)};
+  }
+}
+
 template <typename Answer>
 std::string Text(const InfoOptions& options, const Answer& answer) {
   return options.json ? AsJson(options.message.file, answer) : AsText(answer);
@@ -113,7 +142,7 @@ std::string Text(const InfoOptions& options, const Answer& answer) {
 std::string InfoText(const Workplace& at, const InfoOptions& options) {
   const MailFile mail(at.filter, options.message, at.folder);
   try {
-    return Text(options, options.pages ? LaidOutAnswer(at, mail, options.sandbox) : mail.read());
+    return Text(options, KnownOf(at, mail, options));
   } catch (const Refusal& refusal) {
     const std::optional<Lack> lack = LackOf(mail, options.message, refusal);
     if (!lack) throw;

@@ -211,6 +211,12 @@ struct Product {
   std::unique_ptr<PageFolder> pages;  // in place of the text: files
 };
 
+// As hosts get documents. But plain text comes from memory on either route, and HTML that comes in
+// its place has its images in it on one of them only.
+Route RouteForPages(const MessageChoice& message) {
+  return message.textOnly ? Route::InMemory : Route::TempFiles;
+}
+
 // The folder for temporary files is gone when this returns.
 Product RunCommand(const CLI::App& app, const CommandLine& line) {
   PrivateFolder folder(line.settings.tempDirectory);
@@ -220,7 +226,7 @@ Product RunCommand(const CLI::App& app, const CommandLine& line) {
     ApplySettings(line.settings, RouteOf(line.settings, usual), folder);
   };
   if (app.got_subcommand("info")) {
-    apply(Route::TempFiles);
+    apply(RouteForPages(line.info.message));
     return {InfoText(at, line.info), std::nullopt, line.info.message.file, {}, {}};
   }
   if (app.got_subcommand("document")) {
@@ -229,7 +235,7 @@ Product RunCommand(const CLI::App& app, const CommandLine& line) {
         DocumentBytes(at, line.document), line.document.output, line.document.message.file, {}, {}};
   }
   if (app.got_subcommand("pages")) {
-    apply(Route::TempFiles);
+    apply(RouteForPages(line.pages.message));
     Pages made = MakePages(at, line.pages);
     return {std::move(made.pdf), made.place, line.pages.message.file, {}, std::move(made.folder)};
   }

@@ -13,6 +13,17 @@ constexpr milliseconds kBetweenLooks(20);
 // For a helper whose end of the channel is closed: it is about to end.
 constexpr milliseconds kPatienceAtEnd(1'000);
 
+std::string MegabytesInWords(uint64_t bytes) {
+  const uint64_t megabytes = bytes >> 20;
+  return megabytes % 1024 == 0 ? std::to_string(megabytes >> 10) + " GB"
+                               : std::to_string(megabytes) + " MB";
+}
+
+std::string InWords(milliseconds time) {
+  const int64_t count = time.count();
+  return count % 1000 == 0 ? std::to_string(count / 1000) + " s" : std::to_string(count) + " ms";
+}
+
 }  // namespace
 
 std::string OneLine(std::string_view text) {
@@ -63,9 +74,8 @@ void Conversation::waitForMessage() {
   for (;;) {
     const Clock::time_point now = Clock::now();
     if (now >= deadline_) {
-      throw PageFailure(Trouble::TooLong, "the document takes longer than " +
-                                              std::to_string(limits_.timePerDocument.count()) +
-                                              " ms");
+      throw PageFailure(Trouble::TooLong,
+                        "the document takes longer than " + InWords(limits_.timePerDocument));
     }
     if (now >= nextLook_) lookAtMemory();
     const auto left = std::chrono::ceil<milliseconds>(std::min(deadline_, nextLook_) - now);
@@ -79,8 +89,8 @@ void Conversation::lookAtMemory() {
 }
 
 void Conversation::throwTooLarge() const {
-  throw PageFailure(Trouble::TooLarge, "the document takes more memory than " +
-                                           std::to_string(limits_.memory >> 20) + " MB");
+  throw PageFailure(Trouble::TooLarge,
+                    "the document takes more memory than " + MegabytesInWords(limits_.memory));
 }
 
 void Conversation::answerFileRequest(const std::string& message) {

@@ -2,7 +2,9 @@
 
 #include <glib.h>
 
+#include <algorithm>
 #include <charconv>
+#include <cstddef>
 
 #include "siblings/layout/HtmlScan.h"
 
@@ -37,9 +39,17 @@ std::string DecodeBase64(std::string_view text) {
   return bytes;
 }
 
+// Letters and a colon: "cid:a@b".
+bool HasScheme(std::string_view name) {
+  const size_t colon = name.find(':');
+  return colon != std::string_view::npos &&
+         std::all_of(name.begin(), name.begin() + static_cast<std::ptrdiff_t>(colon),
+                     [](char c) { return g_ascii_isalpha(c); });
+}
+
 bool IsPlainName(std::string_view name) {
-  return !name.empty() && name != "." && name != ".." &&
-         name.find_first_of(std::string_view("/\\:\0", 4)) == std::string_view::npos;
+  return !name.empty() && name != "." && name != ".." && !HasScheme(name) &&
+         name.find_first_of(std::string_view("/\\\0", 3)) == std::string_view::npos;
 }
 
 }  // namespace

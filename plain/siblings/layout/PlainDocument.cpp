@@ -38,7 +38,12 @@ bool StartsWithLabel(std::string_view line) {
   std::string_view label = line.substr(0, line.find('\t'));
   if (label.size() == line.size()) return false;
   while (label.ends_with(' ')) label.remove_suffix(1);
-  return label.ends_with(':');
+  return label.ends_with(':') && label.find('\0') == std::string_view::npos;
+}
+
+// A value may hold any control character, a NUL too, of which UTF-16 has one in most lines.
+bool IsRow(std::string_view line) {
+  return IsUtf8(line) && (line.find('\0') == std::string_view::npos || StartsWithLabel(line));
 }
 
 // How long the rows of UTF-8 before a body in UTF-16 are. Its CR LF is never two bytes, and its
@@ -50,7 +55,7 @@ size_t LengthOfRows(std::string_view text) {
     if (end == std::string_view::npos) break;
     const std::string_view line = text.substr(length, end - length);
     if (length == 0 && !StartsWithLabel(line)) break;
-    if (!IsByteText(line)) break;
+    if (!IsRow(line)) break;
     length = end + 2;
   }
   return length;
@@ -87,7 +92,10 @@ bool IsInvisible(char32_t character) {
          (character & 0xFFFE) == 0xFFFE;
 }
 
-bool IsSeparator(char32_t character) { return character == 0x2028 || character == 0x2029; }
+// Beside CR and LF: vertical tab, form feed, and the separators of lines and paragraphs.
+bool EndsLine(char32_t character) {
+  return character == '\v' || character == '\f' || character == 0x2028 || character == 0x2029;
+}
 
 }  // namespace
 
@@ -101,7 +109,7 @@ std::string DecodePlainDocument(std::string_view document) {
     const char32_t character = NextCharacter(text, position);
     if (character == '\r') {
       if (position == text.size() || text[position] != '\n') lines += '\n';
-    } else if (IsSeparator(character)) {
+    } else if (EndsLine(character)) {
       lines += '\n';
     } else if (character == '\t' || character == '\n' || !IsInvisible(character)) {
       lines += text.substr(start, position - start);

@@ -10,6 +10,7 @@
 //   none      UTF-8; a line that is not UTF-8 is Windows-1252.
 //
 // NULs at the end, and control characters but for tabs and line ends anywhere, are not shown.
+// Vertical tabs and form feeds end lines.
 #ifndef TARN_SIBLINGS_LAYOUT_PLAINDOCUMENT_H
 #define TARN_SIBLINGS_LAYOUT_PLAINDOCUMENT_H
 

@@ -90,9 +90,14 @@ fs::path FolderOf(const char16_t* path) {
   return file.parent_path();
 }
 
+// The size may count a part of the mark only.
 bool IsMarked(std::string_view bytes) {
   using namespace std::literals;
-  return bytes.starts_with("\xFF\xFE"sv) || bytes.starts_with("\xEF\xBB\xBF"sv);
+  for (const std::string_view mark : {"\xFF\xFE"sv, "\xEF\xBB\xBF"sv}) {
+    const std::string_view start = bytes.substr(0, mark.size());
+    if (!start.empty() && mark.starts_with(start)) return true;
+  }
+  return false;
 }
 
 int32_t PixelsOf(double points, int32_t dotsPerInch) {

@@ -156,7 +156,7 @@ void DrawInto(PageFolder& folder, PagedMail& mail, const PagesOptions& options, 
   }
 }
 
-// In a folder that is there: under the mail's name.
+// In a folder that is there: under the mail's name, and its number from the second message on.
 std::string PlaceOfPdf(const PagesOptions& options) {
   namespace fs = std::filesystem;
   std::error_code ignored;
@@ -166,7 +166,10 @@ std::string PlaceOfPdf(const PagesOptions& options) {
   }
   fs::path name = PathFromUtf8(options.message.file).filename();
   if (options.message.file == kStandardStream) name = "mail";
-  return Utf8FromPath(output / name.replace_extension(".pdf"));
+  const int32_t number = options.message.messageNumber;
+  name.replace_extension();
+  if (number > 1) name += "-" + std::to_string(number);
+  return Utf8FromPath(output / (name += ".pdf"));
 }
 
 }  // namespace

@@ -47,6 +47,14 @@ TEST(DocumentPictures, NothingElseIsEvenAskedFor) {
   }
 }
 
+TEST(DocumentPictures, AColonAfterMoreThanLettersIsPartOfAName) {
+  MemoryFolder folder;
+  folder.files["c@x_q?x:y.png"] = PngOf(3, 4, kRed);
+  DocumentPictures pictures({}, folder);
+  ASSERT_NE(pictures.find("c@x_q?x:y.png"), nullptr);
+  EXPECT_EQ(pictures.find(":y.png"), nullptr);
+}
+
 TEST(DocumentPictures, EachIsReadOnce) {
   MemoryFolder folder;
   folder.files["a.png"] = PngOf(3, 4, kRed);

@@ -5,6 +5,7 @@
 namespace tarn::test {
 namespace {
 
+using namespace std::string_literals;
 using namespace std::string_view_literals;
 using pages::DecodePlainDocument;
 
@@ -36,6 +37,16 @@ TEST(PlainDocument, AStoresBodyMayBeCutInACharacter) {
 TEST(PlainDocument, ARowsValueMayHaveLinesOfItsOwn) {
   EXPECT_EQ(DecodePlainDocument("\xFF\xFETo:        \tAnn\r\n Bob\r\n" + Utf16(u"Body")),
             "To:        \tAnn\n Bob\nBody");
+}
+
+TEST(PlainDocument, ARowsValueMayHoldControlCharacters) {
+  for (const std::string& odd : {"\v"s, "\x01"s, "\x7F"s, "\0"s, "\x1B\x02"s}) {
+    const std::string row = "\xFF\xFESubject:   \tA" + odd + "note\r\nSent:      \tnow\r\n";
+    EXPECT_EQ(
+        DecodePlainDocument(row + Utf16(u"Body")),
+        std::string("Subject:   \tA") + (odd == "\v" ? "\n" : "") + "note\nSent:      \tnow\nBody")
+        << static_cast<int>(odd[0]);
+  }
 }
 
 TEST(PlainDocument, LabelsOfOtherScriptsAreRowsToo) {
@@ -78,6 +89,7 @@ TEST(PlainDocument, NulsAtTheEndAndControlCharactersAreNotShown) {
 
 TEST(PlainDocument, EveryLineEndIsOne) {
   EXPECT_EQ(DecodePlainDocument("a\r\nb\nc\rd\r\r\n\u2028e"), "a\nb\nc\nd\n\n\ne");
+  EXPECT_EQ(DecodePlainDocument("one\ftwo\vthree"), "one\ntwo\nthree");
 }
 
 TEST(PlainDocument, NothingIsNothing) {

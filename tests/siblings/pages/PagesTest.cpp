@@ -155,6 +155,15 @@ TEST_F(Pages, AreInTheLanguageOfTheHost) {
   EXPECT_NE(pageBytes("page-0001.png", "japanese"), pageBytes("page-0001.png", "english"));
 }
 
+TEST_F(Pages, HaveTheImagesOfHtmlThatIsTakenAsText) {
+  const auto isBlue = [](int red, int, int blue) { return blue > red + 60; };
+  const std::string file = Example("html-inline-image.eml");
+  make({file}, "html");
+  make({"--text", file}, "text");
+  EXPECT_GT(CountPixels(page(1, "html"), isBlue), 100u);
+  EXPECT_EQ(CountPixels(page(1, "text"), isBlue), CountPixels(page(1, "html"), isBlue));
+}
+
 TEST_F(Pages, OfARefusedMailLeaveNothing) {
   EXPECT_EQ(failure(1, {"pages", mail("Hello, world"), "-o", "out"}),
             "mail.eml: not a mail file: no From, Date, To, Cc or Bcc line in its header (-9)");
@@ -173,6 +182,15 @@ TEST_F(Pages, AreCountedByInfo) {
   standardInput_ = kHtmlMail;
   EXPECT_EQ(json::parse(output({"info", "--json", "--pages", "-"}))["pages"], 1);
   standardInput_.reset();
+  // What cannot be laid out is told all the same.
+  std::string paragraphs = kSampleFields + "Content-Type: text/html\r\n\r\n<html><body>";
+  for (int i = 0; i < 500000; ++i) paragraphs += "<p>";
+  const std::string tooMany = mail(paragraphs);
+  EXPECT_EQ(json::parse(output({"info", "--json", "--pages", tooMany}))["whyNoPages"],
+            "the document has too many elements to be laid out");
+  EXPECT_NE(
+      output({"info", "--pages", tooMany}).find("Pages:       unknown: the document has too many"),
+      std::string::npos);
   // Only when it is asked.
   EXPECT_EQ(json::parse(output({"info", "--json", Example("plain-7bit.eml")}))["pages"], nullptr);
 }

@@ -98,6 +98,8 @@ TEST_F(Pdf, GoesToAFileOrIntoAFolder) {
   standardInput_ = kPlainMail;
   EXPECT_EQ(output({"pages", "-", "--pdf", "-o", "folder"}), "");
   EXPECT_EQ(directory_.listing(), "folder folder/mail.pdf folder/plain-7bit.pdf mail.pdf");
+  EXPECT_EQ(output({"pages", Example("mailbox.pst"), "-m", "2", "--pdf", "-o", "folder"}), "");
+  EXPECT_TRUE(std::filesystem::exists(directory_.path() / "folder/mailbox-2.pdf"));
 }
 
 TEST_F(Pdf, IsMadeWithoutWallsToo) {

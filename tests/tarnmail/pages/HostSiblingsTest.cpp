@@ -266,6 +266,19 @@ TEST_F(HostSiblingsTest, ShowTheEndOfATextThatItsSizeDoesNotCount) {
   host.clearSlot();
 }
 
+// The size does not count two of the mark's bytes, and one NUL it does.
+TEST_F(HostSiblingsTest, KnowTheMarkOfAMessageWithoutText) {
+  HostSiblings siblings(maker_, pages::Paper::A4, MailFormat::Msg);
+  FilterInfoContext context = {};
+  siblings.attachTo(context);
+  HostFileInfo info = {};
+  info.format = SiblingText;
+  HostLoadOptions options = {};
+  const std::string_view data = "\xEF\xBB\xBF\0"sv;
+  ASSERT_EQ(context.infoFromMemory(data.data(), &info, sizeof info, 1, 1, &options), StatusOk);
+  EXPECT_EQ(maker_.documents[0].bytes, "\xEF\xBB\xBF");
+}
+
 // All fields are empty, so that no row is before the mark; the block ends with the text.
 TEST_F(HostSiblingsTest, ReadNothingAfterAMailThatBeginsWithAMark) {
   FakeHost host("From:\r\nTo:\r\nDate:\r\n\r\n\xFF\xFEHi");
