@@ -1,0 +1,78 @@
+#include "archive/mapi/Addresses.h"
+
+#include <algorithm>
+#include <array>
+#include <string>
+#include <utility>
+
+namespace tarn::archive::mapi {
+namespace {
+
+char LowerCase(char character) {
+  return character >= 'A' && character <= 'Z' ? static_cast<char>(character + 32) : character;
+}
+
+bool SameIgnoringCase(std::string_view left, std::string_view right) {
+  return std::equal(left.begin(), left.end(), right.begin(), right.end(),
+                    [](char a, char b) { return LowerCase(a) == LowerCase(b); });
+}
+
+constexpr size_t kOneOffHeader = 24;
+constexpr std::string_view kOneOffProvider(
+    "\x81\x2B\x1F\xA4\xBE\xA3\x10\x19\x9D\x6E\x00\xDD\x01\x0F\x54\x02", 16);
+constexpr uint8_t kOneOffUnicode = 0x80;  // in the last byte of the header
+
+// The next of the texts that end with NUL; what is not ended reaches to the end.
+std::string TakeText(std::string_view& bytes, bool wide, std::optional<uint32_t> codePage) {
+  const size_t width = wide ? 2 : 1;
+  size_t end = 0;
+  const auto isEnd = [&] { return bytes[end] == 0 && (!wide || bytes[end + 1] == 0); };
+  while (bytes.size() - end >= width && !isEnd()) end += width;
+  const std::string_view text = bytes.substr(0, end);
+  bytes.remove_prefix(std::min(end + width, bytes.size()));
+  return wide ? Utf8OfText16(text) : Utf8OfText8(text, codePage);
+}
+
+// The internet address in a one-off entry id; empty for other entry ids.
+std::string OneOffAddress(std::string_view entryId, std::optional<uint32_t> codePage) {
+  if (entryId.size() < kOneOffHeader || entryId.substr(4, 16) != kOneOffProvider) return {};
+  const bool wide = (static_cast<uint8_t>(entryId[kOneOffHeader - 1]) & kOneOffUnicode) != 0;
+  std::string_view texts = entryId.substr(kOneOffHeader);
+  TakeText(texts, wide, codePage);
+  const std::string type = TakeText(texts, wide, codePage);
+  std::string address = TakeText(texts, wide, codePage);
+  return SameIgnoringCase(type, "SMTP") ? address : std::string();
+}
+
+}  // namespace
+
+bool IsInternetAddress(std::string_view address) {
+  const size_t at = address.find('@');
+  return at != address.npos && at != 0 && address.front() != '/';
+}
+
+Address ReadAddress(PropertyValues& values, const AddressTags& tags) {
+  Address person;
+  person.name = values.firstText({tags.name});
+  person.address = values.firstText({tags.smtp});
+  if (IsInternetAddress(person.address)) return person;
+  std::string own = values.firstText({tags.address});
+  const std::string type = values.firstText({tags.type});
+  const bool isSmtp = SameIgnoringCase(type, "SMTP") || (type.empty() && IsInternetAddress(own));
+  if (!isSmtp || own.empty()) {
+    const std::optional<std::string> entryId = values.binary(tags.entryId);
+    const std::string found = entryId ? OneOffAddress(*entryId, values.codePage()) : std::string();
+    if (!found.empty()) own = found;
+  }
+  if (!own.empty()) person.address = std::move(own);
+  return person;
+}
+
+bool IsSamePerson(const Address& left, const Address& right) {
+  if (!left.address.empty() && !right.address.empty()) {
+    return SameIgnoringCase(left.address, right.address);
+  }
+  return left.name == right.name;
+}
+
+}  // namespace tarn::archive::mapi

@@ -1,0 +1,20 @@
+// Hexadecimal.h - numbers as the names of streams and messages to people have them.
+#ifndef TARN_ARCHIVE_HEXADECIMAL_H
+#define TARN_ARCHIVE_HEXADECIMAL_H
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace tarn::archive::mapi {
+
+// The lowest `digits` digits, upper case.
+inline std::string Hexadecimal(uint32_t number, size_t digits) {
+  std::string text(digits, '0');
+  for (size_t at = digits; at-- != 0; number >>= 4) text[at] = "0123456789ABCDEF"[number & 0xF];
+  return text;
+}
+
+}  // namespace tarn::archive::mapi
+
+#endif
