@@ -13,7 +13,8 @@ namespace tarn::archive {
 // The text of HTML, for a terminal or a search: UTF-8, lines ended by LF, at most `width` columns
 // where words allow. Links are kept as "text <address>", lists with their marks and numbers,
 // tables row by row, quotes with "> ". No script, style or hidden text. Takes bytes in their own
-// charset: the one that is named, else the document's own, else UTF-8, else Windows-1252. Nothing
+// charset: that of a byte order mark, else the one that is named, else the document's own, else
+// UTF-8, else Windows-1252. Nothing
 // is too damaged for it, and time and memory are in proportion to the bytes.
 std::string TextOfHtml(const HtmlBody& html, size_t width);
 
