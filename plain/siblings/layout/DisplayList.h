@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -93,7 +94,9 @@ using Painted =
 
 struct DisplayList {
   std::vector<Painted> items;
-  std::vector<std::string> links;
+  std::vector<std::string> links;  // outward and inner addresses
+  // Where inner addresses lead to: a place from the top. Those that lead nowhere are not there.
+  std::map<std::string, double> places;
   // Boxes that a page should not end within if it need not, as rows of tables.
   std::vector<Box> together;
   std::optional<Colour> canvas;  // drawn first, to the edges of the paper

@@ -47,8 +47,9 @@ void AddBox(cairo_t* context, const Box& box, const Corners& corners) {
 
 class BandPainter {
  public:
-  BandPainter(cairo_t* context, const DisplayList& list, const PageBand& band, Target target)
-      : context_(context), list_(list), band_(band), target_(target) {}
+  BandPainter(cairo_t* context, const DisplayList& list, const PageBand& band,
+              const PlaceLink& placeLink)
+      : context_(context), list_(list), band_(band), placeLink_(placeLink) {}
 
   void paint() {
     for (const uint32_t index : band_.items) {
@@ -96,7 +97,7 @@ class BandPainter {
   cairo_t* context_;
   const DisplayList& list_;
   const PageBand& band_;
-  Target target_;
+  const PlaceLink& placeLink_;
   int clips_ = 0;
   int32_t link_ = -1;
   Box linkBox_;
@@ -245,7 +246,7 @@ void BandPainter::operator()(const ClipBegin& clip) {
 
 // Words that follow each other on a line are one place to click.
 void BandPainter::noteLink(int32_t link, const Box& box) {
-  if (target_ != Target::Pdf) return;
+  if (!placeLink_) return;
   const bool goesOn = link == link_ && link >= 0 && std::abs(box.top - linkBox_.top) < 1 &&
                       std::abs(box.left - linkBox_.right()) < 3;
   if (goesOn) {
@@ -259,8 +260,8 @@ void BandPainter::noteLink(int32_t link, const Box& box) {
 
 void BandPainter::endLink() {
   if (link_ >= 0) {
-    AddLink(context_, list_.links[static_cast<size_t>(link_)],
-            {linkBox_.left, linkBox_.top, linkBox_.width, linkBox_.height});
+    placeLink_(static_cast<size_t>(link_),
+               {linkBox_.left, linkBox_.top, linkBox_.width, linkBox_.height});
   }
   link_ = -1;
 }
@@ -314,8 +315,9 @@ std::vector<PageBand> MakeBands(const DisplayList& list, const std::vector<doubl
   return bands;
 }
 
-void PaintBand(cairo_t* context, const DisplayList& list, const PageBand& band, Target target) {
-  BandPainter(context, list, band, target).paint();
+void PaintBand(cairo_t* context, const DisplayList& list, const PageBand& band,
+               const PlaceLink& placeLink) {
+  BandPainter(context, list, band, placeLink).paint();
 }
 
 }  // namespace tarn::pages

@@ -2,6 +2,12 @@
 #ifndef TARN_SIBLINGS_LAYOUT_DISPLAYPAINTER_H
 #define TARN_SIBLINGS_LAYOUT_DISPLAYPAINTER_H
 
+#include <cairo.h>
+
+#include <cstddef>
+#include <functional>
+#include <vector>
+
 #include "siblings/layout/DisplayList.h"
 #include "siblings/layout/PageOutput.h"
 
@@ -19,8 +25,13 @@ struct PageBand {
 std::vector<PageBand> MakeBands(const DisplayList& list, const std::vector<double>& tops,
                                 double bottom);
 
-// The context is in the pixels of the sheet, with the band where it belongs on the paper.
-void PaintBand(cairo_t* context, const DisplayList& list, const PageBand& band, Target target);
+// Puts a link of the list, by its number, on a box of the page.
+using PlaceLink = std::function<void(size_t link, const cairo_rectangle_t& box)>;
+
+// The context is in the pixels of the sheet, with the band where it belongs on the paper. Without a
+// function for links there are none.
+void PaintBand(cairo_t* context, const DisplayList& list, const PageBand& band,
+               const PlaceLink& placeLink);
 
 }  // namespace tarn::pages
 

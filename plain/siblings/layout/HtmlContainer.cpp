@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "siblings/layout/HtmlElements.h"
+#include "siblings/layout/HtmlPlaces.h"
 #include "siblings/layout/TextLinks.h"
 #include "siblings/layout/WordBreaks.h"
 
@@ -91,7 +92,7 @@ DisplayList HtmlContainer::takeDisplayList() {
 }
 
 void HtmlContainer::enterLink(const std::string& address) {
-  if (!IsOutwardAddress(address)) {
+  if (!IsOutwardAddress(address) && !IsInnerAddress(address)) {
     links_.push_back(-1);
     return;
   }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <utility>
 #include <vector>
 
@@ -10,6 +11,7 @@
 #include "siblings/layout/FontContext.h"
 #include "siblings/layout/HtmlCharset.h"
 #include "siblings/layout/HtmlContainer.h"
+#include "siblings/layout/HtmlPlaces.h"
 #include "siblings/layout/HtmlScan.h"
 #include "siblings/layout/MasterStyle.h"
 #include "siblings/layout/PageCuts.h"
@@ -133,27 +135,75 @@ class HtmlLayout : public Layout {
   PageSize pageSize(int32_t /*page*/) const override { return sheet_.size; }
 
   Bitmap draw(int32_t page, int32_t dotsPerInch, Progress& /*progress*/) override {
-    return DrawBitmap(sheet_.size, page, dotsPerInch, drawPage());
+    return DrawBitmap(sheet_.size, page, dotsPerInch, [this](cairo_t* context, int32_t at, Target) {
+      drawPage(context, at, nullptr);
+    });
   }
 
   std::string pdf(PageRange range, const PdfProperties& properties, Progress& progress) override {
-    return WritePdf({sheet_.size, pageCount(), range, properties}, drawPage(), progress);
+    const std::vector<ShownPlace> places = placesIn(range);
+    const auto draw = [&](cairo_t* context, int32_t at, Target) {
+      drawPage(context, at, [&](size_t link, const cairo_rectangle_t& box) {
+        const std::string& address = list_.links[link];
+        if (!IsInnerAddress(address)) {
+          AddLink(context, address, box);
+        } else if (std::any_of(places.begin(), places.end(),
+                               [link](const ShownPlace& place) { return place.link == link; })) {
+          AddInnerLink(context, link, box);
+        }
+      });
+      cairo_identity_matrix(context);
+      for (const ShownPlace& place : places) {
+        if (place.page == at) AddPlace(context, place.link, place.top);
+      }
+    };
+    return WritePdf({sheet_.size, pageCount(), range, properties}, draw, progress);
   }
 
  private:
-  DrawPage drawPage() {
-    return [this](cairo_t* context, int32_t page, Target target) {
-      const PageBand& band = bands_[static_cast<size_t>(page) - 1];
-      if (list_.canvas) {
-        cairo_set_source_rgba(context, list_.canvas->red / 255.0, list_.canvas->green / 255.0,
-                              list_.canvas->blue / 255.0, list_.canvas->alpha / 255.0);
-        cairo_paint(context);
-      }
-      cairo_translate(context, sheet_.margin, sheet_.margin);
-      cairo_scale(context, scale_, scale_);
-      cairo_translate(context, 0, -band.top);
-      PaintBand(context, list_, band, target);
-    };
+  void drawPage(cairo_t* context, int32_t page, const PlaceLink& placeLink) {
+    const PageBand& band = bands_[static_cast<size_t>(page) - 1];
+    if (list_.canvas) {
+      cairo_set_source_rgba(context, list_.canvas->red / 255.0, list_.canvas->green / 255.0,
+                            list_.canvas->blue / 255.0, list_.canvas->alpha / 255.0);
+      cairo_paint(context);
+    }
+    cairo_translate(context, sheet_.margin, sheet_.margin);
+    cairo_scale(context, scale_, scale_);
+    cairo_translate(context, 0, -band.top);
+    PaintBand(context, list_, band, placeLink);
+  }
+
+  // Where an inner link leads to: points from the top of a page.
+  struct ShownPlace {
+    size_t link = 0;
+    int32_t page = 1;
+    double top = 0;
+  };
+
+  // Those of a range of pages.
+  std::vector<ShownPlace> placesIn(PageRange range) const {
+    std::vector<ShownPlace> places;
+    for (size_t link = 0; link < list_.links.size(); ++link) {
+      const auto known = list_.places.find(list_.links[link]);
+      if (known == list_.places.end()) continue;
+      const int32_t page = pageOf(known->second);
+      if (page < range.first || (range.last != 0 && page > range.last)) continue;
+      const double below = known->second - bands_[static_cast<size_t>(page) - 1].top;
+      places.push_back({link, page, sheet_.margin + std::max(below, 0.0) * scale_});
+    }
+    return places;
+  }
+
+  // The last page that begins above it. What no page shows, since it is blank, leads to the next.
+  int32_t pageOf(double top) const {
+    const auto after =
+        std::upper_bound(bands_.begin(), bands_.end(), top,
+                         [](double place, const PageBand& band) { return place < band.top; });
+    if (after == bands_.begin()) return 1;
+    const auto page = static_cast<int32_t>(after - bands_.begin());
+    const bool isShown = top < std::prev(after)->top + sheet_.contentHeight() / scale_;
+    return isShown || after == bands_.end() ? page : page + 1;
   }
 
   PaperSheet sheet_;
@@ -229,6 +279,7 @@ std::unique_ptr<Layout> HtmlEngine::layOutHtml(const std::string& bytes, const P
   const auto document =
       litehtml::document::createFromUTF8(scanned.html.c_str(), &container, &styles_);
   Recorded recorded = RecordAll(*document, container, width);
+  recorded.list.places = FindPlaces(*document, recorded.list.links);
   ArrangeWords(recorded.list);
   return std::make_unique<HtmlLayout>(sheet, kPointsPerPixel * width / recorded.width,
                                       std::move(recorded.list), container.takeFonts(),

@@ -102,6 +102,28 @@ std::string WritePdf(const PdfRequest& request, const DrawPage& draw, Progress& 
   return file;
 }
 
+namespace {
+
+// Links are placed on the page, whatever the context is scaled and moved by.
+std::string RectangleOf(cairo_t* context, const cairo_rectangle_t& place) {
+  double left = place.x;
+  double top = place.y;
+  double width = place.width;
+  double height = place.height;
+  cairo_user_to_device(context, &left, &top);
+  cairo_user_to_device_distance(context, &width, &height);
+  std::array<char, 4 * std::numeric_limits<double>::max_digits10 + 40> text = {};
+  std::snprintf(text.data(), text.size(), " rect=[%.2f %.2f %.2f %.2f]", left, top, width, height);
+  return text.data();
+}
+
+void AddLinkWith(cairo_t* context, const std::string& attributes) {
+  cairo_tag_begin(context, CAIRO_TAG_LINK, attributes.c_str());
+  cairo_tag_end(context, CAIRO_TAG_LINK);
+}
+
+}  // namespace
+
 void AddLink(cairo_t* context, const std::string& address, const cairo_rectangle_t& place) {
   std::string uri;
   for (const char character : address) {
@@ -114,11 +136,18 @@ void AddLink(cairo_t* context, const std::string& address, const cairo_rectangle
       uri += character;
     }
   }
-  std::array<char, 4 * std::numeric_limits<double>::max_digits10 + 40> rectangle = {};
-  std::snprintf(rectangle.data(), rectangle.size(), " rect=[%.2f %.2f %.2f %.2f]", place.x, place.y,
-                place.width, place.height);
-  cairo_tag_begin(context, CAIRO_TAG_LINK, ("uri='" + uri + "'" + rectangle.data()).c_str());
-  cairo_tag_end(context, CAIRO_TAG_LINK);
+  AddLinkWith(context, "uri='" + uri + "'" + RectangleOf(context, place));
+}
+
+void AddPlace(cairo_t* context, size_t number, double top) {
+  std::array<char, std::numeric_limits<double>::max_digits10 + 80> attributes = {};
+  std::snprintf(attributes.data(), attributes.size(), "name='%zu' x=0 y=%.2f", number, top);
+  cairo_tag_begin(context, CAIRO_TAG_DEST, attributes.data());
+  cairo_tag_end(context, CAIRO_TAG_DEST);
+}
+
+void AddInnerLink(cairo_t* context, size_t number, const cairo_rectangle_t& place) {
+  AddLinkWith(context, "dest='" + std::to_string(number) + "'" + RectangleOf(context, place));
 }
 
 }  // namespace tarn::pages

@@ -2,6 +2,7 @@
 #ifndef TARN_SIBLINGS_LAYOUT_PAGEOUTPUT_H
 #define TARN_SIBLINGS_LAYOUT_PAGEOUTPUT_H
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -33,8 +34,13 @@ struct PdfRequest {
 // them; Trouble::Stopped when the progress says so.
 std::string WritePdf(const PdfRequest& request, const DrawPage& draw, Progress& progress);
 
-// A link on a rectangle of the page. Addresses may hold any bytes.
+// A link on a rectangle, in the context's coordinates. Addresses may hold any bytes.
 void AddLink(cairo_t* context, const std::string& address, const cairo_rectangle_t& place);
+
+// A place, so many points from the top of the page, that links within a PDF lead to. Its number is
+// its own in the file. A link to a place that is on no page fails the file.
+void AddPlace(cairo_t* context, size_t number, double top);
+void AddInnerLink(cairo_t* context, size_t number, const cairo_rectangle_t& place);
 
 }  // namespace tarn::pages
 

@@ -145,6 +145,30 @@ TEST_F(HtmlEngineTest, LinksOfTheWebAndMail) {
             (std::vector<std::string>{"https://example.com/a?b=c", "mailto:a@b.example"}));
 }
 
+// Also where a page is smaller than its paper, and on the second one.
+TEST_F(HtmlEngineTest, LinksAreOnTheirWords) {
+  const auto layout = layOut(
+      "<table width=1000><tr><td>a<p><a href='http://a.example/'>first</a></table>"
+      "<div style='height:1100px'></div><p>b<p><a href='http://b.example/'>second</a>");
+  ASSERT_EQ(layout->pageCount(), 2);
+  EXPECT_EQ(
+      LinksOnWords(PdfOf(*layout)),
+      (std::vector<LinkOnWords>{{"http://a.example/", "first"}, {"http://b.example/", "second"}}));
+}
+
+TEST_F(HtmlEngineTest, LinksWithinTheDocument) {
+  const auto layout = layOut(
+      "<p><a href='#end'>last</a><p><a href='#old%20name'>old</a><p><a href='#none'>none</a></p>"
+      "<div style='height:1500px'></div><p><a name='old name'></a>middle</p>"
+      "<div style='height:1500px'></div><h1 id=end>end</h1><p><a href='#end'>here</a>");
+  ASSERT_EQ(layout->pageCount(), 3);
+  EXPECT_EQ(LinksOnWords(PdfOf(*layout)),
+            (std::vector<LinkOnWords>{{"#3", "last"}, {"#2", "old"}, {"#3", "here"}}));
+  // Of a range, those that stay within it.
+  EXPECT_EQ(LinksOnWords(PdfOf(*layout, {3, 3})), (std::vector<LinkOnWords>{{"#1", "here"}}));
+  EXPECT_TRUE(LinksOnWords(PdfOf(*layout, {1, 1})).empty());
+}
+
 TEST_F(HtmlEngineTest, CharsetsAndMarks) {
   EXPECT_EQ(wordsOf("<meta charset=windows-1251><p>\xCF\xF0\xE8"), "\u041F\u0440\u0438");
   EXPECT_EQ(wordsOf("<p>caf\xE9"), "caf\u00E9");

@@ -134,4 +134,27 @@ std::vector<std::string> LinksOfPdf(const std::string& pdf) {
   return links;
 }
 
+std::vector<LinkOnWords> LinksOnWords(const std::string& pdf) {
+  const TempDirectory directory;
+  const auto file = directory.write("a.pdf", pdf);
+  const std::string into = (directory.path() / "a").string();
+  OutputOf("pdftohtml -xml -i '" + file.string() + "' '" + into + "'");
+  const std::string xml = ReadWholeFile(into + ".xml");
+  std::vector<LinkOnWords> links;
+  constexpr std::string_view kLink = "<a href=\"";
+  for (size_t at = xml.find(kLink); at != std::string::npos; at = xml.find(kLink, at + 1)) {
+    const size_t address = at + kLink.size();
+    const size_t end = xml.find('"', address);
+    const size_t words = xml.find('>', end) + 1;
+    links.push_back(
+        {xml.substr(address, end - address), xml.substr(words, xml.find('<', words) - words)});
+    if (links.back().to.starts_with("a.html#")) links.back().to.erase(0, 6);
+  }
+  return links;
+}
+
+std::ostream& operator<<(std::ostream& out, const LinkOnWords& link) {
+  return out << link.words << " -> " << link.to;
+}
+
 }  // namespace tarn::test

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <ostream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -70,6 +71,16 @@ std::string WordsOfPdf(const std::string& pdf);
 std::string PdfInfo(const std::string& pdf, const std::string& name);
 // The addresses of a PDF's links, in the order of their places.
 std::vector<std::string> LinksOfPdf(const std::string& pdf);
+
+// The links of a PDF that are on words, and those words.
+struct LinkOnWords {
+  std::string to;  // an address, or "#3" for page 3
+  std::string words;
+
+  friend bool operator==(const LinkOnWords&, const LinkOnWords&) = default;
+};
+std::ostream& operator<<(std::ostream& out, const LinkOnWords& link);
+std::vector<LinkOnWords> LinksOnWords(const std::string& pdf);
 
 }  // namespace tarn::test
 
