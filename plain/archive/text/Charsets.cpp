@@ -97,9 +97,8 @@ std::optional<CharsetDecoder> CharsetDecoder::ForCodePage(uint32_t codePage) {
   const auto* const row = std::lower_bound(
       std::begin(kCodePageTables), std::end(kCodePageTables), codePage,
       [](const CodePageTable& each, uint32_t wanted) { return each.codePage < wanted; });
-  if (row != std::end(kCodePageTables) && row->codePage == codePage) return ForTable(row->table);
-  if (codePage < 37 || codePage > 1149) return std::nullopt;
-  return ForTable(("ibm-" + std::to_string(codePage)).c_str());
+  if (row == std::end(kCodePageTables) || row->codePage != codePage) return std::nullopt;
+  return ForTable(row->table);
 }
 
 std::optional<CharsetDecoder> CharsetDecoder::ForName(std::string_view name) {
