@@ -26,21 +26,21 @@ enum Method : int64_t {
 constexpr int64_t kRenderedInBody = 4;  // of PidTagAttachFlags
 
 AttachmentKind KindOf(PropertyValues& values) {
-  const bool isObject = values.set().typeOf(kTagAttachData) == kTypeObject;
+  const std::optional<uint16_t> type = values.set().typeOf(kTagAttachData);
+  const bool hasBytes = type == kTypeBinary;
   switch (values.integer(kTagAttachMethod).value_or(kMethodNone)) {
     case kMethodByReference:
     case kMethodByReferenceResolve:
     case kMethodByReferenceOnly:
     case kMethodByWeb:
       // Bytes that are there are worth more than the place that they come from.
-      return values.set().typeOf(kTagAttachData) == kTypeBinary ? AttachmentKind::Data
-                                                                : AttachmentKind::Reference;
+      return hasBytes ? AttachmentKind::Data : AttachmentKind::Reference;
     case kMethodEmbedded:
-      return AttachmentKind::Item;
+      return hasBytes ? AttachmentKind::Data : AttachmentKind::Item;
     case kMethodOle:
       return AttachmentKind::Ole;
     default:
-      return isObject ? AttachmentKind::Item : AttachmentKind::Data;
+      return type == kTypeObject ? AttachmentKind::Item : AttachmentKind::Data;
   }
 }
 
@@ -138,8 +138,13 @@ std::vector<Attachment> ReadAttachments(MapiMessage& message, std::optional<uint
   for (size_t index = 0; index < *count; ++index) {
     const Outcome<std::unique_ptr<PropertySet>> set = message.attachment(index);
     if (set) {
-      PropertyValues values(**set, codePage, &troubles);
+      const std::string place = "attachment " + std::to_string(index + 1) + ": ";
+      std::vector<Trouble> own = (*set)->troubles();
+      PropertyValues values(**set, codePage, &own);
       attachments.push_back(DescribeAttachment(message, index, values));
+      for (const Trouble& trouble : own) {
+        troubles.push_back({trouble.kind, place + trouble.reason});
+      }
     } else {
       attachments.emplace_back().trouble = set.trouble();
     }

@@ -127,15 +127,17 @@ void ReadRecipients(MapiMessage& message, std::optional<uint32_t> codePage, Item
   for (size_t index = 0; count && index < *count; ++index) {
     const Outcome<std::unique_ptr<PropertySet>> recipient = message.recipient(index);
     if (recipient) {
-      PropertyValues values(**recipient, codePage, &troubles);
+      std::vector<Trouble> own = (*recipient)->troubles();
+      PropertyValues values(**recipient, codePage, &own);
       AddRecipient(values, fields);
+      if (!own.empty() && unread++ == 0) first = own.front();
     } else if (unread++ == 0) {
       first = recipient.trouble();
     }
   }
   if (unread != 0) {
     troubles.push_back({first.kind, std::to_string(unread) + " of " + std::to_string(*count) +
-                                        " recipients cannot be read: " + first.reason});
+                                        " recipients cannot be read whole: " + first.reason});
   }
 }
 

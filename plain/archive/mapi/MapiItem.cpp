@@ -16,9 +16,9 @@ class MapiItem final : public Item {
  public:
   MapiItem(ItemPlace place, OpenMessage open, KnownFields known, int depth)
       : place_(std::move(place)), open_(std::move(open)), depth_(depth) {
-    if (!known.headline) return;
-    fields_ = std::move(*known.headline);
-    isHeadlineKnown_ = true;
+    isHeadlineKnown_ = known.headline.has_value();
+    if (isHeadlineKnown_) fields_ = std::move(*known.headline);
+    if (!fields_.size) fields_.size = known.size;
   }
 
   const ItemPlace& place() const override { return place_; }
@@ -60,6 +60,10 @@ MapiMessage* MapiItem::message() {
   if (opened) {
     message_ = std::move(*opened);
     codePage_ = TextCodePage(message_->properties());
+    for (Trouble& trouble : message_->properties().troubles()) {
+      troubles_.push_back(std::move(trouble));
+    }
+    for (Trouble& trouble : message_->troubles()) troubles_.push_back(std::move(trouble));
   } else {
     openTrouble_ = opened.trouble();
     troubles_.push_back(openTrouble_);

@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include "archive/mapi/MapiMessage.h"
 #include "archive/model/Item.h"
@@ -14,6 +15,7 @@ namespace tarn::archive::mapi {
 // What a table of the source tells without opening the message.
 struct KnownFields {
   std::optional<ItemFields> headline;
+  std::optional<uint64_t> size;  // of the item, where neither headline nor message tell it
 };
 
 // Opens the message when something is asked for that is not known.

@@ -75,8 +75,12 @@ class PropertySet {
   // A value of any length, in pieces.
   virtual Outcome<std::unique_ptr<ByteSource>> stream(uint16_t id) = 0;
 
-  // The values of a multiple-valued property, each as bytes() would give it.
+  // The values of a multiple-valued property, each as bytes() would give it; one of any other. The
+  // limit is for all of them together.
   virtual Outcome<std::vector<std::string>> values(uint16_t id, size_t limit) = 0;
+
+  // What of the set was found damaged or missing when it was opened, besides single values.
+  virtual std::vector<Trouble> troubles() { return {}; }
 };
 
 // A message with its recipients and attachments. Sets of properties live as long as the message.
@@ -93,6 +97,9 @@ class MapiMessage {
   virtual std::optional<uint16_t> idOf(const PropertyName& name) = 0;
   // The name of an id from 0x8000 on.
   virtual std::optional<PropertyName> nameOf(uint16_t id) = 0;
+
+  // What of the message was found damaged or missing when it was opened, besides its set.
+  virtual std::vector<Trouble> troubles() { return {}; }
 
   virtual Outcome<size_t> recipientCount() = 0;
   virtual Outcome<std::unique_ptr<PropertySet>> recipient(size_t index) = 0;
