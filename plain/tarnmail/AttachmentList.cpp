@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "KernelBytes.h"
-#include "Text.h"
+#include "console/Text.h"
 
 namespace tarn::host {
 namespace {

@@ -5,7 +5,7 @@
 #include "Commands.h"
 #include "JsonText.h"
 #include "Table.h"
-#include "Text.h"
+#include "console/Text.h"
 
 namespace tarn::host {
 namespace {

@@ -13,7 +13,7 @@
 #include "MailFile.h"
 #include "PageChoice.h"
 #include "PageFolder.h"
-#include "PrivateFolder.h"
+#include "console/PrivateFolder.h"
 
 namespace tarn::host {
 

@@ -1,9 +1,9 @@
 #include <optional>
 
 #include "Commands.h"
-#include "Failure.h"
-#include "StandardStreams.h"
-#include "Text.h"
+#include "console/Failure.h"
+#include "console/StandardStreams.h"
+#include "console/Text.h"
 
 namespace tarn::host {
 

@@ -3,7 +3,7 @@
 #include <exception>
 #include <new>
 
-#include "Failure.h"
+#include "console/Failure.h"
 
 namespace tarn::host {
 namespace {

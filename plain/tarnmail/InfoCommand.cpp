@@ -3,8 +3,8 @@
 #include <string_view>
 
 #include "Commands.h"
-#include "Failure.h"
 #include "JsonText.h"
+#include "console/Failure.h"
 
 namespace tarn::host {
 namespace {

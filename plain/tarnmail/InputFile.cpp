@@ -4,12 +4,12 @@
 #include <optional>
 #include <vector>
 
-#include "Failure.h"
-#include "InputStream.h"
-#include "Paths.h"
-#include "SystemErrors.h"
-#include "SystemFiles.h"
-#include "Text.h"
+#include "console/Failure.h"
+#include "console/InputStream.h"
+#include "console/Paths.h"
+#include "console/SystemErrors.h"
+#include "console/SystemFiles.h"
+#include "console/Text.h"
 
 namespace tarn::host {
 namespace {

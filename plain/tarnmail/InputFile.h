@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "PrivateFolder.h"
+#include "console/PrivateFolder.h"
 
 namespace tarn::host {
 

@@ -2,12 +2,12 @@
 
 #include <memory>
 
-#include "Failure.h"
 #include "RecordingSiblings.h"
 #include "RefusalReason.h"
 #include "Settings.h"
 #include "StatusText.h"
 #include "StoreReason.h"
+#include "console/Failure.h"
 
 namespace tarn::host {
 

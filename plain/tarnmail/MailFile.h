@@ -15,9 +15,9 @@
 #include "KernelBytes.h"
 #include "KernelFile.h"
 #include "MailFormat.h"
-#include "PrivateFolder.h"
 #include "RecordingSiblings.h"
 #include "TarnPst.h"
+#include "console/PrivateFolder.h"
 
 namespace tarn::host {
 

@@ -1,6 +1,6 @@
 #include "PageChoice.h"
 
-#include "Text.h"
+#include "console/Text.h"
 
 namespace tarn::host {
 

@@ -4,10 +4,10 @@
 #include <random>
 #include <system_error>
 
-#include "Failure.h"
-#include "Paths.h"
-#include "SystemErrors.h"
-#include "SystemFiles.h"
+#include "console/Failure.h"
+#include "console/Paths.h"
+#include "console/SystemErrors.h"
+#include "console/SystemFiles.h"
 
 namespace tarn::host {
 namespace {

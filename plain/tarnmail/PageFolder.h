@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "RemovedAtEnd.h"
+#include "console/RemovedAtEnd.h"
 
 namespace tarn::host {
 

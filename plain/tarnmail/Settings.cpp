@@ -5,10 +5,10 @@
 #include <optional>
 #include <system_error>
 
-#include "Failure.h"
-#include "Paths.h"
 #include "Tarnbase/PlainKernel.h"
-#include "Text.h"
+#include "console/Failure.h"
+#include "console/Paths.h"
+#include "console/Text.h"
 
 namespace tarn::host {
 namespace {

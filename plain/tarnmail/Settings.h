@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "PrivateFolder.h"
+#include "console/PrivateFolder.h"
 
 namespace tarn::host {
 

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <string_view>
 
-#include "Text.h"
+#include "console/Text.h"
 
 namespace tarn::host {
 namespace {

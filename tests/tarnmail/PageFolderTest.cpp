@@ -5,9 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include "console/Failure.h"
+#include "console/Paths.h"
 #include "support/TempDirectory.h"
-#include "tarnmail/Failure.h"
-#include "tarnmail/Paths.h"
 
 namespace tarn::host {
 namespace {

@@ -1,6 +1,6 @@
 // What goes when the program is done with it. tests/tarnmail/posix/SignalsTest.cpp has the signals.
 
-#include "tarnmail/RemovedAtEnd.h"
+#include "console/RemovedAtEnd.h"
 
 #include <gtest/gtest.h>
 

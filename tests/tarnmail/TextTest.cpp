@@ -1,6 +1,6 @@
 // Text for terminals, JSON and the filter; numbers of the command line.
 
-#include "tarnmail/Text.h"
+#include "console/Text.h"
 
 #include <gtest/gtest.h>
 

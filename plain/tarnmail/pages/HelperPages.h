@@ -3,7 +3,7 @@
 #ifndef TARN_TARNMAIL_PAGES_HELPERPAGES_H
 #define TARN_TARNMAIL_PAGES_HELPERPAGES_H
 
-#include "tarnmail/PrivateFolder.h"
+#include "console/PrivateFolder.h"
 #include "tarnmail/pages/PageMaker.h"
 
 namespace tarn::host {

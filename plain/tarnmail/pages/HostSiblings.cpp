@@ -12,8 +12,8 @@
 
 #include "Common/ByteSearch.h"
 #include "KernelFile.h"
-#include "Paths.h"
-#include "Text.h"
+#include "console/Paths.h"
+#include "console/Text.h"
 #include "pages/HostBitmap.h"
 
 namespace tarn::host {

@@ -8,10 +8,10 @@
 #include <system_error>
 
 #include "Commands.h"
-#include "Failure.h"
-#include "Paths.h"
 #include "StatusText.h"
-#include "SystemFiles.h"
+#include "console/Failure.h"
+#include "console/Paths.h"
+#include "console/SystemFiles.h"
 #include "pages/HelperPages.h"
 #include "pages/HostBitmap.h"
 #include "pages/HostSiblings.h"

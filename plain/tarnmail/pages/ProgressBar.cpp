@@ -4,7 +4,7 @@
 #include <system_error>
 #include <utility>
 
-#include "StandardStreams.h"
+#include "console/StandardStreams.h"
 
 namespace tarn::host {
 

@@ -5,8 +5,8 @@
 #include <filesystem>
 #include <system_error>
 
-#include "Failure.h"
-#include "posix/ProgramDirectory.h"
+#include "console/Failure.h"
+#include "console/posix/ProgramDirectory.h"
 
 namespace tarn::host {
 namespace {

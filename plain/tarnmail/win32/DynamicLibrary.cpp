@@ -5,9 +5,9 @@
 #include <filesystem>
 #include <vector>
 
-#include "Failure.h"
-#include "LastError.h"
-#include "SystemErrors.h"
+#include "console/Failure.h"
+#include "console/SystemErrors.h"
+#include "console/win32/LastError.h"
 
 namespace tarn::host {
 namespace {

@@ -1,5 +1,5 @@
 #include "Commands.h"
-#include "Failure.h"
+#include "console/Failure.h"
 
 namespace tarn::host {
 namespace {

@@ -5,8 +5,8 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include "console/Failure.h"
 #include "support/TempDirectory.h"
-#include "tarnmail/Failure.h"
 
 namespace tarn::host {
 namespace {

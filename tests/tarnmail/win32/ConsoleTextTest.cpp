@@ -1,6 +1,6 @@
 // What a console of Windows is given of a text.
 
-#include "tarnmail/win32/ConsoleText.h"
+#include "console/win32/ConsoleText.h"
 
 #include <gtest/gtest.h>
 

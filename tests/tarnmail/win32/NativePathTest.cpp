@@ -1,6 +1,6 @@
 // Paths for the calls of Windows.
 
-#include "tarnmail/win32/NativePath.h"
+#include "console/win32/NativePath.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // The words for errors of Windows.
 
-#include "tarnmail/SystemErrors.h"
+#include "console/SystemErrors.h"
 
 #include <gtest/gtest.h>
 #include <windows.h>

@@ -1,11 +1,11 @@
 // Files as Windows tells of them.
 
-#include "tarnmail/SystemFiles.h"
+#include "console/SystemFiles.h"
 
 #include <gtest/gtest.h>
 
+#include "console/win32/FinalPath.h"
 #include "support/TempDirectory.h"
-#include "tarnmail/win32/FinalPath.h"
 #include "tarnmail/win32/LockedFile.h"
 #include "tarnmail/win32/LongDirectory.h"
 

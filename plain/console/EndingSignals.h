@@ -1,7 +1,7 @@
 // EndingSignals.h - what the user or the system sends to end the program early. One folder a system
 // implements it.
-#ifndef TARN_TARNMAIL_ENDINGSIGNALS_H
-#define TARN_TARNMAIL_ENDINGSIGNALS_H
+#ifndef TARN_CONSOLE_ENDINGSIGNALS_H
+#define TARN_CONSOLE_ENDINGSIGNALS_H
 
 namespace tarn::host {
 

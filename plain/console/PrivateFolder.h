@@ -1,6 +1,6 @@
 // PrivateFolder.h - the one folder of a process for all its temporary files.
-#ifndef TARN_TARNMAIL_PRIVATEFOLDER_H
-#define TARN_TARNMAIL_PRIVATEFOLDER_H
+#ifndef TARN_CONSOLE_PRIVATEFOLDER_H
+#define TARN_CONSOLE_PRIVATEFOLDER_H
 
 #include <filesystem>
 #include <optional>

@@ -1,6 +1,6 @@
 // SystemErrors.h - what the system says when it refuses. One folder a system implements it.
-#ifndef TARN_TARNMAIL_SYSTEMERRORS_H
-#define TARN_TARNMAIL_SYSTEMERRORS_H
+#ifndef TARN_CONSOLE_SYSTEMERRORS_H
+#define TARN_CONSOLE_SYSTEMERRORS_H
 
 #include <string>
 #include <string_view>

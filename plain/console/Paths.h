@@ -1,6 +1,6 @@
 // Paths.h - paths between the command line, which is UTF-8, and the system.
-#ifndef TARN_TARNMAIL_PATHS_H
-#define TARN_TARNMAIL_PATHS_H
+#ifndef TARN_CONSOLE_PATHS_H
+#define TARN_CONSOLE_PATHS_H
 
 #include <filesystem>
 #include <string>

@@ -1,7 +1,7 @@
 // NativePath.h - a path as the system's calls take it, however long it is (Platform/win32/
 // LongPaths.h, as in the kernel), and what it names.
-#ifndef TARN_TARNMAIL_WIN32_NATIVEPATH_H
-#define TARN_TARNMAIL_WIN32_NATIVEPATH_H
+#ifndef TARN_CONSOLE_WIN32_NATIVEPATH_H
+#define TARN_CONSOLE_WIN32_NATIVEPATH_H
 
 #include <filesystem>
 #include <string>

@@ -1,6 +1,6 @@
 // FinalPath.h - the name of a file once all links are followed.
-#ifndef TARN_TARNMAIL_WIN32_FINALPATH_H
-#define TARN_TARNMAIL_WIN32_FINALPATH_H
+#ifndef TARN_CONSOLE_WIN32_FINALPATH_H
+#define TARN_CONSOLE_WIN32_FINALPATH_H
 
 #include <filesystem>
 #include <system_error>

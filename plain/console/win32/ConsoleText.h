@@ -1,6 +1,6 @@
 // ConsoleText.h - bytes as a console of Windows takes them.
-#ifndef TARN_TARNMAIL_WIN32_CONSOLETEXT_H
-#define TARN_TARNMAIL_WIN32_CONSOLETEXT_H
+#ifndef TARN_CONSOLE_WIN32_CONSOLETEXT_H
+#define TARN_CONSOLE_WIN32_CONSOLETEXT_H
 
 #include <cstddef>
 #include <string>

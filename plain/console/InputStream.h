@@ -1,7 +1,7 @@
 // InputStream.h - bytes that come one after the other: standard input, a pipe. One folder a system
 // implements it.
-#ifndef TARN_TARNMAIL_INPUTSTREAM_H
-#define TARN_TARNMAIL_INPUTSTREAM_H
+#ifndef TARN_CONSOLE_INPUTSTREAM_H
+#define TARN_CONSOLE_INPUTSTREAM_H
 
 #include <cstddef>
 #include <cstdint>

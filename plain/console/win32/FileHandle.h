@@ -1,6 +1,6 @@
 // FileHandle.h - opens a file and closes it.
-#ifndef TARN_TARNMAIL_WIN32_FILEHANDLE_H
-#define TARN_TARNMAIL_WIN32_FILEHANDLE_H
+#ifndef TARN_CONSOLE_WIN32_FILEHANDLE_H
+#define TARN_CONSOLE_WIN32_FILEHANDLE_H
 
 #include <windows.h>
 

@@ -1,6 +1,6 @@
 // Failure.h - how a command ends that cannot do what it was asked: an exit status and one line.
-#ifndef TARN_TARNMAIL_FAILURE_H
-#define TARN_TARNMAIL_FAILURE_H
+#ifndef TARN_CONSOLE_FAILURE_H
+#define TARN_CONSOLE_FAILURE_H
 
 #include <cstdint>
 #include <stdexcept>

@@ -1,7 +1,7 @@
 // SystemFiles.h - what a command needs to know of a file, and how it makes one. One folder a system
 // implements it.
-#ifndef TARN_TARNMAIL_SYSTEMFILES_H
-#define TARN_TARNMAIL_SYSTEMFILES_H
+#ifndef TARN_CONSOLE_SYSTEMFILES_H
+#define TARN_CONSOLE_SYSTEMFILES_H
 
 #include <cstdint>
 #include <filesystem>

@@ -1,6 +1,6 @@
 // LastError.h - the calling thread's last error.
-#ifndef TARN_TARNMAIL_WIN32_LASTERROR_H
-#define TARN_TARNMAIL_WIN32_LASTERROR_H
+#ifndef TARN_CONSOLE_WIN32_LASTERROR_H
+#define TARN_CONSOLE_WIN32_LASTERROR_H
 
 #include <system_error>
 

@@ -1,6 +1,6 @@
 // ProgramDirectory.h - where this program is.
-#ifndef TARN_TARNMAIL_POSIX_PROGRAMDIRECTORY_H
-#define TARN_TARNMAIL_POSIX_PROGRAMDIRECTORY_H
+#ifndef TARN_CONSOLE_POSIX_PROGRAMDIRECTORY_H
+#define TARN_CONSOLE_POSIX_PROGRAMDIRECTORY_H
 
 #include <filesystem>
 

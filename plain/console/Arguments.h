@@ -1,6 +1,6 @@
 // Arguments.h - the words of the command line. One folder a system implements it.
-#ifndef TARN_TARNMAIL_ARGUMENTS_H
-#define TARN_TARNMAIL_ARGUMENTS_H
+#ifndef TARN_CONSOLE_ARGUMENTS_H
+#define TARN_CONSOLE_ARGUMENTS_H
 
 #include <string>
 #include <vector>

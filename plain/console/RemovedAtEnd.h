@@ -1,7 +1,7 @@
 // RemovedAtEnd.h - a file or folder that goes when the program is done with it: in the ordinary
 // way, and also when Ctrl-C or another signal of EndingSignals.h ends the program.
-#ifndef TARN_TARNMAIL_REMOVEDATEND_H
-#define TARN_TARNMAIL_REMOVEDATEND_H
+#ifndef TARN_CONSOLE_REMOVEDATEND_H
+#define TARN_CONSOLE_REMOVEDATEND_H
 
 #include <filesystem>
 #include <functional>

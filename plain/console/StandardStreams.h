@@ -1,6 +1,6 @@
 // StandardStreams.h - standard output and standard error. One folder a system implements them.
-#ifndef TARN_TARNMAIL_STANDARDSTREAMS_H
-#define TARN_TARNMAIL_STANDARDSTREAMS_H
+#ifndef TARN_CONSOLE_STANDARDSTREAMS_H
+#define TARN_CONSOLE_STANDARDSTREAMS_H
 
 #include <string_view>
 #include <system_error>

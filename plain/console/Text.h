@@ -2,8 +2,8 @@
 //
 // Names and values in mail are written by whoever sent it. What goes to a terminal is escaped, so
 // that it can neither move the cursor nor pretend to be something else.
-#ifndef TARN_TARNMAIL_TEXT_H
-#define TARN_TARNMAIL_TEXT_H
+#ifndef TARN_CONSOLE_TEXT_H
+#define TARN_CONSOLE_TEXT_H
 
 #include <cstddef>
 #include <cstdint>

@@ -1,6 +1,6 @@
 // WriteAll.h - writes to a handle.
-#ifndef TARN_TARNMAIL_WIN32_WRITEALL_H
-#define TARN_TARNMAIL_WIN32_WRITEALL_H
+#ifndef TARN_CONSOLE_WIN32_WRITEALL_H
+#define TARN_CONSOLE_WIN32_WRITEALL_H
 
 #include <string_view>
 #include <system_error>
