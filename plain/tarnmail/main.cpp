@@ -14,6 +14,7 @@
 #include "Commands.h"
 #include "FilterLibrary.h"
 #include "Settings.h"
+#include "StartArchive.h"
 #include "console/Arguments.h"
 #include "console/Failure.h"
 #include "console/Output.h"
@@ -153,6 +154,25 @@ void AddPagesCommand(CLI::App& app, CommandLine& line) {
   AddSandboxOption(*command, options.sandbox);
 }
 
+// The commands of tarnmail-archive, which reads their options itself.
+constexpr std::pair<const char*, const char*> kArchiveCommands[] = {
+    {"list", "List every message of stores, MSG files, mails and folders of them"},
+};
+
+bool IsArchiveCommand(const std::string& word) {
+  return std::any_of(std::begin(kArchiveCommands), std::end(kArchiveCommands),
+                     [&word](const auto& command) { return word == command.first; });
+}
+
+void AddArchiveCommands(CLI::App& app) {
+  for (const auto& [name, help] : kArchiveCommands) {
+    CLI::App* const command = app.add_subcommand(name, help);
+    command->group("Archive commands");
+    command->set_help_flag("");
+    command->prefix_command();
+  }
+}
+
 void AddHelpCommand(CLI::App& app, std::optional<std::string>& topic) {
   CLI::App* const help = app.add_subcommand("help", "Explain a command");
   help->add_option("COMMAND", topic, "One of the commands; all of them without")->type_name("");
@@ -192,6 +212,7 @@ void Describe(CLI::App& app, CommandLine& line) {
   AddOutputOption(*extract, line.extract.output);
 
   AddHelpCommand(app, line.helpTopic);
+  AddArchiveCommands(app);
 
   // Last, since commands take over the footer that there is when they are added.
   app.footer(
@@ -276,7 +297,12 @@ void Explain(const CLI::App& app, const std::optional<std::string>& topic) {
 
 // Help and version are asked for by what the parser throws, too.
 void Run(std::vector<std::string> words) {
-  CLI::App app("Reads PST, MSG and EML mail files through the mail filter.", "tarnmail");
+  if (!words.empty() && IsArchiveCommand(words.front())) StartArchive(words);
+  CLI::App app(
+      "Reads mail files: whole archives as a mail program would, single messages as the mail "
+      "filter "
+      "gives them to a host.",
+      "tarnmail");
   CommandLine line;
   Describe(app, line);
   try {
@@ -293,6 +319,12 @@ void Run(std::vector<std::string> words) {
     return;
   }
 
+  const std::vector<CLI::App*> chosen = app.get_subcommands();
+  if (!chosen.empty() && IsArchiveCommand(chosen.front()->get_name())) {
+    const std::string name = chosen.front()->get_name();
+    throw Failure(ExitStatus::Usage,
+                  name + " takes its options after its name; see tarnmail " + name + " --help");
+  }
   if (app.got_subcommand("help")) {
     Explain(app, line.helpTopic);
   } else {

@@ -1,0 +1,29 @@
+// Commands.h - the archive commands of tarnmail. Each writes to standard output itself, since what
+// it has to tell may be long, and throws host::Failure where it cannot do what it was asked.
+#ifndef TARN_ARCHIVE_COMMANDS_H
+#define TARN_ARCHIVE_COMMANDS_H
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "archive/commands/ItemFilter.h"
+#include "console/Failure.h"
+
+namespace tarn::archive {
+
+struct ListOptions {
+  std::vector<std::string> paths;
+  bool json = false;
+  bool folders = false;   // the folders with the numbers of their items
+  bool embedded = false;  // items within items too; JSON has them anyway
+  bool recover = false;
+  FilterOptions filter;
+  std::optional<std::string> temporary;  // where streams are copied to
+};
+
+host::ExitStatus List(const ListOptions& options);
+
+}  // namespace tarn::archive
+
+#endif

@@ -1,0 +1,120 @@
+#include "archive/commands/JsonWriter.h"
+
+#include <array>
+#include <cstdio>
+
+#include "Platform/Utf8.h"
+
+namespace tarn::archive {
+namespace {
+
+constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
+
+void AppendEscape(std::string& line, char character) {
+  switch (character) {
+    case '"':
+      line += "\\\"";
+      return;
+    case '\\':
+      line += "\\\\";
+      return;
+    case '\n':
+      line += "\\n";
+      return;
+    case '\r':
+      line += "\\r";
+      return;
+    case '\t':
+      line += "\\t";
+      return;
+    default:
+      std::array<char, 8> text;
+      std::snprintf(text.data(), text.size(), "\\u%04x",
+                    static_cast<unsigned>(static_cast<unsigned char>(character)));
+      line += text.data();
+  }
+}
+
+// DEL is escaped too, so that a line can be shown.
+bool IsEscaped(char character) {
+  return static_cast<unsigned char>(character) < 0x20 || character == '"' || character == '\\' ||
+         character == 0x7F;
+}
+
+}  // namespace
+
+void JsonWriter::name(std::string_view text) {
+  separate();
+  quote(text);
+  line_ += ':';
+  needsComma_ = false;
+}
+
+void JsonWriter::text(std::string_view value) {
+  separate();
+  quote(value);
+  needsComma_ = true;
+}
+
+void JsonWriter::number(uint64_t value) {
+  separate();
+  line_ += std::to_string(value);
+  needsComma_ = true;
+}
+
+void JsonWriter::null() {
+  separate();
+  line_ += "null";
+  needsComma_ = true;
+}
+
+void JsonWriter::clear() {
+  line_.clear();
+  needsComma_ = false;
+}
+
+void JsonWriter::open(char bracket) {
+  separate();
+  line_ += bracket;
+  needsComma_ = false;
+}
+
+void JsonWriter::close(char bracket) {
+  line_ += bracket;
+  needsComma_ = true;
+}
+
+void JsonWriter::separate() {
+  if (needsComma_) line_ += ',';
+}
+
+void JsonWriter::quote(std::string_view value) {
+  line_ += '"';
+  while (!value.empty()) {
+    // What is taken as it is, in one piece.
+    size_t plain = 0;
+    while (plain < value.size()) {
+      if (static_cast<unsigned char>(value[plain]) < 0x80) {
+        if (IsEscaped(value[plain])) break;
+        ++plain;
+        continue;
+      }
+      const platform::Character character = platform::FirstCharacter(value.substr(plain));
+      if (!character.isWellFormed) break;
+      plain += character.size;
+    }
+    line_ += value.substr(0, plain);
+    value.remove_prefix(plain);
+    if (value.empty()) break;
+    if (static_cast<unsigned char>(value[0]) < 0x80) {
+      AppendEscape(line_, value[0]);
+      value.remove_prefix(1);
+    } else {
+      line_ += kReplacement;
+      value.remove_prefix(platform::FirstCharacter(value).size);
+    }
+  }
+  line_ += '"';
+}
+
+}  // namespace tarn::archive

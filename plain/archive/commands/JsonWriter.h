@@ -1,0 +1,43 @@
+// JsonWriter.h - JSON on one line, always valid UTF-8.
+#ifndef TARN_ARCHIVE_JSONWRITER_H
+#define TARN_ARCHIVE_JSONWRITER_H
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace tarn::archive {
+
+// Writes what it is told to, in that order; commas are its own. Whoever uses it closes what it
+// opens.
+class JsonWriter {
+ public:
+  void openObject() { open('{'); }
+  void closeObject() { close('}'); }
+  void openArray() { open('['); }
+  void closeArray() { close(']'); }
+
+  // The name of the next value.
+  void name(std::string_view text);
+
+  // What is no UTF-8 becomes U+FFFD.
+  void text(std::string_view value);
+  void number(uint64_t value);
+  void null();
+
+  std::string_view line() const { return line_; }
+  void clear();
+
+ private:
+  void open(char bracket);
+  void close(char bracket);
+  void separate();
+  void quote(std::string_view value);
+
+  std::string line_;
+  bool needsComma_ = false;
+};
+
+}  // namespace tarn::archive
+
+#endif

@@ -1,0 +1,131 @@
+// tarnmail-archive - the archive commands of tarnmail, which starts it.
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <exception>
+#include <new>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "archive/commands/Commands.h"
+#include "archive/commands/OutputBuffer.h"
+#include "console/Arguments.h"
+#include "console/Failure.h"
+#include "console/StandardStreams.h"
+#include "console/Text.h"
+#include "console/Usage.h"
+
+namespace tarn::archive {
+namespace {
+
+using host::ExitStatus;
+using host::Failure;
+
+struct CommandLine {
+  ListOptions list;
+};
+
+void AddTemporary(CLI::App& command, std::optional<std::string>& temporary) {
+  command.add_option("--temp", temporary, "Directory for the copy of standard input or a pipe")
+      ->type_name("DIR");
+}
+
+void AddSpan(CLI::App& command, const std::string& name, std::optional<Span>& span,
+             const std::string& help) {
+  const auto take = [name, &span](const std::string& text) {
+    span = ParseSpan(text);
+    if (!span) {
+      throw CLI::ValidationError(name, host::Named(text) +
+                                           " is no date such as 2024-05-01, 2024-05 or "
+                                           "2024-05-01T12:30+02:00");
+    }
+  };
+  command.add_option_function<std::string>(name, take, help)->type_name("DATE");
+}
+
+void AddFilter(CLI::App& command, FilterOptions& filter) {
+  command
+      .add_option("--folder", filter.folder,
+                  "Only in this folder and those below it: its path, or a pattern with * and ?")
+      ->type_name("FOLDER");
+  command.add_option("--from", filter.from, "Only with this in the sender's name or address")
+      ->type_name("TEXT");
+  command.add_option("--to", filter.to, "Only with this in a name or address of To, Cc or Bcc")
+      ->type_name("TEXT");
+  command.add_option("--subject", filter.subject, "Only with this in the subject")
+      ->type_name("TEXT");
+  AddSpan(command, "--since", filter.since,
+          "Only from this date on: 2024, 2024-05, 2024-05-01 or 2024-05-01T12:30, local time "
+          "unless it ends in Z or an offset as +02:00");
+  AddSpan(command, "--until", filter.until, "Only up to this date, which is included");
+  command.add_flag("--has-attachment", filter.hasAttachment, "Only with attachments");
+  command
+      .add_option("--class", filter.messageClass,
+                  "Only items whose class begins so, as IPM.Appointment")
+      ->type_name("CLASS");
+}
+
+void AddList(CLI::App& app, ListOptions& options) {
+  CLI::App* const list = app.add_subcommand(
+      "list", "List every message of stores, MSG files, mails and folders of them");
+  list->add_option(
+          "PATH", options.paths,
+          "Stores, MSG files, mails, mboxes, Maildirs, or folders to search; - is standard "
+          "input")
+      ->required()
+      ->type_name("");
+  list->add_flag("--json", options.json, "JSON Lines for machines, embedded messages too");
+  list->add_flag("--folders", options.folders, "The folders, with the number of messages in each");
+  list->add_flag("--embedded", options.embedded, "Messages attached to messages too");
+  AddFilter(*list, options.filter);
+  list->add_flag("--recover", options.recover, "Also what a store holds and no table names");
+  AddTemporary(*list, options.temporary);
+}
+
+ExitStatus Run(std::vector<std::string> words) {
+  CLI::App app("Reads whole mail archives.", "tarnmail");
+  app.require_subcommand(1);
+  app.allow_windows_style_options(false);
+  CommandLine line;
+  AddList(app, line.list);
+  try {
+    // The parser takes the words from the end.
+    std::reverse(words.begin(), words.end());
+    app.parse(std::move(words));
+  } catch (const CLI::ParseError& error) {
+    std::ostringstream text;
+    std::ostringstream ignored;
+    if (app.exit(error, text, ignored) != 0) {
+      throw Failure(ExitStatus::Usage, host::UsageLine(app, error));
+    }
+    WriteOut(text.str());
+    return ExitStatus::Done;
+  }
+  return List(line.list);
+}
+
+int Report(ExitStatus status, const std::string& line) {
+  host::WriteStandardError("tarnmail: " + host::Printable(line) + "\n");
+  return static_cast<int>(status);
+}
+
+}  // namespace
+}  // namespace tarn::archive
+
+int main(int argc, char** argv) {
+  using tarn::archive::Report;
+  using tarn::host::ExitStatus;
+  tarn::host::PrepareStandardStreams();
+  try {
+    return static_cast<int>(tarn::archive::Run(tarn::host::CommandLineWords(argc, argv)));
+  } catch (const tarn::archive::NobodyReads&) {
+    return static_cast<int>(ExitStatus::Done);
+  } catch (const tarn::host::Failure& failure) {
+    return Report(failure.status(), failure.what());
+  } catch (const std::bad_alloc&) {
+    return Report(ExitStatus::Failed, "out of memory");
+  } catch (const std::exception& error) {
+    return Report(ExitStatus::Broken, std::string("internal error: ") + error.what());
+  }
+}
