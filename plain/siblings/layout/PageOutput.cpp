@@ -8,6 +8,9 @@
 #include <cstdio>
 #include <limits>
 #include <string_view>
+#include <utility>
+
+#include "siblings/layout/PdfId.h"
 
 namespace tarn::pages {
 
@@ -99,7 +102,7 @@ std::string WritePdf(const PdfRequest& request, const DrawPage& draw, Progress& 
   context.reset();
   cairo_surface_finish(surface.get());
   Require(cairo_surface_status(surface.get()));
-  return file;
+  return WithPdfId(std::move(file));
 }
 
 namespace {

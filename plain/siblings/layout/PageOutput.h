@@ -31,7 +31,7 @@ struct PdfRequest {
 };
 
 // The pages of a range, cut to those that there are. Trouble::NoSuchPage when there are none of
-// them; Trouble::Stopped when the progress says so.
+// them; Trouble::Stopped when the progress says so. Its id comes from its content.
 std::string WritePdf(const PdfRequest& request, const DrawPage& draw, Progress& progress);
 
 // A link on a rectangle, in the context's coordinates. Addresses may hold any bytes.
