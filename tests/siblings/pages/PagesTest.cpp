@@ -40,40 +40,6 @@ class Pages : public TarnmailTest {
 
 bool IsDark(int red, int green, int blue) { return red + green + blue < 3 * 128; }
 
-// Of all pixels, in thousandths.
-size_t Darkness(const PagePixels& page) {
-  return CountPixels(page, IsDark) * 1000 / std::max<size_t>(page.width * page.height, 1);
-}
-
-TEST_F(Pages, AreMadeOfEachExample) {
-  const Words examples[] = {{"html-inline-image.eml"},
-                            {"japanese-iso2022jp.eml"},
-                            {"nested-attachments.eml"},
-                            {"plain-7bit.eml"},
-                            {"mailbox.pst"},
-                            {"mailbox.pst", "-m", "2"},
-                            {"mailbox.pst", "-m", "3", "--text"},
-                            {"msg/embedded.msg"},
-                            {"msg/html-image.msg"},
-                            {"msg/rtf.msg"},
-                            {"msg/text.msg"}};
-  for (size_t i = 0; i < std::size(examples); ++i) {
-    Words words = examples[i];
-    words[0] = Example(words[0]);
-    for (const char* route : {"--temp-files", "--in-memory"}) {
-      const std::string place = std::to_string(i) + route;
-      Words all = words;
-      all.emplace_back(route);
-      make(all, place);
-      const PagePixels first = page(1, place);
-      EXPECT_NEAR(static_cast<double>(first.width), 794, 1) << words[0];
-      EXPECT_NEAR(static_cast<double>(first.height), 1123, 1) << words[0];
-      EXPECT_GE(CountPixels(first, IsDark), 500u) << words[0] << " " << route;
-      EXPECT_LE(Darkness(first), 300u) << words[0] << " " << route;
-    }
-  }
-}
-
 // The image has red, green and blue bars, which nothing else on the page has.
 TEST_F(Pages, ShowAnInlineImage) {
   const auto isGreen = [](int red, int green, int blue) {
