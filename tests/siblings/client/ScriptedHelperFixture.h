@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "siblings/Processes.h"
 #include "siblings/client/PageHelper.h"
 #include "support/TempDirectory.h"
 
@@ -22,10 +23,7 @@ inline constexpr bool kIsSanitized = true;
 inline constexpr bool kIsSanitized = false;
 #endif
 
-// A process, and all that it has started and is still there.
-std::vector<pid_t> DescendantsOf(pid_t process);
-
-// Those of them that run a scripted helper.
+// What a process has started that runs a scripted helper.
 std::vector<pid_t> HelpersOf(pid_t process);
 
 // Files that this process has open.

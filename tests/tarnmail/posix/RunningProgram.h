@@ -26,6 +26,7 @@ class RunningProgram {
   // Ends the program if it still runs.
   ~RunningProgram();
 
+  pid_t process() const { return child_; }
   void send(int signal) const;
   // It has, but was not waited for.
   bool hasEnded() const;

@@ -1,0 +1,54 @@
+#include "siblings/Processes.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+namespace tarn::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+// 0 when there is no such process any more.
+pid_t ParentOf(pid_t process) {
+  std::ifstream file("/proc/" + std::to_string(process) + "/stat");
+  std::string text;
+  std::getline(file, text, '\0');
+  // "PID (NAME) STATE PARENT ...", where the name may hold anything.
+  const size_t end = text.rfind(')');
+  return end == std::string::npos ? 0 : static_cast<pid_t>(std::atoi(text.c_str() + end + 4));
+}
+
+std::vector<pid_t> AllProcesses() {
+  std::vector<pid_t> processes;
+  for (const fs::directory_entry& entry : fs::directory_iterator("/proc")) {
+    const std::string name = entry.path().filename();
+    if (std::all_of(name.begin(), name.end(), [](char c) { return c >= '0' && c <= '9'; })) {
+      processes.push_back(static_cast<pid_t>(std::stoi(name)));
+    }
+  }
+  return processes;
+}
+
+bool IsProgramIn(pid_t process, std::string_view folder) {
+  std::ifstream file("/proc/" + std::to_string(process) + "/cmdline");
+  std::string program;
+  std::getline(file, program, '\0');
+  return program.starts_with(folder);
+}
+
+}  // namespace
+
+std::vector<pid_t> DescendantsOf(pid_t process, std::string_view folder) {
+  std::vector<pid_t> found;
+  for (const pid_t candidate : AllProcesses()) {
+    pid_t ancestor = ParentOf(candidate);
+    while (ancestor > 1 && ancestor != process) ancestor = ParentOf(ancestor);
+    if (ancestor == process && IsProgramIn(candidate, folder)) found.push_back(candidate);
+  }
+  return found;
+}
+
+}  // namespace tarn::test
