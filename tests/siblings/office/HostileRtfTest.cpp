@@ -11,6 +11,22 @@ namespace {
 
 using pages::Trouble;
 
+std::string Little(uint64_t number) {
+  std::string bytes;
+  for (int i = 0; i < 4; ++i) bytes += static_cast<char>(number >> (8 * i) & 0xFF);
+  return bytes;
+}
+
+std::string HexOf(const std::string& bytes) {
+  constexpr std::string_view kDigits = "0123456789abcdef";
+  std::string digits;
+  for (const char c : bytes) {
+    digits += kDigits[static_cast<unsigned char>(c) >> 4];
+    digits += kDigits[static_cast<unsigned char>(c) & 15];
+  }
+  return digits;
+}
+
 class HostileRtf : public ::testing::Test {
  protected:
   // Is the document shown, with nothing opened or fetched?
@@ -84,6 +100,40 @@ TEST_F(HostileRtf, ObjectsAreNotOpened) {
       "0105000002000000090000004f4c45324c696e6b000000000000000000000c0000d0cf11e0a1b11ae1"
       R"(}{\result a picture}})");
   expectHarmless(R"({\object\objocx{\*\objclass Forms.HTML:Image.1}{\*\objdata 01}{\result r}})");
+}
+
+TEST_F(HostileRtf, EmbeddedObjectsAreNotOpened) {
+  // A package with a page that would fetch the bait (MS-OLEDS, 2.2.4 and 2.2.5).
+  for (const std::string& target : {fileUrl(), address()}) {
+    const std::string page = "<html><body><img src=\"" + target + "\"></body></html>";
+    const std::string name = std::string("Package\0", 8);
+    std::string object = Little(0x501) + Little(2) + Little(name.size()) + name + Little(0) +
+                         Little(0) + Little(page.size()) + page + Little(0x501) + Little(0);
+    for (const char* kind : {R"(\objemb)", R"(\objemb\objupdate)", R"(\objhtml)", R"(\objsub)"}) {
+      expectHarmless(std::string(R"({\object)") + kind +
+                     R"(\objw1000\objh1000{\*\objclass Package}{\*\objdata )" + HexOf(object) +
+                     R"(}{\result a picture}})");
+    }
+  }
+}
+
+TEST_F(HostileRtf, FieldsThatNeverEnd) {
+  const auto field = [](const std::string& instruction, const std::string& result) {
+    return R"({\field\flddirty{\*\fldinst )" + instruction + R"(}{\fldrslt )" + result + "}}";
+  };
+  const auto bookmark = [](const std::string& name, const std::string& content) {
+    return R"({\*\bkmkstart )" + name + "}" + content + R"({\*\bkmkend )" + name + "}";
+  };
+  expectHarmless(bookmark("a", field("REF a", "x")));
+  expectHarmless(bookmark("a", field("REF b", "x")) + bookmark("b", field("REF a", "y")));
+  expectHarmless(bookmark("a", field("SET a " + field("REF a", "x"), "x")) + field("REF a", "x"));
+  expectHarmless(bookmark("a", field("= a + 1", "1") + field("PAGEREF a", "1")));
+  expectHarmless(field("IF " + field("IF 1 = 1 " + field("REF c", "1") + " 0", "1") + " = 1 " +
+                           field("INCLUDETEXT a", "x") + " b",
+                       "x"));
+  expectHarmless(field(R"(TOC \\o "1-9" \\h)", field("TOC", field("INDEX", "x"))));
+  expectHarmless(R"({\header\pard )" + field("NUMPAGES", R"(\page )" + field("PAGE", "1")) +
+                 R"(\par})");
 }
 
 TEST_F(HostileRtf, PicturesThatClaimTooMuch) {
