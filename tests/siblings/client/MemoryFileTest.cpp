@@ -3,6 +3,7 @@
 #include "siblings/client/MemoryFile.h"
 
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <array>
@@ -36,6 +37,7 @@ TEST(MemoryFileTest, SealsItsCopies) {
   EXPECT_FALSE(WriteAll(file.get(), "x"));
   EXPECT_NE(ftruncate(file.get(), 0), 0);
   EXPECT_NE(ftruncate(file.get(), 100), 0);
+  EXPECT_EQ(mmap(nullptr, 6, PROT_READ | PROT_WRITE, MAP_SHARED, file.get(), 0), MAP_FAILED);
   EXPECT_EQ(TextOf(file.get(), 6), "sealed");
 }
 

@@ -3,34 +3,37 @@
 // starts.
 
 #include <gtest/gtest.h>
-#include <sched.h>
-#include <seccomp.h>
-#include <sys/prctl.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <functional>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "ScriptedHelperFixture.h"
+#include "ThisMachine.h"
 #include "siblings/client/PageHelper.h"
 
 namespace tarn::pages {
 namespace {
 
-struct Machine {
-  bool hasNamespaces = true;
-  bool hasLandlock = true;
-  bool hasSeccomp = true;
-};
+using test::Machine;
 
-class OtherMachinesTest : public test::ScriptedHelperTest {
+class OtherMachinesTest : public test::ScriptedHelperTest,
+                          public ::testing::WithParamInterface<Machine> {
  protected:
-  static void on(const Machine& machine, const std::function<void()>& work) {
+  // What is left of the wanted machine on this one.
+  static Machine machine() { return test::BothOf(GetParam(), test::ThisMachine()); }
+  static bool keepsReadersApart() { return machine().hasNamespaces || machine().hasSeccomp; }
+  static bool keepsWritersApart() {
+    return machine().hasNamespaces || (machine().hasSeccomp && machine().hasLandlock);
+  }
+
+  static void onMachine(const std::function<void()>& work) {
     std::thread([&] {
-      ASSERT_TRUE(becomes(machine));
+      if (test::ThisMachine().hasSeccomp) {
+        ASSERT_TRUE(test::BecomeMachine(GetParam()));
+      }
       work();
     }).join();
   }
@@ -41,85 +44,103 @@ class OtherMachinesTest : public test::ScriptedHelperTest {
     return document;
   }
 
- private:
-  static bool becomes(const Machine& machine) {
-    const scmp_filter_ctx filter = seccomp_init(SCMP_ACT_ALLOW);
-    int errors = 0;
-    const auto refuse = [&](int call, int error, std::vector<scmp_arg_cmp> conditions) {
-      errors |= seccomp_rule_add_array(filter, SCMP_ACT_ERRNO(static_cast<uint16_t>(error)), call,
-                                       static_cast<unsigned>(conditions.size()), conditions.data());
-    };
-    if (!machine.hasNamespaces) {
-      refuse(SCMP_SYS(unshare), EPERM, {});
-      refuse(SCMP_SYS(clone), EPERM, {{0, SCMP_CMP_MASKED_EQ, CLONE_NEWNS, CLONE_NEWNS}});
+  static HelperOptions walledOptions() {
+    HelperOptions options = OtherMachinesTest::options();
+    options.sandbox = true;
+    return options;
+  }
+
+  struct Attempt {
+    std::string what;
+    bool isRefused = false;
+  };
+
+  static void expectAttempts(PageHelper& helper, DocumentOnPaper document,
+                             const std::vector<Attempt>& attempts) {
+    std::string script;
+    std::string log;
+    for (const Attempt& attempt : attempts) {
+      script += "layOut " + attempt.what + "\n";
+      log += attempt.what + (attempt.isRefused ? ": refused\n" : ": done\n");
     }
-    if (!machine.hasLandlock) refuse(SCMP_SYS(landlock_create_ruleset), ENOSYS, {});
-    if (!machine.hasSeccomp) {
-      refuse(SCMP_SYS(seccomp), EINVAL, {});
-      refuse(SCMP_SYS(prctl), EINVAL, {{0, SCMP_CMP_EQ, PR_SET_SECCOMP, 0}});
-    }
-    const bool isSet = errors == 0 && seccomp_load(filter) == 0;
-    seccomp_release(filter);
-    return isSet;
+    document.bytes = script;
+    EXPECT_EQ(logOf(helper, document), log);
+  }
+
+  // Each time that it is asked.
+  static void expectRefusal(const DocumentOnPaper& document, const std::string& helper,
+                            const std::string& reason) {
+    onMachine([&] {
+      PageHelper refused(walledOptions());
+      for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(failureOf([&] { refused.layOut(document); }),
+                  "NoSandbox: " + helper + " cannot be kept apart on this machine (" + reason +
+                      "); --no-sandbox does without");
+      }
+      EXPECT_TRUE(test::DescendantsOf(getpid()).empty());
+    });
   }
 };
 
-TEST_F(OtherMachinesTest, WithAllHaveNamespaces) {
-  on({}, [] {
-    PageHelper helper(options());
+// Without seccomp no other machine can be made of this one.
+std::vector<Machine> Machines() {
+  if (!test::ThisMachine().hasSeccomp) return {test::ThisMachine()};
+  return {{},
+          {.hasLandlock = false},
+          {.hasSeccomp = false},
+          {.hasNamespaces = false},
+          {.hasNamespaces = false, .hasLandlock = false},
+          {.hasNamespaces = false, .hasSeccomp = false}};
+}
+
+INSTANTIATE_TEST_SUITE_P(Machines, OtherMachinesTest, ::testing::ValuesIn(Machines()),
+                         [](const ::testing::TestParamInfo<Machine>& machine) {
+                           return std::string(machine.param.hasNamespaces ? "" : "NoNamespaces") +
+                                  (machine.param.hasLandlock ? "" : "NoLandlock") +
+                                  (machine.param.hasSeccomp ? "" : "NoSeccomp") + "Machine";
+                         });
+
+TEST_P(OtherMachinesTest, KeepReadersApart) {
+  if (!keepsReadersApart()) return expectRefusal(document(""), "tarnmail-pages", "no seccomp");
+  onMachine([this] {
+    PageHelper helper(walledOptions());
+    helper.prepare(DocumentKind::Html);
     expectWell(helper);
     // bubblewrap is two processes around the helper.
-    EXPECT_EQ(test::DescendantsOf(getpid()).size(), 3u);
+    EXPECT_EQ(test::DescendantsOf(getpid()).size(), machine().hasNamespaces ? 3u : 1u);
+    const bool hidesFiles = machine().hasNamespaces || machine().hasLandlock;
+    expectAttempts(helper, document(""),
+                   {{"open /etc/passwd", hidesFiles},
+                    {"open /usr", false},
+                    {"socket", machine().hasSeccomp},
+                    {"signal " + std::to_string(getpid()), true},
+                    {"write /usr/tarnmail-test", true},
+                    {"write " + (temporary_.path() / "new").string(), true}});
   });
 }
 
-TEST_F(OtherMachinesTest, WithoutNamespacesHaveTheOtherWall) {
-  on({.hasNamespaces = false}, [] {
-    PageHelper helper(options());
-    helper.prepare(DocumentKind::Html);
-    EXPECT_EQ(logOf(helper, "layOut open /etc/passwd\nlayOut socket\nlayOut open /usr"),
-              "open /etc/passwd: refused\nsocket: refused\nopen /usr: done\n");
-    EXPECT_EQ(test::DescendantsOf(getpid()).size(), 1u);
-    EXPECT_EQ(logOf(helper, rtf("layOut open /etc/passwd\nlayOut write /usr/tarnmail-test")),
-              "open /etc/passwd: refused\nwrite /usr/tarnmail-test: refused\n");
+TEST_P(OtherMachinesTest, KeepWritersApart) {
+  const char* const reason =
+      machine().hasLandlock ? "no seccomp" : "no Landlock, and it writes files";
+  if (!keepsWritersApart()) return expectRefusal(rtf(""), "tarnmail-office", reason);
+  onMachine([this] {
+    PageHelper helper(walledOptions());
+    expectAttempts(helper, rtf(""),
+                   {{"open /etc/passwd", true},
+                    {"open /usr", false},
+                    {"socket", machine().hasSeccomp},
+                    {"write /usr/tarnmail-test", true},
+                    {"write " + (temporary_.path() / "new").string(), true}});
   });
 }
 
-TEST_F(OtherMachinesTest, WithoutLandlockReadFilesAndWriteNone) {
-  on({.hasNamespaces = false, .hasLandlock = false}, [this] {
-    PageHelper helper(options());
-    const std::string file = (temporary_.path() / "new").string();
-    EXPECT_EQ(logOf(helper, "layOut open /etc/passwd\nlayOut socket\nlayOut write " + file),
-              "open /etc/passwd: done\nsocket: refused\nwrite " + file + ": refused\n");
-    EXPECT_EQ(failureOf([&] { helper.layOut(rtf("")); }),
-              "NoSandbox: tarnmail-office cannot be kept apart on this machine "
-              "(no Landlock, and it writes files); --no-sandbox does without");
-  });
-}
-
-TEST_F(OtherMachinesTest, WithoutSeccompHaveNamespacesAlone) {
-  on({.hasSeccomp = false}, [] {
-    PageHelper helper(options());
-    const std::string self = std::to_string(getpid());
-    EXPECT_EQ(logOf(helper, "layOut open /etc/passwd\nlayOut socket\nlayOut signal " + self +
-                                "\nlayOut write /usr/tarnmail-test"),
-              "open /etc/passwd: refused\nsocket: done\nsignal " + self +
-                  ": refused\nwrite /usr/tarnmail-test: refused\n");
-  });
-}
-
-TEST_F(OtherMachinesTest, WithoutAnyWallAreRefused) {
-  on({.hasNamespaces = false, .hasSeccomp = false}, [] {
-    PageHelper helper(options());
-    for (int i = 0; i < 2; ++i) {
-      EXPECT_EQ(failureOf([&] { helper.layOut(document("")); }),
-                "NoSandbox: tarnmail-pages cannot be kept apart on this machine (no seccomp); "
-                "--no-sandbox does without");
-    }
+TEST_P(OtherMachinesTest, DoWithoutWallsWhenToldTo) {
+  onMachine([] {
     HelperOptions without = options();
     without.sandbox = false;
-    PageHelper alone(without);
-    expectWell(alone);
+    PageHelper helper(without);
+    expectWell(helper);
+    EXPECT_EQ(logOf(helper, "layOut open /etc/passwd"), "open /etc/passwd: done\n");
   });
 }
 

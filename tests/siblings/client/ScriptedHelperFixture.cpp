@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include "ThisMachine.h"
+
 #include <array>
 #include <cstdlib>
 #include <filesystem>
@@ -41,6 +43,8 @@ ScriptedHelperTest::~ScriptedHelperTest() {
 HelperOptions ScriptedHelperTest::options() {
   HelperOptions options;
   options.programs = SCRIPTED_PROGRAMS;
+  const Machine& machine = ThisMachine();
+  options.sandbox = machine.hasNamespaces || (machine.hasSeccomp && machine.hasLandlock);
   return options;
 }
 

@@ -35,6 +35,7 @@ class ScriptedHelperTest : public ::testing::Test {
   ScriptedHelperTest();
   ~ScriptedHelperTest() override;
 
+  // Behind walls, on a machine that has those for both helpers.
   static pages::HelperOptions options();
   static pages::DocumentOnPaper document(std::string_view script);
 

@@ -19,8 +19,10 @@ namespace {
 // Four pages of A4 at 96 dpi.
 constexpr uint64_t kKeptRoom = uint64_t{16} << 20;
 
+// Nobody has mapped the file to write to it, so that what is forbidden from now on is all there is.
+// F_SEAL_WRITE fails while the system itself holds one of its pages (EBUSY).
 void Seal(const Descriptor& file) {
-  constexpr int kSeals = F_SEAL_WRITE | F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_SEAL;
+  constexpr int kSeals = F_SEAL_FUTURE_WRITE | F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_SEAL;
   if (fcntl(file.get(), F_ADD_SEALS, kSeals) != 0) Refuse("seals");
 }
 
