@@ -41,17 +41,38 @@ if(NOT WIN32)
       ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_PREFIX}/${helperdir})
     set(program_rpath "$ORIGIN/${libdir_from_program}")
   endif()
+  # The prefix may be another one when it is installed.
+  set(installed_bindir "\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}")
+  if(IS_ABSOLUTE ${CMAKE_INSTALL_BINDIR})
+    set(installed_bindir ${CMAKE_INSTALL_BINDIR})
+  endif()
   target_compile_definitions(tarnmail_parts PRIVATE
     TARN_LIBRARIES_FROM_PROGRAM="${libdir_from_program}"
     TARN_HELPERS_FROM_PROGRAM="${helperdir_from_program}")
-  set_target_properties(TarnPst PROPERTIES INSTALL_RPATH "$ORIGIN")
-  set_target_properties(tarnmail PROPERTIES INSTALL_RPATH ${program_rpath})
+  # CMake would pad what is built with empty folders, to have room for what is installed, and an empty
+  # one is the folder that a program happens to be started in. Here the room comes from "/.".
+  set(built_rpath "$ORIGIN")
+  string(LENGTH "${program_rpath}" needed)
+  string(LENGTH "${built_rpath}" room)
+  while(room LESS needed)
+    string(APPEND built_rpath "/.")
+    string(LENGTH "${built_rpath}" room)
+  endwhile()
+  set_target_properties(Tarnbase PROPERTIES SKIP_BUILD_RPATH ON)
+  set_target_properties(TarnPst PROPERTIES INSTALL_RPATH "$ORIGIN" BUILD_WITH_INSTALL_RPATH ON)
+  set_target_properties(tarnmail PROPERTIES
+    INSTALL_RPATH ${built_rpath} BUILD_WITH_INSTALL_RPATH ON)
 endif()
 install(TARGETS TarnPst Tarnbase EXPORT TarnPst
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(TARGETS tarnmail RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+if(NOT WIN32)
+  install(CODE "file(RPATH_CHANGE
+    FILE \"\$ENV{DESTDIR}${installed_bindir}/tarnmail\"
+    OLD_RPATH [[${built_rpath}]] NEW_RPATH [[${program_rpath}]])")
+endif()
 
 # The helpers that lay out pages, which tarnmail starts from there: the component `pages`, which needs
 # far more of a system than all else, and is installed only when it is asked for by its name.
