@@ -2,7 +2,11 @@
 // PDF and as the first page at 96 dots per inch. FILE ends in .html, .txt or .rtf, and says by that
 // what it is. PROGRAMS is the folder with the helpers.
 //
-// Prints milliseconds a document: of the first one, which starts the helper, and then the mean.
+// Prints milliseconds a document: of the first one, which starts the helper, and then the mean; and
+// the most memory that the helper has had.
+#include <unistd.h>
+
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -13,6 +17,7 @@
 #include <utility>
 #include <vector>
 
+#include "siblings/Processes.h"
 #include "siblings/client/PageHelper.h"
 
 namespace {
@@ -67,6 +72,18 @@ void Print(const char* what, const Times& times, double count) {
               (times.layout + times.pdf) / count);
 }
 
+// The peak of resident memory in kB, libraries that others have too included.
+long PeakOfHelper(const std::string& programs) {
+  long peak = 0;
+  for (const pid_t process : tarn::test::DescendantsOf(getpid(), programs)) {
+    std::ifstream status("/proc/" + std::to_string(process) + "/status");
+    for (std::string line; std::getline(status, line);) {
+      if (line.starts_with("VmHWM:")) peak = std::max(peak, std::atol(line.c_str() + 6));
+    }
+  }
+  return peak;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -82,7 +99,8 @@ int main(int argc, char** argv) {
   }
   try {
     tarn::pages::HelperOptions options;
-    options.programs = argv[1];
+    options.programs = std::filesystem::absolute(argv[1]);
+    const std::string programs = options.programs.string();
     tarn::pages::PageHelper helper(std::move(options));
     Print("first", Measure(helper, documents.front()), 1);
     Times all;
@@ -95,6 +113,8 @@ int main(int argc, char** argv) {
       }
     }
     Print("warm", all, static_cast<double>(documents.size()) * rounds);
+    std::printf("peak memory of the helper %.1f MB\n",
+                static_cast<double>(PeakOfHelper(programs)) / 1024);
   } catch (const tarn::pages::PageFailure& failure) {
     std::fprintf(stderr, "PageBench: %s\n", failure.what());
     return 1;
