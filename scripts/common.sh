@@ -14,10 +14,13 @@ TARN_MORE_PACKAGES=(
 )
 
 # What laying pages out needs: the libraries of the engines, what keeps their processes apart, and fonts
-# with the metrics of the usual ones, of Chinese, Japanese and Korean, and of emoji.
+# with the metrics of the usual ones, of Chinese, Japanese and Korean, of Thai and the scripts of India, and
+# of emoji.
 TARN_PAGE_PACKAGES=(
-  bubblewrap fonts-crosextra-caladea fonts-crosextra-carlito fonts-dejavu-core fonts-liberation2 fonts-noto-cjk
-  fonts-noto-color-emoji libcairo2-dev libgif-dev libgumbo-dev libjpeg-dev liblitehtml-dev libpango1.0-dev libpng-dev
+  bubblewrap fonts-crosextra-caladea fonts-crosextra-carlito fonts-dejavu-core fonts-liberation2
+  fonts-lohit-beng-bengali fonts-lohit-deva fonts-lohit-gujr fonts-lohit-guru fonts-lohit-knda fonts-lohit-mlym
+  fonts-lohit-orya fonts-lohit-taml fonts-lohit-telu fonts-noto-cjk fonts-noto-color-emoji fonts-tlwg-garuda-ttf
+  libcairo2-dev libgif-dev libgumbo-dev libjpeg-dev liblitehtml-dev libpango1.0-dev libpng-dev
   libqpdf-dev libreoffice-writer-nogui libreofficekit-dev libseccomp-dev libwebp-dev pkg-config
 )
 

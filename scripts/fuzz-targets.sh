@@ -9,17 +9,24 @@ FUZZ_TARGETS=(
   FuzzEmlRoad FuzzMsgRoad FuzzPstRoad FuzzPstStore FuzzEmbeddedExport FuzzCompoundFile FuzzRtfDocument
   FuzzRtfToHtml FuzzCompressedRtf FuzzRtfFontTable FuzzImagePass FuzzByteSearch FuzzScrubHtmlBody
 )
+# Those of the pages, where the helpers are built.
+if [ -x "$root/build/debug/tests/FuzzHtmlPages" ]; then
+  FUZZ_TARGETS+=(FuzzHtmlPages FuzzTextPages FuzzPicture FuzzHarmlessRtf)
+fi
 
 declare -A FUZZ_DICTIONARY=(
   [FuzzByteSearch]=mail.dict [FuzzCompoundFile]=compound.dict [FuzzCompressedRtf]=rtf.dict
   [FuzzEmbeddedExport]=msg.dict [FuzzEmlRoad]=mail.dict [FuzzImagePass]=images.dict
   [FuzzMsgRoad]=msg.dict [FuzzPstRoad]=pst.dict [FuzzPstStore]=pst.dict [FuzzRtfDocument]=rtf.dict
   [FuzzRtfFontTable]=rtf.dict [FuzzRtfToHtml]=rtf.dict [FuzzScrubHtmlBody]=rtf.dict
+  [FuzzHarmlessRtf]=fields.dict [FuzzHtmlPages]=html.dict [FuzzPicture]=pictures.dict
+  [FuzzTextPages]=mail.dict
 )
 
 # The largest input in bytes, where it is not the megabyte that the others get: so that no run takes
 # seconds, sanitizers included.
-declare -A FUZZ_LARGEST=([FuzzByteSearch]=65536 [FuzzRtfDocument]=131072 [FuzzRtfFontTable]=131072)
+declare -A FUZZ_LARGEST=([FuzzByteSearch]=65536 [FuzzRtfDocument]=131072 [FuzzRtfFontTable]=131072
+  [FuzzHtmlPages]=16384 [FuzzPicture]=16384 [FuzzTextPages]=65536)
 
 # Writes what is made for fuzzing alone: stores and MSG files of the builders, and a folder of mails.
 write_seeds() {
@@ -39,6 +46,11 @@ fuzz_sources() {
     FuzzEmbeddedExport)
       sources+=("$root/examples/msg" "$work/written-seeds/msg" "$root/fuzz/seeds/FuzzMsgRoad") ;;
     FuzzEmlRoad) sources+=("$work/written-seeds/eml") ;;
+    FuzzHarmlessRtf)
+      sources+=("$root/examples/rtf" "$root/examples/rtf-html" "$root/tests/siblings/pages/reference") ;;
+    FuzzHtmlPages)
+      sources+=("$root/examples/html-scrub" "$root/examples/body-images" "$root/tests/siblings/pages/reference") ;;
+    FuzzTextPages) sources+=("$root/examples" "$root/tests/siblings/pages/reference") ;;
     FuzzImagePass) sources+=("$root/examples/body-images") ;;
     FuzzMsgRoad) sources+=("$root/examples/msg" "$work/written-seeds/msg") ;;
     FuzzPstRoad) sources+=("$work/written-seeds/pst") ;;

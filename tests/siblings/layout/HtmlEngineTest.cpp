@@ -30,6 +30,26 @@ TEST_F(HtmlEngineTest, TextIsTextInAPdf) {
   EXPECT_EQ(wordsOf("<p>\u4F60\u597D</p>"), "\u4F60\u597D");
 }
 
+// A character without a glyph is a box, and no text of the PDF.
+TEST_F(HtmlEngineTest, ScriptsHaveTheirGlyphs) {
+  for (const char* word : {
+           "\u0E1B\u0E23\u0E30\u0E0A\u0E38\u0E21",  // Thai
+           "\u0928\u092E\u0928",                    // Hindi
+           "\u0995\u09B2\u09AE",                    // Bengali
+           "\u0A2E\u0A28",                          // Punjabi
+           "\u0A97\u0AAE\u0AA8",                    // Gujarati
+           "\u0BAE\u0BB0\u0BAE",                    // Tamil
+           "\u0C15\u0C32\u0C2E",                    // Telugu
+           "\u0C95\u0CB2\u0CAE",                    // Kannada
+           "\u0D2E\u0D30\u0D28"                     // Malayalam
+       }) {
+    EXPECT_EQ(wordsOf("<p>" + std::string(word) + "</p>"), word);
+  }
+  for (const char* word : {"\u05E9\u05DC\u05D5\u05DD", "\u0633\u0644\u0627\u0645"}) {
+    EXPECT_NE(wordsOf("<p>" + std::string(word) + "</p>"), "") << word;
+  }
+}
+
 TEST_F(HtmlEngineTest, OrdinaryTextIsSixteenPixelsHigh) {
   // A capital of the default font is 0.72 of its size.
   const PixelBox ink = BoxOfInk(DrawPage(*layOut("<p>HHH</p>"), 1, 96));
