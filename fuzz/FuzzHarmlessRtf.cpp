@@ -42,7 +42,7 @@ void Check(const std::string& rtf) {
       Expect(token->name != name, "a group that must not be followed");
     }
     if (token->name == "fldinst") {
-      CheckInstruction(RestOfGroup(scanner).text);
+      CheckInstruction(RestOfGroup(scanner));
       --depth;
     }
   }

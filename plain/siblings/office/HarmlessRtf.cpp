@@ -40,6 +40,15 @@ bool NamesFile(std::string_view property) {
          property == "pihlShape";
 }
 
+// The names of properties are words; whatever else is in the group is none.
+bool IsPropertyName(std::string_view property) {
+  constexpr size_t kLongest = 64;
+  return !property.empty() && property.size() <= kLongest &&
+         std::all_of(property.begin(), property.end(), [](char c) {
+           return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+         });
+}
+
 // A link becomes one in a PDF when a style of letters goes with it, whatever that style is.
 constexpr std::string_view kLinkStyle = R"({\stylesheet{\*\cs31999 \additive link;}})";
 constexpr std::string_view kLinkWord = R"(\cs31999 )";
@@ -97,12 +106,13 @@ class Rewriting {
     if (Holds(kDroppedGroups, token.name)) return dropGroup();
     groupStart_.reset();
     if (token.name == "fldinst") {
-      const std::string instruction = HarmlessInstruction(RestOfGroup(scanner_).text);
+      const std::string instruction = HarmlessInstruction(RestOfGroup(scanner_));
       linkComes_ = instruction.rfind("HYPERLINK", 0) == 0;
       endGroup(R"(\fldinst )" + instruction);
     } else if (token.name == "sn") {
-      const RtfRest property = RestOfGroup(scanner_);
-      endGroup(R"(\sn )" + std::string(NamesFile(property.text) ? "none" : property.bytes));
+      const std::string property = RestOfGroup(scanner_);
+      const bool isHarmless = IsPropertyName(property) && !NamesFile(property);
+      endGroup(R"(\sn )" + (isHarmless ? property : "none"));
     } else {
       result_ += Holds(kDroppedWords, token.name) ? kNothing : token.bytes;
       styleLink(token.name);

@@ -98,17 +98,13 @@ class Collecting {
 
 }  // namespace
 
-RtfRest RestOfGroup(RtfScanner& scanner) {
+std::string RestOfGroup(RtfScanner& scanner) {
   Collecting collecting;
-  RtfRest rest;
   while (const auto token = scanner.next()) {
     collecting.add(*token);
     if (!collecting.inside()) break;
-    const char* begin = rest.bytes.empty() ? token->bytes.data() : rest.bytes.data();
-    rest.bytes = std::string_view(begin, rest.bytes.size() + token->bytes.size());
   }
-  rest.text = collecting.take();
-  return rest;
+  return collecting.take();
 }
 
 }  // namespace tarn::pages

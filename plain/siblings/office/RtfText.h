@@ -9,14 +9,9 @@
 
 namespace tarn::pages {
 
-struct RtfRest {
-  std::string text;        // \u as UTF-8, \' as its byte; groups that begin with \* left out
-  std::string_view bytes;  // as they are in the document, without the brace that ends the group
-};
-
-// Reads up to the brace that ends the group, and that brace. Of the text no more than
-// kLongestGroupText bytes are kept.
-RtfRest RestOfGroup(RtfScanner& scanner);
+// Reads up to the brace that ends the group, and that brace; gives the text: \u as UTF-8, \' as its
+// byte, without groups that begin with \*. No more than kLongestGroupText bytes of it are kept.
+std::string RestOfGroup(RtfScanner& scanner);
 inline constexpr size_t kLongestGroupText = size_t{64} << 10;
 
 }  // namespace tarn::pages

@@ -123,6 +123,16 @@ TEST(HarmlessRtf, DropsPicturesThatShapesTakeFromElsewhere) {
   EXPECT_EQ(Body(R"({\sp{\sn pibName}{\sv http://a/}}{\sp{\sn fillBlipName}{\sv /x}})"),
             R"({\sp{\sn none}{\sv http://a/}}{\sp{\sn none}{\sv /x}})");
   EXPECT_EQ(Body(R"({\sp{\sn shapeType}{\sv 75}})"), R"({\sp{\sn shapeType}{\sv 75}})");
+  EXPECT_EQ(Body(R"({\sp{\sn shape{\b Type}}{\sv 75}})"), R"({\sp{\sn shapeType}{\sv 75}})");
+}
+
+TEST(HarmlessRtf, NothingHidesInTheNameOfAProperty) {
+  EXPECT_EQ(Body(R"({\sn a{\field{\fldinst INCLUDEPICTURE x}{\fldrslt y}}})"), R"({\sn none})");
+  EXPECT_EQ(Body(R"({\sn a{\*\template x}})"), R"({\sn a})");
+  EXPECT_EQ(Body(R"({\sn \'7b\'5cobject})"), R"({\sn none})");
+  EXPECT_EQ(Body(R"({\sn })"), R"({\sn none})");
+  // What is cut off in its bytes does not take the braces after it.
+  EXPECT_EQ(HarmlessRtf(R"({\rtf1{\sn a\bin9 b}})", Paper::A4), std::string(kA4) + R"({\sn a}})");
 }
 
 TEST(HarmlessRtf, AGroupThatIsDroppedInItsMiddleKeepsItsBeginning) {
