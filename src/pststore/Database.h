@@ -42,6 +42,7 @@ class database_impl final : public db_context {
   void expect_tree_room(ulonglong bytes) override;
 
   // Not used by the filter.
+  ulonglong get_bytes_taken() const override { return reader_.get_bytes_taken(); }
   std::shared_ptr<nbt_leaf_page> read_nbt_leaf_page(const page_info& info) override;
   std::shared_ptr<bbt_leaf_page> read_bbt_leaf_page(const page_info& info) override;
   std::shared_ptr<nbt_nonleaf_page> read_nbt_nonleaf_page(const page_info& info) override;

@@ -77,6 +77,10 @@ class db_context : public std::enable_shared_from_this<db_context> {
   // database_corrupt when the blocks of one tree take more bytes than the file can give them.
   virtual void expect_tree_room(ulonglong bytes) = 0;
 
+  // Not used by the filter: what has been read so far, as StoreFile.h counts it. What is kept of it
+  // in memory is in proportion.
+  virtual ulonglong get_bytes_taken() const = 0;
+
   // Not used by the filter, but by tests: the rest of what a store offers.
 
   // unexpected_page also for a page of another level.

@@ -58,6 +58,9 @@ class disk_reader {
   // though no room in the file.
   void count_made(ulonglong bytes) { file_.count(bytes); }
 
+  // Not used by the filter: what store_file has counted.
+  ulonglong get_bytes_taken() const { return file_.get_bytes_taken(); }
+
   // Raises database_corrupt for blocks of one tree that together take more than the size of the
   // file and 64 KiB: blocks that overlap, or one block in many places.
   void expect_tree_room(ulonglong bytes);

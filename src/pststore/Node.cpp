@@ -108,6 +108,10 @@ bool node::has(ulong sub_id) const { return impl_->get_subnode_block()->find(sub
 
 std::shared_ptr<data_block> node::get_data_block() const { return impl_->get_data_block(); }
 
+std::shared_ptr<subnode_block> node::get_subnode_block() const {
+  return impl_->get_subnode_block();
+}
+
 const std::shared_ptr<db_context>& node::get_context() const { return impl_->context; }
 
 }  // namespace pststore

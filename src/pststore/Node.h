@@ -24,6 +24,7 @@ namespace pststore {
 class data_block;
 class db_context;
 class node_impl;
+class subnode_block;
 
 class node {
  public:
@@ -62,6 +63,9 @@ class node {
   // The data block, loaded at the first need.
   std::shared_ptr<data_block> get_data_block() const;
   const std::shared_ptr<db_context>& get_context() const;
+
+  // Not used by the filter: the root of the tree of subnodes, loaded at the first need.
+  std::shared_ptr<subnode_block> get_subnode_block() const;
 
   // Not used by the filter: a read from one page, clipped at its end. An empty buffer reads
   // nothing.

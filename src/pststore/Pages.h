@@ -73,6 +73,9 @@ class bt_nonleaf_page final : public bt_page<K, V>, public btree_node_nonleaf<K,
   const btree_node<K, V>& get_child(ulong pos) const override { return load_child(pos); }
   btree_node<K, V>& get_child(ulong pos) override { return load_child(pos); }
 
+  // Not used by the filter: where the child is, for those who read pages without keeping them.
+  const page_info& get_child_info(ulong pos) const { return entries_.get_value(pos); }
+
  private:
   bt_page<K, V>& load_child(ulong pos) const;
 

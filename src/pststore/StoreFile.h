@@ -30,6 +30,9 @@ class store_file {
   // Counts bytes that were made for a hole like bytes that were read. database_corrupt as read.
   void count(size_t bytes);
 
+  // Not used by the filter: what was counted so far.
+  ulonglong get_bytes_taken() const { return taken_; }
+
   // The size of the file, asked for once. std::out_of_range "fseek failed".
   ulonglong get_size();
 
