@@ -214,6 +214,44 @@ MessageBuilder& MessageBuilder::withRecipientTable() {
   return *this;
 }
 
+PropertyContextBuilder& MessageBuilder::recipient() {
+  hasRecipients_ = true;
+  return recipients_.emplace_back(layout_, shape_);
+}
+
+MessageBuilder& MessageBuilder::attachmentTable(PstNodeParts parts) {
+  attachmentNode_ = std::move(parts);
+  return *this;
+}
+
+MessageBuilder& MessageBuilder::recipientTable(PstNodeParts parts) {
+  hasRecipients_ = true;
+  recipientNode_ = std::move(parts);
+  return *this;
+}
+
+PstNodeParts MessageBuilder::buildAttachmentTable() const {
+  if (attachmentNode_) return *attachmentNode_;
+  TableContextBuilder table(layout_, tableShape_);
+  AddAttachmentColumns(table);
+  for (const AttachmentBuilder& attachment : attachments_) {
+    TableContextBuilder::Row row = table.row(attachment.nid());
+    CopyToRow(attachment.bag_, table, row);
+  }
+  return table.build();
+}
+
+PstNodeParts MessageBuilder::buildRecipientTable() const {
+  if (recipientNode_) return *recipientNode_;
+  TableContextBuilder table(layout_);
+  AddRecipientColumns(table, recipients_);
+  for (size_t i = 0; i < recipients_.size(); ++i) {
+    TableContextBuilder::Row row = table.row(static_cast<uint32_t>(i));
+    CopyToRow(recipients_[i], table, row);
+  }
+  return table.build();
+}
+
 PstNodeParts MessageBuilder::build() const {
   PstNodeParts parts = bag_.build();
   for (const AttachmentBuilder& attachment : attachments_) {
@@ -221,19 +259,9 @@ PstNodeParts MessageBuilder::build() const {
   }
   const bool isNeeded = table_ == Table::AsNeeded && !attachments_.empty();
   if (isNeeded || table_ == Table::Always) {
-    TableContextBuilder table(layout_, tableShape_);
-    AddAttachmentColumns(table);
-    for (const AttachmentBuilder& attachment : attachments_) {
-      TableContextBuilder::Row row = table.row(attachment.nid());
-      CopyToRow(attachment.bag_, table, row);
-    }
-    parts.subnode(kAttachmentTableNid, table.build());
+    parts.subnode(kAttachmentTableNid, buildAttachmentTable());
   }
-  if (hasRecipients_) {
-    TableContextBuilder table(layout_);
-    AddRecipientColumns(table);
-    parts.subnode(kRecipientTableNid, table.build());
-  }
+  if (hasRecipients_) parts.subnode(kRecipientTableNid, buildRecipientTable());
   return parts;
 }
 

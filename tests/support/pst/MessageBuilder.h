@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <deque>
 #include <memory>
+#include <optional>
 #include <string_view>
 
 #include "support/pst/PropertyContextBuilder.h"
@@ -89,6 +90,12 @@ class MessageBuilder {
   MessageBuilder& attachmentTable(const TableShape& shape);
   // An empty recipient table, as every message is to have as published.
   MessageBuilder& withRecipientTable();
+  // A row of the recipient table: its values become cells, and what is no usual column becomes one.
+  // Lives as long as the message.
+  PropertyContextBuilder& recipient();
+  // Deviating: the attachment or recipient table is this node, whatever it is.
+  MessageBuilder& attachmentTable(PstNodeParts parts);
+  MessageBuilder& recipientTable(PstNodeParts parts);
 
   PropertyContextBuilder& properties() { return bag_; }
   const PropertyContextBuilder& properties() const { return bag_; }
@@ -103,6 +110,12 @@ class MessageBuilder {
   enum class Table { AsNeeded, Always, Never } table_ = Table::AsNeeded;
   TableShape tableShape_;
   bool hasRecipients_ = false;
+  std::deque<PropertyContextBuilder> recipients_;
+  std::optional<PstNodeParts> attachmentNode_;
+  std::optional<PstNodeParts> recipientNode_;
+
+  PstNodeParts buildAttachmentTable() const;
+  PstNodeParts buildRecipientTable() const;
 };
 
 }  // namespace tarn::test

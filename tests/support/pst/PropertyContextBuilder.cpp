@@ -68,6 +68,14 @@ const std::pair<uint16_t, std::string>* PropertyContextBuilder::find(uint16_t id
   return &found->second.typed;
 }
 
+std::vector<std::pair<uint16_t, uint16_t>> PropertyContextBuilder::types() const {
+  std::vector<std::pair<uint16_t, uint16_t>> types;
+  for (const auto& [id, value] : values_) {
+    if (find(id) != nullptr) types.emplace_back(id, value.typed.first);
+  }
+  return types;
+}
+
 PstNodeParts PropertyContextBuilder::build() const {
   PstNodeParts parts;
   parts.subnodes = subnodes_;

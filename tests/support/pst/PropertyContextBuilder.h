@@ -11,6 +11,8 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "support/pst/BthBuilder.h"
 #include "support/pst/PropertyTypes.h"
@@ -48,6 +50,8 @@ class PropertyContextBuilder {
   bool has(uint16_t id) const { return values_.contains(id); }
   // Type and bytes of a value given with value or a short form of it; null for others.
   const std::pair<uint16_t, std::string>* find(uint16_t id) const;
+  // Id and type of every value that find gives.
+  std::vector<std::pair<uint16_t, uint16_t>> types() const;
 
   PstNodeParts build() const;
 

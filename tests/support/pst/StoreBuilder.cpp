@@ -83,6 +83,31 @@ FolderBuilder& FolderBuilder::contentsTable(PstNodeParts parts) {
   return *this;
 }
 
+FolderBuilder& FolderBuilder::subfolderRow(uint32_t rowId) {
+  subfolderRows_.push_back(rowId);
+  return *this;
+}
+
+FolderBuilder& FolderBuilder::withoutRow() {
+  hasRow_ = false;
+  return *this;
+}
+
+FolderBuilder& FolderBuilder::withoutHierarchyTable() {
+  hasHierarchy_ = false;
+  return *this;
+}
+
+FolderBuilder& FolderBuilder::hierarchyTable(PstNodeParts parts) {
+  hierarchyNode_ = std::move(parts);
+  return *this;
+}
+
+FolderBuilder& FolderBuilder::withoutNode() {
+  hasNode_ = false;
+  return *this;
+}
+
 FolderBuilder& FolderBuilder::withoutContentsTable() {
   hasContents_ = false;
   return *this;
@@ -156,23 +181,42 @@ StoreBuilder& StoreBuilder::node(uint32_t nid, const PstNodeParts& parts, uint32
   return *this;
 }
 
+FolderBuilder& StoreBuilder::folder(uint32_t nid, uint32_t parent, std::u16string_view name) {
+  return add(nid, parent).name(name);
+}
+
+FolderBuilder& StoreBuilder::usual(uint32_t nid) {
+  for (FolderBuilder& folder : folders_) {
+    if (folder.nid_ == nid) return folder;
+  }
+  throw std::logic_error("a bare store has no usual folders");
+}
+
 void StoreBuilder::beginMessage(FolderBuilder& folder) {
   if (!isStreaming_) return;
   if (open_ != nullptr) open_->flush();
   open_ = &folder;
 }
 
+void StoreBuilder::writeHierarchy(const FolderBuilder& folder,
+                                  const std::vector<const FolderBuilder*>& children) {
+  TableContextBuilder hierarchy(layout());
+  AddHierarchyColumns(hierarchy);
+  for (const FolderBuilder* child : children) {
+    if (!child->hasRow_) continue;
+    TableContextBuilder::Row row = hierarchy.row(child->nid_);
+    CopyToRow(child->bag_, hierarchy, row);
+  }
+  for (const uint32_t rowId : folder.subfolderRows_) hierarchy.row(rowId);
+  file_.node(HierarchyTableOf(folder.nid_),
+             folder.hierarchyNode_ ? *folder.hierarchyNode_ : hierarchy.build());
+}
+
 void StoreBuilder::writeFolder(FolderBuilder& folder,
                                const std::vector<const FolderBuilder*>& children) {
-  file_.node(folder.nid_, folder.bag_.build(), folder.parent_);
+  if (folder.hasNode_) file_.node(folder.nid_, folder.bag_.build(), folder.parent_);
   if (!options_.isBare) {
-    TableContextBuilder hierarchy(layout());
-    AddHierarchyColumns(hierarchy);
-    for (const FolderBuilder* child : children) {
-      TableContextBuilder::Row row = hierarchy.row(child->nid_);
-      CopyToRow(child->bag_, hierarchy, row);
-    }
-    file_.node(HierarchyTableOf(folder.nid_), hierarchy.build());
+    if (folder.hasHierarchy_) writeHierarchy(folder, children);
     TableContextBuilder associated(layout());
     AddAssociatedColumns(associated);
     file_.node(AssociatedTableOf(folder.nid_), associated.build());
@@ -186,7 +230,7 @@ void StoreBuilder::finish() {
   if (isFinished_) return;
   isFinished_ = true;
   if (!options_.isBare) {
-    WriteStoreNodes(file_, options_.bags);
+    WriteStoreNodes(file_, options_.bags, nodes_);
     PropertyContextBuilder finder(layout(), options_.bags);
     finder.text(kPropDisplayName, u"Search Root");
     finder.number(kPropContentCount, kTypeInt32, 0);

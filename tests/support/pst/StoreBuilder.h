@@ -26,6 +26,7 @@
 
 #include "support/pst/MessageBuilder.h"
 #include "support/pst/PstFileBuilder.h"
+#include "support/pst/StoreTemplates.h"
 
 namespace tarn::test {
 
@@ -66,6 +67,15 @@ class FolderBuilder {
   FolderBuilder& withoutContentsTable();
   // The contents table is this node, whatever it is.
   FolderBuilder& contentsTable(PstNodeParts parts);
+  // A row of the hierarchy table for a folder that is not below this one.
+  FolderBuilder& subfolderRow(uint32_t rowId);
+  // Deviating: the parent has no row for this folder.
+  FolderBuilder& withoutRow();
+  FolderBuilder& withoutHierarchyTable();
+  // The hierarchy table is this node, whatever it is.
+  FolderBuilder& hierarchyTable(PstNodeParts parts);
+  // Deviating: no node of the folder's own; its tables are there.
+  FolderBuilder& withoutNode();
 
   PropertyContextBuilder& properties() { return bag_; }
 
@@ -91,6 +101,11 @@ class FolderBuilder {
   std::optional<PstNodeParts> contentsNode_;
   uint32_t rows_ = 0;
   bool hasContents_ = true;
+  bool hasRow_ = true;
+  bool hasHierarchy_ = true;
+  bool hasNode_ = true;
+  std::optional<PstNodeParts> hierarchyNode_;
+  std::vector<uint32_t> subfolderRows_;
   std::set<uint16_t> omitted_;
 };
 
@@ -107,6 +122,13 @@ class StoreBuilder {
   FolderBuilder& folder(std::string_view name);
   // With this node id, whatever its type.
   FolderBuilder& folder(uint32_t nid, std::u16string_view name);
+  // Below this node, whatever it is.
+  FolderBuilder& folder(uint32_t nid, uint32_t parent, std::u16string_view name);
+  // The usual folders.
+  FolderBuilder& root() { return usual(kRootFolderNid); }
+  FolderBuilder& subtree() { return usual(kSubtreeNid); }
+  // In place of the usual nodes.
+  StoreNodes& nodes() { return nodes_; }
   // A node of its own.
   StoreBuilder& node(uint32_t nid, const PstNodeParts& parts, uint32_t parent = 0);
 
@@ -123,16 +145,20 @@ class StoreBuilder {
  private:
   friend class FolderBuilder;
   FolderBuilder& add(uint32_t nid, uint32_t parent);
+  FolderBuilder& usual(uint32_t nid);
   void addUsualFolders();
   uint32_t takeMessageNid() { return nextMessage_++ << 5 | 0x04; }
   uint32_t takeFolderNid() { return nextFolder_++ << 5 | 0x02; }
   void beginMessage(FolderBuilder& folder);
+  void writeHierarchy(const FolderBuilder& folder,
+                      const std::vector<const FolderBuilder*>& children);
   void writeFolder(FolderBuilder& folder, const std::vector<const FolderBuilder*>& children);
 
   StoreOptions options_;
   bool isStreaming_;
   PstFileBuilder file_;
   std::deque<FolderBuilder> folders_;
+  StoreNodes nodes_;
   FolderBuilder* open_ = nullptr;  // of the last message, in a stream
   uint32_t nextFolder_ = 0x404;
   uint32_t nextMessage_ = 0x10001;

@@ -1,6 +1,7 @@
 #include "support/pst/StoreTemplates.h"
 
 #include <initializer_list>
+#include <map>
 #include <utility>
 
 #include "support/pst/PstBytes.h"
@@ -106,19 +107,17 @@ void AddAttachmentColumns(TableContextBuilder& table) {
                      {kPropRenderingPosition, kTypeInt32}});
 }
 
-void AddRecipientColumns(TableContextBuilder& table) {
-  AddColumns(table, {{0x0C15, kTypeInt32},
-                     {0x0E0F, kTypeBoolean},
-                     {0x0FF9, kTypeBinary},
-                     {0x0FFE, kTypeInt32},
-                     {0x0FFF, kTypeBinary},
-                     {kPropDisplayName, kTypeString},
-                     {0x3002, kTypeString},
-                     {0x3003, kTypeString},
-                     {0x300B, kTypeBinary},
-                     {0x3900, kTypeInt32},
-                     {0x39FF, kTypeString},
-                     {0x3A40, kTypeBoolean}});
+void AddRecipientColumns(TableContextBuilder& table,
+                         const std::deque<PropertyContextBuilder>& recipients) {
+  std::map<uint16_t, uint16_t> columns = {
+      {0x0C15, kTypeInt32},  {0x0E0F, kTypeBoolean}, {0x0FF9, kTypeBinary},
+      {0x0FFE, kTypeInt32},  {0x0FFF, kTypeBinary},  {kPropDisplayName, kTypeString},
+      {0x3002, kTypeString}, {0x3003, kTypeString},  {0x300B, kTypeBinary},
+      {0x3900, kTypeInt32},  {0x39FF, kTypeString},  {0x3A40, kTypeBoolean}};
+  for (const PropertyContextBuilder& recipient : recipients) {
+    for (const auto& [id, type] : recipient.types()) columns[id] = type;
+  }
+  for (const auto& [id, type] : columns) table.column(id, type);
 }
 
 void CopyToRow(const PropertyContextBuilder& bag, TableContextBuilder& table,
@@ -129,10 +128,10 @@ void CopyToRow(const PropertyContextBuilder& bag, TableContextBuilder& table,
   }
 }
 
-void WriteStoreNodes(PstFileBuilder& file, const BthShape& shape) {
+void WriteStoreNodes(PstFileBuilder& file, const BthShape& shape, const StoreNodes& nodes) {
   const PstLayout layout = file.options().layout;
-  file.node(kMessageStoreNid, StoreBag(layout, shape));
-  file.node(kNameMapNid, EmptyNameMap(layout, shape));
+  file.node(kMessageStoreNid, nodes.messageStore ? *nodes.messageStore : StoreBag(layout, shape));
+  file.node(kNameMapNid, nodes.nameMap ? *nodes.nameMap : EmptyNameMap(layout, shape));
   // The queue and the list of searches have no data while there is nothing to search.
   file.node(0x1E1, 0, 0);
   file.node(0x201, 0, 0);
@@ -141,7 +140,8 @@ void WriteStoreNodes(PstFileBuilder& file, const BthShape& shape) {
   file.node(0x60F, Template(layout, AddAssociatedColumns));
   file.node(0x610, Template(layout, AddContentsColumns));
   file.node(kAttachmentTableNid, Template(layout, AddAttachmentColumns));
-  file.node(kRecipientTableNid, Template(layout, AddRecipientColumns));
+  file.node(kRecipientTableNid,
+            Template(layout, [](TableContextBuilder& table) { AddRecipientColumns(table); }));
 }
 
 }  // namespace tarn::test

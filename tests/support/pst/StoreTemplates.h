@@ -4,6 +4,8 @@
 #define TARN_TESTS_SUPPORT_PST_STORETEMPLATES_H
 
 #include <cstdint>
+#include <deque>
+#include <optional>
 
 #include "support/pst/PropertyContextBuilder.h"
 #include "support/pst/PstFileBuilder.h"
@@ -31,14 +33,23 @@ void AddHierarchyColumns(TableContextBuilder& table);
 void AddContentsColumns(TableContextBuilder& table);
 void AddAssociatedColumns(TableContextBuilder& table);
 void AddAttachmentColumns(TableContextBuilder& table);
-void AddRecipientColumns(TableContextBuilder& table);
+// Besides the usual columns those that the recipients' values need: of 8-bit text in place of the
+// usual one.
+void AddRecipientColumns(TableContextBuilder& table,
+                         const std::deque<PropertyContextBuilder>& recipients = {});
 
 // Fills the cells of a row with those properties of a bag that are columns and fit one.
 void CopyToRow(const PropertyContextBuilder& bag, TableContextBuilder& table,
                TableContextBuilder::Row& row);
 
+// In place of the usual ones.
+struct StoreNodes {
+  std::optional<PstNodeParts> messageStore;
+  std::optional<PstNodeParts> nameMap;
+};
+
 // Message store, name map, search nodes and table templates; not the folders.
-void WriteStoreNodes(PstFileBuilder& file, const BthShape& shape);
+void WriteStoreNodes(PstFileBuilder& file, const BthShape& shape, const StoreNodes& nodes = {});
 
 }  // namespace tarn::test
 
