@@ -1,0 +1,187 @@
+#include "archive/store/StoreReader.h"
+
+#include <algorithm>
+#include <charconv>
+#include <utility>
+
+#include "archive/mapi/MapiItem.h"
+#include "archive/store/FolderRows.h"
+#include "archive/store/FolderTree.h"
+#include "archive/store/NameMap.h"
+#include "archive/store/StoreMessage.h"
+#include "archive/store/StoreSession.h"
+#include "archive/store/StoreTrouble.h"
+
+namespace tarn::archive {
+namespace store {
+namespace {
+
+class StoreReader final : public ItemReader {
+ public:
+  StoreReader(std::unique_ptr<StoreSession> session, const ReaderOptions& options)
+      : session_(std::move(session)), options_(options), tree_(*session_, troubles_) {}
+
+  std::optional<Entry> next() override;
+  Outcome<std::unique_ptr<Item>> find(std::string_view id) override;
+
+ private:
+  enum class Stage : uint8_t { Folders, Unlisted, Recovered, Done };
+
+  void dropWhatIsKept();
+  std::optional<Entry> nextOfFolder();
+  std::optional<Entry> enterNextFolder();
+  std::optional<Entry> beginRecovered();
+  std::optional<Entry> nextRecovered();
+  void findUnlisted();
+  Outcome<std::unique_ptr<mapi::MapiMessage>> openMessage(uint32_t nid);
+  std::unique_ptr<Item> makeItem(uint32_t nid, FolderPath folder, mapi::KnownFields known = {});
+
+  std::unique_ptr<StoreSession> session_;
+  ReaderOptions options_;
+  std::vector<PlaceTrouble> troubles_;  // met, and not given yet
+  size_t givenTroubles_ = 0;
+  FolderTree tree_;
+  std::shared_ptr<NameMap> names_;
+  IdSet met_;
+  std::optional<FolderRows> rows_;
+  FolderPath folder_;  // of the rows
+  Stage stage_ = Stage::Folders;
+  std::vector<uint32_t> unlisted_;
+  size_t recovered_ = 0;
+};
+
+// Nothing that was given refers to the context any more.
+void StoreReader::dropWhatIsKept() {
+  if (!session_->isFull()) return;
+  if (rows_) rows_->drop();
+  session_->drop();
+}
+
+std::optional<Entry> StoreReader::next() {
+  dropWhatIsKept();
+  for (;;) {
+    if (givenTroubles_ < troubles_.size()) return std::move(troubles_[givenTroubles_++]);
+    troubles_.clear();
+    givenTroubles_ = 0;
+    std::optional<Entry> entry;
+    if (rows_) {
+      entry = nextOfFolder();
+    } else if (stage_ == Stage::Folders) {
+      entry = enterNextFolder();
+    } else if (stage_ == Stage::Unlisted) {
+      entry = beginRecovered();
+    } else if (stage_ == Stage::Recovered) {
+      entry = nextRecovered();
+    } else {
+      return std::nullopt;
+    }
+    if (entry) return entry;
+  }
+}
+
+std::optional<Entry> StoreReader::nextOfFolder() {
+  auto listed = rows_->next();
+  if (rows_->isAtEnd() && !listed) rows_ = std::nullopt;
+  if (!listed) return std::nullopt;
+  return makeItem(listed->nid, folder_, std::move(listed->known));
+}
+
+std::optional<Entry> StoreReader::enterNextFolder() {
+  const auto folder = tree_.next();
+  if (!folder) {
+    if (tree_.isAtEnd()) stage_ = Stage::Unlisted;
+    return std::nullopt;
+  }
+  const auto opened = Guarded("the list of its items cannot be read", [&] {
+    rows_.emplace(*session_, *folder, met_, troubles_);
+    return true;
+  });
+  if (!opened) {
+    rows_ = std::nullopt;
+    // A folder of which nothing is there is one trouble.
+    if (folder->isReadable || opened.trouble().kind != TroubleKind::Missing) {
+      troubles_.push_back({{IdText(folder->nid), std::nullopt, folder->path}, opened.trouble()});
+    }
+  }
+  folder_ = folder->path;
+  if (folder->isOnlyForItems && (!rows_ || rows_->isEmpty())) return std::nullopt;
+  return FolderStart{folder->path, folder->declaredItems};
+}
+
+void StoreReader::findUnlisted() {
+  const auto none = std::make_shared<std::vector<std::string>>();
+  const auto damaged = Guarded("the index of the store cannot be read", [&] {
+    return ScanNodes(*session_, [&](const pststore::node_info& info) {
+      if (IsNodeOf(info.id, kMessageNode) && !met_.contains(info.id)) unlisted_.push_back(info.id);
+    });
+  });
+  std::sort(unlisted_.begin(), unlisted_.end());
+  unlisted_.erase(std::unique(unlisted_.begin(), unlisted_.end()), unlisted_.end());
+  if (!damaged) {
+    troubles_.push_back({{{}, std::nullopt, none}, damaged.trouble()});
+  } else if (*damaged != 0) {
+    troubles_.push_back({{{}, std::nullopt, none},
+                         {TroubleKind::Damaged, "pages of the store's index that cannot be read: " +
+                                                    std::to_string(*damaged)}});
+  }
+  if (options_.recover || unlisted_.empty()) return;
+  troubles_.push_back({{{}, std::nullopt, none},
+                       {TroubleKind::Missing, "items that no folder lists and --recover adds: " +
+                                                  std::to_string(unlisted_.size())}});
+  unlisted_.clear();
+}
+
+std::optional<Entry> StoreReader::beginRecovered() {
+  findUnlisted();
+  stage_ = unlisted_.empty() ? Stage::Done : Stage::Recovered;
+  if (unlisted_.empty()) return std::nullopt;
+  folder_ = std::make_shared<std::vector<std::string>>(1, "Recovered");
+  return FolderStart{folder_, std::nullopt};
+}
+
+std::optional<Entry> StoreReader::nextRecovered() {
+  if (recovered_ == unlisted_.size()) {
+    stage_ = Stage::Done;
+    return std::nullopt;
+  }
+  return makeItem(unlisted_[recovered_++], folder_);
+}
+
+Outcome<std::unique_ptr<mapi::MapiMessage>> StoreReader::openMessage(uint32_t nid) {
+  if (names_ == nullptr) names_ = NameMap::Read(*session_);
+  return Guarded("the message cannot be read", [&]() -> std::unique_ptr<mapi::MapiMessage> {
+    return std::make_unique<StoreMessage>(session_->context()->lookup_node(nid), names_,
+                                          session_->blockSize());
+  });
+}
+
+std::unique_ptr<Item> StoreReader::makeItem(uint32_t nid, FolderPath folder,
+                                            mapi::KnownFields known) {
+  return mapi::MakeMapiItem(
+      {IdText(nid), std::nullopt, std::move(folder)}, [this, nid] { return openMessage(nid); },
+      std::move(known));
+}
+
+Outcome<std::unique_ptr<Item>> StoreReader::find(std::string_view id) {
+  const Trouble missing{TroubleKind::Missing, "the store has no such item"};
+  uint32_t nid = 0;
+  const auto read = std::from_chars(id.data(), id.data() + id.size(), nid, 16);
+  if (read.ec != std::errc() || IdText(nid) != id || !IsNodeOf(nid, kMessageNode)) return missing;
+  dropWhatIsKept();
+  const auto info = Guarded("the item cannot be looked up",
+                            [&] { return session_->context()->lookup_node_info(nid); });
+  if (!info) return info.trouble().kind == TroubleKind::Missing ? missing : info.trouble();
+  return makeItem(nid, tree_.pathByParents(info->parent_id));
+}
+
+}  // namespace
+}  // namespace store
+
+Outcome<std::unique_ptr<ItemReader>> OpenStore(const std::filesystem::path& path,
+                                               const ReaderOptions& options) {
+  auto session = store::StoreSession::Open(path);
+  if (!session) return session.trouble();
+  return std::unique_ptr<ItemReader>(new store::StoreReader(std::move(*session), options));
+}
+
+}  // namespace tarn::archive
