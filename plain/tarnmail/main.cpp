@@ -157,6 +157,7 @@ void AddPagesCommand(CLI::App& app, CommandLine& line) {
 // The commands of tarnmail-archive, which reads their options itself.
 constexpr std::pair<const char*, const char*> kArchiveCommands[] = {
     {"list", "List every message of stores, MSG files, mails and folders of them"},
+    {"show", "Show one message, or save its attachments"},
 };
 
 bool IsArchiveCommand(const std::string& word) {

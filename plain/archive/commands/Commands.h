@@ -3,11 +3,12 @@
 #ifndef TARN_ARCHIVE_COMMANDS_H
 #define TARN_ARCHIVE_COMMANDS_H
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "archive/commands/ItemFilter.h"
+#include "archive/common/ItemFilter.h"
 #include "console/Failure.h"
 
 namespace tarn::archive {
@@ -23,6 +24,18 @@ struct ListOptions {
 };
 
 host::ExitStatus List(const ListOptions& options);
+
+struct ShowOptions {
+  std::string path;
+  std::optional<std::string> id;
+  bool headers = false;              // the original ones, and nothing else
+  std::optional<size_t> attachment;  // its number, from 1: its bytes, and nothing else
+  std::optional<std::string> output;
+  std::optional<std::string> attachmentFolder;  // all attachments as files there
+  std::optional<std::string> temporary;
+};
+
+host::ExitStatus Show(const ShowOptions& options);
 
 }  // namespace tarn::archive
 

@@ -1,8 +1,8 @@
 #include "archive/commands/FolderCounts.h"
 
-#include "archive/commands/ItemFilter.h"
-#include "archive/commands/JsonWriter.h"
 #include "archive/commands/TroubleReport.h"
+#include "archive/common/ItemFilter.h"
+#include "archive/common/JsonWriter.h"
 #include "archive/text/TerminalText.h"
 
 namespace tarn::archive {

@@ -60,7 +60,8 @@ class ListRun {
         OpenSource(source.path, source.kind, readerOptions);
     if (!reader) {
       // A compound file of another program.
-      if (!source.isNamed && reader.trouble().kind == TroubleKind::Unsupported) {
+      if (!source.isNamed && source.kind == SourceKind::Compound &&
+          reader.trouble().kind == TroubleKind::Unsupported) {
         search_.countOtherFile();
       } else {
         report_.tell(SourceTrouble{source.name, reader.trouble(), source.isNamed});

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "archive/commands/ItemFilter.h"
-#include "archive/commands/JsonWriter.h"
-#include "archive/commands/MomentText.h"
+#include "archive/common/ItemFilter.h"
+#include "archive/common/JsonWriter.h"
+#include "archive/common/MomentText.h"
 #include "archive/sources/OpenSource.h"
 #include "archive/text/TerminalText.h"
 

@@ -1,6 +1,6 @@
 #include "archive/commands/TroubleReport.h"
 
-#include "archive/commands/ItemFilter.h"
+#include "archive/common/ItemFilter.h"
 #include "console/StandardStreams.h"
 #include "console/Text.h"
 

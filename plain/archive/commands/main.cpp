@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <exception>
+#include <functional>
 #include <new>
 #include <sstream>
 #include <string>
@@ -22,8 +23,11 @@ namespace {
 using host::ExitStatus;
 using host::Failure;
 
+// The options of each command, and the one that was chosen.
 struct CommandLine {
   ListOptions list;
+  ShowOptions show;
+  std::function<ExitStatus()> chosen;
 };
 
 void AddTemporary(CLI::App& command, std::optional<std::string>& temporary) {
@@ -66,7 +70,8 @@ void AddFilter(CLI::App& command, FilterOptions& filter) {
       ->type_name("CLASS");
 }
 
-void AddList(CLI::App& app, ListOptions& options) {
+void AddList(CLI::App& app, CommandLine& line) {
+  ListOptions& options = line.list;
   CLI::App* const list = app.add_subcommand(
       "list", "List every message of stores, MSG files, mails and folders of them");
   list->add_option(
@@ -81,6 +86,37 @@ void AddList(CLI::App& app, ListOptions& options) {
   AddFilter(*list, options.filter);
   list->add_flag("--recover", options.recover, "Also what a store holds and no table names");
   AddTemporary(*list, options.temporary);
+  list->callback([&line] { line.chosen = [&line] { return List(line.list); }; });
+}
+
+void AddShow(CLI::App& app, CommandLine& line) {
+  ShowOptions& options = line.show;
+  CLI::App* const show = app.add_subcommand("show", "Show one message, or save its attachments");
+  show->add_option("PATH", options.path,
+                   "A store, MSG file, mail, mbox or Maildir; - is standard input")
+      ->required()
+      ->type_name("");
+  show->add_option("ID", options.id, "The message's id, as list tells it; not needed for one alone")
+      ->type_name("");
+  show->add_flag("--headers", options.headers, "The original headers of the mail");
+  const auto takeNumber = [&options](const std::string& text) {
+    const std::optional<int32_t> number = host::ParseNumber(text);
+    if (!number || *number < 1) {
+      throw CLI::ValidationError("--attachment", host::Named(text) + " is no number from 1");
+    }
+    options.attachment = static_cast<size_t>(*number);
+  };
+  show->add_option_function<std::string>("--attachment", takeNumber,
+                                         "Write attachment number K, from 1")
+      ->type_name("K");
+  show->add_option("-o,--output", options.output,
+                   "File for the attachment or the headers; - is standard output")
+      ->type_name("OUT");
+  show->add_option("--all-attachments", options.attachmentFolder,
+                   "Write all attachments into this folder, which is made if need be")
+      ->type_name("DIR");
+  AddTemporary(*show, options.temporary);
+  show->callback([&line] { line.chosen = [&line] { return Show(line.show); }; });
 }
 
 ExitStatus Run(std::vector<std::string> words) {
@@ -88,7 +124,8 @@ ExitStatus Run(std::vector<std::string> words) {
   app.require_subcommand(1);
   app.allow_windows_style_options(false);
   CommandLine line;
-  AddList(app, line.list);
+  AddList(app, line);
+  AddShow(app, line);
   try {
     // The parser takes the words from the end.
     std::reverse(words.begin(), words.end());
@@ -102,7 +139,7 @@ ExitStatus Run(std::vector<std::string> words) {
     WriteOut(text.str());
     return ExitStatus::Done;
   }
-  return List(line.list);
+  return line.chosen();
 }
 
 int Report(ExitStatus status, const std::string& line) {

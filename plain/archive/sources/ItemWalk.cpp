@@ -20,6 +20,10 @@ std::optional<std::pair<std::string_view, size_t>> SplitId(std::string_view id) 
 
 }  // namespace
 
+ItemWalk::~ItemWalk() {
+  while (!levels_.empty()) levels_.pop_back();
+}
+
 std::optional<WalkStep> ItemWalk::next() {
   while (!levels_.empty()) {
     std::optional<WalkStep> step = nextWithin(levels_.back());
@@ -76,7 +80,11 @@ PlaceTrouble ItemWalk::embeddedTrouble(const Item& parent, size_t index, Trouble
   return {std::move(place), std::move(trouble)};
 }
 
-Outcome<std::vector<std::unique_ptr<Item>>> FindItem(ItemReader& reader, std::string_view id) {
+ItemChain::~ItemChain() {
+  while (!items_.empty()) items_.pop_back();
+}
+
+Outcome<ItemChain> FindItem(ItemReader& reader, std::string_view id) {
   // The places within the item that the reader knows, the innermost first. The whole is tried
   // first: an id of the reader's own may look like an embedded item's.
   std::vector<size_t> places;
@@ -90,19 +98,19 @@ Outcome<std::vector<std::unique_ptr<Item>>> FindItem(ItemReader& reader, std::st
     outermost = reader.find(id);
   }
   if (!outermost) return outermost.trouble();
-  std::vector<std::unique_ptr<Item>> items;
-  items.push_back(std::move(*outermost));
+  ItemChain chain;
+  chain.add(std::move(*outermost));
   for (; !places.empty(); places.pop_back()) {
     const size_t index = places.back() - 1;
-    const std::vector<Attachment>& attachments = items.back()->attachments();
+    const std::vector<Attachment>& attachments = chain.item().attachments();
     if (index >= attachments.size() || attachments[index].kind != AttachmentKind::Item) {
       return Trouble{TroubleKind::Missing, "no item is embedded there"};
     }
-    Outcome<std::unique_ptr<Item>> embedded = items.back()->embedded(index);
+    Outcome<std::unique_ptr<Item>> embedded = chain.item().embedded(index);
     if (!embedded) return embedded.trouble();
-    items.push_back(std::move(*embedded));
+    chain.add(std::move(*embedded));
   }
-  return items;
+  return chain;
 }
 
 }  // namespace tarn::archive

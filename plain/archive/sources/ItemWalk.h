@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -26,6 +27,7 @@ class ItemWalk {
   ItemWalk(ItemReader& reader, EmbeddedItems embedded) : reader_(reader), embedded_(embedded) {}
   ItemWalk(const ItemWalk&) = delete;
   ItemWalk& operator=(const ItemWalk&) = delete;
+  ~ItemWalk();
 
   // None at the end.
   std::optional<WalkStep> next();
@@ -46,9 +48,25 @@ class ItemWalk {
   std::vector<Level> levels_;
 };
 
-// The item of an id, embedded ones too, with those that it is embedded in before it: all must live
-// as long as it. Missing for an id that the source does not have.
-Outcome<std::vector<std::unique_ptr<Item>>> FindItem(ItemReader& reader, std::string_view id);
+// An item with those that it is embedded in, which outlive it.
+class ItemChain {
+ public:
+  ItemChain() = default;
+  ItemChain(ItemChain&&) = default;
+  ItemChain& operator=(ItemChain&&) = default;
+  ~ItemChain();
+
+  // Within the last one; the first is within none.
+  void add(std::unique_ptr<Item> item) { items_.push_back(std::move(item)); }
+  // The innermost.
+  Item& item() const { return *items_.back(); }
+
+ private:
+  std::vector<std::unique_ptr<Item>> items_;
+};
+
+// The item of an id, embedded ones too. Missing for an id that the source does not have.
+Outcome<ItemChain> FindItem(ItemReader& reader, std::string_view id);
 
 }  // namespace tarn::archive
 

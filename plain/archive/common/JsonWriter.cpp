@@ -1,4 +1,4 @@
-#include "archive/commands/JsonWriter.h"
+#include "archive/common/JsonWriter.h"
 
 #include <array>
 #include <cstdio>

@@ -1,8 +1,8 @@
-#include "archive/commands/ItemFilter.h"
+#include "archive/common/ItemFilter.h"
 
 #include <algorithm>
 
-#include "archive/commands/FoldedText.h"
+#include "archive/common/FoldedText.h"
 
 namespace tarn::archive {
 namespace {

@@ -1,4 +1,4 @@
-#include "archive/commands/FoldedText.h"
+#include "archive/common/FoldedText.h"
 
 #include <unicode/unorm2.h>
 #include <unicode/ustring.h>

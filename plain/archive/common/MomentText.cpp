@@ -1,4 +1,4 @@
-#include "archive/commands/MomentText.h"
+#include "archive/common/MomentText.h"
 
 #include <array>
 #include <chrono>

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "archive/commands/MomentText.h"
+#include "archive/common/MomentText.h"
 #include "archive/model/Item.h"
 
 namespace tarn::archive {
