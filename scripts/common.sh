@@ -72,15 +72,22 @@ build_preset() {
 }
 
 # configure_pages PRESET: from now on the preset builds the helpers that lay out pages, whose packages
-# are there. A build tree from before they were installed is configured anew.
+# are there. A build tree from before they were installed is configured anew. The tree goes on looking
+# for them by itself: it builds without them, too, once they are removed.
 configure_pages() {
   local preset=$1 log
-  grep -qsx 'TARN_PAGES:STRING=ON' "$root/build/$preset/CMakeCache.txt" && return 0
+  local cache="$root/build/$preset/CMakeCache.txt"
+  grep -qsx 'TARN_PAGES:STRING=AUTO' "$cache" && grep -qx 'TARN_PAGES_FOUND:INTERNAL=TRUE' "$cache" && return 0
   log=$(mktemp)
   say "configuring $preset with pages"
-  (cd "$root" && cmake --preset "$preset" -DTARN_PAGES=ON) >"$log" 2>&1 ||
-    { cat "$log" >&2; rm -f "$log"; return 1; }
+  if ! (cd "$root" && cmake --preset "$preset" -DTARN_PAGES=AUTO) >"$log" 2>&1; then
+    cat "$log" >&2
+    rm -f "$log"
+    return 1
+  fi
   rm -f "$log"
+  grep -qx 'TARN_PAGES_FOUND:INTERNAL=TRUE' "$cache" ||
+    { say "a library of the page helpers is missing"; return 1; }
 }
 
 # Tests make and remove thousands of small files; memory is the place for them where there is one.
