@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "PagesFixture.h"
 #include "support/SampleMails.h"
 #include "tarnmail/TarnmailFixture.h"
 
@@ -100,6 +101,23 @@ TEST_F(Pdf, GoesToAFileOrIntoAFolder) {
   EXPECT_EQ(directory_.listing(), "folder folder/mail.pdf folder/plain-7bit.pdf mail.pdf");
   EXPECT_EQ(output({"pages", Example("mailbox.pst"), "-m", "2", "--pdf", "-o", "folder"}), "");
   EXPECT_TRUE(std::filesystem::exists(directory_.path() / "folder/mailbox-2.pdf"));
+}
+
+// Whichever way the mail comes in and the PDF goes out.
+TEST_F(Pdf, IsTheSameByPipeAndByFile) {
+  const std::string rtf = RtfMail(R"({\rtf1\ansi{\fonttbl{\f0 Arial;}}\f0 Hi\par})");
+  for (const std::string& bytes :
+       {kPlainMail, ReadWholeFile(Example("html-inline-image.eml")), rtf}) {
+    const std::string file = mail(bytes, "mail.any");
+    standardInput_.reset();
+    const std::string piped = make({file});
+    EXPECT_EQ(output({"pages", "--pdf", "-o", "file.pdf", file}), "");
+    EXPECT_TRUE(ReadWholeFile(directory_.path() / "file.pdf") == piped);
+    standardInput_ = bytes;
+    EXPECT_TRUE(make({"-"}) == piped);
+    EXPECT_EQ(output({"pages", "--pdf", "-o", "file.pdf", "-"}), "");
+    EXPECT_TRUE(ReadWholeFile(directory_.path() / "file.pdf") == piped);
+  }
 }
 
 TEST_F(Pdf, IsMadeWithoutWallsToo) {
