@@ -1,6 +1,8 @@
 #include "archive/common/JsonWriter.h"
 
 #include <array>
+#include <charconv>
+#include <cmath>
 #include <cstdio>
 
 #include "Platform/Utf8.h"
@@ -59,6 +61,28 @@ void JsonWriter::text(std::string_view value) {
 void JsonWriter::number(uint64_t value) {
   separate();
   line_ += std::to_string(value);
+  needsComma_ = true;
+}
+
+void JsonWriter::integer(int64_t value) {
+  separate();
+  line_ += std::to_string(value);
+  needsComma_ = true;
+}
+
+void JsonWriter::real(double value) {
+  if (!std::isfinite(value)) return null();
+  separate();
+  std::array<char, 32> digits;
+  const std::to_chars_result end =
+      std::to_chars(digits.data(), digits.data() + digits.size(), value);
+  line_.append(digits.data(), end.ptr);
+  needsComma_ = true;
+}
+
+void JsonWriter::boolean(bool value) {
+  separate();
+  line_ += value ? "true" : "false";
   needsComma_ = true;
 }
 

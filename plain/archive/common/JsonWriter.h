@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace tarn::archive {
 
@@ -23,9 +24,17 @@ class JsonWriter {
   // What is no UTF-8 becomes U+FFFD.
   void text(std::string_view value);
   void number(uint64_t value);
+  void integer(int64_t value);
+  void real(double value);  // null where it is no number
+  void boolean(bool value);
   void null();
 
   std::string_view line() const { return line_; }
+
+  // What has come so far, which is no longer part of line(): of objects that are too large for one
+  // piece.
+  std::string take() { return std::exchange(line_, {}); }
+
   void clear();
 
  private:
