@@ -1,0 +1,50 @@
+// IndexWriter.h - the page that shows an export in a browser, without a server: index.html, and the
+// folder index with what it needs.
+#ifndef TARN_ARCHIVE_INDEXWRITER_H
+#define TARN_ARCHIVE_INDEXWRITER_H
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+#include "archive/catalogue/CatalogueItem.h"
+#include "archive/model/Trouble.h"
+
+namespace tarn::archive {
+
+inline constexpr const char* kIndexPageName = "index.html";
+inline constexpr const char* kIndexFolderName = "index";
+
+// The same items in the same order give the same bytes. Memory grows with the number of folders,
+// not with that of items.
+class IndexWriter {
+ public:
+  // Of the export in that folder. Writes into "index.new" there, whatever was in it. Unreadable
+  // where that cannot be made.
+  static Outcome<std::unique_ptr<IndexWriter>> create(const std::filesystem::path& directory);
+
+  IndexWriter(const IndexWriter&) = delete;
+  IndexWriter& operator=(const IndexWriter&) = delete;
+  // Without finish() nothing is left.
+  ~IndexWriter();
+
+  // In the order of the manifest. Reads neither body nor text of attachments. After a trouble
+  // nothing more is added.
+  std::optional<Trouble> add(const CatalogueItem& item);
+
+  // Puts the page and its folder into their places, instead of those that were there. Nothing is
+  // added after it.
+  std::optional<Trouble> finish();
+
+ private:
+  class Pieces;
+
+  explicit IndexWriter(std::unique_ptr<Pieces> pieces);
+
+  std::unique_ptr<Pieces> pieces_;
+  std::optional<Trouble> trouble_;
+};
+
+}  // namespace tarn::archive
+
+#endif
