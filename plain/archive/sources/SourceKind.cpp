@@ -111,10 +111,18 @@ std::string Narrowed(std::string_view units, bool bigEndian) {
   return text;
 }
 
+// "From ann@example.com Wed May 1 ...", and not a header field with blanks before its colon.
+bool IsSeparator(std::string_view text) {
+  constexpr std::string_view kFrom = "From ";
+  if (!text.starts_with(kFrom)) return false;
+  const size_t word = text.find_first_not_of(" \t", kFrom.size());
+  return word != std::string_view::npos && text[word] != ':';
+}
+
 std::optional<SourceKind> KindOfText(std::string_view text) {
   SkipBlankLines(text);
   if (text.starts_with(">From ")) TakeLine(text);
-  if (!text.starts_with("From ")) {
+  if (!IsSeparator(text)) {
     return BeginsWithHeader(text) ? std::optional(SourceKind::Mail) : std::nullopt;
   }
   TakeLine(text);
