@@ -4,7 +4,7 @@
 TARN_PACKAGES=(
   binutils cmake coreutils g++ gcc groff-base libbenchmark-dev libboost-dev libcli11-dev
   libfontconfig-dev libfreetype-dev libgmime-3.0-dev libgtest-dev libgumbo-dev libicu-dev libqpdf-dev libsqlite3-dev
-  ninja-build nlohmann-json3-dev pkg-config zlib1g-dev
+  libssl-dev ninja-build nlohmann-json3-dev pkg-config zlib1g-dev
 )
 
 # What the further builds of `./test --all` need: sanitizers and fuzzing, memcheck, Windows, packages.

@@ -1,0 +1,98 @@
+#include "archive/export/ManifestRows.h"
+
+#include <algorithm>
+
+#include "archive/common/ItemFilter.h"
+#include "archive/common/JsonWriter.h"
+
+namespace tarn::archive {
+namespace {
+
+std::string_view NameOf(RowStatus status) {
+  switch (status) {
+    case RowStatus::Exported:
+      return "exported";
+    case RowStatus::Partial:
+      return "partial";
+    case RowStatus::Failed:
+      break;
+  }
+  return "failed";
+}
+
+void WriteFile(JsonWriter& json, const FileRow& file) {
+  json.openObject();
+  json.name("path");
+  json.text(file.path);
+  json.name("role");
+  json.text(file.role);
+  json.name("bytes");
+  json.number(file.sum.bytes);
+  json.name("sha256");
+  json.text(file.sum.sha256);
+  if (file.name) {
+    json.name("name");
+    json.text(*file.name);
+  }
+  if (file.index != 0) {
+    json.name("index");
+    json.number(file.index);
+  }
+  json.closeObject();
+}
+
+}  // namespace
+
+std::string JoinedReasons(const std::vector<std::string>& reasons) {
+  constexpr size_t kMostReasons = 10;
+  std::vector<std::string> told;
+  size_t more = 0;
+  for (const std::string& reason : reasons) {
+    if (std::find(told.begin(), told.end(), reason) != told.end()) continue;
+    if (told.size() < kMostReasons) {
+      told.push_back(reason);
+    } else {
+      ++more;
+    }
+  }
+  std::string joined;
+  for (const std::string& reason : told) joined += (joined.empty() ? "" : "; ") + reason;
+  if (more != 0) joined += "; and " + std::to_string(more) + " more";
+  return joined;
+}
+
+std::string JournalLine(const ItemRow& row) {
+  JsonWriter json;
+  const auto text = [&json](std::string_view name, std::string_view value) {
+    json.name(name);
+    json.text(value);
+  };
+  const auto number = [&json](std::string_view name, uint64_t value) {
+    json.name(name);
+    json.number(value);
+  };
+  json.openObject();
+  text("type", "item");
+  text("source", row.source);
+  text("id", row.id);
+  if (row.parent) text("parent", *row.parent);
+  text("folder", FolderText(*row.folder));
+  text("class", row.messageClass);
+  text("subject", row.subject);
+  text("status", NameOf(row.status));
+  if (row.status != RowStatus::Exported) text("reason", JoinedReasons(row.reasons));
+  json.name("files");
+  json.openArray();
+  for (const FileRow& file : row.files) WriteFile(json, file);
+  json.closeArray();
+  if (!row.fingerprint.empty()) text("fingerprint", row.fingerprint);
+  if (!row.mbox.empty()) {
+    text("mbox", row.mbox);
+    number("mboxBytes", row.mboxBytes);
+  }
+  if (row.catalogueBytes != 0) number("catalogueBytes", row.catalogueBytes);
+  json.closeObject();
+  return std::string(json.line()) + "\n";
+}
+
+}  // namespace tarn::archive

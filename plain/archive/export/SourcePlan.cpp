@@ -1,0 +1,265 @@
+#include "archive/export/SourcePlan.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <set>
+#include <string_view>
+#include <system_error>
+
+#include "archive/export/ItemNames.h"
+
+namespace tarn::archive {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr size_t kPiece = size_t{64} << 10;
+
+void PutNumber(std::string& bytes, uint64_t number) {
+  bytes.append(reinterpret_cast<const char*>(&number), sizeof number);
+}
+
+void PutText(std::string& bytes, std::string_view text) {
+  PutNumber(bytes, text.size());
+  bytes += text;
+}
+
+class Fields {
+ public:
+  explicit Fields(std::string_view bytes) : bytes_(bytes) {}
+  uint64_t number() {
+    uint64_t value = 0;
+    const std::string_view part = take(sizeof value);
+    if (part.size() == sizeof value) std::memcpy(&value, part.data(), sizeof value);
+    return value;
+  }
+  std::string text() { return std::string(take(number())); }
+
+ private:
+  std::string_view take(uint64_t count) {
+    const std::string_view part = bytes_.substr(0, static_cast<size_t>(count));
+    bytes_.remove_prefix(part.size());
+    return part;
+  }
+  std::string_view bytes_;
+};
+
+// With its length before it.
+std::string Packed(const PlanEntry& entry) {
+  std::string body;
+  PutNumber(body, static_cast<uint64_t>(entry.kind));
+  PutText(body, entry.id);
+  PutNumber(body, entry.parent ? 1 : 0);
+  PutText(body, entry.parent.value_or(""));
+  PutNumber(body, entry.folder->size());
+  for (const std::string& name : *entry.folder) PutText(body, name);
+  PutText(body, entry.folderPath);
+  PutText(body, entry.name);
+  PutText(body, entry.reason);
+  std::string bytes;
+  PutText(bytes, body);
+  return bytes;
+}
+
+PlanEntry Unpacked(std::string_view body) {
+  Fields fields(body);
+  PlanEntry entry;
+  entry.kind = static_cast<PlanKind>(fields.number());
+  entry.id = fields.text();
+  const bool hasParent = fields.number() != 0;
+  std::string parent = fields.text();
+  if (hasParent) entry.parent = std::move(parent);
+  std::vector<std::string> folder(std::min<uint64_t>(fields.number(), body.size()));
+  for (std::string& name : folder) name = fields.text();
+  entry.folder = std::make_shared<const std::vector<std::string>>(std::move(folder));
+  entry.folderPath = fields.text();
+  entry.name = fields.text();
+  entry.reason = fields.text();
+  return entry;
+}
+
+// First the entries with the names that the items have by themselves, together with the hashes of
+// all names in the source; then the same with the ids where names meet.
+class Planner {
+ public:
+  Planner(ItemFilter& filter, GrowingFile& draft) : filter_(filter), draft_(draft) {}
+
+  std::optional<Trouble> take(Entry entry) {
+    if (auto* const folder = std::get_if<FolderStart>(&entry)) {
+      meetFolder(*folder->path);
+      return std::nullopt;
+    }
+    if (auto* const trouble = std::get_if<PlaceTrouble>(&entry)) return takeTrouble(*trouble);
+    return takeItem(*std::get<std::unique_ptr<Item>>(entry));
+  }
+
+  std::optional<Trouble> takeTrouble(const PlaceTrouble& trouble) {
+    PlanEntry entry;
+    entry.kind = trouble.place.id.empty() ? PlanKind::Trouble : PlanKind::LostItem;
+    entry.id = trouble.place.id;
+    entry.parent = trouble.place.parent;
+    entry.folder = trouble.place.folder ? trouble.place.folder
+                                        : std::make_shared<const std::vector<std::string>>();
+    if (!filter_.takesFolder(entry.folder)) return std::nullopt;
+    entry.folderPath = meetFolder(*entry.folder);
+    entry.reason = trouble.trouble.reason;
+    return add(entry);
+  }
+
+  std::optional<Trouble> flush() {
+    const std::optional<Trouble> trouble = draft_.append(waiting_);
+    waiting_.clear();
+    return trouble;
+  }
+
+  // The hashes that two names have.
+  std::vector<uint64_t> shared() {
+    std::sort(hashes_.begin(), hashes_.end());
+    std::vector<uint64_t> twice;
+    for (size_t at = 1; at < hashes_.size(); ++at) {
+      if (hashes_[at] == hashes_[at - 1]) twice.push_back(hashes_[at]);
+    }
+    hashes_ = {};
+    return twice;
+  }
+
+ private:
+  std::optional<Trouble> takeItem(Item& item) {
+    PlanEntry entry;
+    entry.id = item.place().id;
+    entry.parent = item.place().parent;
+    entry.folder = item.place().folder;
+    entry.folderPath = meetFolder(*entry.folder);
+    entry.name = ItemName(item.fields(Detail::Headline));
+    hashes_.push_back(NameHash(entry.folderPath, entry.name));
+    return filter_.takes(item) ? add(entry) : std::nullopt;
+  }
+
+  // Its name and the one of its mbox are no item's.
+  const std::string& meetFolder(const std::vector<std::string>& folder) {
+    const bool isNew = !last_ || *last_ != folder;
+    const std::string& path = paths_.pathOf(folder);
+    if (isNew) {
+      last_ = folder;
+      if (met_.insert(path).second) {
+        const size_t slash = path.rfind('/');
+        const bool isBelow = slash != std::string::npos;
+        if (!path.empty()) {
+          hashes_.push_back(NameHash(isBelow ? path.substr(0, slash) : "",
+                                     isBelow ? path.substr(slash + 1) : path));
+        }
+        hashes_.push_back(NameHash(path, kMboxName));
+      }
+    }
+    return path;
+  }
+
+  std::optional<Trouble> add(const PlanEntry& entry) {
+    waiting_ += Packed(entry);
+    return waiting_.size() < kPiece ? std::nullopt : flush();
+  }
+
+  ItemFilter& filter_;
+  GrowingFile& draft_;
+  FolderPaths paths_;
+  std::optional<std::vector<std::string>> last_;
+  std::set<std::string> met_;
+  std::vector<uint64_t> hashes_;
+  std::string waiting_;
+};
+
+Outcome<uint64_t> WriteNames(const fs::path& draft, const std::vector<uint64_t>& shared,
+                             GrowingFile& plan) {
+  Outcome<std::unique_ptr<PlanReader>> reader = PlanReader::open(draft);
+  if (!reader) return reader.trouble();
+  uint64_t entries = 0;
+  std::string waiting;
+  for (;; ++entries) {
+    Outcome<std::optional<PlanEntry>> next = (*reader)->next();
+    if (!next) return next.trouble();
+    if (*next) {
+      PlanEntry& entry = **next;
+      const bool isShared =
+          entry.kind == PlanKind::Item &&
+          (NeedsId(entry.name) || std::binary_search(shared.begin(), shared.end(),
+                                                     NameHash(entry.folderPath, entry.name)));
+      if (isShared) entry.name = ItemNameWithId(entry.name, entry.id);
+      waiting += Packed(entry);
+    }
+    if (!*next || waiting.size() >= kPiece) {
+      if (const std::optional<Trouble> trouble = plan.append(waiting)) return *trouble;
+      waiting.clear();
+    }
+    if (!*next) return entries;
+  }
+}
+
+}  // namespace
+
+Outcome<std::unique_ptr<PlanReader>> PlanReader::open(const fs::path& path, uint64_t offset) {
+  Outcome<std::unique_ptr<GrowingFile>> file = GrowingFile::open(path);
+  if (!file) return file.trouble();
+  return std::unique_ptr<PlanReader>(new PlanReader(std::move(*file), offset));
+}
+
+// False where the file ends before.
+Outcome<bool> PlanReader::fill(size_t bytes) {
+  while (buffer_.size() - taken_ < bytes) {
+    buffer_.erase(0, taken_);
+    taken_ = 0;
+    const uint64_t place = offset_ + buffer_.size();
+    if (place >= file_->size()) return false;
+    const Outcome<std::string> more =
+        file_->read(place, std::min<uint64_t>(kPiece, file_->size() - place));
+    if (!more) return more.trouble();
+    buffer_ += *more;
+  }
+  return true;
+}
+
+Outcome<std::optional<PlanEntry>> PlanReader::next() {
+  uint64_t size = 0;
+  const Outcome<bool> hasSize = fill(sizeof size);
+  if (!hasSize) return hasSize.trouble();
+  if (!*hasSize) return std::optional<PlanEntry>();
+  std::memcpy(&size, buffer_.data() + taken_, sizeof size);
+  const Outcome<bool> hasBody = fill(sizeof size + size);
+  if (!hasBody) return hasBody.trouble();
+  if (!*hasBody) return Trouble{TroubleKind::Damaged, "the plan of a source breaks off"};
+  PlanEntry entry = Unpacked(std::string_view(buffer_).substr(taken_ + sizeof size, size));
+  taken_ += sizeof size + size;
+  offset_ += sizeof size + size;
+  return std::optional<PlanEntry>(std::move(entry));
+}
+
+Outcome<uint64_t> WritePlan(ItemReader& reader, ItemFilter& filter, const PlanLimits& limits,
+                            const fs::path& path, const std::function<void()>& beat) {
+  const fs::path draftPath = path.string() + ".draft";
+  std::error_code ignored;
+  fs::remove(path, ignored);
+  fs::remove(draftPath, ignored);
+  Outcome<std::unique_ptr<GrowingFile>> draft = GrowingFile::open(draftPath);
+  if (!draft) return draft.trouble();
+  Planner planner(filter, **draft);
+  std::optional<Trouble> trouble;
+  uint64_t met = 0;
+  for (; !trouble && met < limits.entries; ++met) {
+    std::optional<Entry> entry = reader.next();
+    if (!entry) break;
+    trouble = planner.take(std::move(*entry));
+    beat();
+  }
+  if (!trouble && !limits.reasonAfter.empty() && met == limits.entries) {
+    trouble = planner.takeTrouble({{}, {TroubleKind::Damaged, limits.reasonAfter}});
+  }
+  if (!trouble) trouble = planner.flush();
+  if (trouble) return *trouble;
+  Outcome<std::unique_ptr<GrowingFile>> plan = GrowingFile::open(path);
+  if (!plan) return plan.trouble();
+  Outcome<uint64_t> entries = WriteNames(draftPath, planner.shared(), **plan);
+  fs::remove(draftPath, ignored);
+  return entries;
+}
+
+}  // namespace tarn::archive

@@ -1,0 +1,74 @@
+// SourcePlan.h - what of a source is to be exported, and under which names: a file that one process
+// writes and others read.
+#ifndef TARN_ARCHIVE_SOURCEPLAN_H
+#define TARN_ARCHIVE_SOURCEPLAN_H
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "archive/common/ItemFilter.h"
+#include "archive/export/HashedFile.h"
+#include "archive/model/ItemReader.h"
+
+namespace tarn::archive {
+
+enum class PlanKind : uint8_t {
+  Item,
+  LostItem,  // one that is known to be there and cannot be read
+  Trouble    // something of the source that cannot be read and is no item
+};
+
+struct PlanEntry {
+  PlanKind kind = PlanKind::Item;
+  std::string id;
+  std::optional<std::string> parent;
+  std::shared_ptr<const std::vector<std::string>> folder;  // never null
+  std::string folderPath;  // the folder within that of the source; "" for its root
+  std::string name;        // of the item's folder there
+  std::string reason;      // why it cannot be read
+};
+
+// The entries of a plan from an offset on.
+class PlanReader {
+ public:
+  static Outcome<std::unique_ptr<PlanReader>> open(const std::filesystem::path& path,
+                                                   uint64_t offset = 0);
+
+  // None at the end.
+  Outcome<std::optional<PlanEntry>> next();
+  // Of the entry that comes next.
+  uint64_t offset() const { return offset_; }
+
+ private:
+  PlanReader(std::unique_ptr<GrowingFile> file, uint64_t offset)
+      : file_(std::move(file)), offset_(offset) {}
+  Outcome<bool> fill(size_t bytes);
+
+  std::unique_ptr<GrowingFile> file_;
+  uint64_t offset_;
+  std::string buffer_;
+  size_t taken_ = 0;
+};
+
+// Where the mbox of a folder is in it; no item's folder has that name.
+inline constexpr const char* kMboxName = "messages.mbox";
+
+struct PlanLimits {
+  uint64_t entries = UINT64_MAX;  // what the reader gives after so many is left out
+  std::string reasonAfter;        // then an entry of this trouble is the last
+};
+
+// Goes through the reader, the headlines of items alone unless the filter wants more, and writes
+// the plan. `beat` is called after each entry of the reader. Holds 8 bytes an item. A trouble says
+// that the plan cannot be written; the number of its entries otherwise.
+Outcome<uint64_t> WritePlan(ItemReader& reader, ItemFilter& filter, const PlanLimits& limits,
+                            const std::filesystem::path& path, const std::function<void()>& beat);
+
+}  // namespace tarn::archive
+
+#endif
