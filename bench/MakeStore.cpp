@@ -1,7 +1,7 @@
 // MakeStore FILE [MESSAGES [MEGABYTES]]: writes a store for measurements, 20,000 messages in about
 // 400 MB unless told otherwise. Bodies have 2 to 50 KB in equal shares of HTML and compressed RTF;
 // they hold text that packs about as well as mail does, and the same numbers give the same file.
-// The first and the last message have HTML.
+// The first and the last message have HTML. Contents tables have what a list shows of a message.
 
 #include <algorithm>
 #include <cstdlib>
@@ -20,6 +20,9 @@ using tarn::test::StoreBuilder;
 constexpr const char* kWords[] = {
     "meeting", "about", "the",       "quarterly", "figures",  "please",   "find",  "report",
     "below",   "and",   "regarding", "thanks",    "tomorrow", "schedule", "draft", "version"};
+
+constexpr uint16_t kSentRepresentingName = 0x0042;
+constexpr uint16_t kDeliveryTime = 0x0E06;
 
 class Texts {
  public:
@@ -54,6 +57,9 @@ void WriteStore(const char* path, uint64_t messages, uint64_t megabytes) {
     const size_t size = i % 8 == 7 ? texts.size(30000, 50000) : texts.size(2000, most);
     auto& message = folder->message();
     message.subject(u"Message").from(u"Ann").to(u"Bob").submitTime(132539328000000000 + i);
+    message.properties().text(kSentRepresentingName, u"Ann");
+    message.properties().time(kDeliveryTime, 132539328010000000 + i);
+    message.properties().number(tarn::test::kPropMessageSize, tarn::test::kTypeInt32, size);
     if (i % 2 == 0 || i + 1 == messages) {
       message.html("<html><body><p>" + texts.words(size) + "</p></body></html>");
     } else {
