@@ -13,9 +13,6 @@
 namespace tarn::archive::store {
 namespace {
 
-constexpr uint32_t kMessageStore = 0x21;
-constexpr uint32_t kStoreRoot = 0x122;
-
 constexpr uint16_t kDisplayName = 0x3001;
 constexpr uint16_t kSubtreeEntryId = 0x35E0;
 constexpr uint16_t kContentCount = 0x3602;
@@ -31,8 +28,6 @@ FolderPath PathBelow(const FolderPath& parent, std::string name) {
   path->push_back(std::move(name));
   return path;
 }
-
-FolderPath EmptyPath() { return std::make_shared<std::vector<std::string>>(); }
 
 std::string NameOf(StoredProperties& properties) {
   const auto type = properties.typeOf(kDisplayName);
@@ -56,6 +51,8 @@ std::string Quoted(const FolderPath& path) {
 
 }  // namespace
 
+FolderPath RootPath() { return std::make_shared<std::vector<std::string>>(); }
+
 std::string IdText(uint32_t nid) {
   char text[9];
   return std::string(text, std::to_chars(text, text + sizeof text, nid, 16).ptr);
@@ -77,17 +74,17 @@ bool FolderTree::hasNode(uint32_t nid) {
 
 uint32_t FolderTree::findUserRoot() {
   const auto found = Guarded("the properties of the store cannot be read", [&]() -> uint32_t {
-    PropertyContext bag(session_.context()->lookup_node(kMessageStore));
+    PropertyContext bag(session_.context()->lookup_node(kMessageStoreNode));
     const Outcome<std::string> entry = bag.bytes(kSubtreeEntryId, kEntryIdSize);
-    if (!entry || entry->size() < kEntryIdSize) return kStoreRoot;
+    if (!entry || entry->size() < kEntryIdSize) return kRootFolderNode;
     const auto* const bytes = reinterpret_cast<const unsigned char*>(entry->data());
     return pststore::disk::load<uint32_t>({bytes, entry->size()}, kEntryIdNode);
   });
   if (!found) {
-    report(IdText(kMessageStore), EmptyPath(), found.trouble());
-    return kStoreRoot;
+    report(IdText(kMessageStoreNode), RootPath(), found.trouble());
+    return kRootFolderNode;
   }
-  return IsNodeOf(*found, kFolderNode) && hasNode(*found) ? *found : kStoreRoot;
+  return IsNodeOf(*found, kFolderNode) && hasNode(*found) ? *found : kRootFolderNode;
 }
 
 std::optional<FolderVisit> FolderTree::next() {
@@ -115,7 +112,7 @@ std::optional<FolderVisit> FolderTree::next() {
 
 void FolderTree::beginStage() {
   const auto begin = [this](uint32_t root) {
-    Level level{EmptyPath(), {}};
+    Level level{RootPath(), {}};
     met_.insert(root);
     level.children.push_back({root, {}});
     levels_.push_back(std::move(level));
@@ -126,18 +123,18 @@ void FolderTree::beginStage() {
       if (hasNode(userRoot_)) {
         begin(userRoot_);
       } else {
-        report(IdText(userRoot_), EmptyPath(),
+        report(IdText(userRoot_), RootPath(),
                {TroubleKind::Missing, "the store has no root folder"});
       }
       return;
     case Stage::OfUser:
       stage_ = Stage::Rest;
-      if (!met_.contains(kStoreRoot) && hasNode(kStoreRoot)) begin(kStoreRoot);
+      if (!met_.contains(kRootFolderNode) && hasNode(kRootFolderNode)) begin(kRootFolderNode);
       return;
     case Stage::Rest:
       stage_ = Stage::Orphans;
-      if (met_.contains(kStoreRoot)) return;
-      levels_.push_back({EmptyPath(), {}});
+      if (met_.contains(kRootFolderNode)) return;
+      levels_.push_back({RootPath(), {}});
       addOrphans(levels_.back().children);
       return;
     case Stage::Orphans:
@@ -240,7 +237,7 @@ const std::vector<std::pair<uint32_t, uint32_t>>& FolderTree::folders() {
       if (IsNodeOf(info.id, kFolderNode)) folders_->emplace_back(info.parent_id, info.id);
     });
   });
-  if (!scanned) report({}, EmptyPath(), scanned.trouble());
+  if (!scanned) report({}, RootPath(), scanned.trouble());
   std::sort(folders_->begin(), folders_->end());
   folders_->erase(std::unique(folders_->begin(), folders_->end()), folders_->end());
   return *folders_;
@@ -265,7 +262,7 @@ void FolderTree::addOrphans(std::vector<Child>& children) {
 FolderPath FolderTree::pathByParents(uint32_t nid) {
   std::vector<std::string> names;
   for (size_t depth = 0; depth <= kDeepestFolder; ++depth) {
-    if (nid == userRoot_ || nid == kStoreRoot || !IsNodeOf(nid, kFolderNode)) break;
+    if (nid == userRoot_ || nid == kRootFolderNode || !IsNodeOf(nid, kFolderNode)) break;
     std::string name;
     const auto parent = Guarded("", [&] {
       const pststore::node_info info = session_.context()->lookup_node_info(nid);

@@ -26,6 +26,9 @@ namespace tarn::archive::store {
 
 using FolderPath = std::shared_ptr<const std::vector<std::string>>;
 
+// Without a name.
+FolderPath RootPath();
+
 // A folder within a folder within ... : those below are met by --recover alone.
 inline constexpr size_t kDeepestFolder = 128;
 

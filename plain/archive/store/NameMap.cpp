@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "archive/store/NodeScan.h"
 #include "archive/store/PropertyContext.h"
 #include "archive/store/StoreTrouble.h"
 #include "pststore/Disk.h"
@@ -12,7 +13,6 @@ namespace {
 
 using mapi::PropertyName;
 
-constexpr pststore::ulong kNameMapNid = 0x61;
 constexpr uint16_t kSets = 0x0002;
 constexpr uint16_t kEntries = 0x0003;
 constexpr uint16_t kNames = 0x0004;
@@ -21,6 +21,8 @@ constexpr uint16_t kNames = 0x0004;
 constexpr size_t kMostEntryBytes = 8 * 0x8000;
 constexpr size_t kMostSetBytes = 16 * 0x8000;
 constexpr size_t kMostNameBytes = size_t{4} << 20;
+
+constexpr const char* kReason = "the names of named properties cannot be read";
 
 constexpr uint16_t kFirstId = 0x8000;
 constexpr uint16_t kNoSet = 0;
@@ -44,18 +46,22 @@ T Load(std::string_view bytes, size_t at) {
 
 std::shared_ptr<NameMap> NameMap::Read(StoreSession& session) {
   auto map = std::make_shared<NameMap>();
-  const auto read = Guarded("the named properties cannot be read", [&] {
-    PropertyContext bag(session.context()->lookup_node(kNameMapNid));
-    const auto take = [&bag](uint16_t id, size_t limit) {
+  const auto read = Guarded(kReason, [&] {
+    PropertyContext bag(session.context()->lookup_node(kNameMapNode));
+    const auto take = [&](uint16_t id, size_t limit) {
       Outcome<std::string> bytes = bag.bytes(id, limit);
-      return bytes ? std::move(*bytes) : std::string();
+      if (bytes) return std::move(*bytes);
+      if (bytes.trouble().kind != TroubleKind::Missing) {
+        map->trouble_ = Trouble{bytes.trouble().kind, kReason + (": " + bytes.trouble().reason)};
+      }
+      return std::string();
     };
     map->sets_ = take(kSets, kMostSetBytes);
     map->entries_ = take(kEntries, kMostEntryBytes);
     map->names_ = take(kNames, kMostNameBytes);
     return true;
   });
-  if (!read) return map;
+  if (!read && read.trouble().kind != TroubleKind::Missing) map->trouble_ = read.trouble();
   for (size_t i = 0; i < map->entryCount(); ++i) map->positions_.emplace(map->entry(i).index, i);
   return map;
 }

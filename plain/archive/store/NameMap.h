@@ -19,6 +19,9 @@ class NameMap {
   // Of a store without one, or whose names cannot be read, no id has a name.
   static std::shared_ptr<NameMap> Read(StoreSession& session);
 
+  // Why names are missing that the store may have.
+  const std::optional<Trouble>& trouble() const { return trouble_; }
+
   std::optional<uint16_t> idOf(const mapi::PropertyName& name);
   std::optional<mapi::PropertyName> nameOf(uint16_t id) const;
 
@@ -36,6 +39,7 @@ class NameMap {
 
   static constexpr size_t kEntrySize = 8;
 
+  std::optional<Trouble> trouble_;
   // As in the store: names are looked at when they are asked for.
   std::string sets_;
   std::string entries_;

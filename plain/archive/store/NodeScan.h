@@ -8,6 +8,11 @@
 
 namespace tarn::archive::store {
 
+// Nodes that all stores have (MS-PST 2.4.1).
+inline constexpr uint32_t kMessageStoreNode = 0x21;
+inline constexpr uint32_t kNameMapNode = 0x61;
+inline constexpr uint32_t kRootFolderNode = 0x122;
+
 // Types of nodes (MS-PST 2.2.2.1).
 inline constexpr uint32_t kNodeTypeMask = 0x1F;
 inline constexpr uint32_t kFolderNode = 0x02;

@@ -20,35 +20,40 @@ constexpr uint16_t kAttachData = 0x3701;
 
 Trouble NoSuch(const char* what) { return {TroubleKind::Missing, std::string("no such ") + what}; }
 
-std::string AttachmentReason(size_t index) {
-  return "attachment " + std::to_string(index + 1) + " cannot be read";
-}
+constexpr const char* kAttachmentReason = "the attachment cannot be read";
 
 }  // namespace
 
-const Outcome<std::unique_ptr<TableRows>>& StoreMessage::recipients() {
+Outcome<StoreMessage::Recipients>& StoreMessage::recipients() {
   if (!recipients_) {
-    recipients_ = Guarded("the recipients cannot be read", [&] {
-      if (!node().has(kRecipientTable)) return std::unique_ptr<TableRows>();
-      return std::make_unique<TableRows>(node().lookup(kRecipientTable), blockSize_);
+    recipients_ = Guarded("their table cannot be read", [&] {
+      Recipients read;
+      if (!node().has(kRecipientTable)) return read;
+      read.table = std::make_unique<TableRows>(node().lookup(kRecipientTable), blockSize_);
+      read.rows = ListRows(*read.table);
+      return read;
     });
   }
   return *recipients_;
 }
 
 Outcome<size_t> StoreMessage::recipientCount() {
-  const auto& table = recipients();
-  if (!table) return table.trouble();
-  return *table == nullptr ? size_t{0} : static_cast<size_t>((*table)->rowCount());
+  const auto& read = recipients();
+  if (!read) return read.trouble();
+  return read->count();
 }
 
 Outcome<std::unique_ptr<PropertySet>> StoreMessage::recipient(size_t index) {
-  const Outcome<size_t> count = recipientCount();
-  if (!count) return count.trouble();
-  if (index >= *count) return NoSuch("recipient");
-  TableRows& table = **recipients();
-  return Guarded("recipient " + std::to_string(index + 1) + " cannot be read", [&] {
-    return std::unique_ptr<PropertySet>(new RowProperties(table, table.row(index)));
+  auto& read = recipients();
+  if (!read) return read.trouble();
+  if (index >= read->count()) return NoSuch("recipient");
+  if (index == read->rows.all.size()) {
+    return Trouble{TroubleKind::Damaged, "a part of their table cannot be read"};
+  }
+  return Guarded("the row cannot be read", [&] {
+    TableRows& table = *read->table;
+    return std::unique_ptr<PropertySet>(
+        new RowProperties(table, table.row(read->rows.all[index].number)));
   });
 }
 
@@ -61,32 +66,22 @@ const std::vector<uint32_t>& StoreMessage::attachments() {
 }
 
 void StoreMessage::readAttachments() {
-  const auto table =
-      Guarded("the list of attachments cannot be read", [&] { return readAttachmentTable(); });
+  const auto table = Guarded("their table cannot be read", [&] { return readAttachmentTable(); });
   if (table && *table) return;
-  const auto held = Guarded("the list of attachments cannot be read", [&] {
+  const auto held = Guarded("their table cannot be read", [&] {
     addHeldAttachments();
     return true;
   });
   if (!held) attachmentTrouble_ = table ? held.trouble() : table.trouble();
 }
 
-// Whether all of it could be read.
+// Whether it is there and all of it could be read.
 bool StoreMessage::readAttachmentTable() {
-  if (!node().has(kAttachmentTable)) return true;
+  if (!node().has(kAttachmentTable)) return false;
   TableRows table(node().lookup(kAttachmentTable), blockSize_);
-  std::set<uint32_t> met;
-  bool isWhole = true;
-  for (uint64_t number = 0; number < table.rowCount(); ++number) {
-    const auto row = Guarded("a row", [&] { return TableRows::IdOf(table.row(number)); });
-    if (!row) {
-      isWhole = false;
-      number = table.nextBlock(number) - 1;
-    } else if (met.insert(*row).second) {
-      attachments_->push_back(*row);
-    }
-  }
-  return isWhole;
+  const ListedRows rows = ListRows(table);
+  for (const ListedRow& row : rows.all) attachments_->push_back(row.id);
+  return rows.isWhole;
 }
 
 void StoreMessage::addHeldAttachments() {
@@ -116,7 +111,7 @@ PropertyContext StoreMessage::openAttachment(size_t index) {
 Outcome<std::unique_ptr<PropertySet>> StoreMessage::attachment(size_t index) {
   if (index == attachments().size() && attachmentTrouble_) return *attachmentTrouble_;
   if (index >= attachments().size()) return NoSuch("attachment");
-  return Guarded(AttachmentReason(index), [&] {
+  return Guarded(kAttachmentReason, [&] {
     return std::unique_ptr<PropertySet>(new PropertyContext(node().lookup(attachments()[index])));
   });
 }

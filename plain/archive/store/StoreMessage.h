@@ -27,11 +27,13 @@ class StoreMessage final : public mapi::MapiMessage {
   }
   std::optional<mapi::PropertyName> nameOf(uint16_t id) override { return names_->nameOf(id); }
 
+  // Rows that say that they are the same one are one recipient. After those that can be read one
+  // more stands for all others.
   Outcome<size_t> recipientCount() override;
   Outcome<std::unique_ptr<mapi::PropertySet>> recipient(size_t index) override;
 
-  // Of a table that cannot be read, or not wholly, the attachments that the message holds besides
-  // those that the table names come after these.
+  // In the order of their table. Where it is missing or cannot be read whole, the attachments that
+  // the message holds besides those of the table come after these.
   Outcome<size_t> attachmentCount() override;
   Outcome<std::unique_ptr<mapi::PropertySet>> attachment(size_t index) override;
   Outcome<std::unique_ptr<mapi::MapiMessage>> embedded(size_t index) override;
@@ -39,7 +41,13 @@ class StoreMessage final : public mapi::MapiMessage {
 
  private:
   const pststore::node& node() const { return bag_.node(); }
-  const Outcome<std::unique_ptr<TableRows>>& recipients();
+  struct Recipients {
+    std::unique_ptr<TableRows> table;  // null where there is none
+    ListedRows rows;
+    size_t count() const { return rows.all.size() + (rows.isWhole ? 0 : 1); }
+  };
+
+  Outcome<Recipients>& recipients();
   const std::vector<uint32_t>& attachments();
   void readAttachments();
   bool readAttachmentTable();
@@ -49,7 +57,7 @@ class StoreMessage final : public mapi::MapiMessage {
   PropertyContext bag_;
   std::shared_ptr<NameMap> names_;
   size_t blockSize_;
-  std::optional<Outcome<std::unique_ptr<TableRows>>> recipients_;
+  std::optional<Outcome<Recipients>> recipients_;
   std::optional<std::vector<uint32_t>> attachments_;  // their subnodes, each once
   std::optional<Trouble> attachmentTrouble_;          // the table was the only way to some
 };

@@ -33,6 +33,7 @@ class StoreReader final : public ItemReader {
   std::optional<Entry> beginRecovered();
   std::optional<Entry> nextRecovered();
   void findUnlisted();
+  void readNames();
   Outcome<std::unique_ptr<mapi::MapiMessage>> openMessage(uint32_t nid);
   std::unique_ptr<Item> makeItem(uint32_t nid, FolderPath folder, mapi::KnownFields known = {});
 
@@ -109,7 +110,6 @@ std::optional<Entry> StoreReader::enterNextFolder() {
 }
 
 void StoreReader::findUnlisted() {
-  const auto none = std::make_shared<std::vector<std::string>>();
   const auto damaged = Guarded("the index of the store cannot be read", [&] {
     return ScanNodes(*session_, [&](const pststore::node_info& info) {
       if (IsNodeOf(info.id, kMessageNode) && !met_.contains(info.id)) unlisted_.push_back(info.id);
@@ -118,14 +118,14 @@ void StoreReader::findUnlisted() {
   std::sort(unlisted_.begin(), unlisted_.end());
   unlisted_.erase(std::unique(unlisted_.begin(), unlisted_.end()), unlisted_.end());
   if (!damaged) {
-    troubles_.push_back({{{}, std::nullopt, none}, damaged.trouble()});
+    troubles_.push_back({{{}, std::nullopt, RootPath()}, damaged.trouble()});
   } else if (*damaged != 0) {
-    troubles_.push_back({{{}, std::nullopt, none},
+    troubles_.push_back({{{}, std::nullopt, RootPath()},
                          {TroubleKind::Damaged, "pages of the store's index that cannot be read: " +
                                                     std::to_string(*damaged)}});
   }
   if (options_.recover || unlisted_.empty()) return;
-  troubles_.push_back({{{}, std::nullopt, none},
+  troubles_.push_back({{{}, std::nullopt, RootPath()},
                        {TroubleKind::Missing, "items that no folder lists and --recover adds: " +
                                                   std::to_string(unlisted_.size())}});
   unlisted_.clear();
@@ -147,8 +147,14 @@ std::optional<Entry> StoreReader::nextRecovered() {
   return makeItem(unlisted_[recovered_++], folder_);
 }
 
+void StoreReader::readNames() {
+  names_ = NameMap::Read(*session_);
+  if (!names_->trouble()) return;
+  troubles_.push_back({{IdText(kNameMapNode), std::nullopt, RootPath()}, *names_->trouble()});
+}
+
 Outcome<std::unique_ptr<mapi::MapiMessage>> StoreReader::openMessage(uint32_t nid) {
-  if (names_ == nullptr) names_ = NameMap::Read(*session_);
+  if (names_ == nullptr) readNames();
   return Guarded("the message cannot be read", [&]() -> std::unique_ptr<mapi::MapiMessage> {
     return std::make_unique<StoreMessage>(session_->context()->lookup_node(nid), names_,
                                           session_->blockSize());

@@ -236,4 +236,9 @@ Outcome<std::vector<std::string>> StoredProperties::values(uint16_t id, size_t l
   });
 }
 
+std::vector<Trouble> StoredProperties::troubles() {
+  if (isWhole()) return {};
+  return {{TroubleKind::Damaged, "a part of the properties cannot be read"}};
+}
+
 }  // namespace tarn::archive::store

@@ -54,6 +54,7 @@ class StoredProperties : public mapi::PropertySet {
   Outcome<std::string> bytes(uint16_t id, size_t limit) override;
   Outcome<std::unique_ptr<ByteSource>> stream(uint16_t id) override;
   Outcome<std::vector<std::string>> values(uint16_t id, size_t limit) override;
+  std::vector<Trouble> troubles() override;
 
   const pststore::heap_ptr& heap() const { return heap_; }
 

@@ -1,7 +1,9 @@
 #include "archive/store/TableRows.h"
 
 #include <algorithm>
+#include <set>
 
+#include "archive/store/StoreTrouble.h"
 #include "pststore/Disk.h"
 #include "pststore/Errors.h"
 
@@ -115,6 +117,21 @@ uint64_t TableRows::nextBlock(uint64_t number) const {
 uint32_t TableRows::IdOf(std::string_view row) {
   const auto* const bytes = reinterpret_cast<const unsigned char*>(row.data());
   return load<uint32_t>({bytes, row.size()}, 0);
+}
+
+ListedRows ListRows(TableRows& table) {
+  ListedRows rows;
+  std::set<uint32_t> met;
+  for (uint64_t number = 0; number < table.rowCount(); ++number) {
+    const auto id = Guarded("", [&] { return TableRows::IdOf(table.row(number)); });
+    if (!id) {
+      rows.isWhole = false;
+      number = table.nextBlock(number) - 1;
+    } else if (met.insert(*id).second) {
+      rows.all.push_back({number, *id});
+    }
+  }
+  return rows;
 }
 
 std::vector<mapi::PropertyTag> RowProperties::tags() {

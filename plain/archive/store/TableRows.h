@@ -74,6 +74,20 @@ class TableRows {
   std::optional<uint64_t> loadedBlock_;
 };
 
+struct ListedRow {
+  uint64_t number = 0;
+  uint32_t id = 0;
+};
+
+struct ListedRows {
+  std::vector<ListedRow> all;
+  bool isWhole = true;
+};
+
+// The rows that can be read, each id once: rows that a damaged table only seems to have take no
+// memory.
+ListedRows ListRows(TableRows& table);
+
 // One row as a set of properties.
 class RowProperties final : public StoredProperties {
  public:
