@@ -1,0 +1,248 @@
+#include "archive/writers/CleanHtml.h"
+
+#include <algorithm>
+#include <array>
+#include <bitset>
+#include <optional>
+
+#include "archive/mapi/Hexadecimal.h"
+#include "archive/writers/HtmlRules.h"
+
+namespace tarn::archive {
+namespace {
+
+constexpr std::string_view kSpace = " \t\r\n\f";
+
+bool IsControlOrSpace(char c) { return static_cast<unsigned char>(c) <= 0x20 || c == 0x7F; }
+char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
+
+std::string_view Trimmed(std::string_view text) {
+  while (!text.empty() && IsControlOrSpace(text.front())) text.remove_prefix(1);
+  while (!text.empty() && IsControlOrSpace(text.back())) text.remove_suffix(1);
+  return text;
+}
+
+bool ContainsNoCase(std::string_view text, std::string_view lowerPart) {
+  return std::search(text.begin(), text.end(), lowerPart.begin(), lowerPart.end(),
+                     [](char a, char b) { return Lower(a) == b; }) != text.end();
+}
+
+// A value as it is written, made fit for double quotes. Its character references stay.
+std::string QuotedValue(std::string_view value) {
+  std::string quoted;
+  for (const char c : value) {
+    if (c == '"') {
+      quoted += "&quot;";
+    } else if (c == '<') {
+      quoted += "&lt;";
+    } else if (c == '>') {
+      quoted += "&gt;";
+    } else if (c != '\0') {
+      quoted += c;
+    }
+  }
+  return quoted;
+}
+
+// The pictures that a mail may carry in itself already.
+bool IsDataImage(std::string_view address) {
+  constexpr std::string_view kTypes[] = {"data:image/bmp;base64,",  "data:image/gif;base64,",
+                                         "data:image/jpeg;base64,", "data:image/jpg;base64,",
+                                         "data:image/png;base64,",  "data:image/webp;base64,"};
+  return std::any_of(std::begin(kTypes), std::end(kTypes), [&](std::string_view type) {
+    return address.size() >= type.size() &&
+           std::equal(type.begin(), type.end(), address.begin(),
+                      [](char a, char b) { return a == Lower(b); });
+  });
+}
+
+// Pictures of a dot or none at all are there to be counted, or to keep a distance.
+bool IsDot(const HtmlToken& tag) {
+  for (const std::string_view name : {"width", "height"}) {
+    const std::string_view* const value = tag.attribute(name);
+    if (value == nullptr) continue;
+    const std::string size = DecodedValue(*value);
+    if (size == "0" || size == "1" || size == "1px" || size == "0px") return true;
+  }
+  return false;
+}
+
+// A style sheet that names what the page itself uses would change how the header looks.
+bool IsAboutThePage(std::string_view css) { return ContainsNoCase(css, "tarn-"); }
+
+}  // namespace
+
+std::string UrlOfPath(std::string_view path) {
+  constexpr std::string_view kPlain = "-._~/";
+  std::string url;
+  for (const char c : path) {
+    const bool isPlain = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
+                         (c >= '0' && c <= '9') || kPlain.find(c) != kPlain.npos;
+    if (isPlain) {
+      url += c;
+    } else {
+      url += '%';
+      url += mapi::Hexadecimal(static_cast<unsigned char>(c), 2);
+    }
+  }
+  return url;
+}
+
+std::string KeptAddress(std::string_view address) {
+  address = Trimmed(address);
+  std::string kept;
+  for (const char c : address) {
+    // Browsers drop these wherever they are.
+    if (c != '\t' && c != '\r' && c != '\n' && c != '\0') kept += c;
+  }
+  if (kept.starts_with('#')) return kept;
+  const size_t colon = kept.find(':');
+  if (colon == kept.npos) return {};
+  std::string scheme = kept.substr(0, colon);
+  std::transform(scheme.begin(), scheme.end(), scheme.begin(), Lower);
+  return IsAmong(scheme, kKeptSchemes) ? kept : std::string();
+}
+
+void HtmlCleaner::put(std::string_view html) {
+  HtmlTokens tokens(html);
+  while (!out_.isFull()) {
+    const HtmlToken& token = tokens.next();
+    switch (token.kind) {
+      case HtmlTokenKind::End:
+        return;
+      case HtmlTokenKind::Text:
+        putText(token.text);
+        break;
+      case HtmlTokenKind::RawText:
+        putRawText(token);
+        break;
+      case HtmlTokenKind::StartTag:
+        putStart(token);
+        break;
+      case HtmlTokenKind::EndTag:
+        if (IsAmong(token.name, kKeptElements)) out_.put("</").put(token.name).put(">");
+        // The end of a paragraph that is not open makes an empty one, as in browsers.
+        if (token.name == "body") out_.put("</div>");
+        break;
+    }
+  }
+}
+
+void HtmlCleaner::putStart(const HtmlToken& tag) {
+  if (tag.name == "img" || tag.name == "image") return putImage(tag);
+  const bool isBody = tag.name == "body";
+  if (!isBody && !IsAmong(tag.name, kKeptElements)) return;
+  out_.put("<").put(isBody ? std::string_view("div") : std::string_view(tag.name));
+  putAttributes(tag);
+  if (tag.name == "a" || tag.name == "area") putLink(tag);
+  putBackground(tag);
+  out_.put(">");
+}
+
+void HtmlCleaner::putAttributes(const HtmlToken& tag) {
+  std::bitset<std::size(kKeptAttributes)> seen;
+  for (const HtmlAttribute& attribute : tag.attributes) {
+    const auto* const at =
+        std::lower_bound(std::begin(kKeptAttributes), std::end(kKeptAttributes), attribute.name);
+    if (at == std::end(kKeptAttributes) || *at != attribute.name) continue;
+    const auto place = static_cast<size_t>(at - std::begin(kKeptAttributes));
+    if (seen[place]) continue;
+    seen[place] = true;
+    // The page's own names are not the mail's.
+    const bool isName = attribute.name == "class" || attribute.name == "id";
+    if (isName && ContainsNoCase(DecodedValue(attribute.value), "tarn-")) continue;
+    out_.put(" ").put(attribute.name).put("=\"").put(QuotedValue(attribute.value)).put("\"");
+  }
+}
+
+void HtmlCleaner::putLink(const HtmlToken& tag) {
+  const std::string_view* const href = tag.attribute("href");
+  if (href == nullptr) return;
+  const std::string address = DecodedValue(*href);
+  const std::string kept = KeptAddress(address);
+  if (kept.starts_with('#')) {
+    out_.put(" href=\"").put(EscapedHtml(kept)).put("\"");
+    return;
+  }
+  constexpr std::string_view kElsewhere = "\" rel=\"noopener noreferrer\" target=\"_blank\"";
+  if (!kept.empty()) {
+    out_.put(" href=\"").put(EscapedHtml(kept)).put(kElsewhere);
+    return;
+  }
+  const std::optional<size_t> attachment = images_.find(Trimmed(address));
+  if (attachment && *attachment < paths_.size() && !paths_[*attachment].empty()) {
+    out_.put(" href=\"").put(UrlOfPath(paths_[*attachment])).put(kElsewhere);
+  }
+}
+
+// The picture behind a table or the whole mail.
+void HtmlCleaner::putBackground(const HtmlToken& tag) {
+  const std::string_view* const value = tag.attribute("background");
+  if (value == nullptr) return;
+  const std::optional<size_t> index = images_.find(Trimmed(DecodedValue(*value)));
+  const std::optional<MailImage> image = index ? images_.load(*index) : std::nullopt;
+  if (!image) return;
+  out_.put(" background=\"");
+  PutDataUrl(*image, out_);
+  out_.put("\"");
+}
+
+void HtmlCleaner::putImage(const HtmlToken& tag) {
+  const std::string_view* const source = tag.attribute("src");
+  const std::string decoded = source == nullptr ? std::string() : DecodedValue(*source);
+  const std::string_view address = Trimmed(decoded);
+  const bool isData = IsDataImage(address);
+  const std::optional<size_t> index = isData ? std::nullopt : images_.find(address);
+  const std::optional<MailImage> image = index ? images_.load(*index) : std::nullopt;
+  if (!isData && !image) return putImageMark(tag);
+  out_.put("<img");
+  putAttributes(tag);
+  out_.put(" src=\"");
+  if (image) {
+    PutDataUrl(*image, out_);
+  } else {
+    out_.put(EscapedHtml(address));
+  }
+  out_.put("\">");
+}
+
+void HtmlCleaner::putImageMark(const HtmlToken& tag) {
+  if (IsDot(tag)) return;
+  const std::string_view* const alt = tag.attribute("alt");
+  const std::string text = alt == nullptr ? std::string() : DecodedValue(*alt);
+  out_.put("<span class=\"tarn-image\">[image");
+  const std::string_view shown = Trimmed(text);
+  if (!shown.empty()) out_.put(": ").put(EscapedHtml(shown));
+  out_.put("]</span>");
+}
+
+void HtmlCleaner::putRawText(const HtmlToken& raw) {
+  if (raw.name == "style") return putStyle(raw.text);
+  const bool isShown = raw.name == "textarea" || raw.name == "xmp" || raw.name == "plaintext";
+  if (isShown) out_.put("<pre>").put(EscapedHtml(raw.text)).put("</pre>");
+}
+
+// A "<" that begins no tag would begin one after what follows it is gone.
+void HtmlCleaner::putText(std::string_view text) {
+  if (text.find_first_of(std::string_view("<\0", 2)) == text.npos) {
+    out_.put(text);
+    return;
+  }
+  std::string escaped;
+  for (const char c : text) {
+    if (c == '<') {
+      escaped += "&lt;";
+    } else if (c != '\0') {
+      escaped += c;
+    }
+  }
+  out_.put(escaped);
+}
+
+// The text of a style holds no end tag of it, so it can hold nothing but a style.
+void HtmlCleaner::putStyle(std::string_view css) {
+  if (IsAboutThePage(css)) return;
+  out_.put("<style>").put(css).put("</style>\n");
+}
+
+}  // namespace tarn::archive

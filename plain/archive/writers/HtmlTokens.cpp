@@ -1,0 +1,263 @@
+#include "archive/writers/HtmlTokens.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "Platform/Utf8.h"
+
+namespace tarn::archive {
+namespace {
+
+constexpr std::string_view kSpace = " \t\r\n\f";
+
+// Elements whose content has no tags but their own end.
+constexpr std::string_view kRawElements[] = {
+    "iframe", "noembed", "noframes", "plaintext", "script", "style", "textarea", "title", "xmp"};
+
+bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+bool IsSpace(char c) { return kSpace.find(c) != kSpace.npos; }
+char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
+
+std::string Lowered(std::string_view text) {
+  std::string lowered(text);
+  std::transform(lowered.begin(), lowered.end(), lowered.begin(), Lower);
+  return lowered;
+}
+
+void AppendCodePoint(uint32_t number, std::string& text) {
+  const bool isCharacter = number != 0 && number <= 0x10FFFF && (number & 0xFFFFF800) != 0xD800;
+  std::array<char, 4> bytes;
+  text.append(bytes.data(), platform::WriteCharacter(
+                                isCharacter ? number : platform::kReplacementCharacter, bytes));
+}
+
+struct NamedCharacter {
+  std::string_view name;
+  std::string_view text;
+};
+
+constexpr NamedCharacter kNames[] = {
+    {"AMP", "&"},    {"GT", ">"},          {"LT", "<"},     {"NewLine", "\n"}, {"QUOT", "\""},
+    {"Tab", "\t"},   {"amp", "&"},         {"apos", "'"},   {"bsol", "\\"},    {"colon", ":"},
+    {"commat", "@"}, {"equals", "="},      {"gt", ">"},     {"lpar", "("},     {"lt", "<"},
+    {"num", "#"},    {"nbsp", "\xC2\xA0"}, {"percnt", "%"}, {"period", "."},   {"plus", "+"},
+    {"quest", "?"},  {"quot", "\""},       {"rpar", ")"},   {"semi", ";"},     {"sol", "/"}};
+
+CharacterReference NumberedReference(std::string_view text) {
+  const bool isHex = text.size() > 2 && Lower(text[2]) == 'x';
+  size_t at = isHex ? 3 : 2;
+  const size_t start = at;
+  uint32_t number = 0;
+  for (; at < text.size(); ++at) {
+    const char c = Lower(text[at]);
+    const bool isDigit = c >= '0' && c <= '9';
+    if (!isDigit && !(isHex && c >= 'a' && c <= 'f')) break;
+    const auto digit = static_cast<uint32_t>(isDigit ? c - '0' : c - 'a' + 10);
+    number = std::min<uint32_t>(number * (isHex ? 16 : 10) + digit, 0x110000);
+  }
+  if (at == start) return {};
+  if (at < text.size() && text[at] == ';') ++at;
+  CharacterReference reference{at, {}};
+  AppendCodePoint(number, reference.text);
+  return reference;
+}
+
+}  // namespace
+
+const std::string_view* HtmlToken::attribute(std::string_view wanted) const {
+  for (const HtmlAttribute& attribute : attributes) {
+    if (attribute.name == wanted) return &attribute.value;
+  }
+  return nullptr;
+}
+
+const HtmlToken& HtmlTokens::next() {
+  token_.attributes.clear();
+  token_.text = {};
+  if (!rawElement_.empty()) {
+    takeRawText();
+    if (!token_.text.empty()) return token_;
+  }
+  while (!rest_.empty()) {
+    if (rest_[0] == '<' && takeMarkup()) {
+      if (token_.kind == HtmlTokenKind::End) continue;
+      return token_;
+    }
+    // What looks like markup and is none is text.
+    const size_t end = std::min(rest_.find('<', 1), rest_.size());
+    token_.kind = HtmlTokenKind::Text;
+    token_.text = rest_.substr(0, end);
+    rest_.remove_prefix(end);
+    return token_;
+  }
+  token_.kind = HtmlTokenKind::End;
+  return token_;
+}
+
+// Whether there is markup. It is passed over where the token is of kind End.
+bool HtmlTokens::takeMarkup() {
+  if (rest_.size() < 2) return false;
+  token_.kind = HtmlTokenKind::End;
+  const char second = rest_[1];
+  if (IsLetter(second)) return takeTag();
+  if (second == '/') {
+    if (rest_.size() < 3) return false;
+    if (IsLetter(rest_[2])) return takeTag();
+    skipTo('>');
+    return true;
+  }
+  if (second == '!') {
+    if (rest_.starts_with("<!--")) {
+      skipComment();
+    } else {
+      skipTo('>');
+    }
+    return true;
+  }
+  if (second == '?') {
+    skipTo('>');
+    return true;
+  }
+  return false;
+}
+
+// A tag that the text ends in is none at all.
+bool HtmlTokens::takeTag() {
+  const bool isEnd = rest_[1] == '/';
+  rest_.remove_prefix(isEnd ? 2 : 1);
+  const size_t end = std::min(rest_.find_first_of(" \t\r\n\f/>"), rest_.size());
+  token_.name = Lowered(rest_.substr(0, end));
+  rest_.remove_prefix(end);
+  while (takeAttribute()) {
+  }
+  if (rest_.empty()) return true;
+  rest_.remove_prefix(1);
+  token_.kind = isEnd ? HtmlTokenKind::EndTag : HtmlTokenKind::StartTag;
+  const bool isRaw = std::find(std::begin(kRawElements), std::end(kRawElements), token_.name) !=
+                     std::end(kRawElements);
+  if (!isEnd && isRaw) rawElement_ = token_.name;
+  return true;
+}
+
+// False at the end of the tag, or of the text.
+bool HtmlTokens::takeAttribute() {
+  rest_.remove_prefix(std::min(rest_.find_first_not_of(" \t\r\n\f/"), rest_.size()));
+  if (rest_.empty() || rest_[0] == '>') return false;
+  size_t end = std::min(rest_.find_first_of(" \t\r\n\f/>=", 1), rest_.size());
+  HtmlAttribute& attribute = token_.attributes.emplace_back();
+  attribute.name = Lowered(rest_.substr(0, end));
+  rest_.remove_prefix(end);
+  const size_t sign = rest_.find_first_not_of(kSpace);
+  if (sign == rest_.npos || rest_[sign] != '=') return true;
+  rest_.remove_prefix(sign + 1);
+  rest_.remove_prefix(std::min(rest_.find_first_not_of(kSpace), rest_.size()));
+  if (rest_.empty() || rest_[0] == '>') return true;
+  if (rest_[0] == '"' || rest_[0] == '\'') {
+    const char quote = rest_[0];
+    rest_.remove_prefix(1);
+    end = std::min(rest_.find(quote), rest_.size());
+    attribute.value = rest_.substr(0, end);
+    rest_.remove_prefix(std::min(end + 1, rest_.size()));
+  } else {
+    end = std::min(rest_.find_first_of(" \t\r\n\f>"), rest_.size());
+    attribute.value = rest_.substr(0, end);
+    rest_.remove_prefix(end);
+  }
+  return true;
+}
+
+void HtmlTokens::takeRawText() {
+  const std::string name = std::exchange(rawElement_, {});
+  size_t end = 0;
+  for (;; ++end) {
+    end = name == "plaintext" ? rest_.npos : rest_.find("</", end);
+    if (end == rest_.npos) break;
+    const std::string_view found = rest_.substr(end + 2, name.size());
+    const size_t after = end + 2 + name.size();
+    const bool isWhole = after < rest_.size() &&
+                         (IsSpace(rest_[after]) || rest_[after] == '/' || rest_[after] == '>');
+    if (isWhole && Lowered(found) == name) break;
+  }
+  end = std::min(end, rest_.size());
+  token_.kind = HtmlTokenKind::RawText;
+  token_.name = name;
+  token_.text = rest_.substr(0, end);
+  rest_.remove_prefix(end);
+}
+
+// "-->", "--!>", and ">" or "->" at once, end a comment; else the text's end does.
+void HtmlTokens::skipComment() {
+  rest_.remove_prefix(4);
+  if (rest_.starts_with(">") || rest_.starts_with("->")) return skipTo('>');
+  for (size_t at = 0; (at = rest_.find("--", at)) != rest_.npos; ++at) {
+    const std::string_view end = rest_.substr(at + 2, 2);
+    if (!end.starts_with(">") && end != "!>") continue;
+    rest_.remove_prefix(at + 2);
+    return skipTo('>');
+  }
+  rest_ = {};
+}
+
+void HtmlTokens::skipTo(char end) {
+  const size_t at = rest_.find(end);
+  rest_.remove_prefix(at == rest_.npos ? rest_.size() : at + 1);
+}
+
+CharacterReference ReferenceAt(std::string_view text) {
+  if (text.size() < 3 || text[0] != '&') return {};
+  if (text[1] == '#') return NumberedReference(text);
+  constexpr size_t kLongestName = 8;
+  size_t end = 1;
+  while (end < text.size() && end <= kLongestName && IsLetter(text[end])) ++end;
+  const bool isClosed = end < text.size() && text[end] == ';';
+  for (const NamedCharacter& known : kNames) {
+    if (known.name == text.substr(1, end - 1)) {
+      return {end + (isClosed ? 1 : 0), std::string(known.text)};
+    }
+  }
+  return {};
+}
+
+std::string DecodedValue(std::string_view value) {
+  std::string decoded;
+  while (!value.empty()) {
+    const size_t plain = std::min(value.find('&'), value.size());
+    decoded += value.substr(0, plain);
+    value.remove_prefix(plain);
+    if (value.empty()) break;
+    const CharacterReference reference = ReferenceAt(value);
+    decoded += reference.size == 0 ? std::string_view("&") : std::string_view(reference.text);
+    value.remove_prefix(std::max<size_t>(reference.size, 1));
+  }
+  return decoded;
+}
+
+std::string EscapedHtml(std::string_view text) {
+  std::string escaped;
+  escaped.reserve(text.size() + text.size() / 8);
+  for (const char c : text) {
+    switch (c) {
+      case '&':
+        escaped += "&amp;";
+        break;
+      case '<':
+        escaped += "&lt;";
+        break;
+      case '>':
+        escaped += "&gt;";
+        break;
+      case '"':
+        escaped += "&quot;";
+        break;
+      case '\'':
+        escaped += "&#39;";
+        break;
+      default:
+        escaped += c;
+    }
+  }
+  return escaped;
+}
+
+}  // namespace tarn::archive

@@ -1,0 +1,108 @@
+#include "archive/writers/MailImages.h"
+
+#include <algorithm>
+
+#include "archive/writers/ItemText.h"
+
+namespace tarn::archive {
+namespace {
+
+std::string Lowered(std::string_view text) {
+  std::string lowered(text);
+  std::transform(lowered.begin(), lowered.end(), lowered.begin(),
+                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
+  return lowered;
+}
+
+int DigitOf(char c) {
+  if (c >= '0' && c <= '9') return c - '0';
+  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+  return -1;
+}
+
+std::string WithoutPercents(std::string_view text) {
+  std::string plain;
+  for (size_t at = 0; at < text.size(); ++at) {
+    const int high = at + 2 < text.size() ? DigitOf(text[at + 1]) : -1;
+    const int low = high < 0 ? -1 : DigitOf(text[at + 2]);
+    if (text[at] != '%' || low < 0) {
+      plain += text[at];
+      continue;
+    }
+    plain += static_cast<char>(high * 16 + low);
+    at += 2;
+  }
+  return plain;
+}
+
+}  // namespace
+
+std::string_view ImageTypeOf(std::string_view bytes) {
+  using namespace std::string_view_literals;
+  if (bytes.starts_with("\x89PNG\r\n\x1A\n")) return "image/png";
+  if (bytes.starts_with("\xFF\xD8\xFF")) return "image/jpeg";
+  if (bytes.starts_with("GIF87a") || bytes.starts_with("GIF89a")) return "image/gif";
+  if (bytes.starts_with("RIFF") &&
+      bytes.substr(std::min<size_t>(8, bytes.size())).starts_with("WEBP")) {
+    return "image/webp";
+  }
+  if (bytes.starts_with("BM") && bytes.size() > 26 && bytes.substr(6, 4) == "\0\0\0\0"sv) {
+    return "image/bmp";
+  }
+  if (bytes.starts_with("\0\0\1\0"sv) && bytes.size() > 22) return "image/x-icon";
+  return {};
+}
+
+MailImages::MailImages(Item& item, std::vector<Trouble>& lost) : item_(item), lost_(lost) {
+  const std::vector<Attachment>& attachments = item.attachments();
+  for (size_t index = 0; index < attachments.size(); ++index) {
+    const Attachment& attachment = attachments[index];
+    if (!attachment.contentId.empty()) ids_.emplace(Lowered(attachment.contentId), index);
+    if (!attachment.contentLocation.empty()) places_.emplace(attachment.contentLocation, index);
+    if (!attachment.name.empty()) places_.emplace(attachment.name, index);
+  }
+}
+
+std::optional<size_t> MailImages::find(std::string_view address) const {
+  const auto at = places_.find(address);
+  if (at != places_.end()) return at->second;
+  if (address.size() < 4 || Lowered(address.substr(0, 4)) != "cid:") return std::nullopt;
+  const std::string id = Lowered(address.substr(4));
+  for (const std::string& spelling : {id, WithoutPercents(id)}) {
+    const auto found = ids_.find(spelling);
+    if (found != ids_.end()) return found->second;
+  }
+  return std::nullopt;
+}
+
+std::optional<MailImage> MailImages::load(size_t index) {
+  const Attachment& attachment = item_.attachments()[index];
+  if (attachment.kind != AttachmentKind::Data || attachment.trouble || failed_.contains(index)) {
+    return std::nullopt;
+  }
+  const size_t limit = std::min(kLargestImage, room_);
+  if (attachment.size && *attachment.size > limit) return std::nullopt;
+  const auto fail = [&](const Trouble& trouble) {
+    failed_.insert(index);
+    if (trouble.kind == TroubleKind::TooLarge) return std::nullopt;
+    lost_.push_back({trouble.kind, "the picture " + AttachmentTitle(attachment, index) +
+                                       " is not shown: " + trouble.reason});
+    return std::nullopt;
+  };
+  const Outcome<std::unique_ptr<ByteSource>> source = item_.open(index);
+  if (!source) return fail(source.trouble());
+  Outcome<std::string> bytes = ReadAll(**source, limit);
+  if (!bytes) return fail(bytes.trouble());
+  const std::string_view type = ImageTypeOf(*bytes);
+  if (type.empty()) return std::nullopt;
+  room_ -= bytes->size();
+  return MailImage{type, std::move(*bytes)};
+}
+
+void PutDataUrl(const MailImage& image, SinkBuffer& out) {
+  out.put("data:").put(image.type).put(";base64,");
+  PutBase64(image.bytes, Base64Lines::None, out);
+}
+
+}  // namespace tarn::archive

@@ -1,0 +1,99 @@
+#include "archive/writers/HtmlTokens.h"
+
+#include <gtest/gtest.h>
+
+namespace tarn::archive {
+namespace {
+
+// "<a x=1>", "</a>", text as it is, raw text in braces; a bar after each token.
+std::string Cut(std::string_view html) {
+  std::string cut;
+  HtmlTokens tokens(html);
+  for (;;) {
+    const HtmlToken& token = tokens.next();
+    switch (token.kind) {
+      case HtmlTokenKind::End:
+        return cut;
+      case HtmlTokenKind::Text:
+        cut += token.text;
+        break;
+      case HtmlTokenKind::RawText:
+        cut += "{" + std::string(token.text) + "}";
+        break;
+      case HtmlTokenKind::StartTag:
+        cut += "<" + token.name;
+        for (const HtmlAttribute& attribute : token.attributes) {
+          cut += " " + attribute.name + "=" + std::string(attribute.value);
+        }
+        cut += ">";
+        break;
+      case HtmlTokenKind::EndTag:
+        cut += "</" + token.name + ">";
+    }
+    cut += "|";
+  }
+}
+
+TEST(HtmlTokensTest, CutsTextAndTags) {
+  EXPECT_EQ(Cut("a<B>c</B >d"), "a|<b>|c|</b>|d|");
+  EXPECT_EQ(Cut(""), "");
+}
+
+TEST(HtmlTokensTest, ReadsAttributes) {
+  EXPECT_EQ(Cut("<a HREF='x\">' b=\"y'\" c=z/ d e = f g=>"), "<a href=x\"> b=y' c=z/ d= e=f g=>|");
+  EXPECT_EQ(Cut("<a/b/c=1/>"), "<a b= c=1/>|");
+  EXPECT_EQ(Cut("<a =b=c \"d\">"), "<a =b=c \"d\"=>|");
+}
+
+TEST(HtmlTokensTest, DropsTagsThatTheTextEndsIn) {
+  EXPECT_EQ(Cut("a<b"), "a|");
+  EXPECT_EQ(Cut("a<b c='d>"), "a|");
+  EXPECT_EQ(Cut("a<b c="), "a|");
+  EXPECT_EQ(Cut("a</b "), "a|");
+}
+
+TEST(HtmlTokensTest, TakesWhatIsNoMarkupAsText) {
+  EXPECT_EQ(Cut("1 < 2 <3 <"), "1 |< 2 |<3 |<|");
+  EXPECT_EQ(Cut("a</"), "a|</|");
+}
+
+TEST(HtmlTokensTest, PassesOverComments) {
+  EXPECT_EQ(Cut("a<!-- <b> -- > -->c"), "a|c|");
+  EXPECT_EQ(Cut("a<!-->b<!--->c<!----!>d<!--x--!>e"), "a|b|c|d|e|");
+  EXPECT_EQ(Cut("a<!-- b"), "a|");
+  EXPECT_EQ(Cut("<!--[if mso]><b><![endif]-->c<![if !mso]>d<![endif]>"), "c|d|");
+}
+
+TEST(HtmlTokensTest, PassesOverDeclarations) {
+  EXPECT_EQ(Cut("<!DOCTYPE html><?xml a?>b</3>c<!d"), "b|c|");
+}
+
+TEST(HtmlTokensTest, TakesRawTextUpToItsEndTag) {
+  EXPECT_EQ(Cut("<script>a<b></scripty></b></SCRIPT >c"),
+            "<script>|{a<b></scripty></b>}|</script>|c|");
+  EXPECT_EQ(Cut("<style></style>a"), "<style>|</style>|a|");
+  EXPECT_EQ(Cut("<title>a</b"), "<title>|{a</b}|");
+  EXPECT_EQ(Cut("<plaintext>a</plaintext>"), "<plaintext>|{a</plaintext>}|");
+  EXPECT_EQ(Cut("<xmp>a</xmp"), "<xmp>|{a</xmp}|");
+}
+
+TEST(HtmlTokensTest, FindsTheFirstAttributeOfAName) {
+  HtmlTokens tokens("<a b=1 b=2>");
+  const HtmlToken& tag = tokens.next();
+  ASSERT_NE(tag.attribute("b"), nullptr);
+  EXPECT_EQ(*tag.attribute("b"), "1");
+  EXPECT_EQ(tag.attribute("c"), nullptr);
+}
+
+TEST(HtmlTokensTest, DecodesReferences) {
+  EXPECT_EQ(DecodedValue("a&amp;b&lt&gt;&quot;&colon;&#65;&#x42;&#X43&Tab;"), "a&b<>\":ABC\t");
+  EXPECT_EQ(DecodedValue("&unknown;&&#;&#x;&#xD800;&#0;&#99999999999;&"),
+            "&unknown;&&#;&#x;\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD&");
+}
+
+TEST(HtmlTokensTest, EscapesText) {
+  EXPECT_EQ(EscapedHtml("a<b>&\"'"), "a&lt;b&gt;&amp;&quot;&#39;");
+}
+
+}  // namespace
+}  // namespace tarn::archive
