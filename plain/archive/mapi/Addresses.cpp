@@ -51,6 +51,13 @@ bool IsInternetAddress(std::string_view address) {
   return at != address.npos && at != 0 && address.front() != '/';
 }
 
+std::string AddressInName(std::string_view name) {
+  const bool isQuoted = name.size() > 2 && name.front() == '\'' && name.back() == '\'';
+  if (isQuoted) name = name.substr(1, name.size() - 2);
+  const bool isOne = IsInternetAddress(name) && name.find_first_of(" \t,;<>\"") == name.npos;
+  return isOne ? std::string(name) : std::string();
+}
+
 Address ReadAddress(PropertyValues& values, const AddressTags& tags) {
   Address person;
   person.name = values.firstText({tags.name});
@@ -65,6 +72,7 @@ Address ReadAddress(PropertyValues& values, const AddressTags& tags) {
     if (!found.empty()) own = found;
   }
   if (!own.empty()) person.address = std::move(own);
+  if (person.address.empty()) person.address = AddressInName(person.name);
   return person;
 }
 

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include "archive/mapi/PropertyValues.h"
@@ -22,8 +23,12 @@ struct AddressTags {
 
 // The address is one of internet mail wherever a property tells such a one: the SMTP address, the
 // address of a person of type SMTP, the one in a one-off entry id (MS-OXCDATA 2.2.5.1). Else it is
-// what the message has, of whatever system.
+// what the message has, of whatever system; without any, a name that is an address is it.
 Address ReadAddress(PropertyValues& values, const AddressTags& tags);
+
+// The address that a name is; empty for names that are none. Many programs know no more of a person
+// than the address, and put it, perhaps quoted, where the name is.
+std::string AddressInName(std::string_view name);
 
 bool IsInternetAddress(std::string_view address);
 

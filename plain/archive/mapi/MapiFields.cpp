@@ -109,8 +109,7 @@ std::vector<Address> ListedNames(PropertyValues& values, uint16_t id) {
     while (!name.empty() && name.front() == ' ') name.remove_prefix(1);
     while (!name.empty() && name.back() == ' ') name.remove_suffix(1);
     if (name.empty()) continue;
-    const bool isAddress = IsInternetAddress(name) && name.find(' ') == name.npos;
-    people.push_back({std::string(name), isAddress ? std::string(name) : std::string()});
+    people.push_back({std::string(name), AddressInName(name)});
   }
   return people;
 }

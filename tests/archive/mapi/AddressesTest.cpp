@@ -76,6 +76,19 @@ TEST(AddressesTest, KeepsTheAddressOfAnotherSystemWhereThereIsNoOther) {
   EXPECT_EQ(Read(misplaced), (Address{"", "/o=x/cn=ann"}));
 }
 
+TEST(AddressesTest, TakesAnAddressThatIsTheName) {
+  EXPECT_EQ(AddressInName("ann@example.com"), "ann@example.com");
+  EXPECT_EQ(AddressInName("'ann@example.com'"), "ann@example.com");
+  for (const char* name : {"", "Ann", "Ann ann@example.com", "@", "'", "<ann@example.com>"}) {
+    EXPECT_EQ(AddressInName(name), "") << name;
+  }
+  FakeProperties person;
+  person.text(1, u"ann@example.com");
+  EXPECT_EQ(Read(person), (Address{"ann@example.com", "ann@example.com"}));
+  person.text(2, u"EX").text(3, u"/o=x/cn=ann");
+  EXPECT_EQ(Read(person), (Address{"ann@example.com", "/o=x/cn=ann"}));
+}
+
 TEST(AddressesTest, TellsPeopleApart) {
   EXPECT_TRUE(IsSamePerson({"Ann", "ann@x"}, {"A.", "ANN@X"}));
   EXPECT_FALSE(IsSamePerson({"Ann", "ann@x"}, {"Ann", "ann@y"}));
