@@ -1,0 +1,45 @@
+// HeaderFields.h - what the headers of mails and of their parts say, decoded.
+#ifndef TARN_ARCHIVE_HEADERFIELDS_H
+#define TARN_ARCHIVE_HEADERFIELDS_H
+
+#include <gmime/gmime.h>
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "archive/model/Item.h"
+
+namespace tarn::archive::mail {
+
+// UTF-8 of what GMime gives: empty for null. Line breaks are gone, and bytes in no charset that is
+// told are UTF-8 where valid, else Windows-1252.
+std::string TextOf(const char* text);
+
+// The value of the first header of a name, as it came (unfolded by nobody); null without one.
+const char* RawHeader(GMimeObject* object, const char* name);
+
+// The same, unfolded and with its encoded words decoded (RFC 2047).
+std::string DecodedHeader(GMimeObject* object, const char* name);
+
+// The addresses of all headers of a name, members of groups among them. A group without members is
+// a name without address, as "undisclosed-recipients"; so is what has no address in it.
+std::vector<Address> AddressesOf(GMimeObject* object, const char* name);
+
+// The headers of a mail: everything but class, size and attachments.
+void ReadHeadline(GMimeMessage* message, ItemFields& fields);
+void ReadEnvelope(GMimeMessage* message, ItemFields& fields);
+
+// Lower case. Text where the part says nothing that can be read (RFC 2045 5.2).
+std::string MediaTypeOf(GMimeObject* part);
+
+// A parameter of the Content-Type; empty without it.
+std::string ParameterOf(GMimeObject* part, const char* name);
+
+// What a part is named, by its Content-Disposition, else by its Content-Type.
+std::string FileNameOf(GMimeObject* part);
+
+}  // namespace tarn::archive::mail
+
+#endif

@@ -1,0 +1,181 @@
+#include "archive/mail/MailItem.h"
+
+#include <string>
+#include <utility>
+
+#include "archive/mail/AsciiText.h"
+#include "archive/mail/HeaderFields.h"
+#include "archive/mail/MailAttachments.h"
+#include "archive/mail/MailBodies.h"
+#include "archive/mail/MailLayout.h"
+#include "archive/mail/ParseMail.h"
+#include "archive/text/BodyText.h"
+
+namespace tarn::archive::mail {
+namespace {
+
+// Larger files in UTF-16 are not read.
+constexpr size_t kLargestUtf16 = size_t{64} << 20;
+// A header section is no larger where the mail was parsed at all.
+constexpr size_t kLargestHeaders = size_t{16} << 20;
+
+class MailItem final : public Item {
+ public:
+  explicit MailItem(MailSource source) : source_(std::move(source)) {}
+
+  const ItemPlace& place() const override { return source_.place; }
+  const ItemFields& fields(Detail detail) override;
+  Bodies bodies() override;
+  Outcome<std::string> originalHeaders() override;
+  const std::vector<Attachment>& attachments() override;
+  Outcome<std::unique_ptr<ByteSource>> open(size_t index) override;
+  Outcome<std::unique_ptr<Item>> embedded(size_t index) override;
+  Outcome<std::unique_ptr<ByteSource>> original() override { return SourceOf(source_.bytes); }
+  const std::vector<Trouble>& troubles() const override { return troubles_; }
+
+ private:
+  void parse();
+  // Null, with a trouble, for one that cannot be had.
+  const AttachmentSource* sourceOf(size_t index, Trouble& trouble);
+
+  MailSource source_;
+  std::optional<ParsedMail> mail_;
+  MailLayout layout_;
+  bool isHeadlineRead_ = false;
+  bool isEnvelopeRead_ = false;
+  ItemFields fields_;
+  std::optional<MailAttachments> attachments_;
+  std::vector<Trouble> troubles_;
+};
+
+// A mail that is one piece of a longer one is whole as what it is.
+std::optional<Trouble> PieceOfMail(GMimeMessage* message) {
+  GMimeObject* root = g_mime_message_get_mime_part(message);
+  if (root == nullptr || !GMIME_IS_MESSAGE_PARTIAL(root)) return std::nullopt;
+  auto* partial = GMIME_MESSAGE_PARTIAL(root);
+  const int total = g_mime_message_partial_get_total(partial);
+  std::string reason = "the mail is piece " +
+                       std::to_string(g_mime_message_partial_get_number(partial)) +
+                       (total > 0 ? " of " + std::to_string(total) : "") + " of a longer one";
+  return Trouble{TroubleKind::Unsupported, std::move(reason)};
+}
+
+void MailItem::parse() {
+  if (mail_) return;
+  mail_ = ParseMail(source_.bytes);
+  layout_ = LayOut(mail_->message.get(), mail_->sawUuencode);
+  troubles_ = source_.troubles;
+  troubles_.insert(troubles_.end(), mail_->troubles.begin(), mail_->troubles.end());
+  if (const auto piece = PieceOfMail(mail_->message.get())) troubles_.push_back(*piece);
+}
+
+const ItemFields& MailItem::fields(Detail detail) {
+  parse();
+  if (!isHeadlineRead_) {
+    isHeadlineRead_ = true;
+    ReadHeadline(mail_->message.get(), fields_);
+    if (!fields_.received) fields_.received = source_.received;
+    fields_.messageClass = ClassOf(mail_->message.get(), layout_);
+    fields_.size = source_.bytes->size();
+    fields_.attachmentCount = attachments_ ? attachments_->list.size() : CountAttachments(layout_);
+    fields_.hasAttachments = fields_.attachmentCount != 0;
+  }
+  if (detail == Detail::Envelope && !isEnvelopeRead_) {
+    isEnvelopeRead_ = true;
+    ReadEnvelope(mail_->message.get(), fields_);
+  }
+  return fields_;
+}
+
+Bodies MailItem::bodies() {
+  parse();
+  return BodiesOf(layout_, mail_->sawUuencode);
+}
+
+Outcome<std::string> MailItem::originalHeaders() {
+  const Outcome<std::string> start = ReadRange(*source_.bytes, 0, 1024);
+  if (!start) return start.trouble();
+  if (!IsHeaderLine(std::string_view(*start).substr(0, start->find('\n')))) return std::string();
+  const Outcome<HeaderSection> headers = FindHeaders(*source_.bytes, 0);
+  if (!headers) return headers.trouble();
+  if (headers->end > kLargestHeaders) {
+    return Trouble{TroubleKind::TooLarge, "the headers are larger than what is read of them"};
+  }
+  return ReadRange(*source_.bytes, 0, static_cast<size_t>(headers->end));
+}
+
+const std::vector<Attachment>& MailItem::attachments() {
+  parse();
+  if (!attachments_) attachments_ = ReadAttachments(*source_.bytes, layout_);
+  return attachments_->list;
+}
+
+const AttachmentSource* MailItem::sourceOf(size_t index, Trouble& trouble) {
+  const std::vector<Attachment>& list = attachments();
+  if (index >= list.size()) {
+    trouble = {TroubleKind::Missing, "there is no such attachment"};
+    return nullptr;
+  }
+  if (list[index].trouble) {
+    trouble = *list[index].trouble;
+    return nullptr;
+  }
+  return &attachments_->sources[index];
+}
+
+Outcome<std::unique_ptr<ByteSource>> MailItem::open(size_t index) {
+  Trouble trouble;
+  const AttachmentSource* source = sourceOf(index, trouble);
+  if (source == nullptr) return trouble;
+  return OpenAttachment(source_.bytes, *source);
+}
+
+Outcome<std::unique_ptr<Item>> MailItem::embedded(size_t index) {
+  Trouble trouble;
+  const AttachmentSource* source = sourceOf(index, trouble);
+  if (source == nullptr) return trouble;
+  if (attachments_->list[index].kind != AttachmentKind::Item) {
+    return Trouble{TroubleKind::Missing, "the attachment is no mail"};
+  }
+  if (source_.depth >= kDeepestItem) {
+    return Trouble{TroubleKind::TooDeep, "mails within mails beyond what is read"};
+  }
+  Outcome<SharedBytes> bytes = BytesOfEmbedded(source_.bytes, *source->laid);
+  if (!bytes) return bytes.trouble();
+  ItemPlace place{source_.place.id + "/" + std::to_string(index + 1), source_.place.id,
+                  source_.place.folder};
+  Outcome<MailSource> embedded = MailSourceOfFile(std::move(*bytes), std::move(place));
+  if (!embedded) return embedded.trouble();
+  embedded->depth = source_.depth + 1;
+  return MakeMailItem(std::move(*embedded));
+}
+
+}  // namespace
+
+std::unique_ptr<Item> MakeMailItem(MailSource source) {
+  return std::make_unique<MailItem>(std::move(source));
+}
+
+Outcome<SharedBytes> WithoutUtf16(SharedBytes bytes) {
+  const Outcome<std::string> mark = ReadRange(*bytes, 0, 2);
+  if (!mark) return mark.trouble();
+  if (*mark != "\xFF\xFE" && *mark != "\xFE\xFF") return bytes;
+  const Outcome<std::string> all = ReadAll(*SourceOf(bytes), kLargestUtf16);
+  if (!all) return all.trouble();
+  return BytesInMemory(Utf8Of(*all, "utf-16"));
+}
+
+Outcome<MailSource> MailSourceOfFile(SharedBytes file, ItemPlace place) {
+  Outcome<SharedBytes> text = WithoutUtf16(std::move(file));
+  if (!text) return text.trouble();
+  SharedBytes bytes = std::move(*text);
+  const Outcome<MailStart> start = FindMailStart(*bytes);
+  if (!start) return start.trouble();
+  if (start->offset != 0) {
+    const uint64_t size = bytes->size();
+    bytes = RangeOf(std::move(bytes), start->offset, size);
+  }
+  return MailSource{std::move(place), std::move(bytes), start->received, 0, {}};
+}
+
+}  // namespace tarn::archive::mail

@@ -1,0 +1,35 @@
+// MailItem.h - a mail as an Item.
+#ifndef TARN_ARCHIVE_MAILITEM_H
+#define TARN_ARCHIVE_MAILITEM_H
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "archive/mail/MailBytes.h"
+#include "archive/model/Item.h"
+
+namespace tarn::archive::mail {
+
+// Where the mail is, and what is known of it from outside.
+struct MailSource {
+  ItemPlace place;
+  SharedBytes bytes;               // all of the mail, without what an mbox adds
+  std::optional<Moment> received;  // where the mail itself does not tell
+  int depth = 0;                   // the items that it is embedded in
+  std::vector<Trouble> troubles;   // why not all of it is as it was
+};
+
+std::unique_ptr<Item> MakeMailItem(MailSource source);
+
+// The bytes in UTF-8 where a byte order mark says that they are UTF-16: TooLarge where they are too
+// many for memory. As they are otherwise.
+Outcome<SharedBytes> WithoutUtf16(SharedBytes bytes);
+
+// A file with one mail. Its start may be anything that FindMailStart passes over; UTF-16 is
+// converted.
+Outcome<MailSource> MailSourceOfFile(SharedBytes bytes, ItemPlace place);
+
+}  // namespace tarn::archive::mail
+
+#endif

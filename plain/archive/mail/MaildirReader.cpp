@@ -1,0 +1,163 @@
+#include <algorithm>
+#include <string>
+#include <system_error>
+#include <utility>
+
+#include "archive/mail/MailItem.h"
+#include "archive/mail/MailReaders.h"
+#include "archive/mail/MaildirNames.h"
+
+namespace tarn::archive {
+namespace {
+
+namespace fs = std::filesystem;
+using mail::FileNames;
+
+bool IsMaildir(const fs::path& path) {
+  std::error_code ignored;
+  return fs::is_directory(path / "cur", ignored) && fs::is_directory(path / "new", ignored);
+}
+
+// The folders of a Maildir that Maildir++ names, in the order of their bytes.
+Outcome<std::vector<std::string>> FoldersOf(const fs::path& path) {
+  std::vector<std::string> names;
+  std::error_code error;
+  fs::directory_iterator entry(path, error);
+  for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+    std::string name = entry->path().filename().string();
+    if (name.starts_with('.') && IsMaildir(entry->path())) names.push_back(std::move(name));
+  }
+  if (error) return Trouble{TroubleKind::Unreadable, error.message()};
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+// A folder of the Maildir: the files of "cur", then those of "new".
+struct Folder {
+  std::string name;  // as the file system has it; empty for the Maildir itself
+  std::shared_ptr<const std::vector<std::string>> path;
+  FileNames cur;
+  FileNames fresh;
+
+  size_t size() const { return cur.size() + fresh.size(); }
+  bool isFresh(size_t index) const { return index >= cur.size(); }
+
+  std::string_view at(size_t index) const {
+    return isFresh(index) ? fresh.at(index - cur.size()) : cur.at(index);
+  }
+
+  std::optional<size_t> firstOf(std::string_view uniquePart) const {
+    if (const auto index = cur.firstOf(uniquePart)) return index;
+    const auto index = fresh.firstOf(uniquePart);
+    if (!index) return std::nullopt;
+    return cur.size() + *index;
+  }
+
+  // Where several files have the same unique part, the later ones are told by their whole names.
+  std::string idOf(size_t index) const {
+    std::string id = name.empty() ? "" : name + ":";
+    const std::string_view file = at(index);
+    const std::string_view unique = mail::UniquePart(file);
+    if (firstOf(unique) == index) return id.append(unique);
+    return id.append(isFresh(index) ? "new:" : "cur:").append(file);
+  }
+};
+
+class MaildirReader final : public ItemReader {
+ public:
+  MaildirReader(fs::path path, std::vector<std::string> folders)
+      : path_(std::move(path)), folders_(std::move(folders)) {}
+
+  std::optional<Entry> next() override {
+    while (nextFolder_ <= folders_.size()) {
+      if (!isEntered_) return enter();
+      if (nextFile_ < folder_.size()) return entryOf(nextFile_++);
+      isEntered_ = false;
+      ++nextFolder_;
+    }
+    return std::nullopt;
+  }
+
+  Outcome<std::unique_ptr<Item>> find(std::string_view id) override {
+    const size_t colon = id.starts_with('.') ? id.find(':') : std::string_view::npos;
+    const std::string name(colon == std::string_view::npos ? "" : id.substr(0, colon));
+    const bool isFolder = std::binary_search(folders_.begin(), folders_.end(), name);
+    const Outcome<Folder> folder = open(isFolder ? name : "");
+    if (!folder) return folder.trouble();
+    for (size_t i = 0; i < folder->size(); ++i) {
+      if (folder->idOf(i) == id) return itemOf(*folder, i);
+    }
+    return Trouble{TroubleKind::Missing, "the Maildir has no such mail"};
+  }
+
+ private:
+  Outcome<Folder> open(std::string name) const {
+    Folder folder;
+    folder.path = std::make_shared<const std::vector<std::string>>(mail::FolderOfMaildirName(name));
+    Outcome<FileNames> cur = FileNames::of(path_ / name / "cur");
+    if (!cur) return cur.trouble();
+    Outcome<FileNames> fresh = FileNames::of(path_ / name / "new");
+    if (!fresh) return fresh.trouble();
+    folder.cur = std::move(*cur);
+    folder.fresh = std::move(*fresh);
+    folder.name = std::move(name);
+    return folder;
+  }
+
+  Entry enter() {
+    isEntered_ = true;
+    nextFile_ = 0;
+    const std::string name = nextFolder_ == 0 ? "" : folders_[nextFolder_ - 1];
+    Outcome<Folder> folder = open(name);
+    if (folder) {
+      folder_ = std::move(*folder);
+      return FolderStart{folder_.path, folder_.size()};
+    }
+    folder_ = {};
+    auto path = std::make_shared<const std::vector<std::string>>(mail::FolderOfMaildirName(name));
+    std::string reason = "the folder cannot be read: " + folder.trouble().reason;
+    return PlaceTrouble{{"", std::nullopt, std::move(path)},
+                        {folder.trouble().kind, std::move(reason)}};
+  }
+
+  static ItemPlace placeOf(const Folder& folder, size_t index) {
+    return {folder.idOf(index), std::nullopt, folder.path};
+  }
+
+  Outcome<std::unique_ptr<Item>> itemOf(const Folder& folder, size_t index) const {
+    const fs::path path = path_ / folder.name / (folder.isFresh(index) ? "new" : "cur") /
+                          std::string(folder.at(index));
+    Outcome<mail::SharedBytes> file = mail::OpenFile(path);
+    if (!file) return file.trouble();
+    Outcome<mail::MailSource> source =
+        mail::MailSourceOfFile(std::move(*file), placeOf(folder, index));
+    if (!source) return source.trouble();
+    return mail::MakeMailItem(std::move(*source));
+  }
+
+  Entry entryOf(size_t index) const {
+    Outcome<std::unique_ptr<Item>> item = itemOf(folder_, index);
+    if (!item) return PlaceTrouble{placeOf(folder_, index), item.trouble()};
+    return std::move(*item);
+  }
+
+  fs::path path_;
+  std::vector<std::string> folders_;
+  size_t nextFolder_ = 0;  // 0 is the Maildir itself
+  bool isEntered_ = false;
+  Folder folder_;
+  size_t nextFile_ = 0;
+};
+
+}  // namespace
+
+Outcome<std::unique_ptr<ItemReader>> OpenMaildir(const fs::path& path) {
+  if (!IsMaildir(path)) {
+    return Trouble{TroubleKind::Missing, "the folder has no folders \"cur\" and \"new\""};
+  }
+  Outcome<std::vector<std::string>> folders = FoldersOf(path);
+  if (!folders) return folders.trouble();
+  return std::unique_ptr<ItemReader>(std::make_unique<MaildirReader>(path, std::move(*folders)));
+}
+
+}  // namespace tarn::archive

@@ -1,0 +1,120 @@
+#include "archive/mail/ParseMail.h"
+
+#include <array>
+#include <string>
+
+#include "archive/mail/AsciiText.h"
+#include "archive/mail/LineScan.h"
+#include "archive/mail/MailDate.h"
+#include "archive/mail/MailStream.h"
+
+namespace tarn::archive::mail {
+namespace {
+
+// What GMime tells of a parse as warnings.
+void TakeWarning(gint64, GMimeParserWarning warning, const char*, void* overflowed) {
+  if (warning == GMIME_CRIT_NESTING_OVERFLOW) *static_cast<bool*>(overflowed) = true;
+}
+
+GMimeParserOptions* MakeOptions() {
+  g_mime_init();
+  GMimeParserOptions* options = g_mime_parser_options_new();
+  std::array<const char*, 3> charsets{"utf-8", "windows-1252", nullptr};
+  g_mime_parser_options_set_fallback_charsets(options, charsets.data());
+  g_mime_parser_options_set_allow_addresses_without_domain(options, TRUE);
+  return options;
+}
+
+struct FreeOptions {
+  void operator()(GMimeParserOptions* options) const { g_mime_parser_options_free(options); }
+};
+
+// A mail that has no headers is a text.
+GObjectPtr<GMimeMessage> MessageOfText(GMimeStream* stream) {
+  GObjectPtr<GMimeMessage> message(g_mime_message_new(FALSE));
+  const GObjectPtr<GMimeTextPart> part(g_mime_text_part_new());
+  const GObjectPtr<GMimeDataWrapper> content(
+      g_mime_data_wrapper_new_with_stream(stream, GMIME_CONTENT_ENCODING_DEFAULT));
+  g_mime_part_set_content(GMIME_PART(part.get()), content.get());
+  g_mime_message_set_mime_part(message.get(), GMIME_OBJECT(part.get()));
+  return message;
+}
+
+bool IsMboxLine(std::string_view line) {
+  return line.starts_with("From ") || line.starts_with(">From ");
+}
+
+}  // namespace
+
+GMimeParserOptions* ReadingOptions() {
+  static GMimeParserOptions* const options = MakeOptions();
+  return options;
+}
+
+bool IsHeaderLine(std::string_view line) {
+  size_t at = 0;
+  while (at < line.size() && line[at] > ' ' && line[at] < 127 && line[at] != ':') ++at;
+  if (at == 0) return false;
+  while (at < line.size() && (line[at] == ' ' || line[at] == '\t')) ++at;
+  return at < line.size() && line[at] == ':';
+}
+
+Outcome<MailStart> FindMailStart(MailBytes& bytes) {
+  constexpr size_t kMostLines = 100;
+  MailStart start;
+  Outcome<std::string> mark = ReadRange(bytes, 0, 3);
+  if (!mark) return mark.trouble();
+  if (*mark == "\xEF\xBB\xBF") start.offset = 3;
+  LineScan lines(bytes, start.offset);
+  for (size_t i = 0; i < kMostLines; ++i) {
+    const auto line = lines.next();
+    if (!line) break;
+    if (IsMboxLine(line->text)) {
+      if (!start.received) start.received = MomentOfMboxLine(line->text);
+    } else if (!Trimmed(line->text).empty()) {
+      if (IsHeaderLine(line->text)) start.offset = line->start;
+      break;
+    }
+  }
+  if (lines.trouble()) return *lines.trouble();
+  return start;
+}
+
+ParsedMail ParseMail(const SharedBytes& bytes) {
+  ParsedMail mail;
+  StreamReport report;
+  bool overflowed = false;
+  const std::unique_ptr<GMimeParserOptions, FreeOptions> options(
+      g_mime_parser_options_clone(ReadingOptions()));
+  g_mime_parser_options_set_warning_callback(options.get(), TakeWarning, &overflowed);
+  const GObjectPtr<GMimeStream> stream = StreamFor(bytes, &report);
+  {
+    const GObjectPtr<GMimeParser> parser(g_mime_parser_new_with_stream(stream.get()));
+    g_mime_parser_set_persist_stream(parser.get(), TRUE);
+    g_mime_parser_set_format(parser.get(), GMIME_FORMAT_MESSAGE);
+    mail.message.reset(g_mime_parser_construct_message(parser.get(), options.get()));
+  }
+  EndReport(stream.get());
+  if (mail.message == nullptr) mail.message = MessageOfText(stream.get());
+  mail.sawUuencode = report.watch.sawUuencode();
+  if (report.trouble) mail.troubles.push_back(*report.trouble);
+  if (!report.watch.reason().empty()) {
+    mail.troubles.push_back({TroubleKind::TooLarge, report.watch.reason()});
+  }
+  if (overflowed) {
+    mail.troubles.push_back(
+        {TroubleKind::TooDeep, "the mail has parts within parts beyond what is read"});
+  }
+  return mail;
+}
+
+Outcome<HeaderSection> FindHeaders(MailBytes& bytes, uint64_t start) {
+  LineScan lines(bytes, start);
+  while (const auto line = lines.next()) {
+    if (line->text.empty()) return HeaderSection{line->start, line->end};
+  }
+  if (lines.trouble()) return *lines.trouble();
+  return HeaderSection{bytes.size(), bytes.size()};
+}
+
+}  // namespace tarn::archive::mail

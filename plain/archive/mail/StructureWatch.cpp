@@ -1,0 +1,167 @@
+#include "archive/mail/StructureWatch.h"
+
+#include <gmime/gmime.h>
+
+#include <algorithm>
+#include <memory>
+
+#include "archive/mail/AsciiText.h"
+#include "archive/mail/GObjectPtr.h"
+
+namespace tarn::archive::mail {
+namespace {
+
+constexpr std::string_view kDescribing = "content-";
+
+size_t CountOf(std::string_view text, char wanted) {
+  return static_cast<size_t>(std::count(text.begin(), text.end(), wanted));
+}
+
+bool IsContinuation(std::string_view line) {
+  return !line.empty() && (line[0] == ' ' || line[0] == '\t');
+}
+
+std::string_view ValueOf(std::string_view field) {
+  return field.substr(std::min(field.find(':'), field.size() - 1) + 1);
+}
+
+}  // namespace
+
+size_t StructureWatch::allow(std::string_view bytes) {
+  size_t at = 0;
+  while (at < bytes.size() && reason_.empty()) {
+    const size_t newline = bytes.find('\n', at);
+    const bool ends = newline != std::string_view::npos;
+    const std::string_view piece = bytes.substr(at, (ends ? newline + 1 : bytes.size()) - at);
+    if (!mayPass(piece)) break;
+    if (ends && !inLine_) {
+      endLine(piece);
+    } else {
+      keep(piece);
+      if (ends) endLine(line_);
+    }
+    if (ends) line_.clear();
+    inLine_ = !ends;
+    at += piece.size();
+  }
+  return at;
+}
+
+// Counts the piece where it is.
+bool StructureWatch::mayPass(std::string_view piece) {
+  if (in_ == In::Headers) return mayPassHeaders(piece);
+  if (in_ == In::Body) return true;
+  outsideBytes_ += piece.size();
+  return outsideBytes_ <= limits_.outsideBytes ||
+         stop(limits_.outsideBytes, "bytes outside of its parts");
+}
+
+bool StructureWatch::mayPassHeaders(std::string_view piece) {
+  if (!inLine_) {
+    if (!IsContinuation(piece)) endField();
+    ++headerLines_;
+  }
+  headerBytes_ += piece.size();
+  const size_t semicolons = CountOf(piece, ';');
+  listItems_ += semicolons + CountOf(piece, ',');
+  parameters_ += semicolons;
+  colons_ += CountOf(piece, ':');
+  if (field_.size() < kDescribing.size() || StartsWithNoCase(field_, kDescribing)) field_ += piece;
+  if (headerLines_ > limits_.headerLines) return stop(limits_.headerLines, "lines of headers");
+  if (headerBytes_ > limits_.headerBytes) return stop(limits_.headerBytes, "bytes of headers");
+  if (listItems_ > limits_.listItems) return stop(limits_.listItems, "items in lists of headers");
+  if (colons_ > limits_.colons) return stop(limits_.colons, "colons in a header");
+  if (parameters_ > limits_.parameters && StartsWithNoCase(field_, kDescribing)) {
+    return stop(limits_.parameters, "parameters of a part");
+  }
+  return true;
+}
+
+// Of a line in pieces no more is kept than tells a delimiter.
+void StructureWatch::keep(std::string_view piece) {
+  const size_t wanted = std::max<size_t>(longestBoundary_ + 8, 32);
+  if (line_.size() < wanted) line_ += piece.substr(0, wanted - line_.size());
+}
+
+void StructureWatch::endLine(std::string_view line) {
+  while (!line.empty() && (line.back() == '\n' || line.back() == '\r')) line.remove_suffix(1);
+  if (line.starts_with("--") && takeDelimiter(line.substr(2))) return;
+  if (in_ == In::Headers) {
+    endHeaderLine(line);
+  } else if (line.starts_with("begin ") && line.size() > 10) {
+    const auto isDigit = [](char c) { return c >= '0' && c <= '7'; };
+    sawUuencode_ |= isDigit(line[6]) && isDigit(line[7]) && isDigit(line[8]);
+  }
+}
+
+void StructureWatch::endHeaderLine(std::string_view line) {
+  if (line.empty()) endSection();
+}
+
+void StructureWatch::endField() {
+  if (StartsWithNoCase(field_, "content-type")) {
+    isMessage_ |= ContainsNoCase(field_, "message/");
+    if (ContainsNoCase(field_, "multipart")) {
+      isMultipart_ = true;
+      inDigest_ |= ContainsNoCase(field_, "digest");
+      // GMime itself says what the boundary is, so that both look for the same.
+      const std::string value(ValueOf(field_));
+      const GObjectPtr<GMimeContentType> type(g_mime_content_type_parse(nullptr, value.c_str()));
+      const char* boundary =
+          type == nullptr ? nullptr : g_mime_content_type_get_parameter(type.get(), "boundary");
+      if (boundary != nullptr && *boundary != '\0') {
+        longestBoundary_ = std::max(longestBoundary_, std::string_view(boundary).size());
+        boundaries_.emplace(TrimmedRight(boundary));
+      }
+    }
+  } else if (StartsWithNoCase(field_, "content-transfer-encoding")) {
+    const GMimeContentEncoding encoding =
+        g_mime_content_encoding_from_string(std::string(Trimmed(ValueOf(field_))).c_str());
+    isEncoded_ |= encoding == GMIME_CONTENT_ENCODING_BASE64 ||
+                  encoding == GMIME_CONTENT_ENCODING_QUOTEDPRINTABLE ||
+                  encoding == GMIME_CONTENT_ENCODING_UUENCODE;
+  }
+  field_.clear();
+  parameters_ = 0;
+  colons_ = 0;
+}
+
+void StructureWatch::endSection() {
+  endField();
+  const bool isMessage = (isMessage_ || (inDigest_ && !isMultipart_)) && !isEncoded_;
+  startSection(isMultipart_ ? In::Outside : isMessage ? In::Headers : In::Body);
+}
+
+void StructureWatch::startSection(In in) {
+  in_ = in;
+  field_.clear();
+  parameters_ = 0;
+  colons_ = 0;
+  isMultipart_ = false;
+  isMessage_ = false;
+  isEncoded_ = false;
+}
+
+// What comes after the two dashes at the start of a line.
+bool StructureWatch::takeDelimiter(std::string_view line) {
+  if (boundaries_.empty()) return false;
+  line = TrimmedRight(line);
+  if (boundaries_.find(line) != boundaries_.end()) {
+    startSection(In::Headers);
+    if (++parts_ > limits_.parts) stop(limits_.parts, "parts");
+    return true;
+  }
+  if (!line.ends_with("--")) return false;
+  line.remove_suffix(2);
+  if (boundaries_.find(line) == boundaries_.end()) return false;
+  startSection(In::Outside);
+  return true;
+}
+
+bool StructureWatch::stop(size_t limit, std::string_view what) {
+  reason_ = "the mail has more than " + std::to_string(limit) + " " + std::string(what) +
+            "; what follows is not read";
+  return false;
+}
+
+}  // namespace tarn::archive::mail

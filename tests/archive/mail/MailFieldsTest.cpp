@@ -1,0 +1,211 @@
+// The headers of mails as fields.
+#include "MailReading.h"
+
+namespace tarn::archive {
+namespace {
+
+using test::OpenedMail;
+using test::Written;
+
+TEST(MailFieldsTest, GivesAllFieldsOfAnOrdinaryMail) {
+  const std::string text =
+      "Received: from b by c; Wed, 1 May 2024 12:35:10 +0200\r\n"
+      "Received: from a by b; Wed, 1 May 2024 12:35:00 +0200\r\n"
+      "From: Ann Example <ann@example.com>\r\n"
+      "To: Bob <bob@example.com>, carol@example.com\r\n"
+      "Cc: \"Dave, the\" <dave@example.com>\r\n"
+      "Bcc: erin@example.com\r\n"
+      "Subject: Minutes of the\r\n meeting\r\n"
+      "Date: Wed, 1 May 2024 12:34:56 +0200\r\n"
+      "Message-ID: <one@example.com>\r\n"
+      "\r\n"
+      "Hello\r\n";
+  OpenedMail mail(text);
+  EXPECT_EQ(mail->place().id, "1");
+  EXPECT_FALSE(mail->place().parent.has_value());
+  EXPECT_TRUE(mail->place().folder->empty());
+  const ItemFields& fields = mail.fields();
+  EXPECT_EQ(fields.messageClass, "IPM.Note");
+  EXPECT_EQ(fields.subject, "Minutes of the meeting");
+  EXPECT_EQ(Written({fields.from}), "Ann Example <ann@example.com>");
+  EXPECT_EQ(Written(fields.to), "Bob <bob@example.com>, <carol@example.com>");
+  EXPECT_EQ(Written(fields.cc), "Dave, the <dave@example.com>");
+  EXPECT_EQ(Written(fields.bcc), "<erin@example.com>");
+  EXPECT_FALSE(fields.sender.has_value());
+  EXPECT_EQ(Written(fields.sent), "2024-05-01T10:34:56Z 120");
+  EXPECT_EQ(Written(fields.received), "2024-05-01T10:35:10Z 120");
+  EXPECT_EQ(fields.messageId, "one@example.com");
+  EXPECT_EQ(fields.size, text.size());
+  EXPECT_FALSE(fields.hasAttachments);
+  EXPECT_EQ(fields.attachmentCount, 0u);
+  EXPECT_EQ(*mail->originalHeaders(), text.substr(0, text.find("\r\n\r\n") + 2));
+  EXPECT_EQ(*ReadAll(**mail->original(), 10000), text);
+  EXPECT_EQ(mail->properties(), nullptr);
+  EXPECT_TRUE(mail->troubles().empty());
+}
+
+TEST(MailFieldsTest, ReadsAMailWithoutAnyHeaderThatMatters) {
+  OpenedMail mail("X-Nothing: 1\n\nHello\n");
+  EXPECT_EQ(mail.fields().subject, "");
+  EXPECT_EQ(Written({mail.fields().from}), "");
+  EXPECT_EQ(Written(mail.fields().sent), "none");
+  EXPECT_EQ(*mail->bodies().text, "Hello\n");
+}
+
+TEST(MailFieldsTest, ReadsBytesWithoutHeadersAsText) {
+  OpenedMail mail("hello there\nthis is text\n\nbody\n");
+  EXPECT_EQ(*mail->bodies().text, "hello there\nthis is text\n\nbody\n");
+  EXPECT_EQ(*mail->originalHeaders(), "");
+}
+
+TEST(MailFieldsTest, ReadsAnEmptyFile) {
+  OpenedMail mail("");
+  EXPECT_EQ(mail.fields().size, 0u);
+  EXPECT_EQ(mail->bodies().text.value_or(""), "");
+  EXPECT_EQ(*mail->originalHeaders(), "");
+}
+
+TEST(MailFieldsTest, PassesOverWhatComesBeforeTheHeaders) {
+  for (const std::string before :
+       {"\xEF\xBB\xBF", "\r\n\r\n", "\n", "From ann@example.com Mon Jan  1 10:34:56 2024\n",
+        "\n\nFrom ann@example.com Mon Jan  1 10:34:56 2024\n",
+        ">From ann Mon Jan  1 10:34:56 2024\n", "\xEF\xBB\xBF\r\n"}) {
+    OpenedMail mail(before + "Subject: found\n\nbody\n");
+    EXPECT_EQ(mail.fields().subject, "found") << before;
+    EXPECT_EQ(*mail->originalHeaders(), "Subject: found\n") << before;
+    EXPECT_EQ(*mail->bodies().text, "body\n") << before;
+  }
+}
+
+TEST(MailFieldsTest, TakesTheTimeOfALineOfAnMbox) {
+  OpenedMail mail("From ann@example.com Mon Jan  1 10:34:56 2024\nSubject: x\n\n");
+  EXPECT_EQ(Written(mail.fields().received), "2024-01-01T10:34:56Z");
+  OpenedMail zone("From Sun Day Mon Jan  1 10:34:56 2024 +0100\nSubject: x\n\n");
+  EXPECT_EQ(Written(zone.fields().received), "2024-01-01T09:34:56Z 60");
+  OpenedMail none("From ann@example.com\nSubject: x\n\n");
+  EXPECT_EQ(Written(none.fields().received), "none");
+}
+
+TEST(MailFieldsTest, ReadsUtf16) {
+  const std::string text = "Subject: x\r\n\r\nbody\r\n";
+  std::string little = "\xFF\xFE";
+  std::string big = "\xFE\xFF";
+  for (const char c : text) {
+    little += {c, '\0'};
+    big += {'\0', c};
+  }
+  for (const std::string& bytes : {little, big}) {
+    OpenedMail mail(bytes);
+    EXPECT_EQ(mail.fields().subject, "x");
+    EXPECT_EQ(*mail->bodies().text, "body\n");
+  }
+}
+
+TEST(MailFieldsTest, PassesOverLinesThatAreNoHeaders) {
+  OpenedMail mail("Subject: x\nthis is none\nFrom: a@b\nTo : c@d\n\nbody\n");
+  EXPECT_EQ(mail.fields().subject, "x");
+  EXPECT_EQ(Written({mail.fields().from}), "<a@b>");
+  EXPECT_EQ(Written(mail.fields().to), "<c@d>");
+}
+
+TEST(MailFieldsTest, TakesTheFirstOfTwoSubjectsAndAllRecipients) {
+  OpenedMail mail("Subject: one\nSubject: two\nTo: a@b\nTo: c@d\n\n");
+  EXPECT_EQ(mail.fields().subject, "one");
+  EXPECT_EQ(Written(mail.fields().to), "<a@b>, <c@d>");
+}
+
+TEST(MailFieldsTest, DecodesWordsAndUndeclaredBytes) {
+  OpenedMail mail(
+      "Subject: =?iso-8859-1?Q?J=F6rg?= =?utf-8?B?IMOkcmdlcnQ=?=\n"
+      "From: =?utf-8?q?J=C3=B6rg?= <a@b>\n"
+      "To: \"=?utf-8?q?J=C3=B6rg?=\" <c@d>, J\xF6rg <e@f>, J\xC3\xB6rg <g@h>\n\n");
+  EXPECT_EQ(mail.fields().subject, "J\xC3\xB6rg \xC3\xA4rgert");
+  EXPECT_EQ(Written({mail.fields().from}), "J\xC3\xB6rg <a@b>");
+  EXPECT_EQ(Written(mail.fields().to), "J\xC3\xB6rg <c@d>, J\xC3\xB6rg <e@f>, J\xC3\xB6rg <g@h>");
+}
+
+TEST(MailFieldsTest, ReadsAddressesThatAreNone) {
+  OpenedMail mail(
+      "From: Ann\nTo: undisclosed-recipients:;\nCc: Friends: a@b, Bob <c@d>;, e@f\nBcc: ,,\n\n");
+  EXPECT_EQ(Written({mail.fields().from}), "Ann");
+  EXPECT_EQ(Written(mail.fields().to), "undisclosed-recipients");
+  EXPECT_EQ(Written(mail.fields().cc), "<a@b>, Bob <c@d>, <e@f>");
+}
+
+TEST(MailFieldsTest, NamesTheSenderWhereItIsAnother) {
+  OpenedMail other("From: a@b\nSender: c@d\n\n");
+  EXPECT_EQ(Written({*other.fields().sender}), "<c@d>");
+  OpenedMail same("From: a@b\nSender: A <a@b>\n\n");
+  EXPECT_FALSE(same.fields().sender.has_value());
+  OpenedMail alone("Sender: c@d\n\n");
+  EXPECT_EQ(Written({alone.fields().from}), "<c@d>");
+  EXPECT_FALSE(alone.fields().sender.has_value());
+}
+
+TEST(MailFieldsTest, KnowsTheOffsetWhereTheDateTellsIt) {
+  const auto sent = [](const std::string& date) {
+    return Written(OpenedMail("Date: " + date + "\n\n").fields().sent);
+  };
+  EXPECT_EQ(sent("Mon, 1 Jan 2024 10:00:00 +0000"), "2024-01-01T10:00:00Z 0");
+  EXPECT_EQ(sent("Mon, 1 Jan 2024 10:00:00 GMT"), "2024-01-01T10:00:00Z 0");
+  EXPECT_EQ(sent("Mon, 1 Jan 2024 10:00:00 -0000"), "2024-01-01T10:00:00Z");
+  EXPECT_EQ(sent("Mon, 1 Jan 2024 10:00:00"), "2024-01-01T10:00:00Z");
+  EXPECT_EQ(sent("1 Jan 24 10:00 EST"), "2024-01-01T15:00:00Z -300");
+  EXPECT_EQ(sent("yesterday"), "none");
+  EXPECT_EQ(sent(""), "none");
+}
+
+TEST(MailFieldsTest, NamesReportsAndCalendarsByTheirClass) {
+  const auto classOf = [](const std::string& type, const std::string& part) {
+    return OpenedMail("Content-Type: multipart/" + type + "; boundary=b\n\n--b\n\nx\n--b\n" + part +
+                      "\n--b--\n")
+        .fields()
+        .messageClass;
+  };
+  const std::string status = "Content-Type: message/delivery-status\n\nReporting-MTA: dns; a\n\n";
+  EXPECT_EQ(classOf("report; report-type=delivery-status", status + "Action: failed\n"),
+            "REPORT.IPM.Note.NDR");
+  EXPECT_EQ(classOf("report; report-type=delivery-status", status + "Action: delivered\n"),
+            "REPORT.IPM.Note.DR");
+  EXPECT_EQ(classOf("report; report-type=disposition-notification",
+                    "Content-Type: message/disposition-notification\n\n"),
+            "REPORT.IPM.Note.IPNRN");
+  EXPECT_EQ(classOf("mixed", status + "Action: failed\n"), "IPM.Note");
+  const auto calendar = [&](const std::string& method, const std::string& text) {
+    return classOf("alternative", "Content-Type: text/calendar; method=" + method + "\n\n" + text);
+  };
+  EXPECT_EQ(calendar("REQUEST", ""), "IPM.Schedule.Meeting.Request");
+  EXPECT_EQ(calendar("Cancel", ""), "IPM.Schedule.Meeting.Canceled");
+  EXPECT_EQ(calendar("REPLY", "ATTENDEE;PARTSTAT=ACCEPTED:mailto:a@b"),
+            "IPM.Schedule.Meeting.Resp.Pos");
+  EXPECT_EQ(calendar("REPLY", "ATTENDEE;PARTSTAT=DECLINED:mailto:a@b"),
+            "IPM.Schedule.Meeting.Resp.Neg");
+  EXPECT_EQ(calendar("REPLY", "ATTENDEE;PARTSTAT=TENTATIVE:mailto:a@b"),
+            "IPM.Schedule.Meeting.Resp.Tent");
+  EXPECT_EQ(calendar("REPLY", ""), "IPM.Note");
+  EXPECT_EQ(calendar("PUBLISH", ""), "IPM.Note");
+}
+
+TEST(MailFieldsTest, FindsTheOneItemAndNoOther) {
+  const test::TempDirectory directory;
+  const auto reader = OpenMail(directory.write("a", "Subject: x\n\n"));
+  ASSERT_TRUE(reader.ok());
+  const auto found = (*reader)->find("1");
+  ASSERT_TRUE(found.ok());
+  EXPECT_EQ((*found)->fields(Detail::Headline).subject, "x");
+  const auto other = (*reader)->find("2");
+  ASSERT_FALSE(other.ok());
+  EXPECT_EQ(other.trouble().kind, TroubleKind::Missing);
+}
+
+TEST(MailFieldsTest, NamesAFileThatCannotBeOpened) {
+  const test::TempDirectory directory;
+  for (const auto& path : {directory.path() / "none", directory.path()}) {
+    const auto reader = OpenMail(path);
+    ASSERT_FALSE(reader.ok());
+    EXPECT_EQ(reader.trouble().kind, TroubleKind::Unreadable);
+  }
+}
+
+}  // namespace
+}  // namespace tarn::archive
