@@ -46,9 +46,8 @@ if(NOT WIN32)
   if(IS_ABSOLUTE ${CMAKE_INSTALL_BINDIR})
     set(installed_bindir ${CMAKE_INSTALL_BINDIR})
   endif()
-  target_compile_definitions(tarnmail_parts PRIVATE
-    TARN_LIBRARIES_FROM_PROGRAM="${libdir_from_program}"
-    TARN_HELPERS_FROM_PROGRAM="${helperdir_from_program}")
+  target_compile_definitions(tarnmail_parts PRIVATE TARN_LIBRARIES_FROM_PROGRAM="${libdir_from_program}")
+  target_compile_definitions(tarn_console PRIVATE TARN_HELPERS_FROM_PROGRAM="${helperdir_from_program}")
   # CMake would pad what is built with empty folders, to have room for what is installed, and an empty
   # one is the folder that a program happens to be started in. Here the room comes from "/.".
   set(built_rpath "$ORIGIN")

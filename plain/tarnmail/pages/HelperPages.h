@@ -1,21 +1,10 @@
-// HelperPages.h - the page maker of production: the helper programs that are installed with this
-// one.
+// HelperPages.h - the page maker of production: the helper programs.
 #ifndef TARN_TARNMAIL_PAGES_HELPERPAGES_H
 #define TARN_TARNMAIL_PAGES_HELPERPAGES_H
 
-#include "console/PrivateFolder.h"
 #include "tarnmail/pages/PageMaker.h"
 
 namespace tarn::host {
-
-// What a message ends with that says that helpers, or what they need, are missing.
-inline constexpr const char* kHowToInstallHelpers =
-    "install the package tarnpst-pages, or let ./run pages of the sources build them";
-
-// The helpers that are beside this program or where an installation has them, with their own
-// folders in `folder`, or in the system's for temporary files where that cannot be made. Throws
-// Failure (Broken) with what to install where there are none.
-pages::HelperOptions InstalledHelpers(PrivateFolder& folder, bool sandbox);
 
 class HelperPages : public PageMaker {
  public:

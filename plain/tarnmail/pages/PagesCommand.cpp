@@ -18,6 +18,7 @@
 #include "pages/MailProperties.h"
 #include "pages/PngFile.h"
 #include "pages/ProgressBar.h"
+#include "siblings/client/InstalledHelpers.h"
 
 namespace tarn::host {
 namespace {
@@ -41,7 +42,7 @@ ExitStatus ExitStatusOf(Trouble trouble) {
 Failure FailureOf(const std::string& file, const PageFailure& failure) {
   const ExitStatus status = ExitStatusOf(failure.trouble());
   if (failure.trouble() == Trouble::NotInstalled) {
-    return {status, failure.what(), kHowToInstallHelpers};
+    return {status, failure.what(), pages::kHowToInstallHelpers};
   }
   if (status == ExitStatus::Broken) return {status, failure.what()};
   return {status, file, failure.what()};
@@ -55,7 +56,7 @@ pages::Paper PaperOf(PaperFormat paper) {
 class PagedMail {
  public:
   PagedMail(const Workplace& at, const MailFile& mail, pages::Paper paper, bool sandbox)
-      : maker_(InstalledHelpers(at.folder, sandbox)),
+      : maker_(pages::InstalledHelpers(at.folder, sandbox)),
         mail_(mail),
         siblings_(maker_, paper, mail_.format()),
         slot_(at.filter) {

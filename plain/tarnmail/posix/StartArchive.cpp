@@ -4,11 +4,12 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <optional>
 #include <system_error>
 
 #include "console/Failure.h"
 #include "console/SystemErrors.h"
-#include "console/posix/ProgramDirectory.h"
+#include "console/posix/InstalledPrograms.h"
 
 namespace tarn::host {
 
@@ -22,16 +23,14 @@ void StartArchive(const std::vector<std::string>& words) {
   for (std::string& word : copies) arguments.push_back(word.data());
   arguments.push_back(nullptr);
 
-  // Beside this program, as built; or where an installation has it.
-  for (const char* folder : {".", TARN_HELPERS_FROM_PROGRAM}) {
-    const fs::path program = (ProgramDirectory() / folder).lexically_normal() / kProgram;
-    execv(program.c_str(), arguments.data());
-    if (errno == ENOENT || errno == ENOTDIR) continue;
-    throw Failure(ExitStatus::Broken, program.string(),
-                  ErrorText({errno, std::generic_category()}));
+  const std::optional<fs::path> folder = FolderOfProgram(kProgram);
+  if (!folder) {
+    throw Failure(ExitStatus::Broken, words.front(),
+                  "the archive commands are not installed: the package tarnpst-archive has them");
   }
-  throw Failure(ExitStatus::Broken, words.front(),
-                "the archive commands are not installed: the package tarnpst-archive has them");
+  const fs::path program = *folder / kProgram;
+  execv(program.c_str(), arguments.data());
+  throw Failure(ExitStatus::Broken, program.string(), ErrorText({errno, std::generic_category()}));
 }
 
 }  // namespace tarn::host

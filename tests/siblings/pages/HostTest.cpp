@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "Tarnbase/PlainKernel.h"
+#include "siblings/client/InstalledHelpers.h"
 #include "support/FakeHost.h"
 #include "support/SampleMails.h"
 #include "support/TempDirectory.h"
