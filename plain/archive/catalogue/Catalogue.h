@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <string_view>
 
 #include "archive/catalogue/CatalogueItem.h"
 #include "archive/model/Trouble.h"
@@ -16,6 +17,7 @@ inline constexpr const char* kCatalogueName = "catalogue.sqlite";
 
 // Of one text no more than this is kept and searched; the rest is cut off between characters.
 inline constexpr size_t kMostCatalogueText = size_t{4} << 20;
+std::string_view CutCatalogueText(std::string_view text);
 
 // The same items in the same order give the same bytes. Memory does not grow with their number.
 class CatalogueWriter {

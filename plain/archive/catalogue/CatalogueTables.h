@@ -73,9 +73,6 @@ inline constexpr const char* kCatalogueIndexes =
     "CREATE INDEX texts_by_item ON texts(item, attachment);"
     "COMMIT;";
 
-// As much of a text as a catalogue keeps.
-std::string_view CutCatalogueText(std::string_view text);
-
 // What the column of attachments holds of one.
 std::string AttachmentWords(std::string_view name, std::string_view text);
 
