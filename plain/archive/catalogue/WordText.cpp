@@ -244,6 +244,17 @@ WordText WordsOf(std::string_view text, Origins origins) {
   return sink.finish(text.size());
 }
 
+size_t EndOfCharacter(std::string_view text, size_t at) {
+  size_t end = at;
+  UChar32 character = 0;
+  U8_NEXT_OR_FFFD(reinterpret_cast<const uint8_t*>(text.data()), end, text.size(), character);
+  for (size_t next = end; next < text.size(); end = next) {
+    U8_NEXT_OR_FFFD(reinterpret_cast<const uint8_t*>(text.data()), next, text.size(), character);
+    if ((U_GET_GC_MASK(character) & U_GC_M_MASK) == 0) break;
+  }
+  return end;
+}
+
 WantedWords WordsToFind(std::string_view text) {
   WordSink sink(Origins::Leave);
   Folder(text, sink).run();

@@ -28,6 +28,9 @@ enum class Origins : uint8_t { Leave, Keep };
 // proportion to the text.
 WordText WordsOf(std::string_view text, Origins origins = Origins::Leave);
 
+// Where the character ends that begins at a place in the text, with the marks that are put on it.
+size_t EndOfCharacter(std::string_view text, size_t at);
+
 // The same of something to look for. A run that ends it may go on in what is found.
 struct WantedWords {
   std::string text;
