@@ -5,6 +5,7 @@
 
 #include "archive/mail/AsciiText.h"
 #include "archive/mail/LineScan.h"
+#include "archive/mail/ParseMail.h"
 
 namespace tarn::archive::mail {
 namespace {
@@ -60,21 +61,39 @@ Outcome<uint64_t> WithoutLineEnd(MailBytes& mail, uint64_t start, uint64_t end) 
   return tail->ends_with('\n') ? end - 1 : end;
 }
 
+// After the headers of the part itself; where it has none, at the first header of the mail in it.
+Outcome<std::optional<uint64_t>> StartOf(MailBytes& mail, GMimeObject* part) {
+  if (const std::optional<uint64_t> own = FirstHeader(part)) {
+    const Outcome<HeaderSection> headers = FindHeaders(mail, *own);
+    if (!headers) return headers.trouble();
+    return std::optional(headers->body);
+  }
+  GMimeMessage* message = g_mime_message_part_get_message(GMIME_MESSAGE_PART(part));
+  if (message == nullptr) return std::optional<uint64_t>();
+  return StartOf(message);
+}
+
+// Up to the delimiter of a multipart around it.
+Outcome<ByteRange> RangeFrom(MailBytes& mail, uint64_t start, const LaidPart& part) {
+  LineScan lines(mail, start);
+  while (const auto line = lines.next()) {
+    if (!IsDelimiter(line->text, part.boundaries)) continue;
+    if (line->start == start) return ByteRange{start, start};
+    const Outcome<uint64_t> end = WithoutLineEnd(mail, start, line->start);
+    if (!end) return end.trouble();
+    return ByteRange{start, *end};
+  }
+  if (lines.trouble()) return *lines.trouble();
+  return ByteRange{start, mail.size()};
+}
+
 }  // namespace
 
 Outcome<ByteRange> RangeOfEmbedded(MailBytes& mail, const LaidPart& part) {
-  GMimeMessage* message = g_mime_message_part_get_message(GMIME_MESSAGE_PART(part.part));
-  const std::optional<uint64_t> start = message == nullptr ? std::nullopt : StartOf(message);
-  if (!start) return Trouble{TroubleKind::Missing, "the attached mail is empty"};
-  LineScan lines(mail, *start);
-  while (const auto line = lines.next()) {
-    if (!IsDelimiter(line->text, part.boundaries)) continue;
-    const Outcome<uint64_t> end = WithoutLineEnd(mail, *start, line->start);
-    if (!end) return end.trouble();
-    return ByteRange{*start, *end};
-  }
-  if (lines.trouble()) return *lines.trouble();
-  return ByteRange{*start, mail.size()};
+  const Outcome<std::optional<uint64_t>> start = StartOf(mail, part.part);
+  if (!start) return start.trouble();
+  if (!*start) return Trouble{TroubleKind::Missing, "the attached mail is empty"};
+  return RangeFrom(mail, **start, part);
 }
 
 }  // namespace tarn::archive::mail

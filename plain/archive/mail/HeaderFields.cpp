@@ -1,6 +1,7 @@
 #include "archive/mail/HeaderFields.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 #include "archive/mail/AsciiText.h"
@@ -11,6 +12,59 @@
 
 namespace tarn::archive::mail {
 namespace {
+
+bool IsBeyondAscii(char c) { return static_cast<unsigned char>(c) >= 128; }
+
+// Where the text of an encoded word begins that has it in quoted-printable:
+// "=?iso-8859-1?Q?text?=". npos where none begins at `at`.
+size_t StartOfQuotedWord(std::string_view value, size_t at) {
+  constexpr std::string_view kQuoted = "?q?";
+  if (!value.substr(at).starts_with("=?")) return std::string_view::npos;
+  const size_t charset = value.find_first_of("? \t\r\n", at + 2);
+  if (charset == std::string_view::npos) return charset;
+  if (!StartsWithNoCase(value.substr(charset), kQuoted)) return std::string_view::npos;
+  return charset + kQuoted.size();
+}
+
+// Bytes beyond ASCII in encoded words are encoded as they should be: they are in the word's
+// charset, and outside of words in none that is told.
+std::string WithWordsEncoded(std::string_view value) {
+  constexpr std::string_view kDigits = "0123456789ABCDEF";
+  const size_t lastEnd = value.rfind("?=");
+  std::string encoded;
+  bool inWord = false;
+  for (size_t at = 0; at < value.size(); ++at) {
+    const size_t start = inWord ? std::string_view::npos : StartOfQuotedWord(value, at);
+    if (start != std::string_view::npos && lastEnd != std::string_view::npos && start <= lastEnd) {
+      encoded += value.substr(at, start - at);
+      at = start - 1;
+      inWord = true;
+      continue;
+    }
+    if (inWord && IsBeyondAscii(value[at])) {
+      const auto byte = static_cast<unsigned char>(value[at]);
+      encoded += {'=', kDigits[byte >> 4], kDigits[byte & 15]};
+      continue;
+    }
+    if (value.substr(at).starts_with("?=")) inWord = false;
+    encoded += value[at];
+  }
+  return encoded;
+}
+
+// The value of a header for decoding.
+std::string ReadyHeader(const char* raw) {
+  const std::string_view value(raw);
+  const bool isPlain = value.find("=?") == std::string_view::npos ||
+                       std::none_of(value.begin(), value.end(), IsBeyondAscii);
+  return isPlain ? std::string(value) : WithWordsEncoded(value);
+}
+
+std::string DecodedText(const std::string& raw) {
+  const GText unfolded(g_mime_utils_header_unfold(raw.c_str()));
+  const GText decoded(g_mime_utils_header_decode_text(ReadingOptions(), unfolded.get()));
+  return std::string(Trimmed(TextOf(decoded.get())));
+}
 
 // Groups within groups are no deeper than the parser itself goes, of which StructureWatch takes
 // care.
@@ -47,6 +101,41 @@ std::optional<Moment> ReceivedOf(GMimeObject* message) {
   return received == nullptr ? std::nullopt : MomentOfReceived(received);
 }
 
+// Each backslash twice, unless it is before a quote or another one: "C:\\a.png" is meant as a path.
+std::string WithPathsQuoted(std::string_view value) {
+  std::string quoted;
+  for (size_t i = 0; i < value.size(); ++i) {
+    quoted += value[i];
+    if (value[i] != '\\') continue;
+    const char next = i + 1 < value.size() ? value[i + 1] : '"';
+    quoted += next == '"' || next == '\\' ? next : '\\';
+    if (next == '"' || next == '\\') ++i;
+  }
+  return quoted;
+}
+
+// The name of a part where it has backslashes, which programs write without quoting them.
+std::optional<std::string> PathNamed(GMimeObject* part) {
+  const char* raw = RawHeader(part, "Content-Disposition");
+  if (raw != nullptr && std::string_view(raw).find('\\') != std::string_view::npos) {
+    const GObjectPtr<GMimeContentDisposition> disposition(
+        g_mime_content_disposition_parse(ReadingOptions(), WithPathsQuoted(raw).c_str()));
+    const char* name = g_mime_content_disposition_get_parameter(disposition.get(), "filename");
+    if (name != nullptr) return TextOf(name);
+  }
+  if (g_mime_object_get_content_disposition_parameter(part, "filename") != nullptr) {
+    return std::nullopt;
+  }
+  raw = RawHeader(part, "Content-Type");
+  if (raw == nullptr || std::string_view(raw).find('\\') == std::string_view::npos) {
+    return std::nullopt;
+  }
+  const GObjectPtr<GMimeContentType> type(
+      g_mime_content_type_parse(ReadingOptions(), WithPathsQuoted(raw).c_str()));
+  const char* name = g_mime_content_type_get_parameter(type.get(), "name");
+  return name == nullptr ? std::nullopt : std::optional(TextOf(name));
+}
+
 }  // namespace
 
 std::string TextOf(const char* text) {
@@ -70,10 +159,7 @@ const char* RawHeader(GMimeObject* object, const char* name) {
 
 std::string DecodedHeader(GMimeObject* object, const char* name) {
   const char* raw = RawHeader(object, name);
-  if (raw == nullptr) return {};
-  const GText unfolded(g_mime_utils_header_unfold(raw));
-  const GText decoded(g_mime_utils_header_decode_text(ReadingOptions(), unfolded.get()));
-  return std::string(Trimmed(TextOf(decoded.get())));
+  return raw == nullptr ? std::string() : DecodedText(ReadyHeader(raw));
 }
 
 std::vector<Address> AddressesOf(GMimeObject* object, const char* name) {
@@ -83,15 +169,14 @@ std::vector<Address> AddressesOf(GMimeObject* object, const char* name) {
   for (int i = 0; i < count; ++i) {
     GMimeHeader* header = g_mime_header_list_get_header_at(headers, i);
     if (!EqualsNoCase(g_mime_header_get_name(header), name)) continue;
-    const char* raw = g_mime_header_get_raw_value(header);
-    if (raw == nullptr) continue;
+    if (g_mime_header_get_raw_value(header) == nullptr) continue;
+    const std::string value = ReadyHeader(g_mime_header_get_raw_value(header));
     const size_t before = addresses.size();
-    const GObjectPtr<InternetAddressList> list(internet_address_list_parse(ReadingOptions(), raw));
+    const GObjectPtr<InternetAddressList> list(
+        internet_address_list_parse(ReadingOptions(), value.c_str()));
     if (list != nullptr) AddAddresses(list.get(), addresses);
     if (addresses.size() != before) continue;
-    const GText unfolded(g_mime_utils_header_unfold(raw));
-    const GText decoded(g_mime_utils_header_decode_text(ReadingOptions(), unfolded.get()));
-    std::string text(Trimmed(TextOf(decoded.get())));
+    std::string text = DecodedText(value);
     if (!text.empty()) addresses.push_back({std::move(text), ""});
   }
   return addresses;
@@ -141,6 +226,7 @@ std::string ParameterOf(GMimeObject* part, const char* name) {
 }
 
 std::string FileNameOf(GMimeObject* part) {
+  if (const std::optional<std::string> path = PathNamed(part)) return *path;
   if (GMIME_IS_PART(part)) return TextOf(g_mime_part_get_filename(GMIME_PART(part)));
   std::string name = TextOf(g_mime_object_get_content_disposition_parameter(part, "filename"));
   if (name.empty()) name = ParameterOf(part, "name");

@@ -166,6 +166,7 @@ Bodies BodiesOf(const MailLayout& layout, bool seeksUuencode) {
     if (piece.text) Join(bodies.text, *piece.text);
   }
   if (hasHtml) bodies.html = JoinHtml(pieces);
+  if (hasHtml && bodies.text && Trimmed(*bodies.text).empty()) bodies.text.reset();
   bodies.troubles = reader.takeTroubles();
   return bodies;
 }

@@ -67,13 +67,16 @@ TEST(MailAttachmentTest, DecodesNamesRightAndUsualWrongOnes) {
       "Content-Type: a/b; name=\"h\xE4.txt\"\n\n",
       "Content-Type: a/b; name=two words.txt\n\n",
       "Content-Type: a/b; name=\"../up\\\\x.txt\"\n\n",
+      "Content-Type: a/b; name=\"C:\\temp\\x.txt\"\n\n",
+      "Content-Disposition: inline; filename=\"C:\\a \\\"b\\\".txt\"\n\n",
+      "Content-Disposition: inline; filename=\"one\"\nContent-Type: a/b; name=\"C:\\two\"\n\n",
   }));
   std::vector<std::string> names;
   for (const Attachment& attachment : mail->attachments()) names.push_back(attachment.name);
-  EXPECT_EQ(names,
-            (std::vector<std::string>{"h\xC3\xA4.txt", "a long name.txt", "\xC3\xA4\xC3\xB6u.txt",
-                                      "h\xC3\xA4.txt", "h\xC3\xA4.txt", "h\xC3\xA4.txt",
-                                      "h\xC3\xA4.txt", "two words.txt", "../up\\x.txt"}));
+  EXPECT_EQ(names, (std::vector<std::string>{
+                       "h\xC3\xA4.txt", "a long name.txt", "\xC3\xA4\xC3\xB6u.txt", "h\xC3\xA4.txt",
+                       "h\xC3\xA4.txt", "h\xC3\xA4.txt", "h\xC3\xA4.txt", "two words.txt",
+                       "../up\\x.txt", "C:\\temp\\x.txt", "C:\\a \"b\".txt", "one"}));
 }
 
 TEST(MailAttachmentTest, IsInlineWhereTheHtmlNamesIt) {
@@ -145,7 +148,19 @@ TEST(MailAttachmentTest, GivesTheMailsOfADigest) {
   ASSERT_EQ(mail->attachments().size(), 3u);
   EXPECT_EQ(AttachmentBytes(*mail, 0), "Subject: one\n\nbody1");
   EXPECT_EQ((*mail->embedded(0))->fields(Detail::Headline).subject, "one");
+  EXPECT_EQ(AttachmentBytes(*mail, 1), "body without headers");
+  EXPECT_EQ(*(*mail->embedded(1))->bodies().text, "body without headers");
   EXPECT_EQ(AttachmentBytes(*mail, 2), "From: a@b\n");
+}
+
+TEST(MailAttachmentTest, GivesAMailWithinAMailThatHasNothing) {
+  OpenedMail mail(
+      "Content-Type: multipart/mixed; boundary=b\n\n--b\nContent-Type: message/rfc822\n\n"
+      "--b\nContent-Type: message/rfc822\n\n\n--b--\n");
+  ASSERT_EQ(mail->attachments().size(), 2u);
+  EXPECT_EQ(AttachmentBytes(*mail, 0), "");
+  EXPECT_EQ(AttachmentBytes(*mail, 1), "");
+  EXPECT_EQ((*mail->embedded(0))->fields(Detail::Headline).subject, "");
 }
 
 TEST(MailAttachmentTest, GivesAMailThatIsEncodedAgainstTheRules) {

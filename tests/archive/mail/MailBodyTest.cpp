@@ -54,6 +54,14 @@ TEST(MailBodyTest, GivesBothAlternatives) {
   EXPECT_EQ(mail.fields().attachmentCount, 1u);
 }
 
+TEST(MailBodyTest, TakesEmptyTextBesideHtmlForNone) {
+  OpenedMail mail(
+      "Content-Type: multipart/alternative; boundary=b\n\n--b\n\n \n\n--b\n"
+      "Content-Type: text/html\n\n<p>x\n--b--\n");
+  EXPECT_EQ(mail->bodies().text, std::nullopt);
+  EXPECT_EQ(mail->bodies().html->bytes, "<p>x");
+}
+
 TEST(MailBodyTest, JoinsTextsAroundAnAttachment) {
   OpenedMail mail(Multipart(
       "mixed", {Plain("one"), "Content-Type: image/png\n\nx", Plain("two\n"), Plain("three")}));

@@ -124,6 +124,14 @@ TEST(MailFieldsTest, DecodesWordsAndUndeclaredBytes) {
   EXPECT_EQ(Written(mail.fields().to), "J\xC3\xB6rg <c@d>, J\xC3\xB6rg <e@f>, J\xC3\xB6rg <g@h>");
 }
 
+TEST(MailFieldsTest, DecodesBytesThatAWordHasUnencoded) {
+  OpenedMail mail(
+      "Subject: =?windows-1252?Q?a\x80=80?= \xE2\x82\xAC =?utf-8?q?\xE2\x82\xAC\n"
+      "To: Heinz =?iso-8859-1?q?M\xFCller?= <a@b>, \xC3\xB6 =?x <c@d>\n\n");
+  EXPECT_EQ(mail.fields().subject, "a\u20AC\u20AC \u20AC =?utf-8?q?\u20AC");
+  EXPECT_EQ(Written(mail.fields().to), "Heinz M\u00FCller <a@b>, \u00F6 =?x <c@d>");
+}
+
 TEST(MailFieldsTest, ReadsAddressesThatAreNone) {
   OpenedMail mail(
       "From: Ann\nTo: undisclosed-recipients:;\nCc: Friends: a@b, Bob <c@d>;, e@f\nBcc: ,,\n\n");
