@@ -65,6 +65,26 @@ void WholePixels(std::string& markup) {
   }
 }
 
+// The HTML library adds up the digits of a reference without a limit, and takes what comes of it
+// for a character. No character has more digits than these.
+std::string WithBoundedReferences(std::string html) {
+  std::string bounded;
+  size_t copied = 0;
+  for (size_t at = 0; (at = html.find("&#", at)) != std::string::npos;) {
+    const size_t reference = at;
+    at += 2;
+    const bool hex = html.compare(at, 1, "x") == 0 || html.compare(at, 1, "X") == 0;
+    const size_t first = std::min(html.find_first_not_of('0', at + (hex ? 1 : 0)), html.size());
+    at = std::min(html.find_first_not_of(hex ? "0123456789abcdefABCDEF" : "0123456789", first),
+                  html.size());
+    if (at - first <= (hex ? 6u : 7u)) continue;
+    if (html.compare(at, 1, ";") == 0) ++at;
+    bounded.append(html, copied, reference - copied).append("&#xFFFD;");
+    copied = at;
+  }
+  return copied == 0 ? std::move(html) : bounded.append(html, copied);
+}
+
 class HtmlScanner {
  public:
   explicit HtmlScanner(std::string_view html) : rest_(html) {}
@@ -77,6 +97,7 @@ class HtmlScanner {
     if (selectors_ * elements_ <= kMostMatches) {
       result_.html.insert(0, "<style>" + takeNames(styles_) + "</style>");
     }
+    result_.html = WithBoundedReferences(std::move(result_.html));
     return std::move(result_);
   }
 

@@ -83,6 +83,15 @@ TEST(HtmlScan, TheMarkOf7BitContentIsNotShown) {
   EXPECT_EQ(Scanned("<p>a</p>+/v"), "<p>a</p>+/v");
 }
 
+TEST(HtmlScan, ReferencesHaveNoMoreDigitsThanCharacters) {
+  EXPECT_EQ(Scanned("&#1114111;&#x10FFFF;&#0000000065&#x0000000041"),
+            "&#1114111;&#x10FFFF;&#0000000065&#x0000000041");
+  EXPECT_EQ(Scanned("a&#11111111111b"), "a&#xFFFD;b");
+  EXPECT_EQ(Scanned("&#00011111111;<p title='&#X1234567;'>&#xabcdef0"),
+            "&#xFFFD;<p title='&#xFFFD;'>&#xFFFD;");
+  EXPECT_EQ(Scanned("&#&#x&#;&#99999999"), "&#&#x&#;&#xFFFD;");
+}
+
 TEST(HtmlScan, PartsOfPointsBecomePixels) {
   EXPECT_EQ(Scanned("<p style='font-size:10.5pt;margin:7.5pt 11.0pt 12pt'>1.5pt"),
             "<p style='font-size:14px;margin:10px 15px 12pt'>1.5pt");
