@@ -19,7 +19,11 @@ const std::string kChart =
     "\xcf\xc3\xe5\x98\x9e\xfc\x58\x00\x00\x00\x00\x49\x45\x4e\x44\xae\x42\x60\x82"s;
 
 std::string ExampleStore() {
-  StoreBuilder store(StoreOptions::Smallest(PstLayout::Unicode, PstEncoding::Permute));
+  // Whole, and in little room.
+  StoreOptions options = StoreOptions::Smallest(PstLayout::Unicode, PstEncoding::Permute);
+  options.isBare = false;
+  options.hasLeanTables = false;
+  StoreBuilder store(options);
   FolderBuilder& inbox = store.folder(u"Inbox");
 
   MessageBuilder& figures = inbox.message();
@@ -43,6 +47,7 @@ std::string ExampleStore() {
 
   MessageBuilder& note = inbox.message();
   note.subject(u"A note").from(u"Carol Jones").body(u"Only plain text here.\r\n");
+  note.submitTime(134202600000000000);
   return store.bytes();
 }
 
