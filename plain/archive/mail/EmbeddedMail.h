@@ -14,10 +14,9 @@ struct ByteRange {
   uint64_t end = 0;
 };
 
-// Of a part of kind Item that is not encoded: the bytes from the end of the part's own headers to the
-// line end before the delimiter of a multipart that it is in, or the end of the
-// mail around it. GMime keeps no such range, and would write the mail anew; this gives the bytes as
-// they came.
+// Of a part of kind Item that is not encoded: the bytes from the end of the part's own headers to
+// the line end before the delimiter of a multipart that it is in, or the end of the mail around it.
+// GMime keeps no such range, and would write the mail anew; this gives the bytes as they came.
 Outcome<ByteRange> RangeOfEmbedded(MailBytes& mail, const LaidPart& part);
 
 }  // namespace tarn::archive::mail

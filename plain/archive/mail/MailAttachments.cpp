@@ -118,12 +118,22 @@ void AddUuencoded(const LaidPart& laid, MailAttachments& attachments) {
   }
 }
 
+void AddOfMessage(const LaidPart& laid, Item& message, MailAttachments& attachments) {
+  const std::vector<Attachment>& list = message.attachments();
+  for (size_t i = 0; i < list.size(); ++i) {
+    attachments.list.push_back(list[i]);
+    attachments.sources.push_back({&laid, i, &message});
+  }
+}
+
 }  // namespace
 
-size_t CountAttachments(const MailLayout& layout) {
+size_t CountAttachments(const MailLayout& layout, TnefParts& tnefs) {
   size_t count = 0;
   for (const LaidPart& laid : layout.parts) {
-    if (laid.uuencoded == nullptr) {
+    if (Item* const message = tnefs.of(laid)) {
+      count += message->attachments().size();
+    } else if (laid.uuencoded == nullptr) {
       ++count;
     } else if (const Outcome<std::string> text = BytesOfText(laid.uuencoded)) {
       count += SplitUuencode(*text).files.size();
@@ -132,7 +142,7 @@ size_t CountAttachments(const MailLayout& layout) {
   return count;
 }
 
-MailAttachments ReadAttachments(MailBytes& mail, const MailLayout& layout) {
+MailAttachments ReadAttachments(MailBytes& mail, const MailLayout& layout, TnefParts& tnefs) {
   MailAttachments attachments;
   ShownParts shown(layout);
   for (const LaidPart& laid : layout.parts) {
@@ -140,17 +150,22 @@ MailAttachments ReadAttachments(MailBytes& mail, const MailLayout& layout) {
       AddUuencoded(laid, attachments);
       continue;
     }
+    if (Item* const message = tnefs.of(laid)) {
+      AddOfMessage(laid, *message, attachments);
+      continue;
+    }
     Attachment attachment = Describe(mail, laid);
     const bool saysInline = IsDispositionInline(laid.part) && !attachment.contentId.empty();
     attachment.isInline = saysInline || shown.has(attachment, laid);
     attachments.list.push_back(std::move(attachment));
-    attachments.sources.push_back({&laid, 0});
+    attachments.sources.push_back({&laid});
   }
   return attachments;
 }
 
 Outcome<std::unique_ptr<ByteSource>> OpenAttachment(const SharedBytes& mail,
                                                     const AttachmentSource& source) {
+  if (source.message != nullptr) return source.message->open(source.file);
   if (source.laid->uuencoded != nullptr) return OpenUuencoded(source);
   if (source.laid->kind == AttachmentKind::Reference) {
     return Trouble{TroubleKind::Missing, "the attachment is elsewhere"};

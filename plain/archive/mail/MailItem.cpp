@@ -9,6 +9,7 @@
 #include "archive/mail/MailBodies.h"
 #include "archive/mail/MailLayout.h"
 #include "archive/mail/ParseMail.h"
+#include "archive/mail/TnefParts.h"
 #include "archive/text/BodyText.h"
 
 namespace tarn::archive::mail {
@@ -19,9 +20,12 @@ constexpr size_t kLargestUtf16 = size_t{64} << 20;
 // A header section is no larger where the mail was parsed at all.
 constexpr size_t kLargestHeaders = size_t{16} << 20;
 
+constexpr std::string_view kNote = "IPM.Note";
+
 class MailItem final : public Item {
  public:
-  explicit MailItem(MailSource source) : source_(std::move(source)) {}
+  explicit MailItem(MailSource source)
+      : source_(std::move(source)), tnefs_(source_.place, source_.depth) {}
 
   const ItemPlace& place() const override { return source_.place; }
   const ItemFields& fields(Detail detail) override;
@@ -31,16 +35,20 @@ class MailItem final : public Item {
   Outcome<std::unique_ptr<ByteSource>> open(size_t index) override;
   Outcome<std::unique_ptr<Item>> embedded(size_t index) override;
   Outcome<std::unique_ptr<ByteSource>> original() override { return SourceOf(source_.bytes); }
+  mapi::MapiMessage* properties() override;
   const std::vector<Trouble>& troubles() const override { return troubles_; }
 
  private:
   void parse();
+  void noteTroubles();
+  std::string classOfMessages();
   // Null, with a trouble, for one that cannot be had.
   const AttachmentSource* sourceOf(size_t index, Trouble& trouble);
 
   MailSource source_;
   std::optional<ParsedMail> mail_;
   MailLayout layout_;
+  TnefParts tnefs_;
   bool isHeadlineRead_ = false;
   bool isEnvelopeRead_ = false;
   ItemFields fields_;
@@ -69,6 +77,31 @@ void MailItem::parse() {
   if (const auto piece = PieceOfMail(mail_->message.get())) troubles_.push_back(*piece);
 }
 
+void MailItem::noteTroubles() {
+  for (Trouble& trouble : tnefs_.takeTroubles()) troubles_.push_back(std::move(trouble));
+}
+
+// What a message within the mail is, as an invitation: the mail only carries it.
+std::string MailItem::classOfMessages() {
+  for (const LaidPart& laid : layout_.parts) {
+    Item* const message = tnefs_.of(laid);
+    if (message == nullptr) continue;
+    const std::string& own = message->fields(Detail::Headline).messageClass;
+    if (!own.empty()) return own;
+  }
+  return std::string(kNote);
+}
+
+mapi::MapiMessage* MailItem::properties() {
+  parse();
+  for (const LaidPart& laid : layout_.parts) {
+    Item* const message = tnefs_.of(laid);
+    if (message != nullptr && message->properties() != nullptr) return message->properties();
+  }
+  noteTroubles();
+  return nullptr;
+}
+
 const ItemFields& MailItem::fields(Detail detail) {
   parse();
   if (!isHeadlineRead_) {
@@ -76,9 +109,12 @@ const ItemFields& MailItem::fields(Detail detail) {
     ReadHeadline(mail_->message.get(), fields_);
     if (!fields_.received) fields_.received = source_.received;
     fields_.messageClass = ClassOf(mail_->message.get(), layout_);
+    if (fields_.messageClass == kNote) fields_.messageClass = classOfMessages();
     fields_.size = source_.bytes->size();
-    fields_.attachmentCount = attachments_ ? attachments_->list.size() : CountAttachments(layout_);
+    fields_.attachmentCount =
+        attachments_ ? attachments_->list.size() : CountAttachments(layout_, tnefs_);
     fields_.hasAttachments = fields_.attachmentCount != 0;
+    noteTroubles();
   }
   if (detail == Detail::Envelope && !isEnvelopeRead_) {
     isEnvelopeRead_ = true;
@@ -89,7 +125,10 @@ const ItemFields& MailItem::fields(Detail detail) {
 
 Bodies MailItem::bodies() {
   parse();
-  return BodiesOf(layout_, mail_->sawUuencode);
+  Bodies bodies = BodiesOf(layout_, mail_->sawUuencode);
+  tnefs_.addTo(bodies, layout_);
+  noteTroubles();
+  return bodies;
 }
 
 Outcome<std::string> MailItem::originalHeaders() {
@@ -106,7 +145,10 @@ Outcome<std::string> MailItem::originalHeaders() {
 
 const std::vector<Attachment>& MailItem::attachments() {
   parse();
-  if (!attachments_) attachments_ = ReadAttachments(*source_.bytes, layout_);
+  if (!attachments_) {
+    attachments_ = ReadAttachments(*source_.bytes, layout_, tnefs_);
+    noteTroubles();
+  }
   return attachments_->list;
 }
 
@@ -140,6 +182,7 @@ Outcome<std::unique_ptr<Item>> MailItem::embedded(size_t index) {
   if (source_.depth >= kDeepestItem) {
     return Trouble{TroubleKind::TooDeep, "mails within mails beyond what is read"};
   }
+  if (source->message != nullptr) return tnefs_.embedded(*source->laid, source->file, index);
   Outcome<SharedBytes> bytes = BytesOfEmbedded(source_.bytes, *source->laid);
   if (!bytes) return bytes.trouble();
   ItemPlace place{source_.place.id + "/" + std::to_string(index + 1), source_.place.id,

@@ -1,6 +1,11 @@
 // MailReaders.h - internet mail (RFC 5322, MIME) as items: a file with one mail, an mbox, a
 // Maildir.
 //
+// A message that travels inside of a mail (winmail.dat, MS-OXTNEF) is the mail's: its attachments
+// are in the mail's list in the place of the file, its text is the mail's where that has none of
+// its kind, and so are its class and its properties. Where it cannot be read, the file is an
+// attachment.
+//
 // They read whatever can be made of a file, and open what is no mail at all too: telling files
 // apart is for others.
 #ifndef TARN_ARCHIVE_MAILREADERS_H
