@@ -3,7 +3,7 @@
 # What building and testing needs, as Debian 12 names it.
 TARN_PACKAGES=(
   binutils cmake coreutils g++ gcc groff-base libbenchmark-dev libboost-dev libcli11-dev
-  libfontconfig-dev libfreetype-dev libgmime-3.0-dev libgtest-dev libgumbo-dev libicu-dev libqpdf-dev libsqlite3-dev
+  libfontconfig-dev libfreetype-dev libgmime-3.0-dev libgtest-dev libgumbo-dev libical-dev libicu-dev libqpdf-dev libsqlite3-dev
   libssl-dev ninja-build nlohmann-json3-dev pkg-config zlib1g-dev
 )
 
