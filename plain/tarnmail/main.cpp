@@ -158,6 +158,7 @@ void AddPagesCommand(CLI::App& app, CommandLine& line) {
 constexpr std::pair<const char*, const char*> kArchiveCommands[] = {
     {"list", "List every message of stores, MSG files, mails and folders of them"},
     {"show", "Show one message, or save its attachments"},
+    {"search", "Find messages in what was exported, by words of their text and attachments"},
 };
 
 bool IsArchiveCommand(const std::string& word) {

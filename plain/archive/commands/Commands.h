@@ -37,6 +37,16 @@ struct ShowOptions {
 
 host::ExitStatus Show(const ShowOptions& options);
 
+struct SearchOptions {
+  std::string directory;           // of an export
+  std::vector<std::string> words;  // joined by blanks
+  bool json = false;
+  std::optional<size_t> limit;  // of items; 0 for all; else as many as suit a terminal, or all
+  FilterOptions filter;
+};
+
+host::ExitStatus Search(const SearchOptions& options);
+
 }  // namespace tarn::archive
 
 #endif

@@ -38,67 +38,45 @@ class FolderTexts {
   std::string text_;
 };
 
+void PutText(const char* name, const std::string& value, JsonWriter& json) {
+  json.name(name);
+  json.text(value);
+}
+
+void PutAddress(const Address& value, JsonWriter& json) {
+  json.openObject();
+  PutText("name", value.name, json);
+  PutText("address", value.address, json);
+  json.closeObject();
+}
+
+void PutAddresses(const char* name, const std::vector<Address>& values, JsonWriter& json) {
+  json.name(name);
+  json.openArray();
+  for (const Address& value : values) PutAddress(value, json);
+  json.closeArray();
+}
+
+void PutMoment(const char* name, const std::optional<Moment>& value, JsonWriter& json) {
+  json.name(name);
+  if (value) {
+    json.text(Iso8601(*value));
+  } else {
+    json.null();
+  }
+}
+
 class JsonListLines final : public ListLines {
  public:
   std::string lineOf(Item& item, const ListedSource& from) override {
-    const ItemPlace& place = item.place();
-    const ItemFields& fields = item.fields(Detail::Envelope);
     json_.clear();
     json_.openObject();
-    text("source", from.source.name);
-    text("id", place.id);
-    if (place.parent) text("parent", *place.parent);
-    text("folder", FolderText(*place.folder));
-    text("class", fields.messageClass);
-    text("subject", fields.subject);
-    json_.name("from");
-    address(fields.from);
-    addresses("to", fields.to);
-    addresses("cc", fields.cc);
-    addresses("bcc", fields.bcc);
-    moment("sent", fields.sent);
-    moment("received", fields.received);
-    json_.name("attachments");
-    json_.number(fields.attachmentCount);
-    json_.name("size");
-    if (fields.size) {
-      json_.number(*fields.size);
-    } else {
-      json_.null();
-    }
+    PutListKeys(item, from.source.name, json_);
     json_.closeObject();
     return std::string(json_.line()) + "\n";
   }
 
  private:
-  void text(const char* name, const std::string& value) {
-    json_.name(name);
-    json_.text(value);
-  }
-
-  void address(const Address& value) {
-    json_.openObject();
-    text("name", value.name);
-    text("address", value.address);
-    json_.closeObject();
-  }
-
-  void addresses(const char* name, const std::vector<Address>& values) {
-    json_.name(name);
-    json_.openArray();
-    for (const Address& value : values) address(value);
-    json_.closeArray();
-  }
-
-  void moment(const char* name, const std::optional<Moment>& value) {
-    json_.name(name);
-    if (value) {
-      json_.text(Iso8601(*value));
-    } else {
-      json_.null();
-    }
-  }
-
   JsonWriter json_;
 };
 
@@ -198,6 +176,32 @@ std::unique_ptr<ListLines> TabbedLines() { return std::make_unique<TabbedListLin
 
 std::unique_ptr<ListLines> AlignedLines(size_t width) {
   return std::make_unique<AlignedListLines>(width);
+}
+
+void PutListKeys(Item& item, const std::string& source, JsonWriter& json) {
+  const ItemPlace& place = item.place();
+  const ItemFields& fields = item.fields(Detail::Envelope);
+  PutText("source", source, json);
+  PutText("id", place.id, json);
+  if (place.parent) PutText("parent", *place.parent, json);
+  PutText("folder", FolderText(*place.folder), json);
+  PutText("class", fields.messageClass, json);
+  PutText("subject", fields.subject, json);
+  json.name("from");
+  PutAddress(fields.from, json);
+  PutAddresses("to", fields.to, json);
+  PutAddresses("cc", fields.cc, json);
+  PutAddresses("bcc", fields.bcc, json);
+  PutMoment("sent", fields.sent, json);
+  PutMoment("received", fields.received, json);
+  json.name("attachments");
+  json.number(fields.attachmentCount);
+  json.name("size");
+  if (fields.size) {
+    json.number(*fields.size);
+  } else {
+    json.null();
+  }
 }
 
 const std::string& SenderText(const Address& from) {

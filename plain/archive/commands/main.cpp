@@ -27,6 +27,7 @@ using host::Failure;
 struct CommandLine {
   ListOptions list;
   ShowOptions show;
+  SearchOptions search;
   std::function<ExitStatus()> chosen;
 };
 
@@ -119,6 +120,35 @@ void AddShow(CLI::App& app, CommandLine& line) {
   show->callback([&line] { line.chosen = [&line] { return Show(line.show); }; });
 }
 
+void AddSearch(CLI::App& app, CommandLine& line) {
+  SearchOptions& options = line.search;
+  CLI::App* const search = app.add_subcommand(
+      "search", "Find messages in what was exported, by words of their text and attachments");
+  search->add_option("DIR", options.directory, "The folder that export has written")
+      ->required()
+      ->type_name("");
+  search
+      ->add_option("WORDS", options.words,
+                   "Words that must all occur; '\"a phrase\"', begin*, a OR b, NOT c, "
+                   "subject: from: to: body: attachment: before a word")
+      ->required()
+      ->type_name("");
+  search->add_flag("--json", options.json, "JSON Lines for machines");
+  const auto takeNumber = [&options](const std::string& text) {
+    const std::optional<int32_t> number = host::ParseNumber(text);
+    if (!number || *number < 0) {
+      throw CLI::ValidationError("--limit", host::Named(text) + " is no number from 0");
+    }
+    options.limit = static_cast<size_t>(*number);
+  };
+  search
+      ->add_option_function<std::string>("--limit", takeNumber,
+                                         "At most N messages, 0 for all; on a terminal 20")
+      ->type_name("N");
+  AddFilter(*search, options.filter);
+  search->callback([&line] { line.chosen = [&line] { return Search(line.search); }; });
+}
+
 ExitStatus Run(std::vector<std::string> words) {
   CLI::App app("Reads whole mail archives.", "tarnmail");
   app.require_subcommand(1);
@@ -126,6 +156,7 @@ ExitStatus Run(std::vector<std::string> words) {
   CommandLine line;
   AddList(app, line);
   AddShow(app, line);
+  AddSearch(app, line);
   try {
     // The parser takes the words from the end.
     std::reverse(words.begin(), words.end());
