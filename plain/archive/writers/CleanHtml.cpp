@@ -11,8 +11,6 @@
 namespace tarn::archive {
 namespace {
 
-constexpr std::string_view kSpace = " \t\r\n\f";
-
 bool IsControlOrSpace(char c) { return static_cast<unsigned char>(c) <= 0x20 || c == 0x7F; }
 char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
 
