@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-#include "archive/writers/HtmlTokens.h"
+#include "archive/text/HtmlTokens.h"
 #include "archive/writers/MailImages.h"
 #include "archive/writers/SinkBuffer.h"
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "archive/writers/HtmlTokens.h"
+#include "archive/text/HtmlTokens.h"
 
 namespace tarn::archive {
 namespace {

@@ -5,7 +5,7 @@
 
 #include "archive/text/BodyText.h"
 #include "archive/writers/CleanHtml.h"
-#include "archive/writers/HtmlTokens.h"
+#include "archive/text/HtmlTokens.h"
 #include "archive/writers/ItemText.h"
 #include "archive/writers/MailImages.h"
 #include "archive/writers/SinkBuffer.h"

@@ -1,4 +1,4 @@
-#include "archive/writers/HtmlTokens.h"
+#include "archive/text/HtmlTokens.h"
 
 #include <algorithm>
 #include <array>
