@@ -27,6 +27,17 @@ void LineScan::goTo(uint64_t offset) {
   at_ = 0;
 }
 
+bool LineScan::skipOthers(std::string_view beginnings, uint64_t limit) {
+  const std::string_view chunk(chunk_.data(), size_);
+  const size_t before = at_;
+  while (at_ < size_ && beginnings.find(chunk[at_]) == std::string_view::npos) {
+    const size_t newline = chunk.find('\n', at_);
+    if (newline == std::string_view::npos || chunkStart_ + newline >= limit) break;
+    at_ = newline + 1;
+  }
+  return at_ != before;
+}
+
 std::optional<LineScan::Line> LineScan::next() {
   if (trouble_) return std::nullopt;
   if (at_ == size_ && !fill()) return std::nullopt;

@@ -27,6 +27,10 @@ class LineScan {
   // The next line; none at the end, or where the bytes cannot be read: then there is a trouble.
   std::optional<Line> next();
 
+  // Passes over whole lines that end at `limit` or before and do not begin with one of these bytes:
+  // as many as can be had quickly. Tells whether there were any.
+  bool skipOthers(std::string_view beginnings, uint64_t limit);
+
   // The next line is the one that begins at `offset`.
   void goTo(uint64_t offset);
 
@@ -36,7 +40,7 @@ class LineScan {
   bool fill();
 
   MailBytes& bytes_;
-  std::array<char, 32768> chunk_;
+  std::array<char, 8192> chunk_;
   uint64_t chunkStart_;
   size_t size_ = 0;
   size_t at_ = 0;

@@ -10,18 +10,17 @@
 namespace tarn::archive::mail {
 namespace {
 
+// Two blocks of the file are kept: mails are looked at several times, from different places.
 class FileBytes final : public MailBytes {
  public:
   // Null for what cannot be opened or has no length.
   static SharedBytes open(const std::filesystem::path& path) {
     auto bytes = std::make_shared<FileBytes>();
-    // Readers have buffers of their own.
     bytes->file_.pubsetbuf(nullptr, 0);
     if (bytes->file_.open(path, std::ios::in | std::ios::binary) == nullptr) return nullptr;
     const std::streamoff end = bytes->file_.pubseekoff(0, std::ios::end);
     if (end < 0 || end == std::numeric_limits<std::streamoff>::max()) return nullptr;
     bytes->size_ = static_cast<uint64_t>(end);
-    bytes->position_ = bytes->size_;
     return bytes;
   }
 
@@ -29,28 +28,54 @@ class FileBytes final : public MailBytes {
 
   Outcome<size_t> readAt(uint64_t offset, std::span<char> buffer) override {
     if (offset >= size_) return size_t{0};
-    const auto wanted =
-        static_cast<std::streamsize>(std::min<uint64_t>(buffer.size(), size_ - offset));
-    std::streamsize count = -1;
-    try {
-      if (offset != position_) file_.pubseekoff(static_cast<std::streamoff>(offset), std::ios::beg);
-      count = file_.sgetn(buffer.data(), wanted);
-    } catch (const std::exception&) {
-      // What the system refuses, the library throws as a failure.
-    }
-    if (count <= 0) {
-      position_ = std::numeric_limits<uint64_t>::max();
+    const Block* const block = blockOf(offset);
+    const auto at = static_cast<size_t>(offset % kBlock);
+    if (block == nullptr || at >= block->bytes.size()) {
       return Trouble{TroubleKind::Unreadable,
                      "the file cannot be read from byte " + std::to_string(offset) + " on"};
     }
-    position_ = offset + static_cast<uint64_t>(count);
-    return static_cast<size_t>(count);
+    const size_t count = std::min(buffer.size(), block->bytes.size() - at);
+    std::copy_n(block->bytes.data() + at, count, buffer.data());
+    return count;
   }
 
  private:
+  static constexpr size_t kBlock = 65536;
+
+  struct Block {
+    uint64_t start = std::numeric_limits<uint64_t>::max();
+    std::string bytes;
+  };
+
+  // Null where it cannot be read at all.
+  const Block* blockOf(uint64_t offset) {
+    const uint64_t start = offset - offset % kBlock;
+    if (blocks_[0].start != start) {
+      std::swap(blocks_[0], blocks_[1]);
+      if (blocks_[0].start != start && !read(blocks_[0], start)) return nullptr;
+    }
+    return &blocks_[0];
+  }
+
+  bool read(Block& block, uint64_t start) {
+    block.start = std::numeric_limits<uint64_t>::max();
+    block.bytes.resize(static_cast<size_t>(std::min<uint64_t>(kBlock, size_ - start)));
+    std::streamsize count = -1;
+    try {
+      file_.pubseekoff(static_cast<std::streamoff>(start), std::ios::beg);
+      count = file_.sgetn(block.bytes.data(), static_cast<std::streamsize>(block.bytes.size()));
+    } catch (const std::exception&) {
+      // What the system refuses, the library throws as a failure.
+    }
+    if (count <= 0) return false;
+    block.bytes.resize(static_cast<size_t>(count));
+    block.start = start;
+    return true;
+  }
+
   std::filebuf file_;
   uint64_t size_ = 0;
-  uint64_t position_ = 0;
+  std::array<Block, 2> blocks_;  // the one used last comes first
 };
 
 class MemoryBytes final : public MailBytes {

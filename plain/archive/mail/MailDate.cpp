@@ -22,6 +22,25 @@ bool TellsUtc(std::string_view date) {
                      [&](std::string_view name) { return ContainsNoCase(date, name); });
 }
 
+constexpr std::string_view kMonths = "JanFebMarAprMayJunJulAugSepOctNovDec";
+
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+// Where the last day of the week is in a line of an mbox, with the blank before it; 0 without one.
+size_t MboxDate(std::string_view line) {
+  constexpr std::array<std::string_view, 7> kDays{" Sun", " Mon", " Tue", " Wed",
+                                                  " Thu", " Fri", " Sat"};
+  for (size_t at = line.size(); at > 4; --at) {
+    const std::string_view day = line.substr(at - 5, 4);
+    const char after = line[at - 1];
+    if ((after == ' ' || after == ',') &&
+        std::find(kDays.begin(), kDays.end(), day) != kDays.end()) {
+      return at - 5;
+    }
+  }
+  return 0;
+}
+
 }  // namespace
 
 std::optional<Moment> MomentOfDate(std::string_view date) {
@@ -37,15 +56,26 @@ std::optional<Moment> MomentOfDate(std::string_view date) {
 }
 
 std::optional<Moment> MomentOfMboxLine(std::string_view line) {
-  constexpr std::array<std::string_view, 7> kDays{" Sun ", " Mon ", " Tue ", " Wed ",
-                                                  " Thu ", " Fri ", " Sat "};
-  size_t last = 0;
-  for (const std::string_view day : kDays) {
-    const size_t at = line.rfind(day);
-    if (at != std::string_view::npos) last = std::max(last, at);
+  const size_t date = MboxDate(line);
+  return date == 0 ? std::nullopt : MomentOfDate(line.substr(date));
+}
+
+bool HasMboxDate(std::string_view line) {
+  const size_t date = MboxDate(line);
+  if (date == 0) return false;
+  line.remove_prefix(date);
+  bool hasMonth = false;
+  bool hasTime = false;
+  bool hasYear = false;
+  while (!line.empty()) {
+    const std::string_view word = line.substr(0, line.find(' '));
+    hasMonth |=
+        word.size() == 3 && kMonths.find(word) < kMonths.size() && kMonths.find(word) % 3 == 0;
+    hasTime |= word.size() >= 4 && IsDigit(word[0]) && word.find(':') <= 2;
+    hasYear |= word.size() == 4 && std::all_of(word.begin(), word.end(), IsDigit);
+    line.remove_prefix(std::min(word.size() + 1, line.size()));
   }
-  if (last == 0) return std::nullopt;
-  return MomentOfDate(line.substr(last));
+  return hasMonth && hasTime && hasYear;
 }
 
 std::optional<Moment> MomentOfReceived(std::string_view field) {

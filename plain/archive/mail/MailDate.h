@@ -16,6 +16,9 @@ std::optional<Moment> MomentOfDate(std::string_view date);
 // Of the line that begins a mail of an mbox: "From ann@example.com Mon Jan  1 10:34:56 2024".
 std::optional<Moment> MomentOfMboxLine(std::string_view line);
 
+// Whether such a line has a day of the week and, after it, a month, a time and a year.
+bool HasMboxDate(std::string_view line);
+
 // Of a field "Received: from ... by ...; Mon, 1 Jan 2024 10:34:56 +0100".
 std::optional<Moment> MomentOfReceived(std::string_view field);
 

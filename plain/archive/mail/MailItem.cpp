@@ -7,6 +7,7 @@
 #include "archive/mail/HeaderFields.h"
 #include "archive/mail/MailAttachments.h"
 #include "archive/mail/MailBodies.h"
+#include "archive/mail/MailDate.h"
 #include "archive/mail/MailLayout.h"
 #include "archive/mail/ParseMail.h"
 #include "archive/mail/TnefParts.h"
@@ -107,7 +108,7 @@ const ItemFields& MailItem::fields(Detail detail) {
   if (!isHeadlineRead_) {
     isHeadlineRead_ = true;
     ReadHeadline(mail_->message.get(), fields_);
-    if (!fields_.received) fields_.received = source_.received;
+    if (!fields_.received) fields_.received = MomentOfMboxLine(source_.mboxLine);
     fields_.messageClass = ClassOf(mail_->message.get(), layout_);
     if (fields_.messageClass == kNote) fields_.messageClass = classOfMessages();
     fields_.size = source_.bytes->size();
@@ -212,13 +213,13 @@ Outcome<MailSource> MailSourceOfFile(SharedBytes file, ItemPlace place) {
   Outcome<SharedBytes> text = WithoutUtf16(std::move(file));
   if (!text) return text.trouble();
   SharedBytes bytes = std::move(*text);
-  const Outcome<MailStart> start = FindMailStart(*bytes);
+  Outcome<MailStart> start = FindMailStart(*bytes);
   if (!start) return start.trouble();
   if (start->offset != 0) {
     const uint64_t size = bytes->size();
     bytes = RangeOf(std::move(bytes), start->offset, size);
   }
-  return MailSource{std::move(place), std::move(bytes), start->received, 0, {}};
+  return MailSource{std::move(place), std::move(bytes), std::move(start->mboxLine), 0, {}};
 }
 
 }  // namespace tarn::archive::mail

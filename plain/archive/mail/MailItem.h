@@ -3,7 +3,7 @@
 #define TARN_ARCHIVE_MAILITEM_H
 
 #include <memory>
-#include <optional>
+#include <string>
 #include <vector>
 
 #include "archive/mail/MailBytes.h"
@@ -14,10 +14,10 @@ namespace tarn::archive::mail {
 // Where the mail is, and what is known of it from outside.
 struct MailSource {
   ItemPlace place;
-  SharedBytes bytes;               // all of the mail, without what an mbox adds
-  std::optional<Moment> received;  // where the mail itself does not tell
-  int depth = 0;                   // the items that it is embedded in
-  std::vector<Trouble> troubles;   // why not all of it is as it was
+  SharedBytes bytes;              // all of the mail, without what an mbox adds
+  std::string mboxLine;           // "From ann@example.com Mon Jan  1 10:34:56 2024", if any
+  int depth = 0;                  // the items that it is embedded in
+  std::vector<Trouble> troubles;  // why not all of it is as it was
 };
 
 std::unique_ptr<Item> MakeMailItem(MailSource source);

@@ -56,7 +56,7 @@ class MboxReader final : public ItemReader {
     Outcome<mail::MailSource> source = mail::MailSourceOfFile(
         mail::RangeOf(bytes_, mail.text, mail.end, mail.quotes), placeOf(mail.start));
     if (!source) return source.trouble();
-    if (mail.received) source->received = mail.received;
+    source->mboxLine = mail.line;
     if (mail.hasTooManyQuotes) {
       source->troubles.push_back({TroubleKind::TooLarge,
                                   "the mail has too many lines that begin with \">From \"; they "

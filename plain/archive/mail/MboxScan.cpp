@@ -58,7 +58,7 @@ Outcome<uint64_t> MboxScan::first() {
     if (Trimmed(line->text).empty()) continue;
     if (line->text.starts_with(kFrom)) {
       first_ = line->start;
-      hasDates_ = MomentOfMboxLine(line->text).has_value();
+      hasDates_ = HasMboxDate(line->text);
     }
     return first_;
   }
@@ -68,7 +68,7 @@ Outcome<uint64_t> MboxScan::first() {
 }
 
 bool MboxScan::isSeparator(std::string_view line) const {
-  return line.starts_with(kFrom) && (!hasDates_ || MomentOfMboxLine(line).has_value());
+  return line.starts_with(kFrom) && (!hasDates_ || HasMboxDate(line));
 }
 
 // A mail has headers; one without any begins with an empty line.
@@ -84,7 +84,7 @@ Outcome<MboxMail> MboxScan::mailAt(uint64_t start) {
   lines_.goTo(start);
   const auto line = lines_.next();
   if (line && line->text.starts_with(kFrom)) {
-    mail.received = MomentOfMboxLine(line->text);
+    mail.line = line->text;
     mail.text = line->end;
   } else {
     lines_.goTo(start);
@@ -123,7 +123,12 @@ bool MboxScan::isEnd(uint64_t end) {
 
 // `mail.end` is where the body begins.
 void MboxScan::readBody(MboxMail& mail, Body& body) {
-  while (const auto line = lines_.next()) {
+  for (;;) {
+    // What is neither empty, quoted nor a "From " line.
+    const uint64_t limit = body.end.value_or(bytes_.size());
+    if (!body.candidate && lines_.skipOthers("F>\r\n", limit)) body.empty.reset();
+    const auto line = lines_.next();
+    if (!line) break;
     if (!takeBodyLine(mail, body, *line)) return;
   }
   if (body.candidate && hasDates_) {

@@ -4,23 +4,23 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
 #include "archive/mail/LineScan.h"
-#include "archive/model/Moment.h"
 
 namespace tarn::archive::mail {
 
 // A mail of an mbox. Places count from the start of the file.
 struct MboxMail {
-  uint64_t start = 0;              // of its "From " line
-  uint64_t text = 0;               // of its own first line
-  uint64_t end = 0;                // without the empty line that the mbox adds
-  uint64_t next = 0;               // where the next mail begins, or the end of the file
-  std::optional<Moment> received;  // as the "From " line tells
-  std::vector<uint64_t> quotes;    // the ">" that the mbox has added
-  bool hasTooManyQuotes = false;   // so that they are not listed
+  uint64_t start = 0;             // of its "From " line
+  uint64_t text = 0;              // of its own first line
+  uint64_t end = 0;               // without the empty line that the mbox adds
+  uint64_t next = 0;              // where the next mail begins, or the end of the file
+  std::string line;               // its "From " line, the start of it
+  std::vector<uint64_t> quotes;   // the ">" that the mbox has added
+  bool hasTooManyQuotes = false;  // so that they are not listed
 };
 
 // Reads each byte about once, and keeps the places of quotes, which are bounded.

@@ -5,15 +5,17 @@
 
 #include "archive/mail/AsciiText.h"
 #include "archive/mail/LineScan.h"
-#include "archive/mail/MailDate.h"
 #include "archive/mail/MailStream.h"
 
 namespace tarn::archive::mail {
 namespace {
 
+// Of the parse that goes on.
+thread_local bool isTooDeep = false;
+
 // What GMime tells of a parse as warnings.
-void TakeWarning(gint64, GMimeParserWarning warning, const char*, void* overflowed) {
-  if (warning == GMIME_CRIT_NESTING_OVERFLOW) *static_cast<bool*>(overflowed) = true;
+void TakeWarning(gint64, GMimeParserWarning warning, const char*, void*) {
+  if (warning == GMIME_CRIT_NESTING_OVERFLOW) isTooDeep = true;
 }
 
 GMimeParserOptions* MakeOptions() {
@@ -22,12 +24,9 @@ GMimeParserOptions* MakeOptions() {
   std::array<const char*, 3> charsets{"utf-8", "windows-1252", nullptr};
   g_mime_parser_options_set_fallback_charsets(options, charsets.data());
   g_mime_parser_options_set_allow_addresses_without_domain(options, TRUE);
+  g_mime_parser_options_set_warning_callback(options, TakeWarning, nullptr);
   return options;
 }
-
-struct FreeOptions {
-  void operator()(GMimeParserOptions* options) const { g_mime_parser_options_free(options); }
-};
 
 // A mail that has no headers is a text.
 GObjectPtr<GMimeMessage> MessageOfText(GMimeStream* stream) {
@@ -70,7 +69,7 @@ Outcome<MailStart> FindMailStart(MailBytes& bytes) {
     const auto line = lines.next();
     if (!line) break;
     if (IsMboxLine(line->text)) {
-      if (!start.received) start.received = MomentOfMboxLine(line->text);
+      if (start.mboxLine.empty()) start.mboxLine = line->text;
     } else if (!Trimmed(line->text).empty()) {
       if (IsHeaderLine(line->text)) start.offset = line->start;
       break;
@@ -83,16 +82,13 @@ Outcome<MailStart> FindMailStart(MailBytes& bytes) {
 ParsedMail ParseMail(const SharedBytes& bytes) {
   ParsedMail mail;
   StreamReport report;
-  bool overflowed = false;
-  const std::unique_ptr<GMimeParserOptions, FreeOptions> options(
-      g_mime_parser_options_clone(ReadingOptions()));
-  g_mime_parser_options_set_warning_callback(options.get(), TakeWarning, &overflowed);
+  isTooDeep = false;
   const GObjectPtr<GMimeStream> stream = StreamFor(bytes, &report);
   {
     const GObjectPtr<GMimeParser> parser(g_mime_parser_new_with_stream(stream.get()));
     g_mime_parser_set_persist_stream(parser.get(), TRUE);
     g_mime_parser_set_format(parser.get(), GMIME_FORMAT_MESSAGE);
-    mail.message.reset(g_mime_parser_construct_message(parser.get(), options.get()));
+    mail.message.reset(g_mime_parser_construct_message(parser.get(), ReadingOptions()));
   }
   EndReport(stream.get());
   if (mail.message == nullptr) mail.message = MessageOfText(stream.get());
@@ -101,7 +97,7 @@ ParsedMail ParseMail(const SharedBytes& bytes) {
   if (!report.watch.reason().empty()) {
     mail.troubles.push_back({TroubleKind::TooLarge, report.watch.reason()});
   }
-  if (overflowed) {
+  if (isTooDeep) {
     mail.troubles.push_back(
         {TroubleKind::TooDeep, "the mail has parts within parts beyond what is read"});
   }

@@ -4,13 +4,12 @@
 
 #include <gmime/gmime.h>
 
-#include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
 #include "archive/mail/GObjectPtr.h"
 #include "archive/mail/MailBytes.h"
-#include "archive/model/Moment.h"
 #include "archive/model/Trouble.h"
 
 namespace tarn::archive::mail {
@@ -20,8 +19,8 @@ GMimeParserOptions* ReadingOptions();
 
 // What may be there before the first header of a mail.
 struct MailStart {
-  uint64_t offset = 0;             // of the first header, or of the text where there are none
-  std::optional<Moment> received;  // of a line "From ann@example.com Mon Jan  1 10:34:56 2024"
+  uint64_t offset = 0;   // of the first header, or of the text where there are none
+  std::string mboxLine;  // "From ann@example.com Mon Jan  1 10:34:56 2024", if any
 };
 
 // Passes over a byte order mark (UTF-8), empty lines and lines as an mbox begins its mails with,

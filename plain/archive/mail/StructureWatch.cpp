@@ -25,11 +25,24 @@ std::string_view ValueOf(std::string_view field) {
   return field.substr(std::min(field.find(':'), field.size() - 1) + 1);
 }
 
+// How many bytes of whole lines are before one that may be a delimiter or begin a uuencoded file.
+size_t DullLines(std::string_view text) {
+  size_t at = 0;
+  while (at < text.size() && text[at] != '-' && text[at] != 'b') {
+    const size_t newline = text.find('\n', at);
+    if (newline == std::string_view::npos) break;
+    at = newline + 1;
+  }
+  return at;
+}
+
 }  // namespace
 
 size_t StructureWatch::allow(std::string_view bytes) {
   size_t at = 0;
   while (at < bytes.size() && reason_.empty()) {
+    if (in_ == In::Body && !inLine_) at += DullLines(bytes.substr(at));
+    if (at == bytes.size()) break;
     const size_t newline = bytes.find('\n', at);
     const bool ends = newline != std::string_view::npos;
     const std::string_view piece = bytes.substr(at, (ends ? newline + 1 : bytes.size()) - at);
@@ -100,10 +113,11 @@ void StructureWatch::endHeaderLine(std::string_view line) {
 
 void StructureWatch::endField() {
   if (StartsWithNoCase(field_, "content-type")) {
-    isMessage_ |= ContainsNoCase(field_, "message/");
-    if (ContainsNoCase(field_, "multipart")) {
+    const std::string lowered = LoweredAscii(field_);
+    isMessage_ |= lowered.find("message/") != std::string::npos;
+    if (lowered.find("multipart") != std::string::npos) {
       isMultipart_ = true;
-      inDigest_ |= ContainsNoCase(field_, "digest");
+      inDigest_ |= lowered.find("digest") != std::string::npos;
       // GMime itself says what the boundary is, so that both look for the same.
       const std::string value(ValueOf(field_));
       const GObjectPtr<GMimeContentType> type(g_mime_content_type_parse(nullptr, value.c_str()));
