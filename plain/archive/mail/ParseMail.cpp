@@ -39,6 +39,28 @@ GObjectPtr<GMimeMessage> MessageOfText(GMimeStream* stream) {
   return message;
 }
 
+GMimeParser* MakeParser() {
+  ReadingOptions();  // GMime itself is made ready with them
+  return g_mime_parser_new();
+}
+
+// A parser is costly to make, and each mail is parsed at once.
+GMimeParser* ThreadParser() {
+  static thread_local const GObjectPtr<GMimeParser> parser(MakeParser());
+  return parser.get();
+}
+
+GObjectPtr<GMimeMessage> ParseWith(GMimeParser* parser, GMimeStream* stream) {
+  static thread_local const GObjectPtr<GMimeStream> nothing(g_mime_stream_mem_new());
+  g_mime_parser_init_with_stream(parser, stream);
+  g_mime_parser_set_persist_stream(parser, TRUE);
+  g_mime_parser_set_format(parser, GMIME_FORMAT_MESSAGE);
+  GObjectPtr<GMimeMessage> message(g_mime_parser_construct_message(parser, ReadingOptions()));
+  // It lets go of the stream.
+  g_mime_parser_init_with_stream(parser, nothing.get());
+  return message;
+}
+
 bool IsMboxLine(std::string_view line) {
   return line.starts_with("From ") || line.starts_with(">From ");
 }
@@ -84,12 +106,7 @@ ParsedMail ParseMail(const SharedBytes& bytes) {
   StreamReport report;
   isTooDeep = false;
   const GObjectPtr<GMimeStream> stream = StreamFor(bytes, &report);
-  {
-    const GObjectPtr<GMimeParser> parser(g_mime_parser_new_with_stream(stream.get()));
-    g_mime_parser_set_persist_stream(parser.get(), TRUE);
-    g_mime_parser_set_format(parser.get(), GMIME_FORMAT_MESSAGE);
-    mail.message.reset(g_mime_parser_construct_message(parser.get(), ReadingOptions()));
-  }
+  mail.message = ParseWith(ThreadParser(), stream.get());
   EndReport(stream.get());
   if (mail.message == nullptr) mail.message = MessageOfText(stream.get());
   mail.sawUuencode = report.watch.sawUuencode();
