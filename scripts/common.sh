@@ -25,7 +25,7 @@ TARN_PAGE_PACKAGES=(
 )
 
 # What the tests of pages read them with, and watch those who make them.
-TARN_PAGE_TEST_PACKAGES=(poppler-utils strace)
+TARN_PAGE_TEST_PACKAGES=(chromium poppler-utils python3 strace)
 
 say() { printf '%s\n' "$*" >&2; }
 

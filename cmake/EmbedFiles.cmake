@@ -1,0 +1,16 @@
+# cmake -DOUT=FILE -DFILES=A;B -P EmbedFiles.cmake: the files as bytes of a program, which
+# archive/catalogue/PageFiles.h declares.
+string(REPLACE "|" ";" FILES "${FILES}")
+set(arrays "")
+set(table "")
+set(number 0)
+foreach(file IN LISTS FILES)
+  math(EXPR number "${number} + 1")
+  get_filename_component(name "${file}" NAME)
+  file(READ "${file}" bytes HEX)
+  string(REGEX REPLACE "([0-9a-f][0-9a-f])" "'\\\\x\\1'," bytes "${bytes}")
+  string(REPLACE "'\\x0a'," "'\\x0a',\n" bytes "${bytes}")
+  string(APPEND arrays "constexpr char kFile${number}[] = {\n${bytes}};\n")
+  string(APPEND table "    {\"${name}\", {kFile${number}, sizeof(kFile${number})}},\n")
+endforeach()
+file(WRITE "${OUT}" "#include \"archive/catalogue/PageFiles.h\"\n\nnamespace tarn::archive {\nnamespace {\n\n${arrays}\n}  // namespace\n\nconst PageFile kPageFiles[${number}] = {\n${table}};\n\n}  // namespace tarn::archive\n")
