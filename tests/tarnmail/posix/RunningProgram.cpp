@@ -24,6 +24,8 @@ void MakeStream(int descriptor, int source) {
 }
 
 [[noreturn]] void Start(const ProgramCall& call, const Streams& streams, int ignoredSignal) {
+  // Shells ignore some for what they run in the background, and programs go on with that.
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) std::signal(signal, SIG_DFL);
   if (ignoredSignal != 0) std::signal(ignoredSignal, SIG_IGN);
   for (const auto& [name, value] : call.environment) setenv(name.c_str(), value.c_str(), 1);
   if (!call.workingDirectory.empty() && chdir(call.workingDirectory.c_str()) != 0) _exit(120);
