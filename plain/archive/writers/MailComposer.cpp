@@ -48,6 +48,26 @@ ThreadFields ThreadOf(Item& item) {
           values.text(kTagInternetReferences).value_or("")};
 }
 
+// Whether a class is that of a signed or an encrypted mail.
+bool IsSecured(std::string_view messageClass) {
+  constexpr std::string_view kClass = "ipm.note.smime";
+  return messageClass.size() >= kClass.size() &&
+         std::equal(kClass.begin(), kClass.end(), messageClass.begin(),
+                    [](char a, char b) { return a == (b >= 'A' && b <= 'Z' ? b + 32 : b); });
+}
+
+// Whether bytes begin as the headers of a part.
+bool BeginsWithType(Item& item, size_t index) {
+  constexpr std::string_view kField = "content-type:";
+  const Outcome<std::unique_ptr<ByteSource>> source = item.open(index);
+  if (!source) return false;
+  std::string start(kField.size(), '\0');
+  const Outcome<size_t> size = (*source)->read(start);
+  return size && *size == start.size() &&
+         std::equal(kField.begin(), kField.end(), start.begin(),
+                    [](char a, char b) { return a == (b >= 'A' && b <= 'Z' ? b + 32 : b); });
+}
+
 // Parts of these types have rules of their own, that bytes which are only carried may not keep.
 std::string CarriedType(const std::string& mediaType) {
   const bool isStructure = mediaType.starts_with("multipart/") || mediaType.starts_with("message/");
@@ -71,6 +91,11 @@ void MailComposer::put(Item& item) {
 void MailComposer::compose(Item& item) {
   const std::string outer = std::exchange(seed_, SeedOf(item));
   putHeaders(item);
+  if (putSecured(item)) {
+    AppendTroubles(item.troubles(), lost_);
+    seed_ = outer;
+    return;
+  }
   const Plan plan = planOf(item);
   if (plan.others.empty()) {
     putTexts(item, plan);
@@ -109,6 +134,27 @@ void MailComposer::putHeaders(Item& item) {
     return std::binary_search(kept.names.begin(), kept.names.end(), name);
   }));
   out_.put("MIME-Version: 1.0\r\n");
+}
+
+// The one attachment of a signed mail is all of its content, with its headers; that of an encrypted
+// one is the encrypted bytes. False, and nothing written, for all other items.
+bool MailComposer::putSecured(Item& item) {
+  if (!IsSecured(item.fields(Detail::Envelope).messageClass)) return false;
+  const std::vector<Attachment>& attachments = item.attachments();
+  if (attachments.size() != 1 || attachments[0].trouble ||
+      attachments[0].kind != AttachmentKind::Data) {
+    return false;
+  }
+  const std::string& type = attachments[0].mediaType;
+  if (type == "multipart/signed" && BeginsWithType(item, 0)) {
+    const Outcome<std::unique_ptr<ByteSource>> source = item.open(0);
+    const std::optional<Trouble> broken = source ? PutAll(**source, out_) : source.trouble();
+    if (broken) lose(attachments[0], 0, *broken);
+    return true;
+  }
+  if (type != "application/pkcs7-mime" && type != "application/x-pkcs7-mime") return false;
+  putAttachment(item, 0, false);
+  return true;
 }
 
 MailComposer::Plan MailComposer::planOf(Item& item) {

@@ -8,6 +8,8 @@
 //         pictures
 //     attachments; embedded items as message/rfc822, references as message/external-body
 //
+// A signed or encrypted mail is kept as one attachment (MS-OXOSMIME 2.1.3): that is its content.
+//
 // Boundaries come from the content and a counter, and begin with "=_", which no encoded content
 // has. Attachments stream.
 #ifndef TARN_ARCHIVE_MAILCOMPOSER_H
@@ -45,6 +47,7 @@ class MailComposer {
 
   void compose(Item& item);
   void putHeaders(Item& item);
+  bool putSecured(Item& item);
   Plan planOf(Item& item);
   void putTexts(Item& item, const Plan& plan);
   void putText(const Text& text);

@@ -4,8 +4,8 @@
 #include <string_view>
 
 #include "archive/text/BodyText.h"
-#include "archive/writers/CleanHtml.h"
 #include "archive/text/HtmlTokens.h"
+#include "archive/writers/CleanHtml.h"
 #include "archive/writers/ItemText.h"
 #include "archive/writers/MailImages.h"
 #include "archive/writers/SinkBuffer.h"

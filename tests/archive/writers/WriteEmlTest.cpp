@@ -239,6 +239,35 @@ TEST(WriteEmlTest, IsWholeWhereThingsCannotBeRead) {
                 "\r\n--=_#_1--\r\n");
 }
 
+TEST(WriteEmlTest, WritesTheContentOfSignedMails) {
+  FakeContent content = Letter();
+  content.fields.messageClass = "IPM.Note.SMIME.MultipartSigned";
+  const std::string part = "Content-type: multipart/signed; boundary=x\r\n\r\n--x\r\n";
+  content.attach("smime.p7m", "multipart/signed", part);
+  EXPECT_EQ(EmlOf(content), kLetterHeaders + part);
+  content.broken = {0};
+  EXPECT_EQ(EmlOf(content, 1), kLetterHeaders + part);
+  // Bytes that are no part are carried as any others.
+  content.broken.clear();
+  content.bytes[0] = "x";
+  EXPECT_NE(EmlOf(content).find("Content-Type: multipart/mixed"), std::string::npos);
+}
+
+TEST(WriteEmlTest, WritesTheContentOfEncryptedMails) {
+  FakeContent content = Letter();
+  content.fields.messageClass = "IPM.Note.SMIME";
+  content.attach("smime.p7m", "application/pkcs7-mime", "foo");
+  EXPECT_EQ(EmlOf(content), std::string(kLetterHeaders) +
+                                "Content-Type: application/pkcs7-mime\r\n"
+                                "Content-Disposition: attachment; filename=smime.p7m\r\n"
+                                "Content-Transfer-Encoding: base64\r\n\r\nZm9v\r\n");
+  content.list[0].mediaType = "application/pdf";
+  EXPECT_NE(EmlOf(content).find("Content-Type: multipart/mixed"), std::string::npos);
+  content.list[0].mediaType = "application/x-pkcs7-mime";
+  content.attach("other", "", "x");
+  EXPECT_NE(EmlOf(content).find("Content-Type: multipart/mixed"), std::string::npos);
+}
+
 TEST(WriteEmlTest, EndsWhereTheSinkIsFull) {
   FakeContent content = Letter();
   for (int i = 0; i < 5; ++i) content.attach("a", "", std::string(100000, 'x'));

@@ -1,7 +1,8 @@
 // Usage: WriteForms PATH FOLDER
-// Writes each item of a mail file into the folder in all forms that need no text of HTML: 1.eml,
-// 1.html, 1.json, 2.eml ..., and all of them into one all.mbox. Prints for each what the reader of
-// the archive gives of it, and what it gives of the mail that was written, as JSON Lines:
+// Writes each item of a mail file into the folder in all
+// forms: 1.eml, 1.html, 1.json, 1.txt, 1.vcf, 1.ics, 2.eml ..., contacts and calendars of items
+// that are none too, and all of them into one all.mbox. Prints for each what the reader of the
+// archive gives of it, and what it gives of the mail that was written, as JSON Lines:
 //   {"place":1,"bodies":...,"attachments":...,"again":{the same of 1.eml},"isSameAgain":true}
 // The last tells whether the mail that is written of 1.eml has its very bytes.
 #include <glib.h>
@@ -163,6 +164,12 @@ void WriteItem(Item& item, const std::filesystem::path& folder, uint64_t place) 
     json.number(uint64_t{WriteEml(item, eml).lost.size()});
     WriteHtml(item, {}, html);
     WriteJson(item, whole);
+    FileSink text(path(".txt"), "wb");
+    FileSink card(path(".vcf"), "wb");
+    FileSink calendar(path(".ics"), "wb");
+    WriteText(item, text);
+    WriteVcard(item, card);
+    WriteIcalendar(item, calendar);
     WriteMbox(item, mbox);
   }
   HashSink again;

@@ -5,8 +5,8 @@ Usage: read_back.py WRITE_FORMS FOLDER...
 Each mail file of the folders, and of the folder that MAIL_CORPUS names, is written item by item as
 mails and as one mbox. Subject, addresses, date, text, HTML and the SHA-256 of each attachment must
 be those of the item, read by Python and by the archive alike; a mail that is written again has the
-same bytes; the mbox has as many mails, with the same parts. HTML begins with its policy, and JSON
-is such. Text is compared without white space at its ends and the ends of its lines.
+same bytes; the mbox has as many mails, with the same parts. HTML begins with its policy, JSON is
+such, text is UTF-8 without NULs, and vobject reads contacts and calendars. Text is compared without white space at its ends and the ends of its lines.
 """
 
 import email
@@ -22,6 +22,8 @@ import subprocess
 import sys
 import tempfile
 from datetime import timezone
+
+import vobject
 
 DATA, ITEM, OLE, REFERENCE, SIGNATURE = range(5)
 POLICY = (
@@ -44,7 +46,7 @@ def flat(text):
 
 
 def lines(text):
-    return [line.rstrip() for line in text.replace("\ufeff", "").strip().splitlines()]
+    return [line.rstrip() for line in text.replace("\ufeff", "").replace("\0", "").strip().splitlines()]
 
 
 def subject(message):
@@ -161,7 +163,10 @@ class Check:
         self.same(name, "scripts", re.findall(r"(?i)<script|<iframe|<object|<base", html), [])
         with open(stem + ".json", encoding="utf-8") as file:
             self.same(name, "json", json.load(file)["subject"], row["item"]["subject"])
-        if row["lost"]:
+        with open(stem + ".txt", encoding="utf-8") as file:
+            self.same(name, "NULs", "\0" in file.read(), False)
+        self.check_cards(name, stem, row)
+        if row["lost"] or row["class"].endswith("MultipartSigned"):
             return
         message = email.message_from_bytes(content, policy=email.policy.compat32)
         if not row["isMail"]:
@@ -174,6 +179,24 @@ class Check:
                     moment = moment.replace(tzinfo=timezone.utc)
                 self.same(name, "date", row["item"]["sent"],
                           moment.astimezone(timezone.utc).strftime("%Y-%m-%dT%H:%M:%SZ"))
+
+    def check_cards(self, name, stem, row):
+        """vobject knows vCard 3.0; what is compared is the same there."""
+        with open(stem + ".vcf", encoding="utf-8", newline="") as file:
+            content = file.read()
+        self.same(name, "long lines", [li for li in content.split("\r\n") if len(li.encode()) > 75], [])
+        card = vobject.readOne(content)
+        self.same(name, "name", flat(card.fn.value), flat(row["item"]["subject"]) or card.fn.value)
+        if "text" in row["item"] and row["item"]["text"].strip():
+            self.same(name, "note", lines(card.note.value), lines(row["item"]["text"]))
+        if any(a["name"].endswith(".ics") for a in row["item"]["attachments"]):
+            return
+        with open(stem + ".ics", encoding="utf-8", newline="") as file:
+            calendar = vobject.readOne(file.read())
+        event = calendar.vevent
+        if row["item"]["subject"]:
+            self.same(name, "summary", flat(event.summary.value), flat(row["item"]["subject"]))
+        self.same(name, "uid", event.uid.value != "", True)
 
     def check_mbox(self, name, folder, count):
         box = mailbox.mbox(os.path.join(folder, "all.mbox"))
