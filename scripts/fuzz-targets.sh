@@ -13,6 +13,10 @@ FUZZ_TARGETS=(
 if [ -x "$root/build/debug/tests/FuzzHtmlPages" ]; then
   FUZZ_TARGETS+=(FuzzHtmlPages FuzzTextPages FuzzPicture FuzzHarmlessRtf)
 fi
+# Those of the archive, where it is built.
+if [ -x "$root/build/debug/tests/FuzzArchiveMail" ]; then
+  FUZZ_TARGETS+=(FuzzArchiveMail)
+fi
 
 declare -A FUZZ_DICTIONARY=(
   [FuzzByteSearch]=mail.dict [FuzzCompoundFile]=compound.dict [FuzzCompressedRtf]=rtf.dict
@@ -20,13 +24,14 @@ declare -A FUZZ_DICTIONARY=(
   [FuzzMsgRoad]=msg.dict [FuzzPstRoad]=pst.dict [FuzzPstStore]=pst.dict [FuzzRtfDocument]=rtf.dict
   [FuzzRtfFontTable]=rtf.dict [FuzzRtfToHtml]=rtf.dict [FuzzScrubHtmlBody]=rtf.dict
   [FuzzHarmlessRtf]=fields.dict [FuzzHtmlPages]=html.dict [FuzzPicture]=pictures.dict
-  [FuzzTextPages]=mail.dict
+  [FuzzTextPages]=mail.dict [FuzzArchiveMail]=mail.dict
 )
 
 # The largest input in bytes, where it is not the megabyte that the others get: so that no run takes
 # seconds, sanitizers included.
 declare -A FUZZ_LARGEST=([FuzzByteSearch]=65536 [FuzzRtfDocument]=131072 [FuzzRtfFontTable]=131072
-  [FuzzHtmlPages]=16384 [FuzzPicture]=16384 [FuzzTextPages]=65536)
+  [FuzzHtmlPages]=16384 [FuzzPicture]=16384 [FuzzTextPages]=65536
+  [FuzzArchiveMail]=32768)
 
 # Writes what is made for fuzzing alone: stores and MSG files of the builders, and a folder of mails.
 write_seeds() {
@@ -45,7 +50,7 @@ fuzz_sources() {
     FuzzCompressedRtf) sources+=("$root/examples/compressed-rtf") ;;
     FuzzEmbeddedExport)
       sources+=("$root/examples/msg" "$work/written-seeds/msg" "$root/fuzz/seeds/FuzzMsgRoad") ;;
-    FuzzEmlRoad) sources+=("$work/written-seeds/eml") ;;
+    FuzzArchiveMail | FuzzEmlRoad) sources+=("$work/written-seeds/eml") ;;
     FuzzHarmlessRtf)
       sources+=("$root/examples/rtf" "$root/examples/rtf-html" "$root/tests/siblings/pages/reference") ;;
     FuzzHtmlPages)

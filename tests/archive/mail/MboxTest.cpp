@@ -76,6 +76,8 @@ TEST_F(MboxTest, TakesNoOtherLinesForIt) {
   for (const char* text : {
            "\nFrom here on: all is well\nNote: x\n",
            "\nFrom Mon to Fri we are there, in 2024\nNote: x\n",
+           "\nFrom the Mon who came at 10:30 in 2024\nNote: x\n",
+           "\nFrom this Mon Jan 2024\nNote: x\n",
            "text\nFrom a@b.example Mon Jan  1 10:34:56 2024\nSubject: b\n",
            "\nFrom a@b.example Mon Jan  1 10:34:56 2024\nthis is what he wrote\n",
            "\n From a@b.example Mon Jan  1 10:34:56 2024\nSubject: b\n",
