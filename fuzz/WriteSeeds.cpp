@@ -1,5 +1,5 @@
-// WriteSeeds DIRECTORY: writes the stores (DIRECTORY/pst) and MSG files (DIRECTORY/msg) that
-// fuzzing starts from, a few kB each, as the tests' builders make them.
+// WriteSeeds DIRECTORY: writes the stores (DIRECTORY/pst), MSG files (DIRECTORY/msg) and TNEF
+// (DIRECTORY/tnef) that fuzzing starts from, a few kB each, as the tests' builders make them.
 
 #include <cstdio>
 #include <filesystem>
@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "support/RtfCompressor.h"
+#include "support/TnefBuilder.h"
 #include "support/msg/MsgBuilder.h"
 #include "support/pst/StoreBuilder.h"
 
@@ -116,6 +117,34 @@ void WriteMessages(const std::filesystem::path& directory) {
   Write(directory / "text.msg", text.write());
 }
 
+// Attributes of every kind, and an embedded message.
+void WriteTnef(const std::filesystem::path& directory) {
+  TnefBuilder inner;
+  inner.properties(TnefList().text(0x0037, u"in").text8(0x1000, "inner"));
+  TnefBuilder mail;
+  mail.codePage(1252).text8(TnefMessageLevel, 0x8008, "IPM.Microsoft Mail.Note");
+  mail.text8(TnefMessageLevel, 0x8004, "Hi").text8(TnefMessageLevel, 0x800C, "plain");
+  mail.properties(TnefList()
+                      .time(0x0039, kTime)
+                      .binary(0x1009, StoreRtf(kWrappedHtml))
+                      .named("0123456789abcdef", u"name")
+                      .integer(0x8000, 1)
+                      .values(0x3A58, 0x101F, {TnefWide(u"a"), TnefWide(u"b")}));
+  mail.recipients({TnefList().integer(0x0C15, 1).text(0x3001, u"Bob").text(0x39FE, u"b@c.d")});
+  mail.attachment().text8(TnefAttachmentLevel, 0x8010, "a.txt").attachmentData("bytes");
+  mail.attachment().attachmentProperties(
+      TnefList().integer(0x3705, 5).object(0x3701, kTnefMessageInterface, inner.write()));
+  Write(directory / "mail.tnef", mail.write());
+  TnefBuilder old;
+  old.attribute(TnefMessageLevel, 0x8000, 0,
+                TnefNumber(0x00280004, 4) + TnefNumber(4, 2) + TnefNumber(11, 2) +
+                    std::string("Ann\0SMTP:a@b.c\0", 16));
+  old.attribute(TnefMessageLevel, 0x8005, 3,
+                TnefWide(u"\u07E8\u0005\u0001\u000A\u0022\u0038\u0003"));
+  old.attachment(2).attachmentData("object");
+  Write(directory / "old.tnef", old.write());
+}
+
 }  // namespace
 
 int main(int count, char** arguments) {
@@ -126,7 +155,9 @@ int main(int count, char** arguments) {
   const std::filesystem::path directory = arguments[1];
   std::filesystem::create_directories(directory / "pst");
   std::filesystem::create_directories(directory / "msg");
+  std::filesystem::create_directories(directory / "tnef");
   WriteStores(directory / "pst");
   WriteMessages(directory / "msg");
+  WriteTnef(directory / "tnef");
   return 0;
 }

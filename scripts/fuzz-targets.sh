@@ -15,7 +15,7 @@ if [ -x "$root/build/debug/tests/FuzzHtmlPages" ]; then
 fi
 # Those of the archive, where it is built.
 if [ -x "$root/build/debug/tests/FuzzArchiveMail" ]; then
-  FUZZ_TARGETS+=(FuzzArchiveMail)
+  FUZZ_TARGETS+=(FuzzArchiveMail FuzzArchiveMsg FuzzTnef FuzzUnwrapRtf FuzzHtmlText)
 fi
 
 declare -A FUZZ_DICTIONARY=(
@@ -24,14 +24,15 @@ declare -A FUZZ_DICTIONARY=(
   [FuzzMsgRoad]=msg.dict [FuzzPstRoad]=pst.dict [FuzzPstStore]=pst.dict [FuzzRtfDocument]=rtf.dict
   [FuzzRtfFontTable]=rtf.dict [FuzzRtfToHtml]=rtf.dict [FuzzScrubHtmlBody]=rtf.dict
   [FuzzHarmlessRtf]=fields.dict [FuzzHtmlPages]=html.dict [FuzzPicture]=pictures.dict
-  [FuzzTextPages]=mail.dict [FuzzArchiveMail]=mail.dict
+  [FuzzTextPages]=mail.dict [FuzzArchiveMail]=mail.dict [FuzzArchiveMsg]=msg.dict
+  [FuzzHtmlText]=html.dict [FuzzTnef]=msg.dict [FuzzUnwrapRtf]=rtf.dict
 )
 
 # The largest input in bytes, where it is not the megabyte that the others get: so that no run takes
 # seconds, sanitizers included.
 declare -A FUZZ_LARGEST=([FuzzByteSearch]=65536 [FuzzRtfDocument]=131072 [FuzzRtfFontTable]=131072
-  [FuzzHtmlPages]=16384 [FuzzPicture]=16384 [FuzzTextPages]=65536
-  [FuzzArchiveMail]=32768)
+  [FuzzHtmlPages]=16384 [FuzzPicture]=16384 [FuzzTextPages]=65536 [FuzzArchiveMail]=32768
+  [FuzzArchiveMsg]=131072 [FuzzHtmlText]=65536 [FuzzTnef]=131072 [FuzzUnwrapRtf]=131072)
 
 # Writes what is made for fuzzing alone: stores and MSG files of the builders, and a folder of mails.
 write_seeds() {
@@ -45,6 +46,12 @@ write_seeds() {
 fuzz_sources() {
   sources=("$root/fuzz/seeds/$1")
   case "$1" in
+    FuzzArchiveMsg)
+      sources+=("$root/examples/msg" "$work/written-seeds/msg" "$root/fuzz/seeds/FuzzMsgRoad") ;;
+    FuzzHtmlText)
+      sources+=("$root/examples/html-scrub" "$root/fuzz/seeds/FuzzHtmlPages") ;;
+    FuzzTnef) sources+=("$work/written-seeds/tnef") ;;
+    FuzzUnwrapRtf) sources+=("$root/examples/rtf-html" "$root/examples/rtf" "$root/fuzz/seeds/FuzzRtfToHtml") ;;
     FuzzCompoundFile)
       sources+=("$root/examples/compound" "$work/written-seeds/msg" "$root/fuzz/seeds/FuzzMsgRoad") ;;
     FuzzCompressedRtf) sources+=("$root/examples/compressed-rtf") ;;
