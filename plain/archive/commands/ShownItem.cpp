@@ -166,13 +166,7 @@ ShownItem ShowItem(Item& item, size_t width, const std::string& command) {
   ShownItem shown;
   shown.text = HeaderText(item, width);
   Bodies bodies = item.bodies();
-#ifdef TARN_ARCHIVE_HTMLTEXT
   std::string body = HarmlessText(BestText(bodies, width));
-#else
-  std::string body = HarmlessText(bodies.text  ? *bodies.text
-                                  : bodies.rtf ? TextOfRtf(*bodies.rtf)
-                                               : std::string());
-#endif
   body.erase(body.find_last_not_of("\n ") + 1);
   if (!body.empty()) shown.text += '\n' + body + '\n';
   const std::string attachments = AttachmentLines(item, command);
