@@ -81,6 +81,19 @@ foreach(helper tarnmail-pages tarnmail-office)
   endif()
 endforeach()
 
+# The archive commands, which tarnmail starts from there too: the component `archive`, by its name as well.
+if(TARGET tarnmail-archive)
+  if(IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR})
+    set(archive_rpath ${CMAKE_INSTALL_FULL_LIBDIR})
+  else()
+    file(RELATIVE_PATH libdir_from_helper
+      ${CMAKE_INSTALL_PREFIX}/${helperdir} ${CMAKE_INSTALL_FULL_LIBDIR})
+    set(archive_rpath "$ORIGIN/${libdir_from_helper}")
+  endif()
+  set_target_properties(tarnmail-archive PROPERTIES INSTALL_RPATH ${archive_rpath})
+  install(TARGETS tarnmail-archive RUNTIME DESTINATION ${helperdir} COMPONENT archive EXCLUDE_FROM_ALL)
+endif()
+
 install(FILES ${PROJECT_SOURCE_DIR}/Include/TarnPst.h ${PROJECT_SOURCE_DIR}/Include/TarnPstLayout.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/Include/Tarnbase

@@ -31,7 +31,7 @@ else()
   set(CPACK_DEBIAN_PACKAGE_SECTION mail)
   set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-  set(CPACK_DEBIAN_PACKAGE_SUGGESTS tarnpst-pages)
+  set(CPACK_DEBIAN_PACKAGE_SUGGESTS "tarnpst-archive, tarnpst-pages")
   set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/debian/triggers)
   set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
   # What only a package has is left out by `cmake --install`.
@@ -52,4 +52,15 @@ if(NOT WIN32 AND TARGET tarnmail-pages AND TARGET tarnmail-office)
     DESTINATION ${pages_docdir} COMPONENT pages EXCLUDE_FROM_ALL)
   configure_file(${PROJECT_SOURCE_DIR}/cmake/CPackPagesConfig.cmake.in
     ${PROJECT_BINARY_DIR}/CPackPagesConfig.cmake @ONLY)
+endif()
+
+# The archive commands alike, by CPackArchiveConfig.cmake: they need libraries that hosts do not.
+if(TARGET tarnmail-archive)
+  set(archive_docdir share/doc/tarnpst-archive)
+  install(FILES ${PROJECT_SOURCE_DIR}/packaging/copyright
+    DESTINATION ${archive_docdir} COMPONENT archive EXCLUDE_FROM_ALL)
+  install(FILES ${PROJECT_BINARY_DIR}/compressed/changelog.Debian.gz
+    DESTINATION ${archive_docdir} COMPONENT archive EXCLUDE_FROM_ALL)
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/CPackArchiveConfig.cmake.in
+    ${PROJECT_BINARY_DIR}/CPackArchiveConfig.cmake @ONLY)
 endif()

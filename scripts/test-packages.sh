@@ -260,7 +260,28 @@ check_elf "the .deb" "$tree/usr/bin/tarnmail" "$tree/usr/lib/$multiarch"/lib*.so
 check_repeatable "$release" "$deb"
 check_linux "the .deb" "$tree/usr" "$work/of deb"
 gzip -dc "$tree/usr/share/man/man1/tarnmail.1.gz" >"$work/tarnmail.1"
-"$root/scripts/check-manual.sh" "$tree/usr/bin/tarnmail" "$work/tarnmail.1" "$root/examples" ||
+
+# The archive commands: a package of its own, with which the program does all that the manual says.
+both=$work/archive
+quietly "building the archive commands" cmake --build "$release" --target tarnmail-archive compressed_documents
+find "$release" -maxdepth 1 -name 'tarnpst-archive_*.deb' -delete
+quietly "packing the archive commands" cpack --config "$release/CPackArchiveConfig.cmake" -B "$release"
+archive=$(find "$release" -maxdepth 1 -name 'tarnpst-archive_*.deb')
+[ -f "$archive" ] || fail "no tarnpst-archive_*.deb"
+[ "$(dpkg-deb -f "$archive" Package)" = tarnpst-archive ] || fail "the name of the archive commands' .deb"
+dpkg-deb -f "$archive" Depends >"$work/depends"
+for part in tarnpst libgmime-3.0-0 libsqlite3-0; do
+  grep -qw "$part" "$work/depends" || fail "the archive commands' .deb does not depend on $part"
+done
+dpkg-deb -x "$archive" "$both" || fail "dpkg-deb cannot unpack $archive"
+(cd "$both" && find . -type f -printf '%P\n' | sort) >"$work/files"
+same "the archive commands' .deb: the list of files" <(printf '%s\n' usr/lib/tarnpst/tarnmail-archive \
+  usr/share/doc/tarnpst-archive/{changelog.Debian.gz,copyright}) "$work/files"
+dpkg-deb -x "$deb" "$both" || fail "dpkg-deb cannot unpack $deb"
+status=0
+"$tree/usr/bin/tarnmail" list "$root/examples/mailbox.pst" >"$work/out" 2>&1 || status=$?
+[ "$status" -eq 3 ] || fail "exit status $status of list without its package"
+"$root/scripts/check-manual.sh" "$both/usr/bin/tarnmail" "$work/tarnmail.1" "$root/examples" ||
   fail "the manual page"
 
 # The helpers, where they are built: a package of its own, which completes the other.
