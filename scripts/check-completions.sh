@@ -20,9 +20,9 @@ same() {
   diff -u --label "$1, of the program" --label "$1, of the completion" "$2" "$3" >&2 || bad=1
 }
 
-help_commands() {
-  "$tarnmail" --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z]*\) .*/\1/p' | sort
-}
+# commands_of GROUP: the commands that the help lists below a title.
+commands_of() { "$tarnmail" --help | sed -n "/^$1:/,/^\$/s/^  \([a-z]*\) .*/\1/p"; }
+help_commands() { { commands_of Subcommands; commands_of "Archive commands"; } | sort; }
 # The options of a help text, one name a line.
 help_options() {
   "$tarnmail" "$@" --help | sed -nE 's/^  (-[^ ]*).*/\1/p' | tr ',' '\n' | sort -u

@@ -37,7 +37,13 @@ manual_lists() {
     }' "$manual" | sort -u
 }
 
-"$tarnmail" --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z]*\) .*/\1/p' | sort >"$work/commands"
+# commands_of GROUP: the commands that the help lists below a title.
+commands_of() { "$tarnmail" --help | sed -n "/^$1:/,/^\$/s/^  \([a-z]*\) .*/\1/p"; }
+
+# Those of archives take no options of the others.
+commands_of "Archive commands" >"$work/archive"
+[ -s "$work/archive" ] || { echo "no archive commands found" >&2; exit 1; }
+{ commands_of Subcommands; cat "$work/archive"; } | sort >"$work/commands"
 [ -s "$work/commands" ] || { echo "no commands found" >&2; exit 1; }
 awk '$1 == ".Sh" { inside = ($2 == "COMMANDS") } inside && $1 == ".Ss" { print $2 }' "$manual" |
   sort >"$work/manual"
@@ -49,9 +55,9 @@ manual_lists Sh OPTIONS >"$work/manual"
 same "common options" "$work/common" "$work/manual"
 while read -r command; do
   help_options "$command" >"$work/options"
-  # Of those that stand in the front, help takes its own alone.
+  # Of those that stand in the front, help and the archive commands take their own alone.
   not_common='^-V,--version$'
-  [ "$command" != help ] || not_common='^(-V|--).*$'
+  if [ "$command" = help ] || grep -qx "$command" "$work/archive"; then not_common='^(-V|--).*$'; fi
   { manual_lists Ss "$command"; grep -vE -e "$not_common" "$work/common"; } | sort -u >"$work/manual"
   same "options of $command" "$work/options" "$work/manual"
 done <"$work/commands"

@@ -1,15 +1,16 @@
 # Completion of tarnmail for bash.
 
 _tarnmail() {
-  local commands='info document pages attachments extract help'
+  local commands='list show search info document pages attachments extract help'
   local common='-h --help --language --in-memory --temp-files --temp'
+  local filters='--folder --from --to --subject --since --until --has-attachment --class'
   local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
   local command='' options word i
   COMPREPLY=()
 
   # The value of an option.
   case $previous in
-    --temp)
+    --temp | --all-attachments)
       compopt -o filenames 2>/dev/null
       mapfile -t COMPREPLY < <(compgen -d -- "$current")
       return
@@ -23,7 +24,8 @@ _tarnmail() {
       mapfile -t COMPREPLY < <(compgen -W 'a4 letter' -- "$current")
       return
       ;;
-    --language | -m | --message | --dpi) return ;;
+    --language | -m | --message | --dpi | --folder | --from | --to | --subject | --since | --until | \
+      --class | --attachment | --limit) return ;;
   esac
 
   # The command, which is the first word that is no option and no value of one.
@@ -41,6 +43,9 @@ _tarnmail() {
 
   case $command in
     '') options="$common -V --version" ;;
+    list) options="-h --help --json --folders --embedded $filters --recover --temp" ;;
+    show) options='-h --help --headers --attachment -o --output --all-attachments --temp' ;;
+    search) options="-h --help --json --limit $filters" ;;
     info) options="$common -m --message --text --json --pages --no-sandbox" ;;
     document) options="$common -m --message --text -o --output" ;;
     pages) options="$common -m --message --text -o --output --pdf --dpi --paper --pages --no-sandbox" ;;
