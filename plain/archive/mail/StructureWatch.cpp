@@ -25,6 +25,27 @@ std::string_view ValueOf(std::string_view field) {
   return field.substr(std::min(field.find(':'), field.size() - 1) + 1);
 }
 
+// The boundary of a field where it is a quoted string of plain characters, as nearly all are. Empty
+// for any other. The field comes in lower case too.
+std::string_view PlainBoundary(std::string_view field, std::string_view lowered) {
+  constexpr std::string_view kName = "boundary";
+  constexpr std::string_view kStart = "=\"";
+  const size_t name = lowered.find(kName);
+  if (name == std::string_view::npos || name != lowered.rfind(kName)) return {};
+  if (!TrimmedRight(field.substr(0, name)).ends_with(';')) return {};
+  field.remove_prefix(name + kName.size());
+  if (!field.starts_with(kStart)) return {};
+  field.remove_prefix(kStart.size());
+  const size_t end = field.find('"');
+  if (end == std::string_view::npos) return {};
+  const std::string_view after = Trimmed(field.substr(end + 1));
+  if (!after.empty() && after[0] != ';') return {};
+  const std::string_view boundary = field.substr(0, end);
+  const bool isPlain = std::all_of(boundary.begin(), boundary.end(),
+                                   [](char c) { return c >= ' ' && c < 127 && c != '\\'; });
+  return isPlain && boundary.find("=?") == std::string_view::npos ? boundary : std::string_view();
+}
+
 // How many bytes of whole lines are before one that may be a delimiter or begin a uuencoded file.
 size_t DullLines(std::string_view text) {
   size_t at = 0;
@@ -118,15 +139,8 @@ void StructureWatch::endField() {
     if (lowered.find("multipart") != std::string::npos) {
       isMultipart_ = true;
       inDigest_ |= lowered.find("digest") != std::string::npos;
-      // GMime itself says what the boundary is, so that both look for the same.
-      const std::string value(ValueOf(field_));
-      const GObjectPtr<GMimeContentType> type(g_mime_content_type_parse(nullptr, value.c_str()));
-      const char* boundary =
-          type == nullptr ? nullptr : g_mime_content_type_get_parameter(type.get(), "boundary");
-      if (boundary != nullptr && *boundary != '\0') {
-        longestBoundary_ = std::max(longestBoundary_, std::string_view(boundary).size());
-        boundaries_.emplace(TrimmedRight(boundary));
-      }
+      const std::string_view plain = PlainBoundary(field_, lowered);
+      plain.empty() ? addParsedBoundary() : addBoundary(plain);
     }
   } else if (StartsWithNoCase(field_, "content-transfer-encoding")) {
     const GMimeContentEncoding encoding =
@@ -138,6 +152,20 @@ void StructureWatch::endField() {
   field_.clear();
   parameters_ = 0;
   colons_ = 0;
+}
+
+// GMime itself says what the boundary is, so that both look for the same.
+void StructureWatch::addParsedBoundary() {
+  const std::string value(ValueOf(field_));
+  const GObjectPtr<GMimeContentType> type(g_mime_content_type_parse(nullptr, value.c_str()));
+  const char* boundary =
+      type == nullptr ? nullptr : g_mime_content_type_get_parameter(type.get(), "boundary");
+  if (boundary != nullptr && *boundary != '\0') addBoundary(boundary);
+}
+
+void StructureWatch::addBoundary(std::string_view boundary) {
+  longestBoundary_ = std::max(longestBoundary_, boundary.size());
+  boundaries_.emplace(TrimmedRight(boundary));
 }
 
 void StructureWatch::endSection() {

@@ -55,6 +55,8 @@ class StructureWatch {
   void endLine(std::string_view line);
   void endHeaderLine(std::string_view line);
   void endField();
+  void addParsedBoundary();
+  void addBoundary(std::string_view boundary);
   void endSection();
   bool takeDelimiter(std::string_view line);
   void startSection(In in);

@@ -97,6 +97,26 @@ TEST(StructureWatchTest, LooksForNoPartsWhereThereAreNone) {
   EXPECT_EQ(Passed(limits, encoded, encoded.size()), encoded);
 }
 
+TEST(StructureWatchTest, FindsTheBoundaryHoweverItIsWritten) {
+  StructureLimits limits;
+  limits.parts = 1;
+  for (const char* parameter : {
+           "; boundary=\"b c\"",
+           ";\n BOUNDARY=\"b c\"; x=y",
+           "; boundary=\"b\\ c\"",
+           "; boundary*=us-ascii''b%20c",
+           "; boundary*0=\"b \"; boundary*1=c",
+           "; x=\"boundary\"; boundary=\"b c\"",
+           "; boundary = \"b c\"",
+       }) {
+    std::string reason;
+    Passed(limits,
+           "Content-Type: multipart/mixed" + std::string(parameter) + "\n\n--b c\n\n--b c\n\n",
+           1000, &reason);
+    EXPECT_NE(reason, "") << parameter;
+  }
+}
+
 TEST(StructureWatchTest, CountsHeadersOfMailsWithinMails) {
   StructureLimits limits;
   limits.headerLines = 4;
