@@ -25,7 +25,7 @@ TARN_PAGE_PACKAGES=(
 )
 
 # What the tests of pages read them with, and watch those who make them.
-TARN_PAGE_TEST_PACKAGES=(chromium poppler-utils python3 strace)
+TARN_PAGE_TEST_PACKAGES=(chromium poppler-utils python3 sqlite3 strace)
 
 # What the tests of the archive read contacts and calendars with.
 TARN_ARCHIVE_TEST_PACKAGES=(python3-vobject)

@@ -15,7 +15,7 @@ if [ -x "$root/build/debug/tests/FuzzHtmlPages" ]; then
 fi
 # Those of the archive, where it is built.
 if [ -x "$root/build/debug/tests/FuzzArchiveMail" ]; then
-  FUZZ_TARGETS+=(FuzzArchiveMail FuzzArchiveMsg FuzzTnef FuzzUnwrapRtf FuzzHtmlText)
+  FUZZ_TARGETS+=(FuzzArchiveMail FuzzArchiveMsg FuzzTnef FuzzUnwrapRtf FuzzHtmlText FuzzCatalogue)
 fi
 
 declare -A FUZZ_DICTIONARY=(
@@ -32,7 +32,8 @@ declare -A FUZZ_DICTIONARY=(
 # seconds, sanitizers included.
 declare -A FUZZ_LARGEST=([FuzzByteSearch]=65536 [FuzzRtfDocument]=131072 [FuzzRtfFontTable]=131072
   [FuzzHtmlPages]=16384 [FuzzPicture]=16384 [FuzzTextPages]=65536 [FuzzArchiveMail]=32768
-  [FuzzArchiveMsg]=131072 [FuzzHtmlText]=65536 [FuzzTnef]=131072 [FuzzUnwrapRtf]=131072)
+  [FuzzArchiveMsg]=131072 [FuzzHtmlText]=65536 [FuzzTnef]=131072 [FuzzUnwrapRtf]=131072
+  [FuzzCatalogue]=8192)
 
 # Writes what is made for fuzzing alone: stores and MSG files of the builders, and a folder of mails.
 write_seeds() {

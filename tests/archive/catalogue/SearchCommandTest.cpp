@@ -37,7 +37,11 @@ class SearchCommandTest : public testing::Test {
   }
 
   std::string run(const std::string& words) const {
-    std::FILE* const pipe = popen((TARNMAIL_ARCHIVE " " + words + " 2>&1").c_str(), "r");
+    return runProgram(TARNMAIL_ARCHIVE " " + words);
+  }
+
+  std::string runProgram(const std::string& command) const {
+    std::FILE* const pipe = popen((command + " 2>&1").c_str(), "r");
     std::string said;
     char room[4096];
     while (const size_t got = std::fread(room, 1, sizeof(room), pipe)) said.append(room, got);
@@ -114,6 +118,22 @@ TEST_F(SearchCommandTest, SaysWhatIsWrong) {
   directory_.write(kCatalogueName, "damaged");
   EXPECT_EQ(search("word"),
             "tarnmail: DIR: the catalogue cannot be read: file is not a database\nstatus 2");
+}
+
+// Another program reads what the tables are told to hold.
+TEST_F(SearchCommandTest, IsAnOrdinaryDatabase) {
+  const auto ask = [&](const std::string& question) {
+    return runProgram("sqlite3 " + (directory_.path() / kCatalogueName).string() + " \"" +
+                      question + "\"");
+  };
+  EXPECT_EQ(ask("PRAGMA integrity_check"), "ok\n");
+  EXPECT_EQ(ask("INSERT INTO words(words) VALUES('integrity-check')"), "");
+  EXPECT_EQ(ask("SELECT path FROM files JOIN items USING(item) WHERE role='attachment'"
+                " AND name LIKE '%.txt' AND sent >= '2024-05'"),
+            "box/Inbox/Budget/attachments/plan.txt\n");
+  EXPECT_EQ(ask("SELECT folder, subject FROM items WHERE item IN (SELECT rowid FROM words"
+                " WHERE words MATCH 'subject:budget AND attachments:travel')"),
+            "Top/Inbox|Budget for May\n");
 }
 
 TEST_F(SearchCommandTest, MarksWordsOnATerminal) {
