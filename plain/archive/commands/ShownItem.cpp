@@ -15,7 +15,13 @@ namespace {
 
 constexpr size_t kGap = 2;
 
+// A path in the directory of an organisation tells a reader nothing that the name does not.
+bool IsDirectoryPath(const std::string& address) {
+  return address.starts_with('/') && address.find('@') == std::string::npos;
+}
+
 std::string AddressText(const Address& address) {
+  if (!address.name.empty() && IsDirectoryPath(address.address)) return address.name;
   if (address.name.empty() || address.name == address.address) return address.address;
   if (address.address.empty()) return address.name;
   return address.name + " <" + address.address + ">";
@@ -168,9 +174,13 @@ ShownItem ShowItem(Item& item, size_t width, const std::string& command) {
   Bodies bodies = item.bodies();
   std::string body = HarmlessText(BestText(bodies, width));
   body.erase(body.find_last_not_of("\n ") + 1);
-  if (!body.empty()) shown.text += '\n' + body + '\n';
-  const std::string attachments = AttachmentLines(item, command);
-  if (!attachments.empty()) shown.text += '\n' + attachments;
+  const size_t blankEnd = body.find_first_not_of("\n ");
+  if (blankEnd != std::string::npos) body.erase(0, body.rfind('\n', blankEnd) + 1);
+  if (!body.empty()) body += '\n';
+  for (const std::string& part : {body, AttachmentLines(item, command)}) {
+    if (!part.empty() && !shown.text.empty()) shown.text += '\n';
+    shown.text += part;
+  }
   shown.troubles = std::move(bodies.troubles);
   return shown;
 }

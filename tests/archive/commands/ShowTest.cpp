@@ -70,6 +70,13 @@ TEST_F(Show, ReadsHtmlAsText) {
   }
 }
 
+TEST_F(Show, LeavesBlankLinesAroundTheTextOut) {
+  directory_.write("blank.eml", "From: a@example.com\n\n\n \n\n  indented\n\nend\n\n\n");
+  EXPECT_EQ(output({"show", "blank.eml"}), "From:  a@example.com\n\n  indented\n\nend\n");
+  directory_.write("bare.eml", "Content-Type: text/plain\n\ntext\n");
+  EXPECT_EQ(output({"show", "bare.eml"}), "text\n");
+}
+
 TEST_F(Show, NeedsAnIdWhereThereAreSeveral) {
   example("mailbox.pst");
   EXPECT_EQ(failure(2, {"show", "mailbox.pst"}),
