@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 #include <sqlite3.h>
+#include <sys/resource.h>
 
+#include <csignal>
 #include <filesystem>
 #include <string>
 
@@ -154,6 +156,29 @@ TEST_F(CatalogueTest, SaysWhereItCannotBeWritten) {
   ASSERT_FALSE(writer.ok());
   EXPECT_EQ(writer.trouble().reason, (directory_.path() / "missing" / "c.sqlite.new").string() +
                                          " cannot be written: unable to open database file");
+}
+
+// A file that may not grow is to the writer what a full disk is.
+TEST_F(CatalogueTest, SaysWhenTheDiskIsFull) {
+  auto writer = CatalogueWriter::create(path());
+  ASSERT_TRUE(writer.ok());
+  std::signal(SIGXFSZ, SIG_IGN);
+  rlimit before{};
+  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+  const rlimit small{1 << 20, before.rlim_max};
+  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+  std::optional<Trouble> trouble;
+  for (int each = 0; each < 40 && !trouble; ++each) {
+    trouble = (*writer)->add(Mail(std::to_string(each), "s", std::string(1 << 20, 'x')));
+  }
+  if (!trouble) trouble = (*writer)->finish();
+  setrlimit(RLIMIT_FSIZE, &before);
+  std::signal(SIGXFSZ, SIG_DFL);
+  ASSERT_TRUE(trouble.has_value());
+  EXPECT_TRUE(trouble->reason.starts_with(path().string() + ".new cannot be written: "));
+  EXPECT_EQ((*writer)->finish()->reason, trouble->reason);
+  writer->reset();
+  EXPECT_EQ(directory_.listing(), "");
 }
 
 TEST_F(CatalogueTest, SaysWhereItCannotBePut) {
