@@ -31,10 +31,9 @@ std::string_view ValueOf(std::string_view style, std::string_view property) {
   return found.substr(0, important);
 }
 
+// Of several numbers, as those of a margin, all of them.
 bool IsZero(std::string_view value) {
-  if (value.empty() || value[0] != '0') return false;
-  const std::string_view rest = value.substr(std::min(value.find_first_not_of("0."), value.size()));
-  return rest.empty() || !(rest[0] >= '0' && rest[0] <= '9');
+  return value.starts_with('0') && value.find_first_of("123456789") == value.npos;
 }
 
 bool IsPieceOfText(std::string_view name) {

@@ -190,6 +190,27 @@ TEST(TextOfHtmlTest, HiddenTextIsLeftOut) {
   EXPECT_EQ(TextOf("<ul><li style=display:none>no<b>no</b><li>yes</ul>"), "* yes\n");
 }
 
+TEST(TextOfHtmlTest, PiecesOfTextWithoutSizeAreHidden) {
+  for (const std::string name : {"span", "font", "p", "b", "i", "u", "a"}) {
+    EXPECT_EQ(TextOf("<" + name + " style='font-size:0.0pt'>no</" + name + ">yes"), "yes\n")
+        << name;
+  }
+  EXPECT_EQ(TextOf("<div style='color:transparent;font-size:0'>no</div>yes"), "yes\n");
+  EXPECT_EQ(TextOf("<div style='height:0;overflow:hidden;'>no</div>yes"), "yes\n");
+  EXPECT_EQ(TextOf("<div style='max-height:0;opacity:0'>no</div>yes"), "yes\n");
+}
+
+TEST(TextOfHtmlTest, OnePropertyAloneHidesNothing) {
+  for (const std::string style :
+       {"max-height:0", "height:0", "opacity:0", "overflow:hidden", "color:transparent",
+        "displays:none", "display", "display:", ";;", "font-size:05px", "font-size:x"}) {
+    EXPECT_EQ(TextOf("<div style='" + style + "'>yes</div>"), "yes\n") << style;
+  }
+  EXPECT_EQ(TextOf("<p>a</p><p style='margin-top:0'>b</p>"), "a\n\nb\n");
+  EXPECT_EQ(TextOf("<p class=x>a</p><p style='margin:0 0 1em'>b</p>"), "a\n\nb\n");
+  EXPECT_EQ(TextOf("<p style='margin:0'>a</p><p style='margin:0in 0in 8.0pt'>b</p>"), "a\n\nb\n");
+}
+
 TEST(TextOfHtmlTest, WhatOnlyLooksHiddenIsShown) {
   EXPECT_EQ(TextOf("<div style='font-size:0'><span style='font-size:13px'>yes</span></div>"),
             "yes\n");

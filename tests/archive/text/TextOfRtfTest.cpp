@@ -64,5 +64,11 @@ TEST(TextOfRtfTest, ShowsWhatIsNoRtfAsItIs) {
   EXPECT_EQ(TextOfRtf("\n {\\rtf1 text}"), "text\n");
 }
 
+TEST(TextOfRtfTest, MarksOfSymbolFontsAreCharacters) {
+  EXPECT_EQ(TextOfRtf("{\\rtf1{\\fonttbl{\\f0 A;}{\\f1\\fcharset2 Symbol;}}"
+                      "\\f1\\'a7\\'a8\\'b7\\'d8\\'e0\\'f0\\'fc\\'80 a\\f0 \\'e9}"),
+            "▪○•➢→→✓• aé\n");
+}
+
 }  // namespace
 }  // namespace tarn::archive
