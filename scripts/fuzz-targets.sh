@@ -15,10 +15,11 @@ if [ -x "$root/build/debug/tests/FuzzHtmlPages" ]; then
 fi
 # Those of the archive, where it is built.
 if [ -x "$root/build/debug/tests/FuzzArchiveMail" ]; then
-  FUZZ_TARGETS+=(FuzzArchiveMail FuzzArchiveMsg FuzzTnef FuzzUnwrapRtf FuzzHtmlText FuzzCatalogue)
+  FUZZ_TARGETS+=(FuzzArchiveEml FuzzArchiveHtml FuzzArchiveMail FuzzArchiveMsg FuzzTnef FuzzUnwrapRtf FuzzHtmlText FuzzCatalogue)
 fi
 
 declare -A FUZZ_DICTIONARY=(
+  [FuzzArchiveEml]=mail.dict [FuzzArchiveHtml]=html.dict
   [FuzzByteSearch]=mail.dict [FuzzCompoundFile]=compound.dict [FuzzCompressedRtf]=rtf.dict
   [FuzzEmbeddedExport]=msg.dict [FuzzEmlRoad]=mail.dict [FuzzImagePass]=images.dict
   [FuzzMsgRoad]=msg.dict [FuzzPstRoad]=pst.dict [FuzzPstStore]=pst.dict [FuzzRtfDocument]=rtf.dict
@@ -32,7 +33,8 @@ declare -A FUZZ_DICTIONARY=(
 # seconds, sanitizers included.
 declare -A FUZZ_LARGEST=([FuzzByteSearch]=65536 [FuzzRtfDocument]=131072 [FuzzRtfFontTable]=131072
   [FuzzHtmlPages]=16384 [FuzzPicture]=16384 [FuzzTextPages]=65536 [FuzzArchiveMail]=32768
-  [FuzzArchiveMsg]=131072 [FuzzHtmlText]=65536 [FuzzTnef]=131072 [FuzzUnwrapRtf]=131072
+  [FuzzArchiveEml]=65536 [FuzzArchiveHtml]=65536 [FuzzArchiveMsg]=131072
+  [FuzzHtmlText]=65536 [FuzzTnef]=131072 [FuzzUnwrapRtf]=131072
   [FuzzCatalogue]=8192)
 
 # Writes what is made for fuzzing alone: stores and MSG files of the builders, and a folder of mails.
@@ -58,6 +60,8 @@ fuzz_sources() {
     FuzzCompressedRtf) sources+=("$root/examples/compressed-rtf") ;;
     FuzzEmbeddedExport)
       sources+=("$root/examples/msg" "$work/written-seeds/msg" "$root/fuzz/seeds/FuzzMsgRoad") ;;
+    FuzzArchiveEml | FuzzArchiveHtml)
+      sources+=("$work/written-seeds/eml" "$root/fuzz/seeds/FuzzArchiveHtml") ;;
     FuzzArchiveMail | FuzzEmlRoad) sources+=("$work/written-seeds/eml") ;;
     FuzzHarmlessRtf)
       sources+=("$root/examples/rtf" "$root/examples/rtf-html" "$root/tests/siblings/pages/reference") ;;
