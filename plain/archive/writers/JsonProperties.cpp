@@ -3,6 +3,7 @@
 #include <array>
 #include <bit>
 #include <cstdint>
+#include <initializer_list>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -22,7 +23,8 @@ constexpr size_t kLargestValue = size_t{32} << 10;
 // "{00062002-0000-0000-C000-000000000046}"
 std::string GuidText(std::string_view bytes) {
   std::string text = "{";
-  for (const size_t at : {3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15}) {
+  for (const size_t at :
+       std::initializer_list<size_t>{3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15}) {
     if (text.size() == 9 || text.size() == 14 || text.size() == 19 || text.size() == 24)
       text += '-';
     text += Hexadecimal(static_cast<uint8_t>(bytes[at]), 2);

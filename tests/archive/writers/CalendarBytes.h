@@ -17,8 +17,10 @@ using mapi::Wide;
 
 // Minutes since 1601 of a day, and of a minute in it.
 inline uint32_t Minutes(int year, unsigned month, unsigned day, uint32_t minute = 0) {
-  const auto days = std::chrono::sys_days(std::chrono::year(year) / month / day) -
-                    std::chrono::sys_days(std::chrono::year(1601) / 1 / 1);
+  const auto days =
+      std::chrono::sys_days(std::chrono::year(year) / std::chrono::month(month) /
+                            std::chrono::day(day)) -
+      std::chrono::sys_days(std::chrono::year(1601) / std::chrono::January / std::chrono::day(1));
   return static_cast<uint32_t>(days.count()) * 1440 + minute;
 }
 
