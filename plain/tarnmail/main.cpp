@@ -159,6 +159,8 @@ constexpr std::pair<const char*, const char*> kArchiveCommands[] = {
     {"list", "List every message of stores, MSG files, mails and folders of them"},
     {"show", "Show one message, or save its attachments"},
     {"search", "Find messages in what was exported, by words of their text and attachments"},
+    {"export", "Write every message as files, with a manifest of them"},
+    {"verify", "Compare the files of an export with its manifest"},
 };
 
 bool IsArchiveCommand(const std::string& word) {

@@ -5,12 +5,16 @@
 #include <exception>
 #include <functional>
 #include <new>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "archive/commands/Commands.h"
 #include "archive/commands/OutputBuffer.h"
+#include "archive/export/Export.h"
+#include "archive/export/Worker.h"
+#include "archive/export/WorkerMessages.h"
 #include "console/Arguments.h"
 #include "console/Failure.h"
 #include "console/StandardStreams.h"
@@ -28,6 +32,8 @@ struct CommandLine {
   ListOptions list;
   ShowOptions show;
   SearchOptions search;
+  ExportOptions exporting;
+  VerifyOptions verify;
   std::function<ExitStatus()> chosen;
 };
 
@@ -49,14 +55,15 @@ void AddSpan(CLI::App& command, const std::string& name, std::optional<Span>& sp
   command.add_option_function<std::string>(name, take, help)->type_name("DATE");
 }
 
-void AddFilter(CLI::App& command, FilterOptions& filter) {
+// Where --to has another meaning, recipients go by another name.
+void AddFilter(CLI::App& command, FilterOptions& filter, const char* recipients = "--to") {
   command
       .add_option("--folder", filter.folder,
                   "Only in this folder and those below it: its path, or a pattern with * and ?")
       ->type_name("FOLDER");
   command.add_option("--from", filter.from, "Only with this in the sender's name or address")
       ->type_name("TEXT");
-  command.add_option("--to", filter.to, "Only with this in a name or address of To, Cc or Bcc")
+  command.add_option(recipients, filter.to, "Only with this in a name or address of To, Cc or Bcc")
       ->type_name("TEXT");
   command.add_option("--subject", filter.subject, "Only with this in the subject")
       ->type_name("TEXT");
@@ -149,7 +156,90 @@ void AddSearch(CLI::App& app, CommandLine& line) {
   search->callback([&line] { line.chosen = [&line] { return Search(line.search); }; });
 }
 
+// "html,text" as the forms that they are.
+std::set<ExportForm> FormsOf(const std::string& text) {
+  std::set<ExportForm> forms;
+  std::istringstream names(text);
+  for (std::string name; std::getline(names, name, ',');) {
+    const std::vector<ExportForm> all = AllForms();
+    const auto form =
+        std::find_if(all.begin(), all.end(), [&](ExportForm one) { return NameOf(one) == name; });
+    if (form == all.end()) {
+      std::string known;
+      for (const ExportForm one : all) {
+        known += (known.empty() ? "" : ", ") + std::string(NameOf(one));
+      }
+      throw CLI::ValidationError("--to", host::Named(name) + " is none of " + known);
+    }
+    forms.insert(*form);
+  }
+  if (forms.empty()) throw CLI::ValidationError("--to", "no form is named");
+  return forms;
+}
+
+void AddExport(CLI::App& app, CommandLine& line) {
+  ExportOptions& options = line.exporting;
+  options.choices.forms = {AllForms().front()};
+  CLI::App* const command =
+      app.add_subcommand("export", "Write every message as files, with a manifest of them");
+  command
+      ->add_option("PATH", options.paths,
+                   "Stores, MSG files, mails, mboxes, Maildirs, or folders to search; - is "
+                   "standard input")
+      ->required()
+      ->type_name("");
+  command->add_option("-o,--output", options.folder, "Folder for the files, new or empty")
+      ->required()
+      ->type_name("DIR");
+  command
+      ->add_option_function<std::string>(
+          "--to", [&options](const std::string& text) { options.choices.forms = FormsOf(text); },
+          "What becomes of each message, several with commas: html (if nothing is said), text, "
+          "eml, mbox, json")
+      ->type_name("FORMS");
+  command->add_flag("!--no-attachments", options.choices.attachments,
+                    "Attachments are not written beside");
+  command->add_flag("!--no-catalogue", options.choices.catalogue,
+                    "Neither catalogue.sqlite nor index.html are made");
+  command->add_flag("--dedupe", options.dedupe,
+                    "Of messages with the same content only the first is written");
+  AddFilter(*command, options.filter, "--recipient");
+  command->add_flag("--recover", options.recover, "Also what a store holds and no table names");
+  command->add_flag("--resume", options.resume, "Go on with an export that was ended early");
+  command->add_option("-j,--jobs", options.workers, "Processes that read at the same time")
+      ->check(CLI::Range(1, 64))
+      ->type_name("N");
+  command
+      ->add_option("--seconds", options.seconds,
+                   "Time for one message, 120 unless said otherwise; then it is given up")
+      ->check(CLI::Range(1, 86'400))
+      ->type_name("N");
+  constexpr uint64_t kMegabyte = uint64_t{1} << 20;
+  command
+      ->add_option_function<uint64_t>(
+          "--memory", [&options](uint64_t size) { options.memory = size * kMegabyte; },
+          "Memory of each process in MB, 1024 unless said otherwise")
+      ->check(CLI::Range(128, 1 << 20))
+      ->type_name("MB");
+  AddTemporary(*command, options.temporary);
+  command->callback([&line] { line.chosen = [&line] { return Export(line.exporting); }; });
+}
+
+void AddVerify(CLI::App& app, CommandLine& line) {
+  CLI::App* const verify =
+      app.add_subcommand("verify", "Compare the files of an export with its manifest");
+  verify->add_option("DIR", line.verify.folder, "The folder of the export")
+      ->required()
+      ->type_name("");
+  verify->callback([&line] { line.chosen = [&line] { return Verify(line.verify); }; });
+}
+
 ExitStatus Run(std::vector<std::string> words) {
+  // A process that an export has started; see there.
+  if (!words.empty() && words.front() == kWorkerWord) {
+    words.erase(words.begin());
+    return static_cast<ExitStatus>(RunWorker(words));
+  }
   CLI::App app("Reads whole mail archives.", "tarnmail");
   app.require_subcommand(1);
   app.allow_windows_style_options(false);
@@ -157,6 +247,8 @@ ExitStatus Run(std::vector<std::string> words) {
   AddList(app, line);
   AddShow(app, line);
   AddSearch(app, line);
+  AddExport(app, line);
+  AddVerify(app, line);
   try {
     // The parser takes the words from the end.
     std::reverse(words.begin(), words.end());

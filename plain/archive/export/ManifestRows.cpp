@@ -8,33 +8,19 @@
 namespace tarn::archive {
 namespace {
 
-std::string_view NameOf(RowStatus status) {
-  switch (status) {
-    case RowStatus::Exported:
-      return "exported";
-    case RowStatus::Partial:
-      return "partial";
-    case RowStatus::Failed:
-      break;
-  }
-  return "failed";
-}
-
-void WriteFile(JsonWriter& json, const FileRow& file) {
+void WriteFile(JsonWriter& json, const ExportedFile& file) {
   json.openObject();
   json.name("path");
   json.text(file.path);
   json.name("role");
   json.text(file.role);
   json.name("bytes");
-  json.number(file.sum.bytes);
+  json.number(file.bytes);
   json.name("sha256");
-  json.text(file.sum.sha256);
-  if (file.name) {
-    json.name("name");
-    json.text(*file.name);
-  }
+  json.text(file.sha256);
   if (file.index != 0) {
+    json.name("name");
+    json.text(file.name);
     json.name("index");
     json.number(file.index);
   }
@@ -73,17 +59,17 @@ std::string JournalLine(const ItemRow& row) {
   };
   json.openObject();
   text("type", "item");
-  text("source", row.source);
-  text("id", row.id);
-  if (row.parent) text("parent", *row.parent);
-  text("folder", FolderText(*row.folder));
-  text("class", row.messageClass);
-  text("subject", row.subject);
-  text("status", NameOf(row.status));
-  if (row.status != RowStatus::Exported) text("reason", JoinedReasons(row.reasons));
+  text("source", row.item.source);
+  text("id", row.item.id);
+  if (row.item.parent) text("parent", *row.item.parent);
+  text("folder", FolderText(row.item.folder));
+  text("class", row.item.fields.messageClass);
+  text("subject", row.item.fields.subject);
+  text("status", NameOf(row.item.status));
+  if (row.item.status != ExportStatus::Exported) text("reason", JoinedReasons(row.reasons));
   json.name("files");
   json.openArray();
-  for (const FileRow& file : row.files) WriteFile(json, file);
+  for (const ExportedFile& file : row.item.files) WriteFile(json, file);
   json.closeArray();
   if (!row.fingerprint.empty()) text("fingerprint", row.fingerprint);
   if (!row.mbox.empty()) {

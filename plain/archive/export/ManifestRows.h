@@ -5,36 +5,17 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "archive/export/HashedFile.h"
+#include "archive/catalogue/CatalogueItem.h"
 
 namespace tarn::archive {
 
-enum class RowStatus : uint8_t { Exported, Partial, Failed };
-
-struct FileRow {
-  std::string path;  // below the folder of the export, with "/"
-  std::string role;
-  FileSum sum;
-  std::optional<std::string> name;  // of an attachment: its own
-  size_t index = 0;                 // of an attachment: its place, from 1
-};
-
 struct ItemRow {
-  std::string source;
-  std::string id;
-  std::optional<std::string> parent;
-  std::shared_ptr<const std::vector<std::string>> folder;
-  std::string messageClass;
-  std::string subject;
-  RowStatus status = RowStatus::Exported;
-  std::vector<std::string> reasons;
-  std::vector<FileRow> files;
+  CatalogueItem item;                // its reason and its texts are not of the row
+  std::vector<std::string> reasons;  // why it is not wholly there
 
   // Of the journal alone:
   std::string fingerprint;      // of what the item says; empty where it could not be read

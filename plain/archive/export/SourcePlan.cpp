@@ -8,6 +8,7 @@
 #include <system_error>
 
 #include "archive/export/ItemNames.h"
+#include "archive/export/Packing.h"
 
 namespace tarn::archive {
 namespace {
@@ -16,60 +17,22 @@ namespace fs = std::filesystem;
 
 constexpr size_t kPiece = size_t{64} << 10;
 
-void PutNumber(std::string& bytes, uint64_t number) {
-  bytes.append(reinterpret_cast<const char*>(&number), sizeof number);
-}
-
-void PutText(std::string& bytes, std::string_view text) {
-  PutNumber(bytes, text.size());
-  bytes += text;
-}
-
-class Fields {
- public:
-  explicit Fields(std::string_view bytes) : bytes_(bytes) {}
-  uint64_t number() {
-    uint64_t value = 0;
-    const std::string_view part = take(sizeof value);
-    if (part.size() == sizeof value) std::memcpy(&value, part.data(), sizeof value);
-    return value;
-  }
-  std::string text() { return std::string(take(number())); }
-
- private:
-  std::string_view take(uint64_t count) {
-    const std::string_view part = bytes_.substr(0, static_cast<size_t>(count));
-    bytes_.remove_prefix(part.size());
-    return part;
-  }
-  std::string_view bytes_;
-};
-
 // With its length before it.
 std::string Packed(const PlanEntry& entry) {
-  std::string body;
-  PutNumber(body, static_cast<uint64_t>(entry.kind));
-  PutText(body, entry.id);
-  PutNumber(body, entry.parent ? 1 : 0);
-  PutText(body, entry.parent.value_or(""));
-  PutNumber(body, entry.folder->size());
-  for (const std::string& name : *entry.folder) PutText(body, name);
-  PutText(body, entry.folderPath);
-  PutText(body, entry.name);
-  PutText(body, entry.reason);
-  std::string bytes;
-  PutText(bytes, body);
-  return bytes;
+  Packer body;
+  body.put(static_cast<uint64_t>(entry.kind)).put(entry.id).put(entry.parent);
+  body.put(entry.folder->size());
+  for (const std::string& name : *entry.folder) body.put(name);
+  body.put(entry.folderPath).put(entry.name).put(entry.reason);
+  return std::move(Packer().put(body.bytes()).bytes());
 }
 
 PlanEntry Unpacked(std::string_view body) {
-  Fields fields(body);
+  Unpacker fields(body);
   PlanEntry entry;
   entry.kind = static_cast<PlanKind>(fields.number());
   entry.id = fields.text();
-  const bool hasParent = fields.number() != 0;
-  std::string parent = fields.text();
-  if (hasParent) entry.parent = std::move(parent);
+  entry.parent = fields.optionalText();
   std::vector<std::string> folder(std::min<uint64_t>(fields.number(), body.size()));
   for (std::string& name : folder) name = fields.text();
   entry.folder = std::make_shared<const std::vector<std::string>>(std::move(folder));

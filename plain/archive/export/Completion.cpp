@@ -1,0 +1,346 @@
+#include "archive/export/Completion.h"
+
+#include <array>
+#include <map>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <system_error>
+#include <unordered_map>
+
+#include "archive/catalogue/Catalogue.h"
+#include "archive/catalogue/IndexWriter.h"
+#include "archive/common/JsonWriter.h"
+#include "console/Paths.h"
+#include "console/SystemFiles.h"
+
+namespace tarn::archive {
+namespace {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::ordered_json;
+
+void Check(const std::optional<Trouble>& trouble) {
+  if (!trouble) return;
+  throw host::Failure(host::ExitStatus::Failed,
+                      trouble->reason + "; --resume goes on with what is finished");
+}
+
+// What shows the items: nothing where that is not wanted.
+class Shown {
+ public:
+  Shown(const fs::path& tree, bool isWanted) {
+    if (!isWanted) return;
+    catalogue_ = opened(CatalogueWriter::create(tree / kCatalogueName));
+    index_ = opened(IndexWriter::create(tree));
+  }
+
+  void add(const CatalogueItem& item) {
+    if (!catalogue_) return;
+    Check(catalogue_->add(item));
+    Check(index_->add(item));
+  }
+
+  void finish() {
+    if (!catalogue_) return;
+    Check(catalogue_->finish());
+    Check(index_->finish());
+  }
+
+ private:
+  template <typename Writer>
+  static std::unique_ptr<Writer> opened(Outcome<std::unique_ptr<Writer>> writer) {
+    if (!writer) Check(writer.trouble());
+    return std::move(*writer);
+  }
+
+  std::unique_ptr<CatalogueWriter> catalogue_;
+  std::unique_ptr<IndexWriter> index_;
+};
+
+ExportStatus StatusOf(const std::string& name) {
+  if (name == "exported") return ExportStatus::Exported;
+  return name == "partial" ? ExportStatus::Partial : ExportStatus::Failed;
+}
+
+class Completion {
+ public:
+  Completion(const ExportOptions& options, const ExportSources& sources, Staging& staging,
+             const TellTrouble& tell)
+      : options_(options),
+        sources_(sources),
+        staging_(staging),
+        tell_(tell),
+        sums_(staging.grown().sums()),
+        shown_(staging.tree(), options.choices.catalogue) {}
+
+  ExportCounts run() {
+    placeMboxes();
+    std::error_code ignored;
+    fs::remove(staging_.path(kManifestName), ignored);
+    manifest_ = openedFile(staging_.path(kManifestName));
+    texts_ = openedFile(staging_.grown().pathOf(kTextsName));
+    const Outcome<uint64_t> read = ForEachLine(staging_.journalPath(), [&](std::string_view line) {
+      take(line);
+      return true;
+    });
+    if (!read) Check(read.trouble());
+    flush();
+    shown_.finish();
+    Check(manifest_->sync());
+    options_.step();
+    staging_.sync();
+    options_.step();
+    std::error_code error;
+    fs::rename(staging_.path(kManifestName), staging_.tree() / kManifestName, error);
+    if (error) Check(SystemTrouble(staging_.tree() / kManifestName, error.value()));
+    options_.step();
+    staging_.remove();
+    return counts_;
+  }
+
+ private:
+  static std::unique_ptr<GrowingFile> openedFile(const fs::path& path) {
+    Outcome<std::unique_ptr<GrowingFile>> file = GrowingFile::open(path);
+    if (!file) Check(file.trouble());
+    return std::move(*file);
+  }
+
+  // They stay where they were too until the end, for a run that goes on after this one.
+  void placeMboxes() {
+    for (const auto& [name, sum] : sums_) {
+      if (name == kTextsName) continue;
+      options_.step();
+      const fs::path to = staging_.tree() / host::PathFromUtf8(name);
+      std::error_code error;
+      fs::create_directories(to.parent_path(), error);
+      fs::remove(to, error);
+      Outcome<std::unique_ptr<GrowingFile>> grown =
+          GrowingFile::open(staging_.grown().pathOf(name));
+      if (!grown) Check(grown.trouble());
+      // What an ended run has added is not in the sum.
+      if ((*grown)->size() != sum.bytes) Check((*grown)->cutTo(sum.bytes));
+      fs::create_hard_link(staging_.grown().pathOf(name), to, error);
+      if (error) {
+        error.clear();
+        fs::copy_file(staging_.grown().pathOf(name), to, error);
+      }
+      if (error) Check(SystemTrouble(to, error.value()));
+    }
+  }
+
+  void take(std::string_view text) {
+    const uint64_t offset = journalRead_;
+    journalRead_ += text.size() + 1;
+    Json line = Json::parse(text);
+    if (line.contains("journal")) {
+      if (line["journal"] == "source") beginSource(line);
+      if (line["journal"] == "end") endSource(line);
+      return;
+    }
+    if (line["type"] == "trouble") {
+      troubles_.push_back(line["reason"]);
+      tell_(line["source"], line["reason"]);
+      return;
+    }
+    takeRow(line, offset);
+  }
+
+  void beginSource(const Json& line) {
+    inSource_ = {};
+    troubles_.clear();
+    sourceSum_ = line["sha256"].get<std::string>();
+  }
+
+  void takeRow(Json& row, uint64_t offset) {
+    count(row);
+    placeMail(row);
+    nameCopy(row, offset);
+    addToShown(row);
+    for (const char* const own : {"fingerprint", "mbox", "mboxBytes", "catalogueBytes"}) {
+      row.erase(own);
+    }
+    put(row.dump(-1, ' ', false, Json::error_handler_t::replace));
+  }
+
+  void count(const Json& row) {
+    const ExportStatus status = StatusOf(row["status"]);
+    for (ExportCounts* const counts : {&counts_, &inSource_}) {
+      if (status == ExportStatus::Exported) ++counts->exported;
+      if (status == ExportStatus::Partial) ++counts->partial;
+      if (status == ExportStatus::Failed) ++counts->failed;
+    }
+    if (status == ExportStatus::Exported) return;
+    std::string where = row["folder"].get<std::string>();
+    if (!where.empty()) where += ": ";
+    tell_(row["source"],
+          where + "item " + row["id"].get<std::string>() + ": " + row["reason"].get<std::string>());
+  }
+
+  // The sum is of the whole file, which is there only now.
+  void placeMail(Json& row) {
+    if (!row.contains("mbox")) return;
+    const std::string path = row["mbox"];
+    const uint64_t bytes = row["mboxBytes"];
+    uint64_t& place = places_[path];
+    const FileSum& sum = sums_.at(path);
+    row["files"].push_back({{"path", path},
+                            {"role", "mbox"},
+                            {"bytes", sum.bytes},
+                            {"sha256", sum.sha256},
+                            {"offset", place},
+                            {"length", bytes}});
+    place += bytes;
+  }
+
+  // The first row of a fingerprint is read again from the journal where it is needed.
+  void nameCopy(Json& row, uint64_t offset) {
+    if (!row.contains("fingerprint")) return;
+    const std::string fingerprint = row["fingerprint"];
+    const std::array<uint64_t, 2> key = {std::stoull(fingerprint.substr(0, 16), nullptr, 16),
+                                         std::stoull(fingerprint.substr(16, 16), nullptr, 16)};
+    const auto [first, isFirst] = firsts_.emplace(key, offset);
+    if (isFirst) return;
+    ++counts_.copies;
+    const Json original = rowAt(first->second);
+    row["copyOf"] = {{"source", original["source"]}, {"id", original["id"]}};
+  }
+
+  Json rowAt(uint64_t offset) {
+    std::string text;
+    for (uint64_t at = offset; text.find('\n') == std::string::npos; at = offset + text.size()) {
+      constexpr uint64_t kPiece = 4096;
+      const Outcome<std::string> more =
+          staging_.journal().read(at, std::min<uint64_t>(kPiece, staging_.journal().size() - at));
+      if (!more) Check(more.trouble());
+      text += *more;
+    }
+    return Json::parse(std::string_view(text).substr(0, text.find('\n')));
+  }
+
+  void addToShown(const Json& row) {
+    if (!options_.choices.catalogue) return;
+    CatalogueItem item;
+    if (row.contains("catalogueBytes")) {
+      const uint64_t bytes = row["catalogueBytes"];
+      const Outcome<std::string> packed = texts_->read(textsRead_, bytes);
+      if (!packed) Check(packed.trouble());
+      textsRead_ += bytes;
+      Outcome<CatalogueItem> unpacked = UnpackedItem(*packed);
+      if (!unpacked) Check(unpacked.trouble());
+      item = std::move(*unpacked);
+    } else {
+      item.source = row["source"];
+      item.id = row["id"];
+      if (row.contains("parent")) item.parent = row["parent"].get<std::string>();
+      const std::string folder = row["folder"];
+      if (!folder.empty()) item.folder.push_back(folder);
+      item.status = StatusOf(row["status"]);
+      item.reason = row.value("reason", "");
+    }
+    item.files.clear();
+    for (const Json& file : row["files"]) {
+      ExportedFile told;
+      told.path = file["path"];
+      told.role = file["role"];
+      told.bytes = file["bytes"];
+      told.sha256 = file["sha256"];
+      told.name = file.value("name", "");
+      told.index = file.value("index", size_t{0});
+      item.files.push_back(std::move(told));
+    }
+    shown_.add(item);
+  }
+
+  void endSource(const Json& line) {
+    const std::string name = line["source"];
+    const std::string reason = line["reason"];
+    const ExportSource* source = nullptr;
+    for (; nextSource_ < sources_.all.size() && !source; ++nextSource_) {
+      if (sources_.all[nextSource_].found.name == name) source = &sources_.all[nextSource_];
+    }
+    const bool isUnopened = source != nullptr && source->trouble.has_value();
+    // A compound file of another program.
+    if (isUnopened && !source->found.isNamed && source->trouble->kind == TroubleKind::Unsupported) {
+      ++counts_.otherFiles;
+      return;
+    }
+    JsonWriter row;
+    const auto number = [&row](std::string_view key, uint64_t value) {
+      row.name(key);
+      row.number(value);
+    };
+    row.openObject();
+    row.name("type");
+    row.text("source");
+    row.name("source");
+    row.text(name);
+    row.name("sha256");
+    sourceSum_.empty() ? row.null() : row.text(sourceSum_);
+    number("found", inSource_.items());
+    number("exported", inSource_.exported);
+    number("partial", inSource_.partial);
+    number("failed", inSource_.failed);
+    if (!reason.empty()) {
+      row.name("reason");
+      row.text(reason);
+      ++counts_.failedSources;
+      if (isUnopened && source->found.isNamed) counts_.hasUnopened = true;
+      tell_(name, reason);
+    }
+    if (!troubles_.empty()) {
+      row.name("troubles");
+      row.openArray();
+      for (const std::string& trouble : troubles_) row.text(trouble);
+      row.closeArray();
+      ++counts_.failedSources;
+    }
+    row.closeObject();
+    put(std::string(row.line()));
+    ++counts_.sources;
+  }
+
+  void put(const std::string& line) {
+    constexpr size_t kPiece = size_t{256} << 10;
+    waiting_ += line;
+    waiting_ += '\n';
+    if (waiting_.size() >= kPiece) flush();
+  }
+
+  void flush() {
+    options_.step();
+    Check(manifest_->append(waiting_));
+    waiting_.clear();
+  }
+
+  struct HashOfKey {
+    size_t operator()(const std::array<uint64_t, 2>& key) const { return key[0]; }
+  };
+
+  const ExportOptions& options_;
+  const ExportSources& sources_;
+  Staging& staging_;
+  const TellTrouble& tell_;
+  const std::map<std::string, FileSum> sums_;
+  Shown shown_;
+  std::unique_ptr<GrowingFile> manifest_;
+  std::unique_ptr<GrowingFile> texts_;
+  std::string waiting_;
+  ExportCounts counts_;
+  ExportCounts inSource_;
+  std::vector<std::string> troubles_;  // of the source
+  std::string sourceSum_;
+  size_t nextSource_ = 0;
+  uint64_t journalRead_ = 0;
+  uint64_t textsRead_ = 0;
+  std::map<std::string, uint64_t> places_;  // in the mboxes
+  std::unordered_map<std::array<uint64_t, 2>, uint64_t, HashOfKey> firsts_;
+};
+
+}  // namespace
+
+ExportCounts CompleteExport(const ExportOptions& options, const ExportSources& sources,
+                            Staging& staging, const TellTrouble& tell) {
+  return Completion(options, sources, staging, tell).run();
+}
+
+}  // namespace tarn::archive

@@ -1,0 +1,110 @@
+#include <system_error>
+
+#include "archive/export/Completion.h"
+#include "archive/export/Export.h"
+#include "archive/export/ExportRun.h"
+#include "archive/export/Packing.h"
+#include "archive/export/Sources.h"
+#include "archive/export/Staging.h"
+#include "console/Paths.h"
+#include "console/PrivateFolder.h"
+#include "console/StandardStreams.h"
+#include "console/SystemFiles.h"
+#include "console/Text.h"
+
+namespace tarn::archive {
+namespace {
+
+namespace fs = std::filesystem;
+using host::ExitStatus;
+using host::Failure;
+
+void Say(const std::string& line) {
+  host::WriteStandardError("tarnmail: " + host::Printable(line) + "\n");
+}
+
+// What must be the same for an export that goes on.
+std::string SettingsOf(const ExportOptions& options) {
+  WorkerRequest request;
+  request.choices = options.choices;
+  request.filter = options.filter;
+  request.recover = options.recover;
+  Packer packer;
+  packer.put(Packed(request)).put(options.dedupe);
+  for (const std::string& path : options.paths) packer.put(path);
+  return std::move(packer.bytes());
+}
+
+void CheckFolder(const ExportOptions& options, const fs::path& tree) {
+  switch (KindOfExportFolder(tree)) {
+    case ExportFolder::Free:
+      return;
+    case ExportFolder::Unfinished:
+      if (options.resume) return;
+      throw Failure(ExitStatus::Usage, options.folder,
+                    "holds an export that was ended early; --resume goes on with it");
+    case ExportFolder::Finished:
+      throw Failure(ExitStatus::Usage, options.folder,
+                    "holds a finished export; name another folder, or remove it first");
+    case ExportFolder::NotOurs:
+      throw Failure(ExitStatus::Usage, options.folder, "is neither empty nor an export");
+  }
+}
+
+std::string Number(uint64_t count, const std::string& what) {
+  return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+}
+
+void Summarise(const ExportCounts& counts, const std::string& folder) {
+  std::string line = Number(counts.items() - counts.failed, "item") + " of " +
+                     Number(counts.sources, "source") + " exported to " + folder;
+  if (counts.partial != 0) line += ", " + std::to_string(counts.partial) + " of them not wholly";
+  if (counts.copies != 0)
+    line +=
+        "; " + std::to_string(counts.copies) + (counts.copies == 1 ? " is a copy" : " are copies");
+  if (counts.failed != 0) line += "; " + Number(counts.failed, "item") + " failed";
+  if (counts.failedSources != 0) {
+    line += "; " + Number(counts.failedSources, "source") + " could not be read wholly";
+  }
+  Say(line);
+}
+
+// Also of a finished one whose staging could not be removed any more.
+bool IsFinished(const ExportOptions& options, const fs::path& tree) {
+  if (!options.resume || KindOfExportFolder(tree) != ExportFolder::Finished) return false;
+  host::RemoveTree(tree / kStagingName);
+  return true;
+}
+
+}  // namespace
+
+ExitStatus Export(const ExportOptions& options) {
+  const fs::path tree = host::PathFromUtf8(options.folder);
+  if (options.folder.empty()) throw Failure(ExitStatus::Usage, "empty name of the folder");
+  if (IsFinished(options, tree)) {
+    Say(options.folder + ": the export there is finished; its files are checked");
+    return Verify({options.folder});
+  }
+  CheckFolder(options, tree);
+  host::PrivateFolder temporary(options.temporary);
+  SourceSearch search(options.paths, temporary);
+  ExportSources sources = FindSources(search, tree);
+  Staging staging(tree, SettingsOf(options), options.resume);
+  try {
+    ExportRun(options, sources, staging).run();
+  } catch (const std::system_error& error) {
+    throw Failure(ExitStatus::Broken, "no worker can be started", error.what());
+  }
+  const ExportCounts counts = CompleteExport(
+      options, sources, staging,
+      [](const std::string& source, const std::string& what) { Say(source + ": " + what); });
+  const uint64_t otherFiles = sources.otherFiles + counts.otherFiles;
+  if (otherFiles != 0) {
+    Say(Number(otherFiles, "file") + (otherFiles == 1 ? " is no mail file" : " are no mail files"));
+  }
+  Summarise(counts, options.folder);
+  if (counts.hasUnopened) return ExitStatus::Usage;
+  return counts.failed != 0 || counts.failedSources != 0 ? ExitStatus::Failed : ExitStatus::Done;
+}
+
+}  // namespace tarn::archive

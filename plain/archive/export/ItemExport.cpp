@@ -1,0 +1,393 @@
+#include "archive/export/ItemExport.h"
+
+#include <functional>
+#include <system_error>
+#include <utility>
+
+#include "archive/catalogue/CatalogueItem.h"
+#include "archive/catalogue/ItemTexts.h"
+#include "archive/common/ItemFilter.h"
+#include "archive/common/JsonWriter.h"
+#include "archive/common/SafeName.h"
+#include "archive/export/ItemNames.h"
+#include "archive/export/ManifestRows.h"
+#include "archive/writers/Writers.h"
+
+namespace tarn::archive {
+namespace {
+
+namespace fs = std::filesystem;
+
+using Writer = std::function<Written(Item&, const AttachmentPaths&, ByteSink&)>;
+
+struct FormFile {
+  ExportForm form;
+  const char* name;
+  const char* file;
+  Writer write;
+};
+
+Writer Without(Written (*write)(Item&, ByteSink&)) {
+  return [write](Item& item, const AttachmentPaths&, ByteSink& sink) { return write(item, sink); };
+}
+
+const std::vector<FormFile>& FormFiles() {
+  static const std::vector<FormFile> kForms = {
+      {ExportForm::Html, "html", "message.html", WriteHtml},
+      {ExportForm::Text, "text", "message.txt", Without(WriteText)},
+      {ExportForm::Eml, "eml", "message.eml", Without(WriteEml)},
+      {ExportForm::Mbox, "mbox", "", Without(WriteMbox)},
+      {ExportForm::Json, "json", "message.json", Without(WriteJson)},
+  };
+  return kForms;
+}
+
+// Adds up what goes into another.
+class CountingSink final : public ByteSink {
+ public:
+  explicit CountingSink(ByteSink& sink) : sink_(sink) {}
+  std::optional<Trouble> write(std::string_view bytes) override {
+    count_ += bytes.size();
+    return sink_.write(bytes);
+  }
+  uint64_t count() const { return count_; }
+
+ private:
+  ByteSink& sink_;
+  uint64_t count_ = 0;
+};
+
+// Keeps the sum alone.
+class SummingSink final : public ByteSink {
+ public:
+  std::optional<Trouble> write(std::string_view bytes) override {
+    sum_.add(bytes);
+    return std::nullopt;
+  }
+  std::string digest() const { return sum_.digest(); }
+
+ private:
+  Sha256 sum_;
+};
+
+// A place that takes no more ends everything.
+struct Full {
+  Trouble trouble;
+};
+
+class ItemExporter {
+ public:
+  ItemExporter(const ExportChoices& choices, const ItemTarget& target, std::string outermostId)
+      : choices_(choices), target_(target), outermostId_(std::move(outermostId)) {}
+
+  ItemResult run(Item& item) {
+    ItemResult result;
+    result.fingerprint = exportOne(item, "", 0);
+    for (ItemRow& row : rows_) {
+      if (row.item.status != ExportStatus::Failed && !row.reasons.empty()) {
+        row.item.status = ExportStatus::Partial;
+      }
+      finishRow(row);
+      result.rows += JournalLine(row);
+    }
+    result.hasFolder = hasFolder_;
+    result.bytes = bytes_;
+    return result;
+  }
+
+ private:
+  // What an attachment has become.
+  struct Attached {
+    std::string path;         // relative to the item's folder; empty without a file
+    std::string fingerprint;  // of its bytes, or of the item that it is
+  };
+
+  // `below` is the folder of an embedded item within that of the outermost, with a slash at its
+  // end.
+  std::string exportOne(Item& item, const std::string& below, int depth) {
+    const size_t row = rows_.size();
+    rows_.emplace_back();
+    describe(item, rows_[row].item);
+    // Walking on may change the item's own list.
+    const std::vector<Attachment> attachments = item.attachments();
+    std::vector<Attached> attached(attachments.size());
+    UniqueNames names;
+    for (size_t index = 0; index < attachments.size(); ++index) {
+      if (++attachments_ > kMostAttachmentFiles) {
+        lose(row, "more than " + std::to_string(kMostAttachmentFiles) +
+                      " attachments; the others are left out");
+        break;
+      }
+      attached[index] = attach(item, attachments[index], index, {row, below, depth}, names);
+    }
+    AttachmentPaths paths;
+    if (choices_.attachments) {
+      for (const Attached& one : attached) paths.push_back(one.path);
+    }
+    writeForms(item, paths, row, below);
+    loseAll(row, item.troubles());
+    rows_[row].fingerprint = fingerprint(item, attached);
+    tellCatalogue(item, row);
+    return rows_[row].fingerprint;
+  }
+
+  struct Where {
+    size_t row;
+    const std::string& below;
+    int depth;
+  };
+
+  Attached attach(Item& item, const Attachment& attachment, size_t index, const Where& where,
+                  UniqueNames& names) {
+    Attached attached;
+    if (attachment.trouble) {
+      lose(where.row, nameOf(index) + ": " + attachment.trouble->reason);
+      return attached;
+    }
+    if (attachment.kind == AttachmentKind::Reference) {
+      attached.fingerprint = attachment.target;
+      return attached;
+    }
+    const bool isItem = attachment.kind == AttachmentKind::Item;
+    Outcome<std::unique_ptr<ByteSource>> bytes = item.open(index);
+    if (bytes && *bytes) {
+      attached = save(**bytes, attachment, index, where, names);
+    } else if (!isItem) {
+      lose(where.row, nameOf(index) + ": " + (bytes ? "it has no bytes" : bytes.trouble().reason));
+    }
+    if (isItem) embed(item, index, where, attached);
+    return attached;
+  }
+
+  Attached save(ByteSource& bytes, const Attachment& attachment, size_t index, const Where& where,
+                UniqueNames& names) {
+    Attached attached;
+    Copied copied;
+    if (choices_.attachments) {
+      const std::string otherwise =
+          attachment.kind == AttachmentKind::Item ? nameOf(index) + ".eml" : nameOf(index);
+      attached.path = "attachments/" + names.make(SafeName(attachment.name, otherwise));
+      const std::unique_ptr<HashedFile> file = newFile(where.below + attached.path);
+      copied = CopyAll(bytes, *file);
+      if (copied.writing) throw Full{*copied.writing};
+      ExportedFile told = finished(*file, where.below + attached.path, "attachment");
+      told.name = attachment.name;
+      told.index = index + 1;
+      attached.fingerprint = told.sha256;
+      rows_[where.row].item.files.push_back(std::move(told));
+    } else {
+      SummingSink sum;
+      copied = CopyAll(bytes, sum);
+      attached.fingerprint = sum.digest();
+    }
+    if (copied.reading) lose(where.row, nameOf(index) + ": " + copied.reading->reason);
+    return attached;
+  }
+
+  void embed(Item& item, size_t index, const Where& where, Attached& attached) {
+    const auto lost = [&](const std::string& reason) { loseEmbedded(item, index, reason); };
+    if (where.depth >= kDeepestItem) return lost("is too deep within other items to be read");
+    const Outcome<std::unique_ptr<Item>> embedded = item.embedded(index);
+    if (!embedded) return lost(embedded.trouble().reason);
+    Item& inner = **embedded;
+    const std::string name =
+        "embedded/" + EmbeddedName(inner.place().id, outermostId_, inner.fields(Detail::Headline));
+    const std::string fingerprint = exportOne(inner, name + "/", where.depth + 1);
+    if (!attached.path.empty()) return;
+    attached.fingerprint = fingerprint;
+    // All embedded items are side by side in the folder of the outermost.
+    const bool hasPage = choices_.forms.contains(ExportForm::Html);
+    const std::string up = where.below.empty() ? "" : "../../";
+    if (hasPage) attached.path = up + name + "/message.html";
+  }
+
+  void loseEmbedded(const Item& parent, size_t index, const std::string& reason) {
+    ItemRow row;
+    row.item.source = target_.source;
+    row.item.id = parent.place().id + "/" + std::to_string(index + 1);
+    row.item.parent = parent.place().id;
+    row.item.folder = *parent.place().folder;
+    row.item.status = ExportStatus::Failed;
+    row.reasons.push_back(reason);
+    rows_.push_back(std::move(row));
+  }
+
+  void writeForms(Item& item, const AttachmentPaths& paths, size_t row, const std::string& below) {
+    bool hasFiles = false;
+    for (const FormFile& form : FormFiles()) {
+      if (!choices_.forms.contains(form.form)) continue;
+      if (form.form == ExportForm::Mbox) {
+        if (below.empty()) writeMail(item, form.write, row);
+      } else {
+        writeFile(item, paths, row, {below + form.file, form.name, form.write});
+        hasFiles = true;
+      }
+    }
+    if (!hasFiles) return;
+    const std::string messageClass = rows_[row].item.fields.messageClass;
+    if (IsContact(messageClass)) {
+      writeFile(item, paths, row, {below + "contact.vcf", "vcard", Without(WriteVcard)});
+    }
+    if (IsCalendar(rows_[row].item.fields.messageClass)) {
+      writeFile(item, paths, row, {below + "event.ics", "icalendar", Without(WriteIcalendar)});
+    }
+  }
+
+  struct FileToWrite {
+    std::string path;
+    const char* role;
+    Writer write;
+  };
+
+  void writeFile(Item& item, const AttachmentPaths& paths, size_t row, const FileToWrite& what) {
+    const std::unique_ptr<HashedFile> file = newFile(what.path);
+    const Written written = what.write(item, paths, *file);
+    if (written.full) throw Full{*written.full};
+    loseAll(row, written.lost);
+    rows_[row].item.files.push_back(finished(*file, what.path, what.role));
+  }
+
+  void writeMail(Item& item, const Writer& write, size_t row) {
+    CountingSink mails(target_.mails);
+    const Written written = write(item, {}, mails);
+    if (written.full) throw Full{*written.full};
+    loseAll(row, written.lost);
+    rows_[row].mbox = target_.mbox;
+    rows_[row].mboxBytes = mails.count();
+    bytes_ += mails.count();
+  }
+
+  std::unique_ptr<HashedFile> newFile(const std::string& path) {
+    const fs::path full = target_.folder / path;
+    if (full.parent_path() != lastFolder_) {
+      std::error_code error;
+      fs::create_directories(full.parent_path(), error);
+      if (error) throw Full{SystemTrouble(full.parent_path(), error.value())};
+      lastFolder_ = full.parent_path();
+      hasFolder_ = true;
+    }
+    Outcome<std::unique_ptr<HashedFile>> file = HashedFile::create(full);
+    if (!file) throw Full{file.trouble()};
+    return std::move(*file);
+  }
+
+  ExportedFile finished(HashedFile& file, const std::string& path, const char* role) {
+    const Outcome<FileSum> sum = file.finish();
+    if (!sum) throw Full{sum.trouble()};
+    bytes_ += sum->bytes;
+    ExportedFile told;
+    told.path = target_.tree + "/" + path;
+    told.role = role;
+    told.bytes = sum->bytes;
+    told.sha256 = sum->sha256;
+    return told;
+  }
+
+  void describe(Item& item, CatalogueItem& record) const {
+    record.source = target_.source;
+    record.id = item.place().id;
+    record.parent = item.place().parent;
+    record.folder = *item.place().folder;
+    record.fields = item.fields(Detail::Envelope);
+  }
+
+  // Message id, sender, time, body, attachments.
+  static std::string fingerprint(Item& item, const std::vector<Attached>& attached) {
+    Sha256 sum;
+    const ItemFields fields = item.fields(Detail::Envelope);
+    sum.addText(fields.messageId);
+    sum.addText(fields.from.address.empty() ? fields.from.name : fields.from.address);
+    sum.addText(fields.subject);
+    sum.addText(fields.sent ? Iso8601(*fields.sent) : "");
+    const Bodies bodies = item.bodies();
+    sum.addText(bodies.html ? bodies.html->bytes : "");
+    sum.addText(bodies.text.value_or(""));
+    sum.addText(bodies.html || bodies.text ? "" : bodies.rtf.value_or(""));
+    for (const Attached& one : attached) sum.addText(one.fingerprint);
+    constexpr size_t kFingerprintDigits = 32;
+    return sum.digest().substr(0, kFingerprintDigits);
+  }
+
+  void tellCatalogue(Item& item, size_t row) {
+    if (choices_.catalogue) TakeTexts(item, rows_[row].item);
+  }
+
+  void finishRow(ItemRow& row) {
+    row.item.reason = JoinedReasons(row.reasons);
+    if (!choices_.catalogue) return;
+    const std::string packed = PackedItem(row.item);
+    if (const std::optional<Trouble> full = target_.texts.write(packed)) throw Full{*full};
+    row.catalogueBytes = packed.size();
+    row.item.body = {};
+    row.item.attachments = {};
+  }
+
+  void lose(size_t row, std::string reason) { rows_[row].reasons.push_back(std::move(reason)); }
+  void loseAll(size_t row, const std::vector<Trouble>& troubles) {
+    for (const Trouble& trouble : troubles) lose(row, trouble.reason);
+  }
+
+  static std::string nameOf(size_t index) { return "attachment-" + std::to_string(index + 1); }
+
+  const ExportChoices& choices_;
+  const ItemTarget& target_;
+  const std::string outermostId_;
+  std::vector<ItemRow> rows_;
+  fs::path lastFolder_;
+  size_t attachments_ = 0;
+  bool hasFolder_ = false;
+  uint64_t bytes_ = 0;
+};
+
+}  // namespace
+
+std::string_view NameOf(ExportForm form) {
+  for (const FormFile& file : FormFiles()) {
+    if (file.form == form) return file.name;
+  }
+  return {};
+}
+
+std::vector<ExportForm> AllForms() {
+  std::vector<ExportForm> forms;
+  for (const FormFile& file : FormFiles()) forms.push_back(file.form);
+  return forms;
+}
+
+Outcome<ItemResult> ExportItem(Item& item, const ExportChoices& choices, const ItemTarget& target) {
+  try {
+    return ItemExporter(choices, target, item.place().id).run(item);
+  } catch (const Full& full) {
+    return full.trouble;
+  }
+}
+
+std::string RowOfLost(const PlanEntry& entry, const std::string& source,
+                      const std::string& reason) {
+  if (entry.kind == PlanKind::Trouble) {
+    const std::string folder = FolderText(*entry.folder);
+    JsonWriter json;
+    json.openObject();
+    json.name("type");
+    json.text("trouble");
+    json.name("source");
+    json.text(source);
+    json.name("reason");
+    json.text((folder.empty() ? "" : folder + ": ") + reason);
+    json.name("files");
+    json.openArray();
+    json.closeArray();
+    json.closeObject();
+    return std::string(json.line()) + "\n";
+  }
+  ItemRow row;
+  row.item.source = source;
+  row.item.id = entry.id;
+  row.item.parent = entry.parent;
+  row.item.folder = *entry.folder;
+  row.item.status = ExportStatus::Failed;
+  row.reasons.push_back(reason);
+  return JournalLine(row);
+}
+
+}  // namespace tarn::archive

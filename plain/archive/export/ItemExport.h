@@ -1,0 +1,61 @@
+// ItemExport.h - an item with all that is embedded in it as files, and as lines of the journal.
+#ifndef TARN_ARCHIVE_ITEMEXPORT_H
+#define TARN_ARCHIVE_ITEMEXPORT_H
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "archive/export/SourcePlan.h"
+#include "archive/model/ByteSink.h"
+#include "archive/model/Item.h"
+
+namespace tarn::archive {
+
+enum class ExportForm : uint8_t { Html, Text, Eml, Mbox, Json };
+
+// "html" and so on; empty beyond the last.
+std::string_view NameOf(ExportForm form);
+// Those that can be written, in the order of their values.
+std::vector<ExportForm> AllForms();
+
+struct ExportChoices {
+  std::set<ExportForm> forms;
+  bool attachments = true;  // as files beside
+  bool catalogue = true;    // what is to be found by words is told
+};
+
+// Of all attachments of an item, those of embedded ones among them, no more become files.
+inline constexpr size_t kMostAttachmentFiles = 10'000;
+
+// Where the parts of an item go.
+struct ItemTarget {
+  std::string source;            // as the manifest names it
+  std::string tree;              // the path of the item's own folder within the export
+  std::string mbox;              // that of the mbox of its folder
+  std::filesystem::path folder;  // to be made for its files, if there are any
+  ByteSink& mails;               // what is added to the mbox
+  ByteSink& texts;               // what the catalogue is told: packed items
+};
+
+struct ItemResult {
+  std::string rows;         // lines of the journal, the item's own first
+  std::string fingerprint;  // of the item: the same for another with the same content
+  bool hasFolder = false;
+  uint64_t bytes = 0;  // of all files
+};
+
+// Writes everything; what of the item cannot be read is told in its rows. A trouble says that a
+// place takes no more.
+Outcome<ItemResult> ExportItem(Item& item, const ExportChoices& choices, const ItemTarget& target);
+
+// The line of an item that cannot be read at all, or of a trouble of the source, which is no item.
+std::string RowOfLost(const PlanEntry& entry, const std::string& source, const std::string& reason);
+
+}  // namespace tarn::archive
+
+#endif

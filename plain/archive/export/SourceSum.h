@@ -1,0 +1,26 @@
+// SourceSum.h - what tells whether a source is still the same.
+#ifndef TARN_ARCHIVE_SOURCESUM_H
+#define TARN_ARCHIVE_SOURCESUM_H
+
+#include <filesystem>
+#include <functional>
+#include <string>
+
+#include "archive/export/HashedFile.h"
+#include "archive/sources/SourceKind.h"
+
+namespace tarn::archive {
+
+// Of a file that of its bytes. Of a Maildir that of the lines "SUM  PATH" with the path of each
+// file below it, in byte order, as `sha256sum` writes them: temporary files left out. `beat` is
+// called after each piece.
+Outcome<FileSum> SumOfSource(const std::filesystem::path& path, SourceKind kind,
+                             const std::function<void()>& beat);
+
+// Size and time of the last change, without reading; the folders of a Maildir for it. Empty where
+// the system does not tell.
+std::string StampOfSource(const std::filesystem::path& path, SourceKind kind);
+
+}  // namespace tarn::archive
+
+#endif

@@ -1,0 +1,30 @@
+// Sources.h - what an export is of: every mail file that its paths name.
+#ifndef TARN_ARCHIVE_EXPORT_SOURCES_H
+#define TARN_ARCHIVE_EXPORT_SOURCES_H
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "archive/model/Trouble.h"
+#include "archive/sources/SourceSearch.h"
+
+namespace tarn::archive {
+
+struct ExportSource {
+  FoundSource found;
+  std::string tree;  // its folder within the export
+  std::optional<Trouble> trouble;
+};
+
+struct ExportSources {
+  std::vector<ExportSource> all;  // by name, each once
+  uint64_t otherFiles = 0;
+};
+
+// What is below `tree`, where the export itself is, is not among them.
+ExportSources FindSources(SourceSearch& search, const std::filesystem::path& tree);
+
+}  // namespace tarn::archive
+
+#endif

@@ -1,0 +1,183 @@
+#include "archive/export/Worker.h"
+
+#include <filesystem>
+#include <memory>
+#include <new>
+#include <optional>
+
+#include "archive/export/Beat.h"
+#include "archive/export/ItemExport.h"
+#include "archive/export/SourceSum.h"
+#include "archive/export/WorkerMessages.h"
+#include "archive/sources/OpenSource.h"
+#include "siblings/client/Channel.h"
+
+namespace tarn::archive {
+namespace {
+
+namespace fs = std::filesystem;
+
+class FileSink final : public ByteSink {
+ public:
+  explicit FileSink(GrowingFile& file) : file_(file) {}
+  std::optional<Trouble> write(std::string_view bytes) override {
+    constexpr size_t kPiece = size_t{256} << 10;
+    waiting_ += bytes;
+    return waiting_.size() < kPiece ? std::nullopt : flush();
+  }
+  std::optional<Trouble> flush() {
+    if (waiting_.empty()) return std::nullopt;
+    std::optional<Trouble> trouble = file_.append(waiting_);
+    waiting_.clear();
+    return trouble;
+  }
+  uint64_t end() const { return file_.size() + waiting_.size(); }
+
+ private:
+  GrowingFile& file_;
+  std::string waiting_;
+};
+
+class Worker {
+ public:
+  Worker(pages::Channel channel, Beat beat, const ItemHook& hook)
+      : channel_(std::move(channel)), beat_(std::move(beat)), hook_(hook) {}
+
+  int run() {
+    std::string message;
+    while (channel_.receive(message) == pages::Heard::Message) {
+      const WorkerRequest request = UnpackedRequest(message);
+      const std::optional<Trouble> trouble =
+          request.task == WorkerTask::Plan ? plan(request) : exportEntries(request);
+      if (trouble) say({WorkerWord::Stopped, trouble->reason, {}});
+    }
+    return 0;
+  }
+
+ private:
+  void say(const WorkerReply& reply) { (void)channel_.send(Packed(reply)); }
+  void sayUnopened(const Trouble& trouble) {
+    say({WorkerWord::Unopened, trouble.reason, {static_cast<uint64_t>(trouble.kind)}});
+  }
+
+  // Kept open from one request to the next.
+  Outcome<ItemReader*> open(const WorkerRequest& request) {
+    if (reader_ && path_ == request.path) return reader_.get();
+    reader_.reset();
+    ReaderOptions options;
+    options.recover = request.recover;
+    Outcome<std::unique_ptr<ItemReader>> opened = OpenSource(request.path, request.kind, options);
+    if (!opened) return opened.trouble();
+    reader_ = std::move(*opened);
+    path_ = request.path;
+    return reader_.get();
+  }
+
+  std::optional<Trouble> plan(const WorkerRequest& request) {
+    const Outcome<FileSum> sum = SumOfSource(request.path, request.kind, [this] { beat_.tick(); });
+    beat_.set(0);
+    reader_.reset();
+    const Outcome<ItemReader*> reader = sum ? open(request) : Outcome<ItemReader*>(sum.trouble());
+    if (!reader) {
+      sayUnopened(reader.trouble());
+      return std::nullopt;
+    }
+    ItemFilter filter(request.filter);
+    const PlanLimits limits = {request.mostEntries, request.reasonAfter};
+    const Outcome<uint64_t> entries =
+        WritePlan(**reader, filter, limits, request.plan, [this] { beat_.tick(); });
+    if (!entries) return entries.trouble();
+    say({WorkerWord::Planned, sum->sha256, {*entries, sum->bytes, beat_.count()}});
+    return std::nullopt;
+  }
+
+  std::optional<Trouble> exportEntries(const WorkerRequest& request) {
+    const Outcome<ItemReader*> reader = open(request);
+    if (!reader) {
+      sayUnopened(reader.trouble());
+      return std::nullopt;
+    }
+    const fs::path folder = request.folder;
+    Outcome<std::unique_ptr<GrowingFile>> rows = GrowingFile::open(folder / "rows");
+    Outcome<std::unique_ptr<GrowingFile>> mails = GrowingFile::open(folder / "mails");
+    Outcome<std::unique_ptr<GrowingFile>> texts = GrowingFile::open(folder / "texts");
+    Outcome<std::unique_ptr<PlanReader>> plan = PlanReader::open(request.plan, request.offset);
+    for (const auto* const file : {&rows, &mails, &texts}) {
+      if (!*file) return file->trouble();
+    }
+    if (!plan) return plan.trouble();
+    Sinks sinks = {FileSink(**rows), FileSink(**mails), FileSink(**texts)};
+    for (uint64_t done = 0; done < request.count; ++done) {
+      const Outcome<std::optional<PlanEntry>> entry = (*plan)->next();
+      if (!entry) return entry.trouble();
+      if (!*entry) return Trouble{TroubleKind::Damaged, "the plan of a source is too short"};
+      const std::optional<Trouble> trouble =
+          exportEntry(request, **entry, **reader, request.first + done, sinks);
+      if (trouble) return trouble;
+      beat_.tick();
+    }
+    say({WorkerWord::Done, "", {}});
+    return std::nullopt;
+  }
+
+  struct Sinks {
+    FileSink rows;
+    FileSink mails;
+    FileSink texts;
+  };
+
+  std::optional<Trouble> exportEntry(const WorkerRequest& request, const PlanEntry& entry,
+                                     ItemReader& reader, uint64_t number, Sinks& sinks) {
+    ItemResult result;
+    if (entry.kind != PlanKind::Item) {
+      result.rows = RowOfLost(entry, request.name, entry.reason);
+    } else {
+      if (hook_) hook_(entry.id);
+      const Outcome<std::unique_ptr<Item>> item = reader.find(entry.id);
+      if (!item) {
+        result.rows = RowOfLost(entry, request.name, item.trouble().reason);
+      } else {
+        const std::string folder =
+            request.tree + (entry.folderPath.empty() ? "" : "/" + entry.folderPath);
+        const ItemTarget target = {request.name,
+                                   folder + "/" + entry.name,
+                                   folder + "/" + kMboxName,
+                                   fs::path(request.folder) / std::to_string(number),
+                                   sinks.mails,
+                                   sinks.texts};
+        Outcome<ItemResult> exported = ExportItem(**item, request.choices, target);
+        if (!exported) return exported.trouble();
+        result = std::move(*exported);
+      }
+    }
+    std::optional<Trouble> full = sinks.rows.write(result.rows);
+    for (FileSink* const sink : {&sinks.rows, &sinks.mails, &sinks.texts}) {
+      if (!full) full = sink->flush();
+    }
+    if (full) return full;
+    say({WorkerWord::Exported,
+         result.fingerprint,
+         {result.hasFolder ? 1u : 0u, sinks.rows.end(), sinks.mails.end(), sinks.texts.end(),
+          result.bytes}});
+    return std::nullopt;
+  }
+
+  pages::Channel channel_;
+  Beat beat_;
+  const ItemHook& hook_;
+  std::unique_ptr<ItemReader> reader_;
+  std::string path_;
+};
+
+}  // namespace
+
+int RunWorker(const std::vector<std::string>& words, const ItemHook& hook) {
+  if (words.size() != 2) return 2;
+  PrepareWorker(std::stoull(words[0]));
+  Outcome<Beat> beat = Beat::open(words[1]);
+  if (!beat) return 1;
+  // Memory that ends in the middle of an item costs the item: the process ends.
+  return Worker(pages::Channel(pages::Descriptor(kWorkerSocket)), std::move(*beat), hook).run();
+}
+
+}  // namespace tarn::archive

@@ -1,0 +1,89 @@
+#include "archive/export/WorkerMessages.h"
+
+#include "archive/export/Packing.h"
+
+namespace tarn::archive {
+namespace {
+
+void Put(Packer& packer, const std::optional<Span>& span) {
+  packer.put(span.has_value()).put(span ? span->first : 0).put(span ? span->last : 0);
+}
+
+std::optional<Span> TakeSpan(Unpacker& fields) {
+  const bool isThere = fields.flag();
+  const auto first = static_cast<int64_t>(fields.number());
+  const auto last = static_cast<int64_t>(fields.number());
+  if (!isThere) return std::nullopt;
+  return Span{first, last};
+}
+
+}  // namespace
+
+std::string Packed(const WorkerRequest& request) {
+  Packer packer;
+  packer.put(static_cast<uint64_t>(request.task)).put(request.name).put(request.path);
+  packer.put(static_cast<uint64_t>(request.kind)).put(request.recover).put(request.plan);
+  const FilterOptions& filter = request.filter;
+  packer.put(filter.folder).put(filter.from).put(filter.to).put(filter.subject);
+  packer.put(filter.messageClass);
+  Put(packer, filter.since);
+  Put(packer, filter.until);
+  packer.put(filter.hasAttachment).put(request.mostEntries).put(request.reasonAfter);
+  packer.put(request.choices.forms.size());
+  for (const ExportForm form : request.choices.forms) packer.put(static_cast<uint64_t>(form));
+  packer.put(request.choices.attachments).put(request.choices.catalogue);
+  packer.put(request.tree).put(request.folder);
+  packer.put(request.offset).put(request.first).put(request.count);
+  return std::move(packer.bytes());
+}
+
+WorkerRequest UnpackedRequest(std::string_view message) {
+  Unpacker fields(message);
+  WorkerRequest request;
+  request.task = static_cast<WorkerTask>(fields.number());
+  request.name = fields.text();
+  request.path = fields.text();
+  request.kind = static_cast<SourceKind>(fields.number());
+  request.recover = fields.flag();
+  request.plan = fields.text();
+  FilterOptions& filter = request.filter;
+  filter.folder = fields.optionalText();
+  filter.from = fields.optionalText();
+  filter.to = fields.optionalText();
+  filter.subject = fields.optionalText();
+  filter.messageClass = fields.optionalText();
+  filter.since = TakeSpan(fields);
+  filter.until = TakeSpan(fields);
+  filter.hasAttachment = fields.flag();
+  request.mostEntries = fields.number();
+  request.reasonAfter = fields.text();
+  for (uint64_t forms = fields.number(); forms != 0; --forms) {
+    request.choices.forms.insert(static_cast<ExportForm>(fields.number()));
+  }
+  request.choices.attachments = fields.flag();
+  request.choices.catalogue = fields.flag();
+  request.tree = fields.text();
+  request.folder = fields.text();
+  request.offset = fields.number();
+  request.first = fields.number();
+  request.count = fields.number();
+  return request;
+}
+
+std::string Packed(const WorkerReply& reply) {
+  Packer packer;
+  packer.put(static_cast<uint64_t>(reply.word)).put(reply.text);
+  for (const uint64_t number : reply.numbers) packer.put(number);
+  return std::move(packer.bytes());
+}
+
+WorkerReply UnpackedReply(std::string_view message) {
+  Unpacker fields(message);
+  WorkerReply reply;
+  reply.word = static_cast<WorkerWord>(fields.number());
+  reply.text = fields.text();
+  for (uint64_t& number : reply.numbers) number = fields.number();
+  return reply;
+}
+
+}  // namespace tarn::archive

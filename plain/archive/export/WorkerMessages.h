@@ -1,0 +1,66 @@
+// WorkerMessages.h - what an export and its workers say to each other.
+#ifndef TARN_ARCHIVE_WORKERMESSAGES_H
+#define TARN_ARCHIVE_WORKERMESSAGES_H
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "archive/common/ItemFilter.h"
+#include "archive/export/ItemExport.h"
+#include "archive/sources/SourceKind.h"
+
+namespace tarn::archive {
+
+// The words that start a worker: this one, its memory in bytes, the file of its beats.
+inline constexpr const char* kWorkerWord = "export-worker";
+// The descriptor of its end of the channel.
+inline constexpr int kWorkerSocket = 3;
+
+enum class WorkerTask : uint8_t { Plan, Export };
+
+struct WorkerRequest {
+  WorkerTask task = WorkerTask::Plan;
+  std::string name;  // of the source, as the manifest has it
+  std::string path;
+  SourceKind kind = SourceKind::Mail;
+  bool recover = false;
+  std::string plan;  // its file
+
+  // Plan:
+  FilterOptions filter;
+  uint64_t mostEntries = UINT64_MAX;
+  std::string reasonAfter;
+
+  // Export:
+  ExportChoices choices;
+  std::string tree;    // the folder of the source within the export
+  std::string folder;  // of what the worker writes: N for the N-th entry, rows, mails, texts
+  uint64_t offset = 0;
+  uint64_t first = 0;  // the number of the entry there
+  uint64_t count = 0;
+};
+
+enum class WorkerWord : uint8_t {
+  Planned,   // text: the sum of the source; numbers: its entries, its bytes
+  Unopened,  // text: why the source cannot be read; numbers: the kind of trouble
+  Exported,  // one entry; text: its fingerprint; numbers: whether it has a folder, and the ends of
+             // its parts of rows, mails and texts
+  Done,      // all entries of the request
+  Stopped    // text: why nothing more can be written
+};
+
+struct WorkerReply {
+  WorkerWord word = WorkerWord::Done;
+  std::string text;
+  uint64_t numbers[5] = {};
+};
+
+std::string Packed(const WorkerRequest& request);
+WorkerRequest UnpackedRequest(std::string_view message);
+std::string Packed(const WorkerReply& reply);
+WorkerReply UnpackedReply(std::string_view message);
+
+}  // namespace tarn::archive
+
+#endif

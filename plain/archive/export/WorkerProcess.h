@@ -1,0 +1,47 @@
+// WorkerProcess.h - a worker as the export sees it. One folder a system implements it.
+#ifndef TARN_ARCHIVE_WORKERPROCESS_H
+#define TARN_ARCHIVE_WORKERPROCESS_H
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+
+#include "archive/export/Beat.h"
+#include "siblings/client/Channel.h"
+
+namespace tarn::archive {
+
+struct WorkerPlan {
+  std::filesystem::path program;  // that runs RunWorker() when its first word is kWorkerWord
+  std::filesystem::path beat;     // the file of its beats
+  uint64_t memory = 0;
+};
+
+class WorkerProcess {
+ public:
+  // Throws std::system_error where no process can be had.
+  explicit WorkerProcess(const WorkerPlan& plan);
+  WorkerProcess(const WorkerProcess&) = delete;
+  WorkerProcess& operator=(const WorkerProcess&) = delete;
+  // Kills it.
+  ~WorkerProcess();
+
+  pages::Channel& channel() { return channel_; }
+  Beat& beat() { return beat_; }
+
+  // Kills it unless it has ended by itself, and tells how it ended: "was killed by signal 11",
+  // "ended with exit status 1".
+  std::string end();
+
+ private:
+  Beat beat_;
+  pages::Channel channel_;
+  int process_ = 0;
+};
+
+// The program that runs.
+std::filesystem::path OwnProgram();
+
+}  // namespace tarn::archive
+
+#endif

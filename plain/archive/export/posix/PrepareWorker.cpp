@@ -1,0 +1,23 @@
+#include <sys/prctl.h>
+#include <sys/resource.h>
+
+#include <csignal>
+
+#include "archive/export/Worker.h"
+
+namespace tarn::archive {
+
+void PrepareWorker([[maybe_unused]] unsigned long long memory) {
+  // Whoever ended before this call has closed the channel, which ends the worker too.
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  std::signal(SIGXFSZ, SIG_IGN);
+  const rlimit noCore = {0, 0};
+  setrlimit(RLIMIT_CORE, &noCore);
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__clang__)
+  // Sanitizers reserve more addresses than any limit; they have one of their own.
+  const rlimit addresses = {memory, memory};
+  setrlimit(RLIMIT_AS, &addresses);
+#endif
+}
+
+}  // namespace tarn::archive

@@ -1,0 +1,25 @@
+#include "archive/export/Staging.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+namespace tarn::archive {
+
+int LockFile(const std::filesystem::path& path) {
+  const int file = open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600);
+  if (file >= 0 && flock(file, LOCK_EX | LOCK_NB) == 0) return file;
+  if (file >= 0) close(file);
+  return -1;
+}
+
+void UnlockFile(int file) { close(file); }
+
+void SyncFileSystem(const std::filesystem::path& path) {
+  const int folder = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (folder < 0) return;
+  (void)syncfs(folder);
+  close(folder);
+}
+
+}  // namespace tarn::archive

@@ -1,0 +1,74 @@
+#include "archive/export/WorkerProcess.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <system_error>
+#include <vector>
+
+#include "archive/export/WorkerMessages.h"
+
+namespace tarn::archive {
+namespace {
+
+Beat OpenBeat(const std::filesystem::path& path) {
+  Outcome<Beat> beat = Beat::open(path);
+  if (!beat) throw std::system_error(EIO, std::generic_category(), beat.trouble().reason);
+  return std::move(*beat);
+}
+
+}  // namespace
+
+WorkerProcess::WorkerProcess(const WorkerPlan& plan) : beat_(OpenBeat(plan.beat)) {
+  auto [ours, theirs] = pages::Channel::pair();
+  channel_ = std::move(ours);
+  // dup2 to its own number would keep the mark that closes it.
+  const pages::Descriptor socket(fcntl(theirs.descriptor(), F_DUPFD_CLOEXEC, kWorkerSocket + 1));
+  std::vector<std::string> words = {plan.program.string(), kWorkerWord, std::to_string(plan.memory),
+                                    plan.beat.string()};
+  std::vector<char*> pointers;
+  for (std::string& word : words) pointers.push_back(word.data());
+  pointers.push_back(nullptr);
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+  posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+  posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+  posix_spawn_file_actions_adddup2(&actions, socket.get(), kWorkerSocket);
+  posix_spawn_file_actions_addclosefrom_np(&actions, kWorkerSocket + 1);
+  const int error =
+      posix_spawn(&process_, words.front().c_str(), &actions, nullptr, pointers.data(), environ);
+  posix_spawn_file_actions_destroy(&actions);
+  if (error != 0) {
+    process_ = 0;
+    throw std::system_error(error, std::generic_category(), plan.program.string());
+  }
+}
+
+WorkerProcess::~WorkerProcess() { (void)end(); }
+
+std::string WorkerProcess::end() {
+  if (process_ == 0) return {};
+  const bool wasGone = channel_.isClosed();
+  channel_.close();
+  int status = 0;
+  pid_t waited = 0;
+  // One whose end of the channel is closed is about to end, and how is worth knowing.
+  if (!wasGone) kill(process_, SIGKILL);
+  do {
+    waited = waitpid(process_, &status, 0);
+  } while (waited < 0 && errno == EINTR);
+  process_ = 0;
+  if (waited < 0) return "ended";
+  if (WIFSIGNALED(status)) return "was killed by signal " + std::to_string(WTERMSIG(status));
+  return "ended with exit status " + std::to_string(WEXITSTATUS(status));
+}
+
+std::filesystem::path OwnProgram() { return std::filesystem::read_symlink("/proc/self/exe"); }
+
+}  // namespace tarn::archive
