@@ -1,7 +1,7 @@
 # Completion of tarnmail for bash.
 
 _tarnmail() {
-  local commands='list show search info document pages attachments extract help'
+  local commands='list show export search verify info document pages attachments extract help'
   local common='-h --help --language --in-memory --temp-files --temp'
   local filters='--folder --from --to --subject --since --until --has-attachment --class'
   local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
@@ -25,7 +25,7 @@ _tarnmail() {
       return
       ;;
     --language | -m | --message | --dpi | --folder | --from | --to | --subject | --since | --until | \
-      --class | --attachment | --limit) return ;;
+      --class | --attachment | --limit | --recipient | -j | --jobs | --seconds | --memory) return ;;
   esac
 
   # The command, which is the first word that is no option and no value of one.
@@ -44,6 +44,11 @@ _tarnmail() {
   case $command in
     '') options="$common -V --version" ;;
     list) options="-h --help --json --folders --embedded $filters --recover --temp" ;;
+    export)
+      options="-h --help -o --output --to --no-attachments --no-catalogue --dedupe ${filters/--to/--recipient}"
+      options+=' --recover --resume -j --jobs --seconds --memory --temp'
+      ;;
+    verify) options='-h --help' ;;
     show) options='-h --help --headers --attachment -o --output --all-attachments --temp' ;;
     search) options="-h --help --json --limit $filters" ;;
     info) options="$common -m --message --text --json --pages --no-sandbox" ;;

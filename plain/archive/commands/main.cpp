@@ -197,29 +197,31 @@ void AddExport(CLI::App& app, CommandLine& line) {
           "What becomes of each message, several with commas: html (if nothing is said), text, "
           "eml, mbox, json")
       ->type_name("FORMS");
-  command->add_flag("!--no-attachments", options.choices.attachments,
-                    "Attachments are not written beside");
-  command->add_flag("!--no-catalogue", options.choices.catalogue,
-                    "Neither catalogue.sqlite nor index.html are made");
+  command->add_flag_callback(
+      "--no-attachments", [&options] { options.choices.attachments = false; },
+      "Attachments are not written beside");
+  command->add_flag_callback(
+      "--no-catalogue", [&options] { options.choices.catalogue = false; },
+      "Neither catalogue.sqlite nor index.html are made");
   command->add_flag("--dedupe", options.dedupe,
                     "Of messages with the same content only the first is written");
   AddFilter(*command, options.filter, "--recipient");
   command->add_flag("--recover", options.recover, "Also what a store holds and no table names");
   command->add_flag("--resume", options.resume, "Go on with an export that was ended early");
   command->add_option("-j,--jobs", options.workers, "Processes that read at the same time")
-      ->check(CLI::Range(1, 64))
+      ->check(CLI::Range(1, 64).description(""))
       ->type_name("N");
   command
       ->add_option("--seconds", options.seconds,
                    "Time for one message, 120 unless said otherwise; then it is given up")
-      ->check(CLI::Range(1, 86'400))
+      ->check(CLI::Range(1, 86'400).description(""))
       ->type_name("N");
   constexpr uint64_t kMegabyte = uint64_t{1} << 20;
   command
       ->add_option_function<uint64_t>(
           "--memory", [&options](uint64_t size) { options.memory = size * kMegabyte; },
           "Memory of each process in MB, 1024 unless said otherwise")
-      ->check(CLI::Range(128, 1 << 20))
+      ->check(CLI::Range(128, 1 << 20).description(""))
       ->type_name("MB");
   AddTemporary(*command, options.temporary);
   command->callback([&line] { line.chosen = [&line] { return Export(line.exporting); }; });
