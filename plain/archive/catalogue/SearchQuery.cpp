@@ -95,7 +95,8 @@ std::string PhraseOf(const Term& term) {
   phrase += '"';
   for (const char letter : words.text) {
     if (letter == '"') phrase += '"';
-    phrase += letter;
+    // A NUL would end the expression.
+    phrase += letter == '\0' ? ' ' : letter;
   }
   phrase += '"';
   if (term.isBeginning || words.endsInPart) phrase += " *";

@@ -56,6 +56,7 @@ TEST(SearchQueryTest, PassesOverWhatIsNoWord) {
   EXPECT_EQ(Query("a OR - b"), "(\"a\" OR \"b\")");
   EXPECT_EQ(Query("a) OR (b"), "(\"a)\" OR \"(b\")");
   EXPECT_EQ(Query("subject:"), "none");
+  EXPECT_EQ(Query(std::string_view("a\0b", 3)), "(\"a b\")");
 }
 
 }  // namespace
