@@ -136,7 +136,7 @@ class AlignedListLines final : public ListLines {
   static constexpr size_t kDate = 16;
   static constexpr size_t kAttachments = 4;
   static constexpr size_t kGap = 2;
-  static constexpr size_t kLeastSubject = 10;
+  static constexpr size_t kLeastSubject = 8;
 
   static std::string padded(const std::string& text, size_t columns) {
     const size_t taken = Columns(text);
