@@ -15,7 +15,10 @@ if [ -x "$root/build/debug/tests/FuzzHtmlPages" ]; then
 fi
 # Those of the archive, where it is built.
 if [ -x "$root/build/debug/tests/FuzzArchiveMail" ]; then
-  FUZZ_TARGETS+=(FuzzArchiveEml FuzzArchiveHtml FuzzArchiveMail FuzzArchiveMsg FuzzTnef FuzzUnwrapRtf FuzzHtmlText FuzzCatalogue)
+  FUZZ_TARGETS+=(
+    FuzzArchiveStore FuzzArchiveEml FuzzArchiveHtml FuzzArchiveMail FuzzArchiveMsg FuzzTnef FuzzUnwrapRtf
+    FuzzHtmlText FuzzCatalogue
+  )
 fi
 
 declare -A FUZZ_DICTIONARY=(
@@ -26,7 +29,7 @@ declare -A FUZZ_DICTIONARY=(
   [FuzzRtfFontTable]=rtf.dict [FuzzRtfToHtml]=rtf.dict [FuzzScrubHtmlBody]=rtf.dict
   [FuzzHarmlessRtf]=fields.dict [FuzzHtmlPages]=html.dict [FuzzPicture]=pictures.dict
   [FuzzTextPages]=mail.dict [FuzzArchiveMail]=mail.dict [FuzzArchiveMsg]=msg.dict
-  [FuzzHtmlText]=html.dict [FuzzTnef]=msg.dict [FuzzUnwrapRtf]=rtf.dict
+  [FuzzArchiveStore]=pst.dict [FuzzHtmlText]=html.dict [FuzzTnef]=msg.dict [FuzzUnwrapRtf]=rtf.dict
 )
 
 # The largest input in bytes, where it is not the megabyte that the others get: so that no run takes
@@ -70,6 +73,8 @@ fuzz_sources() {
     FuzzTextPages) sources+=("$root/examples" "$root/tests/siblings/pages/reference") ;;
     FuzzImagePass) sources+=("$root/examples/body-images") ;;
     FuzzMsgRoad) sources+=("$root/examples/msg" "$work/written-seeds/msg") ;;
+    FuzzArchiveStore)
+      sources+=("$work/written-seeds/pst" "$root/fuzz/seeds/FuzzPstStore" "$root/fuzz/seeds/FuzzPstRoad") ;;
     FuzzPstRoad) sources+=("$work/written-seeds/pst") ;;
     FuzzPstStore) sources+=("$work/written-seeds/pst" "$root/fuzz/seeds/FuzzPstRoad") ;;
     FuzzRtfDocument | FuzzRtfFontTable) sources+=("$root/examples/rtf") ;;
