@@ -328,5 +328,30 @@ TEST_P(StoreDamage, AFileThatIsCutOff) {
   EXPECT_NE(listed.find(kFirst + kSecond), std::string::npos) << listed;
 }
 
+TEST_P(StoreDamage, PagesOfAnotherSize) {
+  StoreOptions options = StoreOptions::Smallest(PstLayout::Unicode, PstEncoding::None);
+  options.file.version = 36;
+  StoreBuilder store(options);
+  store.folder("Inbox").message();
+  store.finish();
+  PstDamage damage(store.file());
+  damage.image()[damage.trailer(damage.at(PstExtentKind::NbtPage)) + 2] ^= 1;
+  const TempDirectory folder;
+  const auto opened = OpenStore(folder.write("store.pst", damage.image()), {});
+  ASSERT_FALSE(opened);
+  EXPECT_EQ(opened.trouble().kind, TroubleKind::Unsupported);
+}
+
+TEST_P(StoreDamage, TheLastRowsOfAList) {
+  StoreBuilder store(GetParam());
+  fill(store);
+  inbox().row(0x9999904 | 0x1F);
+  EXPECT_EQ(OpenedStore(store).listing(),
+            "folder Deleted Items: 0\nfolder Inbox: 3\n" + kFirst + kSecond +
+                "8082 in Inbox! row 3 of the folder's list: it names no message, or one that was "
+                "listed before\n" +
+                kOther);
+}
+
 }  // namespace
 }  // namespace tarn::test

@@ -3,8 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <functional>
 #include <set>
+#include <vector>
 
 #include "StoreBreaker.h"
 #include "StoreListing.h"
@@ -294,6 +296,79 @@ TEST_P(StoreItemDamage, OneStreamOfTheNames) {
   EXPECT_EQ(std::get<PlaceTrouble>(*entry).trouble.reason,
             "the names of named properties cannot be read: property 0x0003 cannot be read (the "
             "data is damaged)");
+}
+
+TEST_P(StoreItemDamage, AnIndexOfPropertiesOutOfOrder) {
+  HeapBuilder heap(GetParam(), kPropertyContext);
+  const uint32_t subject = heap.add(Utf16Bytes(u"Mail"));
+  const uint32_t leaf =
+      heap.add(LeBytes(kPropBody, 2) + LeBytes(kTypeString, 2) + LeBytes(0, 4) +
+               LeBytes(kPropSubject, 2) + LeBytes(kTypeString, 2) + LeBytes(subject, 4) +
+               LeBytes(kPropSubject, 2) + LeBytes(kTypeString, 2) + LeBytes(0, 4));
+  heap.setRoot(heap.add(std::string("\xB5\x02\x06\0", 4) + LeBytes(leaf, 4)));
+  store().folder("Other").row(0x3004);
+  store().node(0x3004, PstNodeParts::OfPages(heap.pages()));
+  OpenedStore opened(store());
+  const auto item = opened.find("3004");
+  EXPECT_EQ(item->fields(Detail::Headline).subject, "Mail");
+  EXPECT_EQ(item->properties()->properties().tags().size(), 2U);
+}
+
+// Each shape is a table that no rows can be read of.
+TEST_P(StoreItemDamage, TablesThatAreNone) {
+  std::vector<PstNodeParts> tables;
+  HeapBuilder heap(GetParam(), kTableContext);
+  heap.setRoot(heap.add(std::string("\x7C\x01", 2)));
+  tables.push_back(PstNodeParts::OfPages(heap.pages()));
+  for (const uint16_t rowEnd : {uint16_t{0}, uint16_t{0xFFFF}}) {
+    TableShape shape;
+    shape.rgib = {8, 8, 8, rowEnd};
+    TableContextBuilder table(GetParam(), shape);
+    table.column(kPropDisplayName, kTypeString);
+    table.row(0).cell(kPropDisplayName, Utf16Bytes(u"Bob"));
+    tables.push_back(table.build());
+  }
+  for (size_t i = 0; i < tables.size(); ++i) {
+    StoreBuilder store(GetParam());
+    store.folder("Inbox").message().subject(u"Mail").recipientTable(tables[i]);
+    OpenedStore opened(store);
+    const auto item = opened.find("200024");
+    EXPECT_EQ(item->fields(Detail::Envelope).to.size(), 0U);
+    EXPECT_EQ(Reasons(item->troubles()),
+              "the recipients cannot be read: their table cannot be read (the data is damaged)\n")
+        << i;
+  }
+}
+
+// The row ends before its cells, or before the bits that tell which it has.
+TEST_P(StoreItemDamage, CellsBeyondTheirRow) {
+  for (const std::array<uint16_t, 4>& rgib :
+       {std::array<uint16_t, 4>{8, 8, 8, 9}, std::array<uint16_t, 4>{8, 8, 100, 12}}) {
+    TableShape shape;
+    shape.rgib = rgib;
+    TableContextBuilder table(GetParam(), shape);
+    table.column(kPropDisplayName, kTypeString);
+    table.row(0).cell(kPropDisplayName, Utf16Bytes(u"Bob"));
+    StoreBuilder store(GetParam());
+    store.folder("Inbox").message().subject(u"Mail").recipientTable(table.build());
+    OpenedStore opened(store);
+    const auto item = opened.find("200024");
+    const ItemFields& fields = item->fields(Detail::Envelope);
+    for (const Address& person : fields.to) EXPECT_NE(person.name, "Bob");
+    EXPECT_EQ(fields.subject, "Mail");
+  }
+}
+
+TEST_P(StoreItemDamage, ARowTellsItsProperties) {
+  auto& recipient = message().recipient();
+  recipient.text(kPropDisplayName, u"Bob").number(0x0C15, kTypeInt32, 2);
+  item().fields(Detail::Envelope);
+  const auto row = item().properties()->recipient(0);
+  ASSERT_TRUE(row);
+  std::set<uint16_t> ids;
+  for (const mapi::PropertyTag& tag : (*row)->tags()) ids.insert(tag.id);
+  EXPECT_TRUE(ids.contains(kPropDisplayName) && ids.contains(0x0C15));
+  EXPECT_FALSE(ids.contains(0x39FF));
 }
 
 }  // namespace
