@@ -28,6 +28,7 @@ struct ExportOptions {
   size_t workers = 1;
   uint64_t memory = uint64_t{1} << 30;   // of a worker
   uint64_t seconds = 120;                // for an item
+  uint64_t batchItems = 512;             // put into place together
   std::optional<std::string> temporary;  // where streams are copied to
   std::filesystem::path program;         // of the workers; empty: the one that runs
   std::function<void()> step = [] {};    // called before each change that a run makes

@@ -18,7 +18,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr uint64_t kPieceEntries = 32;
-constexpr uint64_t kBatchItems = 512;
 constexpr uint64_t kBatchBytes = uint64_t{64} << 20;
 constexpr size_t kPiecesAhead = 16;   // of a worker
 constexpr size_t kSourcesAhead = 64;  // planned, and not cut
@@ -338,7 +337,7 @@ void ExportRun::commit() {
         break;
     }
     pieces_.pop_front();
-    if (batchItems_ >= kBatchItems || batchBytes_ >= kBatchBytes) finishBatch();
+    if (batchItems_ >= options_.batchItems || batchBytes_ >= kBatchBytes) finishBatch();
   }
 }
 

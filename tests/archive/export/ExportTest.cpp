@@ -1,0 +1,308 @@
+#include "archive/export/Export.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <fstream>
+#include <map>
+#include <nlohmann/json.hpp>
+
+#include "archive/export/Staging.h"
+#include "support/TempDirectory.h"
+
+namespace tarn::archive {
+namespace {
+
+namespace fs = std::filesystem;
+using host::ExitStatus;
+using nlohmann::json;
+
+constexpr const char* kMails =
+    "From ann@example.com Wed May  1 10:34:56 2024\n"
+    "From: Ann <ann@example.com>\nTo: bob@example.com\nSubject: Plans\n"
+    "Date: Wed, 1 May 2024 10:34:56 +0000\nMessage-ID: <1@example.com>\n\nFirst.\n\n";
+
+std::string Mail(const std::string& subject, int number, const std::string& body) {
+  return "From ann@example.com Wed May  1 10:34:56 2024\nFrom: ann@example.com\nSubject: " +
+         subject + "\nDate: Wed, 1 May 2024 10:34:56 +0000\nMessage-ID: <" +
+         std::to_string(number) + "@example.com>\n\n" + body + "\n\n";
+}
+
+std::string MailWithFile(const std::string& subject, const std::string& name) {
+  return "From ann@example.com Wed May  1 10:34:56 2024\nFrom: ann@example.com\nSubject: " +
+         subject +
+         "\nDate: Wed, 1 May 2024 10:34:56 +0000\nMIME-Version: 1.0\n"
+         "Content-Type: multipart/mixed; boundary=x\n\n--x\nContent-Type: text/plain\n\nSee.\n"
+         "--x\nContent-Type: application/octet-stream\nContent-Disposition: attachment; "
+         "filename=\"" +
+         name + "\"\nContent-Transfer-Encoding: base64\n\nYWJj\n--x--\n\n";
+}
+
+class ExportTest : public ::testing::Test {
+ protected:
+  ExportTest() {
+    options_.program = TARNMAIL_ARCHIVE;
+    options_.choices.forms = {ExportForm::Text, ExportForm::Mbox};
+    options_.choices.catalogue = false;
+    options_.batchItems = 16;
+  }
+
+  // A box of so many mails, and a folder with two files of mail.
+  void makeSources(int mails) {
+    std::string box;
+    for (int number = 0; number < mails; ++number) {
+      box += Mail("Subject " + std::to_string(number % 7), number, "Body");
+    }
+    (void)directory_.write("box", box + MailWithFile("File", "../../x"));
+    (void)directory_.write("other.eml", MailWithFile("Other", "CON").substr(46));
+    options_.paths = {(directory_.path() / "box").string(),
+                      (directory_.path() / "other.eml").string()};
+  }
+
+  ExitStatus exportTo(const std::string& name) {
+    options_.folder = (directory_.path() / name).string();
+    return Export(options_);
+  }
+
+  // Every file below a folder with its bytes.
+  std::map<std::string, std::string> tree(const std::string& name) const {
+    std::map<std::string, std::string> files;
+    const fs::path root = directory_.path() / name;
+    for (const auto& entry : fs::recursive_directory_iterator(root)) {
+      if (entry.is_regular_file()) {
+        files[entry.path().lexically_relative(root).string()] = test::ReadWholeFile(entry.path());
+      }
+    }
+    return files;
+  }
+
+  std::vector<json> manifest(const std::string& name) const {
+    std::vector<json> rows;
+    std::ifstream lines(directory_.path() / name / "manifest.jsonl");
+    for (std::string line; std::getline(lines, line);) rows.push_back(json::parse(line));
+    return rows;
+  }
+
+  // Exports in a process that is killed before its n-th change; whether it was.
+  bool isKilledAt(const std::string& name, int change) {
+    const pid_t child = fork();
+    if (child == 0) {
+      int changes = 0;
+      options_.step = [&] {
+        if (++changes == change) std::raise(SIGKILL);
+      };
+      _exit(static_cast<int>(exportTo(name)));
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFSIGNALED(status);
+  }
+
+  std::string failureOf(const std::string& name) {
+    try {
+      (void)exportTo(name);
+    } catch (const host::Failure& failure) {
+      return failure.what();
+    }
+    return {};
+  }
+
+  test::TempDirectory directory_;
+  ExportOptions options_;
+};
+
+TEST_F(ExportTest, WritesItemsAttachmentsAndManifest) {
+  makeSources(1);
+  EXPECT_EQ(exportTo("out"), ExitStatus::Done);
+  const auto files = tree("out");
+  EXPECT_TRUE(files.contains("box/2024-05-01 Subject 0/message.txt"));
+  EXPECT_EQ(files.at("box/2024-05-01 File/attachments/_.._x"), "abc");
+  EXPECT_EQ(files.at("other.eml/2024-05-01 Other/attachments/_CON"), "abc");
+  EXPECT_TRUE(files.at("box/messages.mbox").starts_with("From "));
+  EXPECT_EQ(files.size(), 8u);
+  const std::vector<json> rows = manifest("out");
+  ASSERT_EQ(rows.size(), 5u);
+  EXPECT_EQ(rows[0]["id"], "0");
+  EXPECT_EQ(rows[0]["status"], "exported");
+  EXPECT_EQ(rows[1]["files"][0]["name"], "../../x");
+  EXPECT_EQ(rows[1]["files"][0]["index"], 1);
+  EXPECT_EQ(rows[2]["type"], "source");
+  EXPECT_EQ(rows[2]["found"], 2);
+  EXPECT_EQ(rows[2]["exported"], 2);
+  EXPECT_EQ(Verify({options_.folder}), ExitStatus::Done);
+}
+
+TEST_F(ExportTest, GivesTheSameTreeWhateverTheNumberOfWorkers) {
+  makeSources(100);
+  options_.choices.catalogue = true;
+  options_.choices.forms = {ExportForm::Html, ExportForm::Eml, ExportForm::Mbox, ExportForm::Json};
+  EXPECT_EQ(exportTo("one"), ExitStatus::Done);
+  options_.workers = 3;
+  EXPECT_EQ(exportTo("three"), ExitStatus::Done);
+  EXPECT_EQ(tree("one"), tree("three"));
+}
+
+TEST_F(ExportTest, GoesOnAfterBeingKilledAnywhere) {
+  makeSources(70);
+  EXPECT_EQ(exportTo("whole"), ExitStatus::Done);
+  const auto expected = tree("whole");
+  int killed = 0;
+  for (int change = 1;; change += change < 8 ? 1 : 5) {
+    options_.resume = false;
+    if (!isKilledAt("out", change)) break;
+    ++killed;
+    options_.resume = true;
+    // Once more on the way.
+    (void)isKilledAt("out", change / 2 + 1);
+    options_.step = [] {};
+    EXPECT_EQ(exportTo("out"), ExitStatus::Done);
+    EXPECT_EQ(tree("out"), expected) << "killed at change " << change;
+    fs::remove_all(directory_.path() / "out");
+  }
+  EXPECT_GT(killed, 20);
+}
+
+TEST_F(ExportTest, TrustsNothingThatHasChangedMeanwhile) {
+  makeSources(70);
+  EXPECT_EQ(exportTo("whole"), ExitStatus::Done);
+  // The last change is the removal of the staging.
+  int last = 1;
+  for (options_.step = [&] { ++last; }; last == 1;) (void)exportTo("counted");
+  ASSERT_TRUE(isKilledAt("out", last - 2));
+  fs::path victim;
+  for (const auto& entry : fs::recursive_directory_iterator(directory_.path() / "out" / "box")) {
+    if (entry.path().filename() == "message.txt") victim = entry.path();
+  }
+  ASSERT_FALSE(victim.empty());
+  std::ofstream(victim) << "changed";
+  options_.step = [] {};
+  options_.resume = true;
+  EXPECT_EQ(exportTo("out"), ExitStatus::Done);
+  EXPECT_EQ(tree("out"), tree("whole"));
+}
+
+TEST_F(ExportTest, LosesOneItemToACrashAndOneToAHang) {
+  std::string box;
+  while (box.size() < 200) box += Mail("A", 0, std::string(200 - Mail("A", 0, "").size(), 'x'));
+  ASSERT_EQ(box.size(), 200u);
+  box += Mail("B", 1, "body") + Mail("C", 2, "body");
+  options_.paths = {directory_.write("box", box).string()};
+  options_.program = CRASHING_WORKER;
+  options_.seconds = 1;
+  EXPECT_EQ(exportTo("out"), ExitStatus::Failed);
+  const std::vector<json> rows = manifest("out");
+  ASSERT_EQ(rows.size(), 4u);
+  EXPECT_EQ(rows[0]["status"], "failed");
+  EXPECT_EQ(rows[0]["reason"], "the process that read it was killed by signal 11");
+  EXPECT_EQ(rows[1]["id"], "200");
+  EXPECT_EQ(rows[1]["reason"], "took longer than 1 seconds");
+  EXPECT_EQ(rows[2]["status"], "exported");
+  EXPECT_EQ(rows[3]["failed"], 2);
+}
+
+TEST_F(ExportTest, NamesCopiesAndLeavesThemOutWhereAsked) {
+  const std::string mail = MailWithFile("Same", "a.bin");
+  options_.paths = {directory_.write("box", mail + mail).string()};
+  EXPECT_EQ(exportTo("all"), ExitStatus::Done);
+  std::vector<json> rows = manifest("all");
+  EXPECT_FALSE(rows[0].contains("copyOf"));
+  EXPECT_EQ(rows[1]["copyOf"]["id"], "0");
+  EXPECT_EQ(rows[1]["files"].size(), 3u);
+  options_.dedupe = true;
+  EXPECT_EQ(exportTo("first"), ExitStatus::Done);
+  rows = manifest("first");
+  EXPECT_EQ(rows[1]["copyOf"]["id"], "0");
+  EXPECT_EQ(rows[1]["files"].size(), 0u);
+  EXPECT_EQ(tree("first").size(), 4u);
+  EXPECT_EQ(Verify({options_.folder}), ExitStatus::Done);
+}
+
+TEST_F(ExportTest, RefusesFoldersThatAreInUse) {
+  makeSources(2);
+  fs::create_directory(directory_.path() / "mine");
+  std::ofstream(directory_.path() / "mine" / "letter") << "x";
+  EXPECT_TRUE(failureOf("mine").ends_with("is neither empty nor an export"));
+  ASSERT_TRUE(isKilledAt("out", 3));
+  EXPECT_TRUE(
+      failureOf("out").ends_with("holds an export that was ended early; --resume goes on with it"));
+  options_.resume = true;
+  options_.choices.attachments = false;
+  EXPECT_TRUE(failureOf("out").ends_with(
+      "the export there was begun with other files or options: --resume goes on with the same"));
+  options_.choices.attachments = true;
+  EXPECT_EQ(exportTo("out"), ExitStatus::Done);
+  EXPECT_EQ(exportTo("out"), ExitStatus::Done);
+  options_.resume = false;
+  EXPECT_TRUE(failureOf("out").ends_with(
+      "holds a finished export; name another folder, or remove it first"));
+}
+
+TEST_F(ExportTest, RefusesASourceThatHasChangedSinceItWasBegun) {
+  makeSources(100);
+  // Each entry is a change, and each folder that is put into its place: this is in a later batch.
+  ASSERT_TRUE(isKilledAt("out", 150));
+  std::ofstream(directory_.path() / "box", std::ios::app) << Mail("New", 1000, "More");
+  options_.resume = true;
+  EXPECT_TRUE(failureOf("out").ends_with(
+      "has changed since the export was begun; export into a new folder"));
+}
+
+TEST_F(ExportTest, SaysWhenNothingMoreCanBeWritten) {
+  makeSources(40);
+  const pid_t child = fork();
+  if (child == 0) {
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit small = {4096, 4096};
+    setrlimit(RLIMIT_FSIZE, &small);
+    _exit(failureOf("out").ends_with("File too large; --resume goes on with what is finished") ? 7
+                                                                                               : 0);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(WEXITSTATUS(status), 7);
+  options_.resume = true;
+  EXPECT_EQ(exportTo("out"), ExitStatus::Done);
+  EXPECT_EQ(Verify({options_.folder}), ExitStatus::Done);
+}
+
+TEST_F(ExportTest, ReportsSourcesThatCannotBeRead) {
+  options_.paths = {directory_.write("box", kMails).string(),
+                    (directory_.path() / "none").string()};
+  EXPECT_EQ(exportTo("out"), ExitStatus::Usage);
+  const std::vector<json> rows = manifest("out");
+  ASSERT_EQ(rows.size(), 3u);
+  EXPECT_EQ(rows[2]["found"], 0);
+  EXPECT_EQ(rows[2]["sha256"], nullptr);
+  EXPECT_FALSE(rows[2]["reason"].get<std::string>().empty());
+}
+
+TEST_F(ExportTest, VerifyFindsEachKindOfDamage) {
+  makeSources(3);
+  ASSERT_EQ(exportTo("out"), ExitStatus::Done);
+  const fs::path out = directory_.path() / "out";
+  const fs::path file = out / "box" / "2024-05-01 Subject 1" / "message.txt";
+  const std::string bytes = test::ReadWholeFile(file);
+  const auto rewrite = [&](const std::string& text) { std::ofstream(file) << text; };
+  rewrite(bytes + "x");
+  EXPECT_EQ(Verify({out.string()}), ExitStatus::Failed);
+  std::string changed = bytes;
+  changed.front() ^= 1;
+  rewrite(changed);
+  EXPECT_EQ(Verify({out.string()}), ExitStatus::Failed);
+  fs::remove(file);
+  EXPECT_EQ(Verify({out.string()}), ExitStatus::Failed);
+  rewrite(bytes);
+  EXPECT_EQ(Verify({out.string()}), ExitStatus::Done);
+  std::ofstream(out / "box" / "extra") << "x";
+  EXPECT_EQ(Verify({out.string()}), ExitStatus::Failed);
+  fs::remove(out / "box" / "extra");
+  std::ofstream(out / "manifest.jsonl", std::ios::app) << "{\"type\":";
+  EXPECT_EQ(Verify({out.string()}), ExitStatus::Failed);
+  EXPECT_THROW((void)Verify({directory_.path().string()}), host::Failure);
+}
+
+}  // namespace
+}  // namespace tarn::archive
