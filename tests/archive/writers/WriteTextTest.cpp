@@ -22,11 +22,8 @@ TEST(WriteTextTest, WritesFieldsTextAndAttachments) {
   content.fields.cc = {{"Dan", ""}};
   content.fields.bcc = {{"Eve", ""}};
   content.fields.sent = Moment{1714559696, 120};
-  content.bodies.text = std::string(
-      "\xEF\xBB\xBF\x44"
-      "ear\0 Bob,\r\nGr\xC3\xBC\xC3\x9F"
-      "e",
-      24);
+  using namespace std::string_view_literals;
+  content.bodies.text = "\xEF\xBB\xBF\x44\x65\x61r\0 Bob,\r\nGr\xC3\xBC\xC3\x9F\x65"sv;
   content.attach("a.pdf", "application/pdf", "12");
   content.list.emplace_back().mediaType = "text/plain";
   content.list.emplace_back();
