@@ -227,7 +227,10 @@ function show() {
     ['Folder', [folder[0].replace(/.*\//, ''), ...folder[1]].join(' › ')],
     ['Kind', data[KIND] === 'IPM.Note' ? '' : data[KIND]],
   ];
-  find('fields').replaceChildren(...fields.filter((field) => field[1]).flatMap(
+  // The message as HTML has its own header.
+  const has = data[FORMS].includes('html') ? ['Folder', 'Kind'] : fields.map((field) => field[0]);
+  const told = fields.filter((field) => field[1] && has.includes(field[0]));
+  find('fields').replaceChildren(...told.flatMap(
     (field) => [make('dt', '', field[0]), isolated('dd', '', field[1])]));
   find('reason').hidden = data[STATUS] === 0;
   find('reason').textContent = (data[STATUS] === 2 ? 'Not exported: ' : 'Not whole: ') +
