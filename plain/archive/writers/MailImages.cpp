@@ -60,7 +60,9 @@ MailImages::MailImages(Item& item, std::vector<Trouble>& lost) : item_(item), lo
     const Attachment& attachment = attachments[index];
     if (!attachment.contentId.empty()) ids_.emplace(Lowered(attachment.contentId), index);
     if (!attachment.contentLocation.empty()) places_.emplace(attachment.contentLocation, index);
-    if (!attachment.name.empty()) places_.emplace(attachment.name, index);
+    if (attachment.name.empty()) continue;
+    places_.emplace(attachment.name, index);
+    if (attachment.contentId.empty()) idsByName_.emplace(Lowered(attachment.name), index);
   }
 }
 
@@ -72,6 +74,10 @@ std::optional<size_t> MailImages::find(std::string_view address) const {
   for (const std::string& spelling : {id, WithoutPercents(id)}) {
     const auto found = ids_.find(spelling);
     if (found != ids_.end()) return found->second;
+  }
+  for (const std::string& spelling : {id, WithoutPercents(id)}) {
+    const auto found = idsByName_.find(spelling.substr(0, spelling.find('@')));
+    if (found != idsByName_.end()) return found->second;
   }
   return std::nullopt;
 }

@@ -36,7 +36,8 @@ class MailImages {
   MailImages(Item& item, std::vector<Trouble>& lost);
 
   // The attachment that an address means ("cid:...", its content location, or its name); none for
-  // any other.
+  // any other. A store may have lost the content id of "image001.png@01D0.12": then the name
+  // counts.
   std::optional<size_t> find(std::string_view address) const;
 
   // The picture that an attachment is; none where it is no picture, cannot be read, or is too much.
@@ -45,7 +46,8 @@ class MailImages {
  private:
   Item& item_;
   std::vector<Trouble>& lost_;
-  std::map<std::string, size_t, std::less<>> ids_;  // in lower case
+  std::map<std::string, size_t, std::less<>> ids_;        // in lower case
+  std::map<std::string, size_t, std::less<>> idsByName_;  // the same, of those without a content id
   std::map<std::string, size_t, std::less<>> places_;
   size_t room_ = kAllImages;
   std::set<size_t> failed_;

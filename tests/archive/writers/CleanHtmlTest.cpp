@@ -117,6 +117,16 @@ TEST(CleanHtmlTest, FindsPicturesByTheirPlace) {
             "<img src=\"" + std::string(kGifUrl) + "\">");
 }
 
+TEST(CleanHtmlTest, FindsPicturesByNameWhereTheirIdIsLost) {
+  FakeContent content;
+  content.attach("Image001.gif", "image/gif", std::string(kGif));
+  content.attach("b.gif", "image/gif", std::string(kGif)).contentId = "other";
+  const std::string shown = "<img src=\"" + std::string(kGifUrl) + "\">";
+  EXPECT_EQ(Clean("<img src=\"cid:image001.gif@01D0.12\">", content), shown);
+  EXPECT_EQ(Clean("<img src=cid:image001.gif>", content), shown);
+  EXPECT_NE(Clean("<img src=\"cid:b.gif@01D0.12\">", content), shown);
+}
+
 TEST(CleanHtmlTest, KeepsPicturesThatTheHtmlHolds) {
   EXPECT_EQ(Clean("<img src='data:image/PNG;base64,AAAA'>"),
             "<img src=\"data:image/PNG;base64,AAAA\">");
