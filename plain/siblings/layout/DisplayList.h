@@ -5,6 +5,7 @@
 #ifndef TARN_SIBLINGS_LAYOUT_DISPLAYLIST_H
 #define TARN_SIBLINGS_LAYOUT_DISPLAYLIST_H
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <map>
@@ -36,7 +37,16 @@ struct Box {
 
   double right() const { return left + width; }
   double bottom() const { return top + height; }
+  bool empty() const { return width <= 0 || height <= 0; }
 };
+
+// Empty when they have nothing in common.
+inline Box Overlap(const Box& one, const Box& other) {
+  const double left = std::max(one.left, other.left);
+  const double top = std::max(one.top, other.top);
+  return {left, top, std::min(one.right(), other.right()) - left,
+          std::min(one.bottom(), other.bottom()) - top};
+}
 
 // Radii of the four corners, from the top left one clockwise.
 struct Corners {

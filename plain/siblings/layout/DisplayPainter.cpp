@@ -55,8 +55,11 @@ class BandPainter {
     for (const uint32_t index : band_.items) {
       std::visit([this](const auto& item) { (*this)(item); }, list_.items[index]);
     }
-    endLink();
-    for (; clips_ > 0; --clips_) cairo_restore(context_);
+    for (; !clips_.empty(); clips_.pop_back()) cairo_restore(context_);
+    // A link is a mark in the PDF, which a clip would be about as well.
+    for (const SeenLink& link : links_) {
+      placeLink_(link.number, {link.box.left, link.box.top, link.box.width, link.box.height});
+    }
   }
 
   void operator()(const PaintedText& text);
@@ -66,7 +69,7 @@ class BandPainter {
   void operator()(const ClipBegin& clip);
   void operator()(const ClipEnd& /*end*/) {
     cairo_restore(context_);
-    --clips_;
+    clips_.pop_back();
   }
 
  private:
@@ -92,18 +95,23 @@ class BandPainter {
   void paintRing(const PaintedBorder& border);
   void paintSide(const PaintedBorder& border, size_t side);
   void noteLink(int32_t link, const Box& box);
-  void endLink();
+  bool isClippedAway() const { return !clips_.empty() && clips_.back().empty(); }
+
+  struct SeenLink {
+    size_t number = 0;
+    Box box;
+  };
 
   cairo_t* context_;
   const DisplayList& list_;
   const PageBand& band_;
   const PlaceLink& placeLink_;
-  int clips_ = 0;
-  int32_t link_ = -1;
-  Box linkBox_;
+  std::vector<Box> clips_;  // that are open; each within the one before it
+  std::vector<SeenLink> links_;
 };
 
 void BandPainter::operator()(const PaintedText& text) {
+  if (isClippedAway()) return;
   SetColour(context_, text.colour);
   double x = text.box.left;
   for (const GlyphItem& run : text.word->runs) {
@@ -128,6 +136,7 @@ void BandPainter::paintLines(const PaintedText& text) {
 }
 
 void BandPainter::operator()(const PaintedBox& box) {
+  if (isClippedAway()) return;
   const InBand inBand(*this, box.box);
   SetColour(context_, box.colour);
   AddBox(context_, box.box, box.corners);
@@ -135,6 +144,7 @@ void BandPainter::operator()(const PaintedBox& box) {
 }
 
 void BandPainter::operator()(const PaintedBorder& border) {
+  if (isClippedAway()) return;
   const InBand inBand(*this, border.box);
   const auto same = [](const auto& four) {
     return std::all_of(four.begin(), four.end(), [&](const auto& one) { return one == four[0]; });
@@ -208,6 +218,7 @@ void BandPainter::paintSide(const PaintedBorder& border, size_t side) {
 }
 
 void BandPainter::operator()(const PaintedPicture& picture) {
+  if (isClippedAway()) return;
   cairo_surface_t* surface = picture.picture->surface.get();
   const double width = cairo_image_surface_get_width(surface);
   const double height = cairo_image_surface_get_height(surface);
@@ -222,7 +233,7 @@ void BandPainter::operator()(const PaintedPicture& picture) {
     shown.top = std::max(shown.top, picture.tile.top);
     shown.height = std::min(picture.box.bottom(), picture.tile.bottom()) - shown.top;
   }
-  if (shown.width <= 0 || shown.height <= 0) return;
+  if (shown.empty()) return;
   const CairoPattern pattern(cairo_pattern_create_for_surface(surface));
   cairo_matrix_t matrix;
   cairo_matrix_init_scale(&matrix, width / picture.tile.width, height / picture.tile.height);
@@ -234,36 +245,32 @@ void BandPainter::operator()(const PaintedPicture& picture) {
   cairo_set_source(context_, pattern.get());
   cairo_rectangle(context_, shown.left, shown.top, shown.width, shown.height);
   cairo_fill(context_);
-  noteLink(picture.link, shown);
+  noteLink(picture.link,
+           Overlap(shown, {shown.left, band_.top, shown.width, band_.bottom - band_.top}));
 }
 
 void BandPainter::operator()(const ClipBegin& clip) {
   cairo_save(context_);
-  ++clips_;
+  clips_.push_back(clips_.empty() ? clip.box : Overlap(clips_.back(), clip.box));
   AddBox(context_, clip.box, clip.corners);
   cairo_clip(context_);
 }
 
-// Words that follow each other on a line are one place to click.
+// Words that follow each other on a line are one place to click. What a clip leaves out is none.
 void BandPainter::noteLink(int32_t link, const Box& box) {
-  if (!placeLink_) return;
-  const bool goesOn = link == link_ && link >= 0 && std::abs(box.top - linkBox_.top) < 1 &&
-                      std::abs(box.left - linkBox_.right()) < 3;
-  if (goesOn) {
-    linkBox_.width = box.right() - linkBox_.left;
-    return;
+  if (!placeLink_ || link < 0) return;
+  const auto number = static_cast<size_t>(link);
+  const Box seen = clips_.empty() ? box : Overlap(clips_.back(), box);
+  if (seen.empty()) return;
+  if (!links_.empty()) {
+    SeenLink& last = links_.back();
+    if (last.number == number && std::abs(seen.top - last.box.top) < 1 &&
+        std::abs(seen.left - last.box.right()) < 3) {
+      last.box.width = seen.right() - last.box.left;
+      return;
+    }
   }
-  endLink();
-  link_ = link;
-  linkBox_ = box;
-}
-
-void BandPainter::endLink() {
-  if (link_ >= 0) {
-    placeLink_(static_cast<size_t>(link_),
-               {linkBox_.left, linkBox_.top, linkBox_.width, linkBox_.height});
-  }
-  link_ = -1;
+  links_.push_back({number, seen});
 }
 
 }  // namespace
@@ -280,6 +287,16 @@ const Box* BoxOf(const Painted& item) {
       item);
 }
 
+namespace {
+
+// None when the first comes after the last.
+struct PageSpan {
+  size_t first = 0;
+  size_t last = 0;
+};
+
+}  // namespace
+
 std::vector<PageBand> MakeBands(const DisplayList& list, const std::vector<double>& tops,
                                 double bottom) {
   std::vector<PageBand> bands(tops.size());
@@ -292,23 +309,27 @@ std::vector<PageBand> MakeBands(const DisplayList& list, const std::vector<doubl
     const auto next = std::upper_bound(tops.begin(), tops.end(), y);
     return static_cast<size_t>(std::max<std::ptrdiff_t>(next - tops.begin() - 1, 0));
   };
-  std::vector<std::pair<size_t, size_t>> clips;
+  // What is within a clip is on the pages of the clip alone.
+  const PageSpan all = {0, tops.size() - 1};
+  std::vector<PageSpan> clips;
   for (size_t i = 0; i < list.items.size(); ++i) {
-    std::pair<size_t, size_t> range;
+    PageSpan span;
     if (const Box* box = BoxOf(list.items[i])) {
-      range = {pageOf(box->top), pageOf(std::max(box->bottom() - 0.5, box->top))};
+      span = {pageOf(box->top), pageOf(std::max(box->bottom() - 0.5, box->top))};
       if (std::holds_alternative<PaintedText>(list.items[i])) {
-        range.second = pageOf(box->bottom() - 1.5);
-        range.first = range.second;
+        span.last = pageOf(box->bottom() - 1.5);
+        span.first = span.last;
       }
-      if (std::holds_alternative<ClipBegin>(list.items[i])) clips.push_back(range);
+      const PageSpan& around = clips.empty() ? all : clips.back();
+      span = {std::max(span.first, around.first), std::min(span.last, around.last)};
+      if (std::holds_alternative<ClipBegin>(list.items[i])) clips.push_back(span);
     } else if (!clips.empty()) {
-      range = clips.back();
+      span = clips.back();
       clips.pop_back();
     } else {
       continue;
     }
-    for (size_t page = range.first; page <= range.second; ++page) {
+    for (size_t page = span.first; page <= span.last; ++page) {
       bands[page].items.push_back(static_cast<uint32_t>(i));
     }
   }

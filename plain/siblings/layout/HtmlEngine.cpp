@@ -37,13 +37,6 @@ bool IsSeen(const Painted& item) {
   return !std::holds_alternative<ClipBegin>(item);
 }
 
-Box Overlap(const Box& one, const Box& other) {
-  const double left = std::max(one.left, other.left);
-  const double top = std::max(one.top, other.top);
-  return {left, top, std::min(one.right(), other.right()) - left,
-          std::min(one.bottom(), other.bottom()) - top};
-}
-
 struct SeenBox {
   Box box;
   bool ground = false;  // or a border: not a word or a picture
@@ -72,7 +65,7 @@ std::vector<SeenBox> SeenBoxesOf(const DisplayList& list) {
     } else if (IsSeen(item)) {
       SeenBox seen = SeenBoxOf(item, *box);
       seen.box = Overlap(clips.back(), seen.box);
-      if (seen.box.width > 0 && seen.box.height > 0) all.push_back(seen);
+      if (!seen.box.empty()) all.push_back(seen);
     }
   }
   return all;
