@@ -177,6 +177,12 @@ std::set<ExportForm> FormsOf(const std::string& text) {
   return forms;
 }
 
+pages::Paper PaperOf(const std::string& text) {
+  if (text == "a4") return pages::Paper::A4;
+  if (text == "letter") return pages::Paper::Letter;
+  throw CLI::ValidationError("--paper", host::Named(text) + " is neither a4 nor letter");
+}
+
 void AddExport(CLI::App& app, CommandLine& line) {
   ExportOptions& options = line.exporting;
   options.choices.forms = {AllForms().front()};
@@ -195,7 +201,7 @@ void AddExport(CLI::App& app, CommandLine& line) {
       ->add_option_function<std::string>(
           "--to", [&options](const std::string& text) { options.choices.forms = FormsOf(text); },
           "What becomes of each message, several with commas: html (if nothing is said), text, "
-          "eml, mbox, json")
+          "eml, mbox, json, pdf")
       ->type_name("FORMS");
   command->add_flag_callback(
       "--no-attachments", [&options] { options.choices.attachments = false; },
@@ -203,6 +209,15 @@ void AddExport(CLI::App& app, CommandLine& line) {
   command->add_flag_callback(
       "--no-catalogue", [&options] { options.choices.catalogue = false; },
       "Neither catalogue.sqlite nor index.html are made");
+  command
+      ->add_option_function<std::string>(
+          "--paper",
+          [&options](const std::string& text) { options.choices.pages.paper = PaperOf(text); },
+          "Of pdf: a4 (default) or letter")
+      ->type_name("PAPER");
+  command->add_flag_callback(
+      "--no-sandbox", [&options] { options.choices.pages.sandbox = false; },
+      "Of pdf: lay out even where the machine has no way to keep helpers apart");
   command->add_flag("--dedupe", options.dedupe,
                     "Of messages with the same content only the first is written");
   AddFilter(*command, options.filter, "--recipient");

@@ -36,7 +36,7 @@ struct ExportOptions {
 
 // Writes the tree, its manifest, and what shows it. Failed where something could not be exported;
 // throws host::Failure where nothing more can be done.
-host::ExitStatus Export(const ExportOptions& options);
+host::ExitStatus Export(ExportOptions options);
 
 struct VerifyOptions {
   std::string folder;

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <system_error>
 
 #include "archive/export/Completion.h"
@@ -11,6 +12,7 @@
 #include "console/StandardStreams.h"
 #include "console/SystemFiles.h"
 #include "console/Text.h"
+#include "siblings/client/InstalledHelpers.h"
 
 namespace tarn::archive {
 namespace {
@@ -76,9 +78,23 @@ bool IsFinished(const ExportOptions& options, const fs::path& tree) {
   return true;
 }
 
+// Finds the helpers, unless their folder is known, and sees that they work.
+void PreparePages(ExportOptions& options) {
+  PageChoices& choices = options.choices.pages;
+  if (choices.helpers.empty()) choices.helpers = host::Utf8FromPath(pages::FolderOfHelpers());
+  // An item that takes this for its layout and again for its PDF is not the worker's to lose.
+  choices.seconds = std::max<uint64_t>(1, options.seconds * 5 / 12);
+  try {
+    TryHelpers(HelpersOf(choices));
+  } catch (const pages::PageFailure& failure) {
+    throw Failure(ExitStatus::Broken, "no pages can be made", failure.what());
+  }
+}
+
 }  // namespace
 
-ExitStatus Export(const ExportOptions& options) {
+ExitStatus Export(ExportOptions options) {
+  if (options.choices.forms.contains(ExportForm::Pdf)) PreparePages(options);
   const fs::path tree = host::PathFromUtf8(options.folder);
   if (options.folder.empty()) throw Failure(ExitStatus::Usage, "empty name of the folder");
   if (IsFinished(options, tree)) {

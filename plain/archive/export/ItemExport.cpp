@@ -1,5 +1,6 @@
 #include "archive/export/ItemExport.h"
 
+#include <chrono>
 #include <functional>
 #include <system_error>
 #include <utility>
@@ -11,6 +12,7 @@
 #include "archive/common/SafeName.h"
 #include "archive/export/ItemNames.h"
 #include "archive/export/ManifestRows.h"
+#include "archive/pdf/WritePdf.h"
 #include "archive/writers/Writers.h"
 
 namespace tarn::archive {
@@ -38,6 +40,7 @@ const std::vector<FormFile>& FormFiles() {
       {ExportForm::Eml, "eml", "message.eml", Without(WriteEml)},
       {ExportForm::Mbox, "mbox", "", Without(WriteMbox)},
       {ExportForm::Json, "json", "message.json", Without(WriteJson)},
+      {ExportForm::Pdf, "pdf", "message.pdf", nullptr},
   };
   return kForms;
 }
@@ -68,6 +71,22 @@ class SummingSink final : public ByteSink {
 
  private:
   Sha256 sum_;
+};
+
+// A file that is made when the first bytes come.
+class LateFile final : public ByteSink {
+ public:
+  using Make = std::function<std::unique_ptr<HashedFile>()>;
+  explicit LateFile(Make make) : make_(std::move(make)) {}
+  std::optional<Trouble> write(std::string_view bytes) override {
+    if (!file_) file_ = make_();
+    return file_->write(bytes);
+  }
+  const std::unique_ptr<HashedFile>& file() const { return file_; }
+
+ private:
+  Make make_;
+  std::unique_ptr<HashedFile> file_;
 };
 
 // A place that takes no more ends everything.
@@ -218,6 +237,9 @@ class ItemExporter {
       if (!choices_.forms.contains(form.form)) continue;
       if (form.form == ExportForm::Mbox) {
         if (below.empty()) writeMail(item, form.write, row);
+      } else if (form.form == ExportForm::Pdf) {
+        writePdf(item, row, below + form.file);
+        hasFiles = true;
       } else {
         writeFile(item, paths, row, {below + form.file, form.name, form.write});
         hasFiles = true;
@@ -245,6 +267,18 @@ class ItemExporter {
     if (written.full) throw Full{*written.full};
     loseAll(row, written.lost);
     rows_[row].item.files.push_back(finished(*file, what.path, what.role));
+  }
+
+  void writePdf(Item& item, size_t row, const std::string& path) {
+    LateFile file([this, &path] { return newFile(path); });
+    const WrittenPdf written = WritePdf(item, *target_.layout, file);
+    if (written.full) throw Full{*written.full};
+    loseAll(row, written.lost);
+    if (written.noPages) {
+      lose(row, "it has no PDF: " + written.noPages->reason);
+    } else {
+      rows_[row].item.files.push_back(finished(*file.file(), path, NameOf(ExportForm::Pdf).data()));
+    }
   }
 
   void writeMail(Item& item, const Writer& write, size_t row) {
@@ -352,6 +386,14 @@ std::vector<ExportForm> AllForms() {
   std::vector<ExportForm> forms;
   for (const FormFile& file : FormFiles()) forms.push_back(file.form);
   return forms;
+}
+
+pages::HelperOptions HelpersOf(const PageChoices& choices) {
+  pages::HelperOptions options;
+  options.programs = choices.helpers;
+  options.sandbox = choices.sandbox;
+  options.limits.timePerDocument = std::chrono::seconds(choices.seconds);
+  return options;
 }
 
 Outcome<ItemResult> ExportItem(Item& item, const ExportChoices& choices, const ItemTarget& target) {

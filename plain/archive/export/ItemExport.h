@@ -13,21 +13,33 @@
 #include "archive/export/SourcePlan.h"
 #include "archive/model/ByteSink.h"
 #include "archive/model/Item.h"
+#include "archive/pdf/PageLayout.h"
 
 namespace tarn::archive {
 
-enum class ExportForm : uint8_t { Html, Text, Eml, Mbox, Json };
+enum class ExportForm : uint8_t { Html, Text, Eml, Mbox, Json, Pdf };
 
 // "html" and so on; empty beyond the last.
 std::string_view NameOf(ExportForm form);
 // Those that can be written, in the order of their values.
 std::vector<ExportForm> AllForms();
 
+// How pages are made.
+struct PageChoices {
+  std::string helpers;  // the folder of the helper programs
+  pages::Paper paper = pages::Paper::A4;
+  bool sandbox = true;    // of the helpers
+  uint64_t seconds = 50;  // for the layout of an item, and again for its PDF
+};
+
 struct ExportChoices {
   std::set<ExportForm> forms;
   bool attachments = true;  // as files beside
   bool catalogue = true;    // what is to be found by words is told
+  PageChoices pages;        // of Pdf
 };
+
+pages::HelperOptions HelpersOf(const PageChoices& choices);
 
 // Of all attachments of an item, those of embedded ones among them, no more become files.
 inline constexpr size_t kMostAttachmentFiles = 10'000;
@@ -40,6 +52,7 @@ struct ItemTarget {
   std::filesystem::path folder;  // to be made for its files, if there are any
   ByteSink& mails;               // what is added to the mbox
   ByteSink& texts;               // what the catalogue is told: packed items
+  PageLayout* layout = nullptr;  // of Pdf
 };
 
 struct ItemResult {

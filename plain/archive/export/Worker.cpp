@@ -144,7 +144,8 @@ class Worker {
                                    folder + "/" + kMboxName,
                                    fs::path(request.folder) / std::to_string(number),
                                    sinks.mails,
-                                   sinks.texts};
+                                   sinks.texts,
+                                   layout(request.choices)};
         Outcome<ItemResult> exported = ExportItem(**item, request.choices, target);
         if (!exported) return exported.trouble();
         result = std::move(*exported);
@@ -162,11 +163,20 @@ class Worker {
     return std::nullopt;
   }
 
+  // Its helper is kept from one item to the next.
+  PageLayout* layout(const ExportChoices& choices) {
+    if (!layout_ && choices.forms.contains(ExportForm::Pdf)) {
+      layout_ = HelperLayout(HelpersOf(choices.pages), choices.pages.paper);
+    }
+    return layout_.get();
+  }
+
   pages::Channel channel_;
   Beat beat_;
   const ItemHook& hook_;
   std::unique_ptr<ItemReader> reader_;
   std::string path_;
+  std::unique_ptr<PageLayout> layout_;
 };
 
 }  // namespace

@@ -32,6 +32,9 @@ std::string Packed(const WorkerRequest& request) {
   packer.put(request.choices.forms.size());
   for (const ExportForm form : request.choices.forms) packer.put(static_cast<uint64_t>(form));
   packer.put(request.choices.attachments).put(request.choices.catalogue);
+  const PageChoices& pages = request.choices.pages;
+  packer.put(pages.helpers).put(static_cast<uint64_t>(pages.paper));
+  packer.put(pages.sandbox).put(pages.seconds);
   packer.put(request.tree).put(request.folder);
   packer.put(request.offset).put(request.first).put(request.count);
   return std::move(packer.bytes());
@@ -62,6 +65,11 @@ WorkerRequest UnpackedRequest(std::string_view message) {
   }
   request.choices.attachments = fields.flag();
   request.choices.catalogue = fields.flag();
+  PageChoices& pages = request.choices.pages;
+  pages.helpers = fields.text();
+  pages.paper = static_cast<pages::Paper>(fields.number());
+  pages.sandbox = fields.flag();
+  pages.seconds = fields.number();
   request.tree = fields.text();
   request.folder = fields.text();
   request.offset = fields.number();

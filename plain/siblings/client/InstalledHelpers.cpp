@@ -10,7 +10,7 @@
 
 namespace tarn::pages {
 
-HelperOptions InstalledHelpers(host::PrivateFolder& folder, bool sandbox) {
+std::filesystem::path FolderOfHelpers() {
   // The other one is beside it.
   std::optional<std::filesystem::path> programs = host::FolderOfProgram("tarnmail-pages");
   if (!programs) {
@@ -18,8 +18,12 @@ HelperOptions InstalledHelpers(host::PrivateFolder& folder, bool sandbox) {
         host::ExitStatus::Broken,
         std::string("the programs that make pages are not installed: ") + kHowToInstallHelpers);
   }
+  return *programs;
+}
+
+HelperOptions InstalledHelpers(host::PrivateFolder& folder, bool sandbox) {
   HelperOptions options;
-  options.programs = *programs;
+  options.programs = FolderOfHelpers();
   std::error_code unmade;
   options.temporary = folder.path(unmade);
   options.sandbox = sandbox;

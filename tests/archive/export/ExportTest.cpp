@@ -305,5 +305,41 @@ TEST_F(ExportTest, VerifyFindsEachKindOfDamage) {
   EXPECT_THROW((void)Verify({directory_.path().string()}), host::Failure);
 }
 
+TEST_F(ExportTest, MakesNoPdfWithoutHelpers) {
+  makeSources(1);
+  options_.choices.forms = {ExportForm::Pdf};
+  options_.choices.pages.helpers = directory_.path().string();
+  EXPECT_TRUE(failureOf("out").starts_with("no pages can be made")) << failureOf("out");
+  EXPECT_FALSE(fs::exists(directory_.path() / "out"));
+}
+
+#ifdef HELPERS_PATH
+TEST_F(ExportTest, WritesPdfs) {
+  makeSources(3);
+  options_.choices.forms = {ExportForm::Pdf, ExportForm::Text};
+  options_.choices.pages.helpers = HELPERS_PATH;
+  options_.seconds = 600;
+  EXPECT_EQ(exportTo("one"), ExitStatus::Done);
+  int pdfs = 0;
+  for (const json& row : manifest("one")) {
+    if (row["type"] != "item") continue;
+    EXPECT_EQ(row["status"], "exported");
+    for (const json& file : row["files"]) {
+      if (file["role"] != "pdf") continue;
+      ++pdfs;
+      const std::string path = file["path"];
+      EXPECT_TRUE(path.ends_with("/message.pdf")) << path;
+      EXPECT_TRUE(tree("one")[path].starts_with("%PDF-")) << path;
+    }
+  }
+  EXPECT_EQ(pdfs, 5);
+  EXPECT_EQ(Verify({options_.folder}), ExitStatus::Done);
+  options_.workers = 2;
+  EXPECT_EQ(exportTo("two"), ExitStatus::Done);
+  EXPECT_EQ(tree("two"), tree("one"));
+}
+
+#endif
+
 }  // namespace
 }  // namespace tarn::archive
