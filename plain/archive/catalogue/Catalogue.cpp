@@ -3,6 +3,7 @@
 #include <string>
 #include <system_error>
 
+#include "archive/catalogue/AsciiWords.h"
 #include "archive/catalogue/CatalogueTables.h"
 #include "archive/catalogue/Database.h"
 #include "archive/catalogue/WordText.h"
@@ -94,6 +95,7 @@ class CatalogueWriter::Tables {
 
  private:
   static bool prepare(Database& database) {
+    SplitAsciiSooner(database);
     database.run(kCatalogueSettings);
     database.run(kCatalogueTables);
     return true;

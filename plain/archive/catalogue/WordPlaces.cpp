@@ -15,15 +15,6 @@ namespace {
 // More of them make no better snippet.
 constexpr int kMostPlaces = 512;
 
-fts5_api& FtsOf(const Database& database) {
-  fts5_api* found = nullptr;
-  Statement statement(database, "SELECT fts5(?1)");
-  statement.bindPointer(1, &found, "fts5_api_ptr");
-  statement.step();
-  if (found == nullptr) throw DatabaseError("SQLite has no FTS5 here");
-  return *found;
-}
-
 // An answer of four numbers a place.
 void AnswerPlaces(const Fts5ExtensionApi* api, Fts5Context* row, sqlite3_context* out, int,
                   sqlite3_value**) {
@@ -74,6 +65,15 @@ TextSpan Original(std::string_view text, const WordText& words, const TextSpan& 
 }
 
 }  // namespace
+
+fts5_api& FtsOf(const Database& database) {
+  fts5_api* found = nullptr;
+  Statement statement(database, "SELECT fts5(?1)");
+  statement.bindPointer(1, &found, "fts5_api_ptr");
+  statement.step();
+  if (found == nullptr) throw DatabaseError("SQLite has no FTS5 here");
+  return *found;
+}
 
 void AddPlacesFunction(const Database& database) {
   fts5_api& fts = FtsOf(database);

@@ -12,6 +12,7 @@
 #include "archive/catalogue/Snippet.h"
 
 struct Fts5Tokenizer;
+struct fts5_api;
 
 namespace tarn::archive {
 
@@ -22,6 +23,9 @@ struct WordPlace {
   size_t count = 0;
   size_t phrase = 0;
 };
+
+// What FTS5 has for functions and tokenizers of others.
+fts5_api& FtsOf(const Database& database);
 
 // Adds the function tarn_places(words) to a database: the phrases found in the present row, which
 // PlacesOf() reads.

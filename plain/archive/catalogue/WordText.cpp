@@ -148,6 +148,21 @@ void Check(UErrorCode error) {
   if (U_FAILURE(error) != 0) throw std::bad_alloc();
 }
 
+bool IsAscii(std::string_view text) {
+  unsigned char bits = 0;
+  for (const char letter : text) bits |= static_cast<unsigned char>(letter);
+  return bits < 0x80;
+}
+
+std::string LowerCase(std::string_view ascii) {
+  std::string text(ascii);
+  for (char& letter : text) {
+    const bool isCapital = letter >= 'A' && letter <= 'Z';
+    letter = static_cast<char>(letter + (isCapital ? 'a' - 'A' : 0));
+  }
+  return text;
+}
+
 // Goes through a text from one place at which folding may begin to the next.
 class Folder {
  public:
@@ -237,6 +252,7 @@ class Folder {
 }  // namespace
 
 WordText WordsOf(std::string_view text, Origins origins) {
+  if (origins == Origins::Leave && IsAscii(text)) return {LowerCase(text), {}};
   WordSink sink(origins);
   sink.reserve(text.size() + text.size() / 8);
   Folder(text, sink).run();
