@@ -12,6 +12,7 @@
 
 #include "siblings/Pages.h"
 #include "siblings/layout/HtmlTag.h"
+#include "siblings/layout/StyleMedia.h"
 
 namespace tarn::pages {
 
@@ -114,7 +115,7 @@ class HtmlScanner {
   void takeTag(const HtmlTag& tag);
   void takeStart(const HtmlTag& tag, std::string_view whole);
   void takeEnd(const HtmlTag& tag);
-  void takeStyle();
+  void takeStyle(std::string_view media);
   void dropElement(const std::string& name);
   void closeParts(Names names);
   void popTo(size_t index);
@@ -204,7 +205,7 @@ void HtmlScanner::takeTag(const HtmlTag& tag) {
   } else if (tag.end) {
     takeEnd(tag);
   } else if (tag.name == "style") {
-    takeStyle();
+    takeStyle(MediaOfTag(tag.inside));
   } else {
     takeStart(tag, whole);
   }
@@ -223,13 +224,15 @@ void HtmlScanner::dropElement(const std::string& name) {
   if (const auto tag = ReadHtmlTag(rest_)) rest_.remove_prefix(tag->size);
 }
 
-void HtmlScanner::takeStyle() {
+void HtmlScanner::takeStyle(std::string_view media) {
   const size_t end = std::min(FindAnyCase(rest_, "</style", 0), rest_.size());
   const std::string_view style = rest_.substr(0, end);
   selectors_ += static_cast<size_t>(
       std::count_if(style.begin(), style.end(), [](char c) { return c == '{' || c == ','; }));
-  styles_ += style;
-  styles_ += '\n';
+  const bool isForSome = !media.empty() && media.find_first_of("{};@") == std::string_view::npos;
+  if (isForSome) styles_ += "@media " + KnownMedia(media) + "{";
+  styles_ += WithKnownMedia(style);
+  styles_ += isForSome ? "\n}\n" : "\n";
   rest_.remove_prefix(end);
 }
 

@@ -58,7 +58,7 @@ TEST_F(Lines, AlignedOnesFillTheTerminalAndNoMore) {
   text_.fields.subject = std::string(300, 's');
   text_.fields.from.name = std::string(300, 'f');
   text_.fields.attachmentCount = 3;
-  for (const size_t width : {60, 80, 100, 200}) {
+  for (const size_t width : {60U, 80U, 100U, 200U}) {
     const auto lines = AlignedLines(width);
     std::string both = line(*lines);
     const size_t end = both.find('\n');

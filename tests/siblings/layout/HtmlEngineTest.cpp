@@ -87,6 +87,16 @@ TEST_F(HtmlEngineTest, TheGroundOfTheBodyIsThatOfThePaper) {
   EXPECT_GT(CountColour(page, kBlue), int64_t{page.width} * page.height * 99 / 100);
 }
 
+TEST_F(HtmlEngineTest, StylesForDarkScreensAreNotForPages) {
+  const Bitmap page = DrawPage(
+      *layOut("<style>@media (prefers-color-scheme:dark){body{background:#0000ff}}</style>"
+              "<style media='(prefers-color-scheme: dark)'>body{background:#0000ff}</style>"
+              "<style media=print>p{color:#dc1414}</style><p>x</p>"),
+      1);
+  EXPECT_EQ(CountColour(page, {0, 0, 255}), 0);
+  EXPECT_GT(CountColour(page, {220, 20, 20}), 0);
+}
+
 TEST_F(HtmlEngineTest, BordersOfBoxesAndOldTables) {
   const Bitmap box =
       DrawPage(*layOut("<div style='border:4px solid #0000ff;width:100px;height:50px'></div>"), 1);
