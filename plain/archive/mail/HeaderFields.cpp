@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "archive/mail/AsciiText.h"
+#include "archive/mail/EncodedWords.h"
 #include "archive/mail/GObjectPtr.h"
 #include "archive/mail/MailDate.h"
 #include "archive/mail/ParseMail.h"
@@ -13,62 +14,45 @@
 namespace tarn::archive::mail {
 namespace {
 
-bool IsBeyondAscii(char c) { return static_cast<unsigned char>(c) >= 128; }
-
-// Where the text of an encoded word begins that has it in quoted-printable:
-// "=?iso-8859-1?Q?text?=". npos where none begins at `at`.
-size_t StartOfQuotedWord(std::string_view value, size_t at) {
-  constexpr std::string_view kQuoted = "?q?";
-  if (!value.substr(at).starts_with("=?")) return std::string_view::npos;
-  const size_t charset = value.find_first_of("? \t\r\n", at + 2);
-  if (charset == std::string_view::npos) return charset;
-  if (!StartsWithNoCase(value.substr(charset), kQuoted)) return std::string_view::npos;
-  return charset + kQuoted.size();
-}
-
-// Bytes beyond ASCII in encoded words are encoded as they should be: they are in the word's
-// charset, and outside of words in none that is told.
-std::string WithWordsEncoded(std::string_view value) {
-  constexpr std::string_view kDigits = "0123456789ABCDEF";
-  const size_t lastEnd = value.rfind("?=");
-  std::string encoded;
-  bool inWord = false;
-  for (size_t at = 0; at < value.size(); ++at) {
-    const size_t start = inWord ? std::string_view::npos : StartOfQuotedWord(value, at);
-    if (start != std::string_view::npos && lastEnd != std::string_view::npos && start <= lastEnd) {
-      encoded += value.substr(at, start - at);
-      at = start - 1;
-      inWord = true;
-      continue;
-    }
-    if (inWord && IsBeyondAscii(value[at])) {
-      const auto byte = static_cast<unsigned char>(value[at]);
-      encoded += {'=', kDigits[byte >> 4], kDigits[byte & 15]};
-      continue;
-    }
-    if (value.substr(at).starts_with("?=")) inWord = false;
-    encoded += value[at];
-  }
-  return encoded;
-}
-
-// The value of a header for decoding.
-std::string ReadyHeader(const char* raw) {
-  const std::string_view value(raw);
-  const bool isPlain = value.find("=?") == std::string_view::npos ||
-                       std::none_of(value.begin(), value.end(), IsBeyondAscii);
-  return isPlain ? std::string(value) : WithWordsEncoded(value);
-}
-
 std::string DecodedText(const std::string& raw) {
   const GText unfolded(g_mime_utils_header_unfold(raw.c_str()));
   const GText decoded(g_mime_utils_header_decode_text(ReadingOptions(), unfolded.get()));
   return std::string(Trimmed(TextOf(decoded.get())));
 }
 
+// An address of a list, while it is read.
+struct ListedAddress {
+  Address address;
+  bool isGroup = false;
+};
+
+// "Miller, Ann <ann@example.com>" without quotes comes as two: the name is one.
+std::vector<Address> WithNamesJoined(std::vector<ListedAddress> list) {
+  std::vector<Address> joined;
+  std::string name;
+  size_t pieces = 0;  // at the end of `joined`, which may begin a name
+  for (ListedAddress& entry : list) {
+    Address& address = entry.address;
+    if (!entry.isGroup && address.address.empty()) {
+      name += address.name + ", ";
+      ++pieces;
+    } else {
+      if (!entry.isGroup && !address.name.empty() && pieces != 0) {
+        joined.resize(joined.size() - pieces);
+        address.name.insert(0, name);
+      }
+      name.clear();
+      pieces = 0;
+    }
+    joined.push_back(std::move(address));
+  }
+  return joined;
+}
+
 // Groups within groups are no deeper than the parser itself goes, of which StructureWatch takes
 // care.
 void AddAddresses(InternetAddressList* list, std::vector<Address>& addresses) {
+  std::vector<ListedAddress> listed;
   const int count = internet_address_list_length(list);
   for (int i = 0; i < count; ++i) {
     InternetAddress* entry = internet_address_list_get_address(list, i);
@@ -76,18 +60,45 @@ void AddAddresses(InternetAddressList* list, std::vector<Address>& addresses) {
     if (INTERNET_ADDRESS_IS_GROUP(entry)) {
       InternetAddressList* members =
           internet_address_group_get_members(INTERNET_ADDRESS_GROUP(entry));
-      if (internet_address_list_length(members) != 0) {
-        AddAddresses(members, addresses);
-        continue;
-      }
-    } else {
-      address.address = TextOf(internet_address_mailbox_get_addr(INTERNET_ADDRESS_MAILBOX(entry)));
-      // "From: Ann" has a name and no address.
-      const bool isName = address.name.empty() && address.address.find('@') == std::string::npos;
-      if (isName) address.name = std::exchange(address.address, "");
+      std::vector<Address> all;
+      AddAddresses(members, all);
+      if (all.empty() && !address.name.empty()) all.push_back(std::move(address));
+      for (Address& member : all) listed.push_back({std::move(member), true});
+      continue;
     }
-    if (!address.name.empty() || !address.address.empty()) addresses.push_back(std::move(address));
+    address.address = TextOf(internet_address_mailbox_get_addr(INTERNET_ADDRESS_MAILBOX(entry)));
+    // "From: Ann" has a name and no address.
+    const bool isName = address.name.empty() && address.address.find('@') == std::string::npos;
+    if (isName) address.name = std::exchange(address.address, "");
+    if (address.name.empty() && address.address.empty()) continue;
+    listed.push_back({std::move(address)});
   }
+  for (Address& address : WithNamesJoined(std::move(listed)))
+    addresses.push_back(std::move(address));
+}
+
+std::string TextOfAddress(const Address& address) {
+  if (address.name.empty() || address.address.empty()) return address.name + address.address;
+  return address.name + " <" + address.address + ">";
+}
+
+// Who else a mail is from: its sender, and its authors after the first. Several are one name.
+std::optional<Address> OthersOf(const std::vector<Address>& from,
+                                const std::vector<Address>& sender) {
+  std::vector<Address> others(from.begin() + 1, from.end());
+  const bool isAuthor =
+      !sender.empty() && std::any_of(from.begin(), from.end(), [&](const Address& author) {
+        return author.address == sender.front().address;
+      });
+  if (!sender.empty() && !isAuthor) others.insert(others.begin(), sender.front());
+  if (others.empty()) return std::nullopt;
+  if (others.size() == 1) return others.front();
+  Address all;
+  for (const Address& other : others) {
+    if (!all.name.empty()) all.name += ", ";
+    all.name += TextOfAddress(other);
+  }
+  return all;
 }
 
 std::string WithoutBrackets(std::string text) {
@@ -159,7 +170,7 @@ const char* RawHeader(GMimeObject* object, const char* name) {
 
 std::string DecodedHeader(GMimeObject* object, const char* name) {
   const char* raw = RawHeader(object, name);
-  return raw == nullptr ? std::string() : DecodedText(ReadyHeader(raw));
+  return raw == nullptr ? std::string() : DecodedText(WithWordsEncoded(raw));
 }
 
 std::vector<Address> AddressesOf(GMimeObject* object, const char* name) {
@@ -170,7 +181,7 @@ std::vector<Address> AddressesOf(GMimeObject* object, const char* name) {
     GMimeHeader* header = g_mime_header_list_get_header_at(headers, i);
     if (!EqualsNoCase(g_mime_header_get_name(header), name)) continue;
     if (g_mime_header_get_raw_value(header) == nullptr) continue;
-    const std::string value = ReadyHeader(g_mime_header_get_raw_value(header));
+    const std::string value = WithWordsEncoded(g_mime_header_get_raw_value(header));
     const size_t before = addresses.size();
     const GObjectPtr<InternetAddressList> list(
         internet_address_list_parse(ReadingOptions(), value.c_str()));
@@ -189,9 +200,7 @@ void ReadHeadline(GMimeMessage* message, ItemFields& fields) {
   const std::vector<Address> sender = AddressesOf(object, "Sender");
   if (!from.empty()) {
     fields.from = from.front();
-    if (!sender.empty() && sender.front().address != from.front().address) {
-      fields.sender = sender.front();
-    }
+    fields.sender = OthersOf(from, sender);
   } else if (!sender.empty()) {
     fields.from = sender.front();
   }

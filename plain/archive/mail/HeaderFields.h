@@ -24,10 +24,12 @@ const char* RawHeader(GMimeObject* object, const char* name);
 std::string DecodedHeader(GMimeObject* object, const char* name);
 
 // The addresses of all headers of a name, members of groups among them. A group without members is
-// a name without address, as "undisclosed-recipients"; so is what has no address in it.
+// a name without address, as "undisclosed-recipients"; so is what has no address in it, unless a
+// name with an address comes after it: then both are the name, as in "Miller, Ann <ann@a.example>".
 std::vector<Address> AddressesOf(GMimeObject* object, const char* name);
 
-// The headers of a mail: everything but class, size and attachments.
+// The headers of a mail: everything but class, size and attachments. Of several authors the first
+// is whom the mail is from; the others are the sender, with the one of "Sender" before them.
 void ReadHeadline(GMimeMessage* message, ItemFields& fields);
 void ReadEnvelope(GMimeMessage* message, ItemFields& fields);
 

@@ -140,6 +140,49 @@ TEST(MailFieldsTest, ReadsAddressesThatAreNone) {
   EXPECT_EQ(Written(mail.fields().cc), "<a@b>, Bob <c@d>, <e@f>");
 }
 
+TEST(MailFieldsTest, JoinsANameThatACommaHasBroken) {
+  OpenedMail mail(
+      "From: M\xC3\xBCller, Hans <h@m.de>\n"
+      "To: Miller, Ann, Dr <a@b>, bob, c@d, Friends:;, Eve <e@f>, last\n"
+      "Cc: Team: Miller, Ann <a@b>, Bob <c@d>;, Eve <e@f>\n\n");
+  EXPECT_EQ(Written({mail.fields().from}), "M\u00FCller, Hans <h@m.de>");
+  EXPECT_EQ(Written(mail.fields().to),
+            "Miller, Ann, Dr <a@b>, bob, <c@d>, Friends, Eve <e@f>, last");
+  EXPECT_EQ(mail.fields().to.size(), 6u);
+  EXPECT_EQ(mail.fields().cc.size(), 3u);
+  EXPECT_EQ(Written(mail.fields().cc), "Miller, Ann <a@b>, Bob <c@d>, Eve <e@f>");
+}
+
+TEST(MailFieldsTest, DecodesWordsThatHaveWhatEndsAnAddress) {
+  OpenedMail mail(
+      "Subject: =?utf-8?Q?one two?= three\n"
+      "From: =?utf-8?Q?Smith, Bob?= <b@s.c>\n"
+      "To: =?utf-8?Q?x=1B]0;title=07y?= <t@u.v>, =?utf-8?q?Miller,\n Ann (a@b)?= <a@b>\n"
+      "Cc: \"=?utf-8?Q?Smith, Bob?=\" <b@s.c>, =?utf-8?q?Carl <c@d>, =?utf-8?q?D=C3=A4ve?= "
+      "<d@e>\n\n");
+  EXPECT_EQ(mail.fields().subject, "one two three");
+  EXPECT_EQ(Written({mail.fields().from}), "Smith, Bob <b@s.c>");
+  EXPECT_EQ(Written(mail.fields().to), "x\x1B]0;title\x07y <t@u.v>, Miller, Ann (a@b) <a@b>");
+  ASSERT_EQ(mail.fields().cc.size(), 3u);
+  EXPECT_EQ(Written({mail.fields().cc[0]}), "Smith, Bob <b@s.c>");
+  EXPECT_EQ(mail.fields().cc[1].address, "c@d");
+  EXPECT_EQ(Written({mail.fields().cc[2]}), "D\u00E4ve <d@e>");
+}
+
+TEST(MailFieldsTest, NamesAllAuthors) {
+  const auto senderOf = [](const std::string& headers) {
+    const OpenedMail mail(headers + "\n");
+    EXPECT_EQ(Written({mail.fields().from}), "<a@b>");
+    return mail.fields().sender.value_or(Address{"none", ""});
+  };
+  EXPECT_EQ(senderOf("From: a@b, Carl <c@d>\n"), (Address{"Carl", "c@d"}));
+  EXPECT_EQ(senderOf("From: a@b\nFrom: c@d\n"), (Address{"", "c@d"}));
+  EXPECT_EQ(senderOf("From: a@b, c@d\nSender: a@b\n"), (Address{"", "c@d"}));
+  EXPECT_EQ(senderOf("From: a@b, c@d\nSender: c@d\n"), (Address{"", "c@d"}));
+  EXPECT_EQ(senderOf("From: a@b, Carl <c@d>, e@f\n"), (Address{"Carl <c@d>, e@f", ""}));
+  EXPECT_EQ(senderOf("From: a@b, c@d\nSender: S <s@t>\n"), (Address{"S <s@t>, c@d", ""}));
+}
+
 TEST(MailFieldsTest, NamesTheSenderWhereItIsAnother) {
   OpenedMail other("From: a@b\nSender: c@d\n\n");
   EXPECT_EQ(Written({*other.fields().sender}), "<c@d>");
@@ -161,6 +204,23 @@ TEST(MailFieldsTest, KnowsTheOffsetWhereTheDateTellsIt) {
   EXPECT_EQ(sent("1 Jan 24 10:00 EST"), "2024-01-01T15:00:00Z -300");
   EXPECT_EQ(sent("yesterday"), "none");
   EXPECT_EQ(sent(""), "none");
+}
+
+TEST(MailFieldsTest, ReadsDatesThatBeginWithTheYear) {
+  const auto sent = [](const std::string& date) {
+    return Written(OpenedMail("Date: " + date + "\n\n").fields().sent);
+  };
+  EXPECT_EQ(sent("2024-05-01T12:30:00+02:00"), "2024-05-01T10:30:00Z 120");
+  EXPECT_EQ(sent("2024-05-01 12:30:05.123 -0330"), "2024-05-01T16:00:05Z -210");
+  EXPECT_EQ(sent("2024-05-01T12:30Z"), "2024-05-01T12:30:00Z 0");
+  EXPECT_EQ(sent("2024-05-01T12:30:60+02"), "2024-05-01T10:30:59Z 120");
+  EXPECT_EQ(sent("2024-05-01T12:30:00-00:00"), "2024-05-01T12:30:00Z");
+  EXPECT_EQ(sent("2024-05-01T12:30:00"), "2024-05-01T12:30:00Z");
+  EXPECT_EQ(sent("0001-01-01T00:00:00+14:00"), "0000-12-31T10:00:00Z 840");
+  for (const char* none : {"2024-02-30T12:30:00Z", "2024-05-01T24:30:00Z", "2024-05-01T12:3",
+                           "2024-05-01T12:30:00+", "2024-05-01T12:30:00+25:00"}) {
+    EXPECT_EQ(sent(none), "none") << none;
+  }
 }
 
 TEST(MailFieldsTest, NamesReportsAndCalendarsByTheirClass) {

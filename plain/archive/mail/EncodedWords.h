@@ -1,0 +1,17 @@
+// EncodedWords.h - the encoded words of headers (RFC 2047) as they should have been written.
+#ifndef TARN_ARCHIVE_ENCODEDWORDS_H
+#define TARN_ARCHIVE_ENCODEDWORDS_H
+
+#include <string>
+#include <string_view>
+
+namespace tarn::archive::mail {
+
+// The value of a header, where what the words in quoted-printable have unencoded is encoded: bytes
+// beyond ASCII, which are in the word's charset, and blanks, commas and the like, at which a list
+// of addresses would be split. Line ends within words are gone. Bytes outside of words stay.
+std::string WithWordsEncoded(std::string_view value);
+
+}  // namespace tarn::archive::mail
+
+#endif
