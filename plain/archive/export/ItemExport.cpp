@@ -11,6 +11,7 @@
 #include "archive/common/JsonWriter.h"
 #include "archive/common/SafeName.h"
 #include "archive/export/ItemNames.h"
+#include "archive/export/KeptBodies.h"
 #include "archive/export/ManifestRows.h"
 #include "archive/pdf/WritePdf.h"
 #include "archive/writers/Writers.h"
@@ -123,7 +124,9 @@ class ItemExporter {
 
   // `below` is the folder of an embedded item within that of the outermost, with a slash at its
   // end.
-  std::string exportOne(Item& item, const std::string& below, int depth) {
+  std::string exportOne(Item& source, const std::string& below, int depth) {
+    // Forms, fingerprint and catalogue all want them.
+    KeptBodies item(source);
     const size_t row = rows_.size();
     rows_.emplace_back();
     describe(item, rows_[row].item);

@@ -37,10 +37,14 @@ class FakeItem final : public archive::Item {
   archive::ItemFields& own() { return fields_; }
   archive::Bodies& ownBodies() { return bodies_; }
   std::vector<FakeAttachment>& ownAttachments() { return attached_; }
+  int bodyReads() const { return bodyReads_; }
 
   const archive::ItemPlace& place() const override { return place_; }
   const archive::ItemFields& fields(archive::Detail) override { return fields_; }
-  archive::Bodies bodies() override { return bodies_; }
+  archive::Bodies bodies() override {
+    ++bodyReads_;
+    return bodies_;
+  }
   archive::Outcome<std::string> originalHeaders() override { return std::string(); }
   const std::vector<archive::Attachment>& attachments() override {
     list_.clear();
@@ -65,6 +69,7 @@ class FakeItem final : public archive::Item {
   archive::ItemPlace place_;
   archive::ItemFields fields_;
   archive::Bodies bodies_;
+  int bodyReads_ = 0;
   std::vector<FakeAttachment> attached_;
   std::vector<archive::Attachment> list_;
   std::vector<archive::Trouble> troubles_;
