@@ -63,6 +63,24 @@ CharacterReference NumberedReference(std::string_view text) {
   return reference;
 }
 
+// Empty for a character that stays as it is.
+std::string_view ReferenceFor(char c) {
+  switch (c) {
+    case '&':
+      return "&amp;";
+    case '<':
+      return "&lt;";
+    case '>':
+      return "&gt;";
+    case '"':
+      return "&quot;";
+    case '\'':
+      return "&#39;";
+    default:
+      return {};
+  }
+}
+
 }  // namespace
 
 const std::string_view* HtmlToken::attribute(std::string_view wanted) const {
@@ -236,27 +254,16 @@ std::string DecodedValue(std::string_view value) {
 std::string EscapedHtml(std::string_view text) {
   std::string escaped;
   escaped.reserve(text.size() + text.size() / 8);
-  for (const char c : text) {
-    switch (c) {
-      case '&':
-        escaped += "&amp;";
-        break;
-      case '<':
-        escaped += "&lt;";
-        break;
-      case '>':
-        escaped += "&gt;";
-        break;
-      case '"':
-        escaped += "&quot;";
-        break;
-      case '\'':
-        escaped += "&#39;";
-        break;
-      default:
-        escaped += c;
-    }
+  // What lies between two of them goes over in one piece.
+  size_t done = 0;
+  for (size_t at = 0; at < text.size(); ++at) {
+    const std::string_view reference = ReferenceFor(text[at]);
+    if (reference.empty()) continue;
+    escaped += text.substr(done, at - done);
+    escaped += reference;
+    done = at + 1;
   }
+  escaped += text.substr(done);
   return escaped;
 }
 

@@ -21,6 +21,13 @@ constexpr char32_t kByteOrderMark = 0xFEFF;
 
 bool IsControl(char32_t c) { return c < 0x20 || (c >= 0x7F && c < 0xA0); }
 
+// How many characters a text begins with that are ASCII and shown, or LF.
+size_t PlainAscii(std::string_view text) {
+  const auto isPlain = [](char c) { return (c >= 0x20 && c < 0x7F) || c == '\n'; };
+  const auto end = std::find_if_not(text.begin(), text.end(), isPlain);
+  return static_cast<size_t>(end - text.begin());
+}
+
 bool BreaksLines(char32_t c) { return c == 0x2028 || c == 0x2029; }
 
 void AppendCharacter(char32_t codePoint, std::string& text) {
@@ -123,6 +130,11 @@ std::string ManyLines(std::string_view text) {
   std::string lines;
   lines.reserve(text.size());
   while (!text.empty()) {
+    // Most of a text is these, and they stay as they are.
+    const size_t plain = PlainAscii(text);
+    lines += text.substr(0, plain);
+    text.remove_prefix(plain);
+    if (text.empty()) break;
     const platform::Character character = platform::FirstCharacter(text);
     text.remove_prefix(character.size);
     const char32_t c = character.codePoint;
