@@ -27,12 +27,13 @@ std::string OutputOf(const std::string& command) {
 
 std::string WordsWithin(const std::string& file, const PdfLink& link) {
   constexpr int kPerPoint = 10;
+  constexpr double kInside = 0.5;  // what only touches it is not within it
   const auto area = [](double points) { return std::to_string(std::lround(points * kPerPoint)); };
   const std::string page = std::to_string(link.page);
-  std::istringstream text(OutputOf("pdftotext -r " + std::to_string(72 * kPerPoint) + " -f " +
-                                   page + " -l " + page + " -x " + area(link.left) + " -y " +
-                                   area(link.top) + " -W " + area(link.width) + " -H " +
-                                   area(link.height) + " '" + file + "' -"));
+  std::istringstream text(
+      OutputOf("pdftotext -r " + std::to_string(72 * kPerPoint) + " -f " + page + " -l " + page +
+               " -x " + area(link.left + kInside) + " -y " + area(link.top) + " -W " +
+               area(link.width - 2 * kInside) + " -H " + area(link.height) + " '" + file + "' -"));
   std::string words;
   for (std::string word; text >> word;) words += (words.empty() ? "" : " ") + word;
   return words;

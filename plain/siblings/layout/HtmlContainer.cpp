@@ -8,9 +8,9 @@
 #include <cstdlib>
 #include <utility>
 
+#include "siblings/OutwardAddress.h"
 #include "siblings/layout/HtmlElements.h"
 #include "siblings/layout/HtmlPlaces.h"
-#include "siblings/layout/TextLinks.h"
 #include "siblings/layout/WordBreaks.h"
 
 namespace tarn::pages {
@@ -76,6 +76,14 @@ constexpr std::array<SystemColour, 12> kSystemColours = {{{"windowtext", "#00000
 
 using GText = std::unique_ptr<char, ReleasedBy<g_free>>;
 
+// Lines may end anywhere in an address.
+std::string WithoutBreaks(const std::string& written) {
+  std::string address(WithoutBlanksAround(written));
+  const auto isBreak = [](char c) { return c == '\t' || c == '\n' || c == '\r'; };
+  address.erase(std::remove_if(address.begin(), address.end(), isBreak), address.end());
+  return address;
+}
+
 std::string Capitalized(const std::string& text) {
   if (text.empty()) return text;
   const size_t first = static_cast<size_t>(g_utf8_next_char(text.c_str()) - text.c_str());
@@ -91,7 +99,8 @@ DisplayList HtmlContainer::takeDisplayList() {
   return std::exchange(list_, DisplayList());
 }
 
-void HtmlContainer::enterLink(const std::string& address) {
+void HtmlContainer::enterLink(const std::string& written) {
+  const std::string address = WithoutBreaks(written);
   if (!IsOutwardAddress(address) && !IsInnerAddress(address)) {
     links_.push_back(-1);
     return;

@@ -27,7 +27,7 @@ class HtmlContainer : public litehtml::document_container {
   HtmlFonts takeFonts() { return std::move(fonts_); }
 
   // For the elements: what is drawn until leaveLink belongs to that link.
-  void enterLink(const std::string& address);
+  void enterLink(const std::string& written);
   void leaveLink();
   void keepTogether(const litehtml::position& box);
   // Counts work that a document can make grow without end. Trouble::TooLong when it has.

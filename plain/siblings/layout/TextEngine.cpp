@@ -82,13 +82,18 @@ class TextLayout : public Layout {
   void drawLines(cairo_t* context, int32_t page, Target target);
   int32_t drawParagraph(cairo_t* context, std::string_view paragraph, const RowPlace& place,
                         Target target);
-  void addLinks(cairo_t* context, const std::vector<TextLink>& links, PangoLayoutLine* line,
-                double y);
+  const std::vector<TextLink>& linksAround(size_t place);
+  void addLinks(cairo_t* context, size_t paragraph, PangoLayoutLine* line, double y);
 
   std::string text_;
   PaperSheet sheet_;
   std::shared_ptr<TextShaper> shaper_;
   std::vector<LinePlace> pages_ = {{}};
+  // Of the paragraph that linksAround was last asked about, which is laid out in many pieces if it
+  // is long.
+  size_t linksFrom_ = 0;
+  size_t linksTo_ = 0;
+  std::vector<TextLink> links_;
 };
 
 void TextLayout::split() {
@@ -133,8 +138,7 @@ int32_t TextLayout::drawParagraph(cairo_t* context, std::string_view paragraph,
                                   const RowPlace& place, Target target) {
   if (paragraph.empty()) return 1;
   PangoLayout* layout = shaper_->layOut(paragraph);
-  const std::vector<TextLink> links =
-      target == Target::Pdf ? FindTextLinks(paragraph) : std::vector<TextLink>();
+  const auto start = static_cast<size_t>(paragraph.data() - text_.data());
   LayoutIterator iterator(pango_layout_get_iter(layout));
   const int32_t room = linesPerPage() - place.row;
   int32_t drawn = 0;
@@ -149,25 +153,44 @@ int32_t TextLayout::drawParagraph(cairo_t* context, std::string_view paragraph,
                   y + TextShaper::kBaseline);
     PangoLayoutLine* shown = pango_layout_iter_get_line_readonly(iterator.get());
     pango_cairo_show_layout_line(context, shown);
-    addLinks(context, links, shown, y);
+    if (target == Target::Pdf) addLinks(context, start, shown, y);
     ++drawn;
   } while (pango_layout_iter_next_line(iterator.get()));
   return drawn;
 }
 
-void TextLayout::addLinks(cairo_t* context, const std::vector<TextLink>& links,
-                          PangoLayoutLine* line, double y) {
-  for (const TextLink& link : links) {
-    const int start = std::max(static_cast<int>(link.start), line->start_index);
-    const int end = std::min(static_cast<int>(link.end), line->start_index + line->length);
-    if (start >= end) continue;
+// The links of the whole paragraph, by their places in the text.
+const std::vector<TextLink>& TextLayout::linksAround(size_t place) {
+  if (place >= linksFrom_ && place < linksTo_) return links_;
+  const size_t before = place == 0 ? std::string::npos : text_.rfind('\n', place - 1);
+  linksFrom_ = before == std::string::npos ? 0 : before + 1;
+  linksTo_ = std::min(text_.find('\n', place), text_.size());
+  links_ = FindTextLinks(std::string_view(text_).substr(linksFrom_, linksTo_ - linksFrom_));
+  for (TextLink& link : links_) {
+    link.start += linksFrom_;
+    link.end += linksFrom_;
+  }
+  return links_;
+}
+
+// The parts of links that are on a line of what begins there in the text.
+void TextLayout::addLinks(cairo_t* context, size_t paragraph, PangoLayoutLine* line, double y) {
+  const size_t lineStart = paragraph + static_cast<size_t>(line->start_index);
+  const size_t lineEnd = lineStart + static_cast<size_t>(line->length);
+  const std::vector<TextLink>& links = linksAround(paragraph);
+  auto link = std::upper_bound(links.begin(), links.end(), lineStart,
+                               [](size_t at, const TextLink& one) { return at < one.end; });
+  for (; link != links.end() && link->start < lineEnd; ++link) {
+    const size_t start = std::max(link->start, lineStart) - paragraph;
+    const size_t end = std::min(link->end, lineEnd) - paragraph;
     int* ranges = nullptr;
     int count = 0;
-    pango_layout_line_get_x_ranges(line, start, end, &ranges, &count);
+    pango_layout_line_get_x_ranges(line, static_cast<int>(start), static_cast<int>(end), &ranges,
+                                   &count);
     for (int i = 0; i < count; ++i) {
       const double left = static_cast<double>(ranges[2 * i]) / PANGO_SCALE;
       const double right = static_cast<double>(ranges[2 * i + 1]) / PANGO_SCALE;
-      AddLink(context, link.address,
+      AddLink(context, link->address,
               {sheet_.margin + left, y, right - left, TextShaper::kLineHeight});
     }
     g_free(ranges);

@@ -5,11 +5,14 @@
 #include <algorithm>
 #include <array>
 
+#include "siblings/OutwardAddress.h"
+
 namespace tarn::pages {
 
 namespace {
 
-constexpr std::array<std::string_view, 4> kSchemes = {"http://", "https://", "ftp://", "mailto:"};
+// How an address begins that nothing else marks as one.
+constexpr std::array<std::string_view, 4> kStarts = {"http://", "https://", "ftp://", "mailto:"};
 constexpr std::string_view kBareStart = "www.";
 
 bool StartsWithAnyCase(std::string_view text, std::string_view start) {
@@ -19,8 +22,8 @@ bool StartsWithAnyCase(std::string_view text, std::string_view start) {
 
 // How long the beginning is that makes this an address; 0 when nothing does.
 size_t LengthOfStart(std::string_view text) {
-  for (const std::string_view scheme : kSchemes) {
-    if (StartsWithAnyCase(text, scheme)) return scheme.size();
+  for (const std::string_view start : kStarts) {
+    if (StartsWithAnyCase(text, start)) return start.size();
   }
   return StartsWithAnyCase(text, kBareStart) ? kBareStart.size() : 0;
 }
@@ -32,11 +35,12 @@ bool EndsAddress(char c) {
 }
 
 std::string_view WithoutSentenceEnd(std::string_view address) {
+  const auto opened = std::count(address.begin(), address.end(), '(');
+  auto closed = std::count(address.begin(), address.end(), ')');
   while (!address.empty()) {
     const char last = address.back();
-    const bool opened = last == ')' && std::count(address.begin(), address.end(), '(') >=
-                                           std::count(address.begin(), address.end(), ')');
-    if (std::string_view(".,;:!?'*)]}").find(last) == std::string_view::npos || opened) break;
+    if (std::string_view(".,;:!?'*)]}").find(last) == std::string_view::npos) break;
+    if (last == ')' && closed-- <= opened) break;
     address.remove_suffix(1);
   }
   return address;
@@ -57,17 +61,14 @@ std::vector<TextLink> FindTextLinks(std::string_view line) {
     const std::string_view address =
         WithoutSentenceEnd(line.substr(start, static_cast<size_t>(stop - line.begin()) - start));
     if (address.size() <= head) continue;
-    const bool bare = StartsWithAnyCase(address, kBareStart);
-    links.push_back(
-        {start, start + address.size(), (bare ? "http://" : "") + std::string(address)});
+    if (address.size() <= kLongestAddress) {
+      const bool bare = StartsWithAnyCase(address, kBareStart);
+      links.push_back(
+          {start, start + address.size(), (bare ? "http://" : "") + std::string(address)});
+    }
     start += address.size() - 1;
   }
   return links;
-}
-
-bool IsOutwardAddress(std::string_view address) {
-  return std::any_of(kSchemes.begin(), kSchemes.end(),
-                     [&](std::string_view scheme) { return StartsWithAnyCase(address, scheme); });
 }
 
 }  // namespace tarn::pages

@@ -16,11 +16,8 @@ struct TextLink {
 };
 
 // Addresses with http, https, ftp or mailto, and those that begin with "www.". A full stop, comma
-// or bracket that ends a sentence is none of an address's.
+// or bracket that ends a sentence is none of an address's. Those beyond kLongestAddress are none.
 std::vector<TextLink> FindTextLinks(std::string_view line);
-
-// Is it an address that may be opened from a document: one of the web or of mail?
-bool IsOutwardAddress(std::string_view address);
 
 }  // namespace tarn::pages
 

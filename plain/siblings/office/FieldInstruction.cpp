@@ -1,14 +1,13 @@
 #include "siblings/office/FieldInstruction.h"
 
 #include <algorithm>
-#include <array>
 #include <optional>
+
+#include "siblings/OutwardAddress.h"
 
 namespace tarn::pages {
 
 namespace {
-
-constexpr size_t kLongestAddress = 8192;
 
 bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 
@@ -44,15 +43,6 @@ class Arguments {
 
   std::string_view rest_;
 };
-
-bool LeadsIntoTheNet(std::string_view address) {
-  constexpr std::array<std::string_view, 8> kSchemes = {"http",   "https", "ftp",  "ftps",
-                                                        "mailto", "tel",   "news", "sip"};
-  const std::string_view scheme = address.substr(0, address.find(':'));
-  return scheme.size() < address.size() && address.size() <= kLongestAddress &&
-         std::any_of(kSchemes.begin(), kSchemes.end(),
-                     [scheme](std::string_view known) { return SameWord(scheme, known); });
-}
 
 bool IsBookmark(std::string_view name) {
   return !name.empty() && name.size() <= 40 && std::all_of(name.begin(), name.end(), [](char c) {
@@ -90,7 +80,8 @@ std::string Link(Arguments arguments) {
     const auto value = arguments.next();
     if (value && SameWord(name, "l")) bookmark = *value;
   }
-  if (LeadsIntoTheNet(address)) {
+  address = WithoutBlanksAround(address);
+  if (IsOutwardAddress(address)) {
     const std::string anchor = IsBookmark(bookmark) ? "#" + std::string(bookmark) : "";
     return "HYPERLINK \"" + Escaped(address) + anchor + '"';
   }

@@ -46,6 +46,15 @@ TEST_F(HtmlLinksTest, ALinkBeforeAnEmptyClip) {
   }
 }
 
+TEST_F(HtmlLinksTest, HowAddressesAreWritten) {
+  EXPECT_EQ(linksOf("<p><a href=' http://a.example/ '>one</a><p><a href='\nhttp://b.example/x\n"
+                    "y'>two</a><p><a href='tel:+4930'>three</a><p><a href='SIP:a@b.example'>four"
+                    "</a><p><a href=' '>none</a><p><a href=' javascript:x'>none</a><p>"
+                    "<a href='java\nscript:x'>none</a><p><a href='/etc/passwd'>none</a>"),
+            (Shown{"one > http://a.example/", "two > http://b.example/xy", "three > tel:+4930",
+                   "four > SIP:a@b.example"}));
+}
+
 TEST_F(HtmlLinksTest, AnEmptyClipDrawsNothing) {
   const auto layout =
       layOut("<div style='overflow:hidden;height:0;background:#dc1414'>words" + picture(50, 50) +

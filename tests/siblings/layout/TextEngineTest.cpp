@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "siblings/PdfLinks.h"
 #include "siblings/layout/PageLooks.h"
 #include "siblings/layout/TextShaper.h"
 
@@ -153,6 +154,56 @@ TEST_F(TextEngineTest, AddressesAreLinks) {
       PdfOf(*layOut("see https://example.com/a'b\\c?\u00E4 and www.example.org.\n"));
   EXPECT_EQ(LinksOfPdf(pdf), (std::vector<std::string>{"https://example.com/a%27b%5Cc?%C3%A4",
                                                        "http://www.example.org"}));
+}
+
+TEST_F(TextEngineTest, LinksLieOnTheirWords) {
+  const std::string pdf =
+      PdfOf(*layOut("Read http://a.example/b then\n\nwww.c.example or\tmailto:d@e.example\n" +
+                    Lines(70) + "\n\u05E9\u05DC\u05D5\u05DD http://f.example/ end"));
+  EXPECT_EQ(WordsOfLinks(pdf), (std::vector<std::string>{"http://a.example/b > http://a.example/b",
+                                                         "www.c.example > http://www.c.example",
+                                                         "mailto:d@e.example > mailto:d@e.example",
+                                                         "http://f.example/ > http://f.example/"}));
+  const auto links = PdfLinks(pdf);
+  EXPECT_EQ(links[0].page, 1u);
+  EXPECT_EQ(links[3].page, 2u);
+  // From the sixth column on, eighteen columns, out to whole points.
+  EXPECT_NEAR(links[0].left, 54 + 5 * 6, 1);
+  EXPECT_NEAR(links[0].top, 54, 1);
+  EXPECT_NEAR(links[0].width, 18 * 6, 1);
+  EXPECT_NEAR(links[0].height, 13, 1);
+}
+
+// Long paragraphs are laid out in pieces, and cut into pages.
+TEST_F(TextEngineTest, AllPartsOfALinkLeadToItsAddress) {
+  const std::string address = "http://a.example/" + std::string(700, 'x') + "/end";
+  for (const size_t before : {1'900u, 1'960u, 2'040u, 3'000u, 4'400u}) {
+    std::string text;
+    while (text.size() < before) text += "word ";
+    text += address + " www.b.example";
+    const auto links = PdfLinks(PdfOf(*layOut(text)));
+    ASSERT_GT(links.size(), 9u) << before;
+    std::string words;
+    for (size_t i = 0; i + 1 < links.size(); ++i) {
+      EXPECT_EQ(links[i].to, address) << before;
+      words += links[i].words;
+    }
+    EXPECT_EQ(words, address) << before;
+    EXPECT_EQ(links.back().words + " > " + links.back().to, "www.b.example > http://www.b.example");
+  }
+}
+
+// In one paragraph of many pages.
+TEST_F(TextEngineTest, LinksOfAParagraphOnManyPages) {
+  std::string text;
+  for (int i = 0; i < 2'000; ++i) text += "see http://a.example/" + std::to_string(i) + " now ";
+  const auto links = PdfLinks(PdfOf(*layOut(text), {3, 4}));
+  ASSERT_GT(links.size(), 200u);
+  for (size_t i = 0; i < links.size(); ++i) {
+    // An address may be parted by the end of a line.
+    EXPECT_FALSE(links[i].words.empty()) << i;
+    EXPECT_NE(links[i].to.find(links[i].words), std::string::npos) << links[i].words;
+  }
 }
 
 TEST_F(TextEngineTest, APdfSaysWhatItIsTold) {

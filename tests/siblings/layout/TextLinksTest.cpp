@@ -2,11 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include "siblings/OutwardAddress.h"
+
 namespace tarn::test {
 namespace {
 
 using pages::FindTextLinks;
 using pages::IsOutwardAddress;
+using pages::WithoutBlanksAround;
 
 // The links of a line, each as "its text > its address".
 std::vector<std::string> Links(const std::string& line) {
@@ -39,12 +42,39 @@ TEST(TextLinks, WordsThatOnlyLookLikeIt) {
             Shown{});
 }
 
-TEST(TextLinks, OnlyTheWebAndMailAreOutward) {
+// A mark each, to see that all are found in a time that grows with the text alone.
+TEST(TextLinks, MarksWithoutEnd) {
+  constexpr size_t kMany = 4'000'000;
+  EXPECT_EQ(Links(std::string("http://a.example/") + std::string(kMany, ')')),
+            Shown{"http://a.example/ > http://a.example/"});
+  EXPECT_EQ(Links("www." + std::string(kMany, '.')), Shown{});
+  EXPECT_EQ(Links(std::string("http://") + std::string(kMany, 'x') + " www.a.example"),
+            Shown{"www.a.example > http://www.a.example"});
+}
+
+TEST(TextLinks, TheLongestAddress) {
+  const std::string longest = "http://" + std::string(pages::kLongestAddress - 7, 'x');
+  EXPECT_EQ(FindTextLinks(longest).size(), 1u);
+  EXPECT_EQ(FindTextLinks(longest + 'x').size(), 0u);
+  EXPECT_TRUE(IsOutwardAddress(longest));
+  EXPECT_FALSE(IsOutwardAddress(longest + 'x'));
+}
+
+TEST(OutwardAddress, OnlyTheNetMailAndTelephonesAre) {
   EXPECT_TRUE(IsOutwardAddress("Https://a.example"));
   EXPECT_TRUE(IsOutwardAddress("mailto:a@b.example"));
+  EXPECT_TRUE(IsOutwardAddress("TEL:+49-30-1"));
+  EXPECT_FALSE(IsOutwardAddress("http"));
+  EXPECT_FALSE(IsOutwardAddress(":x"));
+  EXPECT_FALSE(IsOutwardAddress(""));
   EXPECT_FALSE(IsOutwardAddress("file:///etc/passwd"));
   EXPECT_FALSE(IsOutwardAddress("javascript:alert(1)"));
   EXPECT_FALSE(IsOutwardAddress("#part"));
+}
+
+TEST(OutwardAddress, BlanksAround) {
+  EXPECT_EQ(WithoutBlanksAround(" \n a b\t"), "a b");
+  EXPECT_EQ(WithoutBlanksAround(" "), "");
 }
 
 }  // namespace

@@ -13,6 +13,7 @@ TEST(FieldInstruction, KeepsLinksIntoTheNet) {
             R"(HYPERLINK "MAILTO:ann@example.com")");
   EXPECT_EQ(HarmlessInstruction("HYPERLINK https://example.com/"),
             R"(HYPERLINK "https://example.com/")");
+  EXPECT_EQ(HarmlessInstruction("HYPERLINK \" Tel:+4930 \""), R"(HYPERLINK "Tel:+4930")");
 }
 
 TEST(FieldInstruction, KeepsBookmarks) {
