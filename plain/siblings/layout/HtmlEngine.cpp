@@ -13,6 +13,7 @@
 #include "siblings/layout/HtmlContainer.h"
 #include "siblings/layout/HtmlPlaces.h"
 #include "siblings/layout/HtmlScan.h"
+#include "siblings/layout/HtmlUnseen.h"
 #include "siblings/layout/MasterStyle.h"
 #include "siblings/layout/PageCuts.h"
 #include "siblings/layout/PageOutput.h"
@@ -271,6 +272,7 @@ std::unique_ptr<Layout> HtmlEngine::layOutHtml(const std::string& bytes, const P
   HtmlContainer container(fonts_.get(), *pictures, width, height);
   const auto document =
       litehtml::document::createFromUTF8(scanned.html.c_str(), &container, &styles_);
+  HideUnseen(*document);
   Recorded recorded = RecordAll(*document, container, width);
   recorded.list.places = FindPlaces(*document, recorded.list.links);
   ArrangeWords(recorded.list);

@@ -69,6 +69,44 @@ TEST_F(HtmlEngineTest, SizesOfFonts) {
   EXPECT_NEAR(heightOf("<font size=-1>H</font>"), 9.4, 1);
 }
 
+TEST_F(HtmlEngineTest, TextWithoutASizeIsNotThere) {
+  for (const std::string size : {"0", "0px", "0pt", "0em", "0%", "0.0px", ".0"}) {
+    EXPECT_EQ(wordsOf("<p>a<div style='font-size:" + size + "'>x <b>y</b><p>z</div>b"), "a b")
+        << size;
+  }
+  EXPECT_EQ(wordsOf("<style>.h{font:0 Arial}</style><p class=h>x<p>a"), "a");
+  EXPECT_EQ(wordsOf("<table style='font-size:0'><tr><td>x<td style='font-size:12px'>a</table>"),
+            "a");
+  // Sizes of their own count from there.
+  EXPECT_EQ(wordsOf("<div style='font-size:0'>x<b style='font-size:12px'>a<i>b</i></b>"
+                    "<b style='font-size:200%'>y</b><b style='font-size:2em'>z</b>"
+                    "<b style='font-size:small'>c</b></div>"),
+            "abc");
+  EXPECT_EQ(wordsOf("<p style='font-size:1px'>a<p style='font-size:0.5em'>b"), "a b");
+}
+
+TEST_F(HtmlEngineTest, WhatIsTransparentLeavesItsRoomBlank) {
+  const auto shown = [this](const std::string& opacity) {
+    return layOut(
+        "<div style='opacity:" + opacity +
+        "'><div style='background:#dc1414'>x<p>y <a href='http://a.example/'>z</a></div>" +
+        "<table border=1><tr><td>t</table></div><p style='color:#0000ff'>HxH " +
+        "<span style='opacity:" + opacity + "'>q</span>");
+  };
+  const auto all = shown("0.5");
+  const PixelBox seen = BoxOfColour(DrawPage(*all, 1), kBlue);
+  EXPECT_EQ(WordsOfPdf(PdfOf(*all)), "x yz t HxH q");
+  for (const std::string opacity : {"0", "0.0", "0%"}) {
+    const auto layout = shown(opacity);
+    const std::string pdf = PdfOf(*layout);
+    EXPECT_EQ(WordsOfPdf(pdf), "HxH") << opacity;
+    EXPECT_TRUE(LinksOfPdf(pdf).empty()) << opacity;
+    const PixelBox ink = BoxOfInk(DrawPage(*layout, 1));
+    EXPECT_NEAR(ink.top, seen.top, 1) << opacity;
+    EXPECT_NEAR(ink.bottom, ink.top + 12, 3) << opacity;
+  }
+}
+
 TEST_F(HtmlEngineTest, ColoursOfTextAndGround) {
   const Bitmap page = DrawPage(
       *layOut("<div style='background:#008000;color:#008000;width:100px;height:50px'>x</div>"
