@@ -43,8 +43,18 @@ Conversation::Conversation(HelperProcess& process, std::string helper, const Hel
     : process_(process),
       helper_(std::move(helper)),
       limits_(limits),
-      deadline_(Clock::now() + limits.timePerDocument),
-      nextLook_(Clock::now() + kBetweenLooks) {}
+      start_(Clock::now()),
+      deadline_(start_ + limits.timePerDocument),
+      nextLook_(start_ + kBetweenLooks) {}
+
+Conversation::~Conversation() {
+  if (budget_ != nullptr) budget_->spend(Clock::now() - start_);
+}
+
+void Conversation::spendOf(TimeBudget& budget) {
+  budget_ = &budget;
+  deadline_ = std::min(deadline_, start_ + budget.left());
+}
 
 void Conversation::send(const std::string& message, int file) {
   if (!process_.channel().send(message, file)) throwDied();
@@ -73,14 +83,20 @@ std::string Conversation::waitFor(MessageKind wanted) {
 void Conversation::waitForMessage() {
   for (;;) {
     const Clock::time_point now = Clock::now();
-    if (now >= deadline_) {
-      throw PageFailure(Trouble::TooLong,
-                        "the document takes longer than " + InWords(limits_.timePerDocument));
-    }
+    if (now >= deadline_) throwTooLong();
     if (now >= nextLook_) lookAtMemory();
     const auto left = std::chrono::ceil<milliseconds>(std::min(deadline_, nextLook_) - now);
     if (process_.channel().waitForMessage(std::max(left, milliseconds(0)))) return;
   }
+}
+
+void Conversation::throwTooLong() const {
+  if (deadline_ - start_ >= limits_.timePerDocument) {
+    throw PageFailure(Trouble::TooLong,
+                      "the document takes longer than " + InWords(limits_.timePerDocument));
+  }
+  throw PageFailure(Trouble::TooLong, "the pages of the document take longer than " +
+                                          InWords(budget_->total()) + " together");
 }
 
 void Conversation::lookAtMemory() {
@@ -118,7 +134,9 @@ void Conversation::answerProgress(const std::string& message) {
   lastPercent_ = report.percent;
   const Clock::time_point before = Clock::now();
   if (!(*progress_)(report.percent)) isStopped_ = true;
-  deadline_ += Clock::now() - before;
+  const Clock::duration taken = Clock::now() - before;
+  start_ += taken;
+  deadline_ += taken;
   send(Encode(ProgressAnswer{!isStopped_}), -1);
 }
 

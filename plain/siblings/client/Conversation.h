@@ -13,6 +13,7 @@
 #include "HelperProcess.h"
 #include "PageHelper.h"
 #include "Protocol.h"
+#include "TimeBudget.h"
 
 namespace tarn::pages {
 
@@ -32,9 +33,14 @@ class Conversation {
  public:
   // `helper` is its name, for messages.
   Conversation(HelperProcess& process, std::string helper, const HelperLimits& limits);
+  Conversation(const Conversation&) = delete;
+  Conversation& operator=(const Conversation&) = delete;
+  ~Conversation();
 
   void offer(const FolderFiles& files) { files_ = &files; }
   void report(const ProgressCall& progress) { progress_ = &progress; }
+  // The whole conversation is at its cost.
+  void spendOf(TimeBudget& budget);
 
   template <class Answer, class Request>
   Answer ask(const Request& request, int file = -1) {
@@ -55,6 +61,7 @@ class Conversation {
   // The next message of that kind; answers all others.
   std::string waitFor(MessageKind wanted);
   void waitForMessage();
+  [[noreturn]] void throwTooLong() const;
   void answerFileRequest(const std::string& message);
   void answerProgress(const std::string& message);
   void lookAtMemory();
@@ -66,7 +73,9 @@ class Conversation {
   HelperProcess& process_;
   const std::string helper_;
   const HelperLimits limits_;
+  Clock::time_point start_;  // later by what callbacks took
   Clock::time_point deadline_;
+  TimeBudget* budget_ = nullptr;
   const FolderFiles* files_ = nullptr;
   const ProgressCall* progress_ = nullptr;
   Clock::time_point nextLook_;

@@ -6,6 +6,7 @@
 #include "FolderFiles.h"
 #include "MemoryFile.h"
 #include "Protocol.h"
+#include "TimeBudget.h"
 #include "WarmHelper.h"
 
 namespace tarn::pages {
@@ -82,6 +83,7 @@ class PageHelper::Impl {
     AnswerRoom room;
     uint64_t roomOf = 0;  // of which of the helper's processes
     uint64_t document = 0;
+    TimeBudget budget;  // of its pages
   };
 
   Desk& deskFor(DocumentKind kind) { return kind == DocumentKind::Rtf ? office_ : pages_; }
@@ -134,6 +136,7 @@ LaidOut PageHelper::layOut(const DocumentOnPaper& document) {
     return laidOut;
   });
   desk.document = impl_->newId();
+  desk.budget = TimeBudget(impl_->limits().timePerDocument);
   return {desk.document, answer.pageCount, answer.firstPage};
 }
 
@@ -157,7 +160,9 @@ Bitmap PageHelper::draw(const LaidOut& laidOut, int32_t page, int32_t dotsPerInc
     throw PageFailure(Trouble::TooLarge,
                       "pages are drawn at 1 to " + std::to_string(kMaxDotsPerInch) + " dpi");
   }
+  desk.budget.ask(1);
   return desk.helper.converse([&](Conversation& conversation) {
+    conversation.spendOf(desk.budget);
     conversation.report(progress);
     const auto drawn = conversation.ask<DrawnAnswer>(
         DrawRequest{page, dotsPerInch, static_cast<bool>(progress)}, desk.readyRoom());
@@ -174,7 +179,9 @@ std::string PageHelper::pdf(const LaidOut& laidOut, PageRange range,
       InDocument(laidOut, range),
       {Shortened(properties.title), Shortened(properties.author), Shortened(properties.date)},
       static_cast<bool>(progress)};
+  desk.budget.ask(request.range.last - request.range.first + 1);
   return desk.helper.converse([&](Conversation& conversation) {
+    conversation.spendOf(desk.budget);
     conversation.report(progress);
     const auto made = conversation.ask<PdfMade>(request, desk.readyRoom());
     std::string pdf;

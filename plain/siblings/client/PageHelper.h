@@ -24,7 +24,9 @@
 namespace tarn::pages {
 
 struct HelperLimits {
-  // For its layout, for each drawn page, and for each PDF; what callbacks take does not count.
+  // For its layout, for each drawn page, and for each PDF. All pages and PDFs of a document
+  // together take no longer than that and a sixtieth of it for each page asked for. What callbacks
+  // take does not count.
   std::chrono::milliseconds timePerDocument = std::chrono::seconds(60);
   uint64_t memory = uint64_t{1} << 30;
 };

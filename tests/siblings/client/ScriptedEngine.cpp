@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <csignal>
 #include <cstdlib>
@@ -12,6 +13,7 @@
 #include <new>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -165,7 +167,9 @@ class ScriptedLayout : public Layout {
       close(kHelperSocket);
       GoOnForEver();
     }
-    if (step.what == "say") {
+    if (step.what == "sleep") {
+      std::this_thread::sleep_for(std::chrono::milliseconds(std::stoi(step.with)));
+    } else if (step.what == "say") {
       Say(step.with);
     } else if (step.what == "pass") {
       PassFile();

@@ -8,6 +8,7 @@
 //   pixels N                     the bitmap's bytes, whatever its size is
 //   throw bad_alloc | words      words are those of a PageFailure with BadDocument
 //   crash, loop, allocate        dies; never ends; takes memory without end
+//   sleep N                      does nothing for so many milliseconds
 //   map N                        maps that many bytes
 //   say HEX                      sends these bytes as a message, before the engine's own
 //   pass                         sends a message with an open file

@@ -94,7 +94,12 @@ Descriptor AboveFixedNumbers(int file) {
   return Descriptor(fcntl(file, F_DUPFD_CLOEXEC, kHelperSocket + 1));
 }
 
+// Bubblewrap ends with 128 and the number of the signal that killed what it ran.
 std::string HowItEnded(int status) {
+  constexpr int kKilled = 128;
+  if (WIFEXITED(status) && WEXITSTATUS(status) > kKilled && WEXITSTATUS(status) <= kKilled + 64) {
+    return "was killed by signal " + std::to_string(WEXITSTATUS(status) - kKilled);
+  }
   if (WIFSIGNALED(status)) return "was killed by signal " + std::to_string(WTERMSIG(status));
   return "ended with exit status " + std::to_string(WEXITSTATUS(status));
 }
