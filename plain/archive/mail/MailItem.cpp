@@ -5,6 +5,7 @@
 
 #include "archive/mail/AsciiText.h"
 #include "archive/mail/HeaderFields.h"
+#include "archive/mail/LineEnds.h"
 #include "archive/mail/MailAttachments.h"
 #include "archive/mail/MailBodies.h"
 #include "archive/mail/MailDate.h"
@@ -35,7 +36,9 @@ class MailItem final : public Item {
   const std::vector<Attachment>& attachments() override;
   Outcome<std::unique_ptr<ByteSource>> open(size_t index) override;
   Outcome<std::unique_ptr<Item>> embedded(size_t index) override;
-  Outcome<std::unique_ptr<ByteSource>> original() override { return SourceOf(source_.bytes); }
+  Outcome<std::unique_ptr<ByteSource>> original() override {
+    return SourceOf(source_.whole != nullptr ? source_.whole : source_.bytes);
+  }
   mapi::MapiMessage* properties() override;
   const std::vector<Trouble>& troubles() const override { return troubles_; }
 
@@ -111,7 +114,7 @@ const ItemFields& MailItem::fields(Detail detail) {
     if (!fields_.received) fields_.received = MomentOfMboxLine(source_.mboxLine);
     fields_.messageClass = ClassOf(mail_->message.get(), layout_);
     if (fields_.messageClass == kNote) fields_.messageClass = classOfMessages();
-    fields_.size = source_.bytes->size();
+    fields_.size = (source_.whole != nullptr ? source_.whole : source_.bytes)->size();
     fields_.attachmentCount =
         attachments_ ? attachments_->list.size() : CountAttachments(layout_, tnefs_);
     fields_.hasAttachments = fields_.attachmentCount != 0;
@@ -194,12 +197,6 @@ Outcome<std::unique_ptr<Item>> MailItem::embedded(size_t index) {
   return MakeMailItem(std::move(*embedded));
 }
 
-}  // namespace
-
-std::unique_ptr<Item> MakeMailItem(MailSource source) {
-  return std::make_unique<MailItem>(std::move(source));
-}
-
 Outcome<SharedBytes> WithoutUtf16(SharedBytes bytes) {
   const Outcome<std::string> mark = ReadRange(*bytes, 0, 2);
   if (!mark) return mark.trouble();
@@ -209,17 +206,28 @@ Outcome<SharedBytes> WithoutUtf16(SharedBytes bytes) {
   return BytesInMemory(Utf8Of(*all, "utf-16"));
 }
 
+}  // namespace
+
+std::unique_ptr<Item> MakeMailItem(MailSource source) {
+  return std::make_unique<MailItem>(std::move(source));
+}
+
+Outcome<SharedBytes> UsualText(SharedBytes bytes) {
+  Outcome<SharedBytes> text = WithoutUtf16(std::move(bytes));
+  return text ? WithLineFeeds(std::move(*text)) : text;
+}
+
 Outcome<MailSource> MailSourceOfFile(SharedBytes file, ItemPlace place) {
-  Outcome<SharedBytes> text = WithoutUtf16(std::move(file));
+  Outcome<SharedBytes> text = UsualText(std::move(file));
   if (!text) return text.trouble();
   SharedBytes bytes = std::move(*text);
   Outcome<MailStart> start = FindMailStart(*bytes);
   if (!start) return start.trouble();
-  if (start->offset != 0) {
-    const uint64_t size = bytes->size();
-    bytes = RangeOf(std::move(bytes), start->offset, size);
-  }
-  return MailSource{std::move(place), std::move(bytes), std::move(start->mboxLine), 0, {}};
+  MailSource source{std::move(place), bytes, std::move(start->mboxLine), 0, {}, nullptr};
+  const uint64_t size = bytes->size();
+  if (start->broken != start->offset) source.whole = RangeOf(bytes, start->broken, size);
+  if (start->offset != 0) source.bytes = RangeOf(std::move(bytes), start->offset, size);
+  return source;
 }
 
 }  // namespace tarn::archive::mail

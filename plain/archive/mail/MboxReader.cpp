@@ -77,7 +77,7 @@ class MboxReader final : public ItemReader {
 Outcome<std::unique_ptr<ItemReader>> OpenMbox(const std::filesystem::path& path) {
   Outcome<mail::SharedBytes> file = mail::OpenFile(path);
   if (!file) return file.trouble();
-  Outcome<mail::SharedBytes> bytes = mail::WithoutUtf16(std::move(*file));
+  Outcome<mail::SharedBytes> bytes = mail::UsualText(std::move(*file));
   if (!bytes) return bytes.trouble();
   auto reader = std::make_unique<MboxReader>(std::move(*bytes));
   if (const auto trouble = reader->begin()) return *trouble;

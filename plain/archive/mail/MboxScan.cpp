@@ -4,6 +4,7 @@
 #include <charconv>
 
 #include "archive/mail/AsciiText.h"
+#include "archive/mail/HeaderNames.h"
 #include "archive/mail/MailDate.h"
 #include "archive/mail/ParseMail.h"
 
@@ -40,12 +41,20 @@ std::string_view WithoutLineEnd(std::string_view text) {
 
 }  // namespace
 
+// A "From " line that may begin a mail, as the lines after it tell.
+struct MboxScan::Candidate {
+  uint64_t start = 0;
+  uint64_t end = 0;  // where the mail before it ends then
+  bool hasDate = false;
+  bool isAfterEmpty = false;
+  bool hasBrokenLine = false;  // a line that is no header has come after it
+};
+
 // What is known of a body while its lines come.
 struct MboxScan::Body {
-  std::optional<uint64_t> end;        // as a Content-Length tells
-  std::optional<uint64_t> empty;      // the line before is empty, and begins there
-  std::optional<uint64_t> candidate;  // the line before may begin a mail
-  uint64_t candidateEnd = 0;          // where this one ends then
+  std::optional<uint64_t> end;    // as a Content-Length tells
+  std::optional<uint64_t> empty;  // the line before is empty, and begins there
+  std::optional<Candidate> candidate;
   bool hasBareFrom = false;
 };
 
@@ -71,10 +80,19 @@ bool MboxScan::isSeparator(std::string_view line) const {
   return line.starts_with(kFrom) && (!hasDates_ || HasMboxDate(line));
 }
 
-// A mail has headers; one without any begins with an empty line.
-bool MboxScan::maySucceed(std::string_view line) const {
-  if (IsHeaderLine(line) || IsQuoted(line)) return true;
-  return hasDates_ && Trimmed(line).empty();
+// A mail has headers; one without any begins with an empty line, and one whose first is broken has
+// another one after it.
+MboxScan::Verdict MboxScan::judge(const Candidate& candidate, std::string_view line) const {
+  const bool isUsual = !hasDates_ || candidate.hasDate;
+  if (IsHeaderLine(line)) {
+    const bool isMail =
+        isUsual && !candidate.hasBrokenLine ? true : IsUsualHeader(NameOfHeader(line));
+    return isMail ? Verdict::Mail : Verdict::Text;
+  }
+  if (!isUsual || !candidate.isAfterEmpty || candidate.hasBrokenLine) return Verdict::Text;
+  if (IsQuoted(line)) return Verdict::Mail;
+  if (!hasDates_ || line.starts_with(kFrom)) return Verdict::Text;
+  return Trimmed(line).empty() ? Verdict::Mail : Verdict::Unknown;
 }
 
 Outcome<MboxMail> MboxScan::mailAt(uint64_t start) {
@@ -131,9 +149,10 @@ void MboxScan::readBody(MboxMail& mail, Body& body) {
     if (!line) break;
     if (!takeBodyLine(mail, body, *line)) return;
   }
-  if (body.candidate && hasDates_) {
-    mail.next = *body.candidate;
-    mail.end = body.candidateEnd;
+  const auto& last = body.candidate;
+  if (last && hasDates_ && last->hasDate && last->isAfterEmpty && !last->hasBrokenLine) {
+    mail.next = last->start;
+    mail.end = last->end;
   } else {
     mail.end = body.end ? *body.end : body.empty.value_or(bytes_.size());
     mail.next = bytes_.size();
@@ -148,18 +167,23 @@ bool MboxScan::takeBodyLine(MboxMail& mail, Body& body, const LineScan::Line& li
     mail.next = line.start;
     return false;
   }
-  if (body.candidate && maySucceed(line.text)) {
-    mail.next = *body.candidate;
-    mail.end = body.candidateEnd;
-    return false;
+  if (body.candidate) {
+    const Verdict verdict = judge(*body.candidate, line.text);
+    if (verdict == Verdict::Mail) {
+      mail.next = body.candidate->start;
+      mail.end = body.candidate->end;
+      return false;
+    }
+    body.candidate->hasBrokenLine = true;
+    if (verdict == Verdict::Text) body.candidate.reset();
   }
-  body.candidate.reset();
   if (line.text.starts_with(kFrom)) {
     body.hasBareFrom |= body.end.has_value();
     const bool isAfterEmpty = body.empty || line.start == mail.end;
-    if (!body.end && isAfterEmpty && isSeparator(line.text)) {
-      body.candidate = line.start;
-      body.candidateEnd = body.empty.value_or(line.start);
+    const bool hasDate = HasMboxDate(line.text);
+    if (!body.end && (isAfterEmpty || hasDate)) {
+      body.candidate =
+          Candidate{line.start, body.empty.value_or(line.start), hasDate, isAfterEmpty};
     }
   } else if (IsQuoted(line.text) && !mail.hasTooManyQuotes) {
     mail.quotes.push_back(line.start);
@@ -176,7 +200,7 @@ Outcome<bool> MboxScan::mayStartAt(uint64_t offset) {
   if (offset < first_ || offset >= bytes_.size()) return false;
   const Outcome<std::string> read = ReadRange(bytes_, offset - 1, LineScan::kKept);
   if (!read) return read.trouble();
-  return read->starts_with('\n') && isSeparator(FirstLine(std::string_view(*read).substr(1)));
+  return read->starts_with('\n') && read->compare(1, kFrom.size(), kFrom) == 0;
 }
 
 }  // namespace tarn::archive::mail

@@ -23,6 +23,13 @@ struct MboxMail {
   bool hasTooManyQuotes = false;  // so that they are not listed
 };
 
+// A mail begins with a "From " line that
+//   has a date and a header after it, or
+//   comes after an empty line and has a usual header after it, or
+//   has a date, comes after an empty line, and before another one, a quoted line, the end, or one
+//   broken line and a usual header.
+// Where the first "From " line has no date, the others need none either.
+//
 // Reads each byte about once, and keeps the places of quotes, which are bounded.
 class MboxScan {
  public:
@@ -42,7 +49,9 @@ class MboxScan {
   Outcome<bool> mayStartAt(uint64_t offset);
 
  private:
+  struct Candidate;
   struct Body;
+  enum class Verdict : uint8_t { Mail, Text, Unknown };
 
   std::optional<uint64_t> readHeaders(MboxMail& mail);
   void readBody(MboxMail& mail, Body& body);
@@ -50,12 +59,13 @@ class MboxScan {
   // Whether a mail of this end is followed by another one, or by nothing.
   bool isEnd(uint64_t end);
   bool isSeparator(std::string_view line) const;
-  bool maySucceed(std::string_view line) const;
+  // What a candidate is, as the line after it tells.
+  Verdict judge(const Candidate& candidate, std::string_view line) const;
 
   MailBytes& bytes_;
   LineScan lines_;
   uint64_t first_ = 0;
-  bool hasDates_ = true;  // "From " lines have dates
+  bool hasDates_ = true;  // the first "From " line has a date
 };
 
 }  // namespace tarn::archive::mail

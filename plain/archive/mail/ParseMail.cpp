@@ -1,9 +1,11 @@
 #include "archive/mail/ParseMail.h"
 
+#include <algorithm>
 #include <array>
 #include <string>
 
 #include "archive/mail/AsciiText.h"
+#include "archive/mail/HeaderNames.h"
 #include "archive/mail/LineScan.h"
 #include "archive/mail/MailStream.h"
 
@@ -86,6 +88,7 @@ Outcome<MailStart> FindMailStart(MailBytes& bytes) {
   Outcome<std::string> mark = ReadRange(bytes, 0, 3);
   if (!mark) return mark.trouble();
   if (*mark == "\xEF\xBB\xBF") start.offset = 3;
+  start.broken = start.offset;
   LineScan lines(bytes, start.offset);
   for (size_t i = 0; i < kMostLines; ++i) {
     const auto line = lines.next();
@@ -93,7 +96,17 @@ Outcome<MailStart> FindMailStart(MailBytes& bytes) {
     if (IsMboxLine(line->text)) {
       if (start.mboxLine.empty()) start.mboxLine = line->text;
     } else if (!Trimmed(line->text).empty()) {
-      if (IsHeaderLine(line->text)) start.offset = line->start;
+      if (IsHeaderLine(line->text)) {
+        start.offset = line->start;
+        start.broken = start.offset;
+        break;
+      }
+      const uint64_t broken = line->start;
+      const auto next = lines.next();
+      if (next && IsUsualHeader(NameOfHeader(next->text))) {
+        start.offset = next->start;
+        start.broken = broken;
+      }
       break;
     }
   }

@@ -20,11 +20,12 @@ GMimeParserOptions* ReadingOptions();
 // What may be there before the first header of a mail.
 struct MailStart {
   uint64_t offset = 0;   // of the first header, or of the text where there are none
+  uint64_t broken = 0;   // of the one line before it that is no header; else the offset
   std::string mboxLine;  // "From ann@example.com Mon Jan  1 10:34:56 2024", if any
 };
 
 // Passes over a byte order mark (UTF-8), empty lines and lines as an mbox begins its mails with,
-// where headers follow.
+// where headers follow; over one line that is no header only where a usual one follows.
 Outcome<MailStart> FindMailStart(MailBytes& bytes);
 
 // Whether a line is "Name: value", whatever the name.

@@ -1,9 +1,9 @@
 #include "archive/sources/SourceKind.h"
 
-#include <algorithm>
-#include <array>
 #include <string>
 
+#include "archive/mail/HeaderNames.h"
+#include "archive/mail/MailDate.h"
 #include "archive/sources/FileFacts.h"
 
 namespace tarn::archive {
@@ -15,36 +15,6 @@ constexpr std::string_view kTnefMagic = "\x78\x9F\x3E\x22";
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 constexpr std::string_view kLittleEndianMark = "\xFF\xFE";
 constexpr std::string_view kBigEndianMark = "\xFE\xFF";
-
-// In lower case. Other files have lines with a colon too, but none of these before them.
-constexpr std::array<std::string_view, 26> kUsualNames = {
-    "authentication-results",
-    "bcc",
-    "cc",
-    "content-transfer-encoding",
-    "content-type",
-    "date",
-    "delivered-to",
-    "dkim-signature",
-    "envelope-to",
-    "errors-to",
-    "from",
-    "in-reply-to",
-    "list-id",
-    "list-unsubscribe",
-    "message-id",
-    "mime-version",
-    "received",
-    "references",
-    "reply-to",
-    "resent-from",
-    "return-path",
-    "sender",
-    "subject",
-    "thread-topic",
-    "to",
-    "x-mailer",
-};
 
 // Takes the first line off, and gives it without its end (LF, CRLF or CR).
 std::string_view TakeLine(std::string_view& text) {
@@ -70,33 +40,27 @@ void SkipBlankLines(std::string_view& text) {
   if (lineEnd != std::string_view::npos) text.remove_prefix(lineEnd + 1);
 }
 
-// The name of a header field in lower case; empty for a line that is none (RFC 5322, 2.2).
-std::string FieldName(std::string_view line) {
-  constexpr size_t kLongestName = 256;
-  const size_t colon = line.substr(0, kLongestName).find(':');
-  if (colon == std::string_view::npos) return {};
-  std::string name(line.substr(0, colon));
-  name.erase(name.find_last_not_of(" \t") + 1);
-  for (char& letter : name) {
-    if (letter < '!' || letter > '~') return {};
-    if (letter >= 'A' && letter <= 'Z') letter = static_cast<char>(letter - 'A' + 'a');
-  }
-  return name;
-}
+enum class Header : uint8_t {
+  OfMail,     // it has a usual name, or all its names are of the kind that programs add
+  OfNothing,  // other text
+  Unfinished  // the text ends before it tells
+};
 
-bool BeginsWithHeader(std::string_view text) {
-  bool isFirst = true;
+Header HeaderAt(std::string_view text) {
+  bool hasNames = false;
+  bool areAdded = true;  // "X-Folder"
   while (!text.empty()) {
     const std::string_view line = TakeLine(text);
-    if (line.empty()) return false;
+    if (line.empty()) return hasNames && areAdded ? Header::OfMail : Header::OfNothing;
     const bool isContinued = line[0] == ' ' || line[0] == '\t';
-    if (isContinued && !isFirst) continue;
-    const std::string name = FieldName(line);
-    if (name.empty()) return false;
-    if (std::find(kUsualNames.begin(), kUsualNames.end(), name) != kUsualNames.end()) return true;
-    isFirst = false;
+    if (isContinued && hasNames) continue;
+    const std::string_view name = mail::NameOfHeader(line);
+    if (name.empty()) return text.empty() && hasNames ? Header::Unfinished : Header::OfNothing;
+    if (mail::IsUsualHeader(name)) return Header::OfMail;
+    hasNames = true;
+    areAdded = areAdded && name.size() > 2 && (name[0] == 'X' || name[0] == 'x') && name[1] == '-';
   }
-  return false;
+  return hasNames ? Header::Unfinished : Header::OfNothing;
 }
 
 // Enough of UTF-16 to see names of header fields: what is beyond ASCII becomes a control character.
@@ -119,23 +83,32 @@ bool IsSeparator(std::string_view text) {
   return word != std::string_view::npos && text[word] != ':';
 }
 
-std::optional<SourceKind> KindOfText(std::string_view text) {
-  SkipBlankLines(text);
-  if (text.starts_with(">From ")) TakeLine(text);
-  if (!IsSeparator(text)) {
-    return BeginsWithHeader(text) ? std::optional(SourceKind::Mail) : std::nullopt;
-  }
-  TakeLine(text);
-  while (text.starts_with(">From ")) TakeLine(text);
-  return BeginsWithHeader(text) ? std::optional(SourceKind::Mbox) : std::nullopt;
+// What a text begins with, and whether that is the header of a mail.
+struct TextKind {
+  SourceKind kind = SourceKind::Mail;
+  Header header = Header::OfNothing;
+};
+
+// The mail after a separator may have no header, or one whose first line is broken, where the date
+// of the separator tells what it is.
+Header HeaderAfter(std::string_view separator, std::string_view text) {
+  const Header header = HeaderAt(text);
+  if (header != Header::OfNothing || text.empty() || !mail::HasMboxDate(separator)) return header;
+  const std::string_view first = TakeLine(text);
+  if (first.find_first_not_of(" \t") == std::string_view::npos) return Header::OfMail;
+  return HeaderAt(text);
 }
 
-}  // namespace
+TextKind KindOfText(std::string_view text) {
+  SkipBlankLines(text);
+  if (text.starts_with(">From ")) TakeLine(text);
+  if (!IsSeparator(text)) return {SourceKind::Mail, HeaderAt(text)};
+  const std::string_view separator = TakeLine(text);
+  while (text.starts_with(">From ")) TakeLine(text);
+  return {SourceKind::Mbox, HeaderAfter(separator, text)};
+}
 
-std::optional<SourceKind> KindOfBeginning(std::string_view bytes) {
-  if (bytes.starts_with(kStoreMagic)) return SourceKind::Store;
-  if (bytes.starts_with(kCompoundMagic)) return SourceKind::Compound;
-  if (bytes.starts_with(kTnefMagic)) return SourceKind::Tnef;
+TextKind KindOfMail(std::string_view bytes) {
   const bool isBigEndian = bytes.starts_with(kBigEndianMark);
   if (isBigEndian || bytes.starts_with(kLittleEndianMark)) {
     return KindOfText(Narrowed(bytes.substr(kBigEndianMark.size()), isBigEndian));
@@ -144,8 +117,23 @@ std::optional<SourceKind> KindOfBeginning(std::string_view bytes) {
   return KindOfText(bytes);
 }
 
+}  // namespace
+
+std::optional<SourceKind> KindOfBeginning(std::string_view bytes) {
+  if (bytes.starts_with(kStoreMagic)) return SourceKind::Store;
+  if (bytes.starts_with(kCompoundMagic)) return SourceKind::Compound;
+  if (bytes.starts_with(kTnefMagic)) return SourceKind::Tnef;
+  const TextKind text = KindOfMail(bytes);
+  return text.header == Header::OfMail ? std::optional(text.kind) : std::nullopt;
+}
+
 Outcome<std::optional<SourceKind>> KindOfFile(const std::filesystem::path& path) {
-  const Outcome<std::string> beginning = BeginningOfFile(path, kTellingBytes);
+  Outcome<std::string> beginning = BeginningOfFile(path, kTellingBytes);
+  if (!beginning) return beginning.trouble();
+  const std::optional<SourceKind> kind = KindOfBeginning(*beginning);
+  if (kind || beginning->size() < kTellingBytes) return kind;
+  if (KindOfMail(*beginning).header != Header::Unfinished) return kind;
+  beginning = BeginningOfFile(path, kLongestHeader);
   if (!beginning) return beginning.trouble();
   return KindOfBeginning(*beginning);
 }

@@ -101,6 +101,28 @@ TEST(MailFieldsTest, ReadsUtf16) {
   }
 }
 
+TEST(MailFieldsTest, ReadsLinesThatEndWithCr) {
+  const std::string headers =
+      "Subject: x\rTo: a@b\r" + ("X-Long: " + std::string(2000, 'x')) + "\r";
+  OpenedMail mail(headers + "\rbody\rmore\r");
+  EXPECT_EQ(mail.fields().subject, "x");
+  EXPECT_EQ(Written(mail.fields().to), "<a@b>");
+  EXPECT_EQ(*mail->bodies().text, "body\nmore\n");
+  OpenedMail feeds(headers + "\rbody\nmore\n");
+  EXPECT_EQ(*feeds->bodies().text, "body\nmore\n");
+  OpenedMail both("Subject: x\r\r\nTo: a@b\r\r\n\r\r\nbody\r\r\n");
+  EXPECT_EQ(*ReadAll(**both->original(), 10000), "Subject: x\r\r\nTo: a@b\r\r\n\r\r\nbody\r\r\n");
+}
+
+TEST(MailFieldsTest, KeepsABrokenLineBeforeTheHeaders) {
+  const std::string text = "this is none\nFrom: a@b\nSubject: x\n\nbody\n";
+  OpenedMail mail("\n" + text);
+  EXPECT_EQ(mail.fields().subject, "x");
+  EXPECT_EQ(mail.fields().size, text.size());
+  EXPECT_EQ(*mail->bodies().text, "body\n");
+  EXPECT_EQ(*ReadAll(**mail->original(), 10000), text);
+}
+
 TEST(MailFieldsTest, PassesOverLinesThatAreNoHeaders) {
   OpenedMail mail("Subject: x\nthis is none\nFrom: a@b\nTo : c@d\n\nbody\n");
   EXPECT_EQ(mail.fields().subject, "x");

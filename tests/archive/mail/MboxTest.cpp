@@ -78,7 +78,17 @@ TEST_F(MboxTest, TakesNoOtherLinesForIt) {
            "\nFrom Mon to Fri we are there, in 2024\nNote: x\n",
            "\nFrom the Mon who came at 10:30 in 2024\nNote: x\n",
            "\nFrom this Mon Jan 2024\nNote: x\n",
-           "text\nFrom a@b.example Mon Jan  1 10:34:56 2024\nSubject: b\n",
+           "text\nFrom a@b.example Mon Jan  1 10:34:56 2024\nthis is: what he wrote\n",
+           "text\nFrom a@b.example\nSubject: b\n",
+           "text\nFrom a@b.example Mon Jan  1 10:34:56 2024\n\nx\n",
+           "text\nFrom a@b.example Mon Jan  1 10:34:56 2024\n",
+           "text\nFrom a@b.example Mon Jan  1 10:34:56 2024\nbroken\nSubject: b\n",
+           "\nFrom a@b.example Mon Jan  1 10:34:56 2024\nbroken\nNote: b\n",
+           "\nFrom a@b.example Mon Jan  1 10:34:56 2024\nbroken\nbroken\nSubject: b\n",
+           "\nFrom a@b.example Mon Jan  1 10:34:56 2024\nbroken\n\nSubject: b\n",
+           "\nFrom a@b.example\nbroken\nSubject: b\n",
+           "\nFrom a@b.example\n\nSubject: b\n",
+           "\nFrom a@b.example\n",
            "\nFrom a@b.example Mon Jan  1 10:34:56 2024\nthis is what he wrote\n",
            "\n From a@b.example Mon Jan  1 10:34:56 2024\nSubject: b\n",
            "\nfrom a@b.example Mon Jan  1 10:34:56 2024\nSubject: b\n",
@@ -86,6 +96,32 @@ TEST_F(MboxTest, TakesNoOtherLinesForIt) {
     const std::string mail = std::string("Subject: a\n\n") + text;
     EXPECT_EQ(mailsOf(line + mail), Texts{mail}) << text;
   }
+}
+
+TEST_F(MboxTest, TakesLinesWithADateAndAHeaderAfterThem) {
+  const std::string line = "From a@b.example Mon Jan  1 10:34:56 2024\n";
+  const std::string mail = "Subject: a\n\nx\n";
+  EXPECT_EQ(mailsOf(line + mail + line + mail + line + mail), Texts(3, mail));
+  EXPECT_EQ(mailsOf(line + mail + line + line + mail), (Texts{mail + line, mail}));
+  EXPECT_TRUE(open(line + mail + line + mail)->find("56").ok());
+}
+
+TEST_F(MboxTest, TakesLinesWithoutADateAfterAnEmptyLineAndBeforeAUsualHeader) {
+  const std::string mail = "Subject: a\n\nx\n";
+  for (const char* line : {"From MAILER-DAEMON\n", "From a@b 2024-05-01 12:00\n",
+                           "From \"a b\"@c Wed May  1 12:00:00 24\n"}) {
+    const std::string first = "From a@b.example Mon Jan  1 10:34:56 2024\n" + mail + "\n";
+    EXPECT_EQ(mailsOf(first + line + mail), Texts(2, mail)) << line;
+    EXPECT_TRUE(open(first + line + mail)->find(std::to_string(first.size())).ok()) << line;
+  }
+}
+
+TEST_F(MboxTest, TakesAMailWhoseFirstHeaderIsBroken) {
+  const std::string line = "From a@b.example Mon Jan  1 10:34:56 2024\n";
+  const std::string broken = "broken line\nFrom: x@y\nSubject: b\n\nq\n";
+  const std::string bytes = line + "Subject: a\n\nx\n\n" + line + broken + "\n" + line + "To: c\n";
+  EXPECT_EQ(mailsOf(bytes), (Texts{"Subject: a\n\nx\n", broken, "To: c\n"}));
+  EXPECT_EQ(EntriesOf(*open(bytes)), (Texts{"0 a", "57 b", "136 "}));
 }
 
 TEST_F(MboxTest, ReadsLinesWithoutDatesWhereTheFirstHasNone) {
@@ -128,6 +164,14 @@ TEST_F(MboxTest, ReadsLinesOfCrLf) {
   EXPECT_EQ(mailsOf("From a@b.example Mon Jan  1 10:34:56 2024\r\nSubject: a\r\n\r\n>From x\r\n\r\n"
                     "From a@b.example Mon Jan  1 10:34:56 2024\r\nSubject: b\r\n\r\ny\r\n\r\n"),
             (Texts{"Subject: a\r\n\r\nFrom x\r\n", "Subject: b\r\n\r\ny\r\n"}));
+}
+
+TEST_F(MboxTest, ReadsLinesThatEndWithCr) {
+  const auto reader = open(
+      "From a@b.example Mon Jan  1 10:34:56 2024\rSubject: a\r\r>From x\r\r"
+      "From a@b.example Mon Jan  1 10:34:56 2024\rSubject: b\r\ry\r");
+  EXPECT_EQ(EntriesOf(*reader), (Texts{"0 a", "63 b"}));
+  EXPECT_EQ(*(*reader->find("0"))->bodies().text, "From x\n");
 }
 
 TEST_F(MboxTest, GivesWhatIsThereWithoutTextOrHeaders) {

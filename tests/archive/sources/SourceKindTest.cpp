@@ -35,7 +35,8 @@ TEST(SourceKind, KnowsMailByItsHeader) {
         "\xEF\xBB\xBF"
         "Date: today\n",
         "\r\n\n  \t\nFrom: a\n", "From : a@b\n", "From \t: a@b\nX: y\n", ">From ann Mon\nFrom: a\n",
-        "From: a\rTo: b\r", "Content-Type: text/plain\n\nx"}) {
+        "From: a\rTo: b\r", "Content-Type: text/plain\n\nx",
+        "X-A: 1\nx-folder: y\nContent-Disposition: inline\n\nx", "X-A: 1\n y\nx-b: 2\n\nx"}) {
     EXPECT_EQ(KindOfBeginning(mail), SourceKind::Mail) << mail;
   }
   EXPECT_EQ(KindOfBeginning(Utf16("From: a\r\n\r\n", false)), SourceKind::Mail);
@@ -48,7 +49,8 @@ TEST(SourceKind, TakesNoOtherTextForMail) {
         "<html><body>From: x", "# title\nSubject: x", " folded\n",
         "\xD6"
         "bjekt: x\nFrom: a\n",
-        ": nothing\nFrom: a\n", "name: x\n", "\n\n\n", "   "}) {
+        ": nothing\nFrom: a\n", "name: x\n", "X-A: 1\nname: x\n\n", "X-A: 1\n", "X-: 1\n\n",
+        "\n\n\n", "   "}) {
     EXPECT_EQ(KindOfBeginning(text), Kind()) << text;
   }
   EXPECT_EQ(KindOfBeginning("X-" + std::string(300, 'a') + ": 1\nFrom: a\n"), Kind());
@@ -61,6 +63,11 @@ TEST(SourceKind, KnowsMboxesByTheLineBeforeAMail) {
   EXPECT_EQ(KindOfBeginning(line + ">From x\n>From y\nTo: a\n"), SourceKind::Mbox);
   EXPECT_EQ(KindOfBeginning("From here to there\nwe went: far\n"), Kind());
   EXPECT_EQ(KindOfBeginning(line), Kind());
+  EXPECT_EQ(KindOfBeginning(line + "\nno header\n"), SourceKind::Mbox);
+  EXPECT_EQ(KindOfBeginning(line + "broken\nFrom: a\n"), SourceKind::Mbox);
+  EXPECT_EQ(KindOfBeginning(line + "broken\nand so on\nFrom: a\n"), Kind());
+  EXPECT_EQ(KindOfBeginning("From here\n\ntext\n"), Kind());
+  EXPECT_EQ(KindOfBeginning("From here\nbroken\nFrom: a\n"), Kind());
 }
 
 TEST(SourceKind, IsReadFromAFile) {
@@ -71,7 +78,11 @@ TEST(SourceKind, IsReadFromAFile) {
   const Outcome<Kind> far = KindOfFile(
       directory.write("b", "X-Long: " + std::string(kTellingBytes, 'x') + "\nFrom: a\n"));
   ASSERT_TRUE(far);
-  EXPECT_EQ(*far, Kind());
+  EXPECT_EQ(*far, SourceKind::Mail);
+  const Outcome<Kind> farther = KindOfFile(
+      directory.write("c", "X-Long: " + std::string(kLongestHeader, 'x') + "\nFrom: a\n"));
+  ASSERT_TRUE(farther);
+  EXPECT_EQ(*farther, Kind());
   const Outcome<Kind> missing = KindOfFile(directory.path() / "none");
   ASSERT_FALSE(missing);
   EXPECT_EQ(missing.trouble().kind, TroubleKind::Missing);
