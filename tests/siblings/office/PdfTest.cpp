@@ -1,11 +1,15 @@
 // Documents as PDF.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <set>
+#include <string>
+#include <vector>
 
 #include "EnginePages.h"
 #include "Pictures.h"
 #include "ReadPdf.h"
+#include "siblings/PdfLinks.h"
 
 namespace tarn::test {
 namespace {
@@ -46,6 +50,24 @@ TEST(OfficePdf, LinksAreLinks) {
   EXPECT_EQ(ReadPdf(pdf).links,
             (std::set<std::string>{"http://example.com/a?b=1", "mailto:ann@example.com"}));
   EXPECT_EQ(TextOf(pdf), "net mail file page");
+}
+
+TEST(OfficePdf, LinksLieOnTheirWords) {
+  const auto layout = LayOut(
+      Rtf(R"(See {\field{\*\fldinst HYPERLINK "http://a.example/"}{\fldrslt the plan}} and\par )"
+          R"(\trowd\cellx3000\cellx6000\pard\intbl cell\cell )"
+          R"({\field{\*\fldinst HYPERLINK "tel:+4930"}{\fldrslt\b call}}\cell\row\pard )"
+          R"({\field{\*\fldinst HYPERLINK "mailto:ann@example.com"}{\fldrslt write}} us)"));
+  const std::string pdf = Pdf(*layout);
+  std::vector<std::string> words = WordsOfLinks(pdf);
+  std::sort(words.begin(), words.end());
+  EXPECT_EQ(words, (std::vector<std::string>{"call > tel:+4930", "the plan > http://a.example/",
+                                             "write > mailto:ann@example.com"}));
+  for (const PdfLink& link : PdfLinks(pdf)) {
+    EXPECT_EQ(link.page, 1u);
+    EXPECT_GT(link.height, 8);
+    EXPECT_LT(link.height, 20);
+  }
 }
 
 TEST(OfficePdf, LinksAreLinksWhereTheDocumentHasStyles) {

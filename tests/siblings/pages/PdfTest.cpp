@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "PagesFixture.h"
+#include "siblings/PdfLinks.h"
 #include "support/SampleMails.h"
 #include "tarnmail/TarnmailFixture.h"
 
@@ -101,6 +102,24 @@ TEST_F(Pdf, GoesToAFileOrIntoAFolder) {
   EXPECT_EQ(directory_.listing(), "folder folder/mail.pdf folder/plain-7bit.pdf mail.pdf");
   EXPECT_EQ(output({"pages", Example("mailbox.pst"), "-m", "2", "--pdf", "-o", "folder"}), "");
   EXPECT_TRUE(std::filesystem::exists(directory_.path() / "folder/mailbox-2.pdf"));
+}
+
+TEST_F(Pdf, HasLinksOnTheirWords) {
+  const auto links = [this](const std::string& bytes) {
+    return WordsOfLinks(make({mail(bytes, "links.any")}));
+  };
+  const Words wanted = {"http://a.example/ > http://a.example/"};
+  EXPECT_EQ(links(kSampleFields + "\r\nread http://a.example/ now\r\n"), wanted);
+  EXPECT_EQ(links(RtfMail(R"({\rtf1\ansi{\fonttbl{\f0 Arial;}}\f0 see )"
+                          R"({\field{\*\fldinst HYPERLINK "http://a.example/"})"
+                          R"({\fldrslt http://a.example/}} now\par})")),
+            wanted);
+  // Before a preview that is hidden.
+  EXPECT_EQ(links(kSampleFields +
+                  "Content-Type: text/html\r\n\r\n<a href=' http://a.example/ '>http://a.example/"
+                  "</a><div style='height:0;overflow:hidden'>in short: "
+                  "<a href='http://b.example/'>news</a></div><p>now\r\n"),
+            wanted);
 }
 
 // Whichever way the mail comes in and the PDF goes out.
