@@ -51,7 +51,7 @@ _tarnmail() {
     verify) options='-h --help' ;;
     show) options='-h --help --headers --attachment -o --output --all-attachments --temp' ;;
     search) options="-h --help --json --limit $filters" ;;
-    info) options="$common -m --message --text --json --pages --no-sandbox" ;;
+    info) options="$common -m --message --text --json --pages --paper --no-sandbox" ;;
     document) options="$common -m --message --text -o --output" ;;
     pages) options="$common -m --message --text -o --output --pdf --dpi --paper --pages --no-sandbox" ;;
     attachments) options="$common -m --message --json" ;;

@@ -32,7 +32,7 @@ complete -c tarnmail -n "__fish_seen_subcommand_from info" -l pages -d 'Lay the 
 complete -c tarnmail -n "__fish_seen_subcommand_from info pages" -l no-sandbox -d 'Lay documents out where helpers cannot be kept apart'
 complete -c tarnmail -n "__fish_seen_subcommand_from pages" -l pdf -d 'One PDF instead of PNG files'
 complete -c tarnmail -n "__fish_seen_subcommand_from pages" -l dpi -x -d 'Dots per inch of PNG files'
-complete -c tarnmail -n "__fish_seen_subcommand_from pages" -l paper -x -a 'a4 letter' -d 'Paper'
+complete -c tarnmail -n "__fish_seen_subcommand_from info pages" -l paper -x -a 'a4 letter' -d 'Paper'
 complete -c tarnmail -n "__fish_seen_subcommand_from pages" -l pages -x -d 'Pages, as 2, 1-3 or 3-'
 complete -c tarnmail -n "__fish_seen_subcommand_from list" -l folders -d 'The folders with their numbers'
 complete -c tarnmail -n "__fish_seen_subcommand_from list" -l embedded -d 'Messages attached to messages too'

@@ -17,10 +17,13 @@
 
 namespace tarn::host {
 
+enum class PaperFormat { A4, Letter };
+
 struct InfoOptions {
   MessageChoice message;
   bool json = false;
-  bool pages = false;   // lay the document out to know their number
+  bool pages = false;  // lay the document out to know their number
+  PaperFormat paper = PaperFormat::A4;
   bool sandbox = true;  // for that
 };
 
@@ -39,8 +42,6 @@ struct ExtractOptions {
   int32_t attachmentNumber = 0;
   std::optional<std::string> output;  // else standard output
 };
-
-enum class PaperFormat { A4, Letter };
 
 struct PagesOptions {
   MessageChoice message;
@@ -75,7 +76,7 @@ std::string InfoText(const Workplace& at, const InfoOptions& options);
 Pages MakePages(const Workplace& at, const PagesOptions& options);
 
 // What fltInfo tells of a message that is laid out, its number of pages among it. As MakePages.
-MessageAnswer LaidOutAnswer(const Workplace& at, const MailFile& mail, bool sandbox);
+MessageAnswer LaidOutAnswer(const Workplace& at, const MailFile& mail, const InfoOptions& options);
 
 // The finished document, exactly the bytes that the sibling gets.
 std::string DocumentBytes(const Workplace& at, const DocumentOptions& options);

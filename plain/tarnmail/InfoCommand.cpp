@@ -120,7 +120,7 @@ std::optional<Lack> LackOf(const MailFile& mail, const MessageChoice& choice,
 Known KnownOf(const Workplace& at, const MailFile& mail, const InfoOptions& options) {
   if (!options.pages) return {mail.read(), {}};
   try {
-    return {LaidOutAnswer(at, mail, options.sandbox), {}};
+    return {LaidOutAnswer(at, mail, options), {}};
   } catch (const Refusal&) {
     throw;
   } catch (const Failure& failure) {

@@ -123,14 +123,14 @@ void AddPageChoice(CLI::App& command, PageChoice& choice) {
       ->type_name("RANGE");
 }
 
-void AddPaper(CLI::App& command, PaperFormat& paper) {
+CLI::Option* AddPaper(CLI::App& command, PaperFormat& paper) {
   const auto take = [&paper](const std::string& text) {
     if (text != "a4" && text != "letter") {
       throw CLI::ValidationError("--paper", Named(text) + " is neither a4 nor letter");
     }
     paper = text == "a4" ? PaperFormat::A4 : PaperFormat::Letter;
   };
-  command.add_option_function<std::string>("--paper", take, "a4 (default) or letter")
+  return command.add_option_function<std::string>("--paper", take, "a4 (default) or letter")
       ->type_name("PAPER");
 }
 
@@ -146,9 +146,16 @@ void AddPagesCommand(CLI::App& app, CommandLine& line) {
           "standard output, or a folder that is there")
       ->required()
       ->type_name("OUT");
-  command->add_flag("--pdf", options.pdf, "One PDF instead of PNG files");
-  AddNumber(*command, "--dpi", options.dotsPerInch, {10, 800},
-            "Dots per inch of PNG files, from 10 to 800 (default 96)");
+  const CLI::Option* const pdf =
+      command->add_flag("--pdf", options.pdf, "One PDF instead of PNG files");
+  const CLI::Option* const resolution =
+      AddNumber(*command, "--dpi", options.dotsPerInch, {10, 800},
+                "Dots per inch of PNG files, from 10 to 800 (default 96)");
+  command->parse_complete_callback([pdf, resolution] {
+    if (pdf->count() > 0 && resolution->count() > 0) {
+      throw CLI::ValidationError("--dpi", "a PDF has no resolution");
+    }
+  });
   AddPaper(*command, options.paper);
   AddPageChoice(*command, options.pages);
   AddSandboxOption(*command, options.sandbox);
@@ -193,7 +200,14 @@ void Describe(CLI::App& app, CommandLine& line) {
       AddCommand(app, "info", "Tell what a mail file is", line.settings, line.info.message);
   AddTextOption(*info, line.info.message);
   info->add_flag("--json", line.info.json, "JSON for machines");
-  info->add_flag("--pages", line.info.pages, "Lay the document out and count its pages (on A4)");
+  const CLI::Option* const pages =
+      info->add_flag("--pages", line.info.pages, "Lay the document out and count its pages");
+  const CLI::Option* const paper = AddPaper(*info, line.info.paper);
+  info->parse_complete_callback([pages, paper] {
+    if (paper->count() > 0 && pages->count() == 0) {
+      throw CLI::ValidationError("--paper", "is for --pages");
+    }
+  });
   AddSandboxOption(*info, line.info.sandbox);
 
   CLI::App* const document = AddCommand(app, "document", "Write the finished document of a message",

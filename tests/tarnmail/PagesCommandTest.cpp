@@ -36,6 +36,16 @@ TEST_F(PagesCommand, RefusesNumbersOutOfRange) {
   EXPECT_EQ(directory_.listing(), "");
 }
 
+TEST_F(PagesCommand, RefusesAResolutionOfPdf) {
+  EXPECT_EQ(usage({file_, "-o", "-", "--pdf", "--dpi", "300"}), "--dpi: a PDF has no resolution");
+  EXPECT_EQ(usage({"--dpi", "96", file_, "-o", "-", "--pdf"}), "--dpi: a PDF has no resolution");
+}
+
+TEST_F(PagesCommand, RefusesPaperOfPagesThatInfoDoesNotCount) {
+  EXPECT_EQ(failure(2, {"info", "--paper", "letter", file_}),
+            "--paper: is for --pages; see tarnmail info --help");
+}
+
 TEST_F(PagesCommand, RefusesOtherPaper) {
   for (const char* paper : {"a5", "A4", ""}) {
     EXPECT_EQ(usage({file_, "-o", "out", "--paper", paper}),

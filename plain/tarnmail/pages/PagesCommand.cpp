@@ -196,9 +196,9 @@ Pages MakePages(const Workplace& at, const PagesOptions& options) {
   return made;
 }
 
-MessageAnswer LaidOutAnswer(const Workplace& at, const MailFile& mail, bool sandbox) {
+MessageAnswer LaidOutAnswer(const Workplace& at, const MailFile& mail, const InfoOptions& options) {
   ProgressBar bar;
-  return PagedMail(at, mail, pages::Paper::A4, sandbox).answer();
+  return PagedMail(at, mail, PaperOf(options.paper), options.sandbox).answer();
 }
 
 }  // namespace tarn::host

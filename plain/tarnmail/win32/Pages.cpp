@@ -12,6 +12,8 @@ namespace {
 
 Pages MakePages(const Workplace&, const PagesOptions&) { RefusePages(); }
 
-MessageAnswer LaidOutAnswer(const Workplace&, const MailFile&, bool) { RefusePages(); }
+MessageAnswer LaidOutAnswer(const Workplace&, const MailFile&, const InfoOptions&) {
+  RefusePages();
+}
 
 }  // namespace tarn::host

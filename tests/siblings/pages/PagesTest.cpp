@@ -148,6 +148,14 @@ TEST_F(Pages, AreCountedByInfo) {
   standardInput_ = kHtmlMail;
   EXPECT_EQ(json::parse(output({"info", "--json", "--pages", "-"}))["pages"], 1);
   standardInput_.reset();
+  // A page of A4 has 56 lines, one of letter 52.
+  std::string lines = kSampleFields + "\r\n";
+  for (int i = 0; i < 49; ++i) lines += "line\r\n";
+  const std::string fits = mail(lines, "fits.eml");
+  const int onLetter =
+      json::parse(output({"info", "--json", "--pages", "--paper", "letter", fits}))["pages"];
+  EXPECT_EQ(onLetter, 2);
+  EXPECT_EQ(json::parse(output({"info", "--json", "--pages", "--paper", "a4", fits}))["pages"], 1);
   // What cannot be laid out is told all the same.
   std::string paragraphs = kSampleFields + "Content-Type: text/html\r\n\r\n<html><body>";
   for (int i = 0; i < 500000; ++i) paragraphs += "<p>";
