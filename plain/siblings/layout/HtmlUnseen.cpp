@@ -64,6 +64,12 @@ void HideUnseen(litehtml::document& document) {
       tag->parse_styles(true);
       continue;
     }
+    const char* const overflow = tag->get_style_property("overflow", false, nullptr);
+    if (overflow != nullptr && std::string_view(overflow) == "hidden" &&
+        IsNothing(tag->get_style_property("max-height", false, nullptr))) {
+      tag->add_style("height:0 !important", "");
+      tag->parse_styles(true);
+    }
     const bool noSize = HasNoSize(*tag, place.noSize);
     if (noSize) {
       auto& children = tag->children();

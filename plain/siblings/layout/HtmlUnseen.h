@@ -6,9 +6,9 @@
 
 namespace tarn::pages {
 
-// The HTML library takes text without a size for text of the usual one, and knows no opacity. Text
-// of no size goes from the document; what cannot be seen through leaves its room blank. For a
-// document that has its styles and is not laid out yet.
+// The HTML library takes text without a size for text of the usual one, a largest height of 0 for
+// none, and knows no opacity. Text of no size goes from the document; what cannot be seen through
+// leaves its room blank. For a document that has its styles and is not laid out yet.
 void HideUnseen(litehtml::document& document);
 
 }  // namespace tarn::pages

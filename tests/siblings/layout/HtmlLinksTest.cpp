@@ -30,7 +30,8 @@ const Shown kItsLink = {"read this > http://a.example/"};
 // What is not to be seen comes after a link.
 TEST_F(HtmlLinksTest, ALinkBeforeAnEmptyClip) {
   for (const std::string style :
-       {"height:0", "max-height:0;max-width:0;font-size:1px", "width:0", "height:0;width:0"}) {
+       {"height:0", "max-height:0", "max-height:0px", "max-height:0;max-width:0;font-size:1px",
+        "width:0", "height:0;width:0"}) {
     const std::string begin = kLink + "<div style='overflow:hidden;" + style + "'>";
     EXPECT_EQ(linksOf(begin + "hidden words</div><p>end"), kItsLink) << style;
     EXPECT_EQ(linksOf(begin + picture(20, 20) + "</div><p>end"), kItsLink) << style;
