@@ -23,15 +23,16 @@ class TextSink final : public ByteSink {
 std::string WithCrLf(std::string_view text) {
   std::string lines;
   lines.reserve(text.size() + text.size() / 32);
+  size_t done = 0;
   for (size_t at = 0; at < text.size(); ++at) {
     const char c = text[at];
-    if (c == '\r' && at + 1 < text.size() && text[at + 1] == '\n') continue;
-    if (c == '\r' || c == '\n') {
-      lines += "\r\n";
-    } else {
-      lines += c;
-    }
+    if (c != '\r' && c != '\n') continue;
+    lines += text.substr(done, at - done);
+    lines += "\r\n";
+    if (c == '\r' && at + 1 < text.size() && text[at + 1] == '\n') ++at;
+    done = at + 1;
   }
+  lines += text.substr(done);
   return lines;
 }
 
@@ -51,28 +52,57 @@ bool HasPlainLines(std::string_view text) {
   return true;
 }
 
-std::string Hex(char c) {
-  constexpr std::string_view kDigits = "0123456789ABCDEF";
-  const auto byte = static_cast<unsigned char>(c);
-  return {'=', kDigits[byte >> 4], kDigits[byte & 15]};
-}
+bool IsUnquoted(char c) { return (c >= ' ' && c < 0x7F && c != '=') || c == '\t'; }
+
+// One line, broken where it grows too long.
+class QuotedLine {
+ public:
+  explicit QuotedLine(std::string& quoted) : quoted_(quoted) {}
+
+  void put(std::string_view text) {
+    while (!text.empty()) {
+      makeRoom(1);
+      const std::string_view piece = text.substr(0, kLongestQuotedLine - column_);
+      quoted_ += piece;
+      column_ += piece.size();
+      text.remove_prefix(piece.size());
+    }
+  }
+
+  void putHex(char c) {
+    constexpr std::string_view kDigits = "0123456789ABCDEF";
+    constexpr size_t kSize = 3;
+    const auto byte = static_cast<unsigned char>(c);
+    makeRoom(kSize);
+    quoted_ += '=';
+    quoted_ += kDigits[byte >> 4];
+    quoted_ += kDigits[byte & 15];
+    column_ += kSize;
+  }
+
+ private:
+  void makeRoom(size_t size) {
+    if (column_ + size <= kLongestQuotedLine) return;
+    quoted_ += "=\r\n";
+    column_ = 0;
+  }
+
+  std::string& quoted_;
+  size_t column_ = 0;
+};
 
 void AppendQuotedLine(std::string_view line, std::string& quoted) {
-  const bool needsQuotes = NeedsQuotes(line);
-  size_t column = 0;
-  for (size_t at = 0; at < line.size(); ++at) {
-    const char c = line[at];
-    const bool isLast = at + 1 == line.size();
-    const bool isBlank = c == ' ' || c == '\t';
-    const bool isPlain =
-        ((c > ' ' && c < 0x7F && c != '=') || (isBlank && !isLast)) && !(at == 0 && needsQuotes);
-    const std::string piece = isPlain ? std::string(1, c) : Hex(c);
-    if (column + piece.size() > kLongestQuotedLine) {
-      quoted += "=\r\n";
-      column = 0;
-    }
-    quoted += piece;
-    column += piece.size();
+  QuotedLine out(quoted);
+  size_t at = 0;
+  if (NeedsQuotes(line)) out.putHex(line[at++]);
+  // A blank at the end would be lost on the way.
+  const bool endsBlank = line.ends_with(' ') || line.ends_with('\t');
+  const size_t end = line.size() - (endsBlank ? 1 : 0);
+  while (at < line.size()) {
+    const size_t begin = at;
+    while (at < end && IsUnquoted(line[at])) ++at;
+    out.put(line.substr(begin, at - begin));
+    if (at < line.size()) out.putHex(line[at++]);
   }
 }
 

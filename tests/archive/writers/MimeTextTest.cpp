@@ -40,6 +40,22 @@ TEST(MimeTextTest, WritesTextOfOtherLettersInBase64) {
   EXPECT_EQ(text.content, "0J/RgA0K\r\n");
 }
 
+// Soft breaks, and no more than them, come between what fits a line.
+TEST(MimeTextTest, BreaksLinesBeforeWhatDoesNotFit) {
+  const auto quoted = [](const std::string& line) {
+    return EncodeText(line + "\n" + std::string(991, 'y')).content.substr(0, line.size() + 9);
+  };
+  const std::string full(75, 'x');
+  EXPECT_TRUE(quoted(full).starts_with(full + "\r\n"));
+  EXPECT_TRUE(quoted(full + "z").starts_with(full + "=\r\nz\r\n"));
+  const std::string room(72, 'x');
+  EXPECT_TRUE(quoted(room + "=").starts_with(room + "=3D\r\n"));
+  EXPECT_TRUE(quoted(room + "x=").starts_with(room + "x=\r\n=3D\r\n"));
+  EXPECT_TRUE(quoted(room + " ").starts_with(room + "=20\r\n"));
+  EXPECT_TRUE(quoted(room + "\tx ").starts_with(room + "\tx=\r\n=20\r\n"));
+  EXPECT_TRUE(quoted(full + full).starts_with(full + "=\r\n" + full + "\r\n"));
+}
+
 TEST(MimeTextTest, TakesNoText) { EXPECT_EQ(EncodeText("").content, ""); }
 
 }  // namespace
