@@ -124,9 +124,11 @@ void AppendHtml(std::string& all, std::string_view html) {
   all += html;
 }
 
-bool IsTextAlone(const ReadPiece& piece) {
-  return piece.htmls.empty() && piece.text && !Trimmed(*piece.text).empty();
-}
+bool HasText(const ReadPiece& piece) { return piece.text && !Trimmed(*piece.text).empty(); }
+
+bool IsTextAlone(const ReadPiece& piece) { return piece.htmls.empty() && HasText(piece); }
+
+bool IsHtmlAlone(const ReadPiece& piece) { return !piece.htmls.empty() && !HasText(piece); }
 
 // The HTML of all pieces. A document alone keeps its bytes; several, or one with text, are UTF-8.
 HtmlBody JoinHtml(std::vector<ReadPiece>& pieces) {
@@ -157,16 +159,17 @@ Bodies BodiesOf(const MailLayout& layout, bool seeksUuencode) {
   BodyReader reader(seeksUuencode);
   std::vector<ReadPiece> pieces;
   bool hasHtml = false;
+  bool isAllText = true;
   for (const BodyPiece& piece : layout.pieces) {
     pieces.push_back(reader.read(piece));
     hasHtml |= !pieces.back().htmls.empty();
+    isAllText &= !IsHtmlAlone(pieces.back());
   }
   Bodies bodies;
   for (ReadPiece& piece : pieces) {
-    if (piece.text) Join(bodies.text, *piece.text);
+    if (isAllText && piece.text) Join(bodies.text, *piece.text);
   }
   if (hasHtml) bodies.html = JoinHtml(pieces);
-  if (hasHtml && bodies.text && Trimmed(*bodies.text).empty()) bodies.text.reset();
   bodies.troubles = reader.takeTroubles();
   return bodies;
 }

@@ -16,7 +16,8 @@ inline constexpr size_t kLargestText = size_t{64} << 20;
 
 // Text has LF at the ends of its lines. Several pieces of the same kind are joined. Where a mail
 // has HTML, that has all pieces: those of text alone come as preformatted text at their place.
-// Empty text beside HTML is none.
+// There is text only where it has all pieces: one with HTML alone, or with empty text beside it,
+// leaves a mail without.
 Bodies BodiesOf(const MailLayout& layout, bool seeksUuencode);
 
 // The bytes of a text as its part has them, after transfer decoding.
