@@ -25,6 +25,7 @@ struct FakeItemText {
   std::string id = "1";
   FolderPath folder = FolderOf({});
   ItemFields fields;
+  bool isHeadlineWrong = false;  // it tells the contrary of fields.hasAttachments
   Bodies bodies;
   std::vector<Attachment> attachments;
   std::map<size_t, FakeItemText> embedded;  // by index; its id and parent are made
@@ -54,8 +55,13 @@ class FakeItem final : public Item {
 
   const ItemPlace& place() const override { return place_; }
   const ItemFields& fields(Detail detail) override {
-    if (detail == Detail::Envelope) ++asked_.envelopes;
-    return text_.fields;
+    fields_ = text_.fields;
+    if (detail == Detail::Envelope) {
+      ++asked_.envelopes;
+    } else if (text_.isHeadlineWrong) {
+      fields_.hasAttachments = !fields_.hasAttachments;
+    }
+    return fields_;
   }
   Bodies bodies() override { return text_.bodies; }
   Outcome<std::string> originalHeaders() override { return std::string(); }
@@ -78,6 +84,7 @@ class FakeItem final : public Item {
   const FakeItemText& text_;
   Asked& asked_;
   ItemPlace place_;
+  ItemFields fields_;
 };
 
 // Gives the entries in their order.

@@ -97,10 +97,11 @@ bool ItemFilter::takes(Item& item) {
   if (!takesFolder(item.place().folder)) return false;
   const ItemFields& fields = item.fields(Detail::Headline);
   if (messageClass_ && !Folded(fields.messageClass).starts_with(*messageClass_)) return false;
-  if (options_.hasAttachment && !fields.hasAttachments) return false;
   if (!takesDate(fields)) return false;
   if (subject_ && !HoldsFolded(fields.subject, *subject_)) return false;
-  return takesSender(item) && takesRecipients(item);
+  if (!takesSender(item) || !takesRecipients(item)) return false;
+  // The table that a headline is from may be wrong about this.
+  return !options_.hasAttachment || item.fields(Detail::Envelope).hasAttachments;
 }
 
 bool ItemFilter::takesDate(const ItemFields& fields) const {

@@ -58,7 +58,7 @@ struct ItemFields {
   std::optional<Moment> sent;
   std::optional<Moment> received;
   std::optional<uint64_t> size;  // bytes of the item
-  bool hasAttachments = false;   // as attachmentCount counts
+  bool hasAttachments = false;   // as attachmentCount counts; of Headline perhaps not
 
   // Envelope:
   std::vector<Address> to;

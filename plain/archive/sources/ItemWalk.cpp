@@ -44,7 +44,7 @@ std::optional<WalkStep> ItemWalk::next() {
 std::optional<WalkStep> ItemWalk::nextWithin(Level& level) {
   Item& item = *level.item;
   if (!level.isDone && embedded_ == EmbeddedItems::Walk &&
-      item.fields(Detail::Headline).hasAttachments) {
+      item.fields(Detail::Envelope).hasAttachments) {
     const std::vector<Attachment>& attachments = item.attachments();
     while (level.nextAttachment < attachments.size()) {
       const size_t index = level.nextAttachment++;

@@ -20,8 +20,9 @@ enum class EmbeddedItems : uint8_t { Leave, Walk };
 using WalkStep = std::variant<Item*, FolderStart, PlaceTrouble>;
 
 // Each item, then those embedded in it in the order of its attachments, down to kDeepestItem; then,
-// as PlaceTroubles of the item's place, what its troubles() have become. Items without attachments
-// are not opened for it. Holds no more than the items from an outermost one down to the present.
+// as PlaceTroubles of the item's place, what its troubles() have become. The items themselves, not
+// their headlines, tell whether they have attachments. Holds no more than the items from an
+// outermost one down to the present.
 class ItemWalk {
  public:
   ItemWalk(ItemReader& reader, EmbeddedItems embedded) : reader_(reader), embedded_(embedded) {}

@@ -135,6 +135,16 @@ TEST_F(Filter, TakesWhatHasAttachments) {
   EXPECT_TRUE(takes(options));
 }
 
+TEST_F(Filter, AsksTheItemItselfForAttachments) {
+  FilterOptions options;
+  options.hasAttachment = true;
+  text_.isHeadlineWrong = true;
+  text_.fields.hasAttachments = true;
+  EXPECT_TRUE(takes(options));
+  text_.fields.hasAttachments = false;
+  EXPECT_FALSE(takes(options));
+}
+
 TEST_F(Filter, WantsAllThatIsAskedFor) {
   FilterOptions options;
   options.subject = "straße";

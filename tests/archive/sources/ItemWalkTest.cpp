@@ -72,6 +72,16 @@ TEST(ItemWalk, GoesIntoItemsWhereItIsAsked) {
   EXPECT_EQ(left.asked.attachments, 0U);
 }
 
+TEST(ItemWalk, AsksTheItemItselfForAttachments) {
+  FakeItemText item = With("a", {Embedded()}, {{0, Plain("")}});
+  item.isHeadlineWrong = true;
+  FakeReader walked({item});
+  EXPECT_EQ(Steps(walked, EmbeddedItems::Walk), "item a\nitem a/1 in a\n");
+  FakeReader left({item});
+  EXPECT_EQ(Steps(left, EmbeddedItems::Leave), "item a\n");
+  EXPECT_EQ(left.asked.envelopes, 0U);
+}
+
 TEST(ItemWalk, TellsWhatOfAnItemCannotBeRead) {
   FakeItemText item = With("a", {Embedded(), Data(), Embedded()}, {{2, Plain("")}});
   item.attachments[1].trouble = Trouble{TroubleKind::Damaged, "the row is broken"};
