@@ -18,6 +18,10 @@ constexpr platform::CodePointRange kEscaped[] = {
     {0x2028, 0x202E}, {0x2066, 0x2069}, {0xFEFF, 0xFEFF},
 };
 
+// Those of them that are no controls; without the mark that a text may begin with.
+constexpr platform::CodePointRange kTurning[] = {
+    {0x061C, 0x061C}, {0x200E, 0x200F}, {0x2028, 0x202E}, {0x2066, 0x2069}};
+
 // Calls `visit` with each character and its bytes; what is no UTF-8 comes byte by byte. Ends early,
 // and then answers false, when `visit` does.
 template <typename Visit>
@@ -84,7 +88,8 @@ bool IsPlainText(std::string_view text) {
     const char32_t codePoint = character.codePoint;
     const bool isControl = codePoint < 0x20 || (codePoint >= 0x7F && codePoint < 0xA0);
     const bool isHarmless = kHarmless.find(codePoint) != std::u32string_view::npos;
-    return character.isWellFormed && (!isControl || isHarmless);
+    return character.isWellFormed && (!isControl || isHarmless) &&
+           !platform::IsIn(kTurning, codePoint);
   });
 }
 

@@ -25,7 +25,7 @@ std::optional<std::u16string> WideFromUtf8(std::string_view text);
 std::string Printable(std::string_view text);
 
 // Whether a terminal can show the text as it is: valid UTF-8 without other control characters than
-// tabs, line ends and form feeds.
+// tabs, line ends and form feeds, and without marks that change the direction of writing.
 bool IsPlainText(std::string_view text);
 
 // Columns that a terminal takes for the text; a byte that is not part of valid UTF-8 takes one.

@@ -59,8 +59,10 @@ TEST(IsPlainText, IsWhatATerminalShowsAsItIs) {
     EXPECT_TRUE(IsPlainText(text)) << text;
   }
   using namespace std::literals;
-  for (const std::string_view text : {"\0"sv, "a\x1b[2J"sv, "\b"sv, "\x7f"sv, "\xFF"sv, "caf\xE9"sv,
-                                      "\u0085"sv, "\u009B"sv, "\xC0\x80"sv, "cut\xE4\xBC"sv}) {
+  for (const std::string_view text :
+       {"\0"sv, "a\x1b[2J"sv, "\b"sv, "\x7f"sv, "\xFF"sv, "caf\xE9"sv, "\u0085"sv, "\u009B"sv,
+        "\xC0\x80"sv, "cut\xE4\xBC"sv, "a\u202Eb"sv, "\u2066"sv, "\u2028"sv, "\u200F"sv,
+        "\u061C"sv}) {
     EXPECT_FALSE(IsPlainText(text)) << Printable(text);
   }
 }

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "Platform/Characters.h"
 #include "Platform/Utf8.h"
 
 namespace tarn::archive {
@@ -12,7 +13,12 @@ namespace {
 
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
 
-void AppendEscape(std::string& line, char character) {
+// C1 controls, separators that break a line, and marks that change the direction of writing.
+constexpr platform::CodePointRange kEscaped[] = {
+    {0x0080, 0x009F}, {0x061C, 0x061C}, {0x200E, 0x200F}, {0x2028, 0x202E}, {0x2066, 0x2069},
+};
+
+void AppendEscape(std::string& line, char32_t character) {
   switch (character) {
     case '"':
       line += "\\\"";
@@ -30,17 +36,16 @@ void AppendEscape(std::string& line, char character) {
       line += "\\t";
       return;
     default:
-      std::array<char, 8> text;
-      std::snprintf(text.data(), text.size(), "\\u%04x",
-                    static_cast<unsigned>(static_cast<unsigned char>(character)));
+      std::array<char, 16> text;
+      std::snprintf(text.data(), text.size(), "\\u%04x", static_cast<unsigned>(character));
       line += text.data();
   }
 }
 
-// DEL is escaped too, so that a line can be shown.
-bool IsEscaped(char character) {
-  return static_cast<unsigned char>(character) < 0x20 || character == '"' || character == '\\' ||
-         character == 0x7F;
+// Also what JSON takes and a terminal must not get, so that a line can be shown.
+bool IsEscaped(char32_t character) {
+  return character < 0x20 || character == '"' || character == '\\' || character == 0x7F ||
+         platform::IsIn(kEscaped, character);
 }
 
 }  // namespace
@@ -117,26 +122,21 @@ void JsonWriter::quote(std::string_view value) {
   while (!value.empty()) {
     // What is taken as it is, in one piece.
     size_t plain = 0;
+    platform::Character next;
     while (plain < value.size()) {
-      if (static_cast<unsigned char>(value[plain]) < 0x80) {
-        if (IsEscaped(value[plain])) break;
-        ++plain;
-        continue;
-      }
-      const platform::Character character = platform::FirstCharacter(value.substr(plain));
-      if (!character.isWellFormed) break;
-      plain += character.size;
+      next = platform::FirstCharacter(value.substr(plain));
+      if (!next.isWellFormed || IsEscaped(next.codePoint)) break;
+      plain += next.size;
     }
     line_ += value.substr(0, plain);
     value.remove_prefix(plain);
     if (value.empty()) break;
-    if (static_cast<unsigned char>(value[0]) < 0x80) {
-      AppendEscape(line_, value[0]);
-      value.remove_prefix(1);
+    if (next.isWellFormed) {
+      AppendEscape(line_, next.codePoint);
     } else {
       line_ += kReplacement;
-      value.remove_prefix(platform::FirstCharacter(value).size);
     }
+    value.remove_prefix(next.size);
   }
   line_ += '"';
 }

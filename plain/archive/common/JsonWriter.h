@@ -1,4 +1,5 @@
-// JsonWriter.h - JSON on one line, always valid UTF-8.
+// JsonWriter.h - JSON on one line, always valid UTF-8. What controls a terminal, breaks lines or
+// turns the direction of writing is escaped.
 #ifndef TARN_ARCHIVE_JSONWRITER_H
 #define TARN_ARCHIVE_JSONWRITER_H
 

@@ -15,10 +15,10 @@ bool EndsALine(char32_t point) {
 
 bool IsControl(char32_t point) { return point < 0x20 || (point >= 0x7F && point < 0xA0); }
 
-bool IsLeftOut(char32_t point) {
-  return (point >= 0x202A && point <= 0x202E) || (point >= 0x2066 && point <= 0x2069) ||
-         point == 0xFEFF;
-}
+// Marks that change the direction of writing.
+constexpr platform::CodePointRange kLeftOut[] = {
+    {0x061C, 0x061C}, {0x200E, 0x200F}, {0x202A, 0x202E}, {0x2066, 0x2069}, {0xFEFF, 0xFEFF},
+};
 
 // Printable ASCII at the front, which is most of most mail.
 size_t PlainRun(std::string_view text) {
@@ -45,7 +45,7 @@ std::string Harmless(std::string_view text, char lineEnd, char tab) {
       shown += tab;
     } else if (!character.isWellFormed || IsControl(point)) {
       shown += kReplacement;
-    } else if (!IsLeftOut(point)) {
+    } else if (!platform::IsIn(kLeftOut, point)) {
       shown += text.substr(0, size);
     }
     text.remove_prefix(size);

@@ -46,6 +46,7 @@ TEST(HarmlessTextTest, LeavesOutWhatTurnsTheDirection) {
   EXPECT_EQ(HarmlessText("invoice\xE2\x80\xAE"
                          "fdp.exe\xE2\x80\xAC \xE2\x81\xA6x\xE2\x81\xA9\xEF\xBB\xBF"),
             "invoicefdp.exe x");
+  EXPECT_EQ(HarmlessText("a\u200E\u200F\u061C\u200Db"), "a\u200Db");
 }
 
 TEST(HarmlessLineTest, HasNoLineEnds) {
