@@ -99,10 +99,12 @@ std::string SafeName(std::string_view name, std::string_view otherwise) {
 void UniqueNames::take(std::string_view name) { folded_.insert(Folded(name)); }
 
 std::string UniqueNames::make(const std::string& name) {
-  std::string unique = name;
-  for (size_t number = 2; !folded_.insert(Folded(unique)).second; ++number) {
-    unique = WithSuffix(name, " (" + std::to_string(number) + ")");
-  }
+  if (folded_.insert(Folded(name)).second) return name;
+  std::string unique = WithSuffix(name, " (2)");
+  size_t& number = numbers_.try_emplace(Folded(unique), 1).first->second;
+  do {
+    unique = WithSuffix(name, " (" + std::to_string(++number) + ")");
+  } while (!folded_.insert(Folded(unique)).second);
   return unique;
 }
 

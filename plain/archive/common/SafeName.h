@@ -3,6 +3,7 @@
 #define TARN_ARCHIVE_SAFENAME_H
 
 #include <cstddef>
+#include <map>
 #include <set>
 #include <string>
 #include <string_view>
@@ -24,11 +25,13 @@ class UniqueNames {
   // A name that is taken.
   void take(std::string_view name);
 
-  // The safe name itself, or "name (2).txt" and so on.
+  // The safe name itself, or "name (2).txt" and so on. Time does not grow with how often a name has
+  // come.
   std::string make(const std::string& name);
 
  private:
   std::set<std::string> folded_;
+  std::map<std::string, size_t> numbers_;  // the last one that was given, by the folded "name (2)"
 };
 
 }  // namespace tarn::archive

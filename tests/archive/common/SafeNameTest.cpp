@@ -111,6 +111,18 @@ TEST(UniqueNames, GivesEachNameOnce) {
   EXPECT_EQ(names.make("B"), "B (2)");
 }
 
+// Tries from the first number on for each would not end.
+TEST(UniqueNames, GivesManyEqualNames) {
+  UniqueNames names;
+  const std::string name(kLongestSafeName, 'a');
+  names.make(name);
+  const int last = 200000;
+  for (int number = 2; number < last; ++number) names.make(number % 2 == 0 ? "b.txt" : name);
+  EXPECT_EQ(names.make("B.txt"), "B (" + std::to_string(last / 2) + ").txt");
+  EXPECT_EQ(names.make(name),
+            name.substr(0, kLongestSafeName - 9) + " (" + std::to_string(last / 2 + 1) + ")");
+}
+
 TEST(UniqueNames, TellsNamesApartAsFileSystemsDo) {
   UniqueNames names;
   EXPECT_EQ(names.make("M\u00FCller"), "M\u00FCller");
