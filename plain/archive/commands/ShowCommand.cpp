@@ -45,18 +45,22 @@ FoundSource OneSource(const std::string& path, host::PrivateFolder& temporary) {
   return *found;
 }
 
-// The id of the only item.
-std::string OnlyId(ItemReader& reader, const FoundSource& source) {
+// The id of the only item. Tells what of the source cannot be read.
+std::string OnlyId(ItemReader& reader, const FoundSource& source, TroubleReport& report) {
   std::string id;
   uint64_t count = 0;
+  bool isWhole = true;
   while (std::optional<Entry> entry = reader.next()) {
-    const auto* const item = std::get_if<std::unique_ptr<Item>>(&*entry);
-    if (item == nullptr) continue;
-    if (++count == 1) id = (*item)->place().id;
-    if (HoldsOneItem(source.kind)) break;
+    if (const auto* const trouble = std::get_if<PlaceTrouble>(&*entry)) {
+      report.tell(source.name, *trouble);
+      isWhole = false;
+    } else if (const auto* const item = std::get_if<std::unique_ptr<Item>>(&*entry)) {
+      if (++count == 1) id = (*item)->place().id;
+    }
   }
   if (count == 0) {
-    throw Failure(ExitStatus::Failed, SpokenName(source.name), "holds no message");
+    throw Failure(ExitStatus::Failed, SpokenName(source.name),
+                  isWhole ? "holds no message" : "holds no message that can be read");
   }
   if (count > 1) {
     throw Failure(ExitStatus::Usage, SpokenName(source.name),
@@ -96,7 +100,7 @@ class ShowRun {
     reader_ = open();
     std::string id = options_.id.value_or("");
     if (!options_.id) {
-      id = OnlyId(*reader_, source_);
+      id = OnlyId(*reader_, source_, report_);
       reader_ = open();
     }
     Outcome<ItemChain> found = FindItem(*reader_, id);

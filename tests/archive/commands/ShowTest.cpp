@@ -90,6 +90,24 @@ TEST_F(Show, NeedsAnIdWhereThereAreSeveral) {
   }
 }
 
+TEST_F(Show, TellsWhatOfTheSourceCannotBeReadBesideTheOnlyMessage) {
+  for (const char* folder : {"dir/cur", "dir/new", "dir/tmp"}) {
+    fs::create_directories(directory_.path() / folder);
+  }
+  directory_.write("dir/cur/1", kPlainMail);
+  const fs::path closed = directory_.write("dir/cur/2", kPlainMail);
+  fs::permissions(closed, fs::perms::none);
+  const test::ProgramResult one = run({"show", "dir"});
+  EXPECT_EQ(one.exitStatus, 1);
+  EXPECT_NE(one.out.find("First line"), std::string::npos);
+  EXPECT_EQ(one.err, complaint(1, {"list", "dir"}));
+  fs::remove(directory_.path() / "dir/cur/1");
+  EXPECT_EQ(failure(1, {"show", "dir"}),
+            one.err + "tarnmail: dir: holds no message that can be read\n");
+  fs::remove(closed);
+  EXPECT_EQ(failure(1, {"show", "dir"}), "tarnmail: dir: holds no message\n");
+}
+
 TEST_F(Show, NeedsOneFile) {
   EXPECT_EQ(failure(2, {"show", "none"}), "tarnmail: none: no such file\n");
   fs::create_directory(directory_.path() / "folder");
