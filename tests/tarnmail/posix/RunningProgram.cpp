@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -66,8 +67,10 @@ bool RunningProgram::hasEnded() const {
 
 int RunningProgram::wait() {
   int status = 0;
-  while (waitpid(child_, &status, 0) < 0 && errno == EINTR) {
+  rusage usage = {};
+  while (wait4(child_, &status, 0, &usage) < 0 && errno == EINTR) {
   }
+  peakMemory_ = usage.ru_maxrss;
   child_ = -1;
   return status;
 }

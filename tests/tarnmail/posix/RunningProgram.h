@@ -32,9 +32,12 @@ class RunningProgram {
   bool hasEnded() const;
   // Waits for the end: as of waitpid.
   int wait();
+  // The most memory that it had, in kilobytes; after wait().
+  long peakMemory() const { return peakMemory_; }
 
  private:
   pid_t child_ = -1;
+  long peakMemory_ = 0;
 };
 
 // A pipe or a pseudo terminal of the test: what is written to one end is read at the other.
