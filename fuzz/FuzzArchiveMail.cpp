@@ -1,13 +1,17 @@
-// Internet mail as the archive reads it: each input is read as one mail and as an mbox, whole.
+// Internet mail as the archive reads it: each input is read as one mail and as an mbox, whole, and
+// as the name of a file and of a folder in a Maildir.
 
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <string>
+#include <string_view>
 
 #include "ArchiveItems.h"
 #include "archive/mail/MailReaders.h"
+#include "archive/mail/MaildirNames.h"
 
 namespace {
 
@@ -37,9 +41,18 @@ class InputFile {
   int file_;
 };
 
+void ReadNames(std::string_view name) {
+  const std::string_view unique = tarn::archive::mail::UniquePart(name);
+  tarn::fuzz::Expect(name.starts_with(unique), "a unique part that is not of its name");
+  const size_t dots = static_cast<size_t>(std::count(name.begin(), name.end(), '.'));
+  const auto folder = tarn::archive::mail::FolderOfMaildirName(name);
+  tarn::fuzz::Expect(folder.size() <= dots, "more folders than the name has dots");
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  ReadNames({reinterpret_cast<const char*>(data), size});
   static const InputFile file;
   const std::string& path = file.write(data, size);
   const auto mail = tarn::archive::OpenMail(path);

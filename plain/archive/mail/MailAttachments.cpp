@@ -113,6 +113,7 @@ void AddUuencoded(const LaidPart& laid, MailAttachments& attachments) {
   for (size_t i = 0; i < split.files.size(); ++i) {
     Attachment attachment;
     attachment.name = Utf8Of(split.files[i].name, "");
+    attachment.size = DecodeUuencode(split.files[i].lines).size();
     attachments.list.push_back(std::move(attachment));
     attachments.sources.push_back({&laid, i});
   }

@@ -11,6 +11,7 @@
 #include "archive/mail/MailDate.h"
 #include "archive/mail/MailLayout.h"
 #include "archive/mail/ParseMail.h"
+#include "archive/mail/PartialMail.h"
 #include "archive/mail/TnefParts.h"
 #include "archive/text/BodyText.h"
 
@@ -60,25 +61,12 @@ class MailItem final : public Item {
   std::vector<Trouble> troubles_;
 };
 
-// A mail that is one piece of a longer one is whole as what it is.
-std::optional<Trouble> PieceOfMail(GMimeMessage* message) {
-  GMimeObject* root = g_mime_message_get_mime_part(message);
-  if (root == nullptr || !GMIME_IS_MESSAGE_PARTIAL(root)) return std::nullopt;
-  auto* partial = GMIME_MESSAGE_PARTIAL(root);
-  const int total = g_mime_message_partial_get_total(partial);
-  std::string reason = "the mail is piece " +
-                       std::to_string(g_mime_message_partial_get_number(partial)) +
-                       (total > 0 ? " of " + std::to_string(total) : "") + " of a longer one";
-  return Trouble{TroubleKind::Unsupported, std::move(reason)};
-}
-
 void MailItem::parse() {
   if (mail_) return;
   mail_ = ParseMail(source_.bytes);
   layout_ = LayOut(mail_->message.get(), mail_->sawUuencode);
   troubles_ = source_.troubles;
   troubles_.insert(troubles_.end(), mail_->troubles.begin(), mail_->troubles.end());
-  if (const auto piece = PieceOfMail(mail_->message.get())) troubles_.push_back(*piece);
 }
 
 void MailItem::noteTroubles() {
@@ -130,6 +118,7 @@ const ItemFields& MailItem::fields(Detail detail) {
 Bodies MailItem::bodies() {
   parse();
   Bodies bodies = BodiesOf(layout_, mail_->sawUuencode);
+  AddPieceOfMail(mail_->message.get(), bodies);
   tnefs_.addTo(bodies, layout_);
   noteTroubles();
   return bodies;

@@ -34,8 +34,8 @@ Outcome<std::unique_ptr<ItemReader>> OpenMbox(const std::filesystem::path& path)
 
 // The mails of a folder with folders "cur" and "new", and of those of its folders that Maildir++
 // names with dots: ".Sent.2024" is the folder "2024" in "Sent". An id is the file's name without
-// its flags; in a folder below, the folder's name and a colon come first. Keeps the names of one
-// folder.
+// its flags; in a folder below, the folder's name and a colon come first. Other folders with
+// something in them in "cur" and "new" are troubles. Keeps the names of one folder.
 Outcome<std::unique_ptr<ItemReader>> OpenMaildir(const std::filesystem::path& path);
 
 }  // namespace tarn::archive

@@ -74,7 +74,12 @@ Outcome<FileNames> FileNames::of(const std::filesystem::path& folder) {
   for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
     const std::string name = entry->path().filename().string();
     std::error_code ignored;
-    if (name.starts_with('.') || entry->is_directory(ignored)) continue;
+    if (name.starts_with('.')) continue;
+    if (entry->is_directory(ignored)) {
+      const bool isEmpty = fs::is_empty(entry->path(), ignored);
+      if (!isEmpty || ignored) names.folders_.push_back(name);
+      continue;
+    }
     if (names.all_.size() + name.size() > std::numeric_limits<uint32_t>::max()) {
       return Trouble{TroubleKind::TooLarge, "the folder has too many files"};
     }
@@ -82,6 +87,7 @@ Outcome<FileNames> FileNames::of(const std::filesystem::path& folder) {
     names.all_.append(name.c_str(), name.size() + 1);
   }
   if (error) return Trouble{TroubleKind::Unreadable, error.message()};
+  std::sort(names.folders_.begin(), names.folders_.end());
   const char* const all = names.all_.c_str();
   std::sort(names.starts_.begin(), names.starts_.end(), [all](uint32_t a, uint32_t b) {
     return std::string_view(all + a) < std::string_view(all + b);

@@ -28,6 +28,9 @@ class FileNames {
   // Of a folder that is not there, none. Names that begin with a dot are no mails.
   static Outcome<FileNames> of(const std::filesystem::path& folder);
 
+  // The folders that are there too and have something in them, in the same order.
+  const std::vector<std::string>& folders() const { return folders_; }
+
   size_t size() const { return starts_.size(); }
   std::string_view at(size_t index) const { return all_.c_str() + starts_[index]; }
 
@@ -37,6 +40,7 @@ class FileNames {
  private:
   std::string all_;  // each with a NUL
   std::vector<uint32_t> starts_;
+  std::vector<std::string> folders_;
 };
 
 }  // namespace tarn::archive::mail

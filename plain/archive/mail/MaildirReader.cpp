@@ -6,6 +6,7 @@
 #include "archive/mail/MailItem.h"
 #include "archive/mail/MailReaders.h"
 #include "archive/mail/MaildirNames.h"
+#include "archive/text/BodyText.h"
 
 namespace tarn::archive {
 namespace {
@@ -40,6 +41,8 @@ struct Folder {
   FileNames fresh;
 
   size_t size() const { return cur.size() + fresh.size(); }
+  // Folders that are among the files.
+  size_t below() const { return cur.folders().size() + fresh.folders().size(); }
   bool isFresh(size_t index) const { return index >= cur.size(); }
 
   std::string_view at(size_t index) const {
@@ -71,6 +74,7 @@ class MaildirReader final : public ItemReader {
   std::optional<Entry> next() override {
     while (nextFolder_ <= folders_.size()) {
       if (!isEntered_) return enter();
+      if (nextBelow_ < folder_.below()) return belowTrouble(nextBelow_++);
       if (nextFile_ < folder_.size()) return entryOf(nextFile_++);
       isEntered_ = false;
       ++nextFolder_;
@@ -107,6 +111,7 @@ class MaildirReader final : public ItemReader {
   Entry enter() {
     isEntered_ = true;
     nextFile_ = 0;
+    nextBelow_ = 0;
     const std::string name = nextFolder_ == 0 ? "" : folders_[nextFolder_ - 1];
     Outcome<Folder> folder = open(name);
     if (folder) {
@@ -118,6 +123,18 @@ class MaildirReader final : public ItemReader {
     std::string reason = "the folder cannot be read: " + folder.trouble().reason;
     return PlaceTrouble{{"", std::nullopt, std::move(path)},
                         {folder.trouble().kind, std::move(reason)}};
+  }
+
+  // A Maildir has no folders there, so that nobody can say what they are.
+  Entry belowTrouble(size_t index) const {
+    const std::vector<std::string>& cur = folder_.cur.folders();
+    const std::string name = index < cur.size()
+                                 ? "cur/" + cur[index]
+                                 : "new/" + folder_.fresh.folders()[index - cur.size()];
+    std::string reason = "the folder \"" + Utf8Of(name, "") +
+                         "\" in it is not where a Maildir has folders, and is not read";
+    return PlaceTrouble{{"", std::nullopt, folder_.path},
+                        {TroubleKind::Unsupported, std::move(reason)}};
   }
 
   static ItemPlace placeOf(const Folder& folder, size_t index) {
@@ -146,6 +163,7 @@ class MaildirReader final : public ItemReader {
   size_t nextFolder_ = 0;  // 0 is the Maildir itself
   bool isEntered_ = false;
   Folder folder_;
+  size_t nextBelow_ = 0;
   size_t nextFile_ = 0;
 };
 

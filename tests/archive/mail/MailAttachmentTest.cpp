@@ -242,8 +242,24 @@ TEST(MailAttachmentTest, NamesAPieceOfALongerMail) {
   ASSERT_EQ(mail->attachments().size(), 1u);
   EXPECT_EQ(mail->attachments()[0].mediaType, "message/partial");
   EXPECT_EQ(AttachmentBytes(*mail, 0), "piece\n");
-  ASSERT_EQ(mail->troubles().size(), 1u);
-  EXPECT_EQ(mail->troubles()[0].reason, "the mail is piece 2 of 3 of a longer one");
+  EXPECT_EQ(*mail->bodies().text, "[This mail is piece 2 of 3 of a longer one.]\n");
+  EXPECT_TRUE(mail->troubles().empty());
+}
+
+TEST(MailAttachmentTest, ShowsTheTextWithinTheFirstPieceOfALongerMail) {
+  const std::string header = "Subject: x\nContent-Type: message/partial; id=x; number=1\n\n";
+  const std::string note = "This mail is piece 1 of a longer one.]\n";
+  OpenedMail mail(header + "Subject: in\nContent-Transfer-Encoding: base64\n\naGVsbG8=\n");
+  EXPECT_EQ(mail.fields().subject, "x");
+  EXPECT_EQ(*mail->bodies().text, "[" + note + "\nhello");
+  EXPECT_FALSE(mail->bodies().html.has_value());
+  EXPECT_TRUE(mail->troubles().empty());
+  EXPECT_EQ(mail->attachments().size(), 1u);
+  OpenedMail html(header + "Content-Type: text/html; charset=us-ascii\n\n<b>x</b>\n");
+  EXPECT_EQ(html->bodies().html->bytes, "<p>[" + note + "</p>\n<b>x</b>\n");
+  EXPECT_EQ(html->bodies().html->charset, "us-ascii");
+  EXPECT_FALSE(html->bodies().text.has_value());
+  EXPECT_EQ(*OpenedMail(header)->bodies().text, "[" + note + "\n");
 }
 
 TEST(MailAttachmentTest, FindsFilesThatAreUuencodedInTexts) {
@@ -254,6 +270,8 @@ TEST(MailAttachmentTest, FindsFilesThatAreUuencodedInTexts) {
   ASSERT_EQ(mail->attachments().size(), 2u);
   EXPECT_EQ(mail->attachments()[0].name, "a file.txt");
   EXPECT_EQ(mail->attachments()[1].name, "b");
+  EXPECT_EQ(mail->attachments()[0].size, 5u);
+  EXPECT_EQ(mail->attachments()[1].size, 3u);
   EXPECT_EQ(AttachmentBytes(*mail, 0), "hello");
   EXPECT_EQ(AttachmentBytes(*mail, 1), "abc");
   EXPECT_EQ(mail.fields().attachmentCount, 2u);

@@ -48,6 +48,23 @@ TEST_F(MaildirTest, GivesReadAndNewMailsInTheOrderOfTheirNames) {
   EXPECT_EQ(EntriesOf(*open()), (Texts{"[] 3", "10.M1.host a", "20.M1.host b", "05.M1.host c"}));
 }
 
+TEST_F(MaildirTest, NamesFoldersThatAreWhereMailsAre) {
+  const auto line = [](const std::string& name) {
+    return ": the folder \"" + name +
+           "\" in it is not where a Maildir has folders, and is not read";
+  };
+  addFolder(".Sent");
+  for (const char* name : {"cur/b", "cur/a", "new/b", ".Sent/cur/c", "cur/.hidden", "cur/empty"}) {
+    fs::create_directories(root() / name);
+  }
+  for (const char* name : {"cur/b", "cur/a", "new/b", ".Sent/cur/c", "cur/.hidden"}) {
+    addMail(std::string(name) + "/1.x", "lost");
+  }
+  addMail("cur/1.x:2,S", "root");
+  EXPECT_EQ(EntriesOf(*open()), (Texts{"[] 1", line("cur/a"), line("cur/b"), line("new/b"),
+                                       "1.x root", "[Sent] 0", line("cur/c")}));
+}
+
 TEST_F(MaildirTest, GivesTheFoldersBelow) {
   addFolder(".Sent.2024");
   addFolder(".Sent");
