@@ -22,6 +22,21 @@ include(CMakePackageConfigHelpers)
 
 set(cmakedir ${CMAKE_INSTALL_LIBDIR}/cmake/TarnPst)
 
+# As built, the program looks for libraries in its own folder; TARGET_built_rpath then has room for the
+# path that it gets when it is installed. CMake would make that room of empty folders, and an empty one is
+# the folder that a program happens to be started in. Here it comes from "/.".
+function(look_in_own_folder target installed_rpath)
+  set(rpath "$ORIGIN")
+  string(LENGTH "${installed_rpath}" needed)
+  string(LENGTH "${rpath}" room)
+  while(room LESS needed)
+    string(APPEND rpath "/.")
+    string(LENGTH "${rpath}" room)
+  endwhile()
+  set_target_properties(${target} PROPERTIES INSTALL_RPATH ${rpath} BUILD_WITH_INSTALL_RPATH ON)
+  set(${target}_built_rpath ${rpath} PARENT_SCOPE)
+endfunction()
+
 # Libraries and program. Whatever the prefix becomes, each finds the others from where it lies.
 set(helperdir lib/tarnpst)  # programs that only tarnmail starts
 set(include_installed $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
@@ -48,19 +63,9 @@ if(NOT WIN32)
   endif()
   target_compile_definitions(tarnmail_parts PRIVATE TARN_LIBRARIES_FROM_PROGRAM="${libdir_from_program}")
   target_compile_definitions(tarn_console PRIVATE TARN_HELPERS_FROM_PROGRAM="${helperdir_from_program}")
-  # CMake would pad what is built with empty folders, to have room for what is installed, and an empty
-  # one is the folder that a program happens to be started in. Here the room comes from "/.".
-  set(built_rpath "$ORIGIN")
-  string(LENGTH "${program_rpath}" needed)
-  string(LENGTH "${built_rpath}" room)
-  while(room LESS needed)
-    string(APPEND built_rpath "/.")
-    string(LENGTH "${built_rpath}" room)
-  endwhile()
   set_target_properties(Tarnbase PROPERTIES SKIP_BUILD_RPATH ON)
   set_target_properties(TarnPst PROPERTIES INSTALL_RPATH "$ORIGIN" BUILD_WITH_INSTALL_RPATH ON)
-  set_target_properties(tarnmail PROPERTIES
-    INSTALL_RPATH ${built_rpath} BUILD_WITH_INSTALL_RPATH ON)
+  look_in_own_folder(tarnmail "${program_rpath}")
 endif()
 install(TARGETS TarnPst Tarnbase EXPORT TarnPst
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
@@ -70,7 +75,7 @@ install(TARGETS tarnmail RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 if(NOT WIN32)
   install(CODE "file(RPATH_CHANGE
     FILE \"\$ENV{DESTDIR}${installed_bindir}/tarnmail\"
-    OLD_RPATH [[${built_rpath}]] NEW_RPATH [[${program_rpath}]])")
+    OLD_RPATH [[${tarnmail_built_rpath}]] NEW_RPATH [[${program_rpath}]])")
 endif()
 
 # The helpers that lay out pages, which tarnmail starts from there: the component `pages`, which needs
@@ -90,8 +95,12 @@ if(TARGET tarnmail-archive)
       ${CMAKE_INSTALL_PREFIX}/${helperdir} ${CMAKE_INSTALL_FULL_LIBDIR})
     set(archive_rpath "$ORIGIN/${libdir_from_helper}")
   endif()
-  set_target_properties(tarnmail-archive PROPERTIES INSTALL_RPATH ${archive_rpath})
+  look_in_own_folder(tarnmail-archive "${archive_rpath}")
   install(TARGETS tarnmail-archive RUNTIME DESTINATION ${helperdir} COMPONENT archive EXCLUDE_FROM_ALL)
+  install(CODE "file(RPATH_CHANGE
+    FILE \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${helperdir}/tarnmail-archive\"
+    OLD_RPATH [[${tarnmail-archive_built_rpath}]] NEW_RPATH [[${archive_rpath}]])"
+    COMPONENT archive EXCLUDE_FROM_ALL)
 endif()
 
 install(FILES ${PROJECT_SOURCE_DIR}/Include/TarnPst.h ${PROJECT_SOURCE_DIR}/Include/TarnPstLayout.h
