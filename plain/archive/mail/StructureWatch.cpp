@@ -7,6 +7,7 @@
 
 #include "archive/mail/AsciiText.h"
 #include "archive/mail/GObjectPtr.h"
+#include "archive/mail/ParseMail.h"
 
 namespace tarn::archive::mail {
 namespace {
@@ -152,6 +153,10 @@ void StructureWatch::endField() {
   field_.clear();
   parameters_ = 0;
   colons_ = 0;
+}
+
+StructureWatch::StructureWatch(const StructureLimits& limits) : limits_(limits) {
+  ReadingOptions();  // GMime itself is made ready with them
 }
 
 // GMime itself says what the boundary is, so that both look for the same.

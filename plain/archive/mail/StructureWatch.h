@@ -30,8 +30,8 @@ struct StructureLimits {
 
 class StructureWatch {
  public:
-  StructureWatch() = default;
-  explicit StructureWatch(const StructureLimits& limits) : limits_(limits) {}
+  StructureWatch() : StructureWatch(StructureLimits()) {}
+  explicit StructureWatch(const StructureLimits& limits);
 
   // How many of the next bytes GMime may have: all, or those up to a limit and none after it.
   size_t allow(std::string_view bytes);
