@@ -23,7 +23,8 @@ class WorkerProcess {
   explicit WorkerProcess(const WorkerPlan& plan);
   WorkerProcess(const WorkerProcess&) = delete;
   WorkerProcess& operator=(const WorkerProcess&) = delete;
-  // Kills it.
+  // Lets it end by itself, as it does when it is not asked for more, and kills it after two
+  // seconds.
   ~WorkerProcess();
 
   pages::Channel& channel() { return channel_; }
@@ -34,6 +35,8 @@ class WorkerProcess {
   std::string end();
 
  private:
+  void letEnd();
+
   Beat beat_;
   pages::Channel channel_;
   int process_ = 0;

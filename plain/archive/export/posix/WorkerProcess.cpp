@@ -8,6 +8,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <ctime>
 #include <system_error>
 #include <vector>
 
@@ -50,7 +51,24 @@ WorkerProcess::WorkerProcess(const WorkerPlan& plan) : beat_(OpenBeat(plan.beat)
   }
 }
 
-WorkerProcess::~WorkerProcess() { (void)end(); }
+WorkerProcess::~WorkerProcess() {
+  if (process_ != 0) letEnd();
+  (void)end();
+}
+
+void WorkerProcess::letEnd() {
+  constexpr int kMoments = 2000;
+  constexpr timespec kMoment = {0, 1'000'000};
+  channel_.close();
+  for (int i = 0; i < kMoments; ++i) {
+    siginfo_t ended = {};
+    if (waitid(P_PID, static_cast<id_t>(process_), &ended, WEXITED | WNOHANG | WNOWAIT) != 0 ||
+        ended.si_pid != 0) {
+      return;
+    }
+    nanosleep(&kMoment, nullptr);
+  }
+}
 
 std::string WorkerProcess::end() {
   if (process_ == 0) return {};
