@@ -22,7 +22,7 @@ if [ -x "$root/build/debug/tests/FuzzArchiveMail" ]; then
 fi
 
 declare -A FUZZ_DICTIONARY=(
-  [FuzzArchiveEml]=mail.dict [FuzzArchiveHtml]=html.dict
+  [FuzzArchiveEml]=mail.dict [FuzzCatalogue]=mail.dict [FuzzArchiveHtml]=html.dict
   [FuzzByteSearch]=mail.dict [FuzzCompoundFile]=compound.dict [FuzzCompressedRtf]=rtf.dict
   [FuzzEmbeddedExport]=msg.dict [FuzzEmlRoad]=mail.dict [FuzzImagePass]=images.dict
   [FuzzMsgRoad]=msg.dict [FuzzPstRoad]=pst.dict [FuzzPstStore]=pst.dict [FuzzRtfDocument]=rtf.dict

@@ -156,8 +156,9 @@ class LineWriter {
       text.remove_prefix(kNoBreakSpace.size());
     }
     while (lines_.size() > start && lines_.back() == ' ') lines_.pop_back();
-    lines_ += '\n';
-    isBlank_ = false;
+    // Text as it is may have blank lines too, but none at the front.
+    isBlank_ = lines_.size() == start;
+    if (!isBlank_ || start != 0) lines_ += '\n';
   }
 
   void addBlank(std::string_view prefix) {

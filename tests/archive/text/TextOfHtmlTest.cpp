@@ -26,6 +26,11 @@ TEST(TextOfHtmlTest, SpacesCollapse) {
   EXPECT_EQ(TextOf("a&nbsp;&nbsp;b"), "a  b\n");
 }
 
+TEST(TextOfHtmlTest, NoBlankLineComesFirst) {
+  EXPECT_EQ(TextOf("<pre>  \n \nx\n\n\ny</pre>"), "x\n\n\ny\n");
+  EXPECT_EQ(TextOf("<pre> \n </pre>"), "");
+}
+
 TEST(TextOfHtmlTest, ParagraphsHaveBlankLinesBetweenThem) {
   EXPECT_EQ(TextOf("<p>one<p>two</p>three<div>four</div>five"),
             "one\n\ntwo\n\nthree\nfour\nfive\n");
