@@ -51,6 +51,7 @@ void MboxSink::takeLine(std::string_view line) {
   if (atLineStart_ && WithoutQuotes(line).starts_with(kFrom)) out_.put(">");
   out_.put(line).put("\n");
   atLineStart_ = true;
+  hasOpenQuotes_ = false;
 }
 
 void MboxSink::takePartOfLine(std::string_view part) {
@@ -60,7 +61,7 @@ void MboxSink::takePartOfLine(std::string_view part) {
         !hasBegun_ && rest.starts_with(kFrom) && rest.size() < kLongestDropped;
     if (kFrom.starts_with(rest) || rest == "\r" || mayBeDropped) {
       // Quotes may go ahead: one more of them is one more wherever it is.
-      if (rest.size() != part.size()) hasBegun_ = true;
+      if (rest.size() != part.size()) hasBegun_ = hasOpenQuotes_ = true;
       out_.put(part.substr(0, part.size() - rest.size()));
       held_ = rest;
       return;
@@ -78,7 +79,7 @@ void MboxSink::takePartOfLine(std::string_view part) {
 
 void MboxSink::finish() {
   if (!held_.empty() && held_ != "\r") takeLine(std::exchange(held_, {}));
-  if (!atLineStart_) out_.put("\n");
+  if (!atLineStart_ || hasOpenQuotes_) out_.put("\n");
   out_.put("\n");
 }
 

@@ -28,8 +28,9 @@ class MboxSink final : public ByteSink {
   void takePartOfLine(std::string_view part);
 
   SinkBuffer& out_;
-  std::string held_;  // a line end that may come, or what may become "From "
-  bool atLineStart_ = true;
+  std::string held_;         // a line end that may come, or what may become "From "
+  bool atLineStart_ = true;  // or after nothing but quotes
+  bool hasOpenQuotes_ = false;
   bool hasBegun_ = false;
   bool hasSeenBytes_ = false;
 };

@@ -35,6 +35,15 @@ TEST(MboxSinkTest, EndsTheLastLine) {
   ExpectMbox("", "\n");
 }
 
+TEST(MboxSinkTest, EndsALastLineOfQuotes) {
+  ExpectMbox("a\n\n>", "a\n\n>\n\n");
+  ExpectMbox("a\n\n>>\r", "a\n\n>>\n\n");
+  ExpectMbox("a\n\n>\n", "a\n\n>\n\n");
+  ExpectMbox("a\n\n>From", "a\n\n>From\n\n");
+  ExpectMbox("a\n\n>\n\r", "a\n\n>\n\n");
+  ExpectMbox(">", ">\n\n");
+}
+
 TEST(MboxSinkTest, QuotesLinesThatBeginMails) {
   ExpectMbox("a\nFrom b\n>From c\n>>From d\nFrom\n From e\n>>Fro\n> From\nfrom x\n",
              "a\n>From b\n>>From c\n>>>From d\nFrom\n From e\n>>Fro\n> From\nfrom x\n\n");
