@@ -9,8 +9,8 @@
 
 namespace tarn::archive::mail {
 
-// The offset is known where the date has one; a zone of an unknown name, "-0000" and none at all
-// are read as UTC of an unknown offset.
+// The offset is known where the date has one. A date without a zone, with "-0000" or with a zone
+// whose name is unknown is taken for UTC, and its offset is unknown.
 std::optional<Moment> MomentOfDate(std::string_view date);
 
 // Of the line that begins a mail of an mbox: "From ann@example.com Mon Jan  1 10:34:56 2024".

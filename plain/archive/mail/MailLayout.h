@@ -39,7 +39,7 @@ struct MailLayout {
 // `seeksUuencode`: whether texts may have uuencoded files in them.
 MailLayout LayOut(GMimeMessage* message, bool seeksUuencode);
 
-// "IPM.Note", or what the type of the mail stands for:
+// "IPM.Note", or the class of what the mail is by its Content-Type:
 //   REPORT.IPM.Note.NDR, .DR       delivery reports (RFC 3464): of a failure, of anything else
 //   REPORT.IPM.Note.IPNRN          disposition notifications (RFC 8098)
 //   IPM.Schedule.Meeting.Request, .Canceled, .Resp.Pos, .Resp.Neg, .Resp.Tent

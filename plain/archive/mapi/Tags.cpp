@@ -98,4 +98,30 @@ std::string DescribeTag(uint16_t id) {
   return name.empty() ? number : std::string(name) + " (" + number + ")";
 }
 
+size_t WidthOfNumber(uint16_t type) {
+  switch (type) {
+    case kTypeBoolean:
+      return 1;
+    case kTypeInteger16:
+      return 2;
+    case kTypeInteger32:
+    case kTypeFloat32:
+    case kTypeError:
+      return 4;
+    case kTypeFloat64:
+    case kTypeCurrency:
+    case kTypeFloatingTime:
+    case kTypeInteger64:
+    case kTypeTime:
+      return 8;
+    default:
+      return 0;
+  }
+}
+
+size_t WidthOfValue(uint16_t type) {
+  constexpr size_t kGuid = 16;
+  return type == kTypeGuid ? kGuid : WidthOfNumber(type);
+}
+
 }  // namespace tarn::archive::mapi

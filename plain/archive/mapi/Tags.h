@@ -3,6 +3,7 @@
 #define TARN_ARCHIVE_TAGS_H
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -91,6 +92,13 @@ std::string_view NameOfTag(uint16_t id);
 
 // "PidTagSubject (0x0037)", or the number alone.
 std::string DescribeTag(uint16_t id);
+
+// How many bytes a number of this type takes (MS-OXCDATA 2.11.1), times and truth values among
+// them; 0 for all other types.
+size_t WidthOfNumber(uint16_t type);
+
+// How many bytes a value of this type takes; 0 for types of any length.
+size_t WidthOfValue(uint16_t type);
 
 }  // namespace tarn::archive::mapi
 

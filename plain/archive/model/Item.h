@@ -11,6 +11,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "archive/model/ByteSource.h"
@@ -90,6 +91,9 @@ enum class AttachmentKind : uint8_t {
   Reference,  // a file or address elsewhere: nothing to read
   Signature   // the signature of a signed mail, kept as it is
 };
+
+// "data", "item", "ole", "reference", "signature"
+std::string_view NameOf(AttachmentKind kind);
 
 struct Attachment {
   AttachmentKind kind = AttachmentKind::Data;

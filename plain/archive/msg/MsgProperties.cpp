@@ -23,34 +23,6 @@ const unsigned char* Bytes(std::string_view text) {
   return reinterpret_cast<const unsigned char*>(text.data());
 }
 
-// The bytes of a value that is in its record; none for types whose values are in streams.
-std::optional<size_t> WidthInRecord(uint16_t type) {
-  switch (type) {
-    case kTypeBoolean:
-      return 1;
-    case kTypeInteger16:
-      return 2;
-    case kTypeInteger32:
-    case kTypeFloat32:
-    case kTypeError:
-      return 4;
-    case kTypeFloat64:
-    case kTypeCurrency:
-    case kTypeFloatingTime:
-    case kTypeInteger64:
-    case kTypeTime:
-      return 8;
-    default:
-      return std::nullopt;
-  }
-}
-
-// The bytes of one of several values; none where they differ.
-std::optional<size_t> WidthOfMany(uint16_t type) {
-  if (type == kTypeGuid) return 16;
-  return WidthInRecord(type);
-}
-
 bool HasManyValues(uint16_t type) { return (type & kMultipleValues) != 0; }
 
 uint32_t KeyOf(PropertyTag tag) { return (uint32_t{tag.id} << 16) | tag.type; }
@@ -130,7 +102,7 @@ void MsgProperties::addRecord(const unsigned char* record) {
   row.tag.id = LoadLittleEndian<uint16_t>(record + 2);
   std::copy_n(record + 8, row.value.size(), row.value.begin());
   if (row.tag.id == 0 || rowOf_.count(row.tag.id) != 0) return;
-  if (!WidthInRecord(row.tag.type)) {
+  if (WidthOfNumber(row.tag.type) == 0) {
     const auto at = streams_.find(KeyOf(row.tag));
     if (at != streams_.end()) {
       row.entry = at->second;
@@ -150,7 +122,7 @@ void MsgProperties::addRecord(const unsigned char* record) {
 void MsgProperties::addStreamsWithoutRecord() {
   for (const auto& [key, entry] : streams_) {
     const PropertyTag tag{static_cast<uint16_t>(key >> 16), static_cast<uint16_t>(key)};
-    if (WidthInRecord(tag.type) || !rowOf_.emplace(tag.id, rows_.size()).second) continue;
+    if (WidthOfNumber(tag.type) != 0 || !rowOf_.emplace(tag.id, rows_.size()).second) continue;
     rows_.push_back({tag, {}, entry});
   }
 }
@@ -176,7 +148,7 @@ std::optional<uint16_t> MsgProperties::typeOf(uint16_t id) {
 std::optional<uint64_t> MsgProperties::sizeOf(uint16_t id) {
   const Row* const row = find(id);
   if (row == nullptr) return std::nullopt;
-  if (const std::optional<size_t> width = WidthInRecord(row->tag.type)) return *width;
+  if (const size_t width = WidthOfNumber(row->tag.type)) return width;
   return row->entry ? file_.sizeOf(*row->entry) : 0;
 }
 
@@ -194,15 +166,16 @@ Outcome<std::string> MsgProperties::streamOf(const Row& row, size_t limit) {
 Outcome<std::string> MsgProperties::bytes(uint16_t id, size_t limit) {
   const Row* const row = find(id);
   if (row == nullptr) return Trouble{TroubleKind::Missing, "the property is not there"};
-  if (const std::optional<size_t> width = WidthInRecord(row->tag.type)) {
-    return std::string(row->value.begin(), row->value.begin() + static_cast<ptrdiff_t>(*width));
+  if (const size_t width = WidthOfNumber(row->tag.type)) {
+    return std::string(row->value.begin(), row->value.begin() + static_cast<ptrdiff_t>(width));
   }
   return streamOf(*row, limit);
 }
 
 Outcome<std::unique_ptr<ByteSource>> MsgProperties::stream(uint16_t id) {
   const Row* const row = find(id);
-  if (row != nullptr && row->entry && !WidthInRecord(row->tag.type)) return file_.open(*row->entry);
+  if (row != nullptr && row->entry && WidthOfNumber(row->tag.type) == 0)
+    return file_.open(*row->entry);
   Outcome<std::string> all = bytes(id, kRecordSize);
   if (!all) return all.trouble();
   return BytesOf(std::move(*all));
@@ -217,13 +190,13 @@ Outcome<std::vector<std::string>> MsgProperties::values(uint16_t id, size_t limi
     return std::vector<std::string>{std::move(*one)};
   }
   const uint16_t type = row->tag.type & ~kMultipleValues;
-  return WidthOfMany(type) ? fixedValues(*row, limit) : variableValues(*row, limit);
+  return WidthOfValue(type) != 0 ? fixedValues(*row, limit) : variableValues(*row, limit);
 }
 
 Outcome<std::vector<std::string>> MsgProperties::fixedValues(const Row& row, size_t limit) {
   const Outcome<std::string> all = streamOf(row, limit);
   if (!all) return all.trouble();
-  const size_t width = *WidthOfMany(row.tag.type & ~kMultipleValues);
+  const size_t width = WidthOfValue(row.tag.type & ~kMultipleValues);
   std::vector<std::string> values;
   for (size_t at = 0; at + width <= all->size(); at += width) {
     values.push_back(all->substr(at, width));

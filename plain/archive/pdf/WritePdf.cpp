@@ -33,18 +33,8 @@ class MemorySink final : public ByteSink {
   size_t limit_;
 };
 
-std::string IsoWithOffset(const std::optional<Moment>& moment) {
-  if (!moment) return "";
-  if (!moment->offsetMinutes) return Iso8601(*moment);
-  const int32_t offset = *moment->offsetMinutes;
-  std::string text = Iso8601({moment->seconds + int64_t{60} * offset, std::nullopt});
-  text.pop_back();
-  const auto twoDigits = [](int32_t number) {
-    return std::string{static_cast<char>('0' + number / 10), static_cast<char>('0' + number % 10)};
-  };
-  const int32_t minutes = offset < 0 ? -offset : offset;
-  text += offset < 0 ? '-' : '+';
-  return text + twoDigits(minutes / 60 % 100) + ':' + twoDigits(minutes % 60);
+std::string TimeText(const std::optional<Moment>& moment) {
+  return moment ? Iso8601WithOffset(*moment) : std::string();
 }
 
 std::vector<std::string> AddressTexts(const std::vector<Address>& addresses) {
@@ -61,8 +51,8 @@ MailFacts FactsOf(const ItemFields& fields) {
   facts.to = AddressTexts(fields.to);
   facts.cc = AddressTexts(fields.cc);
   facts.bcc = AddressTexts(fields.bcc);
-  facts.sent = IsoWithOffset(fields.sent);
-  facts.received = IsoWithOffset(fields.received);
+  facts.sent = TimeText(fields.sent);
+  facts.received = TimeText(fields.received);
   facts.messageId = fields.messageId;
   return facts;
 }

@@ -5,8 +5,9 @@
 // below the user's root, by names from the store's root; of these only such as hold items matter.
 // Searches are no folders: what they find is in folders.
 //
-// Where a hierarchy table cannot be read, the folders that name the folder as their parent stand in
-// for its rows. A store without a root folder has the folders whose parent is no folder at its top.
+// Where a hierarchy table cannot be read, the folders that name the folder as their parent are
+// taken instead of its rows. A store without a root folder has at its top the folders whose parent
+// is no folder.
 #ifndef TARN_ARCHIVE_STORE_FOLDERTREE_H
 #define TARN_ARCHIVE_STORE_FOLDERTREE_H
 

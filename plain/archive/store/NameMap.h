@@ -1,4 +1,4 @@
-// NameMap.h - the named properties of a store: which id stands for which name (MS-PST 2.4.7).
+// NameMap.h - the named properties of a store: which id has which name (MS-PST 2.4.7).
 #ifndef TARN_ARCHIVE_STORE_NAMEMAP_H
 #define TARN_ARCHIVE_STORE_NAMEMAP_H
 

@@ -4,6 +4,7 @@
 #include <new>
 
 #include "Common/LittleEndian.h"
+#include "archive/mapi/Tags.h"
 #include "pststore/Disk.h"
 #include "pststore/Errors.h"
 
@@ -79,7 +80,7 @@ std::optional<StoredValue> PropertyContext::find(uint16_t id) const {
   if (found == records_.end() || found->id != id) return std::nullopt;
   std::array<unsigned char, 4> entry;
   StoreLittleEndian<uint32_t>(entry.data(), found->value);
-  const size_t width = WidthOfNumber(found->type);
+  const size_t width = mapi::WidthOfNumber(found->type);
   return MakeStoredValue(found->type, {reinterpret_cast<const char*>(entry.data()), entry.size()},
                          width <= entry.size() ? width : 0);
 }

@@ -100,7 +100,7 @@ void StoreMessage::addHeldAttachments() {
 Outcome<size_t> StoreMessage::attachmentCount() {
   const size_t count = attachments().size();
   if (count == 0 && attachmentTrouble_) return *attachmentTrouble_;
-  // One more stands for those that cannot be named.
+  // Those that cannot be named are one more together.
   return count + (attachmentTrouble_ ? 1 : 0);
 }
 

@@ -27,8 +27,8 @@ class StoreMessage final : public mapi::MapiMessage {
   }
   std::optional<mapi::PropertyName> nameOf(uint16_t id) override { return names_->nameOf(id); }
 
-  // Rows that say that they are the same one are one recipient. After those that can be read one
-  // more stands for all others.
+  // Rows that say that they are the same one are one recipient. All that cannot be read are
+  // one more together, the last.
   Outcome<size_t> recipientCount() override;
   Outcome<std::unique_ptr<mapi::PropertySet>> recipient(size_t index) override;
 

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <span>
 
+#include "archive/mapi/Tags.h"
 #include "archive/store/StoreTrouble.h"
 #include "pststore/Disk.h"
 #include "pststore/Errors.h"
@@ -92,8 +93,6 @@ std::vector<std::string> SplitFixed(size_t width, std::string_view bytes) {
   return values;
 }
 
-constexpr size_t kGuidWidth = 16;
-
 }  // namespace
 
 StoredValue MakeStoredValue(uint16_t type, std::string_view bytes, size_t inlineWidth) {
@@ -103,27 +102,6 @@ StoredValue MakeStoredValue(uint16_t type, std::string_view bytes, size_t inline
   std::memcpy(value.fixed.data(), bytes.data(), value.fixedSize);
   if (value.fixedSize == 0) value.hnid = LoadNumber(bytes, 0);
   return value;
-}
-
-size_t WidthOfNumber(uint16_t type) {
-  switch (type) {
-    case mapi::kTypeBoolean:
-      return 1;
-    case mapi::kTypeInteger16:
-      return 2;
-    case mapi::kTypeInteger32:
-    case mapi::kTypeFloat32:
-    case mapi::kTypeError:
-      return 4;
-    case mapi::kTypeFloat64:
-    case mapi::kTypeCurrency:
-    case mapi::kTypeFloatingTime:
-    case mapi::kTypeInteger64:
-    case mapi::kTypeTime:
-      return 8;
-    default:
-      return 0;
-  }
 }
 
 // The object's allocation: the subnode's id, and the size that it is said to have.
@@ -230,7 +208,7 @@ Outcome<std::vector<std::string>> StoredProperties::values(uint16_t id, size_t l
   if ((type & mapi::kMultipleValues) == 0) return std::vector<std::string>{std::move(*whole)};
   return Guarded(Named(id) + " cannot be read", [&] {
     if (IsVariable(single)) return SplitVariable(single, *whole);
-    const size_t width = single == mapi::kTypeGuid ? kGuidWidth : WidthOfNumber(single);
+    const size_t width = mapi::WidthOfValue(single);
     if (width == 0) throw pststore::database_corrupt("values of unknown width");
     return SplitFixed(width, *whole);
   });

@@ -30,9 +30,6 @@ struct StoredValue {
 // this type takes, 0 where they name a place.
 StoredValue MakeStoredValue(uint16_t type, std::string_view bytes, size_t inlineWidth);
 
-// How many bytes a number of this type takes; 0 for all other types.
-size_t WidthOfNumber(uint16_t type);
-
 // Both throw what the store throws. TooLarge beyond the limit.
 uint64_t SizeOfValue(const pststore::heap_impl& heap, const StoredValue& value);
 Outcome<std::string> BytesOfValue(const pststore::heap_impl& heap, const StoredValue& value,

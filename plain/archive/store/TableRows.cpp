@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <set>
 
+#include "archive/mapi/Tags.h"
 #include "archive/store/StoreTrouble.h"
 #include "pststore/Disk.h"
 #include "pststore/Errors.h"
@@ -59,7 +60,7 @@ bool TableShape::has(std::string_view row, const TableColumn& column) const {
 std::optional<StoredValue> TableShape::value(std::string_view row,
                                              const TableColumn& column) const {
   if (!has(row, column)) return std::nullopt;
-  const size_t number = WidthOfNumber(column.type);
+  const size_t number = mapi::WidthOfNumber(column.type);
   const size_t needed = number != 0 ? number : sizeof(uint32_t);
   if (column.width < needed || size_t{column.offset} + needed > row.size()) {
     throw pststore::database_corrupt("cell outside of its row");

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "Common/LittleEndian.h"
+#include "archive/mapi/Tags.h"
 
 namespace tarn::archive::tnef {
 namespace {
@@ -16,30 +17,6 @@ constexpr size_t kInterfaceIdSize = 16;
 
 const unsigned char* Bytes(std::string_view text) {
   return reinterpret_cast<const unsigned char*>(text.data());
-}
-
-// The bytes of a value; none for types whose values have a length of their own.
-std::optional<size_t> WidthOf(uint16_t type) {
-  switch (type) {
-    case kTypeBoolean:
-      return 1;
-    case kTypeInteger16:
-      return 2;
-    case kTypeInteger32:
-    case kTypeFloat32:
-    case kTypeError:
-      return 4;
-    case kTypeFloat64:
-    case kTypeCurrency:
-    case kTypeFloatingTime:
-    case kTypeInteger64:
-    case kTypeTime:
-      return 8;
-    case kTypeGuid:
-      return 16;
-    default:
-      return std::nullopt;
-  }
 }
 
 bool HasLength(uint16_t type) {
@@ -167,7 +144,7 @@ bool TnefProperties::readValues(ListBytes& list, Row& row) {
 }
 
 std::optional<std::string_view> TnefProperties::readValue(ListBytes& list, uint16_t type) {
-  if (const std::optional<size_t> width = WidthOf(type)) return list.filled(*width);
+  if (const size_t width = WidthOfValue(type)) return list.filled(width);
   if (!HasLength(type)) return std::nullopt;
   const std::optional<uint32_t> length = list.number32();
   if (!length) return std::nullopt;

@@ -173,7 +173,7 @@ void HtmlCleaner::putLink(const HtmlToken& tag) {
   }
 }
 
-// The picture behind a table or the whole mail.
+// The background picture of a table or of the whole mail.
 void HtmlCleaner::putBackground(const HtmlToken& tag) {
   const std::string_view* const value = tag.attribute("background");
   if (value == nullptr) return;

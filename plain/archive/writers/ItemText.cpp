@@ -45,21 +45,6 @@ std::string Printed(const char* format, Values... values) {
 
 }  // namespace
 
-CalendarTime CalendarTimeOf(int64_t seconds) {
-  seconds = std::clamp(seconds, kFirstSecond, kLastSecond);
-  const std::chrono::sys_seconds time{std::chrono::seconds(seconds)};
-  const auto day = std::chrono::floor<std::chrono::days>(time);
-  const std::chrono::year_month_day date(day);
-  const auto ofDay = static_cast<unsigned>((time - day).count());
-  return {static_cast<int>(date.year()),
-          static_cast<unsigned>(date.month()),
-          static_cast<unsigned>(date.day()),
-          ofDay / 3600,
-          ofDay / 60 % 60,
-          ofDay % 60,
-          std::chrono::weekday(day).c_encoding()};
-}
-
 std::string DateText(const Moment& moment, UnknownZone unknown) {
   const int32_t offset = moment.offsetMinutes.value_or(0);
   const CalendarTime time =

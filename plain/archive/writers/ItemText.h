@@ -14,7 +14,7 @@ namespace tarn::archive {
 
 enum class UnknownZone : uint8_t {
   Utc,   // "UTC", for people
-  Minus  // "-0000", as mails say it (RFC 5322 3.3)
+  Minus  // written "-0000", as mails write it (RFC 5322 3.3)
 };
 
 // "Wed, 1 May 2024 12:34:56 +0200", by the sender's clock where its offset is known, else in UTC.
@@ -22,18 +22,6 @@ std::string DateText(const Moment& moment, UnknownZone unknown);
 
 // "Wed May  1 10:34:56 2024", in UTC, as the lines have it that begin the mails of an mbox.
 std::string MboxDateText(const Moment& moment);
-
-// Year, month, day, hour, minute and second, in UTC or as the offset says. Years have four digits.
-struct CalendarTime {
-  int year = 1970;
-  unsigned month = 1;
-  unsigned day = 1;
-  unsigned hour = 0;
-  unsigned minute = 0;
-  unsigned second = 0;
-  unsigned weekday = 4;  // 0 is Sunday
-};
-CalendarTime CalendarTimeOf(int64_t seconds);
 
 // "Ann Smith <ann@example.com>", or what of it there is.
 std::string AddressText(const Address& address);

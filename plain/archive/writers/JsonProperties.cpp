@@ -38,30 +38,6 @@ uint64_t NumberOf(std::string_view bytes) {
   return number;
 }
 
-// The bytes that a value of the type has; 0 for types of any length.
-size_t WidthOf(uint16_t type) {
-  switch (type) {
-    case mapi::kTypeBoolean:
-      return 1;
-    case mapi::kTypeInteger16:
-      return 2;
-    case mapi::kTypeInteger32:
-    case mapi::kTypeFloat32:
-    case mapi::kTypeError:
-      return 4;
-    case mapi::kTypeFloat64:
-    case mapi::kTypeCurrency:
-    case mapi::kTypeFloatingTime:
-    case mapi::kTypeInteger64:
-    case mapi::kTypeTime:
-      return 8;
-    case mapi::kTypeGuid:
-      return 16;
-    default:
-      return 0;
-  }
-}
-
 class TextSink final : public ByteSink {
  public:
   std::optional<Trouble> write(std::string_view bytes) override {
@@ -90,7 +66,7 @@ void PutTime(uint64_t fileTime, JsonWriter& json) {
 
 void PutValue(uint16_t type, std::string_view bytes, std::optional<uint32_t> codePage,
               JsonWriter& json) {
-  const size_t width = WidthOf(type);
+  const size_t width = mapi::WidthOfValue(type);
   if (bytes.size() < width) return json.null();
   if (width != 0) bytes = bytes.substr(0, width);
   switch (type) {

@@ -103,27 +103,11 @@ void PutBodies(Item& item, JsonWriter& json, SinkBuffer& out, std::vector<Troubl
   out.put(json.take());
 }
 
-std::string_view KindName(AttachmentKind kind) {
-  switch (kind) {
-    case AttachmentKind::Item:
-      return "item";
-    case AttachmentKind::Ole:
-      return "ole";
-    case AttachmentKind::Reference:
-      return "reference";
-    case AttachmentKind::Signature:
-      return "signature";
-    case AttachmentKind::Data:
-      break;
-  }
-  return "data";
-}
-
 void PutAttachment(const Attachment& attachment, size_t index, JsonWriter& json) {
   json.openObject();
   json.name("index");
   json.number(uint64_t{index + 1});
-  PutText("kind", KindName(attachment.kind), json);
+  PutText("kind", NameOf(attachment.kind), json);
   PutText("name", attachment.name, json);
   PutText("mediaType", attachment.mediaType, json);
   PutTextIfAny("contentId", attachment.contentId, json);

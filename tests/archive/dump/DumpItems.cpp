@@ -24,22 +24,6 @@ struct FreeChecksum {
   void operator()(GChecksum* sum) const { g_checksum_free(sum); }
 };
 
-const char* NameOf(AttachmentKind kind) {
-  switch (kind) {
-    case AttachmentKind::Data:
-      return "data";
-    case AttachmentKind::Item:
-      return "item";
-    case AttachmentKind::Ole:
-      return "ole";
-    case AttachmentKind::Reference:
-      return "reference";
-    case AttachmentKind::Signature:
-      return "signature";
-  }
-  return "";
-}
-
 class Dumper {
  public:
   void entry(archive::Entry& entry);
