@@ -2,30 +2,20 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
+#include <memory>
+#include <optional>
 
 #include "archive/commands/ItemDetails.h"
 #include "archive/common/ItemFilter.h"
 #include "archive/common/MomentText.h"
 #include "archive/text/BodyText.h"
 #include "archive/text/TerminalText.h"
+#include "archive/writers/ItemText.h"
 
 namespace tarn::archive {
 namespace {
 
 constexpr size_t kGap = 2;
-
-// A path in the directory of an organisation tells a reader nothing that the name does not.
-bool IsDirectoryPath(const std::string& address) {
-  return address.starts_with('/') && address.find('@') == std::string::npos;
-}
-
-std::string AddressText(const Address& address) {
-  if (!address.name.empty() && IsDirectoryPath(address.address)) return address.name;
-  if (address.name.empty() || address.name == address.address) return address.address;
-  if (address.address.empty()) return address.name;
-  return address.name + " <" + address.address + ">";
-}
 
 std::vector<std::string> AddressTexts(const std::vector<Address>& addresses) {
   std::vector<std::string> texts;
@@ -104,21 +94,6 @@ std::string HeaderText(Item& item, size_t width) {
   return block.text();
 }
 
-std::string SizeText(uint64_t size) {
-  constexpr std::array<const char*, 4> kUnits = {"KB", "MB", "GB", "TB"};
-  if (size < 1000) return std::to_string(size) + (size == 1 ? " byte" : " bytes");
-  double value = static_cast<double>(size) / 1000;
-  size_t unit = 0;
-  while (value >= 999.5 && unit + 1 < kUnits.size()) {
-    value /= 1000;
-    ++unit;
-  }
-  std::array<char, 32> text;
-  std::snprintf(text.data(), text.size(), value < 9.95 ? "%.1f %s" : "%.0f %s", value,
-                kUnits[unit]);
-  return text.data();
-}
-
 // What an attachment is, where its name does not tell.
 std::string KindText(const Attachment& attachment, const std::string& embeddedCommand) {
   switch (attachment.kind) {
@@ -136,32 +111,74 @@ std::string KindText(const Attachment& attachment, const std::string& embeddedCo
   return attachment.isInline ? "in the text" : "";
 }
 
+// The sizes of an item's attachments. Where the source does not tell one, as with the encoded parts
+// of mails, the bytes are counted: of all attachments together so many that nobody waits for it.
+class CountedSizes {
+ public:
+  std::optional<uint64_t> of(Item& item, size_t index) {
+    const Attachment& attachment = item.attachments()[index];
+    if (attachment.size || attachment.trouble || attachment.kind == AttachmentKind::Item ||
+        attachment.kind == AttachmentKind::Reference) {
+      return attachment.size;
+    }
+    const Outcome<std::unique_ptr<ByteSource>> bytes = item.open(index);
+    if (!bytes) return std::nullopt;
+    uint64_t size = 0;
+    std::array<char, 16384> buffer;
+    while (left_ != 0) {
+      const Outcome<size_t> count = (*bytes)->read(buffer);
+      if (!count) return std::nullopt;
+      if (*count == 0) return size;
+      size += *count;
+      left_ -= std::min<uint64_t>(left_, *count);
+    }
+    return std::nullopt;
+  }
+
+ private:
+  uint64_t left_ = uint64_t{256} << 20;
+};
+
+// The text, with blanks after it to so many columns.
+std::string Padded(const std::string& text, size_t columns) {
+  return text + std::string(columns - std::min(columns, Columns(text)), ' ');
+}
+
 std::string AttachmentLines(Item& item, const std::string& command) {
   const std::vector<Attachment>& attachments = item.attachments();
   if (attachments.empty()) return "";
   constexpr size_t kLongestName = 48;
-  size_t names = 0;
-  std::vector<std::string> shown;
+  constexpr size_t kLongestType = 40;
+  std::vector<std::string> names;
+  std::vector<std::string> types;
+  size_t widestName = 0;
+  size_t widestType = 0;
   for (const Attachment& attachment : attachments) {
     const std::string name = attachment.name.empty() ? "(no name)" : attachment.name;
-    shown.push_back(CutToColumns(HarmlessLine(name), kLongestName));
-    names = std::max(names, Columns(shown.back()));
+    names.push_back(CutToColumns(HarmlessLine(name), kLongestName));
+    types.push_back(CutToColumns(HarmlessLine(attachment.mediaType), kLongestType));
+    widestName = std::max(widestName, Columns(names.back()));
+    widestType = std::max(widestType, Columns(types.back()));
   }
   const size_t digits = std::to_string(attachments.size()).size();
+  const std::string gap(kGap, ' ');
   std::string text = "Attachments:\n";
+  CountedSizes sizes;
   for (size_t i = 0; i < attachments.size(); ++i) {
     const Attachment& attachment = attachments[i];
     const std::string number = std::to_string(i + 1);
-    text += std::string(kGap + digits - number.size(), ' ') + number;
-    text += std::string(kGap, ' ') + shown[i] + std::string(names - Columns(shown[i]), ' ');
     const std::string embedded = command + " " + item.place().id + "/" + number;
+    const std::optional<uint64_t> size = sizes.of(item, i);
+    std::string line =
+        std::string(digits - number.size(), ' ') + number + gap + Padded(names[i], widestName);
+    if (widestType != 0) line += gap + Padded(types[i], widestType);
     for (const std::string& part :
-         {attachment.mediaType, attachment.size ? SizeText(*attachment.size) : std::string(),
-          KindText(attachment, embedded),
+         {size ? SizeText(*size) : std::string(), KindText(attachment, embedded),
           attachment.trouble ? "unreadable: " + attachment.trouble->reason : std::string()}) {
-      if (!part.empty()) text += std::string(kGap, ' ') + HarmlessLine(part);
+      if (!part.empty()) line += gap + HarmlessLine(part);
     }
-    text += '\n';
+    line.erase(line.find_last_not_of(' ') + 1);
+    text += gap + line + '\n';
   }
   return text;
 }

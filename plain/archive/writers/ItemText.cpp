@@ -64,7 +64,9 @@ std::string MboxDateText(const Moment& moment) {
 }
 
 std::string AddressText(const Address& address) {
-  if (address.address.empty()) return OneLine(address.name);
+  const bool isPath =
+      address.address.starts_with('/') && address.address.find('@') == std::string::npos;
+  if (address.address.empty() || (isPath && !address.name.empty())) return OneLine(address.name);
   if (address.name.empty() || address.name == address.address) return OneLine(address.address);
   return OneLine(address.name + " <" + address.address + ">");
 }

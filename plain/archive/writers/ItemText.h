@@ -23,7 +23,8 @@ std::string DateText(const Moment& moment, UnknownZone unknown);
 // "Wed May  1 10:34:56 2024", in UTC, as the lines have it that begin the mails of an mbox.
 std::string MboxDateText(const Moment& moment);
 
-// "Ann Smith <ann@example.com>", or what of it there is.
+// "Ann Smith <ann@example.com>", or what of it there is. A path in the directory of an organisation
+// ("/O=CORP/CN=ANN") tells a reader nothing that the name does not: it is left out.
 std::string AddressText(const Address& address);
 
 // The same of several, after each other with commas.

@@ -47,8 +47,8 @@ TEST_F(Show, TellsHeaderTextAndAttachments) {
       "the minutes of today's meeting and the plan of the rooms are attached, and\n"
       "so is the mail of the caretaker.\n\nNora\n\n"
       "Attachments:\n"
-      "  1  minutes.txt    text/plain\n"
-      "  2  rooms.csv      text/csv\n"
+      "  1  minutes.txt    text/plain      74 bytes\n"
+      "  2  rooms.csv      text/csv        95 bytes\n"
       "  3  caretaker.eml  message/rfc822  282 bytes  message: tarnmail show "
       "nested-attachments.eml 1/3\n";
   EXPECT_EQ(output({"show", "nested-attachments.eml"}), mail);

@@ -30,6 +30,9 @@ TEST(ItemTextTest, TellsAddresses) {
   EXPECT_EQ(AddressText({"", "ann@example.com"}), "ann@example.com");
   EXPECT_EQ(AddressText({"ann@example.com", "ann@example.com"}), "ann@example.com");
   EXPECT_EQ(AddressText({"A\r\nnn", ""}), "A  nn");
+  EXPECT_EQ(AddressText({"Ann", "/O=CORP/CN=ANN"}), "Ann");
+  EXPECT_EQ(AddressText({"", "/O=CORP/CN=ANN"}), "/O=CORP/CN=ANN");
+  EXPECT_EQ(AddressText({"Ann", "/c=de/@example.com"}), "Ann </c=de/@example.com>");
   EXPECT_EQ(AddressesText({{"Ann", ""}, {"", "b@example.com"}}), "Ann, b@example.com");
 }
 
