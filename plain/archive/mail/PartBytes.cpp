@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <string_view>
 
 #include "archive/mail/GObjectPtr.h"
 #include "archive/text/BodyText.h"
@@ -32,15 +33,40 @@ bool IsEncoded(GMimeContentEncoding encoding) {
          encoding == GMIME_CONTENT_ENCODING_UUENCODE;
 }
 
+// Where a content ends that comes before a delimiter. The line end before that is the delimiter's
+// (RFC 2046 5.1.1), and GMime takes it to be as long as the one after.
+gint64 EndBeforeDelimiter(GMimeStream* content) {
+  constexpr gint64 kBefore = 1;
+  constexpr gint64 kAfter = 4;
+  const gint64 end = content->bound_end;
+  if (end < kBefore) return end;
+  const GObjectPtr<GMimeStream> around(
+      g_mime_stream_substream(content, end - kBefore, end + kAfter));
+  std::array<char, kBefore + kAfter> bytes;
+  const ssize_t count = g_mime_stream_read(around.get(), bytes.data(), bytes.size());
+  const std::string_view text(bytes.data(), count < 0 ? 0 : static_cast<size_t>(count));
+  if (text.size() < bytes.size()) return end;
+  if (text.starts_with("\r\n--")) return std::max(content->bound_start, end - 1);
+  return text[1] != '\r' && text.substr(2) == "\n--" ? end + 1 : end;
+}
+
+// Where the raw content of a part is, in a stream of its own, so that two may read the same part;
+// null without content.
+GObjectPtr<GMimeStream> RawContentOf(GMimePart* part) {
+  GMimeDataWrapper* content = g_mime_part_get_content(part);
+  GMimeStream* raw = content == nullptr ? nullptr : g_mime_data_wrapper_get_stream(content);
+  if (raw == nullptr) return nullptr;
+  return GObjectPtr<GMimeStream>(
+      g_mime_stream_substream(raw, raw->bound_start, EndBeforeDelimiter(raw)));
+}
+
 }  // namespace
 
 std::unique_ptr<ByteSource> OpenPart(GMimePart* part) {
-  GMimeDataWrapper* content = g_mime_part_get_content(part);
-  GMimeStream* raw = content == nullptr ? nullptr : g_mime_data_wrapper_get_stream(content);
-  if (raw == nullptr) return std::make_unique<PartSource>(nullptr);
-  // A place of its own, so that two may read the same part.
-  GObjectPtr<GMimeStream> stream(g_mime_stream_substream(raw, raw->bound_start, raw->bound_end));
-  const GMimeContentEncoding encoding = g_mime_data_wrapper_get_encoding(content);
+  GObjectPtr<GMimeStream> stream = RawContentOf(part);
+  if (stream == nullptr) return std::make_unique<PartSource>(nullptr);
+  const GMimeContentEncoding encoding =
+      g_mime_data_wrapper_get_encoding(g_mime_part_get_content(part));
   if (!IsEncoded(encoding)) return std::make_unique<PartSource>(std::move(stream));
   GObjectPtr<GMimeStream> decoded(g_mime_stream_filter_new(stream.get()));
   const GObjectPtr<GMimeFilter> filter(g_mime_filter_basic_new(encoding, FALSE));
@@ -63,10 +89,11 @@ std::string StartOfPart(GMimePart* part, size_t limit) {
 
 std::optional<uint64_t> SizeOfPart(GMimePart* part) {
   GMimeDataWrapper* content = g_mime_part_get_content(part);
-  GMimeStream* raw = content == nullptr ? nullptr : g_mime_data_wrapper_get_stream(content);
-  if (raw == nullptr) return uint64_t{0};
+  if (content == nullptr) return uint64_t{0};
   if (IsEncoded(g_mime_data_wrapper_get_encoding(content))) return std::nullopt;
-  const gint64 length = g_mime_stream_length(raw);
+  const GObjectPtr<GMimeStream> raw = RawContentOf(part);
+  if (raw == nullptr) return uint64_t{0};
+  const gint64 length = g_mime_stream_length(raw.get());
   if (length < 0) return std::nullopt;
   return static_cast<uint64_t>(length);
 }

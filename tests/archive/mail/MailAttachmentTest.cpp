@@ -56,6 +56,26 @@ TEST(MailAttachmentTest, ReadsTwoAtOnce) {
   EXPECT_EQ(*ReadAll(**again, 100), "st");
 }
 
+// The line end before a delimiter is its own, however the delimiter's line ends.
+TEST(MailAttachmentTest, EndsWhereTheLineEndOfTheDelimiterBegins) {
+  for (const std::string delimiterEnd : {"\n", "\r\n"}) {
+    for (const std::string lineEnd : {"\n", "\r\n"}) {
+      for (const std::string content :
+           {"", "a", "ab", "ab\n", "ab\r\n", "\n", "\n\n", "\r\n", "a\n--", "--b1"}) {
+        const std::string part = "--b" + delimiterEnd + "Content-Type: a/b\n\n" + content + lineEnd;
+        OpenedMail mail("Content-Type: multipart/mixed; boundary=b\n\n" + part + part + "--b--" +
+                        delimiterEnd);
+        SCOPED_TRACE(part);
+        ASSERT_EQ(mail->attachments().size(), 2u);
+        for (size_t index = 0; index < 2; ++index) {
+          EXPECT_EQ(AttachmentBytes(*mail, index), content);
+          EXPECT_EQ(mail->attachments()[index].size, content.size());
+        }
+      }
+    }
+  }
+}
+
 TEST(MailAttachmentTest, DecodesNamesRightAndUsualWrongOnes) {
   OpenedMail mail(WithParts({
       "Content-Type: a/b; name*=utf-8''h%C3%A4.txt\n\n",
