@@ -19,12 +19,6 @@ namespace {
 namespace fs = std::filesystem;
 using Json = nlohmann::ordered_json;
 
-void Check(const std::optional<Trouble>& trouble) {
-  if (!trouble) return;
-  throw host::Failure(host::ExitStatus::Failed,
-                      trouble->reason + "; --resume goes on with what is finished");
-}
-
 // What shows the items: nothing where that is not wanted.
 class Shown {
  public:
@@ -36,20 +30,20 @@ class Shown {
 
   void add(const CatalogueItem& item) {
     if (!catalogue_) return;
-    Check(catalogue_->add(item));
-    Check(index_->add(item));
+    CheckStaged(catalogue_->add(item));
+    CheckStaged(index_->add(item));
   }
 
   void finish() {
     if (!catalogue_) return;
-    Check(catalogue_->finish());
-    Check(index_->finish());
+    CheckStaged(catalogue_->finish());
+    CheckStaged(index_->finish());
   }
 
  private:
   template <typename Writer>
   static std::unique_ptr<Writer> opened(Outcome<std::unique_ptr<Writer>> writer) {
-    if (!writer) Check(writer.trouble());
+    if (!writer) CheckStaged(writer.trouble());
     return std::move(*writer);
   }
 
@@ -83,16 +77,16 @@ class Completion {
       take(line);
       return true;
     });
-    if (!read) Check(read.trouble());
+    if (!read) CheckStaged(read.trouble());
     flush();
     shown_.finish();
-    Check(manifest_->sync());
+    CheckStaged(manifest_->sync());
     options_.step();
     staging_.sync();
     options_.step();
     std::error_code error;
     fs::rename(staging_.path(kManifestName), staging_.tree() / kManifestName, error);
-    if (error) Check(SystemTrouble(staging_.tree() / kManifestName, error.value()));
+    if (error) CheckStaged(SystemTrouble(staging_.tree() / kManifestName, error.value()));
     options_.step();
     staging_.remove();
     return counts_;
@@ -101,7 +95,7 @@ class Completion {
  private:
   static std::unique_ptr<GrowingFile> openedFile(const fs::path& path) {
     Outcome<std::unique_ptr<GrowingFile>> file = GrowingFile::open(path);
-    if (!file) Check(file.trouble());
+    if (!file) CheckStaged(file.trouble());
     return std::move(*file);
   }
 
@@ -116,15 +110,15 @@ class Completion {
       fs::remove(to, error);
       Outcome<std::unique_ptr<GrowingFile>> grown =
           GrowingFile::open(staging_.grown().pathOf(name));
-      if (!grown) Check(grown.trouble());
+      if (!grown) CheckStaged(grown.trouble());
       // What an ended run has added is not in the sum.
-      if ((*grown)->size() != sum.bytes) Check((*grown)->cutTo(sum.bytes));
+      if ((*grown)->size() != sum.bytes) CheckStaged((*grown)->cutTo(sum.bytes));
       fs::create_hard_link(staging_.grown().pathOf(name), to, error);
       if (error) {
         error.clear();
         fs::copy_file(staging_.grown().pathOf(name), to, error);
       }
-      if (error) Check(SystemTrouble(to, error.value()));
+      if (error) CheckStaged(SystemTrouble(to, error.value()));
     }
   }
 
@@ -211,7 +205,7 @@ class Completion {
       constexpr uint64_t kPiece = 4096;
       const Outcome<std::string> more =
           staging_.journal().read(at, std::min<uint64_t>(kPiece, staging_.journal().size() - at));
-      if (!more) Check(more.trouble());
+      if (!more) CheckStaged(more.trouble());
       text += *more;
     }
     return Json::parse(std::string_view(text).substr(0, text.find('\n')));
@@ -223,10 +217,10 @@ class Completion {
     if (row.contains("catalogueBytes")) {
       const uint64_t bytes = row["catalogueBytes"];
       const Outcome<std::string> packed = texts_->read(textsRead_, bytes);
-      if (!packed) Check(packed.trouble());
+      if (!packed) CheckStaged(packed.trouble());
       textsRead_ += bytes;
       Outcome<CatalogueItem> unpacked = UnpackedItem(*packed);
-      if (!unpacked) Check(unpacked.trouble());
+      if (!unpacked) CheckStaged(unpacked.trouble());
       item = std::move(*unpacked);
     } else {
       item.source = row["source"];
@@ -308,7 +302,7 @@ class Completion {
 
   void flush() {
     options_.step();
-    Check(manifest_->append(waiting_));
+    CheckStaged(manifest_->append(waiting_));
     waiting_.clear();
   }
 

@@ -7,6 +7,7 @@
 #include "archive/export/Packing.h"
 #include "archive/export/Sources.h"
 #include "archive/export/Staging.h"
+#include "archive/export/WorkerMessages.h"
 #include "console/Paths.h"
 #include "console/PrivateFolder.h"
 #include "console/StandardStreams.h"
@@ -107,7 +108,7 @@ ExitStatus Export(ExportOptions options) {
   ExportSources sources = FindSources(search, tree);
   Staging staging(tree, SettingsOf(options), options.resume);
   try {
-    ExportRun(options, sources, staging).run();
+    RunExport(options, sources, staging);
   } catch (const std::system_error& error) {
     throw Failure(ExitStatus::Broken, "no worker can be started", error.what());
   }

@@ -1,15 +1,12 @@
 #include "archive/export/ItemExport.h"
 
-#include <chrono>
-#include <functional>
-#include <system_error>
 #include <utility>
+#include <vector>
 
 #include "archive/catalogue/CatalogueItem.h"
 #include "archive/catalogue/ItemTexts.h"
-#include "archive/common/ItemFilter.h"
-#include "archive/common/JsonWriter.h"
 #include "archive/common/SafeName.h"
+#include "archive/export/ItemFiles.h"
 #include "archive/export/ItemNames.h"
 #include "archive/export/KeptBodies.h"
 #include "archive/export/ManifestRows.h"
@@ -19,86 +16,36 @@
 namespace tarn::archive {
 namespace {
 
-namespace fs = std::filesystem;
-
-using Writer = std::function<Written(Item&, const AttachmentPaths&, ByteSink&)>;
-
-struct FormFile {
-  ExportForm form;
-  const char* name;
-  const char* file;
-  Writer write;
+// What an attachment has become.
+struct Attached {
+  std::string path;         // relative to the item's folder; empty without a file
+  std::string fingerprint;  // of its bytes, or of the item that it is
 };
 
-Writer Without(Written (*write)(Item&, ByteSink&)) {
-  return [write](Item& item, const AttachmentPaths&, ByteSink& sink) { return write(item, sink); };
+// Message id, sender, time, body, attachments.
+std::string Fingerprint(Item& item, const std::vector<Attached>& attached) {
+  Sha256 sum;
+  const ItemFields fields = item.fields(Detail::Envelope);
+  sum.addText(fields.messageId);
+  sum.addText(fields.from.address.empty() ? fields.from.name : fields.from.address);
+  sum.addText(fields.subject);
+  sum.addText(fields.sent ? Iso8601(*fields.sent) : "");
+  const Bodies bodies = item.bodies();
+  sum.addText(bodies.html ? bodies.html->bytes : "");
+  sum.addText(bodies.text.value_or(""));
+  sum.addText(bodies.html || bodies.text ? "" : bodies.rtf.value_or(""));
+  for (const Attached& one : attached) sum.addText(one.fingerprint);
+  constexpr size_t kFingerprintDigits = 32;
+  return sum.digest().substr(0, kFingerprintDigits);
 }
-
-const std::vector<FormFile>& FormFiles() {
-  static const std::vector<FormFile> kForms = {
-      {ExportForm::Html, "html", "message.html", WriteHtml},
-      {ExportForm::Text, "text", "message.txt", Without(WriteText)},
-      {ExportForm::Eml, "eml", "message.eml", Without(WriteEml)},
-      {ExportForm::Mbox, "mbox", "", Without(WriteMbox)},
-      {ExportForm::Json, "json", "message.json", Without(WriteJson)},
-      {ExportForm::Pdf, "pdf", "message.pdf", nullptr},
-  };
-  return kForms;
-}
-
-// Adds up what goes into another.
-class CountingSink final : public ByteSink {
- public:
-  explicit CountingSink(ByteSink& sink) : sink_(sink) {}
-  std::optional<Trouble> write(std::string_view bytes) override {
-    count_ += bytes.size();
-    return sink_.write(bytes);
-  }
-  uint64_t count() const { return count_; }
-
- private:
-  ByteSink& sink_;
-  uint64_t count_ = 0;
-};
-
-// Keeps the sum alone.
-class SummingSink final : public ByteSink {
- public:
-  std::optional<Trouble> write(std::string_view bytes) override {
-    sum_.add(bytes);
-    return std::nullopt;
-  }
-  std::string digest() const { return sum_.digest(); }
-
- private:
-  Sha256 sum_;
-};
-
-// A file that is made when the first bytes come.
-class LateFile final : public ByteSink {
- public:
-  using Make = std::function<std::unique_ptr<HashedFile>()>;
-  explicit LateFile(Make make) : make_(std::move(make)) {}
-  std::optional<Trouble> write(std::string_view bytes) override {
-    if (!file_) file_ = make_();
-    return file_->write(bytes);
-  }
-  const std::unique_ptr<HashedFile>& file() const { return file_; }
-
- private:
-  Make make_;
-  std::unique_ptr<HashedFile> file_;
-};
-
-// A place that takes no more ends everything.
-struct Full {
-  Trouble trouble;
-};
 
 class ItemExporter {
  public:
   ItemExporter(const ExportChoices& choices, const ItemTarget& target, std::string outermostId)
-      : choices_(choices), target_(target), outermostId_(std::move(outermostId)) {}
+      : choices_(choices),
+        target_(target),
+        outermostId_(std::move(outermostId)),
+        files_(target.folder, target.tree) {}
 
   ItemResult run(Item& item) {
     ItemResult result;
@@ -110,18 +57,12 @@ class ItemExporter {
       finishRow(row);
       result.rows += JournalLine(row);
     }
-    result.hasFolder = hasFolder_;
-    result.bytes = bytes_;
+    result.hasFolder = files_.hasFolder();
+    result.bytes = files_.bytes() + mailBytes_;
     return result;
   }
 
  private:
-  // What an attachment has become.
-  struct Attached {
-    std::string path;         // relative to the item's folder; empty without a file
-    std::string fingerprint;  // of its bytes, or of the item that it is
-  };
-
   // `below` is the folder of an embedded item within that of the outermost, with a slash at its
   // end.
   std::string exportOne(Item& source, const std::string& below, int depth) {
@@ -148,7 +89,7 @@ class ItemExporter {
     }
     writeForms(item, paths, row, below);
     loseAll(row, item.troubles());
-    rows_[row].fingerprint = fingerprint(item, attached);
+    rows_[row].fingerprint = Fingerprint(item, attached);
     tellCatalogue(item, row);
     return rows_[row].fingerprint;
   }
@@ -189,10 +130,10 @@ class ItemExporter {
       const std::string otherwise =
           attachment.kind == AttachmentKind::Item ? nameOf(index) + ".eml" : nameOf(index);
       attached.path = "attachments/" + names.make(SafeName(attachment.name, otherwise));
-      const std::unique_ptr<HashedFile> file = newFile(where.below + attached.path);
+      const std::unique_ptr<HashedFile> file = files_.create(where.below + attached.path);
       copied = CopyAll(bytes, *file);
       if (copied.writing) throw Full{*copied.writing};
-      ExportedFile told = finished(*file, where.below + attached.path, "attachment");
+      ExportedFile told = files_.finish(*file, where.below + attached.path, "attachment");
       told.name = attachment.name;
       told.index = index + 1;
       attached.fingerprint = told.sha256;
@@ -244,80 +185,55 @@ class ItemExporter {
         writePdf(item, row, below + form.file);
         hasFiles = true;
       } else {
-        writeFile(item, paths, row, {below + form.file, form.name, form.write});
+        writeFile(item, paths, row, {below + form.file, form.role, form.write});
         hasFiles = true;
       }
     }
     if (!hasFiles) return;
     const std::string messageClass = rows_[row].item.fields.messageClass;
     if (IsContact(messageClass)) {
-      writeFile(item, paths, row, {below + "contact.vcf", "vcard", Without(WriteVcard)});
+      writeFile(item, paths, row, {below + "contact.vcf", "vcard", WithoutPaths(WriteVcard)});
     }
     if (IsCalendar(rows_[row].item.fields.messageClass)) {
-      writeFile(item, paths, row, {below + "event.ics", "icalendar", Without(WriteIcalendar)});
+      writeFile(item, paths, row, {below + "event.ics", "icalendar", WithoutPaths(WriteIcalendar)});
     }
   }
 
   struct FileToWrite {
     std::string path;
     const char* role;
-    Writer write;
+    FormWriter write;
   };
 
   void writeFile(Item& item, const AttachmentPaths& paths, size_t row, const FileToWrite& what) {
-    const std::unique_ptr<HashedFile> file = newFile(what.path);
+    const std::unique_ptr<HashedFile> file = files_.create(what.path);
     const Written written = what.write(item, paths, *file);
     if (written.full) throw Full{*written.full};
     loseAll(row, written.lost);
-    rows_[row].item.files.push_back(finished(*file, what.path, what.role));
+    rows_[row].item.files.push_back(files_.finish(*file, what.path, what.role));
   }
 
   void writePdf(Item& item, size_t row, const std::string& path) {
-    LateFile file([this, &path] { return newFile(path); });
+    LateFile file([this, &path] { return files_.create(path); });
     const WrittenPdf written = WritePdf(item, *target_.layout, file);
     if (written.full) throw Full{*written.full};
     loseAll(row, written.lost);
     if (written.noPages) {
       lose(row, "it has no PDF: " + written.noPages->reason);
     } else {
-      rows_[row].item.files.push_back(finished(*file.file(), path, NameOf(ExportForm::Pdf).data()));
+      rows_[row].item.files.push_back(
+          files_.finish(*file.file(), path, NameOf(ExportForm::Pdf).data()));
     }
   }
 
-  void writeMail(Item& item, const Writer& write, size_t row) {
+  void writeMail(Item& item, const FormWriter& write, size_t row) {
     CountingSink mails(target_.mails);
     const Written written = write(item, {}, mails);
     if (written.full) throw Full{*written.full};
     loseAll(row, written.lost);
     rows_[row].mbox = target_.mbox;
     rows_[row].mboxBytes = mails.count();
-    bytes_ += mails.count();
-  }
-
-  std::unique_ptr<HashedFile> newFile(const std::string& path) {
-    const fs::path full = target_.folder / path;
-    if (full.parent_path() != lastFolder_) {
-      std::error_code error;
-      fs::create_directories(full.parent_path(), error);
-      if (error) throw Full{SystemTrouble(full.parent_path(), error.value())};
-      lastFolder_ = full.parent_path();
-      hasFolder_ = true;
-    }
-    Outcome<std::unique_ptr<HashedFile>> file = HashedFile::create(full);
-    if (!file) throw Full{file.trouble()};
-    return std::move(*file);
-  }
-
-  ExportedFile finished(HashedFile& file, const std::string& path, const char* role) {
-    const Outcome<FileSum> sum = file.finish();
-    if (!sum) throw Full{sum.trouble()};
-    bytes_ += sum->bytes;
-    ExportedFile told;
-    told.path = target_.tree + "/" + path;
-    told.role = role;
-    told.bytes = sum->bytes;
-    told.sha256 = sum->sha256;
-    return told;
+    mailBytes_ += mails.count();
   }
 
   void describe(Item& item, CatalogueItem& record) const {
@@ -326,23 +242,6 @@ class ItemExporter {
     record.parent = item.place().parent;
     record.folder = *item.place().folder;
     record.fields = item.fields(Detail::Envelope);
-  }
-
-  // Message id, sender, time, body, attachments.
-  static std::string fingerprint(Item& item, const std::vector<Attached>& attached) {
-    Sha256 sum;
-    const ItemFields fields = item.fields(Detail::Envelope);
-    sum.addText(fields.messageId);
-    sum.addText(fields.from.address.empty() ? fields.from.name : fields.from.address);
-    sum.addText(fields.subject);
-    sum.addText(fields.sent ? Iso8601(*fields.sent) : "");
-    const Bodies bodies = item.bodies();
-    sum.addText(bodies.html ? bodies.html->bytes : "");
-    sum.addText(bodies.text.value_or(""));
-    sum.addText(bodies.html || bodies.text ? "" : bodies.rtf.value_or(""));
-    for (const Attached& one : attached) sum.addText(one.fingerprint);
-    constexpr size_t kFingerprintDigits = 32;
-    return sum.digest().substr(0, kFingerprintDigits);
   }
 
   void tellCatalogue(Item& item, size_t row) {
@@ -370,34 +269,12 @@ class ItemExporter {
   const ItemTarget& target_;
   const std::string outermostId_;
   std::vector<ItemRow> rows_;
-  fs::path lastFolder_;
+  ItemFiles files_;
   size_t attachments_ = 0;
-  bool hasFolder_ = false;
-  uint64_t bytes_ = 0;
+  uint64_t mailBytes_ = 0;
 };
 
 }  // namespace
-
-std::string_view NameOf(ExportForm form) {
-  for (const FormFile& file : FormFiles()) {
-    if (file.form == form) return file.name;
-  }
-  return {};
-}
-
-std::vector<ExportForm> AllForms() {
-  std::vector<ExportForm> forms;
-  for (const FormFile& file : FormFiles()) forms.push_back(file.form);
-  return forms;
-}
-
-pages::HelperOptions HelpersOf(const PageChoices& choices) {
-  pages::HelperOptions options;
-  options.programs = choices.helpers;
-  options.sandbox = choices.sandbox;
-  options.limits.timePerDocument = std::chrono::seconds(choices.seconds);
-  return options;
-}
 
 Outcome<ItemResult> ExportItem(Item& item, const ExportChoices& choices, const ItemTarget& target) {
   try {
@@ -405,34 +282,6 @@ Outcome<ItemResult> ExportItem(Item& item, const ExportChoices& choices, const I
   } catch (const Full& full) {
     return full.trouble;
   }
-}
-
-std::string RowOfLost(const PlanEntry& entry, const std::string& source,
-                      const std::string& reason) {
-  if (entry.kind == PlanKind::Trouble) {
-    const std::string folder = FolderText(*entry.folder);
-    JsonWriter json;
-    json.openObject();
-    json.name("type");
-    json.text("trouble");
-    json.name("source");
-    json.text(source);
-    json.name("reason");
-    json.text((folder.empty() ? "" : folder + ": ") + reason);
-    json.name("files");
-    json.openArray();
-    json.closeArray();
-    json.closeObject();
-    return std::string(json.line()) + "\n";
-  }
-  ItemRow row;
-  row.item.source = source;
-  row.item.id = entry.id;
-  row.item.parent = entry.parent;
-  row.item.folder = *entry.folder;
-  row.item.status = ExportStatus::Failed;
-  row.reasons.push_back(reason);
-  return JournalLine(row);
 }
 
 }  // namespace tarn::archive

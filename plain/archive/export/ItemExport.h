@@ -5,41 +5,14 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
-#include <set>
 #include <string>
-#include <string_view>
-#include <vector>
 
-#include "archive/export/SourcePlan.h"
+#include "archive/export/ExportForms.h"
 #include "archive/model/ByteSink.h"
 #include "archive/model/Item.h"
 #include "archive/pdf/PageLayout.h"
 
 namespace tarn::archive {
-
-enum class ExportForm : uint8_t { Html, Text, Eml, Mbox, Json, Pdf };
-
-// "html" and so on; empty beyond the last.
-std::string_view NameOf(ExportForm form);
-// Those that can be written, in the order of their values.
-std::vector<ExportForm> AllForms();
-
-// How pages are made.
-struct PageChoices {
-  std::string helpers;  // the folder of the helper programs
-  pages::Paper paper = pages::Paper::A4;
-  bool sandbox = true;    // of the helpers
-  uint64_t seconds = 50;  // for the layout of an item, and again for its PDF
-};
-
-struct ExportChoices {
-  std::set<ExportForm> forms;
-  bool attachments = true;  // as files beside
-  bool catalogue = true;    // what is to be found by words is told
-  PageChoices pages;        // of Pdf
-};
-
-pages::HelperOptions HelpersOf(const PageChoices& choices);
 
 // Of all attachments of an item, those of embedded ones among them, no more become files.
 inline constexpr size_t kMostAttachmentFiles = 10'000;
@@ -65,9 +38,6 @@ struct ItemResult {
 // Writes everything; what of the item cannot be read is told in its rows. A trouble says that a
 // place takes no more.
 Outcome<ItemResult> ExportItem(Item& item, const ExportChoices& choices, const ItemTarget& target);
-
-// The line of an item that cannot be read at all, or of a trouble of the source, which is no item.
-std::string RowOfLost(const PlanEntry& entry, const std::string& source, const std::string& reason);
 
 }  // namespace tarn::archive
 

@@ -81,4 +81,32 @@ std::string JournalLine(const ItemRow& row) {
   return std::string(json.line()) + "\n";
 }
 
+std::string RowOfLost(const PlanEntry& entry, const std::string& source,
+                      const std::string& reason) {
+  if (entry.kind == PlanKind::Trouble) {
+    const std::string folder = FolderText(*entry.folder);
+    JsonWriter json;
+    json.openObject();
+    json.name("type");
+    json.text("trouble");
+    json.name("source");
+    json.text(source);
+    json.name("reason");
+    json.text((folder.empty() ? "" : folder + ": ") + reason);
+    json.name("files");
+    json.openArray();
+    json.closeArray();
+    json.closeObject();
+    return std::string(json.line()) + "\n";
+  }
+  ItemRow row;
+  row.item.source = source;
+  row.item.id = entry.id;
+  row.item.parent = entry.parent;
+  row.item.folder = *entry.folder;
+  row.item.status = ExportStatus::Failed;
+  row.reasons.push_back(reason);
+  return JournalLine(row);
+}
+
 }  // namespace tarn::archive

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "archive/catalogue/CatalogueItem.h"
+#include "archive/export/SourcePlan.h"
 
 namespace tarn::archive {
 
@@ -26,6 +27,9 @@ struct ItemRow {
 
 // With a line end. Both kinds of lines are JSON objects, always valid UTF-8.
 std::string JournalLine(const ItemRow& row);
+
+// The line of an item that cannot be read at all, or of a trouble of the source, which is no item.
+std::string RowOfLost(const PlanEntry& entry, const std::string& source, const std::string& reason);
 
 // The reasons in one line, each once; of very many the first.
 std::string JoinedReasons(const std::vector<std::string>& reasons);

@@ -29,6 +29,11 @@ std::string TextOfFile(const fs::path& path) {
 
 }  // namespace
 
+void CheckStaged(const std::optional<Trouble>& trouble) {
+  if (!trouble) return;
+  throw Failure(ExitStatus::Failed, trouble->reason + "; --resume goes on with what is finished");
+}
+
 ExportFolder KindOfExportFolder(const fs::path& folder) {
   std::error_code ignored;
   if (fs::exists(folder / kManifestName, ignored)) return ExportFolder::Finished;

@@ -58,6 +58,10 @@ class Staging {
   int lock_ = -1;
 };
 
+// Throws host::Failure (Failed) for a trouble: what is finished is in the staging, and --resume
+// goes on with it.
+void CheckStaged(const std::optional<Trouble>& trouble);
+
 // Of one folder; what else is to know of the system. One folder a system implements it: the number
 // of the open file, -1 where another program has it.
 int LockFile(const std::filesystem::path& path);

@@ -7,6 +7,8 @@
 
 #include "archive/export/Beat.h"
 #include "archive/export/ItemExport.h"
+#include "archive/export/ManifestRows.h"
+#include "archive/export/SourcePlan.h"
 #include "archive/export/SourceSum.h"
 #include "archive/export/WorkerMessages.h"
 #include "archive/sources/OpenSource.h"
@@ -49,7 +51,7 @@ class Worker {
       const WorkerRequest request = UnpackedRequest(message);
       const std::optional<Trouble> trouble =
           request.task == WorkerTask::Plan ? plan(request) : exportEntries(request);
-      if (trouble) say({WorkerWord::Stopped, trouble->reason, {}});
+      if (trouble) say({WorkerWord::Stopped, trouble->reason});
     }
     return 0;
   }
@@ -57,7 +59,9 @@ class Worker {
  private:
   void say(const WorkerReply& reply) { (void)channel_.send(Packed(reply)); }
   void sayUnopened(const Trouble& trouble) {
-    say({WorkerWord::Unopened, trouble.reason, {static_cast<uint64_t>(trouble.kind)}});
+    WorkerReply reply{WorkerWord::Unopened, trouble.reason};
+    reply.kind = trouble.kind;
+    say(reply);
   }
 
   // Kept open from one request to the next.
@@ -87,7 +91,10 @@ class Worker {
     const Outcome<uint64_t> entries =
         WritePlan(**reader, filter, limits, request.plan, [this] { beat_.tick(); });
     if (!entries) return entries.trouble();
-    say({WorkerWord::Planned, sum->sha256, {*entries, sum->bytes, beat_.count()}});
+    WorkerReply reply{WorkerWord::Planned, sum->sha256};
+    reply.entries = *entries;
+    reply.bytes = sum->bytes;
+    say(reply);
     return std::nullopt;
   }
 
@@ -98,9 +105,10 @@ class Worker {
       return std::nullopt;
     }
     const fs::path folder = request.folder;
-    Outcome<std::unique_ptr<GrowingFile>> rows = GrowingFile::open(folder / "rows");
-    Outcome<std::unique_ptr<GrowingFile>> mails = GrowingFile::open(folder / "mails");
-    Outcome<std::unique_ptr<GrowingFile>> texts = GrowingFile::open(folder / "texts");
+    const auto openPart = [&](WorkerPart part) { return GrowingFile::open(folder / NameOf(part)); };
+    const Outcome<std::unique_ptr<GrowingFile>> rows = openPart(WorkerPart::Rows);
+    const Outcome<std::unique_ptr<GrowingFile>> mails = openPart(WorkerPart::Mails);
+    const Outcome<std::unique_ptr<GrowingFile>> texts = openPart(WorkerPart::Texts);
     Outcome<std::unique_ptr<PlanReader>> plan = PlanReader::open(request.plan, request.offset);
     for (const auto* const file : {&rows, &mails, &texts}) {
       if (!*file) return file->trouble();
@@ -116,7 +124,7 @@ class Worker {
       if (trouble) return trouble;
       beat_.tick();
     }
-    say({WorkerWord::Done, "", {}});
+    say({WorkerWord::Done, ""});
     return std::nullopt;
   }
 
@@ -156,10 +164,11 @@ class Worker {
       if (!full) full = sink->flush();
     }
     if (full) return full;
-    say({WorkerWord::Exported,
-         result.fingerprint,
-         {result.hasFolder ? 1u : 0u, sinks.rows.end(), sinks.mails.end(), sinks.texts.end(),
-          result.bytes}});
+    WorkerReply reply{WorkerWord::Exported, result.fingerprint};
+    reply.hasFolder = result.hasFolder;
+    reply.bytes = result.bytes;
+    reply.ends.places = {sinks.rows.end(), sinks.mails.end(), sinks.texts.end()};
+    say(reply);
     return std::nullopt;
   }
 

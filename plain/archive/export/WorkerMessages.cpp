@@ -19,6 +19,11 @@ std::optional<Span> TakeSpan(Unpacker& fields) {
 
 }  // namespace
 
+const char* NameOf(WorkerPart part) {
+  constexpr std::array<const char*, kWorkerParts> kNames = {"rows", "mails", "texts"};
+  return kNames[static_cast<size_t>(part)];
+}
+
 std::string Packed(const WorkerRequest& request) {
   Packer packer;
   packer.put(static_cast<uint64_t>(request.task)).put(request.name).put(request.path);
@@ -81,7 +86,9 @@ WorkerRequest UnpackedRequest(std::string_view message) {
 std::string Packed(const WorkerReply& reply) {
   Packer packer;
   packer.put(static_cast<uint64_t>(reply.word)).put(reply.text);
-  for (const uint64_t number : reply.numbers) packer.put(number);
+  packer.put(reply.entries).put(static_cast<uint64_t>(reply.kind));
+  packer.put(reply.hasFolder).put(reply.bytes);
+  for (const uint64_t end : reply.ends.places) packer.put(end);
   return std::move(packer.bytes());
 }
 
@@ -90,7 +97,11 @@ WorkerReply UnpackedReply(std::string_view message) {
   WorkerReply reply;
   reply.word = static_cast<WorkerWord>(fields.number());
   reply.text = fields.text();
-  for (uint64_t& number : reply.numbers) number = fields.number();
+  reply.entries = fields.number();
+  reply.kind = static_cast<TroubleKind>(fields.number());
+  reply.hasFolder = fields.flag();
+  reply.bytes = fields.number();
+  for (uint64_t& end : reply.ends.places) end = fields.number();
   return reply;
 }
 

@@ -2,6 +2,8 @@
 #ifndef TARN_ARCHIVE_WORKERMESSAGES_H
 #define TARN_ARCHIVE_WORKERMESSAGES_H
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -41,19 +43,38 @@ struct WorkerRequest {
   uint64_t count = 0;
 };
 
+// The files in the folder of a worker that all its entries are added to, one after the other.
+enum class WorkerPart : uint8_t {
+  Rows,   // of the journal
+  Mails,  // for the mbox of the folder
+  Texts   // what the catalogue is told
+};
+inline constexpr size_t kWorkerParts = 3;
+const char* NameOf(WorkerPart part);
+
+// A place in each of them.
+struct WorkerParts {
+  std::array<uint64_t, kWorkerParts> places = {};
+  uint64_t of(WorkerPart part) const { return places[static_cast<size_t>(part)]; }
+};
+
 enum class WorkerWord : uint8_t {
-  Planned,   // text: the sum of the source; numbers: its entries, its bytes
-  Unopened,  // text: why the source cannot be read; numbers: the kind of trouble
-  Exported,  // one entry; text: its fingerprint; numbers: whether it has a folder, and the ends of
-             // its parts of rows, mails and texts
+  Planned,   // text: the sum of the source
+  Unopened,  // text: why the source cannot be read
+  Exported,  // one entry; text: its fingerprint
   Done,      // all entries of the request
   Stopped    // text: why nothing more can be written
 };
 
 struct WorkerReply {
   WorkerWord word = WorkerWord::Done;
-  std::string text;
-  uint64_t numbers[5] = {};
+  std::string text = {};
+
+  uint64_t entries = 0;                        // of Planned
+  TroubleKind kind = TroubleKind::Unreadable;  // of Unopened
+  bool hasFolder = false;                      // of Exported
+  WorkerParts ends = {};                       // of Exported: where its parts end
+  uint64_t bytes = 0;                          // of the source, or of the entry's files
 };
 
 std::string Packed(const WorkerRequest& request);

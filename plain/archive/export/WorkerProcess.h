@@ -2,9 +2,12 @@
 #ifndef TARN_ARCHIVE_WORKERPROCESS_H
 #define TARN_ARCHIVE_WORKERPROCESS_H
 
+#include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "archive/export/Beat.h"
 #include "siblings/client/Channel.h"
@@ -41,6 +44,10 @@ class WorkerProcess {
   pages::Channel channel_;
   int process_ = 0;
 };
+
+// Those that have something to say or have ended, as places in the list; none after that time.
+std::vector<size_t> WaitForWorkers(const std::vector<WorkerProcess*>& workers,
+                                   std::chrono::milliseconds limit);
 
 // The program that runs.
 std::filesystem::path OwnProgram();

@@ -87,6 +87,20 @@ std::string WorkerProcess::end() {
   return "ended with exit status " + std::to_string(WEXITSTATUS(status));
 }
 
+std::vector<size_t> WaitForWorkers(const std::vector<WorkerProcess*>& workers,
+                                   std::chrono::milliseconds limit) {
+  std::vector<pollfd> entries;
+  for (WorkerProcess* const worker : workers) {
+    entries.push_back({worker->channel().descriptor(), POLLIN, 0});
+  }
+  std::vector<size_t> ready;
+  if (poll(entries.data(), entries.size(), static_cast<int>(limit.count())) <= 0) return ready;
+  for (size_t index = 0; index < entries.size(); ++index) {
+    if (entries[index].revents != 0) ready.push_back(index);
+  }
+  return ready;
+}
+
 std::filesystem::path OwnProgram() { return std::filesystem::read_symlink("/proc/self/exe"); }
 
 }  // namespace tarn::archive

@@ -1,0 +1,158 @@
+#include "archive/export/Batch.h"
+
+#include <nlohmann/json.hpp>
+#include <system_error>
+#include <utility>
+
+#include "archive/export/ManifestRows.h"
+#include "archive/export/SourceSum.h"
+#include "console/Paths.h"
+#include "console/SystemFiles.h"
+
+namespace tarn::archive {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr uint64_t kBatchBytes = uint64_t{64} << 20;
+
+// What the worker has written of the entry into one of its parts.
+std::string PartOf(const FinishedEntry& finished, WorkerPart part) {
+  const uint64_t begin = finished.begins.of(part);
+  const uint64_t end = finished.ends.of(part);
+  if (begin == end) return {};
+  const Outcome<std::unique_ptr<GrowingFile>> file =
+      GrowingFile::open(finished.folder / NameOf(part));
+  if (!file) CheckStaged(file.trouble());
+  Outcome<std::string> bytes = (*file)->read(begin, end - begin);
+  if (!bytes) CheckStaged(bytes.trouble());
+  return std::move(*bytes);
+}
+
+// The rows of a copy, which has no files of its own.
+std::string WithoutFiles(const std::string& rows) {
+  std::string changed;
+  for (size_t begin = 0; begin < rows.size();) {
+    const size_t end = rows.find('\n', begin);
+    auto row = nlohmann::ordered_json::parse(std::string_view(rows).substr(begin, end - begin));
+    row["files"] = nlohmann::ordered_json::array();
+    row.erase("mbox");
+    row.erase("mboxBytes");
+    changed += row.dump() + "\n";
+    begin = end + 1;
+  }
+  return changed;
+}
+
+}  // namespace
+
+Batch::Batch(const ExportOptions& options, WorkQueue& queue, Staging& staging, Progress& progress)
+    : options_(options),
+      queue_(queue),
+      staging_(staging),
+      progress_(progress),
+      fingerprints_(staging.resumed().fingerprints) {}
+
+bool Batch::isFull() const { return items_ >= options_.batchItems || bytes_ >= kBatchBytes; }
+
+void Batch::add(Piece& piece) {
+  switch (piece.kind) {
+    case PieceKind::Begin:
+      rows_ += SourceLine(queue_.source(piece.source).found.name, queue_.work(piece.source).sum);
+      return;
+    case PieceKind::Entries:
+      return addEntries(piece);
+    case PieceKind::End:
+      return endSource(piece.source);
+  }
+}
+
+void Batch::addEntries(Piece& piece) {
+  if (planSource_ != piece.source || !plan_ || plan_->offset() != piece.offset) {
+    plan_ = queue_.openPlan(piece.source, piece.offset);
+    planSource_ = piece.source;
+  }
+  uint64_t bytes = 0;
+  for (FinishedEntry& finished : piece.finished) {
+    const Outcome<std::optional<PlanEntry>> entry = plan_->next();
+    if (!entry) CheckStaged(entry.trouble());
+    addEntry(piece, **entry, finished);
+    bytes += finished.bytes;
+  }
+  items_ += piece.count;
+  bytes_ += bytes;
+  rows_ += BatchLine(queue_.source(piece.source).found.name, piece.first + piece.count,
+                     staging_.grown().takeChanges());
+  progress_.done(piece.count, bytes);
+}
+
+void Batch::addEntry(Piece& piece, const PlanEntry& entry, FinishedEntry& finished) {
+  const ExportSource& source = queue_.source(piece.source);
+  if (finished.folder.empty()) {
+    rows_ += RowOfLost(entry, source.found.name, finished.reason);
+    return;
+  }
+  const bool isCopy = !finished.fingerprint.empty() && options_.dedupe &&
+                      !fingerprints_.insert(finished.fingerprint).second;
+  const std::string rows = PartOf(finished, WorkerPart::Rows);
+  rows_ += isCopy ? WithoutFiles(rows) : rows;
+  const std::string folder = source.tree + (entry.folderPath.empty() ? "" : "/" + entry.folderPath);
+  options_.step();
+  CheckStaged(staging_.grown().append(kTextsName, PartOf(finished, WorkerPart::Texts)));
+  if (isCopy) return;
+  if (options_.choices.forms.contains(ExportForm::Mbox) && entry.kind == PlanKind::Item) {
+    CheckStaged(
+        staging_.grown().append(folder + "/" + kMboxName, PartOf(finished, WorkerPart::Mails)));
+  }
+  if (finished.hasFolder) {
+    moves_.push_back({finished.folder / std::to_string(finished.number),
+                      staging_.tree() / host::PathFromUtf8(folder + "/" + entry.name)});
+  }
+}
+
+void Batch::endSource(size_t source) {
+  SourceWork& work = queue_.work(source);
+  const FoundSource& found = queue_.source(source).found;
+  if (work.reason.empty() && work.stamp != StampOfSource(found.path, found.kind)) {
+    work.reason = "has changed while it was exported";
+  }
+  rows_ += EndLine(found.name, work.reason);
+  ++items_;
+  std::error_code ignored;
+  fs::remove(queue_.planPath(source), ignored);
+  if (work.reason.empty()) progress_.tell(found.name, work.entries);
+}
+
+// One sync for all of them; then they are put into their places, and then they are finished.
+void Batch::finish() {
+  if (rows_.empty()) return;
+  options_.step();
+  staging_.sync();
+  placeFolders();
+  options_.step();
+  CheckStaged(staging_.journal().append(rows_));
+  CheckStaged(staging_.journal().sync());
+  options_.step();
+  rows_.clear();
+  moves_.clear();
+  items_ = 0;
+  bytes_ = 0;
+}
+
+void Batch::placeFolders() {
+  std::set<fs::path> made;
+  for (const Move& move : moves_) {
+    options_.step();
+    std::error_code error;
+    if (made.insert(move.to.parent_path()).second) {
+      fs::create_directories(move.to.parent_path(), error);
+    }
+    // What is there is of a batch that was not finished.
+    if (!error && fs::exists(fs::symlink_status(move.to, error))) host::RemoveTree(move.to);
+    error.clear();
+    fs::rename(move.from, move.to, error);
+    if (error) CheckStaged(SystemTrouble(move.to, error.value()));
+  }
+}
+
+}  // namespace tarn::archive

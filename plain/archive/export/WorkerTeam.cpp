@@ -1,0 +1,243 @@
+#include "archive/export/WorkerTeam.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "archive/export/SourceSum.h"
+#include "console/SystemFiles.h"
+
+namespace tarn::archive {
+namespace {
+
+namespace fs = std::filesystem;
+
+}  // namespace
+
+WorkerTeam::WorkerTeam(const ExportOptions& options, WorkQueue& queue, Staging& staging)
+    : options_(options),
+      queue_(queue),
+      staging_(staging),
+      slots_(std::max<size_t>(options.workers, 1)) {}
+
+WorkerTeam::~WorkerTeam() = default;
+
+void WorkerTeam::work() {
+  for (Slot& slot : slots_) {
+    if (slot.isIdle()) giveWork(slot);
+  }
+  listen();
+}
+
+void WorkerTeam::giveWork(Slot& slot) {
+  if (Piece* const piece = queue_.nextPiece()) return startPiece(slot, *piece);
+  if (const std::optional<size_t> source = queue_.nextSource()) startPlanning(slot, *source);
+}
+
+WorkerRequest WorkerTeam::requestFor(size_t source) const {
+  const FoundSource& found = queue_.source(source).found;
+  WorkerRequest request;
+  request.name = found.name;
+  request.path = found.path.string();
+  request.kind = found.kind;
+  request.recover = options_.recover;
+  request.plan = queue_.planPath(source).string();
+  return request;
+}
+
+void WorkerTeam::startPlanning(Slot& slot, size_t source) {
+  SourceWork& work = queue_.work(source);
+  const FoundSource& found = queue_.source(source).found;
+  if (work.attempts++ == 0) work.stamp = StampOfSource(found.path, found.kind);
+  slot.isPlanning = true;
+  slot.source = source;
+  WorkerRequest request = requestFor(source);
+  request.task = WorkerTask::Plan;
+  request.filter = options_.filter;
+  request.mostEntries = work.mostEntries;
+  request.reasonAfter = work.reasonAfter;
+  ask(slot, request);
+}
+
+// What of the piece is not finished.
+void WorkerTeam::startPiece(Slot& slot, Piece& piece) {
+  piece.isGiven = true;
+  slot.piece = &piece;
+  slot.source = piece.source;
+  Outcome<fs::path> folder = staging_.newWorkFolder();
+  if (!folder) CheckStaged(folder.trouble());
+  slot.folder = *folder;
+  folders_.push_back(*folder);
+  slot.ends = {};
+  WorkerRequest request = requestFor(piece.source);
+  request.task = WorkerTask::Export;
+  request.choices = options_.choices;
+  request.tree = queue_.source(piece.source).tree;
+  request.folder = slot.folder.string();
+  request.first = piece.first;
+  request.count = piece.count;
+  request.offset = piece.offset;
+  // Of a piece that a worker did not survive the entries are passed over that are finished.
+  if (!piece.finished.empty()) {
+    const std::unique_ptr<PlanReader> plan = queue_.openPlan(piece.source, piece.offset);
+    for (size_t done = 0; done < piece.finished.size(); ++done) (void)plan->next();
+    request.offset = plan->offset();
+    request.first += piece.finished.size();
+    request.count -= piece.finished.size();
+  }
+  ask(slot, request);
+}
+
+void WorkerTeam::ask(Slot& slot, const WorkerRequest& request) {
+  if (!slot.process) {
+    const size_t number = static_cast<size_t>(&slot - slots_.data());
+    const fs::path program = options_.program.empty() ? OwnProgram() : options_.program;
+    slot.process = std::make_unique<WorkerProcess>(WorkerPlan{
+        program, staging_.path("work") / ("beat" + std::to_string(number)), options_.memory});
+  }
+  slot.process->beat().set(0);
+  slot.beat = 0;
+  slot.since = Clock::now();
+  // A worker that is gone is met when its answer is waited for.
+  (void)slot.process->channel().send(Packed(request));
+}
+
+void WorkerTeam::listen() {
+  std::vector<Slot*> busy;
+  std::vector<WorkerProcess*> processes;
+  for (Slot& slot : slots_) {
+    if (slot.isIdle()) continue;
+    busy.push_back(&slot);
+    processes.push_back(slot.process.get());
+  }
+  if (busy.empty()) return;
+  constexpr std::chrono::milliseconds kMoment(200);
+  for (const size_t index : WaitForWorkers(processes, kMoment)) hear(*busy[index]);
+  lookForHangs();
+}
+
+void WorkerTeam::hear(Slot& slot) {
+  // As many as are there, so that the workers do not wait for the commits between.
+  do {
+    std::string message;
+    if (slot.process->channel().receive(message) != pages::Heard::Message) {
+      lose(slot, "the process that read it " + slot.process->end());
+      return;
+    }
+    take(slot, UnpackedReply(message));
+  } while (!slot.isIdle() && slot.process->channel().waitForMessage(std::chrono::milliseconds(0)));
+}
+
+void WorkerTeam::take(Slot& slot, const WorkerReply& reply) {
+  slot.since = Clock::now();
+  switch (reply.word) {
+    case WorkerWord::Planned:
+      return takePlan(slot, reply);
+    case WorkerWord::Unopened:
+      return takeUnopened(slot, reply);
+    case WorkerWord::Exported:
+      return takeEntry(slot, reply);
+    case WorkerWord::Done:
+      slot.piece = nullptr;
+      return;
+    case WorkerWord::Stopped:
+      CheckStaged(Trouble{TroubleKind::Unreadable, reply.text});
+  }
+}
+
+void WorkerTeam::takePlan(Slot& slot, const WorkerReply& reply) {
+  SourceWork& work = queue_.work(slot.source);
+  work.sum = {reply.bytes, reply.text};
+  work.entries = reply.entries;
+  work.isReady = true;
+  slot.isPlanning = false;
+}
+
+void WorkerTeam::takeUnopened(Slot& slot, const WorkerReply& reply) {
+  if (slot.isPlanning) {
+    SourceWork& work = queue_.work(slot.source);
+    queue_.source(slot.source).trouble = Trouble{reply.kind, reply.text};
+    work.reason = reply.text;
+    work.isReady = true;
+    slot.isPlanning = false;
+    return;
+  }
+  FinishedEntry lost;
+  lost.reason = reply.text;
+  slot.piece->finished.resize(slot.piece->count, lost);
+  slot.piece = nullptr;
+}
+
+void WorkerTeam::takeEntry(Slot& slot, const WorkerReply& reply) {
+  FinishedEntry finished;
+  finished.folder = slot.folder;
+  finished.fingerprint = reply.text;
+  finished.hasFolder = reply.hasFolder;
+  finished.number = slot.piece->first + slot.piece->finished.size();
+  finished.bytes = reply.bytes;
+  finished.begins = slot.ends;
+  finished.ends = slot.ends = reply.ends;
+  slot.piece->finished.push_back(std::move(finished));
+}
+
+// The worker is gone: what it was at is lost, and all else goes on in a new one.
+void WorkerTeam::lose(Slot& slot, const std::string& how) {
+  const uint64_t beats = slot.process->beat().count();
+  slot.process.reset();
+  if (slot.isPlanning) return losePlan(slot, beats, how);
+  Piece& piece = *slot.piece;
+  slot.piece = nullptr;
+  // The last word of a worker may be the one that is lost.
+  if (piece.isDone()) return;
+  FinishedEntry lost;
+  lost.reason = how;
+  piece.finished.push_back(std::move(lost));
+  if (!piece.isDone()) startPiece(slot, piece);
+}
+
+void WorkerTeam::losePlan(Slot& slot, uint64_t beats, const std::string& how) {
+  constexpr int kAttempts = 3;
+  SourceWork& work = queue_.work(slot.source);
+  work.mostEntries = beats;
+  work.reasonAfter = "what comes after cannot be read: " + how;
+  if (work.attempts < kAttempts) return startPlanning(slot, slot.source);
+  slot.isPlanning = false;
+  work.reason = how;
+  work.isReady = true;
+  queue_.source(slot.source).trouble = Trouble{TroubleKind::Damaged, how};
+}
+
+void WorkerTeam::lookForHangs() {
+  for (Slot& slot : slots_) {
+    if (slot.isIdle()) continue;
+    const uint64_t beat = slot.process->beat().count();
+    if (beat != slot.beat) {
+      slot.beat = beat;
+      slot.since = Clock::now();
+    } else if (Clock::now() - slot.since > std::chrono::seconds(options_.seconds)) {
+      (void)slot.process->end();
+      lose(slot, "took longer than " + std::to_string(options_.seconds) + " seconds");
+    }
+  }
+}
+
+bool WorkerTeam::isAt(const Piece& piece) const {
+  return std::any_of(slots_.begin(), slots_.end(),
+                     [&](const Slot& slot) { return slot.piece == &piece; });
+}
+
+void WorkerTeam::removeFinishedFolders() {
+  std::vector<fs::path> kept;
+  for (const fs::path& folder : folders_) {
+    const bool isWrittenTo = std::any_of(slots_.begin(), slots_.end(), [&](const Slot& slot) {
+      return !slot.isIdle() && slot.folder == folder;
+    });
+    if (isWrittenTo || queue_.needs(folder)) {
+      kept.push_back(folder);
+    } else {
+      host::RemoveTree(folder);
+    }
+  }
+  folders_ = std::move(kept);
+}
+
+}  // namespace tarn::archive

@@ -1,0 +1,80 @@
+// WorkerTeam.h - the workers of an export: each is given what is to be done next, and one that
+// ends or hangs costs the entry that it was at.
+#ifndef TARN_ARCHIVE_WORKERTEAM_H
+#define TARN_ARCHIVE_WORKERTEAM_H
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "archive/export/Export.h"
+#include "archive/export/Staging.h"
+#include "archive/export/WorkQueue.h"
+#include "archive/export/WorkerMessages.h"
+#include "archive/export/WorkerProcess.h"
+
+namespace tarn::archive {
+
+class WorkerTeam {
+ public:
+  WorkerTeam(const ExportOptions& options, WorkQueue& queue, Staging& staging);
+  WorkerTeam(const WorkerTeam&) = delete;
+  WorkerTeam& operator=(const WorkerTeam&) = delete;
+  ~WorkerTeam();
+
+  // Gives work to those that have none, and takes what comes within a moment. Throws host::Failure
+  // where nothing more can be written, std::system_error where no worker can be had.
+  void work();
+
+  // Whether a worker may still say something of the piece.
+  bool isAt(const Piece& piece) const;
+
+  // Removes the files of entries that are all committed.
+  void removeFinishedFolders();
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  struct Slot {
+    std::unique_ptr<WorkerProcess> process;
+    Piece* piece = nullptr;
+    bool isPlanning = false;
+    size_t source = 0;
+    std::filesystem::path folder;
+    WorkerParts ends;
+    uint64_t beat = 0;
+    Clock::time_point since;
+
+    bool isIdle() const { return piece == nullptr && !isPlanning; }
+  };
+
+  void giveWork(Slot& slot);
+  void startPlanning(Slot& slot, size_t source);
+  void startPiece(Slot& slot, Piece& piece);
+  WorkerRequest requestFor(size_t source) const;
+  void ask(Slot& slot, const WorkerRequest& request);
+
+  void listen();
+  void hear(Slot& slot);
+  void take(Slot& slot, const WorkerReply& reply);
+  void takePlan(Slot& slot, const WorkerReply& reply);
+  void takeUnopened(Slot& slot, const WorkerReply& reply);
+  void takeEntry(Slot& slot, const WorkerReply& reply);
+  void lose(Slot& slot, const std::string& how);
+  void losePlan(Slot& slot, uint64_t beats, const std::string& how);
+  void lookForHangs();
+
+  const ExportOptions& options_;
+  WorkQueue& queue_;
+  Staging& staging_;
+  std::vector<Slot> slots_;
+  std::vector<std::filesystem::path> folders_;  // that workers have written to
+};
+
+}  // namespace tarn::archive
+
+#endif
