@@ -125,24 +125,31 @@ std::string WithPathsQuoted(std::string_view value) {
   return quoted;
 }
 
-// The name of a part where it has backslashes, which programs write without quoting them.
-std::optional<std::string> PathNamed(GMimeObject* part) {
-  const char* raw = RawHeader(part, "Content-Disposition");
-  if (raw != nullptr && std::string_view(raw).find('\\') != std::string_view::npos) {
+// A header with parameters as GMime reads it rightly; none where it does so as it is. Programs
+// write backslashes without quoting them, and long names as several words.
+std::optional<std::string> MendedParameters(const char* raw) {
+  if (raw == nullptr) return std::nullopt;
+  std::string mended = WithBase64WordsJoined(raw);
+  if (mended.find('\\') != std::string::npos) mended = WithPathsQuoted(mended);
+  if (mended == raw) return std::nullopt;
+  return mended;
+}
+
+// The name of a part whose headers have to be mended for it.
+std::optional<std::string> MendedName(GMimeObject* part) {
+  if (const auto mended = MendedParameters(RawHeader(part, "Content-Disposition"))) {
     const GObjectPtr<GMimeContentDisposition> disposition(
-        g_mime_content_disposition_parse(ReadingOptions(), WithPathsQuoted(raw).c_str()));
+        g_mime_content_disposition_parse(ReadingOptions(), mended->c_str()));
     const char* name = g_mime_content_disposition_get_parameter(disposition.get(), "filename");
     if (name != nullptr) return TextOf(name);
   }
   if (g_mime_object_get_content_disposition_parameter(part, "filename") != nullptr) {
     return std::nullopt;
   }
-  raw = RawHeader(part, "Content-Type");
-  if (raw == nullptr || std::string_view(raw).find('\\') == std::string_view::npos) {
-    return std::nullopt;
-  }
+  const auto mended = MendedParameters(RawHeader(part, "Content-Type"));
+  if (!mended) return std::nullopt;
   const GObjectPtr<GMimeContentType> type(
-      g_mime_content_type_parse(ReadingOptions(), WithPathsQuoted(raw).c_str()));
+      g_mime_content_type_parse(ReadingOptions(), mended->c_str()));
   const char* name = g_mime_content_type_get_parameter(type.get(), "name");
   return name == nullptr ? std::nullopt : std::optional(TextOf(name));
 }
@@ -235,7 +242,7 @@ std::string ParameterOf(GMimeObject* part, const char* name) {
 }
 
 std::string FileNameOf(GMimeObject* part) {
-  if (const std::optional<std::string> path = PathNamed(part)) return *path;
+  if (const std::optional<std::string> name = MendedName(part)) return *name;
   if (GMIME_IS_PART(part)) return TextOf(g_mime_part_get_filename(GMIME_PART(part)));
   std::string name = TextOf(g_mime_object_get_content_disposition_parameter(part, "filename"));
   if (name.empty()) name = ParameterOf(part, "name");

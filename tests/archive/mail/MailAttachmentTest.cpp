@@ -99,6 +99,22 @@ TEST(MailAttachmentTest, DecodesNamesRightAndUsualWrongOnes) {
                        "../up\\x.txt", "C:\\temp\\x.txt", "C:\\a \"b\".txt", "one"}));
 }
 
+TEST(MailAttachmentTest, JoinsTheWordsOfANameInBase64) {
+  const std::string words = "\"=?utf-8?B?w7jDuA==?=\n =?utf-8?B?w6TDpC5wbmc=?=\"\n";
+  OpenedMail mail(WithParts({
+      "Content-Type: a/b\nContent-Disposition: attachment; filename=" + words,
+      "Content-Type: a/b; name=" + words,
+      "Content-Type: a/b; name=" + words + "Content-Disposition: attachment; filename=b.png\n",
+      "Content-Type: a/b; name=x.png\nContent-Disposition: attachment; filename=" + words,
+  }));
+  const std::vector<Attachment> list = mail->attachments();
+  ASSERT_EQ(list.size(), 4u);
+  EXPECT_EQ(list[0].name, "\u00F8\u00F8\u00E4\u00E4.png");
+  EXPECT_EQ(list[1].name, "\u00F8\u00F8\u00E4\u00E4.png");
+  EXPECT_EQ(list[2].name, "b.png");
+  EXPECT_EQ(list[3].name, "\u00F8\u00F8\u00E4\u00E4.png");
+}
+
 TEST(MailAttachmentTest, IsInlineWhereTheHtmlNamesIt) {
   OpenedMail mail(
       "Content-Type: multipart/related; boundary=b\n\n--b\nContent-Type: text/html\n\n"

@@ -146,6 +146,45 @@ TEST(MailFieldsTest, DecodesWordsAndUndeclaredBytes) {
   EXPECT_EQ(Written(mail.fields().to), "J\xC3\xB6rg <c@d>, J\xC3\xB6rg <e@f>, J\xC3\xB6rg <g@h>");
 }
 
+// The words of one text: each padded, as most are; none to be, and a character in two of them; and
+// cut from one encoded text wherever a line was full.
+TEST(MailFieldsTest, JoinsWordsInBase64) {
+  OpenedMail mail(
+      "Subject: a =?UTF-8?B?w7jDuA==?=\n =?utf-8?b?w6TDpA==?=\t=?UTF-8?B?w7w=?= b "
+      "=?utf-8?B?w7w=?=\n"
+      "From: =?utf-8?B?w7jD?= =?utf-8?B?uMO4?= <a@b>\n"
+      "To: =?utf-8?B?w7jDu?=\n =?utf-8?B?MO4?= <c@d>, \"=?utf-8?B?w7jDuA==?=\n "
+      "=?utf-8?B?w6TDpA==?=\" <e@f>\n"
+      "Cc: =?utf-8?B?w7jDuA==?= =?iso-8859-1?B?5OQ=?= =?utf-8?Q?=C3=BC?= <g@h>\n"
+      "Bcc: =?iso-2022-jp?B?GyRCMnE1RBsoQg==?=\n =?iso-2022-jp?B?GyRCO3FOQRsoQg==?= <i@j>\n\n");
+  EXPECT_EQ(mail.fields().subject, "a \u00F8\u00F8\u00E4\u00E4\u00FC b \u00FC");
+  EXPECT_EQ(Written({mail.fields().from}), "\u00F8\u00F8\u00F8 <a@b>");
+  EXPECT_EQ(Written(mail.fields().to), "\u00F8\u00F8\u00F8 <c@d>, \u00F8\u00F8\u00E4\u00E4 <e@f>");
+  EXPECT_EQ(Written(mail.fields().cc), "\u00F8\u00F8\u00E4\u00E4\u00FC <g@h>");
+  EXPECT_EQ(Written(mail.fields().bcc), "\u4F1A\u8B70\u8CC7\u6599 <i@j>");
+}
+
+TEST(MailFieldsTest, JoinsWordsThatAreFoldedWithin) {
+  OpenedMail mail("Subject: =?utf-8?B?w7jD\n uA==?= =?utf-8?B?w6Q=\n ?=\n\n");
+  EXPECT_EQ(mail.fields().subject, "\u00F8\u00F8\u00E4");
+}
+
+TEST(MailFieldsTest, KeepsWhatIsNoWordInBase64) {
+  OpenedMail mail("Subject: =?utf-8?B?w7j=?= =?utf-8?B?w7jDuA== =?utf-8?B\n\n");
+  EXPECT_EQ(mail.fields().subject, "\u00F8 =?utf-8?B?w7jDuA== =?utf-8?B");
+}
+
+TEST(MailFieldsTest, JoinsWordsOfAnyNumber) {
+  constexpr size_t kMany = 2000;
+  std::string headers = "Subject:";
+  std::string expected;
+  for (size_t i = 0; i < kMany; ++i) {
+    headers += " =?utf-8?B?w7jDuA==?=\n";
+    expected += "\u00F8\u00F8";
+  }
+  EXPECT_EQ(OpenedMail(headers + "\n").fields().subject, expected);
+}
+
 TEST(MailFieldsTest, DecodesBytesThatAWordHasUnencoded) {
   OpenedMail mail(
       "Subject: =?windows-1252?Q?a\x80=80?= \xE2\x82\xAC =?utf-8?q?\xE2\x82\xAC\n"
