@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <string>
 
 #include "archive/mail/AsciiText.h"
@@ -63,6 +64,20 @@ GObjectPtr<GMimeMessage> ParseWith(GMimeParser* parser, GMimeStream* stream) {
   return message;
 }
 
+// A header section with a usual header that is cut off within a name: with its last line ended, it
+// is one for GMime too.
+std::optional<std::string> CutHeadersEnded(MailBytes& bytes) {
+  constexpr uint64_t kLargest = uint64_t{1} << 20;
+  if (bytes.size() > kLargest) return std::nullopt;
+  Outcome<std::string> all = ReadRange(bytes, 0, static_cast<size_t>(kLargest));
+  if (!all || all->ends_with('\n')) return std::nullopt;
+  LineScan lines(bytes, 0);
+  while (const auto line = lines.next()) {
+    if (IsUsualHeader(NameOfHeader(line->text))) return *all + "\n";
+  }
+  return std::nullopt;
+}
+
 bool IsMboxLine(std::string_view line) {
   return line.starts_with("From ") || line.starts_with(">From ");
 }
@@ -121,6 +136,9 @@ ParsedMail ParseMail(const SharedBytes& bytes) {
   const GObjectPtr<GMimeStream> stream = StreamFor(bytes, &report);
   mail.message = ParseWith(ThreadParser(), stream.get());
   EndReport(stream.get());
+  if (mail.message == nullptr && !report.trouble) {
+    if (const auto headers = CutHeadersEnded(*bytes)) return ParseMail(BytesInMemory(*headers));
+  }
   if (mail.message == nullptr) mail.message = MessageOfText(stream.get());
   mail.sawUuencode = report.watch.sawUuencode();
   if (report.trouble) mail.troubles.push_back(*report.trouble);

@@ -130,6 +130,20 @@ TEST(MailFieldsTest, PassesOverLinesThatAreNoHeaders) {
   EXPECT_EQ(Written(mail.fields().to), "<c@d>");
 }
 
+// As of a file that is cut off.
+TEST(MailFieldsTest, ReadsHeadersThatEndWithinAName) {
+  OpenedMail mail("X-A: b\r\nFrom: a@b\r\nSubject: one\r\nRece");
+  EXPECT_EQ(mail.fields().subject, "one");
+  EXPECT_EQ(Written({mail.fields().from}), "<a@b>");
+  EXPECT_EQ(mail->bodies().text.value_or(""), "");
+  EXPECT_EQ(*mail->originalHeaders(), "X-A: b\r\nFrom: a@b\r\nSubject: one\r\nRece");
+}
+
+TEST(MailFieldsTest, TakesTextWithoutUsualHeadersForText) {
+  OpenedMail mail("a: b\nc");
+  EXPECT_EQ(mail->bodies().text, "a: b\nc");
+}
+
 TEST(MailFieldsTest, TakesTheFirstOfTwoSubjectsAndAllRecipients) {
   OpenedMail mail("Subject: one\nSubject: two\nTo: a@b\nTo: c@d\n\n");
   EXPECT_EQ(mail.fields().subject, "one");
