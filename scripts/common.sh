@@ -9,8 +9,8 @@ TARN_PACKAGES=(
 
 # What the further builds of `./test --all` need: sanitizers and fuzzing, memcheck, Windows, packages.
 TARN_MORE_PACKAGES=(
-  clang dpkg-dev file g++-mingw-w64-x86-64-posix googletest libclang-rt-14-dev llvm pkg-config poppler-utils
-  valgrind wine64 wine64-preloader
+  clang dpkg-dev file g++-mingw-w64-x86-64-posix googletest libclang-rt-14-dev lld llvm pkg-config
+  poppler-utils valgrind wine64 wine64-preloader
 )
 
 # What laying pages out needs: the libraries of the engines, what keeps their processes apart, and fonts
