@@ -107,10 +107,6 @@ void MailComposer::compose(Item& item) {
     }
     for (const size_t index : plan.others) {
       if (out_.isFull()) break;
-      if (item.attachments()[index].trouble) {
-        lose(item.attachments()[index], index, *item.attachments()[index].trouble);
-        continue;
-      }
       putDelimiter(boundary);
       putAttachment(item, index, false);
     }
@@ -174,7 +170,11 @@ MailComposer::Plan MailComposer::planOf(Item& item) {
   const std::vector<Attachment>& attachments = item.attachments();
   for (size_t index = 0; index < attachments.size(); ++index) {
     const Attachment& attachment = attachments[index];
-    const bool isRelated = bodies.html && attachment.isInline && !attachment.trouble &&
+    if (attachment.trouble) {
+      lose(attachment, index, *attachment.trouble);
+      continue;
+    }
+    const bool isRelated = bodies.html && attachment.isInline &&
                            attachment.kind == AttachmentKind::Data &&
                            !(attachment.contentId.empty() && attachment.contentLocation.empty());
     (isRelated ? plan.related : plan.others).push_back(index);

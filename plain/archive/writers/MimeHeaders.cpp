@@ -61,20 +61,20 @@ bool IsAddress(std::string_view address) {
          });
 }
 
-void AddPerson(GMimeMessage* message, GMimeAddressType type, const Address& person) {
+void AddPerson(InternetAddressList* people, const Address& person) {
   const std::string name = OneLine(person.name);
   if (IsAddress(person.address)) {
     Owned<InternetAddress> mailbox(
         internet_address_mailbox_new(name.c_str(), person.address.c_str()));
     internet_address_set_charset(mailbox.get(), "utf-8");
-    internet_address_list_add(g_mime_message_get_addresses(message, type), mailbox.get());
+    internet_address_list_add(people, mailbox.get());
     return;
   }
   const std::string shown = AddressText(person);
   if (shown.empty()) return;
   Owned<InternetAddress> group(internet_address_group_new(shown.c_str()));
   internet_address_set_charset(group.get(), "utf-8");
-  internet_address_list_add(g_mime_message_get_addresses(message, type), group.get());
+  internet_address_list_add(people, group.get());
 }
 
 std::string WithCrLf(const char* text) {
@@ -133,7 +133,11 @@ std::string MailHeaders(const ItemFields& fields, const ThreadFields& thread,
   const auto addAll = [&](GMimeAddressType type, const char* name,
                           const std::vector<Address>& people) {
     if (isThere(name)) return;
-    for (const Address& person : people) AddPerson(message.get(), type, person);
+    // A message writes its field anew whenever its own list changes.
+    const Owned<InternetAddressList> list(internet_address_list_new());
+    for (const Address& person : people) AddPerson(list.get(), person);
+    if (internet_address_list_length(list.get()) == 0) return;
+    internet_address_list_append(g_mime_message_get_addresses(message.get(), type), list.get());
   };
   addAll(GMIME_ADDRESS_TYPE_FROM, "from", {fields.from});
   if (fields.sender) addAll(GMIME_ADDRESS_TYPE_SENDER, "sender", {*fields.sender});
@@ -178,11 +182,14 @@ std::string TextOf(const PartHeaders& headers) {
 OriginalHeaders KeptHeaders(std::string_view headers) {
   OriginalHeaders kept;
   bool isKept = false;
+  bool hasField = false;
   while (!headers.empty()) {
     const std::string_view line = TakeLine(headers);
+    if (line.empty() && hasField) break;
     const bool isContinued = !line.empty() && (line[0] == ' ' || line[0] == '\t');
     if (!isContinued) {
       std::string name = NameOfField(line);
+      hasField = hasField || !name.empty();
       isKept = !name.empty() && !name.starts_with("content-") && name != "mime-version";
       if (isKept) kept.names.push_back(std::move(name));
     } else if (line.find_first_not_of(" \t") == line.npos) {

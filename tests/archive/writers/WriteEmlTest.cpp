@@ -268,6 +268,40 @@ TEST(WriteEmlTest, WritesTheContentOfEncryptedMails) {
   EXPECT_NE(EmlOf(content).find("Content-Type: multipart/mixed"), std::string::npos);
 }
 
+TEST(WriteEmlTest, TakesNothingOfTheTextForHeaders) {
+  FakeContent content = Letter();
+  content.headers =
+      "Version 2.0 of something\r\n\r\nContent-Type: text/plain\r\nX-Mailer: y\r\n\r\n"
+      "Note: this is text\r\nBcc: eve@example.com\r\n";
+  EXPECT_EQ(EmlOf(content), "X-Mailer: y\r\n" + std::string(kLetterHeaders) +
+                                "Content-Type: text/plain; charset=utf-8\r\n\r\nDear Bob,\r\n");
+}
+
+// Takes minutes where each recipient takes as long as those before it.
+TEST(WriteEmlTest, WritesVeryManyRecipients) {
+  FakeContent content = Letter();
+  constexpr size_t kMany = 40000;
+  content.fields.to.assign(kMany, {"", "bob@example.com"});
+  content.fields.cc.assign(kMany, {"Bob", "no address"});
+  const std::string mail = EmlOf(content);
+  size_t mailboxes = 0;
+  for (size_t at = 0; (at = mail.find("bob@example.com", at)) != mail.npos; ++at) ++mailboxes;
+  EXPECT_EQ(mailboxes, kMany);
+  size_t groups = 0;
+  for (size_t at = 0; (at = mail.find(": ;", at)) != mail.npos; ++at) ++groups;
+  EXPECT_EQ(groups, kMany);
+}
+
+TEST(WriteEmlTest, IsNoMultipartWhereNoAttachmentCanBeRead) {
+  FakeContent content = Letter();
+  content.list.emplace_back().trouble = Trouble{TroubleKind::Damaged, "no row"};
+  EXPECT_EQ(EmlOf(content, 1), std::string(kLetterHeaders) +
+                                   "Content-Type: text/plain; charset=utf-8\r\n\r\nDear Bob,\r\n");
+  content.bodies.text.reset();
+  EXPECT_EQ(EmlOf(content, 1),
+            std::string(kLetterHeaders) + "Content-Type: text/plain; charset=utf-8\r\n\r\n\r\n");
+}
+
 TEST(WriteEmlTest, EndsWhereTheSinkIsFull) {
   FakeContent content = Letter();
   for (int i = 0; i < 5; ++i) content.attach("a", "", std::string(100000, 'x'));
