@@ -1,11 +1,14 @@
 #include "archive/writers/MailImages.h"
 
 #include <algorithm>
+#include <span>
 
 #include "archive/writers/ItemText.h"
 
 namespace tarn::archive {
 namespace {
+
+constexpr size_t kStartOfImage = 32;
 
 std::string Lowered(std::string_view text) {
   std::string lowered(text);
@@ -34,6 +37,20 @@ std::string WithoutPercents(std::string_view text) {
     at += 2;
   }
   return plain;
+}
+
+// As much of a source as tells whether it is a picture.
+Outcome<std::string> ReadStart(ByteSource& source) {
+  std::string start(kStartOfImage, '\0');
+  size_t size = 0;
+  while (size < start.size()) {
+    const Outcome<size_t> read = source.read(std::span<char>(start).subspan(size));
+    if (!read) return read.trouble();
+    if (*read == 0) break;
+    size += *read;
+  }
+  start.resize(size);
+  return start;
 }
 
 }  // namespace
@@ -98,10 +115,17 @@ std::optional<MailImage> MailImages::load(size_t index) {
   };
   const Outcome<std::unique_ptr<ByteSource>> source = item_.open(index);
   if (!source) return fail(source.trouble());
-  Outcome<std::string> bytes = ReadAll(**source, limit);
+  Outcome<std::string> bytes = ReadStart(**source);
   if (!bytes) return fail(bytes.trouble());
   const std::string_view type = ImageTypeOf(*bytes);
-  if (type.empty()) return std::nullopt;
+  if (type.empty()) {
+    failed_.insert(index);
+    return std::nullopt;
+  }
+  if (bytes->size() > limit) return std::nullopt;
+  const Outcome<std::string> rest = ReadAll(**source, limit - bytes->size());
+  if (!rest) return fail(rest.trouble());
+  *bytes += *rest;
   room_ -= bytes->size();
   return MailImage{type, std::move(*bytes)};
 }

@@ -50,7 +50,7 @@ class MailImages {
   std::map<std::string, size_t, std::less<>> idsByName_;  // the same, of those without a content id
   std::map<std::string, size_t, std::less<>> places_;
   size_t room_ = kAllImages;
-  std::set<size_t> failed_;
+  std::set<size_t> failed_;  // not to be read again
 };
 
 }  // namespace tarn::archive

@@ -121,7 +121,8 @@ std::optional<size_t> FindPhoto(Item& item) {
   for (size_t index = 0; index < item.attachments().size(); ++index) {
     const Outcome<std::unique_ptr<mapi::PropertySet>> set = message->attachment(index);
     if (!set) continue;
-    if (mapi::PropertyValues(**set, std::nullopt).boolean(kTagAttachmentContactPhoto)) return index;
+    mapi::PropertyValues values(**set, std::nullopt);
+    if (values.boolean(kTagAttachmentContactPhoto).value_or(false)) return index;
   }
   return std::nullopt;
 }

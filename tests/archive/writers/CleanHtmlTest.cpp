@@ -166,6 +166,18 @@ TEST(CleanHtmlTest, MarksPicturesThatAreNone) {
   EXPECT_EQ(lost[1].reason, "the picture attachment 3 is not shown: no bytes");
 }
 
+TEST(CleanHtmlTest, ReadsWhatIsNoPictureOnceAndNoFurtherThanItsStart) {
+  FakeContent content;
+  content.attach("a.bin", "", std::string(1000, 'x')).contentId = "a";
+  content.broken = {0};
+  FakeItem item(content);
+  std::vector<Trouble> lost;
+  MailImages images(item, lost);
+  for (int i = 0; i < 3; ++i) EXPECT_FALSE(images.load(0).has_value());
+  EXPECT_EQ(item.opened, 1u);
+  EXPECT_TRUE(lost.empty());
+}
+
 TEST(CleanHtmlTest, ShowsPicturesUpToALimit) {
   FakeContent content;
   std::string large(kGif);

@@ -118,6 +118,7 @@ class FakeItem final : public Item {
   }
   const std::vector<Attachment>& attachments() override { return content_.list; }
   Outcome<std::unique_ptr<ByteSource>> open(size_t index) override {
+    ++opened;
     const auto at = content_.bytes.find(index);
     if (at == content_.bytes.end()) return Trouble{TroubleKind::Missing, "no bytes"};
     if (content_.broken.contains(index)) {
@@ -136,6 +137,8 @@ class FakeItem final : public Item {
   }
   mapi::MapiMessage* properties() override { return content_.message; }
   const std::vector<Trouble>& troubles() const override { return content_.troubles; }
+
+  size_t opened = 0;  // attachments, as often as they were
 
  private:
   const FakeContent& content_;

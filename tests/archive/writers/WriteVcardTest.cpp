@@ -121,6 +121,7 @@ TEST(WriteVcardTest, WritesThePhoto) {
   contact.content.attach("notes.gif", "image/gif", "GIF89a");
   contact.content.attach("ContactPicture.jpg", "", "\xFF\xD8\xFF");
   contact.description.attachments.resize(2);
+  contact.description.attachments[0].emplace().boolean(0x7FFF, false);
   contact.description.attachments[1].emplace().boolean(0x7FFF, true);
   contact.content.fields.subject = "Ann";
   EXPECT_EQ(contact.card(), Card("FN:Ann\r\nPHOTO:data:image/jpeg;base64,/9j/\r\n"));
