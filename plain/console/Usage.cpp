@@ -16,9 +16,9 @@ std::string UnexpectedWord(const std::vector<std::string>& before,
     if (LooksLikeOption(word)) {
       return std::string("unknown option: ")
           .append(word)
-          .append(" (./")
+          .append(" (write ./")
           .append(word)
-          .append(" is a file of that name)");
+          .append(" for a file of that name)");
     }
   }
   return all.empty() ? "" : "unexpected argument: " + Named(all[0]);

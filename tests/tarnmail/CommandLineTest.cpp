@@ -142,10 +142,12 @@ TEST_F(CommandLine, PointsToTheHelpOfTheCommand) {
             "unknown option before the command: --json; see tarnmail info --help");
   EXPECT_EQ(failure(2, {"-m", "1", "info", file}),
             "unknown option before the command: -m; see tarnmail info --help");
-  EXPECT_EQ(failure(2, {"info", file, "--jsno"}),
-            "unknown option: --jsno (./--jsno is a file of that name); see tarnmail info --help");
-  EXPECT_EQ(failure(2, {"info", "-x.eml"}),
-            "unknown option: -x.eml (./-x.eml is a file of that name); see tarnmail info --help");
+  EXPECT_EQ(
+      failure(2, {"info", file, "--jsno"}),
+      "unknown option: --jsno (write ./--jsno for a file of that name); see tarnmail info --help");
+  EXPECT_EQ(
+      failure(2, {"info", "-x.eml"}),
+      "unknown option: -x.eml (write ./-x.eml for a file of that name); see tarnmail info --help");
   EXPECT_EQ(failure(2, {"info", file, "more", "words"}),
             "unexpected argument: more; see tarnmail info --help");
   EXPECT_EQ(directory_.listing(), "");
