@@ -110,14 +110,18 @@ std::optional<int32_t> ZoneOf(std::string_view word) {
 std::string HeaderField(std::string_view headers, std::string_view name) {
   std::string value;
   bool isFound = false;
+  bool hasField = false;
   while (!headers.empty()) {
     const std::string_view line = TakeLine(headers);
+    // The text of the mail may come after its headers.
+    if (line.empty() && hasField) break;
     const bool isContinued = !line.empty() && (line[0] == ' ' || line[0] == '\t');
     if (isFound) {
       if (!isContinued) break;
       value.append(" ").append(Trimmed(line));
     } else if (!isContinued) {
       const size_t colon = line.find(':');
+      hasField = hasField || colon != line.npos;
       isFound = colon != line.npos && SameIgnoringCase(Trimmed(line.substr(0, colon)), name);
       if (isFound) value = Trimmed(line.substr(colon + 1));
     }

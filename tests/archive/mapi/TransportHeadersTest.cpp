@@ -17,6 +17,12 @@ TEST(HeaderFieldTest, FindsTheFirstOfAName) {
   EXPECT_EQ(HeaderField(" Date: x\nFrom: y", "From"), "y");
 }
 
+TEST(HeaderFieldTest, TakesNothingOfTheText) {
+  const std::string mail = "\r\nSubject: x\r\n\r\nDate: never\r\n";
+  EXPECT_EQ(HeaderField(mail, "Subject"), "x");
+  EXPECT_EQ(HeaderField(mail, "Date"), "");
+}
+
 constexpr int64_t kMoment = 1714559696;  // 2024-05-01T10:34:56Z
 
 void ExpectDate(const char* date, int64_t seconds, std::optional<int32_t> offset) {
