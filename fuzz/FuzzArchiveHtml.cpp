@@ -26,8 +26,8 @@ constexpr std::string_view kPolicy =
 
 // Of the page itself, besides those that mails may have.
 bool IsOfThePage(std::string_view name) {
-  constexpr std::string_view kNames[] = {"body", "head", "header", "html", "img",
-                                         "main", "meta", "style",  "title"};
+  constexpr std::string_view kNames[] = {"body", "head", "header", "html",      "img",
+                                         "main", "meta", "style",  "tarn-body", "title"};
   return IsAmong(name, kNames);
 }
 
@@ -43,7 +43,8 @@ void ExpectHarmless(std::string_view page) {
     for (const HtmlAttribute& attribute : token.attributes) {
       Expect(!attribute.name.starts_with("on"), "an attribute that runs");
       if (attribute.name == "src" || attribute.name == "background") {
-        Expect(DecodedHtmlText(attribute.value).substr(0, 11).find(':') == 4, "an image elsewhere");
+        Expect(DecodedHtmlValue(attribute.value).substr(0, 11).find(':') == 4,
+               "an image elsewhere");
       }
     }
   }

@@ -17,7 +17,7 @@ constexpr size_t kLongestRule = 72;
 
 std::string ValueOf(const HtmlToken& tag, std::string_view name) {
   const std::string_view* const value = tag.attribute(name);
-  return value == nullptr ? std::string() : DecodedHtmlText(*value);
+  return value == nullptr ? std::string() : DecodedHtmlValue(*value);
 }
 
 // As text in a line.

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "archive/text/HtmlReferences.h"
+
 namespace tarn::archive {
 namespace {
 
@@ -9,7 +11,7 @@ namespace {
 std::string StyleOf(const HtmlToken& tag) {
   const std::string_view* const value = tag.attribute("style");
   if (value == nullptr) return {};
-  std::string style = DecodedValue(*value);
+  std::string style = DecodedHtmlValue(*value);
   std::transform(style.begin(), style.end(), style.begin(),
                  [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
   std::erase_if(style, [](char c) { return c == ' ' || (c >= '\t' && c <= '\r'); });

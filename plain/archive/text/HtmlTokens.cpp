@@ -1,10 +1,7 @@
 #include "archive/text/HtmlTokens.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
-
-#include "Platform/Utf8.h"
 
 namespace tarn::archive {
 namespace {
@@ -23,44 +20,6 @@ std::string Lowered(std::string_view text) {
   std::string lowered(text);
   std::transform(lowered.begin(), lowered.end(), lowered.begin(), Lower);
   return lowered;
-}
-
-void AppendCodePoint(uint32_t number, std::string& text) {
-  const bool isCharacter = number != 0 && number <= 0x10FFFF && (number & 0xFFFFF800) != 0xD800;
-  std::array<char, 4> bytes;
-  text.append(bytes.data(), platform::WriteCharacter(
-                                isCharacter ? number : platform::kReplacementCharacter, bytes));
-}
-
-struct NamedCharacter {
-  std::string_view name;
-  std::string_view text;
-};
-
-constexpr NamedCharacter kNames[] = {
-    {"AMP", "&"},    {"GT", ">"},          {"LT", "<"},     {"NewLine", "\n"}, {"QUOT", "\""},
-    {"Tab", "\t"},   {"amp", "&"},         {"apos", "'"},   {"bsol", "\\"},    {"colon", ":"},
-    {"commat", "@"}, {"equals", "="},      {"gt", ">"},     {"lpar", "("},     {"lt", "<"},
-    {"num", "#"},    {"nbsp", "\xC2\xA0"}, {"percnt", "%"}, {"period", "."},   {"plus", "+"},
-    {"quest", "?"},  {"quot", "\""},       {"rpar", ")"},   {"semi", ";"},     {"sol", "/"}};
-
-CharacterReference NumberedReference(std::string_view text) {
-  const bool isHex = text.size() > 2 && Lower(text[2]) == 'x';
-  size_t at = isHex ? 3 : 2;
-  const size_t start = at;
-  uint32_t number = 0;
-  for (; at < text.size(); ++at) {
-    const char c = Lower(text[at]);
-    const bool isDigit = c >= '0' && c <= '9';
-    if (!isDigit && !(isHex && c >= 'a' && c <= 'f')) break;
-    const auto digit = static_cast<uint32_t>(isDigit ? c - '0' : c - 'a' + 10);
-    number = std::min<uint32_t>(number * (isHex ? 16 : 10) + digit, 0x110000);
-  }
-  if (at == start) return {};
-  if (at < text.size() && text[at] == ';') ++at;
-  CharacterReference reference{at, {}};
-  AppendCodePoint(number, reference.text);
-  return reference;
 }
 
 // Empty for a character that stays as it is.
@@ -220,35 +179,6 @@ void HtmlTokens::skipComment() {
 void HtmlTokens::skipTo(char end) {
   const size_t at = rest_.find(end);
   rest_.remove_prefix(at == rest_.npos ? rest_.size() : at + 1);
-}
-
-CharacterReference ReferenceAt(std::string_view text) {
-  if (text.size() < 3 || text[0] != '&') return {};
-  if (text[1] == '#') return NumberedReference(text);
-  constexpr size_t kLongestName = 8;
-  size_t end = 1;
-  while (end < text.size() && end <= kLongestName && IsLetter(text[end])) ++end;
-  const bool isClosed = end < text.size() && text[end] == ';';
-  for (const NamedCharacter& known : kNames) {
-    if (known.name == text.substr(1, end - 1)) {
-      return {end + (isClosed ? 1 : 0), std::string(known.text)};
-    }
-  }
-  return {};
-}
-
-std::string DecodedValue(std::string_view value) {
-  std::string decoded;
-  while (!value.empty()) {
-    const size_t plain = std::min(value.find('&'), value.size());
-    decoded += value.substr(0, plain);
-    value.remove_prefix(plain);
-    if (value.empty()) break;
-    const CharacterReference reference = ReferenceAt(value);
-    decoded += reference.size == 0 ? std::string_view("&") : std::string_view(reference.text);
-    value.remove_prefix(std::max<size_t>(reference.size, 1));
-  }
-  return decoded;
 }
 
 std::string EscapedHtml(std::string_view text) {

@@ -58,18 +58,6 @@ class HtmlTokens {
   std::string rawElement_;  // whose content comes next
 };
 
-// A character reference that the text begins with, as UTF-8, and its length; of size 0 for what is
-// none, or has a name that is not known here. Known are numbers and the names that hide parts of
-// addresses.
-struct CharacterReference {
-  size_t size = 0;
-  std::string text;
-};
-CharacterReference ReferenceAt(std::string_view text);
-
-// A value of an attribute with its character references resolved.
-std::string DecodedValue(std::string_view value);
-
 // With "&", "<", ">", and quotes as references.
 std::string EscapedHtml(std::string_view text);
 

@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <array>
 #include <bitset>
-#include <optional>
+#include <utility>
 
 #include "archive/mapi/Hexadecimal.h"
+#include "archive/text/HtmlReferences.h"
 #include "archive/writers/HtmlRules.h"
+#include "archive/writers/MailStyles.h"
 
 namespace tarn::archive {
 namespace {
@@ -59,14 +61,44 @@ bool IsDot(const HtmlToken& tag) {
   for (const std::string_view name : {"width", "height"}) {
     const std::string_view* const value = tag.attribute(name);
     if (value == nullptr) continue;
-    const std::string size = DecodedValue(*value);
+    const std::string size = DecodedHtmlValue(*value);
     if (size == "0" || size == "1" || size == "1px" || size == "0px") return true;
   }
   return false;
 }
 
-// A style sheet that names what the page itself uses would change how the header looks.
-bool IsAboutThePage(std::string_view css) { return ContainsNoCase(css, "tarn-"); }
+// Where a scheme ends that an address begins with; npos without one.
+size_t EndOfScheme(std::string_view address) {
+  const size_t end = address.find_first_of(":/?#\\");
+  return end != address.npos && address[end] == ':' ? end : address.npos;
+}
+
+// A relative address as one of what <base> names (RFC 3986 5.2, without the removal of dots, which
+// browsers do).
+std::string ResolvedAddress(std::string_view address, std::string_view base) {
+  if (address.starts_with("//")) return std::string("https:").append(address);
+  if (base.empty() || address.empty() || address.starts_with('\\')) return {};
+  base = base.substr(0, base.find_first_of("?#"));
+  const size_t host = base.find("://") + 3;
+  const size_t path = std::min(base.find('/', host), base.size());
+  if (address[0] == '?') return std::string(base).append(address);
+  if (address[0] == '/') return std::string(base.substr(0, path)).append(address);
+  std::string resolved(base.substr(0, path == base.size() ? path : base.rfind('/')));
+  return resolved.append("/").append(address);
+}
+
+// What old mails call a colour, as a style may; empty for what is none.
+std::string ColourOf(std::string_view value) {
+  std::string colour(Trimmed(value));
+  const std::string_view digits = std::string_view(colour).substr(colour.starts_with('#') ? 1 : 0);
+  const bool isHex = (digits.size() == 3 || digits.size() == 6) &&
+                     digits.find_first_not_of("0123456789abcdefABCDEF") == digits.npos;
+  if (isHex) return "#" + std::string(digits);
+  const bool isName = !colour.empty() && std::all_of(colour.begin(), colour.end(), [](char c) {
+    return Lower(c) >= 'a' && Lower(c) <= 'z';
+  });
+  return isName ? colour : std::string();
+}
 
 }  // namespace
 
@@ -86,7 +118,7 @@ std::string UrlOfPath(std::string_view path) {
   return url;
 }
 
-std::string KeptAddress(std::string_view address) {
+std::string KeptAddress(std::string_view address, std::string_view base) {
   address = Trimmed(address);
   std::string kept;
   for (const char c : address) {
@@ -94,11 +126,49 @@ std::string KeptAddress(std::string_view address) {
     if (c != '\t' && c != '\r' && c != '\n' && c != '\0') kept += c;
   }
   if (kept.starts_with('#')) return kept;
-  const size_t colon = kept.find(':');
-  if (colon == kept.npos) return {};
+  const size_t colon = EndOfScheme(kept);
+  if (colon == kept.npos) return ResolvedAddress(kept, base);
   std::string scheme = kept.substr(0, colon);
   std::transform(scheme.begin(), scheme.end(), scheme.begin(), Lower);
   return IsAmong(scheme, kKeptSchemes) ? kept : std::string();
+}
+
+void HtmlCleaner::putBody(std::string_view html) {
+  HtmlTokens tokens(html);
+  HtmlTokenKind kind = HtmlTokenKind::Text;
+  const HtmlToken* body = nullptr;
+  while (kind != HtmlTokenKind::End && body == nullptr) {
+    const HtmlToken& token = tokens.next();
+    kind = token.kind;
+    if (kind == HtmlTokenKind::StartTag && token.name == "body") body = &token;
+  }
+  if (body != nullptr) putBodyStyle(*body);
+  out_.put("<").put(kBodyElement);
+  if (body != nullptr) putAttributes(*body);
+  out_.put(">");
+  put(html);
+  out_.put("</").put(kBodyElement).put(">");
+}
+
+// What the attributes say of colours is weaker than any sheet of the mail.
+void HtmlCleaner::putBodyStyle(const HtmlToken& body) {
+  std::string style;
+  const auto addColour = [&](std::string_view attribute, std::string_view property) {
+    const std::string_view* const value = body.attribute(attribute);
+    const std::string colour = value == nullptr ? "" : ColourOf(DecodedHtmlValue(*value));
+    if (!colour.empty()) style.append(property).append(":").append(colour).append(";");
+  };
+  addColour("bgcolor", "background-color");
+  addColour("text", "color");
+  const std::optional<MailImage> image = loadBackground(body);
+  if (style.empty() && !image) return;
+  out_.put("<style>").put(kBodyElement).put("{").put(style);
+  if (image) {
+    out_.put("background-image:url(");
+    PutDataUrl(*image, out_);
+    out_.put(")");
+  }
+  out_.put("}</style>\n");
 }
 
 void HtmlCleaner::put(std::string_view html) {
@@ -119,8 +189,6 @@ void HtmlCleaner::put(std::string_view html) {
         break;
       case HtmlTokenKind::EndTag:
         if (IsAmong(token.name, kKeptElements)) out_.put("</").put(token.name).put(">");
-        // The end of a paragraph that is not open makes an empty one, as in browsers.
-        if (token.name == "body") out_.put("</div>");
         break;
     }
   }
@@ -128,9 +196,9 @@ void HtmlCleaner::put(std::string_view html) {
 
 void HtmlCleaner::putStart(const HtmlToken& tag) {
   if (tag.name == "img" || tag.name == "image") return putImage(tag);
-  const bool isBody = tag.name == "body";
-  if (!isBody && !IsAmong(tag.name, kKeptElements)) return;
-  out_.put("<").put(isBody ? std::string_view("div") : std::string_view(tag.name));
+  if (tag.name == "base" && base_.empty()) return takeBase(tag);
+  if (!IsAmong(tag.name, kKeptElements)) return;
+  out_.put("<").put(tag.name);
   putAttributes(tag);
   if (tag.name == "a" || tag.name == "area") putLink(tag);
   putBackground(tag);
@@ -148,16 +216,24 @@ void HtmlCleaner::putAttributes(const HtmlToken& tag) {
     seen[place] = true;
     // The page's own names are not the mail's.
     const bool isName = attribute.name == "class" || attribute.name == "id";
-    if (isName && ContainsNoCase(DecodedValue(attribute.value), "tarn-")) continue;
+    if (isName && ContainsNoCase(DecodedHtmlValue(attribute.value), "tarn-")) continue;
     out_.put(" ").put(attribute.name).put("=\"").put(QuotedValue(attribute.value)).put("\"");
   }
+}
+
+void HtmlCleaner::takeBase(const HtmlToken& tag) {
+  const std::string_view* const href = tag.attribute("href");
+  if (href == nullptr) return;
+  std::string address = KeptAddress(DecodedHtmlValue(*href), {});
+  const size_t colon = EndOfScheme(address);
+  if (colon != address.npos && address.substr(colon).starts_with("://")) base_ = std::move(address);
 }
 
 void HtmlCleaner::putLink(const HtmlToken& tag) {
   const std::string_view* const href = tag.attribute("href");
   if (href == nullptr) return;
-  const std::string address = DecodedValue(*href);
-  const std::string kept = KeptAddress(address);
+  const std::string address = DecodedHtmlValue(*href);
+  const std::string kept = KeptAddress(address, base_);
   if (kept.starts_with('#')) {
     out_.put(" href=\"").put(EscapedHtml(kept)).put("\"");
     return;
@@ -170,15 +246,25 @@ void HtmlCleaner::putLink(const HtmlToken& tag) {
   const std::optional<size_t> attachment = images_.find(Trimmed(address));
   if (attachment && *attachment < paths_.size() && !paths_[*attachment].empty()) {
     out_.put(" href=\"").put(UrlOfPath(paths_[*attachment])).put(kElsewhere);
+    return;
   }
+  // Where it leads to is not known; a reader may know.
+  const std::string_view shown = Trimmed(address);
+  if (shown.empty() || EndOfScheme(shown) != shown.npos || tag.attribute("title") != nullptr)
+    return;
+  out_.put(" title=\"").put(EscapedHtml(shown)).put("\"");
 }
 
-// The background picture of a table or of the whole mail.
-void HtmlCleaner::putBackground(const HtmlToken& tag) {
+std::optional<MailImage> HtmlCleaner::loadBackground(const HtmlToken& tag) {
   const std::string_view* const value = tag.attribute("background");
-  if (value == nullptr) return;
-  const std::optional<size_t> index = images_.find(Trimmed(DecodedValue(*value)));
-  const std::optional<MailImage> image = index ? images_.load(*index) : std::nullopt;
+  if (value == nullptr) return std::nullopt;
+  const std::optional<size_t> index = images_.find(Trimmed(DecodedHtmlValue(*value)));
+  return index ? images_.load(*index) : std::nullopt;
+}
+
+// The background picture of a table.
+void HtmlCleaner::putBackground(const HtmlToken& tag) {
+  const std::optional<MailImage> image = loadBackground(tag);
   if (!image) return;
   out_.put(" background=\"");
   PutDataUrl(*image, out_);
@@ -187,7 +273,7 @@ void HtmlCleaner::putBackground(const HtmlToken& tag) {
 
 void HtmlCleaner::putImage(const HtmlToken& tag) {
   const std::string_view* const source = tag.attribute("src");
-  const std::string decoded = source == nullptr ? std::string() : DecodedValue(*source);
+  const std::string decoded = source == nullptr ? std::string() : DecodedHtmlValue(*source);
   const std::string_view address = Trimmed(decoded);
   const bool isData = IsDataImage(address);
   const std::optional<size_t> index = isData ? std::nullopt : images_.find(address);
@@ -207,7 +293,7 @@ void HtmlCleaner::putImage(const HtmlToken& tag) {
 void HtmlCleaner::putImageMark(const HtmlToken& tag) {
   if (IsDot(tag)) return;
   const std::string_view* const alt = tag.attribute("alt");
-  const std::string text = alt == nullptr ? std::string() : DecodedValue(*alt);
+  const std::string text = alt == nullptr ? std::string() : DecodedHtmlValue(*alt);
   out_.put("<span class=\"tarn-image\">[image");
   const std::string_view shown = Trimmed(text);
   if (!shown.empty()) out_.put(": ").put(EscapedHtml(shown));
@@ -237,10 +323,9 @@ void HtmlCleaner::putText(std::string_view text) {
   out_.put(escaped);
 }
 
-// The text of a style holds no end tag of it, so it can hold nothing but a style.
 void HtmlCleaner::putStyle(std::string_view css) {
-  if (IsAboutThePage(css)) return;
-  out_.put("<style>").put(css).put("</style>\n");
+  const std::string styles = StylesWithinMail(css);
+  if (!styles.empty()) out_.put("<style>").put(styles).put("</style>\n");
 }
 
 }  // namespace tarn::archive

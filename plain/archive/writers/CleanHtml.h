@@ -7,6 +7,7 @@
 #ifndef TARN_ARCHIVE_CLEANHTML_H
 #define TARN_ARCHIVE_CLEANHTML_H
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,13 +24,19 @@ class HtmlCleaner {
   HtmlCleaner(MailImages& images, const std::vector<std::string>& paths, SinkBuffer& out)
       : images_(images), paths_(paths), out_(out) {}
 
-  // All of a mail's HTML, UTF-8.
+  // All of a mail's HTML, UTF-8, in an element that has the attributes of its body.
+  void putBody(std::string_view html);
+
+  // The same without that element.
   void put(std::string_view html);
 
  private:
+  void putBodyStyle(const HtmlToken& body);
   void putStart(const HtmlToken& tag);
+  void takeBase(const HtmlToken& tag);
   void putAttributes(const HtmlToken& tag);
   void putLink(const HtmlToken& tag);
+  std::optional<MailImage> loadBackground(const HtmlToken& tag);
   void putBackground(const HtmlToken& tag);
   void putImage(const HtmlToken& tag);
   void putImageMark(const HtmlToken& tag);
@@ -40,14 +47,16 @@ class HtmlCleaner {
   MailImages& images_;
   const std::vector<std::string>& paths_;
   SinkBuffer& out_;
+  std::string base_;  // what relative addresses are relative to; empty without such
 };
 
 // The path of a file as a relative URL.
 std::string UrlOfPath(std::string_view path);
 
-// An address as a link may have it: trimmed, without control characters; empty for one of a scheme
-// that is not kept, and for one that has none but a place of the same page ("#name").
-std::string KeptAddress(std::string_view address);
+// An address as a link may have it: trimmed, without control characters, and absolute but for a
+// place of the same page ("#name"). Empty for one of a scheme that is not kept, and for a relative
+// one where the mail does not tell its base. Without a scheme, "//host" is of https.
+std::string KeptAddress(std::string_view address, std::string_view base);
 
 }  // namespace tarn::archive
 

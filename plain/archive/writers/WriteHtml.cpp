@@ -26,8 +26,9 @@ constexpr std::string_view kHead =
     "<meta name=\"viewport\" content=\"width=device-width\">\n"
     "<title>";
 
-// The frame follows the colours of the system; mails are written for white. What the mail's own
-// styles say of tables does not reach the header, and nothing of a mail lies outside of its place.
+// The frame follows the colours of the system; mails are written for white. The rules of a mail
+// name nothing outside of <main>, and nothing of a mail lies outside of its place, or on paper
+// above the header.
 constexpr std::string_view kStyle =
     "</title>\n"
     "<style>\n"
@@ -35,14 +36,17 @@ constexpr std::string_view kStyle =
     "body{margin:0;font:15px/1.5 system-ui,sans-serif;background:#fff;color:#1b1b1b}\n"
     ".tarn-head,.tarn-head *{all:revert!important}\n"
     ".tarn-head{padding:16px 24px!important;background:#f2f3f5!important;color:#1b1b1b!important;"
-    "border-bottom:1px solid #ccc!important;font:15px/1.5 system-ui,sans-serif!important}\n"
+    "border-bottom:1px solid #ccc!important;position:relative!important;"
+    "z-index:1!important;font:15px/1.5 system-ui,sans-serif!important}\n"
     ".tarn-head h1{font-size:20px!important;margin:0 0 8px!important}\n"
     ".tarn-head th{text-align:left!important;vertical-align:top!important;"
     "padding:0 16px 2px 0!important;font-weight:600!important;white-space:nowrap!important}\n"
     ".tarn-head td{padding:0 0 2px!important;overflow-wrap:anywhere!important}\n"
     ".tarn-head .tarn-size{opacity:.7!important;padding-left:8px!important}\n"
-    ".tarn-mail{display:block!important;position:relative!important;contain:content!important;"
-    "overflow:auto!important;padding:16px 24px;background:#fff;color:#000;color-scheme:light}\n"
+    ".tarn-mail{display:block!important;position:relative!important;z-index:0!important;contain:"
+    "content!important;"
+    "overflow:auto!important;background:#fff;color:#000;color-scheme:light}\n"
+    "tarn-body,.tarn-text{display:block;padding:16px 24px}\n"
     ".tarn-mail img{max-width:100%}\n"
     ".tarn-text p{white-space:pre-wrap;overflow-wrap:anywhere;margin:0 0 1em}\n"
     ".tarn-image{color:#555;border:1px dashed #999;padding:0 4px}\n"
@@ -111,7 +115,7 @@ void PutBody(Item& item, const AttachmentPaths& paths, SinkBuffer& out,
     MailImages images(item, lost);
     std::string_view text = html;
     if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
-    HtmlCleaner(images, paths, out).put(text);
+    HtmlCleaner(images, paths, out).putBody(text);
     return;
   }
   const bool hasText = bodies.text && !bodies.text->empty();

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "archive/text/HtmlReferences.h"
+
 namespace tarn::archive {
 namespace {
 
@@ -85,10 +87,17 @@ TEST(HtmlTokensTest, FindsTheFirstAttributeOfAName) {
   EXPECT_EQ(tag.attribute("c"), nullptr);
 }
 
-TEST(HtmlTokensTest, DecodesReferences) {
-  EXPECT_EQ(DecodedValue("a&amp;b&lt&gt;&quot;&colon;&#65;&#x42;&#X43&Tab;"), "a&b<>\":ABC\t");
-  EXPECT_EQ(DecodedValue("&unknown;&&#;&#x;&#xD800;&#0;&#99999999999;&"),
+TEST(HtmlReferencesTest, DecodesValues) {
+  EXPECT_EQ(DecodedHtmlValue("a&amp;b&lt&gt;&quot;&colon;&#65;&#x42;&#X43&Tab;&eacute;&hellip;"),
+            "a&b<>\":ABC\té…");
+  EXPECT_EQ(DecodedHtmlValue("&unknown;&&#;&#x;&#xD800;&#0;&#99999999999;&"),
             "&unknown;&&#;&#x;\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD&");
+}
+
+TEST(HtmlReferencesTest, LeavesTheValuesOfQueriesAlone) {
+  const std::string query = "?q=1&num=10&plus=2&lt=5&period=3&section=7&copy=8&ltx&amp1&reg";
+  EXPECT_EQ(DecodedHtmlValue(query), query.substr(0, query.size() - 4) + "®");
+  EXPECT_EQ(DecodedHtmlText("&copy=8"), "©=8");
 }
 
 TEST(HtmlTokensTest, EscapesText) {

@@ -39,8 +39,7 @@ TEST(CleanHtmlTest, DropsWhatRuns) {
   EXPECT_EQ(
       Clean("<iframe src=x>a</iframe><object data=x>b</object><embed src=x><applet>c</applet>"),
       "bc");
-  EXPECT_EQ(Clean("<svg><style>a</style><a xlink:href=x>b</a></svg><math>c</math>"),
-            "<style>a</style>\n<a>b</a>c");
+  EXPECT_EQ(Clean("<svg><style>a</style><a xlink:href=x>b</a></svg><math>c</math>"), "<a>b</a>c");
   EXPECT_EQ(Clean("<form action=x><input value=y><button formaction=z>a</button></form>"), "a");
   EXPECT_EQ(Clean("<base href=x><meta http-equiv=refresh content=0><link href=x><video src=x>"),
             "");
@@ -49,7 +48,36 @@ TEST(CleanHtmlTest, DropsWhatRuns) {
 TEST(CleanHtmlTest, DropsTheHeadsTitleAndDeclarations) {
   EXPECT_EQ(Clean("<!DOCTYPE html><html><head><meta charset=x><title>t</title></head>"
                   "<body bgcolor=red onload=x>a</body></html>"),
-            "<div bgcolor=\"red\">a</div>");
+            "a");
+}
+
+std::string CleanBody(std::string_view html, const FakeContent& content = FakeContent()) {
+  FakeItem item(content);
+  std::vector<Trouble> lost;
+  MailImages images(item, lost);
+  StringSink sink;
+  SinkBuffer out(sink);
+  HtmlCleaner(images, {}, out).putBody(html);
+  out.finish();
+  return sink.text;
+}
+
+TEST(CleanHtmlTest, PutsTheMailIntoAnElementForItsBody) {
+  EXPECT_EQ(CleanBody("a</body>b"), "<tarn-body>ab</tarn-body>");
+  EXPECT_EQ(CleanBody("<title>t</title><p>a<body class=x onload=y style='color:red'>b</div></body>"
+                      "<body id=z>c"),
+            "<tarn-body class=\"x\" style=\"color:red\"><p>ab</div>c</tarn-body>");
+}
+
+TEST(CleanHtmlTest, ShowsTheColoursOfTheBody) {
+  EXPECT_EQ(CleanBody("<body bgcolor=000000 text=' White '>a"),
+            "<style>tarn-body{background-color:#000000;color:White;}</style>\n"
+            "<tarn-body bgcolor=\"000000\" text=\" White \">a</tarn-body>");
+  EXPECT_EQ(CleanBody("<body bgcolor='red;x:y' text='#12345'>a"),
+            "<tarn-body bgcolor=\"red;x:y\" text=\"#12345\">a</tarn-body>");
+  EXPECT_EQ(CleanBody("<body background=cid:dot@x>", WithPicture()),
+            "<style>tarn-body{background-image:url(" + std::string(kGifUrl) +
+                ")}</style>\n<tarn-body></tarn-body>");
 }
 
 TEST(CleanHtmlTest, LetsNoTagArise) {
@@ -73,7 +101,7 @@ TEST(CleanHtmlTest, KeepsThePagesOwnNames) {
   EXPECT_EQ(Clean("<p class=\"tarn-head\" id=x-tarn-y>a</p><p class=&#116;arn-text>"),
             "<p>a</p><p>");
   EXPECT_EQ(Clean("<style>.Tarn-head{display:none}</style><style>p{}</style>"),
-            "<style>p{}</style>\n");
+            "<style>main .Tarn-head{display:none}\n</style>\n");
 }
 
 TEST(CleanHtmlTest, KeepsLinks) {
@@ -88,10 +116,33 @@ TEST(CleanHtmlTest, KeepsLinks) {
 TEST(CleanHtmlTest, DropsLinksThatRunOrLeadIntoTheFolder) {
   for (const char* address :
        {"javascript:alert(1)", "JaVaScript:x", " java&#10;script:x", "javascript&colon;x",
-        "&#106;avascript:x", "vbscript:x", "data:text/html,x", "file:///etc/passwd", "../x",
-        "\\\\server\\x", "//server/x", "", "cid:unknown", "javascript&unknown;:x"}) {
+        "&#106;avascript:x", "vbscript:x", "data:text/html,x", "file:///etc/passwd", "",
+        "cid:unknown", "javascript&unknown;:x"}) {
     EXPECT_EQ(Clean("<a href=\"" + std::string(address) + "\">a</a>"), "<a>a</a>") << address;
   }
+  for (const char* address : {"../x", "\\\\server\\x", "www.example.com/x?a:b", "x"}) {
+    EXPECT_EQ(Clean("<a href=\"" + std::string(address) + "\">a</a>"),
+              "<a title=\"" + std::string(address) + "\">a</a>");
+  }
+  EXPECT_EQ(Clean("<a href=x title=y>a</a>"), "<a title=\"y\">a</a>");
+}
+
+TEST(CleanHtmlTest, ResolvesRelativeLinks) {
+  const auto linked = [](const std::string& head, const std::string& address) {
+    const std::string link = Clean(head + "<a href='" + address + "'>");
+    const size_t start = link.find('"') + 1;
+    return link.substr(start, link.find('"', start) - start);
+  };
+  EXPECT_EQ(linked("", "//cdn.example.com/x?a=b"), "https://cdn.example.com/x?a=b");
+  const std::string base = "<base target=x><base href='https://x.org/a/b?c'><base href=http://y>";
+  EXPECT_EQ(linked(base, "d/e"), "https://x.org/a/d/e");
+  EXPECT_EQ(linked(base, "/d"), "https://x.org/d");
+  EXPECT_EQ(linked(base, "?d"), "https://x.org/a/b?d");
+  EXPECT_EQ(linked(base, "#d"), "#d");
+  EXPECT_EQ(linked(base, "mailto:a@b"), "mailto:a@b");
+  EXPECT_EQ(linked("<base href=https://x.org>", "d"), "https://x.org/d");
+  EXPECT_EQ(linked("<base href=javascript:x//>", "d"), "d");
+  EXPECT_EQ(linked("<base href=mailto:x>", "d"), "d");
 }
 
 TEST(CleanHtmlTest, LinksToAttachments) {
@@ -139,6 +190,8 @@ TEST(CleanHtmlTest, MarksPicturesElsewhere) {
             "<span class=\"tarn-image\">[image: a &lt;b&gt;]</span>");
   EXPECT_EQ(Clean("<img src=https://x>"), "<span class=\"tarn-image\">[image]</span>");
   EXPECT_EQ(Clean("<img>"), "<span class=\"tarn-image\">[image]</span>");
+  EXPECT_EQ(Clean("<img alt='caf&eacute;&hellip;'>"),
+            "<span class=\"tarn-image\">[image: café…]</span>");
   EXPECT_EQ(Clean("<img src=https://x width=1 height=1><img src=x height=0>"), "");
 }
 

@@ -78,9 +78,9 @@ TEST(WriteHtmlTest, ShowsHtmlInUtf8) {
   FakeContent item;
   item.bodies.text = "not this";
   item.bodies.html = HtmlBody{"<meta charset=windows-1252><p>\xE4</p>", "windows-1252"};
-  EXPECT_EQ(BodyOf(item), "<p>ä</p>");
+  EXPECT_EQ(BodyOf(item), "<tarn-body><p>ä</p></tarn-body>");
   item.bodies.html = HtmlBody{"\xEF\xBB\xBF<p>ä</p>", ""};
-  EXPECT_EQ(BodyOf(item), "<p>ä</p>");
+  EXPECT_EQ(BodyOf(item), "<tarn-body><p>ä</p></tarn-body>");
 }
 
 TEST(WriteHtmlTest, ShowsTextInParagraphs) {
