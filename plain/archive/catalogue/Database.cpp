@@ -3,13 +3,22 @@
 #include <sqlite3.h>
 
 #include <new>
+#include <system_error>
+
+#include "console/SystemErrors.h"
 
 namespace tarn::archive {
 namespace {
 
 [[noreturn]] void Fail(sqlite3* database, int status) {
   if (status == SQLITE_NOMEM) throw std::bad_alloc();
-  throw DatabaseError(database != nullptr ? sqlite3_errmsg(database) : sqlite3_errstr(status));
+  std::string what = database != nullptr ? sqlite3_errmsg(database) : sqlite3_errstr(status);
+  // SQLite names the call that failed; the system says why. Of a file that cannot be opened it
+  // keeps the error of a second attempt.
+  const bool isOfSystem = (status & 0xFF) == SQLITE_IOERR;
+  const int error = database != nullptr && isOfSystem ? sqlite3_system_errno(database) : 0;
+  if (error != 0) what += ": " + host::ErrorText({error, std::generic_category()});
+  throw DatabaseError(what);
 }
 
 void Check(sqlite3* database, int status) {

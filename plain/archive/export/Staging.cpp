@@ -53,11 +53,13 @@ Staging::Staging(const fs::path& tree, const std::string& settings, bool resume)
     throw Failure(ExitStatus::Usage, host::Utf8FromPath(tree_),
                   "nothing can be written there: " + host::ErrorText(error));
   }
-  lock_ = LockFile(path("lock"));
-  if (lock_ < 0) {
+  const Outcome<std::optional<int>> lock = LockFile(path("lock"));
+  if (!lock) Check(lock.trouble());
+  if (!*lock) {
     throw Failure(ExitStatus::Usage, host::Utf8FromPath(tree_),
                   "another program exports into it at this moment");
   }
+  lock_ = **lock;
   try {
     prepare(settings, resume);
   } catch (...) {

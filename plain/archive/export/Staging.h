@@ -62,9 +62,9 @@ class Staging {
 // goes on with it.
 void CheckStaged(const std::optional<Trouble>& trouble);
 
-// Of one folder; what else is to know of the system. One folder a system implements it: the number
-// of the open file, -1 where another program has it.
-int LockFile(const std::filesystem::path& path);
+// What else is to know of the system; one folder a system implements it. The number of the open
+// file, none where another program has it.
+Outcome<std::optional<int>> LockFile(const std::filesystem::path& path);
 void UnlockFile(int file);
 void SyncFileSystem(const std::filesystem::path& path);
 

@@ -141,7 +141,7 @@ class Worker {
       result.rows = RowOfLost(entry, request.name, entry.reason);
     } else {
       if (hook_) hook_(entry.id);
-      const Outcome<std::unique_ptr<Item>> item = reader.find(entry.id);
+      const Outcome<std::unique_ptr<Item>> item = reader.findIn(entry.folder, entry.id);
       if (!item) {
         result.rows = RowOfLost(entry, request.name, item.trouble().reason);
       } else {
@@ -194,9 +194,17 @@ int RunWorker(const std::vector<std::string>& words, const ItemHook& hook) {
   if (words.size() != 2) return 2;
   PrepareWorker(std::stoull(words[0]));
   Outcome<Beat> beat = Beat::open(words[1]);
-  if (!beat) return 1;
-  // Memory that ends in the middle of an item costs the item: the process ends.
-  return Worker(pages::Channel(pages::Descriptor(kWorkerSocket)), std::move(*beat), hook).run();
+  pages::Channel channel{pages::Descriptor(kWorkerSocket)};
+  if (!beat) {
+    (void)channel.send(Packed(WorkerReply{WorkerWord::Stopped, beat.trouble().reason, {}}));
+    return 1;
+  }
+  try {
+    return Worker(std::move(channel), std::move(*beat), hook).run();
+  } catch (const std::bad_alloc&) {
+    // It costs the item: the process ends.
+    return kOutOfMemory;
+  }
 }
 
 }  // namespace tarn::archive

@@ -19,6 +19,9 @@ inline constexpr const char* kWorkerWord = "export-worker";
 // The descriptor of its end of the channel.
 inline constexpr int kWorkerSocket = 3;
 
+// How it ends where it has no more memory; other ends are not of its own choice.
+inline constexpr int kOutOfMemory = 12;
+
 enum class WorkerTask : uint8_t { Plan, Export };
 
 struct WorkerRequest {

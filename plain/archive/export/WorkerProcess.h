@@ -22,7 +22,7 @@ struct WorkerPlan {
 
 class WorkerProcess {
  public:
-  // Throws std::system_error where no process can be had.
+  // Throws std::system_error where no process can be had, host::Failure where no file for its beats.
   explicit WorkerProcess(const WorkerPlan& plan);
   WorkerProcess(const WorkerProcess&) = delete;
   WorkerProcess& operator=(const WorkerProcess&) = delete;
@@ -34,7 +34,7 @@ class WorkerProcess {
   Beat& beat() { return beat_; }
 
   // Kills it unless it has ended by itself, and tells how it ended: "was killed by signal 11",
-  // "ended with exit status 1".
+  // "ran out of memory", "ended with exit status 1".
   std::string end();
 
  private:

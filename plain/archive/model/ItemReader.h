@@ -48,6 +48,14 @@ class ItemReader {
   // The item of an id that next() gives (no embedded one), without reading what is before it.
   // Missing for an id that the file does not have.
   virtual Outcome<std::unique_ptr<Item>> find(std::string_view id) = 0;
+
+  // The same, for one who knows from next() in which folder the item is: that is its place then,
+  // also where the folder can no longer be read, or the way to it is another from the item on.
+  virtual Outcome<std::unique_ptr<Item>> findIn(
+      const std::shared_ptr<const std::vector<std::string>>& folder, std::string_view id) {
+    (void)folder;
+    return find(id);
+  }
 };
 
 }  // namespace tarn::archive

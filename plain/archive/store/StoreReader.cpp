@@ -22,7 +22,8 @@ class StoreReader final : public ItemReader {
       : session_(std::move(session)), options_(options), tree_(*session_, troubles_) {}
 
   std::optional<Entry> next() override;
-  Outcome<std::unique_ptr<Item>> find(std::string_view id) override;
+  Outcome<std::unique_ptr<Item>> find(std::string_view id) override { return findIn(nullptr, id); }
+  Outcome<std::unique_ptr<Item>> findIn(const FolderPath& folder, std::string_view id) override;
 
  private:
   enum class Stage : uint8_t { Folders, Unlisted, Recovered, Done };
@@ -168,7 +169,7 @@ std::unique_ptr<Item> StoreReader::makeItem(uint32_t nid, FolderPath folder,
       std::move(known));
 }
 
-Outcome<std::unique_ptr<Item>> StoreReader::find(std::string_view id) {
+Outcome<std::unique_ptr<Item>> StoreReader::findIn(const FolderPath& folder, std::string_view id) {
   const Trouble missing{TroubleKind::Missing, "the store has no such item"};
   uint32_t nid = 0;
   const auto read = std::from_chars(id.data(), id.data() + id.size(), nid, 16);
@@ -177,7 +178,7 @@ Outcome<std::unique_ptr<Item>> StoreReader::find(std::string_view id) {
   const auto info = Guarded("the item cannot be looked up",
                             [&] { return session_->context()->lookup_node_info(nid); });
   if (!info) return info.trouble().kind == TroubleKind::Missing ? missing : info.trouble();
-  return makeItem(nid, tree_.pathByParents(info->parent_id));
+  return makeItem(nid, folder ? folder : tree_.pathByParents(info->parent_id));
 }
 
 }  // namespace

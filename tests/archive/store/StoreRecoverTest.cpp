@@ -48,6 +48,9 @@ TEST(StoreRecover, AddsWhatNoTableNamesInTheOrderOfTheIds) {
     EXPECT_EQ(*opened.find("200044")->place().folder,
               (std::vector<std::string>{"Inbox", "Cut off"}));
     EXPECT_EQ(*opened.find("200404")->place().folder, std::vector<std::string>());
+    const auto known = std::make_shared<const std::vector<std::string>>(1, "Recovered");
+    EXPECT_EQ((*opened.reader().findIn(known, "200044"))->place().folder, known);
+    EXPECT_EQ(opened.reader().findIn(known, "200064").trouble().kind, TroubleKind::Missing);
   }
 }
 

@@ -4,13 +4,18 @@
 #include <sys/file.h>
 #include <unistd.h>
 
+#include <cerrno>
+
 namespace tarn::archive {
 
-int LockFile(const std::filesystem::path& path) {
+Outcome<std::optional<int>> LockFile(const std::filesystem::path& path) {
   const int file = open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600);
-  if (file >= 0 && flock(file, LOCK_EX | LOCK_NB) == 0) return file;
-  if (file >= 0) close(file);
-  return -1;
+  if (file < 0) return SystemTrouble(path, errno);
+  if (flock(file, LOCK_EX | LOCK_NB) == 0) return std::optional(file);
+  const int error = errno;
+  close(file);
+  if (error != EWOULDBLOCK) return SystemTrouble(path, error);
+  return std::optional<int>();
 }
 
 void UnlockFile(int file) { close(file); }

@@ -13,13 +13,17 @@
 #include <vector>
 
 #include "archive/export/WorkerMessages.h"
+#include "console/Failure.h"
 
 namespace tarn::archive {
 namespace {
 
 Beat OpenBeat(const std::filesystem::path& path) {
   Outcome<Beat> beat = Beat::open(path);
-  if (!beat) throw std::system_error(EIO, std::generic_category(), beat.trouble().reason);
+  if (!beat) {
+    throw host::Failure(host::ExitStatus::Failed,
+                        beat.trouble().reason + "; --resume goes on with what is finished");
+  }
   return std::move(*beat);
 }
 
@@ -84,6 +88,7 @@ std::string WorkerProcess::end() {
   process_ = 0;
   if (waited < 0) return "ended";
   if (WIFSIGNALED(status)) return "was killed by signal " + std::to_string(WTERMSIG(status));
+  if (WEXITSTATUS(status) == kOutOfMemory) return "ran out of memory";
   return "ended with exit status " + std::to_string(WEXITSTATUS(status));
 }
 
