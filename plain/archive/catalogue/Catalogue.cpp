@@ -3,10 +3,9 @@
 #include <string>
 #include <system_error>
 
-#include "archive/catalogue/AsciiWords.h"
 #include "archive/catalogue/CatalogueTables.h"
 #include "archive/catalogue/Database.h"
-#include "archive/catalogue/WordText.h"
+#include "archive/catalogue/WordIndex.h"
 
 namespace tarn::archive {
 namespace {
@@ -64,10 +63,6 @@ std::string_view CutCatalogueText(std::string_view text) {
   return text.substr(0, end);
 }
 
-std::string AttachmentWords(std::string_view name, std::string_view text) {
-  return WordsOf(name).text + '\n' + WordsOf(CutCatalogueText(text)).text + '\n';
-}
-
 class CatalogueWriter::Tables {
  public:
   explicit Tables(const std::filesystem::path& path)
@@ -78,9 +73,7 @@ class CatalogueWriter::Tables {
         recipient_(database_, "INSERT INTO recipients VALUES(?1,?2,?3,?4,?5)"),
         file_(database_, "INSERT INTO files VALUES(?1,?2,?3,?4,?5,?6,?7,?8)"),
         text_(database_, "INSERT INTO texts VALUES(?1,?2,?3,?4)"),
-        words_(database_,
-               "INSERT INTO words(rowid,subject,sender,recipients,body,attachments)"
-               " VALUES(?1,?2,?3,?4,?5,?6)") {}
+        words_(database_, path) {}
 
   void add(const CatalogueItem& item) {
     ++number_;
@@ -91,11 +84,13 @@ class CatalogueWriter::Tables {
     addWords(item);
   }
 
-  void finish() { database_.run(kCatalogueIndexes); }
+  void finish() {
+    words_.finish();
+    database_.run(kCatalogueIndexes);
+  }
 
  private:
   static bool prepare(Database& database) {
-    SplitAsciiSooner(database);
     database.run(kCatalogueSettings);
     database.run(kCatalogueTables);
     return true;
@@ -175,21 +170,15 @@ class CatalogueWriter::Tables {
   }
 
   void addWords(const CatalogueItem& item) {
-    const std::string subject = WordsOf(item.fields.subject).text;
-    const std::string sender = WordsOf(SenderText(item.fields)).text;
-    const std::string recipients = WordsOf(RecipientText(item.fields)).text;
-    const std::string body = WordsOf(CutCatalogueText(item.body)).text;
-    std::string attachments;
+    words_.beginItem(number_);
+    words_.add(0, item.fields.subject);
+    words_.add(1, SenderText(item.fields));
+    words_.add(2, RecipientText(item.fields));
+    words_.add(3, CutCatalogueText(item.body));
     for (const AttachmentText& attachment : item.attachments) {
-      attachments += AttachmentWords(attachment.name, attachment.text);
+      words_.add(4, attachment.name);
+      words_.add(4, CutCatalogueText(attachment.text));
     }
-    words_.bind(1, number_);
-    words_.bind(2, subject);
-    words_.bind(3, sender);
-    words_.bind(4, recipients);
-    words_.bind(5, body);
-    words_.bind(6, attachments);
-    words_.execute();
   }
 
   Database database_;
@@ -198,7 +187,7 @@ class CatalogueWriter::Tables {
   Statement recipient_;
   Statement file_;
   Statement text_;
-  Statement words_;
+  WordIndex words_;
   int64_t number_ = 0;
 };
 

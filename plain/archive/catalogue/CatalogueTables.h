@@ -3,9 +3,6 @@
 #ifndef TARN_ARCHIVE_CATALOGUETABLES_H
 #define TARN_ARCHIVE_CATALOGUETABLES_H
 
-#include <string>
-#include <string_view>
-
 namespace tarn::archive {
 
 // The number that tells which tables a file has: PRAGMA user_version.
@@ -62,20 +59,15 @@ inline constexpr const char* kCatalogueTables =
     " attachment INTEGER NOT NULL,"  // its place, from 1; 0 for the item's own text
     " name TEXT,"
     " text TEXT NOT NULL);"
-    // Words as WordsOf() prepares them; the rowid is the item's number.
+    // Words as WordsOf() prepares them, put in by WordIndex; the rowid is the item's number.
     "CREATE VIRTUAL TABLE words USING fts5("
     " subject, sender, recipients, body, attachments,"
-    " content='', tokenize=\"unicode61 remove_diacritics 2 categories 'L* N* Co M*'\");"
-    // What is gathered before it is written stays in the processor's cache: more takes longer.
-    "INSERT INTO words(words, rank) VALUES('hashsize', 1048576);";
+    " content='', tokenize=\"unicode61 remove_diacritics 2 categories 'L* N* Co M*'\");";
 
 inline constexpr const char* kCatalogueIndexes =
     "CREATE INDEX items_by_id ON items(source, id);"
     "CREATE INDEX texts_by_item ON texts(item, attachment);"
     "COMMIT;";
-
-// What the column of attachments holds of one.
-std::string AttachmentWords(std::string_view name, std::string_view text);
 
 }  // namespace tarn::archive
 

@@ -61,6 +61,12 @@ void Statement::bind(int place, std::string_view text) {
                             text.size(), SQLITE_STATIC, SQLITE_UTF8));
 }
 
+void Statement::bindBytes(int place, std::string_view bytes) {
+  Check(statement_.get(),
+        sqlite3_bind_blob64(statement_.get(), place, bytes.data() == nullptr ? "" : bytes.data(),
+                            bytes.size(), SQLITE_STATIC));
+}
+
 void Statement::bind(int place, int64_t number) {
   Check(statement_.get(), sqlite3_bind_int64(statement_.get(), place, number));
 }

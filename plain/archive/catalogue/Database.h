@@ -47,6 +47,7 @@ class Statement {
 
   void bind(int place, std::string_view text);
   void bind(int place, int64_t number);
+  void bindBytes(int place, std::string_view bytes);
   void bindNull(int place);
   template <typename T>
   void bind(int place, const std::optional<T>& value) {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <exception>
 #include <iterator>
 #include <new>
 
@@ -120,6 +121,30 @@ std::vector<TextSpan> WordSplitter::wordsOf(std::string_view prepared, size_t mo
          static_cast<int>(prepared.size()), TakeWord);
   if (splitting.isOutOfMemory) throw std::bad_alloc();
   return std::move(splitting.words);
+}
+
+void WordSplitter::forEachWord(std::string_view prepared,
+                               const std::function<void(std::string_view)>& take) const {
+  struct Taking {
+    const std::function<void(std::string_view)>& take;
+    std::exception_ptr error;
+  };
+  Taking taking{take, nullptr};
+  const auto takeWord = [](void* context, int, const char* word, int size, int, int) {
+    Taking& one = *static_cast<Taking*>(context);
+    try {
+      one.take({word, static_cast<size_t>(size)});
+    } catch (...) {
+      // Not through functions of C.
+      one.error = std::current_exception();
+      return SQLITE_ABORT;
+    }
+    return SQLITE_OK;
+  };
+  const int status = split_(tokenizer_, &taking, FTS5_TOKENIZE_DOCUMENT, prepared.data(),
+                            static_cast<int>(prepared.size()), takeWord);
+  if (taking.error) std::rethrow_exception(taking.error);
+  if (status != SQLITE_OK) throw std::bad_alloc();
 }
 
 std::vector<FoundSpan> SpansIn(std::string_view text, const std::vector<WordPlace>& places,

@@ -4,6 +4,7 @@
 #define TARN_ARCHIVE_WORDPLACES_H
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -42,6 +43,10 @@ class WordSplitter {
 
   // The bytes of each word of prepared text, up to so many words.
   std::vector<TextSpan> wordsOf(std::string_view prepared, size_t most) const;
+
+  // Each word as the index holds it.
+  void forEachWord(std::string_view prepared,
+                   const std::function<void(std::string_view word)>& take) const;
 
  private:
   void (*free_)(Fts5Tokenizer*) = nullptr;
