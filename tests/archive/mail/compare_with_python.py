@@ -237,4 +237,5 @@ def main():
     return 1 if comparison.failures or not alone else 0
 
 
-sys.exit(main())
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,12 +1,13 @@
 """Reads what the archive writes with Python's email and mailbox, and with the archive's own reader.
 
-Usage: read_back.py WRITE_FORMS FOLDER...
+Usage: read_back.py WRITE_FORMS READ_ICALENDAR FOLDER...
 
 Each mail file of the folders, and of the folder that MAIL_CORPUS names, is written item by item as
 mails and as one mbox. Subject, addresses, date, text, HTML and the SHA-256 of each attachment must
 be those of the item, read by Python and by the archive alike; a mail that is written again has the
 same bytes; the mbox has as many mails, with the same parts. HTML begins with its policy, JSON is
-such, text is UTF-8 without NULs, and vobject reads contacts and calendars. Text is compared without white space at its ends and the ends of its lines.
+such, text is UTF-8 without NULs, vobject reads contacts and calendars, and libical finds nothing
+wrong in calendars. Text is compared without white space at its ends and the ends of its lines.
 """
 
 import email
@@ -94,7 +95,8 @@ class Parts:
 
 
 class Check:
-    def __init__(self):
+    def __init__(self, reader):
+        self.reader = reader
         self.failures = 0
         self.items = 0
 
@@ -148,6 +150,7 @@ class Check:
             rows = [json.loads(line) for line in run.stdout.splitlines()]
             for row in rows:
                 self.check_item(f"{name} {row['place']}", folder, row)
+            self.check_calendars(name, folder, rows)
             if rows:
                 self.check_mbox(name, folder, len(rows))
 
@@ -198,6 +201,15 @@ class Check:
             self.same(name, "summary", flat(event.summary.value), flat(row["item"]["subject"]))
         self.same(name, "uid", event.uid.value != "", True)
 
+    def check_calendars(self, name, folder, rows):
+        paths = [os.path.join(folder, f"{row['place']}.ics") for row in rows]
+        read = subprocess.run([self.reader, *paths], check=True, stdout=subprocess.PIPE).stdout
+        for row, line in zip(rows, read.splitlines()):
+            calendar = json.loads(line)
+            what = f"{name} {row['place']}"
+            self.same(what, "errors of the calendar", calendar["errors"], 0)
+            self.same(what, "events", calendar["components"] > 0 and calendar["uid"] != "", True)
+
     def check_mbox(self, name, folder, count):
         box = mailbox.mbox(os.path.join(folder, "all.mbox"))
         self.same(name, "mails of the mbox", len(box), count)
@@ -209,10 +221,10 @@ class Check:
 
 
 def main():
-    program, *folders = sys.argv[1:]
+    program, reader, *folders = sys.argv[1:]
     if os.environ.get("MAIL_CORPUS"):
         folders.append(os.environ["MAIL_CORPUS"])
-    check = Check()
+    check = Check(reader)
     for folder in folders:
         for place, _, names in sorted(os.walk(folder)):
             for name in sorted(names):
@@ -222,4 +234,5 @@ def main():
     return 1 if check.failures or not check.items else 0
 
 
-sys.exit(main())
+if __name__ == "__main__":
+    sys.exit(main())
