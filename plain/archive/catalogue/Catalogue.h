@@ -19,6 +19,9 @@ inline constexpr const char* kCatalogueName = "catalogue.sqlite";
 inline constexpr size_t kMostCatalogueText = size_t{4} << 20;
 std::string_view CutCatalogueText(std::string_view text);
 
+// Those of one item together; attachments that come after have no text.
+inline constexpr size_t kMostItemText = size_t{64} << 20;
+
 // The same items in the same order give the same bytes. Memory does not grow with their number.
 class CatalogueWriter {
  public:

@@ -115,15 +115,17 @@ void TakeTexts(Item& item, CatalogueItem& record) {
   record.body = BestText(item.bodies(), kWidth);
   record.body.resize(CutCatalogueText(record.body).size());
   record.attachments.clear();
+  size_t total = record.body.size();
   const std::vector<Attachment>& attachments = item.attachments();
   for (size_t index = 0; index < attachments.size(); ++index) {
     const Attachment& attachment = attachments[index];
     AttachmentText& entry = record.attachments.emplace_back();
     entry.index = index + 1;
     entry.name = attachment.name;
-    if (!HasText(attachment)) continue;
+    if (!HasText(attachment) || total + kMostCatalogueText > kMostItemText) continue;
     Outcome<std::unique_ptr<ByteSource>> bytes = item.open(index);
     if (bytes) entry.text = TextOfAttachment(attachment, **bytes);
+    total += entry.text.size();
   }
 }
 

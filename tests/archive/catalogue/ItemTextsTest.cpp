@@ -140,6 +140,21 @@ TEST(ItemTextsTest, TakesThoseOfAnItem) {
   EXPECT_EQ(record.attachments[3].text, "");
 }
 
+TEST(ItemTextsTest, TakesNoMoreOfAnItemThanItsLimit) {
+  TextItem item;
+  constexpr size_t kFiles = kMostItemText / kMostCatalogueText + 3;
+  for (size_t file = 0; file < kFiles; ++file) {
+    item.add(Named("a.txt", "text/plain"), std::string(kMostCatalogueText, 'x'));
+  }
+  CatalogueItem record;
+  TakeTexts(item, record);
+  ASSERT_EQ(record.attachments.size(), kFiles);
+  size_t total = 0;
+  for (const AttachmentText& attachment : record.attachments) total += attachment.text.size();
+  EXPECT_EQ(total, kMostItemText);
+  EXPECT_EQ(record.attachments.back().name, "a.txt");
+}
+
 TEST(ItemTextsTest, CutsALongBody) {
   TextItem item;
   item.held.text = std::string(kMostCatalogueText + 1, 'x');
