@@ -58,7 +58,7 @@ bool Batch::isFull() const { return items_ >= options_.batchItems || bytes_ >= k
 void Batch::add(Piece& piece) {
   switch (piece.kind) {
     case PieceKind::Begin:
-      rows_ += SourceLine(queue_.source(piece.source).found.name, queue_.work(piece.source).sum);
+      rows_ += SourceLine(queue_.source(piece.source).name, queue_.work(piece.source).sum);
       return;
     case PieceKind::Entries:
       return addEntries(piece);
@@ -81,7 +81,7 @@ void Batch::addEntries(Piece& piece) {
   }
   items_ += piece.count;
   bytes_ += bytes;
-  rows_ += BatchLine(queue_.source(piece.source).found.name, piece.first + piece.count,
+  rows_ += BatchLine(queue_.source(piece.source).name, piece.first + piece.count,
                      staging_.grown().takeChanges());
   progress_.done(piece.count, bytes);
 }
@@ -89,7 +89,7 @@ void Batch::addEntries(Piece& piece) {
 void Batch::addEntry(Piece& piece, const PlanEntry& entry, FinishedEntry& finished) {
   const ExportSource& source = queue_.source(piece.source);
   if (finished.folder.empty()) {
-    rows_ += RowOfLost(entry, source.found.name, finished.reason);
+    rows_ += RowOfLost(entry, source.name, finished.reason);
     return;
   }
   const bool isCopy = !finished.fingerprint.empty() && options_.dedupe &&
@@ -116,11 +116,11 @@ void Batch::endSource(size_t source) {
   if (work.reason.empty() && work.stamp != StampOfSource(found.path, found.kind)) {
     work.reason = "has changed while it was exported";
   }
-  rows_ += EndLine(found.name, work.reason);
+  rows_ += EndLine(queue_.source(source).name, work.reason);
   ++items_;
   std::error_code ignored;
   fs::remove(queue_.planPath(source), ignored);
-  if (work.reason.empty()) progress_.tell(found.name, work.entries);
+  if (work.reason.empty()) progress_.tell(queue_.source(source).name, work.entries);
 }
 
 // One sync for all of them; then they are put into their places, and then they are finished.

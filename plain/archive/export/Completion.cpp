@@ -249,8 +249,10 @@ class Completion {
     const std::string name = line["source"];
     const std::string reason = line["reason"];
     const ExportSource* source = nullptr;
-    for (; nextSource_ < sources_.all.size() && !source; ++nextSource_) {
-      if (sources_.all[nextSource_].found.name == name) source = &sources_.all[nextSource_];
+    for (size_t at = nextSource_; at < sources_.all.size() && !source; ++at) {
+      if (sources_.all[at].name != name) continue;
+      source = &sources_.all[at];
+      nextSource_ = at + 1;
     }
     const bool isUnopened = source != nullptr && source->trouble.has_value();
     // A compound file of another program.

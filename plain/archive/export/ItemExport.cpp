@@ -6,6 +6,7 @@
 #include "archive/catalogue/CatalogueItem.h"
 #include "archive/catalogue/ItemTexts.h"
 #include "archive/common/SafeName.h"
+#include "archive/export/Fingerprint.h"
 #include "archive/export/ItemFiles.h"
 #include "archive/export/ItemNames.h"
 #include "archive/export/KeptBodies.h"
@@ -22,23 +23,6 @@ struct Attached {
   std::string fingerprint;  // of its bytes, or of the item that it is
 };
 
-// Message id, sender, time, body, attachments.
-std::string Fingerprint(Item& item, const std::vector<Attached>& attached) {
-  Sha256 sum;
-  const ItemFields fields = item.fields(Detail::Envelope);
-  sum.addText(fields.messageId);
-  sum.addText(fields.from.address.empty() ? fields.from.name : fields.from.address);
-  sum.addText(fields.subject);
-  sum.addText(fields.sent ? Iso8601(*fields.sent) : "");
-  const Bodies bodies = item.bodies();
-  sum.addText(bodies.html ? bodies.html->bytes : "");
-  sum.addText(bodies.text.value_or(""));
-  sum.addText(bodies.html || bodies.text ? "" : bodies.rtf.value_or(""));
-  for (const Attached& one : attached) sum.addText(one.fingerprint);
-  constexpr size_t kFingerprintDigits = 32;
-  return sum.digest().substr(0, kFingerprintDigits);
-}
-
 class ItemExporter {
  public:
   ItemExporter(const ExportChoices& choices, const ItemTarget& target, std::string outermostId)
@@ -49,7 +33,8 @@ class ItemExporter {
 
   ItemResult run(Item& item) {
     ItemResult result;
-    result.fingerprint = exportOne(item, "", 0);
+    (void)exportOne(item, "", 0);
+    result.fingerprint = rows_.front().fingerprint;
     for (ItemRow& row : rows_) {
       if (row.item.status != ExportStatus::Failed && !row.reasons.empty()) {
         row.item.status = ExportStatus::Partial;
@@ -89,9 +74,13 @@ class ItemExporter {
     }
     writeForms(item, paths, row, below);
     loseAll(row, item.troubles());
-    rows_[row].fingerprint = Fingerprint(item, attached);
     tellCatalogue(item, row);
-    return rows_[row].fingerprint;
+    std::vector<std::string> prints;
+    for (const Attached& one : attached) prints.push_back(one.fingerprint);
+    const Fingerprint fingerprint = FingerprintOf(item, prints);
+    // Copies are named among outermost items alone.
+    if (depth == 0 && fingerprint.isTelling) rows_[row].fingerprint = fingerprint.sum;
+    return fingerprint.sum;
   }
 
   struct Where {

@@ -19,7 +19,7 @@ struct ItemRow {
   std::vector<std::string> reasons;  // why it is not wholly there
 
   // Of the journal alone:
-  std::string fingerprint;      // of what the item says; empty where it could not be read
+  std::string fingerprint;      // of what the item says; empty where no copies are looked for
   std::string mbox;             // the path of the mbox that it goes into; empty: none
   uint64_t mboxBytes = 0;       // its length there
   uint64_t catalogueBytes = 0;  // the length of what the catalogue is told of it

@@ -4,6 +4,7 @@
 #include <system_error>
 
 #include "archive/common/SafeName.h"
+#include "archive/common/TellableName.h"
 
 namespace tarn::archive {
 namespace {
@@ -46,11 +47,13 @@ ExportSources FindSources(SourceSearch& search, const fs::path& tree) {
                   [&](const auto& one, const auto& other) { return name(one) == name(other); });
   sources.all.erase(end, sources.all.end());
   UniqueNames names;
-  for (const char* const own : {"manifest.jsonl", "catalogue.sqlite", "index.html", "index"}) {
+  for (const char* const own : {"manifest.jsonl", "catalogue.sqlite", "catalogue.sqlite.new",
+                                "index.html", "index", "index.new"}) {
     names.take(own);
   }
   for (ExportSource& source : sources.all) {
     const std::string last = fs::path(source.found.name).lexically_normal().filename().string();
+    source.name = TellableName(source.found.name);
     source.tree = names.make(SafeName(last, "standard input"));
   }
   sources.otherFiles = search.otherFiles();

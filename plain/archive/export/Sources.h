@@ -13,6 +13,7 @@ namespace tarn::archive {
 
 struct ExportSource {
   FoundSource found;
+  std::string name;  // TellableName of its path: what the export calls it everywhere
   std::string tree;  // its folder within the export
   std::optional<Trouble> trouble;
 };

@@ -43,7 +43,7 @@ void WorkQueue::cutReadySources() {
 // What of a source was finished before is left out.
 void WorkQueue::cutSource(size_t source) {
   const SourceWork& work = works_[source];
-  const std::string& name = sources_.all[source].found.name;
+  const std::string& name = sources_.all[source].name;
   const auto before = staging_.resumed().sources.find(name);
   const bool wasBegun = before != staging_.resumed().sources.end();
   if (wasBegun && before->second.sha256 != work.sum.sha256) {

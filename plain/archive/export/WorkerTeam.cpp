@@ -36,7 +36,7 @@ void WorkerTeam::giveWork(Slot& slot) {
 WorkerRequest WorkerTeam::requestFor(size_t source) const {
   const FoundSource& found = queue_.source(source).found;
   WorkerRequest request;
-  request.name = found.name;
+  request.name = queue_.source(source).name;
   request.path = found.path.string();
   request.kind = found.kind;
   request.recover = options_.recover;
