@@ -4,6 +4,7 @@
 #include <optional>
 #include <utility>
 
+#include "archive/mail/AddressList.h"
 #include "archive/mail/AsciiText.h"
 #include "archive/mail/EncodedWords.h"
 #include "archive/mail/GObjectPtr.h"
@@ -13,69 +14,6 @@
 
 namespace tarn::archive::mail {
 namespace {
-
-std::string DecodedText(const std::string& raw) {
-  const GText unfolded(g_mime_utils_header_unfold(raw.c_str()));
-  const GText decoded(g_mime_utils_header_decode_text(ReadingOptions(), unfolded.get()));
-  return std::string(Trimmed(TextOf(decoded.get())));
-}
-
-// An address of a list, while it is read.
-struct ListedAddress {
-  Address address;
-  bool isGroup = false;
-};
-
-// "Miller, Ann <ann@example.com>" without quotes comes as two: the name is one.
-std::vector<Address> WithNamesJoined(std::vector<ListedAddress> list) {
-  std::vector<Address> joined;
-  std::string name;
-  size_t pieces = 0;  // at the end of `joined`, which may begin a name
-  for (ListedAddress& entry : list) {
-    Address& address = entry.address;
-    if (!entry.isGroup && address.address.empty()) {
-      name += address.name + ", ";
-      ++pieces;
-    } else {
-      if (!entry.isGroup && !address.name.empty() && pieces != 0) {
-        joined.resize(joined.size() - pieces);
-        address.name.insert(0, name);
-      }
-      name.clear();
-      pieces = 0;
-    }
-    joined.push_back(std::move(address));
-  }
-  return joined;
-}
-
-// Groups within groups are no deeper than the parser itself goes, of which StructureWatch takes
-// care.
-void AddAddresses(InternetAddressList* list, std::vector<Address>& addresses) {
-  std::vector<ListedAddress> listed;
-  const int count = internet_address_list_length(list);
-  for (int i = 0; i < count; ++i) {
-    InternetAddress* entry = internet_address_list_get_address(list, i);
-    Address address{TextOf(internet_address_get_name(entry)), ""};
-    if (INTERNET_ADDRESS_IS_GROUP(entry)) {
-      InternetAddressList* members =
-          internet_address_group_get_members(INTERNET_ADDRESS_GROUP(entry));
-      std::vector<Address> all;
-      AddAddresses(members, all);
-      if (all.empty() && !address.name.empty()) all.push_back(std::move(address));
-      for (Address& member : all) listed.push_back({std::move(member), true});
-      continue;
-    }
-    address.address = TextOf(internet_address_mailbox_get_addr(INTERNET_ADDRESS_MAILBOX(entry)));
-    // "From: Ann" has a name and no address.
-    const bool isName = address.name.empty() && address.address.find('@') == std::string::npos;
-    if (isName) address.name = std::exchange(address.address, "");
-    if (address.name.empty() && address.address.empty()) continue;
-    listed.push_back({std::move(address)});
-  }
-  for (Address& address : WithNamesJoined(std::move(listed)))
-    addresses.push_back(std::move(address));
-}
 
 std::string TextOfAddress(const Address& address) {
   if (address.name.empty() || address.address.empty()) return address.name + address.address;
@@ -163,6 +101,12 @@ std::string TextOf(const char* text) {
   return all;
 }
 
+std::string DecodedText(const std::string& raw) {
+  const GText unfolded(g_mime_utils_header_unfold(raw.c_str()));
+  const GText decoded(g_mime_utils_header_decode_text(ReadingOptions(), unfolded.get()));
+  return std::string(Trimmed(TextOf(decoded.get())));
+}
+
 const char* RawHeader(GMimeObject* object, const char* name) {
   GMimeHeaderList* headers = g_mime_object_get_header_list(object);
   const int count = g_mime_header_list_get_count(headers);
@@ -178,26 +122,6 @@ const char* RawHeader(GMimeObject* object, const char* name) {
 std::string DecodedHeader(GMimeObject* object, const char* name) {
   const char* raw = RawHeader(object, name);
   return raw == nullptr ? std::string() : DecodedText(WithWordsEncoded(raw));
-}
-
-std::vector<Address> AddressesOf(GMimeObject* object, const char* name) {
-  std::vector<Address> addresses;
-  GMimeHeaderList* headers = g_mime_object_get_header_list(object);
-  const int count = g_mime_header_list_get_count(headers);
-  for (int i = 0; i < count; ++i) {
-    GMimeHeader* header = g_mime_header_list_get_header_at(headers, i);
-    if (!EqualsNoCase(g_mime_header_get_name(header), name)) continue;
-    if (g_mime_header_get_raw_value(header) == nullptr) continue;
-    const std::string value = WithWordsEncoded(g_mime_header_get_raw_value(header));
-    const size_t before = addresses.size();
-    const GObjectPtr<InternetAddressList> list(
-        internet_address_list_parse(ReadingOptions(), value.c_str()));
-    if (list != nullptr) AddAddresses(list.get(), addresses);
-    if (addresses.size() != before) continue;
-    std::string text = DecodedText(value);
-    if (!text.empty()) addresses.push_back({std::move(text), ""});
-  }
-  return addresses;
 }
 
 void ReadHeadline(GMimeMessage* message, ItemFields& fields) {

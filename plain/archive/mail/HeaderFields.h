@@ -17,16 +17,14 @@ namespace tarn::archive::mail {
 // told are UTF-8 where valid, else Windows-1252.
 std::string TextOf(const char* text);
 
+// The text of a value, unfolded and with its encoded words decoded (RFC 2047).
+std::string DecodedText(const std::string& raw);
+
 // The value of the first header of a name, as it came (unfolded by nobody); null without one.
 const char* RawHeader(GMimeObject* object, const char* name);
 
-// The same, unfolded and with its encoded words decoded (RFC 2047).
+// The same as a text.
 std::string DecodedHeader(GMimeObject* object, const char* name);
-
-// The addresses of all headers of a name, members of groups among them. A group without members is
-// a name without address, as "undisclosed-recipients"; so is what has no address in it, unless a
-// name with an address comes after it: then both are the name, as in "Miller, Ann <ann@a.example>".
-std::vector<Address> AddressesOf(GMimeObject* object, const char* name);
 
 // The headers of a mail: everything but class, size and attachments. Of several authors the first
 // is whom the mail is from; the others are the sender, with the one of "Sender" before them.

@@ -79,7 +79,7 @@ Attachment Describe(MailBytes& mail, const LaidPart& laid) {
   attachment.contentId = TextOf(g_mime_object_get_content_id(laid.part));
   if (GMIME_IS_PART(laid.part)) {
     GMimePart* part = GMIME_PART(laid.part);
-    attachment.contentLocation = TextOf(g_mime_part_get_content_location(part));
+    attachment.contentLocation = DecodedHeader(laid.part, "Content-Location");
     attachment.size = SizeOfPart(part);
   } else if (GMIME_IS_MESSAGE_PART(laid.part)) {
     const Outcome<ByteRange> range = RangeOfEmbedded(mail, laid);

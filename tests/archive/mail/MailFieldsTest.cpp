@@ -215,6 +215,35 @@ TEST(MailFieldsTest, ReadsAddressesThatAreNone) {
   EXPECT_EQ(Written(mail.fields().cc), "<a@b>, Bob <c@d>, <e@f>");
 }
 
+TEST(MailFieldsTest, KeepsAddressesThatAreNoneByTheRules) {
+  OpenedMail mail(
+      "From: =?utf-8?Q?=C3=BC?= <a..b@c>\n"
+      "To: a..b@c, Eve <e@f>, \"Ann, Dr\" <.a@b>, a.@b, x[1]@y\n"
+      "Cc: Ann <mailto:a@b>, Bob b@c, c@d (a, b), <d e@f>, \"x\\\",\" <@>, <>, Eve <e@f>\n"
+      "Bcc: a@b; Bob <c@d>;\n e@f\n\n");
+  EXPECT_EQ(Written({mail.fields().from}), "\u00FC <a..b@c>");
+  EXPECT_EQ(Written(mail.fields().to), "<a..b@c>, Eve <e@f>, Ann, Dr <.a@b>, <a.@b>, <x[1]@y>");
+  EXPECT_EQ(Written(mail.fields().cc),
+            "Ann <a@b>, Bob b@c, a, b <c@d>, <d e@f>, x\\\", <@>, Eve <e@f>");
+  EXPECT_EQ(Written(mail.fields().bcc), "<a@b>, Bob <c@d>, <e@f>");
+}
+
+TEST(MailFieldsTest, ReadsListsThatAreNotClosed) {
+  OpenedMail mail(
+      "From: \"Ann <a..b@c>\nTo: Ann <a@b, Eve <e@f>\nCc: a@b, (x <c..d@e>\n"
+      "Bcc: Team: a@b, e@f;, g@h\n\n");
+  EXPECT_EQ(Written({mail.fields().from}), "\"Ann <a..b@c>");
+  EXPECT_EQ(Written(mail.fields().to), "Ann <a@b>, Eve <e@f>");
+  EXPECT_EQ(Written(mail.fields().cc), "a@b, (x <c..d@e>");
+  EXPECT_EQ(Written(mail.fields().bcc), "<a@b>, <e@f>, <g@h>");
+}
+
+TEST(MailFieldsTest, UnfoldsNames) {
+  OpenedMail mail("From: \"Ann\r\n\tMiller\"\r\n\t<a@b>\r\nTo: Bob\r\n\tSmith\r\n <c@d>\r\n\r\n");
+  EXPECT_EQ(Written({mail.fields().from}), "Ann Miller <a@b>");
+  EXPECT_EQ(Written(mail.fields().to), "Bob Smith <c@d>");
+}
+
 TEST(MailFieldsTest, JoinsANameThatACommaHasBroken) {
   OpenedMail mail(
       "From: M\xC3\xBCller, Hans <h@m.de>\n"
