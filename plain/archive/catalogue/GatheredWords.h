@@ -36,7 +36,7 @@ class GatheredWords {
   // before (from first_ for the first), the places as FTS5 stores them, and a number 0, which no
   // place is.
   struct Term {
-    uint32_t text;  // where in bytes_; the first piece is after it
+    uint32_t text;  // where in bytes_, as a term of the index; the first piece is after it
     uint32_t length;
     uint32_t item;      // the last one, counted from first_
     uint32_t place;     // the last one there
@@ -52,7 +52,7 @@ class GatheredWords {
     uint32_t term;  // its number, from 1; 0 is a free slot
   };
   struct Sorted {
-    uint64_t begin[2];  // the first 16 bytes, as numbers that compare as those do
+    uint64_t begin[2];  // the first 16 bytes, as numbers that compare as they do
     uint32_t term;
   };
 
@@ -68,8 +68,8 @@ class GatheredWords {
   std::string_view textOf(const Term& term) const {
     return {bytes_.data() + term.text, term.length};
   }
-  void fetch(const std::vector<Sorted>& sorted, size_t at) const;
   void joinPieces(const Term& term, std::string& bytes) const;
+  void makeList(std::string_view pieces, std::string& list) const;
 
   int64_t first_ = 0;
   uint32_t item_ = 0;

@@ -12,6 +12,10 @@ namespace tarn::archive {
 inline constexpr size_t kLongestIndexNumber = 8;
 
 inline void AppendIndexNumber(std::string& bytes, uint64_t number) {
+  if (number < 0x80) {
+    bytes += static_cast<char>(number);
+    return;
+  }
   char digits[kLongestIndexNumber];
   size_t at = kLongestIndexNumber;
   digits[--at] = static_cast<char>(number & 0x7F);

@@ -2,7 +2,9 @@
 #ifndef TARN_ARCHIVE_INDEXWORDS_H
 #define TARN_ARCHIVE_INDEXWORDS_H
 
-#include <functional>
+#include <array>
+#include <cstddef>
+#include <cstdint>
 #include <string_view>
 
 #include "archive/catalogue/Database.h"
@@ -14,13 +16,36 @@ namespace tarn::archive {
 // time.
 class IndexWords {
  public:
-  using Take = std::function<void(std::string_view word)>;
-
   IndexWords();
 
-  void split(std::string_view prepared, const Take& take) const;
+  // Calls take(std::string_view) for each. What ASCII signs between words enclose is taken apart by
+  // itself, whatever is around it.
+  template <typename Take>
+  void split(std::string_view prepared, const Take& take) const {
+    const char* at = prepared.data();
+    const char* const end = at + prepared.size();
+    while (at != end) {
+      const char* const begin = at;
+      while (at != end && signOf(*at) == Sign::OfWord) ++at;
+      const bool isWord = at == end || signOf(*at) == Sign::Between;
+      if (!isWord) {
+        while (at != end && signOf(*at) != Sign::Between) ++at;
+      }
+      const std::string_view part(begin, static_cast<size_t>(at - begin));
+      if (!isWord) {
+        splitter_.forEachWord(part, take);
+      } else if (!part.empty()) {
+        take(part);
+      }
+      while (at != end && signOf(*at) == Sign::Between) ++at;
+    }
+  }
 
  private:
+  enum class Sign : uint8_t { Between, OfWord, Other };
+  static const std::array<Sign, 256> kSigns;
+  static Sign signOf(char letter) { return kSigns[static_cast<unsigned char>(letter)]; }
+
   Database database_;
   WordSplitter splitter_;
 };

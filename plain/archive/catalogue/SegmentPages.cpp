@@ -1,6 +1,7 @@
 #include "archive/catalogue/SegmentPages.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "archive/catalogue/IndexNumber.h"
 
@@ -26,10 +27,12 @@ void PutAt(std::string& leaf, size_t at, size_t number) {
 
 size_t CommonPrefix(std::string_view one, std::string_view other) {
   const size_t most = std::min(one.size(), other.size());
-  return static_cast<size_t>(
-      std::mismatch(one.begin(), one.begin() + static_cast<std::ptrdiff_t>(most), other.begin())
-          .first -
-      one.begin());
+  size_t common = 0;
+  for (; common + sizeof(uint64_t) <= most; common += sizeof(uint64_t)) {
+    if (std::memcmp(one.data() + common, other.data() + common, sizeof(uint64_t)) != 0) break;
+  }
+  while (common < most && one[common] == other[common]) ++common;
+  return common;
 }
 
 // Of bytes that are numbers, as many as fit into the room, and at least one number.
