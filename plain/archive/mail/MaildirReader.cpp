@@ -64,6 +64,16 @@ struct Folder {
     if (firstOf(unique) == index) return id.append(unique);
     return id.append(isFresh(index) ? "new:" : "cur:").append(file);
   }
+
+  std::optional<size_t> indexOf(std::string_view id) const {
+    const size_t before = name.empty() ? 0 : name.size() + 1;
+    const std::optional<size_t> first = firstOf(id.substr(std::min(before, id.size())));
+    if (first && idOf(*first) == id) return first;
+    for (size_t i = 0; i < size(); ++i) {
+      if (idOf(i) == id) return i;
+    }
+    return std::nullopt;
+  }
 };
 
 class MaildirReader final : public ItemReader {
@@ -82,19 +92,38 @@ class MaildirReader final : public ItemReader {
     return std::nullopt;
   }
 
+  // A folder's name may have colons too: the longest that is there is tried first.
   Outcome<std::unique_ptr<Item>> find(std::string_view id) override {
-    const size_t colon = id.starts_with('.') ? id.find(':') : std::string_view::npos;
-    const std::string name(colon == std::string_view::npos ? "" : id.substr(0, colon));
-    const bool isFolder = std::binary_search(folders_.begin(), folders_.end(), name);
-    const Outcome<Folder> folder = open(isFolder ? name : "");
-    if (!folder) return folder.trouble();
-    for (size_t i = 0; i < folder->size(); ++i) {
-      if (folder->idOf(i) == id) return itemOf(*folder, i);
+    size_t colon = id.starts_with('.') ? id.rfind(':') : std::string_view::npos;
+    for (; colon != std::string_view::npos && colon != 0; colon = id.rfind(':', colon - 1)) {
+      const std::string name(id.substr(0, colon));
+      if (!std::binary_search(folders_.begin(), folders_.end(), name)) continue;
+      Outcome<std::unique_ptr<Item>> item = findIn(name, id);
+      if (item || item.trouble().kind != TroubleKind::Missing) return item;
     }
-    return Trouble{TroubleKind::Missing, "the Maildir has no such mail"};
+    return findIn("", id);
   }
 
  private:
+  // The folder that was listed last is listed again only where it no longer has the mail: a mail
+  // program may have given it another name meanwhile.
+  Outcome<std::unique_ptr<Item>> findIn(const std::string& name, std::string_view id) {
+    if (found_ && found_->name == name) {
+      Outcome<std::unique_ptr<Item>> item = itemOfId(*found_, id);
+      if (item) return item;
+    }
+    Outcome<Folder> folder = open(name);
+    if (!folder) return folder.trouble();
+    found_ = std::move(*folder);
+    return itemOfId(*found_, id);
+  }
+
+  Outcome<std::unique_ptr<Item>> itemOfId(const Folder& folder, std::string_view id) const {
+    const std::optional<size_t> index = folder.indexOf(id);
+    if (!index) return Trouble{TroubleKind::Missing, "the Maildir has no such mail"};
+    return itemOf(folder, *index);
+  }
+
   Outcome<Folder> open(std::string name) const {
     Folder folder;
     folder.path = std::make_shared<const std::vector<std::string>>(mail::FolderOfMaildirName(name));
@@ -163,6 +192,7 @@ class MaildirReader final : public ItemReader {
   size_t nextFolder_ = 0;  // 0 is the Maildir itself
   bool isEntered_ = false;
   Folder folder_;
+  std::optional<Folder> found_;  // by find
   size_t nextBelow_ = 0;
   size_t nextFile_ = 0;
 };

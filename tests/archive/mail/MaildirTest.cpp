@@ -101,6 +101,40 @@ TEST_F(MaildirTest, FindsMailsByTheirIds) {
   }
 }
 
+TEST_F(MaildirTest, FindsMailsOfFoldersWithColons) {
+  for (const char* const name : {".a", ".a:b", ".a:cur"}) addFolder(name);
+  addMail(".a/cur/1.x", "short");
+  addMail(".a/cur/2.x", "first");
+  addMail(".a/new/2.x", "second");
+  addMail(".a:b/cur/1.x", "long");
+  addMail(".a:cur/cur/3.x", "cur");
+  const auto reader = open();
+  for (const auto& [id, subject] : {std::pair(".a:1.x", "short"),
+                                    {".a:2.x", "first"},
+                                    {".a:new:2.x", "second"},
+                                    {".a:b:1.x", "long"},
+                                    {".a:cur:3.x", "cur"}}) {
+    const auto item = reader->find(id);
+    ASSERT_TRUE(item.ok()) << id;
+    EXPECT_EQ((*item)->place().id, id);
+    EXPECT_EQ((*item)->fields(Detail::Headline).subject, subject);
+  }
+  EXPECT_EQ(reader->find(".a:b:2.x").trouble().kind, TroubleKind::Missing);
+}
+
+TEST_F(MaildirTest, FindsMailsThatAreRenamedMeanwhile) {
+  addMail("cur/1.x:2,", "a");
+  addMail("new/2.x", "b");
+  const auto reader = open();
+  ASSERT_TRUE(reader->find("1.x").ok());
+  fs::rename(root() / "cur/1.x:2,", root() / "cur/1.x:2,S");
+  fs::rename(root() / "new/2.x", root() / "cur/2.x:2,");
+  addMail("new/3.x", "c");
+  for (const char* const id : {"1.x", "2.x", "3.x"}) EXPECT_TRUE(reader->find(id).ok()) << id;
+  fs::remove(root() / "new/3.x");
+  EXPECT_EQ(reader->find("3.x").trouble().kind, TroubleKind::Missing);
+}
+
 TEST_F(MaildirTest, TellsFilesOfTheSameUniquePartApart) {
   addMail("cur/1.x:2,RS", "a");
   addMail("cur/1.x:2,S", "b");
