@@ -10,6 +10,7 @@
 #include "archive/mapi/Hexadecimal.h"
 #include "archive/mapi/PropertyValues.h"
 #include "archive/text/BodyText.h"
+#include "archive/text/Charsets.h"
 #include "archive/writers/ItemText.h"
 
 namespace tarn::archive {
@@ -38,6 +39,16 @@ bool IsPlainName(std::string_view charset) {
     return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '-' ||
            c == '_' || c == '.' || c == ':' || c == '+';
   });
+}
+
+// Whether ASCII is itself in a charset, as far as that is known.
+bool HasAscii(const std::string& charset) {
+  constexpr std::string_view kAscii = "\r\n <p>Ab09";
+  std::optional<CharsetDecoder> decoder = CharsetDecoder::ForName(charset);
+  if (!decoder) return true;
+  std::string text;
+  decoder->append(kAscii, text);
+  return text == kAscii;
 }
 
 ThreadFields ThreadOf(Item& item) {
@@ -160,10 +171,11 @@ MailComposer::Plan MailComposer::planOf(Item& item) {
   if (!bodies.text && !bodies.html && bodies.rtf) bodies.text = TextOfRtf(*bodies.rtf);
   if (bodies.text) plan.texts.push_back({"text/plain", "utf-8", EncodeText(*bodies.text)});
   if (bodies.html) {
-    // Texts of mail are not in UTF-16, which has NULs.
+    // Line ends of mail are those of ASCII, which UTF-16 and EBCDIC do not have.
     HtmlBody& html = *bodies.html;
-    const bool isKept = html.bytes.find('\0') == std::string::npos &&
-                        (html.charset.empty() || IsPlainName(html.charset));
+    const bool isKept =
+        html.bytes.find('\0') == std::string::npos &&
+        (html.charset.empty() || (IsPlainName(html.charset) && HasAscii(html.charset)));
     if (!isKept) html = {Utf8OfHtml(html), "utf-8"};
     plan.texts.push_back({"text/html", html.charset, EncodeText(html.bytes)});
   }

@@ -218,6 +218,21 @@ TEST(WriteEmlTest, WritesWideHtmlInUtf8) {
   EXPECT_TRUE(EmlOf(content).ends_with("text/html; charset=utf-8\r\n\r\n<p>\r\n"));
 }
 
+// Their line ends are other bytes, and bytes that look like line ends are text.
+TEST(WriteEmlTest, WritesHtmlInUtf8WhereItsCharsetHasNoAscii) {
+  FakeContent content;
+  content.bodies.html = HtmlBody{"\x0D\x4E\x0A\x4E", "utf-16le"};
+  EXPECT_TRUE(EmlOf(content).find("text/html; charset=utf-8\r\n") != std::string::npos);
+  EXPECT_TRUE(EmlOf(content).ends_with("\r\n\r\n5LiN5LiK\r\n"));
+  content.bodies.html = HtmlBody{"\x4C\x97\x6E\xC1", "ibm037"};
+  EXPECT_TRUE(EmlOf(content).ends_with("text/html; charset=utf-8\r\n\r\n<p>A\r\n"));
+  for (const std::string charset : {"us-ascii", "iso-2022-jp", "shift_jis", "gb18030", "utf-7"}) {
+    content.bodies.html = HtmlBody{"<p>A", charset};
+    EXPECT_TRUE(EmlOf(content).ends_with("text/html; charset=" + charset + "\r\n\r\n<p>A\r\n"))
+        << EmlOf(content);
+  }
+}
+
 TEST(WriteEmlTest, IsWholeWhereThingsCannotBeRead) {
   FakeContent content = Letter();
   content.headersTrouble = Trouble{TroubleKind::Damaged, "no headers"};
