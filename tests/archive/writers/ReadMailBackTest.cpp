@@ -8,6 +8,7 @@
 
 #include "archive/mail/MailBytes.h"
 #include "archive/mail/MailItem.h"
+#include "archive/mail/MboxScan.h"
 #include "archive/writers/FakeItem.h"
 #include "archive/writers/Writers.h"
 
@@ -244,6 +245,45 @@ TEST(ReadEmlBackTest, HasTheSameTexts) {
       }
     }
   }
+}
+
+// Mails of an mbox that other mails follow, whatever they end with and whatever their lines begin
+// with.
+TEST(ReadMboxBackTest, HasTheSameMails) {
+  const std::vector<std::string> mails = {
+      "A: b\n\nx\n",
+      "A: b\n\nx",
+      "A: b\n\n>",
+      "A: b\n\n>>",
+      "A: b\n\n>From",
+      "A: b\n\nFrom x\n>From y\n>>From z",
+      "A: b\n\nFrom ann@example.com Mon Jan  1 10:34:56 2024\nSubject: c\n\nd\n",
+      "A: b\n\n\nFrom ann@example.com Mon Jan  1 10:34:56 2024\nSubject: c\n\nd\n",
+      "A: b\n\n\n\n",
+      "A: b\n\n",
+      "A: b\nContent-Length: 2\n\nFrom x\n",
+      "A: b\nContent-Length: 8\n\nx\nFrom y\n",
+      "Subject: " + std::string(100000, 'x') + "\n\n" + std::string(100000, 'F') + "\nFrom x\n"};
+  StringSink box;
+  for (const std::string& mail : mails) {
+    FakeContent content;
+    content.mail = mail;
+    FakeItem item(content);
+    WriteMbox(item, box);
+  }
+  const mail::SharedBytes bytes = mail::BytesInMemory(box.text);
+  mail::MboxScan scan(*bytes);
+  uint64_t start = *scan.first();
+  for (const std::string& mail : mails) {
+    SCOPED_TRACE(mail.substr(0, 100));
+    const auto found = scan.mailAt(start);
+    ASSERT_TRUE(found.ok());
+    start = found->next;
+    const auto read = mail::RangeOf(bytes, found->text, found->end, found->quotes);
+    const std::string lineEnd = mail.ends_with('\n') ? "" : "\n";
+    EXPECT_EQ(*mail::ReadRange(*read, 0, box.text.size()), mail + lineEnd);
+  }
+  EXPECT_EQ(start, box.text.size());
 }
 
 }  // namespace
