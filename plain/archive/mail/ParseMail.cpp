@@ -78,8 +78,9 @@ std::optional<std::string> CutHeadersEnded(MailBytes& bytes) {
   return std::nullopt;
 }
 
+// A field "From : ann@example.com" is none.
 bool IsMboxLine(std::string_view line) {
-  return line.starts_with("From ") || line.starts_with(">From ");
+  return (line.starts_with("From ") && !IsHeaderLine(line)) || line.starts_with(">From ");
 }
 
 }  // namespace

@@ -14,6 +14,17 @@ std::string_view WithoutQuotes(std::string_view line) {
   return line.substr(std::min(line.find_first_not_of('>'), line.size()));
 }
 
+// What comes after "From" and blanks.
+std::string_view AfterName(std::string_view line) {
+  return line.substr(std::min(line.find_first_not_of(" \t", kFrom.size()), line.size()));
+}
+
+// Gives the rest of the line.
+std::string_view PutFieldName(std::string_view line, SinkBuffer& out) {
+  out.put(kFrom.substr(0, kFrom.size() - 1));
+  return AfterName(line);
+}
+
 }  // namespace
 
 std::optional<Trouble> MboxSink::write(std::string_view bytes) {
@@ -46,9 +57,15 @@ std::optional<Trouble> MboxSink::write(std::string_view bytes) {
 }
 
 void MboxSink::takeLine(std::string_view line) {
-  if (!hasBegun_ && (line.empty() || line.starts_with(kFrom))) return;
+  const bool isFromField = isField(line);
+  if (!hasBegun_ && !isFromField && (line.empty() || line.starts_with(kFrom))) return;
   hasBegun_ = true;
-  if (atLineStart_ && WithoutQuotes(line).starts_with(kFrom)) out_.put(">");
+  if (line.empty() && atLineStart_ && !hasOpenQuotes_) isInHeaders_ = false;
+  if (isFromField) {
+    line = PutFieldName(line, out_);
+  } else if (atLineStart_ && WithoutQuotes(line).starts_with(kFrom)) {
+    out_.put(">");
+  }
   out_.put(line).put("\n");
   atLineStart_ = true;
   hasOpenQuotes_ = false;
@@ -58,15 +75,19 @@ void MboxSink::takePartOfLine(std::string_view part) {
   if (atLineStart_) {
     const std::string_view rest = WithoutQuotes(part);
     const bool mayBeDropped =
-        !hasBegun_ && rest.starts_with(kFrom) && rest.size() < kLongestDropped;
-    if (kFrom.starts_with(rest) || rest == "\r" || mayBeDropped) {
+        !hasBegun_ && !isField(part) && rest.starts_with(kFrom) && rest.size() < kLongestDropped;
+    if (kFrom.starts_with(rest) || rest == "\r" || mayBeDropped || mayBeField(part)) {
       // Quotes may go ahead: one more of them is one more wherever it is.
       if (rest.size() != part.size()) hasBegun_ = hasOpenQuotes_ = true;
       out_.put(part.substr(0, part.size() - rest.size()));
       held_ = rest;
       return;
     }
-    if (rest.starts_with(kFrom)) out_.put(">");
+    if (isField(part)) {
+      part = PutFieldName(part, out_);
+    } else if (rest.starts_with(kFrom)) {
+      out_.put(">");
+    }
   }
   hasBegun_ = true;
   atLineStart_ = false;
@@ -75,6 +96,17 @@ void MboxSink::takePartOfLine(std::string_view part) {
     part.remove_suffix(1);
   }
   out_.put(part);
+}
+
+// "From" and nothing but blanks.
+bool MboxSink::mayBeField(std::string_view line) const {
+  return isInHeaders_ && atLineStart_ && !hasOpenQuotes_ && line.starts_with(kFrom) &&
+         line.size() < kLongestDropped && AfterName(line).empty();
+}
+
+bool MboxSink::isField(std::string_view line) const {
+  return isInHeaders_ && atLineStart_ && !hasOpenQuotes_ && line.starts_with(kFrom) &&
+         AfterName(line).starts_with(':');
 }
 
 void MboxSink::finish() {

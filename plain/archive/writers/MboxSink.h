@@ -12,8 +12,9 @@
 namespace tarn::archive {
 
 // Lines end with LF; a line that begins with "From ", after any number of ">", gets one ">" more.
-// What may be before the first header of a file with one mail is dropped: a byte order mark, empty
-// lines, a line that begins with "From ".
+// A header "From : x" is none of these, and loses its blanks. What may be before the first header
+// of a file with one mail is dropped: a byte order mark, empty lines, a line that begins with
+// "From ".
 class MboxSink final : public ByteSink {
  public:
   explicit MboxSink(SinkBuffer& out) : out_(out) {}
@@ -26,12 +27,15 @@ class MboxSink final : public ByteSink {
  private:
   void takeLine(std::string_view line);
   void takePartOfLine(std::string_view part);
+  bool mayBeField(std::string_view line) const;
+  bool isField(std::string_view line) const;
 
   SinkBuffer& out_;
   std::string held_;         // a line end that may come, or what may become "From "
   bool atLineStart_ = true;  // or after nothing but quotes
   bool hasOpenQuotes_ = false;
   bool hasBegun_ = false;
+  bool isInHeaders_ = true;
   bool hasSeenBytes_ = false;
 };
 

@@ -130,6 +130,12 @@ TEST(MailFieldsTest, PassesOverLinesThatAreNoHeaders) {
   EXPECT_EQ(Written(mail.fields().to), "<c@d>");
 }
 
+TEST(MailFieldsTest, ReadsFieldsWithBlanksBeforeTheirColon) {
+  OpenedMail mail("From : a@b\nSubject\t: x\n\n");
+  EXPECT_EQ(Written({mail.fields().from}), "<a@b>");
+  EXPECT_EQ(mail.fields().subject, "x");
+}
+
 // As of a file that is cut off.
 TEST(MailFieldsTest, ReadsHeadersThatEndWithinAName) {
   OpenedMail mail("X-A: b\r\nFrom: a@b\r\nSubject: one\r\nRece");

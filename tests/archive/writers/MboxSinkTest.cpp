@@ -53,6 +53,13 @@ TEST(MboxSinkTest, DropsWhatIsBeforeTheHeaders) {
   ExpectMbox("\xEF\xBB\xBF\r\n\nFrom a b\r\nA: b\n\nc\n", "A: b\n\nc\n\n");
 }
 
+TEST(MboxSinkTest, KeepsFieldsWithBlanksBeforeTheirColon) {
+  ExpectMbox("From : a@b\nFrom \t: c\n\nFrom : d\n", "From: a@b\nFrom: c\n\n>From : d\n\n");
+  ExpectMbox("\nFrom x\nFrom : a@b", "From: a@b\n\n");
+  ExpectMbox("A: b\n>From : c\nFrom  \n>\nFrom :", "A: b\n>>From : c\n>From  \n>\nFrom:\n\n");
+  ExpectMbox("A: b\nFrom ", "A: b\n>From \n\n");
+}
+
 TEST(MboxSinkTest, DropsNoEndlessLine) {
   const std::string line = "From " + std::string(5000, 'x') + "\n";
   EXPECT_EQ(MboxOf(line, 2000), ">" + line + "\n");
