@@ -98,16 +98,16 @@ class MaildirReader final : public ItemReader {
     for (; colon != std::string_view::npos && colon != 0; colon = id.rfind(':', colon - 1)) {
       const std::string name(id.substr(0, colon));
       if (!std::binary_search(folders_.begin(), folders_.end(), name)) continue;
-      Outcome<std::unique_ptr<Item>> item = findIn(name, id);
+      Outcome<std::unique_ptr<Item>> item = findInFolder(name, id);
       if (item || item.trouble().kind != TroubleKind::Missing) return item;
     }
-    return findIn("", id);
+    return findInFolder("", id);
   }
 
  private:
   // The folder that was listed last is listed again only where it no longer has the mail: a mail
   // program may have given it another name meanwhile.
-  Outcome<std::unique_ptr<Item>> findIn(const std::string& name, std::string_view id) {
+  Outcome<std::unique_ptr<Item>> findInFolder(const std::string& name, std::string_view id) {
     if (found_ && found_->name == name) {
       Outcome<std::unique_ptr<Item>> item = itemOfId(*found_, id);
       if (item) return item;
