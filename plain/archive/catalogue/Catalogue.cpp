@@ -63,6 +63,19 @@ std::string_view CutCatalogueText(std::string_view text) {
   return text.substr(0, end);
 }
 
+std::optional<uint64_t> ItemsInCatalogue(const std::filesystem::path& path) {
+  try {
+    const Database database(path, DatabaseUse::Read);
+    Statement sound(database, "PRAGMA quick_check(1)");
+    if (!sound.step() || sound.text(0) != "ok") return std::nullopt;
+    Statement count(database, "SELECT count(*) FROM items");
+    if (!count.step()) return std::nullopt;
+    return static_cast<uint64_t>(count.number(0));
+  } catch (const DatabaseError&) {
+    return std::nullopt;
+  }
+}
+
 class CatalogueWriter::Tables {
  public:
   explicit Tables(const std::filesystem::path& path)

@@ -3,6 +3,7 @@
 #ifndef TARN_ARCHIVE_CATALOGUE_H
 #define TARN_ARCHIVE_CATALOGUE_H
 
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -21,6 +22,10 @@ std::string_view CutCatalogueText(std::string_view text);
 
 // Those of one item together; attachments that come after have no text.
 inline constexpr size_t kMostItemText = size_t{64} << 20;
+
+// How many items a catalogue holds; none where it cannot be read, or is damaged as far as a look at
+// its tables tells.
+std::optional<uint64_t> ItemsInCatalogue(const std::filesystem::path& path);
 
 // The same items in the same order give the same bytes. Memory does not grow with their number.
 class CatalogueWriter {

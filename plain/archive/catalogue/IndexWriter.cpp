@@ -1,5 +1,8 @@
 #include "archive/catalogue/IndexWriter.h"
 
+#include <array>
+#include <cstdio>
+#include <fstream>
 #include <map>
 #include <string>
 #include <string_view>
@@ -16,6 +19,17 @@ namespace tarn::archive {
 namespace {
 
 constexpr size_t kItemsAPiece = 2000;
+constexpr size_t kBytesAPiece = size_t{4} << 20;
+// Of a subject or of the names of all recipients.
+constexpr size_t kMostShown = 1024;
+
+// Cut between characters, with a mark that it goes on.
+std::string ShownText(std::string_view text) {
+  if (text.size() <= kMostShown) return std::string(text);
+  size_t end = kMostShown;
+  while (end != 0 && (text[end] & 0xC0) == 0x80) --end;
+  return std::string(text.substr(0, end)) + "\xE2\x80\xA6";
+}
 
 // A call with a text in quotes, which holds JSON: browsers read that sooner than a program.
 std::string CallWith(std::string_view function, std::string_view first, std::string_view json) {
@@ -47,6 +61,7 @@ std::string ShownRecipients(const ItemFields& fields) {
     for (const Address& address : *each) {
       if (!text.empty()) text += ", ";
       text += Shown(address);
+      if (text.size() > kMostShown) return ShownText(text);
     }
   }
   return text;
@@ -66,7 +81,34 @@ std::string_view CommonFolder(const std::vector<ExportedFile>& files) {
   return common;
 }
 
+bool HasBytes(const std::filesystem::path& path) {
+  std::error_code error;
+  const uintmax_t size = std::filesystem::file_size(path, error);
+  return !error && size != 0;
+}
+
 }  // namespace
+
+bool IsPageWhole(const std::filesystem::path& directory, uint64_t items) {
+  const std::filesystem::path folder = directory / kIndexFolderName;
+  std::array<char, 128> beginning = {};
+  std::ifstream(folder / "about.js").read(beginning.data(), beginning.size() - 1);
+  unsigned long long pieces = 0;
+  unsigned long long held = 0;
+  if (std::sscanf(beginning.data(), "mailAbout('{\"pieces\":%llu,\"items\":%llu,", &pieces,
+                  &held) != 2 ||
+      held != items || !HasBytes(directory / kIndexPageName)) {
+    return false;
+  }
+  for (const PageFile& file : kPageFiles) {
+    if (std::string_view(file.name) != kIndexPageName && !HasBytes(folder / file.name))
+      return false;
+  }
+  for (unsigned long long piece = 1; piece <= pieces; ++piece) {
+    if (!HasBytes(folder / PieceName(piece))) return false;
+  }
+  return true;
+}
 
 class IndexWriter::Pieces {
  public:
@@ -87,7 +129,7 @@ class IndexWriter::Pieces {
   std::optional<Trouble> add(const CatalogueItem& item) {
     put(item);
     ++items_;
-    if (++inPiece_ < kItemsAPiece) return std::nullopt;
+    if (++inPiece_ < kItemsAPiece && json_.line().size() < kBytesAPiece) return std::nullopt;
     return endPiece();
   }
 
@@ -162,9 +204,9 @@ class IndexWriter::Pieces {
     json_.openArray();
     json_.number(folderOf(item));
     json_.text(date ? Iso8601(*date) : "");
-    json_.text(Shown(fields.from));
+    json_.text(ShownText(Shown(fields.from)));
     json_.text(fields.from.name.empty() ? "" : std::string_view(fields.from.address));
-    json_.text(fields.subject);
+    json_.text(ShownText(fields.subject));
     json_.text(ShownRecipients(fields));
     json_.number(fields.size.value_or(0));
     json_.text(fields.messageClass);

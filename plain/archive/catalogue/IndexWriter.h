@@ -3,6 +3,7 @@
 #ifndef TARN_ARCHIVE_INDEXWRITER_H
 #define TARN_ARCHIVE_INDEXWRITER_H
 
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -14,6 +15,9 @@ namespace tarn::archive {
 
 inline constexpr const char* kIndexPageName = "index.html";
 inline constexpr const char* kIndexFolderName = "index";
+
+// Whether the page of the export in that folder is there, and all that it reads, for so many items.
+bool IsPageWhole(const std::filesystem::path& directory, uint64_t items);
 
 // The same items in the same order give the same bytes. Memory grows with the number of folders,
 // not with that of items.

@@ -5,7 +5,6 @@
 #include <string_view>
 
 #include "archive/catalogue/Catalogue.h"
-#include "archive/catalogue/PdfText.h"
 #include "archive/text/BodyText.h"
 
 namespace tarn::archive {
@@ -85,7 +84,7 @@ constexpr size_t kMostMarkedText = 4 * kMostCatalogueText;
 // Lines are as long as they are.
 constexpr size_t kWidth = size_t{1} << 20;
 
-std::string TextOf(TextForm form, ByteSource& bytes) {
+std::string TextOf(TextForm form, ByteSource& bytes, std::chrono::milliseconds time) {
   switch (form) {
     case TextForm::Plain:
       return Utf8Of(Beginning(bytes, kMostCatalogueText), "");
@@ -94,7 +93,7 @@ std::string TextOf(TextForm form, ByteSource& bytes) {
     case TextForm::Rtf:
       return TextOfRtf(Beginning(bytes, kMostMarkedText));
     case TextForm::Pdf:
-      return TextOfPdf(bytes);
+      return TextOfPdf(bytes, time);
     case TextForm::None:
       break;
   }
@@ -105,13 +104,15 @@ std::string TextOf(TextForm form, ByteSource& bytes) {
 
 bool HasText(const Attachment& attachment) { return FormOf(attachment) != TextForm::None; }
 
-std::string TextOfAttachment(const Attachment& attachment, ByteSource& bytes) {
-  std::string text = TextOf(FormOf(attachment), bytes);
+std::string TextOfAttachment(const Attachment& attachment, ByteSource& bytes,
+                             std::chrono::milliseconds time) {
+  std::string text = TextOf(FormOf(attachment), bytes, time);
   text.resize(CutCatalogueText(text).size());
   return text;
 }
 
-void TakeTexts(Item& item, CatalogueItem& record) {
+void TakeTexts(Item& item, CatalogueItem& record, TextTime& time) {
+  time.beat();
   record.body = BestText(item.bodies(), kWidth);
   record.body.resize(CutCatalogueText(record.body).size());
   record.attachments.clear();
@@ -123,8 +124,13 @@ void TakeTexts(Item& item, CatalogueItem& record) {
     entry.index = index + 1;
     entry.name = attachment.name;
     if (!HasText(attachment) || total + kMostCatalogueText > kMostItemText) continue;
+    if (time.left.count() <= 0) continue;
+    const auto begin = std::chrono::steady_clock::now();
     Outcome<std::unique_ptr<ByteSource>> bytes = item.open(index);
-    if (bytes) entry.text = TextOfAttachment(attachment, **bytes);
+    if (bytes) entry.text = TextOfAttachment(attachment, **bytes, time.left);
+    time.left -= std::chrono::duration_cast<std::chrono::milliseconds>(
+        std::chrono::steady_clock::now() - begin);
+    time.beat();
     total += entry.text.size();
   }
 }

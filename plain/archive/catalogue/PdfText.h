@@ -3,6 +3,7 @@
 #ifndef TARN_ARCHIVE_PDFTEXT_H
 #define TARN_ARCHIVE_PDFTEXT_H
 
+#include <chrono>
 #include <string>
 
 #include "archive/model/ByteSource.h"
@@ -14,9 +15,10 @@ bool CanReadPdf();
 
 // UTF-8, at most kMostCatalogueText bytes; empty where the program gives none or cannot read the
 // file. It runs as a process of its own with limits on time and memory, and opens no connection.
-// Larger files than kMostPdf are not read.
+// Larger files than kMostPdf are not read, and none takes longer than `time` by the clock.
 inline constexpr size_t kMostPdf = size_t{64} << 20;
-std::string TextOfPdf(ByteSource& bytes);
+inline constexpr std::chrono::milliseconds kMostPdfTime{60'000};
+std::string TextOfPdf(ByteSource& bytes, std::chrono::milliseconds time = kMostPdfTime);
 
 }  // namespace tarn::archive
 

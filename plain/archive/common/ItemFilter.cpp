@@ -32,6 +32,8 @@ bool AnyHolds(const std::vector<Address>& addresses, const std::string& foldedPa
 // The folder or one above it.
 bool MatchesFolder(std::string_view folder, std::string_view pattern) {
   if (pattern.empty()) return true;
+  // Of a source without folders, and at the top of others.
+  if (folder.empty()) return MatchesPattern(folder, pattern);
   for (size_t end = folder.size();; end = folder.rfind('/', end - 1)) {
     if (end == std::string_view::npos || end == 0) return false;
     if (MatchesPattern(folder.substr(0, end), pattern)) return true;

@@ -1,5 +1,7 @@
 #include "archive/common/SafeName.h"
 
+#include <unicode/uchar.h>
+
 #include <algorithm>
 #include <array>
 
@@ -11,9 +13,11 @@ namespace tarn::archive {
 namespace {
 
 // Nobody sees these; they change how the rest is shown.
-constexpr platform::CodePointRange kUnseen[] = {
-    {0x061C, 0x061C}, {0x200B, 0x200F}, {0x2028, 0x202E}, {0x2060, 0x206F}, {0xFEFF, 0xFEFF},
-};
+bool IsUnseen(char32_t character) {
+  constexpr platform::CodePointRange kSeparatorsAndDirections[] = {{0x2028, 0x202E}};
+  return platform::IsIn(kSeparatorsAndDirections, character) ||
+         u_hasBinaryProperty(static_cast<UChar32>(character), UCHAR_DEFAULT_IGNORABLE_CODE_POINT);
+}
 
 bool IsForbidden(char32_t character) {
   constexpr std::u32string_view kForbidden = U"/\\:*?\"<>|";
@@ -67,7 +71,7 @@ std::string Cleaned(std::string_view name) {
     const platform::Character character = platform::FirstCharacter(name);
     if (!character.isWellFormed || IsForbidden(character.codePoint)) {
       clean += '_';
-    } else if (!platform::IsIn(kUnseen, character.codePoint)) {
+    } else if (!IsUnseen(character.codePoint)) {
       clean += name.substr(0, character.size);
     }
     name.remove_prefix(character.size);
@@ -93,6 +97,8 @@ std::string SafeName(std::string_view name, std::string_view otherwise) {
   if (clean.empty()) clean = otherwise;
   if (IsDevice(clean)) clean.insert(0, "_");
   if (clean.size() > kLongestSafeName) clean = WithSuffix(clean, "");
+  // What was cut off may have been all that told it from one.
+  if (IsDevice(clean)) clean.insert(0, "_");
   return clean;
 }
 

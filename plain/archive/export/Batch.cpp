@@ -1,5 +1,6 @@
 #include "archive/export/Batch.h"
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <system_error>
 #include <utility>
@@ -27,6 +28,27 @@ std::string PartOf(const FinishedEntry& finished, WorkerPart part) {
   Outcome<std::string> bytes = (*file)->read(begin, end - begin);
   if (!bytes) CheckStaged(bytes.trouble());
   return std::move(*bytes);
+}
+
+// The same into a file that grows, in pieces: a mail may be larger than memory.
+void AppendPart(const FinishedEntry& finished, WorkerPart part, const std::string& name,
+                GrownFiles& grown) {
+  constexpr uint64_t kPiece = uint64_t{1} << 20;
+  const uint64_t end = finished.ends.of(part);
+  std::unique_ptr<GrowingFile> file;
+  for (uint64_t at = finished.begins.of(part); at < end;) {
+    if (!file) {
+      Outcome<std::unique_ptr<GrowingFile>> opened =
+          GrowingFile::open(finished.folder / NameOf(part));
+      if (!opened) CheckStaged(opened.trouble());
+      file = std::move(*opened);
+    }
+    const uint64_t count = std::min(kPiece, end - at);
+    const Outcome<std::string> bytes = file->read(at, count);
+    if (!bytes) CheckStaged(bytes.trouble());
+    CheckStaged(grown.append(name, *bytes));
+    at += count;
+  }
 }
 
 // The rows of a copy, which has no files of its own.
@@ -98,11 +120,10 @@ void Batch::addEntry(Piece& piece, const PlanEntry& entry, FinishedEntry& finish
   rows_ += isCopy ? WithoutFiles(rows) : rows;
   const std::string folder = source.tree + (entry.folderPath.empty() ? "" : "/" + entry.folderPath);
   options_.step();
-  CheckStaged(staging_.grown().append(kTextsName, PartOf(finished, WorkerPart::Texts)));
+  AppendPart(finished, WorkerPart::Texts, kTextsName, staging_.grown());
   if (isCopy) return;
   if (options_.choices.forms.contains(ExportForm::Mbox) && entry.kind == PlanKind::Item) {
-    CheckStaged(
-        staging_.grown().append(folder + "/" + kMboxName, PartOf(finished, WorkerPart::Mails)));
+    AppendPart(finished, WorkerPart::Mails, folder + "/" + kMboxName, staging_.grown());
   }
   if (finished.hasFolder) {
     moves_.push_back({finished.folder / std::to_string(finished.number),

@@ -148,6 +148,7 @@ class Completion {
   void takeRow(Json& row, uint64_t offset) {
     count(row);
     placeMail(row);
+    shownFiles_ = Json::array();
     nameCopy(row, offset);
     addToShown(row);
     for (const char* const own : {"fingerprint", "mbox", "mboxBytes", "catalogueBytes"}) {
@@ -197,6 +198,14 @@ class Completion {
     ++counts_.copies;
     const Json original = rowAt(first->second);
     row["copyOf"] = {{"source", original["source"]}, {"id", original["id"]}};
+    if (!row["files"].empty()) return;
+    shownFiles_ = original["files"];
+    if (original.contains("mbox")) {
+      const std::string path = original["mbox"];
+      const FileSum& sum = sums_.at(path);
+      shownFiles_.push_back(
+          {{"path", path}, {"role", "mbox"}, {"bytes", sum.bytes}, {"sha256", sum.sha256}});
+    }
   }
 
   Json rowAt(uint64_t offset) {
@@ -232,7 +241,8 @@ class Completion {
       item.reason = row.value("reason", "");
     }
     item.files.clear();
-    for (const Json& file : row["files"]) {
+    // Catalogue and page show a copy without files of its own by those of the first one.
+    for (const Json& file : shownFiles_.empty() ? row["files"] : shownFiles_) {
       ExportedFile told;
       told.path = file["path"];
       told.role = file["role"];
@@ -279,7 +289,6 @@ class Completion {
     if (!reason.empty()) {
       row.name("reason");
       row.text(reason);
-      ++counts_.failedSources;
       if (isUnopened && source->found.isNamed) counts_.hasUnopened = true;
       tell_(name, reason);
     }
@@ -288,8 +297,8 @@ class Completion {
       row.openArray();
       for (const std::string& trouble : troubles_) row.text(trouble);
       row.closeArray();
-      ++counts_.failedSources;
     }
+    if (!reason.empty() || !troubles_.empty()) ++counts_.failedSources;
     row.closeObject();
     put(std::string(row.line()));
     ++counts_.sources;
@@ -324,6 +333,7 @@ class Completion {
   ExportCounts counts_;
   ExportCounts inSource_;
   std::vector<std::string> troubles_;  // of the source
+  Json shownFiles_;                    // of the item, in place of its own
   std::string sourceSum_;
   size_t nextSource_ = 0;
   uint64_t journalRead_ = 0;

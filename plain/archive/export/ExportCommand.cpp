@@ -1,10 +1,13 @@
 #include <algorithm>
-#include <system_error>
+#include <nlohmann/json.hpp>
+#include <set>
 
 #include "archive/export/Completion.h"
 #include "archive/export/Export.h"
 #include "archive/export/ExportRun.h"
+#include "archive/export/Journal.h"
 #include "archive/export/Packing.h"
+#include "archive/export/Progress.h"
 #include "archive/export/Sources.h"
 #include "archive/export/Staging.h"
 #include "archive/export/WorkerMessages.h"
@@ -22,8 +25,20 @@ namespace fs = std::filesystem;
 using host::ExitStatus;
 using host::Failure;
 
+// Where somebody looks on: in place of what was shown there.
+void ShowPhase(const std::string& phase) {
+  if (host::StandardErrorIsTerminal()) host::WriteStandardError(kClearLine + phase + " ...");
+}
+
+struct ClearedLine {
+  ~ClearedLine() {
+    if (host::StandardErrorIsTerminal()) host::WriteStandardError(kClearLine);
+  }
+};
+
 void Say(const std::string& line) {
-  host::WriteStandardError("tarnmail: " + host::Printable(line) + "\n");
+  const std::string clear = host::StandardErrorIsTerminal() ? kClearLine : "";
+  host::WriteStandardError(clear + "tarnmail: " + host::Printable(line) + "\n");
 }
 
 // What must be the same for an export that goes on.
@@ -72,6 +87,29 @@ void Summarise(const ExportCounts& counts, const std::string& folder) {
   Say(line);
 }
 
+// The sources that the manifest of a finished export has rows of.
+std::set<std::string> SourcesOfManifest(const fs::path& tree) {
+  std::set<std::string> names;
+  const Outcome<uint64_t> read = ForEachLine(tree / kManifestName, [&](std::string_view line) {
+    if (!line.starts_with(R"({"type":"source")")) return true;
+    const nlohmann::json row = nlohmann::json::parse(line, nullptr, false);
+    if (row.contains("source") && row["source"].is_string()) names.insert(row["source"]);
+    return true;
+  });
+  if (!read) throw Failure(ExitStatus::Usage, read.trouble().reason);
+  return names;
+}
+
+// Compound files of other programs have no rows.
+bool IsExportOf(const ExportSources& sources, const fs::path& tree) {
+  std::set<std::string> told = SourcesOfManifest(tree);
+  for (const ExportSource& source : sources.all) {
+    const bool mayHaveNone = source.found.kind == SourceKind::Compound && !source.found.isNamed;
+    if (told.erase(source.name) == 0 && !mayHaveNone) return false;
+  }
+  return told.empty();
+}
+
 // Also of a finished one whose staging could not be removed any more.
 bool IsFinished(const ExportOptions& options, const fs::path& tree) {
   if (!options.resume || KindOfExportFolder(tree) != ExportFolder::Finished) return false;
@@ -92,32 +130,69 @@ void PreparePages(ExportOptions& options) {
   }
 }
 
+// A folder is asked for, and no source that could be opened has it.
+bool HasMissedFolder(const ExportSources& sources) {
+  bool isMissed = false;
+  for (const ExportSource& source : sources.all) {
+    if (source.trouble) continue;
+    if (!source.hasMissedFolder) return false;
+    isMissed = true;
+  }
+  return isMissed;
+}
+
+// Nothing is made then, so that the same folder can be used once the paths are right.
+bool HasNothingToOpen(const ExportSources& sources) {
+  return !sources.all.empty() &&
+         std::all_of(sources.all.begin(), sources.all.end(),
+                     [](const ExportSource& source) { return source.trouble.has_value(); });
+}
+
+ExitStatus TellUnopened(const ExportSources& sources) {
+  bool isNamed = false;
+  for (const ExportSource& source : sources.all) {
+    Say(source.name + ": " + source.trouble->reason);
+    isNamed = isNamed || source.found.isNamed;
+  }
+  Say("nothing is exported");
+  return isNamed ? ExitStatus::Usage : ExitStatus::Failed;
+}
+
 }  // namespace
 
 ExitStatus Export(ExportOptions options) {
   if (options.choices.forms.contains(ExportForm::Pdf)) PreparePages(options);
   const fs::path tree = host::PathFromUtf8(options.folder);
   if (options.folder.empty()) throw Failure(ExitStatus::Usage, "empty name of the folder");
-  if (IsFinished(options, tree)) {
+  const ClearedLine cleared;
+  const bool isFinished = IsFinished(options, tree);
+  if (!isFinished) CheckFolder(options, tree);
+  host::PrivateFolder temporary(options.temporary);
+  ShowPhase("looking for mail files");
+  SourceSearch search(options.paths, temporary);
+  ExportSources sources = FindSources(search, tree);
+  if (isFinished) {
+    if (!IsExportOf(sources, tree)) {
+      throw Failure(ExitStatus::Usage, options.folder,
+                    "holds a finished export of other files; export into a new folder");
+    }
     Say(options.folder + ": the export there is finished; its files are checked");
     return Verify({options.folder});
   }
-  CheckFolder(options, tree);
-  host::PrivateFolder temporary(options.temporary);
-  SourceSearch search(options.paths, temporary);
-  ExportSources sources = FindSources(search, tree);
+  if (HasNothingToOpen(sources)) return TellUnopened(sources);
+  if (options.resume) ShowPhase("checking what is exported already");
   Staging staging(tree, SettingsOf(options), options.resume);
-  try {
-    RunExport(options, sources, staging);
-  } catch (const std::system_error& error) {
-    throw Failure(ExitStatus::Broken, "no worker can be started", error.what());
-  }
+  RunExport(options, sources, staging);
+  ShowPhase("writing manifest, catalogue and page");
   const ExportCounts counts = CompleteExport(
       options, sources, staging,
       [](const std::string& source, const std::string& what) { Say(source + ": " + what); });
   const uint64_t otherFiles = sources.otherFiles + counts.otherFiles;
   if (otherFiles != 0) {
     Say(Number(otherFiles, "file") + (otherFiles == 1 ? " is no mail file" : " are no mail files"));
+  }
+  if (HasMissedFolder(sources)) {
+    Say("no folder matches " + *options.filter.folder + "; list --folders shows which there are");
   }
   Summarise(counts, options.folder);
   if (counts.hasUnopened) return ExitStatus::Usage;

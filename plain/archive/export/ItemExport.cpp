@@ -28,6 +28,7 @@ class ItemExporter {
   ItemExporter(const ExportChoices& choices, const ItemTarget& target, std::string outermostId)
       : choices_(choices),
         target_(target),
+        textTime_(target.textTime),
         outermostId_(std::move(outermostId)),
         files_(target.folder, target.tree) {}
 
@@ -234,7 +235,7 @@ class ItemExporter {
   }
 
   void tellCatalogue(Item& item, size_t row) {
-    if (choices_.catalogue) TakeTexts(item, rows_[row].item);
+    if (choices_.catalogue) TakeTexts(item, rows_[row].item, textTime_);
   }
 
   void finishRow(ItemRow& row) {
@@ -256,6 +257,7 @@ class ItemExporter {
 
   const ExportChoices& choices_;
   const ItemTarget& target_;
+  TextTime textTime_;
   const std::string outermostId_;
   std::vector<ItemRow> rows_;
   ItemFiles files_;

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <string>
 
+#include "archive/catalogue/ItemTexts.h"
 #include "archive/export/ExportForms.h"
 #include "archive/model/ByteSink.h"
 #include "archive/model/Item.h"
@@ -26,6 +27,7 @@ struct ItemTarget {
   ByteSink& mails;               // what is added to the mbox
   ByteSink& texts;               // what the catalogue is told: packed items
   PageLayout* layout = nullptr;  // of Pdf
+  TextTime textTime = {};        // for what the catalogue is told
 };
 
 struct ItemResult {

@@ -13,7 +13,6 @@ using std::chrono::duration_cast;
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-constexpr const char* kClear = "\r\x1b[K";
 constexpr uint64_t kMegabyte = 1'000'000;
 
 }  // namespace
@@ -23,7 +22,8 @@ std::string ProgressText(uint64_t items, uint64_t expected, uint64_t bytes, uint
   if (expected > items) text += " of " + std::to_string(expected);
   text += " items, " + std::to_string(bytes / kMegabyte) + " MB";
   if (elapsed == 0) return text;
-  text += ", " + std::to_string(bytes / kMegabyte * 1000 / elapsed) + " MB/s";
+  const uint64_t rate = bytes / kMegabyte * 1000 / elapsed;
+  if (rate != 0) text += ", " + std::to_string(rate) + " MB/s";
   if (items == 0 || expected <= items) return text;
   const uint64_t left = (expected - items) * elapsed / items / 1000;
   std::array<char, 64> clock;
@@ -37,7 +37,7 @@ std::string ProgressText(uint64_t items, uint64_t expected, uint64_t bytes, uint
 Progress::Progress(bool isTerminal) : isTerminal_(isTerminal), begin_(steady_clock::now()) {}
 
 Progress::~Progress() {
-  if (isTerminal_) host::WriteStandardError(kClear);
+  if (isTerminal_) host::WriteStandardError(kClearLine);
 }
 
 void Progress::done(uint64_t items, uint64_t bytes) {
@@ -59,7 +59,7 @@ void Progress::show() {
   if (now - shown_ < kPause) return;
   shown_ = now;
   const auto elapsed = duration_cast<milliseconds>(now - begin_).count();
-  host::WriteStandardError(kClear +
+  host::WriteStandardError(kClearLine +
                            ProgressText(items_, expected_, bytes_, static_cast<uint64_t>(elapsed)));
 }
 

@@ -8,6 +8,9 @@
 
 namespace tarn::archive {
 
+// Takes away what is shown in the line of a terminal.
+inline constexpr const char* kClearLine = "\r\x1b[K";
+
 class Progress {
  public:
   // On standard error; `isTerminal` says what that is.

@@ -57,6 +57,12 @@ class Planner {
     return takeItem(*std::get<std::unique_ptr<Item>>(entry));
   }
 
+  std::optional<Trouble> passOver(Entry entry, const std::string& reason) {
+    const auto* const item = std::get_if<std::unique_ptr<Item>>(&entry);
+    if (item == nullptr) return take(std::move(entry));
+    return takeTrouble({(*item)->place(), {TroubleKind::Damaged, reason}});
+  }
+
   std::optional<Trouble> takeTrouble(const PlaceTrouble& trouble) {
     PlanEntry entry;
     entry.kind = trouble.place.id.empty() ? PlanKind::Trouble : PlanKind::LostItem;
@@ -210,7 +216,10 @@ Outcome<uint64_t> WritePlan(ItemReader& reader, ItemFilter& filter, const PlanLi
   for (; !trouble && met < limits.entries; ++met) {
     std::optional<Entry> entry = reader.next();
     if (!entry) break;
-    trouble = planner.take(std::move(*entry));
+    const auto passed = limits.passedOver.find(met);
+    trouble = passed == limits.passedOver.end()
+                  ? planner.take(std::move(*entry))
+                  : planner.passOver(std::move(*entry), passed->second);
     beat();
   }
   if (!trouble && !limits.reasonAfter.empty() && met == limits.entries) {

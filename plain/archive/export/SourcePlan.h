@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -61,6 +62,9 @@ inline constexpr const char* kMboxName = "messages.mbox";
 struct PlanLimits {
   uint64_t entries = UINT64_MAX;  // what the reader gives after so many is left out
   std::string reasonAfter;        // then an entry of this trouble is the last
+  // Entries of the reader that nothing is asked of but where they are, by their numbers: each
+  // becomes one that is lost for the reason.
+  std::map<uint64_t, std::string> passedOver = {};
 };
 
 // Goes through the reader, the headlines of items alone unless the filter wants more, and writes

@@ -9,6 +9,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
+const std::string kUnreadable = "unreadable";
+
 Outcome<FileSum> SumOfRegular(const fs::path& path, const std::function<void()>& beat) {
   FileSum sum;
   Sha256 running;
@@ -27,22 +29,37 @@ Outcome<FileSum> SumOfRegular(const fs::path& path, const std::function<void()>&
   return sum;
 }
 
-// Relative, in byte order.
-Outcome<std::vector<std::string>> FilesBelow(const fs::path& folder) {
-  std::vector<std::string> names;
-  std::error_code error;
-  fs::recursive_directory_iterator entry(folder, error);
-  for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
-    std::error_code ignored;
-    if (entry->path().filename() == "tmp" && entry->is_directory(ignored)) {
-      entry.disable_recursion_pending();
-    } else if (entry->is_regular_file(ignored)) {
-      names.push_back(entry->path().lexically_relative(folder).string());
+struct Below {
+  std::vector<std::string> files;    // relative to the folder, as folders are
+  std::vector<std::string> folders;  // "" for itself
+  std::vector<std::string> unread;   // folders that cannot be read
+};
+
+// All sorted, without those of temporary files. Links to folders are not followed.
+Below FilesBelow(const fs::path& folder) {
+  Below below;
+  below.folders.emplace_back();
+  for (size_t next = 0; next < below.folders.size(); ++next) {
+    const fs::path relative = below.folders[next];
+    std::error_code error;
+    fs::directory_iterator entry(folder / relative, error);
+    for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+      const fs::path name = entry->path().filename();
+      std::error_code ignored;
+      const bool isFolder = entry->is_directory(ignored);
+      if (isFolder && (name == "tmp" || entry->is_symlink(ignored))) continue;
+      if (isFolder) {
+        below.folders.push_back((relative / name).string());
+      } else if (entry->is_regular_file(ignored)) {
+        below.files.push_back((relative / name).string());
+      }
     }
+    if (error) below.unread.push_back((relative / "").string());
   }
-  if (error) return SystemTrouble(folder, error.value());
-  std::sort(names.begin(), names.end());
-  return names;
+  for (auto* const list : {&below.files, &below.folders, &below.unread}) {
+    std::sort(list->begin(), list->end());
+  }
+  return below;
 }
 
 std::string StampOf(const fs::path& path) {
@@ -58,23 +75,33 @@ std::string StampOf(const fs::path& path) {
 Outcome<FileSum> SumOfSource(const fs::path& path, SourceKind kind,
                              const std::function<void()>& beat) {
   if (kind != SourceKind::Maildir) return SumOfRegular(path, beat);
-  const Outcome<std::vector<std::string>> names = FilesBelow(path);
-  if (!names) return names.trouble();
+  const Below below = FilesBelow(path);
+  if (std::find(below.unread.begin(), below.unread.end(), "") != below.unread.end()) {
+    return Trouble{TroubleKind::Unreadable, "the folder cannot be read"};
+  }
   FileSum all;
   Sha256 lines;
-  for (const std::string& name : *names) {
+  for (const std::string& name : below.files) {
     const Outcome<FileSum> sum = SumOfRegular(path / name, beat);
-    if (!sum) return sum.trouble();
-    lines.add(sum->sha256 + "  " + name + "\n");
-    all.bytes += sum->bytes;
+    lines.add((sum ? sum->sha256 : kUnreadable) + "  " + name + "\n");
+    if (sum) all.bytes += sum->bytes;
   }
+  for (const std::string& name : below.unread) lines.add(kUnreadable + "  " + name + "\n");
   all.sha256 = lines.digest();
   return all;
 }
 
 std::string StampOfSource(const fs::path& path, SourceKind kind) {
   if (kind != SourceKind::Maildir) return StampOf(path);
-  return StampOf(path / "cur") + " " + StampOf(path / "new");
+  const Below below = FilesBelow(path);
+  Sha256 stamps;
+  for (const auto* const list : {&below.folders, &below.files}) {
+    for (const std::string& name : *list) {
+      stamps.addText(name);
+      stamps.addText(StampOf(path / name));
+    }
+  }
+  return stamps.digest();
 }
 
 }  // namespace tarn::archive

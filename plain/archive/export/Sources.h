@@ -16,6 +16,7 @@ struct ExportSource {
   std::string name;  // TellableName of its path: what the export calls it everywhere
   std::string tree;  // its folder within the export
   std::optional<Trouble> trouble;
+  bool hasMissedFolder = false;  // a folder is asked for, and it has none that is the one
 };
 
 struct ExportSources {

@@ -1,8 +1,11 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <set>
 #include <system_error>
 
+#include "archive/catalogue/Catalogue.h"
+#include "archive/catalogue/IndexWriter.h"
 #include "archive/export/Export.h"
 #include "archive/export/Journal.h"
 #include "archive/export/Progress.h"
@@ -44,6 +47,8 @@ class Verification {
     if (*read != fs::file_size(tree_ / kManifestName, error)) {
       tell(kManifestName, "its last line breaks off");
     }
+    endSource();
+    checkShown();
     findExtra();
     return summary();
   }
@@ -57,13 +62,56 @@ class Verification {
   void takeLine(std::string_view text, uint64_t number) {
     const json row = json::parse(text, nullptr, false);
     try {
+      if (row.at("type") == "source") return closeSource(row);
       if (row.at("type") != "item") return;
+      countItem(row);
       for (const json& file : row.at("files")) {
         check(file.at("path"), {file.at("bytes"), file.at("sha256")});
       }
     } catch (const json::exception&) {
       tell(std::string(kManifestName) + ": line " + std::to_string(number), "is damaged");
     }
+  }
+
+  // The rows of a source come together, its own last.
+  void countItem(const json& row) {
+    if (rows_ != 0 && row.at("source") != source_) endSource();
+    source_ = row.at("source");
+    ++rows_;
+    ++items_;
+    if (row.at("status") != "failed") ++exported_;
+  }
+
+  void endSource() {
+    if (rows_ != 0) tell(source_, "has no row of its own in the manifest");
+    rows_ = exported_ = 0;
+  }
+
+  void closeSource(const json& row) {
+    if (rows_ != 0 && row.at("source") != source_) endSource();
+    const uint64_t found = row.at("found");
+    const uint64_t exported =
+        row.at("exported").get<uint64_t>() + row.at("partial").get<uint64_t>();
+    if (found != rows_ || exported != exported_) {
+      tell(row.at("source"), "has " + std::to_string(rows_) + " rows of items in the manifest (" +
+                                 std::to_string(exported_) + " exported) instead of " +
+                                 std::to_string(found) + " (" + std::to_string(exported) + ")");
+    }
+    rows_ = exported_ = 0;
+  }
+
+  // The manifest has no hashes of them: they are to have all its items.
+  void checkShown() {
+    std::error_code ignored;
+    const bool hasCatalogue = fs::exists(tree_ / kCatalogueName, ignored);
+    const bool hasPage = fs::exists(tree_ / kIndexPageName, ignored);
+    if (!hasCatalogue && !hasPage) return;
+    for (const char* const name : {kCatalogueName, kIndexPageName}) {
+      if (!fs::exists(tree_ / name, ignored)) tell(name, "is missing");
+    }
+    const std::optional<uint64_t> inCatalogue = ItemsInCatalogue(tree_ / kCatalogueName);
+    if (hasCatalogue && inCatalogue != items_) tell(kCatalogueName, "does not hold the items");
+    if (hasPage && !IsPageWhole(tree_, items_)) tell(kIndexPageName, "does not show the items");
   }
 
   // Many rows may name one mbox.
@@ -121,6 +169,10 @@ class Verification {
   std::string folder_;
   fs::path tree_;
   std::set<std::string> known_;
+  std::string source_;     // whose rows come
+  uint64_t rows_ = 0;      // of it so far
+  uint64_t exported_ = 0;  // of those
+  uint64_t items_ = 0;
   uint64_t checked_ = 0;
   uint64_t found_ = 0;
   uint64_t newBytes_ = 0;

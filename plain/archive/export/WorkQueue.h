@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "archive/export/PlanAttempts.h"
 #include "archive/export/Progress.h"
 #include "archive/export/SourcePlan.h"
 #include "archive/export/Sources.h"
@@ -54,9 +55,8 @@ struct SourceWork {
   uint64_t entries = 0;
   std::string reason;  // of the source as a whole
   std::string stamp;   // before it was read
-  int attempts = 0;
-  uint64_t mostEntries = UINT64_MAX;
-  std::string reasonAfter;
+  bool isStarted = false;
+  PlanAttempts attempts;
 };
 
 class WorkQueue {

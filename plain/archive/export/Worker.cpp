@@ -1,5 +1,6 @@
 #include "archive/export/Worker.h"
 
+#include <chrono>
 #include <filesystem>
 #include <memory>
 #include <new>
@@ -78,22 +79,24 @@ class Worker {
   }
 
   std::optional<Trouble> plan(const WorkerRequest& request) {
+    beat_.set(kBeatsOfSum);
     const Outcome<FileSum> sum = SumOfSource(request.path, request.kind, [this] { beat_.tick(); });
     beat_.set(0);
     reader_.reset();
-    const Outcome<ItemReader*> reader = sum ? open(request) : Outcome<ItemReader*>(sum.trouble());
+    const Outcome<ItemReader*> reader = open(request);
     if (!reader) {
       sayUnopened(reader.trouble());
       return std::nullopt;
     }
     ItemFilter filter(request.filter);
-    const PlanLimits limits = {request.mostEntries, request.reasonAfter};
     const Outcome<uint64_t> entries =
-        WritePlan(**reader, filter, limits, request.plan, [this] { beat_.tick(); });
+        WritePlan(**reader, filter, request.limits, request.plan, [this] { beat_.tick(); });
     if (!entries) return entries.trouble();
-    WorkerReply reply{WorkerWord::Planned, sum->sha256};
+    WorkerReply reply{WorkerWord::Planned, sum ? sum->sha256 : ""};
     reply.entries = *entries;
-    reply.bytes = sum->bytes;
+    reply.bytes = sum ? sum->bytes : 0;
+    if (!sum) reply.reason = sum.trouble().reason;
+    reply.hasMissedFolder = filter.hasMissedFolder();
     say(reply);
     return std::nullopt;
   }
@@ -147,13 +150,15 @@ class Worker {
       } else {
         const std::string folder =
             request.tree + (entry.folderPath.empty() ? "" : "/" + entry.folderPath);
-        const ItemTarget target = {request.name,
-                                   folder + "/" + entry.name,
-                                   folder + "/" + kMboxName,
-                                   fs::path(request.folder) / std::to_string(number),
-                                   sinks.mails,
-                                   sinks.texts,
-                                   layout(request.choices)};
+        const ItemTarget target = {
+            request.name,
+            folder + "/" + entry.name,
+            folder + "/" + kMboxName,
+            fs::path(request.folder) / std::to_string(number),
+            sinks.mails,
+            sinks.texts,
+            layout(request.choices),
+            {std::chrono::seconds(request.textSeconds), [this] { beat_.tick(); }}};
         Outcome<ItemResult> exported = ExportItem(**item, request.choices, target);
         if (!exported) return exported.trouble();
         result = std::move(*exported);

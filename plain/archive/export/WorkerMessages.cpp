@@ -33,10 +33,13 @@ std::string Packed(const WorkerRequest& request) {
   packer.put(filter.messageClass);
   Put(packer, filter.since);
   Put(packer, filter.until);
-  packer.put(filter.hasAttachment).put(request.mostEntries).put(request.reasonAfter);
+  packer.put(filter.hasAttachment);
+  packer.put(request.limits.entries).put(request.limits.reasonAfter);
+  packer.put(request.limits.passedOver.size());
+  for (const auto& [entry, reason] : request.limits.passedOver) packer.put(entry).put(reason);
   packer.put(request.choices.forms.size());
   for (const ExportForm form : request.choices.forms) packer.put(static_cast<uint64_t>(form));
-  packer.put(request.choices.attachments).put(request.choices.catalogue);
+  packer.put(request.textSeconds).put(request.choices.attachments).put(request.choices.catalogue);
   const PageChoices& pages = request.choices.pages;
   packer.put(pages.helpers).put(static_cast<uint64_t>(pages.paper));
   packer.put(pages.sandbox).put(pages.seconds);
@@ -63,11 +66,16 @@ WorkerRequest UnpackedRequest(std::string_view message) {
   filter.since = TakeSpan(fields);
   filter.until = TakeSpan(fields);
   filter.hasAttachment = fields.flag();
-  request.mostEntries = fields.number();
-  request.reasonAfter = fields.text();
+  request.limits.entries = fields.number();
+  request.limits.reasonAfter = fields.text();
+  for (uint64_t passed = fields.number(); passed != 0; --passed) {
+    const uint64_t entry = fields.number();
+    request.limits.passedOver[entry] = fields.text();
+  }
   for (uint64_t forms = fields.number(); forms != 0; --forms) {
     request.choices.forms.insert(static_cast<ExportForm>(fields.number()));
   }
+  request.textSeconds = fields.number();
   request.choices.attachments = fields.flag();
   request.choices.catalogue = fields.flag();
   PageChoices& pages = request.choices.pages;
@@ -86,7 +94,10 @@ WorkerRequest UnpackedRequest(std::string_view message) {
 std::string Packed(const WorkerReply& reply) {
   Packer packer;
   packer.put(static_cast<uint64_t>(reply.word)).put(reply.text);
-  packer.put(reply.entries).put(static_cast<uint64_t>(reply.kind));
+  packer.put(reply.entries)
+      .put(reply.reason)
+      .put(reply.hasMissedFolder)
+      .put(static_cast<uint64_t>(reply.kind));
   packer.put(reply.hasFolder).put(reply.bytes);
   for (const uint64_t end : reply.ends.places) packer.put(end);
   return std::move(packer.bytes());
@@ -98,6 +109,8 @@ WorkerReply UnpackedReply(std::string_view message) {
   reply.word = static_cast<WorkerWord>(fields.number());
   reply.text = fields.text();
   reply.entries = fields.number();
+  reply.reason = fields.text();
+  reply.hasMissedFolder = fields.flag();
   reply.kind = static_cast<TroubleKind>(fields.number());
   reply.hasFolder = fields.flag();
   reply.bytes = fields.number();

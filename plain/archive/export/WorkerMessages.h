@@ -10,6 +10,7 @@
 
 #include "archive/common/ItemFilter.h"
 #include "archive/export/ItemExport.h"
+#include "archive/export/SourcePlan.h"
 #include "archive/sources/SourceKind.h"
 
 namespace tarn::archive {
@@ -21,6 +22,8 @@ inline constexpr int kWorkerSocket = 3;
 
 // How it ends where it has no more memory; other ends are not of its own choice.
 inline constexpr int kOutOfMemory = 12;
+// The beats of a worker that adds up a source begin there; those of one that plans begin at 0.
+inline constexpr uint64_t kBeatsOfSum = uint64_t{1} << 63;
 
 enum class WorkerTask : uint8_t { Plan, Export };
 
@@ -34,13 +37,13 @@ struct WorkerRequest {
 
   // Plan:
   FilterOptions filter;
-  uint64_t mostEntries = UINT64_MAX;
-  std::string reasonAfter;
+  PlanLimits limits;
 
   // Export:
   ExportChoices choices;
-  std::string tree;    // the folder of the source within the export
-  std::string folder;  // of what the worker writes: N for the N-th entry, rows, mails, texts
+  uint64_t textSeconds = 60;  // for what the catalogue is told of an item
+  std::string tree;           // the folder of the source within the export
+  std::string folder;         // of what the worker writes: N for the N-th entry, rows, mails, texts
   uint64_t offset = 0;
   uint64_t first = 0;  // the number of the entry there
   uint64_t count = 0;
@@ -62,7 +65,7 @@ struct WorkerParts {
 };
 
 enum class WorkerWord : uint8_t {
-  Planned,   // text: the sum of the source
+  Planned,   // text: the sum of the source, empty where it cannot be had
   Unopened,  // text: why the source cannot be read
   Exported,  // one entry; text: its fingerprint
   Done,      // all entries of the request
@@ -74,6 +77,8 @@ struct WorkerReply {
   std::string text = {};
 
   uint64_t entries = 0;                        // of Planned
+  std::string reason = {};                     // of Planned: why there is no sum
+  bool hasMissedFolder = false;                // of Planned: as ItemFilter has it
   TroubleKind kind = TroubleKind::Unreadable;  // of Unopened
   bool hasFolder = false;                      // of Exported
   WorkerParts ends = {};                       // of Exported: where its parts end

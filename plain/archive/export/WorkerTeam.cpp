@@ -1,9 +1,11 @@
 #include "archive/export/WorkerTeam.h"
 
 #include <algorithm>
+#include <system_error>
 #include <utility>
 
 #include "archive/export/SourceSum.h"
+#include "console/Failure.h"
 #include "console/SystemFiles.h"
 
 namespace tarn::archive {
@@ -47,14 +49,13 @@ WorkerRequest WorkerTeam::requestFor(size_t source) const {
 void WorkerTeam::startPlanning(Slot& slot, size_t source) {
   SourceWork& work = queue_.work(source);
   const FoundSource& found = queue_.source(source).found;
-  if (work.attempts++ == 0) work.stamp = StampOfSource(found.path, found.kind);
+  if (!std::exchange(work.isStarted, true)) work.stamp = StampOfSource(found.path, found.kind);
   slot.isPlanning = true;
   slot.source = source;
   WorkerRequest request = requestFor(source);
   request.task = WorkerTask::Plan;
   request.filter = options_.filter;
-  request.mostEntries = work.mostEntries;
-  request.reasonAfter = work.reasonAfter;
+  request.limits = work.attempts.limits();
   ask(slot, request);
 }
 
@@ -71,6 +72,8 @@ void WorkerTeam::startPiece(Slot& slot, Piece& piece) {
   WorkerRequest request = requestFor(piece.source);
   request.task = WorkerTask::Export;
   request.choices = options_.choices;
+  // The files of the item come first, and may take as long as all of it.
+  request.textSeconds = std::max<uint64_t>(1, options_.seconds / 2);
   request.tree = queue_.source(piece.source).tree;
   request.folder = slot.folder.string();
   request.first = piece.first;
@@ -91,12 +94,16 @@ void WorkerTeam::ask(Slot& slot, const WorkerRequest& request) {
   if (!slot.process) {
     const size_t number = static_cast<size_t>(&slot - slots_.data());
     const fs::path program = options_.program.empty() ? OwnProgram() : options_.program;
-    slot.process = std::make_unique<WorkerProcess>(WorkerPlan{
-        program, staging_.path("work") / ("beat" + std::to_string(number)), options_.memory});
+    const WorkerPlan plan = {program, staging_.path("work") / ("beat" + std::to_string(number)),
+                             options_.memory};
+    try {
+      slot.process = std::make_unique<WorkerProcess>(plan);
+    } catch (const std::system_error& error) {
+      throw host::Failure(host::ExitStatus::Broken, "no worker can be started", error.what());
+    }
   }
   slot.process->beat().set(0);
-  slot.beat = 0;
-  slot.since = Clock::now();
+  slot.still.begin(StillTime::Clock::now());
   // A worker that is gone is met when its answer is waited for.
   (void)slot.process->channel().send(Packed(request));
 }
@@ -128,7 +135,7 @@ void WorkerTeam::hear(Slot& slot) {
 }
 
 void WorkerTeam::take(Slot& slot, const WorkerReply& reply) {
-  slot.since = Clock::now();
+  slot.still.begin(StillTime::Clock::now(), slot.process->beat().count());
   switch (reply.word) {
     case WorkerWord::Planned:
       return takePlan(slot, reply);
@@ -148,6 +155,8 @@ void WorkerTeam::takePlan(Slot& slot, const WorkerReply& reply) {
   SourceWork& work = queue_.work(slot.source);
   work.sum = {reply.bytes, reply.text};
   work.entries = reply.entries;
+  work.reason = reply.reason;
+  queue_.source(slot.source).hasMissedFolder = reply.hasMissedFolder;
   work.isReady = true;
   slot.isPlanning = false;
 }
@@ -195,11 +204,11 @@ void WorkerTeam::lose(Slot& slot, const std::string& how) {
 }
 
 void WorkerTeam::losePlan(Slot& slot, uint64_t beats, const std::string& how) {
-  constexpr int kAttempts = 3;
   SourceWork& work = queue_.work(slot.source);
-  work.mostEntries = beats;
-  work.reasonAfter = "what comes after cannot be read: " + how;
-  if (work.attempts < kAttempts) return startPlanning(slot, slot.source);
+  const bool isInSum = beats >= kBeatsOfSum;
+  if (work.attempts.died(isInSum ? std::nullopt : std::optional(beats), how)) {
+    return startPlanning(slot, slot.source);
+  }
   slot.isPlanning = false;
   work.reason = how;
   work.isReady = true;
@@ -209,11 +218,8 @@ void WorkerTeam::losePlan(Slot& slot, uint64_t beats, const std::string& how) {
 void WorkerTeam::lookForHangs() {
   for (Slot& slot : slots_) {
     if (slot.isIdle()) continue;
-    const uint64_t beat = slot.process->beat().count();
-    if (beat != slot.beat) {
-      slot.beat = beat;
-      slot.since = Clock::now();
-    } else if (Clock::now() - slot.since > std::chrono::seconds(options_.seconds)) {
+    slot.still.look(StillTime::Clock::now(), slot.process->beat().count());
+    if (slot.still.time() > std::chrono::seconds(options_.seconds)) {
       (void)slot.process->end();
       lose(slot, "took longer than " + std::to_string(options_.seconds) + " seconds");
     }

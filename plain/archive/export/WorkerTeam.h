@@ -3,7 +3,6 @@
 #ifndef TARN_ARCHIVE_WORKERTEAM_H
 #define TARN_ARCHIVE_WORKERTEAM_H
 
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -13,6 +12,7 @@
 
 #include "archive/export/Export.h"
 #include "archive/export/Staging.h"
+#include "archive/export/StillTime.h"
 #include "archive/export/WorkQueue.h"
 #include "archive/export/WorkerMessages.h"
 #include "archive/export/WorkerProcess.h"
@@ -27,7 +27,7 @@ class WorkerTeam {
   ~WorkerTeam();
 
   // Gives work to those that have none, and takes what comes within a moment. Throws host::Failure
-  // where nothing more can be written, std::system_error where no worker can be had.
+  // where nothing more can be written (Failed), and where no worker can be had (Broken).
   void work();
 
   // Whether a worker may still say something of the piece.
@@ -37,8 +37,6 @@ class WorkerTeam {
   void removeFinishedFolders();
 
  private:
-  using Clock = std::chrono::steady_clock;
-
   struct Slot {
     std::unique_ptr<WorkerProcess> process;
     Piece* piece = nullptr;
@@ -46,8 +44,7 @@ class WorkerTeam {
     size_t source = 0;
     std::filesystem::path folder;
     WorkerParts ends;
-    uint64_t beat = 0;
-    Clock::time_point since;
+    StillTime still;
 
     bool isIdle() const { return piece == nullptr && !isPlanning; }
   };

@@ -65,6 +65,25 @@ TEST_F(IndexWriterTest, PartsManyItemsIntoPieces) {
   EXPECT_NE(file("index/data-0003.js").find("\"box/4000/\""), std::string::npos);
 }
 
+TEST_F(IndexWriterTest, CutsLongTextsAndEndsLargePieces) {
+  CatalogueItem item = Mail("1", std::string(100'000, 's'), "");
+  item.fields.to.assign(1000, Address{"Somebody", ""});
+  write({item});
+  EXPECT_LT(file("index/data-0001.js").size(), 3000u);
+  // What an item needs here is not all bounded.
+  item.reason = std::string(3 << 20, 'r');
+  write({item, item, item});
+  EXPECT_TRUE(std::filesystem::exists(directory_.path() / "index" / "data-0002.js"));
+}
+
+TEST_F(IndexWriterTest, TellsAWholePage) {
+  write({Mail("1", "s", ""), Mail("2", "s", "")});
+  EXPECT_TRUE(IsPageWhole(directory_.path(), 2));
+  EXPECT_FALSE(IsPageWhole(directory_.path(), 3));
+  std::filesystem::remove(directory_.path() / "index" / "data-0001.js");
+  EXPECT_FALSE(IsPageWhole(directory_.path(), 2));
+}
+
 TEST_F(IndexWriterTest, WritesAPageWithoutItems) {
   write({});
   EXPECT_EQ(file("index/about.js"), "mailAbout('{\"pieces\":0,\"items\":0,\"folders\":[]}');\n");

@@ -127,7 +127,8 @@ TEST(ItemTextsTest, TakesThoseOfAnItem) {
   item.add(Named("c.png", "image/png"), "never read");
   CatalogueItem record;
   record.attachments.resize(7);
-  TakeTexts(item, record);
+  TextTime time;
+  TakeTexts(item, record, time);
   EXPECT_EQ(record.body, "the body");
   ASSERT_EQ(record.attachments.size(), 4U);
   EXPECT_EQ(record.attachments[0].index, 1U);
@@ -147,7 +148,8 @@ TEST(ItemTextsTest, TakesNoMoreOfAnItemThanItsLimit) {
     item.add(Named("a.txt", "text/plain"), std::string(kMostCatalogueText, 'x'));
   }
   CatalogueItem record;
-  TakeTexts(item, record);
+  TextTime time;
+  TakeTexts(item, record, time);
   ASSERT_EQ(record.attachments.size(), kFiles);
   size_t total = 0;
   for (const AttachmentText& attachment : record.attachments) total += attachment.text.size();
@@ -155,11 +157,29 @@ TEST(ItemTextsTest, TakesNoMoreOfAnItemThanItsLimit) {
   EXPECT_EQ(record.attachments.back().name, "a.txt");
 }
 
+TEST(ItemTextsTest, ReadsNothingMoreWhenNoTimeIsLeft) {
+  TextItem item;
+  item.held.text = "the body";
+  item.add(Named("a.txt", "text/plain"), "first");
+  CatalogueItem record;
+  int beats = 0;
+  TextTime time{std::chrono::milliseconds(0), [&] { ++beats; }};
+  TakeTexts(item, record, time);
+  EXPECT_EQ(record.body, "the body");
+  EXPECT_EQ(record.attachments.at(0).text, "");
+  EXPECT_EQ(beats, 1);
+  time.left = std::chrono::hours(1);
+  TakeTexts(item, record, time);
+  EXPECT_EQ(record.attachments.at(0).text, "first");
+  EXPECT_EQ(beats, 3);
+}
+
 TEST(ItemTextsTest, CutsALongBody) {
   TextItem item;
   item.held.text = std::string(kMostCatalogueText + 1, 'x');
   CatalogueItem record;
-  TakeTexts(item, record);
+  TextTime time;
+  TakeTexts(item, record, time);
   EXPECT_EQ(record.body.size(), kMostCatalogueText);
   EXPECT_TRUE(record.attachments.empty());
 }

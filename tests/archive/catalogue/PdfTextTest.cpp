@@ -1,6 +1,11 @@
 #include "archive/catalogue/PdfText.h"
 
 #include <gtest/gtest.h>
+#include <linux/capability.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <string>
 #include <utility>
@@ -58,6 +63,26 @@ class EndlessSource final : public ByteSource {
 TEST(PdfTextTest, IsWhatThePagesShow) {
   ASSERT_TRUE(CanReadPdf());
   EXPECT_EQ(TextOfPdf(*BytesOf(PdfOf("Quarterly figures"))), "Quarterly figures\n\n");
+}
+
+// A process that may have less than the program is given by itself, and may not raise it.
+TEST(PdfTextTest, IsReadWithinWhatTheProcessMayHave) {
+  const pid_t child = fork();
+  if (child == 0) {
+    setenv("LLVM_PROFILE_FILE", "/dev/null", 1);
+    // Whoever has this right may raise what was forbidden once.
+    __user_cap_header_struct header = {_LINUX_CAPABILITY_VERSION_3, 0};
+    const __user_cap_data_struct none[2] = {};
+    if (syscall(SYS_capset, &header, none) != 0) _exit(3);
+    // Less time than the program is given otherwise. The limit on memory is kept in the same way,
+    // but sanitizers take no such limit.
+    const rlimit limit = {10, 10};
+    if (setrlimit(RLIMIT_CPU, &limit) != 0) _exit(5);
+    _exit(TextOfPdf(*BytesOf(PdfOf("Quarterly figures"))) == "Quarterly figures\n\n" ? 0 : 1);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(WEXITSTATUS(status), 0);
 }
 
 TEST(PdfTextTest, IsEmptyForWhatIsNoPdf) {

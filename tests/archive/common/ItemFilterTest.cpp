@@ -56,7 +56,9 @@ TEST_F(Filter, TakesAFolderAndThoseBelowIt) {
   EXPECT_TRUE(takesFolder("gel?scht"));
   text_.folder = FolderOf({});
   EXPECT_TRUE(takesFolder(""));
-  EXPECT_FALSE(takesFolder("*"));
+  // Every folder, and a source without any.
+  EXPECT_TRUE(takesFolder("*"));
+  EXPECT_FALSE(takesFolder("?"));
 }
 
 TEST_F(Filter, TellsAFolderThatIsNotThere) {

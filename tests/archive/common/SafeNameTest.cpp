@@ -142,5 +142,18 @@ TEST(UniqueNames, KeepsToTheLength) {
   EXPECT_EQ(names.make(wide), Repeated("日", 38) + " (2)");
 }
 
+TEST(SafeNameTest, GivesNoDeviceWhereTheEndIsCutOff) {
+  EXPECT_EQ(Safe("con" + std::string(130, ' ') + "x"), "_con");
+  EXPECT_EQ(Safe("aux" + std::string(130, ' ') + "y.txt"), "_aux.txt");
+}
+
+TEST(SafeNameTest, LeavesOutWhatNobodySees) {
+  for (const char* const unseen :
+       {"\xC2\xAD", "\xE1\xA0\x8E", "\xF3\xA0\x81\x81", "\xE3\x85\xA4"}) {
+    EXPECT_EQ(Safe(unseen), "attachment-1");
+    EXPECT_EQ(Safe(std::string("a") + unseen + "b.txt"), "ab.txt");
+  }
+}
+
 }  // namespace
 }  // namespace tarn::archive

@@ -207,6 +207,125 @@ TEST_F(ExportTest, ReportsSourcesThatCannotBeRead) {
   EXPECT_FALSE(rows[2]["reason"].get<std::string>().empty());
 }
 
+TEST_F(ExportTest, ExportsAMaildirOfWhichOneFileCannotBeRead) {
+  for (const char* const name : {"md", "md/cur", "md/new"}) {
+    fs::create_directory(directory_.path() / name);
+  }
+  (void)directory_.write("md/cur/1", Mail("One", 1, "Body").substr(46));
+  (void)directory_.write("md/cur/2", Mail("Two", 2, "Body").substr(46));
+  fs::create_symlink("/proc/self/mem", directory_.path() / "md" / "cur" / "3");
+  options_.paths = {(directory_.path() / "md").string()};
+  EXPECT_EQ(exportTo("out"), ExitStatus::Failed);
+  const json row = manifest("out").back();
+  EXPECT_EQ(row["type"], "source");
+  EXPECT_EQ(row["exported"], 2);
+  EXPECT_EQ(row["sha256"].get<std::string>().size(), 64u);
+}
+
+TEST_F(ExportTest, MakesNothingOfPathsThatAreNone) {
+  options_.paths = {(directory_.path() / "none").string()};
+  EXPECT_EQ(exportTo("out"), ExitStatus::Usage);
+  EXPECT_FALSE(fs::exists(directory_.path() / "out"));
+}
+
+TEST_F(ExportTest, VerifyMissesRowsOfTheManifest) {
+  makeSources(3);
+  options_.choices.forms = {ExportForm::Mbox};
+  options_.choices.attachments = false;
+  ASSERT_EQ(exportTo("out"), ExitStatus::Done);
+  const fs::path path = directory_.path() / "out" / "manifest.jsonl";
+  const std::string whole = test::ReadWholeFile(path);
+  const auto without = [&](const std::string& begin, const std::string& end) {
+    std::string less = whole;
+    const size_t from = less.find(begin);
+    if (from != std::string::npos) less.erase(from, less.find(end, from) - from);
+    std::ofstream(path) << less;
+    return Verify({options_.folder});
+  };
+  EXPECT_EQ(without("none", "none"), ExitStatus::Done);
+  const std::string second = whole.substr(whole.find('\n') + 1);
+  EXPECT_EQ(without(second.substr(0, second.find('\n') + 1), second.substr(second.find('\n') + 1)),
+            ExitStatus::Failed);
+  const std::string source = R"({"type":"source")";
+  EXPECT_EQ(without(source, R"({"type":"item")"), ExitStatus::Failed);
+}
+
+TEST_F(ExportTest, VerifyLooksAtCatalogueAndPage) {
+  makeSources(3);
+  options_.choices.catalogue = true;
+  for (const char* const victim :
+       {"catalogue.sqlite", "index.html", "index/about.js", "index/data-0001.js", "index/app.js"}) {
+    for (const bool isGone : {false, true}) {
+      ASSERT_EQ(exportTo("out"), ExitStatus::Done);
+      EXPECT_EQ(Verify({options_.folder}), ExitStatus::Done);
+      const fs::path path = directory_.path() / "out" / victim;
+      fs::resize_file(path, 0);
+      if (isGone) fs::remove(path);
+      EXPECT_EQ(Verify({options_.folder}), ExitStatus::Failed) << victim;
+      fs::remove_all(directory_.path() / "out");
+    }
+  }
+}
+
+TEST_F(ExportTest, RefusesToGoOnWithAFinishedExportOfOtherFiles) {
+  makeSources(2);
+  ASSERT_EQ(exportTo("out"), ExitStatus::Done);
+  options_.resume = true;
+  const std::string refusal = "holds a finished export of other files; export into a new folder";
+  options_.paths.pop_back();
+  EXPECT_TRUE(failureOf("out").ends_with(refusal));
+  makeSources(2);
+  options_.paths.push_back(directory_.write("third", kMails).string());
+  EXPECT_TRUE(failureOf("out").ends_with(refusal));
+  options_.paths.pop_back();
+  EXPECT_EQ(exportTo("out"), ExitStatus::Done);
+}
+
+TEST_F(ExportTest, SaysThatNoFolderIsTheOneAskedFor) {
+  makeSources(2);
+  options_.filter.folder = "Nonexistent";
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(exportTo("out"), ExitStatus::Done);
+  const std::string said = testing::internal::GetCapturedStderr();
+  EXPECT_NE(said.find("no folder matches Nonexistent"), std::string::npos) << said;
+  options_.filter.folder = "*";
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(exportTo("all"), ExitStatus::Done);
+  EXPECT_EQ(testing::internal::GetCapturedStderr().find("no folder matches"), std::string::npos);
+  EXPECT_EQ(manifest("all").size(), 6u);
+}
+
+TEST_F(ExportTest, ShowsACopyByTheFilesOfTheFirstOne) {
+  const std::string mail = MailWithFile("Same", "a.bin");
+  options_.paths = {directory_.write("box", mail + mail).string()};
+  options_.dedupe = true;
+  options_.choices.catalogue = true;
+  ASSERT_EQ(exportTo("out"), ExitStatus::Done);
+  const std::string piece = tree("out").at("index/data-0001.js");
+  const std::string file = "2024-05-01 Same [0]/message.txt";
+  const size_t first = piece.find(file);
+  ASSERT_NE(first, std::string::npos) << piece;
+  EXPECT_NE(piece.find(file, first + 1), std::string::npos) << piece;
+  EXPECT_EQ(manifest("out")[1]["files"].size(), 0u);
+  EXPECT_EQ(Verify({options_.folder}), ExitStatus::Done);
+}
+
+TEST_F(ExportTest, SaysThatNoWorkerCanBeStarted) {
+  makeSources(1);
+  options_.program = directory_.path() / "none";
+  EXPECT_TRUE(failureOf("out").starts_with("no worker can be started")) << failureOf("out");
+}
+
+TEST_F(ExportTest, PutsALargeMailIntoAnMboxWholly) {
+  std::string body;
+  while (body.size() < 2'500'000) body += "A line of the text that is like every other one.\n";
+  options_.paths = {directory_.write("box", Mail("Large", 1, body)).string()};
+  options_.choices.forms = {ExportForm::Mbox};
+  ASSERT_EQ(exportTo("out"), ExitStatus::Done);
+  EXPECT_NE(tree("out").at("box/messages.mbox").find(body), std::string::npos);
+  EXPECT_EQ(Verify({options_.folder}), ExitStatus::Done);
+}
+
 TEST_F(ExportTest, VerifyFindsEachKindOfDamage) {
   makeSources(3);
   ASSERT_EQ(exportTo("out"), ExitStatus::Done);

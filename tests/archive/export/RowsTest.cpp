@@ -43,6 +43,7 @@ TEST(ProgressTextTest, TellsWhatIsKnown) {
   EXPECT_EQ(ProgressText(0, 0, 0, 0), "0 items, 0 MB");
   EXPECT_EQ(ProgressText(100, 400, 50'000'000, 10'000),
             "100 of 400 items, 50 MB, 5 MB/s, 0:00:30 left");
+  EXPECT_EQ(ProgressText(4, 4, 50'000, 100), "4 items, 0 MB");
   EXPECT_EQ(ProgressText(400, 400, 50'000'000, 10'000), "400 items, 50 MB, 5 MB/s");
 }
 
@@ -65,6 +66,44 @@ TEST(SumOfSourceTest, IsThatOfTheLinesOfAMaildirsFiles) {
   EXPECT_EQ(sum->sha256, lines.digest());
   EXPECT_EQ(sum->bytes, 6u);
   EXPECT_EQ(beats, 2);
+}
+
+// Of a Maildir with a folder below it, and a file that opens and cannot be read.
+class MaildirSumTest : public ::testing::Test {
+ protected:
+  MaildirSumTest() {
+    for (const char* const name : {"cur", "new", "tmp", ".Sent", ".Sent/cur", ".Sent/new"}) {
+      std::filesystem::create_directory(directory_.path() / name);
+    }
+    (void)directory_.write("cur/a", "abc");
+    (void)directory_.write(".Sent/cur/b", "abc");
+  }
+  std::string stamp() const { return StampOfSource(directory_.path(), SourceKind::Maildir); }
+
+  test::TempDirectory directory_;
+};
+
+TEST_F(MaildirSumTest, NamesWhatCannotBeRead) {
+  std::filesystem::create_symlink("/proc/self/mem", directory_.path() / "cur" / "z");
+  const Outcome<FileSum> sum = SumOfSource(directory_.path(), SourceKind::Maildir, [] {});
+  ASSERT_TRUE(sum.ok());
+  constexpr const char* kAbc = "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad  ";
+  Sha256 lines;
+  lines.add(kAbc + std::string(".Sent/cur/b\n") + kAbc + "cur/a\n" + "unreadable  cur/z\n");
+  EXPECT_EQ(sum->sha256, lines.digest());
+}
+
+TEST_F(MaildirSumTest, IsStampedWithAllItsFiles) {
+  const std::string before = stamp();
+  EXPECT_FALSE(before.empty());
+  EXPECT_EQ(stamp(), before);
+  (void)directory_.write("tmp/c", "being delivered");
+  EXPECT_EQ(stamp(), before);
+  (void)directory_.write(".Sent/new/c", "new");
+  const std::string more = stamp();
+  EXPECT_NE(more, before);
+  (void)directory_.write(".Sent/cur/b", "abcd");
+  EXPECT_NE(stamp(), more);
 }
 
 }  // namespace

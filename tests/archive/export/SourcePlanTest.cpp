@@ -97,6 +97,15 @@ TEST_F(SourcePlanTest, EndsWhereItIsTold) {
       (Lines{"/2024-05-01 Subject 0", "/2024-05-01 Subject 1", "trouble: the reader crashed"}));
 }
 
+TEST_F(SourcePlanTest, PassesOverEntriesAndGoesOn) {
+  for (int number = 0; number < 4; ++number) {
+    reader_.item(std::to_string(number), "Subject " + std::to_string(number));
+  }
+  EXPECT_EQ(plan({}, {UINT64_MAX, "", {{1, "it crashed"}}}),
+            (Lines{"/2024-05-01 Subject 0", "lost 1: it crashed", "/2024-05-01 Subject 2",
+                   "/2024-05-01 Subject 3"}));
+}
+
 TEST_F(SourcePlanTest, KeepsAllOfAnEntry) {
   reader_.item("21", "Plans", FolderOf({"In", "a/b"}));
   (void)plan();

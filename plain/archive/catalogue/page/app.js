@@ -280,22 +280,38 @@ function closePreview() {
   drawRows();
 }
 
-// ---- Folders: a source, and the names below it.
+// ---- Folders: a source, and the names below it. Where there are very many sources, those of one
+// mail are their folder on the disk, all together.
+
+const MANY = 100;     // sources
+const ALL_OPEN = 2000;  // folders
 
 function drawTree() {
   const root = { label: 'All messages', items: mail.about.items, numbers: null, below: new Map() };
+  const perSource = new Map();
+  for (const [source, , items] of mail.about.folders) {
+    perSource.set(source, (perSource.get(source) || 0) + items);
+  }
+  const isJoined = (source) => perSource.size > MANY && perSource.get(source) === 1;
+  let nodes = 0;
   mail.about.folders.forEach(([source, names, items], number) => {
     let node = root;
-    for (const name of [source, ...names]) {
+    const path = isJoined(source) ? [source.replace(/[^/]*$/, '')] : [source, ...names];
+    for (const name of path) {
       if (!node.below.has(name)) {
-        node.below.set(name, { label: name, items: 0, numbers: new Set(), below: new Map() });
+        node.below.set(name, { label: name, title: name, items: 0, numbers: new Set(),
+          below: new Map() });
+        ++nodes;
       }
       node = node.below.get(name);
       node.items += items;
       node.numbers.add(number);
     }
   });
-  for (const node of root.below.values()) node.label = node.label.replace(/.*\//, '') || node.label;
+  for (const node of root.below.values()) {
+    node.label = node.label.replace(/\/+$/, '').replace(/.*\//, '') || node.label;
+  }
+  mail.openLevels = nodes > ALL_OPEN ? 0 : 2;
   const all = treeItem({ ...root, below: new Map() }, 1);
   page.tree.replaceChildren(all, ...Array.from(root.below.values(), (node) => treeItem(node, 1)));
   all.tabIndex = 0;
@@ -311,18 +327,28 @@ function treeItem(node, level) {
   item.setAttribute('aria-selected', 'false');
   const line = make('div', 'folder');
   const label = isolated('span', '', node.label);
-  label.title = node.label;
+  label.title = node.title || node.label;
   line.append(make('b', '', node.below.size ? '▶' : ''), label,
     make('i', '', number.format(node.items)));
   item.append(line);
   if (node.below.size) {
-    item.setAttribute('aria-expanded', String(level < 3));
-    const group = make('ul');
-    group.setAttribute('role', 'group');
-    group.append(...Array.from(node.below.values(), (each) => treeItem(each, level + 1)));
-    item.append(group);
+    item.mailNode = node;
+    item.setAttribute('aria-expanded', 'false');
+    if (level <= mail.openLevels) expand(item, true);
   }
   return item;
+}
+
+// What is below is drawn when it is first seen.
+function fill(item) {
+  const node = item.mailNode;
+  if (!node) return;
+  item.mailNode = null;
+  const level = Number(item.getAttribute('aria-level')) + 1;
+  const group = make('ul');
+  group.setAttribute('role', 'group');
+  group.append(...Array.from(node.below.values(), (each) => treeItem(each, level)));
+  item.append(group);
 }
 
 function chooseFolder(item) {
@@ -343,7 +369,9 @@ function focusFolder(item) {
 }
 
 function expand(item, isOpen) {
-  if (item.hasAttribute('aria-expanded')) item.setAttribute('aria-expanded', String(isOpen));
+  if (!item.hasAttribute('aria-expanded')) return;
+  if (isOpen) fill(item);
+  item.setAttribute('aria-expanded', String(isOpen));
 }
 
 function browse(isOpen) {

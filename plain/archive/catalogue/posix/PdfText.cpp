@@ -11,6 +11,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
@@ -27,7 +28,6 @@ namespace {
 
 constexpr rlim_t kMostSeconds = 20;              // of the processor
 constexpr rlim_t kMostMemory = rlim_t{1} << 30;  // of addresses
-constexpr std::chrono::seconds kMostTime{60};    // by the clock, on a machine that has much to do
 constexpr const char* kProgram = "pdftotext";
 
 class Descriptor {
@@ -131,7 +131,11 @@ bool ForbidSockets() {
 }
 
 bool Limit(__rlimit_resource what, rlim_t most) {
-  const rlimit limit{most, most};
+  // What the process is forbidden already stays so.
+  rlimit limit{};
+  if (getrlimit(what, &limit) != 0) return false;
+  const rlim_t least = std::min(most, limit.rlim_max);
+  limit = {least, least};
   return setrlimit(what, &limit) == 0;
 }
 
@@ -163,10 +167,10 @@ struct Answer {
   bool isWhole = false;  // it ended, or more was said than is wanted
 };
 
-Answer ReadAnswer(int output) {
+Answer ReadAnswer(int output, std::chrono::milliseconds time) {
   Answer answer;
   std::array<char, 65536> room;
-  const auto end = std::chrono::steady_clock::now() + kMostTime;
+  const auto end = std::chrono::steady_clock::now() + std::min(time, kMostPdfTime);
   while (answer.text.size() <= kMostCatalogueText) {
     const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
         end - std::chrono::steady_clock::now());
@@ -195,7 +199,7 @@ int WaitFor(pid_t process) {
 
 bool CanReadPdf() { return !Program().empty(); }
 
-std::string TextOfPdf(ByteSource& bytes) {
+std::string TextOfPdf(ByteSource& bytes, std::chrono::milliseconds time) {
   if (!CanReadPdf()) return {};
   const Descriptor input(FileOf(bytes));
   const Descriptor nowhere(open("/dev/null", O_WRONLY | O_CLOEXEC));
@@ -209,7 +213,7 @@ std::string TextOfPdf(ByteSource& bytes) {
     BecomeProgram(Program().c_str(), input.number(), toProgram.number(), nowhere.number());
   }
   toProgram.close();
-  Answer answer = ReadAnswer(output.number());
+  Answer answer = ReadAnswer(output.number(), time);
   const bool isEnough = answer.text.size() > kMostCatalogueText;
   if (!answer.isWhole || isEnough) kill(process, SIGKILL);
   const int status = WaitFor(process);
