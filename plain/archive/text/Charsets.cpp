@@ -13,6 +13,7 @@
 #include "Platform/Utf8.h"
 #include "archive/text/BodyText.h"
 #include "archive/text/CharsetTables.h"
+#include "archive/text/CountWhile.h"
 
 namespace tarn::archive {
 namespace {
@@ -187,10 +188,8 @@ void AppendUtf8(std::string_view bytes, std::string& utf8) {
   if (bytes.starts_with(kUtf8Mark)) bytes.remove_prefix(kUtf8Mark.size());
   size_t whole = 0;  // bytes seen that are as they should be
   while (whole < bytes.size()) {
-    if (static_cast<unsigned char>(bytes[whole]) < 0x80) {
-      ++whole;
-      continue;
-    }
+    whole += CountAscii(bytes.substr(whole));
+    if (whole == bytes.size()) break;
     const platform::Character character = platform::FirstCharacter(bytes.substr(whole));
     if (character.isWellFormed) {
       whole += character.size;
@@ -234,7 +233,9 @@ void AppendUtf16(std::string_view bytes, ByteOrder order, std::string& utf8) {
 
 void AppendUnknown(std::string_view bytes, std::string& utf8) {
   std::string_view rest = bytes;
-  while (!rest.empty()) {
+  for (;;) {
+    rest.remove_prefix(CountAscii(rest));
+    if (rest.empty()) break;
     const platform::Character character = platform::FirstCharacter(rest);
     if (!character.isWellFormed) {
       if (auto western = CharsetDecoder::ForCodePage(1252)) return western->append(bytes, utf8);

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "archive/text/CountWhile.h"
+
 namespace tarn::archive {
 namespace {
 
@@ -185,16 +187,14 @@ std::string EscapedHtml(std::string_view text) {
   std::string escaped;
   escaped.reserve(text.size() + text.size() / 8);
   // What lies between two of them goes over in one piece.
-  size_t done = 0;
-  for (size_t at = 0; at < text.size(); ++at) {
-    const std::string_view reference = ReferenceFor(text[at]);
-    if (reference.empty()) continue;
-    escaped += text.substr(done, at - done);
-    escaped += reference;
-    done = at + 1;
+  for (;;) {
+    const size_t plain = CountWhile(
+        text, [](char c) { return c != '&' && c != '<' && c != '>' && c != '"' && c != '\''; });
+    escaped += text.substr(0, plain);
+    if (plain == text.size()) return escaped;
+    escaped += ReferenceFor(text[plain]);
+    text.remove_prefix(plain + 1);
   }
-  escaped += text.substr(done);
-  return escaped;
 }
 
 }  // namespace tarn::archive

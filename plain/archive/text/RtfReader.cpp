@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "archive/text/CountWhile.h"
 #include "archive/text/LinkText.h"
 #include "archive/text/RtfSymbols.h"
 
@@ -23,9 +24,7 @@ bool IsText(RtfAction action) {
          action == RtfAction::Tab;
 }
 
-bool IsAscii(std::string_view bytes) {
-  return std::all_of(bytes.begin(), bytes.end(), [](char c) { return c >= 0; });
-}
+bool IsAscii(std::string_view bytes) { return CountAscii(bytes) == bytes.size(); }
 
 }  // namespace
 

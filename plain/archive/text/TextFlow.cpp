@@ -7,7 +7,12 @@ namespace tarn::archive {
 namespace {
 
 constexpr size_t kLongestPrefix = 40;
-constexpr std::string_view kSpace = " \t\r\n\f";
+bool IsSpace(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\f'; }
+
+size_t CountOfWord(std::string_view text) {
+  const auto end = std::find_if(text.begin(), text.end(), IsSpace);
+  return static_cast<size_t>(end - text.begin());
+}
 
 }  // namespace
 
@@ -33,12 +38,13 @@ void TextFlow::addText(std::string_view text, bool isAsIs) {
     return;
   }
   while (!text.empty()) {
-    const size_t word = std::min(text.find_first_not_of(kSpace), text.size());
-    if (word != 0) isSpacePending_ = true;
-    text.remove_prefix(word);
+    while (!text.empty() && IsSpace(text.front())) {
+      isSpacePending_ = true;
+      text.remove_prefix(1);
+    }
     if (text.empty()) return;
     if (std::exchange(isSpacePending_, false) && !isAtLineStart()) text_ += ' ';
-    const size_t end = std::min(text.find_first_of(kSpace), text.size());
+    const size_t end = CountOfWord(text);
     text_ += text.substr(0, end);
     text.remove_prefix(end);
   }

@@ -5,6 +5,7 @@
 
 #include "Platform/Characters.h"
 #include "Platform/Utf8.h"
+#include "archive/text/CountWhile.h"
 #include "archive/text/TerminalText.h"
 
 namespace tarn::archive {
@@ -49,6 +50,11 @@ class LineBreaker {
 
   template <typename Take>
   void run(const Take& take) {
+    // Most lines are short enough whatever is in them.
+    const bool isShort = text_.size() <= most_;
+    if (isShort && CountWhile(text_, [](char c) { return c >= ' ' && c < 0x7F; }) == text_.size()) {
+      return take(text_);
+    }
     bool wasWide = false;
     while (at_ < text_.size()) {
       const platform::Character character = platform::FirstCharacter(text_.substr(at_));

@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "Platform/Utf8.h"
+#include "archive/text/CountWhile.h"
 
 namespace tarn::archive {
 namespace {
@@ -24,8 +25,7 @@ bool IsControl(char32_t c) { return c < 0x20 || (c >= 0x7F && c < 0xA0); }
 // How many characters a text begins with that are ASCII and shown, or LF.
 size_t PlainAscii(std::string_view text) {
   const auto isPlain = [](char c) { return (c >= 0x20 && c < 0x7F) || c == '\n'; };
-  const auto end = std::find_if_not(text.begin(), text.end(), isPlain);
-  return static_cast<size_t>(end - text.begin());
+  return CountWhile(text, isPlain);
 }
 
 bool BreaksLines(char32_t c) { return c == 0x2028 || c == 0x2029; }

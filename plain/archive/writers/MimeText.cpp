@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "archive/text/CountWhile.h"
 #include "archive/writers/SinkBuffer.h"
 
 namespace tarn::archive {
@@ -23,17 +24,14 @@ class TextSink final : public ByteSink {
 std::string WithCrLf(std::string_view text) {
   std::string lines;
   lines.reserve(text.size() + text.size() / 32);
-  size_t done = 0;
-  for (size_t at = 0; at < text.size(); ++at) {
-    const char c = text[at];
-    if (c != '\r' && c != '\n') continue;
-    lines += text.substr(done, at - done);
+  for (;;) {
+    const size_t end = CountWhile(text, [](char c) { return c != '\r' && c != '\n'; });
+    lines += text.substr(0, end);
+    text.remove_prefix(end);
+    if (text.empty()) return lines;
     lines += "\r\n";
-    if (c == '\r' && at + 1 < text.size() && text[at + 1] == '\n') ++at;
-    done = at + 1;
+    text.remove_prefix(text.starts_with("\r\n") ? 2 : 1);
   }
-  lines += text.substr(done);
-  return lines;
 }
 
 bool IsPlain(char c) { return (c >= ' ' && c < 0x7F) || c == '\t' || c == '\r' || c == '\n'; }
@@ -100,7 +98,7 @@ void AppendQuotedLine(std::string_view line, std::string& quoted) {
   const size_t end = line.size() - (endsBlank ? 1 : 0);
   while (at < line.size()) {
     const size_t begin = at;
-    while (at < end && IsUnquoted(line[at])) ++at;
+    if (at < end) at += CountWhile(line.substr(at, end - at), [](char c) { return IsUnquoted(c); });
     out.put(line.substr(begin, at - begin));
     if (at < line.size()) out.putHex(line[at++]);
   }
