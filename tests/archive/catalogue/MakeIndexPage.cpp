@@ -1,5 +1,7 @@
-// MakeIndexPage DIR COUNT PORT - an export of so many mails, as far as its page needs it: every
-// item has a row, and the first ones have files, which ask a server at that port for a picture.
+// MakeIndexPage DIR COUNT PORT [single] - an export of so many mails, as far as its page needs it:
+// every item has a row, and the first ones have files, which ask a server at that port for a
+// picture. With "single" each is a file of its own, in one of ten folders, beside a store of 3000
+// folders.
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -59,14 +61,25 @@ CatalogueItem ItemOf(size_t number) {
   return item;
 }
 
-int Make(const std::filesystem::path& directory, size_t count, const std::string& port) {
+void MakeSingle(CatalogueItem& item, size_t number) {
+  const std::string text = std::to_string(number);
+  item.source = "/mail/d" + std::to_string(number % 10) + "/" + text + ".eml";
+  item.folder.clear();
+  if (number >= 6000) return;
+  item.source = "/mail/store.pst";
+  item.folder = {"Top", "Folder " + std::to_string(number % 3000)};
+}
+
+int Make(const std::filesystem::path& directory, size_t count, const std::string& port,
+         bool isSingle) {
   auto writer = IndexWriter::create(directory);
   if (!writer) {
     std::cerr << writer.trouble().reason << '\n';
     return 1;
   }
   for (size_t number = 0; number < count; ++number) {
-    const CatalogueItem item = ItemOf(number);
+    CatalogueItem item = ItemOf(number);
+    if (isSingle) MakeSingle(item, number);
     if ((*writer)->add(item)) return 1;
     if (number >= 20) continue;
     const std::filesystem::path file = directory / item.files.front().path;
@@ -80,6 +93,6 @@ int Make(const std::filesystem::path& directory, size_t count, const std::string
 }  // namespace tarn::archive
 
 int main(int argc, char** argv) {
-  if (argc != 4) return 2;
-  return tarn::archive::Make(argv[1], std::strtoul(argv[2], nullptr, 10), argv[3]);
+  if (argc != 4 && argc != 5) return 2;
+  return tarn::archive::Make(argv[1], std::strtoul(argv[2], nullptr, 10), argv[3], argc == 5);
 }

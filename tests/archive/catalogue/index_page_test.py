@@ -177,6 +177,30 @@ class LargeIndexPageTest(unittest.TestCase):
                     ['94243', '84243', '74243', '64243', '54243', '44243', '42438', '42433',
                      '34243', '24243', '14243', '4243'])
 
+    def test_draws_few_of_very_many_sources_and_folders(self):
+        with tempfile.TemporaryDirectory() as folder:
+            subprocess.run([MAKER, folder, '26000', '9', 'single'], check=True)
+            with Browser(PROGRAM) as browser:
+                browser.open('file://' + folder + '/index.html')
+                browser.wait('typeof mail === "object" && mail.rows.length === 26000', 60)
+                self.assertLess(browser.value("document.querySelectorAll('*').length"), 2000)
+                lines = browser.value(
+                    "Array.from(document.querySelectorAll('.folder')).map((each) => each.textContent)")
+                self.assertEqual(len(lines), 1 + 1 + 10)
+                self.assertIn('store.pst', lines[1])
+                self.assertEqual(browser.value(
+                    "document.querySelectorAll('.folder span')[1].title"), '/mail/store.pst')
+                browser.value("document.querySelectorAll('.folder')[2].click()")
+                self.assertEqual(browser.value("mail.shown.length"), 2000)
+                for _ in range(2):
+                    browser.value("Array.from(document.querySelectorAll('.folder b')).filter("
+                                  "(each) => each.textContent).pop().click()")
+                self.assertEqual(browser.value("document.querySelectorAll('.folder').length"),
+                                 12 + 1 + 3000)
+                browser.value("Array.from(document.querySelectorAll('.folder')).find("
+                              "(each) => each.textContent.includes('Folder 17')).click()")
+                self.assertEqual(browser.value("mail.shown.length"), 2)
+
 
 if __name__ == '__main__':
     unittest.main(argv=sys.argv[:1])

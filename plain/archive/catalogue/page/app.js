@@ -283,8 +283,8 @@ function closePreview() {
 // ---- Folders: a source, and the names below it. Where there are very many sources, those of one
 // mail are their folder on the disk, all together.
 
-const MANY = 100;     // sources
-const ALL_OPEN = 2000;  // folders
+const MANY = 100;        // sources
+const ALL_DRAWN = 2000;  // folders
 
 function drawTree() {
   const root = { label: 'All messages', items: mail.about.items, numbers: null, below: new Map() };
@@ -311,7 +311,7 @@ function drawTree() {
   for (const node of root.below.values()) {
     node.label = node.label.replace(/\/+$/, '').replace(/.*\//, '') || node.label;
   }
-  mail.openLevels = nodes > ALL_OPEN ? 0 : 2;
+  mail.drawsAll = nodes <= ALL_DRAWN;
   const all = treeItem({ ...root, below: new Map() }, 1);
   page.tree.replaceChildren(all, ...Array.from(root.below.values(), (node) => treeItem(node, 1)));
   all.tabIndex = 0;
@@ -333,13 +333,13 @@ function treeItem(node, level) {
   item.append(line);
   if (node.below.size) {
     item.mailNode = node;
-    item.setAttribute('aria-expanded', 'false');
-    if (level <= mail.openLevels) expand(item, true);
+    item.setAttribute('aria-expanded', String(mail.drawsAll && level < 3));
+    if (mail.drawsAll) fill(item);
   }
   return item;
 }
 
-// What is below is drawn when it is first seen.
+// Of very many folders what is below one is drawn when that is opened.
 function fill(item) {
   const node = item.mailNode;
   if (!node) return;
