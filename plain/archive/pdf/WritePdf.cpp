@@ -113,6 +113,7 @@ class FilesInside {
 
   void add(std::string name, std::string mediaType, FileRelation relation, std::string bytes) {
     room_ -= bytes.size();
+    name = names_.make(name);
     files_.push_back({std::move(name), std::move(mediaType), relation, std::move(bytes)});
   }
 
@@ -124,6 +125,7 @@ class FilesInside {
   size_t room_;
   std::vector<Trouble>& lost_;
   std::vector<FileInside> files_;
+  UniqueNames names_;
 };
 
 }  // namespace

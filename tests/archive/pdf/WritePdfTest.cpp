@@ -117,6 +117,19 @@ TEST_F(WritePdfTest, HoldsTheMailItsAttachmentsAndEmbeddedItems) {
   EXPECT_TRUE(reasons_.empty());
 }
 
+TEST_F(WritePdfTest, GivesEachFileInsideANameOfItsOwn) {
+  FakeContent content = Letter();
+  content.attach("a.txt", "text/plain", "one");
+  content.attach("A.TXT", "text/plain", "two");
+  content.attach("message.eml", "text/plain", "three");
+  const MailPdfFacts made = facts(content);
+  ASSERT_EQ(made.files.size(), 4U);
+  EXPECT_EQ(made.files[0].name, "message.eml");
+  EXPECT_EQ(made.files[1].name, "a.txt");
+  EXPECT_EQ(made.files[2].name, "A (2).TXT");
+  EXPECT_EQ(made.files[3].name, "message (2).eml");
+}
+
 TEST_F(WritePdfTest, LeavesOutWhatCannotBeReadAndSaysSo) {
   FakeContent content = Letter();
   content.attach("a.txt", "text/plain", "one");
