@@ -76,6 +76,9 @@ Attachment Describe(MailBytes& mail, const LaidPart& laid) {
   attachment.kind = laid.kind;
   attachment.name = FileNameOf(laid.part);
   attachment.mediaType = MediaTypeOf(laid.part);
+  if (attachment.mediaType.starts_with("text/")) {
+    attachment.charset = ParameterOf(laid.part, "charset");
+  }
   attachment.contentId = TextOf(g_mime_object_get_content_id(laid.part));
   if (GMIME_IS_PART(laid.part)) {
     GMimePart* part = GMIME_PART(laid.part);

@@ -99,6 +99,7 @@ struct Attachment {
   AttachmentKind kind = AttachmentKind::Data;
   std::string name;       // as the mail names it, nothing cleaned; empty when it has none
   std::string mediaType;  // lower case, "image/png"; empty when nothing tells
+  std::string charset;    // of text, as a mail names it; empty where it does not
   std::string contentId;  // without angle brackets
   std::string contentLocation;
   bool isInline = false;           // the text shows it

@@ -32,15 +32,19 @@ class EventTimes {
   EventTimes(std::optional<CalendarZone> zone, bool isAllDay)
       : zone_(std::move(zone)), isAllDay_(isAllDay) {}
 
-  const CalendarZone* zone() const { return zone_ && !isAllDay_ ? &*zone_ : nullptr; }
+  const CalendarZone* zone() const { return zone_ ? &*zone_ : nullptr; }
+  bool isAllDay() const { return isAllDay_; }
 
   // Of a moment as the form of this event has it.
   int64_t ofUtc(int64_t utc) const {
     if (isAllDay_ && !zone_) return NearestDay(utc);
     return zone_ ? zone_->localOf(utc) : utc;
   }
-  // Of a local time of the pattern. Without a zone, `shift` leads from that to UTC.
-  int64_t ofLocal(int64_t local) const { return zone_ || isAllDay_ ? local : local + shift_; }
+  // Of a local time of the pattern, for a form that may be another than that of the event. Without
+  // a zone, `shift` leads from that to UTC.
+  int64_t ofLocal(int64_t local, bool isAllDay) const {
+    return zone_ || isAllDay ? local : local + shift_;
+  }
   void learnShift(int64_t utc, int64_t local) { shift_ = utc - local; }
 
   std::string until(int64_t local) const {
@@ -62,7 +66,27 @@ class EventTimes {
   int64_t shift_ = 0;
 };
 
+constexpr std::string_view kResponse = "ipm.schedule.meeting.resp";
+
+bool IsResponse(const CalendarItem& source) { return source.messageClass.starts_with(kResponse); }
+
+icalparameter_partstat AnswerOf(const CalendarItem& source) {
+  const std::string_view answer = std::string_view(source.messageClass).substr(kResponse.size());
+  if (answer.starts_with(".pos")) return ICAL_PARTSTAT_ACCEPTED;
+  if (answer.starts_with(".neg")) return ICAL_PARTSTAT_DECLINED;
+  return answer.starts_with(".tent") ? ICAL_PARTSTAT_TENTATIVE : ICAL_PARTSTAT_NEEDSACTION;
+}
+
+// A response is from the one who attends to the one who organizes (RFC 5546 3.2.3).
+void AddPeopleOfResponse(const CalendarItem& source, icalcomponent* event) {
+  const ItemFields& fields = source.item.fields(Detail::Envelope);
+  if (!fields.to.empty()) AddPerson(event, ICAL_ORGANIZER_PROPERTY, fields.to.front());
+  if (AddressText(fields.from).empty()) return;
+  AddPerson(event, ICAL_ATTENDEE_PROPERTY, fields.from, ICAL_ROLE_NONE, AnswerOf(source));
+}
+
 void AddPeople(const CalendarItem& source, icalcomponent* event) {
+  if (IsResponse(source)) return AddPeopleOfResponse(source, event);
   const ItemFields& fields = source.item.fields(Detail::Envelope);
   const bool isMeeting = (source.values.integer(kStateFlags).value_or(0) & kStateMeeting) != 0;
   if (!isMeeting && fields.to.empty() && fields.cc.empty()) return;
@@ -84,16 +108,11 @@ void AddStatus(int64_t busy, bool isCanceled, icalcomponent* event) {
       event, icalproperty_new_transp(busy == kFree ? ICAL_TRANSP_TRANSPARENT : ICAL_TRANSP_OPAQUE));
 }
 
-void AddReminder(NamedValues& values, const std::string& subject, icalcomponent* event) {
-  if (!values.isSet(kHasReminder)) return;
-  constexpr int64_t kMostMinutes = 366 * 24 * 60;
-  const int64_t minutes =
-      std::clamp<int64_t>(values.integer(kReminderMinutes).value_or(15), 0, kMostMinutes);
-  icalcomponent* const alarm = AddComponent(event, ICAL_VALARM_COMPONENT);
-  icalcomponent_add_property(alarm, icalproperty_new_action(ICAL_ACTION_DISPLAY));
-  AddText(alarm, ICAL_DESCRIPTION_PROPERTY, subject.empty() ? "Reminder" : subject);
-  icaltriggertype trigger = icaltriggertype_from_int(static_cast<int>(-60 * minutes));
-  icalcomponent_add_property(alarm, icalproperty_new_trigger(trigger));
+// Responses have none (RFC 5546 3.2.3).
+void AddReminder(const CalendarItem& source, icalcomponent* event) {
+  if (!source.values.isSet(kHasReminder) || IsResponse(source)) return;
+  AddAlarmBefore(event, OneLine(source.item.fields(Detail::Envelope).subject),
+                 source.values.integer(kReminderMinutes).value_or(15));
 }
 
 // The occurrences that are gone, not those that are elsewhere.
@@ -104,31 +123,62 @@ void AddDeleted(const RecurrencePattern& pattern, const EventTimes& times, icalc
   }
   for (const int64_t day : pattern.deletedDays) {
     if (changed.contains(day)) continue;
-    times.add(event, ICAL_EXDATE_PROPERTY, times.ofLocal(day + pattern.startMinute * int64_t{60}));
+    times.add(event, ICAL_EXDATE_PROPERTY,
+              times.ofLocal(day + pattern.startMinute * int64_t{60}, times.isAllDay()));
   }
 }
 
 void AddException(const CalendarItem& source, const RecurrenceException& exception,
-                  const EventTimes& times, bool isAllDay, icalcomponent* calendar) {
+                  const EventTimes& times, bool hasDescription, icalcomponent* calendar) {
   icalcomponent* const event = AddComponent(calendar, ICAL_VEVENT_COMPONENT);
-  AddCommon(source, event);
+  AddCommon(source, event, hasDescription);
   if (exception.subject) {
     icalcomponent_set_summary(event, OneLine(*exception.subject).c_str());
   }
   AddText(event, ICAL_LOCATION_PROPERTY,
           exception.location.value_or(source.values.text(kLocation)));
-  times.add(event, ICAL_RECURRENCEID_PROPERTY, times.ofLocal(exception.original));
-  const bool isWholeDay = exception.isAllDay.value_or(isAllDay);
-  times.add(event, ICAL_DTSTART_PROPERTY, times.ofLocal(exception.start), isWholeDay);
-  times.add(event, ICAL_DTEND_PROPERTY, times.ofLocal(exception.end), isWholeDay);
+  times.add(event, ICAL_RECURRENCEID_PROPERTY, times.ofLocal(exception.original, times.isAllDay()));
+  const bool isWholeDay = exception.isAllDay.value_or(times.isAllDay());
+  times.add(event, ICAL_DTSTART_PROPERTY, times.ofLocal(exception.start, isWholeDay), isWholeDay);
+  times.add(event, ICAL_DTEND_PROPERTY, times.ofLocal(exception.end, isWholeDay), isWholeDay);
   AddStatus(
       exception.busyStatus ? *exception.busyStatus : source.values.integer(kBusyStatus).value_or(2),
       false, event);
 }
 
+// Each has the description again, up to a limit.
+void AddExceptions(const CalendarItem& source, const RecurrencePattern& pattern,
+                   const EventTimes& times, icalcomponent* calendar, std::vector<Trouble>& lost) {
+  constexpr size_t kMostDescriptions = size_t{1} << 20;
+  size_t size = 0;
+  bool isCut = false;
+  for (const RecurrenceException& exception : pattern.exceptions) {
+    size += source.description.size();
+    const bool hasDescription = size <= kMostDescriptions;
+    isCut = isCut || !hasDescription;
+    AddException(source, exception, times, hasDescription, calendar);
+  }
+  if (isCut) {
+    lost.push_back({TroubleKind::TooLarge, "not all changed occurrences have the description"});
+  }
+}
+
+// Whether a time of the event, or of a changed occurrence, is by the clock of its zone.
+bool HasLocalTimes(const EventTimes& times, const std::optional<RecurrencePattern>& pattern) {
+  if (times.zone() == nullptr) return false;
+  return !times.isAllDay() ||
+         (pattern && std::any_of(pattern->exceptions.begin(), pattern->exceptions.end(),
+                                 [](const RecurrenceException& exception) {
+                                   return !exception.isAllDay.value_or(true);
+                                 }));
+}
+
 }  // namespace
 
-int64_t NearestDay(int64_t midnight) { return DayOf(midnight + kDay / 2); }
+int64_t NearestDay(int64_t midnight) {
+  constexpr int64_t kFarthestEast = 14 * 60 * 60;
+  return DayOf(midnight + kFarthestEast - 1);
+}
 
 std::string RuleText(const RecurrencePattern& pattern, const std::string& until) {
   if (pattern.count) return pattern.rule + ";COUNT=" + std::to_string(*pattern.count);
@@ -154,7 +204,7 @@ void AddEvent(const CalendarItem& source, icalcomponent* calendar, std::vector<T
   if (pattern && start) {
     times.learnShift(start->seconds, pattern->firstDay + pattern->startMinute * int64_t{60});
   }
-  if (times.zone() != nullptr) {
+  if (HasLocalTimes(times, pattern)) {
     AddZone(calendar, *times.zone(),
             std::min(1970, CalendarTimeOf(start ? start->seconds : 0).year));
   }
@@ -174,15 +224,13 @@ void AddEvent(const CalendarItem& source, icalcomponent* calendar, std::vector<T
                static_cast<int>(std::min<int64_t>(*sequence, INT32_MAX)));
   }
   AddPeople(source, event);
-  AddReminder(values, OneLine(source.item.fields(Detail::Envelope).subject), event);
+  AddReminder(source, event);
   if (!pattern) return;
   const int64_t startMinute = pattern->startMinute * int64_t{60};
   AddRule(event, RuleText(*pattern, pattern->lastDay ? times.until(*pattern->lastDay + startMinute)
                                                      : std::string()));
   AddDeleted(*pattern, times, event);
-  for (const RecurrenceException& exception : pattern->exceptions) {
-    AddException(source, exception, times, isAllDay, calendar);
-  }
+  AddExceptions(source, *pattern, times, calendar, lost);
 }
 
 }  // namespace tarn::archive

@@ -61,6 +61,14 @@ void AddZoneTime(icalcomponent* zone, const ZoneTime& time, const ClockChange* c
                     ";BYDAY=" + DayOfWeekText(*change));
 }
 
+void AddAlarm(icalcomponent* component, const std::string& subject,
+              const icaltriggertype& trigger) {
+  icalcomponent* const alarm = AddComponent(component, ICAL_VALARM_COMPONENT);
+  icalcomponent_add_property(alarm, icalproperty_new_action(ICAL_ACTION_DISPLAY));
+  AddText(alarm, ICAL_DESCRIPTION_PROPERTY, subject.empty() ? "Reminder" : subject);
+  icalcomponent_add_property(alarm, icalproperty_new_trigger(trigger));
+}
+
 }  // namespace
 
 icalcomponent* AddComponent(icalcomponent* parent, icalcomponent_kind kind) {
@@ -111,7 +119,7 @@ std::string TimeText(int64_t seconds, TimeForm form) {
 }
 
 void AddPerson(icalcomponent* component, icalproperty_kind kind, const Address& person,
-               icalparameter_role role) {
+               icalparameter_role role, icalparameter_partstat answer) {
   const bool hasAddress = person.address.find('@') != std::string::npos;
   const std::string address =
       hasAddress ? "mailto:" + OneLine(person.address) : std::string("invalid:nomail");
@@ -122,7 +130,22 @@ void AddPerson(icalcomponent* component, icalproperty_kind kind, const Address& 
   std::replace(name.begin(), name.end(), '"', '\'');
   if (!name.empty()) icalproperty_add_parameter(property, icalparameter_new_cn(name.c_str()));
   if (role != ICAL_ROLE_NONE) icalproperty_add_parameter(property, icalparameter_new_role(role));
+  if (answer != ICAL_PARTSTAT_NONE) {
+    icalproperty_add_parameter(property, icalparameter_new_partstat(answer));
+  }
   icalcomponent_add_property(component, property);
+}
+
+void AddAlarmBefore(icalcomponent* component, const std::string& subject, int64_t minutes) {
+  constexpr int64_t kMostMinutes = 366 * 24 * 60;
+  const int64_t seconds = -60 * std::clamp<int64_t>(minutes, 0, kMostMinutes);
+  AddAlarm(component, subject, icaltriggertype_from_int(static_cast<int>(seconds)));
+}
+
+void AddAlarmAt(icalcomponent* component, const std::string& subject, int64_t moment) {
+  icaltriggertype trigger = icaltriggertype_from_int(0);
+  trigger.time = TimeOf(moment, TimeForm::Utc);
+  AddAlarm(component, subject, trigger);
 }
 
 void AddZone(icalcomponent* calendar, const CalendarZone& zone, int firstYear) {

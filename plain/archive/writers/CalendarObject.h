@@ -42,7 +42,14 @@ std::string TimeText(int64_t seconds, TimeForm form);
 
 // ORGANIZER or ATTENDEE.
 void AddPerson(icalcomponent* component, icalproperty_kind kind, const Address& person,
-               icalparameter_role role = ICAL_ROLE_NONE);
+               icalparameter_role role = ICAL_ROLE_NONE,
+               icalparameter_partstat answer = ICAL_PARTSTAT_NONE);
+
+// A reminder that shows the subject, so many minutes before the start.
+void AddAlarmBefore(icalcomponent* component, const std::string& subject, int64_t minutes);
+
+// The same at a moment, seconds since 1970.
+void AddAlarmAt(icalcomponent* component, const std::string& subject, int64_t moment);
 
 // What the zone is, for all years from `firstYear` on.
 void AddZone(icalcomponent* calendar, const CalendarZone& zone, int firstYear);

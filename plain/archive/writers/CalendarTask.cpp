@@ -4,6 +4,7 @@
 #include "archive/writers/CalendarEvent.h"
 #include "archive/writers/CalendarKeys.h"
 #include "archive/writers/CalendarObject.h"
+#include "archive/writers/ItemText.h"
 #include "archive/writers/RecurrencePattern.h"
 
 namespace tarn::archive {
@@ -42,6 +43,10 @@ void AddTask(const CalendarItem& source, icalcomponent* calendar, std::vector<Tr
   const std::optional<double> part = values.real(kTaskPercent);
   if (part && *part >= 0 && *part <= 1) {
     AddInteger(task, ICAL_PERCENTCOMPLETE_PROPERTY, static_cast<int>(std::lround(*part * 100)));
+  }
+  const std::optional<Moment> reminder = values.time(kReminderTime);
+  if (reminder && values.isSet(kHasReminder)) {
+    AddAlarmAt(task, OneLine(source.item.fields(Detail::Envelope).subject), reminder->seconds);
   }
   if (!pattern) return;
   AddRule(task, RuleText(*pattern, pattern->lastDay ? TimeText(*pattern->lastDay, TimeForm::Day)

@@ -55,6 +55,38 @@ std::optional<size_t> FindCalendarPart(Item& item) {
   return std::nullopt;
 }
 
+class BoundedText final : public ByteSink {
+ public:
+  static constexpr size_t kLargest = size_t{64} << 20;
+
+  std::optional<Trouble> write(std::string_view bytes) override {
+    if (bytes.size() > kLargest - text.size()) {
+      return Trouble{TroubleKind::TooLarge, "the calendar is larger than " + SizeText(kLargest)};
+    }
+    text.append(bytes);
+    return std::nullopt;
+  }
+  std::string text;
+};
+
+// Its bytes, in UTF-8 where the mail names another charset: a file has no place for the name.
+void PutCalendarPart(Item& item, size_t index, SinkBuffer& out, std::vector<Trouble>& lost) {
+  const Outcome<std::unique_ptr<ByteSource>> source = item.open(index);
+  if (!source) {
+    lost.push_back(source.trouble());
+    return;
+  }
+  const std::string charset = Lowered(item.attachments()[index].charset);
+  const bool isUtf8 = charset.empty() || charset == "utf-8" || charset == "utf8" ||
+                      charset == "us-ascii" || charset == "ascii";
+  BoundedText text;
+  SinkBuffer toText(text);
+  const std::optional<Trouble> broken = PutAll(**source, isUtf8 ? out : toText);
+  if (broken) lost.push_back(*broken);
+  if (const std::optional<Trouble> full = toText.finish()) lost.push_back(*full);
+  out.put(Utf8Of(text.text, charset));
+}
+
 icalproperty_method MethodOf(const std::string& lowerClass) {
   constexpr std::string_view kMeeting = "ipm.schedule.meeting.";
   if (!lowerClass.starts_with(kMeeting)) return ICAL_METHOD_NONE;
@@ -66,7 +98,7 @@ icalproperty_method MethodOf(const std::string& lowerClass) {
 
 }  // namespace
 
-void AddCommon(const CalendarItem& source, icalcomponent* component) {
+void AddCommon(const CalendarItem& source, icalcomponent* component, bool hasDescription) {
   NamedValues& values = source.values;
   const ItemFields& fields = source.item.fields(Detail::Envelope);
   AddText(component, ICAL_UID_PROPERTY, source.uid);
@@ -77,7 +109,7 @@ void AddCommon(const CalendarItem& source, icalcomponent* component) {
   if (created) AddTime(component, ICAL_CREATED_PROPERTY, created->seconds, TimeForm::Utc);
   if (changed) AddTime(component, ICAL_LASTMODIFIED_PROPERTY, changed->seconds, TimeForm::Utc);
   AddText(component, ICAL_SUMMARY_PROPERTY, OneLine(fields.subject));
-  AddText(component, ICAL_DESCRIPTION_PROPERTY, source.description);
+  if (hasDescription) AddText(component, ICAL_DESCRIPTION_PROPERTY, source.description);
   const std::optional<int64_t> importance = values.integer(kImportance);
   if (importance && *importance != 1) {
     AddInteger(component, ICAL_PRIORITY_PROPERTY, *importance == 2 ? 1 : 9);
@@ -99,9 +131,7 @@ Written WriteIcalendar(Item& item, ByteSink& sink) {
   const std::optional<size_t> part =
       item.properties() == nullptr ? FindCalendarPart(item) : std::nullopt;
   if (part) {
-    const Outcome<std::unique_ptr<ByteSource>> source = item.open(*part);
-    const std::optional<Trouble> broken = source ? PutAll(**source, out) : source.trouble();
-    if (broken) written.lost.push_back(*broken);
+    PutCalendarPart(item, *part, out, written.lost);
     AppendTroubles(item.troubles(), written.lost);
     written.full = out.finish();
     return written;
@@ -119,7 +149,8 @@ Written WriteIcalendar(Item& item, ByteSink& sink) {
   AppendTroubles(bodies.troubles, written.lost);
   std::string description = BestText(bodies, kColumns);
   description.resize(description.find_last_not_of(" \r\n") + 1);
-  const CalendarItem source{item, values, UidOf(values, item), std::move(description)};
+  const CalendarItem source{item, values, UidOf(values, item), std::move(description),
+                            messageClass};
   if (messageClass.starts_with("ipm.task")) {
     AddTask(source, calendar.get(), written.lost);
   } else {

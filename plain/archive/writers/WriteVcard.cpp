@@ -7,6 +7,7 @@
 
 #include "archive/mapi/Hexadecimal.h"
 #include "archive/text/BodyText.h"
+#include "archive/writers/CalendarEvent.h"
 #include "archive/writers/ContactKeys.h"
 #include "archive/writers/ItemText.h"
 #include "archive/writers/MailImages.h"
@@ -30,11 +31,9 @@ class TextSink final : public ByteSink {
   std::string text;
 };
 
-// "19800229". A day is kept as the moment of its midnight in the time of whoever wrote it; where
-// that is not known, the nearest midnight is meant.
+// "19800229". A day is kept as the moment of its midnight in the time of whoever wrote it.
 std::string DayText(const Moment& midnight) {
-  constexpr int64_t kHalfDay = 12 * 60 * 60;
-  const CalendarTime day = CalendarTimeOf(midnight.seconds + kHalfDay);
+  const CalendarTime day = CalendarTimeOf(NearestDay(midnight.seconds));
   std::array<char, 16> text;
   std::snprintf(text.data(), text.size(), "%04d%02u%02u", day.year, day.month, day.day);
   return text.data();
@@ -93,6 +92,28 @@ void PutAddresses(NamedValues& values, VcardLines& lines) {
                          values.text(address.city), values.text(address.state),
                          values.text(address.postalCode), values.text(address.country)});
   }
+}
+
+// What URIs do not have as it is, is there by its bytes. Where no scheme is told, the usual one is
+// meant.
+void PutUri(std::string_view name, std::string_view text, std::string_view scheme,
+            VcardLines& lines) {
+  const size_t start = text.find_first_not_of(" \t\r\n");
+  if (start == text.npos) return;
+  text = text.substr(start, text.find_last_not_of(" \t\r\n") + 1 - start);
+  const size_t colon = text.find_first_of(":/?#@.");
+  const bool hasScheme = colon != text.npos && colon != 0 && text[colon] == ':';
+  std::string uri(hasScheme ? std::string_view() : scheme);
+  for (const char c : text) {
+    constexpr std::string_view kNever = "\"<>\\^`{|}\x7F";
+    if (static_cast<unsigned char>(c) > ' ' && c > 0 && kNever.find(c) == kNever.npos) {
+      uri += c;
+    } else {
+      uri += '%';
+      uri += mapi::Hexadecimal(static_cast<unsigned char>(c), 2);
+    }
+  }
+  lines.put(name, uri);
 }
 
 void PutDays(NamedValues& values, VcardLines& lines) {
@@ -162,9 +183,9 @@ Written WriteVcard(Item& item, ByteSink& sink) {
   PutEmails(values, lines);
   for (const ContactLine& line : kTelephones) lines.putText(line.name, values.text(line.key));
   PutAddresses(values, lines);
-  for (const ContactLine& line : kPages) lines.putText(line.name, OneLine(values.text(line.key)));
-  lines.putText("IMPP", OneLine(values.text(kInstantMessaging)));
-  lines.putText("FBURL", OneLine(values.text(kFreeBusyUrl)));
+  for (const ContactLine& line : kPages) PutUri(line.name, values.text(line.key), "http://", lines);
+  PutUri("IMPP", values.text(kInstantMessaging), "im:", lines);
+  PutUri("FBURL", values.text(kFreeBusyUrl), "http://", lines);
   PutDays(values, lines);
   PutPeople(values, lines);
   const std::vector<std::string> categories = values.categories();

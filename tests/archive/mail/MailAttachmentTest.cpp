@@ -41,6 +41,17 @@ TEST(MailAttachmentTest, DescribesEachAndGivesItsBytes) {
   EXPECT_EQ(AttachmentBytes(*mail, 2), "trouble: there is no such attachment");
 }
 
+TEST(MailAttachmentTest, NamesTheCharsetOfTexts) {
+  OpenedMail mail(WithParts({"Content-Type: text/calendar; charset=ISO-8859-1\n\nx",
+                             "Content-Type: text/calendar\n\nx",
+                             "Content-Type: image/png; charset=utf-8\n\nx"}));
+  const std::vector<Attachment> list = mail->attachments();
+  ASSERT_EQ(list.size(), 3u);
+  EXPECT_EQ(list[0].charset, "ISO-8859-1");
+  EXPECT_EQ(list[1].charset, "");
+  EXPECT_EQ(list[2].charset, "");
+}
+
 TEST(MailAttachmentTest, ReadsTwoAtOnce) {
   OpenedMail mail(WithParts({"Content-Type: a/b\n\nfirst", "Content-Type: a/b\n\nother"}));
   const auto one = mail->open(0);

@@ -160,6 +160,91 @@ TEST(WriteIcalendarTest, NamesTheMethodOfMeetings) {
   EXPECT_EQ(Calendar("IPM.Schedule.Meeting.Notification").text().find("METHOD"), std::string::npos);
 }
 
+TEST(WriteIcalendarTest, WritesResponses) {
+  for (const auto& [kind, answer] : {std::pair{"Pos", "ACCEPTED"},
+                                     {"Neg", "DECLINED"},
+                                     {"Tent", "TENTATIVE"},
+                                     {"Other", "NEEDS-ACTION"}}) {
+    Calendar calendar(std::string("IPM.Schedule.Meeting.Resp.") + kind);
+    AtNine(calendar);
+    calendar.content.fields.from = {"Bob", "bob@example.com"};
+    calendar.content.fields.to = {{"Ann", "ann@example.com"}, {"Cid", "cid@example.com"}};
+    calendar.description.properties.boolean(calendar.named(kCommonProperties, 0x8503), true);
+    EXPECT_EQ(calendar.text(),
+              Object("METHOD:REPLY\r\nBEGIN:VEVENT\r\n" + std::string(kCommon) +
+                     "DTSTART:20240501T070000Z\r\nDTEND:20240501T080000Z\r\n" + kConfirmed +
+                     "ORGANIZER;CN=Ann:mailto:ann@example.com\r\n"
+                     "ATTENDEE;CN=Bob;PARTSTAT=" +
+                     answer + ":mailto:bob@example.com\r\nEND:VEVENT\r\n"));
+  }
+}
+
+TEST(WriteIcalendarTest, KnowsTheDayOfAMidnightOfAnyClock) {
+  // From 14 hours east of Greenwich, where that is of another day than Hawaii, to 9:30 west.
+  for (const int64_t offset : {13 * 60 + 45, 13 * 60, 720, 330, 0, -300, -570, -600}) {
+    Calendar calendar("IPM.Appointment");
+    calendar.description.properties.boolean(calendar.appointment(0x8215), true)
+        .time(calendar.appointment(0x820D), kNine - 7 * 3600 - offset * 60);
+    EXPECT_NE(calendar.text().find("DTSTART;VALUE=DATE:20240501\r\n"), std::string::npos) << offset;
+  }
+}
+
+// Occurrences of the 2nd and the 3rd of May, at their time and as a day.
+std::string BytesOfMixedSeries() {
+  PatternBytes pattern;
+  pattern.deleted = {Minutes(2024, 5, 2), Minutes(2024, 5, 3)};
+  pattern.modified = pattern.deleted;
+  return AppointmentBytes(pattern, 0,
+                          {{Minutes(2024, 5, 2, 600), Minutes(2024, 5, 2, 660), Minutes(2024, 5, 2),
+                            0x80, LittleEndian(0, 4), ""},
+                           {Minutes(2024, 5, 3), Minutes(2024, 5, 4), Minutes(2024, 5, 3), 0x80,
+                            LittleEndian(1, 4), ""}});
+}
+
+TEST(WriteIcalendarTest, TellsTheZoneOfAChangedOccurrenceAlone) {
+  Calendar calendar("IPM.Appointment");
+  calendar.description.properties.boolean(calendar.appointment(0x8215), true)
+      .time(calendar.appointment(0x820D), kNine - 9 * 3600)
+      .binary(calendar.appointment(0x8216), BytesOfMixedSeries());
+  std::string text = calendar.text();
+  EXPECT_EQ(text.find("VTIMEZONE"), std::string::npos);
+  EXPECT_NE(text.find("RECURRENCE-ID;VALUE=DATE:20240502\r\nDTSTART:20240502T080000Z\r\n"),
+            std::string::npos);
+  EXPECT_NE(text.find("DTSTART;VALUE=DATE:20240503\r\n"), std::string::npos);
+  InBerlin(calendar);
+  text = calendar.text();
+  EXPECT_NE(text.find(kBerlin), std::string::npos);
+  EXPECT_NE(text.find("DTSTART;TZID=W. Europe:20240502T100000\r\n"), std::string::npos);
+}
+
+TEST(WriteIcalendarTest, TellsDaysOfChangedOccurrencesWithoutAZone) {
+  Calendar calendar("IPM.Appointment");
+  calendar.description.properties.time(calendar.appointment(0x820D), kNine - 9 * 3600)
+      .binary(calendar.appointment(0x8216), BytesOfMixedSeries());
+  EXPECT_NE(calendar.text().find("DTSTART;VALUE=DATE:20240503\r\n"), std::string::npos);
+}
+
+TEST(WriteIcalendarTest, DescribesChangedOccurrencesUpToALimit) {
+  Calendar calendar("IPM.Appointment");
+  AtNine(calendar);
+  calendar.content.bodies.text = std::string(200000, 'x');
+  PatternBytes pattern;
+  std::vector<ExceptionBytes> exceptions;
+  for (uint32_t day = 2; day < 12; ++day) {
+    pattern.deleted.push_back(Minutes(2024, 5, day));
+    exceptions.push_back(
+        {Minutes(2024, 5, day, 600), Minutes(2024, 5, day, 660), Minutes(2024, 5, day), 0, "", ""});
+  }
+  pattern.modified = pattern.deleted;
+  calendar.description.properties.binary(calendar.appointment(0x8216),
+                                         AppointmentBytes(pattern, 540, exceptions));
+  calendar.lost = 1;
+  const std::string text = calendar.text();
+  size_t descriptions = 0;
+  for (size_t at = 0; (at = text.find("\r\nDESCRIPTION:", at)) != text.npos; ++at) ++descriptions;
+  EXPECT_EQ(descriptions, 6u);
+}
+
 TEST(WriteIcalendarTest, KeepsTheIdThatCameByIcalendar) {
   Calendar calendar("IPM.Appointment");
   calendar.description.properties.binary(calendar.named(kMeetingProperties, 0x0003),
@@ -260,6 +345,20 @@ TEST(WriteIcalendarTest, WritesTasks) {
                    "RRULE:FREQ=DAILY;COUNT=3\r\nEND:VTODO\r\n"));
 }
 
+TEST(WriteIcalendarTest, WritesTheReminderOfATask) {
+  Calendar calendar("IPM.Task");
+  const uint16_t isSet = calendar.named(kCommonProperties, 0x8503);
+  calendar.description.properties.boolean(isSet, true)
+      .time(calendar.named(kCommonProperties, 0x8502), kNine);
+  EXPECT_EQ(calendar.text(),
+            Object("BEGIN:VTODO\r\n" + std::string(kCommon) +
+                   "BEGIN:VALARM\r\nACTION:DISPLAY\r\nDESCRIPTION:Talk\r\n"
+                   "TRIGGER;VALUE=DATE-TIME:20240501T070000Z\r\nEND:VALARM\r\nEND:VTODO\r\n"));
+  Calendar without("IPM.Task");
+  without.description.properties.time(without.named(kCommonProperties, 0x8502), kNine);
+  EXPECT_EQ(without.text(), Object("BEGIN:VTODO\r\n" + std::string(kCommon) + "END:VTODO\r\n"));
+}
+
 TEST(WriteIcalendarTest, WritesTasksThatTellLittle) {
   Calendar calendar("IPM.Task");
   const auto task = [&](uint32_t number) { return calendar.named(kTaskProperties, number); };
@@ -287,6 +386,19 @@ TEST(WriteIcalendarTest, GivesTheCalendarThatAMailCarries) {
   content.broken = {1};
   StringSink broken;
   EXPECT_EQ(WriteIcalendar(item, broken).lost.size(), 2u);
+}
+
+TEST(WriteIcalendarTest, GivesTheCalendarOfAMailInUtf8) {
+  FakeContent content;
+  content.attach("", "text/calendar", "SUMMARY:Caf\xE9").charset = "ISO-8859-1";
+  FakeItem item(content);
+  StringSink sink;
+  EXPECT_TRUE(WriteIcalendar(item, sink).lost.empty());
+  EXPECT_EQ(sink.text, "SUMMARY:Café");
+  content.broken = {0};
+  StringSink broken;
+  EXPECT_EQ(WriteIcalendar(item, broken).lost.size(), 1u);
+  EXPECT_EQ(broken.text, "SUMMARY:Café");
 }
 
 TEST(WriteIcalendarTest, WritesItemsWithoutProperties) {

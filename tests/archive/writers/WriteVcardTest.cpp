@@ -75,7 +75,7 @@ TEST(WriteVcardTest, WritesHowToReachSomebody) {
                                  "EMAIL:/O=ORG/CN=OTHER\r\n"
                                  "TEL;TYPE=work,voice:+1 (2) 3\r\nTEL;TYPE=home,voice:4\r\n"
                                  "TEL;TYPE=cell:5\r\nTEL;TYPE=pager:7\r\nTEL;TYPE=work,fax:6\r\n"
-                                 "URL;TYPE=work:https://example.com/a\\,b\r\n"
+                                 "URL;TYPE=work:https://example.com/a,b\r\n"
                                  "IMPP:sip:ann@example.com\r\n"));
 }
 
@@ -127,6 +127,18 @@ TEST(WriteVcardTest, WritesThePhoto) {
   EXPECT_EQ(contact.card(), Card("FN:Ann\r\nPHOTO:data:image/jpeg;base64,/9j/\r\n"));
   contact.content.bytes[1] = "none";
   EXPECT_EQ(contact.card(), Card("FN:Ann\r\n"));
+}
+
+TEST(WriteVcardTest, WritesUris) {
+  Contact contact;
+  contact.content.fields.subject = "Ann";
+  contact.description.properties.text(0x3A51, u"http://x.org/a,b;c?d=1:2 \u00E9")
+      .text(0x3A50, u" www.example.com/x:y ")
+      .text(contact.named(0x8062), u"ann@chat.org")
+      .text(contact.named(0x80D8), u"file:x");
+  EXPECT_EQ(contact.card(), Card("FN:Ann\r\nURL;TYPE=work:http://x.org/a,b;c?d=1:2%20%C3%A9\r\n"
+                                 "URL;TYPE=home:http://www.example.com/x:y\r\n"
+                                 "IMPP:im:ann@chat.org\r\nFBURL:file:x\r\n"));
 }
 
 TEST(WriteVcardTest, HasANameAlways) {
