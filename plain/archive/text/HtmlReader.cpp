@@ -66,11 +66,12 @@ std::string HtmlReader::read() {
   for (;;) {
     const HtmlToken& token = tokens_.next();
     if (token.kind == HtmlTokenKind::End) break;
-    if (hiddenElement_.empty()) {
-      take(token);
-    } else {
-      takeHidden(token);
+    // A layer that a token ends leaves it to the one before.
+    bool isTaken = false;
+    while (!isTaken && !layers_.empty()) {
+      isTaken = layers_.back().hiding == Hiding::None ? takeSeen(token) : takeHidden(token);
     }
+    if (!isTaken) take(token);
   }
   endLink();
   while (!tables_.empty()) endTable();
@@ -85,9 +86,9 @@ void HtmlReader::take(const HtmlToken& token) {
     case HtmlTokenKind::RawText:
       return takeRawText(token);
     case HtmlTokenKind::StartTag:
-      if (!IsVoidElement(token.name) && IsHiddenByStyle(token)) {
-        hiddenElement_ = token.name;
-        openHidden_ = {{token.name, 1}};
+      if (const Hiding hiding = HidingOf(token);
+          hiding != Hiding::None && !IsVoidElement(token.name)) {
+        layers_.push_back({token.name, hiding, {{token.name, 1}}, false});
         return;
       }
       return startElement(token);
@@ -100,9 +101,9 @@ void HtmlReader::take(const HtmlToken& token) {
 
 // Some elements end where the next one begins, unless that is in an element between the two.
 bool HtmlReader::endsHidden(std::string_view next) const {
-  const HtmlElement hidden = ElementOf(hiddenElement_);
+  const HtmlElement hidden = ElementOf(layers_.back().element);
   const HtmlElement element = ElementOf(next);
-  const auto holds = [this](std::string_view name) { return openHidden_.count(name) != 0; };
+  const auto holds = [this](std::string_view name) { return layers_.back().open.contains(name); };
   switch (hidden) {
     case HtmlElement::Paragraph:
       return IsBlock(element);
@@ -117,27 +118,74 @@ bool HtmlReader::endsHidden(std::string_view next) const {
   }
 }
 
-// What is hidden ends with its element, or with one that is around it.
-void HtmlReader::takeHidden(const HtmlToken& token) {
+// What is hidden ends with its element, or with one that is around it. False, and the layer is
+// gone, where the token is not of the layer.
+bool HtmlReader::takeHidden(const HtmlToken& token) {
+  Layer& layer = layers_.back();
   if (token.kind == HtmlTokenKind::StartTag) {
     if (endsHidden(token.name)) {
-      hiddenElement_.clear();
-      return take(token);
+      endHidden();
+      return false;
     }
-    if (!IsVoidElement(token.name)) ++openHidden_[token.name];
-    return;
+    if (IsVoidElement(token.name)) return true;
+    if (IsSeenWithin(layer.hiding, token) && HidingOf(token) == Hiding::None) {
+      layer.hasSeen = true;
+      if (IsBlock(ElementOf(layer.element))) endParagraph();
+      layers_.push_back({token.name, Hiding::None, {{token.name, 1}}, false});
+      take(token);
+      return true;
+    }
+    ++layer.open[token.name];
+    return true;
   }
-  if (token.kind != HtmlTokenKind::EndTag) return;
-  const auto open = openHidden_.find(token.name);
-  if (open == openHidden_.end()) {
+  if (token.kind != HtmlTokenKind::EndTag) return true;
+  const auto open = layer.open.find(token.name);
+  if (open == layer.open.end()) {
     const HtmlElement element = ElementOf(token.name);
     const bool isOpen = frame().counts[static_cast<size_t>(element)] != 0;
-    if (!isOpen && !(IsAroundText(element) && !tables_.empty())) return;
-    hiddenElement_.clear();
-    return endElement(token);
+    if (!isOpen && !(IsAroundText(element) && !tables_.empty())) return true;
+    endHidden();
+    return false;
   }
-  if (--open->second == 0) openHidden_.erase(open);
-  if (openHidden_.count(hiddenElement_) == 0) hiddenElement_.clear();
+  if (--open->second == 0) layer.open.erase(open);
+  if (!layer.open.contains(layer.element)) endHidden();
+  return true;
+}
+
+// What was seen in a block has lines of its own.
+void HtmlReader::endHidden() {
+  const Layer& layer = layers_.back();
+  if (layer.hasSeen && IsBlock(ElementOf(layer.element))) endParagraph();
+  layers_.pop_back();
+}
+
+// What is seen within something hidden ends with its element, or with one that is around it.
+bool HtmlReader::takeSeen(const HtmlToken& token) {
+  const size_t at = layers_.size() - 1;
+  if (token.kind == HtmlTokenKind::StartTag) {
+    if (!IsVoidElement(token.name) && HidingOf(token) == Hiding::None) {
+      ++layers_.back().open[token.name];
+    }
+    take(token);
+    return true;
+  }
+  if (token.kind != HtmlTokenKind::EndTag) {
+    take(token);
+    return true;
+  }
+  const auto open = layers_.back().open.find(token.name);
+  if (open == layers_.back().open.end()) {
+    if (!layers_[at - 1].open.contains(token.name) && !IsAroundText(ElementOf(token.name))) {
+      take(token);
+      return true;
+    }
+    layers_.pop_back();
+    return false;
+  }
+  if (--open->second == 0) layers_.back().open.erase(open);
+  take(token);
+  if (!layers_[at].open.contains(layers_[at].element)) layers_.pop_back();
+  return true;
 }
 
 void HtmlReader::addText(std::string_view text) {

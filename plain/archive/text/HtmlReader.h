@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "archive/text/HtmlElements.h"
+#include "archive/text/HtmlStyles.h"
 #include "archive/text/HtmlTokens.h"
 #include "archive/text/TextFlow.h"
 #include "archive/text/TextTable.h"
@@ -58,7 +59,9 @@ class HtmlReader {
   };
 
   void take(const HtmlToken& token);
-  void takeHidden(const HtmlToken& token);
+  bool takeHidden(const HtmlToken& token);
+  bool takeSeen(const HtmlToken& token);
+  void endHidden();
   bool endsHidden(std::string_view next) const;
   void startElement(const HtmlToken& tag);
   void endElement(const HtmlToken& tag);
@@ -98,8 +101,14 @@ class HtmlReader {
   std::string linkAddress_;
   std::string linkText_;  // what the link shows
 
-  std::string hiddenElement_;  // within which nothing is seen; empty outside
-  std::map<std::string, size_t, std::less<>> openHidden_;  // elements in it, and itself
+  // An element that is hidden, or is seen within one that is.
+  struct Layer {
+    std::string element;
+    Hiding hiding = Hiding::None;
+    std::map<std::string, size_t, std::less<>> open;  // elements in it, and itself
+    bool hasSeen = false;                             // whether something in a hidden one is seen
+  };
+  std::vector<Layer> layers_;  // each within the one before; a hidden one is the first
 };
 
 }  // namespace tarn::archive

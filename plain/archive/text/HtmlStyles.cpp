@@ -45,19 +45,34 @@ bool IsPieceOfText(std::string_view name) {
 
 }  // namespace
 
-bool IsHiddenByStyle(const HtmlToken& tag) {
-  if (tag.attribute("hidden") != nullptr) return true;
+Hiding HidingOf(const HtmlToken& tag) {
+  if (tag.attribute("hidden") != nullptr) return Hiding::Everything;
   const std::string style = StyleOf(tag);
-  if (style.empty()) return false;
-  if (ValueOf(style, "display") == "none") return true;
-  if (ValueOf(style, "visibility") == "hidden") return true;
+  if (style.empty()) return Hiding::None;
+  if (ValueOf(style, "display") == "none") return Hiding::Everything;
   const bool hasNoSize = IsZero(ValueOf(style, "font-size"));
   const bool hasNoHeight = IsZero(ValueOf(style, "max-height")) || IsZero(ValueOf(style, "height"));
   const bool isClear =
       IsZero(ValueOf(style, "opacity")) || ValueOf(style, "color") == "transparent";
   const bool isCut = ValueOf(style, "overflow") == "hidden";
-  if (hasNoSize && (IsPieceOfText(tag.name) || isClear || hasNoHeight)) return true;
-  return hasNoHeight && (isCut || isClear);
+  if (hasNoSize && (isClear || hasNoHeight)) return Hiding::Everything;
+  if (hasNoHeight && (isCut || isClear)) return Hiding::Everything;
+  if (ValueOf(style, "visibility") == "hidden") return Hiding::Visibility;
+  return hasNoSize && IsPieceOfText(tag.name) ? Hiding::Size : Hiding::None;
+}
+
+bool IsSeenWithin(Hiding hiding, const HtmlToken& tag) {
+  if (hiding == Hiding::None) return true;
+  if (hiding == Hiding::Everything) return false;
+  const std::string style = StyleOf(tag);
+  if (hiding == Hiding::Visibility) return ValueOf(style, "visibility") == "visible";
+  if (tag.name == "font" && tag.attribute("size") != nullptr) return true;
+  // A part of no size is none.
+  const std::string_view size = ValueOf(style, "font-size");
+  const bool isRelative = size.ends_with("%") || size.ends_with("ex") || size.ends_with("ch") ||
+                          size.ends_with("er") || size == "inherit" ||
+                          (size.ends_with("em") && !size.ends_with("rem"));
+  return !size.empty() && !IsZero(size) && !isRelative;
 }
 
 bool HasNoMargins(const HtmlToken& tag) {

@@ -2,13 +2,22 @@
 #ifndef TARN_ARCHIVE_HTMLSTYLES_H
 #define TARN_ARCHIVE_HTMLSTYLES_H
 
+#include <cstdint>
+
 #include "archive/text/HtmlTokens.h"
 
 namespace tarn::archive {
 
-// Of a start tag: whether nothing of the element is seen. Text of no size counts where it is told
-// of a piece of text; of a cell or a block it keeps spaces out of what is in it.
-bool IsHiddenByStyle(const HtmlToken& tag);
+// What keeps an element from being seen. Elements in it may be seen again, but in one that is not
+// there or is cut.
+enum class Hiding : uint8_t { None, Everything, Visibility, Size };
+
+// Of a start tag. Text of no size counts where it is told of a piece of text; of a cell or a block
+// it keeps spaces out of what is in it.
+Hiding HidingOf(const HtmlToken& tag);
+
+// Whether an element that is within one so hidden is seen.
+bool IsSeenWithin(Hiding hiding, const HtmlToken& tag);
 
 // Whether a paragraph has no blank line before and after it.
 bool HasNoMargins(const HtmlToken& tag);

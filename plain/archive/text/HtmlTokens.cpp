@@ -124,8 +124,11 @@ bool HtmlTokens::takeAttribute() {
   rest_.remove_prefix(std::min(rest_.find_first_not_of(" \t\r\n\f/"), rest_.size()));
   if (rest_.empty() || rest_[0] == '>') return false;
   size_t end = std::min(rest_.find_first_of(" \t\r\n\f/>=", 1), rest_.size());
-  HtmlAttribute& attribute = token_.attributes.emplace_back();
-  attribute.name = Lowered(rest_.substr(0, end));
+  // What comes after very many is passed over.
+  HtmlAttribute beyond;
+  const bool isKept = token_.attributes.size() < kMostAttributes;
+  HtmlAttribute& attribute = isKept ? token_.attributes.emplace_back() : beyond;
+  if (isKept) attribute.name = Lowered(rest_.substr(0, end));
   rest_.remove_prefix(end);
   const size_t sign = rest_.find_first_not_of(kSpace);
   if (sign == rest_.npos || rest_[sign] != '=') return true;

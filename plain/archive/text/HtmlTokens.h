@@ -39,6 +39,9 @@ struct HtmlToken {
 
 class HtmlTokens {
  public:
+  // Attributes of a tag that are kept: many times what tags have.
+  static constexpr size_t kMostAttributes = 1000;
+
   // The text outlives the tokens.
   explicit HtmlTokens(std::string_view html) : rest_(html) {}
 

@@ -16,7 +16,10 @@ constexpr int32_t kMostToSkip = 255;
 bool IsDestination(RtfAction action) {
   return action == RtfAction::FieldInstruction || action == RtfAction::FieldResult ||
          action == RtfAction::FontTable || action == RtfAction::HtmlTag ||
-         action == RtfAction::ListMark || action == RtfAction::Skip;
+         action == RtfAction::ListMark || action == RtfAction::Shape ||
+         action == RtfAction::ShapeInstruction || action == RtfAction::ShapeResult ||
+         action == RtfAction::ShapeText || action == RtfAction::Skip ||
+         action == RtfAction::UnicodePair || action == RtfAction::UnicodeText;
 }
 
 bool IsText(RtfAction action) {
@@ -104,6 +107,10 @@ void RtfReader::endGroup() {
   if (leaves(Destination::FontTable)) state_.codePage = codePageOfFont(defaultFont_);
   if (leaves(Destination::Instruction)) endInstruction();
   if (ended.isFieldResult && !state_.isFieldResult) endFieldResult();
+  if (ended.isShapeText && !state_.isShapeText) {
+    hasShapeText_ = text_.size() > shapeTextAt_;
+    if (hasShapeText_) startLine();
+  }
 }
 
 void RtfReader::takeWord(const RtfToken& token) {
@@ -156,10 +163,62 @@ void RtfReader::takeDestination(const RtfWord& word) {
     case RtfAction::ListMark:
       if (!isReading) state_.destination = Destination::Skipped;
       break;
+    case RtfAction::Shape:
+    case RtfAction::ShapeInstruction:
+    case RtfAction::ShapeResult:
+    case RtfAction::ShapeText:
+      takeShapeWord(word);
+      break;
+    case RtfAction::UnicodePair:
+      if (isReading && state_.destination == Destination::Body) state_.pairAt = text_.size();
+      break;
+    case RtfAction::UnicodeText:
+      if (isReading) {
+        dropPair();
+      } else if (isIgnorable_) {
+        state_.destination = Destination::Skipped;
+      }
+      break;
     default:
       state_.destination = Destination::Skipped;
       break;
   }
+}
+
+// The text of a drawing is within what makes it; readers that know no drawings pass over that.
+void RtfReader::takeShapeWord(const RtfWord& word) {
+  const bool isReading = purpose_ == RtfPurpose::Reading;
+  switch (word.action) {
+    case RtfAction::Shape:
+      hasShapeText_ = false;
+      break;
+    case RtfAction::ShapeInstruction:
+      state_.destination = isReading ? Destination::Shape : Destination::Skipped;
+      state_.isShapeText = false;
+      break;
+    case RtfAction::ShapeText:
+      if (state_.destination != Destination::Shape) break;
+      state_.destination = Destination::Body;
+      state_.isShapeText = true;
+      if (isShown()) startLine();
+      shapeTextAt_ = text_.size();
+      break;
+    default:
+      if (isReading && hasShapeText_) state_.destination = Destination::Skipped;
+      break;
+  }
+}
+
+void RtfReader::startLine() {
+  if (!text_.empty() && !text_.ends_with('\n')) text_ += '\n';
+}
+
+// The second text of a pair comes in place of the first.
+void RtfReader::dropPair() {
+  if (state_.pairAt >= text_.size() || state_.destination != Destination::Body) return;
+  text_.resize(state_.pairAt);
+  fieldResultAt_ = std::min(fieldResultAt_, text_.size());
+  shapeTextAt_ = std::min(shapeTextAt_, text_.size());
 }
 
 void RtfReader::takeFontWord(const RtfWord& word, int32_t number) {

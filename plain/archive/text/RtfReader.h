@@ -12,6 +12,8 @@
 //   a list's   nothing, as all of \pntext   nothing                as it is
 //   mark
 //   a field    what it shows                what it shows          that, and the address of a link
+//   a drawing  its \shprslt                 its \shprslt           its text, else its \shprslt
+//   \upr       the first of the two         the first              the one in Unicode
 //
 // Nothing is too damaged. There is no recursion: open groups are entries of a stack that counts
 // groups of the same state in one entry.
@@ -44,7 +46,7 @@ class RtfReader {
   size_t mostStackEntries() const { return mostStackEntries_; }
 
  private:
-  enum class Destination : uint8_t { Body, HtmlTag, FontTable, Instruction, Skipped };
+  enum class Destination : uint8_t { Body, HtmlTag, FontTable, Instruction, Shape, Skipped };
 
   struct State {
     uint32_t codePage = 0;  // of bytes
@@ -53,6 +55,8 @@ class RtfReader {
     bool isForRtf = false;  // after \htmlrtf
     bool isHidden = false;
     bool isFieldResult = false;
+    bool isShapeText = false;
+    size_t pairAt = std::string::npos;  // in a \upr: where its text begins
 
     friend bool operator==(const State&, const State&) = default;
   };
@@ -64,6 +68,8 @@ class RtfReader {
   void take(const RtfToken& token);
   void takeWord(const RtfToken& token);
   void takeDestination(const RtfWord& word);
+  void takeShapeWord(const RtfWord& word);
+  void dropPair();
   void takeFontWord(const RtfWord& word, int32_t number);
   void takeStateWord(const RtfWord& word, const std::optional<int32_t>& number);
   void takeTextWord(const RtfWord& word);
@@ -83,6 +89,7 @@ class RtfReader {
   void decode(std::string_view bytes, uint32_t codePage);
   void endInstruction();
   void endFieldResult();
+  void startLine();
   std::string& target();
   uint32_t codePageOfFont(int32_t font) const;
 
@@ -92,6 +99,8 @@ class RtfReader {
   std::string instruction_;  // of the field that is open
   std::string linkAddress_;
   size_t fieldResultAt_ = 0;
+  size_t shapeTextAt_ = 0;
+  bool hasShapeText_ = false;  // of the drawing that is open
 
   State state_;
   std::vector<StackEntry> stack_;

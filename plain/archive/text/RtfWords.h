@@ -31,10 +31,16 @@ enum class RtfAction : uint8_t {
   Page,              // the end of a page or section
   Plain,             // \plain
   Row,               // the end of a row
+  Shape,             // destination: a drawing
+  ShapeInstruction,  // what makes a drawing
+  ShapeResult,       // what readers show that know no drawings
+  ShapeText,         // the text in a drawing
   Skip,              // destination without text of the document
   Tab,
-  Unicode,     // \uN
-  UnicodeSkip  // \ucN
+  Unicode,      // \uN
+  UnicodePair,  // destination: a text, and the same in Unicode
+  UnicodeSkip,  // \ucN
+  UnicodeText   // the second of a pair
 };
 
 struct RtfWord {
@@ -111,12 +117,18 @@ inline constexpr RtfWord kRtfWords[] = {
     {"rtlmark", RtfAction::Character, 0x200F},
     {"rxe", RtfAction::Skip},
     {"sect", RtfAction::Page},
+    {"shp", RtfAction::Shape},
+    {"shpinst", RtfAction::ShapeInstruction},
+    {"shprslt", RtfAction::ShapeResult},
+    {"shptxt", RtfAction::ShapeText},
     {"stylesheet", RtfAction::Skip},
     {"tab", RtfAction::Tab},
     {"tc", RtfAction::Skip},
     {"txe", RtfAction::Skip},
     {"u", RtfAction::Unicode},
     {"uc", RtfAction::UnicodeSkip},
+    {"ud", RtfAction::UnicodeText},
+    {"upr", RtfAction::UnicodePair},
     {"v", RtfAction::Hidden},
     {"xe", RtfAction::Skip},
     {"zwbo", RtfAction::Character, 0x200B},

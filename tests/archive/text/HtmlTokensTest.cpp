@@ -47,6 +47,15 @@ TEST(HtmlTokensTest, ReadsAttributes) {
   EXPECT_EQ(Cut("<a =b=c \"d\">"), "<a =b=c \"d\"=>|");
 }
 
+TEST(HtmlTokensTest, KeepsABoundedNumberOfAttributes) {
+  std::string html = "<a";
+  for (size_t i = 0; i < 2 * HtmlTokens::kMostAttributes; ++i) html += " b='>'";
+  html += ">c";
+  HtmlTokens tokens(html);
+  EXPECT_EQ(tokens.next().attributes.size(), HtmlTokens::kMostAttributes);
+  EXPECT_EQ(tokens.next().text, "c");
+}
+
 TEST(HtmlTokensTest, DropsTagsThatTheTextEndsIn) {
   EXPECT_EQ(Cut("a<b"), "a|");
   EXPECT_EQ(Cut("a<b c='d>"), "a|");

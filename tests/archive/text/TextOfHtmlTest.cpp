@@ -226,6 +226,31 @@ TEST(TextOfHtmlTest, WhatOnlyLooksHiddenIsShown) {
   EXPECT_EQ(TextOf("<br style=display:none>yes"), "yes\n");
 }
 
+TEST(TextOfHtmlTest, WhatIsHiddenMayHoldWhatIsSeen) {
+  EXPECT_EQ(
+      TextOf("<p style='font-size:0'>no<span style='font-size:14px'>y<b>e</b>s</span>no</p>!"),
+      "yes\n!\n");
+  EXPECT_EQ(TextOf("<p style='font-size:0'><font size=2>yes</font>no"), "yes\n");
+  EXPECT_EQ(
+      TextOf("<div style='visibility:hidden'>no<p style='visibility:visible'>yes</p>no"
+             "<i style='visibility:visible'>yes<s style='visibility:hidden'>no</s></i></div>!"),
+      "yes\n\nyes\n!\n");
+  EXPECT_EQ(TextOf("<p style='font-size:0'><span style='font-size:1.2em'>no</span></p>!"), "!\n");
+  EXPECT_EQ(TextOf("<div style='display:none'><p style='visibility:visible;font-size:9px'>no</p>"
+                   "</div>!"),
+            "!\n");
+  EXPECT_EQ(TextOf("<div style='visibility:hidden'><i style='visibility:visible'>a<b>b</div>c"),
+            "ab\nc\n");
+  EXPECT_EQ(TextOf("<table><tr><td><b style='visibility:hidden'><i style='visibility:visible'>a"
+                   "</td><td>b</table>"),
+            "a | b\n");
+  std::string deep;
+  for (int i = 0; i < 50000; ++i) {
+    deep += "<b style='visibility:hidden'><b style='visibility:visible'>";
+  }
+  EXPECT_EQ(TextOf(deep + "x"), "x\n");
+}
+
 TEST(TextOfHtmlTest, ReferencesAreCharacters) {
   EXPECT_EQ(TextOf("&lt;b&gt; &amp;amp; &eacute;&eacute &euro; &#8364;&#x20AC;&#128; &hellip;"),
             "<b> &amp; éé € €€€ …\n");

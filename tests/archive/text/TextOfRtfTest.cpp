@@ -49,6 +49,26 @@ TEST(TextOfRtfTest, ShowsTheAddressOfALink) {
   EXPECT_EQ(link("HYPERLINK \"x:\"", ""), "<x:>.\n");
 }
 
+TEST(TextOfRtfTest, ShowsTheTextOfDrawings) {
+  const std::string make = "{\\*\\shpinst\\shpleft0{\\sp{\\sn x}{\\sv 1}}";
+  EXPECT_EQ(Text("a{\\shp" + make + "{\\shptxt \\pard BOX\\par}}{\\shprslt other}}b"),
+            "a\nBOX\nb\n");
+  EXPECT_EQ(Text("a{\\shp" + make + "{\\shptxt BOX}}}b"), "a\nBOX\nb\n");
+  EXPECT_EQ(Text("a{\\shp" + make + "}{\\shprslt other}}b"), "aotherb\n");
+  EXPECT_EQ(Text("a{\\shp" + make + "{\\shptxt x{\\shp" + make +
+                 "{\\shptxt y}}{\\shprslt no}}z}}{\\shprslt no}}b"),
+            "a\nx\ny\nz\nb\n");
+  EXPECT_EQ(Text("a{\\v{\\shp" + make + "{\\shptxt no}}}}b{\\shptxt c}"), "abc\n");
+}
+
+TEST(TextOfRtfTest, PrefersTheTextInUnicode) {
+  EXPECT_EQ(Text("x{\\upr{a?b}{\\*\\ud{a\\u8364 ?b}}}y"), "xa€by\n");
+  EXPECT_EQ(Text("x{\\upr{a{\\upr{b?}{\\*\\ud{c}}}?}{\\*\\ud{d}}}y"), "xdy\n");
+  EXPECT_EQ(Text("x{\\*\\ud{d}}y"), "xdy\n");
+  EXPECT_EQ(Text("x{\\upr{\\field{\\*\\fldinst HYPERLINK http://z}{\\fldrslt a{\\*\\ud b}}}}y"),
+            "xb <http://z>y\n");
+}
+
 TEST(TextOfRtfTest, LeavesOutWhatIsHidden) {
   EXPECT_EQ(Text("a{\\v hidden}b\\v c\\v0 d\\v e\\plain f{\\deleted g}"), "abdf\n");
 }
