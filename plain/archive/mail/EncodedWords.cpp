@@ -76,6 +76,7 @@ std::optional<Base64Word> Base64WordAt(std::string_view value, size_t at) {
 // Adds the bytes of a text, whose padding may be missing.
 void AppendDecoded(std::string text, std::string& bytes) {
   constexpr size_t kGroup = 4;
+  if (text.empty()) return;
   text.resize((text.size() + kGroup - 1) / kGroup * kGroup, '=');
   std::vector<guchar> decoded(text.size());
   gint state = 0;

@@ -189,6 +189,16 @@ TEST(MailFieldsTest, JoinsWordsThatAreFoldedWithin) {
   EXPECT_EQ(mail.fields().subject, "\u00F8\u00F8\u00E4");
 }
 
+TEST(MailFieldsTest, JoinsWordsWithoutText) {
+  ::testing::internal::CaptureStderr();
+  OpenedMail mail(
+      "Subject: =?utf-8?B?\?= =?utf-8?B?w7g=?= =?utf-8?B?w7g=?=\nTo: =?utf-8?B?\?=\n =?utf-8?B?\?= "
+      "<a@b>\n\n");
+  EXPECT_EQ(mail.fields().subject, "\u00F8\u00F8");
+  EXPECT_EQ(Written(mail.fields().to), "<a@b>");
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
+}
+
 TEST(MailFieldsTest, KeepsWhatIsNoWordInBase64) {
   OpenedMail mail("Subject: =?utf-8?B?w7j=?= =?utf-8?B?w7jDuA== =?utf-8?B\n\n");
   EXPECT_EQ(mail.fields().subject, "\u00F8 =?utf-8?B?w7jDuA== =?utf-8?B");
