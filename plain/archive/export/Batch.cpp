@@ -151,7 +151,7 @@ void Batch::finish() {
   staging_.sync();
   placeFolders();
   options_.step();
-  CheckStaged(staging_.journal().append(rows_));
+  CheckStaged(staging_.journal().append(rows_ + SumLine(rows_)));
   CheckStaged(staging_.journal().sync());
   options_.step();
   rows_.clear();

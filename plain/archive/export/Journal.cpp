@@ -2,8 +2,10 @@
 
 #include <nlohmann/json.hpp>
 #include <utility>
+#include <vector>
 
 #include "archive/common/JsonWriter.h"
+#include "archive/export/Sha256.h"
 
 namespace tarn::archive {
 namespace {
@@ -47,9 +49,16 @@ class Restorer {
   // False at a line that does not hold.
   bool take(std::string_view text) {
     read_ += text.size() + 1;
-    const json line = json::parse(text, nullptr, false);
+    json line = json::parse(text, nullptr, false);
     try {
-      return line.contains("journal") ? takeMark(line) : takeRow(line);
+      if (!line.contains("journal")) {
+        addToSum(text);
+        return takeRow(line);
+      }
+      if (line["journal"] == "sum") return endBatch(line);
+      addToSum(text);
+      marks_.push_back(std::move(line));
+      return true;
     } catch (const json::exception&) {
       return false;
     }
@@ -70,7 +79,22 @@ class Restorer {
     return true;
   }
 
-  bool takeMark(const json& line) {
+  void addToSum(std::string_view text) {
+    sum_.add(text);
+    sum_.add("\n");
+  }
+
+  bool endBatch(const json& line) {
+    if (line.at("sha256") != std::exchange(sum_, Sha256()).digest()) return false;
+    for (const json& mark : marks_) takeMark(mark);
+    marks_.clear();
+    state_.fingerprints.merge(batch_);
+    batch_.clear();
+    state_.goodBytes = read_;
+    return true;
+  }
+
+  void takeMark(const json& line) {
     const std::string kind = line.at("journal");
     JournalState::Source& source = state_.sources[line.at("source").get<std::string>()];
     if (kind == "source") source.sha256 = line.at("sha256");
@@ -79,15 +103,14 @@ class Restorer {
       source.entries = line.at("entries");
       for (const auto& [name, sum] : line.at("grown").items()) grown_[name] = SumIn(sum);
     }
-    state_.fingerprints.merge(batch_);
-    batch_.clear();
-    state_.goodBytes = read_;
-    return true;
   }
 
   const std::filesystem::path& tree_;
   JournalState state_;
   std::map<std::string, FileSum> grown_;
+  // Of the batch that is being read:
+  Sha256 sum_;
+  std::vector<json> marks_;
   std::set<std::string> batch_;
   uint64_t read_ = 0;
 };
@@ -120,6 +143,12 @@ std::string BatchLine(const std::string& source, uint64_t entries,
 
 std::string EndLine(const std::string& source, const std::string& reason) {
   return Line("end").text("source", source).text("reason", reason).end();
+}
+
+std::string SumLine(std::string_view lines) {
+  Sha256 sum;
+  sum.add(lines);
+  return Line("sum").text("sha256", sum.digest()).end();
 }
 
 Outcome<uint64_t> ForEachLine(const std::filesystem::path& path,

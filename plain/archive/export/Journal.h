@@ -40,6 +40,10 @@ std::string BatchLine(const std::string& source, uint64_t entries,
 // `reason` says what is wrong with the source as a whole; empty: nothing.
 std::string EndLine(const std::string& source, const std::string& reason);
 
+// The last line of a batch, with the sum of its lines before: what does not have that sum was not
+// written whole, or has changed.
+std::string SumLine(std::string_view lines);
+
 // Calls for each line without its end; false from `take` ends it. The number of bytes of the lines
 // that were taken. A last line without an end is none.
 Outcome<uint64_t> ForEachLine(const std::filesystem::path& path,
