@@ -64,21 +64,36 @@ Outcome<std::vector<std::string>> ValuesOf(mapi::PropertySet& set, const mapi::P
 
 enum class Named : uint8_t { All, Words };
 
-// What programs keep of an item in properties of their own, or only those that a word names: the
-// fields of forms that somebody made.
-void AddNamedProperties(mapi::MapiMessage& message, Named wanted, Sha256& sum) {
+// When an appointment is, and what contacts hold, of which vCards keep the most.
+bool IsContent(uint16_t id) {
+  constexpr uint16_t kStart = 0x0060;
+  constexpr uint16_t kEnd = 0x0061;
+  return id == kStart || id == kEnd || (id >= 0x3A00 && id <= 0x3AFF);
+}
+
+// What a property is called in every source; empty for one that is not wanted.
+std::string NameOf(mapi::MapiMessage& message, uint16_t id, Named wanted) {
   constexpr uint16_t kFirstNamed = 0x8000;
+  if (id < kFirstNamed) return IsContent(id) ? std::to_string(id) : "";
+  const std::optional<mapi::PropertyName> name = message.nameOf(id);
+  if (!name || (wanted == Named::Words && name->name.empty())) return "";
+  std::string text(name->set.begin(), name->set.end());
+  text.append(reinterpret_cast<const char*>(name->name.data()), 2 * name->name.size());
+  return text + "#" + std::to_string(name->number);
+}
+
+// What programs keep of an item in properties of their own, or of those only what a word names: the
+// fields of forms that somebody made.
+void AddProperties(mapi::MapiMessage& message, Named wanted, Sha256& sum) {
   std::vector<std::string> lines;
   for (const mapi::PropertyTag& tag : message.properties().tags()) {
-    if (tag.id < kFirstNamed) continue;
-    const std::optional<mapi::PropertyName> name = message.nameOf(tag.id);
+    const std::string name = NameOf(message, tag.id, wanted);
+    if (name.empty()) continue;
     const Outcome<std::vector<std::string>> values = ValuesOf(message.properties(), tag);
-    if (!name || !values || (wanted == Named::Words && name->name.empty())) continue;
+    if (!values) continue;
     // Ids of the same name differ between sources, and so does the order.
     Sha256 line;
-    line.addText({reinterpret_cast<const char*>(name->set.data()), name->set.size()});
-    line.addText(std::to_string(name->number));
-    line.addText({reinterpret_cast<const char*>(name->name.data()), 2 * name->name.size()});
+    line.addText(name);
     for (const std::string& value : *values) line.addText(value);
     lines.push_back(line.digest());
   }
@@ -96,7 +111,7 @@ bool AddClass(Item& item, const std::string& messageClass, Sha256& sum) {
   const bool isContact = IsContact(messageClass);
   const bool isKnown = isContact || IsCalendar(messageClass);
   if (isKnown) (void)(isContact ? WriteVcard : WriteIcalendar)(item, lines);
-  AddNamedProperties(*properties, isKnown ? Named::Words : Named::All, sum);
+  AddProperties(*properties, isKnown ? Named::Words : Named::All, sum);
   return isKnown;
 }
 

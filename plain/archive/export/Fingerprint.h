@@ -18,7 +18,8 @@ struct Fingerprint {
 
 // Of message id, sender, subject, time, bodies, and what its attachments are: a text of each, empty
 // where there is none. Of other classes than mail also of the class, and of what the item has as
-// such: its vCard or iCalendar but for the marks of the one copy, or else its named properties.
+// such: its vCard or iCalendar but for the marks of the one copy, or else its named properties; of
+// all these also the fields that people are described by, and that somebody made.
 Fingerprint FingerprintOf(Item& item, const std::vector<std::string>& attachments);
 
 }  // namespace tarn::archive

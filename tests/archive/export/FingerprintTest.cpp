@@ -87,6 +87,17 @@ TEST(FingerprintTest, IsOfWhenAnAppointmentIs) {
   EXPECT_NE(appointmentAt(kMonday), appointmentAt(kMonday + kHour));
 }
 
+// Some programs write no more than these.
+TEST(FingerprintTest, IsOfTheTimesThatEveryAppointmentHas) {
+  const auto startingAt = [](int64_t seconds) {
+    Stored made("IPM.Appointment");
+    made.description.properties.time(0x0060, seconds).time(0x0061, seconds + 3600);
+    return made.fingerprint().sum;
+  };
+  EXPECT_EQ(startingAt(1'714'550'400), startingAt(1'714'550'400));
+  EXPECT_NE(startingAt(1'714'550'400), startingAt(1'715'155'200));
+}
+
 TEST(FingerprintTest, IsOfFieldsThatSomebodyMadeAndOfClasses) {
   const auto withField = [](const std::string& messageClass, const std::u16string& value) {
     Stored made(messageClass);
