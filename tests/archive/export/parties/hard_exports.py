@@ -7,6 +7,7 @@ import collections
 import ctypes
 import json
 import os
+import random
 import resource
 import stat
 import subprocess
@@ -233,6 +234,39 @@ class Places(HardExport):
         self.export('in', '--to', 'text')
         self.assertEqual(len({row['files'][0]['path'].split('/')[0].lower() for row in self.items()}), 6)
         self.verify()
+
+
+class Searching(HardExport):
+    def test_a_damaged_catalogue_is_told(self):
+        self.write('in/box', box(*(mail(number, 'Word %d' % number) for number in range(40))))
+        self.export('in', '--to', 'text')
+        path = self.path('out/catalogue.sqlite')
+        with open(path, 'rb') as file:
+            whole = file.read()
+        self.assertEqual(self.run_archive('search', 'out', 'word'), (0, ''))
+        for content in (b'', whole[:5000], b'x' * 5000):
+            with open(path, 'wb') as file:
+                file.write(content)
+            code, said = self.run_archive('search', 'out', 'word')
+            self.assertIn(code, (1, 2), said)
+            self.assertEqual(said.count('\n'), 1, said)
+        # Damage that SQLite need not meet.
+        places = random.Random(16)
+        told = 0
+        for _ in range(30):
+            content = bytearray(whole)
+            for _ in range(40):
+                content[places.randrange(100, len(content))] ^= places.randrange(1, 256)
+            with open(path, 'wb') as file:
+                file.write(content)
+            code, said = self.run_archive('search', 'out', 'word')
+            self.assertIn(code, (0, 1, 2), said)
+            self.assertNotIn('internal error', said)
+            told += code != 0
+        self.assertGreater(told, 0)
+        os.remove(path)
+        code, said = self.run_archive('search', 'out', 'word')
+        self.assertEqual((code, said), (2, 'tarnmail: out: there is no catalogue.sqlite\n'))
 
 
 class Hostile(HardExport):
