@@ -12,8 +12,8 @@ constexpr size_t kLongestWord = 32768;
 
 }  // namespace
 
-WordGatherer::WordGatherer(size_t segmentMemory)
-    : segmentMemory_(segmentMemory), thread_(&WordGatherer::run, this) {}
+WordGatherer::WordGatherer(size_t segmentMemory, uint32_t mostWords)
+    : segmentMemory_(segmentMemory), mostWords_(mostWords), thread_(&WordGatherer::run, this) {}
 
 WordGatherer::~WordGatherer() {
   {
@@ -92,8 +92,9 @@ void WordGatherer::gather(const ItemTextsToIndex& texts, Gathered& gathered) {
 }
 
 void WordGatherer::gatherText(std::string_view text, uint8_t column, uint32_t& words) {
+  if (words >= mostWords_) return;
   splitter_.split(WordsOf(text).text, [&](std::string_view word) {
-    words_.add(word.substr(0, kLongestWord), column, words++);
+    if (words < mostWords_) words_.add(word.substr(0, kLongestWord), column, words++);
   });
 }
 

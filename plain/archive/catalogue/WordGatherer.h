@@ -22,6 +22,10 @@ namespace tarn::archive {
 
 inline constexpr size_t kWordColumns = 5;
 
+// Of one item; the words after them are left out. All that an item may have of ordinary text is
+// less, but some characters are many words where words are compared.
+inline constexpr uint32_t kMostWordsOfAColumn = 16'000'000;
+
 // Texts of items one after the other.
 struct ItemTextsToIndex {
   struct Text {
@@ -51,7 +55,7 @@ class WordGatherer {
   };
 
   // A segment is made when so many bytes of words are gathered.
-  explicit WordGatherer(size_t segmentMemory);
+  explicit WordGatherer(size_t segmentMemory, uint32_t mostWords = kMostWordsOfAColumn);
   WordGatherer(const WordGatherer&) = delete;
   WordGatherer& operator=(const WordGatherer&) = delete;
   ~WordGatherer();
@@ -78,6 +82,7 @@ class WordGatherer {
   void endSegment(Gathered& gathered);
 
   const size_t segmentMemory_;
+  const uint32_t mostWords_;
   const IndexWords splitter_;
   GatheredWords words_;
 

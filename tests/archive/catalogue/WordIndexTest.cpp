@@ -146,6 +146,20 @@ TEST_F(WordIndexTest, HoldsWhatFts5WouldHold) {
   }
 }
 
+TEST(WordGathererTest, LeavesOutWhatIsMoreThanAColumnMayHave) {
+  WordGatherer gatherer(1 << 20, 3);
+  ItemTextsToIndex texts;
+  texts.add(1, 0, "a b c d e");
+  texts.add(1, 0, "f");
+  texts.add(1, 1, "g h");
+  texts.add(2, 0, "i j k");
+  gatherer.give(std::move(texts));
+  const WordGatherer::Gathered gathered = gatherer.take();
+  ASSERT_EQ(gathered.sizes.size(), 2u);
+  EXPECT_EQ(gathered.sizes[0].words, (std::array<uint32_t, kWordColumns>{3, 2, 0, 0, 0}));
+  EXPECT_EQ(gathered.sizes[1].words, (std::array<uint32_t, kWordColumns>{3, 0, 0, 0, 0}));
+}
+
 TEST_F(WordIndexTest, MayBeEmpty) {
   write({}, 0);
   EXPECT_EQ(contents("own"), contents("other"));
