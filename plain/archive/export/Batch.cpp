@@ -1,6 +1,8 @@
 #include "archive/export/Batch.h"
 
 #include <algorithm>
+#include <map>
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <system_error>
 #include <utility>
@@ -17,39 +19,52 @@ namespace fs = std::filesystem;
 
 constexpr uint64_t kBatchBytes = uint64_t{64} << 20;
 
-// What the worker has written of the entry into one of its parts.
-std::string PartOf(const FinishedEntry& finished, WorkerPart part) {
-  const uint64_t begin = finished.begins.of(part);
-  const uint64_t end = finished.ends.of(part);
-  if (begin == end) return {};
-  const Outcome<std::unique_ptr<GrowingFile>> file =
-      GrowingFile::open(finished.folder / NameOf(part));
-  if (!file) CheckStaged(file.trouble());
-  Outcome<std::string> bytes = (*file)->read(begin, end - begin);
-  if (!bytes) CheckStaged(bytes.trouble());
-  return std::move(*bytes);
-}
+}  // namespace
 
-// The same into a file that grows, in pieces: a mail may be larger than memory.
-void AppendPart(const FinishedEntry& finished, WorkerPart part, const std::string& name,
-                GrownFiles& grown) {
-  constexpr uint64_t kPiece = uint64_t{1} << 20;
-  const uint64_t end = finished.ends.of(part);
-  std::unique_ptr<GrowingFile> file;
-  for (uint64_t at = finished.begins.of(part); at < end;) {
+// The files that workers have written, each open while one entry after the other is read from it.
+class WorkerFiles {
+ public:
+  // What the worker has written of the entry into one of its parts.
+  std::string read(const FinishedEntry& finished, WorkerPart part) {
+    const uint64_t begin = finished.begins.of(part);
+    const uint64_t end = finished.ends.of(part);
+    return begin == end ? std::string() : read(finished.folder, part, begin, end - begin);
+  }
+
+  // The same into a file that grows, in pieces: a mail may be larger than memory.
+  void append(const FinishedEntry& finished, WorkerPart part, const std::string& name,
+              GrownFiles& grown) {
+    constexpr uint64_t kPiece = uint64_t{1} << 20;
+    const uint64_t end = finished.ends.of(part);
+    for (uint64_t at = finished.begins.of(part); at < end;) {
+      const uint64_t count = std::min(kPiece, end - at);
+      CheckStaged(grown.append(name, read(finished.folder, part, at, count)));
+      at += count;
+    }
+  }
+
+ private:
+  std::string read(const fs::path& folder, WorkerPart part, uint64_t at, uint64_t count) {
+    if (folder != folder_) {
+      files_.clear();
+      folder_ = folder;
+    }
+    std::unique_ptr<GrowingFile>& file = files_[part];
     if (!file) {
-      Outcome<std::unique_ptr<GrowingFile>> opened =
-          GrowingFile::open(finished.folder / NameOf(part));
+      Outcome<std::unique_ptr<GrowingFile>> opened = GrowingFile::open(folder / NameOf(part));
       if (!opened) CheckStaged(opened.trouble());
       file = std::move(*opened);
     }
-    const uint64_t count = std::min(kPiece, end - at);
-    const Outcome<std::string> bytes = file->read(at, count);
+    Outcome<std::string> bytes = file->read(at, count);
     if (!bytes) CheckStaged(bytes.trouble());
-    CheckStaged(grown.append(name, *bytes));
-    at += count;
+    return std::move(*bytes);
   }
-}
+
+  fs::path folder_;
+  std::map<WorkerPart, std::unique_ptr<GrowingFile>> files_;
+};
+
+namespace {
 
 // The rows of a copy, which has no files of its own.
 std::string WithoutFiles(const std::string& rows) {
@@ -95,10 +110,11 @@ void Batch::addEntries(Piece& piece) {
     planSource_ = piece.source;
   }
   uint64_t bytes = 0;
+  WorkerFiles files;
   for (FinishedEntry& finished : piece.finished) {
     const Outcome<std::optional<PlanEntry>> entry = plan_->next();
     if (!entry) CheckStaged(entry.trouble());
-    addEntry(piece, **entry, finished);
+    addEntry(piece, **entry, finished, files);
     bytes += finished.bytes;
   }
   items_ += piece.count;
@@ -108,7 +124,8 @@ void Batch::addEntries(Piece& piece) {
   progress_.done(piece.count, bytes);
 }
 
-void Batch::addEntry(Piece& piece, const PlanEntry& entry, FinishedEntry& finished) {
+void Batch::addEntry(Piece& piece, const PlanEntry& entry, FinishedEntry& finished,
+                     WorkerFiles& files) {
   const ExportSource& source = queue_.source(piece.source);
   if (finished.folder.empty()) {
     rows_ += RowOfLost(entry, source.name, finished.reason);
@@ -116,14 +133,14 @@ void Batch::addEntry(Piece& piece, const PlanEntry& entry, FinishedEntry& finish
   }
   const bool isCopy = !finished.fingerprint.empty() && options_.dedupe &&
                       !fingerprints_.insert(finished.fingerprint).second;
-  const std::string rows = PartOf(finished, WorkerPart::Rows);
+  const std::string rows = files.read(finished, WorkerPart::Rows);
   rows_ += isCopy ? WithoutFiles(rows) : rows;
   const std::string folder = source.tree + (entry.folderPath.empty() ? "" : "/" + entry.folderPath);
   options_.step();
-  AppendPart(finished, WorkerPart::Texts, kTextsName, staging_.grown());
+  files.append(finished, WorkerPart::Texts, kTextsName, staging_.grown());
   if (isCopy) return;
   if (options_.choices.forms.contains(ExportForm::Mbox) && entry.kind == PlanKind::Item) {
-    AppendPart(finished, WorkerPart::Mails, folder + "/" + kMboxName, staging_.grown());
+    files.append(finished, WorkerPart::Mails, folder + "/" + kMboxName, staging_.grown());
   }
   if (finished.hasFolder) {
     moves_.push_back({finished.folder / std::to_string(finished.number),
@@ -168,10 +185,12 @@ void Batch::placeFolders() {
     if (made.insert(move.to.parent_path()).second) {
       fs::create_directories(move.to.parent_path(), error);
     }
-    // What is there is of a batch that was not finished.
-    if (!error && fs::exists(fs::symlink_status(move.to, error))) host::RemoveTree(move.to);
-    error.clear();
     fs::rename(move.from, move.to, error);
+    if (error) {
+      // What may be there is of a batch that was not finished.
+      host::RemoveTree(move.to);
+      fs::rename(move.from, move.to, error);
+    }
     if (error) CheckStaged(SystemTrouble(move.to, error.value()));
   }
 }

@@ -18,6 +18,8 @@
 
 namespace tarn::archive {
 
+class WorkerFiles;
+
 class Batch {
  public:
   Batch(const ExportOptions& options, WorkQueue& queue, Staging& staging, Progress& progress);
@@ -32,7 +34,7 @@ class Batch {
 
  private:
   void addEntries(Piece& piece);
-  void addEntry(Piece& piece, const PlanEntry& entry, FinishedEntry& finished);
+  void addEntry(Piece& piece, const PlanEntry& entry, FinishedEntry& finished, WorkerFiles& files);
   void endSource(size_t source);
   void placeFolders();
 

@@ -11,9 +11,19 @@ std::filesystem::path GrownFiles::pathOf(const std::string& name) const {
   return folder_ / sum.digest();
 }
 
+Outcome<GrowingFile*> GrownFiles::open(const std::string& name) {
+  constexpr size_t kMostOpen = 8;
+  const auto found = open_.find(name);
+  if (found != open_.end()) return found->second.get();
+  Outcome<std::unique_ptr<GrowingFile>> file = GrowingFile::open(pathOf(name));
+  if (!file) return file.trouble();
+  if (open_.size() == kMostOpen) open_.clear();
+  return (open_[name] = std::move(*file)).get();
+}
+
 std::optional<Trouble> GrownFiles::append(const std::string& name, std::string_view bytes) {
   if (bytes.empty() && files_.contains(name)) return std::nullopt;
-  const Outcome<std::unique_ptr<GrowingFile>> file = GrowingFile::open(pathOf(name));
+  const Outcome<GrowingFile*> file = open(name);
   if (!file) return file.trouble();
   Grown& grown = files_[name];
   // What an ended run has left after the last batch goes.

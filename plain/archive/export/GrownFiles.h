@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <map>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -25,7 +26,10 @@ class GrownFiles {
   bool restore(const std::string& name, const FileSum& sum);
 
   // All are empty again.
-  void forget() { files_.clear(); }
+  void forget() {
+    files_.clear();
+    open_.clear();
+  }
 
   // Each with its sum so far, by name.
   std::map<std::string, FileSum> sums() const;
@@ -39,9 +43,13 @@ class GrownFiles {
     Sha256 sum;
   };
 
+  // Open until some others were asked for.
+  Outcome<GrowingFile*> open(const std::string& name);
+
   std::filesystem::path folder_;
   std::map<std::string, Grown> files_;
   std::set<std::string> changed_;
+  std::map<std::string, std::unique_ptr<GrowingFile>> open_;
 };
 
 }  // namespace tarn::archive

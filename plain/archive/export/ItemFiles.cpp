@@ -10,7 +10,9 @@ std::unique_ptr<HashedFile> ItemFiles::create(const std::string& path) {
   const fs::path full = folder_ / path;
   if (full.parent_path() != lastFolder_) {
     std::error_code error;
-    fs::create_directories(full.parent_path(), error);
+    // Mostly the one above is there.
+    fs::create_directory(full.parent_path(), error);
+    if (error) fs::create_directories(full.parent_path(), error);
     if (error) throw Full{SystemTrouble(full.parent_path(), error.value())};
     lastFolder_ = full.parent_path();
   }
