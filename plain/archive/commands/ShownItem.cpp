@@ -5,11 +5,11 @@
 #include <memory>
 #include <optional>
 
-#include "archive/commands/ItemDetails.h"
 #include "archive/common/ItemFilter.h"
 #include "archive/common/MomentText.h"
 #include "archive/text/BodyText.h"
 #include "archive/text/TerminalText.h"
+#include "archive/writers/ItemDetails.h"
 #include "archive/writers/ItemText.h"
 
 namespace tarn::archive {
@@ -90,7 +90,7 @@ std::string HeaderText(Item& item, size_t width) {
   if (!fields.sent && fields.received) block.add("Received", LongDate(*fields.received));
   block.add("Subject", fields.subject);
   block.add("Folder", FolderText(*item.place().folder));
-  for (const auto& [label, value] : DetailsOf(item)) block.add(label, value);
+  for (const auto& [label, value] : DetailsOf(item, LongDate)) block.add(label, value);
   return block.text();
 }
 

@@ -19,13 +19,6 @@ int64_t DayOf(int64_t seconds) { return seconds - ((seconds % kDay) + kDay) % kD
 // Busy as items tell it.
 enum Busy : int64_t { kFree = 0, kTentative = 1 };
 
-std::optional<CalendarZone> ZoneOf(NamedValues& values) {
-  std::optional<CalendarZone> zone = ReadZoneDefinition(values.binary(kZoneOfRecurrence));
-  if (!zone) zone = ReadZoneDefinition(values.binary(kZoneOfStart));
-  if (!zone) zone = ReadZoneStruct(values.binary(kZoneStruct), values.text(kZoneName));
-  return zone;
-}
-
 // When an appointment is, by the clock of its zone where that is known, else in UTC.
 class EventTimes {
  public:
@@ -175,6 +168,13 @@ bool HasLocalTimes(const EventTimes& times, const std::optional<RecurrencePatter
 
 }  // namespace
 
+std::optional<CalendarZone> ZoneOfEvent(NamedValues& values) {
+  std::optional<CalendarZone> zone = ReadZoneDefinition(values.binary(kZoneOfRecurrence));
+  if (!zone) zone = ReadZoneDefinition(values.binary(kZoneOfStart));
+  if (!zone) zone = ReadZoneStruct(values.binary(kZoneStruct), values.text(kZoneName));
+  return zone;
+}
+
 int64_t NearestDay(int64_t midnight) {
   constexpr int64_t kFarthestEast = 14 * 60 * 60;
   return DayOf(midnight + kFarthestEast - 1);
@@ -192,7 +192,7 @@ void AddEvent(const CalendarItem& source, icalcomponent* calendar, std::vector<T
   std::optional<Moment> end = values.time(kEndWhole);
   if (!end) end = values.time(kCommonEnd);
   const bool isAllDay = values.isSet(kIsAllDay);
-  EventTimes times(ZoneOf(values), isAllDay);
+  EventTimes times(ZoneOfEvent(values), isAllDay);
 
   const std::string blob = values.binary(kRecurrence);
   const std::optional<RecurrencePattern> pattern = ReadRecurrence(blob, true);

@@ -4,9 +4,11 @@
 
 #include <libical/ical.h>
 
+#include <optional>
 #include <string>
 
 #include "archive/model/Item.h"
+#include "archive/writers/CalendarZone.h"
 #include "archive/writers/NamedValues.h"
 
 namespace tarn::archive {
@@ -28,6 +30,9 @@ void AddEvent(const CalendarItem& source, icalcomponent* calendar, std::vector<T
 
 // A VTODO.
 void AddTask(const CalendarItem& source, icalcomponent* calendar, std::vector<Trouble>& lost);
+
+// That of an appointment: of its recurrence, else of its start.
+std::optional<CalendarZone> ZoneOfEvent(NamedValues& values);
 
 // A rule with its end.
 struct RecurrencePattern;

@@ -36,23 +36,33 @@ inline constexpr PropertyKey kSearchKey = {nullptr, 0x300B};
 // A property of a vCard with its parameters, and where its value is.
 struct ContactLine {
   std::string_view name;
+  const char* label;  // for people
   PropertyKey key;
 };
 
 inline constexpr ContactLine kTelephones[] = {
-    {"TEL;TYPE=work,voice", {nullptr, 0x3A08}}, {"TEL;TYPE=work,voice", {nullptr, 0x3A1B}},
-    {"TEL;TYPE=work,voice", {nullptr, 0x3A57}}, {"TEL;TYPE=work,voice", {nullptr, 0x3A2E}},
-    {"TEL;TYPE=home,voice", {nullptr, 0x3A09}}, {"TEL;TYPE=home,voice", {nullptr, 0x3A2F}},
-    {"TEL;TYPE=cell", {nullptr, 0x3A1C}},       {"TEL;TYPE=voice", {nullptr, 0x3A1A}},
-    {"TEL;TYPE=voice", {nullptr, 0x3A1F}},      {"TEL;TYPE=voice", {nullptr, 0x3A1E}},
-    {"TEL;TYPE=voice", {nullptr, 0x3A1D}},      {"TEL;TYPE=voice", {nullptr, 0x3A02}},
-    {"TEL;TYPE=voice", {nullptr, 0x3A2D}},      {"TEL;TYPE=pager", {nullptr, 0x3A21}},
-    {"TEL;TYPE=textphone", {nullptr, 0x3A4B}},  {"TEL;TYPE=work,fax", {nullptr, 0x3A24}},
-    {"TEL;TYPE=home,fax", {nullptr, 0x3A25}},   {"TEL;TYPE=fax", {nullptr, 0x3A23}}};
+    {"TEL;TYPE=work,voice", "Business phone", {nullptr, 0x3A08}},
+    {"TEL;TYPE=work,voice", "Business phone 2", {nullptr, 0x3A1B}},
+    {"TEL;TYPE=work,voice", "Company phone", {nullptr, 0x3A57}},
+    {"TEL;TYPE=work,voice", "Assistant's phone", {nullptr, 0x3A2E}},
+    {"TEL;TYPE=home,voice", "Home phone", {nullptr, 0x3A09}},
+    {"TEL;TYPE=home,voice", "Home phone 2", {nullptr, 0x3A2F}},
+    {"TEL;TYPE=cell", "Mobile phone", {nullptr, 0x3A1C}},
+    {"TEL;TYPE=voice", "Primary phone", {nullptr, 0x3A1A}},
+    {"TEL;TYPE=voice", "Other phone", {nullptr, 0x3A1F}},
+    {"TEL;TYPE=voice", "Car phone", {nullptr, 0x3A1E}},
+    {"TEL;TYPE=voice", "Radio phone", {nullptr, 0x3A1D}},
+    {"TEL;TYPE=voice", "Callback phone", {nullptr, 0x3A02}},
+    {"TEL;TYPE=voice", "ISDN", {nullptr, 0x3A2D}},
+    {"TEL;TYPE=pager", "Pager", {nullptr, 0x3A21}},
+    {"TEL;TYPE=textphone", "Text phone", {nullptr, 0x3A4B}},
+    {"TEL;TYPE=work,fax", "Business fax", {nullptr, 0x3A24}},
+    {"TEL;TYPE=home,fax", "Home fax", {nullptr, 0x3A25}},
+    {"TEL;TYPE=fax", "Other fax", {nullptr, 0x3A23}}};
 
-inline constexpr ContactLine kPages[] = {{"URL;TYPE=work", {nullptr, 0x3A51}},
-                                         {"URL;TYPE=home", {nullptr, 0x3A50}},
-                                         {"URL", {&kContactProperties, 0x802B}}};
+inline constexpr ContactLine kPages[] = {{"URL;TYPE=work", "Web page", {nullptr, 0x3A51}},
+                                         {"URL;TYPE=home", "Private web page", {nullptr, 0x3A50}},
+                                         {"URL", "Other web page", {&kContactProperties, 0x802B}}};
 
 // An address for mail: where it is, and the text that shows it.
 struct ContactEmail {
@@ -68,6 +78,8 @@ inline constexpr ContactEmail kEmails[] = {
 
 struct ContactAddress {
   std::string_view name;
+  const char* label;
+  PropertyKey whole;  // as one text
   PropertyKey box;
   PropertyKey street;
   PropertyKey city;
@@ -77,6 +89,8 @@ struct ContactAddress {
 };
 
 inline constexpr ContactAddress kAddresses[] = {{"ADR;TYPE=work",
+                                                 "Business address",
+                                                 {&kContactProperties, 0x801B},
                                                  {&kContactProperties, 0x804A},
                                                  {&kContactProperties, 0x8045},
                                                  {&kContactProperties, 0x8046},
@@ -84,6 +98,8 @@ inline constexpr ContactAddress kAddresses[] = {{"ADR;TYPE=work",
                                                  {&kContactProperties, 0x8048},
                                                  {&kContactProperties, 0x8049}},
                                                 {"ADR;TYPE=home",
+                                                 "Home address",
+                                                 {&kContactProperties, 0x801A},
                                                  {nullptr, 0x3A5E},
                                                  {nullptr, 0x3A5D},
                                                  {nullptr, 0x3A59},
@@ -91,6 +107,8 @@ inline constexpr ContactAddress kAddresses[] = {{"ADR;TYPE=work",
                                                  {nullptr, 0x3A5B},
                                                  {nullptr, 0x3A5A}},
                                                 {"ADR",
+                                                 "Other address",
+                                                 {&kContactProperties, 0x801C},
                                                  {nullptr, 0x3A64},
                                                  {nullptr, 0x3A63},
                                                  {nullptr, 0x3A5F},

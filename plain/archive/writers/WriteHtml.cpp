@@ -6,6 +6,7 @@
 #include "archive/text/BodyText.h"
 #include "archive/text/HtmlTokens.h"
 #include "archive/writers/CleanHtml.h"
+#include "archive/writers/ItemDetails.h"
 #include "archive/writers/ItemText.h"
 #include "archive/writers/MailImages.h"
 #include "archive/writers/SinkBuffer.h"
@@ -67,6 +68,16 @@ void PutRow(std::string_view name, const std::string& value, SinkBuffer& out) {
   out.put("<tr><th>").put(name).put("</th><td>").put(EscapedHtml(value)).put("</td></tr>\n");
 }
 
+void PutDetail(std::string_view name, std::string_view lines, SinkBuffer& out) {
+  out.put("<tr><th>").put(name).put("</th><td>");
+  for (bool isFirst = true; !lines.empty(); isFirst = false) {
+    const size_t end = std::min(lines.find('\n'), lines.size());
+    out.put(isFirst ? "" : "<br>\n").put(EscapedHtml(lines.substr(0, end)));
+    lines.remove_prefix(std::min(end + 1, lines.size()));
+  }
+  out.put("</td></tr>\n");
+}
+
 void PutAttachmentRow(const std::vector<Attachment>& attachments, const AttachmentPaths& paths,
                       SinkBuffer& out) {
   if (attachments.empty()) return;
@@ -101,6 +112,7 @@ void PutHeader(Item& item, const AttachmentPaths& paths, SinkBuffer& out) {
   const std::optional<Moment>& date = fields.sent ? fields.sent : fields.received;
   if (date) PutRow("Date", DateText(*date, UnknownZone::Utc), out);
   PutRow("Subject", OneLine(fields.subject), out);
+  for (const auto& [label, value] : DetailsOf(item)) PutDetail(label, ManyLines(value), out);
   PutAttachmentRow(item.attachments(), paths, out);
   out.put("</table>\n</header>\n");
 }

@@ -1,4 +1,7 @@
+#include <algorithm>
+
 #include "archive/text/BodyText.h"
+#include "archive/writers/ItemDetails.h"
 #include "archive/writers/ItemText.h"
 #include "archive/writers/SinkBuffer.h"
 #include "archive/writers/Writers.h"
@@ -23,6 +26,17 @@ void PutFields(const ItemFields& fields, SinkBuffer& out) {
   PutField("Subject", OneLine(fields.subject), out);
 }
 
+// An address of many lines with commas between them.
+std::string LinesInOne(const std::string& lines) {
+  std::string line;
+  for (size_t begin = 0; begin < lines.size();) {
+    const size_t end = std::min(lines.find('\n', begin), lines.size());
+    line += (line.empty() ? "" : ", ") + lines.substr(begin, end - begin);
+    begin = end + 1;
+  }
+  return line;
+}
+
 void PutAttachments(const std::vector<Attachment>& attachments, SinkBuffer& out) {
   if (attachments.empty()) return;
   out.put("\nAttachments:\n");
@@ -42,6 +56,9 @@ Written WriteText(Item& item, ByteSink& sink) {
   Written written;
   SinkBuffer out(sink);
   PutFields(item.fields(Detail::Envelope), out);
+  for (const auto& [label, value] : DetailsOf(item)) {
+    PutField(label, LinesInOne(ManyLines(value)), out);
+  }
   out.put("\n");
   const Bodies bodies = item.bodies();
   AppendTroubles(bodies.troubles, written.lost);

@@ -1,10 +1,11 @@
-#include "archive/commands/ItemDetails.h"
+#include "archive/writers/ItemDetails.h"
 
 #include <gtest/gtest.h>
 
 #include <bit>
 
 #include "archive/commands/ShownItem.h"
+#include "archive/common/MomentText.h"
 #include "archive/mapi/FakeMessage.h"
 #include "archive/mapi/MapiItem.h"
 #include "support/LocalZone.h"
@@ -44,7 +45,8 @@ class Details : public ::testing::Test {
   std::string details() {
     const std::unique_ptr<Item> described = item();
     std::string lines;
-    for (const auto& [label, value] : DetailsOf(*described)) lines += label + ": " + value + "\n";
+    for (const auto& [label, value] : DetailsOf(*described, LongDate))
+      lines += label + ": " + value + "\n";
     return lines;
   }
 
@@ -95,6 +97,40 @@ TEST_F(Details, TellHowFarATaskIs) {
   for (const double odd : {-0.1, 1.5, std::bit_cast<double>(0x7FF8000000000000ULL)}) {
     setShare(odd);
     EXPECT_EQ(details(), "Due: 2024-05-01\n");
+  }
+}
+
+TEST_F(Details, TellAllThatIsKnownOfAContact) {
+  setClass(u"IPM.Contact");
+  description_.properties.text(0x3A24, u"+49 2").text(0x3A23, u"+49 3").text(0x3A50, u"a.example");
+  description_.properties.text(0x3A4E, u"Bob").text(0x3A5D, u"Road 1").text(0x3A59, u"Town");
+  description_.properties.text(0x3A5B, u"12345").text(0x3A5A, u"Here");
+  description_.properties.text(named(0x04, 0x8083), u"/o=Mills/cn=ann");
+  description_.properties.text(named(0x04, 0x8084), u"ann@example.com");
+  description_.properties.text(named(0x04, 0x8093), u"   ");
+  EXPECT_EQ(details(),
+            "E-mail: ann@example.com\nBusiness fax: +49 2\nOther fax: +49 3\n"
+            "Home address: Road 1\n12345 Town\nHere\nPrivate web page: a.example\nManager: Bob\n");
+}
+
+TEST_F(Details, TellWhatElseAnAppointmentHas) {
+  setClass(u"IPM.Appointment");
+  description_.properties.time(named(0x02, 0x820D), 1714521600);
+  description_.properties.time(named(0x02, 0x820E), 1714521600 + 2 * 86400);
+  description_.properties.boolean(named(0x02, 0x8215), true);
+  description_.properties.integer(named(0x02, 0x8205), 3);
+  description_.properties.integer(named(0x02, 0x8217), 5);
+  description_.properties.boolean(named(0x08, 0x8503), true);
+  const uint16_t minutes = named(0x08, 0x8501);
+  description_.properties.integer(minutes, 1440);
+  description_.properties.integer(0x0017, 2).integer(0x0036, 2);
+  EXPECT_EQ(details(),
+            "Start: 2024-05-01\nEnd: 2024-05-02\nAll day: yes\nShown as: out of office\n"
+            "Status: canceled\nReminder: 1 day before\nImportance: high\nSensitivity: private\n");
+  for (const auto& [number, text] :
+       {std::pair(15, "15 minutes"), {120, "2 hours"}, {0, "0 minutes"}, {1, "1 minute"}}) {
+    description_.properties.integer(minutes, number);
+    EXPECT_NE(details().find("Reminder: " + std::string(text) + " before\n"), std::string::npos);
   }
 }
 
