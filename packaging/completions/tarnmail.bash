@@ -45,7 +45,7 @@ _tarnmail() {
     '') options="$common -V --version" ;;
     list) options="-h --help --json --folders --embedded $filters --recover --temp" ;;
     export)
-      options="-h --help -o --output --to --no-attachments --no-catalogue --paper --no-sandbox --dedupe ${filters/--to/--recipient}"
+      options="-h --help -o --output --to --one-pdf --no-attachments --no-catalogue --paper --no-sandbox --dedupe ${filters/--to/--recipient}"
       options+=' --recover --resume -j --jobs --seconds --memory --temp'
       ;;
     verify) options='-h --help' ;;

@@ -51,6 +51,7 @@ complete -c tarnmail -n "__fish_seen_subcommand_from list export search" -l has-
 complete -c tarnmail -n "__fish_seen_subcommand_from list export search" -l class -x -d 'Only items whose class begins so'
 complete -c tarnmail -n "__fish_seen_subcommand_from export" -l to -x -a 'html text eml mbox json pdf' -d 'Forms, with commas'
 complete -c tarnmail -n "__fish_seen_subcommand_from export" -l recipient -x -d 'Only with this in a recipient'
+complete -c tarnmail -n "__fish_seen_subcommand_from export" -l one-pdf -d 'One PDF a folder, with bookmarks'
 complete -c tarnmail -n "__fish_seen_subcommand_from export" -l no-attachments -d 'Attachments are not written beside'
 complete -c tarnmail -n "__fish_seen_subcommand_from export" -l no-catalogue -d 'Neither catalogue nor index'
 complete -c tarnmail -n "__fish_seen_subcommand_from export" -l paper -x -a 'a4 letter' -d 'Paper of PDFs'

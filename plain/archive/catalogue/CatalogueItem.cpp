@@ -157,6 +157,7 @@ ExportedFile UnpackFile(Unpacker& in) {
   file.sha256 = in.text();
   file.name = in.text();
   file.index = static_cast<size_t>(in.number());
+  file.page = in.number();
   return file;
 }
 
@@ -193,6 +194,7 @@ std::string PackedItem(const CatalogueItem& item) {
     out.text(file.sha256);
     out.text(file.name);
     out.number(file.index);
+    out.number(file.page);
   }
   out.text(item.body);
   out.number(item.attachments.size());

@@ -25,6 +25,7 @@ struct ExportedFile {
   std::string sha256;  // hexadecimal
   std::string name;    // of an attachment: its own
   size_t index = 0;    // of an attachment: its place, from 1
+  uint64_t page = 0;   // of a PDF that has the pages of several items: the first of these, from 1
 };
 
 // An attachment, with what can be searched in it.

@@ -224,7 +224,8 @@ class IndexWriter::Pieces {
     json_.openArray();
     for (const ExportedFile& file : item.files) {
       if (file.index != 0) continue;
-      json_.text(file.role);
+      // The place in it that is to be shown is after the role.
+      json_.text(file.page == 0 ? file.role : file.role + "#page=" + std::to_string(file.page));
       json_.text(std::string_view(file.path).substr(common.size()));
     }
     json_.closeArray();

@@ -203,6 +203,8 @@ void AddExport(CLI::App& app, CommandLine& line) {
           "What becomes of each message, several with commas: html (if nothing is said), text, "
           "eml, mbox, json, pdf")
       ->type_name("FORMS");
+  command->add_flag("--one-pdf", options.choices.onePdf,
+                    "One PDF a folder, messages.pdf, with bookmarks; pdf if nothing else is said");
   command->add_flag_callback(
       "--no-attachments", [&options] { options.choices.attachments = false; },
       "Attachments are not written beside");
@@ -239,7 +241,14 @@ void AddExport(CLI::App& app, CommandLine& line) {
       ->check(CLI::Range(128, 1 << 20).description(""))
       ->type_name("MB");
   AddTemporary(*command, options.temporary);
-  command->callback([&line] { line.chosen = [&line] { return Export(line.exporting); }; });
+  command->callback([&line, command] {
+    ExportChoices& choices = line.exporting.choices;
+    if (choices.onePdf && command->count("--to") == 0) choices.forms = {ExportForm::Pdf};
+    if (choices.onePdf && !choices.forms.contains(ExportForm::Pdf)) {
+      throw CLI::ValidationError("--one-pdf", "pdf is not among the forms of --to");
+    }
+    line.chosen = [&line] { return Export(line.exporting); };
+  });
 }
 
 void AddVerify(CLI::App& app, CommandLine& line) {

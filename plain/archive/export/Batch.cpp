@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "archive/export/ManifestRows.h"
+#include "archive/export/OnePdf.h"
 #include "archive/export/SourceSum.h"
 #include "console/Paths.h"
 #include "console/SystemFiles.h"
@@ -72,9 +73,7 @@ std::string WithoutFiles(const std::string& rows) {
   for (size_t begin = 0; begin < rows.size();) {
     const size_t end = rows.find('\n', begin);
     auto row = nlohmann::ordered_json::parse(std::string_view(rows).substr(begin, end - begin));
-    row["files"] = nlohmann::ordered_json::array();
-    row.erase("mbox");
-    row.erase("mboxBytes");
+    RemoveFiles(row);
     changed += row.dump() + "\n";
     begin = end + 1;
   }
@@ -141,6 +140,9 @@ void Batch::addEntry(Piece& piece, const PlanEntry& entry, FinishedEntry& finish
   if (isCopy) return;
   if (options_.choices.forms.contains(ExportForm::Mbox) && entry.kind == PlanKind::Item) {
     files.append(finished, WorkerPart::Mails, folder + "/" + kMboxName, staging_.grown());
+  }
+  if (options_.choices.onePdf && entry.kind == PlanKind::Item) {
+    files.append(finished, WorkerPart::Pages, folder + "/" + OnePdfName(1), staging_.grown());
   }
   if (finished.hasFolder) {
     moves_.push_back({finished.folder / std::to_string(finished.number),

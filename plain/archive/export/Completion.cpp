@@ -10,6 +10,9 @@
 #include "archive/catalogue/Catalogue.h"
 #include "archive/catalogue/IndexWriter.h"
 #include "archive/common/JsonWriter.h"
+#include "archive/export/ManifestRows.h"
+#include "archive/export/OnePdf.h"
+#include "archive/export/SourcePlan.h"
 #include "console/Paths.h"
 #include "console/SystemFiles.h"
 
@@ -65,10 +68,12 @@ class Completion {
         staging_(staging),
         tell_(tell),
         sums_(staging.grown().sums()),
+        pdf_(staging, options.step),
         shown_(staging.tree(), options.choices.catalogue) {}
 
   ExportCounts run() {
     placeMboxes();
+    if (options_.choices.onePdf) joinPdfs();
     std::error_code ignored;
     fs::remove(staging_.path(kManifestName), ignored);
     manifest_ = openedFile(staging_.path(kManifestName));
@@ -102,7 +107,7 @@ class Completion {
   // They stay where they were too until the end, for a run that goes on after this one.
   void placeMboxes() {
     for (const auto& [name, sum] : sums_) {
-      if (name == kTextsName) continue;
+      if (!name.ends_with("/" + std::string(kMboxName))) continue;
       options_.step();
       const fs::path to = staging_.tree() / host::PathFromUtf8(name);
       std::error_code error;
@@ -120,6 +125,18 @@ class Completion {
       }
       if (error) CheckStaged(SystemTrouble(to, error.value()));
     }
+  }
+
+  void joinPdfs() {
+    const Outcome<uint64_t> read = ForEachLine(staging_.journalPath(), [&](std::string_view line) {
+      const Json row = Json::parse(line);
+      if (const std::optional<ItemPages> pages = PagesOf(row)) {
+        pdf_.add(*pages);
+      }
+      return true;
+    });
+    if (!read) CheckStaged(read.trouble());
+    pdf_.finish();
   }
 
   void take(std::string_view text) {
@@ -148,12 +165,11 @@ class Completion {
   void takeRow(Json& row, uint64_t offset) {
     count(row);
     placeMail(row);
+    placePages(row, offset);
     shownFiles_ = Json::array();
     nameCopy(row, offset);
     addToShown(row);
-    for (const char* const own : {"fingerprint", "mbox", "mboxBytes", "catalogueBytes"}) {
-      row.erase(own);
-    }
+    RemoveJournalKeys(row);
     put(row.dump(-1, ' ', false, Json::error_handler_t::replace));
   }
 
@@ -187,6 +203,23 @@ class Completion {
     place += bytes;
   }
 
+  static Json pagesAt(const PdfPlace& place) {
+    return {{"path", place.path},
+            {"role", NameOf(ExportForm::Pdf)},
+            {"bytes", place.sum.bytes},
+            {"sha256", place.sum.sha256},
+            {"page", place.page}};
+  }
+
+  void placePages(Json& row, uint64_t offset) {
+    const std::optional<ItemPages> pages = PagesOf(row);
+    if (!pages || pages->pages == 0) return;
+    const PdfPlace place = pdf_.place(*pages);
+    row["files"].push_back(pagesAt(place));
+    // Copies are shown by them.
+    if (options_.dedupe && row.contains("fingerprint")) pages_.emplace(offset, place);
+  }
+
   // The first row of a fingerprint is read again from the journal where it is needed.
   void nameCopy(Json& row, uint64_t offset) {
     if (!row.contains("fingerprint")) return;
@@ -200,6 +233,8 @@ class Completion {
     row["copyOf"] = {{"source", original["source"]}, {"id", original["id"]}};
     if (!row["files"].empty()) return;
     shownFiles_ = original["files"];
+    const auto pages = pages_.find(first->second);
+    if (pages != pages_.end()) shownFiles_.push_back(pagesAt(pages->second));
     if (original.contains("mbox")) {
       const std::string path = original["mbox"];
       const FileSum& sum = sums_.at(path);
@@ -250,6 +285,7 @@ class Completion {
       told.sha256 = file["sha256"];
       told.name = file.value("name", "");
       told.index = file.value("index", size_t{0});
+      told.page = file.value("page", uint64_t{0});
       item.files.push_back(std::move(told));
     }
     shown_.add(item);
@@ -326,6 +362,8 @@ class Completion {
   Staging& staging_;
   const TellTrouble& tell_;
   const std::map<std::string, FileSum> sums_;
+  OnePdf pdf_;
+  std::unordered_map<uint64_t, PdfPlace> pages_;  // by the place of the row in the journal
   Shown shown_;
   std::unique_ptr<GrowingFile> manifest_;
   std::unique_ptr<GrowingFile> texts_;

@@ -32,6 +32,7 @@ struct PageChoices {
 struct ExportChoices {
   std::set<ExportForm> forms;
   bool attachments = true;  // as files beside
+  bool onePdf = false;      // the PDFs of a folder are one file
   bool catalogue = true;    // what is to be found by words is told
   PageChoices pages;        // of Pdf
 };

@@ -12,6 +12,7 @@
 #include "archive/export/KeptBodies.h"
 #include "archive/export/ManifestRows.h"
 #include "archive/pdf/WritePdf.h"
+#include "archive/writers/ItemText.h"
 #include "archive/writers/Writers.h"
 
 namespace tarn::archive {
@@ -22,6 +23,14 @@ struct Attached {
   std::string path;         // relative to the item's folder; empty without a file
   std::string fingerprint;  // of its bytes, or of the item that it is
 };
+
+// "2024-05-01 12:34 Plans"; of what has no date the subject alone.
+std::string Bookmark(const ItemFields& fields) {
+  const std::optional<Moment>& moment = fields.sent ? fields.sent : fields.received;
+  const std::string subject = OneLine(fields.subject);
+  const std::string shown = subject.empty() ? "(no subject)" : subject;
+  return moment ? ShortDate(*moment) + " " + shown : shown;
+}
 
 class ItemExporter {
  public:
@@ -44,7 +53,7 @@ class ItemExporter {
       result.rows += JournalLine(row);
     }
     result.hasFolder = files_.hasFolder();
-    result.bytes = files_.bytes() + mailBytes_;
+    result.bytes = files_.bytes() + mailBytes_ + pagesBytes_;
     return result;
   }
 
@@ -73,7 +82,7 @@ class ItemExporter {
     if (choices_.attachments) {
       for (const Attached& one : attached) paths.push_back(one.path);
     }
-    writeForms(item, paths, row, below);
+    writeForms(item, paths, {row, below, depth});
     loseAll(row, item.troubles());
     tellCatalogue(item, row);
     std::vector<std::string> prints;
@@ -165,12 +174,16 @@ class ItemExporter {
     rows_.push_back(std::move(row));
   }
 
-  void writeForms(Item& item, const AttachmentPaths& paths, size_t row, const std::string& below) {
+  void writeForms(Item& item, const AttachmentPaths& paths, const Where& where) {
+    const size_t row = where.row;
+    const std::string& below = where.below;
     bool hasFiles = false;
     for (const FormFile& form : FormFiles()) {
       if (!choices_.forms.contains(form.form)) continue;
       if (form.form == ExportForm::Mbox) {
         if (below.empty()) writeMail(item, form.write, row);
+      } else if (form.form == ExportForm::Pdf && choices_.onePdf) {
+        writePages(item, where);
       } else if (form.form == ExportForm::Pdf) {
         writePdf(item, row, below + form.file);
         hasFiles = true;
@@ -214,6 +227,33 @@ class ItemExporter {
       rows_[row].item.files.push_back(
           files_.finish(*file.file(), path, NameOf(ExportForm::Pdf).data()));
     }
+  }
+
+  // What files of the item go by in a file that has those of many: "2024-05-01 Plans", and of an
+  // embedded one "2024-05-01 Plans - 2 Re".
+  std::string insideName(const std::string& below) const {
+    if (below.empty()) return target_.name;
+    const size_t begin = below.find('/') + 1;
+    return target_.name + " - " + below.substr(begin, below.size() - begin - 1);
+  }
+
+  // After those of the items that are embedded in it.
+  void writePages(Item& item, const Where& where) {
+    const size_t row = where.row;
+    ItemPages pages;
+    pages.path = target_.onePdf;
+    pages.bookmark = Bookmark(rows_[row].item.fields);
+    pages.offset = pagesBytes_;
+    pages.depth = static_cast<size_t>(where.depth);
+    CountingSink sink(target_.pages);
+    const WrittenPdf written = WritePdf(item, *target_.layout, sink, {}, insideName(where.below));
+    if (written.full) throw Full{*written.full};
+    loseAll(row, written.lost);
+    if (written.noPages) lose(row, "it has no PDF: " + written.noPages->reason);
+    pages.bytes = sink.count();
+    pages.pages = written.pages;
+    pagesBytes_ += sink.count();
+    rows_[row].pages = std::move(pages);
   }
 
   void writeMail(Item& item, const FormWriter& write, size_t row) {
@@ -263,6 +303,7 @@ class ItemExporter {
   ItemFiles files_;
   size_t attachments_ = 0;
   uint64_t mailBytes_ = 0;
+  uint64_t pagesBytes_ = 0;
 };
 
 }  // namespace

@@ -26,6 +26,9 @@ struct ItemTarget {
   std::filesystem::path folder;  // to be made for its files, if there are any
   ByteSink& mails;               // what is added to the mbox
   ByteSink& texts;               // what the catalogue is told: packed items
+  ByteSink& pages;               // PDFs that are to be one file, one after the other
+  std::string name;              // of the item's own folder, for the files inside those
+  std::string onePdf;            // the path of that file
   PageLayout* layout = nullptr;  // of Pdf
   TextTime textTime = {};        // for what the catalogue is told
 };

@@ -37,6 +37,12 @@ std::string IdInNames(std::string_view id) {
   return isPlain ? std::string(id) : "~" + ShortHash(id);
 }
 
+// What files of a whole folder may be named.
+bool IsReserved(std::string_view name) {
+  const std::string folded = Folded(name);
+  return folded.starts_with("messages") && (folded.ends_with(".mbox") || folded.ends_with(".pdf"));
+}
+
 }  // namespace
 
 std::string ItemName(const ItemFields& fields) {
@@ -82,7 +88,8 @@ const std::string& FolderPaths::pathOf(const std::vector<std::string>& folder) {
       const std::string beside = above.substr(0, above.rfind('/'));
       path = beside + "/" + taken_[beside].make("deeper " + ShortHash(whole));
     } else {
-      path = taken_[above].make(SafeName(folder.back(), "unnamed"));
+      const std::string name = SafeName(folder.back(), "unnamed");
+      path = taken_[above].make(IsReserved(name) ? name + "_" : name);
       if (!above.empty()) path.insert(0, above + "/");
     }
   }

@@ -1,6 +1,7 @@
 #include "archive/export/ManifestRows.h"
 
 #include <algorithm>
+#include <nlohmann/json.hpp>
 
 #include "archive/common/ItemFilter.h"
 #include "archive/common/JsonWriter.h"
@@ -76,9 +77,38 @@ std::string JournalLine(const ItemRow& row) {
     text("mbox", row.mbox);
     number("mboxBytes", row.mboxBytes);
   }
+  if (row.pages) {
+    json.name("pages");
+    json.openObject();
+    text("path", row.pages->path);
+    text("bookmark", row.pages->bookmark);
+    number("depth", row.pages->depth);
+    number("offset", row.pages->offset);
+    number("bytes", row.pages->bytes);
+    number("pages", row.pages->pages);
+    json.closeObject();
+  }
   if (row.catalogueBytes != 0) number("catalogueBytes", row.catalogueBytes);
   json.closeObject();
   return std::string(json.line()) + "\n";
+}
+
+std::optional<ItemPages> PagesOf(const nlohmann::ordered_json& row) {
+  const auto found = row.find("pages");
+  if (found == row.end()) return std::nullopt;
+  return ItemPages{found->at("path"),   found->at("bookmark"), found->at("depth"),
+                   found->at("offset"), found->at("bytes"),    found->at("pages")};
+}
+
+void RemoveFiles(nlohmann::ordered_json& row) {
+  row["files"] = nlohmann::ordered_json::array();
+  for (const char* const key : {"mbox", "mboxBytes", "pages"}) row.erase(key);
+}
+
+void RemoveJournalKeys(nlohmann::ordered_json& row) {
+  for (const char* const key : {"fingerprint", "mbox", "mboxBytes", "pages", "catalogueBytes"}) {
+    row.erase(key);
+  }
 }
 
 std::string RowOfLost(const PlanEntry& entry, const std::string& source,

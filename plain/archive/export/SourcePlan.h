@@ -56,7 +56,7 @@ class PlanReader {
   size_t taken_ = 0;
 };
 
-// Where the mbox of a folder is in it; no item's folder has that name.
+// Where the mbox of a folder is in it; no folder of an item has that name.
 inline constexpr const char* kMboxName = "messages.mbox";
 
 struct PlanLimits {

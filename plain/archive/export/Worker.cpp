@@ -9,6 +9,7 @@
 #include "archive/export/Beat.h"
 #include "archive/export/ItemExport.h"
 #include "archive/export/ManifestRows.h"
+#include "archive/export/OnePdf.h"
 #include "archive/export/SourcePlan.h"
 #include "archive/export/SourceSum.h"
 #include "archive/export/WorkerMessages.h"
@@ -112,12 +113,13 @@ class Worker {
     const Outcome<std::unique_ptr<GrowingFile>> rows = openPart(WorkerPart::Rows);
     const Outcome<std::unique_ptr<GrowingFile>> mails = openPart(WorkerPart::Mails);
     const Outcome<std::unique_ptr<GrowingFile>> texts = openPart(WorkerPart::Texts);
+    const Outcome<std::unique_ptr<GrowingFile>> pages = openPart(WorkerPart::Pages);
     Outcome<std::unique_ptr<PlanReader>> plan = PlanReader::open(request.plan, request.offset);
-    for (const auto* const file : {&rows, &mails, &texts}) {
+    for (const auto* const file : {&rows, &mails, &texts, &pages}) {
       if (!*file) return file->trouble();
     }
     if (!plan) return plan.trouble();
-    Sinks sinks = {FileSink(**rows), FileSink(**mails), FileSink(**texts)};
+    Sinks sinks = {FileSink(**rows), FileSink(**mails), FileSink(**texts), FileSink(**pages)};
     for (uint64_t done = 0; done < request.count; ++done) {
       const Outcome<std::optional<PlanEntry>> entry = (*plan)->next();
       if (!entry) return entry.trouble();
@@ -135,6 +137,7 @@ class Worker {
     FileSink rows;
     FileSink mails;
     FileSink texts;
+    FileSink pages;
   };
 
   std::optional<Trouble> exportEntry(const WorkerRequest& request, const PlanEntry& entry,
@@ -157,6 +160,9 @@ class Worker {
             fs::path(request.folder) / std::to_string(number),
             sinks.mails,
             sinks.texts,
+            sinks.pages,
+            entry.name,
+            folder + "/" + OnePdfName(1),
             layout(request.choices),
             {std::chrono::seconds(request.textSeconds), [this] { beat_.tick(); }}};
         Outcome<ItemResult> exported = ExportItem(**item, request.choices, target);
@@ -165,14 +171,14 @@ class Worker {
       }
     }
     std::optional<Trouble> full = sinks.rows.write(result.rows);
-    for (FileSink* const sink : {&sinks.rows, &sinks.mails, &sinks.texts}) {
+    for (FileSink* const sink : {&sinks.rows, &sinks.mails, &sinks.texts, &sinks.pages}) {
       if (!full) full = sink->flush();
     }
     if (full) return full;
     WorkerReply reply{WorkerWord::Exported, result.fingerprint};
     reply.hasFolder = result.hasFolder;
     reply.bytes = result.bytes;
-    reply.ends.places = {sinks.rows.end(), sinks.mails.end(), sinks.texts.end()};
+    reply.ends.places = {sinks.rows.end(), sinks.mails.end(), sinks.texts.end(), sinks.pages.end()};
     say(reply);
     return std::nullopt;
   }

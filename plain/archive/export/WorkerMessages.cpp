@@ -20,7 +20,7 @@ std::optional<Span> TakeSpan(Unpacker& fields) {
 }  // namespace
 
 const char* NameOf(WorkerPart part) {
-  constexpr std::array<const char*, kWorkerParts> kNames = {"rows", "mails", "texts"};
+  constexpr std::array<const char*, kWorkerParts> kNames = {"rows", "mails", "texts", "pages"};
   return kNames[static_cast<size_t>(part)];
 }
 
@@ -39,7 +39,8 @@ std::string Packed(const WorkerRequest& request) {
   for (const auto& [entry, reason] : request.limits.passedOver) packer.put(entry).put(reason);
   packer.put(request.choices.forms.size());
   for (const ExportForm form : request.choices.forms) packer.put(static_cast<uint64_t>(form));
-  packer.put(request.textSeconds).put(request.choices.attachments).put(request.choices.catalogue);
+  packer.put(request.textSeconds).put(request.choices.attachments);
+  packer.put(request.choices.catalogue).put(request.choices.onePdf);
   const PageChoices& pages = request.choices.pages;
   packer.put(pages.helpers).put(static_cast<uint64_t>(pages.paper));
   packer.put(pages.sandbox).put(pages.seconds);
@@ -78,6 +79,7 @@ WorkerRequest UnpackedRequest(std::string_view message) {
   request.textSeconds = fields.number();
   request.choices.attachments = fields.flag();
   request.choices.catalogue = fields.flag();
+  request.choices.onePdf = fields.flag();
   PageChoices& pages = request.choices.pages;
   pages.helpers = fields.text();
   pages.paper = static_cast<pages::Paper>(fields.number());

@@ -53,9 +53,10 @@ struct WorkerRequest {
 enum class WorkerPart : uint8_t {
   Rows,   // of the journal
   Mails,  // for the mbox of the folder
-  Texts   // what the catalogue is told
+  Texts,  // what the catalogue is told
+  Pages   // PDFs, to be joined to those of the folder
 };
-inline constexpr size_t kWorkerParts = 3;
+inline constexpr size_t kWorkerParts = 4;
 const char* NameOf(WorkerPart part);
 
 // A place in each of them.

@@ -22,7 +22,8 @@ struct WorkerPlan {
 
 class WorkerProcess {
  public:
-  // Throws std::system_error where no process can be had, host::Failure where no file for its beats.
+  // Throws std::system_error where no process can be had, host::Failure where no file for its
+  // beats.
   explicit WorkerProcess(const WorkerPlan& plan);
   WorkerProcess(const WorkerProcess&) = delete;
   WorkerProcess& operator=(const WorkerProcess&) = delete;

@@ -180,30 +180,51 @@ class Joining {
 struct Bookmark {
   std::string title;
   size_t page = 0;
+  size_t depth = 0;
 };
+
+// One that others are below, or the list of all.
+struct OpenBookmark {
+  QPDFObjectHandle object;
+  size_t depth = 0;
+  QPDFObjectHandle last;  // of those below
+  long long count = 0;    // of those directly below
+};
+
+// Readers show the outermost ones, and those below when they are asked to.
+void CloseBookmark(OpenBookmark& bookmark, bool isList) {
+  if (bookmark.count == 0) return;
+  bookmark.object.replaceKey("/Last", bookmark.last);
+  bookmark.object.replaceKey(
+      "/Count", QPDFObjectHandle::newInteger(isList ? bookmark.count : -bookmark.count));
+}
 
 void AddBookmarks(QPDF& document, const std::vector<QPDFObjectHandle>& pages,
                   const std::vector<Bookmark>& bookmarks) {
   if (bookmarks.empty()) return;
   QPDFObjectHandle outlines = document.makeIndirectObject(QPDFObjectHandle::newDictionary());
   outlines.replaceKey("/Type", QPDFObjectHandle::newName("/Outlines"));
-  outlines.replaceKey("/Count",
-                      QPDFObjectHandle::newInteger(static_cast<long long>(bookmarks.size())));
-  QPDFObjectHandle before;
+  std::vector<OpenBookmark> open(1);
+  open.front().object = outlines;
   for (const Bookmark& bookmark : bookmarks) {
+    for (; open.size() > 1 && open.back().depth >= bookmark.depth; open.pop_back()) {
+      CloseBookmark(open.back(), false);
+    }
+    OpenBookmark& above = open.back();
     QPDFObjectHandle item = document.makeIndirectObject(QPDFObjectHandle::newDictionary());
     item.replaceKey("/Title", QPDFObjectHandle::newUnicodeString(bookmark.title));
-    item.replaceKey("/Parent", outlines);
+    item.replaceKey("/Parent", above.object);
     item.replaceKey("/Dest", WholePage(pages[bookmark.page]));
-    if (before.isInitialized()) {
-      item.replaceKey("/Prev", before);
-      before.replaceKey("/Next", item);
+    if (above.count++ == 0) {
+      above.object.replaceKey("/First", item);
     } else {
-      outlines.replaceKey("/First", item);
+      item.replaceKey("/Prev", above.last);
+      above.last.replaceKey("/Next", item);
     }
-    before = item;
+    above.last = item;
+    open.push_back({item, bookmark.depth, {}, 0});
   }
-  outlines.replaceKey("/Last", before);
+  for (; !open.empty(); open.pop_back()) CloseBookmark(open.back(), open.size() == 1);
   document.getRoot().replaceKey("/Outlines", outlines);
   document.getRoot().replaceKey("/PageMode", QPDFObjectHandle::newName("/UseOutlines"));
 }
@@ -257,7 +278,7 @@ void Join(const std::vector<PdfPart>& parts, const std::string& title, const std
     for (size_t i = first; i < end; ++i) {
       progress.part = parts[i].path;
       const size_t pages = joining.add(parts[i].path, Numbered("", i + 1) + "-");
-      if (pages > 0) bookmarks.push_back({parts[i].bookmark, pageCount});
+      if (pages > 0) bookmarks.push_back({parts[i].bookmark, pageCount, parts[i].depth});
       pageCount += pages;
     }
     progress.part.clear();

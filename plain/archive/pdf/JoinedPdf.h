@@ -2,6 +2,7 @@
 #ifndef TARN_ARCHIVE_JOINEDPDF_H
 #define TARN_ARCHIVE_JOINEDPDF_H
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -13,6 +14,7 @@ namespace tarn::archive {
 struct PdfPart {
   std::string path;
   std::string bookmark;  // UTF-8
+  size_t depth = 0;      // of the bookmark: below the last one before it that has a smaller one
 };
 
 // Writes the pages of all parts, in their order, to a new file at `path`, with the files that they

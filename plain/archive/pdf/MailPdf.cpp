@@ -76,8 +76,8 @@ void AddMetadata(QPDF& document, const MailFacts& facts) {
 
 }  // namespace
 
-Outcome<std::string> MailPdf(const std::string& pages, const MailFacts& facts,
-                             std::vector<FileInside> files) try {
+Outcome<MadePdf> MailPdf(const std::string& pages, const MailFacts& facts,
+                         std::vector<FileInside> files) try {
   QPDF document;
   document.setSuppressWarnings(true);
   document.processMemoryFile("pages", pages.data(), pages.size());
@@ -91,7 +91,8 @@ Outcome<std::string> MailPdf(const std::string& pages, const MailFacts& facts,
   writer.setObjectStreamMode(qpdf_o_generate);
   writer.write();
   const std::shared_ptr<Buffer> buffer = writer.getBufferSharedPointer();
-  return std::string(reinterpret_cast<const char*>(buffer->getBuffer()), buffer->getSize());
+  return MadePdf{std::string(reinterpret_cast<const char*>(buffer->getBuffer()), buffer->getSize()),
+                 document.getAllPages().size()};
 } catch (const std::bad_alloc&) {
   throw;
 } catch (const std::exception& failure) {

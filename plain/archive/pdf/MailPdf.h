@@ -7,6 +7,7 @@
 #ifndef TARN_ARCHIVE_MAILPDF_H
 #define TARN_ARCHIVE_MAILPDF_H
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -25,9 +26,14 @@ struct FileInside {
   std::string bytes;
 };
 
+struct MadePdf {
+  std::string bytes;
+  size_t pages = 0;
+};
+
 // `pages` is a PDF. The same facts, files and pages give the same bytes.
-Outcome<std::string> MailPdf(const std::string& pages, const MailFacts& facts,
-                             std::vector<FileInside> files);
+Outcome<MadePdf> MailPdf(const std::string& pages, const MailFacts& facts,
+                         std::vector<FileInside> files);
 
 }  // namespace tarn::archive
 

@@ -60,8 +60,11 @@ MailFacts FactsOf(const ItemFields& fields) {
 // The files inside, as long as there is room.
 class FilesInside {
  public:
-  FilesInside(Item& item, size_t room, std::vector<Trouble>& lost)
-      : item_(item), room_(room), lost_(lost) {}
+  FilesInside(Item& item, size_t room, const std::string& name, std::vector<Trouble>& lost)
+      : item_(item),
+        room_(room),
+        name_(name.empty() ? "" : SafeName(name, "message")),
+        lost_(lost) {}
 
   void addMail() {
     MemorySink sink(room_);
@@ -70,7 +73,8 @@ class FilesInside {
     if (written.full) {
       tellLost("the mail itself", *written.full);
     } else {
-      add("message.eml", "message/rfc822", FileRelation::Mail, std::move(sink.text));
+      add((name_.empty() ? "message" : name_) + ".eml", "message/rfc822", FileRelation::Mail,
+          std::move(sink.text));
     }
   }
 
@@ -91,6 +95,7 @@ class FilesInside {
     if (!bytes) return tellLost(title, bytes.trouble());
     std::string name = SafeName(title, "attachment");
     if (isItem && !name.ends_with(".eml")) name += ".eml";
+    if (!name_.empty()) name.insert(0, name_ + " - ");
     add(std::move(name), isItem ? "message/rfc822" : attachment.mediaType, FileRelation::Attachment,
         std::move(*bytes));
   }
@@ -123,6 +128,7 @@ class FilesInside {
 
   Item& item_;
   size_t room_;
+  const std::string name_;
   std::vector<Trouble>& lost_;
   std::vector<FileInside> files_;
   UniqueNames names_;
@@ -130,7 +136,8 @@ class FilesInside {
 
 }  // namespace
 
-WrittenPdf WritePdf(Item& item, PageLayout& layout, ByteSink& sink, const PdfLimits& limits) {
+WrittenPdf WritePdf(Item& item, PageLayout& layout, ByteSink& sink, const PdfLimits& limits,
+                    const std::string& name) {
   WrittenPdf result;
   MemorySink html(limits.html);
   Written document = WriteHtml(item, {}, html);
@@ -149,15 +156,16 @@ WrittenPdf WritePdf(Item& item, PageLayout& layout, ByteSink& sink, const PdfLim
     return result;
   }
 
-  FilesInside files(item, limits.inside, result.lost);
+  FilesInside files(item, limits.inside, name, result.lost);
   files.addMail();
   files.addAttachments();
-  Outcome<std::string> pdf = MailPdf(*pages, facts, files.take());
+  const Outcome<MadePdf> pdf = MailPdf(*pages, facts, files.take());
   if (!pdf) {
     result.noPages = pdf.trouble();
     return result;
   }
-  result.full = sink.write(*pdf);
+  result.pages = pdf->pages;
+  result.full = sink.write(pdf->bytes);
   return result;
 }
 

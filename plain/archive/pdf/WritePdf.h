@@ -3,6 +3,7 @@
 #define TARN_ARCHIVE_WRITEPDF_H
 
 #include <cstddef>
+#include <string>
 
 #include "archive/model/ByteSink.h"
 #include "archive/model/Item.h"
@@ -20,9 +21,13 @@ struct PdfLimits {
 // no PDF: that is told in `noPages`, and nothing is written.
 struct WrittenPdf : Written {
   std::optional<Trouble> noPages;
+  size_t pages = 0;
 };
 
-WrittenPdf WritePdf(Item& item, PageLayout& layout, ByteSink& sink, const PdfLimits& limits = {});
+// Where PDFs are to be joined, `name` tells the item's files inside from those of others: the mail
+// is "NAME.eml" then, an attachment "NAME - a.png".
+WrittenPdf WritePdf(Item& item, PageLayout& layout, ByteSink& sink, const PdfLimits& limits = {},
+                    const std::string& name = {});
 
 }  // namespace tarn::archive
 

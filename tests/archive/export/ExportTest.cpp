@@ -10,6 +10,7 @@
 #include <map>
 #include <nlohmann/json.hpp>
 
+#include "ReadMailPdf.h"
 #include "archive/export/ExportFixture.h"
 #include "archive/export/Staging.h"
 
@@ -383,6 +384,47 @@ TEST_F(ExportTest, WritesPdfs) {
   options_.workers = 2;
   EXPECT_EQ(exportTo("two"), ExitStatus::Done);
   EXPECT_EQ(tree("two"), tree("one"));
+}
+
+TEST_F(ExportTest, JoinsThePdfsOfAFolder) {
+  makeSources(3);
+  options_.choices.forms = {ExportForm::Pdf};
+  options_.choices.onePdf = true;
+  options_.choices.attachments = false;
+  options_.choices.pages.helpers = HELPERS_PATH;
+  options_.seconds = 600;
+  options_.batchItems = 2;
+  EXPECT_EQ(exportTo("whole"), ExitStatus::Done);
+  const auto whole = tree("whole");
+  std::vector<std::string> names;
+  for (const auto& [name, bytes] : whole) names.push_back(name);
+  EXPECT_EQ(names, (std::vector<std::string>{"box/messages.pdf", "manifest.jsonl",
+                                             "other.eml/messages.pdf"}));
+  const test::MailPdfFacts facts = test::ReadMailPdf(whole.at("box/messages.pdf"));
+  ASSERT_EQ(facts.marks.size(), 4U);
+  EXPECT_EQ(facts.marks[2].title, "2024-05-01 10:34 Subject 2");
+  // The fourth has a file beside its mail.
+  EXPECT_EQ(facts.files.size(), 5U);
+  uint64_t page = 0;
+  for (const json& row : manifest("whole")) {
+    if (row["type"] != "item" || row["source"] == options_.paths[1]) continue;
+    ASSERT_EQ(row["files"].size(), 1U);
+    EXPECT_EQ(row["files"][0]["path"], "box/messages.pdf");
+    EXPECT_EQ(row["files"][0]["page"], facts.marks[page].page + 1);
+    ++page;
+  }
+  EXPECT_EQ(page, 4U);
+  EXPECT_EQ(Verify({options_.folder}), ExitStatus::Done);
+
+  options_.workers = 2;
+  for (int change = 1; isKilledAt("out", change); ++change) {
+    options_.resume = true;
+    EXPECT_EQ(exportTo("out"), ExitStatus::Done) << change;
+    EXPECT_EQ(tree("out"), whole) << change;
+    fs::remove_all(directory_.path() / "out");
+    options_.resume = false;
+  }
+  EXPECT_EQ(tree("out"), whole);
 }
 
 #endif

@@ -101,7 +101,8 @@ TEST_F(HostileSources, RichTextThatClaimsToBeEndless) {
   std::string contents = std::string("\0{\\rtf1 a", 9);
   for (int i = 0; i < 300'000; ++i) contents += std::string("\xFF", 1) + std::string(16, '\x0F');
   msg.text(0x001A, u"IPM.Note").text(0x0037, u"Endless");
-  msg.binary(0x1009, test::WriteCompressedRtf({.compressedSize = {}, .rawSize = 0x7FFFFFFF}, contents));
+  msg.binary(0x1009,
+             test::WriteCompressedRtf({.compressedSize = {}, .rawSize = 0x7FFFFFFF}, contents));
   options_.paths = {directory_.write("a.msg", msg.write()).string()};
   const json row = exportedRow(ExitStatus::Done);
   EXPECT_EQ(row["status"], "partial");

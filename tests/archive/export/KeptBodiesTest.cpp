@@ -63,11 +63,20 @@ TEST(KeptBodiesTest, AreReadOnceForAnExport) {
   item.ownBodies().text = "Hello";
   StringSink mails;
   StringSink texts;
+  StringSink pages;
   ExportChoices choices;
   choices.forms = {ExportForm::Html, ExportForm::Text, ExportForm::Eml, ExportForm::Mbox,
                    ExportForm::Json};
-  const ItemTarget target = {"box", "box/item", "box/messages.mbox", directory.path() / "1", mails,
-                             texts, nullptr};
+  const ItemTarget target = {"box",
+                             "box/item",
+                             "box/messages.mbox",
+                             directory.path() / "1",
+                             mails,
+                             texts,
+                             pages,
+                             "item",
+                             "box/messages.pdf",
+                             nullptr};
   const Outcome<ItemResult> result = ExportItem(item, choices, target);
   ASSERT_TRUE(result.ok());
   EXPECT_EQ(item.bodyReads(), 1);

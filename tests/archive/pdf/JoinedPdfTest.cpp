@@ -64,6 +64,25 @@ TEST_F(JoinedPdfTest, HasThePagesOfAllWithABookmarkForEach) {
   EXPECT_EQ(facts.title, "Inbox");
 }
 
+TEST_F(JoinedPdfTest, PutsBookmarksBelowOthers) {
+  std::vector<PdfPart> parts;
+  // The depth of the first has nothing above it, that of the fourth not all that it could have.
+  for (const size_t depth : {1, 0, 1, 3, 2, 1, 0, 0}) {
+    const std::string name = std::to_string(parts.size());
+    parts.push_back(part(SmallPdf({name}), name));
+    parts.back().depth = depth;
+  }
+  const MailPdfFacts facts = ReadMailPdf(join(parts));
+  std::vector<std::pair<std::string, size_t>> marks;
+  for (const PdfMark& mark : facts.marks) {
+    marks.emplace_back(mark.title, mark.depth);
+    EXPECT_EQ(mark.title, facts.contents[mark.page]);
+  }
+  EXPECT_EQ(marks,
+            (std::vector<std::pair<std::string, size_t>>{
+                {"0", 0}, {"1", 0}, {"2", 1}, {"3", 2}, {"4", 2}, {"5", 1}, {"6", 0}, {"7", 0}}));
+}
+
 TEST_F(JoinedPdfTest, LeadsToPagesOfTheSamePart) {
   for (const InnerLinks links :
        {InnerLinks::Arrays, InnerLinks::Names, InnerLinks::Actions, InnerLinks::OldNames}) {
@@ -75,11 +94,11 @@ TEST_F(JoinedPdfTest, LeadsToPagesOfTheSamePart) {
 }
 
 std::string Mail(const std::string& text, InnerLinks links = InnerLinks::None) {
-  Outcome<std::string> made =
+  const Outcome<MadePdf> made =
       MailPdf(SmallPdf({text, text + "-2"}, links), {},
               {{"message.eml", "message/rfc822", FileRelation::Mail, "mail " + text}});
   EXPECT_TRUE(made.ok());
-  return made.ok() ? *made : std::string();
+  return made.ok() ? made->bytes : std::string();
 }
 
 TEST_F(JoinedPdfTest, HasTheFilesOfEachAtItsFirstPage) {

@@ -14,9 +14,9 @@ using namespace tarn::test;
 namespace {
 
 std::string Make(const MailFacts& facts, const std::vector<FileInside>& files) {
-  Outcome<std::string> made = MailPdf(SmallPdf({"first", "second"}), facts, files);
+  const Outcome<MadePdf> made = MailPdf(SmallPdf({"first", "second"}), facts, files);
   EXPECT_TRUE(made.ok());
-  return made.ok() ? *made : std::string();
+  return made.ok() ? made->bytes : std::string();
 }
 
 std::vector<FileInside> MailAndTwoFiles() {
@@ -92,7 +92,7 @@ TEST(MailPdfTest, IsTheSameForTheSameMail) {
 }
 
 TEST(MailPdfTest, RefusesWhatIsNoPdf) {
-  const Outcome<std::string> made = MailPdf("<html>", {}, {});
+  const Outcome<MadePdf> made = MailPdf("<html>", {}, {});
   ASSERT_FALSE(made.ok());
   EXPECT_EQ(made.trouble().kind, TroubleKind::Damaged);
   EXPECT_TRUE(made.trouble().reason.starts_with("the PDF cannot be finished: "));

@@ -35,7 +35,7 @@ class Reading {
     if (root.getKey("/AF").isArray()) {
       facts.associated = static_cast<size_t>(root.getKey("/AF").getArrayNItems());
     }
-    facts.marks = marks();
+    addMarks(QPDFOutlineDocumentHelper(document_).getTopLevelOutlines(), 0, facts.marks);
     if (root.hasKey("/Metadata")) facts.metadata = Data(root.getKey("/Metadata"));
     facts.pageMode = NameOf(root.getKey("/PageMode"));
     QPDFObjectHandle information = document_.getTrailer().getKey("/Info");
@@ -91,13 +91,12 @@ class Reading {
     return std::nullopt;
   }
 
-  std::vector<PdfMark> marks() {
-    std::vector<PdfMark> marks;
-    for (QPDFOutlineObjectHelper& outline :
-         QPDFOutlineDocumentHelper(document_).getTopLevelOutlines()) {
-      marks.push_back({outline.getTitle(), pageOf(outline.getDestPage())});
+  void addMarks(std::vector<QPDFOutlineObjectHelper> outlines, size_t depth,
+                std::vector<PdfMark>& marks) {
+    for (QPDFOutlineObjectHelper& outline : outlines) {
+      marks.push_back({outline.getTitle(), pageOf(outline.getDestPage()), depth});
+      addMarks(outline.getKids(), depth + 1, marks);
     }
-    return marks;
   }
 
   QPDF document_;

@@ -23,6 +23,7 @@ struct PdfFile {
 struct PdfMark {
   std::string title;
   size_t page = 0;
+  size_t depth = 0;
 };
 
 struct MailPdfFacts {
@@ -30,7 +31,7 @@ struct MailPdfFacts {
   std::vector<std::pair<size_t, size_t>> links;  // from page to page
   std::vector<PdfFile> files;                    // in the order of their keys
   size_t associated = 0;                         // files of the document itself
-  std::vector<PdfMark> marks;
+  std::vector<PdfMark> marks;                    // each before those below it
   std::string metadata;
   std::string pageMode;
   std::string title;

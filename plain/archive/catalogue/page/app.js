@@ -246,7 +246,8 @@ function show() {
   find('attachments').replaceChildren(...attached);
   const forms = new Map();
   for (let at = 0; at < data[FORMS].length; at += 2) {
-    forms.set(data[FORMS][at], address(data[BASE], data[FORMS][at + 1]));
+    const [form, place] = data[FORMS][at].split('#');
+    forms.set(form, address(data[BASE], data[FORMS][at + 1]) + (place ? `#${place}` : ''));
   }
   find('forms').replaceChildren(...Array.from(forms, ([form, file]) => link(form, file)));
   const best = SHOWN.find((form) => forms.has(form));
