@@ -15,6 +15,8 @@ const page = {
   main: document.querySelector('main'), menu: find('menu'), columns: find('columns'),
 };
 
+const SANDBOX = page.frame.getAttribute('sandbox');
+
 const mail = {
   about: { pieces: 0, items: 0, folders: [] },
   rows: [],       // all, in the order of the export
@@ -254,6 +256,9 @@ function show() {
   // A frame of its own each time, so that going back leaves the page.
   const frame = page.frame.cloneNode(false);
   frame.removeAttribute('src');
+  // Browsers show no PDF within a sandbox, and those of an export have nothing that runs.
+  if (best === 'pdf') frame.removeAttribute('sandbox');
+  else frame.setAttribute('sandbox', SANDBOX);
   if (best) frame.src = forms.get(best);
   frame.hidden = !best;
   page.frame.replaceWith(frame);
