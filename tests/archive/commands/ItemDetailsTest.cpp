@@ -128,7 +128,7 @@ TEST_F(Details, TellWhatElseAnAppointmentHas) {
             "Start: 2024-05-01\nEnd: 2024-05-02\nAll day: yes\nShown as: out of office\n"
             "Status: canceled\nReminder: 1 day before\nImportance: high\nSensitivity: private\n");
   for (const auto& [number, text] :
-       {std::pair(15, "15 minutes"), {120, "2 hours"}, {0, "0 minutes"}, {1, "1 minute"}}) {
+       {std::pair(15U, "15 minutes"), {120U, "2 hours"}, {0U, "0 minutes"}, {1U, "1 minute"}}) {
     description_.properties.integer(minutes, number);
     EXPECT_NE(details().find("Reminder: " + std::string(text) + " before\n"), std::string::npos);
   }

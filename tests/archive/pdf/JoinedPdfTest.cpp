@@ -67,7 +67,7 @@ TEST_F(JoinedPdfTest, HasThePagesOfAllWithABookmarkForEach) {
 TEST_F(JoinedPdfTest, PutsBookmarksBelowOthers) {
   std::vector<PdfPart> parts;
   // The depth of the first has nothing above it, that of the fourth not all that it could have.
-  for (const size_t depth : {1, 0, 1, 3, 2, 1, 0, 0}) {
+  for (const size_t depth : {1U, 0U, 1U, 3U, 2U, 1U, 0U, 0U}) {
     const std::string name = std::to_string(parts.size());
     parts.push_back(part(SmallPdf({name}), name));
     parts.back().depth = depth;
