@@ -104,6 +104,24 @@ class MaildirReader final : public ItemReader {
     return findInFolder("", id);
   }
 
+  std::optional<ReadingPlace> place() const override { return place_; }
+
+  std::optional<Trouble> goTo(const ReadingPlace& place,
+                              std::shared_ptr<const std::vector<std::string>>) override {
+    hasGiven_ = false;
+    if (place.folder > folders_.size()) {
+      return Trouble{TroubleKind::Missing, "the Maildir has no such folder"};
+    }
+    if (!isEntered_ || nextFolder_ != place.folder) {
+      nextFolder_ = place.folder;
+      Entry entered = enter();
+      if (auto* const trouble = std::get_if<PlaceTrouble>(&entered)) return trouble->trouble;
+    }
+    nextBelow_ = folder_.below();
+    nextFile_ = place.row;
+    return std::nullopt;
+  }
+
  private:
   // The folder that was listed last is listed again only where it no longer has the mail: a mail
   // program may have given it another name meanwhile.
@@ -139,6 +157,7 @@ class MaildirReader final : public ItemReader {
 
   Entry enter() {
     isEntered_ = true;
+    hasGiven_ = false;
     nextFile_ = 0;
     nextBelow_ = 0;
     const std::string name = nextFolder_ == 0 ? "" : folders_[nextFolder_ - 1];
@@ -181,8 +200,11 @@ class MaildirReader final : public ItemReader {
     return mail::MakeMailItem(std::move(*source));
   }
 
-  Entry entryOf(size_t index) const {
+  Entry entryOf(size_t index) {
     Outcome<std::unique_ptr<Item>> item = itemOf(folder_, index);
+    place_ = std::nullopt;
+    const bool follows = std::exchange(hasGiven_, item.ok());
+    if (item) place_ = ReadingPlace{nextFolder_, index, follows};
     if (!item) return PlaceTrouble{placeOf(folder_, index), item.trouble()};
     return std::move(*item);
   }
@@ -195,6 +217,8 @@ class MaildirReader final : public ItemReader {
   std::optional<Folder> found_;  // by find
   size_t nextBelow_ = 0;
   size_t nextFile_ = 0;
+  bool hasGiven_ = false;
+  std::optional<ReadingPlace> place_;
 };
 
 }  // namespace

@@ -1,4 +1,5 @@
 #include <charconv>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -25,10 +26,13 @@ class MboxReader final : public ItemReader {
   std::optional<Entry> next() override {
     if (next_ >= bytes_->size()) return std::nullopt;
     const uint64_t start = next_;
+    place_ = std::nullopt;
     const Outcome<MboxMail> mail = scan_.mailAt(start);
     next_ = mail ? mail->next : bytes_->size();
     Outcome<std::unique_ptr<Item>> item = mail ? itemOf(*mail) : mail.trouble();
+    const bool follows = std::exchange(hasGiven_, item.ok());
     if (!item) return Entry(PlaceTrouble{placeOf(start), item.trouble()});
+    place_ = ReadingPlace{0, start, follows};
     return Entry(std::move(*item));
   }
 
@@ -43,6 +47,15 @@ class MboxReader final : public ItemReader {
     const Outcome<MboxMail> mail = scan_.mailAt(start);
     if (!mail) return mail.trouble();
     return itemOf(*mail);
+  }
+
+  std::optional<ReadingPlace> place() const override { return place_; }
+
+  std::optional<Trouble> goTo(const ReadingPlace& place,
+                              std::shared_ptr<const std::vector<std::string>>) override {
+    next_ = place.row;
+    hasGiven_ = false;
+    return std::nullopt;
   }
 
  private:
@@ -70,6 +83,8 @@ class MboxReader final : public ItemReader {
   mail::SharedBytes bytes_;
   mail::MboxScan scan_;
   uint64_t next_ = 0;
+  bool hasGiven_ = false;
+  std::optional<ReadingPlace> place_;
 };
 
 }  // namespace

@@ -27,6 +27,13 @@ struct PlaceTrouble {
   Trouble trouble;
 };
 
+// Where an item is among those of its reader.
+struct ReadingPlace {
+  uint64_t folder = 0;   // the reader's own number of it
+  uint64_t row = 0;      // in the folder
+  bool follows = false;  // right after the item that was given before it, without anything between
+};
+
 using Entry = std::variant<std::unique_ptr<Item>, FolderStart, PlaceTrouble>;
 
 struct ReaderOptions {
@@ -56,7 +63,20 @@ class ItemReader {
     (void)folder;
     return find(id);
   }
+
+  // Of the item that next() gave last; none where reading cannot begin at it.
+  virtual std::optional<ReadingPlace> place() const { return std::nullopt; }
+
+  // next() goes on with the item of a place of the same file, and then with those that follow it,
+  // without reading what is before them. `folder` is that of the item; nothing is known of others.
+  virtual std::optional<Trouble> goTo(const ReadingPlace& place,
+                                      std::shared_ptr<const std::vector<std::string>> folder);
 };
+
+inline std::optional<Trouble> ItemReader::goTo(const ReadingPlace&,
+                                               std::shared_ptr<const std::vector<std::string>>) {
+  return Trouble{TroubleKind::Unsupported, "cannot be read from the middle"};
+}
 
 }  // namespace tarn::archive
 

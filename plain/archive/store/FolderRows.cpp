@@ -1,6 +1,7 @@
 #include "archive/store/FolderRows.h"
 
 #include <string>
+#include <utility>
 
 #include "archive/store/StoreTrouble.h"
 
@@ -34,6 +35,7 @@ void FolderRows::report(uint64_t first, uint64_t end, Trouble trouble) {
 std::optional<ListedMessage> FolderRows::next() {
   // Rows in a row that name no message are one trouble.
   const uint64_t first = number_;
+  const bool hasGivenBefore = std::exchange(hasGiven_, false);
   for (; number_ < rows_; ++number_) {
     const auto row = Guarded("it cannot be read", [&] {
       if (!table_) open();
@@ -51,6 +53,8 @@ std::optional<ListedMessage> FolderRows::next() {
         report(first, number_,
                {TroubleKind::Damaged, "it names no message, or one that was listed before"});
       }
+      follows_ = hasGivenBefore && number_ == first;
+      hasGiven_ = true;
       ++number_;
       // A cell that cannot be read is no trouble: the message has it.
       auto known = Guarded("", [&] { return table_->columns.read(table_->rows, *row); });

@@ -33,6 +33,12 @@ class FolderRows {
   std::optional<ListedMessage> next();
   bool isAtEnd() const { return number_ >= rows_; }
 
+  // The row of the message that was given last, and whether it is the one after that of the message
+  // before.
+  uint64_t row() const { return number_ - 1; }
+  bool follows() const { return follows_; }
+  void goTo(uint64_t row) { number_ = row; }
+
   // Before the session's context goes: what refers to it goes too, and is read again at the next
   // need.
   void drop() { table_ = std::nullopt; }
@@ -54,6 +60,8 @@ class FolderRows {
   std::optional<OpenTable> table_;
   uint64_t rows_ = 0;
   uint64_t number_ = 0;
+  bool hasGiven_ = false;
+  bool follows_ = false;
 };
 
 }  // namespace tarn::archive::store

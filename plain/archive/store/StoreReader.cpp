@@ -16,6 +16,9 @@ namespace tarn::archive {
 namespace store {
 namespace {
 
+// Of the places of items that no table names, whose rows are their ids. No folder has that number.
+constexpr uint64_t kRecovered = 0;
+
 class StoreReader final : public ItemReader {
  public:
   StoreReader(std::unique_ptr<StoreSession> session, const ReaderOptions& options)
@@ -24,6 +27,8 @@ class StoreReader final : public ItemReader {
   std::optional<Entry> next() override;
   Outcome<std::unique_ptr<Item>> find(std::string_view id) override { return findIn(nullptr, id); }
   Outcome<std::unique_ptr<Item>> findIn(const FolderPath& folder, std::string_view id) override;
+  std::optional<ReadingPlace> place() const override { return place_; }
+  std::optional<Trouble> goTo(const ReadingPlace& place, FolderPath folder) override;
 
  private:
   enum class Stage : uint8_t { Folders, Unlisted, Recovered, Done };
@@ -46,7 +51,9 @@ class StoreReader final : public ItemReader {
   std::shared_ptr<NameMap> names_;
   IdSet met_;
   std::optional<FolderRows> rows_;
-  FolderPath folder_;  // of the rows
+  uint32_t folderNid_ = 0;  // of the rows
+  FolderPath folder_;
+  std::optional<ReadingPlace> place_;
   Stage stage_ = Stage::Folders;
   std::vector<uint32_t> unlisted_;
   size_t recovered_ = 0;
@@ -85,6 +92,8 @@ std::optional<Entry> StoreReader::nextOfFolder() {
   auto listed = rows_->next();
   if (rows_->isAtEnd() && !listed) rows_ = std::nullopt;
   if (!listed) return std::nullopt;
+  // The place is that of rows_ as long as there is one.
+  place_ = ReadingPlace{folderNid_, rows_->row(), rows_->follows()};
   return makeItem(listed->nid, folder_, std::move(listed->known));
 }
 
@@ -106,6 +115,7 @@ std::optional<Entry> StoreReader::enterNextFolder() {
     }
   }
   folder_ = folder->path;
+  folderNid_ = folder->nid;
   if (folder->isOnlyForItems && (!rows_ || rows_->isEmpty())) return std::nullopt;
   return FolderStart{folder->path, folder->declaredItems};
 }
@@ -145,7 +155,34 @@ std::optional<Entry> StoreReader::nextRecovered() {
     stage_ = Stage::Done;
     return std::nullopt;
   }
+  place_ = ReadingPlace{kRecovered, unlisted_[recovered_], false};
   return makeItem(unlisted_[recovered_++], folder_);
+}
+
+std::optional<Trouble> StoreReader::goTo(const ReadingPlace& place, FolderPath folder) {
+  rows_ = std::nullopt;
+  met_ = {};
+  troubles_.clear();
+  givenTroubles_ = 0;
+  place_ = std::nullopt;
+  folder_ = std::move(folder);
+  stage_ = Stage::Done;
+  if (place.folder == kRecovered) {
+    unlisted_.assign(1, static_cast<uint32_t>(place.row));
+    recovered_ = 0;
+    stage_ = Stage::Recovered;
+    return std::nullopt;
+  }
+  folderNid_ = static_cast<uint32_t>(place.folder);
+  const FolderVisit visit = {folderNid_, folder_, std::nullopt, true, false};
+  const auto opened = Guarded("the list of its items cannot be read", [&] {
+    rows_.emplace(*session_, visit, met_, troubles_);
+    rows_->goTo(place.row);
+    return true;
+  });
+  if (opened) return std::nullopt;
+  rows_ = std::nullopt;
+  return opened.trouble();
 }
 
 void StoreReader::readNames() {
