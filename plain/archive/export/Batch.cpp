@@ -184,10 +184,17 @@ void Batch::placeFolders() {
   for (const Move& move : moves_) {
     options_.step();
     std::error_code error;
+    std::error_code ignored;
     if (made.insert(move.to.parent_path()).second) {
       fs::create_directories(move.to.parent_path(), error);
     }
     fs::rename(move.from, move.to, error);
+    // One that is made once, as by a part, may be in its place since a run that was ended early.
+    if (error == std::errc::no_such_file_or_directory &&
+        !fs::exists(fs::symlink_status(move.from, ignored)) &&
+        fs::is_directory(fs::symlink_status(move.to, ignored))) {
+      continue;
+    }
     if (error) {
       // What may be there is of a batch that was not finished.
       host::RemoveTree(move.to);

@@ -4,6 +4,7 @@
 
 #include "archive/export/Completion.h"
 #include "archive/export/Export.h"
+#include "archive/export/ExportReport.h"
 #include "archive/export/ExportRun.h"
 #include "archive/export/Journal.h"
 #include "archive/export/Packing.h"
@@ -16,7 +17,6 @@
 #include "console/StandardStreams.h"
 #include "console/SystemFiles.h"
 #include "console/Text.h"
-#include "siblings/client/InstalledHelpers.h"
 
 namespace tarn::archive {
 namespace {
@@ -35,11 +35,6 @@ struct ClearedLine {
     if (host::StandardErrorIsTerminal()) host::WriteStandardError(kClearLine);
   }
 };
-
-void Say(const std::string& line) {
-  const std::string clear = host::StandardErrorIsTerminal() ? kClearLine : "";
-  host::WriteStandardError(clear + "tarnmail: " + host::Printable(line) + "\n");
-}
 
 // What must be the same for an export that goes on.
 std::string SettingsOf(const ExportOptions& options) {
@@ -67,24 +62,6 @@ void CheckFolder(const ExportOptions& options, const fs::path& tree) {
     case ExportFolder::NotOurs:
       throw Failure(ExitStatus::Usage, options.folder, "is neither empty nor an export");
   }
-}
-
-std::string Number(uint64_t count, const std::string& what) {
-  return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
-}
-
-void Summarise(const ExportCounts& counts, const std::string& folder) {
-  std::string line = Number(counts.items() - counts.failed, "item") + " of " +
-                     Number(counts.sources, "source") + " exported to " + folder;
-  if (counts.partial != 0) line += ", " + std::to_string(counts.partial) + " of them not wholly";
-  if (counts.copies != 0)
-    line +=
-        "; " + std::to_string(counts.copies) + (counts.copies == 1 ? " is a copy" : " are copies");
-  if (counts.failed != 0) line += "; " + Number(counts.failed, "item") + " failed";
-  if (counts.failedSources != 0) {
-    line += "; " + Number(counts.failedSources, "source") + " could not be read wholly";
-  }
-  Say(line);
 }
 
 // The sources that the manifest of a finished export has rows of.
@@ -117,19 +94,6 @@ bool IsFinished(const ExportOptions& options, const fs::path& tree) {
   return true;
 }
 
-// Finds the helpers, unless their folder is known, and sees that they work.
-void PreparePages(ExportOptions& options) {
-  PageChoices& choices = options.choices.pages;
-  if (choices.helpers.empty()) choices.helpers = host::Utf8FromPath(pages::FolderOfHelpers());
-  // An item that takes this for its layout and again for its PDF is not the worker's to lose.
-  choices.seconds = std::max<uint64_t>(1, options.seconds * 5 / 12);
-  try {
-    TryHelpers(HelpersOf(choices));
-  } catch (const pages::PageFailure& failure) {
-    throw Failure(ExitStatus::Broken, "no pages can be made", failure.what());
-  }
-}
-
 // A folder is asked for, and no source that could be opened has it.
 bool HasMissedFolder(const ExportSources& sources) {
   bool isMissed = false;
@@ -139,23 +103,6 @@ bool HasMissedFolder(const ExportSources& sources) {
     isMissed = true;
   }
   return isMissed;
-}
-
-// Nothing is made then, so that the same folder can be used once the paths are right.
-bool HasNothingToOpen(const ExportSources& sources) {
-  return !sources.all.empty() &&
-         std::all_of(sources.all.begin(), sources.all.end(),
-                     [](const ExportSource& source) { return source.trouble.has_value(); });
-}
-
-ExitStatus TellUnopened(const ExportSources& sources) {
-  bool isNamed = false;
-  for (const ExportSource& source : sources.all) {
-    Say(source.name + ": " + source.trouble->reason);
-    isNamed = isNamed || source.found.isNamed;
-  }
-  Say("nothing is exported");
-  return isNamed ? ExitStatus::Usage : ExitStatus::Failed;
 }
 
 }  // namespace
@@ -184,19 +131,11 @@ ExitStatus Export(ExportOptions options) {
   Staging staging(tree, SettingsOf(options), options.resume);
   RunExport(options, sources, staging);
   ShowPhase("writing manifest, catalogue and page");
-  const ExportCounts counts = CompleteExport(
-      options, sources, staging,
-      [](const std::string& source, const std::string& what) { Say(source + ": " + what); });
-  const uint64_t otherFiles = sources.otherFiles + counts.otherFiles;
-  if (otherFiles != 0) {
-    Say(Number(otherFiles, "file") + (otherFiles == 1 ? " is no mail file" : " are no mail files"));
-  }
+  const ExportCounts counts = CompleteExport(options, sources, staging, SayTrouble);
   if (HasMissedFolder(sources)) {
     Say("no folder matches " + *options.filter.folder + "; list --folders shows which there are");
   }
-  Summarise(counts, options.folder);
-  if (counts.hasUnopened) return ExitStatus::Usage;
-  return counts.failed != 0 || counts.failedSources != 0 ? ExitStatus::Failed : ExitStatus::Done;
+  return ReportExport(counts, sources.otherFiles, options.folder);
 }
 
 }  // namespace tarn::archive

@@ -17,16 +17,6 @@ namespace fs = std::filesystem;
 
 constexpr size_t kPiece = size_t{64} << 10;
 
-// With its length before it.
-std::string Packed(const PlanEntry& entry) {
-  Packer body;
-  body.put(static_cast<uint64_t>(entry.kind)).put(entry.id).put(entry.parent);
-  body.put(entry.folder->size());
-  for (const std::string& name : *entry.folder) body.put(name);
-  body.put(entry.folderPath).put(entry.name).put(entry.reason);
-  return std::move(Packer().put(body.bytes()).bytes());
-}
-
 PlanEntry Unpacked(std::string_view body) {
   Unpacker fields(body);
   PlanEntry entry;
@@ -39,6 +29,15 @@ PlanEntry Unpacked(std::string_view body) {
   entry.folderPath = fields.text();
   entry.name = fields.text();
   entry.reason = fields.text();
+  const bool hasPlace = fields.flag();
+  const uint64_t placeFolder = fields.number();
+  const uint64_t placeRow = fields.number();
+  const bool follows = fields.flag();
+  if (hasPlace) entry.place = ReadingPlace{placeFolder, placeRow, follows};
+  entry.run = fields.number();
+  entry.row = fields.number();
+  entry.bytes = fields.number();
+  entry.isShared = fields.flag();
   return entry;
 }
 
@@ -48,7 +47,9 @@ class Planner {
  public:
   Planner(ItemFilter& filter, GrowingFile& draft) : filter_(filter), draft_(draft) {}
 
-  std::optional<Trouble> take(Entry entry) {
+  // `place` is that of an item.
+  std::optional<Trouble> take(Entry entry, const std::optional<ReadingPlace>& place) {
+    place_ = place;
     if (auto* const folder = std::get_if<FolderStart>(&entry)) {
       meetFolder(*folder->path);
       return std::nullopt;
@@ -59,7 +60,9 @@ class Planner {
 
   std::optional<Trouble> passOver(Entry entry, const std::string& reason) {
     const auto* const item = std::get_if<std::unique_ptr<Item>>(&entry);
-    if (item == nullptr) return take(std::move(entry));
+    if (item == nullptr) return take(std::move(entry), std::nullopt);
+    // What comes after it does not follow what was before it.
+    ++run_;
     return takeTrouble({(*item)->place(), {TroubleKind::Damaged, reason}});
   }
 
@@ -96,11 +99,17 @@ class Planner {
  private:
   std::optional<Trouble> takeItem(Item& item) {
     PlanEntry entry;
+    entry.place = place_;
+    if (!place_ || !place_->follows) ++run_;
+    entry.run = run_;
+    entry.row = rows_++;
     entry.id = item.place().id;
     entry.parent = item.place().parent;
     entry.folder = item.place().folder;
     entry.folderPath = meetFolder(*entry.folder);
-    entry.name = ItemName(item.fields(Detail::Headline));
+    const ItemFields& fields = item.fields(Detail::Headline);
+    entry.bytes = fields.size.value_or(0);
+    entry.name = ItemName(fields);
     hashes_.push_back(NameHash(entry.folderPath, entry.name));
     return filter_.takes(item) ? add(entry) : std::nullopt;
   }
@@ -136,6 +145,9 @@ class Planner {
   std::set<std::string> met_;
   std::vector<uint64_t> hashes_;
   std::string waiting_;
+  std::optional<ReadingPlace> place_;
+  uint64_t run_ = 0;
+  uint64_t rows_ = 0;
 };
 
 Outcome<uint64_t> WriteNames(const fs::path& draft, const std::vector<uint64_t>& shared,
@@ -149,11 +161,12 @@ Outcome<uint64_t> WriteNames(const fs::path& draft, const std::vector<uint64_t>&
     if (!next) return next.trouble();
     if (*next) {
       PlanEntry& entry = **next;
-      const bool isShared =
-          entry.kind == PlanKind::Item &&
-          (NeedsId(entry.name) || std::binary_search(shared.begin(), shared.end(),
-                                                     NameHash(entry.folderPath, entry.name)));
-      if (isShared) entry.name = ItemNameWithId(entry.name, entry.id);
+      entry.isShared = entry.kind == PlanKind::Item &&
+                       std::binary_search(shared.begin(), shared.end(),
+                                          NameHash(entry.folderPath, entry.name));
+      if (entry.kind == PlanKind::Item && (entry.isShared || NeedsId(entry.name))) {
+        entry.name = ItemNameWithId(entry.name, entry.id);
+      }
       waiting += Packed(entry);
     }
     if (!*next || waiting.size() >= kPiece) {
@@ -165,6 +178,18 @@ Outcome<uint64_t> WriteNames(const fs::path& draft, const std::vector<uint64_t>&
 }
 
 }  // namespace
+
+std::string Packed(const PlanEntry& entry) {
+  Packer body;
+  body.put(static_cast<uint64_t>(entry.kind)).put(entry.id).put(entry.parent);
+  body.put(entry.folder->size());
+  for (const std::string& name : *entry.folder) body.put(name);
+  body.put(entry.folderPath).put(entry.name).put(entry.reason);
+  const ReadingPlace place = entry.place.value_or(ReadingPlace());
+  body.put(entry.place.has_value()).put(place.folder).put(place.row).put(place.follows);
+  body.put(entry.run).put(entry.row).put(entry.bytes).put(entry.isShared);
+  return std::move(Packer().put(body.bytes()).bytes());
+}
 
 Outcome<std::unique_ptr<PlanReader>> PlanReader::open(const fs::path& path, uint64_t offset) {
   Outcome<std::unique_ptr<GrowingFile>> file = GrowingFile::open(path);
@@ -218,7 +243,7 @@ Outcome<uint64_t> WritePlan(ItemReader& reader, ItemFilter& filter, const PlanLi
     if (!entry) break;
     const auto passed = limits.passedOver.find(met);
     trouble = passed == limits.passedOver.end()
-                  ? planner.take(std::move(*entry))
+                  ? planner.take(std::move(*entry), reader.place())
                   : planner.passOver(std::move(*entry), passed->second);
     beat();
   }

@@ -32,7 +32,17 @@ struct PlanEntry {
   std::string folderPath;  // the folder within that of the source; "" for its root
   std::string name;        // of the item's folder there
   std::string reason;      // why it cannot be read
+
+  // Of Item, for who cuts the plan:
+  std::optional<ReadingPlace> place;  // as the reader tells it
+  uint64_t run = 0;                   // the same for items that follow each other
+  uint64_t row = 0;                   // the items that the reader gave before it, taken or not
+  uint64_t bytes = 0;                 // of the item; 0 where it is not known
+  bool isShared = false;              // another item has its name, without the ids
 };
+
+// As bytes with their length before them, as a plan has them.
+std::string Packed(const PlanEntry& entry);
 
 // The entries of a plan from an offset on.
 class PlanReader {

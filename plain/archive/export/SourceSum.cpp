@@ -70,15 +70,25 @@ std::string StampOf(const fs::path& path) {
   return std::to_string(size) + "@" + std::to_string(time.time_since_epoch().count());
 }
 
+bool IsUnread(const Below& below) {
+  return std::find(below.unread.begin(), below.unread.end(), "") != below.unread.end();
+}
+
+const Trouble kUnreadFolder = {TroubleKind::Unreadable, "the folder cannot be read"};
+
 }  // namespace
+
+Outcome<std::vector<std::string>> FilesOfMaildir(const fs::path& folder) {
+  Below below = FilesBelow(folder);
+  if (IsUnread(below)) return kUnreadFolder;
+  return std::move(below.files);
+}
 
 Outcome<FileSum> SumOfSource(const fs::path& path, SourceKind kind,
                              const std::function<void()>& beat) {
   if (kind != SourceKind::Maildir) return SumOfRegular(path, beat);
   const Below below = FilesBelow(path);
-  if (std::find(below.unread.begin(), below.unread.end(), "") != below.unread.end()) {
-    return Trouble{TroubleKind::Unreadable, "the folder cannot be read"};
-  }
+  if (IsUnread(below)) return kUnreadFolder;
   FileSum all;
   Sha256 lines;
   for (const std::string& name : below.files) {

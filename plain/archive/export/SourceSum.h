@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "archive/export/HashedFile.h"
 #include "archive/sources/SourceKind.h"
@@ -17,6 +18,9 @@ namespace tarn::archive {
 // ("unreadable  PATH/") come last. `beat` is called after each piece.
 Outcome<FileSum> SumOfSource(const std::filesystem::path& path, SourceKind kind,
                              const std::function<void()>& beat);
+
+// The paths of its files below it, in byte order, without temporary ones.
+Outcome<std::vector<std::string>> FilesOfMaildir(const std::filesystem::path& folder);
 
 // What is another one after a change: size and time of a file, without reading; of a Maildir all
 // its folders and files. Empty where the system does not tell.

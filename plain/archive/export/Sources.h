@@ -17,6 +17,7 @@ struct ExportSource {
   std::string tree;  // its folder within the export
   std::optional<Trouble> trouble;
   bool hasMissedFolder = false;  // a folder is asked for, and it has none that is the one
+  std::filesystem::path range;   // the file of a PlanRange where not the whole source is wanted
 };
 
 struct ExportSources {

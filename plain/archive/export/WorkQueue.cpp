@@ -40,6 +40,11 @@ void WorkQueue::cutReadySources() {
   }
 }
 
+std::optional<size_t> WorkQueue::passReadySource() {
+  if (nextToCut_ == works_.size() || !works_[nextToCut_].isReady) return std::nullopt;
+  return nextToCut_++;
+}
+
 // What of a source was finished before is left out.
 void WorkQueue::cutSource(size_t source) {
   const SourceWork& work = works_[source];

@@ -70,6 +70,9 @@ class WorkQueue {
   // source is another than the one that was begun before.
   void cutReadySources();
 
+  // The same without cutting, for who wants the plans alone: the next source whose plan is ready.
+  std::optional<size_t> passReadySource();
+
   // What a worker is to do: entries first, in their order, then the plan of another source.
   Piece* nextPiece();
   std::optional<size_t> nextSource();

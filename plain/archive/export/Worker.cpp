@@ -8,6 +8,7 @@
 
 #include "archive/export/Beat.h"
 #include "archive/export/ItemExport.h"
+#include "archive/export/PlanRange.h"
 #include "archive/export/ManifestRows.h"
 #include "archive/export/OnePdf.h"
 #include "archive/export/SourcePlan.h"
@@ -79,7 +80,37 @@ class Worker {
     return reader_.get();
   }
 
+  // Whether the source is still the same is looked after by who made the range.
+  std::optional<Trouble> planRange(const WorkerRequest& request) {
+    std::string packed;
+    const std::optional<Trouble> unread =
+        ReadInPieces(request.range, [&packed](std::string_view piece) {
+          packed += piece;
+          return true;
+        });
+    if (unread) return unread;
+    const PlanRange range = UnpackedRange(packed);
+    const Outcome<ItemReader*> reader = open(request);
+    if (!reader) {
+      sayUnopened(reader.trouble());
+      return std::nullopt;
+    }
+    ItemFilter filter(request.filter);
+    const Outcome<std::optional<Trouble>> written =
+        WriteRangePlan(**reader, filter, range, request.plan, [this] { beat_.tick(); });
+    if (!written) return written.trouble();
+    if (*written) {
+      sayUnopened(**written);
+      return std::nullopt;
+    }
+    WorkerReply reply{WorkerWord::Planned, ""};
+    reply.entries = range.entries;
+    say(reply);
+    return std::nullopt;
+  }
+
   std::optional<Trouble> plan(const WorkerRequest& request) {
+    if (!request.range.empty()) return planRange(request);
     beat_.set(kBeatsOfSum);
     const Outcome<FileSum> sum = SumOfSource(request.path, request.kind, [this] { beat_.tick(); });
     beat_.set(0);

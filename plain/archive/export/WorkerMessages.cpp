@@ -37,6 +37,7 @@ std::string Packed(const WorkerRequest& request) {
   packer.put(request.limits.entries).put(request.limits.reasonAfter);
   packer.put(request.limits.passedOver.size());
   for (const auto& [entry, reason] : request.limits.passedOver) packer.put(entry).put(reason);
+  packer.put(request.range);
   packer.put(request.choices.forms.size());
   for (const ExportForm form : request.choices.forms) packer.put(static_cast<uint64_t>(form));
   packer.put(request.textSeconds).put(request.choices.attachments);
@@ -73,6 +74,7 @@ WorkerRequest UnpackedRequest(std::string_view message) {
     const uint64_t entry = fields.number();
     request.limits.passedOver[entry] = fields.text();
   }
+  request.range = fields.text();
   for (uint64_t forms = fields.number(); forms != 0; --forms) {
     request.choices.forms.insert(static_cast<ExportForm>(fields.number()));
   }

@@ -38,6 +38,7 @@ struct WorkerRequest {
   // Plan:
   FilterOptions filter;
   PlanLimits limits;
+  std::string range;  // the file of a PlanRange, without limits then; empty: the whole source
 
   // Export:
   ExportChoices choices;

@@ -56,6 +56,7 @@ void WorkerTeam::startPlanning(Slot& slot, size_t source) {
   request.task = WorkerTask::Plan;
   request.filter = options_.filter;
   request.limits = work.attempts.limits();
+  request.range = queue_.source(source).range.string();
   ask(slot, request);
 }
 

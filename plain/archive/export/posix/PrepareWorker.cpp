@@ -11,6 +11,9 @@ void PrepareWorker([[maybe_unused]] unsigned long long memory) {
   // Whoever ended before this call has closed the channel, which ends the worker too.
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   std::signal(SIGXFSZ, SIG_IGN);
+  // Whoever ends all processes of a job means the one that started this one: it decides what comes
+  // of the item.
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) std::signal(signal, SIG_IGN);
   const rlimit noCore = {0, 0};
   setrlimit(RLIMIT_CORE, &noCore);
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__clang__)
