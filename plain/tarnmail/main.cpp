@@ -168,6 +168,10 @@ constexpr std::pair<const char*, const char*> kArchiveCommands[] = {
     {"search", "Find messages in what was exported, by words of their text and attachments"},
     {"export", "Write every message as files, with a manifest of them"},
     {"verify", "Compare the files of an export with its manifest"},
+    {"plan", "Cut an export into numbered tasks for many machines"},
+    {"run-task", "Do one task of a plan"},
+    {"missing", "Tell the tasks of a plan that are not done"},
+    {"merge", "Put the tasks of a plan together: an export as of one machine"},
 };
 
 bool IsArchiveCommand(const std::string& word) {

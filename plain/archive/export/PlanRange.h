@@ -1,5 +1,5 @@
-// PlanRange.h - entries of a source's plan that follow each other, told so that they are found again
-// without reading what is before them: where their items are, and what their names depend on.
+// PlanRange.h - entries of a source's plan that follow each other, told so that they are found
+// again without reading what is before them: where their items are, and what their names depend on.
 #ifndef TARN_ARCHIVE_PLANRANGE_H
 #define TARN_ARCHIVE_PLANRANGE_H
 

@@ -161,9 +161,9 @@ Outcome<uint64_t> WriteNames(const fs::path& draft, const std::vector<uint64_t>&
     if (!next) return next.trouble();
     if (*next) {
       PlanEntry& entry = **next;
-      entry.isShared = entry.kind == PlanKind::Item &&
-                       std::binary_search(shared.begin(), shared.end(),
-                                          NameHash(entry.folderPath, entry.name));
+      entry.isShared =
+          entry.kind == PlanKind::Item &&
+          std::binary_search(shared.begin(), shared.end(), NameHash(entry.folderPath, entry.name));
       if (entry.kind == PlanKind::Item && (entry.isShared || NeedsId(entry.name))) {
         entry.name = ItemNameWithId(entry.name, entry.id);
       }

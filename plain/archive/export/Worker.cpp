@@ -8,9 +8,9 @@
 
 #include "archive/export/Beat.h"
 #include "archive/export/ItemExport.h"
-#include "archive/export/PlanRange.h"
 #include "archive/export/ManifestRows.h"
 #include "archive/export/OnePdf.h"
+#include "archive/export/PlanRange.h"
 #include "archive/export/SourcePlan.h"
 #include "archive/export/SourceSum.h"
 #include "archive/export/WorkerMessages.h"

@@ -1,0 +1,33 @@
+// Calibration.h - how many bytes cost as much time as a message by itself.
+#ifndef TARN_ARCHIVE_CALIBRATION_H
+#define TARN_ARCHIVE_CALIBRATION_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tarn::archive {
+
+// Where nobody knows better. An export to html with a catalogue spends this much on a message of
+// its own (bench/archive-cluster.sh measures it).
+inline constexpr uint64_t kUsualMessageCost = uint64_t{64} << 10;
+
+// A task that was done.
+struct TimedTask {
+  double bytes = 0;
+  double messages = 0;
+  double seconds = 0;
+};
+
+// That cost with which bytes and messages explain the times best, from 1 to 16 MiB. None where they
+// tell nothing: fewer than two tasks, or all with the same share of messages.
+std::optional<uint64_t> MessageCostOf(const std::vector<TimedTask>& tasks);
+
+// From the log of attempts of an export by many machines, or from its manifest, where the log is
+// beside the folder. Throws host::Failure (Usage) where that tells nothing.
+uint64_t CalibratedCost(const std::string& path);
+
+}  // namespace tarn::archive
+
+#endif

@@ -1,0 +1,134 @@
+#include <nlohmann/json.hpp>
+#include <system_error>
+
+#include "archive/cluster/AttemptLog.h"
+#include "archive/cluster/Cluster.h"
+#include "archive/cluster/MergeRun.h"
+#include "archive/cluster/NumberList.h"
+#include "archive/cluster/Parts.h"
+#include "archive/export/Completion.h"
+#include "archive/export/ExportReport.h"
+#include "archive/export/Staging.h"
+#include "console/Paths.h"
+#include "console/SystemFiles.h"
+
+namespace tarn::archive {
+namespace {
+
+namespace fs = std::filesystem;
+using host::ExitStatus;
+using host::Failure;
+
+class Merging {
+ public:
+  explicit Merging(const MergeOptions& options)
+      : options_(options), plan_(options.plan), tree_(host::PathFromUtf8(options.folder)) {
+    if (options.folder.empty()) throw Failure(ExitStatus::Usage, "empty name of the folder");
+  }
+
+  ExitStatus run() {
+    if (IsMerged(plan_, tree_)) {
+      clear();
+      Say(options_.folder + ": is put together");
+      return statusOfManifest();
+    }
+    checkParts();
+    const ExitStatus status = putTogether();
+    clear();
+    return status;
+  }
+
+ private:
+  // Nothing is changed before all is known to be there.
+  void checkParts() const {
+    const std::vector<uint64_t> missing = MissingParts(plan_, tree_);
+    if (!missing.empty()) {
+      throw Failure(ExitStatus::Usage, options_.folder,
+                    "these tasks are missing: " + NumberList(missing));
+    }
+    const std::vector<DamagedPart> damaged = DamagedParts(plan_, tree_, options_.workers);
+    if (damaged.empty()) return;
+    std::vector<uint64_t> tasks;
+    for (const DamagedPart& part : damaged) {
+      Say(part.trouble.reason);
+      setAside(part.task);
+      tasks.push_back(part.task);
+    }
+    throw Failure(
+        ExitStatus::Usage, options_.folder,
+        "the parts of these tasks are damaged, and are to be made again: " + NumberList(tasks));
+  }
+
+  // So that the task is missing.
+  void setAside(uint64_t task) const {
+    const fs::path part = PartFolder(tree_, task);
+    const fs::path aside = part.string() + ".damaged";
+    host::RemoveTree(aside);
+    std::error_code error;
+    fs::rename(part, aside, error);
+    if (error) {
+      throw Failure(ExitStatus::Temporary, SystemTrouble(part, error.value()).reason);
+    }
+  }
+
+  ExitStatus putTogether() {
+    ExportOptions exporting = plan_.facts().options;
+    exporting.folder = options_.folder;
+    exporting.step = options_.step;
+    ExportSources sources;
+    for (const PlannedInput& input : plan_.inputs()) sources.all.push_back(input.source);
+    Staging staging(tree_, plan_.id(), true);
+    MergeRun(plan_, exporting, sources, staging).run();
+    options_.step();
+    if (const std::optional<Trouble> trouble = WriteLog(plan_, tree_)) {
+      throw Failure(ExitStatus::Temporary, trouble->reason);
+    }
+    const ExportCounts counts = CompleteExport(exporting, sources, staging, SayTrouble);
+    const ExitStatus status = ReportExport(counts, plan_.facts().otherFiles, options_.folder);
+    // An input that cannot be opened was so when it was planned.
+    return status == ExitStatus::Done ? status : ExitStatus::Failed;
+  }
+
+  // What is left when there is a manifest.
+  void clear() const {
+    std::error_code error;
+    if (fs::exists(tree_ / kPartsName, error) && PlanOfLog(tree_).empty()) {
+      (void)WriteLog(plan_, tree_);
+    }
+    options_.step();
+    host::RemoveTree(tree_ / kStagingName);
+    options_.step();
+    host::RemoveTree(tree_ / kPartsName);
+  }
+
+  // As an export ends that has such a manifest.
+  ExitStatus statusOfManifest() const {
+    bool isWhole = true;
+    (void)ForEachLine(tree_ / kManifestName, [&](std::string_view text) {
+      const auto row = nlohmann::json::parse(text, nullptr, false);
+      if (!row.is_object() || row.value("type", "") != "source") return true;
+      if (row.value("failed", 0) != 0 || row.contains("reason") || row.contains("troubles")) {
+        isWhole = false;
+      }
+      return isWhole;
+    });
+    return isWhole ? ExitStatus::Done : ExitStatus::Failed;
+  }
+
+  const MergeOptions& options_;
+  const PlanFile plan_;
+  const fs::path tree_;
+};
+
+}  // namespace
+
+ExitStatus Merge(const MergeOptions& options) {
+  try {
+    return Merging(options).run();
+  } catch (const Failure& failure) {
+    if (failure.status() != ExitStatus::Failed) throw;
+    throw Failure(ExitStatus::Temporary, failure.what());
+  }
+}
+
+}  // namespace tarn::archive

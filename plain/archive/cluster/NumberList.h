@@ -1,0 +1,20 @@
+// NumberList.h - numbers as engines take those of an array: "3,7-9".
+#ifndef TARN_ARCHIVE_NUMBERLIST_H
+#define TARN_ARCHIVE_NUMBERLIST_H
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tarn::archive {
+
+// Of rising numbers; empty for none.
+std::string NumberList(const std::vector<uint64_t>& numbers);
+
+// What is not such a list gives what was read so far.
+std::vector<uint64_t> NumbersOf(std::string_view list);
+
+}  // namespace tarn::archive
+
+#endif

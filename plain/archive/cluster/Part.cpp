@@ -1,0 +1,190 @@
+#include "archive/cluster/Part.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+#include <utility>
+
+#include "archive/export/HashedFile.h"
+#include "archive/export/Packing.h"
+
+namespace tarn::archive {
+namespace {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::ordered_json;
+
+Outcome<std::string> BytesOfFile(const fs::path& path) {
+  std::string bytes;
+  const std::optional<Trouble> trouble = ReadInPieces(path, [&bytes](std::string_view piece) {
+    bytes += piece;
+    return true;
+  });
+  if (trouble) return *trouble;
+  return bytes;
+}
+
+Trouble Damaged(const fs::path& path) {
+  return {TroubleKind::Damaged, path.string() + ": is damaged"};
+}
+
+}  // namespace
+
+fs::path PartFolder(const fs::path& tree, uint64_t task) {
+  return tree / kPartsName / std::to_string(task);
+}
+
+std::string TextOfPart(const PartFacts& facts) {
+  const Json json = {{"type", "part"},
+                     {"plan", facts.plan},
+                     {"task", facts.task},
+                     {"sha256", facts.sha256},
+                     {"entries", facts.entries},
+                     {"items", facts.exported + facts.partial + facts.failed},
+                     {"exported", facts.exported},
+                     {"partial", facts.partial},
+                     {"failed", facts.failed},
+                     {"bytes", facts.bytes},
+                     {"attempt", facts.attempt},
+                     {"host", facts.host},
+                     {"begun", facts.begun},
+                     {"seconds", facts.seconds}};
+  return json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+Outcome<PartFacts> PartIn(const fs::path& folder) {
+  const fs::path path = folder / "part.json";
+  const Outcome<std::string> text = BytesOfFile(path);
+  if (!text) return text.trouble();
+  try {
+    const Json json = Json::parse(*text);
+    PartFacts facts;
+    facts.plan = json.at("plan");
+    facts.task = json.at("task");
+    facts.sha256 = json.at("sha256");
+    facts.entries = json.at("entries");
+    facts.exported = json.at("exported");
+    facts.partial = json.at("partial");
+    facts.failed = json.at("failed");
+    facts.bytes = json.at("bytes");
+    facts.attempt = json.at("attempt");
+    facts.host = json.at("host");
+    facts.begun = json.at("begun");
+    facts.seconds = json.at("seconds");
+    return facts;
+  } catch (const Json::exception&) {
+    return Damaged(path);
+  }
+}
+
+std::optional<Trouble> PartSum::add(const FinishedEntry& entry) {
+  ++counts_.entries;
+  counts_.bytes += entry.bytes;
+  rows_.clear();
+  sum_.addText(entry.reason);
+  sum_.addText(entry.fingerprint);
+  if (entry.folder.empty()) {
+    ++counts_.failed;
+    return std::nullopt;
+  }
+  for (size_t number = 0; number < kWorkerParts; ++number) {
+    const auto part = static_cast<WorkerPart>(number);
+    Outcome<std::string> bytes = partOf(entry, part);
+    if (!bytes) return bytes.trouble();
+    sum_.addText(*bytes);
+    if (part == WorkerPart::Rows) rows_ = std::move(*bytes);
+  }
+  count(rows_);
+  return std::nullopt;
+}
+
+Outcome<std::string> PartSum::partOf(const FinishedEntry& entry, WorkerPart part) {
+  const uint64_t begin = entry.begins.of(part);
+  const uint64_t end = entry.ends.of(part);
+  if (begin == end) return std::string();
+  if (openFolder_ != entry.folder) {
+    openFolder_ = entry.folder;
+    open_ = {};
+  }
+  std::unique_ptr<GrowingFile>& file = open_[static_cast<size_t>(part)];
+  const fs::path path = entry.folder / NameOf(part);
+  if (!file) {
+    // One that is opened is made.
+    std::error_code error;
+    if (!fs::is_regular_file(path, error)) return Damaged(path);
+    Outcome<std::unique_ptr<GrowingFile>> opened = GrowingFile::open(path);
+    if (!opened) return opened.trouble();
+    file = std::move(*opened);
+  }
+  if (begin > end || end > file->size()) return Damaged(path);
+  return file->read(begin, end - begin);
+}
+
+void PartSum::count(std::string_view rows) {
+  for (size_t begin = 0; begin < rows.size();) {
+    const size_t end = std::min(rows.find('\n', begin), rows.size());
+    const Json row = Json::parse(rows.substr(begin, end - begin), nullptr, false);
+    const std::string status = row.is_object() ? row.value("status", "") : "";
+    if (status == "exported") ++counts_.exported;
+    if (status == "partial") ++counts_.partial;
+    if (status == "failed") ++counts_.failed;
+    begin = end + 1;
+  }
+}
+
+void PartSum::finish(PartFacts& facts) const {
+  facts.sha256 = sum_.digest();
+  facts.entries = counts_.entries;
+  facts.exported = counts_.exported;
+  facts.partial = counts_.partial;
+  facts.failed = counts_.failed;
+  facts.bytes = counts_.bytes;
+}
+
+fs::path PlanOfRange(const fs::path& folder, size_t range) {
+  return folder / "plans" / std::to_string(range);
+}
+
+fs::path EntriesPath(const fs::path& folder, size_t range) {
+  return folder / "entries" / std::to_string(range);
+}
+
+std::string Packed(const std::vector<FinishedEntry>& entries) {
+  Packer packer;
+  packer.put(entries.size());
+  for (const FinishedEntry& entry : entries) {
+    packer.put(entry.folder.empty() ? "" : entry.folder.filename().string());
+    packer.put(entry.reason).put(entry.fingerprint).put(entry.hasFolder).put(entry.number);
+    for (const WorkerParts* const parts : {&entry.begins, &entry.ends}) {
+      for (const uint64_t place : parts->places) packer.put(place);
+    }
+    packer.put(entry.bytes);
+  }
+  return std::move(packer.bytes());
+}
+
+Outcome<std::vector<FinishedEntry>> EntriesOfRange(const fs::path& folder, size_t range) {
+  const fs::path path = EntriesPath(folder, range);
+  const Outcome<std::string> bytes = BytesOfFile(path);
+  if (!bytes) return bytes.trouble();
+  Unpacker fields(*bytes);
+  std::vector<FinishedEntry> entries(std::min<uint64_t>(fields.number(), bytes->size()));
+  for (FinishedEntry& entry : entries) {
+    const std::string name = fields.text();
+    const bool isNumber =
+        !name.empty() && name.find_first_not_of("0123456789") == std::string::npos;
+    if (!name.empty() && !isNumber) return Damaged(path);
+    if (isNumber) entry.folder = folder / "work" / name;
+    entry.reason = fields.text();
+    entry.fingerprint = fields.text();
+    entry.hasFolder = fields.flag();
+    entry.number = fields.number();
+    for (WorkerParts* const parts : {&entry.begins, &entry.ends}) {
+      for (uint64_t& place : parts->places) place = fields.number();
+    }
+    entry.bytes = fields.number();
+  }
+  if (Packed(entries) != *bytes) return Damaged(path);
+  return entries;
+}
+
+}  // namespace tarn::archive

@@ -1,0 +1,133 @@
+#include "archive/cluster/PartWriter.h"
+
+#include <cmath>
+#include <ctime>
+#include <system_error>
+#include <utility>
+
+#include "archive/cluster/Machine.h"
+#include "archive/common/MomentText.h"
+#include "archive/export/Staging.h"
+#include "console/Paths.h"
+#include "console/SystemErrors.h"
+#include "console/SystemFiles.h"
+
+namespace tarn::archive {
+namespace {
+
+namespace fs = std::filesystem;
+using host::ExitStatus;
+using host::Failure;
+
+[[noreturn]] void ThrowTemporary(const fs::path& path, const std::error_code& error) {
+  throw Failure(ExitStatus::Temporary, host::Utf8FromPath(path), host::ErrorText(error));
+}
+
+void Check(const std::optional<Trouble>& trouble) {
+  if (trouble) throw Failure(ExitStatus::Temporary, trouble->reason);
+}
+
+}  // namespace
+
+PartWriter::PartWriter(const fs::path& tree, const std::string& plan, uint64_t task,
+                       std::function<void()> step)
+    : place_(PartFolder(tree, task)),
+      step_(std::move(step)),
+      begin_(std::chrono::steady_clock::now()) {
+  facts_.plan = plan;
+  facts_.task = task;
+  facts_.attempt = UniqueName();
+  facts_.host = HostName();
+  facts_.begun = Iso8601(Moment{static_cast<int64_t>(std::time(nullptr)), std::nullopt});
+  // Several tasks may make it at the same time.
+  std::error_code error;
+  fs::create_directories(place_.parent_path(), error);
+  std::error_code unknown;
+  if (!fs::is_directory(place_.parent_path(), unknown)) ThrowTemporary(place_.parent_path(), error);
+  error = draft_.make([this](std::error_code& failed) {
+    const fs::path draft =
+        place_.parent_path() / ("." + place_.filename().string() + "." + facts_.attempt);
+    fs::create_directory(draft, failed);
+    return draft;
+  });
+  if (error) ThrowTemporary(place_.parent_path(), error);
+}
+
+void PartWriter::add(size_t range, const FinishedEntry& entry) {
+  if (range >= entries_.size()) entries_.resize(range + 1);
+  entries_[range].push_back(entry);
+}
+
+// From the staging of the workers into the part.
+void PartWriter::gather(size_t ranges) {
+  const fs::path staging = folder() / kStagingName;
+  std::error_code error;
+  for (const char* const name : {"work", "plans"}) {
+    fs::rename(staging / name, folder() / name, error);
+    if (error) ThrowTemporary(folder() / name, error);
+  }
+  host::RemoveTree(staging);
+  for (const fs::directory_entry& entry : fs::directory_iterator(folder() / "work", error)) {
+    if (entry.path().filename().string().starts_with("beat")) host::RemoveFile(entry.path());
+  }
+  fs::create_directory(folder() / "entries", error);
+  if (error) ThrowTemporary(folder() / "entries", error);
+  entries_.resize(ranges);
+}
+
+void PartWriter::write(const fs::path& path, const std::string& bytes) const {
+  const Outcome<std::unique_ptr<HashedFile>> file = HashedFile::create(path);
+  if (!file) Check(file.trouble());
+  Check((*file)->write(bytes));
+  const Outcome<FileSum> sum = (*file)->finish();
+  if (!sum) Check(sum.trouble());
+}
+
+void PartWriter::describe(size_t ranges) {
+  PartSum sum;
+  for (size_t range = 0; range < ranges; ++range) {
+    for (FinishedEntry& entry : entries_[range]) {
+      if (!entry.folder.empty()) entry.folder = folder() / "work" / entry.folder.filename();
+      Check(sum.add(entry));
+    }
+    write(EntriesPath(folder(), range), Packed(entries_[range]));
+  }
+  sum.finish(facts_);
+  const std::chrono::duration<double> time = std::chrono::steady_clock::now() - begin_;
+  facts_.seconds = std::round(time.count() * 1000) / 1000;
+  write(folder() / "part.json", TextOfPart(facts_));
+}
+
+void PartWriter::commit(size_t ranges) {
+  step_();
+  gather(ranges);
+  describe(ranges);
+  step_();
+  SyncFileSystem(folder());
+  step_();
+  std::error_code error;
+  fs::rename(folder(), place_, error);
+  if (error) return compare(error);
+  draft_.keep();
+  step_();
+  SyncFolder(place_.parent_path());
+}
+
+// Where a name is taken by a folder that is not empty, it cannot be given to another.
+void PartWriter::compare(const std::error_code& error) {
+  const Outcome<PartFacts> first = PartIn(place_);
+  if (!first) ThrowTemporary(place_, error);
+  // A server that was asked twice has done it at the first time.
+  if (first->attempt == facts_.attempt) return draft_.keep();
+  if (first->sha256 == facts_.sha256) return;
+  // Both are kept to be looked at.
+  const fs::path other = place_.string() + ".other-" + facts_.attempt;
+  std::error_code failed;
+  fs::rename(folder(), other, failed);
+  if (!failed) draft_.keep();
+  throw Failure(ExitStatus::Usage, host::Utf8FromPath(place_),
+                "was committed by another attempt with other bytes than " +
+                    host::Utf8FromPath(other) + " has");
+}
+
+}  // namespace tarn::archive

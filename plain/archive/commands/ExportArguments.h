@@ -1,0 +1,27 @@
+// ExportArguments.h - arguments that several commands have in common.
+#ifndef TARN_ARCHIVE_COMMANDS_EXPORTARGUMENTS_H
+#define TARN_ARCHIVE_COMMANDS_EXPORTARGUMENTS_H
+
+#include <CLI/CLI.hpp>
+#include <optional>
+#include <string>
+
+#include "archive/common/ItemFilter.h"
+#include "archive/export/Export.h"
+
+namespace tarn::archive {
+
+void AddTemporary(CLI::App& command, std::optional<std::string>& temporary);
+
+// Where --to has another meaning, recipients go by another name.
+void AddFilter(CLI::App& command, FilterOptions& filter, const char* recipients = "--to");
+
+// What shapes the result of an export.
+void AddExportChoices(CLI::App& command, ExportOptions& options);
+
+// What an item may take.
+void AddWorkerLimits(CLI::App& command, ExportOptions& options);
+
+}  // namespace tarn::archive
+
+#endif

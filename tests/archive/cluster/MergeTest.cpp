@@ -1,0 +1,187 @@
+// An export by tasks is that of one machine, file by file.
+
+#include <csignal>
+#include <fstream>
+
+#include "ClusterFixture.h"
+
+namespace tarn::archive {
+namespace {
+
+namespace fs = std::filesystem;
+using host::ExitStatus;
+
+class MergeTest : public ClusterTest {
+ protected:
+  // Both ways.
+  void expectSame(uint64_t tasks) {
+    const ExitStatus alone = exportAlone();
+    const PlanFile planned = plan(tasks);
+    EXPECT_EQ(planned.tasks(), tasks);
+    runAll(planned);
+    EXPECT_EQ(merge(), alone);
+    EXPECT_EQ(tree("out"), tree("single"));
+    EXPECT_EQ(Verify({text("out")}), ExitStatus::Done);
+  }
+};
+
+TEST_F(MergeTest, GivesTheExportOfOneMachine) {
+  addAll();
+  exporting_.choices.forms = {ExportForm::Html, ExportForm::Text, ExportForm::Eml,
+                              ExportForm::Json};
+  expectSame(7);
+}
+
+TEST_F(MergeTest, PutsMboxesTogether) {
+  addAll();
+  exporting_.choices.forms = {ExportForm::Mbox};
+  exporting_.choices.attachments = false;
+  expectSame(5);
+}
+
+TEST_F(MergeTest, LeavesCopiesOutWhereverTheyAre) {
+  addAll();
+  addMails("other", 6);
+  exporting_.dedupe = true;
+  exporting_.choices.forms = {ExportForm::Text, ExportForm::Mbox};
+  expectSame(5);
+}
+
+TEST_F(MergeTest, TakesFiltersAndRecoveredItems) {
+  addAll();
+  exporting_.filter.subject = "Subject 3";
+  exporting_.recover = true;
+  exporting_.choices.catalogue = false;
+  expectSame(4);
+}
+
+TEST_F(MergeTest, TellsInputsThatCannotBeReadAsAnExportDoes) {
+  addMails("mails", 3);
+  (void)directory_.write("broken.pst", "!BDN and no store");
+  addPath("broken.pst");
+  EXPECT_EQ(exportAlone(), ExitStatus::Usage);
+  runAll(plan(2));
+  EXPECT_EQ(merge(), ExitStatus::Failed);
+  EXPECT_EQ(tree("out"), tree("single"));
+}
+
+TEST_F(MergeTest, TakesInputsWithoutItems) {
+  test::StoreBuilder store(test::PstLayout::Unicode);
+  store.write(at("store.pst"));
+  addPath("store.pst");
+  EXPECT_EQ(exportAlone(), ExitStatus::Done);
+  EXPECT_EQ(plan(3).tasks(), 0u);
+  EXPECT_EQ(missing(), "");
+  EXPECT_EQ(merge(), ExitStatus::Done);
+  EXPECT_EQ(tree("out"), tree("single"));
+}
+
+TEST_F(MergeTest, ChangesNothingWhereTasksAreMissing) {
+  addMails("mails", 9);
+  EXPECT_EQ(plan(9).tasks(), 9u);
+  EXPECT_EQ(missing(), "0-8\n");
+  for (const uint64_t task : {0u, 1u, 2u, 4u, 5u, 6u}) EXPECT_EQ(run(task), ExitStatus::Done);
+  const Tree before = tree("out");
+  EXPECT_EQ(missing(), "3,7-8\n");
+  EXPECT_EQ(failureOf([this] { (void)merge(); }), text("out") + ": these tasks are missing: 3,7-8");
+  EXPECT_EQ(tree("out"), before);
+}
+
+TEST_F(MergeTest, SetsDamagedPartsAside) {
+  addMails("mails", 4);
+  exporting_.choices.catalogue = false;
+  (void)exportAlone();
+  const PlanFile planned = plan(4);
+  runAll(planned);
+  fs::path victim;
+  for (const auto& entry : fs::recursive_directory_iterator(at("out/parts/2"))) {
+    if (entry.path().filename() == "message.txt") victim = entry.path();
+  }
+  std::ofstream(victim, std::ios::app) << "x";
+  EXPECT_EQ(failureOf([this] { (void)merge(); }),
+            text("out") + ": the parts of these tasks are damaged, and are to be made again: 2");
+  EXPECT_EQ(missing(), "2\n");
+  runAll(planned);
+  EXPECT_EQ(merge(), ExitStatus::Done);
+  EXPECT_EQ(tree("out"), tree("single"));
+}
+
+TEST_F(MergeTest, SeesEveryKindOfDamage) {
+  addMbox("box", 3);
+  exporting_.choices.forms = {ExportForm::Text, ExportForm::Mbox};
+  const PlanFile planned = plan(1);
+  for (const char* const name : {"work/0/rows", "work/0/mails", "work/0/texts", "entries/0"}) {
+    EXPECT_EQ(run(0), ExitStatus::Done);
+    const fs::path victim = at("out/parts/0") / name;
+    std::string bytes = test::ReadWholeFile(victim);
+    bytes[bytes.size() / 2] = static_cast<char>(bytes[bytes.size() / 2] ^ 1);
+    std::ofstream(victim, std::ios::binary) << bytes;
+    EXPECT_NE(failureOf([this] { (void)merge(); }), "") << name;
+    EXPECT_EQ(missing(), "0\n") << name;
+  }
+}
+
+TEST_F(MergeTest, EndsTheSameAfterBeingKilledAnywhere) {
+  addMbox("box", 70);
+  addMails("mails", 5);
+  exporting_.choices.forms = {ExportForm::Text, ExportForm::Mbox};
+  (void)exportAlone();
+  const Tree expected = tree("single");
+  runAll(plan(3));
+  fs::copy(at("out"), at("parts"), fs::copy_options::recursive);
+  int killed = 0;
+  for (int change = 1;; change += change < 8 ? 1 : 9) {
+    fs::remove_all(at("out"));
+    fs::copy(at("parts"), at("out"), fs::copy_options::recursive);
+    const auto killedAt = [&](int number) {
+      return WIFSIGNALED(inProcess([&] {
+        int changes = 0;
+        MergeOptions options = mergeOptions();
+        options.step = [&] {
+          if (++changes == number) std::raise(SIGKILL);
+        };
+        return static_cast<int>(Merge(options));
+      }));
+    };
+    if (!killedAt(change)) break;
+    ++killed;
+    // Once more on the way.
+    (void)killedAt(change / 2 + 1);
+    EXPECT_EQ(merge(), ExitStatus::Done);
+    EXPECT_EQ(tree("out"), expected) << "killed at change " << change;
+  }
+  EXPECT_GT(killed, 10);
+}
+
+TEST_F(MergeTest, IsDoneOnce) {
+  addMails("mails", 2);
+  const PlanFile planned = plan(2);
+  runAll(planned);
+  EXPECT_EQ(merge(), ExitStatus::Done);
+  const Tree before = tree("out");
+  EXPECT_EQ(merge(), ExitStatus::Done);
+  EXPECT_EQ(run(0), ExitStatus::Done);
+  EXPECT_EQ(missing(), "");
+  EXPECT_EQ(tree("out"), before);
+}
+
+TEST_F(MergeTest, KeepsALogOfAttemptsBeside) {
+  addMails("mails", 2);
+  const PlanFile planned = plan(2);
+  runAll(planned);
+  EXPECT_EQ(merge(), ExitStatus::Done);
+  std::ifstream log(text("out") + ".attempts.jsonl");
+  std::string line;
+  ASSERT_TRUE(std::getline(log, line));
+  EXPECT_EQ(nlohmann::json::parse(line)["plan"], planned.id());
+  for (int task = 0; task < 2; ++task) {
+    ASSERT_TRUE(std::getline(log, line));
+    const auto row = nlohmann::json::parse(line);
+    EXPECT_EQ(row["task"], task);
+    EXPECT_EQ(row["exported"], 1);
+    EXPECT_TRUE(row.contains("seconds") && row.contains("host"));
+  }
+}
+
+}  // namespace
+}  // namespace tarn::archive
