@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "archive/cluster/Part.h"
+#include "archive/export/SourceSum.h"
 #include "console/Failure.h"
 #include "console/StandardStreams.h"
 
@@ -82,7 +83,7 @@ void MergeRun::prepare(size_t number) {
   work.entries = input.entries;
   if (input.source.trouble) work.reason = input.source.trouble->reason;
   // Nothing of the input itself is looked at any more.
-  work.stamp = "";
+  work.stamp = StampOfSource({}, input.source.found.kind);
   if (!places_[number].empty()) {
     const Outcome<std::unique_ptr<GrowingFile>> plan = GrowingFile::open(queue_.planPath(number));
     if (!plan) CheckStaged(plan.trouble());

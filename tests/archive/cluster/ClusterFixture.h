@@ -148,6 +148,20 @@ class ClusterTest : public ::testing::Test {
     return files;
   }
 
+  // The files that are not the same in both; "" where all are.
+  static std::string differences(const Tree& one, const Tree& other) {
+    std::string names;
+    for (const auto& [name, bytes] : one) {
+      const auto found = other.find(name);
+      if (found == other.end()) names += "only the first has " + name + "\n";
+      if (found != other.end() && found->second != bytes) names += name + " differs\n";
+    }
+    for (const auto& [name, bytes] : other) {
+      if (!one.contains(name)) names += "only the second has " + name + "\n";
+    }
+    return names;
+  }
+
   std::string missing() {
     MissingOptions options;
     options.plan = text("plan");
