@@ -21,7 +21,7 @@ same() {
 }
 
 # commands_of GROUP: the commands that the help lists below a title.
-commands_of() { "$tarnmail" --help | sed -n "/^$1:/,/^\$/s/^  \([a-z]*\) .*/\1/p"; }
+commands_of() { "$tarnmail" --help | sed -n "/^$1:/,/^\$/s/^  \([a-z-]*\) .*/\1/p"; }
 help_commands() { { commands_of Subcommands; commands_of "Archive commands"; } | sort; }
 # The options of a help text, one name a line.
 help_options() {

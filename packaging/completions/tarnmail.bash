@@ -1,7 +1,7 @@
 # Completion of tarnmail for bash.
 
 _tarnmail() {
-  local commands='list show export search verify info document pages attachments extract help'
+  local commands='list show export search verify plan run-task missing merge info document pages attachments extract help'
   local common='-h --help --language --in-memory --temp-files --temp'
   local filters='--folder --from --to --subject --since --until --has-attachment --class'
   local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
@@ -10,12 +10,12 @@ _tarnmail() {
 
   # The value of an option.
   case $previous in
-    --temp | --all-attachments)
+    --temp | --all-attachments | --stage)
       compopt -o filenames 2>/dev/null
       mapfile -t COMPREPLY < <(compgen -d -- "$current")
       return
       ;;
-    -o | --output)
+    -o | --output | --calibrate)
       compopt -o filenames 2>/dev/null
       mapfile -t COMPREPLY < <(compgen -f -- "$current")
       return
@@ -25,7 +25,8 @@ _tarnmail() {
       return
       ;;
     --language | -m | --message | --dpi | --folder | --from | --to | --subject | --since | --until | \
-      --class | --attachment | --limit | --recipient | -j | --jobs | --seconds | --memory) return ;;
+      --class | --attachment | --limit | --recipient | -j | --jobs | --seconds | --memory | \
+      --target-cost | --max-tasks | --task | --task-offset) return ;;
   esac
 
   # The command, which is the first word that is no option and no value of one.
@@ -49,6 +50,14 @@ _tarnmail() {
       options+=' --recover --resume -j --jobs --seconds --memory --temp'
       ;;
     verify) options='-h --help' ;;
+    plan)
+      options="-h --help -o --output --target-cost --max-tasks --calibrate --to --no-attachments --no-catalogue"
+      options+=" --paper --no-sandbox --dedupe ${filters/--to/--recipient} --recover -j --jobs --seconds --memory"
+      options+=' --temp'
+      ;;
+    run-task) options='-h --help -o --output --task --task-offset --stage -j --jobs' ;;
+    missing) options='-h --help' ;;
+    merge) options='-h --help -j --jobs' ;;
     show) options='-h --help --headers --attachment -o --output --all-attachments --temp' ;;
     search) options="-h --help --json --limit $filters" ;;
     info) options="$common -m --message --text --json --pages --paper --no-sandbox" ;;

@@ -1,0 +1,142 @@
+// What a plan tells, and that it tells the same each time.
+
+#include <fstream>
+
+#include "ClusterFixture.h"
+
+namespace tarn::archive {
+namespace {
+
+namespace fs = std::filesystem;
+using host::ExitStatus;
+using nlohmann::json;
+
+class PlanTest : public ClusterTest {
+ protected:
+  std::vector<json> lines() const {
+    std::vector<json> rows;
+    std::ifstream file(at("plan"));
+    for (std::string line; std::getline(file, line);) rows.push_back(json::parse(line));
+    return rows;
+  }
+};
+
+TEST_F(PlanTest, TellsOptionsInputsAndTasks) {
+  (void)directory_.write(
+      "box", "From ann@example.com Wed May  1 10:34:56 2024\n" + MailText(1, "One") +
+                 "\nFrom ann@example.com Wed May  1 10:34:56 2024\n" + MailText(8, "Two"));
+  addPath("box");
+  addMails("mails", 1);
+  exporting_.dedupe = true;
+  exporting_.filter.from = "ann";
+  const PlanFile planned = plan(3);
+  const std::vector<json> rows = lines();
+  ASSERT_EQ(rows.size(), 7u);
+  EXPECT_EQ(rows[0].dump(),
+            json({{"type", "plan"}, {"version", 1}, {"plan", planned.id()}, {"tasks", 3}}).dump());
+  EXPECT_EQ(rows[1]["options"]["to"], json({"text"}));
+  EXPECT_EQ(rows[1]["options"]["dedupe"], true);
+  EXPECT_EQ(rows[1]["options"]["filter"], json({{"from", "ann"}}));
+  EXPECT_EQ(rows[1]["inputs"], 2);
+  EXPECT_EQ(rows[1]["entries"], 3);
+  EXPECT_EQ(rows[1]["messageCost"], 65536);
+  EXPECT_EQ(rows[2]["source"], text("box"));
+  EXPECT_EQ(rows[2]["kind"], "mbox");
+  EXPECT_EQ(rows[2]["tree"], "box");
+  EXPECT_EQ(rows[2]["entries"], 2);
+  EXPECT_EQ(rows[3]["source"], text("mails/100.eml"));
+  EXPECT_EQ(rows[3]["sha256"], SumOfFile(at("mails/100.eml"))->sha256);
+  EXPECT_FALSE(rows[3].contains("fingerprint"));
+  // Both mails of the mbox have the same name, and the file is a task by itself.
+  for (size_t task = 0; task < 3; ++task) EXPECT_EQ(rows[4 + task]["task"], task);
+  EXPECT_EQ(rows[4]["items"].dump(),
+            R"([{"entries":1,"first":0,"input":0,"runs":[{"at":[0,0],"folder":[],"path":"",)"
+            R"("rows":1}],"shared":"0"}])");
+  EXPECT_EQ(rows[5]["items"][0]["first"], 1);
+  EXPECT_EQ(rows[6]["items"].dump(), R"([{"entries":1,"input":1}])");
+}
+
+TEST_F(PlanTest, IsNamedByTheSumOfTheRest) {
+  addMails("mails", 2);
+  const PlanFile planned = plan(2);
+  const std::string bytes = test::ReadWholeFile(at("plan"));
+  Sha256 sum;
+  sum.add(std::string_view(bytes).substr(bytes.find('\n') + 1));
+  EXPECT_EQ(sum.digest(), planned.id());
+}
+
+TEST_F(PlanTest, IsTheSameForTheSameInputs) {
+  addAll();
+  exporting_.recover = true;
+  (void)plan(9);
+  const std::string first = test::ReadWholeFile(at("plan"));
+  exporting_.workers = 3;
+  (void)plan(9);
+  EXPECT_EQ(test::ReadWholeFile(at("plan")), first);
+}
+
+TEST_F(PlanTest, IsAnotherForOtherOptions) {
+  addMails("mails", 2);
+  const std::string first = plan(2).id();
+  exporting_.dedupe = true;
+  EXPECT_NE(plan(2).id(), first);
+}
+
+TEST_F(PlanTest, BringsBackWhatItTells) {
+  addStore("store.pst", 20);
+  exporting_.filter.subject = "j\xC3\xA9 \xFF";
+  exporting_.filter.since = Span{-5, 7};
+  exporting_.choices.forms = {ExportForm::Html, ExportForm::Mbox};
+  exporting_.choices.catalogue = false;
+  exporting_.seconds = 7;
+  const PlanFile planned = plan(4);
+  const ExportOptions& options = planned.facts().options;
+  EXPECT_EQ(options.filter.subject, exporting_.filter.subject);
+  EXPECT_EQ(options.filter.since->first, -5);
+  EXPECT_EQ(options.filter.since->last, 7);
+  EXPECT_EQ(options.choices.forms, exporting_.choices.forms);
+  EXPECT_FALSE(options.choices.catalogue);
+  EXPECT_TRUE(options.choices.attachments);
+  EXPECT_EQ(options.seconds, 7u);
+}
+
+TEST_F(PlanTest, HasAPrintOfLargeInputs) {
+  std::string box = "From a Wed May  1 10:34:56 2024\nSubject: Large\nFrom: a@b\n\n";
+  while (box.size() < (size_t{17} << 20)) box += std::string(70, 'x') + "\n";
+  (void)directory_.write("box", box);
+  addPath("box");
+  (void)plan(1);
+  const std::string print = lines()[2]["fingerprint"];
+  EXPECT_TRUE(print.starts_with("samples-1:"));
+  EXPECT_EQ(print.size(), 10u + 64u);
+}
+
+TEST_F(PlanTest, RefusesWhatIsNotThereAndStreams) {
+  addPath("none");
+  PlanOptions options;
+  options.exporting = exporting_;
+  options.output = text("plan");
+  EXPECT_NE(failureOf([&] { (void)Plan(options); }), "");
+  EXPECT_FALSE(fs::exists(at("plan")));
+}
+
+TEST_F(PlanTest, RefusesAPlanThatWasChanged) {
+  addMails("mails", 3);
+  (void)plan(3);
+  std::string bytes = test::ReadWholeFile(at("plan"));
+  const std::string changed = "has changed since it was made";
+  const auto refusal = [&](const std::string& text) {
+    std::ofstream(at("plan"), std::ios::binary) << text;
+    return failureOf([&] { PlanFile file(at("plan").string()); });
+  };
+  EXPECT_EQ(refusal(bytes.substr(0, bytes.rfind("{"))), text("plan") + ": " + changed);
+  std::string other = bytes;
+  other[other.size() - 5] = '7';
+  EXPECT_NE(refusal(other), "");
+  EXPECT_EQ(refusal("nonsense\n"), text("plan") + ": is no plan of this version");
+  EXPECT_EQ(refusal(""), text("plan") + ": is no plan of this version");
+  EXPECT_EQ(refusal(bytes), "");
+}
+
+}  // namespace
+}  // namespace tarn::archive
