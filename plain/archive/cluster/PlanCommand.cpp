@@ -78,7 +78,7 @@ class Planning {
     input.entries = input.source.trouble ? 0 : work.entries;
     const FoundSource& found = input.source.found;
     if (input.source.trouble) {
-      SayTrouble(found.name, input.source.trouble->reason);
+      SayTrouble(input.source.name, input.source.trouble->reason);
     } else {
       if (work.stamp != StampOfSource(found.path, found.kind)) {
         throw Failure(ExitStatus::Failed, found.name, "has changed while it was planned");

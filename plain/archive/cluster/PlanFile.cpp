@@ -7,6 +7,7 @@
 
 #include "archive/cluster/NumberList.h"
 #include "archive/cluster/PlanChoices.h"
+#include "archive/common/TellableName.h"
 #include "archive/export/Journal.h"
 #include "console/Failure.h"
 #include "console/Paths.h"
@@ -109,6 +110,7 @@ PlannedInput InputOfJson(const Json& json) {
   PlannedInput input;
   ExportSource& source = input.source;
   source.found.name = TextOfJson(json.at("source"));
+  source.name = TellableName(source.found.name);
   source.found.kind = static_cast<SourceKind>(IndexOf(kKindNames, json.at("kind")));
   source.found.isNamed = json.value("named", false);
   source.tree = json.at("tree");

@@ -99,7 +99,8 @@ class Cutter {
     const std::unique_ptr<PlanReader> plan = OpenPlan(input.plan);
     uint64_t first = 0;
     for (uint64_t left = input.cost; left != 0;) {
-      if (room() <= sliver() && !isLast()) ++task_;
+      // One that is larger than a task may have filled several.
+      while (room() <= sliver() && !isLast()) ++task_;
       const bool takesAll = isLast() || static_cast<int64_t>(left) <= room() + sliver();
       if (takesAll && first == 0) {
         addWhole(tasks_[begin_ + task_], input);
@@ -108,7 +109,9 @@ class Cutter {
       }
       const uint64_t before = filled_;
       PlannedRange range = takeRange(*plan, takesAll);
-      if (range.entries == 0) return;
+      if (range.entries == 0) {
+        throw host::Failure(host::ExitStatus::Failed, "the plan of a source has changed");
+      }
       range.input = input.input;
       range.first = first;
       first += range.entries;

@@ -48,7 +48,7 @@ ExportSources FindSources(SourceSearch& search, const fs::path& tree) {
   sources.all.erase(end, sources.all.end());
   UniqueNames names;
   for (const char* const own : {"manifest.jsonl", "catalogue.sqlite", "catalogue.sqlite.new",
-                                "index.html", "index", "index.new"}) {
+                                "index.html", "index", "index.new", "parts"}) {
     names.take(own);
   }
   for (ExportSource& source : sources.all) {

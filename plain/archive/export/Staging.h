@@ -63,7 +63,7 @@ class Staging {
 void CheckStaged(const std::optional<Trouble>& trouble);
 
 // What else is to know of the system; one folder a system implements it. The number of the open
-// file, none where another program has it.
+// file, none where another program has it. A file system without locks keeps nobody out.
 Outcome<std::optional<int>> LockFile(const std::filesystem::path& path);
 void UnlockFile(int file);
 void SyncFileSystem(const std::filesystem::path& path);

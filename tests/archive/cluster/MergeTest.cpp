@@ -65,6 +65,14 @@ TEST_F(MergeTest, TellsInputsThatCannotBeReadAsAnExportDoes) {
   EXPECT_EQ(differences(tree("out"), tree("single")), "");
 }
 
+TEST_F(MergeTest, TakesInputsOfAnyName) {
+  // Where parts are while tasks run, and bytes that are no text.
+  addMbox("parts", 6);
+  addMails("m\xFFils", 3);
+  addMails("Parts", 2);
+  expectSame(4);
+}
+
 TEST_F(MergeTest, TakesInputsWithoutItems) {
   test::StoreBuilder store(test::PstLayout::Unicode);
   store.write(at("store.pst"));

@@ -13,6 +13,8 @@ Outcome<std::optional<int>> LockFile(const std::filesystem::path& path) {
   if (file < 0) return SystemTrouble(path, errno);
   if (flock(file, LOCK_EX | LOCK_NB) == 0) return std::optional(file);
   const int error = errno;
+  // A file system without locks, as clusters have some.
+  if (error == ENOLCK || error == ENOSYS || error == EOPNOTSUPP) return std::optional(file);
   close(file);
   if (error != EWOULDBLOCK) return SystemTrouble(path, error);
   return std::optional<int>();
