@@ -81,7 +81,7 @@ void MergeRun::prepare(size_t number) {
   SourceWork& work = queue_.work(number);
   work.sum = input.sum;
   work.entries = input.entries;
-  if (input.source.trouble) work.reason = input.source.trouble->reason;
+  work.reason = input.reason;
   // Nothing of the input itself is looked at any more.
   work.stamp = StampOfSource({}, input.source.found.kind);
   if (!places_[number].empty()) {

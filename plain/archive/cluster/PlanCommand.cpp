@@ -25,6 +25,11 @@ namespace fs = std::filesystem;
 using host::ExitStatus;
 using host::Failure;
 
+// All of the source could be planned.
+bool IsUntouched(const PlanLimits& limits) {
+  return limits.entries == UINT64_MAX && limits.passedOver.empty();
+}
+
 class Planning {
  public:
   Planning(const PlanOptions& options, uint64_t messageCost)
@@ -39,14 +44,11 @@ class Planning {
 
   ExitStatus run() {
     checkSources();
-    try {
-      WorkerTeam team(options_.exporting, queue_, staging_);
-      while (!queue_.isDone()) {
-        team.work();
-        while (const std::optional<size_t> source = queue_.passReadySource()) take(*source);
-      }
-    } catch (const std::system_error& error) {
-      throw Failure(ExitStatus::Broken, "no worker can be started", error.what());
+    if (HasNothingToOpen(sources_)) return TellUnopened(sources_);
+    WorkerTeam team(options_.exporting, queue_, staging_);
+    while (!queue_.isDone()) {
+      team.work();
+      while (const std::optional<size_t> source = queue_.passReadySource()) take(*source);
     }
     const std::vector<PlannedTask> tasks = CutTasks(costs_, limits_);
     write(PlanText(facts(), inputs_, tasks));
@@ -75,6 +77,7 @@ class Planning {
     PlannedInput input;
     input.source = sources_.all[source];
     input.sum = work.sum;
+    input.reason = work.reason;
     input.entries = input.source.trouble ? 0 : work.entries;
     const FoundSource& found = input.source.found;
     if (input.source.trouble) {
@@ -88,7 +91,8 @@ class Planning {
         const bool isOne = found.kind == SourceKind::Mail || found.kind == SourceKind::Compound ||
                            found.kind == SourceKind::Tnef;
         costs_.push_back(CostOfInput(source, queue_.planPath(source), work.sum.bytes,
-                                     !isOne && work.attempts == 1, limits_.messageCost));
+                                     !isOne && IsUntouched(work.attempts.limits()),
+                                     limits_.messageCost));
       }
     }
     inputs_.push_back(std::move(input));

@@ -99,10 +99,8 @@ Json JsonOfInput(size_t number, const PlannedInput& input) {
   json["sha256"] = input.sum.sha256.empty() ? Json(nullptr) : Json(input.sum.sha256);
   if (!input.print.empty()) json["fingerprint"] = input.print;
   json["entries"] = input.entries;
-  if (source.trouble) {
-    json["trouble"] = kTroubleNames[static_cast<size_t>(source.trouble->kind)];
-    json["reason"] = JsonOfText(source.trouble->reason);
-  }
+  if (source.trouble) json["trouble"] = kTroubleNames[static_cast<size_t>(source.trouble->kind)];
+  if (!input.reason.empty()) json["reason"] = JsonOfText(input.reason);
   return json;
 }
 
@@ -118,9 +116,10 @@ PlannedInput InputOfJson(const Json& json) {
   if (!json.at("sha256").is_null()) input.sum.sha256 = json["sha256"];
   input.print = json.value("fingerprint", "");
   input.entries = json.at("entries");
+  if (json.contains("reason")) input.reason = TextOfJson(json["reason"]);
   if (json.contains("trouble")) {
-    source.trouble = Trouble{static_cast<TroubleKind>(IndexOf(kTroubleNames, json["trouble"])),
-                             TextOfJson(json.at("reason"))};
+    source.trouble =
+        Trouble{static_cast<TroubleKind>(IndexOf(kTroubleNames, json["trouble"])), input.reason};
   }
   return input;
 }

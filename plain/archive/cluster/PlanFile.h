@@ -27,6 +27,7 @@ struct PlannedInput {
   FileSum sum;          // its digits are empty where it cannot be read
   std::string print;    // of a large one (InputPrint.h)
   uint64_t entries = 0;
+  std::string reason;  // of the source as a whole; empty: nothing is wrong with it
 };
 
 // All of an input, or a range of its entries.

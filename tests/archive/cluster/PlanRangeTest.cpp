@@ -121,6 +121,7 @@ TEST_F(PlanRangeTest, FindsMailsOfAnMbox) {
 TEST_F(PlanRangeTest, FindsMailsOfAMaildir) {
   addMaildir("maildir", 13);
   fs::create_directories(at("maildir/cur/odd"));
+  (void)directory_.write("maildir/cur/odd/1", "x");
   EXPECT_EQ(compareAll("maildir", SourceKind::Maildir), 14u);
 }
 
