@@ -28,7 +28,6 @@ void Append(const fs::path& from, GrowingFile& to) {
 MergeRun::MergeRun(const PlanFile& plan, const ExportOptions& options, ExportSources& sources,
                    Staging& staging)
     : plan_(plan),
-      sources_(sources),
       staging_(staging),
       progress_(host::StandardErrorIsTerminal()),
       queue_(sources, staging, 1, progress_),

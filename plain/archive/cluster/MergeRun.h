@@ -43,7 +43,6 @@ class MergeRun {
   const FinishedEntry& entryOf(size_t input, uint64_t number);
 
   const PlanFile& plan_;
-  ExportSources& sources_;
   Staging& staging_;
   Progress progress_;
   WorkQueue queue_;
