@@ -60,12 +60,12 @@ done <"$work/commands"
 sort -u "$work/all" -o "$work/all"
 
 # The texts of the other two name each command and each option.
-sed -nE "/^  commands=\(/,/^  \)/s/^    '([a-z]+):.*/\1/p" "$folder/_tarnmail" | sort >"$work/named"
+sed -nE "/^  commands=\(/,/^  \)/s/^    '([a-z-]+):.*/\1/p" "$folder/_tarnmail" | sort >"$work/named"
 same "commands in zsh" "$work/commands" "$work/named"
 grep -oP "(?<=[{'),])(-[A-Za-z]|--[a-z-]+)(?=[,}\[])" "$folder/_tarnmail" | sort -u >"$work/named"
 same "options in zsh" "$work/all" "$work/named"
 
-sed -nE 's/.* -a ([a-z]+) -d .*/\1/p' "$folder/tarnmail.fish" | sort >"$work/named"
+sed -nE 's/.* -a ([a-z-]+) -d .*/\1/p' "$folder/tarnmail.fish" | sort >"$work/named"
 same "commands in fish" "$work/commands" "$work/named"
 { sed -nE 's/^complete .* -s ([A-Za-z]) .*/-\1/p' "$folder/tarnmail.fish"
   sed -nE 's/^complete .* -l ([a-z-]+) .*/--\1/p' "$folder/tarnmail.fish"; } | sort -u >"$work/named"
