@@ -38,7 +38,7 @@ manual_lists() {
 }
 
 # commands_of GROUP: the commands that the help lists below a title.
-commands_of() { "$tarnmail" --help | sed -n "/^$1:/,/^\$/s/^  \([a-z]*\) .*/\1/p"; }
+commands_of() { "$tarnmail" --help | sed -n "/^$1:/,/^\$/s/^  \([a-z-]*\) .*/\1/p"; }
 
 # Those of archives take no options of the others.
 commands_of "Archive commands" >"$work/archive"

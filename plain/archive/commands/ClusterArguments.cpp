@@ -37,8 +37,8 @@ void AddPlan(CLI::App& app, PlanOptions& options, std::function<host::ExitStatus
   plan->add_option("--target-cost", options.targetCost,
                    "Cost of a task: bytes of its messages, and what each costs by itself; 1G "
                    "unless said otherwise")
-      ->transform(CLI::AsSizeValue(false))
-      ->check(CLI::PositiveNumber)
+      ->transform(CLI::AsSizeValue(false).description(""))
+      ->check(CLI::Validator(CLI::PositiveNumber).description(""))
       ->type_name("BYTES");
   plan->add_option("--max-tasks", options.maxTasks,
                    "At most so many tasks, which are larger then; 1000 unless said otherwise")

@@ -187,6 +187,7 @@ void Batch::placeFolders() {
     std::error_code ignored;
     if (made.insert(move.to.parent_path()).second) {
       fs::create_directories(move.to.parent_path(), error);
+      if (error) CheckStaged(SystemTrouble(move.to.parent_path(), error.value()));
     }
     fs::rename(move.from, move.to, error);
     // One that is made once, as by a part, may be in its place since a run that was ended early.
