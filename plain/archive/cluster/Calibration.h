@@ -9,8 +9,7 @@
 
 namespace tarn::archive {
 
-// Where nobody knows better. An export to html with a catalogue spends this much on a message of
-// its own (bench/archive-cluster.sh measures it).
+// Where nobody knows better: a guess, which --calibrate replaces by what an export has taken.
 inline constexpr uint64_t kUsualMessageCost = uint64_t{64} << 10;
 
 // A task that was done.

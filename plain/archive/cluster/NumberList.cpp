@@ -17,7 +17,7 @@ std::string NumberList(const std::vector<uint64_t>& numbers) {
   return list;
 }
 
-std::vector<uint64_t> NumbersOf(std::string_view list) {
+std::vector<uint64_t> NumbersOf(std::string_view list, uint64_t largest) {
   std::vector<uint64_t> numbers;
   const char* at = list.data();
   const char* const end = at + list.size();
@@ -30,7 +30,10 @@ std::vector<uint64_t> NumbersOf(std::string_view list) {
       read = std::from_chars(read.ptr + 1, end, last);
       if (read.ec != std::errc() || last < first) break;
     }
-    for (uint64_t number = first; number <= last; ++number) numbers.push_back(number);
+    // Rising, so that the list is never longer than its largest number.
+    if (last > largest || (!numbers.empty() && first <= numbers.back())) break;
+    for (uint64_t number = first; number != last; ++number) numbers.push_back(number);
+    numbers.push_back(last);
     at = read.ptr;
     if (at == end || *at != ',') break;
     ++at;

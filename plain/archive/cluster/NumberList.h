@@ -12,8 +12,8 @@ namespace tarn::archive {
 // Of rising numbers; empty for none.
 std::string NumberList(const std::vector<uint64_t>& numbers);
 
-// What is not such a list gives what was read so far.
-std::vector<uint64_t> NumbersOf(std::string_view list);
+// What is not such a list, or goes beyond the largest number, gives what was read so far.
+std::vector<uint64_t> NumbersOf(std::string_view list, uint64_t largest);
 
 }  // namespace tarn::archive
 

@@ -76,6 +76,16 @@ Outcome<PartFacts> PartIn(const fs::path& folder) {
   }
 }
 
+std::optional<Trouble> PartSum::addPlan(const fs::path& plan) {
+  Sha256 sum;
+  const std::optional<Trouble> trouble = ReadInPieces(plan, [&sum](std::string_view piece) {
+    sum.add(piece);
+    return true;
+  });
+  sum_.addText(sum.digest());
+  return trouble;
+}
+
 std::optional<Trouble> PartSum::add(const FinishedEntry& entry) {
   ++counts_.entries;
   counts_.bytes += entry.bytes;

@@ -51,6 +51,8 @@ Outcome<PartFacts> PartIn(const std::filesystem::path& folder);
 // The sum of a part, entry by entry.
 class PartSum {
  public:
+  // The plan of a range, which names the folders of its items; before its entries.
+  std::optional<Trouble> addPlan(const std::filesystem::path& plan);
   // Reads what the worker wrote of the entry, and counts its items.
   std::optional<Trouble> add(const FinishedEntry& entry);
   // Tells it in the facts.

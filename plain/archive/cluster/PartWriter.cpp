@@ -86,6 +86,7 @@ void PartWriter::write(const fs::path& path, const std::string& bytes) const {
 void PartWriter::describe(size_t ranges) {
   PartSum sum;
   for (size_t range = 0; range < ranges; ++range) {
+    Check(sum.addPlan(PlanOfRange(folder(), range)));
     for (FinishedEntry& entry : entries_[range]) {
       if (!entry.folder.empty()) entry.folder = folder() / "work" / entry.folder.filename();
       Check(sum.add(entry));

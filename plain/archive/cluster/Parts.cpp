@@ -50,6 +50,7 @@ class PartCheck {
     const Outcome<std::unique_ptr<PlanReader>> plan =
         PlanReader::open(PlanOfRange(folder_, number));
     if (!plan) return plan.trouble();
+    if (std::optional<Trouble> trouble = sum_.addPlan(PlanOfRange(folder_, number))) return trouble;
     if (entries->size() != range.entries) {
       return Damaged(host::Utf8FromPath(folder_),
                      "has " + std::to_string(entries->size()) + " entries where " +

@@ -64,7 +64,7 @@ Json JsonOfRange(const PlanRange& range) {
   return json;
 }
 
-PlanRange RangeOfJson(const Json& json) {
+PlanRange RangeOfJson(const Json& json, uint64_t entries) {
   PlanRange range;
   for (const Json& run : json.at("runs")) {
     range.runs.push_back({FolderOfJson(run.at("folder")),
@@ -72,7 +72,8 @@ PlanRange RangeOfJson(const Json& json) {
                           {run.at("at").at(0), run.at("at").at(1), false},
                           run.at("rows")});
   }
-  range.shared = NumbersOf(json.value("shared", ""));
+  range.shared = NumbersOf(json.value("shared", ""), entries);
+  range.entries = entries;
   if (!json.contains("gaps")) return range;
   for (const Json& told : json.at("gaps")) {
     PlanGap gap;
@@ -152,8 +153,7 @@ PlannedTask TaskOfJson(const Json& json) {
     range.entries = told.at("entries");
     if (told.contains("runs")) {
       range.first = told.at("first");
-      range.range = RangeOfJson(told);
-      range.range->entries = range.entries;
+      range.range = RangeOfJson(told, range.entries);
     }
     task.ranges.push_back(std::move(range));
   }
@@ -253,7 +253,11 @@ PlannedTask PlanFile::task(uint64_t number) const {
   try {
     const Json json = Json::parse(line);
     if (json.at("task") != number) refuse("does not have its tasks in their order");
-    return TaskOfJson(json);
+    PlannedTask task = TaskOfJson(json);
+    for (const PlannedRange& range : task.ranges) {
+      if (range.input >= inputs_.size()) refuse("has no input " + std::to_string(range.input));
+    }
+    return task;
   } catch (const Json::exception&) {
     refuse("has a damaged task " + std::to_string(number));
   }

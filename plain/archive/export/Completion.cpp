@@ -112,6 +112,7 @@ class Completion {
       const fs::path to = staging_.tree() / host::PathFromUtf8(name);
       std::error_code error;
       fs::create_directories(to.parent_path(), error);
+      if (error) CheckStaged(SystemTrouble(to.parent_path(), error.value()));
       fs::remove(to, error);
       Outcome<std::unique_ptr<GrowingFile>> grown =
           GrowingFile::open(staging_.grown().pathOf(name));

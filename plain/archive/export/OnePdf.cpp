@@ -80,6 +80,7 @@ void OnePdf::write(const std::string& path, Folder& folder) {
   const fs::path to = staging_.tree() / host::PathFromUtf8(place);
   step_();
   fs::create_directories(to.parent_path(), error);
+  if (error) CheckStaged(SystemTrouble(to.parent_path(), error.value()));
   error = host::MoveIntoPlace(made, to);
   if (error) CheckStaged(SystemTrouble(to, error.value()));
   host::RemoveTree(work);

@@ -118,7 +118,8 @@ TEST_F(MergeTest, SeesEveryKindOfDamage) {
   addMbox("box", 3);
   exporting_.choices.forms = {ExportForm::Text, ExportForm::Mbox};
   const PlanFile planned = plan(1);
-  for (const char* const name : {"work/0/rows", "work/0/mails", "work/0/texts", "entries/0"}) {
+  for (const char* const name :
+       {"work/0/rows", "work/0/mails", "work/0/texts", "entries/0", "plans/0"}) {
     EXPECT_EQ(run(0), ExitStatus::Done);
     const fs::path victim = at("out/parts/0") / name;
     std::string bytes = test::ReadWholeFile(victim);

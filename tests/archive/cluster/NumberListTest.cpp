@@ -15,15 +15,19 @@ TEST(NumberList, WritesNumbersAsEnginesTakeThem) {
 }
 
 TEST(NumberList, ReadsWhatItWrites) {
-  EXPECT_EQ(NumbersOf(""), Numbers{});
-  EXPECT_EQ(NumbersOf("3,7-9"), (Numbers{3, 7, 8, 9}));
-  EXPECT_EQ(NumbersOf("0-1,18446744073709551614"), (Numbers{0, 1, 18446744073709551614u}));
+  EXPECT_EQ(NumbersOf("", 9), Numbers{});
+  EXPECT_EQ(NumbersOf("3,7-9", 9), (Numbers{3, 7, 8, 9}));
+  EXPECT_EQ(NumbersOf("0-1,18446744073709551615", 18446744073709551615u),
+            (Numbers{0, 1, 18446744073709551615u}));
 }
 
 TEST(NumberList, StopsAtWhatIsNoList) {
-  EXPECT_EQ(NumbersOf("3,x"), (Numbers{3}));
-  EXPECT_EQ(NumbersOf("5-2"), Numbers{});
-  EXPECT_EQ(NumbersOf("-1"), Numbers{});
+  EXPECT_EQ(NumbersOf("3,x", 9), (Numbers{3}));
+  EXPECT_EQ(NumbersOf("5-2", 9), Numbers{});
+  EXPECT_EQ(NumbersOf("-1", 9), Numbers{});
+  EXPECT_EQ(NumbersOf("3,7-10", 9), (Numbers{3}));
+  EXPECT_EQ(NumbersOf("0-18446744073709551615", 9), Numbers{});
+  EXPECT_EQ(NumbersOf("3-5,4-6", 9), (Numbers{3, 4, 5}));
 }
 
 }  // namespace

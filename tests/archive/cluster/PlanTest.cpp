@@ -147,5 +147,21 @@ TEST_F(PlanTest, RefusesAPlanThatWasChanged) {
   EXPECT_EQ(refusal(bytes), "");
 }
 
+TEST_F(PlanTest, RefusesATaskOfAnInputThatItDoesNotHave) {
+  addMails("mails", 1);
+  const std::string id = plan(1).id();
+  std::string bytes = test::ReadWholeFile(at("plan"));
+  const std::string input = R"("items":[{"input":)";
+  const size_t place = bytes.find(input) + input.size();
+  ASSERT_LT(place, bytes.size());
+  bytes[place] = '7';
+  Sha256 sum;
+  sum.add(std::string_view(bytes).substr(bytes.find('\n') + 1));
+  bytes.replace(bytes.find(id), id.size(), sum.digest());
+  std::ofstream(at("plan"), std::ios::binary) << bytes;
+  const PlanFile crafted(at("plan").string());
+  EXPECT_EQ(failureOf([&] { (void)crafted.task(0); }), text("plan") + ": has no input 7");
+}
+
 }  // namespace
 }  // namespace tarn::archive
