@@ -29,7 +29,9 @@ constexpr std::string_view kHead =
 
 // The frame follows the colours of the system; mails are written for white. The rules of a mail
 // name nothing outside of <main>, and nothing of a mail lies outside of its place, or on paper
-// above the header.
+// above the header. What a mail lays below its text is above the background of its body, as on a
+// page of its own; a picture is at most as wide as the window, since a box that has nothing but
+// pictures with places of their own is 0 wide.
 constexpr std::string_view kStyle =
     "</title>\n"
     "<style>\n"
@@ -48,7 +50,8 @@ constexpr std::string_view kStyle =
     "content!important;"
     "overflow:auto!important;background:#fff;color:#000;color-scheme:light}\n"
     "tarn-body,.tarn-text{display:block;padding:16px 24px}\n"
-    ".tarn-mail img{max-width:100%}\n"
+    "tarn-body{isolation:isolate}\n"
+    ".tarn-mail img{max-width:calc(100vw - 48px)}\n"
     ".tarn-text p{white-space:pre-wrap;overflow-wrap:anywhere;margin:0 0 1em}\n"
     ".tarn-image{color:#555;border:1px dashed #999;padding:0 4px}\n"
     "@media (prefers-color-scheme:dark){\n"

@@ -55,6 +55,10 @@ BODIES = [
     '<noscript><p title="</noscript><img src=x onerror=document.title=1>">x</noscript>'
     '<math><mtext><table><mglyph><style><!--</style><img title="--&gt;&lt;img src=1 onerror=alert(1)&gt;">',
     '<img src="cid:picture@x" id=drawn><p>picture',
+    # A picture below the text, and the only thing in its box.
+    '<div style="position:relative"><div style="position:absolute;z-index:-1;left:30px;top:9px">'
+    '<img src="cid:picture@x" width=40 height=40 style="position:absolute;left:5px"></div></div>'
+    '<p style="height:50px">',
 ]
 
 
@@ -150,6 +154,18 @@ class PagesInBrowser(unittest.TestCase):
         browser.open(self.url(last))
         browser.wait('document.images.length === 1 && document.images[0].naturalWidth === 1')
         self.assert_nothing_left(browser)
+
+    def test_layers_of_a_mail_show(self):
+        [path] = [file['path'] for row in self.rows if row['subject'].startswith('Mail n12n ')
+                  for file in row['files'] if file['role'] == 'html']
+        browser = self.opened()
+        browser.open(self.url(path))
+        browser.wait('document.readyState === "complete" && document.images.length === 1')
+        box = browser.value('document.images[0].getBoundingClientRect().toJSON()')
+        self.assertEqual((box['width'], box['height']), (40, 40))
+        # Below the text, and above what lies below the mail as a whole.
+        self.assertEqual(browser.value(f'Array.from(document.elementsFromPoint({box["x"] + 20}, {box["y"] + 20}), '
+                                       '(one) => one.localName)'), ['p', 'img', 'tarn-body', 'main', 'body', 'html'])
 
     def test_index_shows_what_would_break_it(self):
         browser = self.opened()
