@@ -35,10 +35,11 @@ class ShownParts {
   void read() {
     isRead_ = true;
     for (const BodyPiece& piece : layout_.pieces) {
-      for (GMimePart* part : piece.htmls) {
-        const Outcome<std::string> bytes = BytesOfText(part);
+      for (const BodyPart& part : piece.parts) {
+        if (!part.isHtml) continue;
+        const Outcome<std::string> bytes = BytesOfText(part.part);
         if (!bytes) continue;
-        const HtmlBody html{*bytes, ParameterOf(GMIME_OBJECT(part), "charset")};
+        const HtmlBody html{*bytes, ParameterOf(GMIME_OBJECT(part.part), "charset")};
         ids_.merge(ContentIdsOf(html));
         html_ += Utf8OfHtml(html);
       }

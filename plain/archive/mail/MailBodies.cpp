@@ -55,9 +55,12 @@ std::string PreformattedHtml(std::string_view text) {
   return html + "</pre>\n";
 }
 
+bool HasWords(std::string_view text) { return !Trimmed(text).empty(); }
+
 // The text and the HTML of one piece.
 struct ReadPiece {
   std::optional<std::string> text;
+  bool saysAllAsText = false;  // the text has words, and not only those beside the HTML
   std::vector<HtmlBody> htmls;
 };
 
@@ -79,12 +82,19 @@ class BodyReader {
 
 ReadPiece BodyReader::read(const BodyPiece& piece) {
   ReadPiece read;
-  if (!piece.loose.empty()) read.text = piece.loose;
-  for (GMimePart* part : piece.texts) {
-    if (auto text = readText(part)) Join(read.text, std::move(*text));
+  if (!piece.loose.empty()) {
+    read.text = piece.loose;
+    read.saysAllAsText = HasWords(piece.loose);
   }
-  for (GMimePart* part : piece.htmls) {
-    if (auto html = readHtml(part)) read.htmls.push_back(std::move(*html));
+  for (const BodyPart& part : piece.parts) {
+    if (part.isHtml) {
+      if (auto html = readHtml(part.part)) read.htmls.push_back(std::move(*html));
+    } else if (auto text = readText(part.part)) {
+      if (part.isOfHtml && HasWords(*text))
+        read.htmls.push_back({PreformattedHtml(*text), "utf-8"});
+      read.saysAllAsText |= !part.isOfHtml && HasWords(*text);
+      Join(read.text, std::move(*text));
+    }
   }
   return read;
 }
@@ -124,11 +134,9 @@ void AppendHtml(std::string& all, std::string_view html) {
   all += html;
 }
 
-bool HasText(const ReadPiece& piece) { return piece.text && !Trimmed(*piece.text).empty(); }
+bool IsTextAlone(const ReadPiece& piece) { return piece.htmls.empty() && piece.saysAllAsText; }
 
-bool IsTextAlone(const ReadPiece& piece) { return piece.htmls.empty() && HasText(piece); }
-
-bool IsHtmlAlone(const ReadPiece& piece) { return !piece.htmls.empty() && !HasText(piece); }
+bool IsHtmlAlone(const ReadPiece& piece) { return !piece.htmls.empty() && !piece.saysAllAsText; }
 
 // The HTML of all pieces. A document alone keeps its bytes; several, or one with text, are UTF-8.
 HtmlBody JoinHtml(std::vector<ReadPiece>& pieces) {

@@ -48,6 +48,8 @@ class Layouter {
 
  private:
   void takeMultipart(GMimeMultipart* multipart);
+  void takeAlternatives(GMimeMultipart* multipart);
+  void takeAlternative(GMimeObject* part);
   void takeSigned(GMimeMultipart* multipart);
   void takeRelated(GMimeMultipart* multipart);
   void takeLeaf(GMimeObject* part);
@@ -57,6 +59,9 @@ class Layouter {
   MailLayout& layout_;
   bool seeksUuencode_;
   BodyPiece* alternatives_ = nullptr;  // the piece that alternatives go to
+  std::vector<size_t>
+      textsOfAlternative_;  // places in it, of those that are in no alternative within
+  bool alternativeHasHtml_ = false;
   bool isRelated_ = false;
   bool isFirst_ = true;  // no leaf has come yet
   std::vector<std::string> boundaries_;
@@ -77,7 +82,7 @@ void Layouter::takeMultipart(GMimeMultipart* multipart) {
   const int count = g_mime_multipart_get_count(multipart);
   if (count == 0) {
     std::string text = TextOfLines(g_mime_multipart_get_prologue(multipart));
-    if (!text.empty()) layout_.pieces.push_back({{}, {}, std::move(text)});
+    if (!text.empty()) layout_.pieces.push_back({{}, std::move(text)});
     return;
   }
   const char* boundary = g_mime_multipart_get_boundary(multipart);
@@ -87,16 +92,35 @@ void Layouter::takeMultipart(GMimeMultipart* multipart) {
     takeSigned(multipart);
   } else if (type == "multipart/related") {
     takeRelated(multipart);
-  } else if (type == "multipart/alternative" && alternatives_ == nullptr) {
-    BodyPiece piece;
-    alternatives_ = &piece;
-    for (int i = 0; i < count; ++i) take(g_mime_multipart_get_part(multipart, i));
-    alternatives_ = nullptr;
-    if (!piece.texts.empty() || !piece.htmls.empty()) layout_.pieces.push_back(std::move(piece));
+  } else if (type == "multipart/alternative") {
+    takeAlternatives(multipart);
   } else {
     for (int i = 0; i < count; ++i) take(g_mime_multipart_get_part(multipart, i));
   }
   boundaries_.pop_back();
+}
+
+// Alternatives within alternatives are of the same piece.
+void Layouter::takeAlternatives(GMimeMultipart* multipart) {
+  const int count = g_mime_multipart_get_count(multipart);
+  BodyPiece piece;
+  const bool isOutermost = alternatives_ == nullptr;
+  if (isOutermost) alternatives_ = &piece;
+  for (int i = 0; i < count; ++i) takeAlternative(g_mime_multipart_get_part(multipart, i));
+  if (!isOutermost) return;
+  alternatives_ = nullptr;
+  if (!piece.parts.empty()) layout_.pieces.push_back(std::move(piece));
+}
+
+void Layouter::takeAlternative(GMimeObject* part) {
+  const std::vector<size_t> textsAround = std::exchange(textsOfAlternative_, {});
+  const bool hadHtml = std::exchange(alternativeHasHtml_, false);
+  take(part);
+  if (alternativeHasHtml_) {
+    for (const size_t text : textsOfAlternative_) alternatives_->parts[text].isOfHtml = true;
+  }
+  textsOfAlternative_ = textsAround;
+  alternativeHasHtml_ |= hadHtml;
 }
 
 void Layouter::takeSigned(GMimeMultipart* multipart) {
@@ -154,14 +178,14 @@ bool Layouter::takeText(GMimePart* part, std::string_view type) {
   // Programs that name the text itself say nothing of its disposition.
   const bool isTextItself = disposition == nullptr && (isFirst_ || alternatives_ != nullptr);
   if (hasName && !isTextItself) return false;
-  std::vector<GMimePart*> BodyPiece::*const list =
-      type == "text/plain" ? &BodyPiece::texts : &BodyPiece::htmls;
-  if (alternatives_ != nullptr) {
-    (alternatives_->*list).push_back(part);
+  const bool isHtml = type != "text/plain";
+  const BodyPart body{part, isHtml, isHtml};
+  if (alternatives_ == nullptr) {
+    layout_.pieces.push_back({{body}, {}});
   } else {
-    BodyPiece piece;
-    (piece.*list).push_back(part);
-    layout_.pieces.push_back(std::move(piece));
+    if (!isHtml) textsOfAlternative_.push_back(alternatives_->parts.size());
+    alternativeHasHtml_ |= isHtml;
+    alternatives_->parts.push_back(body);
   }
   if (seeksUuencode_ && type == "text/plain") {
     LaidPart laid;

@@ -12,10 +12,16 @@
 
 namespace tarn::archive::mail {
 
+struct BodyPart {
+  GMimePart* part = nullptr;
+  bool isHtml = false;
+  bool isOfHtml =
+      false;  // HTML itself, or text of the alternative that has HTML, such as its footer
+};
+
 // A piece of the text: a part of its own, or the alternatives of one piece.
 struct BodyPiece {
-  std::vector<GMimePart*> texts;
-  std::vector<GMimePart*> htmls;
+  std::vector<BodyPart> parts;
   std::string loose;  // text that is in no part, since the parts have no boundary
 };
 

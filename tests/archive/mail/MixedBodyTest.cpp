@@ -7,8 +7,10 @@ namespace {
 
 using test::OpenedMail;
 
-std::string Multipart(const std::string& type, const std::vector<std::string>& parts) {
-  const std::string boundary = "b-" + type;
+// Of `type`; its boundary tells it from parts of another type around it, or of another depth.
+std::string Multipart(const std::string& type, const std::vector<std::string>& parts,
+                      const std::string& depth = "") {
+  const std::string boundary = "b-" + type + depth;
   std::string text = "Content-Type: multipart/" + type + "; boundary=" + boundary + "\n\n";
   for (const std::string& part : parts) text += "--" + boundary + "\n" + part + "\n";
   return text + "--" + boundary + "--\n";
@@ -69,6 +71,41 @@ TEST(MixedBodyTest, ReadsThePlainAlternativeWithItsFooter) {
       "mixed", {Multipart("alternative", {Plain("plain"), Html("<p>html")}), Plain("footer")});
   EXPECT_EQ(Read(mail), " plain footer");
   EXPECT_EQ(*OpenedMail(mail)->bodies().text, "plain\nfooter");
+}
+
+// What an alternative has beside its HTML belongs to it, at its place.
+TEST(MixedBodyTest, ReadsTheTextBesideTheHtmlOfAnAlternative) {
+  const std::string mail = Multipart(
+      "alternative",
+      {Plain("plain"), Multipart("mixed", {Html("<p>one"), Plain("foot & er"), Html("<p>two")})});
+  OpenedMail opened(mail);
+  EXPECT_EQ(*opened->bodies().text, "plain\nfoot & er");
+  EXPECT_EQ(opened->bodies().html->bytes, "<p>one\n<pre>foot &#38; er</pre>\n<p>two");
+  EXPECT_EQ(opened->bodies().html->charset, "utf-8");
+}
+
+TEST(MixedBodyTest, ReadsTheHtmlOfAnAlternativeWhoseOnlyTextIsBesideIt) {
+  const std::string mail =
+      Multipart("alternative", {Multipart("mixed", {Html("<p>one"), Plain("footer")})});
+  EXPECT_EQ(Read(mail), " one footer");
+  EXPECT_FALSE(OpenedMail(mail)->bodies().text.has_value());
+}
+
+TEST(MixedBodyTest, KeepsTheAlternativesOfAnAlternativeApart) {
+  const std::string mail = Multipart(
+      "alternative",
+      {Plain("plain"),
+       Multipart("mixed", {Multipart("alternative", {Plain("inner"), Html("<p>html")}, "2"),
+                           Plain("footer")})});
+  EXPECT_EQ(OpenedMail(mail)->bodies().html->bytes, "<p>html\n<pre>footer</pre>\n");
+}
+
+TEST(MixedBodyTest, LeavesHtmlItsBytesWhereTheTextBesideItIsBlank) {
+  const std::string mail = Multipart(
+      "alternative",
+      {Plain("plain"), Multipart("mixed", {"Content-Type: text/html; charset=windows-1252\n\n\xE4",
+                                           Plain(" \n")})});
+  EXPECT_EQ(OpenedMail(mail)->bodies().html->bytes, "\xE4");
 }
 
 }  // namespace
