@@ -101,6 +101,23 @@ if(TARGET tarnmail-archive)
     FILE \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${helperdir}/tarnmail-archive\"
     OLD_RPATH [[${tarnmail-archive_built_rpath}]] NEW_RPATH [[${archive_rpath}]])"
     COMPONENT archive EXCLUDE_FROM_ALL)
+
+  # And the command for clusters, whose modules are where the helpers are.
+  set(slurm ${PROJECT_SOURCE_DIR}/plain/slurm)
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${slurm}/tarnmail-slurm)
+  file(READ ${slurm}/tarnmail-slurm tarnmail_slurm)
+  set(place_in_sources "os.path.join(HERE, \"..\", \"lib\", \"tarnpst\")")
+  string(FIND "${tarnmail_slurm}" "${place_in_sources}" found)
+  if(found EQUAL -1)
+    message(FATAL_ERROR "tarnmail-slurm does not look for its modules as it did")
+  endif()
+  string(REPLACE "${place_in_sources}" "os.path.join(HERE, \"${helperdir_from_program}\")"
+    tarnmail_slurm "${tarnmail_slurm}")
+  file(WRITE ${PROJECT_BINARY_DIR}/installed/tarnmail-slurm "${tarnmail_slurm}")
+  install(PROGRAMS ${PROJECT_BINARY_DIR}/installed/tarnmail-slurm
+    DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT archive EXCLUDE_FROM_ALL)
+  install(DIRECTORY ${slurm}/tarnslurm DESTINATION ${helperdir}
+    COMPONENT archive EXCLUDE_FROM_ALL FILES_MATCHING PATTERN "*.py" PATTERN __pycache__ EXCLUDE)
 endif()
 
 install(FILES ${PROJECT_SOURCE_DIR}/Include/TarnPst.h ${PROJECT_SOURCE_DIR}/Include/TarnPstLayout.h
@@ -193,6 +210,16 @@ if(NOT WIN32)
     DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions)
   install(FILES ${completions}/tarnmail.fish
     DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
+  if(TARGET tarnmail-archive)
+    install(FILES ${completions}/tarnmail-slurm.bash RENAME tarnmail-slurm
+      DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
+      COMPONENT archive EXCLUDE_FROM_ALL)
+    install(FILES ${completions}/_tarnmail-slurm
+      DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions COMPONENT archive EXCLUDE_FROM_ALL)
+    install(FILES ${completions}/tarnmail-slurm.fish
+      DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d
+      COMPONENT archive EXCLUDE_FROM_ALL)
+  endif()
 endif()
 
 # compressed(<file> <name> <folder> [<option of install>...]): installs the file as <name>.gz, the
@@ -208,6 +235,10 @@ function(compressed file name folder)
 endfunction()
 if(NOT WIN32)
   compressed(${PROJECT_SOURCE_DIR}/docs/tarnmail.1 tarnmail.1 ${CMAKE_INSTALL_MANDIR}/man1)
+  if(TARGET tarnmail-archive)
+    compressed(${PROJECT_SOURCE_DIR}/docs/tarnmail-slurm.1 tarnmail-slurm.1 ${CMAKE_INSTALL_MANDIR}/man1
+      COMPONENT archive EXCLUDE_FROM_ALL)
+  endif()
   compressed(${PROJECT_SOURCE_DIR}/CHANGELOG.md changelog ${CMAKE_INSTALL_DOCDIR})
   compressed(${PROJECT_SOURCE_DIR}/packaging/debian/changelog changelog.Debian ${CMAKE_INSTALL_DOCDIR}
     COMPONENT debian EXCLUDE_FROM_ALL)

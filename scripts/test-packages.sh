@@ -270,19 +270,30 @@ archive=$(find "$release" -maxdepth 1 -name 'tarnpst-archive_*.deb')
 [ -f "$archive" ] || fail "no tarnpst-archive_*.deb"
 [ "$(dpkg-deb -f "$archive" Package)" = tarnpst-archive ] || fail "the name of the archive commands' .deb"
 dpkg-deb -f "$archive" Depends >"$work/depends"
-for part in tarnpst libgmime-3.0-0 libsqlite3-0; do
+for part in tarnpst libgmime-3.0-0 libsqlite3-0 python3; do
   grep -qw "$part" "$work/depends" || fail "the archive commands' .deb does not depend on $part"
 done
 dpkg-deb -x "$archive" "$both" || fail "dpkg-deb cannot unpack $archive"
 (cd "$both" && find . -type f -printf '%P\n' | sort) >"$work/files"
+modules=$(cd "$root/plain/slurm" && echo tarnslurm/*.py)
 same "the archive commands' .deb: the list of files" <(printf '%s\n' usr/lib/tarnpst/tarnmail-archive \
-  usr/share/doc/tarnpst-archive/{changelog.Debian.gz,copyright}) "$work/files"
+  usr/share/doc/tarnpst-archive/{changelog.Debian.gz,copyright} usr/bin/tarnmail-slurm \
+  ${modules//tarnslurm/usr/lib/tarnpst/tarnslurm} usr/share/man/man1/tarnmail-slurm.1.gz \
+  usr/share/bash-completion/completions/tarnmail-slurm usr/share/zsh/vendor-completions/_tarnmail-slurm \
+  usr/share/fish/vendor_completions.d/tarnmail-slurm.fish | sort) "$work/files"
 dpkg-deb -x "$deb" "$both" || fail "dpkg-deb cannot unpack $deb"
 status=0
 "$tree/usr/bin/tarnmail" list "$root/examples/mailbox.pst" >"$work/out" 2>&1 || status=$?
 [ "$status" -eq 3 ] || fail "exit status $status of list without its package"
 "$root/scripts/check-manual.sh" "$both/usr/bin/tarnmail" "$work/tarnmail.1" "$root/examples" ||
   fail "the manual page"
+# The command for clusters finds its modules, and the program beside it.
+"$both/usr/bin/tarnmail-slurm" --help >"$work/out" || fail "tarnmail-slurm of the package"
+gzip -dc "$both/usr/share/man/man1/tarnmail-slurm.1.gz" >"$work/tarnmail-slurm.1"
+"$root/scripts/check-slurm-options.sh" "$both/usr/bin/tarnmail" "$both/usr/bin/tarnmail-slurm" \
+  "$work/tarnmail-slurm.1" "$root/packaging/completions" || fail "the options of tarnmail-slurm"
+python3 -B "$root/tests/slurm/slurm_test.py" "$both/usr/bin/tarnmail" "$both/usr/bin/tarnmail-slurm" \
+  SubmissionTest.test_whole_export_is_that_of_one_machine >"$work/log" 2>&1 || { cat "$work/log" >&2; fail "tarnmail-slurm of the package"; }
 
 # The helpers, where they are built: a package of its own, which completes the other.
 check_pages() {
