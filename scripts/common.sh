@@ -30,6 +30,9 @@ TARN_PAGE_TEST_PACKAGES=(chromium poppler-utils python3 sqlite3 strace)
 # What the tests of the archive read contacts and calendars with.
 TARN_ARCHIVE_TEST_PACKAGES=(python3-vobject)
 
+# A Slurm for this machine alone, on which an export by many is tested.
+TARN_CLUSTER_PACKAGES=(munge python3 slurm-client slurmctld slurmd util-linux)
+
 say() { printf '%s\n' "$*" >&2; }
 
 # install_packages PACKAGE...: installs those that are missing; quick when there are none.

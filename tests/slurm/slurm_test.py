@@ -271,7 +271,7 @@ class SubmissionTest(ClusterTest):
     def test_refused_submission_can_be_made_again(self) -> None:
         refuse = self.cluster.folder / "refuse"
         refuse.write_text("invalid partition specified: nowhere")
-        self.expect(1, "sbatch: error: invalid partition specified: nowhere", self.mails, "-o",
+        self.expect(1, "sbatch: invalid partition specified: nowhere", self.mails, "-o",
                     self.out, "-p", "nowhere")
         refuse.unlink()
         self.expect(0, "1 submitted", self.mails, "-o", self.out)

@@ -7,7 +7,7 @@ from dataclasses import dataclass
 from typing import Iterable, Sequence
 
 from .failure import FAILED, Failure
-from .programs import ask, find_program, last_line
+from .programs import ask, find_program
 
 PACKAGE = "slurm-client, or what Slurm's commands are called on this system"
 COMMANDS = ("sbatch", "squeue", "scontrol", "scancel")
@@ -79,8 +79,9 @@ class Slurm:
     def _ask(self, name: str, *arguments: str) -> str:
         answer = ask([self._paths[name], *arguments])
         if answer.returncode != 0:
-            said = last_line(answer.stderr or answer.stdout)
-            raise Failure(FAILED, said if said.startswith(name) else f"{name}: {said}")
+            lines = [line.removeprefix(f"{name}: ").removeprefix("error: ")
+                     for line in (answer.stderr or answer.stdout).strip().splitlines()]
+            raise Failure(FAILED, f"{name}: {'; '.join(lines) or 'it does not say why'}")
         return answer.stdout
 
 
