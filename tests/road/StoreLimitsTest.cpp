@@ -216,11 +216,27 @@ TEST_F(StoreLimits, CountAttachmentsOfFailedMessages) {
   EXPECT_EQ(body(), "<img src=\"cid:a\">");
 }
 
-// Both names are 2 bytes, the reference is found at 10, and the body that may be rewritten has 17.
-TEST_F(StoreLimits, CountNamesSearchesAndRewriting) {
+// Both names are 2 bytes, and the reference is found at 10.
+TEST_F(StoreLimits, CountNamesAndSearches) {
   message().html("<img src=\"cid:a\">").attachment(u"a", kImageBytes);
-  EXPECT_EQ(readWithSearches(4 + 10 + 17 + 1), StatusOk);
-  EXPECT_EQ(readWithSearches(4 + 10 + 17), StatusOutOfMemory);
+  EXPECT_EQ(readWithSearches(4 + 10 + 1), StatusOk);
+  EXPECT_EQ(readWithSearches(4 + 10), StatusOutOfMemory);
+}
+
+// Searches from the beginning of the body would take 13 million, and rewriting it each time twice as many.
+TEST_F(StoreLimits, CountLittleForEachOfManyImages) {
+  std::string html;
+  std::string expected;
+  MessageBuilder& m = message();
+  for (int i = 0; i < 1000; ++i) {
+    const std::string name = std::to_string(100000 + i);
+    html += "<img src=\"cid:" + name + "\">\r\n\r\n";
+    expected += "<img src=\"" + kDataUrl + "\">\r\n\r\n";
+    m.attachment(std::u16string(name.begin(), name.end()), kImageBytes);
+  }
+  m.html(html);
+  ASSERT_EQ(readWithSearches(3000000), StatusOk);
+  EXPECT_EQ(body(), expected);
 }
 
 // A name that is not found is looked for in the whole body: with "cid:" and alone.

@@ -5,6 +5,7 @@
 
 #include "Common/ApiUtils.h"
 #include "Common/ImageAim.h"
+#include "Common/ImagePass.h"
 #include "FileFormats/Pst/PstStreams.h"
 #include "pststore/StoreObjects.h"
 
@@ -48,13 +49,18 @@ pststore::wstring LongFileName(const pststore::attachment& attachment) {
 class InlinePass {
  public:
   InlinePass(SizedBytes& body, StoreReading& reading)
-      : reading_(reading), budget_(reading.imageSearches) {
+      : reading_(reading),
+        budget_(reading.imageSearches),
+        pass_(body, ImagePass::LimitsFor(reading.fileSize), budget_) {
     context_.filterData = &reading.data;
     context_.body = &body;
     context_.bodyLimit = BodyLimit(reading.fileSize);
+    context_.pass = &pass_;
   }
 
   Status place(const pststore::attachment& attachment);
+  // Writes the body with the images placed so far.
+  Status finish() { return pass_.finish(); }
 
  private:
   Status readNames(const pststore::attachment& attachment);
@@ -62,6 +68,7 @@ class InlinePass {
 
   StoreReading& reading_;
   SearchBudget& budget_;
+  ImagePass pass_;
   InlineImageContext context_;
   NameBuffer plainName_;
   NameBuffer cidName_;
@@ -77,11 +84,10 @@ Status InlinePass::readNames(const pststore::attachment& attachment) {
   return cidName_.set(cid, 3 * cid.size() + 1);
 }
 
-// Whether the image may be read, and written to its file, and the body rewritten.
+// Whether the image may be read, and written to its file.
 bool InlinePass::takeImage(uint64_t size) {
-  budget_.spend(context_.body->length());
   const bool isWritten = context_.filterData->useTempFile;
-  return !budget_.isSpent() && TakeFrom(reading_.imageBytesLeft, size) &&
+  return TakeFrom(reading_.imageBytesLeft, size) &&
          (!isWritten || TakeFrom(reading_.imageBytesLeft, size));
 }
 
@@ -105,15 +111,9 @@ Status InlinePass::place(const pststore::attachment& attachment) {
   return RewriteInlineImage(context_, {image.get(), size});
 }
 
-}  // namespace
-
-Status InlinePstImages(const pststore::message& source, uint32_t attachmentCount, SizedBytes& body,
-                       StoreReading& reading) {
-  reading.data.attachmentCount = attachmentCount;
-  const uint64_t room = std::min<uint64_t>(attachmentCount, AttachmentLimit(reading.fileSize));
-  if (reading.data.inlineFiles.reserve(room) == nullptr) return StatusOk;
-
-  InlinePass pass(body, reading);
+// The images up to the first that fails.
+Status PlaceImages(const pststore::message& source, uint32_t attachmentCount, StoreReading& reading,
+                   InlinePass& pass) {
   try {
     const pststore::attachment_iterator end = pststore::attachment_end(source);
     uint64_t number = 0;
@@ -127,6 +127,21 @@ Status InlinePstImages(const pststore::message& source, uint32_t attachmentCount
     // The images placed so far stay.
   }
   return StatusOk;
+}
+
+}  // namespace
+
+Status InlinePstImages(const pststore::message& source, uint32_t attachmentCount, SizedBytes& body,
+                       StoreReading& reading) {
+  reading.data.attachmentCount = attachmentCount;
+  const uint64_t room = std::min<uint64_t>(attachmentCount, AttachmentLimit(reading.fileSize));
+  if (reading.data.inlineFiles.reserve(room) == nullptr) return StatusOk;
+
+  InlinePass pass(body, reading);
+  const Status placed = PlaceImages(source, attachmentCount, reading, pass);
+  // What was placed before a failure stays in the body.
+  const Status finished = pass.finish();
+  return placed.ok() ? finished : placed;
 }
 
 }  // namespace tarn
