@@ -19,7 +19,7 @@ unsigned __stdcall CallWork(void* work) {
 
 // Without the flag the size is what the stack begins with, and it grows to what the program's
 // header says.
-void RunOnStackOf(size_t bytes, const std::function<void()>& work) {
+size_t RunOnStackOf(size_t bytes, const std::function<void()>& work) {
   if (bytes > std::numeric_limits<unsigned>::max()) throw std::runtime_error("no such stack");
   std::function<void()> call = work;
   const auto thread =
@@ -28,6 +28,7 @@ void RunOnStackOf(size_t bytes, const std::function<void()>& work) {
   if (thread == nullptr) throw std::runtime_error("no thread with such a stack");
   WaitForSingleObject(thread, INFINITE);
   CloseHandle(thread);
+  return 0;
 }
 
 }  // namespace tarn::test

@@ -1,0 +1,57 @@
+// The stack that the filter takes: every call on every hostile shape and on every example, on a
+// thread of 256 KiB, the calling host's part and what a thread itself needs included.
+#include <gtest/gtest.h>
+
+#include "HostileInput.h"
+#include "Tarnbase/PlainKernel.h"
+#include "support/StackLimit.h"
+
+namespace tarn::test {
+namespace {
+
+constexpr size_t kStack =
+    TARN_TEST_STACK;  // 256 KiB, but for sanitizers, who put more into each frame
+
+class Stack : public HostileCalls {
+ protected:
+  void expectRoom(const std::filesystem::path& file) {
+    const size_t used = RunOnStackOf(kStack, [&] { makeCalls(file); });
+    EXPECT_GT(answers_, 10);
+    EXPECT_LT(used, kStack);
+    RecordProperty("stack", std::to_string(used));
+  }
+};
+
+// A fourth of what measurements begin with is still thousands of levels where there are levels.
+TEST_P(Stack, OfEveryCallHas256Kilobytes) { expectRoom(write(GetParam().shape->count / 4)); }
+
+INSTANTIATE_TEST_SUITE_P(Hostile, Stack, ::testing::ValuesIn(HostileInputs()), NameOfInput);
+
+class StackOfExamples : public Stack {};
+
+TEST_F(StackOfExamples, Has256Kilobytes) {
+  int files = 0;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(EXAMPLES_PATH)) {
+    if (!entry.is_regular_file()) continue;
+    SCOPED_TRACE(entry.path().string());
+    answers_ = 0;
+    expectRoom(entry.path());
+    ++files;
+  }
+  EXPECT_GT(files, 20);
+}
+
+// The measurement itself: a large array shows.
+TEST(StackUse, IsSeen) {
+  const size_t little = RunOnStackOf(kStack, [] {});
+  const size_t much = RunOnStackOf(kStack, [] {
+    volatile char room[100000];
+    for (volatile char& byte : room) byte = 'x';
+  });
+  if (little == 0) GTEST_SKIP() << "the system does not tell";
+  EXPECT_LT(little, size_t{65536});
+  EXPECT_GE(much, little + 99000);
+}
+
+}  // namespace
+}  // namespace tarn::test
