@@ -34,8 +34,8 @@ class HostileCost : public HostileCalls {
 };
 
 TEST_P(HostileCost, GrowsWithTheFileAtMost) {
-  const Cost one = costOf(GetParam().shape->count / 8);
-  const Cost two = costOf(GetParam().shape->count / 4);
+  const Cost one = costOf(GetParam().shape->count / TARN_TEST_SHARE / 2);
+  const Cost two = costOf(GetParam().shape->count / TARN_TEST_SHARE);
   for (const Cost& cost : {one, two}) EXPECT_LE(cost.peak, 192 * kMebibyte + 32 * cost.file);
   // Blocks that double may be full in one and nearly empty in the other.
   EXPECT_LE(two.peak, 4 * one.peak + kMebibyte);

@@ -9,8 +9,7 @@
 namespace tarn::test {
 namespace {
 
-constexpr size_t kStack =
-    TARN_TEST_STACK;  // 256 KiB, but for sanitizers, who put more into each frame
+constexpr size_t kStack = TARN_TEST_STACK;  // 256 KiB in a release
 
 class Stack : public HostileCalls {
  protected:
@@ -22,8 +21,10 @@ class Stack : public HostileCalls {
   }
 };
 
-// A fourth of what measurements begin with is still thousands of levels where there are levels.
-TEST_P(Stack, OfEveryCallHas256Kilobytes) { expectRoom(write(GetParam().shape->count / 4)); }
+// A part of what measurements begin with is still a thousand levels where there are levels.
+TEST_P(Stack, OfEveryCallHas256Kilobytes) {
+  expectRoom(write(GetParam().shape->count / TARN_TEST_SHARE));
+}
 
 INSTANTIATE_TEST_SUITE_P(Hostile, Stack, ::testing::ValuesIn(HostileInputs()), NameOfInput);
 
