@@ -23,7 +23,8 @@ milliseconds() {
 du -h "$work/catalogue.sqlite"
 nothing=$(milliseconds "$program" --help)
 printf 'nothing: %s ms\n' "$nothing"
-for words in 'w12345' 'w1234 w4321' '"w100 w50"' 'w1999*' 'subject:w700' 'w300 NOT w4 --since 2018' 'w2'; do
+for words in 'w12345' 'w1234 w4321' '"w100 w50"' 'w1999*' 'subject:w700' 'w300 NOT w4 --since 2018' 'w2' 'w2 w3' \
+  'receiver'; do
   # shellcheck disable=SC2086
   spent=$(milliseconds "$program" search --limit 20 "$work" $words)
   count=$("$program" search --limit 0 --json "$work" "$words" 2>/dev/null | wc -l)

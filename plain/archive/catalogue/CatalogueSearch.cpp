@@ -12,15 +12,21 @@
 namespace tarn::archive {
 namespace {
 
-// What a column weighs, in the order of the index: a word of the subject says most.
+// Rows are counted in one step; LIMIT keeps SQLite from asking for ranks outside of the search.
 constexpr const char* kFind =
-    "SELECT rowid, bm25(words, 10.0, 4.0, 2.0, 1.0, 0.7) FROM words WHERE words MATCH ?1";
+    "SELECT count(noted) FROM (SELECT tarn_rank(words) AS noted FROM words WHERE words MATCH ?1"
+    " LIMIT -1)";
 constexpr const char* kFindWithin =
-    "SELECT words.rowid, bm25(words, 10.0, 4.0, 2.0, 1.0, 0.7) FROM words"
+    "SELECT count(noted) FROM (SELECT tarn_rank(words) AS noted FROM words"
     " JOIN items ON items.item=words.rowid WHERE words MATCH ?1"
     " AND (?2 IS NULL OR coalesce(sent, received)>=?2)"
     " AND (?3 IS NULL OR coalesce(sent, received)<=?3)"
-    " AND items.attachments>=?4";
+    " AND items.attachments>=?4 LIMIT -1)";
+
+// For a heap, which has the best at its top.
+bool IsWorse(const RankedItem& one, const RankedItem& other) {
+  return std::pair(one.rank, one.number) > std::pair(other.rank, other.number);
+}
 
 std::optional<Moment> MomentOf(const Statement& row, int column) {
   if (row.isNull(column)) return std::nullopt;
@@ -42,6 +48,18 @@ Trouble Unreadable(const std::string& why) {
 
 }  // namespace
 
+RankedItems::RankedItems(std::vector<RankedItem> items) : items_(std::move(items)) {
+  std::make_heap(items_.begin(), items_.end(), IsWorse);
+}
+
+std::optional<RankedItem> RankedItems::next() {
+  if (items_.empty()) return std::nullopt;
+  std::pop_heap(items_.begin(), items_.end(), IsWorse);
+  const RankedItem best = items_.back();
+  items_.pop_back();
+  return best;
+}
+
 class CatalogueSearch::Reading {
  public:
   explicit Reading(const std::filesystem::path& path) : database_(path, DatabaseUse::Read) {
@@ -51,13 +69,15 @@ class CatalogueSearch::Reading {
     isOfThisVersion_ = version.step() && version.number(0) == kCatalogueVersion;
     if (!isOfThisVersion_) return;
     AddPlacesFunction(database_);
+    rank_ = std::make_unique<WordRank>(database_);
     splitter_ = std::make_unique<WordSplitter>(database_);
   }
 
   bool isOfThisVersion() const { return isOfThisVersion_; }
 
-  std::vector<RankedItem> find(const std::string& query, const SearchedSpan& span) {
+  RankedItems find(const std::string& query, const SearchedSpan& span) {
     query_ = query;
+    rank_->begin();
     Statement rows(database_, span.isAnything() ? kFind : kFindWithin);
     const std::optional<std::string> since = Iso(span.since);
     const std::optional<std::string> until = Iso(span.until);
@@ -67,12 +87,8 @@ class CatalogueSearch::Reading {
       rows.bind(3, until);
       rows.bind(4, int64_t{span.hasAttachment ? 1 : 0});
     }
-    std::vector<RankedItem> ranked;
-    while (rows.step()) ranked.push_back({rows.number(0), rows.real(1)});
-    std::sort(ranked.begin(), ranked.end(), [](const RankedItem& one, const RankedItem& other) {
-      return std::pair(one.rank, one.number) < std::pair(other.rank, other.number);
-    });
-    return ranked;
+    rows.step();
+    return RankedItems(rank_->take());
   }
 
   CatalogueItem item(int64_t number) {
@@ -208,6 +224,7 @@ class CatalogueSearch::Reading {
 
   Database database_;
   bool isOfThisVersion_ = false;
+  std::unique_ptr<WordRank> rank_;
   std::unique_ptr<WordSplitter> splitter_;
   std::string query_;
 };
@@ -232,8 +249,7 @@ CatalogueSearch::CatalogueSearch(std::unique_ptr<Reading> reading) : reading_(st
 
 CatalogueSearch::~CatalogueSearch() = default;
 
-Outcome<std::vector<RankedItem>> CatalogueSearch::find(const std::string& query,
-                                                       const SearchedSpan& span) {
+Outcome<RankedItems> CatalogueSearch::find(const std::string& query, const SearchedSpan& span) {
   try {
     return reading_->find(query, span);
   } catch (const DatabaseError& failure) {

@@ -11,6 +11,7 @@
 
 #include "archive/catalogue/CatalogueItem.h"
 #include "archive/catalogue/Snippet.h"
+#include "archive/catalogue/WordRank.h"
 #include "archive/model/Trouble.h"
 
 namespace tarn::archive {
@@ -23,9 +24,17 @@ struct SearchedSpan {
   bool isAnything() const { return !since && !until && !hasAttachment; }
 };
 
-struct RankedItem {
-  int64_t number = 0;
-  double rank = 0;  // the less, the better
+// What a search has found.
+class RankedItems {
+ public:
+  explicit RankedItems(std::vector<RankedItem> items);
+
+  // The best of those that are left; of equals the first one of the export. Those that nobody asks
+  // for are never put in order.
+  std::optional<RankedItem> next();
+
+ private:
+  std::vector<RankedItem> items_;
 };
 
 enum class FoundField : uint8_t { Subject, Sender, Recipients, Body, Attachment };
@@ -48,8 +57,8 @@ class CatalogueSearch {
   CatalogueSearch& operator=(const CatalogueSearch&) = delete;
   ~CatalogueSearch();
 
-  // What an expression of QueryOf() finds, the best first; of equals the first one of the export.
-  Outcome<std::vector<RankedItem>> find(const std::string& query, const SearchedSpan& span);
+  // What an expression of QueryOf() finds.
+  Outcome<RankedItems> find(const std::string& query, const SearchedSpan& span);
 
   // Without its texts. Its folder is one name.
   Outcome<CatalogueItem> item(int64_t number);

@@ -114,4 +114,11 @@ std::string Statement::text(int column) const {
   return std::string(reinterpret_cast<const char*>(text), static_cast<size_t>(bytes));
 }
 
+std::string_view Statement::bytes(int column) const {
+  const void* const bytes = sqlite3_column_blob(statement_.get(), column);
+  if (bytes == nullptr) return {};
+  const int count = sqlite3_column_bytes(statement_.get(), column);
+  return {static_cast<const char*>(bytes), static_cast<size_t>(count)};
+}
+
 }  // namespace tarn::archive

@@ -72,6 +72,8 @@ class Statement {
   int64_t number(int column) const;
   double real(int column) const;
   std::string text(int column) const;
+  // Until the next step.
+  std::string_view bytes(int column) const;
 
  private:
   struct Finish {

@@ -69,17 +69,17 @@ class SearchRun {
         CatalogueSearch::open(host::PathFromUtf8(options_.directory) / kCatalogueName);
     if (!search) throw Failure(ExitStatus::Usage, options_.directory, search.trouble().reason);
     search_ = std::move(*search);
-    const std::vector<RankedItem> ranked = checked(search_->find(query, searchedSpan()));
+    RankedItems ranked = checked(search_->find(query, searchedSpan()));
     size_t shown = 0;
     bool hasMore = false;
-    for (const RankedItem& each : ranked) {
-      const CatalogueItem record = checked(search_->item(each.number));
+    while (const std::optional<RankedItem> each = ranked.next()) {
+      const CatalogueItem record = checked(search_->item(each->number));
       CataloguedItem item(record);
       if (!filter_.takes(item)) continue;
       hasMore = limit_ != 0 && shown == limit_;
       if (hasMore) break;
       ++shown;
-      show(each.number, record, item);
+      show(each->number, record, item);
     }
     output_.flush();
     if (shown == 0) note("nothing found");

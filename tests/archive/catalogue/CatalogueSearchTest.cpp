@@ -32,11 +32,11 @@ class CatalogueSearchTest : public testing::Test {
   std::string found(const std::string& words, const SearchedSpan& span = {}) {
     const std::optional<std::string> query = QueryOf(words);
     if (!query) return "no query";
-    const auto ranked = search_->find(*query, span);
+    Outcome<RankedItems> ranked = search_->find(*query, span);
     if (!ranked) return ranked.trouble().reason;
     std::string numbers;
-    for (const RankedItem& item : *ranked) {
-      numbers += (numbers.empty() ? "" : " ") + std::to_string(item.number);
+    while (const std::optional<RankedItem> item = ranked->next()) {
+      numbers += (numbers.empty() ? "" : " ") + std::to_string(item->number);
     }
     return numbers;
   }
@@ -44,8 +44,8 @@ class CatalogueSearchTest : public testing::Test {
   // Where the words are in the first item found: "body: the [net] income".
   std::string places(const std::string& words, size_t length = 100) {
     constexpr const char* kNames[] = {"subject", "from", "to", "body", "attachment"};
-    const auto ranked = search_->find(QueryOf(words).value(), {});
-    const auto found = search_->places(ranked->at(0).number, length);
+    Outcome<RankedItems> ranked = search_->find(QueryOf(words).value(), {});
+    const auto found = search_->places(ranked->next()->number, length);
     std::string lines;
     for (const FoundPlace& place : *found) {
       if (!lines.empty()) lines += "; ";
@@ -208,13 +208,13 @@ TEST_F(CatalogueSearchTest, SurvivesDamage) {
       ++troubles;
       continue;
     }
-    const auto ranked = (*search)->find("\"word\"", {});
+    Outcome<RankedItems> ranked = (*search)->find("\"word\"", {});
     if (!ranked) {
       ++troubles;
       continue;
     }
-    for (const RankedItem& item : *ranked) {
-      if (!(*search)->item(item.number) || !(*search)->places(item.number, 80)) ++troubles;
+    while (const std::optional<RankedItem> item = ranked->next()) {
+      if (!(*search)->item(item->number) || !(*search)->places(item->number, 80)) ++troubles;
     }
   }
   EXPECT_GT(troubles, 0U);
