@@ -1,9 +1,11 @@
 #!/usr/bin/env bash
 # bench/archive-export.sh [MESSAGES [MEGABYTES]]: a large store (20,000 messages in 400 MB by default)
 # exported. To mbox by one worker, against sha256sum of the store and of all that was written; to HTML
-# by two, against one, against cp -r of its own output, and with the catalogue. Whole processes, three
-# rounds of all in turn, medians of their seconds; peak memory of the largest process in KB. Needs the
-# release build and GNU time.
+# by two, against one, against cp -r of its own output, and with the catalogue. The catalogue also of
+# stores as people have them (MakeMailStore.cpp tells how they are), without PDFs and with them, which
+# pdftotext reads one by one: the store of all others is text from end to end. Whole processes, three
+# rounds of all in turn, medians of their seconds; peak memory of the largest process in KB; of the
+# catalogue also the ratio of what the processors did. Needs the release build and GNU time.
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 messages=${1:-20000}
@@ -17,8 +19,8 @@ measure() {
   local name=$1 start
   shift
   start=$EPOCHREALTIME
-  /usr/bin/time -o "$work/peak" -f '%M' "$@" >/dev/null 2>&1
-  awk -v start="$start" -v end="$EPOCHREALTIME" '{ printf "%.4f %s\n", end - start, $1 }' "$work/peak" \
+  /usr/bin/time -o "$work/peak" -f '%M %U %S' "$@" >/dev/null 2>&1
+  awk -v start="$start" -v end="$EPOCHREALTIME" '{ printf "%.4f %s %.2f\n", end - start, $1, $2 + $3 }' "$work/peak" \
     >>"$work/$name"
 }
 
@@ -31,9 +33,19 @@ compare() {
     'BEGIN { printf "  %-36s %s s against %s s   ratio %.2f   %s KB\n", what, one, other, one / other, memory }'
 }
 
+# catalogue WHAT NAME OTHER: compares what the processors did too.
+catalogue() {
+  compare "$@"
+  awk -v one="$(median 3 "$2")" -v other="$(median 3 "$3")" \
+    'BEGIN { printf "  %-36s %s s against %s s   ratio %.2f\n", "    of the processors", one, other, one / other }'
+}
+
 store=$work/large.pst
 "$root/build/release/bench/MakeStore" "$store" "$messages" "$megabytes"
 printf '%s messages, %s bytes\n' "$messages" "$(stat -c %s "$store")"
+for pdfs in 0 1; do
+  "$root/build/release/bench/MakeMailStore" "$work/mails-$pdfs.pst" "$messages" "$megabytes" "$pdfs"
+done
 for _ in 1 2 3; do
   rm -rf "$work"/out-*
   measure mbox "$tarnmail" export "$store" -o "$work/out-mbox" --to mbox --no-catalogue -j 1
@@ -45,8 +57,16 @@ for _ in 1 2 3; do
   measure copy cp -r "$work/out-2" "$work/out-copy"
   rm -rf "$work/out-1" "$work/out-copy"
   measure shown "$tarnmail" export "$store" -o "$work/out-shown" -j 2
+  rm -rf "$work"/out-*
+  for pdfs in 0 1; do
+    measure "mails-$pdfs" "$tarnmail" export "$work/mails-$pdfs.pst" -o "$work/out-2" --no-catalogue -j 2
+    measure "shown-$pdfs" "$tarnmail" export "$work/mails-$pdfs.pst" -o "$work/out-shown" -j 2
+    rm -rf "$work"/out-*
+  done
 done
 compare 'mbox, 1 worker / sha256sum' mbox sums
 compare 'HTML, 2 workers / cp -r' html-2 copy
 compare 'HTML, 2 workers / 1 worker' html-2 html-1
-compare 'with catalogue / without' shown html-2
+catalogue 'with catalogue / without, mails' shown-0 mails-0
+catalogue 'the same with PDFs' shown-1 mails-1
+catalogue 'the same of text alone' shown html-2
