@@ -2,7 +2,7 @@
 """sbatch, squeue, scontrol and scancel, as far as an export needs them, on a file of jobs.
 
 The folder is that of the variable FAKE_SLURM: jobs.json has the jobs, calls.jsonl all calls, and
-"limit" the MaxArraySize. What is in the file "refuse" is the reason for which sbatch refuses. Jobs
+"limit" the MaxArraySize, "most" the MaxJobCount where it is there. What is in the file "refuse" is the reason for which sbatch refuses. Jobs
 run when a test runs them (fake_cluster.py).
 """
 
@@ -51,6 +51,11 @@ def sbatch(arguments):
     array = value_of(options, "--array")
     limit = int((FOLDER / "limit").read_text())
     tasks = list(numbers_of(array)) if array else [None]
+    most = FOLDER / "most"
+    if most.exists() and (len(tasks) + sum(job["state"] != "ENDED" for job in jobs)
+                          > int(most.read_text())):
+        fail("sbatch: error: Slurm temporarily unable to accept job\n"
+             "sbatch: error: Batch job submission failed: Resource temporarily unavailable")
     if array and max(tasks) >= limit:
         fail("sbatch: error: Batch job submission failed: Invalid job array specification")
     for task in tasks:

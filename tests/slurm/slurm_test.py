@@ -277,6 +277,11 @@ class SubmissionTest(ClusterTest):
         self.expect(0, "1 submitted", self.mails, "-o", self.out)
         self.assertNotIn("--partition=nowhere", self.submitted()[-1])
 
+    def test_export_of_no_message(self) -> None:
+        self.expect(0, "tasks: ", self.mails, "-o", self.out, "--to", "text", "--from", "nobody")
+        self.cluster.run_all()
+        self.assertIn("put together", self.status())
+
     def test_inputs_that_cannot_be_planned(self) -> None:
         self.expect(2, "/none", "/none", "-o", self.out)
         self.assertEqual(self.submitted(), [])
@@ -308,6 +313,21 @@ class SmallArraysTest(ClusterTest):
         self.expect(0, "0 submitted, 3 queued or running, 3 done", "-o", self.out, "--resume")
         self.cluster.change(lambda job: job.update(state="ENDED"))
         self.expect(0, "3 submitted in job 7", "-o", self.out, "--resume")
+        self.cluster.run_all()
+        self.expect_the_same_tree(self.out, self.export_alone())
+
+
+    def test_queue_that_takes_no_more(self) -> None:
+        most = self.cluster.folder / "most"
+        most.write_text("5")
+        again = [self.mails, "-o", self.out, "--target-cost", 1, "--to", "text"]
+        self.expect(1, "unable to accept job; Batch job submission failed: Resource temporarily "
+                       "unavailable (submitted before that: 1; --resume submits the rest)", *again)
+        self.expect(2, "--resume goes on", *again)
+        for _ in range(4):
+            self.cluster.run_next()
+        self.expect(0, "2 submitted in job 2, 0 queued or running, 4 done", "-o", self.out,
+                    "--resume")
         self.cluster.run_all()
         self.expect_the_same_tree(self.out, self.export_alone())
 
@@ -353,6 +373,9 @@ class ResumeTest(ClusterTest):
         self.assertIn("4 queued, 2 held", self.status())
         self.expect(0, "released what Slurm held: 1_0\n", "-o", self.out, "--resume")
         self.assertIn("5 queued, 1 held", self.status())
+        self.cluster.change(lambda job: job.update(
+            state="REQUEUE_HOLD" if job["task"] == 2 else job["state"]))
+        self.assertIn("4 queued, 2 held", self.status())
 
     def test_changed_inputs_are_another_plan(self) -> None:
         self.submit()

@@ -28,13 +28,16 @@ class QueuedJob:
     reason: str
 
     @property
+    def is_waiting(self) -> bool:
+        return self.state in ("PENDING", "REQUEUE_HOLD", "SPECIAL_EXIT")
+
+    @property
     def is_held(self) -> bool:
-        return self.is_held_by_slurm or (
-            self.state == "PENDING" and self.reason.startswith("JobHeld"))
+        return self.is_held_by_slurm or (self.is_waiting and self.reason.startswith("JobHeld"))
 
     @property
     def is_held_by_slurm(self) -> bool:
-        return self.state == "PENDING" and self.reason in HELD_BY_SLURM
+        return self.is_waiting and (self.state != "PENDING" or self.reason in HELD_BY_SLURM)
 
 
 class Slurm:

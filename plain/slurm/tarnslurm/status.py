@@ -24,7 +24,7 @@ _TOLD = 3
 def _word_for(job: QueuedJob) -> str:
     if job.is_held:
         return "held"
-    return "queued" if job.state == "PENDING" else "running"
+    return "queued" if job.is_waiting else "running"
 
 
 def _costs(plan: str) -> dict[int, int]:
@@ -93,8 +93,7 @@ class Status:
         for job in merges:
             if job.is_held:
                 return f"merge: job {job.job} is held (scontrol release {job.job})"
-            waits = job.state == "PENDING"
-            return f"merge: job {job.job} {'waits for the tasks' if waits else 'runs'}"
+            return f"merge: job {job.job} {'waits for the tasks' if job.is_waiting else 'runs'}"
         if os.path.exists(self._place.merge_log):
             said = _last_words(self._place.merge_log)
             return f"merge: is not queued, and has said in {said}"

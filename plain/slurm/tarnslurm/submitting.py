@@ -125,8 +125,15 @@ class Submission:
         self._release(queue)
         wanted = [task for task in missing if task not in queue.tasks]
         self._write_scripts(state)
-        arrays = self._submit_tasks(state, wanted)
-        self._submit_merge(state, queue, arrays)
+        arrays: list[str] = []
+        try:
+            self._submit_tasks(state, wanted, arrays)
+            self._submit_merge(state, queue, arrays)
+        except Failure as failure:
+            if not arrays:
+                raise
+            raise Failure(failure.status, f"{failure} (submitted before that: {' '.join(arrays)}; "
+                                          "--resume submits the rest)") from failure
         self._tell(state, len(wanted), len(missing) - len(wanted), arrays)
 
     def _release(self, queue: Queue) -> None:
@@ -141,15 +148,13 @@ class Submission:
         place.write("task.sh", task_script(*about, state.stage))
         place.write("merge.sh", merge_script(*about))
 
-    def _submit_tasks(self, state: State, tasks: list[int]) -> list[str]:
-        """The numbers of the arrays."""
+    def _submit_tasks(self, state: State, tasks: list[int], jobs: list[str]) -> None:
+        """Adds the numbers of the arrays to the jobs, also where the next one is refused."""
+        self._place.save(state)
         if not tasks:
-            self._place.save(state)
-            return []
-        jobs: list[str] = []
+            return
         for offset, numbers in arrays_of(tasks, self._slurm.largest_array()).items():
             jobs.append(self._submit_array(state, offset, list_of(numbers)))
-        return jobs
 
     def _submit_array(self, state: State, offset: int, numbers: str) -> str:
         # Kept first, so that the jobs are found again whatever happens next.
@@ -173,8 +178,9 @@ class Submission:
 
     def _submit_merge(self, state: State, queue: Queue, arrays: list[str]) -> None:
         """After all that is queued. One that waits for less is replaced; one that runs ends first."""
-        waiting = [job.job for job in queue.merges if job.state == "PENDING"]
-        running = [job.job for job in queue.merges if job.state not in ("PENDING", "COMPLETING")]
+        waiting = [job.job for job in queue.merges if job.is_waiting]
+        running = [job.job for job in queue.merges
+                   if not job.is_waiting and job.state != "COMPLETING"]
         if not arrays and (waiting or running):
             return
         if waiting:

@@ -56,8 +56,8 @@ class Workplace:
         """The newest of those that it may have, where there is one."""
         logs = [os.path.join(self.log_folder(offset), f"{task - offset}.log")
                 for offset in state.offsets if offset <= task]
-        there = [log for log in logs if os.path.exists(log)]
-        return max(there, key=os.path.getmtime, default=None)
+        there = [(os.path.getmtime(log), log) for log in logs if os.path.exists(log)]
+        return max(there)[1] if there else None
 
     @property
     def merge_log(self) -> str:
