@@ -191,8 +191,9 @@ std::string EscapedHtml(std::string_view text) {
   escaped.reserve(text.size() + text.size() / 8);
   // What lies between two of them goes over in one piece.
   for (;;) {
-    const size_t plain = CountWhile(
-        text, [](char c) { return c != '&' && c != '<' && c != '>' && c != '"' && c != '\''; });
+    const size_t plain = CountWhile(text, [](auto c) {
+      return (c != '&') & (c != '<') & (c != '>') & (c != '"') & (c != '\'');
+    });
     escaped += text.substr(0, plain);
     if (plain == text.size()) return escaped;
     escaped += ReferenceFor(text[plain]);

@@ -52,7 +52,8 @@ class LineBreaker {
   void run(const Take& take) {
     // Most lines are short enough whatever is in them.
     const bool isShort = text_.size() <= most_;
-    if (isShort && CountWhile(text_, [](char c) { return c >= ' ' && c < 0x7F; }) == text_.size()) {
+    if (isShort &&
+        CountWhile(text_, [](auto c) { return (c >= ' ') & (c < 0x7F); }) == text_.size()) {
       return take(text_);
     }
     bool wasWide = false;

@@ -24,7 +24,7 @@ bool IsControl(char32_t c) { return c < 0x20 || (c >= 0x7F && c < 0xA0); }
 
 // How many characters a text begins with that are ASCII and shown, or LF.
 size_t PlainAscii(std::string_view text) {
-  const auto isPlain = [](char c) { return (c >= 0x20 && c < 0x7F) || c == '\n'; };
+  const auto isPlain = [](auto c) { return ((c >= 0x20) & (c < 0x7F)) | (c == '\n'); };
   return CountWhile(text, isPlain);
 }
 

@@ -25,7 +25,7 @@ std::string WithCrLf(std::string_view text) {
   std::string lines;
   lines.reserve(text.size() + text.size() / 32);
   for (;;) {
-    const size_t end = CountWhile(text, [](char c) { return c != '\r' && c != '\n'; });
+    const size_t end = CountWhile(text, [](auto c) { return (c != '\r') & (c != '\n'); });
     lines += text.substr(0, end);
     text.remove_prefix(end);
     if (text.empty()) return lines;
@@ -34,7 +34,13 @@ std::string WithCrLf(std::string_view text) {
   }
 }
 
-bool IsPlain(char c) { return (c >= ' ' && c < 0x7F) || c == '\t' || c == '\r' || c == '\n'; }
+// Each says it of a byte or of a block of them.
+constexpr auto kIsPlain = [](auto c) {
+  return ((c >= ' ') & (c < 0x7F)) | (c == '\t') | (c == '\r') | (c == '\n');
+};
+constexpr auto kIsUnquoted = [](auto c) {
+  return ((c >= ' ') & (c < 0x7F) & (c != '=')) | (c == '\t');
+};
 
 // Boundaries of the mails written here begin so, and "From " is changed by some programs.
 bool NeedsQuotes(std::string_view line) {
@@ -49,8 +55,6 @@ bool HasPlainLines(std::string_view text) {
   }
   return true;
 }
-
-bool IsUnquoted(char c) { return (c >= ' ' && c < 0x7F && c != '=') || c == '\t'; }
 
 // One line, broken where it grows too long.
 class QuotedLine {
@@ -98,7 +102,7 @@ void AppendQuotedLine(std::string_view line, std::string& quoted) {
   const size_t end = line.size() - (endsBlank ? 1 : 0);
   while (at < line.size()) {
     const size_t begin = at;
-    if (at < end) at += CountWhile(line.substr(at, end - at), [](char c) { return IsUnquoted(c); });
+    if (at < end) at += CountWhile(line.substr(at, end - at), kIsUnquoted);
     out.put(line.substr(begin, at - begin));
     if (at < line.size()) out.putHex(line[at++]);
   }
@@ -120,8 +124,7 @@ std::string QuotedPrintable(std::string_view text) {
 
 MimeText EncodeText(std::string_view text) {
   std::string lines = WithCrLf(text);
-  const auto odd = static_cast<size_t>(
-      std::count_if(lines.begin(), lines.end(), [](char c) { return !IsPlain(c); }));
+  const size_t odd = lines.size() - CountAll(lines, kIsPlain);
   if (odd == 0 && HasPlainLines(lines)) return {"", std::move(lines)};
   if (odd <= lines.size() / 4) return {"quoted-printable", QuotedPrintable(lines)};
   TextSink sink;

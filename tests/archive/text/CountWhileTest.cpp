@@ -10,7 +10,7 @@ namespace tarn::archive {
 namespace {
 
 TEST(CountWhileTest, EndsAtTheFirstOther) {
-  const auto isSmall = [](char c) { return c >= 'a' && c <= 'z'; };
+  const auto isSmall = [](auto c) { return (c >= 'a') & (c <= 'z'); };
   for (size_t size = 0; size <= 50; ++size) {
     std::string text(size, 'x');
     EXPECT_EQ(CountWhile(text, isSmall), size);
@@ -19,6 +19,17 @@ TEST(CountWhileTest, EndsAtTheFirstOther) {
       EXPECT_EQ(CountWhile(text, isSmall), other) << size;
       text[other] = 'x';
     }
+  }
+}
+
+TEST(CountWhileTest, CountsAllThatAreWanted) {
+  const auto isSmall = [](auto c) { return (c >= 'a') & (c <= 'z'); };
+  EXPECT_EQ(CountAll("", isSmall), 0u);
+  for (const size_t size : {1u, 15u, 16u, 17u, 2031u, 2032u, 2033u, 5000u}) {
+    std::string text(size, 'x');
+    EXPECT_EQ(CountAll(text, isSmall), size);
+    for (size_t other = 0; other < size; other += 3) text[other] = other % 2 == 0 ? 'X' : '\xE4';
+    EXPECT_EQ(CountAll(text, isSmall), size - (size + 2) / 3);
   }
 }
 
