@@ -4,6 +4,7 @@
 #include <map>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <span>
 #include <system_error>
 #include <utility>
 
@@ -23,29 +24,56 @@ constexpr uint64_t kBatchBytes = uint64_t{64} << 20;
 }  // namespace
 
 // The files that workers have written, each open while one entry after the other is read from it.
+// What comes from one place and goes to one place goes in one piece.
 class WorkerFiles {
  public:
+  explicit WorkerFiles(GrownFiles& grown) : grown_(grown) {}
+
   // What the worker has written of the entry into one of its parts.
   std::string read(const FinishedEntry& finished, WorkerPart part) {
     const uint64_t begin = finished.begins.of(part);
-    const uint64_t end = finished.ends.of(part);
-    return begin == end ? std::string() : read(finished.folder, part, begin, end - begin);
+    std::string bytes(finished.ends.of(part) - begin, '\0');
+    if (!bytes.empty()) read(finished.folder, part, begin, bytes);
+    return bytes;
   }
 
-  // The same into a file that grows, in pieces: a mail may be larger than memory.
-  void append(const FinishedEntry& finished, WorkerPart part, const std::string& name,
-              GrownFiles& grown) {
-    constexpr uint64_t kPiece = uint64_t{1} << 20;
-    const uint64_t end = finished.ends.of(part);
-    for (uint64_t at = finished.begins.of(part); at < end;) {
-      const uint64_t count = std::min(kPiece, end - at);
-      CheckStaged(grown.append(name, read(finished.folder, part, at, count)));
-      at += count;
+  // The same into a file that grows, at the latest when this is flushed.
+  void append(const FinishedEntry& finished, WorkerPart part, const std::string& name) {
+    const uint64_t begin = finished.begins.of(part);
+    if (begin == finished.ends.of(part)) return;
+    Copy& copy = copies_[part];
+    const bool goesOn = copy.name == name && copy.folder == finished.folder && copy.end == begin;
+    if (!goesOn) {
+      flush(part, copy);
+      copy = {finished.folder, name, begin, begin};
     }
+    copy.end = finished.ends.of(part);
+  }
+
+  void flush() {
+    for (auto& [part, copy] : copies_) flush(part, copy);
   }
 
  private:
-  std::string read(const fs::path& folder, WorkerPart part, uint64_t at, uint64_t count) {
+  struct Copy {
+    fs::path folder;
+    std::string name;
+    uint64_t begin = 0;
+    uint64_t end = 0;
+  };
+
+  // In pieces: a mail may be larger than memory.
+  void flush(WorkerPart part, Copy& copy) {
+    constexpr uint64_t kPiece = uint64_t{256} << 10;
+    while (copy.begin < copy.end) {
+      piece_.resize(std::min(kPiece, copy.end - copy.begin));
+      read(copy.folder, part, copy.begin, piece_);
+      CheckStaged(grown_.append(copy.name, piece_));
+      copy.begin += piece_.size();
+    }
+  }
+
+  void read(const fs::path& folder, WorkerPart part, uint64_t at, std::span<char> room) {
     if (folder != folder_) {
       files_.clear();
       folder_ = folder;
@@ -56,13 +84,14 @@ class WorkerFiles {
       if (!opened) CheckStaged(opened.trouble());
       file = std::move(*opened);
     }
-    Outcome<std::string> bytes = file->read(at, count);
-    if (!bytes) CheckStaged(bytes.trouble());
-    return std::move(*bytes);
+    CheckStaged(file->read(at, room));
   }
 
+  GrownFiles& grown_;
   fs::path folder_;
   std::map<WorkerPart, std::unique_ptr<GrowingFile>> files_;
+  std::map<WorkerPart, Copy> copies_;
+  std::string piece_;
 };
 
 namespace {
@@ -109,13 +138,14 @@ void Batch::addEntries(Piece& piece) {
     planSource_ = piece.source;
   }
   uint64_t bytes = 0;
-  WorkerFiles files;
+  WorkerFiles files(staging_.grown());
   for (FinishedEntry& finished : piece.finished) {
     const Outcome<std::optional<PlanEntry>> entry = plan_->next();
     if (!entry) CheckStaged(entry.trouble());
     addEntry(piece, **entry, finished, files);
     bytes += finished.bytes;
   }
+  files.flush();
   items_ += piece.count;
   bytes_ += bytes;
   rows_ += BatchLine(queue_.source(piece.source).name, piece.first + piece.count,
@@ -136,13 +166,13 @@ void Batch::addEntry(Piece& piece, const PlanEntry& entry, FinishedEntry& finish
   rows_ += isCopy ? WithoutFiles(rows) : rows;
   const std::string folder = source.tree + (entry.folderPath.empty() ? "" : "/" + entry.folderPath);
   options_.step();
-  files.append(finished, WorkerPart::Texts, kTextsName, staging_.grown());
+  files.append(finished, WorkerPart::Texts, kTextsName);
   if (isCopy) return;
   if (options_.choices.forms.contains(ExportForm::Mbox) && entry.kind == PlanKind::Item) {
-    files.append(finished, WorkerPart::Mails, folder + "/" + kMboxName, staging_.grown());
+    files.append(finished, WorkerPart::Mails, folder + "/" + kMboxName);
   }
   if (options_.choices.onePdf && entry.kind == PlanKind::Item) {
-    files.append(finished, WorkerPart::Pages, folder + "/" + OnePdfName(1), staging_.grown());
+    files.append(finished, WorkerPart::Pages, folder + "/" + OnePdfName(1));
   }
   if (finished.hasFolder) {
     moves_.push_back({finished.folder / std::to_string(finished.number),

@@ -20,7 +20,7 @@ class Beat {
   Beat& operator=(Beat&&) = delete;
   ~Beat();
 
-  void tick() { count_->fetch_add(1, std::memory_order_relaxed); }
+  void tick(uint64_t beats = 1) { count_->fetch_add(beats, std::memory_order_relaxed); }
   void set(uint64_t count) { count_->store(count, std::memory_order_relaxed); }
   uint64_t count() const { return count_->load(std::memory_order_relaxed); }
 

@@ -126,10 +126,11 @@ Fingerprint FingerprintOf(Item& item, const std::vector<std::string>& attachment
   sum.addText(fields.subject);
   sum.addText(fields.sent ? Iso8601(*fields.sent) : "");
   const Bodies bodies = item.bodies();
-  const std::string html = bodies.html ? bodies.html->bytes : "";
-  const std::string text = bodies.text.value_or("");
-  const std::string rtf = bodies.html || bodies.text ? "" : bodies.rtf.value_or("");
-  for (const std::string* const body : {&html, &text, &rtf}) sum.addText(*body);
+  const bool isRtf = !bodies.html && !bodies.text && bodies.rtf;
+  const std::string_view html = bodies.html ? std::string_view(bodies.html->bytes) : "";
+  const std::string_view text = bodies.text ? std::string_view(*bodies.text) : "";
+  const std::string_view rtf = isRtf ? std::string_view(*bodies.rtf) : "";
+  for (const std::string_view body : {html, text, rtf}) sum.addText(body);
   sum.addText(std::to_string(attachments.size()));
   for (const std::string& attachment : attachments) sum.addText(attachment);
   Fingerprint fingerprint;

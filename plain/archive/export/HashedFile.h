@@ -8,6 +8,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -62,6 +63,8 @@ class GrowingFile {
   std::optional<Trouble> sync();
   // `count` bytes from there; fewer is a trouble.
   Outcome<std::string> read(uint64_t offset, uint64_t count) const;
+  // The same as many as there is room for.
+  std::optional<Trouble> read(uint64_t offset, std::span<char> room) const;
 
  private:
   GrowingFile(std::filesystem::path path, int file, uint64_t size)

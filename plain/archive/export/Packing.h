@@ -41,6 +41,8 @@ class Unpacker {
  public:
   explicit Unpacker(std::string_view bytes) : bytes_(bytes) {}
 
+  bool isAtEnd() const { return bytes_.empty(); }
+
   uint64_t number() {
     uint64_t value = 0;
     const std::string_view part = take(sizeof value);

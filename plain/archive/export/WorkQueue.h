@@ -33,6 +33,12 @@ struct FinishedEntry {
   uint64_t bytes = 0;
 };
 
+// Where in a piece a worker ended, and how.
+struct WorkerDeath {
+  uint64_t entry = 0;  // that it was at, counted from the first of the piece
+  std::string how;
+};
+
 enum class PieceKind : uint8_t { Begin, Entries, End };
 
 // What is committed in order.
@@ -44,6 +50,7 @@ struct Piece {
   uint64_t count = 0;
   bool isGiven = false;  // to a worker
   std::vector<FinishedEntry> finished;
+  std::optional<WorkerDeath> death;  // of the last worker, where entries before it are to come
 
   bool isDone() const { return kind != PieceKind::Entries || finished.size() == count; }
 };

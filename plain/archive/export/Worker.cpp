@@ -5,6 +5,7 @@
 #include <memory>
 #include <new>
 #include <optional>
+#include <utility>
 
 #include "archive/export/Beat.h"
 #include "archive/export/ItemExport.h"
@@ -21,6 +22,10 @@ namespace tarn::archive {
 namespace {
 
 namespace fs = std::filesystem;
+
+// Fewer messages are fewer changes between processes. What a worker did not tell is done again
+// where it ends before.
+constexpr uint64_t kEntriesOfMessage = 8;
 
 class FileSink final : public ByteSink {
  public:
@@ -54,13 +59,17 @@ class Worker {
       const WorkerRequest request = UnpackedRequest(message);
       const std::optional<Trouble> trouble =
           request.task == WorkerTask::Plan ? plan(request) : exportEntries(request);
-      if (trouble) say({WorkerWord::Stopped, trouble->reason});
+      if (!trouble) continue;
+      unsaid_.clear();
+      say({WorkerWord::Stopped, trouble->reason});
     }
     return 0;
   }
 
  private:
-  void say(const WorkerReply& reply) { (void)channel_.send(Packed(reply)); }
+  void say(const WorkerReply& reply) {
+    (void)channel_.send(std::exchange(unsaid_, {}) + Packed(reply));
+  }
   void sayUnopened(const Trouble& trouble) {
     WorkerReply reply{WorkerWord::Unopened, trouble.reason};
     reply.kind = trouble.kind;
@@ -158,7 +167,13 @@ class Worker {
       const std::optional<Trouble> trouble =
           exportEntry(request, **entry, **reader, request.first + done, sinks);
       if (trouble) return trouble;
-      beat_.tick();
+      beat_.tick(kBeatsOfEntry);
+      const bool isLast = done + 1 == request.count;
+      if (!isLast && (done + 1) % kEntriesOfMessage != 0) continue;
+      for (FileSink* const sink : {&sinks.rows, &sinks.mails, &sinks.texts, &sinks.pages}) {
+        if (const std::optional<Trouble> full = sink->flush()) return full;
+      }
+      if (!isLast) (void)channel_.send(std::exchange(unsaid_, {}));
     }
     say({WorkerWord::Done, ""});
     return std::nullopt;
@@ -201,16 +216,12 @@ class Worker {
         result = std::move(*exported);
       }
     }
-    std::optional<Trouble> full = sinks.rows.write(result.rows);
-    for (FileSink* const sink : {&sinks.rows, &sinks.mails, &sinks.texts, &sinks.pages}) {
-      if (!full) full = sink->flush();
-    }
-    if (full) return full;
+    if (const std::optional<Trouble> full = sinks.rows.write(result.rows)) return full;
     WorkerReply reply{WorkerWord::Exported, result.fingerprint};
     reply.hasFolder = result.hasFolder;
     reply.bytes = result.bytes;
     reply.ends.places = {sinks.rows.end(), sinks.mails.end(), sinks.texts.end(), sinks.pages.end()};
-    say(reply);
+    unsaid_ += Packed(reply);
     return std::nullopt;
   }
 
@@ -227,6 +238,7 @@ class Worker {
   const ItemHook& hook_;
   std::unique_ptr<ItemReader> reader_;
   std::string path_;
+  std::string unsaid_;  // replies, for entries of which all is in files when they are said
   std::unique_ptr<PageLayout> layout_;
 };
 

@@ -17,6 +17,21 @@ std::optional<Span> TakeSpan(Unpacker& fields) {
   return Span{first, last};
 }
 
+WorkerReply UnpackedReply(std::string_view packed) {
+  Unpacker fields(packed);
+  WorkerReply reply;
+  reply.word = static_cast<WorkerWord>(fields.number());
+  reply.text = fields.text();
+  reply.entries = fields.number();
+  reply.reason = fields.text();
+  reply.hasMissedFolder = fields.flag();
+  reply.kind = static_cast<TroubleKind>(fields.number());
+  reply.hasFolder = fields.flag();
+  reply.bytes = fields.number();
+  for (uint64_t& end : reply.ends.places) end = fields.number();
+  return reply;
+}
+
 }  // namespace
 
 const char* NameOf(WorkerPart part) {
@@ -104,22 +119,14 @@ std::string Packed(const WorkerReply& reply) {
       .put(static_cast<uint64_t>(reply.kind));
   packer.put(reply.hasFolder).put(reply.bytes);
   for (const uint64_t end : reply.ends.places) packer.put(end);
-  return std::move(packer.bytes());
+  return std::move(Packer().put(packer.bytes()).bytes());
 }
 
-WorkerReply UnpackedReply(std::string_view message) {
-  Unpacker fields(message);
-  WorkerReply reply;
-  reply.word = static_cast<WorkerWord>(fields.number());
-  reply.text = fields.text();
-  reply.entries = fields.number();
-  reply.reason = fields.text();
-  reply.hasMissedFolder = fields.flag();
-  reply.kind = static_cast<TroubleKind>(fields.number());
-  reply.hasFolder = fields.flag();
-  reply.bytes = fields.number();
-  for (uint64_t& end : reply.ends.places) end = fields.number();
-  return reply;
+std::vector<WorkerReply> UnpackedReplies(std::string_view message) {
+  std::vector<WorkerReply> replies;
+  Unpacker all(message);
+  while (!all.isAtEnd()) replies.push_back(UnpackedReply(all.text()));
+  return replies;
 }
 
 }  // namespace tarn::archive

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "archive/common/ItemFilter.h"
 #include "archive/export/ItemExport.h"
@@ -24,6 +25,8 @@ inline constexpr int kWorkerSocket = 3;
 inline constexpr int kOutOfMemory = 12;
 // The beats of a worker that adds up a source begin there; those of one that plans begin at 0.
 inline constexpr uint64_t kBeatsOfSum = uint64_t{1} << 63;
+// A worker that exports beats so often when it is done with an entry, and once within one.
+inline constexpr uint64_t kBeatsOfEntry = uint64_t{1} << 32;
 
 enum class WorkerTask : uint8_t { Plan, Export };
 
@@ -89,8 +92,10 @@ struct WorkerReply {
 
 std::string Packed(const WorkerRequest& request);
 WorkerRequest UnpackedRequest(std::string_view message);
+
+// A message is a reply or several, one after the other.
 std::string Packed(const WorkerReply& reply);
-WorkerReply UnpackedReply(std::string_view message);
+std::vector<WorkerReply> UnpackedReplies(std::string_view message);
 
 }  // namespace tarn::archive
 

@@ -60,7 +60,7 @@ void WorkerTeam::startPlanning(Slot& slot, size_t source) {
   ask(slot, request);
 }
 
-// What of the piece is not finished.
+// What of the piece is not finished, up to where a worker ended before.
 void WorkerTeam::startPiece(Slot& slot, Piece& piece) {
   piece.isGiven = true;
   slot.piece = &piece;
@@ -80,6 +80,7 @@ void WorkerTeam::startPiece(Slot& slot, Piece& piece) {
   request.first = piece.first;
   request.count = piece.count;
   request.offset = piece.offset;
+  slot.first = piece.finished.size();
   // Of a piece that a worker did not survive the entries are passed over that are finished.
   if (!piece.finished.empty()) {
     const std::unique_ptr<PlanReader> plan = queue_.openPlan(piece.source, piece.offset);
@@ -88,6 +89,7 @@ void WorkerTeam::startPiece(Slot& slot, Piece& piece) {
     request.first += piece.finished.size();
     request.count -= piece.finished.size();
   }
+  if (piece.death) request.count = std::min(request.count, piece.death->entry - slot.first);
   ask(slot, request);
 }
 
@@ -131,7 +133,7 @@ void WorkerTeam::hear(Slot& slot) {
       lose(slot, "the process that read it " + slot.process->end());
       return;
     }
-    take(slot, UnpackedReply(message));
+    for (const WorkerReply& reply : UnpackedReplies(message)) take(slot, reply);
   } while (!slot.isIdle() && slot.process->channel().waitForMessage(std::chrono::milliseconds(0)));
 }
 
@@ -145,8 +147,7 @@ void WorkerTeam::take(Slot& slot, const WorkerReply& reply) {
     case WorkerWord::Exported:
       return takeEntry(slot, reply);
     case WorkerWord::Done:
-      slot.piece = nullptr;
-      return;
+      return goOn(slot, *std::exchange(slot.piece, nullptr));
     case WorkerWord::Stopped:
       CheckStaged(Trouble{TroubleKind::Unreadable, reply.text});
   }
@@ -189,7 +190,8 @@ void WorkerTeam::takeEntry(Slot& slot, const WorkerReply& reply) {
   slot.piece->finished.push_back(std::move(finished));
 }
 
-// The worker is gone: what it was at is lost, and all else goes on in a new one.
+// The worker is gone: what it was at is lost, and all else goes on in a new one. What it had
+// finished and not told is done again first.
 void WorkerTeam::lose(Slot& slot, const std::string& how) {
   const uint64_t beats = slot.process->beat().count();
   slot.process.reset();
@@ -198,9 +200,19 @@ void WorkerTeam::lose(Slot& slot, const std::string& how) {
   slot.piece = nullptr;
   // The last word of a worker may be the one that is lost.
   if (piece.isDone()) return;
-  FinishedEntry lost;
-  lost.reason = how;
-  piece.finished.push_back(std::move(lost));
+  uint64_t entry = slot.first + beats / kBeatsOfEntry;
+  // Each death is before the last one, or costs an entry.
+  if (piece.death && piece.death->entry <= entry) entry = piece.finished.size();
+  piece.death = WorkerDeath{entry, how};
+  goOn(slot, piece);
+}
+
+void WorkerTeam::goOn(Slot& slot, Piece& piece) {
+  if (piece.death && piece.death->entry == piece.finished.size()) {
+    FinishedEntry lost;
+    lost.reason = std::exchange(piece.death, std::nullopt)->how;
+    if (!piece.isDone()) piece.finished.push_back(std::move(lost));
+  }
   if (!piece.isDone()) startPiece(slot, piece);
 }
 

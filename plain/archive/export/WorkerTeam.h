@@ -44,6 +44,7 @@ class WorkerTeam {
     size_t source = 0;
     std::filesystem::path folder;
     WorkerParts ends;
+    uint64_t first = 0;  // entry of the piece that it was asked for
     StillTime still;
 
     bool isIdle() const { return piece == nullptr && !isPlanning; }
@@ -62,6 +63,7 @@ class WorkerTeam {
   void takeUnopened(Slot& slot, const WorkerReply& reply);
   void takeEntry(Slot& slot, const WorkerReply& reply);
   void lose(Slot& slot, const std::string& how);
+  void goOn(Slot& slot, Piece& piece);
   void losePlan(Slot& slot, uint64_t beats, const std::string& how);
   void lookForHangs();
 

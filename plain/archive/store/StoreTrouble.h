@@ -5,6 +5,7 @@
 #include <exception>
 #include <new>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 
 #include "archive/model/Trouble.h"
@@ -15,15 +16,20 @@ namespace tarn::archive::store {
 // read"), and why in brackets.
 Trouble TroubleOf(std::string_view what, const std::exception& caught);
 
-// What the work gives, or why it gives nothing. Only std::bad_alloc passes.
-template <typename Work>
-auto Guarded(std::string_view what, const Work& work) -> Outcome<decltype(work())> {
+// What the work gives, or why it gives nothing. Only std::bad_alloc passes. `what` is a text, or a
+// function that makes it when it is needed.
+template <typename What, typename Work>
+auto Guarded(const What& what, const Work& work) -> Outcome<decltype(work())> {
   try {
     return work();
   } catch (const std::bad_alloc&) {
     throw;
   } catch (const std::exception& caught) {
-    return TroubleOf(what, caught);
+    if constexpr (std::is_invocable_v<What>) {
+      return TroubleOf(what(), caught);
+    } else {
+      return TroubleOf(what, caught);
+    }
   }
 }
 

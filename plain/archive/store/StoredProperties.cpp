@@ -1,10 +1,10 @@
 #include "archive/store/StoredProperties.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 #include <span>
 
+#include "archive/mapi/Hexadecimal.h"
 #include "archive/mapi/Tags.h"
 #include "archive/store/StoreTrouble.h"
 #include "pststore/Disk.h"
@@ -16,10 +16,14 @@ namespace {
 
 using pststore::hnid_stream_device;
 
-std::string Named(uint16_t id) {
-  char text[32];
-  std::snprintf(text, sizeof text, "property 0x%04X", id);
-  return text;
+std::string Named(uint16_t id) { return "property 0x" + mapi::Hexadecimal(id, 4); }
+
+// What is wrong with a property, for when something is.
+auto NameOf(uint16_t id) {
+  return [id] { return Named(id); };
+}
+auto Unreadable(uint16_t id) {
+  return [id] { return Named(id) + " cannot be read"; };
 }
 
 std::span<unsigned char> AsUnsigned(std::span<char> bytes) {
@@ -162,13 +166,13 @@ Trouble StoredProperties::absence(uint16_t id) const {
 }
 
 std::optional<uint16_t> StoredProperties::typeOf(uint16_t id) {
-  const auto found = Guarded(Named(id), [&] { return find(id); });
+  const auto found = Guarded(NameOf(id), [&] { return find(id); });
   if (!found || !*found) return std::nullopt;
   return (*found)->type;
 }
 
 std::optional<uint64_t> StoredProperties::sizeOf(uint16_t id) {
-  const auto size = Guarded(Named(id), [&]() -> std::optional<uint64_t> {
+  const auto size = Guarded(NameOf(id), [&]() -> std::optional<uint64_t> {
     const std::optional<StoredValue> found = find(id);
     if (!found) return std::nullopt;
     return SizeOfValue(*heap_, *found);
@@ -177,7 +181,7 @@ std::optional<uint64_t> StoredProperties::sizeOf(uint16_t id) {
 }
 
 Outcome<std::string> StoredProperties::bytes(uint16_t id, size_t limit) {
-  auto read = Guarded(Named(id) + " cannot be read", [&]() -> Outcome<std::string> {
+  auto read = Guarded(Unreadable(id), [&]() -> Outcome<std::string> {
     const std::optional<StoredValue> found = find(id);
     if (!found) return absence(id);
     return BytesOfValue(*heap_, *found, limit);
@@ -188,13 +192,12 @@ Outcome<std::string> StoredProperties::bytes(uint16_t id, size_t limit) {
 
 Outcome<std::unique_ptr<ByteSource>> StoredProperties::stream(uint16_t id) {
   using Source = std::unique_ptr<ByteSource>;
-  const std::string what = Named(id) + " cannot be read";
-  auto opened = Guarded(what, [&]() -> Outcome<Source> {
+  auto opened = Guarded(Unreadable(id), [&]() -> Outcome<Source> {
     const std::optional<StoredValue> found = find(id);
     if (!found) return absence(id);
     if (found->fixedSize != 0) return BytesOf(std::string(found->fixedBytes()));
     if (found->hnid == 0) return BytesOf(std::string());
-    return Source(std::make_unique<HnidSource>(OpenValue(heap_, *found), what));
+    return Source(std::make_unique<HnidSource>(OpenValue(heap_, *found), Unreadable(id)()));
   });
   if (!opened) return Trouble{TroubleKind::Damaged, opened.trouble().reason};
   return std::move(*opened);
@@ -206,7 +209,7 @@ Outcome<std::vector<std::string>> StoredProperties::values(uint16_t id, size_t l
   const uint16_t type = *typeOf(id);
   const auto single = static_cast<uint16_t>(type & ~mapi::kMultipleValues);
   if ((type & mapi::kMultipleValues) == 0) return std::vector<std::string>{std::move(*whole)};
-  return Guarded(Named(id) + " cannot be read", [&] {
+  return Guarded(Unreadable(id), [&] {
     if (IsVariable(single)) return SplitVariable(single, *whole);
     const size_t width = mapi::WidthOfValue(single);
     if (width == 0) throw pststore::database_corrupt("values of unknown width");

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "archive/mapi/Hexadecimal.h"
+#include "archive/text/CountWhile.h"
 #include "archive/text/HtmlReferences.h"
 #include "archive/writers/HtmlRules.h"
 #include "archive/writers/MailStyles.h"
@@ -308,7 +309,7 @@ void HtmlCleaner::putRawText(const HtmlToken& raw) {
 
 // A "<" that begins no tag would begin one after what follows it is gone.
 void HtmlCleaner::putText(std::string_view text) {
-  if (text.find_first_of(std::string_view("<\0", 2)) == text.npos) {
+  if (CountWhile(text, [](auto c) { return (c != '<') & (c != '\0'); }) == text.size()) {
     out_.put(text);
     return;
   }

@@ -3,6 +3,7 @@
 #include <gmime/gmime.h>
 
 #include <algorithm>
+#include <map>
 #include <memory>
 
 #include "archive/writers/ItemText.h"
@@ -104,6 +105,41 @@ std::string IdOf(std::string_view id) {
   return kept;
 }
 
+// What tells apart the headers of texts; empty for a part that has more than type, charset and
+// encoding.
+std::string KeyOfText(const PartHeaders& headers) {
+  constexpr size_t kLongest = 100;
+  const bool hasMore = !headers.disposition.empty() || !headers.fileName.empty() ||
+                       !headers.contentId.empty() || !headers.contentLocation.empty();
+  if (hasMore || headers.parameters.size() > 1) return {};
+  if (!headers.parameters.empty() && headers.parameters[0].first != "charset") return {};
+  std::string key = headers.mediaType + '\n' + headers.encoding;
+  if (!headers.parameters.empty()) key += '\n' + headers.parameters[0].second;
+  return key.size() > kLongest ? std::string() : key;
+}
+
+std::string MadeText(const PartHeaders& headers) {
+  StartGMime();
+  const auto [type, subtype] = TypeOf(headers.mediaType);
+  const Owned<GMimePart> part(g_mime_part_new_with_type(type.c_str(), subtype.c_str()));
+  GMimeObject* const object = GMIME_OBJECT(part.get());
+  for (const auto& [name, value] : headers.parameters) {
+    g_mime_object_set_content_type_parameter(object, name.c_str(), OneLine(value).c_str());
+  }
+  const std::string fileName = OneLine(headers.fileName);
+  if (!headers.disposition.empty()) {
+    g_mime_object_set_disposition(object, headers.disposition.c_str());
+    if (!fileName.empty()) {
+      g_mime_object_set_content_disposition_parameter(object, "filename", fileName.c_str());
+    }
+  }
+  SetField(object, "Content-Transfer-Encoding", headers.encoding);
+  const std::string id = IdOf(headers.contentId);
+  if (!id.empty()) SetField(object, "Content-Id", "<" + id + ">");
+  SetField(object, "Content-Location", headers.contentLocation);
+  return HeadersOf(object) + "\r\n";
+}
+
 std::string_view TakeLine(std::string_view& text) {
   const size_t end = std::min(text.find('\n'), text.size());
   std::string_view line = text.substr(0, end);
@@ -158,25 +194,16 @@ std::string MailHeaders(const ItemFields& fields, const ThreadFields& thread,
 }
 
 std::string TextOf(const PartHeaders& headers) {
-  StartGMime();
-  const auto [type, subtype] = TypeOf(headers.mediaType);
-  const Owned<GMimePart> part(g_mime_part_new_with_type(type.c_str(), subtype.c_str()));
-  GMimeObject* const object = GMIME_OBJECT(part.get());
-  for (const auto& [name, value] : headers.parameters) {
-    g_mime_object_set_content_type_parameter(object, name.c_str(), OneLine(value).c_str());
-  }
-  const std::string fileName = OneLine(headers.fileName);
-  if (!headers.disposition.empty()) {
-    g_mime_object_set_disposition(object, headers.disposition.c_str());
-    if (!fileName.empty()) {
-      g_mime_object_set_content_disposition_parameter(object, "filename", fileName.c_str());
-    }
-  }
-  SetField(object, "Content-Transfer-Encoding", headers.encoding);
-  const std::string id = IdOf(headers.contentId);
-  if (!id.empty()) SetField(object, "Content-Id", "<" + id + ">");
-  SetField(object, "Content-Location", headers.contentLocation);
-  return HeadersOf(object) + "\r\n";
+  // Nearly all texts have one of a few, which are made once.
+  constexpr size_t kMostKept = 32;
+  thread_local std::map<std::string, std::string> kept;
+  const std::string key = KeyOfText(headers);
+  if (key.empty()) return MadeText(headers);
+  const auto found = kept.find(key);
+  if (found != kept.end()) return found->second;
+  std::string text = MadeText(headers);
+  if (kept.size() < kMostKept) kept.emplace(key, text);
+  return text;
 }
 
 OriginalHeaders KeptHeaders(std::string_view headers) {

@@ -131,6 +131,32 @@ TEST_F(ExportTest, LosesOneItemToACrashAndOneToAHang) {
   EXPECT_EQ(rows[3]["failed"], 2);
 }
 
+// Workers tell of several items at once: those of which a worker had not told are done again.
+TEST_F(ExportTest, LosesNothingButTheItemsOfCrashes) {
+  constexpr int kItems = 40;
+  constexpr size_t kSize = 250;
+  std::string box;
+  for (int number = 0; number < kItems; ++number) {
+    const size_t rest = kSize - Mail("A", number, "").size();
+    box += Mail("A", number, std::string(rest, 'x'));
+  }
+  options_.paths = {directory_.write("box", box).string()};
+  options_.program = CRASHING_WORKER;
+  EXPECT_EQ(exportTo("out"), ExitStatus::Failed);
+  const std::vector<json> rows = manifest("out");
+  ASSERT_EQ(rows.size(), kItems + 1u);
+  std::string expected;
+  for (size_t number = 0; number < kItems; ++number) {
+    const bool isLost = number == 0 || number == 10 || number == 29 || number == 30;
+    EXPECT_EQ(rows[number]["id"], std::to_string(number * kSize));
+    EXPECT_EQ(rows[number]["status"], isLost ? "failed" : "exported") << number;
+    if (!isLost) expected += box.substr(number * kSize, kSize);
+  }
+  EXPECT_EQ(rows.back()["failed"], 4);
+  EXPECT_EQ(tree("out")["box/messages.mbox"], expected);
+  EXPECT_EQ(Verify({options_.folder}), ExitStatus::Done);
+}
+
 TEST_F(ExportTest, NamesCopiesAndLeavesThemOutWhereAsked) {
   const std::string mail = MailWithFile("Same", "a.bin");
   options_.paths = {directory_.write("box", mail + mail).string()};

@@ -103,15 +103,20 @@ std::optional<Trouble> GrowingFile::sync() {
 
 Outcome<std::string> GrowingFile::read(uint64_t offset, uint64_t count) const {
   std::string bytes(count, '\0');
-  size_t filled = 0;
-  while (filled < bytes.size()) {
-    const ssize_t got = pread(file_, bytes.data() + filled, bytes.size() - filled,
-                              static_cast<off_t>(offset + filled));
+  const std::optional<Trouble> trouble = read(offset, std::span<char>(bytes));
+  if (trouble) return *trouble;
+  return bytes;
+}
+
+std::optional<Trouble> GrowingFile::read(uint64_t offset, std::span<char> room) const {
+  while (!room.empty()) {
+    const ssize_t got = pread(file_, room.data(), room.size(), static_cast<off_t>(offset));
     if (got < 0 && errno == EINTR) continue;
     if (got <= 0) return SystemTrouble(path_, got < 0 ? errno : EIO);
-    filled += static_cast<size_t>(got);
+    offset += static_cast<uint64_t>(got);
+    room = room.subspan(static_cast<size_t>(got));
   }
-  return bytes;
+  return std::nullopt;
 }
 
 std::optional<Trouble> ReadInPieces(const fs::path& path,
