@@ -12,13 +12,7 @@
 namespace tarn::host {
 namespace {
 
-// C1 controls, separators that break a line, and marks that change the direction of writing.
-constexpr platform::CodePointRange kEscaped[] = {
-    {0x0080, 0x009F}, {0x061C, 0x061C}, {0x200E, 0x200F},
-    {0x2028, 0x202E}, {0x2066, 0x2069}, {0xFEFF, 0xFEFF},
-};
-
-// Those of them that are no controls; without the mark that a text may begin with.
+// What misleads a terminal and is no control; without the mark that a text may begin with.
 constexpr platform::CodePointRange kTurning[] = {
     {0x061C, 0x061C}, {0x200E, 0x200F}, {0x2028, 0x202E}, {0x2066, 0x2069}};
 
@@ -50,7 +44,7 @@ std::string Shown(const platform::Character& character, std::string_view bytes) 
   if (!character.isWellFormed || codePoint < 0x20 || codePoint == 0x7F) {
     return HexEscape('x', static_cast<unsigned char>(bytes[0]));
   }
-  return platform::IsIn(kEscaped, codePoint) ? HexEscape('u', codePoint) : std::string(bytes);
+  return platform::MisleadsTerminals(codePoint) ? HexEscape('u', codePoint) : std::string(bytes);
 }
 
 }  // namespace
@@ -77,6 +71,21 @@ std::string Printable(std::string_view text) {
   std::string shown;
   ForEachCharacter(text, [&shown](const platform::Character& character, std::string_view bytes) {
     shown += Shown(character, bytes);
+    return true;
+  });
+  return shown;
+}
+
+std::string ShowableJson(std::string_view json) {
+  std::string shown;
+  shown.reserve(json.size());
+  ForEachCharacter(json, [&shown](const platform::Character& character, std::string_view bytes) {
+    // Of controls only line ends are in JSON, between the values.
+    if (bytes == "\n" || !platform::MisleadsTerminals(character.codePoint)) {
+      shown += bytes;
+    } else {
+      shown += HexEscape('u', character.codePoint);
+    }
     return true;
   });
   return shown;

@@ -24,6 +24,10 @@ std::optional<std::u16string> WideFromUtf8(std::string_view text);
 // writing become "\u202e"; a byte that is not part of valid UTF-8 becomes "\xff".
 std::string Printable(std::string_view text);
 
+// JSON that a terminal shows as it is: within its strings, characters that are more than text are
+// escapes. What it says is the same. `json` is valid UTF-8.
+std::string ShowableJson(std::string_view json);
+
 // Whether a terminal can show the text as it is: valid UTF-8 without other control characters than
 // tabs, line ends and form feeds, and without marks that change the direction of writing.
 bool IsPlainText(std::string_view text);

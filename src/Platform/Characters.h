@@ -28,6 +28,17 @@ constexpr size_t TerminalColumns(char32_t codePoint) {
   return IsIn(kDoubleWidth, codePoint) ? 2 : 1;
 }
 
+// Whether a terminal that gets it as it is shows something else than text: controls (C0, DEL, C1),
+// separators that break a line, marks that change the direction of writing, and byte order marks.
+constexpr bool MisleadsTerminals(char32_t codePoint) {
+  if (codePoint >= ' ' && codePoint < 0x7F) return false;  // most of what mail holds
+  constexpr CodePointRange kMisleading[] = {
+      {0x0000, 0x001F}, {0x007F, 0x009F}, {0x061C, 0x061C}, {0x200E, 0x200F},
+      {0x2028, 0x202E}, {0x2066, 0x2069}, {0xFEFF, 0xFEFF},
+  };
+  return IsIn(kMisleading, codePoint);
+}
+
 }  // namespace tarn::platform
 
 #endif  // TARN_PLATFORM_CHARACTERS_H

@@ -78,5 +78,18 @@ TEST(TerminalColumns, AreOneForAllOthers) {
   }
 }
 
+TEST(MisleadsTerminals, IsWhatIsMoreThanText) {
+  for (const char32_t point : std::initializer_list<char32_t>{
+           0x00, 0x09, 0x0A, 0x1B, 0x1F, 0x7F, 0x80, 0x9B, 0x9F, 0x061C, 0x200E, 0x200F, 0x2028,
+           0x2029, 0x202A, 0x202E, 0x2066, 0x2069, 0xFEFF}) {
+    EXPECT_TRUE(MisleadsTerminals(point)) << std::hex << uint32_t{point};
+  }
+  for (const char32_t point : std::initializer_list<char32_t>{
+           0x20, 0x7E, 0xA0, 0xAD, 0x061B, 0x061D, 0x200D, 0x2010, 0x2027, 0x202F, 0x2065, 0x206A,
+           0x4E00, 0xFEFE, 0xFF00, 0x1F600, 0x10FFFF}) {
+    EXPECT_FALSE(MisleadsTerminals(point)) << std::hex << uint32_t{point};
+  }
+}
+
 }  // namespace
 }  // namespace tarn::platform

@@ -116,8 +116,9 @@ TEST_F(AttachmentsCommand, EscapesWhatATerminalWouldObey) {
   EXPECT_EQ(output({"attachments", file}),
             "No.  Name                             Size  Type             Disposition\n"
             "  1  \\x1b[31m\\u202egnp.exe\\x7f\\u009b     4  application/pdf  attachment\n");
-  EXPECT_EQ(json::parse(output({"attachments", "--json", file}))["attachments"][0]["name"],
-            "\x1b[31m\u202Egnp.exe\x7f\u009B");
+  const std::string asJson = output({"attachments", "--json", file});
+  EXPECT_EQ(json::parse(asJson)["attachments"][0]["name"], "\x1b[31m\u202Egnp.exe\x7f\u009B");
+  EXPECT_NE(asJson.find(R"("\u001b[31m\u202egnp.exe\u007f\u009b")"), std::string::npos) << asJson;
 }
 
 TEST_F(AttachmentsCommand, AlignsWideCharacters) {

@@ -53,6 +53,14 @@ TEST(Printable, EscapesBytesThatAreNoUtf8) {
   EXPECT_EQ(Printable("\xFF\xF5"), "\\xff\\xf5");
 }
 
+TEST(ShowableJson, EscapesWhatIsMoreThanText) {
+  EXPECT_EQ(ShowableJson(""), "");
+  EXPECT_EQ(ShowableJson("{\n  \"a\": \"\u00E9\u4F1A\U0001F600\"\n}"),
+            "{\n  \"a\": \"\u00E9\u4F1A\U0001F600\"\n}");
+  EXPECT_EQ(ShowableJson("[\"\x7F\u009B2J\u202E\u2028\uFEFF\"]"),
+            R"(["\u007f\u009b2J\u202e\u2028\ufeff"])");
+}
+
 TEST(IsPlainText, IsWhatATerminalShowsAsItIs) {
   for (const char* text :
        {"", "a\tb\r\nc\f", "Gr\u00FC\u00DFe \u4F1A\u8B70 \U0001F600", "\uFEFF", "\u00A0"}) {

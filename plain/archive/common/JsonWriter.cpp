@@ -13,11 +13,6 @@ namespace {
 
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
 
-// C1 controls, separators that break a line, and marks that change the direction of writing.
-constexpr platform::CodePointRange kEscaped[] = {
-    {0x0080, 0x009F}, {0x061C, 0x061C}, {0x200E, 0x200F}, {0x2028, 0x202E}, {0x2066, 0x2069},
-};
-
 void AppendEscape(std::string& line, char32_t character) {
   switch (character) {
     case '"':
@@ -44,8 +39,7 @@ void AppendEscape(std::string& line, char32_t character) {
 
 // Also what JSON takes and a terminal must not get, so that a line can be shown.
 bool IsEscaped(char32_t character) {
-  return character < 0x20 || character == '"' || character == '\\' || character == 0x7F ||
-         platform::IsIn(kEscaped, character);
+  return character == '"' || character == '\\' || platform::MisleadsTerminals(character);
 }
 
 }  // namespace

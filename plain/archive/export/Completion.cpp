@@ -15,6 +15,7 @@
 #include "archive/export/SourcePlan.h"
 #include "console/Paths.h"
 #include "console/SystemFiles.h"
+#include "console/Text.h"
 
 namespace tarn::archive {
 namespace {
@@ -171,7 +172,7 @@ class Completion {
     nameCopy(row, offset);
     addToShown(row);
     RemoveJournalKeys(row);
-    put(row.dump(-1, ' ', false, Json::error_handler_t::replace));
+    put(host::ShowableJson(row.dump(-1, ' ', false, Json::error_handler_t::replace)));
   }
 
   void count(const Json& row) {

@@ -186,6 +186,26 @@ void HtmlTokens::skipTo(char end) {
   rest_.remove_prefix(at == rest_.npos ? rest_.size() : at + 1);
 }
 
+void DropControls(std::string& text) {
+  constexpr char kFirstOfC1 = '\xC2';  // and of others
+  const auto isPlain = [](char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    const bool isSpace = byte >= 0x09 && byte <= 0x0D && byte != 0x0B;
+    return isSpace || (byte >= 0x20 && byte != 0x7F && c != kFirstOfC1);
+  };
+  size_t kept = CountWhile(text, isPlain);
+  for (size_t at = kept; at < text.size();) {
+    const std::string_view rest = std::string_view(text).substr(at);
+    const bool isOther = rest[0] == kFirstOfC1 && rest.size() > 1;
+    const bool isC1 = isOther && static_cast<unsigned char>(rest[1]) < 0xA0;
+    const size_t size = isOther ? 2 : 1;
+    const bool isKept = (isOther && !isC1) || isPlain(rest[0]);
+    for (size_t i = 0; isKept && i < size; ++i) text[kept++] = text[at + i];
+    at += size;
+  }
+  text.resize(kept);
+}
+
 std::string EscapedHtml(std::string_view text) {
   std::string escaped;
   escaped.reserve(text.size() + text.size() / 8);
@@ -195,10 +215,12 @@ std::string EscapedHtml(std::string_view text) {
       return (c != '&') & (c != '<') & (c != '>') & (c != '"') & (c != '\'');
     });
     escaped += text.substr(0, plain);
-    if (plain == text.size()) return escaped;
+    if (plain == text.size()) break;
     escaped += ReferenceFor(text[plain]);
     text.remove_prefix(plain + 1);
   }
+  DropControls(escaped);
+  return escaped;
 }
 
 }  // namespace tarn::archive

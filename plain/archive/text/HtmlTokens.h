@@ -61,7 +61,11 @@ class HtmlTokens {
   std::string rawElement_;  // whose content comes next
 };
 
-// With "&", "<", ">", and quotes as references.
+// Takes out the control characters that no HTML has: C0 but for tabs, form feeds and line ends,
+// DEL, and C1. The text is UTF-8.
+void DropControls(std::string& text);
+
+// With "&", "<", ">", and quotes as references, and without control characters.
 std::string EscapedHtml(std::string_view text);
 
 }  // namespace tarn::archive

@@ -125,7 +125,8 @@ void PutBody(Item& item, const AttachmentPaths& paths, SinkBuffer& out,
   Bodies bodies = item.bodies();
   AppendTroubles(bodies.troubles, lost);
   if (bodies.html) {
-    const std::string html = Utf8OfHtml(*bodies.html);
+    std::string html = Utf8OfHtml(*bodies.html);
+    DropControls(html);
     bodies = {};
     MailImages images(item, lost);
     std::string_view text = html;

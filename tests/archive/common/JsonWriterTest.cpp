@@ -46,6 +46,7 @@ TEST(JsonWriter, EscapesWhatTurnsOrBreaksLines) {
   EXPECT_EQ(Quoted("a\u0080b\u009B\u009Fc"), R"("a\u0080b\u009b\u009fc")");
   EXPECT_EQ(Quoted("\u2028\u2029"), R"("\u2028\u2029")");
   EXPECT_EQ(Quoted("\u061C\u200E\u200F"), R"("\u061c\u200e\u200f")");
+  EXPECT_EQ(Quoted("\uFEFFa"), R"("\ufeffa")");
   EXPECT_EQ(Quoted("x\u202A\u202Ey\u2066\u2069"), R"("x\u202a\u202ey\u2066\u2069")");
   EXPECT_EQ(Quoted("\u00A0\u061B\u200D\u2010\u2027\u202F"),
             "\"\u00A0\u061B\u200D\u2010\u2027\u202F\"");

@@ -113,5 +113,25 @@ TEST(HtmlTokensTest, EscapesText) {
   EXPECT_EQ(EscapedHtml("a<b>&\"'"), "a&lt;b&gt;&amp;&quot;&#39;");
 }
 
+TEST(HtmlTokens, EscapesHaveNoControls) {
+  EXPECT_EQ(EscapedHtml("a\x1B[31m<\u009B2J>\x07"), "a[31m&lt;2J&gt;");
+}
+
+TEST(DropControls, LeavesTextAndLines) {
+  const auto dropped = [](std::string text) {
+    DropControls(text);
+    return text;
+  };
+  EXPECT_EQ(dropped(""), "");
+  EXPECT_EQ(dropped("a\tb\r\nc\fd \u00A0\u00BF\u00C0\u0442\u4E00\U0001F600"),
+            "a\tb\r\nc\fd \u00A0\u00BF\u00C0\u0442\u4E00\U0001F600");
+  EXPECT_EQ(dropped(std::string("\0a\x01\x08\x0E\x1B\x1F b\x7F", 10)), "a b");
+  EXPECT_EQ(dropped("\u0080a\u0085\u009B\u009Fb"), "ab");
+  // Far in a long text too, and at its end.
+  EXPECT_EQ(dropped(std::string(100, 'x') + "\x1B" + std::string(100, 'y')),
+            std::string(100, 'x') + std::string(100, 'y'));
+  EXPECT_EQ(dropped("a\x0B\xC2"), "a");
+}
+
 }  // namespace
 }  // namespace tarn::archive
