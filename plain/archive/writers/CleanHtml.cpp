@@ -218,8 +218,26 @@ void HtmlCleaner::putAttributes(const HtmlToken& tag) {
     // The page's own names are not the mail's.
     const bool isName = attribute.name == "class" || attribute.name == "id";
     if (isName && ContainsNoCase(DecodedHtmlValue(attribute.value), "tarn-")) continue;
-    out_.put(" ").put(attribute.name).put("=\"").put(QuotedValue(attribute.value)).put("\"");
+    out_.put(" ").put(attribute.name).put("=\"");
+    if (attribute.name == "style") {
+      putDeclarations(attribute.value);
+    } else {
+      out_.put(QuotedValue(attribute.value));
+    }
+    out_.put("\"");
   }
+}
+
+// Most of them are as they were.
+void HtmlCleaner::putDeclarations(std::string_view value) {
+  if (value.find_first_of("(&") != value.npos) {
+    const std::string decoded = DecodedHtmlValue(value);
+    if (MayFetch(decoded)) {
+      out_.put(EscapedHtml(DeclarationsWithinMail(decoded)));
+      return;
+    }
+  }
+  out_.put(QuotedValue(value));
 }
 
 void HtmlCleaner::takeBase(const HtmlToken& tag) {

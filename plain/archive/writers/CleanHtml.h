@@ -35,6 +35,7 @@ class HtmlCleaner {
   void putStart(const HtmlToken& tag);
   void takeBase(const HtmlToken& tag);
   void putAttributes(const HtmlToken& tag);
+  void putDeclarations(std::string_view value);
   void putLink(const HtmlToken& tag);
   std::optional<MailImage> loadBackground(const HtmlToken& tag);
   void putBackground(const HtmlToken& tag);

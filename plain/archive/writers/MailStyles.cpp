@@ -69,6 +69,17 @@ class StyleReader {
     return std::move(out_);
   }
 
+  // Of an attribute, where no brace ends them.
+  std::string readDeclarations() {
+    std::string all;
+    while (!rest_.empty()) {
+      const std::string some = takeDeclarations();
+      if (!all.empty() && !some.empty()) all += ';';
+      all += some;
+    }
+    return all;
+  }
+
  private:
   static constexpr size_t kDeepest = 8;
 
@@ -189,7 +200,7 @@ std::string StyleReader::takeDeclarations() {
       skipBlock();
       continue;
     }
-    if (piece.isFit && !piece.text.empty() && piece.text[0] != '@') {
+    if (piece.isFit && !piece.text.empty() && piece.text[0] != '@' && !MayFetch(piece.text)) {
       if (!list.empty()) list += ';';
       list += piece.text;
     }
@@ -308,6 +319,34 @@ std::string SelectorWithinMail(std::string_view selector) {
     at = end;
   }
   return within;
+}
+
+bool MayFetch(std::string_view declarations) {
+  constexpr std::string_view kFetching[] = {"-moz-element", "-webkit-image-set", "expression",
+                                            "image",        "image-set",         "src"};
+  size_t at = declarations.find('(');
+  // Names may be written with escapes: where there are some, no function is trusted.
+  if (at != declarations.npos && declarations.find('\\') != declarations.npos) return true;
+  for (; at != declarations.npos; at = declarations.find('(', at + 1)) {
+    size_t begin = at;
+    while (begin > 0 && IsOfName(declarations[begin - 1])) --begin;
+    std::string name(declarations.substr(begin, at - begin));
+    std::transform(name.begin(), name.end(), name.begin(), Lower);
+    if (std::find(std::begin(kFetching), std::end(kFetching), name) != std::end(kFetching)) {
+      return true;
+    }
+    if (!name.ends_with("url") && name != "url-prefix") continue;
+    const size_t address = declarations.find_first_not_of(" \t\r\n\f\"'", at + 1);
+    if (address == declarations.npos) return true;
+    const bool isOwn =
+        declarations[address] == '#' || BeginsWithName(declarations.substr(address), "data");
+    if (!isOwn) return true;
+  }
+  return false;
+}
+
+std::string DeclarationsWithinMail(std::string_view declarations) {
+  return StyleReader(declarations).readDeclarations();
 }
 
 std::string StylesWithinMail(std::string_view css) { return StyleReader(css).read(); }

@@ -7,8 +7,9 @@
 // root of the mail is the same element.
 //
 // Kept are rules, also within @media and @supports, and keyframes. Rules within rules, and all
-// other at-rules, are left out: those of pages, layers and scopes reach further, and nothing is
-// fetched. What is not well formed, or may be read otherwise by others, is left out too.
+// other at-rules, are left out: those of pages, layers and scopes reach further. Declarations that
+// would have something fetched are left out; a picture that the style holds itself (data:) stays.
+// What is not well formed, or may be read otherwise by others, is left out too.
 #ifndef TARN_ARCHIVE_MAILSTYLES_H
 #define TARN_ARCHIVE_MAILSTYLES_H
 
@@ -23,6 +24,10 @@ inline constexpr std::string_view kBodyElement = "tarn-body";
 
 // A sheet as one of the page. It has no "<", and ends whatever it begins.
 std::string StylesWithinMail(std::string_view css);
+
+// Whether a style attribute may have something fetched; and its declarations that do not.
+bool MayFetch(std::string_view declarations);
+std::string DeclarationsWithinMail(std::string_view declarations);
 
 // A selector as one of the page; empty for one that would name what is outside of the mail.
 std::string SelectorWithinMail(std::string_view selector);

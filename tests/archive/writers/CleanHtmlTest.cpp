@@ -28,6 +28,14 @@ FakeContent WithPicture() {
   return content;
 }
 
+TEST(CleanHtmlTest, LeavesOutStylesThatFetch) {
+  EXPECT_EQ(Clean("<p style='color:red;background:url(http://x/y)'>a"), "<p style=\"color:red\">a");
+  EXPECT_EQ(Clean("<p style='background:u&#114;l&#40;//x&#41;;a:&quot;b&quot;'>a"),
+            "<p style=\"a:&quot;b&quot;\">a");
+  EXPECT_EQ(Clean("<p style=' color : rgb(1,2,3) ;a:&quot;b&quot;'>a"),
+            "<p style=\" color : rgb(1,2,3) ;a:&quot;b&quot;\">a");
+}
+
 TEST(CleanHtmlTest, KeepsWhatAReaderSees) {
   const std::string html =
       "<h1 style=\"color:red\">a &auml; &lt;</h1><table width=\"3\"><tr><td>b</td></tr></table>";

@@ -66,6 +66,29 @@ TEST(MailStylesTest, ReadsTheSheetsOfMailPrograms) {
             "main div.W{page:W}\n");
 }
 
+TEST(MailStylesTest, LeavesOutWhatWouldBeFetched) {
+  for (const char* declaration :
+       {"a:url(http://x)", "a:URL('//x')", "a:url( \"x.png\" )", "a:b, url(file:///x)",
+        "a:u\\72l(x)", "a:\\75 rl(x)", "a:image-set('x' 1x)", "a:-webkit-image-set(url(x) 1x)",
+        "a:src('x')", "a:cross-fade(url(data:x), url(x))", "--a:url(x)", "a:expression(b)",
+        "a:url-prefix(x)", "a:url(database.png)", "a:url(\\64 ata:x)", "a:url(\n//x)"}) {
+    EXPECT_EQ(StylesWithinMail("p{" + std::string(declaration) + ";c:d}"), "main p{c:d}\n")
+        << declaration;
+    EXPECT_TRUE(MayFetch(declaration)) << declaration;
+    EXPECT_EQ(DeclarationsWithinMail("c:d;" + std::string(declaration) + ";e:f"), "c:d;e:f")
+        << declaration;
+  }
+  for (const char* declaration :
+       {"a:url(data:image/png;base64,x)", "a:url('DATA:x')", "a:url(#b)", "a:rgb(1,2,3)",
+        "a:calc(1px + (2px))", "a:\"\\201C\"", "a:'url'", "a:curl(#x)"}) {
+    EXPECT_FALSE(MayFetch(declaration)) << declaration;
+  }
+  EXPECT_EQ(StylesWithinMail("p{a:url(data:image/png;base64,x);b:url(#c)}"),
+            "main p{a:url(data:image/png;base64,x);b:url(#c)}\n");
+  // No brace ends the declarations of an attribute.
+  EXPECT_EQ(DeclarationsWithinMail("a:b}c:d;e:url(x)}f:g{h:url(y)}i:j"), "a:b;c:d;i:j");
+}
+
 TEST(MailStylesTest, LeavesOutWhatIsNotWellFormed) {
   for (const char* sheet :
        {"p",         "p{",         "p{}",      "p{a:'x\n}", "p{a:b(c}", "p{a:b)}",
