@@ -9,8 +9,9 @@ import time
 
 
 class Browser:
-    def __init__(self, program, width=1280, height=800, dark=False):
+    def __init__(self, program, width=1280, height=800, dark=False, options=()):
         self.folder = tempfile.TemporaryDirectory(ignore_cleanup_errors=True)
+        self.log = tempfile.TemporaryFile()
         to_read, self.to = os.pipe()
         self.said, to_write = os.pipe()
 
@@ -24,10 +25,10 @@ class Browser:
         self.process = subprocess.Popen(
             [program, '--headless=new', '--no-sandbox', '--disable-gpu', '--disable-dev-shm-usage',
              '--remote-debugging-pipe', '--no-first-run', '--disable-background-networking',
-             f'--window-size={width},{height}', f'--user-data-dir={self.folder.name}',
+             f'--window-size={width},{height}', f'--user-data-dir={self.folder.name}', *options,
              'about:blank'],
             preexec_fn=prepare, close_fds=False, stdin=subprocess.DEVNULL,
-            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+            stdout=self.log, stderr=self.log)
         os.close(to_read)
         os.close(to_write)
         self.waiting = b''
@@ -52,7 +53,12 @@ class Browser:
     def __exit__(self, *ignored):
         self.process.kill()
         self.process.wait()
+        self.log.close()
         self.folder.cleanup()
+
+    def written(self):
+        """What the browser has written to its streams so far."""
+        return os.pread(self.log.fileno(), 1 << 24, 0)
 
     def message(self, timeout):
         while b'\0' not in self.waiting:
