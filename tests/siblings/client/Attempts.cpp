@@ -5,6 +5,7 @@
 #include <sys/ptrace.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/uio.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -78,6 +79,14 @@ bool Trace(const std::string& process) {
   return ptrace(PTRACE_ATTACH, std::stoi(process), nullptr, nullptr) == 0;
 }
 
+bool Peek(const std::string& place) {
+  const size_t comma = place.find(',');
+  char byte = 0;
+  const iovec own = {&byte, 1};
+  const iovec other = {reinterpret_cast<void*>(std::stoull(place.substr(comma + 1))), 1};
+  return process_vm_readv(std::stoi(place), &own, 1, &other, 1, 0) == 1;
+}
+
 bool Thread(const std::string&) {
   try {
     bool ran = false;
@@ -126,6 +135,7 @@ std::optional<std::string> Attempt(const std::string& what, const std::string& w
       {"parent", SignalParent}, {"exec", Execute},      {"fork", Fork},
       {"truncate", Truncate},   {"cut", CutByOpening},  {"chmod", ChangeMode},
       {"trace", Trace},         {"thread", Thread},     {"early", AskEarlyThread},
+      {"peek", Peek},
   };
   const auto found = attempts.find(what);
   if (found == attempts.end()) return std::nullopt;

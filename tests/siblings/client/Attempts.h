@@ -14,6 +14,7 @@ namespace tarn::test {
 //   socket        to make one        signal PID    as little as asking whether it is there
 //   parent        the same for the parent          exec PATH
 //   fork                             trace PID     to attach to it
+//   peek PID,ADDRESS  to read a byte of its memory
 //   thread        to start one, which is allowed
 //   early         to make a socket, in a thread from before there were walls
 std::optional<std::string> Attempt(const std::string& what, const std::string& with);

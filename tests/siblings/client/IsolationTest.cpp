@@ -144,6 +144,26 @@ TEST_P(IsolationTest, OtherProcessesAreLeftAlone) {
   EXPECT_EQ(attempt("trace " + std::to_string(getpid())), "refused\n");
 }
 
+TEST_P(IsolationTest, MemoryOfOthersIsNotRead) {
+  static const char kSecret = 's';
+  const std::string self = std::to_string(getpid());
+  const std::string address = std::to_string(reinterpret_cast<uintptr_t>(&kSecret));
+  const std::string read = attempt("peek " + self + "," + address);
+  if (GetParam().wall == Behind::NoWall) {
+    // Some systems let nobody look into the process that started it.
+    if (geteuid() == 0) {
+      EXPECT_EQ(read, "done\n");
+    }
+    return;
+  }
+  EXPECT_EQ(read, "refused\n");
+  const bool hidesFiles = GetParam().wall == Behind::Namespaces || test::ThisMachine().hasLandlock;
+  if (!hidesFiles) return;
+  for (const char* const file : {"mem", "environ", "maps"}) {
+    EXPECT_EQ(attempt("open /proc/" + self + "/" + file), "refused\n") << file;
+  }
+}
+
 TEST_P(IsolationTest, EnvironmentStaysBehind) {
   setenv("TARN_TEST_SECRET", "secret", 1);
   EXPECT_EQ(attempt("variable TARN_TEST_SECRET"), "none\n");
