@@ -12,6 +12,7 @@
 #include "FinalPath.h"
 #include "LastError.h"
 #include "NativePath.h"
+#include "OwnerOnly.h"
 #include "WriteAll.h"
 
 namespace tarn::host {
@@ -114,10 +115,15 @@ std::error_code MoveIntoPlace(const fs::path& from, const fs::path& to) {
 void RemoveFile(const fs::path& path) { DeleteFileW(NativePath(path).c_str()); }
 
 fs::path MakePrivateFolder(const fs::path& directory, std::error_code& error) {
+  OwnerOnly owner;
+  if (owner.attributes() == nullptr) {
+    error = std::error_code(static_cast<int>(owner.error()), std::system_category());
+    return {};
+  }
   std::random_device random;
   for (;;) {
     const fs::path path = directory / ("tarnmail-" + std::to_string(random()));
-    const bool made = CreateDirectoryW(NativePath(path).c_str(), nullptr) != 0;
+    const bool made = CreateDirectoryW(NativePath(path).c_str(), owner.attributes()) != 0;
     error = made ? std::error_code() : LastError();
     if (made) return path;
     if (GetLastError() != ERROR_ALREADY_EXISTS) return {};

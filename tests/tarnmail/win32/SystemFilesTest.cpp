@@ -2,8 +2,13 @@
 
 #include "console/SystemFiles.h"
 
+#include <aclapi.h>
 #include <gtest/gtest.h>
+#include <sddl.h>
 
+#include <set>
+
+#include "console/win32/FileHandle.h"
 #include "console/win32/FinalPath.h"
 #include "support/TempDirectory.h"
 #include "tarnmail/win32/LockedFile.h"
@@ -13,6 +18,35 @@ namespace tarn::host {
 namespace {
 
 namespace fs = std::filesystem;
+
+// Who is let in at all, as "S-1-5-18"; nobody named means everybody, and is "*".
+std::set<std::wstring> LetIn(const fs::path& path) {
+  ACL* list = nullptr;
+  void* descriptor = nullptr;
+  std::wstring name = path.wstring();
+  EXPECT_EQ(GetNamedSecurityInfoW(name.data(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr,
+                                  nullptr, &list, nullptr, &descriptor),
+            DWORD{ERROR_SUCCESS});
+  if (list == nullptr) return {L"*"};
+  std::set<std::wstring> names;
+  for (DWORD i = 0; i < list->AceCount; ++i) {
+    void* entry = nullptr;
+    if (GetAce(list, i, &entry) == 0) continue;
+    auto* const allowed = static_cast<ACCESS_ALLOWED_ACE*>(entry);
+    wchar_t* text = nullptr;
+    if (allowed->Header.AceType != ACCESS_ALLOWED_ACE_TYPE || allowed->Mask == 0 ||
+        ConvertSidToStringSidW(&allowed->SidStart, &text) == 0) {
+      continue;
+    }
+    names.insert(text);
+    LocalFree(text);
+  }
+  LocalFree(descriptor);
+  return names;
+}
+
+constexpr const wchar_t* kEverybody = L"S-1-1-0";
+constexpr const wchar_t* kSystem = L"S-1-5-18";
 
 class SystemFiles : public testing::Test {
  protected:
@@ -73,6 +107,32 @@ TEST_F(SystemFiles, HaveAFinalPath) {
 TEST_F(SystemFiles, AreTheirOwnTargetsUnlessTheyAreLinks) {
   EXPECT_EQ(TargetOfLinks(in("mAIL.eml"), error_), in("mAIL.eml"));
   EXPECT_FALSE(error_);
+}
+
+// Wherever it is: the folder around it lets everybody in, and would hand that on.
+TEST_F(SystemFiles, OfAPrivateFolderAreForNobodyElse) {
+  SECURITY_ATTRIBUTES open = {sizeof open, nullptr, FALSE};
+  ASSERT_TRUE(ConvertStringSecurityDescriptorToSecurityDescriptorW(
+      L"D:(A;OICI;FA;;;WD)", SDDL_REVISION_1, &open.lpSecurityDescriptor, nullptr));
+  const fs::path around = in("around");
+  ASSERT_TRUE(CreateDirectoryW(around.c_str(), &open));
+  LocalFree(open.lpSecurityDescriptor);
+  EXPECT_TRUE(LetIn(around).contains(kEverybody));
+
+  const fs::path folder = MakePrivateFolder(around, error_);
+  ASSERT_FALSE(error_);
+  std::set<std::wstring> others = LetIn(folder);
+  others.erase(kSystem);
+  EXPECT_EQ(others.size(), 1u);  // the user
+  EXPECT_FALSE(others.contains(kEverybody));
+
+  // The user may do everything in it, and what is made there is as private.
+  WritableFile file;
+  EXPECT_FALSE(file.create(folder / "image.png"));
+  EXPECT_FALSE(file.writeAndClose("bytes"));
+  EXPECT_FALSE(LetIn(folder / "image.png").contains(kEverybody));
+  RemoveTree(folder);
+  EXPECT_TRUE(fs::is_empty(around));
 }
 
 TEST_F(SystemFiles, MayHaveLongPaths) {
