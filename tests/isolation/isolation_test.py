@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""isolation_test.py BUILD CELL: what a mail that wants more than to be shown gets. BUILD is the folder of
+"""isolation_test.py BUILD BROWSER CELL: what a mail that wants more than to be shown gets. BUILD is the folder of
 the programs. CELL is a command and what the mail reaches for, as Pages.Network: each is one test.
 
              Network  Files  Memory  Terminal
@@ -340,7 +340,7 @@ class Page(Cell):
         self.browser_class = browser.Browser
 
     def browser(self, *options):
-        one = self.browser_class(sys.argv[3], options=options)
+        one = self.browser_class(sys.argv[2], options=options)
         self.addCleanup(one.__exit__)
         return one
 
@@ -470,7 +470,7 @@ class Watchers(Cell):
         """The same mails, as they are, make it ask."""
         sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), '../archive/catalogue'))
         import browser
-        with browser.Browser(sys.argv[3], options=['--host-resolver-rules=MAP *.example.invalid 127.0.0.1']) as one:
+        with browser.Browser(sys.argv[2], options=['--host-resolver-rules=MAP *.example.invalid 127.0.0.1']) as one:
             with open(self.path('in/raw.html'), 'w') as file:
                 file.write(hostile.page('\n'.join(hostile.filled(hostile.CARRIERS, self.where(NETWORK)))))
             one.open('file://' + self.path('in/raw.html'))
@@ -480,5 +480,5 @@ class Watchers(Cell):
 
 
 if __name__ == '__main__':
-    row, _, column = sys.argv[2].partition('.')
+    row, _, column = sys.argv[3].partition('.')
     unittest.main(argv=[sys.argv[0], '-v', row + ('.test_' + column.lower() if column else '')])
