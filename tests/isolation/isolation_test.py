@@ -357,29 +357,16 @@ class Page(Cell):
         browser.value("window.said = []; addEventListener('message', (event) => said.push(event.data))")
         seen = []
         for number in range(count):
-            known = len(browser.frames)
             browser.value("document.getElementById('list').focus()")
             browser.key('ArrowDown', 40)
             if number == 0:
                 browser.key('Enter', 13)
             url = browser.wait(f"document.getElementById('frame').src !== {json.dumps(seen[-1][0] if seen else '')} && "
                                "document.getElementById('frame').src")
-            for _ in range(300):
-                inside = [frame for frame in browser.frames[known:] or browser.frames[-1:] if self.url_of(browser, frame) == url]
-                if inside:
-                    break
-                browser.value('new Promise((done) => setTimeout(done, 20))')
-            seen.append((url, inside[-1]))
+            seen.append((url, browser.frame(url)))
         self.assertEqual(len({url for url, _ in seen}), count)
         browser.value('new Promise((done) => setTimeout(done, 300))')
         return browser, seen
-
-    @staticmethod
-    def url_of(browser, frame):
-        try:
-            return browser.value("document.readyState === 'complete' && location.href", frame)
-        except RuntimeError:
-            return None  # it was of the message before
 
     @staticmethod
     def asked(browser):
@@ -414,7 +401,7 @@ class Page(Cell):
         browser, seen = self.opened(paths)
         self.assertEqual(browser.value('said'), [])
         self.assertIn(SECRET, browser.value('JSON.stringify(mail.rows) + document.body.textContent'))
-        frame = browser.frames[-1]
+        frame = seen[-1][1]
         for reach in ('parent.mail', 'parent.document.body', 'top.frames[0].document.body && parent.mail.rows', 'localStorage.length',
                       'document.cookie', 'sessionStorage.length', 'opener.mail', 'indexedDB.open("x")'):
             got = browser.value('(() => { try { return String(%s) } catch (error) { return "refused" } })()' % reach, frame)

@@ -118,6 +118,19 @@ class Browser:
             time.sleep(0.02)
         raise RuntimeError('in vain: ' + expression)
 
+    def frame(self, url, seconds=30):
+        """The session of the frame that shows that, once all of it is there."""
+        for _ in range(seconds * 50):
+            for session in reversed(self.frames):
+                try:
+                    if self.value("document.readyState === 'complete' && location.href", session) == url:
+                        return session
+                except RuntimeError:
+                    self.frames.remove(session)  # it was of another message
+            time.sleep(0.02)
+            self.value('0')  # takes what has come meanwhile
+        raise RuntimeError('no frame shows ' + url)
+
     def key(self, key, code=0, text=''):
         for kind in ('keyDown', 'keyUp'):
             self.call('Input.dispatchKeyEvent', type=kind, key=key, windowsVirtualKeyCode=code,

@@ -106,19 +106,8 @@ class IndexPageTest(unittest.TestCase):
 
     def frame_of(self, browser):
         """The message in its frame, once it is all there."""
-        for _ in range(200):
-            frame = browser.frames[-1] if browser.frames else None
-            try:
-                if frame:
-                    browser.wait("document.readyState === 'complete' && "
-                                 "document.querySelector('h1') !== null", session=frame)
-                    return lambda expression: browser.value(expression, frame)
-            except RuntimeError as error:
-                # One that has loaded nothing yet may give way to another one.
-                if 'Session with given id not found' not in str(error):
-                    raise
-            browser.value('new Promise((done) => setTimeout(done, 20))')
-        raise RuntimeError('the message has no frame')
+        frame = browser.frame(browser.value("document.getElementById('frame').src"))
+        return lambda expression: browser.value(expression, frame)
 
     def assert_frame(self, browser):
         """The message is there with its picture, and its script has not run."""
