@@ -187,19 +187,18 @@ void HtmlTokens::skipTo(char end) {
 }
 
 void DropControls(std::string& text) {
-  constexpr char kFirstOfC1 = '\xC2';  // and of others
-  const auto isPlain = [](char c) {
-    const auto byte = static_cast<unsigned char>(c);
-    const bool isSpace = byte >= 0x09 && byte <= 0x0D && byte != 0x0B;
-    return isSpace || (byte >= 0x20 && byte != 0x7F && c != kFirstOfC1);
+  constexpr signed char kFirstOfC1 = -0x3E;  // C2, and of others
+  const auto isPlain = [](auto c) {
+    return ((c >= ' ') | (c < 0) | (c == '\t') | (c == '\n') | (c == '\f') | (c == '\r')) &
+           (c != 0x7F) & (c != kFirstOfC1);
   };
   size_t kept = CountWhile(text, isPlain);
   for (size_t at = kept; at < text.size();) {
-    const std::string_view rest = std::string_view(text).substr(at);
-    const bool isOther = rest[0] == kFirstOfC1 && rest.size() > 1;
-    const bool isC1 = isOther && static_cast<unsigned char>(rest[1]) < 0xA0;
+    const auto first = static_cast<signed char>(text[at]);
+    const bool isOther = first == kFirstOfC1 && at + 1 < text.size();
+    const bool isC1 = isOther && static_cast<unsigned char>(text[at + 1]) < 0xA0;
     const size_t size = isOther ? 2 : 1;
-    const bool isKept = (isOther && !isC1) || isPlain(rest[0]);
+    const bool isKept = (isOther && !isC1) || isPlain(first);
     for (size_t i = 0; isKept && i < size; ++i) text[kept++] = text[at + i];
     at += size;
   }
