@@ -13,6 +13,9 @@ from typing import Any, Callable, Optional
 
 Job = dict[str, Any]
 
+# What a shell, Slurm or a format could take for something else.
+ODD_NAME = "a b'c\"d $(touch x) %a;#\ne"
+
 
 class FakeCluster:
     def __init__(self, folder: Path, limit: int = 1001) -> None:

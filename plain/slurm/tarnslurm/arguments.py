@@ -5,7 +5,7 @@ from __future__ import annotations
 import argparse
 import sys
 from dataclasses import dataclass, field
-from typing import NoReturn, Optional, Sequence
+from typing import Callable, NoReturn, Optional, Sequence
 
 from .failure import USAGE
 
@@ -110,7 +110,7 @@ class _Parser(argparse.ArgumentParser):
         sys.exit(USAGE)
 
 
-def _number(least: int, most: int):  # type: ignore[no-untyped-def]
+def _number(least: int, most: int) -> Callable[[str], int]:
     def parse(text: str) -> int:
         if not text.isdigit() or not least <= int(text) <= most:
             raise argparse.ArgumentTypeError(f"{text!r} is no number from {least} to {most}")
@@ -179,7 +179,7 @@ def is_own_to_us(word: str) -> bool:
 def _check(parser: argparse.ArgumentParser, request: Request) -> None:
     if not request.output:
         parser.error("empty name of the folder")
-    # Slurm would take what it is before for a sign of its own.
+    # In the name of a log Slurm has a use of its own for it.
     if "\\" in request.output:
         parser.error("a folder with a backslash in its name is none for Slurm")
     if request.status:
