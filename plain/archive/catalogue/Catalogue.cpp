@@ -5,6 +5,7 @@
 
 #include "archive/catalogue/CatalogueTables.h"
 #include "archive/catalogue/Database.h"
+#include "archive/catalogue/IndexNumber.h"
 #include "archive/catalogue/WordIndex.h"
 
 namespace tarn::archive {
@@ -53,6 +54,16 @@ std::string SenderText(const ItemFields& fields) {
   return text;
 }
 
+// Reads the whole index.
+bool HasAllWords(Database& database) {
+  database.run("CREATE VIRTUAL TABLE temp.terms USING fts5vocab(main, words, row)");
+  Statement words(database, "SELECT sum(cnt) FROM temp.terms");
+  Statement sizes(database, "SELECT sz FROM words_docsize");
+  uint64_t told = 0;
+  while (sizes.step()) told += SumOfIndexNumbers(sizes.bytes(0));
+  return words.step() && static_cast<uint64_t>(words.number(0)) == told;
+}
+
 }  // namespace
 
 std::string_view CutCatalogueText(std::string_view text) {
@@ -65,11 +76,12 @@ std::string_view CutCatalogueText(std::string_view text) {
 
 std::optional<uint64_t> ItemsInCatalogue(const std::filesystem::path& path) {
   try {
-    const Database database(path, DatabaseUse::Read);
-    Statement sound(database, "PRAGMA quick_check(1)");
+    Database database(path, DatabaseUse::Read);
+    database.run("PRAGMA trusted_schema=OFF;PRAGMA cell_size_check=ON;PRAGMA temp_store=MEMORY;");
+    Statement sound(database, "PRAGMA integrity_check(1)");
     if (!sound.step() || sound.text(0) != "ok") return std::nullopt;
     Statement count(database, "SELECT count(*) FROM items");
-    if (!count.step()) return std::nullopt;
+    if (!count.step() || !HasAllWords(database)) return std::nullopt;
     return static_cast<uint64_t>(count.number(0));
   } catch (const DatabaseError&) {
     return std::nullopt;

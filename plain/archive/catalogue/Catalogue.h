@@ -23,8 +23,9 @@ std::string_view CutCatalogueText(std::string_view text);
 // Those of one item together; attachments that come after have no text.
 inline constexpr size_t kMostItemText = size_t{64} << 20;
 
-// How many items a catalogue holds; none where it cannot be read, or is damaged as far as a look at
-// its tables tells.
+// How many items a catalogue holds; none where it cannot be read, or is damaged: every page and
+// every entry of an index is looked at, and the index is to hold as many words as the items are
+// told to have.
 std::optional<uint64_t> ItemsInCatalogue(const std::filesystem::path& path);
 
 // The same items in the same order give the same bytes. Memory does not grow with their number.

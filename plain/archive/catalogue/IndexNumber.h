@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace tarn::archive {
 
@@ -31,6 +32,19 @@ inline uint64_t ReadIndexNumber(const char*& at) {
     number = number << 7 | (byte & 0x7F);
     if (byte < 0x80) return number;
   }
+}
+
+// The sum of numbers, whatever the bytes are.
+inline uint64_t SumOfIndexNumbers(std::string_view bytes) {
+  uint64_t sum = 0;
+  uint64_t number = 0;
+  for (const char byte : bytes) {
+    number = number << 7 | (static_cast<unsigned char>(byte) & 0x7F);
+    if (static_cast<unsigned char>(byte) >= 0x80) continue;
+    sum += number;
+    number = 0;
+  }
+  return sum;
 }
 
 }  // namespace tarn::archive

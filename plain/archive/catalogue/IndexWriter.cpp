@@ -23,14 +23,6 @@ constexpr size_t kBytesAPiece = size_t{4} << 20;
 // Of a subject or of the names of all recipients.
 constexpr size_t kMostShown = 1024;
 
-// Cut between characters, with a mark that it goes on.
-std::string ShownText(std::string_view text) {
-  if (text.size() <= kMostShown) return std::string(text);
-  size_t end = kMostShown;
-  while (end != 0 && (text[end] & 0xC0) == 0x80) --end;
-  return std::string(text.substr(0, end)) + "\xE2\x80\xA6";
-}
-
 // A call with a text in quotes, which holds JSON: browsers read that sooner than a program.
 std::string CallWith(std::string_view function, std::string_view first, std::string_view json) {
   std::string call(function);
@@ -45,11 +37,6 @@ std::string CallWith(std::string_view function, std::string_view first, std::str
   return call + "');\n";
 }
 
-std::string PieceName(size_t number) {
-  const std::string digits = std::to_string(number);
-  return "data-" + std::string(digits.size() < 4 ? 4 - digits.size() : 0, '0') + digits + ".js";
-}
-
 // Name, else address.
 std::string_view Shown(const Address& address) {
   return address.name.empty() ? address.address : address.name;
@@ -61,7 +48,7 @@ std::string ShownRecipients(const ItemFields& fields) {
     for (const Address& address : *each) {
       if (!text.empty()) text += ", ";
       text += Shown(address);
-      if (text.size() > kMostShown) return ShownText(text);
+      if (text.size() > kMostShown) return ShownOnPage(text);
     }
   }
   return text;
@@ -89,6 +76,18 @@ bool HasBytes(const std::filesystem::path& path) {
 
 }  // namespace
 
+std::string ShownOnPage(std::string_view text) {
+  if (text.size() <= kMostShown) return std::string(text);
+  size_t end = kMostShown;
+  while (end != 0 && (text[end] & 0xC0) == 0x80) --end;
+  return std::string(text.substr(0, end)) + "\xE2\x80\xA6";
+}
+
+std::string NameOfPiece(size_t number) {
+  const std::string digits = std::to_string(number);
+  return "data-" + std::string(digits.size() < 4 ? 4 - digits.size() : 0, '0') + digits + ".js";
+}
+
 bool IsPageWhole(const std::filesystem::path& directory, uint64_t items) {
   const std::filesystem::path folder = directory / kIndexFolderName;
   std::array<char, 128> beginning = {};
@@ -105,7 +104,7 @@ bool IsPageWhole(const std::filesystem::path& directory, uint64_t items) {
       return false;
   }
   for (unsigned long long piece = 1; piece <= pieces; ++piece) {
-    if (!HasBytes(folder / PieceName(piece))) return false;
+    if (!HasBytes(folder / NameOfPiece(piece))) return false;
   }
   return true;
 }
@@ -183,7 +182,7 @@ class IndexWriter::Pieces {
   std::optional<Trouble> endPiece() {
     json_.closeArray();
     ++pieces_;
-    auto trouble = write(PieceName(pieces_),
+    auto trouble = write(NameOfPiece(pieces_),
                          CallWith("mailPiece", std::to_string(pieces_) + ",", json_.line()));
     startPiece();
     return trouble;
@@ -204,9 +203,9 @@ class IndexWriter::Pieces {
     json_.openArray();
     json_.number(folderOf(item));
     json_.text(date ? Iso8601(*date) : "");
-    json_.text(ShownText(Shown(fields.from)));
+    json_.text(ShownOnPage(Shown(fields.from)));
     json_.text(fields.from.name.empty() ? "" : std::string_view(fields.from.address));
-    json_.text(ShownText(fields.subject));
+    json_.text(ShownOnPage(fields.subject));
     json_.text(ShownRecipients(fields));
     json_.number(fields.size.value_or(0));
     json_.text(fields.messageClass);

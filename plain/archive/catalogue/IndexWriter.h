@@ -7,6 +7,8 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <string>
+#include <string_view>
 
 #include "archive/catalogue/CatalogueItem.h"
 #include "archive/model/Trouble.h"
@@ -15,6 +17,13 @@ namespace tarn::archive {
 
 inline constexpr const char* kIndexPageName = "index.html";
 inline constexpr const char* kIndexFolderName = "index";
+
+// Subjects and the like as the page has them: cut between characters where they are long, with a
+// mark that they go on.
+std::string ShownOnPage(std::string_view text);
+
+// Of the n-th script with rows, from 1, in the folder.
+std::string NameOfPiece(size_t number);
 
 // Whether the page of the export in that folder is there, and all that it reads, for so many items.
 bool IsPageWhole(const std::filesystem::path& directory, uint64_t items);

@@ -104,6 +104,8 @@ std::string TextOf(TextForm form, ByteSource& bytes, std::chrono::milliseconds t
 
 bool HasText(const Attachment& attachment) { return FormOf(attachment) != TextForm::None; }
 
+bool IsNamedPdf(std::string_view name) { return ExtensionOf(name) == "pdf"; }
+
 std::string TextOfAttachment(const Attachment& attachment, ByteSource& bytes,
                              std::chrono::milliseconds time) {
   std::string text = TextOf(FormOf(attachment), bytes, time);

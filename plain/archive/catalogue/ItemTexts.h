@@ -17,6 +17,9 @@ namespace tarn::archive {
 // PDF where the program pdftotext is installed. Told by the type, else by the end of the name.
 bool HasText(const Attachment& attachment);
 
+// Whether the name ends as those of PDFs do.
+bool IsNamedPdf(std::string_view name);
+
 // The text, UTF-8, at most kMostCatalogueText bytes; empty where none can be had. Reads no more of
 // the bytes than it takes for that. PDF is read by a process of its own with limits on time and
 // memory.

@@ -4,8 +4,8 @@
 
 #include <cmath>
 #include <new>
-#include <string_view>
 
+#include "archive/catalogue/IndexNumber.h"
 #include "archive/catalogue/WordPlaces.h"
 
 namespace tarn::archive {
@@ -22,19 +22,6 @@ constexpr int64_t kNoSize = -1;
 int CountRow(const Fts5ExtensionApi*, Fts5Context*, void* count) {
   ++*static_cast<int64_t*>(count);
   return SQLITE_OK;
-}
-
-// A record of sizes has a number for each column.
-int64_t SumOfNumbers(std::string_view bytes) {
-  uint64_t sum = 0;
-  uint64_t number = 0;
-  for (const char byte : bytes) {
-    number = number << 7 | (static_cast<unsigned char>(byte) & 0x7F);
-    if (static_cast<unsigned char>(byte) >= 0x80) continue;
-    sum += number;
-    number = 0;
-  }
-  return static_cast<int64_t>(sum & INT64_MAX);
 }
 
 }  // namespace
@@ -127,7 +114,8 @@ std::optional<double> WordRank::sizeOf(int64_t item) {
     sizes_.bind(1, item);
     sizes_.bind(2, item > INT64_MAX - kSizesAtOnce ? INT64_MAX : item + kSizesAtOnce - 1);
     while (sizes_.step()) {
-      sizesRead_[place(sizes_.number(0)) % sizesRead_.size()] = SumOfNumbers(sizes_.bytes(1));
+      sizesRead_[place(sizes_.number(0)) % sizesRead_.size()] =
+          static_cast<int64_t>(SumOfIndexNumbers(sizes_.bytes(1)) & INT64_MAX);
     }
     sizes_.reset();
   }

@@ -9,6 +9,7 @@
 
 #include "archive/catalogue/Catalogue.h"
 #include "archive/catalogue/IndexWriter.h"
+#include "archive/catalogue/ItemTexts.h"
 #include "archive/common/JsonWriter.h"
 #include "archive/export/ManifestRows.h"
 #include "archive/export/OnePdf.h"
@@ -279,6 +280,9 @@ class Completion {
     }
     item.files.clear();
     // Catalogue and page show a copy without files of its own by those of the first one.
+    for (const AttachmentText& attachment : item.attachments) {
+      counts_.pdfs += IsNamedPdf(attachment.name) ? 1 : 0;
+    }
     for (const Json& file : shownFiles_.empty() ? row["files"] : shownFiles_) {
       ExportedFile told;
       told.path = file["path"];

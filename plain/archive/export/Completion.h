@@ -20,6 +20,7 @@ struct ExportCounts {
   uint64_t copies = 0;
   uint64_t sources = 0;
   uint64_t failedSources = 0;
+  uint64_t pdfs = 0;         // attachments of that name which the catalogue was told of
   uint64_t otherFiles = 0;   // that turned out to be no mail files when they were opened
   bool hasUnopened = false;  // one that the command line names
 

@@ -1,12 +1,11 @@
 #include <algorithm>
-#include <nlohmann/json.hpp>
-#include <set>
+#include <optional>
 
 #include "archive/export/Completion.h"
 #include "archive/export/Export.h"
 #include "archive/export/ExportReport.h"
 #include "archive/export/ExportRun.h"
-#include "archive/export/Journal.h"
+#include "archive/export/FinishedExport.h"
 #include "archive/export/Packing.h"
 #include "archive/export/Progress.h"
 #include "archive/export/Sources.h"
@@ -64,34 +63,19 @@ void CheckFolder(const ExportOptions& options, const fs::path& tree) {
   }
 }
 
-// The sources that the manifest of a finished export has rows of.
-std::set<std::string> SourcesOfManifest(const fs::path& tree) {
-  std::set<std::string> names;
-  const Outcome<uint64_t> read = ForEachLine(tree / kManifestName, [&](std::string_view line) {
-    if (!line.starts_with(R"({"type":"source")")) return true;
-    const nlohmann::json row = nlohmann::json::parse(line, nullptr, false);
-    if (row.contains("source") && row["source"].is_string()) names.insert(row["source"]);
-    return true;
-  });
-  if (!read) throw Failure(ExitStatus::Usage, read.trouble().reason);
-  return names;
-}
-
-// Compound files of other programs have no rows.
-bool IsExportOf(const ExportSources& sources, const fs::path& tree) {
-  std::set<std::string> told = SourcesOfManifest(tree);
-  for (const ExportSource& source : sources.all) {
-    const bool mayHaveNone = source.found.kind == SourceKind::Compound && !source.found.isNamed;
-    if (told.erase(source.name) == 0 && !mayHaveNone) return false;
-  }
-  return told.empty();
-}
-
-// Also of a finished one whose staging could not be removed any more.
 bool IsFinished(const ExportOptions& options, const fs::path& tree) {
-  if (!options.resume || KindOfExportFolder(tree) != ExportFolder::Finished) return false;
+  return options.resume && KindOfExportFolder(tree) == ExportFolder::Finished;
+}
+
+ExitStatus GoOnWithFinished(const ExportOptions& options, const ExportSources& sources,
+                            const fs::path& tree) {
+  if (const std::optional<std::string> difference = DifferenceFrom(options, sources, tree)) {
+    throw Failure(ExitStatus::Usage, options.folder, *difference);
+  }
+  // Where it could not be removed any more.
   host::RemoveTree(tree / kStagingName);
-  return true;
+  Say(options.folder + ": the export there is finished; its files are checked");
+  return Verify({options.folder});
 }
 
 // A folder is asked for, and no source that could be opened has it.
@@ -118,14 +102,7 @@ ExitStatus Export(ExportOptions options) {
   ShowPhase("looking for mail files");
   SourceSearch search(options.paths, temporary);
   ExportSources sources = FindSources(search, tree);
-  if (isFinished) {
-    if (!IsExportOf(sources, tree)) {
-      throw Failure(ExitStatus::Usage, options.folder,
-                    "holds a finished export of other files; export into a new folder");
-    }
-    Say(options.folder + ": the export there is finished; its files are checked");
-    return Verify({options.folder});
-  }
+  if (isFinished) return GoOnWithFinished(options, sources, tree);
   if (HasNothingToOpen(sources)) return TellUnopened(sources);
   if (options.resume) ShowPhase("checking what is exported already");
   Staging staging(tree, SettingsOf(options), options.resume);
@@ -135,6 +112,7 @@ ExitStatus Export(ExportOptions options) {
   if (HasMissedFolder(sources)) {
     Say("no folder matches " + *options.filter.folder + "; list --folders shows which there are");
   }
+  SayUnreadPdfs(counts.pdfs);
   return ReportExport(counts, sources.otherFiles, options.folder);
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "archive/catalogue/PdfText.h"
 #include "archive/export/Progress.h"
 #include "console/Paths.h"
 #include "console/StandardStreams.h"
@@ -51,6 +52,12 @@ void PreparePages(ExportOptions& options) {
   } catch (const pages::PageFailure& failure) {
     throw Failure(ExitStatus::Broken, "no pages can be made", failure.what());
   }
+}
+
+void SayUnreadPdfs(uint64_t count) {
+  if (count == 0 || CanReadPdf()) return;
+  Say("pdftotext is not installed: " + Number(count, "PDF") + (count == 1 ? " is" : " are") +
+      " found by name alone");
 }
 
 bool HasNothingToOpen(const ExportSources& sources) {

@@ -27,6 +27,9 @@ bool HasNothingToOpen(const ExportSources& sources);
 // Says so, and tells the exit status.
 host::ExitStatus TellUnopened(const ExportSources& sources);
 
+// Says that so many PDFs are not searched where the program that reads them is not installed.
+void SayUnreadPdfs(uint64_t count);
+
 // The summary, and the exit status that follows from it. `otherFiles` are those that were found
 // beside the sources.
 host::ExitStatus ReportExport(const ExportCounts& counts, uint64_t otherFiles,

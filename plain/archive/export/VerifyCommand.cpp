@@ -4,11 +4,10 @@
 #include <set>
 #include <system_error>
 
-#include "archive/catalogue/Catalogue.h"
-#include "archive/catalogue/IndexWriter.h"
 #include "archive/export/Export.h"
 #include "archive/export/Journal.h"
 #include "archive/export/Progress.h"
+#include "archive/export/ShownCheck.h"
 #include "archive/export/Staging.h"
 #include "console/Paths.h"
 #include "console/StandardStreams.h"
@@ -25,7 +24,10 @@ using nlohmann::json;
 class Verification {
  public:
   explicit Verification(const std::string& folder)
-      : folder_(folder), tree_(host::PathFromUtf8(folder)) {}
+      : folder_(folder),
+        tree_(host::PathFromUtf8(folder)),
+        shown_(tree_,
+               [this](const std::string& name, const std::string& why) { tell(name, why); }) {}
 
   ExitStatus run() {
     Progress progress(host::StandardErrorIsTerminal());
@@ -48,7 +50,7 @@ class Verification {
       tell(kManifestName, "its last line breaks off");
     }
     endSource();
-    checkShown();
+    shown_.finish();
     findExtra();
     return summary();
   }
@@ -78,7 +80,7 @@ class Verification {
     if (rows_ != 0 && row.at("source") != source_) endSource();
     source_ = row.at("source");
     ++rows_;
-    ++items_;
+    shown_.take(row);
     if (row.at("status") != "failed") ++exported_;
   }
 
@@ -98,20 +100,6 @@ class Verification {
                                  std::to_string(found) + " (" + std::to_string(exported) + ")");
     }
     rows_ = exported_ = 0;
-  }
-
-  // The manifest has no hashes of them: they are to have all its items.
-  void checkShown() {
-    std::error_code ignored;
-    const bool hasCatalogue = fs::exists(tree_ / kCatalogueName, ignored);
-    const bool hasPage = fs::exists(tree_ / kIndexPageName, ignored);
-    if (!hasCatalogue && !hasPage) return;
-    for (const char* const name : {kCatalogueName, kIndexPageName}) {
-      if (!fs::exists(tree_ / name, ignored)) tell(name, "is missing");
-    }
-    const std::optional<uint64_t> inCatalogue = ItemsInCatalogue(tree_ / kCatalogueName);
-    if (hasCatalogue && inCatalogue != items_) tell(kCatalogueName, "does not hold the items");
-    if (hasPage && !IsPageWhole(tree_, items_)) tell(kIndexPageName, "does not show the items");
   }
 
   // Many rows may name one mbox.
@@ -172,10 +160,10 @@ class Verification {
   std::string source_;     // whose rows come
   uint64_t rows_ = 0;      // of it so far
   uint64_t exported_ = 0;  // of those
-  uint64_t items_ = 0;
   uint64_t checked_ = 0;
   uint64_t found_ = 0;
   uint64_t newBytes_ = 0;
+  ShownCheck shown_;  // tells of what it finds from the beginning
 };
 
 }  // namespace
