@@ -4,41 +4,42 @@
 
 namespace tarn::archive {
 
-std::string NumberList(const std::vector<uint64_t>& numbers) {
+std::string NumberList(const NumberSpans& spans) {
   std::string list;
-  for (size_t at = 0; at < numbers.size();) {
-    size_t end = at + 1;
-    while (end < numbers.size() && numbers[end] == numbers[end - 1] + 1) ++end;
+  for (const NumberSpan& span : spans) {
     if (!list.empty()) list += ',';
-    list += std::to_string(numbers[at]);
-    if (end - at > 1) list += "-" + std::to_string(numbers[end - 1]);
-    at = end;
+    list += std::to_string(span.first);
+    if (span.last != span.first) list += "-" + std::to_string(span.last);
   }
   return list;
 }
 
-std::vector<uint64_t> NumbersOf(std::string_view list, uint64_t largest) {
-  std::vector<uint64_t> numbers;
+std::string NumberList(const std::vector<uint64_t>& numbers) {
+  NumberSpans spans;
+  for (const uint64_t number : numbers) AddNumber(spans, number);
+  return NumberList(spans);
+}
+
+NumberSpans SpansOf(std::string_view list, uint64_t largest) {
+  NumberSpans spans;
   const char* at = list.data();
   const char* const end = at + list.size();
   while (at != end) {
-    uint64_t first = 0;
-    auto read = std::from_chars(at, end, first);
+    NumberSpan span;
+    auto read = std::from_chars(at, end, span.first);
     if (read.ec != std::errc()) break;
-    uint64_t last = first;
+    span.last = span.first;
     if (read.ptr != end && *read.ptr == '-') {
-      read = std::from_chars(read.ptr + 1, end, last);
-      if (read.ec != std::errc() || last < first) break;
+      read = std::from_chars(read.ptr + 1, end, span.last);
+      if (read.ec != std::errc() || span.last < span.first) break;
     }
-    // Rising, so that the list is never longer than its largest number.
-    if (last > largest || (!numbers.empty() && first <= numbers.back())) break;
-    for (uint64_t number = first; number != last; ++number) numbers.push_back(number);
-    numbers.push_back(last);
+    if (span.last > largest || (!spans.empty() && span.first <= spans.back().last)) break;
+    spans.push_back(span);
     at = read.ptr;
     if (at == end || *at != ',') break;
     ++at;
   }
-  return numbers;
+  return spans;
 }
 
 }  // namespace tarn::archive

@@ -7,13 +7,17 @@
 #include <string_view>
 #include <vector>
 
+#include "archive/export/NumberSpans.h"
+
 namespace tarn::archive {
 
-// Of rising numbers; empty for none.
+// Empty for none.
+std::string NumberList(const NumberSpans& spans);
+// Of rising numbers.
 std::string NumberList(const std::vector<uint64_t>& numbers);
 
 // What is not such a list, or goes beyond the largest number, gives what was read so far.
-std::vector<uint64_t> NumbersOf(std::string_view list, uint64_t largest);
+NumberSpans SpansOf(std::string_view list, uint64_t largest);
 
 }  // namespace tarn::archive
 

@@ -1,6 +1,7 @@
 #include "archive/cluster/PlanChoices.h"
 
 #include <algorithm>
+#include <charconv>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -23,6 +24,10 @@ constexpr std::pair<const char*, Text FilterOptions::*> kTexts[] = {
     {"subject", &FilterOptions::subject},
     {"class", &FilterOptions::messageClass},
 };
+
+[[noreturn]] void ThrowNoBytes(const Json& json) {
+  throw Json::other_error::create(501, "no bytes", &json);
+}
 
 Json JsonOfFilter(const FilterOptions& filter) {
   Json json = Json::object();
@@ -69,8 +74,12 @@ std::string TextOfJson(const Json& json) {
   if (!json.is_object()) return json.get<std::string>();
   const std::string hex = json.at(kHexKey);
   std::string text;
-  for (size_t at = 0; at + 1 < hex.size(); at += 2) {
-    text += static_cast<char>(std::stoi(hex.substr(at, 2), nullptr, 16));
+  if (hex.size() % 2 != 0) ThrowNoBytes(json);
+  for (size_t at = 0; at < hex.size(); at += 2) {
+    unsigned char byte = 0;
+    const auto read = std::from_chars(&hex[at], &hex[at] + 2, byte, 16);
+    if (read.ec != std::errc() || read.ptr != &hex[at] + 2) ThrowNoBytes(json);
+    text += static_cast<char>(byte);
   }
   return text;
 }

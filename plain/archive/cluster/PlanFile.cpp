@@ -23,10 +23,14 @@ constexpr const char* kKindNames[] = {"store", "compound", "tnef", "mbox", "mail
 constexpr const char* kTroubleNames[] = {"damaged",     "missing",  "unreadable",
                                          "unsupported", "too deep", "too large"};
 
+[[noreturn]] void Refuse(const std::string& why) {
+  throw Json::other_error::create(501, why, nullptr);
+}
+
 template <size_t Count>
 size_t IndexOf(const char* const (&names)[Count], const std::string& name) {
   const auto* const found = std::find(std::begin(names), std::end(names), name);
-  if (found == std::end(names)) throw Json::other_error::create(501, "unknown " + name, nullptr);
+  if (found == std::end(names)) Refuse("unknown " + name);
   return static_cast<size_t>(found - std::begin(names));
 }
 
@@ -64,15 +68,29 @@ Json JsonOfRange(const PlanRange& range) {
   return json;
 }
 
+// A path of names, which leads nowhere else; empty where that may be.
+std::string CheckedPath(std::string path, bool mayBeEmpty) {
+  if (path.empty() && mayBeEmpty) return path;
+  for (size_t begin = 0; begin <= path.size();) {
+    const size_t end = std::min(path.find('/', begin), path.size());
+    const std::string name = path.substr(begin, end - begin);
+    const bool isName =
+        !name.empty() && name != "." && name != ".." && name.find('\0') == name.npos;
+    if (!isName) Refuse("a path that is none");
+    begin = end + 1;
+  }
+  return path;
+}
+
 PlanRange RangeOfJson(const Json& json, uint64_t entries) {
   PlanRange range;
   for (const Json& run : json.at("runs")) {
     range.runs.push_back({FolderOfJson(run.at("folder")),
-                          TextOfJson(run.at("path")),
+                          CheckedPath(TextOfJson(run.at("path")), true),
                           {run.at("at").at(0), run.at("at").at(1), false},
                           run.at("rows")});
   }
-  range.shared = NumbersOf(json.value("shared", ""), entries);
+  range.shared = SpansOf(json.value("shared", ""), entries);
   range.entries = entries;
   if (!json.contains("gaps")) return range;
   for (const Json& told : json.at("gaps")) {
@@ -82,7 +100,7 @@ PlanRange RangeOfJson(const Json& json, uint64_t entries) {
     gap.trouble.id = told.value("id", "");
     if (told.contains("parent")) gap.trouble.parent = told["parent"].get<std::string>();
     gap.trouble.folder = FolderOfJson(told.at("folder"));
-    gap.trouble.folderPath = TextOfJson(told.at("path"));
+    gap.trouble.folderPath = CheckedPath(TextOfJson(told.at("path")), true);
     gap.trouble.reason = TextOfJson(told.at("reason"));
     range.gaps.push_back(std::move(gap));
   }
@@ -112,7 +130,7 @@ PlannedInput InputOfJson(const Json& json) {
   source.name = TellableName(source.found.name);
   source.found.kind = static_cast<SourceKind>(IndexOf(kKindNames, json.at("kind")));
   source.found.isNamed = json.value("named", false);
-  source.tree = json.at("tree");
+  source.tree = CheckedPath(json.at("tree"), false);
   input.sum.bytes = json.at("bytes");
   if (!json.at("sha256").is_null()) input.sum.sha256 = json["sha256"];
   input.print = json.value("fingerprint", "");
@@ -234,6 +252,7 @@ void PlanFile::takeLine(std::string_view line) {
   const Json json = Json::parse(line);
   if (json.at("type") == "input") {
     inputs_.push_back(InputOfJson(json));
+    if (!trees_.insert(inputs_.back().source.tree).second) Refuse("a folder of two inputs");
     return;
   }
   facts_.options = ChoicesOfJson(json.at("options"));
@@ -254,13 +273,18 @@ PlannedTask PlanFile::task(uint64_t number) const {
     const Json json = Json::parse(line);
     if (json.at("task") != number) refuse("does not have its tasks in their order");
     PlannedTask task = TaskOfJson(json);
-    for (const PlannedRange& range : task.ranges) {
-      if (range.input >= inputs_.size()) refuse("has no input " + std::to_string(range.input));
-    }
+    for (const PlannedRange& range : task.ranges) checkRange(range);
     return task;
   } catch (const Json::exception&) {
     refuse("has a damaged task " + std::to_string(number));
   }
+}
+
+void PlanFile::checkRange(const PlannedRange& range) const {
+  if (range.input >= inputs_.size()) refuse("has no input " + std::to_string(range.input));
+  const uint64_t entries = inputs_[range.input].entries;
+  if (range.first <= entries && range.entries <= entries - range.first) return;
+  refuse("has a range that input " + std::to_string(range.input) + " does not have");
 }
 
 void PlanFile::forEachTask(

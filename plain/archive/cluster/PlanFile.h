@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <functional>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -74,6 +75,7 @@ class PlanFile {
 
  private:
   void takeLine(std::string_view line);
+  void checkRange(const PlannedRange& range) const;
   [[noreturn]] void refuse(const std::string& why) const;
 
   std::string path_;
@@ -82,6 +84,7 @@ class PlanFile {
   uint64_t tasks_ = 0;
   PlanFacts facts_;
   std::vector<PlannedInput> inputs_;
+  std::set<std::string> trees_;   // of them
   std::vector<uint64_t> places_;  // of the lines of the tasks, and the end
 };
 

@@ -73,7 +73,7 @@ class RangePlanner {
     entry.parent = item.place().parent;
     entry.folder = run.folder;
     entry.folderPath = run.folderPath;
-    entry.isShared = std::binary_search(range_.shared.begin(), range_.shared.end(), entries_);
+    entry.isShared = HasNumber(range_.shared, entries_);
     const bool hasId = entry.isShared || NeedsId(name);
     entry.name = hasId ? ItemNameWithId(name, entry.id) : name;
     add(entry);
@@ -116,7 +116,7 @@ void RangeBuilder::add(PlanEntry entry) {
     range_.gaps.push_back({number, std::move(entry)});
     return;
   }
-  if (entry.isShared) range_.shared.push_back(number);
+  if (entry.isShared) AddNumber(range_.shared, number);
   const bool isSame = !range_.runs.empty() && entry.run == run_;
   if (!isSame) {
     range_.runs.push_back({entry.folder, entry.folderPath, *entry.place, 0});
@@ -136,7 +136,7 @@ std::string Packed(const PlanRange& range) {
     packer.put(run.folderPath).put(run.place.folder).put(run.place.row).put(run.rows);
   }
   packer.put(range.shared.size());
-  for (const uint64_t entry : range.shared) packer.put(entry);
+  for (const NumberSpan& span : range.shared) packer.put(span.first).put(span.last);
   packer.put(range.gaps.size());
   for (const PlanGap& gap : range.gaps) {
     const PlanEntry& trouble = gap.trouble;
@@ -162,7 +162,10 @@ PlanRange UnpackedRange(std::string_view bytes) {
     run.rows = fields.number();
   }
   range.shared.resize(std::min<uint64_t>(fields.number(), most));
-  for (uint64_t& entry : range.shared) entry = fields.number();
+  for (NumberSpan& span : range.shared) {
+    span.first = fields.number();
+    span.last = fields.number();
+  }
   range.gaps.resize(std::min<uint64_t>(fields.number(), most));
   for (PlanGap& gap : range.gaps) {
     gap.entry = fields.number();

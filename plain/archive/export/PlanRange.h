@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "archive/common/ItemFilter.h"
+#include "archive/export/NumberSpans.h"
 #include "archive/export/SourcePlan.h"
 #include "archive/model/ItemReader.h"
 
@@ -33,7 +34,7 @@ struct PlanGap {
 struct PlanRange {
   uint64_t entries = 0;
   std::vector<PlanRun> runs;
-  std::vector<uint64_t> shared;  // entries whose names get their ids, rising
+  NumberSpans shared;  // entries whose names get their ids
   std::vector<PlanGap> gaps;
 };
 

@@ -147,20 +147,67 @@ TEST_F(PlanTest, RefusesAPlanThatWasChanged) {
   EXPECT_EQ(refusal(bytes), "");
 }
 
-TEST_F(PlanTest, RefusesATaskOfAnInputThatItDoesNotHave) {
-  addMails("mails", 1);
-  const std::string id = plan(1).id();
-  std::string bytes = test::ReadWholeFile(at("plan"));
-  const std::string input = R"("items":[{"input":)";
-  const size_t place = bytes.find(input) + input.size();
-  ASSERT_LT(place, bytes.size());
-  bytes[place] = '7';
-  Sha256 sum;
-  sum.add(std::string_view(bytes).substr(bytes.find('\n') + 1));
-  bytes.replace(bytes.find(id), id.size(), sum.digest());
-  std::ofstream(at("plan"), std::ios::binary) << bytes;
-  const PlanFile crafted(at("plan").string());
-  EXPECT_EQ(failureOf([&] { (void)crafted.task(0); }), text("plan") + ": has no input 7");
+// Plans that somebody has made by hand, and given their sum.
+class CraftedPlanTest : public PlanTest {
+ protected:
+  CraftedPlanTest() {
+    addMails("mails", 2);
+    addMbox("m\xFFox", 4);
+    whole_ = (void(plan(2)), test::ReadWholeFile(at("plan")));
+  }
+
+  // The plan with another text in place of one that it has; what is said of it, or of its tasks.
+  std::string refusal(const std::string& text, const std::string& other) {
+    std::string bytes = whole_;
+    const size_t place = bytes.find(text);
+    EXPECT_NE(place, std::string::npos) << text << " in " << bytes;
+    if (place == std::string::npos) return {};
+    bytes.replace(place, text.size(), other);
+    const size_t rest = bytes.find('\n') + 1;
+    Sha256 sum;
+    sum.add(std::string_view(bytes).substr(rest));
+    const std::string key = R"("plan":")";
+    bytes.replace(bytes.find(key, 10) + key.size(), 64, sum.digest());
+    std::ofstream(at("plan"), std::ios::binary) << bytes;
+    return failureOf([&] {
+      const PlanFile crafted(at("plan").string());
+      crafted.forEachTask([](uint64_t, const PlannedTask&) {});
+    });
+  }
+
+  std::string whole_;
+};
+
+TEST_F(CraftedPlanTest, HasOnlyInputsAndRangesThatAreThere) {
+  EXPECT_EQ(refusal(R"("task":1)", R"("task":1)"), "");
+  EXPECT_EQ(refusal(R"({"input":0,"entries":1})", R"({"input":7,"entries":1})"),
+            text("plan") + ": has no input 7");
+  EXPECT_EQ(refusal(R"({"input":0,"entries":1})", R"({"input":0,"entries":2})"),
+            text("plan") + ": has a range that input 0 does not have");
+  EXPECT_NE(refusal(R"({"input":0,"entries":1})", R"({"input":-1,"entries":1})"), "");
+  EXPECT_NE(refusal(R"("items":[{)", R"("items":{"a":{)"), "");
+  EXPECT_NE(refusal(R"("task":1)", R"("task":0)"), "");
+}
+
+TEST_F(CraftedPlanTest, NamesNoPlaceOutside) {
+  const std::string none = text("plan") + ": is no plan of this version";
+  for (const char* const path : {"", "..", ".", "/x", "a/../x", "a//b", "a/", "a\\u0000b"}) {
+    EXPECT_EQ(refusal(R"("tree":"100.eml")", R"("tree":")" + std::string(path) + '"'), none)
+        << path;
+  }
+  EXPECT_EQ(refusal(R"("tree":"100.eml")", R"("tree":"101.eml")"), none);
+  EXPECT_EQ(refusal(R"("tree":"100.eml")", R"("tree":"other")"), "");
+}
+
+TEST_F(CraftedPlanTest, HasTextsThatAreTexts) {
+  const std::string none = text("plan") + ": is no plan of this version";
+  const std::string hex = R"({"hex":")";
+  EXPECT_EQ(refusal(hex, hex + "zz"), none);
+  EXPECT_EQ(refusal(hex, hex + "0"), none);
+  EXPECT_EQ(refusal(hex, hex + "2f"), "");
+  EXPECT_EQ(refusal(hex, R"({"hax":")"), none);
+  EXPECT_EQ(refusal(R"("to":["text"])", R"("to":["tune"])"), none);
+  EXPECT_EQ(refusal(R"("kind":"mbox")", R"("kind":"box")"), none);
 }
 
 }  // namespace
