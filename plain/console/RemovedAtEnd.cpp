@@ -42,9 +42,13 @@ RemovedAtEnd::~RemovedAtEnd() {
   Forget(path_);
 }
 
-std::error_code RemovedAtEnd::make(const Maker& maker) {
+void RemovedAtEnd::watch() {
   static std::once_flag watched;
   std::call_once(watched, [] { WatchEndingSignals(RemoveAllNoted); });
+}
+
+std::error_code RemovedAtEnd::make(const Maker& maker) {
+  watch();
   std::error_code error;
   const std::lock_guard lock(AllNotes().mutex);
   path_ = maker(error);

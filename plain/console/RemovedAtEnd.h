@@ -22,6 +22,10 @@ class RemovedAtEnd {
   // Removes what there is, a folder with all that is in it.
   ~RemovedAtEnd();
 
+  // Ending signals remove what there is from now on, as they do from the first making on at the
+  // latest: for who wants to be asked by them first, and takes them after this.
+  static void watch();
+
   // For an object that has nothing yet. No signal comes between the making and the remembering.
   std::error_code make(const Maker& maker);
 

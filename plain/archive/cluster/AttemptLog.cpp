@@ -21,10 +21,19 @@ Json LineOf(const PartFacts& part, const PlannedTask& task) {
           {"failed", part.failed},    {"outputBytes", part.bytes}};
 }
 
+bool HasPartOf(const PlanFile& plan, const fs::path& tree) {
+  std::error_code error;
+  for (const fs::directory_entry& entry : fs::directory_iterator(tree / kPartsName, error)) {
+    const Outcome<PartFacts> part = PartIn(entry.path());
+    if (part && part->plan == plan.id()) return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 fs::path LogOfExport(const fs::path& tree) {
-  fs::path full = tree.lexically_normal();
+  fs::path full = fs::absolute(tree).lexically_normal();
   if (!full.has_filename()) full = full.parent_path();
   return full.string() + ".attempts.jsonl";
 }
@@ -64,9 +73,14 @@ std::string PlanOfLog(const fs::path& tree) {
 bool IsMerged(const PlanFile& plan, const fs::path& tree) {
   if (KindOfExportFolder(tree) != ExportFolder::Finished) return false;
   const std::string id = PlanOfLog(tree);
-  if (id.empty() || id == plan.id()) return true;
+  if (id == plan.id()) return true;
+  // One whose log is gone, and that was not cleared.
+  if (id.empty() && HasPartOf(plan, tree)) return true;
   throw host::Failure(host::ExitStatus::Usage, host::Utf8FromPath(tree),
-                      "holds the export of another plan");
+                      id.empty() ? "holds a finished export, and no " +
+                                       host::Utf8FromPath(LogOfExport(tree)) +
+                                       " tells that it is of this plan"
+                                 : "holds the export of another plan");
 }
 
 }  // namespace tarn::archive

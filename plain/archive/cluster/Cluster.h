@@ -33,14 +33,14 @@ struct RunTaskOptions {
   std::optional<uint64_t> task;  // else an engine's variable tells
   uint64_t taskOffset = 0;       // added to it
   std::optional<std::string> stage;
-  std::optional<std::string> temporary;
   size_t workers = 1;
   std::filesystem::path program;       // of the workers; empty: the one that runs
+  std::string helpers;                 // the folder of those that make pages; empty: it is found
   std::function<void()> step = [] {};  // called before each change of the folder
 };
 
-// Done, Usage (a wrong plan, or an input that has changed: it would be the same again) or
-// Temporary; throws nothing else.
+// Done; Usage (a wrong plan, or an input that has changed: it would be the same again); Broken (the
+// machine has not what makes pages, and the plan asks for them); or Temporary. Throws nothing.
 host::ExitStatus RunTask(const RunTaskOptions& options);
 
 struct MissingOptions {

@@ -17,8 +17,6 @@ class StopSignals {
   // As it was before.
   ~StopSignals();
 
-  // Again, after something else has taken them.
-  void take();
   static bool isAsked();
 };
 

@@ -32,20 +32,23 @@ class Merging {
       Say(options_.folder + ": is put together");
       return statusOfManifest();
     }
-    checkParts();
+    // Nothing is changed before all is known to be there.
+    checkMissing();
     const ExitStatus status = putTogether();
     clear();
     return status;
   }
 
  private:
-  // Nothing is changed before all is known to be there.
-  void checkParts() const {
+  void checkMissing() const {
     const std::vector<uint64_t> missing = MissingParts(plan_, tree_);
-    if (!missing.empty()) {
-      throw Failure(ExitStatus::Usage, options_.folder,
-                    "these tasks are missing: " + NumberList(missing));
-    }
+    // They may be gone because another merge has just ended.
+    if (missing.empty() || IsMerged(plan_, tree_)) return;
+    throw Failure(ExitStatus::Usage, options_.folder,
+                  "these tasks are missing: " + NumberList(missing));
+  }
+
+  void checkParts() const {
     const std::vector<DamagedPart> damaged = DamagedParts(plan_, tree_, options_.workers);
     if (damaged.empty()) return;
     std::vector<uint64_t> tasks;
@@ -59,16 +62,10 @@ class Merging {
         "the parts of these tasks are damaged, and are to be made again: " + NumberList(tasks));
   }
 
-  // So that the task is missing.
   void setAside(uint64_t task) const {
     const fs::path part = PartFolder(tree_, task);
-    const fs::path aside = part.string() + ".damaged";
-    host::RemoveTree(aside);
-    std::error_code error;
-    fs::rename(part, aside, error);
-    if (error) {
-      throw Failure(ExitStatus::Temporary, SystemTrouble(part, error.value()).reason);
-    }
+    if (SetPartAside(part)) return;
+    throw Failure(ExitStatus::Temporary, host::Utf8FromPath(part), "cannot be set aside");
   }
 
   ExitStatus putTogether() {
@@ -77,7 +74,10 @@ class Merging {
     exporting.step = options_.step;
     ExportSources sources;
     for (const PlannedInput& input : plan_.inputs()) sources.all.push_back(input.source);
+    // Another merge would move what is being checked.
     Staging staging(tree_, plan_.id(), true);
+    if (IsMerged(plan_, tree_)) return statusOfManifest();
+    checkParts();
     MergeRun(plan_, exporting, sources, staging).run();
     options_.step();
     if (const std::optional<Trouble> trouble = WriteLog(plan_, tree_)) {
@@ -89,16 +89,18 @@ class Merging {
     return status == ExitStatus::Done ? status : ExitStatus::Failed;
   }
 
-  // What is left when there is a manifest.
+  // What is left when there is a manifest. An attempt that comes too late finds no folder for its
+  // part, or removes it itself.
   void clear() const {
+    const fs::path parts = tree_ / kPartsName;
     std::error_code error;
-    if (fs::exists(tree_ / kPartsName, error) && PlanOfLog(tree_).empty()) {
-      (void)WriteLog(plan_, tree_);
-    }
+    if (fs::exists(parts, error) && PlanOfLog(tree_).empty()) (void)WriteLog(plan_, tree_);
+    options_.step();
+    fs::create_directory(tree_ / kStagingName, error);
+    fs::rename(parts, tree_ / kStagingName / kPartsName, error);
     options_.step();
     host::RemoveTree(tree_ / kStagingName);
-    options_.step();
-    host::RemoveTree(tree_ / kPartsName);
+    host::RemoveTree(parts);
   }
 
   // As an export ends that has such a manifest.
@@ -125,6 +127,8 @@ class Merging {
 ExitStatus Merge(const MergeOptions& options) {
   try {
     return Merging(options).run();
+  } catch (const StagingTaken& failure) {
+    throw Failure(ExitStatus::Temporary, failure.what());
   } catch (const Failure& failure) {
     if (failure.status() != ExitStatus::Failed) throw;
     throw Failure(ExitStatus::Temporary, failure.what());

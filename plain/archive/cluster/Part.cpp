@@ -6,6 +6,7 @@
 
 #include "archive/export/HashedFile.h"
 #include "archive/export/Packing.h"
+#include "console/SystemFiles.h"
 
 namespace tarn::archive {
 namespace {
@@ -52,7 +53,7 @@ std::string TextOfPart(const PartFacts& facts) {
 }
 
 Outcome<PartFacts> PartIn(const fs::path& folder) {
-  const fs::path path = folder / "part.json";
+  const fs::path path = folder / kPartFactsName;
   const Outcome<std::string> text = BytesOfFile(path);
   if (!text) return text.trouble();
   try {
@@ -98,35 +99,45 @@ std::optional<Trouble> PartSum::add(const FinishedEntry& entry) {
   }
   for (size_t number = 0; number < kWorkerParts; ++number) {
     const auto part = static_cast<WorkerPart>(number);
-    Outcome<std::string> bytes = partOf(entry, part);
-    if (!bytes) return bytes.trouble();
-    sum_.addText(*bytes);
-    if (part == WorkerPart::Rows) rows_ = std::move(*bytes);
+    if (std::optional<Trouble> trouble = addPart(entry, part)) return trouble;
   }
   count(rows_);
   return std::nullopt;
 }
 
-Outcome<std::string> PartSum::partOf(const FinishedEntry& entry, WorkerPart part) {
+std::optional<Trouble> PartSum::addPart(const FinishedEntry& entry, WorkerPart part) {
   const uint64_t begin = entry.begins.of(part);
   const uint64_t end = entry.ends.of(part);
-  if (begin == end) return std::string();
-  if (openFolder_ != entry.folder) {
-    openFolder_ = entry.folder;
+  sum_.addLength(end - begin);
+  if (begin == end) return std::nullopt;
+  const Outcome<GrowingFile*> file = open(entry.folder, part);
+  if (!file) return file.trouble();
+  if (begin > end || end > (*file)->size()) return Damaged(entry.folder / NameOf(part));
+  return (*file)->readInPieces(begin, end - begin,
+                               [&](std::string_view piece) -> std::optional<Trouble> {
+                                 sum_.add(piece);
+                                 if (part == WorkerPart::Rows) rows_ += piece;
+                                 return std::nullopt;
+                               });
+}
+
+// Kept open from one entry to the next.
+Outcome<GrowingFile*> PartSum::open(const fs::path& folder, WorkerPart part) {
+  if (openFolder_ != folder) {
+    openFolder_ = folder;
     open_ = {};
   }
   std::unique_ptr<GrowingFile>& file = open_[static_cast<size_t>(part)];
-  const fs::path path = entry.folder / NameOf(part);
-  if (!file) {
-    // One that is opened is made.
-    std::error_code error;
-    if (!fs::is_regular_file(path, error)) return Damaged(path);
-    Outcome<std::unique_ptr<GrowingFile>> opened = GrowingFile::open(path);
-    if (!opened) return opened.trouble();
-    file = std::move(*opened);
-  }
-  if (begin > end || end > file->size()) return Damaged(path);
-  return file->read(begin, end - begin);
+  if (file) return file.get();
+  const fs::path path = folder / NameOf(part);
+  // One that is opened is made.
+  std::error_code error;
+  const fs::file_status status = fs::symlink_status(path, error);
+  if (status.type() == fs::file_type::none) return SystemTrouble(path, error.value());
+  if (!fs::is_regular_file(status)) return Damaged(path);
+  Outcome<std::unique_ptr<GrowingFile>> opened = GrowingFile::open(path);
+  if (!opened) return opened.trouble();
+  return (file = std::move(*opened)).get();
 }
 
 void PartSum::count(std::string_view rows) {
@@ -148,6 +159,14 @@ void PartSum::finish(PartFacts& facts) const {
   facts.partial = counts_.partial;
   facts.failed = counts_.failed;
   facts.bytes = counts_.bytes;
+}
+
+bool SetPartAside(const fs::path& part) {
+  const fs::path aside = part.string() + ".damaged";
+  host::RemoveTree(aside);
+  std::error_code error;
+  fs::rename(part, aside, error);
+  return !error;
 }
 
 fs::path PlanOfRange(const fs::path& folder, size_t range) {

@@ -25,6 +25,7 @@
 namespace tarn::archive {
 
 inline constexpr const char* kPartsName = "parts";
+inline constexpr const char* kPartFactsName = "part.json";
 
 std::filesystem::path PartFolder(const std::filesystem::path& tree, uint64_t task);
 
@@ -53,7 +54,8 @@ class PartSum {
  public:
   // The plan of a range, which names the folders of its items; before its entries.
   std::optional<Trouble> addPlan(const std::filesystem::path& plan);
-  // Reads what the worker wrote of the entry, and counts its items.
+  // Reads what the worker wrote of the entry, and counts its items. Of a mail there is never more
+  // than a piece in memory.
   std::optional<Trouble> add(const FinishedEntry& entry);
   // Tells it in the facts.
   void finish(PartFacts& facts) const;
@@ -61,7 +63,8 @@ class PartSum {
   const std::string& rows() const { return rows_; }
 
  private:
-  Outcome<std::string> partOf(const FinishedEntry& entry, WorkerPart part);
+  std::optional<Trouble> addPart(const FinishedEntry& entry, WorkerPart part);
+  Outcome<GrowingFile*> open(const std::filesystem::path& folder, WorkerPart part);
   void count(std::string_view rows);
 
   Sha256 sum_;
@@ -70,6 +73,10 @@ class PartSum {
   std::filesystem::path openFolder_;
   std::array<std::unique_ptr<GrowingFile>, kWorkerParts> open_;
 };
+
+// So that its task is missing; what was there before under the other name goes. False where the
+// system does not rename it.
+bool SetPartAside(const std::filesystem::path& part);
 
 std::filesystem::path PlanOfRange(const std::filesystem::path& folder, size_t range);
 std::filesystem::path EntriesPath(const std::filesystem::path& folder, size_t range);

@@ -1,5 +1,6 @@
 #include "archive/cluster/PartWriter.h"
 
+#include <algorithm>
 #include <cmath>
 #include <ctime>
 #include <system_error>
@@ -21,6 +22,16 @@ using host::Failure;
 
 [[noreturn]] void ThrowTemporary(const fs::path& path, const std::error_code& error) {
   throw Failure(ExitStatus::Temporary, host::Utf8FromPath(path), host::ErrorText(error));
+}
+
+// A folder that is no part. Names that a server has told before may be old, and a list is not.
+bool HasNoFacts(const fs::path& folder) {
+  std::error_code error;
+  fs::directory_iterator names(folder, error);
+  if (error) return false;
+  return std::none_of(begin(names), end(names), [](const fs::directory_entry& entry) {
+    return entry.path().filename() == kPartFactsName;
+  });
 }
 
 void Check(const std::optional<Trouble>& trouble) {
@@ -83,44 +94,51 @@ void PartWriter::write(const fs::path& path, const std::string& bytes) const {
   if (!sum) Check(sum.trouble());
 }
 
-void PartWriter::describe(size_t ranges) {
+void PartWriter::describe(size_t ranges, const std::function<void()>& beat) {
   PartSum sum;
   for (size_t range = 0; range < ranges; ++range) {
     Check(sum.addPlan(PlanOfRange(folder(), range)));
     for (FinishedEntry& entry : entries_[range]) {
       if (!entry.folder.empty()) entry.folder = folder() / "work" / entry.folder.filename();
       Check(sum.add(entry));
+      beat();
     }
     write(EntriesPath(folder(), range), Packed(entries_[range]));
   }
   sum.finish(facts_);
   const std::chrono::duration<double> time = std::chrono::steady_clock::now() - begin_;
   facts_.seconds = std::round(time.count() * 1000) / 1000;
-  write(folder() / "part.json", TextOfPart(facts_));
+  write(folder() / kPartFactsName, TextOfPart(facts_));
 }
 
-void PartWriter::commit(size_t ranges) {
+// Where a name is taken by a folder that is not empty, it cannot be given to another.
+void PartWriter::commit(size_t ranges, const std::function<void()>& beat) {
   step_();
   gather(ranges);
-  describe(ranges);
+  describe(ranges, beat);
   step_();
-  SyncFileSystem(folder());
+  Check(SyncFileSystem(folder()));
+  beat();
   step_();
   std::error_code error;
   fs::rename(folder(), place_, error);
-  if (error) return compare(error);
+  if (error) {
+    const Outcome<PartFacts> first = PartIn(place_);
+    if (first) return compare(*first);
+    const bool isDamaged = first.trouble().kind == TroubleKind::Damaged || HasNoFacts(place_);
+    if (!isDamaged || !SetPartAside(place_)) ThrowTemporary(place_, error);
+    fs::rename(folder(), place_, error);
+    if (error) ThrowTemporary(place_, error);
+  }
   draft_.keep();
   step_();
   SyncFolder(place_.parent_path());
 }
 
-// Where a name is taken by a folder that is not empty, it cannot be given to another.
-void PartWriter::compare(const std::error_code& error) {
-  const Outcome<PartFacts> first = PartIn(place_);
-  if (!first) ThrowTemporary(place_, error);
+void PartWriter::compare(const PartFacts& first) {
   // A server that was asked twice has done it at the first time.
-  if (first->attempt == facts_.attempt) return draft_.keep();
-  if (first->sha256 == facts_.sha256) return;
+  if (first.attempt == facts_.attempt) return draft_.keep();
+  if (first.sha256 == facts_.sha256) return;
   // Both are kept to be looked at.
   const fs::path other = place_.string() + ".other-" + facts_.attempt;
   std::error_code failed;

@@ -29,14 +29,15 @@ class PartWriter {
   void add(size_t range, const FinishedEntry& entry);
 
   // All entries are there: puts the part into its place. Where another one was first, it stays, if
-  // it has the same bytes; if not, host::Failure (Usage) names both.
-  void commit(size_t ranges);
+  // it has the same bytes; if not, host::Failure (Usage) names both. One that is damaged is set
+  // aside. Until then `beat` is called from time to time, and may throw.
+  void commit(size_t ranges, const std::function<void()>& beat);
 
  private:
   void gather(size_t ranges);
-  void describe(size_t ranges);
+  void describe(size_t ranges, const std::function<void()>& beat);
   void write(const std::filesystem::path& path, const std::string& bytes) const;
-  void compare(const std::error_code& error);
+  void compare(const PartFacts& first);
 
   std::filesystem::path place_;
   std::function<void()> step_;

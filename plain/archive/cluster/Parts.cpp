@@ -24,6 +24,12 @@ Trouble Damaged(const std::string& what, const std::string& how) {
   return {TroubleKind::Damaged, what + ": " + how};
 }
 
+// What cannot be read now may be read later: it is neither missing nor damaged.
+void ThrowUnreadable(const Trouble& trouble) {
+  if (trouble.kind != TroubleKind::Unreadable) return;
+  throw host::Failure(host::ExitStatus::Temporary, trouble.reason);
+}
+
 // A part against the plan, its sum, and the sums of its files.
 class PartCheck {
  public:
@@ -115,6 +121,7 @@ std::vector<uint64_t> MissingParts(const PlanFile& plan, const fs::path& tree) {
   for (uint64_t number = 0; number < plan.tasks(); ++number) {
     const Outcome<PartFacts> part = PartIn(PartFolder(tree, number));
     if (!part) {
+      ThrowUnreadable(part.trouble());
       missing.push_back(number);
     } else if (part->plan != plan.id()) {
       throw host::Failure(host::ExitStatus::Usage, host::Utf8FromPath(tree),
@@ -149,12 +156,7 @@ std::vector<DamagedPart> DamagedParts(const PlanFile& plan, const fs::path& tree
   if (failure) std::rethrow_exception(failure);
   std::sort(damaged.begin(), damaged.end(),
             [](const DamagedPart& one, const DamagedPart& other) { return one.task < other.task; });
-  for (const DamagedPart& part : damaged) {
-    // What cannot be read now may be read later.
-    if (part.trouble.kind == TroubleKind::Unreadable) {
-      throw host::Failure(host::ExitStatus::Temporary, part.trouble.reason);
-    }
-  }
+  for (const DamagedPart& part : damaged) ThrowUnreadable(part.trouble);
   return damaged;
 }
 

@@ -13,7 +13,8 @@
 
 namespace tarn::archive {
 
-// Numbers of tasks without a part. Throws host::Failure (Usage) for parts of another plan.
+// Numbers of tasks without a part. Throws host::Failure (Usage) for parts of another plan, and
+// (Temporary) where the system does not tell.
 std::vector<uint64_t> MissingParts(const PlanFile& plan, const std::filesystem::path& tree);
 
 // A damaged part, with the reason.

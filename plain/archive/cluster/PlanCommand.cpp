@@ -90,8 +90,10 @@ class Planning {
       if (input.entries != 0) {
         const bool isOne = found.kind == SourceKind::Mail || found.kind == SourceKind::Compound ||
                            found.kind == SourceKind::Tnef;
-        costs_.push_back(CostOfInput(source, queue_.planPath(source), work.sum.bytes,
-                                     !isOne && IsUntouched(work.attempts.limits()),
+        // Ranges of others could not be told from those of an input that has changed.
+        const bool mayBeCut =
+            !isOne && !work.sum.sha256.empty() && IsUntouched(work.attempts.limits());
+        costs_.push_back(CostOfInput(source, queue_.planPath(source), work.sum.bytes, mayBeCut,
                                      limits_.messageCost));
       }
     }

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <memory>
 #include <new>
 #include <system_error>
 
@@ -17,6 +16,8 @@
 #include "archive/export/WorkQueue.h"
 #include "archive/export/WorkerTeam.h"
 #include "console/Paths.h"
+#include "console/RemovedAtEnd.h"
+#include "console/SystemFiles.h"
 
 namespace tarn::archive {
 namespace {
@@ -38,13 +39,26 @@ bool IsCommitted(const PlanFile& plan, const fs::path& tree, uint64_t task) {
   throw Failure(ExitStatus::Usage, host::Utf8FromPath(tree), "holds parts of another plan");
 }
 
-// What cannot be made now may be made later.
-std::unique_ptr<Staging> OpenStaging(const fs::path& folder) {
-  try {
-    return std::make_unique<Staging>(folder, "", false);
-  } catch (const Failure& failure) {
-    throw Failure(ExitStatus::Temporary, failure.what());
+// New, empty, of this plan's tasks, or put together: what else is there would be mixed up with it.
+void CheckFolder(const fs::path& tree) {
+  std::error_code error;
+  bool isEmpty = true;
+  for (const fs::directory_entry& entry : fs::directory_iterator(tree, error)) {
+    const fs::path name = entry.path().filename();
+    if (name == kPartsName || name == kStagingName || name == kManifestName) return;
+    isEmpty = false;
   }
+  if (isEmpty) return;
+  throw Failure(ExitStatus::Usage, host::Utf8FromPath(tree),
+                "is neither empty nor the folder of an export by tasks");
+}
+
+// The merge was done without this attempt, which was late: its part is not wanted any more.
+void RemoveLatePart(const PlanFile& plan, const fs::path& tree, uint64_t task) {
+  if (!IsMerged(plan, tree)) return;
+  host::RemoveTree(PartFolder(tree, task));
+  std::error_code ignored;
+  fs::remove(tree / kPartsName, ignored);
 }
 
 // The workers of a task, and what comes of it.
@@ -54,40 +68,51 @@ class TaskRun {
       : options_(options), plan_(plan), task_(plan.task(number)), exporting_(plan.facts().options) {
     exporting_.workers = std::max<size_t>(options.workers, 1);
     exporting_.program = options.program;
+    exporting_.choices.pages.helpers = options.helpers;
+  }
+
+  // Throws host::Failure (Broken) where the machine has not what the plan's forms need.
+  void prepare() {
+    if (exporting_.choices.forms.contains(ExportForm::Pdf)) PreparePages(exporting_);
   }
 
   void run(PartWriter& part) {
-    if (exporting_.choices.forms.contains(ExportForm::Pdf)) PreparePages(exporting_);
     TaskInputs inputs(plan_, options_.stage, StopIfAsked);
-    const std::unique_ptr<Staging> opened = OpenStaging(part.folder());
-    Staging& staging = *opened;
+    Staging staging(part.folder(), "", false);
     ExportSources sources = inputs.of(task_, staging.path(""));
     Progress progress(false);
     WorkQueue queue(sources, staging, exporting_.workers, progress);
     WorkerTeam team(exporting_, queue, staging);
-    while (!queue.isDone()) {
-      StopIfAsked();
-      queue.cutReadySources();
-      team.work();
-      for (Piece* piece = queue.front(); piece != nullptr && piece->isDone() && !team.isAt(*piece);
-           piece = queue.front()) {
-        take(*piece, queue, part);
-        queue.pop();
-      }
+    try {
+      while (!queue.isDone()) work(queue, team, part);
+    } catch (...) {
+      // Nothing that they may still write is of use.
+      team.stop();
+      throw;
     }
-    StopIfAsked();
   }
 
   size_t ranges() const { return task_.ranges.size(); }
 
  private:
+  void work(WorkQueue& queue, WorkerTeam& team, PartWriter& part) {
+    StopIfAsked();
+    queue.cutReadySources();
+    team.work();
+    for (Piece* piece = queue.front(); piece != nullptr && piece->isDone() && !team.isAt(*piece);
+         piece = queue.front()) {
+      take(*piece, queue, part);
+      queue.pop();
+    }
+  }
+
   void take(const Piece& piece, WorkQueue& queue, PartWriter& part) {
     const PlannedRange& range = task_.ranges[piece.source];
     const PlannedInput& input = plan_.inputs()[range.input];
     const FoundSource& found = queue.source(piece.source).found;
     const SourceWork& work = queue.work(piece.source);
     if (piece.kind == PieceKind::Begin) {
-      checkPlan(range, input, work, queue.source(piece.source).trouble);
+      checkPlan(range, input, queue.source(piece.source), work);
     } else if (piece.kind == PieceKind::End) {
       if (work.stamp != StampOfSource(found.path, found.kind)) ThrowChanged(input);
     }
@@ -98,16 +123,23 @@ class TaskRun {
   }
 
   static void checkPlan(const PlannedRange& range, const PlannedInput& input,
-                        const SourceWork& work, const std::optional<Trouble>& trouble) {
-    if (trouble && trouble->kind == TroubleKind::Damaged) ThrowChanged(input);
-    if (trouble) {
-      throw Failure(ExitStatus::Temporary, input.source.found.name, trouble->reason);
+                        const ExportSource& source, const SourceWork& work) {
+    if (source.trouble) throwUnread(input, source, source.trouble->reason);
+    // Of a range there is none; it was looked after before.
+    if (!range.range && work.sum != input.sum) {
+      if (work.sum.sha256.empty()) throwUnread(input, source, work.reason);
+      ThrowChanged(input);
     }
-    if (!range.range && work.sum != input.sum) ThrowChanged(input);
-    if (work.entries != range.entries) {
-      throw Failure(ExitStatus::Temporary, input.source.found.name,
-                    "not all of it could be read this time");
-    }
+    if (work.entries == range.entries) return;
+    throwUnread(input, source, "not all of it could be read this time");
+  }
+
+  // An input that was read when it was planned has changed, or the system did not give it.
+  [[noreturn]] static void throwUnread(const PlannedInput& input, const ExportSource& source,
+                                       const std::string& reason) {
+    const Outcome<FileSum> sum = SumOfSource(source.found.path, source.found.kind, StopIfAsked);
+    if (sum && *sum != input.sum) ThrowChanged(input);
+    throw Failure(ExitStatus::Temporary, input.source.found.name, reason);
   }
 
   // A worker that somebody has killed, as a machine without memory does, says nothing of the item.
@@ -125,8 +157,15 @@ class TaskRun {
   ExportOptions exporting_;
 };
 
+ExitStatus Told(const std::string& reason, ExitStatus status) {
+  Say(reason);
+  return status;
+}
+
 ExitStatus RunOnce(const RunTaskOptions& options) {
-  StopSignals signals;
+  // Before those of this one, which are to hold.
+  host::RemovedAtEnd::watch();
+  const StopSignals signals;
   const PlanFile plan(options.plan);
   const uint64_t number = TaskNumber(options);
   if (number >= plan.tasks()) {
@@ -137,17 +176,18 @@ ExitStatus RunOnce(const RunTaskOptions& options) {
   if (options.folder.empty()) throw Failure(ExitStatus::Usage, "empty name of the folder");
   const fs::path tree = host::PathFromUtf8(options.folder);
   if (IsCommitted(plan, tree, number)) return ExitStatus::Done;
-  PartWriter part(tree, plan.id(), number, options.step);
-  signals.take();
+  CheckFolder(tree);
   TaskRun run(options, plan, number);
+  try {
+    run.prepare();
+  } catch (const Failure& failure) {
+    return Told(failure.what(), failure.status());
+  }
+  PartWriter part(tree, plan.id(), number, options.step);
   run.run(part);
-  part.commit(run.ranges());
+  part.commit(run.ranges(), StopIfAsked);
+  RemoveLatePart(plan, tree, number);
   return ExitStatus::Done;
-}
-
-ExitStatus Told(const std::string& reason, ExitStatus status) {
-  Say(reason);
-  return status == ExitStatus::Usage ? ExitStatus::Usage : ExitStatus::Temporary;
 }
 
 }  // namespace
@@ -155,8 +195,12 @@ ExitStatus Told(const std::string& reason, ExitStatus status) {
 ExitStatus RunTask(const RunTaskOptions& options) {
   try {
     return RunOnce(options);
+  } catch (const StagingTaken& failure) {
+    return Told(failure.what(), ExitStatus::Temporary);
   } catch (const Failure& failure) {
-    return Told(failure.what(), failure.status());
+    // What the system did not give may be there the next time.
+    const bool isForGood = failure.status() == ExitStatus::Usage;
+    return Told(failure.what(), isForGood ? ExitStatus::Usage : ExitStatus::Temporary);
   } catch (const std::bad_alloc&) {
     return Told("out of memory", ExitStatus::Temporary);
   } catch (const std::exception& error) {

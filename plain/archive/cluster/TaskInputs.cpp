@@ -20,6 +20,12 @@ using host::Failure;
   throw Failure(ExitStatus::Temporary, reason);
 }
 
+void MakeFolders(const fs::path& path) {
+  std::error_code error;
+  fs::create_directories(path, error);
+  if (error) ThrowTemporary(SystemTrouble(path, error.value()).reason);
+}
+
 }  // namespace
 
 void ThrowChanged(const PlannedInput& input) {
@@ -42,9 +48,11 @@ ExportSources TaskInputs::of(const PlannedTask& task, const fs::path& folder) {
   for (const PlannedRange& range : task.ranges) {
     const PlannedInput& input = plan_.inputs().at(range.input);
     ExportSource source = input.source;
-    source.found.path = stage_ ? staged(range.input) : pathOf(input);
+    // One that could not be read wholly cannot be copied either.
+    const bool isCopied = stage_ && !input.sum.sha256.empty();
+    source.found.path = isCopied ? staged(range.input) : pathOf(input);
     // Of whole inputs the worker takes the sum, and of copies it is known.
-    if (range.range && !stage_) check(source.found.path, input);
+    if (range.range && !isCopied) check(source.found.path, input);
     if (range.range) {
       source.range = folder / ("range" + std::to_string(sources.all.size()));
       const Outcome<std::unique_ptr<GrowingFile>> file = GrowingFile::open(source.range);
@@ -68,37 +76,44 @@ fs::path TaskInputs::staged(size_t number) {
   if (known != staged_.end()) return known->second;
   const PlannedInput& input = plan_.inputs().at(number);
   const fs::path from = pathOf(input);
+  std::error_code error;
+  const fs::path& stage = stage_->path(error);
+  if (error) ThrowTemporary("no folder can be made for copies: " + host::ErrorText(error));
   // Readers look at the content alone, but the names of a Maildir's folders matter.
-  const fs::path to = stage_->path() / std::to_string(number);
-  if (input.source.found.kind == SourceKind::Maildir) {
-    std::error_code error;
-    const Outcome<std::vector<std::string>> names = FilesOfMaildir(from);
-    if (!names) ThrowTemporary(names.trouble().reason);
-    for (const char* const own : {"cur", "new"}) fs::create_directories(to / own, error);
-    for (const std::string& name : *names) {
-      fs::create_directories((to / name).parent_path(), error);
-      copy(from / name, to / name);
-    }
-    // Folders without mails are folders too.
-    for (const fs::directory_entry& entry : fs::directory_iterator(from, error)) {
-      for (const char* const own : {"cur", "new"}) {
-        std::error_code ignored;
-        if (!fs::is_directory(entry.path() / own, ignored)) continue;
-        fs::create_directories(to / entry.path().filename() / own, ignored);
-      }
-    }
-  } else {
-    copy(from, to);
-  }
-  const Outcome<FileSum> sum = SumOfSource(to, input.source.found.kind, beat_);
+  const fs::path to = stage / std::to_string(number);
+  const bool isMaildir = input.source.found.kind == SourceKind::Maildir;
+  const Outcome<FileSum> sum = isMaildir ? copyMaildir(from, to) : copy(from, to);
   if (!sum) ThrowTemporary(sum.trouble().reason);
   if (*sum != input.sum) ThrowChanged(input);
   return staged_[number] = to;
 }
 
-void TaskInputs::copy(const fs::path& from, const fs::path& to) const {
+Outcome<FileSum> TaskInputs::copyMaildir(const fs::path& from, const fs::path& to) const {
+  const Outcome<std::vector<std::string>> names = FilesOfMaildir(from);
+  if (!names) return names.trouble();
+  for (const char* const own : {"cur", "new"}) MakeFolders(to / own);
+  for (const std::string& name : *names) {
+    MakeFolders((to / name).parent_path());
+    const Outcome<FileSum> copied = copy(from / name, to / name);
+    if (!copied) return copied.trouble();
+  }
+  // Folders without mails are folders too.
+  std::error_code error;
+  for (const fs::directory_entry& entry : fs::directory_iterator(from, error)) {
+    for (const char* const own : {"cur", "new"}) {
+      std::error_code ignored;
+      if (fs::is_directory(entry.path() / own, ignored)) {
+        MakeFolders(to / entry.path().filename() / own);
+      }
+    }
+  }
+  if (error) return SystemTrouble(from, error.value());
+  return SumOfSource(to, SourceKind::Maildir, beat_);
+}
+
+Outcome<FileSum> TaskInputs::copy(const fs::path& from, const fs::path& to) const {
   const Outcome<std::unique_ptr<HashedFile>> file = HashedFile::create(to);
-  if (!file) ThrowTemporary(file.trouble().reason);
+  if (!file) return file.trouble();
   std::error_code error;
   const fs::path target = fs::canonical(from, error);
   std::optional<Trouble> full;
@@ -108,10 +123,9 @@ void TaskInputs::copy(const fs::path& from, const fs::path& to) const {
         full = (*file)->write(piece);
         return !full;
       });
-  if (unread) ThrowTemporary(unread->reason);
-  if (full) ThrowTemporary(full->reason);
-  const Outcome<FileSum> sum = (*file)->finish();
-  if (!sum) ThrowTemporary(sum.trouble().reason);
+  if (unread) return *unread;
+  if (full) return *full;
+  return (*file)->finish();
 }
 
 }  // namespace tarn::archive

@@ -31,7 +31,10 @@ class TaskInputs {
  private:
   std::filesystem::path pathOf(const PlannedInput& input) const;
   std::filesystem::path staged(size_t number);
-  void copy(const std::filesystem::path& from, const std::filesystem::path& to) const;
+  // With the sum of what was copied.
+  Outcome<FileSum> copyMaildir(const std::filesystem::path& from,
+                               const std::filesystem::path& to) const;
+  Outcome<FileSum> copy(const std::filesystem::path& from, const std::filesystem::path& to) const;
   void check(const std::filesystem::path& path, const PlannedInput& input) const;
 
   const PlanFile& plan_;

@@ -89,6 +89,17 @@ bool HasMissedFolder(const ExportSources& sources) {
   return isMissed;
 }
 
+ExportCounts MakeExport(const ExportOptions& options, ExportSources& sources, Staging& staging) {
+  try {
+    RunExport(options, sources, staging);
+    ShowPhase("writing manifest, catalogue and page");
+    return CompleteExport(options, sources, staging, SayTrouble);
+  } catch (const StagedFailure& failure) {
+    throw Failure(failure.status(),
+                  std::string(failure.what()) + "; --resume goes on with what is finished");
+  }
+}
+
 }  // namespace
 
 ExitStatus Export(ExportOptions options) {
@@ -106,9 +117,7 @@ ExitStatus Export(ExportOptions options) {
   if (HasNothingToOpen(sources)) return TellUnopened(sources);
   if (options.resume) ShowPhase("checking what is exported already");
   Staging staging(tree, SettingsOf(options), options.resume);
-  RunExport(options, sources, staging);
-  ShowPhase("writing manifest, catalogue and page");
-  const ExportCounts counts = CompleteExport(options, sources, staging, SayTrouble);
+  const ExportCounts counts = MakeExport(options, sources, staging);
   if (HasMissedFolder(sources)) {
     Say("no folder matches " + *options.filter.folder + "; list --folders shows which there are");
   }

@@ -65,6 +65,10 @@ class GrowingFile {
   Outcome<std::string> read(uint64_t offset, uint64_t count) const;
   // The same as many as there is room for.
   std::optional<Trouble> read(uint64_t offset, std::span<char> room) const;
+  // As the first in pieces, however many they are; `take` ends it by a trouble of its own.
+  std::optional<Trouble> readInPieces(
+      uint64_t offset, uint64_t count,
+      const std::function<std::optional<Trouble>(std::string_view)>& take) const;
 
  private:
   GrowingFile(std::filesystem::path path, int file, uint64_t size)

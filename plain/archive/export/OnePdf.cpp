@@ -1,6 +1,5 @@
 #include "archive/export/OnePdf.h"
 
-#include <algorithm>
 #include <system_error>
 #include <utility>
 
@@ -43,14 +42,8 @@ fs::path OnePdf::copyPart(const GrowingFile& from, const Part& part, size_t numb
   const fs::path path = staging_.path("pages") / std::to_string(number);
   const Outcome<std::unique_ptr<GrowingFile>> file = GrowingFile::open(path);
   if (!file) CheckStaged(file.trouble());
-  constexpr uint64_t kPiece = uint64_t{1} << 20;
-  for (uint64_t done = 0; done < part.bytes;) {
-    const uint64_t count = std::min(kPiece, part.bytes - done);
-    const Outcome<std::string> bytes = from.read(part.offset + done, count);
-    if (!bytes) CheckStaged(bytes.trouble());
-    CheckStaged((*file)->append(*bytes));
-    done += count;
-  }
+  CheckStaged(from.readInPieces(part.offset, part.bytes,
+                                [&](std::string_view piece) { return (*file)->append(piece); }));
   return path;
 }
 

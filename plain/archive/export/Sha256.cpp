@@ -26,9 +26,11 @@ void Sha256::add(std::string_view bytes) {
 }
 
 void Sha256::addText(std::string_view text) {
-  add(std::to_string(text.size()) + ":");
+  addLength(text.size());
   add(text);
 }
+
+void Sha256::addLength(uint64_t bytes) { add(std::to_string(bytes) + ":"); }
 
 std::string Sha256::digest() const {
   const Sha256 copy;

@@ -2,6 +2,7 @@
 #ifndef TARN_ARCHIVE_SHA256_H
 #define TARN_ARCHIVE_SHA256_H
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -20,6 +21,8 @@ class Sha256 {
   void add(std::string_view bytes);
   // With a length before the text, so that neighbours cannot be taken for one another.
   void addText(std::string_view text);
+  // That length alone, for a text that comes after it in pieces.
+  void addLength(uint64_t bytes);
 
   // Of all that was added, 64 digits in lower case; more may be added afterwards.
   std::string digest() const;

@@ -2,7 +2,6 @@
 
 #include <system_error>
 
-#include "console/Failure.h"
 #include "console/Paths.h"
 #include "console/SystemErrors.h"
 #include "console/SystemFiles.h"
@@ -31,7 +30,7 @@ std::string TextOfFile(const fs::path& path) {
 
 void CheckStaged(const std::optional<Trouble>& trouble) {
   if (!trouble) return;
-  throw Failure(ExitStatus::Failed, trouble->reason + "; --resume goes on with what is finished");
+  throw StagedFailure(trouble->reason);
 }
 
 ExportFolder KindOfExportFolder(const fs::path& folder) {
@@ -50,14 +49,14 @@ Staging::Staging(const fs::path& tree, const std::string& settings, bool resume)
   std::error_code error;
   fs::create_directories(folder_ / "grown", error);
   if (error) {
-    throw Failure(ExitStatus::Usage, host::Utf8FromPath(tree_),
-                  "nothing can be written there: " + host::ErrorText(error));
+    throw StagingTaken(ExitStatus::Usage, host::Utf8FromPath(tree_),
+                       "nothing can be written there: " + host::ErrorText(error));
   }
   const Outcome<std::optional<int>> lock = LockFile(path("lock"));
   if (!lock) Check(lock.trouble());
   if (!*lock) {
-    throw Failure(ExitStatus::Usage, host::Utf8FromPath(tree_),
-                  "another program exports into it at this moment");
+    throw StagingTaken(ExitStatus::Usage, host::Utf8FromPath(tree_),
+                       "another program exports into it at this moment");
   }
   lock_ = **lock;
   try {
@@ -111,7 +110,7 @@ Outcome<fs::path> Staging::newWorkFolder() {
   return folder;
 }
 
-void Staging::sync() const { SyncFileSystem(folder_); }
+void Staging::sync() const { CheckStaged(SyncFileSystem(folder_)); }
 
 void Staging::remove() { host::RemoveTree(folder_); }
 

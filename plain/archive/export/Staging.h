@@ -9,6 +9,7 @@
 
 #include "archive/export/GrownFiles.h"
 #include "archive/export/Journal.h"
+#include "console/Failure.h"
 
 namespace tarn::archive {
 
@@ -19,11 +20,17 @@ inline constexpr const char* kManifestName = "manifest.jsonl";
 enum class ExportFolder : uint8_t { Free, Unfinished, Finished, NotOurs };
 ExportFolder KindOfExportFolder(const std::filesystem::path& folder);
 
+// Nothing can be written there, or another program is at work: it may be otherwise the next time.
+class StagingTaken : public host::Failure {
+ public:
+  using Failure::Failure;
+};
+
 class Staging {
  public:
   // Makes the folder, or goes on with what it holds where `resume`: everything that is not of a
-  // finished batch is removed. Throws host::Failure (Usage) where that cannot be: another program
-  // is at work there, or it was begun with other `settings`.
+  // finished batch is removed. Throws host::Failure (Usage) where that cannot be: it was begun with
+  // other `settings`, or StagingTaken.
   Staging(const std::filesystem::path& tree, const std::string& settings, bool resume);
   Staging(const Staging&) = delete;
   Staging& operator=(const Staging&) = delete;
@@ -58,15 +65,20 @@ class Staging {
   int lock_ = -1;
 };
 
-// Throws host::Failure (Failed) for a trouble: what is finished is in the staging, and --resume
-// goes on with it.
+// Nothing more can be written or read; what is finished is in the staging.
+class StagedFailure : public host::Failure {
+ public:
+  explicit StagedFailure(const std::string& reason) : Failure(host::ExitStatus::Failed, reason) {}
+};
+// Throws StagedFailure for a trouble.
 void CheckStaged(const std::optional<Trouble>& trouble);
 
 // What else is to know of the system; one folder a system implements it. The number of the open
 // file, none where another program has it. A file system without locks keeps nobody out.
 Outcome<std::optional<int>> LockFile(const std::filesystem::path& path);
 void UnlockFile(int file);
-void SyncFileSystem(const std::filesystem::path& path);
+// With what could not be written since, where the system tells.
+std::optional<Trouble> SyncFileSystem(const std::filesystem::path& path);
 
 }  // namespace tarn::archive
 

@@ -244,6 +244,12 @@ bool WorkerTeam::isAt(const Piece& piece) const {
                      [&](const Slot& slot) { return slot.piece == &piece; });
 }
 
+void WorkerTeam::stop() {
+  for (const Slot& slot : slots_) {
+    if (slot.process) (void)slot.process->end();
+  }
+}
+
 void WorkerTeam::removeFinishedFolders() {
   std::vector<fs::path> kept;
   for (const fs::path& folder : folders_) {

@@ -33,6 +33,9 @@ class WorkerTeam {
   // Whether a worker may still say something of the piece.
   bool isAt(const Piece& piece) const;
 
+  // Ends all at once, whatever they are at. Nothing is asked of the team after it.
+  void stop();
+
   // Removes the files of entries that are all committed.
   void removeFinishedFolders();
 

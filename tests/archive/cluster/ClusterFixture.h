@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
@@ -34,6 +35,9 @@ class ClusterTest : public ::testing::Test {
   ClusterTest() {
     exporting_.program = TARNMAIL_ARCHIVE;
     exporting_.choices.forms = {ExportForm::Text};
+#ifdef HELPERS_PATH
+    exporting_.choices.pages.helpers = HELPERS_PATH;
+#endif
   }
 
   std::filesystem::path at(const std::string& name) const { return directory_.path() / name; }
@@ -114,12 +118,15 @@ class ClusterTest : public ::testing::Test {
     options.folder = text("out");
     options.task = task;
     options.program = TARNMAIL_ARCHIVE;
+    options.helpers = exporting_.choices.pages.helpers;
     return options;
   }
   host::ExitStatus run(uint64_t task) { return RunTask(taskOptions(task)); }
-  void runAll(const PlanFile& plan) {
+  void runAll(const PlanFile& plan, size_t workers = 1) {
     for (uint64_t task = 0; task < plan.tasks(); ++task) {
-      EXPECT_EQ(run(task), host::ExitStatus::Done);
+      RunTaskOptions options = taskOptions(task);
+      options.workers = workers;
+      EXPECT_EQ(RunTask(options), host::ExitStatus::Done);
     }
   }
 
@@ -187,7 +194,13 @@ class ClusterTest : public ::testing::Test {
     if (child == 0) {
       // A part of a profile would be in the way of others (scripts/coverage.sh).
       setenv("LLVM_PROFILE_FILE", "/dev/null", 1);
-      _exit(command());
+      try {
+        _exit(command());
+      } catch (const host::Failure& failure) {
+        // As the program does.
+        std::fprintf(stderr, "%s\n", failure.what());
+        _exit(static_cast<int>(failure.status()));
+      }
     }
     int status = 0;
     waitpid(child, &status, 0);

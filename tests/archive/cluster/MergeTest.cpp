@@ -4,6 +4,7 @@
 #include <fstream>
 
 #include "ClusterFixture.h"
+#include "archive/cluster/AttemptLog.h"
 
 namespace tarn::archive {
 namespace {
@@ -13,14 +14,22 @@ using host::ExitStatus;
 
 class MergeTest : public ClusterTest {
  protected:
-  // Both ways.
-  void expectSame(uint64_t tasks) {
+  // Both ways, however many tasks there are and processes work at each.
+  void expectSame(const std::vector<uint64_t>& counts) {
     const ExitStatus alone = exportAlone();
-    const PlanFile planned = plan(tasks);
-    EXPECT_EQ(planned.tasks(), tasks);
-    runAll(planned);
-    EXPECT_EQ(merge(), alone);
-    EXPECT_EQ(differences(tree("out"), tree("single")), "");
+    const Tree expected = tree("single");
+    size_t workers = 0;
+    for (const uint64_t tasks : counts) {
+      SCOPED_TRACE(std::to_string(tasks) + " tasks");
+      fs::remove_all(at("out"));
+      const PlanFile planned = plan(tasks);
+      EXPECT_EQ(planned.tasks(), tasks);
+      runAll(planned, ++workers);
+      MergeOptions options = mergeOptions();
+      options.workers = workers;
+      EXPECT_EQ(Merge(options), alone);
+      EXPECT_EQ(differences(tree("out"), expected), "");
+    }
     EXPECT_EQ(Verify({text("out")}), ExitStatus::Done);
   }
 };
@@ -29,14 +38,14 @@ TEST_F(MergeTest, GivesTheExportOfOneMachine) {
   addAll();
   exporting_.choices.forms = {ExportForm::Html, ExportForm::Text, ExportForm::Eml,
                               ExportForm::Json};
-  expectSame(7);
+  expectSame({7, 2});
 }
 
 TEST_F(MergeTest, PutsMboxesTogether) {
   addAll();
   exporting_.choices.forms = {ExportForm::Mbox};
   exporting_.choices.attachments = false;
-  expectSame(5);
+  expectSame({5, 1, 9});
 }
 
 TEST_F(MergeTest, LeavesCopiesOutWhereverTheyAre) {
@@ -44,7 +53,7 @@ TEST_F(MergeTest, LeavesCopiesOutWhereverTheyAre) {
   addMails("other", 6);
   exporting_.dedupe = true;
   exporting_.choices.forms = {ExportForm::Text, ExportForm::Mbox};
-  expectSame(5);
+  expectSame({5, 2});
 }
 
 TEST_F(MergeTest, TakesFiltersAndRecoveredItems) {
@@ -52,7 +61,7 @@ TEST_F(MergeTest, TakesFiltersAndRecoveredItems) {
   exporting_.filter.subject = "Subject 3";
   exporting_.recover = true;
   exporting_.choices.catalogue = false;
-  expectSame(4);
+  expectSame({4});
 }
 
 TEST_F(MergeTest, TellsInputsThatCannotBeReadAsAnExportDoes) {
@@ -70,7 +79,7 @@ TEST_F(MergeTest, TakesInputsOfAnyName) {
   addMbox("parts", 6);
   addMails("m\xFFils", 3);
   addMails("Parts", 2);
-  expectSame(4);
+  expectSame({4});
 }
 
 TEST_F(MergeTest, TakesInputsWithoutItems) {
@@ -160,6 +169,46 @@ TEST_F(MergeTest, EndsTheSameAfterBeingKilledAnywhere) {
     EXPECT_EQ(differences(tree("out"), expected), "") << "killed at change " << change;
   }
   EXPECT_GT(killed, 10);
+}
+
+TEST_F(MergeTest, WaitsForAnotherMerge) {
+  addMails("mails", 2);
+  runAll(plan(2));
+  MergeOptions options = mergeOptions();
+  std::string refusal;
+  ExitStatus refused = ExitStatus::Done;
+  options.step = [&] {
+    if (!refusal.empty()) return;
+    try {
+      (void)merge();
+    } catch (const host::Failure& failure) {
+      refusal = failure.what();
+      refused = failure.status();
+    }
+  };
+  EXPECT_EQ(Merge(options), ExitStatus::Done);
+  EXPECT_EQ(refusal, text("out") + ": another program exports into it at this moment");
+  EXPECT_EQ(refused, ExitStatus::Temporary);
+  (void)exportAlone();
+  EXPECT_EQ(differences(tree("out"), tree("single")), "");
+}
+
+TEST_F(MergeTest, TakesNoExportForItsOwn) {
+  addMails("mails", 2);
+  const PlanFile planned = plan(2);
+  EXPECT_EQ(exportAlone("out"), ExitStatus::Done);
+  const std::string refusal = text("out") + ": holds a finished export, and no " + text("out") +
+                              ".attempts.jsonl tells that it is of this plan";
+  EXPECT_EQ(failureOf([this] { (void)merge(); }), refusal);
+  EXPECT_EQ(failureOf([this] { (void)Missing({text("plan"), text("out")}); }), refusal);
+  EXPECT_EQ(run(0), ExitStatus::Usage);
+  fs::remove_all(at("out"));
+  runAll(planned);
+  EXPECT_EQ(merge(), ExitStatus::Done);
+  // Whatever the names of the folder are.
+  EXPECT_EQ(LogOfExport(at("out") / ""), at("out.attempts.jsonl"));
+  EXPECT_EQ(LogOfExport(at("out") / "." / "x" / ".."), at("out.attempts.jsonl"));
+  EXPECT_EQ(LogOfExport("."), fs::current_path().string() + ".attempts.jsonl");
 }
 
 TEST_F(MergeTest, IsDoneOnce) {

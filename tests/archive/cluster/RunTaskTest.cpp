@@ -112,6 +112,76 @@ TEST_F(RunTaskTest, TriesAgainWhereNothingCanBeWritten) {
   EXPECT_EQ(run(0), ExitStatus::Temporary);
 }
 
+TEST_F(RunTaskTest, LeavesFoldersOfOthersAlone) {
+  addMails("mails", 1);
+  (void)plan(1);
+  fs::create_directory(at("out"));
+  std::ofstream(at("out/letter")) << "x";
+  EXPECT_EQ(run(0), ExitStatus::Usage);
+  EXPECT_EQ(tree("out"), (Tree{{"letter", "x"}}));
+  fs::remove(at("out/letter"));
+  EXPECT_EQ(run(0), ExitStatus::Done);
+}
+
+TEST_F(RunTaskTest, SaysForGoodThatTheMachineMakesNoPages) {
+  addMails("mails", 1);
+  exporting_.choices.forms = {ExportForm::Pdf};
+  (void)plan(1);
+  RunTaskOptions options = taskOptions(0);
+  options.helpers = directory_.path();
+  ::testing::internal::CaptureStderr();
+  EXPECT_EQ(RunTask(options), ExitStatus::Broken);
+  EXPECT_TRUE(
+      ::testing::internal::GetCapturedStderr().starts_with("tarnmail: no pages can be made: "));
+  EXPECT_FALSE(fs::exists(at("out")));
+}
+
+TEST_F(RunTaskTest, TakesThePlaceOfADamagedPart) {
+  addMails("mails", 1);
+  (void)exportAlone();
+  (void)plan(1);
+  for (const char* const facts : {"nonsense", ""}) {
+    EXPECT_EQ(run(0), ExitStatus::Done);
+    std::ofstream(at("out/parts/0/part.json")) << facts;
+    if (*facts == '\0') fs::remove(at("out/parts/0/part.json"));
+    EXPECT_EQ(missing(), "0\n");
+    EXPECT_EQ(run(0), ExitStatus::Done);
+    EXPECT_EQ(missing(), "");
+    EXPECT_EQ(parts(), (Names{"0", "0.damaged"}));
+  }
+  EXPECT_EQ(Merge(mergeOptions()), ExitStatus::Done);
+  EXPECT_EQ(differences(tree("out"), tree("single")), "");
+}
+
+TEST_F(RunTaskTest, LeavesNothingAfterTheMerge) {
+  addMails("mails", 2);
+  (void)exportAlone();
+  (void)plan(1);
+  // Slower than another attempt and the merge; a server may have kept what it made.
+  for (const bool isKept : {false, true}) {
+    fs::remove_all(at("out"));
+    RunTaskOptions options = taskOptions(0);
+    int change = 0;
+    options.step = [&] {
+      // The last one before the part is put into its place.
+      if (++change != 3) return;
+      const fs::path draft = at("out/parts") / parts().front();
+      if (isKept) fs::rename(draft, at("kept"));
+      const auto others = [this] {
+        return static_cast<int>(run(0)) + static_cast<int>(Merge(mergeOptions()));
+      };
+      EXPECT_EQ(inProcess(others), 0);
+      EXPECT_FALSE(fs::exists(at("out/parts")));
+      if (!isKept) return;
+      fs::create_directory(at("out/parts"));
+      fs::rename(at("kept"), draft);
+    };
+    EXPECT_EQ(RunTask(options), isKept ? ExitStatus::Done : ExitStatus::Temporary);
+    EXPECT_EQ(run(0), ExitStatus::Done);
+    EXPECT_EQ(differences(tree("out"), tree("single")), "");
+  }
+}
+
 TEST_F(RunTaskTest, TakesCopiesOfItsInputs) {
   addAll();
   const ExitStatus alone = exportAlone();
@@ -236,6 +306,31 @@ TEST_F(RunTaskTest, CleansUpWhereItIsAskedToEnd) {
     ASSERT_TRUE(WIFEXITED(status));
     EXPECT_EQ(WEXITSTATUS(status), 75);
     EXPECT_EQ(parts(), Names{});
+  }
+}
+
+TEST_F(RunTaskTest, CleansUpAtEveryStage) {
+  addMbox("box", 40);
+  fs::create_directory(at("scratch"));
+  (void)plan(1);
+  bool isCommitted = false;
+  for (int change = 1; !isCommitted; ++change) {
+    const int status = inProcess([&] {
+      int changes = 0;
+      RunTaskOptions options = taskOptions(0);
+      options.stage = text("scratch");
+      options.step = [&] {
+        if (++changes == change) std::raise(SIGTERM);
+      };
+      return static_cast<int>(RunTask(options));
+    });
+    ASSERT_TRUE(WIFEXITED(status));
+    isCommitted = WEXITSTATUS(status) == 0;
+    EXPECT_EQ(WEXITSTATUS(status), isCommitted ? 0 : 75);
+    EXPECT_EQ(parts(), isCommitted ? Names{"0"} : Names{});
+    EXPECT_TRUE(fs::is_empty(at("scratch")));
+    // It is its place alone that cannot be taken back.
+    EXPECT_EQ(isCommitted, change == 3) << change;
   }
 }
 

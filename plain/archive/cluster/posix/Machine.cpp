@@ -22,12 +22,8 @@ void Note(int) { isAskedToStop = true; }
 
 StopSignals::StopSignals() {
   isAskedToStop = false;
-  for (size_t at = 0; at < kSignals.size(); ++at) sigaction(kSignals[at], nullptr, &before[at]);
-  take();
-}
-
-void StopSignals::take() {
   for (size_t at = 0; at < kSignals.size(); ++at) {
+    sigaction(kSignals[at], nullptr, &before[at]);
     if (before[at].sa_handler == SIG_IGN) continue;
     struct sigaction action = {};
     action.sa_handler = Note;

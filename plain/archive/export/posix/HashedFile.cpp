@@ -119,6 +119,19 @@ std::optional<Trouble> GrowingFile::read(uint64_t offset, std::span<char> room) 
   return std::nullopt;
 }
 
+std::optional<Trouble> GrowingFile::readInPieces(
+    uint64_t offset, uint64_t count,
+    const std::function<std::optional<Trouble>(std::string_view)>& take) const {
+  for (uint64_t done = 0; done < count;) {
+    const Outcome<std::string> piece =
+        read(offset + done, std::min<uint64_t>(kPiece, count - done));
+    if (!piece) return piece.trouble();
+    if (std::optional<Trouble> trouble = take(*piece)) return trouble;
+    done += piece->size();
+  }
+  return std::nullopt;
+}
+
 std::optional<Trouble> ReadInPieces(const fs::path& path,
                                     const std::function<bool(std::string_view)>& take) {
   // Does not wait for somebody who writes to a pipe.

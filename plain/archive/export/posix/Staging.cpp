@@ -22,11 +22,13 @@ Outcome<std::optional<int>> LockFile(const std::filesystem::path& path) {
 
 void UnlockFile(int file) { close(file); }
 
-void SyncFileSystem(const std::filesystem::path& path) {
+std::optional<Trouble> SyncFileSystem(const std::filesystem::path& path) {
   const int folder = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (folder < 0) return;
-  (void)syncfs(folder);
+  if (folder < 0) return SystemTrouble(path, errno);
+  std::optional<Trouble> trouble;
+  if (syncfs(folder) != 0 && errno != ENOSYS) trouble = SystemTrouble(path, errno);
   close(folder);
+  return trouble;
 }
 
 }  // namespace tarn::archive

@@ -12,18 +12,15 @@
 #include <system_error>
 #include <vector>
 
+#include "archive/export/Staging.h"
 #include "archive/export/WorkerMessages.h"
-#include "console/Failure.h"
 
 namespace tarn::archive {
 namespace {
 
 Beat OpenBeat(const std::filesystem::path& path) {
   Outcome<Beat> beat = Beat::open(path);
-  if (!beat) {
-    throw host::Failure(host::ExitStatus::Failed,
-                        beat.trouble().reason + "; --resume goes on with what is finished");
-  }
+  if (!beat) CheckStaged(beat.trouble());
   return std::move(*beat);
 }
 
