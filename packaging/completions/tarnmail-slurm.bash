@@ -2,8 +2,8 @@
 
 _tarnmail_slurm() {
   local own='-h --help -o --output --plan --resume --status --at-once --retries --stage --merge-options'
-  local plan='--target-cost --max-tasks --calibrate --to --no-attachments --no-catalogue --paper --no-sandbox'
-  plan+=' --dedupe --folder --from --recipient --subject --since --until --has-attachment --class --recover'
+  local plan='--target-cost --max-tasks --calibrate --to --one-pdf --no-attachments --no-catalogue --paper'
+  plan+=' --no-sandbox --dedupe --folder --from --recipient --subject --since --until --has-attachment --class --recover'
   plan+=' -j --jobs --seconds --memory --temp'
   local sbatch='-A --account -p --partition -q --qos -t --time -c --cpus-per-task --mem --tmp -C --constraint'
   sbatch+=' -w --nodelist -x --exclude --reservation --gres --licenses --begin --mail-type --mail-user'

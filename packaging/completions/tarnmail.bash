@@ -51,7 +51,7 @@ _tarnmail() {
       ;;
     verify) options='-h --help' ;;
     plan)
-      options="-h --help -o --output --target-cost --max-tasks --calibrate --to --no-attachments --no-catalogue"
+      options="-h --help -o --output --target-cost --max-tasks --calibrate --to --one-pdf --no-attachments --no-catalogue"
       options+=" --paper --no-sandbox --dedupe ${filters/--to/--recipient} --recover -j --jobs --seconds --memory"
       options+=' --temp'
       ;;

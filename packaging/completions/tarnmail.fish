@@ -60,7 +60,7 @@ complete -c tarnmail -n "__fish_seen_subcommand_from export plan" -l no-catalogu
 complete -c tarnmail -n "__fish_seen_subcommand_from export plan" -l paper -x -a 'a4 letter' -d 'Paper of PDFs'
 complete -c tarnmail -n "__fish_seen_subcommand_from export plan" -l no-sandbox -d 'Lay PDFs out where helpers cannot be kept apart'
 complete -c tarnmail -n "__fish_seen_subcommand_from export plan" -l dedupe -d 'Of the same content only the first'
-complete -c tarnmail -n "__fish_seen_subcommand_from export" -l one-pdf -d 'One PDF a folder, with bookmarks'
+complete -c tarnmail -n "__fish_seen_subcommand_from export plan" -l one-pdf -d 'One PDF a folder, with bookmarks'
 complete -c tarnmail -n "__fish_seen_subcommand_from export" -l resume -d 'Go on with an export that was ended early'
 complete -c tarnmail -n "__fish_seen_subcommand_from export plan run-task merge" -s j -l jobs -x -d 'Processes that read'
 complete -c tarnmail -n "__fish_seen_subcommand_from export plan" -l seconds -x -d 'Time for one message'

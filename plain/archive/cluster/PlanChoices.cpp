@@ -92,6 +92,7 @@ Json JsonOfChoices(const ExportOptions& options) {
   json["dedupe"] = options.dedupe;
   json["recover"] = options.recover;
   if (options.choices.forms.contains(ExportForm::Pdf)) {
+    json["onePdf"] = options.choices.onePdf;
     json["paper"] = options.choices.pages.paper == pages::Paper::A4 ? "a4" : "letter";
     json["sandbox"] = options.choices.pages.sandbox;
   }
@@ -114,6 +115,7 @@ ExportOptions ChoicesOfJson(const Json& json) {
   options.choices.catalogue = json.at("catalogue");
   options.dedupe = json.at("dedupe");
   options.recover = json.at("recover");
+  options.choices.onePdf = json.value("onePdf", false);
   if (json.value("paper", "a4") == "letter") options.choices.pages.paper = pages::Paper::Letter;
   options.choices.pages.sandbox = json.value("sandbox", true);
   options.filter = FilterOfJson(json.at("filter"));

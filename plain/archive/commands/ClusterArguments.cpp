@@ -52,7 +52,10 @@ void AddPlan(CLI::App& app, PlanOptions& options, std::function<host::ExitStatus
   AddJobs(*plan, options.exporting.workers, "Processes that read at the same time");
   AddWorkerLimits(*plan, options.exporting);
   AddTemporary(*plan, options.exporting.temporary);
-  plan->callback([&options, &chosen] { chosen = [&options] { return Plan(options); }; });
+  plan->callback([&options, &chosen, plan] {
+    CombineExportChoices(*plan, options.exporting);
+    chosen = [&options] { return Plan(options); };
+  });
 }
 
 void AddRunTask(CLI::App& app, RunTaskOptions& options, std::function<host::ExitStatus()>& chosen) {

@@ -88,6 +88,8 @@ void AddExportChoices(CLI::App& command, ExportOptions& options) {
           "What becomes of each message, several with commas: html (if nothing is said), text, "
           "eml, mbox, json, pdf")
       ->type_name("FORMS");
+  command.add_flag("--one-pdf", options.choices.onePdf,
+                   "One PDF a folder, messages.pdf, with bookmarks; pdf if nothing else is said");
   command.add_flag_callback(
       "--no-attachments", [&options] { options.choices.attachments = false; },
       "Attachments are not written beside");
@@ -107,6 +109,14 @@ void AddExportChoices(CLI::App& command, ExportOptions& options) {
                    "Of messages with the same content only the first is written");
   AddFilter(command, options.filter, "--recipient");
   command.add_flag("--recover", options.recover, "Also what a store holds and no table names");
+}
+
+void CombineExportChoices(const CLI::App& command, ExportOptions& options) {
+  ExportChoices& choices = options.choices;
+  if (!choices.onePdf) return;
+  if (command.count("--to") == 0) choices.forms = {ExportForm::Pdf};
+  if (choices.forms.contains(ExportForm::Pdf)) return;
+  throw CLI::ValidationError("--one-pdf", "pdf is not among the forms of --to");
 }
 
 void AddWorkerLimits(CLI::App& command, ExportOptions& options) {

@@ -18,6 +18,9 @@ void AddFilter(CLI::App& command, FilterOptions& filter, const char* recipients 
 
 // What shapes the result of an export.
 void AddExportChoices(CLI::App& command, ExportOptions& options);
+// What follows from several of them, once all are read. Throws CLI::ValidationError where they do
+// not go together.
+void CombineExportChoices(const CLI::App& command, ExportOptions& options);
 
 // What an item may take.
 void AddWorkerLimits(CLI::App& command, ExportOptions& options);

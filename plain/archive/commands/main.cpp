@@ -131,8 +131,6 @@ void AddExport(CLI::App& app, CommandLine& line) {
       ->required()
       ->type_name("DIR");
   AddExportChoices(*command, options);
-  command->add_flag("--one-pdf", options.choices.onePdf,
-                    "One PDF a folder, messages.pdf, with bookmarks; pdf if nothing else is said");
   command->add_flag("--resume", options.resume, "Go on with an export that was ended early");
   command->add_option("-j,--jobs", options.workers, "Processes that read at the same time")
       ->check(CLI::Range(1, 64).description(""))
@@ -140,11 +138,7 @@ void AddExport(CLI::App& app, CommandLine& line) {
   AddWorkerLimits(*command, options);
   AddTemporary(*command, options.temporary);
   command->callback([&line, command] {
-    ExportChoices& choices = line.exporting.choices;
-    if (choices.onePdf && command->count("--to") == 0) choices.forms = {ExportForm::Pdf};
-    if (choices.onePdf && !choices.forms.contains(ExportForm::Pdf)) {
-      throw CLI::ValidationError("--one-pdf", "pdf is not among the forms of --to");
-    }
+    CombineExportChoices(*command, line.exporting);
     line.chosen = [&line] { return Export(line.exporting); };
   });
 }

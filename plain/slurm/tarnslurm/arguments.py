@@ -33,6 +33,7 @@ PLAN_OPTIONS = _options(
     ("--max-tasks", "N", "at most so many tasks; 1000 unless said otherwise"),
     ("--calibrate", "MANIFEST", "costs from the times of an export before"),
     ("--to", "FORMS", "html (if nothing is said), text, eml, mbox, json, pdf"),
+    ("--one-pdf", "", "one PDF a folder, with bookmarks; pdf if nothing else is said"),
     ("--no-attachments", "", "attachments are not written beside"),
     ("--no-catalogue", "", "neither catalogue.sqlite nor index.html are made"),
     ("--paper", "PAPER", "of pdf: a4 (default) or letter"),

@@ -4,6 +4,7 @@
 #include <fstream>
 
 #include "ClusterFixture.h"
+#include "ReadMailPdf.h"
 #include "archive/cluster/AttemptLog.h"
 
 namespace tarn::archive {
@@ -55,6 +56,58 @@ TEST_F(MergeTest, LeavesCopiesOutWhereverTheyAre) {
   exporting_.choices.forms = {ExportForm::Text, ExportForm::Mbox};
   expectSame({5, 2});
 }
+
+#ifdef HELPERS_PATH
+
+TEST_F(MergeTest, GivesThePdfsOfOneMachine) {
+  addMails("mails", 2);
+  addStore("store.pst", 8);
+  exporting_.choices.forms = {ExportForm::Pdf};
+  exporting_.seconds = 600;
+  expectSame({3, 1});
+}
+
+TEST_F(MergeTest, JoinsThePdfsOfFolders) {
+  addMails("mails", 2);
+  addMbox("box", 6);
+  addStore("store.pst", 12);
+  addMails("copies", 2);
+  exporting_.choices.forms = {ExportForm::Html, ExportForm::Text, ExportForm::Eml,
+                              ExportForm::Mbox, ExportForm::Json, ExportForm::Pdf};
+  exporting_.choices.onePdf = true;
+  exporting_.dedupe = true;
+  exporting_.seconds = 600;
+  expectSame({6, 3});
+  // Those of the box were made by several tasks.
+  const test::MailPdfFacts facts = test::ReadMailPdf(tree("out").at("box/messages.pdf"));
+  EXPECT_EQ(facts.marks.size(), 6U);
+}
+
+// One folder has more pages than a file of them takes.
+TEST_F(MergeTest, JoinsThePdfsOfALargeFolderIntoSeveral) {
+  std::string pages = "Content-Type: text/html\n\n";
+  for (int page = 0; page < 600; ++page) pages += "<div style='height:25cm'>.</div>\n";
+  std::string box;
+  for (int number = 0; number < 4; ++number) {
+    box += "From ann@example.com Wed May  1 10:34:56 2024\n" + MailText(number, "");
+    box.erase(box.size() - 2);
+    box += pages + "\n";
+  }
+  (void)directory_.write("box", box);
+  addPath("box");
+  exporting_.choices.forms = {ExportForm::Pdf};
+  exporting_.choices.onePdf = true;
+  exporting_.choices.attachments = false;
+  exporting_.seconds = 600;
+  expectSame({3});
+  const Tree merged = tree("out");
+  for (const char* const name : {"box/messages.pdf", "box/messages 2.pdf"}) {
+    ASSERT_TRUE(merged.contains(name));
+    EXPECT_EQ(test::ReadMailPdf(merged.at(name)).marks.size(), 2U);
+  }
+}
+
+#endif
 
 TEST_F(MergeTest, TakesFiltersAndRecoveredItems) {
   addAll();
