@@ -73,9 +73,9 @@ class ClusterTest(unittest.TestCase):
         self.assertEqual((done.returncode, done.stderr), (0, ""))
         return done.stdout.replace(str(self.folder), "")
 
-    def export_alone(self) -> Path:
+    def export_alone(self, forms: str = "text") -> Path:
         alone = self.folder / "alone"
-        subprocess.run([TARNMAIL, "export", self.mails, "-o", alone, "--to", "text"], check=True,
+        subprocess.run([TARNMAIL, "export", self.mails, "-o", alone, "--to", forms], check=True,
                        capture_output=True)
         return alone
 
@@ -325,6 +325,12 @@ class ResumeTest(ClusterTest):
         self.cluster.run_next()
         shutil.rmtree(f"{self.out}.slurm")
         self.expect(0, "5 submitted", self.mails, "-o", self.out, "--target-cost", 1, "--to", "text")
+
+    def test_forms_add_up(self) -> None:
+        self.expect(0, "6 submitted", self.mails, "-o", self.out, "--target-cost", 1, "--to", "text",
+                    "--to", "json")
+        self.cluster.run_all()
+        self.expect_the_same_tree(self.out, self.export_alone("text,json"))
 
     def test_one_at_a_time(self) -> None:
         self.submit()

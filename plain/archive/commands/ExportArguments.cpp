@@ -85,8 +85,10 @@ void AddExportChoices(CLI::App& command, ExportOptions& options) {
   command
       .add_option_function<std::string>(
           "--to", [&options](const std::string& text) { options.choices.forms = FormsOf(text); },
-          "What becomes of each message, several with commas: html (if nothing is said), text, "
-          "eml, mbox, json, pdf")
+          "What becomes of each message, several with commas or by several of this option: html "
+          "(if "
+          "nothing is said), text, eml, mbox, json, pdf")
+      ->join(',')
       ->type_name("FORMS");
   command.add_flag("--one-pdf", options.choices.onePdf,
                    "One PDF a folder, messages.pdf, with bookmarks; pdf if nothing else is said");

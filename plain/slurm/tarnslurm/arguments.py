@@ -122,7 +122,11 @@ def _number(least: int, most: int) -> Callable[[str], int]:
 def _add(group: argparse._ArgumentGroup, options: Sequence[Option], prefix: str) -> None:
     for option in options:
         target = prefix + option.name.lstrip("-")
-        if option.metavar:
+        if option.metavar == "FORMS":
+            # Several add up.
+            group.add_argument(*option.flags, dest=target, metavar=option.metavar, help=option.help,
+                               action="append")
+        elif option.metavar:
             group.add_argument(*option.flags, dest=target, metavar=option.metavar, help=option.help)
         else:
             group.add_argument(*option.flags, dest=target, action="store_true", help=option.help)
@@ -167,6 +171,8 @@ def _plan_options(given: dict[str, object]) -> list[str]:
             options.append(option.name)
         elif isinstance(value, str):
             options.append(f"{option.name}={value}")
+        elif isinstance(value, list):
+            options += [f"{option.name}={one}" for one in value]
     return options
 
 

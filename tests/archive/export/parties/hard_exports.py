@@ -236,6 +236,29 @@ class Places(HardExport):
         self.verify()
 
 
+class Forms(HardExport):
+    def test_add_up(self):
+        self.write('in/box', box(mail(1, 'Mail')))
+        self.export('in', '--to', 'eml', '--to', 'text,eml', '--to=json')
+        roles = {'eml', 'text', 'json'}
+        written = {file['role'] for row in self.items() for file in row['files']}
+        self.assertEqual(written - {'attachment'}, roles)
+        code, said = self.run_archive('plan', 'in', '-o', 'plan', '--to', 'eml', '--to', 'json,text')
+        self.assertEqual(code, 0, said)
+        with open(self.path('plan'), encoding='utf-8') as file:
+            forms = json.loads(file.readlines()[1])['options']['to']
+        self.assertEqual(set(forms), roles)
+
+    def test_that_are_none_are_told(self):
+        self.write('in/box', box(mail(1, 'Mail')))
+        said = self.export('in', '--to', 'eml', '--to', 'tune', status=2)
+        self.assertIn('none of html, text, eml, mbox, json, pdf', said)
+        for command in ('export', 'plan'):
+            code, said = self.run_archive(command, 'in', '-o', 'out', '--one-pdf', '--to', 'eml')
+            self.assertEqual(code, 2, said)
+            self.assertIn('pdf is not among the forms of --to', said)
+
+
 class Searching(HardExport):
     def test_a_damaged_catalogue_is_told(self):
         self.write('in/box', box(*(mail(number, 'Word %d' % number) for number in range(40))))
