@@ -45,7 +45,8 @@ PlanEntry Unpacked(std::string_view body) {
 // all names in the source; then the same with the ids where names meet.
 class Planner {
  public:
-  Planner(ItemFilter& filter, GrowingFile& draft) : filter_(filter), draft_(draft) {}
+  Planner(ItemFilter& filter, fs::path draftPath)
+      : filter_(filter), draftPath_(std::move(draftPath)) {}
 
   // `place` is that of an item.
   std::optional<Trouble> take(Entry entry, const std::optional<ReadingPlace>& place) {
@@ -79,10 +80,11 @@ class Planner {
     return add(entry);
   }
 
-  std::optional<Trouble> flush() {
-    const std::optional<Trouble> trouble = draft_.append(waiting_);
-    waiting_.clear();
-    return trouble;
+  // Everything that was taken. Of most sources it is so little that there is no file.
+  Outcome<std::unique_ptr<PlanReader>> draft() {
+    if (!draft_) return PlanReader::of(std::move(waiting_));
+    if (const std::optional<Trouble> trouble = flush()) return *trouble;
+    return PlanReader::open(draftPath_);
   }
 
   // The hashes that two names have.
@@ -138,8 +140,20 @@ class Planner {
     return waiting_.size() < kPiece ? std::nullopt : flush();
   }
 
+  std::optional<Trouble> flush() {
+    if (!draft_) {
+      Outcome<std::unique_ptr<GrowingFile>> opened = GrowingFile::open(draftPath_);
+      if (!opened) return opened.trouble();
+      draft_ = std::move(*opened);
+    }
+    std::optional<Trouble> trouble = draft_->append(waiting_);
+    waiting_.clear();
+    return trouble;
+  }
+
   ItemFilter& filter_;
-  GrowingFile& draft_;
+  const fs::path draftPath_;
+  std::unique_ptr<GrowingFile> draft_;
   FolderPaths paths_;
   std::optional<std::vector<std::string>> last_;
   std::set<std::string> met_;
@@ -150,14 +164,12 @@ class Planner {
   uint64_t rows_ = 0;
 };
 
-Outcome<uint64_t> WriteNames(const fs::path& draft, const std::vector<uint64_t>& shared,
+Outcome<uint64_t> WriteNames(PlanReader& draft, const std::vector<uint64_t>& shared,
                              GrowingFile& plan) {
-  Outcome<std::unique_ptr<PlanReader>> reader = PlanReader::open(draft);
-  if (!reader) return reader.trouble();
   uint64_t entries = 0;
   std::string waiting;
   for (;; ++entries) {
-    Outcome<std::optional<PlanEntry>> next = (*reader)->next();
+    Outcome<std::optional<PlanEntry>> next = draft.next();
     if (!next) return next.trouble();
     if (*next) {
       PlanEntry& entry = **next;
@@ -197,13 +209,19 @@ Outcome<std::unique_ptr<PlanReader>> PlanReader::open(const fs::path& path, uint
   return std::unique_ptr<PlanReader>(new PlanReader(std::move(*file), offset));
 }
 
-// False where the file ends before.
+std::unique_ptr<PlanReader> PlanReader::of(std::string bytes) {
+  std::unique_ptr<PlanReader> reader(new PlanReader(nullptr, 0));
+  reader->buffer_ = std::move(bytes);
+  return reader;
+}
+
+// False where the plan ends before.
 Outcome<bool> PlanReader::fill(size_t bytes) {
   while (buffer_.size() - taken_ < bytes) {
     buffer_.erase(0, taken_);
     taken_ = 0;
     const uint64_t place = offset_ + buffer_.size();
-    if (place >= file_->size()) return false;
+    if (!file_ || place >= file_->size()) return false;
     const Outcome<std::string> more =
         file_->read(place, std::min<uint64_t>(kPiece, file_->size() - place));
     if (!more) return more.trouble();
@@ -233,9 +251,7 @@ Outcome<uint64_t> WritePlan(ItemReader& reader, ItemFilter& filter, const PlanLi
   std::error_code ignored;
   fs::remove(path, ignored);
   fs::remove(draftPath, ignored);
-  Outcome<std::unique_ptr<GrowingFile>> draft = GrowingFile::open(draftPath);
-  if (!draft) return draft.trouble();
-  Planner planner(filter, **draft);
+  Planner planner(filter, draftPath);
   std::optional<Trouble> trouble;
   uint64_t met = 0;
   for (; !trouble && met < limits.entries; ++met) {
@@ -250,11 +266,12 @@ Outcome<uint64_t> WritePlan(ItemReader& reader, ItemFilter& filter, const PlanLi
   if (!trouble && !limits.reasonAfter.empty() && met == limits.entries) {
     trouble = planner.takeTrouble({{}, {TroubleKind::Damaged, limits.reasonAfter}});
   }
-  if (!trouble) trouble = planner.flush();
   if (trouble) return *trouble;
-  Outcome<std::unique_ptr<GrowingFile>> plan = GrowingFile::open(path);
+  const Outcome<std::unique_ptr<PlanReader>> draft = planner.draft();
+  if (!draft) return draft.trouble();
+  const Outcome<std::unique_ptr<GrowingFile>> plan = GrowingFile::open(path);
   if (!plan) return plan.trouble();
-  Outcome<uint64_t> entries = WriteNames(draftPath, planner.shared(), **plan);
+  Outcome<uint64_t> entries = WriteNames(**draft, planner.shared(), **plan);
   fs::remove(draftPath, ignored);
   return entries;
 }

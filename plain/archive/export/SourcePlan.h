@@ -49,6 +49,8 @@ class PlanReader {
  public:
   static Outcome<std::unique_ptr<PlanReader>> open(const std::filesystem::path& path,
                                                    uint64_t offset = 0);
+  // Of a plan in memory.
+  static std::unique_ptr<PlanReader> of(std::string bytes);
 
   // None at the end.
   Outcome<std::optional<PlanEntry>> next();
@@ -60,7 +62,7 @@ class PlanReader {
       : file_(std::move(file)), offset_(offset) {}
   Outcome<bool> fill(size_t bytes);
 
-  std::unique_ptr<GrowingFile> file_;
+  std::unique_ptr<GrowingFile> file_;  // null: all is in the buffer
   uint64_t offset_;
   std::string buffer_;
   size_t taken_ = 0;

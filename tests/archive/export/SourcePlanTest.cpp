@@ -150,7 +150,7 @@ TEST(SourcePlanFailureTest, SaysThatItCannotBeWritten) {
   ItemFilter filter({});
   const Outcome<uint64_t> written = WritePlan(reader, filter, {}, "/nonexistent/plan", [] {});
   ASSERT_FALSE(written.ok());
-  EXPECT_EQ(written.trouble().reason, "/nonexistent/plan.draft: No such file or directory");
+  EXPECT_EQ(written.trouble().reason, "/nonexistent/plan: No such file or directory");
 }
 
 }  // namespace
