@@ -3,7 +3,8 @@
 # and 500 mails exported to HTML by tasks. The plan: its longest task against the mean of 16, and its
 # time without hashing against sha256sum of the inputs. Tasks: two at a time against one at a time, and
 # all in one task against the export. The merge against the export. Whole processes, three rounds of
-# all in turn, medians of their seconds. Needs the release build, GNU time and openssl.
+# all in turn, medians of their seconds and of those of their processors (CPU), which other programs
+# on the machine disturb less. Needs the release build and openssl.
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 messages=${1:-20000}
@@ -12,21 +13,26 @@ tarnmail=$root/build/release/tarnmail
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
-# measure NAME COMMAND...: adds the seconds of one run to the file of that name.
+# measure NAME COMMAND...: adds the seconds of one run to the file of that name, and those of the CPU.
 measure() {
-  local name=$1 start=$EPOCHREALTIME
+  local name=$1
+  local TIMEFORMAT='%R %U %S'
   shift
-  "$@" >/dev/null 2>&1
-  awk -v start="$start" -v end="$EPOCHREALTIME" 'BEGIN { printf "%.4f\n", end - start }' >>"$work/$name"
+  { time "$@" >/dev/null 2>&1; } 2>>"$work/$name"
 }
 
-# median NAME
+# median NAME; cpu NAME
 median() { sort -n "$work/$1" | awk '{ all[NR] = $1 } END { print all[int((NR + 1) / 2)] }'; }
+cpu() { awk '{ print $2 + $3 }' "$work/$1" | sort -n | awk '{ all[NR] = $1 } END { print all[int((NR + 1) / 2)] }'; }
 
 # compare WHAT NAME OTHER
 compare() {
-  awk -v what="$1" -v one="$(median "$2")" -v other="$(median "$3")" \
-    'BEGIN { printf "  %-40s %s s against %s s   ratio %.2f\n", what, one, other, one / other }'
+  local of
+  for of in median cpu; do
+    awk -v what="$1${of#median}" -v one="$($of "$2")" -v other="$($of "$3")" \
+      'BEGIN { sub(/cpu$/, ", CPU", what)
+               printf "  %-40s %.2f s against %.2f s   ratio %.2f\n", what, one, other, one / other }'
+  done
 }
 
 # tasks FOLDER FIRST STEP: every STEP-th task from FIRST on.
@@ -65,8 +71,8 @@ done
 sed -n 's/^{"type":"task","task":[0-9]*,"cost":\([0-9]*\),.*/\1/p' "$work/plan" |
   awk '{ sum += $1; if ($1 > most) most = $1 }
     END { printf "  %-40s %d tasks   ratio %.2f\n", "longest task / mean", NR, most * NR / sum }'
-awk -v plan="$(median plan)" -v hashing="$(median hashing)" -v sums="$(median sums)" \
-  'BEGIN { printf "  %-40s %s s against %s s   ratio %.2f\n", "plan without hashing / sha256sum",
+awk -v plan="$(cpu plan)" -v hashing="$(cpu hashing)" -v sums="$(cpu sums)" \
+  'BEGIN { printf "  %-40s %.2f s against %.2f s   ratio %.2f\n", "plan without hashing / sha256sum, CPU",
            plan - hashing, sums, (plan - hashing) / sums }'
 compare 'tasks one at a time / two' one two
 compare 'one task of all / export' whole single

@@ -3,8 +3,8 @@
 _tarnmail_slurm() {
   local own='-h --help -o --output --plan --resume --status --at-once --retries --stage --merge-options'
   local plan='--target-cost --max-tasks --calibrate --to --one-pdf --no-attachments --no-catalogue --paper'
-  plan+=' --no-sandbox --dedupe --folder --from --recipient --subject --since --until --has-attachment --class --recover'
-  plan+=' -j --jobs --seconds --memory --temp'
+  plan+=' --no-sandbox --dedupe --folder --from --recipient --subject --since --until --has-attachment --class'
+  plan+=' --recover -j --jobs --seconds --memory --temp'
   local sbatch='-A --account -p --partition -q --qos -t --time -c --cpus-per-task --mem --tmp -C --constraint'
   sbatch+=' -w --nodelist -x --exclude --reservation --gres --licenses --begin --mail-type --mail-user'
   local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}

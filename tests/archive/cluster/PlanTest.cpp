@@ -40,7 +40,7 @@ TEST_F(PlanTest, TellsOptionsInputsAndTasks) {
   EXPECT_EQ(rows[1]["options"]["filter"], json({{"from", "ann"}}));
   EXPECT_EQ(rows[1]["inputs"], 2);
   EXPECT_EQ(rows[1]["entries"], 3);
-  EXPECT_EQ(rows[1]["messageCost"], 65536);
+  EXPECT_EQ(rows[1]["messageCost"], 10000);
   EXPECT_EQ(rows[2]["source"], text("box"));
   EXPECT_EQ(rows[2]["kind"], "mbox");
   EXPECT_EQ(rows[2]["tree"], "box");
