@@ -1,9 +1,12 @@
 #include "RemovedAtEnd.h"
 
+#include <cstdlib>
+#include <exception>
 #include <mutex>
 #include <set>
 #include <utility>
 
+#include "EndAtOnce.h"
 #include "EndingSignals.h"
 #include "SystemFiles.h"
 
@@ -63,6 +66,15 @@ std::error_code RemovedAtEnd::make(const Maker& maker) {
 void RemovedAtEnd::keep() {
   const std::lock_guard lock(AllNotes().mutex);
   Forget(std::exchange(path_, {}));
+}
+
+void EndAtOnce(int exitStatus) {
+  try {
+    RemoveAllNoted();
+  } catch (const std::exception&) {
+    // Without memory not all can be removed.
+  }
+  std::_Exit(exitStatus);
 }
 
 }  // namespace tarn::host

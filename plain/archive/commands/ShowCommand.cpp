@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <exception>
 
 #include "archive/commands/Commands.h"
 #include "archive/commands/OutputBuffer.h"
@@ -260,6 +261,8 @@ class ShowRun {
     NewFiles files(*options_.attachmentFolder);
     const std::vector<Attachment>& attachments = item.attachments();
     if (attachments.empty()) report_.note("the message has no attachments");
+    // All are saved, whether somebody reads their names or not.
+    std::exception_ptr untold;
     for (size_t i = 0; i < attachments.size(); ++i) {
       const size_t number = i + 1;
       Outcome<std::unique_ptr<ByteSource>> bytes = item.open(i);
@@ -275,10 +278,15 @@ class ShowRun {
           });
       if (trouble) {
         notSaved(item, attachments[i], number, *trouble);
-      } else {
-        output_.write(HarmlessLine(name) + "\n");
+      } else if (!untold) {
+        try {
+          output_.write(HarmlessLine(name) + "\n");
+        } catch (const std::exception&) {
+          untold = std::current_exception();
+        }
       }
     }
+    if (untold) std::rethrow_exception(untold);
     output_.flush();
   }
 

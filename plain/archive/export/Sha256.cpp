@@ -1,5 +1,6 @@
 #include "archive/export/Sha256.h"
 
+#include <openssl/crypto.h>
 #include <openssl/evp.h>
 
 #include <array>
@@ -18,6 +19,8 @@ void Check(int isDone) {
 void Sha256::Free::operator()(evp_md_ctx_st* context) const { EVP_MD_CTX_free(context); }
 
 Sha256::Sha256() : context_(EVP_MD_CTX_new()) {
+  // Without its own context the library would end the process.
+  Check(OSSL_LIB_CTX_get0_global_default() != nullptr ? 1 : 0);
   Check(context_ != nullptr ? EVP_DigestInit_ex(context_.get(), EVP_sha256(), nullptr) : 0);
 }
 

@@ -145,6 +145,23 @@ class FaultyExport : public ::testing::Test {
     }
   }
 
+  // A line that says that the disk is full, and no other complaint.
+  static void expectFullDisk(const std::string& err) {
+    // SQLite has words of its own, and does not keep why a file cannot be made.
+    bool isTold = false;
+    for (const char* const words :
+         {"No space left on device", "database or disk is full", "unable to open database file"}) {
+      isTold = isTold || err.find(words) != std::string::npos;
+    }
+    EXPECT_TRUE(isTold) << err;
+    EXPECT_EQ(err.find("internal error"), std::string::npos) << err;
+  }
+
+  static void expectClearLine(const test::ProgramResult& result) {
+    EXPECT_TRUE(result.exitStatus == 1 || result.exitStatus == 2) << result.exitStatus;
+    expectFullDisk(result.err);
+  }
+
   std::vector<nlohmann::json> manifest(const std::string& folder) const {
     std::vector<nlohmann::json> rows;
     std::ifstream lines(path(folder) / "manifest.jsonl");

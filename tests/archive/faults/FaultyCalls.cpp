@@ -6,6 +6,7 @@
 //   kill   every process of the run is killed, half of what was to be written is
 //   full   half of what was to be written is, and from then on nothing takes any room
 //   once   that call alone fails for want of room
+//   term, int   every process of the run gets SIGTERM or SIGINT, as from Ctrl-C, before the change
 //   read   that read alone fails; reads are counted then, and nothing else
 //   count  nothing
 // The first process of a run begins a process group of its own.
@@ -29,11 +30,12 @@ namespace {
 
 using Count = std::atomic<uint64_t>;
 
-enum class Kind { None, Kill, Full, Once, Read };
+enum class Kind { None, Kill, Full, Once, Read, Signal };
 
 struct Plan {
   Kind kind = Kind::None;
   uint64_t at = 0;
+  int signal = 0;  // of Kind::Signal
   char folder[4096] = {};
   Count* count = nullptr;
 };
@@ -62,6 +64,9 @@ Plan ReadPlan() {
   if (strcmp(kind, "full") == 0) plan.kind = Kind::Full;
   if (strcmp(kind, "once") == 0) plan.kind = Kind::Once;
   if (strcmp(kind, "read") == 0) plan.kind = Kind::Read;
+  if (strcmp(kind, "term") == 0) plan.signal = SIGTERM;
+  if (strcmp(kind, "int") == 0) plan.signal = SIGINT;
+  if (plan.signal != 0) plan.kind = Kind::Signal;
   // Those that it starts stay in its group.
   if (getenv("TARN_FAULT_GROUP") == nullptr) {
     setpgid(0, 0);
@@ -106,6 +111,7 @@ Fate Meet(bool takesRoom) {
   if ((plan.kind == Kind::Full || plan.kind == Kind::Once) && !takesRoom) return Fate::Done;
   const uint64_t number = plan.count->fetch_add(1) + 1;
   if (plan.at == 0 || number < plan.at) return Fate::Done;
+  if (plan.kind == Kind::Signal && number == plan.at) kill(0, plan.signal);
   if (plan.kind == Kind::Kill) return number == plan.at ? Fate::Half : Fate::NoRoom;
   if (plan.kind == Kind::Full) return number == plan.at ? Fate::Half : Fate::NoRoom;
   return plan.kind == Kind::Once && number == plan.at ? Fate::NoRoom : Fate::Done;

@@ -31,19 +31,6 @@ class FullDisk : public FaultyExport {
       if (HasFailure()) return;
     }
   }
-
-  // A line that says what happened, and no other complaint.
-  static void expectClearLine(const test::ProgramResult& result) {
-    EXPECT_TRUE(result.exitStatus == 1 || result.exitStatus == 2) << result.exitStatus;
-    // SQLite has words of its own, and does not keep why a file cannot be made.
-    bool isTold = false;
-    for (const char* const words :
-         {"No space left on device", "database or disk is full", "unable to open database file"}) {
-      isTold = isTold || result.err.find(words) != std::string::npos;
-    }
-    EXPECT_TRUE(isTold) << result.err;
-    EXPECT_EQ(result.err.find("internal error"), std::string::npos) << result.err;
-  }
 };
 
 TEST_F(FullDisk, CostsNothingThatResumeDoesNotMake) { exportWithFaults("full", 11); }

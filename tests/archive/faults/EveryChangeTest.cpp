@@ -1,0 +1,84 @@
+// A small export in all forms, of whose changes each in turn meets a full disk or a signal.
+#include <string_view>
+
+#include "archive/faults/FaultFixture.h"
+#include "support/Environment.h"
+
+namespace tarn::archive {
+namespace {
+
+// TARN_EXPORT_FAULT_STRIDE tells how far the changes are apart that meet something: 1 takes every
+// one. Where it is not set, every 16th is taken, and each kind begins with another.
+uint64_t Stride() {
+  constexpr uint64_t kUsual = 16;
+  const auto text = test::GetVariable("TARN_EXPORT_FAULT_STRIDE");
+  const uint64_t stride = text ? std::strtoull(text->c_str(), nullptr, 10) : kUsual;
+  EXPECT_NE(stride, 0u) << "TARN_EXPORT_FAULT_STRIDE is a number from 1";
+  return stride == 0 ? 1 : stride;
+}
+
+struct Meeting {
+  const char* name;
+  const char* kind;
+  uint64_t place;  // among the kinds
+};
+
+void PrintTo(const Meeting& meeting, std::ostream* out) { *out << meeting.name; }
+
+class EveryChange : public FaultyExport, public ::testing::WithParamInterface<Meeting> {
+ protected:
+  static bool isFullDisk() {
+    const std::string_view kind = GetParam().kind;
+    return kind == "full" || kind == "once";
+  }
+
+  // By the signal, or with words about the disk.
+  static void expectFitEnd(const test::ProgramResult& result) {
+    if (isFullDisk()) {
+      expectClearLine(result);
+    } else {
+      EXPECT_EQ(result.exitStatus, -1);
+    }
+  }
+};
+
+TEST_P(EveryChange, LeavesNothingHalfAndGoesOn) {
+  write("in/mail.eml", MailWithParts(3));
+  const std::vector<std::string> options = {"--to", "html,text,eml,mbox,json"};
+  std::vector<std::string> resumed = options;
+  resumed.push_back("--resume");
+  ASSERT_EQ(exportInto("whole", options).exitStatus, 0);
+  const Tree whole = tree("whole");
+  ASSERT_EQ(exportInto("out", options, {GetParam().kind, 0}).exitStatus, 0);
+  const uint64_t changes = calls_;
+  ASSERT_GT(changes, 60u);
+
+  const uint64_t stride = Stride();
+  for (uint64_t at = 1 + GetParam().place * 3 % stride; at <= changes; at += stride) {
+    SCOPED_TRACE("change " + std::to_string(at) + " of " + std::to_string(changes));
+    std::filesystem::remove_all(path("out"));
+    const test::ProgramResult result = exportInto("out", options, {GetParam().kind, at});
+    expectNothingHalf("out", whole);
+    // There may be another way, as a copy for a link, and a signal may come when all is done.
+    const bool isFinished = std::filesystem::exists(path("out/manifest.jsonl"));
+    if (isFullDisk()) {
+      EXPECT_EQ(isFinished, result.exitStatus == 0);
+    }
+    if (!isFinished) expectFitEnd(result);
+    const test::ProgramResult last = exportInto("out", resumed);
+    EXPECT_EQ(last.exitStatus, 0) << last.err;
+    EXPECT_EQ(difference(tree("out"), whole), "");
+    if (HasFailure()) return;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Meetings, EveryChange,
+                         ::testing::Values(Meeting{"FullDisk", "full", 0},
+                                           Meeting{"FullOnce", "once", 1},
+                                           Meeting{"Killed", "kill", 2},
+                                           Meeting{"Terminated", "term", 3},
+                                           Meeting{"Interrupted", "int", 4}),
+                         [](const auto& meeting) { return meeting.param.name; });
+
+}  // namespace
+}  // namespace tarn::archive
