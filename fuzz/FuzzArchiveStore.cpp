@@ -3,14 +3,12 @@
 // Besides what the sanitizers see, a run aborts on any exception and when a read leaves anything
 // behind in the kernel.
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 
+#include "InputFile.h"
 #include "Tarnbase/PlainKernel.h"
 #include "archive/mapi/MapiMessage.h"
 #include "archive/store/StoreReader.h"
@@ -27,33 +25,6 @@ using namespace tarn::archive;
 constexpr int kMostItems = 300;
 constexpr int kMostAttachments = 20;
 constexpr size_t kMostBytes = 1 << 20;
-
-// A file of this process's own.
-class StoreFile {
- public:
-  StoreFile() {
-    const char* const temp = std::getenv("TMPDIR");
-    path_ = std::string(temp != nullptr ? temp : "/tmp") + "/tarn-fuzz-XXXXXX";
-    file_ = mkstemp(path_.data());
-    if (file_ < 0) std::abort();
-  }
-  ~StoreFile() {
-    close(file_);
-    unlink(path_.c_str());
-  }
-
-  const std::string& write(const std::string& image) const {
-    if (ftruncate(file_, 0) != 0 ||
-        pwrite(file_, image.data(), image.size(), 0) != static_cast<ssize_t>(image.size())) {
-      std::abort();
-    }
-    return path_;
-  }
-
- private:
-  std::string path_;
-  int file_;
-};
 
 void Check(bool holds, const char* what) {
   if (holds) return;
@@ -138,7 +109,7 @@ void ReadStore(const std::string& path, bool recover) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  static const StoreFile file;
+  static const tarn::fuzz::InputFile file;
   std::string image(reinterpret_cast<const char*>(data), size);
   tarn::test::RepairPstImage(image);
   const std::string& path = file.write(image);

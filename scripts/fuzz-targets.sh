@@ -16,13 +16,13 @@ fi
 # Those of the archive, where it is built.
 if [ -x "$root/build/debug/tests/FuzzArchiveMail" ]; then
   FUZZ_TARGETS+=(
-    FuzzArchiveStore FuzzArchiveEml FuzzArchiveHtml FuzzArchiveMail FuzzArchiveMsg FuzzTnef FuzzUnwrapRtf
-    FuzzHtmlText FuzzCatalogue
+    FuzzArchiveForms FuzzArchiveStore FuzzArchiveEml FuzzArchiveHtml FuzzArchiveMail FuzzArchiveMsg FuzzTnef
+    FuzzUnwrapRtf FuzzHtmlText FuzzCatalogue
   )
 fi
 
 declare -A FUZZ_DICTIONARY=(
-  [FuzzArchiveEml]=mail.dict [FuzzCatalogue]=mail.dict [FuzzArchiveHtml]=html.dict
+  [FuzzArchiveEml]=mail.dict [FuzzArchiveForms]=mail.dict [FuzzCatalogue]=mail.dict [FuzzArchiveHtml]=html.dict
   [FuzzByteSearch]=mail.dict [FuzzCompoundFile]=compound.dict [FuzzCompressedRtf]=rtf.dict
   [FuzzEmbeddedExport]=msg.dict [FuzzEmlRoad]=mail.dict [FuzzImagePass]=images.dict
   [FuzzMsgRoad]=msg.dict [FuzzPstRoad]=pst.dict [FuzzPstStore]=pst.dict [FuzzRtfDocument]=rtf.dict
@@ -36,7 +36,7 @@ declare -A FUZZ_DICTIONARY=(
 # seconds, sanitizers included.
 declare -A FUZZ_LARGEST=([FuzzByteSearch]=65536 [FuzzRtfDocument]=131072 [FuzzRtfFontTable]=131072
   [FuzzHtmlPages]=16384 [FuzzPicture]=16384 [FuzzTextPages]=65536 [FuzzArchiveMail]=32768
-  [FuzzArchiveEml]=65536 [FuzzArchiveHtml]=65536 [FuzzArchiveMsg]=131072
+  [FuzzArchiveEml]=65536 [FuzzArchiveForms]=131072 [FuzzArchiveHtml]=65536 [FuzzArchiveMsg]=131072
   [FuzzHtmlText]=65536 [FuzzTnef]=131072 [FuzzUnwrapRtf]=131072
   [FuzzCatalogue]=8192)
 
@@ -63,6 +63,9 @@ fuzz_sources() {
     FuzzCompressedRtf) sources+=("$root/examples/compressed-rtf") ;;
     FuzzEmbeddedExport)
       sources+=("$root/examples/msg" "$work/written-seeds/msg" "$root/fuzz/seeds/FuzzMsgRoad") ;;
+    FuzzArchiveForms)
+      sources+=("$work/written-seeds/pst" "$work/written-seeds/msg" "$work/written-seeds/tnef"
+        "$work/written-seeds/eml" "$root/examples/msg" "$root/fuzz/seeds/FuzzArchiveEml") ;;
     FuzzArchiveEml | FuzzArchiveHtml)
       sources+=("$work/written-seeds/eml" "$root/fuzz/seeds/FuzzArchiveHtml") ;;
     FuzzArchiveMail | FuzzEmlRoad) sources+=("$work/written-seeds/eml") ;;
