@@ -7,10 +7,11 @@ TARN_PACKAGES=(
   libssl-dev ninja-build nlohmann-json3-dev pkg-config zlib1g-dev
 )
 
-# What the further builds of `./test --all` need: sanitizers and fuzzing, memcheck, Windows, packages.
+# What the further builds of `./test --all` need: sanitizers and fuzzing, memcheck, Windows, packages,
+# static analysis.
 TARN_MORE_PACKAGES=(
-  clang dpkg-dev file g++-mingw-w64-x86-64-posix googletest libclang-rt-14-dev lld llvm pkg-config
-  poppler-utils valgrind wine64 wine64-preloader
+  clang clang-format clang-tidy cppcheck dpkg-dev file g++-mingw-w64-x86-64-posix googletest
+  libclang-rt-14-dev lld llvm mypy pkg-config poppler-utils valgrind wine64 wine64-preloader
 )
 
 # What laying pages out needs: the libraries of the engines, what keeps their processes apart, and fonts

@@ -54,6 +54,7 @@ std::vector<CallStep> UsualCalls() {
 
 void MutateCalls(std::vector<CallStep>& steps, Dice& dice) {
   const size_t at = dice.below(steps.size());
+  // cppcheck-suppress containerOutOfBounds ; `at` is 0 where there are no steps
   const auto place = steps.begin() + static_cast<std::ptrdiff_t>(at);
   const bool isFull = steps.size() >= kMostCallSteps;
   switch (steps.empty() ? 0 : dice.below(6)) {

@@ -74,6 +74,7 @@ void AddListed(InternetAddressList* list, std::vector<ListedAddress>& listed) {
 void AddAddresses(InternetAddressList* list, std::vector<Address>& addresses) {
   std::vector<ListedAddress> listed;
   AddListed(list, listed);
+  // cppcheck-suppress accessMoved ; a range is evaluated once
   for (Address& address : WithNamesJoined(std::move(listed)))
     addresses.push_back(std::move(address));
 }

@@ -152,6 +152,7 @@ void CharsetDecoder::append(std::string_view bytes, std::string& utf8) {
 void CharsetDecoder::appendTable(std::string_view bytes, std::string& utf8) {
   std::array<UChar, 1024> units;
   char16_t high = 0;  // of a pair whose other half is in the next piece
+  // cppcheck-suppress danglingTemporaryLifetime ; the view is a parameter
   const char* from = bytes.data();
   const char* const end = from + bytes.size();
   ucnv_resetToUnicode(table_.get());

@@ -49,6 +49,7 @@ void ArrangeLine(const std::vector<PaintedText*>& line) {
   }
   if (exact <= 0) return;
   double left = line.front()->box.left;
+  // cppcheck-suppress accessMoved ; a range is evaluated once
   for (const size_t index : VisualOrder(std::move(words))) {
     line[index]->box.left = left;
     line[index]->box.width = line[index]->word->width * room / exact;

@@ -54,6 +54,7 @@ LineStyle ToLineStyle(litehtml::border_style style) {
   }
 }
 
+// NOLINTNEXTLINE(performance-no-int-to-ptr): fonts are numbers to litehtml
 HtmlFont* ToFont(litehtml::uint_ptr font) { return reinterpret_cast<HtmlFont*>(font); }
 
 // Colours of the system, which mail programs like to name.

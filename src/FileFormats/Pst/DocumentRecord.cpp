@@ -36,6 +36,7 @@ Status FreeFilterData(void* data, int32_t value) {
 }
 
 Status RecordHolder::make() {
+  // cppcheck-suppress publicAllocationError ; called once, of a holder of none
   record_ = new (std::nothrow) PstFilterData;
   if (record_ == nullptr) return StatusOutOfMemory;
   KernelTrackObject(KERNEL_TRACK_OBJECT, record_, TARN_HERE);
