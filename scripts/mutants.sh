@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # scripts/mutants.sh [--seed N] [--count N] [--folder src/eml] [--resume]: does some test fail when
-# the code is wrong? Changes src/ in one small way at a time, at a random sample of places, and runs
-# the tests of the subsystem (tools/mutants/subsystems.txt) until one fails:
+# the code is wrong? Changes src/, or with --folder plain the archive commands, the pages and tarnmail,
+# in one small way at a time, at a random sample of places, and runs the tests of the subsystem
+# (tools/mutants/subsystems.txt) until one fails:
 #
 #   condition   a condition or an operand of && or || is negated
 #   comparison  < is <=, > is >=, and back

@@ -54,25 +54,25 @@ def clang_arguments(command, resource_folder):
 
 
 def parse_unit(job):
-    source, arguments, sources = job
+    source, arguments, sources, root = job
 
     def wanted(name):
         # Sources include each other as "eml/..." below -I.../src, so that all names are absolute.
-        return name[len(sources) + 1:] if name.startswith(sources + '/src/') else None
+        return name[len(sources) + 1:] if name.startswith(f'{sources}/{root}/') else None
 
     return finding.find_places(source, arguments, wanted)
 
 
-def all_places(tree, workers):
-    """The places of src/: file -> list of Place. They are kept until a source changes."""
-    prefix = str(tree.sources) + '/src/'
+def all_places(tree, root, workers):
+    """The places of src/ or of plain/: file -> list of Place. They are kept until a source changes."""
+    prefix = f'{tree.sources}/{root}/'
     commands = {c['file']: c for c in tree.compile_commands() if c['file'].startswith(prefix)}
     digest = hashlib.sha256()
-    folders = (tree.sources / 'src', tree.sources / 'Include')
+    folders = [tree.sources / name for name in sorted({'src', 'Include', root})]
     files = [p for folder in folders for p in folder.rglob('*') if p.is_file()]
     for path in sorted(files + [HERE / 'places.py']):
         digest.update(str(path).encode() + path.read_bytes())
-    kept = WORK / 'places.json'
+    kept = WORK / f'places-{root}.json'
     if kept.exists():
         stored = json.loads(kept.read_text(encoding='utf-8'))
         if stored['digest'] == digest.hexdigest():
@@ -81,7 +81,7 @@ def all_places(tree, workers):
     say(f'looking for places in {len(commands)} sources')
     resource_folder = subprocess.run(['clang', '-print-resource-dir'], check=True,
                                      capture_output=True, text=True).stdout.strip()
-    jobs = [(file, clang_arguments(command, resource_folder), str(tree.sources))
+    jobs = [(file, clang_arguments(command, resource_folder), str(tree.sources), root)
             for file, command in sorted(commands.items())]
     found = {}
     with multiprocessing.Pool(workers) as pool:
@@ -94,10 +94,11 @@ def all_places(tree, workers):
     return result
 
 
-def mutants_in_order(tree, folder, seed, workers):
+def mutants_in_order(tree, folder, subsystems, seed, workers):
     found = []
-    for file, places in all_places(tree, workers).items():
-        if file.startswith(folder.rstrip('/') + '/'):
+    for file, places in all_places(tree, Path(folder).parts[0], workers).items():
+        has_tests = any(file.startswith(name + '/') for name in subsystems)
+        if has_tests and file.startswith(folder.rstrip('/') + '/'):
             found += finding.mutants_of(file, tree.read(file), places, seed)
     return finding.in_random_order(found, seed)
 
@@ -237,7 +238,8 @@ def run(arguments):
     if not arguments.summary:
         say(f'seed {arguments.seed}')
         trees = make_trees(arguments)
-        queue = mutants_in_order(trees[0], arguments.folder, arguments.seed, arguments.workers)
+        queue = mutants_in_order(trees[0], arguments.folder, judge.subsystems, arguments.seed,
+                                 arguments.workers)
         say(f'{len(queue)} places')
         queue = judge.choose(queue, arguments.survivors)
         folders = {judge.folder_of(mutant.file) for mutant in queue}
@@ -313,7 +315,7 @@ def main():
     parser.add_argument('--temp', default='/dev/shm' if Path('/dev/shm').is_dir() else '/tmp')
     arguments = parser.parse_args()
     if arguments.journal is None:
-        folder = arguments.folder.removeprefix('src').rstrip('/').replace('/', '-')
+        folder = ('/' + arguments.folder).removeprefix('/src').rstrip('/').replace('/', '-')
         arguments.journal = WORK / f'seed-{arguments.seed}{folder}.jsonl'
     if not finds_sample() or not knows_equivalents():
         return 1

@@ -31,7 +31,7 @@ OPTIONS = [
     '-DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=lld', '-DCMAKE_SHARED_LINKER_FLAGS=-fuse-ld=lld',
     # No mutant changes what a shared library offers.
     '-DCMAKE_LINK_DEPENDS_NO_SHARED=ON',
-    '-DCMAKE_EXPORT_COMPILE_COMMANDS=ON', '-DTARN_TESTS_BY_BINARY=ON',
+    '-DCMAKE_EXPORT_COMPILE_COMMANDS=ON', '-DTARN_TESTS_BY_BINARY=ON', '-DTARN_PAGES=AUTO',
 ]
 
 
@@ -52,11 +52,11 @@ class Outcome:
 
 
 class BuildFailed(Exception):
-    """`of_source`: a file of src/ did not compile, so that there is no mutant."""
+    """`of_source`: a file of src/ or plain/ did not compile, so that there is no mutant."""
 
     def __init__(self, log):
         super().__init__(log)
-        self.of_source = re.search(r'^FAILED: (\S*/)?src/', log, re.MULTILINE) is not None
+        self.of_source = re.search(r'^FAILED: (\S*/)?(src|plain)/', log, re.MULTILINE) is not None
 
 
 class Tree:
