@@ -61,7 +61,8 @@ check_archive() {
   local name=$1 status=0
   shift
   valgrind --quiet --error-exitcode=9 --leak-check=no --trace-children=yes \
-    --trace-children-skip='*/pdftotext' --num-callers=30 --log-file="$work/$name.%p.log" \
+    --trace-children-skip='*/pdftotext' --suppressions="$root/scripts/valgrind.supp" --num-callers=30 \
+    --log-file="$work/$name.%p.log" \
     "$root/build/release/tarnmail-archive" "$@" >"$work/$name.out" 2>&1 || status=$?
   # That of a process of an export is in its log alone.
   if [ "$status" -gt 1 ] || grep -qs '^==.*== ' "$work/$name".*.log; then
