@@ -53,21 +53,16 @@ void WordGatherer::run() {
     const Task task = std::move(tasks_.front());
     tasks_.pop_front();
     lock.unlock();
-    Gathered gathered;
-    std::exception_ptr error;
     try {
-      gathered = done(task);
-    } catch (...) {
-      error = std::current_exception();
-    }
-    lock.lock();
-    if (error) {
-      error_ = error;
-    } else {
+      Gathered gathered = done(task);
+      lock.lock();
       gathered_.push_back(std::move(gathered));
+    } catch (...) {
+      if (!lock.owns_lock()) lock.lock();
+      error_ = std::current_exception();
     }
     changed_.notify_all();
-    if (error) return;
+    if (error_) return;
   }
 }
 
