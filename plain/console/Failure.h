@@ -10,10 +10,10 @@ namespace tarn::host {
 
 enum class ExitStatus {
   Done = 0,
-  Failed = 1,  // the filter refused the file, or the output could not be written
-  Usage = 2,   // the command line, or a file or directory that it names, cannot be used
-  Broken = 3,  // the filter library or the machine is not as it should be, programs or packages
-               // that the command needs are missing, or something was left in the kernel
+  Failed = 1,     // the filter refused the file, or the output could not be written
+  Usage = 2,      // the command line, or a file or directory that it names, cannot be used
+  Broken = 3,     // the filter library or the machine is not as it should be, programs or packages
+                  // that the command needs are missing, or something was left in the kernel
   Temporary = 75  // what an engine for many machines tries again
 };
 

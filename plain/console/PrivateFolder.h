@@ -11,9 +11,9 @@
 
 namespace tarn::host {
 
-// Made at the first need, under a name that nobody can guess and for its owner alone (on Windows the
-// system may enter too). Goes with all that is in it at the end of this object, or when a signal
-// ends the program.
+// Made at the first need, under a name that nobody can guess and for its owner alone (on Windows
+// the system may enter too). Goes with all that is in it at the end of this object, or when a
+// signal ends the program.
 class PrivateFolder {
  public:
   // In the directory named by the user, else in the system's for temporary files. Throws Failure

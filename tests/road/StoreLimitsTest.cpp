@@ -223,7 +223,8 @@ TEST_F(StoreLimits, CountNamesAndSearches) {
   EXPECT_EQ(readWithSearches(4 + 10), StatusOutOfMemory);
 }
 
-// Searches from the beginning of the body would take 13 million, and rewriting it each time twice as many.
+// Searches from the beginning of the body would take 13 million, and rewriting it each time twice
+// as many.
 TEST_F(StoreLimits, CountLittleForEachOfManyImages) {
   std::string html;
   std::string expected;

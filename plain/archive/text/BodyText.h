@@ -21,8 +21,8 @@ std::string TextOfHtml(const HtmlBody& html, size_t width);
 // The text of RTF, UTF-8, LF at the ends of lines.
 std::string TextOfRtf(std::string_view rtf);
 
-// The best that the bodies have: text unless it is blank, else HTML as text, else RTF as text; empty
-// without any.
+// The best that the bodies have: text unless it is blank, else HTML as text, else RTF as text;
+// empty without any.
 std::string BestText(const Bodies& bodies, size_t width);
 
 // HTML as UTF-8, whatever its bytes are in; no declaration in it is changed.
