@@ -279,10 +279,10 @@ class Completion {
       item.reason = row.value("reason", "");
     }
     item.files.clear();
-    // Catalogue and page show a copy without files of its own by those of the first one.
     for (const AttachmentText& attachment : item.attachments) {
       counts_.pdfs += IsNamedPdf(attachment.name) ? 1 : 0;
     }
+    // Catalogue and page show a copy without files of its own by those of the first one.
     for (const Json& file : shownFiles_.empty() ? row["files"] : shownFiles_) {
       ExportedFile told;
       told.path = file["path"];
