@@ -131,12 +131,15 @@ std::optional<uint64_t> MboxScan::readHeaders(MboxMail& mail) {
   return end;
 }
 
+// Never in the middle of a line: a "From " there begins no mail.
 bool MboxScan::isEnd(uint64_t end) {
-  const Outcome<std::string> read = ReadRange(bytes_, end, LineScan::kKept);
-  if (!read) return false;
-  const std::string_view after = WithoutLineEnd(*read);
-  return after.empty() || isSeparator(FirstLine(after)) ||
-         isSeparator(FirstLine(WithoutLineEnd(after)));
+  const Outcome<std::string> read = ReadRange(bytes_, end - 1, LineScan::kKept);
+  if (!read || read->empty()) return false;
+  const std::string_view rest = std::string_view(*read).substr(1);
+  const std::string_view after = WithoutLineEnd(rest);
+  const bool isAtLine = read->front() == '\n' || rest.empty() || after.size() != rest.size();
+  return isAtLine && (after.empty() || isSeparator(FirstLine(after)) ||
+                      isSeparator(FirstLine(WithoutLineEnd(after))));
 }
 
 // `mail.end` is where the body begins.

@@ -56,7 +56,7 @@ class MboxScan {
   std::optional<uint64_t> readHeaders(MboxMail& mail);
   void readBody(MboxMail& mail, Body& body);
   bool takeBodyLine(MboxMail& mail, Body& body, const LineScan::Line& line);
-  // Whether a mail of this end is followed by another one, or by nothing.
+  // Whether a mail of this end, which is not 0, is followed by another one, or by nothing.
   bool isEnd(uint64_t end);
   bool isSeparator(std::string_view line) const;
   // What a candidate is, as the line after it tells.

@@ -160,6 +160,29 @@ TEST_F(MboxTest, PassesOverAContentLengthThatIsWrong) {
   }
 }
 
+TEST_F(MboxTest, PassesOverAContentLengthThatEndsInALine) {
+  // The ends are the blank of "x From", and the mark of ">From" in an mbox without dates.
+  const std::string dated = "From a@b.example Mon Jan  1 10:34:56 2024\n";
+  const std::string last = "From b@b.example Tue Jan  2 10:34:56 2024\nSubject: b\n\n";
+  EXPECT_EQ(
+      mailsOf(dated + "Content-Length: 2\n\nx From a Mon Jan  1 10:34:56 2024\ny\n\n" + last),
+      (Texts{"Content-Length: 2\n\nx From a Mon Jan  1 10:34:56 2024\ny\n", "Subject: b\n\n"}));
+  const auto reader =
+      open("From ann\n\nFrom bob\nSubject: b\nContent-Length: 3\n\nx\n>From x\ny\n\n");
+  EXPECT_EQ(EntriesOf(*reader), (Texts{"0 ", "10 b"}));
+  const auto second = reader->find("10");
+  ASSERT_TRUE(second.ok());
+  EXPECT_EQ((*second)->bodies().text, "x\nFrom x\ny\n");
+}
+
+TEST_F(MboxTest, TakesAContentLengthWithoutTheLastLineEnd) {
+  const std::string line = "From a@b.example Mon Jan  1 10:34:56 2024\n";
+  const std::string next = line + "Subject: b\n\n";
+  EXPECT_EQ(mailsOf(line + "Content-Length: 3\n\nabc\n" + next),
+            (Texts{"Content-Length: 3\n\nabc", "Subject: b\n\n"}));
+  EXPECT_EQ(mailsOf(line + "Content-Length: 3\n\nabc"), Texts{"Content-Length: 3\n\nabc"});
+}
+
 TEST_F(MboxTest, ReadsLinesOfCrLf) {
   EXPECT_EQ(mailsOf("From a@b.example Mon Jan  1 10:34:56 2024\r\nSubject: a\r\n\r\n>From x\r\n\r\n"
                     "From a@b.example Mon Jan  1 10:34:56 2024\r\nSubject: b\r\n\r\ny\r\n\r\n"),
