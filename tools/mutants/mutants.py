@@ -10,6 +10,7 @@ import hashlib
 import json
 import multiprocessing
 import re
+import shlex
 import signal
 import subprocess
 import sys
@@ -45,7 +46,7 @@ def read_subsystems():
 
 def clang_arguments(command, resource_folder):
     """What the parser has to be told of a line of compile_commands.json."""
-    words = command['command'].split()
+    words = shlex.split(command['command'])
     keep = [w for w in words if re.match(r'-[ID]|-std=', w)]
     for option, value in zip(words, words[1:]):
         if option == '-isystem':
@@ -54,25 +55,25 @@ def clang_arguments(command, resource_folder):
 
 
 def parse_unit(job):
-    source, arguments, sources, root = job
+    source, arguments, sources, folder = job
 
     def wanted(name):
         # Sources include each other as "eml/..." below -I.../src, so that all names are absolute.
-        return name[len(sources) + 1:] if name.startswith(f'{sources}/{root}/') else None
+        return name[len(sources) + 1:] if name.startswith(f'{sources}/{folder}/') else None
 
     return finding.find_places(source, arguments, wanted)
 
 
-def all_places(tree, root, workers):
-    """The places of src/ or of plain/: file -> list of Place. They are kept until a source changes."""
-    prefix = f'{tree.sources}/{root}/'
+def all_places(tree, folder, workers):
+    """The places of a folder: file -> list of Place. They are kept until a source changes."""
+    prefix = f'{tree.sources}/{folder}/'
     commands = {c['file']: c for c in tree.compile_commands() if c['file'].startswith(prefix)}
     digest = hashlib.sha256()
-    folders = [tree.sources / name for name in sorted({'src', 'Include', root})]
-    files = [p for folder in folders for p in folder.rglob('*') if p.is_file()]
+    read = [tree.sources / name for name in sorted({'src', 'Include', Path(folder).parts[0]})]
+    files = [p for below in read for p in below.rglob('*') if p.is_file()]
     for path in sorted(files + [HERE / 'places.py']):
         digest.update(str(path).encode() + path.read_bytes())
-    kept = WORK / f'places-{root}.json'
+    kept = WORK / f'places-{folder.replace("/", "-")}.json'
     if kept.exists():
         stored = json.loads(kept.read_text(encoding='utf-8'))
         if stored['digest'] == digest.hexdigest():
@@ -81,7 +82,7 @@ def all_places(tree, root, workers):
     say(f'looking for places in {len(commands)} sources')
     resource_folder = subprocess.run(['clang', '-print-resource-dir'], check=True,
                                      capture_output=True, text=True).stdout.strip()
-    jobs = [(file, clang_arguments(command, resource_folder), str(tree.sources), root)
+    jobs = [(file, clang_arguments(command, resource_folder), str(tree.sources), folder)
             for file, command in sorted(commands.items())]
     found = {}
     with multiprocessing.Pool(workers) as pool:
@@ -96,9 +97,8 @@ def all_places(tree, root, workers):
 
 def mutants_in_order(tree, folder, subsystems, seed, workers):
     found = []
-    for file, places in all_places(tree, Path(folder).parts[0], workers).items():
-        has_tests = any(file.startswith(name + '/') for name in subsystems)
-        if has_tests and file.startswith(folder.rstrip('/') + '/'):
+    for file, places in all_places(tree, folder.rstrip('/'), workers).items():
+        if any(file.startswith(name + '/') for name in subsystems):
             found += finding.mutants_of(file, tree.read(file), places, seed)
     return finding.in_random_order(found, seed)
 

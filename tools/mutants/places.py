@@ -83,6 +83,10 @@ class _Finder:
         return self.wanted(file.name) if file is not None else None
 
     def bytes_of(self, cursor):
+        """The file that a cursor is in; nothing of what comes from a macro of the compiler or of its
+        command line."""
+        if cursor.extent.start.file is None:
+            return b''
         name = cursor.extent.start.file.name
         if name not in self.data:
             with open(name, 'rb') as source:
