@@ -13,6 +13,7 @@
 #include "ScriptedHelperFixture.h"
 #include "ThisMachine.h"
 #include "siblings/client/PageHelper.h"
+#include "siblings/client/ProcessHandle.h"
 #include "support/TempDirectory.h"
 
 namespace tarn::pages {
@@ -230,7 +231,12 @@ TEST_F(MisbehavingHelperTest, MayHangUpAndGoOn) {
 TEST_F(MisbehavingHelperTest, MayBeKilledWhileItStarts) {
   PageHelper helper(options());
   helper.prepare(DocumentKind::Html);
-  for (const pid_t process : test::DescendantsOf(getpid())) kill(process, SIGKILL);
+  std::vector<Descriptor> started;
+  for (const pid_t process : test::DescendantsOf(getpid())) {
+    started.push_back(OpenProcess(process));
+    kill(process, SIGKILL);
+  }
+  for (const Descriptor& process : started) WaitForProcess(process, std::chrono::seconds(30));
   try {
     (void)helper.layOut(document(""));
   } catch (const PageFailure&) {
