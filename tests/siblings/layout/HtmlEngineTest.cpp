@@ -146,6 +146,36 @@ TEST_F(HtmlEngineTest, BordersOfBoxesAndOldTables) {
   EXPECT_GT(BoxOfInk(table).height(), 55);
 }
 
+TEST_F(HtmlEngineTest, BordersOfDotsOfDashesAndOfTwoLines) {
+  const auto drawn = [this](const std::string& style) {
+    return DrawPage(
+        *layOut("<div style='border:9px " + style + " #0000ff;width:100px;height:50px'></div>"), 1);
+  };
+  const int64_t solid = CountColour(drawn("solid"), kBlue);
+  for (const std::string style : {"dotted", "dashed"}) {
+    const Bitmap page = drawn(style);
+    EXPECT_NEAR(BoxOfColour(page, kBlue).width(), 118, 18) << style;
+    const double share = static_cast<double>(CountColour(page, kBlue)) / static_cast<double>(solid);
+    EXPECT_NEAR(share, style == "dotted" ? 0.5 : 0.75, 0.15) << style;
+  }
+  const Bitmap two = drawn("double");
+  EXPECT_NEAR(static_cast<double>(CountColour(two, kBlue)) / static_cast<double>(solid), 0.6, 0.08);
+  const PixelBox box = BoxOfColour(two, kBlue);
+  const int32_t middle = (box.top + box.bottom) / 2;
+  EXPECT_GT(PixelAt(two, box.left + 4, middle).red, 250);
+  EXPECT_LT(PixelAt(two, box.left + 1, middle).red, 5);
+  EXPECT_LT(PixelAt(two, box.left + 7, middle).red, 5);
+  EXPECT_EQ(CountColour(drawn("hidden"), kBlue), 0);
+}
+
+TEST_F(HtmlEngineTest, TextInOtherLetters) {
+  EXPECT_EQ(wordsOf("<p style='text-transform:uppercase'>Ann Zo\xC3\xAB</p>"
+                    "<p style='text-transform:lowercase'>BOB \xC3\x89</p>"
+                    "<p style='text-transform:capitalize'>\xC3\xA9va lEE</p>"
+                    "<p style='text-transform:none'>carOL</p>"),
+            "ANN ZO\xC3\x8B bob \xC3\xA9 \xC3\x89va LEE carOL");
+}
+
 TEST_F(HtmlEngineTest, ACellIsAsHighAsItsText) {
   const Bitmap page = DrawPage(
       *layOut("<table cellspacing=0><tr><td style='height:10px;width:50px;background:#008000'>"
@@ -158,6 +188,25 @@ TEST_F(HtmlEngineTest, MarkersOfLists) {
   EXPECT_EQ(wordsOf("<ol><li>a<li>b</ol><ol type=a start=3><li>c</ol>"), "1. a 2. b c. c");
   const PixelBox disc = BoxOfInk(DrawPage(*layOut("<ul style='font-size:40px'><li></ul>"), 1));
   EXPECT_GE(disc.width(), 0);
+}
+
+TEST_F(HtmlEngineTest, ShapesOfMarkers) {
+  const auto inkOf = [this](const std::string& type) {
+    return CountColour(DrawPage(*layOut("<ul style='font-size:60px;color:#0000ff;list-style-type:" +
+                                        type + "'><li>&nbsp;</ul>"),
+                                1),
+                       kBlue, 60);
+  };
+  EXPECT_GT(inkOf("square"), inkOf("disc"));
+  EXPECT_GT(inkOf("disc"), inkOf("circle"));
+  EXPECT_GT(inkOf("circle"), 0);
+}
+
+TEST_F(HtmlEngineTest, MarkersThatArePictures) {
+  const Bitmap page = DrawPage(
+      *layOut("<ul style='list-style-image:url(" + DataUrlOf(PngOf(8, 8, kRed)) + ")'><li>a</ul>"),
+      1);
+  EXPECT_GT(CountColour(page, kRed), 20);
 }
 
 TEST_F(HtmlEngineTest, ImagesOfDataUrls) {

@@ -2,12 +2,18 @@
 
 #include <gtest/gtest.h>
 
+#include <initializer_list>
+#include <string>
+#include <utility>
+#include <vector>
+
 #include "siblings/layout/Pictures.h"
 
 namespace tarn::test {
 namespace {
 
 using namespace tarn::pages;
+using namespace std::string_literals;
 using namespace std::string_view_literals;
 
 constexpr Rgb kTeal = {0, 128, 128};
@@ -22,6 +28,50 @@ void ExpectColour(const std::vector<int>& pixel, const Rgb& colour) {
   EXPECT_NEAR(pixel[0], colour.blue, 3);
   EXPECT_NEAR(pixel[1], colour.green, 3);
   EXPECT_NEAR(pixel[2], colour.red, 3);
+}
+
+// A GIF of one frame. Its colours are red, green, blue and black.
+struct GifFrame {
+  int left = 0;
+  int top = 0;
+  int width = 1;
+  int height = 1;
+  bool interlaced = false;
+  int transparent = -1;  // the number of a colour
+  int colours = 4;       // 0, 2 or 4 of them
+};
+
+// LZW codes of three bits, from the lowest on. A code that empties the table before each pixel
+// keeps them at that length.
+std::string GifCodes(const std::vector<int>& pixels) {
+  constexpr int kEmpty = 4;
+  constexpr int kEnd = 5;
+  std::vector<int> codes;
+  for (const int pixel : pixels) codes.insert(codes.end(), {kEmpty, pixel});
+  codes.push_back(kEnd);
+  std::string bytes((codes.size() * 3 + 7) / 8, '\0');
+  for (size_t bit = 0; bit < codes.size() * 3; ++bit) {
+    const int one = codes[bit / 3] >> bit % 3 & 1;
+    bytes[bit / 8] = static_cast<char>(bytes[bit / 8] | one << bit % 8);
+  }
+  return bytes;
+}
+
+// The pixels are numbers of colours, in the order in which the file has the rows.
+std::string GifWith(int width, int height, const GifFrame& frame, const std::vector<int>& pixels) {
+  std::string file = "GIF89a";
+  const auto add = [&file](std::initializer_list<int> numbers) {
+    for (const int number : numbers) file += static_cast<char>(number);
+  };
+  add({width, 0, height, 0, frame.colours == 0 ? 0 : 0x80 | frame.colours / 4, 0, 0});
+  file += "\xFF\0\0\0\xFF\0\0\0\xFF\0\0\0"sv.substr(0, static_cast<size_t>(frame.colours) * 3);
+  file += "\x21\xFE\x04note\0"sv;  // a comment
+  if (frame.transparent >= 0) add({0x21, 0xF9, 4, 1, 0, 0, frame.transparent, 0});
+  add({0x2C, frame.left, 0, frame.top, 0, frame.width, 0, frame.height, 0,
+       frame.interlaced ? 0x40 : 0, 2});
+  const std::string codes = GifCodes(pixels);
+  add({static_cast<int>(codes.size())});
+  return file + codes + "\0;"s;
 }
 
 TEST(Picture, EachFormatIsToldFromItsBytes) {
@@ -98,6 +148,53 @@ TEST(Picture, LargePhotographsAreDecodedSmaller) {
   ASSERT_TRUE(picture);
   EXPECT_EQ(picture->width, 6'000);
   EXPECT_EQ(cairo_image_surface_get_width(picture->surface.get()), 3'000);
+}
+
+TEST(Picture, GifsHaveATransparentColour) {
+  const auto picture = DecodePicture(GifWith(3, 1, {.width = 3, .transparent = 1}, {0, 1, 2}));
+  ASSERT_TRUE(picture);
+  EXPECT_EQ(PixelOf(*picture, 0, 0), (std::vector<int>{0, 0, 255, 255}));
+  EXPECT_EQ(PixelOf(*picture, 1, 0)[3], 0);
+  EXPECT_EQ(PixelOf(*picture, 2, 0), (std::vector<int>{255, 0, 0, 255}));
+}
+
+TEST(Picture, GifsHaveTheirRowsInFourPasses) {
+  std::vector<int> pixels;
+  for (const int row : {0, 8, 4, 2, 6, 1, 3, 5, 7}) pixels.push_back(row % 3);
+  const auto picture = DecodePicture(GifWith(1, 9, {.height = 9, .interlaced = true}, pixels));
+  ASSERT_TRUE(picture);
+  const std::vector<std::vector<int>> colours = {
+      {0, 0, 255, 255}, {0, 255, 0, 255}, {255, 0, 0, 255}};
+  for (int row = 0; row < 9; ++row) {
+    EXPECT_EQ(PixelOf(*picture, 0, row), colours[static_cast<size_t>(row % 3)]) << row;
+  }
+}
+
+TEST(Picture, AGifShowsThePartOfItsFrameThatLiesInIt) {
+  const auto picture =
+      DecodePicture(GifWith(2, 2, {.left = 1, .top = 1, .width = 2, .height = 2}, {0, 1, 1, 1}));
+  ASSERT_TRUE(picture);
+  EXPECT_EQ(picture->width, 2);
+  EXPECT_EQ(PixelOf(*picture, 1, 1), (std::vector<int>{0, 0, 255, 255}));
+  for (const auto& [x, y] : {std::pair(0, 0), std::pair(1, 0), std::pair(0, 1)}) {
+    EXPECT_EQ(PixelOf(*picture, x, y)[3], 0) << x << y;
+  }
+}
+
+TEST(Picture, AGifLacksColoursOrFrames) {
+  EXPECT_FALSE(DecodePicture(GifWith(1, 1, {.colours = 0}, {0})));
+  // A colour that is not there leaves its pixel blank.
+  const auto two = DecodePicture(GifWith(2, 1, {.width = 2, .colours = 2}, {1, 3}));
+  ASSERT_TRUE(two);
+  EXPECT_EQ(PixelOf(*two, 0, 0), (std::vector<int>{0, 255, 0, 255}));
+  EXPECT_EQ(PixelOf(*two, 1, 0)[3], 0);
+  const std::string file = GifWith(1, 1, {.transparent = 1}, {0});
+  const size_t note = file.find('!');
+  EXPECT_FALSE(DecodePicture(file.substr(0, note) + ";"));
+  const size_t frame = file.find(',');
+  for (size_t end = note; end < frame + 10; ++end) {
+    EXPECT_FALSE(DecodePicture(file.substr(0, end))) << end;
+  }
 }
 
 TEST(Picture, BitmapsHavePalettesAndRowsFromTheTop) {
