@@ -68,7 +68,7 @@ void MergeRun::run() {
       if (piece->kind == PieceKind::Entries) fill(*piece);
       batch_.add(*piece);
       queue_.pop();
-      if (batch_.isFull()) batch_.finish();
+      if (batch_.isFull()) batch_.putAway();
     }
   }
   batch_.finish();

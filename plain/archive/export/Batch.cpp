@@ -96,6 +96,14 @@ class WorkerFiles {
 
 namespace {
 
+// All of it is elsewhere; what is gone before a sync need not go to the disk.
+void RemoveParts(const fs::path& folder) {
+  std::error_code ignored;
+  for (size_t part = 0; part < kWorkerParts; ++part) {
+    fs::remove(folder / NameOf(static_cast<WorkerPart>(part)), ignored);
+  }
+}
+
 // The rows of a copy, which has no files of its own.
 std::string WithoutFiles(const std::string& rows) {
   std::string changed;
@@ -118,12 +126,14 @@ Batch::Batch(const ExportOptions& options, WorkQueue& queue, Staging& staging, P
       progress_(progress),
       fingerprints_(staging.resumed().fingerprints) {}
 
-bool Batch::isFull() const { return items_ >= options_.batchItems || bytes_ >= kBatchBytes; }
+bool Batch::isFull() const {
+  return gathered_.items >= options_.batchItems || gathered_.bytes >= kBatchBytes;
+}
 
 void Batch::add(Piece& piece) {
   switch (piece.kind) {
     case PieceKind::Begin:
-      rows_ += SourceLine(queue_.source(piece.source).name, queue_.work(piece.source).sum);
+      gathered_.rows += SourceLine(queue_.source(piece.source).name, queue_.work(piece.source).sum);
       return;
     case PieceKind::Entries:
       return addEntries(piece);
@@ -146,10 +156,14 @@ void Batch::addEntries(Piece& piece) {
     bytes += finished.bytes;
   }
   files.flush();
-  items_ += piece.count;
-  bytes_ += bytes;
-  rows_ += BatchLine(queue_.source(piece.source).name, piece.first + piece.count,
-                     staging_.grown().takeChanges());
+  gathered_.items += piece.count;
+  gathered_.bytes += bytes;
+  gathered_.rows += BatchLine(queue_.source(piece.source).name, piece.first + piece.count,
+                              staging_.grown().takeChanges());
+  for (fs::path& folder : piece.workFolders) {
+    RemoveParts(folder);
+    gathered_.workFolders.push_back(std::move(folder));
+  }
   progress_.done(piece.count, bytes);
 }
 
@@ -157,13 +171,13 @@ void Batch::addEntry(Piece& piece, const PlanEntry& entry, FinishedEntry& finish
                      WorkerFiles& files) {
   const ExportSource& source = queue_.source(piece.source);
   if (finished.folder.empty()) {
-    rows_ += RowOfLost(entry, source.name, finished.reason);
+    gathered_.rows += RowOfLost(entry, source.name, finished.reason);
     return;
   }
   const bool isCopy = !finished.fingerprint.empty() && options_.dedupe &&
                       !fingerprints_.insert(finished.fingerprint).second;
   const std::string rows = files.read(finished, WorkerPart::Rows);
-  rows_ += isCopy ? WithoutFiles(rows) : rows;
+  gathered_.rows += isCopy ? WithoutFiles(rows) : rows;
   const std::string folder = source.tree + (entry.folderPath.empty() ? "" : "/" + entry.folderPath);
   options_.step();
   files.append(finished, WorkerPart::Texts, kTextsName);
@@ -175,8 +189,8 @@ void Batch::addEntry(Piece& piece, const PlanEntry& entry, FinishedEntry& finish
     files.append(finished, WorkerPart::Pages, folder + "/" + OnePdfName(1));
   }
   if (finished.hasFolder) {
-    moves_.push_back({finished.folder / std::to_string(finished.number),
-                      staging_.tree() / host::PathFromUtf8(folder + "/" + entry.name)});
+    gathered_.moves.push_back({finished.folder / std::to_string(finished.number),
+                               staging_.tree() / host::PathFromUtf8(folder + "/" + entry.name)});
   }
 }
 
@@ -186,32 +200,43 @@ void Batch::endSource(size_t source) {
   if (work.reason.empty() && work.stamp != StampOfSource(found.path, found.kind)) {
     work.reason = "has changed while it was exported";
   }
-  rows_ += EndLine(queue_.source(source).name, work.reason);
-  ++items_;
+  gathered_.rows += EndLine(queue_.source(source).name, work.reason);
+  ++gathered_.items;
   std::error_code ignored;
   fs::remove(queue_.planPath(source), ignored);
   if (work.reason.empty()) progress_.tell(queue_.source(source).name, work.entries);
 }
 
-// One sync for all of them; then they are put into their places, and then they are finished.
-void Batch::finish() {
-  if (rows_.empty()) return;
+// One sync for all of it, which nobody waits for as long as there is something else to do.
+void Batch::putAway() {
+  place();
+  if (gathered_.rows.empty()) return;
   options_.step();
-  staging_.sync();
-  placeFolders();
-  options_.step();
-  CheckStaged(staging_.journal().append(rows_ + SumLine(rows_)));
-  CheckStaged(staging_.journal().sync());
-  options_.step();
-  rows_.clear();
-  moves_.clear();
-  items_ = 0;
-  bytes_ = 0;
+  leaving_ = std::exchange(gathered_, {});
+  // Where there can be no thread it is done when it is asked for.
+  onDisk_ = std::async(std::launch::async | std::launch::deferred, [this] { staging_.sync(); });
 }
 
-void Batch::placeFolders() {
+void Batch::finish() {
+  putAway();
+  place();
+}
+
+// When it is on the disk it is put into its places, and then it is finished.
+void Batch::place() {
+  if (!onDisk_.valid()) return;
+  onDisk_.get();
+  moveFolders(leaving_.moves);
+  options_.step();
+  CheckStaged(staging_.journal().append(leaving_.rows + SumLine(leaving_.rows)));
+  CheckStaged(staging_.journal().sync());
+  options_.step();
+  for (const fs::path& folder : leaving_.workFolders) host::RemoveTree(folder);
+}
+
+void Batch::moveFolders(const std::vector<Move>& moves) {
   std::set<fs::path> made;
-  for (const Move& move : moves_) {
+  for (const Move& move : moves) {
     options_.step();
     std::error_code error;
     std::error_code ignored;

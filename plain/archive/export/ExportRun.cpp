@@ -17,9 +17,7 @@ void Commit(WorkQueue& queue, WorkerTeam& team, Batch& batch) {
     if (team.isAt(*piece)) return;
     batch.add(*piece);
     queue.pop();
-    if (!batch.isFull()) continue;
-    batch.finish();
-    team.removeFinishedFolders();
+    if (batch.isFull()) batch.putAway();
   }
 }
 
@@ -36,7 +34,6 @@ void RunExport(const ExportOptions& options, ExportSources& sources, Staging& st
     Commit(queue, team, batch);
   }
   batch.finish();
-  team.removeFinishedFolders();
 }
 
 }  // namespace tarn::archive

@@ -105,11 +105,4 @@ std::optional<size_t> WorkQueue::nextSource() {
   return std::nullopt;
 }
 
-bool WorkQueue::needs(const fs::path& folder) const {
-  return std::any_of(pieces_.begin(), pieces_.end(), [&](const std::unique_ptr<Piece>& piece) {
-    return std::any_of(piece->finished.begin(), piece->finished.end(),
-                       [&](const FinishedEntry& entry) { return entry.folder == folder; });
-  });
-}
-
 }  // namespace tarn::archive

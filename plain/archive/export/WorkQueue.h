@@ -50,6 +50,7 @@ struct Piece {
   uint64_t count = 0;
   bool isGiven = false;  // to a worker
   std::vector<FinishedEntry> finished;
+  std::vector<std::filesystem::path> workFolders;  // that workers have written of it to
   std::optional<WorkerDeath> death;  // of the last worker, where entries before it are to come
 
   bool isDone() const { return kind != PieceKind::Entries || finished.size() == count; }
@@ -87,8 +88,6 @@ class WorkQueue {
   // The first piece that is not committed, or null.
   Piece* front() { return pieces_.empty() ? nullptr : pieces_.front().get(); }
   void pop() { pieces_.pop_front(); }
-  // Whether an entry that is not committed has its files there.
-  bool needs(const std::filesystem::path& folder) const;
 
   SourceWork& work(size_t source) { return works_[source]; }
   ExportSource& source(size_t source) { return sources_.all[source]; }

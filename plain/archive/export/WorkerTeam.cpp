@@ -23,11 +23,17 @@ WorkerTeam::WorkerTeam(const ExportOptions& options, WorkQueue& queue, Staging& 
 
 WorkerTeam::~WorkerTeam() = default;
 
+// Those that are done have something to do while what they did is committed.
 void WorkerTeam::work() {
+  giveWork();
+  listen();
+  giveWork();
+}
+
+void WorkerTeam::giveWork() {
   for (Slot& slot : slots_) {
     if (slot.isIdle()) giveWork(slot);
   }
-  listen();
 }
 
 void WorkerTeam::giveWork(Slot& slot) {
@@ -68,7 +74,7 @@ void WorkerTeam::startPiece(Slot& slot, Piece& piece) {
   Outcome<fs::path> folder = staging_.newWorkFolder();
   if (!folder) CheckStaged(folder.trouble());
   slot.folder = *folder;
-  folders_.push_back(*folder);
+  piece.workFolders.push_back(*folder);
   slot.ends = {};
   WorkerRequest request = requestFor(piece.source);
   request.task = WorkerTask::Export;
@@ -248,21 +254,6 @@ void WorkerTeam::stop() {
   for (const Slot& slot : slots_) {
     if (slot.process) (void)slot.process->end();
   }
-}
-
-void WorkerTeam::removeFinishedFolders() {
-  std::vector<fs::path> kept;
-  for (const fs::path& folder : folders_) {
-    const bool isWrittenTo = std::any_of(slots_.begin(), slots_.end(), [&](const Slot& slot) {
-      return !slot.isIdle() && slot.folder == folder;
-    });
-    if (isWrittenTo || queue_.needs(folder)) {
-      kept.push_back(folder);
-    } else {
-      host::RemoveTree(folder);
-    }
-  }
-  folders_ = std::move(kept);
 }
 
 }  // namespace tarn::archive

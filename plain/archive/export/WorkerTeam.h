@@ -26,8 +26,9 @@ class WorkerTeam {
   WorkerTeam& operator=(const WorkerTeam&) = delete;
   ~WorkerTeam();
 
-  // Gives work to those that have none, and takes what comes within a moment. Throws host::Failure
-  // where nothing more can be written (Failed), and where no worker can be had (Broken).
+  // Gives work to those that have none, before and after it takes what comes within a moment.
+  // Throws host::Failure where nothing more can be written (Failed), and where no worker can be had
+  // (Broken).
   void work();
 
   // Whether a worker may still say something of the piece.
@@ -35,9 +36,6 @@ class WorkerTeam {
 
   // Ends all at once, whatever they are at. Nothing is asked of the team after it.
   void stop();
-
-  // Removes the files of entries that are all committed.
-  void removeFinishedFolders();
 
  private:
   struct Slot {
@@ -53,6 +51,7 @@ class WorkerTeam {
     bool isIdle() const { return piece == nullptr && !isPlanning; }
   };
 
+  void giveWork();
   void giveWork(Slot& slot);
   void startPlanning(Slot& slot, size_t source);
   void startPiece(Slot& slot, Piece& piece);
@@ -74,7 +73,6 @@ class WorkerTeam {
   WorkQueue& queue_;
   Staging& staging_;
   std::vector<Slot> slots_;
-  std::vector<std::filesystem::path> folders_;  // that workers have written to
 };
 
 }  // namespace tarn::archive
