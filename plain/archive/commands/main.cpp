@@ -12,7 +12,7 @@
 #include "archive/commands/ClusterArguments.h"
 #include "archive/commands/Commands.h"
 #include "archive/commands/ExportArguments.h"
-#include "archive/commands/GlibMemory.h"
+#include "archive/commands/MissingMemory.h"
 #include "archive/commands/OutputBuffer.h"
 #include "archive/export/Export.h"
 #include "archive/export/Worker.h"
@@ -157,10 +157,10 @@ ExitStatus Run(std::vector<std::string> words) {
   // A process that an export has started; see there.
   if (!words.empty() && words.front() == kWorkerWord) {
     words.erase(words.begin());
-    EndWhereGlibHasNoMemory(kOutOfMemory, "");
+    EndWhereMemoryIsMissing(kOutOfMemory, "");
     return static_cast<ExitStatus>(RunWorker(words));
   }
-  EndWhereGlibHasNoMemory(static_cast<int>(ExitStatus::Failed), "tarnmail: out of memory\n");
+  EndWhereMemoryIsMissing(static_cast<int>(ExitStatus::Failed), "tarnmail: out of memory\n");
   CLI::App app("Reads whole mail archives.", "tarnmail");
   app.require_subcommand(1);
   app.allow_windows_style_options(false);

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -40,6 +41,8 @@ class WorkerProcess {
 
  private:
   void letEnd();
+  // Waits for its end, without memory: the status that the system has of it, if that is known.
+  std::optional<int> stop();
 
   Beat beat_;
   pages::Channel channel_;

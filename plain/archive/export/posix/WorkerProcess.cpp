@@ -53,8 +53,9 @@ WorkerProcess::WorkerProcess(const WorkerPlan& plan) : beat_(OpenBeat(plan.beat)
 }
 
 WorkerProcess::~WorkerProcess() {
-  if (process_ != 0) letEnd();
-  (void)end();
+  if (process_ == 0) return;
+  letEnd();
+  (void)stop();
 }
 
 void WorkerProcess::letEnd() {
@@ -73,6 +74,14 @@ void WorkerProcess::letEnd() {
 
 std::string WorkerProcess::end() {
   if (process_ == 0) return {};
+  const std::optional<int> status = stop();
+  if (!status) return "ended";
+  if (WIFSIGNALED(*status)) return "was killed by signal " + std::to_string(WTERMSIG(*status));
+  if (WEXITSTATUS(*status) == kOutOfMemory) return "ran out of memory";
+  return "ended with exit status " + std::to_string(WEXITSTATUS(*status));
+}
+
+std::optional<int> WorkerProcess::stop() {
   const bool wasGone = channel_.isClosed();
   channel_.close();
   int status = 0;
@@ -83,10 +92,7 @@ std::string WorkerProcess::end() {
     waited = waitpid(process_, &status, 0);
   } while (waited < 0 && errno == EINTR);
   process_ = 0;
-  if (waited < 0) return "ended";
-  if (WIFSIGNALED(status)) return "was killed by signal " + std::to_string(WTERMSIG(status));
-  if (WEXITSTATUS(status) == kOutOfMemory) return "ran out of memory";
-  return "ended with exit status " + std::to_string(WEXITSTATUS(status));
+  return waited < 0 ? std::nullopt : std::optional(status);
 }
 
 std::vector<size_t> WaitForWorkers(const std::vector<WorkerProcess*>& workers,
