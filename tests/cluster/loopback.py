@@ -22,8 +22,12 @@ from processes import kill_with_variable
 # A poll that is not answered by then has failed, however slow the machine is.
 PATIENCE = 180.0
 
+# More than any test has.
+JOBS_OF_CONTROLLER = 1000
+
 CONFIGURATION = """\
 ClusterName=loopback
+FirstJobId={first_job}
 SlurmctldHost=localhost(127.0.0.1)
 SlurmctldPort={controller_port}
 SlurmUser={user}
@@ -86,12 +90,11 @@ class Loopback:
     def __init__(self, folder: Path, array_size: int = 1001) -> None:
         self.folder = folder
         self.user = pwd.getpwuid(os.getuid()).pw_name
-        ports = free_ports(3)
+        self._array_size = array_size
+        self._ports = free_ports(3)
+        self._controllers = 0
         folder.mkdir()
         (folder / "state").mkdir()
-        (folder / "slurm.conf").write_text(CONFIGURATION.format(
-            folder=folder, user=self.user, array_size=array_size, controller_port=ports[0],
-            first_port=ports[1], second_port=ports[2]))
         self.environment = {**os.environ, "SLURM_CONF": str(folder / "slurm.conf")}
         self.running: dict[str, subprocess.Popen[bytes]] = {}
 
@@ -143,6 +146,14 @@ class Loopback:
         wait_until("munged", lambda: (folder / "socket").exists())
 
     def start_controller(self) -> None:
+        """Its jobs have other numbers than those of the controllers before it, which it may know
+        nothing of: their steps tell of their end until somebody listens, some every 15 seconds, and
+        a node that is given a number of such a step is drained ("Duplicate jobid")."""
+        self._controllers += 1
+        (self.folder / "slurm.conf").write_text(CONFIGURATION.format(
+            folder=self.folder, user=self.user, array_size=self._array_size,
+            first_job=JOBS_OF_CONTROLLER * (self._controllers - 1) + 1,
+            controller_port=self._ports[0], first_port=self._ports[1], second_port=self._ports[2]))
         self.start("slurmctld", ["slurmctld", "-D"])
         wait_until("slurmctld", lambda: self.ask("scontrol", "ping").returncode == 0)
 
