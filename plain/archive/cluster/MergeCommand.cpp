@@ -84,6 +84,7 @@ class Merging {
       throw Failure(ExitStatus::Temporary, trouble->reason);
     }
     const ExportCounts counts = CompleteExport(exporting, sources, staging, SayTrouble);
+    SayMissedFolder(sources, exporting.filter);
     const ExitStatus status = ReportExport(counts, plan_.facts().otherFiles, options_.folder);
     // An input that cannot be opened was so when it was planned.
     return status == ExitStatus::Done ? status : ExitStatus::Failed;

@@ -52,6 +52,7 @@ class Planning {
     }
     const std::vector<PlannedTask> tasks = CutTasks(costs_, limits_);
     write(PlanText(facts(), inputs_, tasks));
+    SayMissedFolder(sources_, options_.exporting.filter);
     tell(tasks);
     return ExitStatus::Done;
   }

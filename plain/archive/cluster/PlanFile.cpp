@@ -118,6 +118,7 @@ Json JsonOfInput(size_t number, const PlannedInput& input) {
   json["sha256"] = input.sum.sha256.empty() ? Json(nullptr) : Json(input.sum.sha256);
   if (!input.print.empty()) json["fingerprint"] = input.print;
   json["entries"] = input.entries;
+  if (source.hasMissedFolder) json["missedFolder"] = true;
   if (source.trouble) json["trouble"] = kTroubleNames[static_cast<size_t>(source.trouble->kind)];
   if (!input.reason.empty()) json["reason"] = JsonOfText(input.reason);
   return json;
@@ -135,6 +136,7 @@ PlannedInput InputOfJson(const Json& json) {
   if (!json.at("sha256").is_null()) input.sum.sha256 = json["sha256"];
   input.print = json.value("fingerprint", "");
   input.entries = json.at("entries");
+  source.hasMissedFolder = json.value("missedFolder", false);
   if (json.contains("reason")) input.reason = TextOfJson(json["reason"]);
   if (json.contains("trouble")) {
     source.trouble =

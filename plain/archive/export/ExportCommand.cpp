@@ -78,17 +78,6 @@ ExitStatus GoOnWithFinished(const ExportOptions& options, const ExportSources& s
   return Verify({options.folder});
 }
 
-// A folder is asked for, and no source that could be opened has it.
-bool HasMissedFolder(const ExportSources& sources) {
-  bool isMissed = false;
-  for (const ExportSource& source : sources.all) {
-    if (source.trouble) continue;
-    if (!source.hasMissedFolder) return false;
-    isMissed = true;
-  }
-  return isMissed;
-}
-
 ExportCounts MakeExport(const ExportOptions& options, ExportSources& sources, Staging& staging) {
   try {
     RunExport(options, sources, staging);
@@ -118,9 +107,7 @@ ExitStatus Export(ExportOptions options) {
   if (options.resume) ShowPhase("checking what is exported already");
   Staging staging(tree, SettingsOf(options), options.resume);
   const ExportCounts counts = MakeExport(options, sources, staging);
-  if (HasMissedFolder(sources)) {
-    Say("no folder matches " + *options.filter.folder + "; list --folders shows which there are");
-  }
+  SayMissedFolder(sources, options.filter);
   SayUnreadPdfs(counts.pdfs);
   return ReportExport(counts, sources.otherFiles, options.folder);
 }

@@ -33,6 +33,17 @@ void Summarise(const ExportCounts& counts, const std::string& folder) {
   Say(line);
 }
 
+// A folder is asked for, and no source that could be opened has it.
+bool HasMissedFolder(const ExportSources& sources) {
+  bool isMissed = false;
+  for (const ExportSource& source : sources.all) {
+    if (source.trouble) continue;
+    if (!source.hasMissedFolder) return false;
+    isMissed = true;
+  }
+  return isMissed;
+}
+
 }  // namespace
 
 void Say(const std::string& line) {
@@ -58,6 +69,11 @@ void SayUnreadPdfs(uint64_t count) {
   if (count == 0 || CanReadPdf()) return;
   Say("pdftotext is not installed: " + Number(count, "PDF") + (count == 1 ? " is" : " are") +
       " found by name alone");
+}
+
+void SayMissedFolder(const ExportSources& sources, const FilterOptions& filter) {
+  if (!HasMissedFolder(sources)) return;
+  Say("no folder matches " + *filter.folder + "; list --folders shows which there are");
 }
 
 bool HasNothingToOpen(const ExportSources& sources) {

@@ -27,6 +27,9 @@ bool HasNothingToOpen(const ExportSources& sources);
 // Says so, and tells the exit status.
 host::ExitStatus TellUnopened(const ExportSources& sources);
 
+// Says so where no source that could be opened has the folder that the filter asks for.
+void SayMissedFolder(const ExportSources& sources, const FilterOptions& filter);
+
 // Says that so many PDFs are not searched where the program that reads them is not installed.
 void SayUnreadPdfs(uint64_t count);
 

@@ -117,6 +117,31 @@ TEST_F(MergeTest, TakesFiltersAndRecoveredItems) {
   expectSame({4});
 }
 
+TEST_F(MergeTest, TellsThatNoFolderMatchesAsPlanAndExportDo) {
+  addStore("store.pst", 4);
+  addMails("mails", 1);
+  const auto said = [](const std::function<void()>& command) {
+    ::testing::internal::CaptureStderr();
+    command();
+    return ::testing::internal::GetCapturedStderr();
+  };
+  const auto expectSaid = [&](bool isSaid) {
+    const std::string line = "no folder matches " + *exporting_.filter.folder + "; ";
+    const auto expectIn = [&](const std::string& text) {
+      EXPECT_EQ(text.find(line) != std::string::npos, isSaid) << text;
+    };
+    expectIn(
+        said([&] { EXPECT_EQ(exportAlone("of " + *exporting_.filter.folder), ExitStatus::Done); }));
+    expectIn(said([&] { runAll(plan(1)); }));
+    expectIn(said([&] { EXPECT_EQ(merge(), ExitStatus::Done); }));
+    fs::remove_all(at("out"));
+  };
+  exporting_.filter.folder = "Nowhere";
+  expectSaid(true);
+  exporting_.filter.folder = "Sent";
+  expectSaid(false);
+}
+
 TEST_F(MergeTest, TellsInputsThatCannotBeReadAsAnExportDoes) {
   addMails("mails", 3);
   (void)directory_.write("broken.pst", "!BDN and no store");
@@ -155,6 +180,30 @@ TEST_F(MergeTest, ChangesNothingWhereTasksAreMissing) {
   EXPECT_EQ(missing(), "3,7-8\n");
   EXPECT_EQ(failureOf([this] { (void)merge(); }), text("out") + ": these tasks are missing: 3,7-8");
   EXPECT_EQ(differences(tree("out"), before), "");
+}
+
+// It is not known to be missing, nor to be there.
+TEST_F(MergeTest, DoesNotCountAPartThatCannotBeRead) {
+  addMails("mails", 2);
+  runAll(plan(2));
+  // In place of its facts a link to itself, which no user can read.
+  fs::remove(at("out/parts/1/part.json"));
+  fs::create_symlink("part.json", at("out/parts/1/part.json"));
+  MissingOptions options;
+  options.plan = text("plan");
+  options.folder = text("out");
+  for (const std::function<void()>& command :
+       {std::function<void()>([&] { (void)Missing(options); }),
+        std::function<void()>([&] { (void)merge(); })}) {
+    try {
+      command();
+      ADD_FAILURE() << "it was read";
+    } catch (const host::Failure& failure) {
+      EXPECT_EQ(failure.status(), ExitStatus::Temporary) << failure.what();
+      EXPECT_NE(std::string(failure.what()).find("part.json"), std::string::npos);
+    }
+  }
+  EXPECT_FALSE(fs::exists(at("out/manifest.jsonl")));
 }
 
 TEST_F(MergeTest, SetsDamagedPartsAside) {
