@@ -77,9 +77,10 @@ class ClusterTest(unittest.TestCase):
         if any(test is self for test, _ in [*result.failures, *result.errors]):
             for log in sorted(self.folder.rglob("*.log")):
                 print(f"-- {log}\n{log.read_text(errors='replace')[-600:]}", file=sys.stderr)
+            print((self.cluster.folder / "slurmctld.log").read_text()[-3000:], file=sys.stderr)
+            # Last, because the end of what is said is what people see.
             for question in (["squeue", "-r"], ["sinfo", "-R"], ["sinfo", "-N"]):
                 print(self.cluster.ask(*question).stdout, file=sys.stderr)
-            print((self.cluster.folder / "slurmctld.log").read_text()[-3000:], file=sys.stderr)
 
     # What a test does ----------------------------------------------------------------------------
 
