@@ -25,6 +25,13 @@ std::string HostName();
 // A name that no other process anywhere has made.
 std::string UniqueName();
 
+// Names this process among all of all machines, without dots; empty where the system does not tell
+// enough.
+std::string ProcessName();
+// Whether the process of that name is known to have ended: it ran on this kernel, since that was
+// started, and among the processes that this one can see. Of others nothing is known.
+bool HasEnded(const std::string& process);
+
 // The folder itself: the names in it. Nothing where the system cannot.
 void SyncFolder(const std::filesystem::path& folder);
 

@@ -34,6 +34,22 @@ bool HasNoFacts(const fs::path& folder) {
   });
 }
 
+// The folder of an attempt is parts/.TASK.PROCESS.ATTEMPT until it is the part.
+std::string BeginOfDrafts(const fs::path& place) { return "." + place.filename().string() + "."; }
+
+// What an attempt has left that had no time to. One on another machine may still be at work.
+void RemoveEndedDrafts(const fs::path& place) {
+  const std::string begin = BeginOfDrafts(place);
+  std::error_code error;
+  fs::directory_iterator names(place.parent_path(), error);
+  for (; !error && names != fs::directory_iterator(); names.increment(error)) {
+    const std::string name = names->path().filename().string();
+    if (!name.starts_with(begin)) continue;
+    const size_t end = std::min(name.find('.', begin.size()), name.size());
+    if (HasEnded(name.substr(begin.size(), end - begin.size()))) host::RemoveTree(names->path());
+  }
+}
+
 void Check(const std::optional<Trouble>& trouble) {
   if (trouble) throw Failure(ExitStatus::Temporary, trouble->reason);
 }
@@ -55,9 +71,10 @@ PartWriter::PartWriter(const fs::path& tree, const std::string& plan, uint64_t t
   fs::create_directories(place_.parent_path(), error);
   std::error_code unknown;
   if (!fs::is_directory(place_.parent_path(), unknown)) ThrowTemporary(place_.parent_path(), error);
+  RemoveEndedDrafts(place_);
   error = draft_.make([this](std::error_code& failed) {
     const fs::path draft =
-        place_.parent_path() / ("." + place_.filename().string() + "." + facts_.attempt);
+        place_.parent_path() / (BeginOfDrafts(place_) + ProcessName() + "." + facts_.attempt);
     fs::create_directory(draft, failed);
     return draft;
   });

@@ -18,7 +18,8 @@ namespace tarn::archive {
 
 class PartWriter {
  public:
-  // Makes the folder of the export, and one for the part. Throws host::Failure (Temporary).
+  // Makes the folder of the export, and one for the part; removes those of other attempts of the
+  // task that are known to have ended. Throws host::Failure (Temporary).
   PartWriter(const std::filesystem::path& tree, const std::string& plan, uint64_t task,
              std::function<void()> step);
 

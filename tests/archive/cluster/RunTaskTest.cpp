@@ -1,5 +1,6 @@
 // How a task ends, whoever else does it, and whatever comes between.
 
+#include <array>
 #include <csignal>
 #include <fstream>
 #include <thread>
@@ -285,10 +286,53 @@ TEST_F(RunTaskTest, LeavesNothingInTheWayWhereItIsKilled) {
     if (!WIFSIGNALED(status)) break;
     ++killed;
     EXPECT_EQ(run(0), ExitStatus::Done);
+    EXPECT_EQ(parts(), Names{"0"}) << "killed at change " << change;
     EXPECT_EQ(merge(), ExitStatus::Done);
     EXPECT_EQ(differences(tree("out"), tree("single")), "") << "killed at change " << change;
   }
   EXPECT_GE(killed, 4);
+}
+
+TEST_F(RunTaskTest, LeavesTheFoldersOfAttemptsThatMayBeAtWork) {
+  addMails("mails", 1);
+  (void)plan(1);
+  const std::string own = ProcessName();
+  ASSERT_NE(own, "");
+  ASSERT_EQ(own.find('.'), std::string::npos);
+  std::string ended;
+  {
+    std::array<int, 2> ends = {};
+    ASSERT_EQ(pipe(ends.data()), 0);
+    (void)inProcess([&] {
+      const std::string name = ProcessName();
+      return write(ends[1], name.data(), name.size()) < 0 ? 1 : 0;
+    });
+    std::array<char, 256> name = {};
+    ASSERT_GT(read(ends[0], name.data(), name.size() - 1), 0);
+    ended = name.data();
+    for (const int end : ends) close(end);
+  }
+  std::string elsewhere = ended;
+  elsewhere[0] = elsewhere[0] == '0' ? '1' : '0';
+  // The number of a living process that another one had before.
+  const std::string before = own.substr(0, own.rfind('-')) + "-1";
+  EXPECT_FALSE(HasEnded(own));
+  EXPECT_FALSE(HasEnded(elsewhere));
+  EXPECT_TRUE(HasEnded(ended));
+  EXPECT_TRUE(HasEnded(before));
+  for (const std::string& none :
+       {std::string(), std::string("-"), own.substr(0, own.find('-') + 1)})
+    EXPECT_FALSE(HasEnded(none));
+  for (const std::string& name : {"0." + own + ".a", "0." + elsewhere + ".b", "0." + ended + ".c",
+                                  "0." + before + ".d", std::string("0.f"), "1." + ended + ".e"}) {
+    fs::create_directories(at("out/parts/." + name) / "work");
+  }
+  EXPECT_EQ(run(0), ExitStatus::Done);
+  Names left = {".0." + own + ".a", ".0." + elsewhere + ".b", ".0.f", ".1." + ended + ".e", "0"};
+  std::sort(left.begin(), left.end());
+  EXPECT_EQ(parts(), left);
+  EXPECT_EQ(merge(), ExitStatus::Done);
+  EXPECT_FALSE(fs::exists(at("out/parts")));
 }
 
 TEST_F(RunTaskTest, CleansUpWhereItIsAskedToEnd) {
