@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
-# bench/archive-search.sh [MESSAGES]: tarnmail-archive search in the catalogue of so many messages
+# bench/archive-search.sh [MESSAGES]: tarnmail-search in the catalogue of so many messages
 # (100,000 by default), whole processes: the median of eleven in milliseconds, and the ratio to the
 # program doing nothing (--help). Needs the release build.
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 messages=${1:-100000}
-program=$root/build/release/tarnmail-archive
+program=$root/build/release/tarnmail-search
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 

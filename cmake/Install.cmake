@@ -95,12 +95,14 @@ if(TARGET tarnmail-archive)
       ${CMAKE_INSTALL_PREFIX}/${helperdir} ${CMAKE_INSTALL_FULL_LIBDIR})
     set(archive_rpath "$ORIGIN/${libdir_from_helper}")
   endif()
-  look_in_own_folder(tarnmail-archive "${archive_rpath}")
-  install(TARGETS tarnmail-archive RUNTIME DESTINATION ${helperdir} COMPONENT archive EXCLUDE_FROM_ALL)
-  install(CODE "file(RPATH_CHANGE
-    FILE \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${helperdir}/tarnmail-archive\"
-    OLD_RPATH [[${tarnmail-archive_built_rpath}]] NEW_RPATH [[${archive_rpath}]])"
-    COMPONENT archive EXCLUDE_FROM_ALL)
+  foreach(program tarnmail-archive tarnmail-search)
+    look_in_own_folder(${program} "${archive_rpath}")
+    install(TARGETS ${program} RUNTIME DESTINATION ${helperdir} COMPONENT archive EXCLUDE_FROM_ALL)
+    install(CODE "file(RPATH_CHANGE
+      FILE \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${helperdir}/${program}\"
+      OLD_RPATH [[${${program}_built_rpath}]] NEW_RPATH [[${archive_rpath}]])"
+      COMPONENT archive EXCLUDE_FROM_ALL)
+  endforeach()
 
   # And the command for clusters, whose modules are where the helpers are.
   set(slurm ${PROJECT_SOURCE_DIR}/plain/slurm)

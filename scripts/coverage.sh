@@ -42,7 +42,7 @@ mkdir -p "$out"
 llvm-profdata merge -failure-mode=all -o "$out/all.profdata" "${profiles[@]}"
 objects=()
 for file in "$build"/tests/*Tests "$build"/tests/siblings/client/programs/* "$build/libTarnbase.so" \
-  "$build"/tarnmail{,-archive,-pages,-office}; do
+  "$build"/tarnmail{,-archive,-search,-pages,-office}; do
   objects+=(-object "$file")
 done
 

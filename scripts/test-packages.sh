@@ -263,7 +263,7 @@ gzip -dc "$tree/usr/share/man/man1/tarnmail.1.gz" >"$work/tarnmail.1"
 
 # The archive commands: a package of its own, with which the program does all that the manual says.
 both=$work/archive
-quietly "building the archive commands" cmake --build "$release" --target tarnmail-archive compressed_documents
+quietly "building the archive commands" cmake --build "$release" --target tarnmail-archive tarnmail-search compressed_documents
 find "$release" -maxdepth 1 -name 'tarnpst-archive_*.deb' -delete
 quietly "packing the archive commands" cpack --config "$release/CPackArchiveConfig.cmake" -B "$release"
 archive=$(find "$release" -maxdepth 1 -name 'tarnpst-archive_*.deb')
@@ -276,7 +276,7 @@ done
 dpkg-deb -x "$archive" "$both" || fail "dpkg-deb cannot unpack $archive"
 (cd "$both" && find . -type f -printf '%P\n' | sort) >"$work/files"
 modules=$(cd "$root/plain/slurm" && echo tarnslurm/*.py)
-same "the archive commands' .deb: the list of files" <(printf '%s\n' usr/lib/tarnpst/tarnmail-archive \
+same "the archive commands' .deb: the list of files" <(printf '%s\n' usr/lib/tarnpst/tarnmail-{archive,search} \
   usr/share/doc/tarnpst-archive/{changelog.Debian.gz,copyright} usr/bin/tarnmail-slurm \
   ${modules//tarnslurm/usr/lib/tarnpst/tarnslurm} usr/share/man/man1/tarnmail-slurm.1.gz \
   usr/share/bash-completion/completions/tarnmail-slurm usr/share/zsh/vendor-completions/_tarnmail-slurm \

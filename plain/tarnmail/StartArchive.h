@@ -1,4 +1,4 @@
-// StartArchive.h - the archive commands, which are a program of their own. One folder a system
+// StartArchive.h - the archive commands, which are programs of their own. One folder a system
 // implements it.
 #ifndef TARN_TARNMAIL_STARTARCHIVE_H
 #define TARN_TARNMAIL_STARTARCHIVE_H
@@ -8,7 +8,7 @@
 
 namespace tarn::host {
 
-// Becomes that program, with the command and all that follows it. Throws Failure (Broken) where it
+// Becomes the program of the first word, which is the command, with all that follows it. Throws Failure (Broken) where it
 // is not installed, and on Windows.
 [[noreturn]] void StartArchive(const std::vector<std::string>& words);
 

@@ -161,7 +161,7 @@ void AddPagesCommand(CLI::App& app, CommandLine& line) {
   AddSandboxOption(*command, options.sandbox);
 }
 
-// The commands of tarnmail-archive, which reads their options itself.
+// The commands of tarnmail-archive and tarnmail-search, which read their options themselves.
 constexpr std::pair<const char*, const char*> kArchiveCommands[] = {
     {"list", "List every message of stores, MSG files, mails and folders of them"},
     {"show", "Show one message, or save its attachments"},

@@ -6,15 +6,12 @@
 #include <optional>
 #include <string>
 
-#include "archive/common/ItemFilter.h"
+#include "archive/commands/FilterArguments.h"
 #include "archive/export/Export.h"
 
 namespace tarn::archive {
 
 void AddTemporary(CLI::App& command, std::optional<std::string>& temporary);
-
-// Where --to has another meaning, recipients go by another name.
-void AddFilter(CLI::App& command, FilterOptions& filter, const char* recipients = "--to");
 
 // What shapes the result of an export.
 void AddExportChoices(CLI::App& command, ExportOptions& options);

@@ -6,7 +6,6 @@
 #include <memory>
 #include <string>
 
-#include "archive/common/JsonWriter.h"
 #include "archive/model/Item.h"
 #include "archive/sources/SourceSearch.h"
 
@@ -38,12 +37,6 @@ std::unique_ptr<ListLines> TabbedLines();
 
 // Columns for a terminal of that width, below titles.
 std::unique_ptr<ListLines> AlignedLines(size_t width);
-
-// What a line of JSON tells of an item, into an object that is open.
-void PutListKeys(Item& item, const std::string& source, JsonWriter& json);
-
-// Who an item is from: the name, else the address.
-const std::string& SenderText(const Address& from);
 
 // The text when it fits, else an ellipsis and the end of it.
 std::string EndWithinColumns(const std::string& text, size_t columns);

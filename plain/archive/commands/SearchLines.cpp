@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "archive/commands/ListLines.h"
+#include "archive/commands/ItemKeys.h"
 #include "archive/common/ItemFilter.h"
 #include "archive/common/JsonWriter.h"
 #include "archive/common/MomentText.h"

@@ -1,25 +1,22 @@
 // tarnmail-archive - the archive commands of tarnmail, which starts it.
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
-#include <exception>
 #include <functional>
-#include <new>
-#include <sstream>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "archive/commands/ClusterArguments.h"
 #include "archive/commands/Commands.h"
 #include "archive/commands/ExportArguments.h"
 #include "archive/commands/MissingMemory.h"
-#include "archive/commands/OutputBuffer.h"
+#include "archive/commands/ProgramRun.h"
 #include "archive/export/Export.h"
 #include "archive/export/Worker.h"
 #include "archive/export/WorkerMessages.h"
 #include "console/Arguments.h"
 #include "console/Failure.h"
-#include "console/StandardStreams.h"
 #include "console/Text.h"
 #include "console/Usage.h"
 
@@ -27,13 +24,11 @@ namespace tarn::archive {
 namespace {
 
 using host::ExitStatus;
-using host::Failure;
 
 // The options of each command, and the one that was chosen.
 struct CommandLine {
   ListOptions list;
   ShowOptions show;
-  SearchOptions search;
   ExportOptions exporting;
   VerifyOptions verify;
   ClusterCommands cluster;
@@ -89,35 +84,6 @@ void AddShow(CLI::App& app, CommandLine& line) {
   show->callback([&line] { line.chosen = [&line] { return Show(line.show); }; });
 }
 
-void AddSearch(CLI::App& app, CommandLine& line) {
-  SearchOptions& options = line.search;
-  CLI::App* const search = app.add_subcommand(
-      "search", "Find messages in what was exported, by words of their text and attachments");
-  search->add_option("DIR", options.directory, "The folder that export has written")
-      ->required()
-      ->type_name("");
-  search
-      ->add_option("WORDS", options.words,
-                   "Words that must all occur; '\"a phrase\"', begin*, a OR b, NOT c, "
-                   "subject: from: to: body: attachment: before a word")
-      ->required()
-      ->type_name("");
-  search->add_flag("--json", options.json, "JSON Lines for machines");
-  const auto takeNumber = [&options](const std::string& text) {
-    const std::optional<int32_t> number = host::ParseNumber(text);
-    if (!number || *number < 0) {
-      throw CLI::ValidationError("--limit", host::Named(text) + " is no number from 0");
-    }
-    options.limit = static_cast<size_t>(*number);
-  };
-  search
-      ->add_option_function<std::string>("--limit", takeNumber,
-                                         "At most N messages, 0 for all; on a terminal 20")
-      ->type_name("N");
-  AddFilter(*search, options.filter);
-  search->callback([&line] { line.chosen = [&line] { return Search(line.search); }; });
-}
-
 void AddExport(CLI::App& app, CommandLine& line) {
   ExportOptions& options = line.exporting;
   CLI::App* const command =
@@ -167,47 +133,16 @@ ExitStatus Run(std::vector<std::string> words) {
   CommandLine line;
   AddList(app, line);
   AddShow(app, line);
-  AddSearch(app, line);
   AddExport(app, line);
   AddVerify(app, line);
   AddCluster(app, line.cluster, line.chosen);
-  try {
-    // The parser takes the words from the end.
-    std::reverse(words.begin(), words.end());
-    app.parse(std::move(words));
-  } catch (const CLI::ParseError& error) {
-    std::ostringstream text;
-    std::ostringstream ignored;
-    if (app.exit(error, text, ignored) != 0) {
-      throw Failure(ExitStatus::Usage, host::UsageLine(app, error));
-    }
-    WriteOut(text.str());
-    return ExitStatus::Done;
-  }
+  if (!ReadWords(app, std::move(words))) return ExitStatus::Done;
   return line.chosen();
-}
-
-int Report(ExitStatus status, const std::string& line) {
-  host::WriteStandardError("tarnmail: " + host::Printable(line) + "\n");
-  return static_cast<int>(status);
 }
 
 }  // namespace
 }  // namespace tarn::archive
 
 int main(int argc, char** argv) {
-  using tarn::archive::Report;
-  using tarn::host::ExitStatus;
-  tarn::host::PrepareStandardStreams();
-  try {
-    return static_cast<int>(tarn::archive::Run(tarn::host::CommandLineWords(argc, argv)));
-  } catch (const tarn::archive::NobodyReads&) {
-    return static_cast<int>(ExitStatus::Done);
-  } catch (const tarn::host::Failure& failure) {
-    return Report(failure.status(), failure.what());
-  } catch (const std::bad_alloc&) {
-    return Report(ExitStatus::Failed, "out of memory");
-  } catch (const std::exception& error) {
-    return Report(ExitStatus::Broken, std::string("internal error: ") + error.what());
-  }
+  return tarn::archive::RunProgram(argc, argv, tarn::archive::Run);
 }

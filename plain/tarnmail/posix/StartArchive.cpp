@@ -15,20 +15,20 @@ namespace tarn::host {
 
 void StartArchive(const std::vector<std::string>& words) {
   namespace fs = std::filesystem;
-  constexpr const char* kProgram = "tarnmail-archive";
+  const char* const name = words.front() == "search" ? "tarnmail-search" : "tarnmail-archive";
   std::vector<std::string> copies = words;
-  copies.insert(copies.begin(), kProgram);
+  copies.insert(copies.begin(), name);
   std::vector<char*> arguments;
   arguments.reserve(copies.size() + 1);
   for (std::string& word : copies) arguments.push_back(word.data());
   arguments.push_back(nullptr);
 
-  const std::optional<fs::path> folder = FolderOfProgram(kProgram);
+  const std::optional<fs::path> folder = FolderOfProgram(name);
   if (!folder) {
     throw Failure(ExitStatus::Broken, words.front(),
                   "the archive commands are not installed: the package tarnpst-archive has them");
   }
-  const fs::path program = *folder / kProgram;
+  const fs::path program = *folder / name;
   execv(program.c_str(), arguments.data());
   throw Failure(ExitStatus::Broken, program.string(), ErrorText({errno, std::generic_category()}));
 }

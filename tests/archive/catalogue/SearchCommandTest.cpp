@@ -37,7 +37,7 @@ class SearchCommandTest : public testing::Test {
   }
 
   std::string run(const std::string& words) const {
-    return runProgram(TARNMAIL_ARCHIVE " " + words);
+    return runProgram(TARNMAIL_SEARCH " " + words);
   }
 
   std::string runProgram(const std::string& command) const {
@@ -138,7 +138,7 @@ TEST_F(SearchCommandTest, IsAnOrdinaryDatabase) {
 
 TEST_F(SearchCommandTest, MarksWordsOnATerminal) {
   const std::string folder = directory_.path().string();
-  std::FILE* const pipe = popen(("script -qec '" TARNMAIL_ARCHIVE " search " + folder +
+  std::FILE* const pipe = popen(("script -qec '" TARNMAIL_SEARCH " search " + folder +
                                  " figures budget' /dev/null" + " </dev/null")
                                     .c_str(),
                                 "r");

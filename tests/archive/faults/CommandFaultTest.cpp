@@ -19,7 +19,7 @@ class CommandFault : public FaultyExport {
 
   test::ProgramResult runTo(StandardOutput output, const std::vector<std::string>& arguments) {
     test::ProgramCall call;
-    call.program = TARNMAIL_ARCHIVE_PATH;
+    call.program = programOf(arguments);
     call.arguments = arguments;
     call.workingDirectory = directory_.path();
     call.environment = {{"TMPDIR", path("tmp")}, {"LC_ALL", "C.UTF-8"}};

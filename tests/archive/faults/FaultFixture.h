@@ -74,10 +74,14 @@ class FaultyExport : public ::testing::Test {
     std::filesystem::copy_file(std::string(EXAMPLES_PATH) + "/mailbox.pst", path("in/mailbox.pst"));
   }
 
+  static std::string programOf(const std::vector<std::string>& arguments) {
+    return arguments.front() == "search" ? TARNMAIL_SEARCH_PATH : TARNMAIL_ARCHIVE_PATH;
+  }
+
   test::ProgramResult run(const std::vector<std::string>& arguments, const Fault& fault = {}) {
     write("counter", std::string(sizeof(uint64_t), '\0'));
     test::ProgramCall call;
-    call.program = TARNMAIL_ARCHIVE_PATH;
+    call.program = programOf(arguments);
     call.arguments = arguments;
     call.workingDirectory = directory_.path();
     call.environment = {{"LD_PRELOAD", FAULTY_CALLS},

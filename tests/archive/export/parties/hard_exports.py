@@ -17,6 +17,7 @@ import unicodedata
 import unittest
 
 ARCHIVE, LIMITED = sys.argv[1], sys.argv[2] == '1'
+SEARCH = os.path.join(os.path.dirname(ARCHIVE), 'tarnmail-search')  # is beside it
 
 FROM = 'From ann@example.com Wed May  1 10:34:56 2024\n'
 DATE = 'Date: Wed, 1 May 2024 10:34:56 +0000\n'
@@ -77,7 +78,8 @@ class HardExport(unittest.TestCase):
 
     def run_archive(self, *words):
         environment = dict(os.environ, LC_ALL='C.UTF-8', TZ='UTC')
-        run = subprocess.run([ARCHIVE, *words], cwd=self.home, env=environment, preexec_fn=drop_rights,
+        program = SEARCH if words[0] == 'search' else ARCHIVE
+        run = subprocess.run([program, *words], cwd=self.home, env=environment, preexec_fn=drop_rights,
                              stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=240)
         return run.returncode, run.stderr.decode()
 
