@@ -74,7 +74,7 @@ class Planning {
 
   // A source whose plan is ready.
   void take(size_t source) {
-    const SourceWork& work = queue_.work(source);
+    SourceWork& work = queue_.work(source);
     PlannedInput input;
     input.source = sources_.all[source];
     input.sum = work.sum;
@@ -94,8 +94,8 @@ class Planning {
         // Ranges of others could not be told from those of an input that has changed.
         const bool mayBeCut =
             !isOne && !work.sum.sha256.empty() && IsUntouched(work.attempts.limits());
-        costs_.push_back(CostOfInput(source, queue_.planPath(source), work.sum.bytes, mayBeCut,
-                                     limits_.messageCost));
+        costs_.push_back(CostOfInput(source, {queue_.planPath(source), std::move(work.plan)},
+                                     work.sum.bytes, mayBeCut, limits_.messageCost));
       }
     }
     inputs_.push_back(std::move(input));

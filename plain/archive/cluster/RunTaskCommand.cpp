@@ -113,6 +113,8 @@ class TaskRun {
     const SourceWork& work = queue.work(piece.source);
     if (piece.kind == PieceKind::Begin) {
       checkPlan(range, input, queue.source(piece.source), work);
+      // The part has it.
+      queue.keepPlan(piece.source);
     } else if (piece.kind == PieceKind::End) {
       if (work.stamp != StampOfSource(found.path, found.kind)) ThrowChanged(input);
     }

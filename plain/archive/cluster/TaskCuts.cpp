@@ -10,10 +10,8 @@
 namespace tarn::archive {
 namespace {
 
-namespace fs = std::filesystem;
-
-std::unique_ptr<PlanReader> OpenPlan(const fs::path& path) {
-  Outcome<std::unique_ptr<PlanReader>> plan = PlanReader::open(path);
+std::unique_ptr<PlanReader> OpenPlan(const PlanPlace& place) {
+  Outcome<std::unique_ptr<PlanReader>> plan = PlanReader::open(place);
   if (!plan) throw host::Failure(host::ExitStatus::Failed, plan.trouble().reason);
   return std::move(*plan);
 }
@@ -169,14 +167,13 @@ class Cutter {
 
 uint64_t CostOf(const PlanEntry& entry, uint64_t messageCost) { return entry.bytes + messageCost; }
 
-InputCost CostOfInput(size_t input, const fs::path& path, uint64_t fileBytes, bool mayBeCut,
+InputCost CostOfInput(size_t input, PlanPlace plan, uint64_t fileBytes, bool mayBeCut,
                       uint64_t messageCost) {
   InputCost cost;
   cost.input = input;
-  cost.plan = path;
   cost.canBeCut = mayBeCut;
-  const std::unique_ptr<PlanReader> plan = OpenPlan(path);
-  while (const std::optional<PlanEntry> entry = NextOf(*plan)) {
+  const std::unique_ptr<PlanReader> entries = OpenPlan(plan);
+  while (const std::optional<PlanEntry> entry = NextOf(*entries)) {
     cost.cost += CostOf(*entry, messageCost);
     cost.bytes += entry->bytes;
     ++cost.messages;
@@ -187,6 +184,7 @@ InputCost CostOfInput(size_t input, const fs::path& path, uint64_t fileBytes, bo
     cost.bytes = fileBytes;
     cost.cost += fileBytes;
   }
+  if (cost.canBeCut) cost.plan = std::move(plan);
   return cost;
 }
 

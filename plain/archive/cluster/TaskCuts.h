@@ -15,7 +15,7 @@ namespace tarn::archive {
 // What an input costs.
 struct InputCost {
   size_t input = 0;
-  std::filesystem::path plan;  // its entries
+  PlanPlace plan;  // its entries; nowhere where it cannot be cut
   uint64_t bytes = 0;
   uint64_t messages = 0;
   uint64_t cost = 0;
@@ -31,8 +31,8 @@ struct CutLimits {
 uint64_t CostOf(const PlanEntry& entry, uint64_t messageCost);
 
 // Reads the entries of a plan. Throws host::Failure where it cannot be read.
-InputCost CostOfInput(size_t input, const std::filesystem::path& plan, uint64_t fileBytes,
-                      bool mayBeCut, uint64_t messageCost);
+InputCost CostOfInput(size_t input, PlanPlace plan, uint64_t fileBytes, bool mayBeCut,
+                      uint64_t messageCost);
 
 // In falling order of cost. Large inputs are cut so that tasks are full; small ones come together,
 // the largest first, where the least is. The same for the same entries.

@@ -202,8 +202,7 @@ void Batch::endSource(size_t source) {
   }
   gathered_.rows += EndLine(queue_.source(source).name, work.reason);
   ++gathered_.items;
-  std::error_code ignored;
-  fs::remove(queue_.planPath(source), ignored);
+  queue_.dropPlan(source);
   if (work.reason.empty()) progress_.tell(queue_.source(source).name, work.entries);
 }
 

@@ -17,6 +17,14 @@ namespace fs = std::filesystem;
 
 constexpr size_t kPiece = size_t{64} << 10;
 
+// A new file, whatever is there.
+Outcome<std::unique_ptr<GrowingFile>> NewFile(const fs::path& path) {
+  Outcome<std::unique_ptr<GrowingFile>> file = GrowingFile::open(path);
+  if (!file || (*file)->size() == 0) return file;
+  if (const std::optional<Trouble> trouble = (*file)->cutTo(0)) return *trouble;
+  return file;
+}
+
 PlanEntry Unpacked(std::string_view body) {
   Unpacker fields(body);
   PlanEntry entry;
@@ -87,6 +95,12 @@ class Planner {
     return PlanReader::open(draftPath_);
   }
 
+  // It is of no more use.
+  void removeDraft() const {
+    std::error_code ignored;
+    if (draft_) fs::remove(draftPath_, ignored);
+  }
+
   // The hashes that two names have.
   std::vector<uint64_t> shared() {
     std::sort(hashes_.begin(), hashes_.end());
@@ -142,7 +156,7 @@ class Planner {
 
   std::optional<Trouble> flush() {
     if (!draft_) {
-      Outcome<std::unique_ptr<GrowingFile>> opened = GrowingFile::open(draftPath_);
+      Outcome<std::unique_ptr<GrowingFile>> opened = NewFile(draftPath_);
       if (!opened) return opened.trouble();
       draft_ = std::move(*opened);
     }
@@ -164,8 +178,9 @@ class Planner {
   uint64_t rows_ = 0;
 };
 
-Outcome<uint64_t> WriteNames(PlanReader& draft, const std::vector<uint64_t>& shared,
-                             GrowingFile& plan) {
+Outcome<WrittenPlan> WriteNames(PlanReader& draft, const std::vector<uint64_t>& shared,
+                                const fs::path& path) {
+  std::unique_ptr<GrowingFile> plan;
   uint64_t entries = 0;
   std::string waiting;
   for (;; ++entries) {
@@ -181,11 +196,17 @@ Outcome<uint64_t> WriteNames(PlanReader& draft, const std::vector<uint64_t>& sha
       }
       waiting += Packed(entry);
     }
+    if (!*next && !plan && waiting.size() <= kShortPlan) return WrittenPlan{entries, waiting};
     if (!*next || waiting.size() >= kPiece) {
-      if (const std::optional<Trouble> trouble = plan.append(waiting)) return *trouble;
+      if (!plan) {
+        Outcome<std::unique_ptr<GrowingFile>> opened = NewFile(path);
+        if (!opened) return opened.trouble();
+        plan = std::move(*opened);
+      }
+      if (const std::optional<Trouble> trouble = plan->append(waiting)) return *trouble;
       waiting.clear();
     }
-    if (!*next) return entries;
+    if (!*next) return WrittenPlan{entries, {}};
   }
 }
 
@@ -209,9 +230,15 @@ Outcome<std::unique_ptr<PlanReader>> PlanReader::open(const fs::path& path, uint
   return std::unique_ptr<PlanReader>(new PlanReader(std::move(*file), offset));
 }
 
-std::unique_ptr<PlanReader> PlanReader::of(std::string bytes) {
-  std::unique_ptr<PlanReader> reader(new PlanReader(nullptr, 0));
+Outcome<std::unique_ptr<PlanReader>> PlanReader::open(PlanPlace plan, uint64_t offset) {
+  return plan.bytes.empty() ? open(plan.path, offset) : of(std::move(plan.bytes), offset);
+}
+
+std::unique_ptr<PlanReader> PlanReader::of(std::string bytes, uint64_t offset) {
+  offset = std::min<uint64_t>(offset, bytes.size());
+  std::unique_ptr<PlanReader> reader(new PlanReader(nullptr, offset));
   reader->buffer_ = std::move(bytes);
+  reader->taken_ = offset;
   return reader;
 }
 
@@ -245,13 +272,9 @@ Outcome<std::optional<PlanEntry>> PlanReader::next() {
   return std::optional<PlanEntry>(std::move(entry));
 }
 
-Outcome<uint64_t> WritePlan(ItemReader& reader, ItemFilter& filter, const PlanLimits& limits,
-                            const fs::path& path, const std::function<void()>& beat) {
-  const fs::path draftPath = path.string() + ".draft";
-  std::error_code ignored;
-  fs::remove(path, ignored);
-  fs::remove(draftPath, ignored);
-  Planner planner(filter, draftPath);
+Outcome<WrittenPlan> WritePlan(ItemReader& reader, ItemFilter& filter, const PlanLimits& limits,
+                               const fs::path& path, const std::function<void()>& beat) {
+  Planner planner(filter, path.string() + ".draft");
   std::optional<Trouble> trouble;
   uint64_t met = 0;
   for (; !trouble && met < limits.entries; ++met) {
@@ -269,11 +292,9 @@ Outcome<uint64_t> WritePlan(ItemReader& reader, ItemFilter& filter, const PlanLi
   if (trouble) return *trouble;
   const Outcome<std::unique_ptr<PlanReader>> draft = planner.draft();
   if (!draft) return draft.trouble();
-  const Outcome<std::unique_ptr<GrowingFile>> plan = GrowingFile::open(path);
-  if (!plan) return plan.trouble();
-  Outcome<uint64_t> entries = WriteNames(**draft, planner.shared(), **plan);
-  fs::remove(draftPath, ignored);
-  return entries;
+  Outcome<WrittenPlan> plan = WriteNames(**draft, planner.shared(), path);
+  planner.removeDraft();
+  return plan;
 }
 
 }  // namespace tarn::archive

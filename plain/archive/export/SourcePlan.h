@@ -1,5 +1,5 @@
-// SourcePlan.h - what of a source is to be exported, and under which names: a file that one process
-// writes and others read.
+// SourcePlan.h - what of a source is to be exported, and under which names: one process writes it,
+// and others read it.
 #ifndef TARN_ARCHIVE_SOURCEPLAN_H
 #define TARN_ARCHIVE_SOURCEPLAN_H
 
@@ -44,13 +44,21 @@ struct PlanEntry {
 // As bytes with their length before them, as a plan has them.
 std::string Packed(const PlanEntry& entry);
 
+// Where a plan is: a short one goes from process to process as it is.
+struct PlanPlace {
+  std::filesystem::path path;
+  std::string bytes;  // all of it; empty: they are in the file
+};
+inline constexpr size_t kShortPlan = 4096;
+
 // The entries of a plan from an offset on.
 class PlanReader {
  public:
+  static Outcome<std::unique_ptr<PlanReader>> open(PlanPlace plan, uint64_t offset = 0);
   static Outcome<std::unique_ptr<PlanReader>> open(const std::filesystem::path& path,
                                                    uint64_t offset = 0);
   // Of a plan in memory.
-  static std::unique_ptr<PlanReader> of(std::string bytes);
+  static std::unique_ptr<PlanReader> of(std::string bytes, uint64_t offset = 0);
 
   // None at the end.
   Outcome<std::optional<PlanEntry>> next();
@@ -79,11 +87,18 @@ struct PlanLimits {
   std::map<uint64_t, std::string> passedOver = {};
 };
 
+struct WrittenPlan {
+  uint64_t entries = 0;
+  std::string bytes;  // of one that is no longer than kShortPlan, which is in no file
+};
+
 // Goes through the reader, the headlines of items alone unless the filter wants more, and writes
-// the plan. `beat` is called after each entry of the reader. Holds 8 bytes an item. A trouble says
-// that the plan cannot be written; the number of its entries otherwise.
-Outcome<uint64_t> WritePlan(ItemReader& reader, ItemFilter& filter, const PlanLimits& limits,
-                            const std::filesystem::path& path, const std::function<void()>& beat);
+// the plan; what an attempt that was ended early has left at the path is gone then, or of no use.
+// `beat` is called after each entry of the reader. Holds 8 bytes an item. A trouble says that the
+// plan cannot be written.
+Outcome<WrittenPlan> WritePlan(ItemReader& reader, ItemFilter& filter, const PlanLimits& limits,
+                               const std::filesystem::path& path,
+                               const std::function<void()>& beat);
 
 }  // namespace tarn::archive
 

@@ -1,6 +1,7 @@
 #include "archive/export/WorkQueue.h"
 
 #include <algorithm>
+#include <system_error>
 #include <utility>
 
 #include "console/Failure.h"
@@ -28,9 +29,26 @@ fs::path WorkQueue::planPath(size_t source) const {
 }
 
 std::unique_ptr<PlanReader> WorkQueue::openPlan(size_t source, uint64_t offset) const {
-  Outcome<std::unique_ptr<PlanReader>> plan = PlanReader::open(planPath(source), offset);
+  Outcome<std::unique_ptr<PlanReader>> plan =
+      PlanReader::open({planPath(source), works_[source].plan}, offset);
   if (!plan) CheckStaged(plan.trouble());
   return std::move(*plan);
+}
+
+void WorkQueue::keepPlan(size_t source) {
+  std::string& bytes = works_[source].plan;
+  if (bytes.empty()) return;
+  const Outcome<std::unique_ptr<GrowingFile>> file = GrowingFile::open(planPath(source));
+  if (!file) CheckStaged(file.trouble());
+  CheckStaged((*file)->cutTo(0));
+  CheckStaged((*file)->append(bytes));
+  bytes = {};
+}
+
+void WorkQueue::dropPlan(size_t source) {
+  std::error_code ignored;
+  if (works_[source].plan.empty()) fs::remove(planPath(source), ignored);
+  works_[source].plan = {};
 }
 
 void WorkQueue::cutReadySources() {
@@ -55,7 +73,7 @@ void WorkQueue::cutSource(size_t source) {
     throw host::Failure(host::ExitStatus::Failed, name,
                         "has changed since the export was begun; export into a new folder");
   }
-  if (wasBegun && before->second.isEnded) return;
+  if (wasBegun && before->second.isEnded) return dropPlan(source);
   if (!wasBegun) add(PieceKind::Begin, source);
   const uint64_t skipped = wasBegun ? before->second.entries : 0;
   progress_.expect(work.entries - std::min(skipped, work.entries));

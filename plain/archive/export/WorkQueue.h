@@ -61,6 +61,7 @@ struct SourceWork {
   bool isReady = false;  // its plan is there, or it is known that there is none
   FileSum sum;
   uint64_t entries = 0;
+  std::string plan;    // a short one; any other is in the file of the source
   std::string reason;  // of the source as a whole
   std::string stamp;   // before it was read
   bool isStarted = false;
@@ -94,6 +95,10 @@ class WorkQueue {
   std::filesystem::path planPath(size_t source) const;
   // From that offset on. Throws host::Failure where it cannot be read.
   std::unique_ptr<PlanReader> openPlan(size_t source, uint64_t offset) const;
+  // It is in its file, however short. Throws host::Failure where it cannot be written.
+  void keepPlan(size_t source);
+  // Nothing of it is wanted any more.
+  void dropPlan(size_t source);
 
  private:
   void cutSource(size_t source);

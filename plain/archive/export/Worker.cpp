@@ -106,7 +106,7 @@ class Worker {
     }
     ItemFilter filter(request.filter);
     const Outcome<std::optional<Trouble>> written =
-        WriteRangePlan(**reader, filter, range, request.plan, [this] { beat_.tick(); });
+        WriteRangePlan(**reader, filter, range, request.plan.path, [this] { beat_.tick(); });
     if (!written) return written.trouble();
     if (*written) {
       sayUnopened(**written);
@@ -130,11 +130,12 @@ class Worker {
       return std::nullopt;
     }
     ItemFilter filter(request.filter);
-    const Outcome<uint64_t> entries =
-        WritePlan(**reader, filter, request.limits, request.plan, [this] { beat_.tick(); });
-    if (!entries) return entries.trouble();
+    Outcome<WrittenPlan> plan =
+        WritePlan(**reader, filter, request.limits, request.plan.path, [this] { beat_.tick(); });
+    if (!plan) return plan.trouble();
     WorkerReply reply{WorkerWord::Planned, sum ? sum->sha256 : ""};
-    reply.entries = *entries;
+    reply.entries = plan->entries;
+    reply.plan = std::move(plan->bytes);
     reply.bytes = sum ? sum->bytes : 0;
     if (!sum) reply.reason = sum.trouble().reason;
     reply.hasMissedFolder = filter.hasMissedFolder();

@@ -23,6 +23,7 @@ WorkerReply UnpackedReply(std::string_view packed) {
   reply.word = static_cast<WorkerWord>(fields.number());
   reply.text = fields.text();
   reply.entries = fields.number();
+  reply.plan = fields.text();
   reply.reason = fields.text();
   reply.hasMissedFolder = fields.flag();
   reply.kind = static_cast<TroubleKind>(fields.number());
@@ -42,7 +43,8 @@ const char* NameOf(WorkerPart part) {
 std::string Packed(const WorkerRequest& request) {
   Packer packer;
   packer.put(static_cast<uint64_t>(request.task)).put(request.name).put(request.path);
-  packer.put(static_cast<uint64_t>(request.kind)).put(request.recover).put(request.plan);
+  packer.put(static_cast<uint64_t>(request.kind)).put(request.recover);
+  packer.put(request.plan.path.string()).put(request.plan.bytes);
   const FilterOptions& filter = request.filter;
   packer.put(filter.folder).put(filter.from).put(filter.to).put(filter.subject);
   packer.put(filter.messageClass);
@@ -73,7 +75,8 @@ WorkerRequest UnpackedRequest(std::string_view message) {
   request.path = fields.text();
   request.kind = static_cast<SourceKind>(fields.number());
   request.recover = fields.flag();
-  request.plan = fields.text();
+  request.plan.path = fields.text();
+  request.plan.bytes = fields.text();
   FilterOptions& filter = request.filter;
   filter.folder = fields.optionalText();
   filter.from = fields.optionalText();
@@ -114,6 +117,7 @@ std::string Packed(const WorkerReply& reply) {
   Packer packer;
   packer.put(static_cast<uint64_t>(reply.word)).put(reply.text);
   packer.put(reply.entries)
+      .put(reply.plan)
       .put(reply.reason)
       .put(reply.hasMissedFolder)
       .put(static_cast<uint64_t>(reply.kind));

@@ -36,7 +36,7 @@ struct WorkerRequest {
   std::string path;
   SourceKind kind = SourceKind::Mail;
   bool recover = false;
-  std::string plan;  // its file
+  PlanPlace plan;  // of Plan: where it goes
 
   // Plan:
   FilterOptions filter;
@@ -82,6 +82,7 @@ struct WorkerReply {
   std::string text = {};
 
   uint64_t entries = 0;                        // of Planned
+  std::string plan = {};                       // of Planned: a short one
   std::string reason = {};                     // of Planned: why there is no sum
   bool hasMissedFolder = false;                // of Planned: as ItemFilter has it
   TroubleKind kind = TroubleKind::Unreadable;  // of Unopened

@@ -48,7 +48,7 @@ WorkerRequest WorkerTeam::requestFor(size_t source) const {
   request.path = found.path.string();
   request.kind = found.kind;
   request.recover = options_.recover;
-  request.plan = queue_.planPath(source).string();
+  request.plan = {queue_.planPath(source), queue_.work(source).plan};
   return request;
 }
 
@@ -163,6 +163,7 @@ void WorkerTeam::takePlan(Slot& slot, const WorkerReply& reply) {
   SourceWork& work = queue_.work(slot.source);
   work.sum = {reply.bytes, reply.text};
   work.entries = reply.entries;
+  work.plan = reply.plan;
   work.reason = reply.reason;
   queue_.source(slot.source).hasMissedFolder = reply.hasMissedFolder;
   work.isReady = true;

@@ -22,9 +22,17 @@ class PlanRangeTest : public ClusterTest {
     return std::move(*reader);
   }
 
-  std::vector<PlanEntry> entriesOf(const fs::path& path) {
+  std::vector<PlanEntry> wholeOf(const std::string& name, SourceKind kind,
+                                 const FilterOptions& options = {}) {
+    ItemFilter filter(options);
+    const auto written = WritePlan(*open(name, kind), filter, {}, at("whole"), [] {});
+    EXPECT_TRUE(written.ok());
+    return entriesOf({at("whole"), written->bytes});
+  }
+
+  static std::vector<PlanEntry> entriesOf(const PlanPlace& place) {
     std::vector<PlanEntry> entries;
-    const auto plan = PlanReader::open(path);
+    const auto plan = PlanReader::open(place);
     EXPECT_TRUE(plan.ok());
     while (true) {
       const auto entry = (*plan)->next();
@@ -43,9 +51,7 @@ class PlanRangeTest : public ClusterTest {
 
   // Every range of the source against the plan of the whole; how many entries that has.
   size_t compareAll(const std::string& name, SourceKind kind, const FilterOptions& options = {}) {
-    ItemFilter filter(options);
-    EXPECT_TRUE(WritePlan(*open(name, kind), filter, {}, at("whole"), [] {}).ok());
-    const std::vector<PlanEntry> whole = entriesOf(at("whole"));
+    const std::vector<PlanEntry> whole = wholeOf(name, kind, options);
     for (size_t first = 0; first < whole.size(); ++first) {
       for (size_t end = first + 1; end <= whole.size(); end += 1 + (end - first) / 3) {
         RangeBuilder builder;
@@ -65,7 +71,7 @@ class PlanRangeTest : public ClusterTest {
     const auto written = WriteRangePlan(reader, filter, range, at("range"), [] {});
     ASSERT_TRUE(written.ok());
     ASSERT_FALSE(*written) << (*written)->reason;
-    const std::vector<PlanEntry> entries = entriesOf(at("range"));
+    const std::vector<PlanEntry> entries = entriesOf({at("range"), {}});
     ASSERT_EQ(entries.size(), range.entries);
     for (size_t entry = 0; entry < entries.size(); ++entry) {
       EXPECT_EQ(lineOf(entries[entry]), lineOf(whole[first + entry]));
@@ -128,9 +134,8 @@ TEST_F(PlanRangeTest, FindsMailsOfAMaildir) {
 TEST_F(PlanRangeTest, SaysWhereASourceHasOtherItems) {
   addMbox("box", 5);
   ItemFilter filter({});
-  ASSERT_TRUE(WritePlan(*open("box", SourceKind::Mbox), filter, {}, at("whole"), [] {}).ok());
   RangeBuilder builder;
-  for (const PlanEntry& entry : entriesOf(at("whole"))) builder.add(entry);
+  for (const PlanEntry& entry : wholeOf("box", SourceKind::Mbox)) builder.add(entry);
   const PlanRange range = builder.take();
   const std::string bytes = test::ReadWholeFile(at("box"));
   std::ofstream(at("box"), std::ios::binary) << bytes.substr(0, bytes.size() / 2);

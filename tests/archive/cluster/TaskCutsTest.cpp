@@ -34,7 +34,7 @@ class TaskCutsTest : public ::testing::Test {
       bytes += Packed(entry);
     }
     ASSERT_FALSE((*plan)->append(bytes));
-    costs_.push_back(CostOfInput(number, path, 0, true, kMessage));
+    costs_.push_back(CostOfInput(number, {path, {}}, 0, true, kMessage));
   }
 
   std::vector<PlannedTask> cut(uint64_t target, uint64_t most) {

@@ -14,11 +14,18 @@ class SourcePlanTest : public ::testing::Test {
  protected:
   // The entries as lines "folder path/name", "lost ID: reason" and "trouble: reason".
   std::vector<std::string> plan(const FilterOptions& options = {}, const PlanLimits& limits = {}) {
+    return planOf(reader_, options, limits);
+  }
+
+  std::vector<std::string> planOf(ItemReader& reader, const FilterOptions& options = {},
+                                  const PlanLimits& limits = {}) {
     ItemFilter filter(options);
-    const std::filesystem::path path = directory_.path() / "plan";
-    const Outcome<uint64_t> written = WritePlan(reader_, filter, limits, path, [&] { ++beats_; });
+    place_.path = directory_.path() / "plan";
+    const Outcome<WrittenPlan> written =
+        WritePlan(reader, filter, limits, place_.path, [&] { ++beats_; });
     EXPECT_TRUE(written.ok());
-    const Outcome<std::unique_ptr<PlanReader>> plan = PlanReader::open(path);
+    place_.bytes = written->bytes;
+    const Outcome<std::unique_ptr<PlanReader>> plan = PlanReader::open(place_);
     EXPECT_TRUE(plan.ok());
     std::vector<std::string> lines;
     for (;;) {
@@ -26,7 +33,7 @@ class SourcePlanTest : public ::testing::Test {
       if (!entry.ok() || !*entry) break;
       lines.push_back(lineOf(**entry));
     }
-    EXPECT_EQ(lines.size(), *written);
+    EXPECT_EQ(lines.size(), written->entries);
     return lines;
   }
 
@@ -44,6 +51,7 @@ class SourcePlanTest : public ::testing::Test {
 
   test::TempDirectory directory_;
   test::FakeReader reader_;
+  PlanPlace place_;  // of the plan that was made last
   int beats_ = 0;
 };
 
@@ -109,7 +117,7 @@ TEST_F(SourcePlanTest, PassesOverEntriesAndGoesOn) {
 TEST_F(SourcePlanTest, KeepsAllOfAnEntry) {
   reader_.item("21", "Plans", FolderOf({"In", "a/b"}));
   (void)plan();
-  const Outcome<std::unique_ptr<PlanReader>> read = PlanReader::open(directory_.path() / "plan");
+  const Outcome<std::unique_ptr<PlanReader>> read = PlanReader::open(place_);
   ASSERT_TRUE(read.ok());
   const Outcome<std::optional<PlanEntry>> entry = (*read)->next();
   ASSERT_TRUE(entry.ok() && *entry);
@@ -124,21 +132,68 @@ TEST_F(SourcePlanTest, GoesOnFromAnOffset) {
     reader_.item(std::to_string(number), "Subject " + std::to_string(number));
   }
   ASSERT_EQ(plan().size(), 2000u);
-  const std::filesystem::path path = directory_.path() / "plan";
-  const Outcome<std::unique_ptr<PlanReader>> read = PlanReader::open(path);
+  ASSERT_TRUE(place_.bytes.empty());
+  const Outcome<std::unique_ptr<PlanReader>> read = PlanReader::open(place_);
   ASSERT_TRUE(read.ok());
   for (int number = 0; number < 1500; ++number) (void)(*read)->next();
-  const Outcome<std::unique_ptr<PlanReader>> later = PlanReader::open(path, (*read)->offset());
+  const Outcome<std::unique_ptr<PlanReader>> later = PlanReader::open(place_, (*read)->offset());
   ASSERT_TRUE(later.ok());
   EXPECT_EQ((**(*later)->next()).id, "1500");
+}
+
+TEST_F(SourcePlanTest, GoesOnInAShortPlanToo) {
+  for (int number = 0; number < 3; ++number) reader_.item(std::to_string(number), "Plans");
+  ASSERT_EQ(plan().size(), 3u);
+  ASSERT_FALSE(place_.bytes.empty());
+  EXPECT_FALSE(std::filesystem::exists(place_.path));
+  const Outcome<std::unique_ptr<PlanReader>> read = PlanReader::open(place_);
+  ASSERT_TRUE(read.ok());
+  for (int number = 0; number < 2; ++number) (void)(*read)->next();
+  const Outcome<std::unique_ptr<PlanReader>> later = PlanReader::open(place_, (*read)->offset());
+  ASSERT_TRUE(later.ok());
+  EXPECT_EQ((**(*later)->next()).id, "2");
+  EXPECT_EQ(*(*later)->next(), std::nullopt);
+  const Outcome<std::unique_ptr<PlanReader>> after = PlanReader::open(place_, 1'000'000);
+  ASSERT_TRUE(after.ok());
+  EXPECT_EQ(*(*after)->next(), std::nullopt);
+}
+
+TEST_F(SourcePlanTest, PutsIntoAFileWhatIsNotShort) {
+  const auto sizeInMemory = [this](size_t reason) {
+    test::FakeReader reader;
+    reader.trouble("", std::string(reason, 'x'));
+    EXPECT_EQ(planOf(reader).size(), 1u);
+    return place_.bytes.size();
+  };
+  const size_t rest = kShortPlan - sizeInMemory(0);
+  EXPECT_EQ(sizeInMemory(rest), kShortPlan);
+  EXPECT_FALSE(std::filesystem::exists(place_.path));
+  EXPECT_EQ(sizeInMemory(rest + 1), 0u);
+  EXPECT_EQ(std::filesystem::file_size(place_.path), kShortPlan + 1);
+}
+
+TEST_F(SourcePlanTest, ReplacesWhatAnEarlierAttemptHasLeft) {
+  const auto planMany = [this] {
+    test::FakeReader reader;
+    for (int number = 0; number < 2000; ++number) {
+      reader.item(std::to_string(number), "Subject " + std::to_string(number));
+    }
+    return planOf(reader);
+  };
+  const Lines lines = planMany();
+  const std::string bytes = test::ReadWholeFile(place_.path);
+  for (const char* const name : {"plan", "plan.draft"}) {
+    (void)directory_.write(name, std::string(2 * bytes.size(), 'x'));
+  }
+  EXPECT_EQ(planMany(), lines);
+  EXPECT_EQ(test::ReadWholeFile(place_.path), bytes);
 }
 
 TEST_F(SourcePlanTest, SaysWhereAPlanBreaksOff) {
   reader_.item("21", "Plans");
   (void)plan();
-  const std::filesystem::path path = directory_.path() / "plan";
-  std::filesystem::resize_file(path, std::filesystem::file_size(path) - 1);
-  const Outcome<std::unique_ptr<PlanReader>> read = PlanReader::open(path);
+  place_.bytes.pop_back();
+  const Outcome<std::unique_ptr<PlanReader>> read = PlanReader::open(place_);
   ASSERT_TRUE(read.ok());
   const Outcome<std::optional<PlanEntry>> entry = (*read)->next();
   ASSERT_FALSE(entry.ok());
@@ -147,8 +202,9 @@ TEST_F(SourcePlanTest, SaysWhereAPlanBreaksOff) {
 
 TEST(SourcePlanFailureTest, SaysThatItCannotBeWritten) {
   test::FakeReader reader;
+  reader.trouble("", std::string(kShortPlan, 'x'));
   ItemFilter filter({});
-  const Outcome<uint64_t> written = WritePlan(reader, filter, {}, "/nonexistent/plan", [] {});
+  const Outcome<WrittenPlan> written = WritePlan(reader, filter, {}, "/nonexistent/plan", [] {});
   ASSERT_FALSE(written.ok());
   EXPECT_EQ(written.trouble().reason, "/nonexistent/plan: No such file or directory");
 }

@@ -142,7 +142,10 @@ std::optional<Trouble> ReadInPieces(const fs::path& path,
   if (fstat(file, &facts) != 0 || !S_ISREG(facts.st_mode)) {
     trouble = Trouble{TroubleKind::Unreadable, host::Utf8FromPath(path) + ": is no regular file"};
   }
-  std::vector<char> piece(trouble ? 0 : kPiece);
+  // Of a small file all, and one byte more, which tells that it ends there.
+  const size_t room =
+      facts.st_size < static_cast<off_t>(kPiece) ? static_cast<size_t>(facts.st_size) + 1 : kPiece;
+  std::vector<char> piece(trouble ? 0 : room);
   while (!trouble) {
     const ssize_t got = ::read(file, piece.data(), piece.size());
     if (got < 0 && errno == EINTR) continue;
