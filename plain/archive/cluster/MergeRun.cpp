@@ -91,7 +91,7 @@ void MergeRun::prepare(size_t number) {
       Append(PlanOfRange(PartFolder(staging_.tree(), place.task), place.range), **plan);
     }
   }
-  work.isReady = true;
+  work.isSummed = work.isPlanned = true;
 }
 
 void MergeRun::fill(Piece& piece) {

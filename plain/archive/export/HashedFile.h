@@ -84,6 +84,10 @@ class GrowingFile {
 std::optional<Trouble> ReadInPieces(const std::filesystem::path& path,
                                     const std::function<bool(std::string_view)>& take);
 
+// Whether a file can be read without a wait for a disk, as a few places in it tell. False where the
+// system does not.
+bool IsInMemory(const std::filesystem::path& path);
+
 // Of a regular file; a link is none.
 Outcome<FileSum> SumOfFile(const std::filesystem::path& path);
 

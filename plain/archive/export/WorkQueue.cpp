@@ -14,6 +14,7 @@ namespace fs = std::filesystem;
 constexpr uint64_t kPieceEntries = 32;
 constexpr size_t kPiecesAhead = 16;   // of a worker
 constexpr size_t kSourcesAhead = 64;  // planned, and not cut
+constexpr uint64_t kLargeSource = uint64_t{1} << 20;
 
 }  // namespace
 
@@ -52,14 +53,14 @@ void WorkQueue::dropPlan(size_t source) {
 }
 
 void WorkQueue::cutReadySources() {
-  while (nextToCut_ < works_.size() && works_[nextToCut_].isReady &&
+  while (nextToCut_ < works_.size() && works_[nextToCut_].isReady() &&
          pieces_.size() < kPiecesAhead * workers_) {
     cutSource(nextToCut_++);
   }
 }
 
 std::optional<size_t> WorkQueue::passReadySource() {
-  if (nextToCut_ == works_.size() || !works_[nextToCut_].isReady) return std::nullopt;
+  if (nextToCut_ == works_.size() || !works_[nextToCut_].isReady()) return std::nullopt;
   return nextToCut_++;
 }
 
@@ -113,14 +114,32 @@ Piece* WorkQueue::nextPiece() {
   return nullptr;
 }
 
-std::optional<size_t> WorkQueue::nextSource() {
+std::optional<Preparation> WorkQueue::nextPreparation() {
+  if (nextToSum_) return Preparation{*std::exchange(nextToSum_, std::nullopt), WorkerTask::Sum};
   while (nextToPlan_ < works_.size() && nextToPlan_ < nextToCut_ + kSourcesAhead) {
     const size_t source = nextToPlan_++;
-    if (!sources_.all[source].trouble) return source;
-    works_[source].isReady = true;
-    works_[source].reason = sources_.all[source].trouble->reason;
+    SourceWork& work = works_[source];
+    if (const std::optional<Trouble>& trouble = sources_.all[source].trouble) {
+      work.isSummed = work.isPlanned = true;
+      work.reason = trouble->reason;
+      continue;
+    }
+    // Of a range there is no sum.
+    work.isSummed = !sources_.all[source].range.empty();
+    if (!work.isSummed && !isForTwo(source)) return Preparation{source, WorkerTask::SumAndPlan};
+    if (!work.isSummed) nextToSum_ = source;
+    return Preparation{source, WorkerTask::Plan};
   }
   return std::nullopt;
+}
+
+// Small ones are not worth two messages more.
+bool WorkQueue::isForTwo(size_t source) const {
+  const FoundSource& found = sources_.all[source].found;
+  const bool hasMany = found.kind == SourceKind::Store || found.kind == SourceKind::Mbox;
+  std::error_code error;
+  return workers_ > 1 && hasMany && fs::file_size(found.path, error) >= kLargeSource && !error &&
+         IsInMemory(found.path);
 }
 
 }  // namespace tarn::archive

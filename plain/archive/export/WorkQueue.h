@@ -58,14 +58,24 @@ struct Piece {
 
 // A source on its way.
 struct SourceWork {
-  bool isReady = false;  // its plan is there, or it is known that there is none
+  bool isSummed = false;   // its sum is there, or it is known that there is none
+  bool isPlanned = false;  // its plan likewise
   FileSum sum;
   uint64_t entries = 0;
   std::string plan;    // a short one; any other is in the file of the source
   std::string reason;  // of the source as a whole
   std::string stamp;   // before it was read
   bool isStarted = false;
-  PlanAttempts attempts;
+  PlanAttempts attempts;  // at its plan
+  PlanAttempts attemptsOfSum;
+
+  bool isReady() const { return isSummed && isPlanned; }
+};
+
+// What a worker is to find out of a source: Sum, Plan, or SumAndPlan.
+struct Preparation {
+  size_t source = 0;
+  WorkerTask task = WorkerTask::SumAndPlan;
 };
 
 class WorkQueue {
@@ -82,9 +92,11 @@ class WorkQueue {
   // The same without cutting, for who wants the plans alone: the next source whose plan is ready.
   std::optional<size_t> passReadySource();
 
-  // What a worker is to do: entries first, in their order, then the plan of another source.
+  // What a worker is to do: entries first, in their order, then the plan of another source. A
+  // source whose bytes are in memory is planned by one worker while another one adds it up. Any
+  // other is added up first: the plan, which goes through it to and fro, finds it in memory then.
   Piece* nextPiece();
-  std::optional<size_t> nextSource();
+  std::optional<Preparation> nextPreparation();
 
   // The first piece that is not committed, or null.
   Piece* front() { return pieces_.empty() ? nullptr : pieces_.front().get(); }
@@ -101,6 +113,7 @@ class WorkQueue {
   void dropPlan(size_t source);
 
  private:
+  bool isForTwo(size_t source) const;
   void cutSource(size_t source);
   void cutEntries(size_t source, uint64_t skipped);
   void add(PieceKind kind, size_t source);
@@ -112,6 +125,7 @@ class WorkQueue {
   std::vector<SourceWork> works_;              // of each source
   std::deque<std::unique_ptr<Piece>> pieces_;  // cut and not committed
   size_t nextToPlan_ = 0;
+  std::optional<size_t> nextToSum_;  // one that is planned by itself
   size_t nextToCut_ = 0;
 };
 

@@ -57,8 +57,7 @@ class Worker {
     std::string message;
     while (channel_.receive(message) == pages::Heard::Message) {
       const WorkerRequest request = UnpackedRequest(message);
-      const std::optional<Trouble> trouble =
-          request.task == WorkerTask::Plan ? plan(request) : exportEntries(request);
+      const std::optional<Trouble> trouble = answer(request);
       if (!trouble) continue;
       unsaid_.clear();
       say({WorkerWord::Stopped, trouble->reason});
@@ -67,6 +66,22 @@ class Worker {
   }
 
  private:
+  std::optional<Trouble> answer(const WorkerRequest& request) {
+    switch (request.task) {
+      case WorkerTask::Sum:
+        say(sumOf(request));
+        return std::nullopt;
+      case WorkerTask::SumAndPlan:
+        unsaid_ += Packed(sumOf(request));
+        return plan(request);
+      case WorkerTask::Plan:
+        return plan(request);
+      case WorkerTask::Export:
+        break;
+    }
+    return exportEntries(request);
+  }
+
   void say(const WorkerReply& reply) {
     (void)channel_.send(std::exchange(unsaid_, {}) + Packed(reply));
   }
@@ -112,17 +127,29 @@ class Worker {
       sayUnopened(**written);
       return std::nullopt;
     }
-    WorkerReply reply{WorkerWord::Planned, ""};
+    WorkerReply reply{WorkerWord::Planned};
     reply.entries = range.entries;
     say(reply);
     return std::nullopt;
   }
 
-  std::optional<Trouble> plan(const WorkerRequest& request) {
-    if (!request.range.empty()) return planRange(request);
+  WorkerReply sumOf(const WorkerRequest& request) {
     beat_.set(kBeatsOfSum);
+    if (hook_) hook_("");
     const Outcome<FileSum> sum = SumOfSource(request.path, request.kind, [this] { beat_.tick(); });
     beat_.set(0);
+    WorkerReply reply{WorkerWord::Summed};
+    if (sum) {
+      reply.text = sum->sha256;
+      reply.bytes = sum->bytes;
+    } else {
+      reply.reason = sum.trouble().reason;
+    }
+    return reply;
+  }
+
+  std::optional<Trouble> plan(const WorkerRequest& request) {
+    if (!request.range.empty()) return planRange(request);
     reader_.reset();
     const Outcome<ItemReader*> reader = open(request);
     if (!reader) {
@@ -133,11 +160,9 @@ class Worker {
     Outcome<WrittenPlan> plan =
         WritePlan(**reader, filter, request.limits, request.plan.path, [this] { beat_.tick(); });
     if (!plan) return plan.trouble();
-    WorkerReply reply{WorkerWord::Planned, sum ? sum->sha256 : ""};
+    WorkerReply reply{WorkerWord::Planned};
     reply.entries = plan->entries;
     reply.plan = std::move(plan->bytes);
-    reply.bytes = sum ? sum->bytes : 0;
-    if (!sum) reply.reason = sum.trouble().reason;
     reply.hasMissedFolder = filter.hasMissedFolder();
     say(reply);
     return std::nullopt;

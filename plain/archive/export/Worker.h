@@ -8,7 +8,8 @@
 
 namespace tarn::archive {
 
-// Called with the id of each item before it is exported.
+// Called with the id of each item before it is exported, and with an empty one before a source is
+// added up.
 using ItemHook = std::function<void(const std::string& id)>;
 
 // Answers requests until the other end of the channel is closed; the words are those after

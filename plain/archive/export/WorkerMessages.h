@@ -23,12 +23,13 @@ inline constexpr int kWorkerSocket = 3;
 
 // How it ends where it has no more memory; other ends are not of its own choice.
 inline constexpr int kOutOfMemory = 12;
-// The beats of a worker that adds up a source begin there; those of one that plans begin at 0.
+// The beats of a worker that adds up a source begin there; those of one that plans begin at 0. One
+// that does both adds up first.
 inline constexpr uint64_t kBeatsOfSum = uint64_t{1} << 63;
 // A worker that exports beats so often when it is done with an entry, and once within one.
 inline constexpr uint64_t kBeatsOfEntry = uint64_t{1} << 32;
 
-enum class WorkerTask : uint8_t { Plan, Export };
+enum class WorkerTask : uint8_t { Sum, Plan, SumAndPlan, Export };
 
 struct WorkerRequest {
   WorkerTask task = WorkerTask::Plan;
@@ -70,7 +71,8 @@ struct WorkerParts {
 };
 
 enum class WorkerWord : uint8_t {
-  Planned,   // text: the sum of the source, empty where it cannot be had
+  Summed,  // text: the sum of the source, empty where it cannot be had
+  Planned,
   Unopened,  // text: why the source cannot be read
   Exported,  // one entry; text: its fingerprint
   Done,      // all entries of the request
@@ -83,7 +85,7 @@ struct WorkerReply {
 
   uint64_t entries = 0;                        // of Planned
   std::string plan = {};                       // of Planned: a short one
-  std::string reason = {};                     // of Planned: why there is no sum
+  std::string reason = {};                     // of Summed: why there is no sum
   bool hasMissedFolder = false;                // of Planned: as ItemFilter has it
   TroubleKind kind = TroubleKind::Unreadable;  // of Unopened
   bool hasFolder = false;                      // of Exported

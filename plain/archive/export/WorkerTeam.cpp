@@ -38,7 +38,7 @@ void WorkerTeam::giveWork() {
 
 void WorkerTeam::giveWork(Slot& slot) {
   if (Piece* const piece = queue_.nextPiece()) return startPiece(slot, *piece);
-  if (const std::optional<size_t> source = queue_.nextSource()) startPlanning(slot, *source);
+  if (const std::optional<Preparation> next = queue_.nextPreparation()) startPreparing(slot, *next);
 }
 
 WorkerRequest WorkerTeam::requestFor(size_t source) const {
@@ -52,14 +52,15 @@ WorkerRequest WorkerTeam::requestFor(size_t source) const {
   return request;
 }
 
-void WorkerTeam::startPlanning(Slot& slot, size_t source) {
+void WorkerTeam::startPreparing(Slot& slot, const Preparation& preparation) {
+  const size_t source = preparation.source;
   SourceWork& work = queue_.work(source);
   const FoundSource& found = queue_.source(source).found;
   if (!std::exchange(work.isStarted, true)) work.stamp = StampOfSource(found.path, found.kind);
-  slot.isPlanning = true;
+  slot.preparing = preparation.task;
   slot.source = source;
   WorkerRequest request = requestFor(source);
-  request.task = WorkerTask::Plan;
+  request.task = preparation.task;
   request.filter = options_.filter;
   request.limits = work.attempts.limits();
   request.range = queue_.source(source).range.string();
@@ -146,6 +147,8 @@ void WorkerTeam::hear(Slot& slot) {
 void WorkerTeam::take(Slot& slot, const WorkerReply& reply) {
   slot.still.begin(StillTime::Clock::now(), slot.process->beat().count());
   switch (reply.word) {
+    case WorkerWord::Summed:
+      return takeSum(slot, reply);
     case WorkerWord::Planned:
       return takePlan(slot, reply);
     case WorkerWord::Unopened:
@@ -159,24 +162,34 @@ void WorkerTeam::take(Slot& slot, const WorkerReply& reply) {
   }
 }
 
+// Of a source that is lost already nothing is kept, whichever came first.
+void WorkerTeam::takeSum(Slot& slot, const WorkerReply& reply) {
+  SourceWork& work = queue_.work(slot.source);
+  if (!queue_.source(slot.source).trouble) {
+    work.sum = {reply.bytes, reply.text};
+    work.reason = reply.reason;
+  }
+  work.isSummed = true;
+  if (slot.preparing == WorkerTask::Sum) slot.preparing.reset();
+}
+
 void WorkerTeam::takePlan(Slot& slot, const WorkerReply& reply) {
   SourceWork& work = queue_.work(slot.source);
-  work.sum = {reply.bytes, reply.text};
-  work.entries = reply.entries;
-  work.plan = reply.plan;
-  work.reason = reply.reason;
-  queue_.source(slot.source).hasMissedFolder = reply.hasMissedFolder;
-  work.isReady = true;
-  slot.isPlanning = false;
+  if (!queue_.source(slot.source).trouble) {
+    work.entries = reply.entries;
+    work.plan = reply.plan;
+    queue_.source(slot.source).hasMissedFolder = reply.hasMissedFolder;
+  }
+  work.isPlanned = true;
+  slot.preparing.reset();
 }
 
 void WorkerTeam::takeUnopened(Slot& slot, const WorkerReply& reply) {
-  if (slot.isPlanning) {
-    SourceWork& work = queue_.work(slot.source);
-    queue_.source(slot.source).trouble = Trouble{reply.kind, reply.text};
-    work.reason = reply.text;
-    work.isReady = true;
-    slot.isPlanning = false;
+  if (slot.preparing) {
+    // That it could not be added up tells more.
+    if (!queue_.source(slot.source).trouble) loseSource(slot.source, {reply.kind, reply.text});
+    queue_.work(slot.source).isPlanned = true;
+    slot.preparing.reset();
     return;
   }
   FinishedEntry lost;
@@ -202,7 +215,7 @@ void WorkerTeam::takeEntry(Slot& slot, const WorkerReply& reply) {
 void WorkerTeam::lose(Slot& slot, const std::string& how) {
   const uint64_t beats = slot.process->beat().count();
   slot.process.reset();
-  if (slot.isPlanning) return losePlan(slot, beats, how);
+  if (slot.preparing) return losePreparation(slot, beats, how);
   Piece& piece = *slot.piece;
   slot.piece = nullptr;
   // The last word of a worker may be the one that is lost.
@@ -223,16 +236,28 @@ void WorkerTeam::goOn(Slot& slot, Piece& piece) {
   if (!piece.isDone()) startPiece(slot, piece);
 }
 
-void WorkerTeam::losePlan(Slot& slot, uint64_t beats, const std::string& how) {
+void WorkerTeam::losePreparation(Slot& slot, uint64_t beats, const std::string& how) {
   SourceWork& work = queue_.work(slot.source);
-  const bool isInSum = beats >= kBeatsOfSum;
-  if (work.attempts.died(isInSum ? std::nullopt : std::optional(beats), how)) {
-    return startPlanning(slot, slot.source);
-  }
-  slot.isPlanning = false;
-  work.reason = how;
-  work.isReady = true;
-  queue_.source(slot.source).trouble = Trouble{TroubleKind::Damaged, how};
+  const WorkerTask task = *slot.preparing;
+  const bool isInSum = task == WorkerTask::Sum || beats >= kBeatsOfSum;
+  const bool goesOn =
+      isInSum ? work.attemptsOfSum.died(std::nullopt, how) : work.attempts.died(beats, how);
+  if (goesOn) return startPreparing(slot, {slot.source, task});
+  const bool isLost = queue_.source(slot.source).trouble.has_value();
+  if (isInSum || !isLost) loseSource(slot.source, {TroubleKind::Damaged, how});
+  if (task != WorkerTask::Plan) work.isSummed = true;
+  if (task != WorkerTask::Sum) work.isPlanned = true;
+  slot.preparing.reset();
+}
+
+void WorkerTeam::loseSource(size_t source, const Trouble& trouble) {
+  queue_.source(source).trouble = trouble;
+  queue_.source(source).hasMissedFolder = false;
+  SourceWork& work = queue_.work(source);
+  work.sum = {};
+  work.entries = 0;
+  work.plan = {};
+  work.reason = trouble.reason;
 }
 
 void WorkerTeam::lookForHangs() {

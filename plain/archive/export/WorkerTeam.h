@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -41,19 +42,19 @@ class WorkerTeam {
   struct Slot {
     std::unique_ptr<WorkerProcess> process;
     Piece* piece = nullptr;
-    bool isPlanning = false;
+    std::optional<WorkerTask> preparing;  // what it finds out of the source
     size_t source = 0;
     std::filesystem::path folder;
     WorkerParts ends;
     uint64_t first = 0;  // entry of the piece that it was asked for
     StillTime still;
 
-    bool isIdle() const { return piece == nullptr && !isPlanning; }
+    bool isIdle() const { return piece == nullptr && !preparing; }
   };
 
   void giveWork();
   void giveWork(Slot& slot);
-  void startPlanning(Slot& slot, size_t source);
+  void startPreparing(Slot& slot, const Preparation& preparation);
   void startPiece(Slot& slot, Piece& piece);
   WorkerRequest requestFor(size_t source) const;
   void ask(Slot& slot, const WorkerRequest& request);
@@ -61,12 +62,14 @@ class WorkerTeam {
   void listen();
   void hear(Slot& slot);
   void take(Slot& slot, const WorkerReply& reply);
+  void takeSum(Slot& slot, const WorkerReply& reply);
   void takePlan(Slot& slot, const WorkerReply& reply);
   void takeUnopened(Slot& slot, const WorkerReply& reply);
   void takeEntry(Slot& slot, const WorkerReply& reply);
   void lose(Slot& slot, const std::string& how);
   void goOn(Slot& slot, Piece& piece);
-  void losePlan(Slot& slot, uint64_t beats, const std::string& how);
+  void losePreparation(Slot& slot, uint64_t beats, const std::string& how);
+  void loseSource(size_t source, const Trouble& trouble);
   void lookForHangs();
 
   const ExportOptions& options_;

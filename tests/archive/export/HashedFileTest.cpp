@@ -28,6 +28,19 @@ TEST(Sha256Test, TellsTextsApart) {
   EXPECT_NE(one.digest(), other.digest());
 }
 
+TEST(IsInMemoryTest, LooksAtPlacesInTheFile) {
+  const test::TempDirectory directory;
+  const std::filesystem::path path = directory.write("file", std::string(1'000'000, 'x'));
+  EXPECT_TRUE(IsInMemory(path));
+  EXPECT_TRUE(IsInMemory(directory.write("byte", "x")));
+  // A hole is not there before it is read.
+  std::filesystem::resize_file(path, 100'000'000);
+  EXPECT_FALSE(IsInMemory(path));
+  EXPECT_FALSE(IsInMemory(directory.write("empty", "")));
+  EXPECT_FALSE(IsInMemory(directory.path()));
+  EXPECT_FALSE(IsInMemory(directory.path() / "missing"));
+}
+
 TEST(HashedFileTest, TellsWhatItHasWritten) {
   const test::TempDirectory directory;
   const std::filesystem::path path = directory.path() / "file";

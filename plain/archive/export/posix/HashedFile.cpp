@@ -1,6 +1,7 @@
 #include "archive/export/HashedFile.h"
 
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -154,6 +155,28 @@ std::optional<Trouble> ReadInPieces(const fs::path& path,
   }
   ::close(file);
   return trouble;
+}
+
+bool IsInMemory(const fs::path& path) {
+  constexpr uint64_t kPlaces = 32;
+  const int file = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  if (file < 0) return false;
+  struct stat facts = {};
+  const bool isFile = fstat(file, &facts) == 0 && S_ISREG(facts.st_mode) && facts.st_size > 0;
+  const auto size = isFile ? static_cast<uint64_t>(facts.st_size) : 0;
+  void* const begin = isFile ? mmap(nullptr, size, PROT_READ, MAP_SHARED, file, 0) : MAP_FAILED;
+  ::close(file);
+  if (begin == MAP_FAILED) return false;
+  const auto page = static_cast<uint64_t>(sysconf(_SC_PAGESIZE));
+  const uint64_t pages = (size + page - 1) / page;
+  bool isThere = true;
+  for (uint64_t place = 0; place < kPlaces && isThere; ++place) {
+    unsigned char state = 0;
+    char* const at = static_cast<char*>(begin) + pages * place / kPlaces * page;
+    isThere = mincore(at, 1, &state) == 0 && (state & 1) != 0;
+  }
+  munmap(begin, size);
+  return isThere;
 }
 
 Outcome<FileSum> SumOfFile(const fs::path& path) {
