@@ -156,6 +156,13 @@ class CatalogueSearch::Reading {
  private:
   static constexpr int kColumns = 5;
 
+  /// Null of what is no kind of recipients.
+  static std::vector<Address>* RecipientsOfKind(std::string_view kind, ItemFields& fields) {
+    if (kind == "to") return &fields.to;
+    if (kind == "cc") return &fields.cc;
+    return kind == "bcc" ? &fields.bcc : nullptr;
+  }
+
   void takeRecipients(int64_t number, ItemFields& fields) {
     Statement row(database_,
                   "SELECT kind, name, address FROM recipients WHERE item=?1 ORDER BY place");
@@ -163,10 +170,11 @@ class CatalogueSearch::Reading {
     while (row.step()) {
       const std::string kind = row.text(0);
       Address address{row.text(1), row.text(2)};
-      if (kind == "to") fields.to.push_back(std::move(address));
-      if (kind == "cc") fields.cc.push_back(std::move(address));
-      if (kind == "bcc") fields.bcc.push_back(std::move(address));
-      if (kind == "sender") fields.sender = std::move(address);
+      if (kind == "sender") {
+        fields.sender = std::move(address);
+      } else if (auto* const recipients = RecipientsOfKind(kind, fields)) {
+        recipients->push_back(std::move(address));
+      }
     }
   }
 

@@ -79,7 +79,7 @@ Outcome<PartFacts> PartIn(const fs::path& folder) {
 
 std::optional<Trouble> PartSum::addPlan(const fs::path& plan) {
   Sha256 sum;
-  const std::optional<Trouble> trouble = ReadInPieces(plan, [&sum](std::string_view piece) {
+  std::optional<Trouble> trouble = ReadInPieces(plan, [&sum](std::string_view piece) {
     sum.add(piece);
     return true;
   });

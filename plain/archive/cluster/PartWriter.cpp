@@ -73,7 +73,7 @@ PartWriter::PartWriter(const fs::path& tree, const std::string& plan, uint64_t t
   if (!fs::is_directory(place_.parent_path(), unknown)) ThrowTemporary(place_.parent_path(), error);
   RemoveEndedDrafts(place_);
   error = draft_.make([this](std::error_code& failed) {
-    const fs::path draft =
+    fs::path draft =
         place_.parent_path() / (BeginOfDrafts(place_) + ProcessName() + "." + facts_.attempt);
     fs::create_directory(draft, failed);
     return draft;

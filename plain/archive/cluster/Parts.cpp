@@ -69,8 +69,9 @@ class PartCheck {
       if (!*planned) return Damaged(host::Utf8FromPath(folder_), "has a plan that is too short");
       if (std::optional<Trouble> trouble = sum_.add(entry)) return trouble;
       const std::string& below = (*planned)->folderPath;
-      const std::string place =
-          source + (below.empty() ? "" : "/" + below) + "/" + (*planned)->name + "/";
+      std::string place = source + "/";
+      if (!below.empty()) place.append(below).append("/");
+      place.append((*planned)->name).append("/");
       if (std::optional<Trouble> trouble = checkFiles(entry, place)) return trouble;
     }
     return std::nullopt;
@@ -92,7 +93,7 @@ class PartCheck {
       for (const Json& file : row["files"]) {
         const std::string path = file.value("path", "");
         if (!path.starts_with(place)) continue;
-        const std::optional<Trouble> trouble =
+        std::optional<Trouble> trouble =
             checkFile(folder / host::PathFromUtf8(path.substr(place.size())), file);
         if (trouble) return trouble;
       }

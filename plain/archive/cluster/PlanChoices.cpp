@@ -54,7 +54,7 @@ FilterOptions FilterOfJson(const Json& json) {
 }  // namespace
 
 Json JsonOfText(const std::string& text) {
-  const Json json(text);
+  Json json(text);
   try {
     (void)json.dump();
     return json;

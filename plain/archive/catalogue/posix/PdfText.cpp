@@ -57,7 +57,7 @@ std::string FoundProgram() {
     rest.remove_prefix(folder.size() < rest.size() ? folder.size() + 1 : folder.size());
     // A folder that is not written from the root depends on where the command runs.
     if (!folder.starts_with('/')) continue;
-    const std::string program = std::string(folder) + '/' + kProgram;
+    std::string program = std::string(folder) + '/' + kProgram;
     if (access(program.c_str(), X_OK) == 0) return program;
   }
   return {};
