@@ -34,9 +34,9 @@ class FolderFilesTest : public test::ScriptedHelperTest {
     mkfifo((folder_.path() / "mail" / "pipe").c_str(), 0600);
   }
 
-  std::string answerTo(const std::string& name) {
+  std::string answerTo(const std::string& name, const std::string& way = "ask") {
     DocumentOnPaper asking = document("");
-    const std::string script = "layOut ask " + name;
+    const std::string script = "layOut " + way + " " + name;
     asking.bytes = script;
     asking.folder = folder_.path() / "mail";
     const std::string log = logOf(helper_, asking);
@@ -62,6 +62,11 @@ TEST_F(FolderFilesTest, AreNoOthers) {
   }
   EXPECT_EQ(answerTo(""), "none\n");
   EXPECT_EQ(answerTo(std::string(5'000, 'x')), "none\n");
+}
+
+TEST_F(FolderFilesTest, NothingOpenComesWithARefusal) {
+  EXPECT_EQ(answerTo("image.png", "receive"), "found, a file\n");
+  EXPECT_EQ(answerTo("none", "receive"), "not found, no file\n");
 }
 
 TEST_F(FolderFilesTest, AreNoneWithoutAFolder) {

@@ -20,6 +20,7 @@
 #include "Attempts.h"
 #include "siblings/client/Channel.h"
 #include "siblings/client/HelperCall.h"
+#include "siblings/client/Protocol.h"
 
 namespace tarn::test {
 namespace {
@@ -70,6 +71,17 @@ void Say(const std::string& hex) {
 }
 
 void PassFile() { (void)HelperEnd().send("??", STDIN_FILENO); }
+
+std::string WhatComesWith(const std::string& name) {
+  Channel channel = HelperEnd();
+  if (!channel.send(Encode(FileRequest{name}))) return "nobody heard";
+  std::string message;
+  Descriptor file;
+  FileAnswer answer;
+  if (channel.receive(message, file) != Heard::Message || !Decode(message, answer))
+    return "nonsense";
+  return std::string(answer.found ? "found, " : "not found, ") + (file ? "a file" : "no file");
+}
 
 std::string CountFiles() {
   const std::filesystem::directory_iterator files("/proc/self/fd");
@@ -186,6 +198,8 @@ class ScriptedLayout : public Layout {
       const auto bytes = folder->read(name);
       log(step,
           bytes ? "\"" + bytes->substr(0, 20) + "\" " + std::to_string(bytes->size()) : "none");
+    } else if (step.what == "receive") {
+      log(step, WhatComesWith(step.with));
     } else if (step.what == "report") {
       log(step, progress->at(std::stoi(step.with)) ? "go on" : "stop");
     } else if (step.what == "properties") {

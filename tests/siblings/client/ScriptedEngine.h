@@ -14,6 +14,7 @@
 //   pass                         sends a message with an open file
 //   hang-up                      closes the helper's socket, and goes on for ever
 //   ask NAME                     reads the file of the document's folder; % is NUL in it
+//   receive NAME                 asks for that file, and logs whether one is open with the answer
 //   report N                     reports that many per cent
 //   properties, range            logs what came with pdf
 //   kind                         logs the document's kind and its paper, as numbers
