@@ -27,8 +27,13 @@ TEST(JsonWriter, PutsCommasBetweenWhatItIsTold) {
   json.closeArray();
   json.name("c");
   json.number(18446744073709551615U);
+  json.name("d");
+  json.boolean(true);
+  json.name("e");
+  json.boolean(false);
   json.closeObject();
-  EXPECT_EQ(json.line(), R"({"a":1,"b":["x",null,{},[]],"c":18446744073709551615})");
+  EXPECT_EQ(json.line(),
+            R"({"a":1,"b":["x",null,{},[]],"c":18446744073709551615,"d":true,"e":false})");
   json.clear();
   EXPECT_EQ(json.line(), "");
   json.openArray();

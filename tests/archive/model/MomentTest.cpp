@@ -44,5 +44,13 @@ TEST(MomentTest, ShowsTheSendersOwnClock) {
   EXPECT_EQ(ShortDate({1714559696, std::nullopt}), "2024-05-01 10:34");
 }
 
+TEST(MomentTest, KeepsTheOffsetBesideTheSendersOwnClock) {
+  EXPECT_EQ(Iso8601WithOffset({1714559696, 120}), "2024-05-01T12:34:56+02:00");
+  EXPECT_EQ(Iso8601WithOffset({1714559696, -210}), "2024-05-01T07:04:56-03:30");
+  EXPECT_EQ(Iso8601WithOffset({1714559696, std::nullopt}), "2024-05-01T10:34:56Z");
+  // "-00:00" would be a clock that nobody knows (RFC 3339, section 4.3).
+  EXPECT_EQ(Iso8601WithOffset({1714559696, 0}), "2024-05-01T10:34:56+00:00");
+}
+
 }  // namespace
 }  // namespace tarn::archive

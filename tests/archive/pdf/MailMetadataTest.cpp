@@ -59,10 +59,10 @@ TEST(MailMetadataTest, LeavesOutWhatIsEmpty) {
 
 TEST(MailMetadataTest, WritesOnlyCharactersThatXmlHasRoomFor) {
   MailFacts facts;
-  facts.subject = std::string("a\0b\x1B[31m\tc\r\xFF", 12) + "\xEF\xBF\xBF\xF0\x9F\x98\x80\x7F";
+  facts.subject = std::string("a\0b\x1B[31m\tc\r\xFF", 12) + "\xEF\xBF\xBF\xF0\x9F\x98\x80\x7F<";
   const std::string mark = "\xEF\xBF\xBD";
   EXPECT_TRUE(Has(MailMetadata(facts), ">a" + mark + "b" + mark + "[31m\tc&#13;" + mark + mark +
-                                           "\xF0\x9F\x98\x80\x7F</rdf:li>"))
+                                           "\xF0\x9F\x98\x80\x7F&lt;</rdf:li>"))
       << MailMetadata(facts);
 }
 

@@ -48,6 +48,11 @@ TEST(RtfScanner, HoldsNumbersThatAreTooLarge) {
 
 TEST(RtfScanner, AHyphenWithoutDigitsIsText) { EXPECT_EQ(Cut(R"(\b-x)"), R"([\b][-x])"); }
 
+TEST(RtfScanner, DigitsBeyondTheDocumentAreNotRead) {
+  constexpr std::string_view kLonger = R"(\li-360)";
+  EXPECT_EQ(Cut(kLonger.substr(0, 4)), R"([\li][-])");
+}
+
 TEST(RtfScanner, TakesOneBlankOnly) { EXPECT_EQ(Cut("\\b  x"), "[\\b ][ x]"); }
 
 TEST(RtfScanner, LeavesBinaryBytesAlone) {
