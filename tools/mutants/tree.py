@@ -20,6 +20,8 @@ SLOW_SECONDS = 0.15
 MEMORY_LIMIT = 4 << 30
 # The tests of large files write holes of four gigabytes.
 FILE_LIMIT = 6 << 30
+# Some tests ask for limits of their own, of ten seconds of the processor, which cannot be above these.
+LEAST_PROCESSOR_SECONDS = 15
 
 OPTIONS = [
     '-G', 'Ninja', '-DCMAKE_BUILD_TYPE=Debug',
@@ -184,7 +186,7 @@ class Tree:
         return Outcome(status == 0, why, cost)
 
     def _limits(self, known):
-        seconds = int(5 * known.processor + 3) if known else 600
+        seconds = max(int(5 * known.processor + 3), LEAST_PROCESSOR_SECONDS) if known else 600
         # The sanitizers reserve address space by terabytes, and have a limit of their own.
         memory = resource.RLIM_INFINITY if self.sanitized else MEMORY_LIMIT
 
