@@ -213,6 +213,8 @@ TEST(MapiItemTest, DamagedRecipientsCostThemselves) {
   ASSERT_EQ(item->troubles().size(), 2u);
   EXPECT_EQ(item->troubles()[0].reason, "the attachments cannot be read: the list is missing");
   EXPECT_EQ(item->troubles()[1].reason, "the recipients cannot be read: the table is damaged");
+  EXPECT_EQ(item->fields(Detail::Envelope).attachmentCount, 0u);
+  EXPECT_FALSE(item->fields(Detail::Envelope).hasAttachments);
 }
 
 TEST(MapiItemTest, GivesAttachmentsAndTheirBytes) {

@@ -220,6 +220,21 @@ TEST_F(PageHelperTest, ServesAThousandDocumentsWithOneHelper) {
   EXPECT_EQ(test::CountOpenFiles(), files);
 }
 
+TEST_F(PageHelperTest, ForgetsADocumentBeforeTheNextIsLaidOut) {
+  const auto memoryUsed = [this] {
+    const std::string log = logOf(helper_, "layOut memory");
+    return std::stoull(log.substr(log.find("memory: ") + 8));
+  };
+  const std::string large = "never " + std::string(size_t{16} << 20, 'x');
+  const auto after = [&](const std::string& document) {
+    (void)helper_.layOut(ScriptedHelperTest::document(document));
+    return memoryUsed();
+  };
+  const uint64_t before = after("never");
+  const uint64_t allowed = test::kIsSanitized ? uint64_t{256} << 20 : uint64_t{8} << 20;
+  EXPECT_LE(after(large), before + allowed);
+}
+
 TEST_F(PageHelperTest, StartsBeforeTheFirstDocumentWhenItIsPrepared) {
   // Where the first wall of the list cannot be had, its helper is started in vain.
   HelperOptions prepared = options();
