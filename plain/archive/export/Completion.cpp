@@ -232,6 +232,7 @@ class Completion {
     const auto [first, isFirst] = firsts_.emplace(key, offset);
     if (isFirst) return;
     ++counts_.copies;
+    counts_.areCopiesLeftOut = options_.dedupe;
     const Json original = rowAt(first->second);
     row["copyOf"] = {{"source", original["source"]}, {"id", original["id"]}};
     if (!row["files"].empty()) return;

@@ -18,6 +18,7 @@ struct ExportCounts {
   uint64_t partial = 0;
   uint64_t failed = 0;
   uint64_t copies = 0;
+  bool areCopiesLeftOut = false;  // they have rows and no files
   uint64_t sources = 0;
   uint64_t failedSources = 0;
   uint64_t pdfs = 0;         // attachments of that name which the catalogue was told of

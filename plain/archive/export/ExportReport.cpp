@@ -23,9 +23,11 @@ void Summarise(const ExportCounts& counts, const std::string& folder) {
   std::string line = Number(counts.items() - counts.failed, "item") + " of " +
                      Number(counts.sources, "source") + " exported to " + folder;
   if (counts.partial != 0) line += ", " + std::to_string(counts.partial) + " of them not wholly";
-  if (counts.copies != 0)
+  if (counts.copies != 0) {
     line +=
         "; " + std::to_string(counts.copies) + (counts.copies == 1 ? " is a copy" : " are copies");
+    if (counts.areCopiesLeftOut) line += ", and not written again";
+  }
   if (counts.failed != 0) line += "; " + Number(counts.failed, "item") + " failed";
   if (counts.failedSources != 0) {
     line += "; " + Number(counts.failedSources, "source") + " could not be read wholly";

@@ -327,7 +327,10 @@ TEST_F(ExportTest, ShowsACopyByTheFilesOfTheFirstOne) {
   options_.paths = {directory_.write("box", mail + mail).string()};
   options_.dedupe = true;
   options_.choices.catalogue = true;
+  testing::internal::CaptureStderr();
   ASSERT_EQ(exportTo("out"), ExitStatus::Done);
+  EXPECT_TRUE(
+      testing::internal::GetCapturedStderr().ends_with("; 1 is a copy, and not written again\n"));
   const std::string piece = tree("out").at("index/data-0001.js");
   const std::string file = "2024-05-01 Same [0]/message.txt";
   const size_t first = piece.find(file);
