@@ -8,8 +8,8 @@
 
 namespace tarn::host {
 
-// Becomes the program of the first word, which is the command, with all that follows it. Throws Failure (Broken) where it
-// is not installed, and on Windows.
+// Becomes the program of the first word, which is the command, with all that follows it. Throws
+// Failure (Broken) where it is not installed, and on Windows.
 [[noreturn]] void StartArchive(const std::vector<std::string>& words);
 
 }  // namespace tarn::host
