@@ -5,20 +5,27 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <system_error>
 
 namespace tarn::test {
 namespace {
 
 namespace fs = std::filesystem;
 
-// 0 when there is no such process any more.
-pid_t ParentOf(pid_t process) {
-  std::ifstream file("/proc/" + std::to_string(process) + "/stat");
+// "STATE PARENT ..." of a process or a thread by its folder; empty when there is none any more.
+std::string StateOf(const fs::path& folder) {
+  std::ifstream file(folder / "stat");
   std::string text;
   std::getline(file, text, '\0');
   // "PID (NAME) STATE PARENT ...", where the name may hold anything.
   const size_t end = text.rfind(')');
-  return end == std::string::npos ? 0 : static_cast<pid_t>(std::atoi(text.c_str() + end + 4));
+  return end == std::string::npos ? "" : text.substr(end + 2);
+}
+
+// 0 when there is no such process any more.
+pid_t ParentOf(pid_t process) {
+  const std::string state = StateOf("/proc/" + std::to_string(process));
+  return state.empty() ? 0 : static_cast<pid_t>(std::atoi(state.c_str() + 2));
 }
 
 std::vector<pid_t> AllProcesses() {
@@ -39,6 +46,17 @@ bool IsProgramIn(pid_t process, std::string_view folder) {
   return program.starts_with(folder);
 }
 
+// In that state, or ended.
+bool AllThreadsAre(char state, pid_t process) {
+  std::error_code error;
+  const fs::path threads = "/proc/" + std::to_string(process) + "/task";
+  for (const fs::directory_entry& thread : fs::directory_iterator(threads, error)) {
+    const std::string found = StateOf(thread.path());
+    if (!found.empty() && found[0] != state && found[0] != 'Z') return false;
+  }
+  return true;
+}
+
 }  // namespace
 
 std::vector<pid_t> DescendantsOf(pid_t process, std::string_view folder) {
@@ -50,5 +68,8 @@ std::vector<pid_t> DescendantsOf(pid_t process, std::string_view folder) {
   }
   return found;
 }
+
+bool IsAsleep(pid_t process) { return AllThreadsAre('S', process); }
+bool IsStopped(pid_t process) { return AllThreadsAre('T', process); }
 
 }  // namespace tarn::test

@@ -1,10 +1,12 @@
 // The helpers that are built, killed in the middle of a page.
 
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <csignal>
 
 #include "PagesFixture.h"
+#include "siblings/Processes.h"
 
 namespace tarn::test {
 namespace {
@@ -16,7 +18,8 @@ class KilledHelper : public PagesFixture {
     std::string error;
   };
 
-  // What comes of it when the helper is killed after the first page.
+  // What comes of it when the helper is killed after the first page. It is stopped before, until
+  // the program waits for its answer: one that ends between two questions is replaced.
   End kill(const std::vector<std::string>& words) {
     TwoEnds error;  // the other way round: the program writes, the test reads
     OpenPipe(error);
@@ -26,7 +29,11 @@ class KilledHelper : public PagesFixture {
     const std::vector<pages::Descriptor> started = startedBy(program);
     const std::vector<pid_t> helpers = helpersOf(program);
     EXPECT_EQ(helpers.size(), 1u);
-    for (const pid_t helper : helpers) ::kill(helper, SIGKILL);
+    for (const pid_t helper : helpers) {
+      ::kill(helper, SIGSTOP);
+      while (!IsStopped(helper) || !IsAsleep(program.process())) usleep(1000);
+      ::kill(helper, SIGKILL);
+    }
     End end;
     end.error = ReadAll(error.program);
     end.status = program.wait();
