@@ -1,47 +1,50 @@
 # How every target of this project is compiled, and the short forms the folders use.
 
-add_library(tarn_options INTERFACE)
-target_compile_options(tarn_options INTERFACE
+add_library(tarn_common_options INTERFACE)
+target_compile_options(tarn_common_options INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
   # GCC 12 sees overlapping copies in sums of strings where there are none (its bug 105651).
   $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
   # Source locations name files below the project, not places on the build machine.
   -ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
 if(WIN32)
-  target_compile_definitions(tarn_options INTERFACE WIN32_LEAN_AND_MEAN NOMINMAX)
+  target_compile_definitions(tarn_common_options INTERFACE WIN32_LEAN_AND_MEAN NOMINMAX)
 endif()
 # What a release can do against attack that the compiler and the linker give. The sanitizers of the
 # other build see more, and do not go with it.
 if(WIN32)
-  target_link_options(tarn_options INTERFACE
+  target_link_options(tarn_common_options INTERFACE
     LINKER:--dynamicbase,--high-entropy-va,--nxcompat
     # The same bytes from the same sources, whenever they are linked.
     LINKER:--no-insert-timestamp)
 elseif(NOT TARN_SANITIZE AND NOT TARN_THREAD_SANITIZER)
   include(CheckPIESupported)
   check_pie_supported(LANGUAGES C CXX)
-  target_compile_options(tarn_options INTERFACE
+  target_compile_options(tarn_common_options INTERFACE
     # Needs optimisation.
     $<$<CONFIG:Release>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>
     -fstack-protector-strong)
   if(CMAKE_SYSTEM_PROCESSOR STREQUAL "x86_64")
-    target_compile_options(tarn_options INTERFACE -fcf-protection)
+    target_compile_options(tarn_common_options INTERFACE -fcf-protection)
   endif()
-  target_link_options(tarn_options INTERFACE LINKER:-z,relro,-z,now)
+  target_link_options(tarn_common_options INTERFACE LINKER:-z,relro,-z,now)
 endif()
 if(TARN_SANITIZE)
-  target_compile_options(tarn_options INTERFACE
+  target_compile_options(tarn_common_options INTERFACE
     -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
-  target_link_options(tarn_options INTERFACE -fsanitize=address,undefined)
+  target_link_options(tarn_common_options INTERFACE -fsanitize=address,undefined)
 endif()
 if(TARN_THREAD_SANITIZER)
-  target_compile_options(tarn_options INTERFACE -fsanitize=thread -fno-omit-frame-pointer)
-  target_link_options(tarn_options INTERFACE -fsanitize=thread)
+  target_compile_options(tarn_common_options INTERFACE -fsanitize=thread -fno-omit-frame-pointer)
+  target_link_options(tarn_common_options INTERFACE -fsanitize=thread)
 endif()
+# For all but tests: what these do themselves leads to nothing that fuzzing looks for.
+add_library(tarn_options INTERFACE)
+target_link_libraries(tarn_options INTERFACE tarn_common_options)
 if(TARN_FUZZ)
   # Coverage feedback for the fuzz targets; ordinary programs run as before.
   target_compile_options(tarn_options INTERFACE -fsanitize=fuzzer-no-link)
-  target_link_options(tarn_options INTERFACE -fsanitize=fuzzer-no-link)
+  target_link_options(tarn_common_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
 # What tests reach of the filter and the plain kernel is counted for scripts/coverage.sh: at run time
@@ -52,7 +55,7 @@ add_library(tarn_counted INTERFACE)
 if(TARN_COVERAGE)
   target_compile_options(tarn_counted INTERFACE
     "-fprofile-instr-generate=${TARN_PROFILES}/%4m.profraw" -fcoverage-mapping)
-  target_link_options(tarn_options INTERFACE -fprofile-instr-generate)
+  target_link_options(tarn_common_options INTERFACE -fprofile-instr-generate)
 endif()
 
 # The public headers (Include/) and the records that subsystems share (Include/Internal/).
@@ -71,10 +74,9 @@ endfunction()
 # Tests and what they build their inputs with: compiled for a short build. What they test is
 # compiled as the build type says.
 add_library(tarn_busy_test_options INTERFACE)
-target_link_libraries(tarn_busy_test_options INTERFACE tarn_options tarn_counted)
+target_link_libraries(tarn_busy_test_options INTERFACE tarn_common_options tarn_counted)
 target_compile_options(tarn_busy_test_options INTERFACE
   $<$<CONFIG:Release>:-O1>
-  $<$<CONFIG:Debug>:-gline-tables-only>
   # GCC 12 sees copies beyond short strings at this level where there are none.
   $<$<CXX_COMPILER_ID:GNU>:-Wno-array-bounds -Wno-stringop-overflow -Wno-stringop-overread>)
 

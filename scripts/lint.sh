@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # scripts/lint.sh [--recent N]: is every source formatted by .clang-format, and clean under .clang-tidy and
 # cppcheck, and are the types right of what is Python and installed? Needs the packages clang-format,
-# clang-tidy, cppcheck and mypy, and a configured debug build (cmake --preset debug), which is why nothing
+# clang-tidy, cppcheck and mypy. Reads sources as the debug build compiles them, which is why nothing
 # reads what is for Windows alone. All sources together take an hour on two processors; --recent N takes
 # the N that the last commits have changed. A header is read with the source of the same name, and
 # counts as that.
@@ -44,7 +44,9 @@ cppcheck --std=c++20 --enable=warning,portability --inline-suppr --error-exitcod
   --suppress=invalidLifetime:plain/archive/catalogue/GatheredWords.cpp \
   "${units[@]}"
 
-# Sources that tests compile too are read as those are, with their precompiled headers.
-cmake --build --preset debug --target tarn_test_headers >/dev/null
+# A build of which only its list of commands is used, one for each source. Sources that tests compile
+# too are read as those are, with their precompiled headers.
+{ cmake --preset debug -B build/lint -DTARN_UNITY=OFF
+  cmake --build build/lint --target tarn_test_headers; } >/dev/null
 printf '%s\0' "${units[@]}" |
-  xargs -0 -n 4 -P "$(nproc)" clang-tidy -p build/debug --quiet --warnings-as-errors='*'
+  xargs -0 -n 4 -P "$(nproc)" clang-tidy -p build/lint --quiet --warnings-as-errors='*'
