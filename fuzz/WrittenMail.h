@@ -10,19 +10,12 @@
 
 #include "archive/mail/MailBytes.h"
 #include "archive/mail/MailItem.h"
-#include "archive/model/ByteSink.h"
 #include "archive/model/Item.h"
+#include "archive/model/TextSink.h"
 
 namespace tarn::fuzz {
 
-class TextSink final : public archive::ByteSink {
- public:
-  std::optional<archive::Trouble> write(std::string_view bytes) override {
-    text.append(bytes);
-    return std::nullopt;
-  }
-  std::string text;
-};
+using archive::TextSink;
 
 // Null for bytes that are no mail.
 inline std::unique_ptr<archive::Item> ItemOfMail(std::string_view bytes) {

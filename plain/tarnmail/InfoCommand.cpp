@@ -55,12 +55,12 @@ Json FrontOfJson(const std::string& file, int32_t format, int32_t messages, int3
 }
 
 // What is known of a message that has a document.
-struct Known {
+struct MailFacts {
   MessageAnswer answer;
   std::string whyNoPages;  // empty when there are pages, or nobody asked for them
 };
 
-std::string AsJson(const std::string& file, const Known& known) {
+std::string AsJson(const std::string& file, const MailFacts& known) {
   const MessageAnswer& answer = known.answer;
   Json json = FrontOfJson(file, answer.format, answer.messageCount, answer.messageNumber);
   json["document"] = DocumentName(answer.document.sibling);
@@ -79,7 +79,7 @@ std::string AsJson(const std::string& file, const Lack& lack) {
   return JsonText(json);
 }
 
-std::string AsText(const Known& known) {
+std::string AsText(const MailFacts& known) {
   const MessageAnswer& answer = known.answer;
   std::string pages =
       answer.pageCount > 0 ? std::to_string(answer.pageCount) : std::string("unknown");
@@ -117,7 +117,7 @@ std::optional<Lack> LackOf(const MailFile& mail, const MessageChoice& choice,
 
 // A document that cannot be laid out keeps nothing else from being told; what the machine lacks is
 // another matter.
-Known KnownOf(const Workplace& at, const MailFile& mail, const InfoOptions& options) {
+MailFacts FactsOf(const Workplace& at, const MailFile& mail, const InfoOptions& options) {
   if (!options.pages) return {mail.read(), {}};
   try {
     return {LaidOutAnswer(at, mail, options), {}};
@@ -142,7 +142,7 @@ std::string Text(const InfoOptions& options, const Answer& answer) {
 std::string InfoText(const Workplace& at, const InfoOptions& options) {
   const MailFile mail(at.filter, options.message, at.folder);
   try {
-    return Text(options, KnownOf(at, mail, options));
+    return Text(options, FactsOf(at, mail, options));
   } catch (const Refusal& refusal) {
     const std::optional<Lack> lack = LackOf(mail, options.message, refusal);
     if (!lack) throw;

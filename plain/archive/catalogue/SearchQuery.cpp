@@ -104,11 +104,11 @@ std::string PhraseOf(const Term& term) {
 }
 
 // Phrases of which one is to occur.
-using Choice = std::string;
+using Alternative = std::string;
 
-std::string Joined(const std::vector<Choice>& choices, std::string_view with) {
+std::string Joined(const std::vector<Alternative>& choices, std::string_view with) {
   std::string all;
-  for (const Choice& choice : choices) {
+  for (const Alternative& choice : choices) {
     if (!all.empty()) all += with;
     all += '(' + choice + ')';
   }
@@ -118,8 +118,8 @@ std::string Joined(const std::vector<Choice>& choices, std::string_view with) {
 }  // namespace
 
 std::optional<std::string> QueryOf(std::string_view words) {
-  std::vector<Choice> wanted;
-  std::vector<Choice> unwanted;
+  std::vector<Alternative> wanted;
+  std::vector<Alternative> unwanted;
   bool isOr = false;
   bool isNot = false;
   bool canBeChosen = false;  // the last word is wanted

@@ -18,7 +18,7 @@ namespace tarn::archive {
 namespace {
 
 namespace fs = std::filesystem;
-using Json = nlohmann::json;
+using nlohmann::json;
 
 Trouble Damaged(const std::string& what, const std::string& how) {
   return {TroubleKind::Damaged, what + ": " + how};
@@ -86,11 +86,11 @@ class PartCheck {
     const std::string& rows = sum_.rows();
     for (size_t begin = 0; begin < rows.size();) {
       const size_t end = std::min(rows.find('\n', begin), rows.size());
-      const Json row =
-          Json::parse(std::string_view(rows).substr(begin, end - begin), nullptr, false);
+      const json row =
+          json::parse(std::string_view(rows).substr(begin, end - begin), nullptr, false);
       begin = end + 1;
       if (!row.is_object() || !row.contains("files")) continue;
-      for (const Json& file : row["files"]) {
+      for (const json& file : row["files"]) {
         const std::string path = file.value("path", "");
         if (!path.starts_with(place)) continue;
         std::optional<Trouble> trouble =
@@ -101,7 +101,7 @@ class PartCheck {
     return std::nullopt;
   }
 
-  static std::optional<Trouble> checkFile(const fs::path& path, const Json& file) {
+  static std::optional<Trouble> checkFile(const fs::path& path, const json& file) {
     const Outcome<FileSum> sum = SumOfFile(path);
     if (!sum) return sum.trouble();
     if (sum->sha256 == file.value("sha256", "")) return std::nullopt;

@@ -66,6 +66,11 @@ void PutListKeys(Item& item, const std::string& source, JsonWriter& json) {
   }
 }
 
+std::string DateText(const ItemFields& fields) {
+  const std::optional<Moment>& date = fields.sent ? fields.sent : fields.received;
+  return date ? LocalMinute(*date) : "";
+}
+
 const std::string& SenderText(const Address& from) {
   return from.name.empty() ? from.address : from.name;
 }

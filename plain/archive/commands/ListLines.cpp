@@ -5,7 +5,6 @@
 #include "archive/commands/ItemKeys.h"
 #include "archive/common/ItemFilter.h"
 #include "archive/common/JsonWriter.h"
-#include "archive/common/MomentText.h"
 #include "archive/sources/OpenSource.h"
 #include "archive/text/TerminalText.h"
 
@@ -16,11 +15,6 @@ namespace {
 std::string AttachmentsText(const ItemFields& fields) {
   if (fields.attachmentCount != 0) return std::to_string(fields.attachmentCount);
   return fields.hasAttachments ? "+" : "0";
-}
-
-std::string DateText(const ItemFields& fields) {
-  const std::optional<Moment>& date = fields.sent ? fields.sent : fields.received;
-  return date ? LocalMinute(*date) : "";
 }
 
 // Keeps the text of a folder that many items are in.

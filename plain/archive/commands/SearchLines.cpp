@@ -5,7 +5,6 @@
 #include "archive/commands/ItemKeys.h"
 #include "archive/common/ItemFilter.h"
 #include "archive/common/JsonWriter.h"
-#include "archive/common/MomentText.h"
 #include "archive/text/TerminalText.h"
 
 namespace tarn::archive {
@@ -23,11 +22,6 @@ std::string PathOf(const FoundItem& found) {
     if (file != files.end()) return found.directory + '/' + file->path;
   }
   return {};
-}
-
-std::string DateText(const ItemFields& fields) {
-  const std::optional<Moment>& date = fields.sent ? fields.sent : fields.received;
-  return date ? LocalMinute(*date) : "";
 }
 
 std::string FieldName(FoundField field) {

@@ -162,7 +162,7 @@ int64_t LocalOffset(int64_t seconds) {
 bool IsInRange(const Moment& moment) {
   constexpr int64_t kFirst = -62135596800;  // 0001-01-01
   constexpr int64_t kLast = 253402300799;   // 9999-12-31
-  return moment.seconds >= kFirst + 86400 && moment.seconds <= kLast - 86400;
+  return moment.seconds >= kFirst + kSecondsOfDay && moment.seconds <= kLast - kSecondsOfDay;
 }
 
 }  // namespace

@@ -41,11 +41,11 @@ std::string Sha256::digest() const {
   std::array<unsigned char, EVP_MAX_MD_SIZE> bytes;
   unsigned int size = 0;
   Check(EVP_DigestFinal_ex(copy.context_.get(), bytes.data(), &size));
-  constexpr std::string_view kDigits = "0123456789abcdef";
+  constexpr std::string_view kHexDigits = "0123456789abcdef";
   std::string text;
   for (unsigned int at = 0; at < size; ++at) {
-    text += kDigits[bytes[at] >> 4];
-    text += kDigits[bytes[at] & 0xF];
+    text += kHexDigits[bytes[at] >> 4];
+    text += kHexDigits[bytes[at] & 0xF];
   }
   return text;
 }

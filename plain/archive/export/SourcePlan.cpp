@@ -15,7 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr size_t kPiece = size_t{64} << 10;
+constexpr size_t kPieceOfPlan = size_t{64} << 10;
 
 // A new file, whatever is there.
 Outcome<std::unique_ptr<GrowingFile>> NewFile(const fs::path& path) {
@@ -151,7 +151,7 @@ class Planner {
 
   std::optional<Trouble> add(const PlanEntry& entry) {
     waiting_ += Packed(entry);
-    return waiting_.size() < kPiece ? std::nullopt : flush();
+    return waiting_.size() < kPieceOfPlan ? std::nullopt : flush();
   }
 
   std::optional<Trouble> flush() {
@@ -197,7 +197,7 @@ Outcome<WrittenPlan> WriteNames(PlanReader& draft, const std::vector<uint64_t>& 
       waiting += Packed(entry);
     }
     if (!*next && !plan && waiting.size() <= kShortPlan) return WrittenPlan{entries, waiting};
-    if (!*next || waiting.size() >= kPiece) {
+    if (!*next || waiting.size() >= kPieceOfPlan) {
       if (!plan) {
         Outcome<std::unique_ptr<GrowingFile>> opened = NewFile(path);
         if (!opened) return opened.trouble();
@@ -250,7 +250,7 @@ Outcome<bool> PlanReader::fill(size_t bytes) {
     const uint64_t place = offset_ + buffer_.size();
     if (!file_ || place >= file_->size()) return false;
     const Outcome<std::string> more =
-        file_->read(place, std::min<uint64_t>(kPiece, file_->size() - place));
+        file_->read(place, std::min<uint64_t>(kPieceOfPlan, file_->size() - place));
     if (!more) return more.trouble();
     buffer_ += *more;
   }

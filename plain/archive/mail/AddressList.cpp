@@ -6,11 +6,11 @@
 #include <string_view>
 #include <utility>
 
-#include "archive/mail/AsciiText.h"
 #include "archive/mail/EncodedWords.h"
 #include "archive/mail/GObjectPtr.h"
 #include "archive/mail/HeaderFields.h"
 #include "archive/mail/ParseMail.h"
+#include "archive/text/AsciiText.h"
 
 namespace tarn::archive::mail {
 namespace {

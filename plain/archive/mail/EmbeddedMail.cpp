@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <optional>
 
-#include "archive/mail/AsciiText.h"
 #include "archive/mail/LineScan.h"
 #include "archive/mail/ParseMail.h"
+#include "archive/text/AsciiText.h"
 
 namespace tarn::archive::mail {
 namespace {

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "archive/mail/AsciiText.h"
+#include "archive/text/AsciiText.h"
 
 namespace tarn::archive::mail {
 namespace {
@@ -93,7 +93,7 @@ bool AreCutFromOne(const std::vector<std::string>& texts) {
   return std::none_of(texts.begin(), last, isPadded) && std::any_of(texts.begin(), last, isUneven);
 }
 
-std::string BytesOf(const std::vector<std::string>& texts) {
+std::string JoinedBytes(const std::vector<std::string>& texts) {
   std::string bytes;
   if (AreCutFromOne(texts)) {
     std::string all;
@@ -130,7 +130,7 @@ std::string WithBase64WordsJoined(std::string_view value) {
       joined += "=?";
       joined += first->charset;
       joined += "?Q?";
-      for (const char c : BytesOf(texts)) joined += Encoded(c);
+      for (const char c : JoinedBytes(texts)) joined += Encoded(c);
       joined += "?=";
       done = end;
     }

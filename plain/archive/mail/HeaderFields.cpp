@@ -5,11 +5,11 @@
 #include <utility>
 
 #include "archive/mail/AddressList.h"
-#include "archive/mail/AsciiText.h"
 #include "archive/mail/EncodedWords.h"
 #include "archive/mail/GObjectPtr.h"
 #include "archive/mail/MailDate.h"
 #include "archive/mail/ParseMail.h"
+#include "archive/text/AsciiText.h"
 #include "archive/text/BodyText.h"
 
 namespace tarn::archive::mail {
@@ -37,12 +37,6 @@ std::optional<Address> OthersOf(const std::vector<Address>& from,
     all.name += TextOfAddress(other);
   }
   return all;
-}
-
-std::string WithoutBrackets(std::string text) {
-  if (text.starts_with('<')) text.erase(0, 1);
-  if (text.ends_with('>')) text.pop_back();
-  return text;
 }
 
 std::optional<Moment> ReceivedOf(GMimeObject* message) {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "archive/mail/AsciiText.h"
+#include "archive/text/AsciiText.h"
 
 namespace tarn::archive::mail {
 namespace {

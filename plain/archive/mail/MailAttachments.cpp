@@ -3,13 +3,13 @@
 #include <unordered_set>
 #include <utility>
 
-#include "archive/mail/AsciiText.h"
 #include "archive/mail/EmbeddedMail.h"
 #include "archive/mail/GObjectPtr.h"
 #include "archive/mail/HeaderFields.h"
 #include "archive/mail/MailBodies.h"
 #include "archive/mail/PartBytes.h"
 #include "archive/mail/Uuencode.h"
+#include "archive/text/AsciiText.h"
 #include "archive/text/BodyText.h"
 
 namespace tarn::archive::mail {

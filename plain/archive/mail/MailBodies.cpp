@@ -5,12 +5,12 @@
 #include <optional>
 #include <utility>
 
-#include "archive/mail/AsciiText.h"
 #include "archive/mail/FlowedText.h"
 #include "archive/mail/GObjectPtr.h"
 #include "archive/mail/HeaderFields.h"
 #include "archive/mail/PartBytes.h"
 #include "archive/mail/Uuencode.h"
+#include "archive/text/AsciiText.h"
 #include "archive/text/BodyText.h"
 
 namespace tarn::archive::mail {

@@ -6,8 +6,8 @@
 #include <array>
 #include <string>
 
-#include "archive/mail/AsciiText.h"
 #include "archive/mail/GObjectPtr.h"
+#include "archive/text/AsciiText.h"
 
 namespace tarn::archive::mail {
 namespace {

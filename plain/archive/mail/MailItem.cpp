@@ -3,7 +3,6 @@
 #include <string>
 #include <utility>
 
-#include "archive/mail/AsciiText.h"
 #include "archive/mail/HeaderFields.h"
 #include "archive/mail/LineEnds.h"
 #include "archive/mail/MailAttachments.h"
@@ -13,6 +12,7 @@
 #include "archive/mail/ParseMail.h"
 #include "archive/mail/PartialMail.h"
 #include "archive/mail/TnefParts.h"
+#include "archive/text/AsciiText.h"
 #include "archive/text/BodyText.h"
 
 namespace tarn::archive::mail {

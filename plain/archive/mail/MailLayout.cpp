@@ -2,9 +2,9 @@
 
 #include <utility>
 
-#include "archive/mail/AsciiText.h"
 #include "archive/mail/HeaderFields.h"
 #include "archive/mail/PartBytes.h"
+#include "archive/text/AsciiText.h"
 
 namespace tarn::archive::mail {
 namespace {

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <charconv>
 
-#include "archive/mail/AsciiText.h"
 #include "archive/mail/HeaderNames.h"
 #include "archive/mail/MailDate.h"
 #include "archive/mail/ParseMail.h"
+#include "archive/text/AsciiText.h"
 
 namespace tarn::archive::mail {
 namespace {

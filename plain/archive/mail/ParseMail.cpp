@@ -5,10 +5,10 @@
 #include <optional>
 #include <string>
 
-#include "archive/mail/AsciiText.h"
 #include "archive/mail/HeaderNames.h"
 #include "archive/mail/LineScan.h"
 #include "archive/mail/MailStream.h"
+#include "archive/text/AsciiText.h"
 
 namespace tarn::archive::mail {
 namespace {

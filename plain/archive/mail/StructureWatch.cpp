@@ -5,9 +5,9 @@
 #include <algorithm>
 #include <memory>
 
-#include "archive/mail/AsciiText.h"
 #include "archive/mail/GObjectPtr.h"
 #include "archive/mail/ParseMail.h"
+#include "archive/text/AsciiText.h"
 
 namespace tarn::archive::mail {
 namespace {

@@ -3,9 +3,9 @@
 #include <string>
 #include <utility>
 
-#include "archive/mail/AsciiText.h"
 #include "archive/mail/PartBytes.h"
 #include "archive/mapi/MapiItem.h"
+#include "archive/text/AsciiText.h"
 #include "archive/tnef/TnefReader.h"
 
 namespace tarn::archive::mail {

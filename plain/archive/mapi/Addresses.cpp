@@ -5,17 +5,10 @@
 #include <string>
 #include <utility>
 
+#include "archive/text/AsciiText.h"
+
 namespace tarn::archive::mapi {
 namespace {
-
-char LowerCase(char character) {
-  return character >= 'A' && character <= 'Z' ? static_cast<char>(character + 32) : character;
-}
-
-bool SameIgnoringCase(std::string_view left, std::string_view right) {
-  return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                    [](char a, char b) { return LowerCase(a) == LowerCase(b); });
-}
 
 constexpr size_t kOneOffHeader = 24;
 constexpr std::string_view kOneOffProvider(
@@ -41,7 +34,7 @@ std::string OneOffAddress(std::string_view entryId, std::optional<uint32_t> code
   TakeText(texts, wide, codePage);
   const std::string type = TakeText(texts, wide, codePage);
   std::string address = TakeText(texts, wide, codePage);
-  return SameIgnoringCase(type, "SMTP") ? address : std::string();
+  return EqualsNoCase(type, "SMTP") ? address : std::string();
 }
 
 }  // namespace
@@ -65,7 +58,7 @@ Address ReadAddress(PropertyValues& values, const AddressTags& tags) {
   if (IsInternetAddress(person.address)) return person;
   std::string own = values.firstText({tags.address});
   const std::string type = values.firstText({tags.type});
-  const bool isSmtp = SameIgnoringCase(type, "SMTP") || (type.empty() && IsInternetAddress(own));
+  const bool isSmtp = EqualsNoCase(type, "SMTP") || (type.empty() && IsInternetAddress(own));
   if (!isSmtp || own.empty()) {
     const std::optional<std::string> entryId = values.binary(tags.entryId);
     const std::string found = entryId ? OneOffAddress(*entryId, values.codePage()) : std::string();
@@ -78,7 +71,7 @@ Address ReadAddress(PropertyValues& values, const AddressTags& tags) {
 
 bool IsSamePerson(const Address& left, const Address& right) {
   if (!left.address.empty() && !right.address.empty()) {
-    return SameIgnoringCase(left.address, right.address);
+    return EqualsNoCase(left.address, right.address);
   }
   return left.name == right.name;
 }

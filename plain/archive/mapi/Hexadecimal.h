@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace tarn::archive::mapi {
 
@@ -12,6 +13,13 @@ namespace tarn::archive::mapi {
 inline std::string Hexadecimal(uint32_t number, size_t digits) {
   std::string text(digits, '0');
   for (size_t at = digits; at-- != 0; number >>= 4) text[at] = "0123456789ABCDEF"[number & 0xF];
+  return text;
+}
+
+// Two digits a byte.
+inline std::string HexadecimalOf(std::string_view bytes) {
+  std::string text;
+  for (const char byte : bytes) text += Hexadecimal(static_cast<unsigned char>(byte), 2);
   return text;
 }
 

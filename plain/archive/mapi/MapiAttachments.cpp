@@ -7,6 +7,7 @@
 #include "archive/mapi/MapiFields.h"
 #include "archive/mapi/PropertyValues.h"
 #include "archive/mapi/Tags.h"
+#include "archive/text/AsciiText.h"
 
 namespace tarn::archive::mapi {
 namespace {
@@ -49,19 +50,6 @@ bool IsSignature(std::string_view mediaType) {
          mediaType == "application/x-pkcs7-signature" || mediaType == "application/pgp-signature";
 }
 
-std::string LowerCase(std::string text) {
-  for (char& character : text) {
-    if (character >= 'A' && character <= 'Z') character = static_cast<char>(character + 32);
-  }
-  return text;
-}
-
-std::string WithoutBrackets(std::string text) {
-  if (!text.empty() && text.front() == '<') text.erase(0, 1);
-  if (!text.empty() && text.back() == '>') text.pop_back();
-  return text;
-}
-
 // An embedded item without a name of its own is called by its subject.
 std::string SubjectOfEmbedded(MapiMessage& message, size_t index) {
   const Outcome<std::unique_ptr<MapiMessage>> embedded = message.embedded(index);
@@ -83,7 +71,7 @@ std::string NameOf(MapiMessage& message, size_t index, AttachmentKind kind,
 Attachment DescribeAttachment(MapiMessage& message, size_t index, PropertyValues& values) {
   Attachment attachment;
   attachment.kind = KindOf(values);
-  attachment.mediaType = LowerCase(values.firstText({kTagAttachMimeTag}));
+  attachment.mediaType = LoweredAscii(values.firstText({kTagAttachMimeTag}));
   if (attachment.kind == AttachmentKind::Data && IsSignature(attachment.mediaType)) {
     attachment.kind = AttachmentKind::Signature;
   }

@@ -10,6 +10,7 @@
 #include "archive/mapi/PropertyValues.h"
 #include "archive/mapi/Tags.h"
 #include "archive/mapi/TransportHeaders.h"
+#include "archive/text/AsciiText.h"
 
 namespace tarn::archive::mapi {
 namespace {
@@ -24,8 +25,6 @@ constexpr AddressTags kRecipient = {kTagDisplayName, kTagAddressType, kTagEmailA
 
 // The lowest bits of PidTagRecipientType; the others tell of sending again.
 enum RecipientType : int64_t { kOriginator = 0, kTo = 1, kCc = 2, kBcc = 3, kTypeBits = 0xF };
-
-constexpr int64_t kSecondsInADay = 24 * 60 * 60;
 
 bool IsNobody(const Address& person) { return person.name.empty() && person.address.empty(); }
 
@@ -49,7 +48,7 @@ void ReadSent(PropertyValues& values, const std::string& headers, ItemFields& fi
   const std::optional<Moment> date = ParseMailDate(HeaderField(headers, "Date"));
   if (!date) return;
   if (!fields.sent) fields.sent = date;
-  if (std::abs(fields.sent->seconds - date->seconds) < kSecondsInADay) {
+  if (std::abs(fields.sent->seconds - date->seconds) < kSecondsOfDay) {
     fields.sent->offsetMinutes = date->offsetMinutes;
   }
 }
@@ -138,12 +137,6 @@ void ReadRecipients(MapiMessage& message, std::optional<uint32_t> codePage, Item
     troubles.push_back({first.kind, std::to_string(unread) + " of " + std::to_string(*count) +
                                         " recipients cannot be read whole: " + first.reason});
   }
-}
-
-std::string WithoutBrackets(std::string text) {
-  if (!text.empty() && text.front() == '<') text.erase(0, 1);
-  if (!text.empty() && text.back() == '>') text.pop_back();
-  return text;
 }
 
 }  // namespace

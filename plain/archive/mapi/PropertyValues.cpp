@@ -36,7 +36,7 @@ std::string Utf8OfUnits(std::u16string_view units) {
 
 bool IsUtf8(std::string_view bytes) { return platform::MeasureText<char16_t>(bytes).isWellFormed; }
 
-uint64_t NumberOf(std::string_view bytes) {
+uint64_t LittleEndian(std::string_view bytes) {
   uint64_t number = 0;
   for (size_t at = bytes.size(); at-- != 0;)
     number = (number << 8) | static_cast<uint8_t>(bytes[at]);
@@ -74,7 +74,7 @@ std::string Utf8OfText8(std::string_view bytes, std::optional<uint32_t> codePage
 std::string Utf8OfText16(std::string_view bytes) {
   std::u16string units(bytes.size() / 2, u'\0');
   for (size_t at = 0; at < units.size(); ++at) {
-    units[at] = static_cast<char16_t>(NumberOf(bytes.substr(2 * at, 2)));
+    units[at] = static_cast<char16_t>(LittleEndian(bytes.substr(2 * at, 2)));
   }
   while (!units.empty() && units.back() == u'\0') units.pop_back();
   return Utf8OfUnits(units);
@@ -118,21 +118,22 @@ std::string PropertyValues::firstText(std::initializer_list<uint16_t> ids) {
 
 std::optional<int64_t> PropertyValues::integer(uint16_t id) {
   if (const auto bytes = fixed(id, kTypeInteger32, 4)) {
-    return static_cast<int32_t>(static_cast<uint32_t>(NumberOf(*bytes)));
+    return static_cast<int32_t>(static_cast<uint32_t>(LittleEndian(*bytes)));
   }
   if (const auto bytes = fixed(id, kTypeInteger16, 2)) {
-    return static_cast<int16_t>(static_cast<uint16_t>(NumberOf(*bytes)));
+    return static_cast<int16_t>(static_cast<uint16_t>(LittleEndian(*bytes)));
   }
   if (const auto bytes = fixed(id, kTypeInteger64, 8)) {
-    return static_cast<int64_t>(NumberOf(*bytes));
+    return static_cast<int64_t>(LittleEndian(*bytes));
   }
   return std::nullopt;
 }
 
 std::optional<double> PropertyValues::real(uint16_t id) {
-  if (const auto bytes = fixed(id, kTypeFloat64, 8)) return std::bit_cast<double>(NumberOf(*bytes));
+  if (const auto bytes = fixed(id, kTypeFloat64, 8))
+    return std::bit_cast<double>(LittleEndian(*bytes));
   if (const auto bytes = fixed(id, kTypeFloat32, 4)) {
-    return std::bit_cast<float>(static_cast<uint32_t>(NumberOf(*bytes)));
+    return std::bit_cast<float>(static_cast<uint32_t>(LittleEndian(*bytes)));
   }
   return std::nullopt;
 }
@@ -145,7 +146,7 @@ std::optional<bool> PropertyValues::boolean(uint16_t id) {
 
 std::optional<Moment> PropertyValues::time(uint16_t id) {
   const auto bytes = fixed(id, kTypeTime, 8);
-  return bytes ? MomentOfFileTime(NumberOf(*bytes)) : std::nullopt;
+  return bytes ? MomentOfFileTime(LittleEndian(*bytes)) : std::nullopt;
 }
 
 std::optional<std::array<uint8_t, 16>> PropertyValues::guid(uint16_t id) {

@@ -79,16 +79,16 @@ constexpr NamedTag kNamedTags[] = {
     {kTagAttachmentHidden, "PidTagAttachmentHidden"},
 };
 
-constexpr bool Before(const NamedTag& left, const NamedTag& right) { return left.id < right.id; }
+constexpr bool IsBefore(const NamedTag& left, const NamedTag& right) { return left.id < right.id; }
 
-static_assert(std::is_sorted(std::begin(kNamedTags), std::end(kNamedTags), Before));
+static_assert(std::is_sorted(std::begin(kNamedTags), std::end(kNamedTags), IsBefore));
 
 }  // namespace
 
 std::string_view NameOfTag(uint16_t id) {
   const NamedTag* const end = std::end(kNamedTags);
   const NamedTag* const at =
-      std::lower_bound(std::begin(kNamedTags), end, NamedTag{id, {}}, Before);
+      std::lower_bound(std::begin(kNamedTags), end, NamedTag{id, {}}, IsBefore);
   return at != end && at->id == id ? at->name : std::string_view();
 }
 

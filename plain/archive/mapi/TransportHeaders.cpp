@@ -6,27 +6,12 @@
 #include <cstdint>
 #include <vector>
 
+#include "archive/text/AsciiText.h"
+
 namespace tarn::archive::mapi {
 namespace {
 
-char LowerCase(char character) {
-  return character >= 'A' && character <= 'Z' ? static_cast<char>(character + 32) : character;
-}
-
-bool SameIgnoringCase(std::string_view left, std::string_view right) {
-  return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                    [](char a, char b) { return LowerCase(a) == LowerCase(b); });
-}
-
-bool IsBlank(char character) {
-  return character == ' ' || character == '\t' || character == '\r' || character == '\n';
-}
-
-std::string_view Trimmed(std::string_view text) {
-  while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
-  while (!text.empty() && IsBlank(text.back())) text.remove_suffix(1);
-  return text;
-}
+constexpr std::string_view kLineBlanks = " \t\r\n";
 
 std::string_view TakeLine(std::string_view& text) {
   const size_t end = std::min(text.find('\n'), text.size());
@@ -47,7 +32,7 @@ std::vector<std::string_view> WordsOfDate(std::string_view date) {
     if (first == '(') ++depth;
     if (first == ')' && depth != 0) --depth;
     const auto isOf = [&](size_t place, bool digits) {
-      const char character = LowerCase(date[place]);
+      const char character = LowerAscii(date[place]);
       return digits ? character >= '0' && character <= '9' : character >= 'a' && character <= 'z';
     };
     const bool isSign = first == '+' || first == '-';
@@ -76,7 +61,7 @@ std::optional<unsigned> MonthOf(std::string_view word) {
   constexpr std::array<std::string_view, 12> kMonths = {"jan", "feb", "mar", "apr", "may", "jun",
                                                         "jul", "aug", "sep", "oct", "nov", "dec"};
   for (size_t month = 0; month < kMonths.size(); ++month) {
-    if (SameIgnoringCase(word.substr(0, 3), kMonths[month])) {
+    if (EqualsNoCase(word.substr(0, 3), kMonths[month])) {
       return static_cast<unsigned>(month + 1);
     }
   }
@@ -100,7 +85,7 @@ std::optional<int32_t> ZoneOf(std::string_view word) {
                              {"est", -5}, {"edt", -4}, {"cst", -6}, {"cdt", -5},
                              {"mst", -7}, {"mdt", -6}, {"pst", -8}, {"pdt", -7}};
   for (const Zone& zone : kZones) {
-    if (SameIgnoringCase(word, zone.name)) return zone.hours * 60;
+    if (EqualsNoCase(word, zone.name)) return zone.hours * 60;
   }
   return std::nullopt;
 }
@@ -118,12 +103,13 @@ std::string HeaderField(std::string_view headers, std::string_view name) {
     const bool isContinued = !line.empty() && (line[0] == ' ' || line[0] == '\t');
     if (isFound) {
       if (!isContinued) break;
-      value.append(" ").append(Trimmed(line));
+      value.append(" ").append(Trimmed(line, kLineBlanks));
     } else if (!isContinued) {
       const size_t colon = line.find(':');
       hasField = hasField || colon != line.npos;
-      isFound = colon != line.npos && SameIgnoringCase(Trimmed(line.substr(0, colon)), name);
-      if (isFound) value = Trimmed(line.substr(colon + 1));
+      isFound =
+          colon != line.npos && EqualsNoCase(Trimmed(line.substr(0, colon), kLineBlanks), name);
+      if (isFound) value = Trimmed(line.substr(colon + 1), kLineBlanks);
     }
   }
   return value;
@@ -167,11 +153,12 @@ std::string AddressOfField(std::string_view field) {
   const size_t open = field.rfind('<');
   const size_t close = open == field.npos ? field.npos : field.find('>', open);
   std::string_view address = close == field.npos ? field : field.substr(open + 1, close - open - 1);
-  address = Trimmed(address);
+  address = Trimmed(address, kLineBlanks);
   const bool isAddress = address.find('@') != address.npos &&
                          std::none_of(address.begin(), address.end(), [](char character) {
-                           return IsBlank(character) || character == '<' || character == ',' ||
-                                  character == ';' || character == '(' || character == '"';
+                           return kLineBlanks.find(character) != kLineBlanks.npos ||
+                                  character == '<' || character == ',' || character == ';' ||
+                                  character == '(' || character == '"';
                          });
   return isAddress ? std::string(address) : std::string();
 }

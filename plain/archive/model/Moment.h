@@ -8,6 +8,8 @@
 
 namespace tarn::archive {
 
+inline constexpr int64_t kSecondsOfDay = 24 * 60 * 60;
+
 struct Moment {
   int64_t seconds = 0;                   // since 1970-01-01T00:00:00Z; fractions are dropped
   std::optional<int32_t> offsetMinutes;  // the sender's own, east of Greenwich, where it is known

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "Common/LittleEndian.h"
+#include "archive/mapi/RawBytes.h"
 #include "archive/msg/MsgStreamNames.h"
 
 namespace tarn::archive::msg {
@@ -25,10 +26,6 @@ constexpr Set kMapi = {0x28, 0x03, 0x02, 0x00, 0x00, 0x00, 0x00, 0x00,
 constexpr Set kPublicStrings = {0x29, 0x03, 0x02, 0x00, 0x00, 0x00, 0x00, 0x00,
                                 0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46};
 
-const unsigned char* Bytes(std::string_view text) {
-  return reinterpret_cast<const unsigned char*>(text.data());
-}
-
 std::optional<Set> SetOfIndex(uint16_t index, std::string_view sets) {
   if (index == kMapiSet) return kMapi;
   if (index == kPublicStringsSet) return kPublicStrings;
@@ -41,11 +38,11 @@ std::optional<Set> SetOfIndex(uint16_t index, std::string_view sets) {
 
 std::optional<std::u16string> NameAt(size_t offset, std::string_view names) {
   if (offset + 4 > names.size()) return std::nullopt;
-  const size_t size = LoadLittleEndian<uint32_t>(Bytes(names) + offset);
+  const size_t size = LoadLittleEndian<uint32_t>(mapi::RawBytes(names) + offset);
   if (size > names.size() - offset - 4) return std::nullopt;
   std::u16string name(size / 2, u'\0');
   for (size_t at = 0; at < name.size(); ++at) {
-    name[at] = LoadLittleEndian<uint16_t>(Bytes(names) + offset + 4 + 2 * at);
+    name[at] = LoadLittleEndian<uint16_t>(mapi::RawBytes(names) + offset + 4 + 2 * at);
   }
   return name;
 }
@@ -79,7 +76,7 @@ std::string MsgNames::readStream(StorageFile& file, EntryNumber storage, std::st
 }
 
 bool MsgNames::addEntry(const Streams& streams, size_t at) {
-  const unsigned char* const entry = Bytes(streams.entries) + at;
+  const unsigned char* const entry = mapi::RawBytes(streams.entries) + at;
   const uint32_t numberOrOffset = LoadLittleEndian<uint32_t>(entry);
   const uint16_t setAndKind = LoadLittleEndian<uint16_t>(entry + 4);
   const uint16_t index = LoadLittleEndian<uint16_t>(entry + 6);

@@ -5,6 +5,7 @@
 
 #include "Common/LittleEndian.h"
 #include "archive/mapi/Hexadecimal.h"
+#include "archive/mapi/RawBytes.h"
 #include "archive/mapi/Tags.h"
 #include "archive/msg/MsgStreamNames.h"
 
@@ -18,10 +19,6 @@ constexpr size_t kOuterHeader = 32;
 constexpr size_t kEmbeddedHeader = 24;
 constexpr size_t kPartHeader = 8;
 constexpr size_t kLargestRecords = size_t{1} << 24;  // two tags for each property that can be
-
-const unsigned char* Bytes(std::string_view text) {
-  return reinterpret_cast<const unsigned char*>(text.data());
-}
 
 bool HasManyValues(uint16_t type) { return (type & kMultipleValues) != 0; }
 
@@ -88,11 +85,11 @@ void MsgProperties::readRecords(EntryNumber stream, SetOf kind) {
     troubles_.push_back({TroubleKind::Damaged, "the stream of the properties is cut off"});
   }
   if (kind == SetOf::Message && bytes.size() >= kEmbeddedHeader) {
-    declaredRecipients_ = LoadLittleEndian<uint32_t>(Bytes(bytes) + 16);
-    declaredAttachments_ = LoadLittleEndian<uint32_t>(Bytes(bytes) + 20);
+    declaredRecipients_ = LoadLittleEndian<uint32_t>(mapi::RawBytes(bytes) + 16);
+    declaredAttachments_ = LoadLittleEndian<uint32_t>(mapi::RawBytes(bytes) + 20);
   }
   for (size_t at = header; at + kRecordSize <= bytes.size(); at += kRecordSize) {
-    addRecord(Bytes(bytes) + at);
+    addRecord(mapi::RawBytes(bytes) + at);
   }
 }
 
@@ -213,7 +210,7 @@ Outcome<std::vector<std::string>> MsgProperties::variableValues(const Row& row, 
   size_t left = limit;
   for (size_t place = 0; (place + 1) * width <= lengths->size(); ++place) {
     const auto at = furtherStreams_.find((uint64_t{KeyOf(row.tag)} << 32) | place);
-    const uint32_t length = LoadLittleEndian<uint32_t>(Bytes(*lengths) + place * width);
+    const uint32_t length = LoadLittleEndian<uint32_t>(mapi::RawBytes(*lengths) + place * width);
     if (at == furtherStreams_.end()) {
       if (length != 0) return Trouble{TroubleKind::Missing, "the stream of a value is missing"};
       values.emplace_back();

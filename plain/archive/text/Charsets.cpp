@@ -11,6 +11,7 @@
 
 #include "Platform/CodePages.h"
 #include "Platform/Utf8.h"
+#include "archive/text/AsciiText.h"
 #include "archive/text/BodyText.h"
 #include "archive/text/CharsetTables.h"
 #include "archive/text/CountWhile.h"
@@ -18,24 +19,10 @@
 namespace tarn::archive {
 namespace {
 
-constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 constexpr uint32_t kJohab = 1361;
 
-std::string LowerCase(std::string_view text) {
-  std::string lower(text);
-  for (char& c : lower) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return lower;
-}
-
-std::string_view Trimmed(std::string_view name) {
-  constexpr std::string_view kAround = " \t\r\n\"'";
-  const size_t first = name.find_first_not_of(kAround);
-  if (first == std::string_view::npos) return {};
-  return name.substr(first, name.find_last_not_of(kAround) - first + 1);
-}
+constexpr std::string_view kAroundNames = " \t\r\n\"'";
 
 // "windows-1252", "cp1252", "x-cp1252", "cp-1252", "ms936" and "1252" alike; 0 for others.
 uint32_t NumberOfName(std::string_view name) {
@@ -104,7 +91,7 @@ std::optional<CharsetDecoder> CharsetDecoder::ForCodePage(uint32_t codePage) {
 
 std::optional<CharsetDecoder> CharsetDecoder::ForName(std::string_view name) {
   constexpr size_t kLongestName = 64;
-  const std::string lower = LowerCase(Trimmed(name));
+  const std::string lower = LoweredAscii(Trimmed(name, kAroundNames));
   if (lower.empty() || lower.size() > kLongestName) return std::nullopt;
   if (std::find(std::begin(kUtf16Names), std::end(kUtf16Names), lower) != std::end(kUtf16Names)) {
     return CharsetDecoder(Kind::Utf16);

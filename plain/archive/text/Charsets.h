@@ -17,6 +17,9 @@ struct UConverter;
 
 namespace tarn::archive {
 
+// U+FFFD, for what is no text.
+inline constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
+
 // A charset in use: what it costs to find its tables is paid once. One thread.
 class CharsetDecoder {
  public:

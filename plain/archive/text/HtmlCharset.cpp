@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "archive/text/AsciiText.h"
 #include "archive/text/BodyText.h"
 #include "archive/text/Charsets.h"
 
@@ -10,10 +11,8 @@ namespace {
 // Declarations come before this many bytes, or are none.
 constexpr size_t kWhereDeclared = 16384;
 
-constexpr std::string_view kSpace = " \t\r\n\f";
-
 std::string_view WithoutSpaceBefore(std::string_view text) {
-  return text.substr(std::min(text.find_first_not_of(kSpace), text.size()));
+  return text.substr(std::min(text.find_first_not_of(kHtmlSpace), text.size()));
 }
 
 // The name after "charset" or "encoding": "=", perhaps quoted, up to what ends it.

@@ -3,26 +3,15 @@
 #include <algorithm>
 #include <utility>
 
+#include "archive/text/AsciiText.h"
 #include "archive/text/CountWhile.h"
 
 namespace tarn::archive {
 namespace {
 
-constexpr std::string_view kSpace = " \t\r\n\f";
-
 // Elements whose content has no tags but their own end.
 constexpr std::string_view kRawElements[] = {
     "iframe", "noembed", "noframes", "plaintext", "script", "style", "textarea", "title", "xmp"};
-
-bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
-bool IsSpace(char c) { return kSpace.find(c) != kSpace.npos; }
-char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
-
-std::string Lowered(std::string_view text) {
-  std::string lowered(text);
-  std::transform(lowered.begin(), lowered.end(), lowered.begin(), Lower);
-  return lowered;
-}
 
 // Empty for a character that stays as it is.
 std::string_view ReferenceFor(char c) {
@@ -106,7 +95,7 @@ bool HtmlTokens::takeTag() {
   const bool isEnd = rest_[1] == '/';
   rest_.remove_prefix(isEnd ? 2 : 1);
   const size_t end = std::min(rest_.find_first_of(" \t\r\n\f/>"), rest_.size());
-  token_.name = Lowered(rest_.substr(0, end));
+  token_.name = LoweredAscii(rest_.substr(0, end));
   rest_.remove_prefix(end);
   while (takeAttribute()) {
   }
@@ -128,12 +117,12 @@ bool HtmlTokens::takeAttribute() {
   HtmlAttribute beyond;
   const bool isKept = token_.attributes.size() < kMostAttributes;
   HtmlAttribute& attribute = isKept ? token_.attributes.emplace_back() : beyond;
-  if (isKept) attribute.name = Lowered(rest_.substr(0, end));
+  if (isKept) attribute.name = LoweredAscii(rest_.substr(0, end));
   rest_.remove_prefix(end);
-  const size_t sign = rest_.find_first_not_of(kSpace);
+  const size_t sign = rest_.find_first_not_of(kHtmlSpace);
   if (sign == rest_.npos || rest_[sign] != '=') return true;
   rest_.remove_prefix(sign + 1);
-  rest_.remove_prefix(std::min(rest_.find_first_not_of(kSpace), rest_.size()));
+  rest_.remove_prefix(std::min(rest_.find_first_not_of(kHtmlSpace), rest_.size()));
   if (rest_.empty() || rest_[0] == '>') return true;
   if (rest_[0] == '"' || rest_[0] == '\'') {
     const char quote = rest_[0];
@@ -158,8 +147,8 @@ void HtmlTokens::takeRawText() {
     const std::string_view found = rest_.substr(end + 2, name.size());
     const size_t after = end + 2 + name.size();
     const bool isWhole = after < rest_.size() &&
-                         (IsSpace(rest_[after]) || rest_[after] == '/' || rest_[after] == '>');
-    if (isWhole && Lowered(found) == name) break;
+                         (IsHtmlSpace(rest_[after]) || rest_[after] == '/' || rest_[after] == '>');
+    if (isWhole && LoweredAscii(found) == name) break;
   }
   end = std::min(end, rest_.size());
   token_.kind = HtmlTokenKind::RawText;

@@ -3,12 +3,11 @@
 #include <algorithm>
 #include <limits>
 
+#include "archive/text/AsciiText.h"
 #include "rtf/FindAnyByte.h"
 
 namespace tarn::archive {
 namespace {
-
-bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 

@@ -2,11 +2,11 @@
 
 #include "Platform/Characters.h"
 #include "Platform/Utf8.h"
+#include "archive/text/Charsets.h"
 
 namespace tarn::archive {
 namespace {
 
-constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
 constexpr std::string_view kEllipsis = "\xE2\x80\xA6";
 
 bool EndsALine(char32_t point) {

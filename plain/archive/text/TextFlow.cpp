@@ -3,14 +3,15 @@
 #include <algorithm>
 #include <utility>
 
+#include "archive/text/AsciiText.h"
+
 namespace tarn::archive {
 namespace {
 
 constexpr size_t kLongestPrefix = 40;
-bool IsSpace(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\f'; }
 
 size_t CountOfWord(std::string_view text) {
-  const auto end = std::find_if(text.begin(), text.end(), IsSpace);
+  const auto end = std::find_if(text.begin(), text.end(), IsHtmlSpace);
   return static_cast<size_t>(end - text.begin());
 }
 
@@ -38,7 +39,7 @@ void TextFlow::addText(std::string_view text, bool isAsIs) {
     return;
   }
   while (!text.empty()) {
-    while (!text.empty() && IsSpace(text.front())) {
+    while (!text.empty() && IsHtmlSpace(text.front())) {
       isSpacePending_ = true;
       text.remove_prefix(1);
     }

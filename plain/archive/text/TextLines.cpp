@@ -15,25 +15,25 @@ constexpr std::string_view kNoBreakSpace = "\xC2\xA0";
 constexpr size_t kFewestColumns = 16;  // of a text, however deep it is quoted
 
 // Spaces of several widths, soft hyphens, joiners, marks of order and of bytes.
-constexpr std::string_view kBlanks[] = {" ",
-                                        "\t",
-                                        "\r",
-                                        "\n",
-                                        "\f",
-                                        "\xC2\xA0",
-                                        "\xC2\xAD",
-                                        "\xCD\x8F",
-                                        "\xE1\xA0\x8E",
-                                        "\xE2\x80\x87",
-                                        "\xE2\x80\x8A",
-                                        "\xE2\x80\x8B",
-                                        "\xE2\x80\x8C",
-                                        "\xE2\x80\x8D",
-                                        "\xE2\x80\x8E",
-                                        "\xE2\x80\x8F",
-                                        "\xE2\x80\xAF",
-                                        "\xE2\x81\xA0",
-                                        "\xEF\xBB\xBF"};
+constexpr std::string_view kBlankCharacters[] = {" ",
+                                                 "\t",
+                                                 "\r",
+                                                 "\n",
+                                                 "\f",
+                                                 "\xC2\xA0",
+                                                 "\xC2\xAD",
+                                                 "\xCD\x8F",
+                                                 "\xE1\xA0\x8E",
+                                                 "\xE2\x80\x87",
+                                                 "\xE2\x80\x8A",
+                                                 "\xE2\x80\x8B",
+                                                 "\xE2\x80\x8C",
+                                                 "\xE2\x80\x8D",
+                                                 "\xE2\x80\x8E",
+                                                 "\xE2\x80\x8F",
+                                                 "\xE2\x80\xAF",
+                                                 "\xE2\x81\xA0",
+                                                 "\xEF\xBB\xBF"};
 
 // Characters that begin no line.
 bool ClosesSomething(char32_t point) {
@@ -186,7 +186,7 @@ class LineWriter {
 std::string_view WithoutBlanks(std::string_view text) {
   for (bool isDone = false; !isDone;) {
     isDone = true;
-    for (const std::string_view blank : kBlanks) {
+    for (const std::string_view blank : kBlankCharacters) {
       if (text.starts_with(blank)) {
         text.remove_prefix(blank.size());
         isDone = false;

@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "Common/LittleEndian.h"
+#include "archive/mapi/RawBytes.h"
 
 namespace tarn::archive::tnef {
 namespace {
@@ -12,10 +13,6 @@ constexpr uint32_t kSignature = 0x223E9F78;
 constexpr size_t kHeaderSize = 6;
 constexpr size_t kAttributeHeaderSize = 9;
 constexpr size_t kChecksumSize = 2;
-
-const unsigned char* Bytes(std::string_view text) {
-  return reinterpret_cast<const unsigned char*>(text.data());
-}
 
 uint16_t ChecksumOf(std::string_view bytes) {
   uint32_t sum = 0;
@@ -26,14 +23,15 @@ uint16_t ChecksumOf(std::string_view bytes) {
 }  // namespace
 
 bool AttributeWalk::IsTnef(std::string_view bytes) {
-  return bytes.size() >= kHeaderSize && LoadLittleEndian<uint32_t>(Bytes(bytes)) == kSignature;
+  return bytes.size() >= kHeaderSize &&
+         LoadLittleEndian<uint32_t>(mapi::RawBytes(bytes)) == kSignature;
 }
 
 AttributeWalk::AttributeWalk(std::string_view bytes) : rest_(bytes.substr(kHeaderSize)) {}
 
 std::optional<Attribute> AttributeWalk::next() {
   if (rest_.size() < kAttributeHeaderSize) return std::nullopt;
-  const unsigned char* const header = Bytes(rest_);
+  const unsigned char* const header = mapi::RawBytes(rest_);
   if (header[0] != 1 && header[0] != 2) return std::nullopt;
   Attribute attribute;
   attribute.level = static_cast<Level>(header[0]);
@@ -45,7 +43,8 @@ std::optional<Attribute> AttributeWalk::next() {
   attribute.isCutOff = attribute.bytes.size() < length;
   rest_.remove_prefix(attribute.bytes.size());
   if (rest_.size() >= kChecksumSize) {
-    attribute.isChecked = LoadLittleEndian<uint16_t>(Bytes(rest_)) == ChecksumOf(attribute.bytes);
+    attribute.isChecked =
+        LoadLittleEndian<uint16_t>(mapi::RawBytes(rest_)) == ChecksumOf(attribute.bytes);
   }
   rest_.remove_prefix(std::min(rest_.size(), kChecksumSize));
   return attribute;

@@ -44,12 +44,12 @@ std::string_view ClassOf(std::string_view name) {
 }
 
 int64_t DaysBefore(int64_t year, int64_t month) {  // since 1601, of a month from 1
-  static constexpr std::array<int64_t, 12> kDays = {0,   31,  59,  90,  120, 151,
-                                                    181, 212, 243, 273, 304, 334};
+  static constexpr std::array<int64_t, 12> kDaysBefore = {0,   31,  59,  90,  120, 151,
+                                                          181, 212, 243, 273, 304, 334};
   const bool isLeap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
   const int64_t years = year - 1601;
   return years * 365 + years / 4 - years / 100 + years / 400 +
-         kDays[static_cast<size_t>(month - 1)] + (isLeap && month > 2 ? 1 : 0);
+         kDaysBefore[static_cast<size_t>(month - 1)] + (isLeap && month > 2 ? 1 : 0);
 }
 
 // Year, month, day, hour, minute, second, day of the week, 2 bytes each; in UTC. Times that are
@@ -92,13 +92,13 @@ void AddPerson(TnefProperties& properties, const PersonTags& tags, std::string_v
 
 // Kind 2, size 2, sizes of name and address 2 each, name, address.
 void AddSender(TnefProperties& properties, std::string_view bytes) {
-  constexpr size_t kHeaderSize = 8;
+  constexpr size_t kOldHeaderSize = 8;
   ListBytes list(bytes);
   list.number32();
   const size_t nameSize = list.number16().value_or(0);
   const std::optional<uint16_t> addressSize = list.number16();
   if (!addressSize) return;
-  const std::string_view texts = bytes.substr(kHeaderSize);
+  const std::string_view texts = bytes.substr(kOldHeaderSize);
   const std::string_view name = texts.substr(0, nameSize);
   AddPerson(properties, kSender, name, texts.substr(name.size(), *addressSize));
 }

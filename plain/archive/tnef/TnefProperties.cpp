@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "Common/LittleEndian.h"
+#include "archive/mapi/RawBytes.h"
 #include "archive/mapi/Tags.h"
 
 namespace tarn::archive::tnef {
@@ -14,10 +15,6 @@ using namespace mapi;
 
 constexpr uint16_t kFirstNamedId = 0x8000;
 constexpr size_t kInterfaceIdSize = 16;
-
-const unsigned char* Bytes(std::string_view text) {
-  return reinterpret_cast<const unsigned char*>(text.data());
-}
 
 bool HasLength(uint16_t type) {
   return type == kTypeString8 || type == kTypeString || type == kTypeBinary || type == kTypeObject;
@@ -50,14 +47,14 @@ class ViewSource final : public ByteSource {
 
 std::optional<uint16_t> ListBytes::number16() {
   if (rest_.size() < 2) return std::nullopt;
-  const uint16_t number = LoadLittleEndian<uint16_t>(Bytes(rest_));
+  const uint16_t number = LoadLittleEndian<uint16_t>(mapi::RawBytes(rest_));
   rest_.remove_prefix(2);
   return number;
 }
 
 std::optional<uint32_t> ListBytes::number32() {
   if (rest_.size() < 4) return std::nullopt;
-  const uint32_t number = LoadLittleEndian<uint32_t>(Bytes(rest_));
+  const uint32_t number = LoadLittleEndian<uint32_t>(mapi::RawBytes(rest_));
   rest_.remove_prefix(4);
   return number;
 }
@@ -118,7 +115,7 @@ std::optional<PropertyName> TnefProperties::readName(ListBytes& list) {
   const std::optional<std::string_view> text = list.filled(*numberOrLength);
   if (!text) return std::nullopt;
   for (size_t at = 0; at + 2 <= text->size(); at += 2) {
-    const auto unit = static_cast<char16_t>(LoadLittleEndian<uint16_t>(Bytes(*text) + at));
+    const auto unit = static_cast<char16_t>(LoadLittleEndian<uint16_t>(mapi::RawBytes(*text) + at));
     if (unit == 0) break;
     name.name.push_back(unit);
   }

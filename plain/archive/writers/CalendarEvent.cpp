@@ -12,9 +12,9 @@
 namespace tarn::archive {
 namespace {
 
-constexpr int64_t kDay = 24 * 60 * 60;
-
-int64_t DayOf(int64_t seconds) { return seconds - ((seconds % kDay) + kDay) % kDay; }
+int64_t DayOf(int64_t seconds) {
+  return seconds - ((seconds % kSecondsOfDay) + kSecondsOfDay) % kSecondsOfDay;
+}
 
 // Busy as items tell it.
 enum Busy : int64_t { kFree = 0, kTentative = 1 };

@@ -44,9 +44,9 @@ void AddZoneTime(icalcomponent* zone, const ZoneTime& time, const ClockChange* c
   if (change != nullptr) {
     start = TimeOfChange(*change, year);
   } else {
-    start = TimeOfChange(kNewYear, year) / 86400 * 86400;
+    start = TimeOfChange(kNewYear, year) / kSecondsOfDay * kSecondsOfDay;
     const CalendarTime day = CalendarTimeOf(start);
-    start -= int64_t{day.day - 1} * 86400;
+    start -= int64_t{day.day - 1} * kSecondsOfDay;
   }
   AddTime(part, ICAL_DTSTART_PROPERTY, start, TimeForm::Local);
   const auto addOffset = [&](icalproperty_kind kind, int32_t minutes) {

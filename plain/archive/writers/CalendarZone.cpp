@@ -10,7 +10,6 @@
 namespace tarn::archive {
 namespace {
 
-constexpr int64_t kSecondsOfDay = 24 * 60 * 60;
 constexpr int32_t kLargestBias = 24 * 60;
 
 // SYSTEMTIME (MS-DTYP 2.3.13), where the day is the nth such day of the week.

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "archive/mapi/Hexadecimal.h"
+#include "archive/text/AsciiText.h"
 #include "archive/text/CountWhile.h"
 #include "archive/text/HtmlReferences.h"
 #include "archive/writers/HtmlRules.h"
@@ -15,17 +16,11 @@ namespace tarn::archive {
 namespace {
 
 bool IsControlOrSpace(char c) { return static_cast<unsigned char>(c) <= 0x20 || c == 0x7F; }
-char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
 
-std::string_view Trimmed(std::string_view text) {
+std::string_view WithoutControlsAround(std::string_view text) {
   while (!text.empty() && IsControlOrSpace(text.front())) text.remove_prefix(1);
   while (!text.empty() && IsControlOrSpace(text.back())) text.remove_suffix(1);
   return text;
-}
-
-bool ContainsNoCase(std::string_view text, std::string_view lowerPart) {
-  return std::search(text.begin(), text.end(), lowerPart.begin(), lowerPart.end(),
-                     [](char a, char b) { return Lower(a) == b; }) != text.end();
 }
 
 // A value as it is written, made fit for double quotes. Its character references stay.
@@ -50,11 +45,8 @@ bool IsDataImage(std::string_view address) {
   constexpr std::string_view kTypes[] = {"data:image/bmp;base64,",  "data:image/gif;base64,",
                                          "data:image/jpeg;base64,", "data:image/jpg;base64,",
                                          "data:image/png;base64,",  "data:image/webp;base64,"};
-  return std::any_of(std::begin(kTypes), std::end(kTypes), [&](std::string_view type) {
-    return address.size() >= type.size() &&
-           std::equal(type.begin(), type.end(), address.begin(),
-                      [](char a, char b) { return a == Lower(b); });
-  });
+  return std::any_of(std::begin(kTypes), std::end(kTypes),
+                     [&](std::string_view type) { return StartsWithNoCase(address, type); });
 }
 
 // Pictures of a dot or none at all are there to be counted, or to keep a distance.
@@ -90,13 +82,13 @@ std::string ResolvedAddress(std::string_view address, std::string_view base) {
 
 // What old mails call a colour, as a style may; empty for what is none.
 std::string ColourOf(std::string_view value) {
-  std::string colour(Trimmed(value));
+  std::string colour(WithoutControlsAround(value));
   const std::string_view digits = std::string_view(colour).substr(colour.starts_with('#') ? 1 : 0);
   const bool isHex = (digits.size() == 3 || digits.size() == 6) &&
                      digits.find_first_not_of("0123456789abcdefABCDEF") == digits.npos;
   if (isHex) return "#" + std::string(digits);
   const bool isName = !colour.empty() && std::all_of(colour.begin(), colour.end(), [](char c) {
-    return Lower(c) >= 'a' && Lower(c) <= 'z';
+    return LowerAscii(c) >= 'a' && LowerAscii(c) <= 'z';
   });
   return isName ? colour : std::string();
 }
@@ -120,7 +112,7 @@ std::string UrlOfPath(std::string_view path) {
 }
 
 std::string KeptAddress(std::string_view address, std::string_view base) {
-  address = Trimmed(address);
+  address = WithoutControlsAround(address);
   std::string kept;
   for (const char c : address) {
     // Browsers drop these wherever they are.
@@ -130,7 +122,7 @@ std::string KeptAddress(std::string_view address, std::string_view base) {
   const size_t colon = EndOfScheme(kept);
   if (colon == kept.npos) return ResolvedAddress(kept, base);
   std::string scheme = kept.substr(0, colon);
-  std::transform(scheme.begin(), scheme.end(), scheme.begin(), Lower);
+  std::transform(scheme.begin(), scheme.end(), scheme.begin(), LowerAscii);
   return IsAmong(scheme, kKeptSchemes) ? kept : std::string();
 }
 
@@ -262,13 +254,13 @@ void HtmlCleaner::putLink(const HtmlToken& tag) {
     out_.put(" href=\"").put(EscapedHtml(kept)).put(kElsewhere);
     return;
   }
-  const std::optional<size_t> attachment = images_.find(Trimmed(address));
+  const std::optional<size_t> attachment = images_.find(WithoutControlsAround(address));
   if (attachment && *attachment < paths_.size() && !paths_[*attachment].empty()) {
     out_.put(" href=\"").put(UrlOfPath(paths_[*attachment])).put(kElsewhere);
     return;
   }
   // Where it leads to is not known; a reader may know.
-  const std::string_view shown = Trimmed(address);
+  const std::string_view shown = WithoutControlsAround(address);
   if (shown.empty() || EndOfScheme(shown) != shown.npos || tag.attribute("title") != nullptr)
     return;
   out_.put(" title=\"").put(EscapedHtml(shown)).put("\"");
@@ -277,7 +269,7 @@ void HtmlCleaner::putLink(const HtmlToken& tag) {
 std::optional<MailImage> HtmlCleaner::loadBackground(const HtmlToken& tag) {
   const std::string_view* const value = tag.attribute("background");
   if (value == nullptr) return std::nullopt;
-  const std::optional<size_t> index = images_.find(Trimmed(DecodedHtmlValue(*value)));
+  const std::optional<size_t> index = images_.find(WithoutControlsAround(DecodedHtmlValue(*value)));
   return index ? images_.load(*index) : std::nullopt;
 }
 
@@ -293,7 +285,7 @@ void HtmlCleaner::putBackground(const HtmlToken& tag) {
 void HtmlCleaner::putImage(const HtmlToken& tag) {
   const std::string_view* const source = tag.attribute("src");
   const std::string decoded = source == nullptr ? std::string() : DecodedHtmlValue(*source);
-  const std::string_view address = Trimmed(decoded);
+  const std::string_view address = WithoutControlsAround(decoded);
   const bool isData = IsDataImage(address);
   const std::optional<size_t> index = isData ? std::nullopt : images_.find(address);
   const std::optional<MailImage> image = index ? images_.load(*index) : std::nullopt;
@@ -314,7 +306,7 @@ void HtmlCleaner::putImageMark(const HtmlToken& tag) {
   const std::string_view* const alt = tag.attribute("alt");
   const std::string text = alt == nullptr ? std::string() : DecodedHtmlValue(*alt);
   out_.put("<span class=\"tarn-image\">[image");
-  const std::string_view shown = Trimmed(text);
+  const std::string_view shown = WithoutControlsAround(text);
   if (!shown.empty()) out_.put(": ").put(EscapedHtml(shown));
   out_.put("]</span>");
 }

@@ -1,19 +1,16 @@
 #include <algorithm>
 #include <string_view>
 
+#include "archive/text/AsciiText.h"
 #include "archive/writers/Writers.h"
 
 namespace tarn::archive {
 namespace {
 
-char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
-
 // Whether a class is the one or below it.
 bool IsBelow(std::string_view messageClass, std::string_view lower) {
-  if (messageClass.size() < lower.size()) return false;
-  const bool isEqual = std::equal(lower.begin(), lower.end(), messageClass.begin(),
-                                  [](char a, char b) { return a == Lower(b); });
-  return isEqual && (messageClass.size() == lower.size() || messageClass[lower.size()] == '.');
+  return StartsWithNoCase(messageClass, lower) &&
+         (messageClass.size() == lower.size() || messageClass[lower.size()] == '.');
 }
 
 }  // namespace

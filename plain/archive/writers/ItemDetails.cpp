@@ -18,7 +18,6 @@
 namespace tarn::archive {
 namespace {
 
-constexpr int64_t kDay = 24 * 60 * 60;
 constexpr PropertySetId kLogProperties = {0x0A, 0x20, 0x06, 0, 0, 0, 0, 0,
                                           0xC0, 0,    0,    0, 0, 0, 0, 0x46};
 constexpr PropertyKey kLogType = {&kLogProperties, 0x8700};
@@ -144,8 +143,8 @@ void Details::addSpan(bool isAllDay) {
   for (const auto& [label, time] : {std::pair("Start", start), std::pair("End", end)}) {
     if (!time) continue;
     if (isAllDay) {
-      const bool isEnd = time == end && start && end->seconds - start->seconds >= kDay;
-      add(label, DayText(local(*time) - (isEnd ? kDay : 0)));
+      const bool isEnd = time == end && start && end->seconds - start->seconds >= kSecondsOfDay;
+      add(label, DayText(local(*time) - (isEnd ? kSecondsOfDay : 0)));
       continue;
     }
     Moment shown = *time;

@@ -11,6 +11,7 @@
 #include "archive/mapi/Hexadecimal.h"
 #include "archive/mapi/PropertyValues.h"
 #include "archive/mapi/Tags.h"
+#include "archive/model/TextSink.h"
 
 namespace tarn::archive {
 namespace {
@@ -37,15 +38,6 @@ uint64_t NumberOf(std::string_view bytes) {
   for (size_t at = bytes.size(); at-- != 0;) number = number << 8 | static_cast<uint8_t>(bytes[at]);
   return number;
 }
-
-class TextSink final : public ByteSink {
- public:
-  std::optional<Trouble> write(std::string_view bytes) override {
-    text.append(bytes);
-    return std::nullopt;
-  }
-  std::string text;
-};
 
 std::string Base64Of(std::string_view bytes) {
   TextSink sink;

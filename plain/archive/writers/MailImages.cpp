@@ -3,19 +3,13 @@
 #include <algorithm>
 #include <span>
 
+#include "archive/text/AsciiText.h"
 #include "archive/writers/ItemText.h"
 
 namespace tarn::archive {
 namespace {
 
 constexpr size_t kStartOfImage = 32;
-
-std::string Lowered(std::string_view text) {
-  std::string lowered(text);
-  std::transform(lowered.begin(), lowered.end(), lowered.begin(),
-                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
-  return lowered;
-}
 
 int DigitOf(char c) {
   if (c >= '0' && c <= '9') return c - '0';
@@ -75,19 +69,19 @@ MailImages::MailImages(Item& item, std::vector<Trouble>& lost) : item_(item), lo
   const std::vector<Attachment>& attachments = item.attachments();
   for (size_t index = 0; index < attachments.size(); ++index) {
     const Attachment& attachment = attachments[index];
-    if (!attachment.contentId.empty()) ids_.emplace(Lowered(attachment.contentId), index);
+    if (!attachment.contentId.empty()) ids_.emplace(LoweredAscii(attachment.contentId), index);
     if (!attachment.contentLocation.empty()) places_.emplace(attachment.contentLocation, index);
     if (attachment.name.empty()) continue;
     places_.emplace(attachment.name, index);
-    if (attachment.contentId.empty()) idsByName_.emplace(Lowered(attachment.name), index);
+    if (attachment.contentId.empty()) idsByName_.emplace(LoweredAscii(attachment.name), index);
   }
 }
 
 std::optional<size_t> MailImages::find(std::string_view address) const {
   const auto at = places_.find(address);
   if (at != places_.end()) return at->second;
-  if (address.size() < 4 || Lowered(address.substr(0, 4)) != "cid:") return std::nullopt;
-  const std::string id = Lowered(address.substr(4));
+  if (address.size() < 4 || LoweredAscii(address.substr(0, 4)) != "cid:") return std::nullopt;
+  const std::string id = LoweredAscii(address.substr(4));
   for (const std::string& spelling : {id, WithoutPercents(id)}) {
     const auto found = ids_.find(spelling);
     if (found != ids_.end()) return found->second;

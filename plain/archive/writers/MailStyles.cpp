@@ -4,28 +4,18 @@
 #include <cstddef>
 #include <iterator>
 
+#include "archive/text/AsciiText.h"
+
 namespace tarn::archive {
 namespace {
 
-constexpr std::string_view kSpace = " \t\r\n\f";
-
-char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
-bool IsSpace(char c) { return kSpace.find(c) != kSpace.npos; }
 bool IsAlphanumeric(char c) {
-  return (c >= '0' && c <= '9') || (Lower(c) >= 'a' && Lower(c) <= 'z');
+  return (c >= '0' && c <= '9') || (LowerAscii(c) >= 'a' && LowerAscii(c) <= 'z');
 }
 bool IsOfName(char c) { return IsAlphanumeric(c) || c == '-' || c == '_' || c == '\\' || c < 0; }
 
-std::string_view Trimmed(std::string_view text) {
-  while (!text.empty() && IsSpace(text.front())) text.remove_prefix(1);
-  while (!text.empty() && IsSpace(text.back())) text.remove_suffix(1);
-  return text;
-}
-
 bool BeginsWithName(std::string_view text, std::string_view lowerName) {
-  return text.size() >= lowerName.size() &&
-         std::equal(lowerName.begin(), lowerName.end(), text.begin(),
-                    [](char a, char b) { return a == Lower(b); }) &&
+  return StartsWithNoCase(text, lowerName) &&
          (text.size() == lowerName.size() || !IsOfName(text[lowerName.size()]));
 }
 
@@ -45,10 +35,10 @@ std::string_view WithoutRoot(std::string_view selector) {
   for (const std::string_view root : {"html", ":root"}) {
     if (!BeginsWithName(selector, root)) continue;
     std::string_view rest = selector.substr(root.size());
-    if (Trimmed(rest).empty()) return "body";
-    if (!IsSpace(rest[0]) && rest[0] != '>') continue;
-    rest = Trimmed(rest);
-    if (rest[0] == '>') rest = Trimmed(rest.substr(1));
+    if (Trimmed(rest, kHtmlSpace).empty()) return "body";
+    if (!IsHtmlSpace(rest[0]) && rest[0] != '>') continue;
+    rest = Trimmed(rest, kHtmlSpace);
+    if (rest[0] == '>') rest = Trimmed(rest.substr(1), kHtmlSpace);
     return rest;
   }
   return selector;
@@ -177,7 +167,7 @@ Piece StyleReader::takePiece(std::string_view ends) {
   }
   piece.isFit = piece.isFit && open.empty() &&
                 piece.text.find_first_of(std::string_view("<\0", 2)) == piece.text.npos;
-  piece.text = std::string(Trimmed(piece.text));
+  piece.text = std::string(Trimmed(piece.text, kHtmlSpace));
   return piece;
 }
 
@@ -277,7 +267,7 @@ void StyleReader::takeAtRule(size_t depth) {
 
 void StyleReader::takeRules(size_t depth) {
   while (!rest_.empty()) {
-    if (IsSpace(rest_[0]) || rest_[0] == ';') {
+    if (IsHtmlSpace(rest_[0]) || rest_[0] == ';') {
       rest_.remove_prefix(1);
     } else if (rest_.starts_with("/*")) {
       skipComment();
@@ -296,7 +286,7 @@ void StyleReader::takeRules(size_t depth) {
 }  // namespace
 
 std::string SelectorWithinMail(std::string_view selector) {
-  selector = WithoutRoot(Trimmed(selector));
+  selector = WithoutRoot(Trimmed(selector, kHtmlSpace));
   // A selector that begins with how it hangs on what is before it would begin at <main>.
   if (selector.empty() || std::string_view(">+~|&").find(selector[0]) != selector.npos) return {};
   std::string within(kMailElement);
@@ -315,7 +305,7 @@ std::string SelectorWithinMail(std::string_view selector) {
     } else {
       within += selector.substr(at, end - at);
     }
-    isStart = IsSpace(c) || c == '>' || c == '+' || c == '~' || c == '(' || c == ',';
+    isStart = IsHtmlSpace(c) || c == '>' || c == '+' || c == '~' || c == '(' || c == ',';
     at = end;
   }
   return within;
@@ -331,7 +321,7 @@ bool MayFetch(std::string_view declarations) {
     size_t begin = at;
     while (begin > 0 && IsOfName(declarations[begin - 1])) --begin;
     std::string name(declarations.substr(begin, at - begin));
-    std::transform(name.begin(), name.end(), name.begin(), Lower);
+    std::transform(name.begin(), name.end(), name.begin(), LowerAscii);
     if (std::find(std::begin(kFetching), std::end(kFetching), name) != std::end(kFetching)) {
       return true;
     }

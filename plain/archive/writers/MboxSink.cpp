@@ -8,7 +8,7 @@ namespace {
 
 constexpr std::string_view kFrom = "From ";
 constexpr size_t kLongestDropped = 1000;
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 
 std::string_view WithoutQuotes(std::string_view line) {
   return line.substr(std::min(line.find_first_not_of('>'), line.size()));
@@ -35,12 +35,12 @@ std::optional<Trouble> MboxSink::write(std::string_view bytes) {
     bytes = joined;
   }
   if (!hasSeenBytes_ && !bytes.empty()) {
-    if (bytes.size() < kByteOrderMark.size() && kByteOrderMark.starts_with(bytes)) {
+    if (bytes.size() < kUtf8Mark.size() && kUtf8Mark.starts_with(bytes)) {
       held_ = bytes;
       return std::nullopt;
     }
     hasSeenBytes_ = true;
-    if (bytes.starts_with(kByteOrderMark)) bytes.remove_prefix(kByteOrderMark.size());
+    if (bytes.starts_with(kUtf8Mark)) bytes.remove_prefix(kUtf8Mark.size());
   }
   while (!bytes.empty()) {
     const size_t end = bytes.find('\n');

@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 
+#include "archive/text/AsciiText.h"
 #include "archive/writers/ItemText.h"
 
 namespace tarn::archive {
@@ -27,14 +28,6 @@ void StartGMime() {
   static_cast<void>(isStarted);
 }
 
-char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
-
-std::string Lowered(std::string_view text) {
-  std::string lowered(text);
-  std::transform(lowered.begin(), lowered.end(), lowered.begin(), Lower);
-  return lowered;
-}
-
 // Printable ASCII that needs no quotes (RFC 2045 5.1).
 bool IsToken(std::string_view text) {
   constexpr std::string_view kSpecial = "()<>@,;:\\\"/[]?=";
@@ -47,7 +40,7 @@ std::pair<std::string, std::string> TypeOf(std::string_view mediaType) {
   const size_t slash = mediaType.find('/');
   if (slash != mediaType.npos && IsToken(mediaType.substr(0, slash)) &&
       IsToken(mediaType.substr(slash + 1))) {
-    return {Lowered(mediaType.substr(0, slash)), Lowered(mediaType.substr(slash + 1))};
+    return {LoweredAscii(mediaType.substr(0, slash)), LoweredAscii(mediaType.substr(slash + 1))};
   }
   return {"application", "octet-stream"};
 }
@@ -156,7 +149,7 @@ std::string NameOfField(std::string_view line) {
   while (!name.empty() && (name.back() == ' ' || name.back() == '\t')) name.remove_suffix(1);
   const bool isName =
       std::all_of(name.begin(), name.end(), [](char c) { return c > ' ' && c < 0x7F; });
-  return isName ? Lowered(name) : std::string();
+  return isName ? LoweredAscii(name) : std::string();
 }
 
 }  // namespace
@@ -184,7 +177,7 @@ std::string MailHeaders(const ItemFields& fields, const ThreadFields& thread,
   const std::optional<Moment>& date = fields.sent ? fields.sent : fields.received;
   if (date && !isThere("date")) SetField(object, "Date", DateText(*date, UnknownZone::Minus));
   const auto setIds = [&](const char* name, const std::string& value) {
-    if (!isThere(Lowered(name))) SetField(object, name, value);
+    if (!isThere(LoweredAscii(name))) SetField(object, name, value);
   };
   const std::string id = IdOf(fields.messageId);
   if (!id.empty()) setIds("Message-ID", "<" + id + ">");

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "archive/model/TextSink.h"
 #include "archive/text/CountWhile.h"
 #include "archive/writers/SinkBuffer.h"
 
@@ -11,15 +12,6 @@ namespace {
 
 constexpr size_t kLongestPlainLine = 990;
 constexpr size_t kLongestQuotedLine = 75;  // and the "=" that ends it
-
-class TextSink final : public ByteSink {
- public:
-  std::optional<Trouble> write(std::string_view bytes) override {
-    text.append(bytes);
-    return std::nullopt;
-  }
-  std::string text;
-};
 
 std::string WithCrLf(std::string_view text) {
   std::string lines;

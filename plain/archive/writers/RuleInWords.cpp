@@ -9,16 +9,17 @@
 namespace tarn::archive {
 namespace {
 
-constexpr std::array<std::pair<std::string_view, const char*>, 7> kDays = {{{"SU", "Sunday"},
-                                                                            {"MO", "Monday"},
-                                                                            {"TU", "Tuesday"},
-                                                                            {"WE", "Wednesday"},
-                                                                            {"TH", "Thursday"},
-                                                                            {"FR", "Friday"},
-                                                                            {"SA", "Saturday"}}};
-constexpr std::array<const char*, 12> kMonths = {"January",   "February", "March",    "April",
-                                                 "May",       "June",     "July",     "August",
-                                                 "September", "October",  "November", "December"};
+constexpr std::array<std::pair<std::string_view, const char*>, 7> kDayWords = {
+    {{"SU", "Sunday"},
+     {"MO", "Monday"},
+     {"TU", "Tuesday"},
+     {"WE", "Wednesday"},
+     {"TH", "Thursday"},
+     {"FR", "Friday"},
+     {"SA", "Saturday"}}};
+constexpr std::array<const char*, 12> kMonthWords = {
+    "January", "February", "March",     "April",   "May",      "June",
+    "July",    "August",   "September", "October", "November", "December"};
 constexpr std::array<const char*, 5> kNth = {"last", "first", "second", "third", "fourth"};
 
 std::vector<std::string> Split(std::string_view text, char at) {
@@ -38,7 +39,7 @@ std::string NthText(const std::string& number) {
 
 // "Monday", of "MO" and of "2MO".
 std::string DayName(const std::string& day) {
-  for (const auto& [name, word] : kDays) {
+  for (const auto& [name, word] : kDayWords) {
     if (day.ends_with(name)) return word;
   }
   return day;
@@ -115,7 +116,7 @@ class Rule {
 
   std::string month() const {
     const int number = std::atoi(part("BYMONTH").c_str());
-    return number >= 1 && number <= 12 ? kMonths[static_cast<size_t>(number - 1)] : "the year";
+    return number >= 1 && number <= 12 ? kMonthWords[static_cast<size_t>(number - 1)] : "the year";
   }
 
   std::map<std::string, std::string> parts_;

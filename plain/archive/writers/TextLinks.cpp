@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "archive/text/AsciiText.h"
 #include "archive/text/HtmlTokens.h"
 
 namespace tarn::archive {
@@ -13,13 +14,6 @@ constexpr std::string_view kEndsAddress(" \t\n\r\f\"<>`\0", 10);
 
 // Ends of sentences, of brackets and of quotes are no ends of addresses.
 constexpr std::string_view kAfterAddress = ".,;:!?'*_";
-
-char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
-
-bool StartsWith(std::string_view text, std::string_view lower) {
-  return text.size() >= lower.size() && std::equal(lower.begin(), lower.end(), text.begin(),
-                                                   [](char a, char b) { return a == Lower(b); });
-}
 
 void PutLinked(std::string_view text, SinkBuffer& out) {
   size_t done = 0;
@@ -52,7 +46,7 @@ void PutLinked(std::string_view text, SinkBuffer& out) {
 
 std::string_view AddressAt(std::string_view text) {
   for (const std::string_view scheme : kSchemes) {
-    if (!StartsWith(text, scheme)) continue;
+    if (!StartsWithNoCase(text, scheme)) continue;
     std::string_view address = text.substr(0, text.find_first_of(kEndsAddress));
     std::string after(kAfterAddress);
     if (address.find('(') == address.npos) after += ')';

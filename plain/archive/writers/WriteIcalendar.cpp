@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "archive/mapi/Hexadecimal.h"
+#include "archive/text/AsciiText.h"
 #include "archive/text/BodyText.h"
 #include "archive/writers/CalendarEvent.h"
 #include "archive/writers/CalendarKeys.h"
@@ -14,20 +15,7 @@
 namespace tarn::archive {
 namespace {
 
-constexpr size_t kColumns = 100000;  // a description is not broken into lines
-
-std::string Lowered(std::string_view text) {
-  std::string lowered(text);
-  std::transform(lowered.begin(), lowered.end(), lowered.begin(),
-                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
-  return lowered;
-}
-
-std::string HexOf(std::string_view bytes) {
-  std::string text;
-  for (const char c : bytes) text += mapi::Hexadecimal(static_cast<unsigned char>(c), 2);
-  return text;
-}
+constexpr size_t kDescriptionColumns = 100000;  // a description is not broken into lines
 
 // The id that all copies of an appointment share (MS-OXOCAL 2.2.1.27): one that came by iCalendar
 // is in it as it was there.
@@ -43,7 +31,7 @@ std::string UidOf(NamedValues& values, const Item& item) {
     if (!shown.empty()) return shown;
   }
   if (id.empty()) id = values.binary(kKey);
-  return id.empty() ? "item-" + OneLine(item.place().id) : HexOf(id);
+  return id.empty() ? "item-" + OneLine(item.place().id) : mapi::HexadecimalOf(id);
 }
 
 // The calendar that an internet mail carries.
@@ -76,7 +64,7 @@ void PutCalendarPart(Item& item, size_t index, SinkBuffer& out, std::vector<Trou
     lost.push_back(source.trouble());
     return;
   }
-  const std::string charset = Lowered(item.attachments()[index].charset);
+  const std::string charset = LoweredAscii(item.attachments()[index].charset);
   const bool isUtf8 = charset.empty() || charset == "utf-8" || charset == "utf8" ||
                       charset == "us-ascii" || charset == "ascii";
   BoundedText text;
@@ -139,7 +127,7 @@ Written WriteIcalendar(Item& item, ByteSink& sink) {
   const OwnedComponent calendar(icalcomponent_new(ICAL_VCALENDAR_COMPONENT));
   icalcomponent_add_property(calendar.get(), icalproperty_new_version("2.0"));
   icalcomponent_add_property(calendar.get(), icalproperty_new_prodid("-//Tarn//Archive//EN"));
-  const std::string messageClass = Lowered(item.fields(Detail::Envelope).messageClass);
+  const std::string messageClass = LoweredAscii(item.fields(Detail::Envelope).messageClass);
   const icalproperty_method method = MethodOf(messageClass);
   if (method != ICAL_METHOD_NONE) {
     icalcomponent_add_property(calendar.get(), icalproperty_new_method(method));
@@ -147,7 +135,7 @@ Written WriteIcalendar(Item& item, ByteSink& sink) {
   NamedValues values(item.properties(), written.lost);
   const Bodies bodies = item.bodies();
   AppendTroubles(bodies.troubles, written.lost);
-  std::string description = BestText(bodies, kColumns);
+  std::string description = BestText(bodies, kDescriptionColumns);
   description.resize(description.find_last_not_of(" \r\n") + 1);
   const CalendarItem source{item, values, UidOf(values, item), std::move(description),
                             messageClass};

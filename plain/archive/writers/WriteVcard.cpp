@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "archive/mapi/Hexadecimal.h"
+#include "archive/model/TextSink.h"
 #include "archive/text/BodyText.h"
 #include "archive/writers/CalendarEvent.h"
 #include "archive/writers/ContactKeys.h"
@@ -20,16 +21,7 @@ namespace tarn::archive {
 namespace {
 
 constexpr uint16_t kTagAttachmentContactPhoto = 0x7FFF;
-constexpr size_t kColumns = 100000;  // a note is not broken into lines
-
-class TextSink final : public ByteSink {
- public:
-  std::optional<Trouble> write(std::string_view bytes) override {
-    text.append(bytes);
-    return std::nullopt;
-  }
-  std::string text;
-};
+constexpr size_t kNoteColumns = 100000;  // a note is not broken into lines
 
 // "19800229". A day is kept as the moment of its midnight in the time of whoever wrote it.
 std::string DayText(const Moment& midnight) {
@@ -45,12 +37,6 @@ std::string UtcText(const Moment& moment) {
   std::snprintf(text.data(), text.size(), "%04d%02u%02uT%02u%02u%02uZ", time.year, time.month,
                 time.day, time.hour, time.minute, time.second);
   return text.data();
-}
-
-std::string HexOf(std::string_view bytes) {
-  std::string text;
-  for (const char c : bytes) text += mapi::Hexadecimal(static_cast<unsigned char>(c), 2);
-  return text;
 }
 
 // Every card has a name to show.
@@ -192,12 +178,12 @@ Written WriteVcard(Item& item, ByteSink& sink) {
   if (!categories.empty()) lines.put("CATEGORIES", Joined(categories));
   const Bodies bodies = item.bodies();
   AppendTroubles(bodies.troubles, written.lost);
-  std::string note = BestText(bodies, kColumns);
+  std::string note = BestText(bodies, kNoteColumns);
   note.resize(note.find_last_not_of(" \r\n") + 1);
   lines.putText("NOTE", note);
   PutPhoto(item, lines, written.lost);
   const std::string key = values.binary(kSearchKey);
-  if (!key.empty()) lines.put("UID;VALUE=text", HexOf(key));
+  if (!key.empty()) lines.put("UID;VALUE=text", mapi::HexadecimalOf(key));
   const std::optional<Moment> changed = values.time(kLastModified);
   if (changed) lines.put("REV", UtcText(*changed));
   lines.put("END", "VCARD");

@@ -6,6 +6,7 @@
 #include <charconv>
 #include <cstddef>
 
+#include "siblings/layout/AsciiText.h"
 #include "siblings/layout/HtmlScan.h"
 
 namespace tarn::pages {
@@ -109,10 +110,8 @@ std::optional<std::string> DocumentPictures::bytesOf(std::string_view source) {
 }
 
 const Picture* DocumentPictures::find(std::string_view source) {
-  constexpr std::string_view kBlanks = " \t\r\n";
-  const size_t first = source.find_first_not_of(kBlanks);
-  if (first == std::string_view::npos) return nullptr;
-  source = source.substr(first, source.find_last_not_of(kBlanks) - first + 1);
+  source = Trimmed(source, " \t\r\n");
+  if (source.empty()) return nullptr;
   auto known = known_.find(source);
   if (known == known_.end()) {
     std::optional<Picture> picture;

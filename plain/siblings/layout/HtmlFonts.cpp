@@ -6,6 +6,8 @@
 #include <array>
 #include <cmath>
 
+#include "siblings/layout/AsciiText.h"
+
 namespace tarn::pages {
 
 namespace {
@@ -33,12 +35,7 @@ constexpr std::array<FamilyAlias, 14> kFamilyAliases = {
      {"monospace", "Liberation Mono,monospace"},
      {"lucida console", "Liberation Mono"}}};
 
-std::string_view Trimmed(std::string_view name) {
-  constexpr std::string_view kAround = " \t\r\n\"'";
-  const size_t first = name.find_first_not_of(kAround);
-  if (first == std::string_view::npos) return {};
-  return name.substr(first, name.find_last_not_of(kAround) - first + 1);
-}
+constexpr std::string_view kAroundNames = " \t\r\n\"'";
 
 FontDescription Describe(const FontRequest& request) {
   FontDescription font(pango_font_description_new());
@@ -68,7 +65,7 @@ std::string FamiliesForPango(std::string_view families) {
   std::string known;
   while (!families.empty()) {
     const size_t comma = std::min(families.find(','), families.size());
-    const std::string_view name = Trimmed(families.substr(0, comma));
+    const std::string_view name = Trimmed(families.substr(0, comma), kAroundNames);
     families.remove_prefix(std::min(comma + 1, families.size()));
     if (name.empty()) continue;
     const auto* alias =

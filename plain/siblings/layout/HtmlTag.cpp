@@ -2,13 +2,11 @@
 
 #include <glib.h>
 
+#include "siblings/layout/AsciiText.h"
+
 namespace tarn::pages {
 
 namespace {
-
-constexpr std::string_view kBlanks = " \t\r\n\f";
-
-bool IsBlank(char c) { return kBlanks.find(c) != std::string_view::npos; }
 
 // Where ">" ends the tag whose attributes begin at a position; npos when the text ends before.
 size_t FindTagEnd(std::string_view text, size_t position) {

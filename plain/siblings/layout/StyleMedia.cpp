@@ -5,13 +5,14 @@
 #include <cctype>
 #include <cstddef>
 
+#include "siblings/layout/AsciiText.h"
+
 namespace tarn::pages {
 
 namespace {
 
 constexpr std::string_view kNever = "(max-width:0px)";
 constexpr std::string_view kAlways = "(min-width:0px)";
-constexpr std::string_view kBlanks = " \t\r\n\f";
 
 // With and without "min-" and "max-" before them.
 constexpr std::array<std::string_view, 11> kFeatures = {
@@ -26,12 +27,6 @@ std::string Lowered(std::string_view text) {
   return lowered;
 }
 
-std::string_view Trimmed(std::string_view text) {
-  const size_t first = text.find_first_not_of(kBlanks);
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
-}
-
 // One feature with its parentheses.
 std::string_view KnownFeature(std::string_view feature) {
   const std::string_view inside = feature.substr(1, feature.size() - 2);
@@ -43,10 +38,6 @@ std::string_view KnownFeature(std::string_view feature) {
   if (name.rfind("min-", 0) == 0 || name.rfind("max-", 0) == 0) name.erase(0, 4);
   const bool isKnown = std::find(kFeatures.begin(), kFeatures.end(), name) != kFeatures.end();
   return isKnown ? feature : kNever;
-}
-
-bool StartsWithAnyCase(std::string_view text, std::string_view start) {
-  return text.size() >= start.size() && Lowered(text.substr(0, start.size())) == start;
 }
 
 }  // namespace

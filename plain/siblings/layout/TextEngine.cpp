@@ -14,7 +14,7 @@ namespace tarn::pages {
 
 namespace {
 
-constexpr double kMargin = 54;  // points: room for 80 columns on either paper
+constexpr double kTextMargin = 54;  // points: room for 80 columns on either paper
 
 // A place between lines: a paragraph's start in the text, and lines of it that come before.
 struct LinePlace {
@@ -204,7 +204,7 @@ class TextEngine : public Engine {
     if (kind != DocumentKind::Text) {
       throw PageFailure(Trouble::BadDocument, "this engine lays out plain text alone");
     }
-    return std::make_unique<TextLayout>(DecodePlainDocument(document), SheetOf(paper, kMargin),
+    return std::make_unique<TextLayout>(DecodePlainDocument(document), SheetOf(paper, kTextMargin),
                                         shaper_);
   }
 

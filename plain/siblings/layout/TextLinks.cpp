@@ -6,6 +6,7 @@
 #include <array>
 
 #include "siblings/OutwardAddress.h"
+#include "siblings/layout/AsciiText.h"
 
 namespace tarn::pages {
 
@@ -14,11 +15,6 @@ namespace {
 // How an address begins that nothing else marks as one.
 constexpr std::array<std::string_view, 4> kStarts = {"http://", "https://", "ftp://", "mailto:"};
 constexpr std::string_view kBareStart = "www.";
-
-bool StartsWithAnyCase(std::string_view text, std::string_view start) {
-  return text.size() >= start.size() &&
-         g_ascii_strncasecmp(text.data(), start.data(), start.size()) == 0;
-}
 
 // How long the beginning is that makes this an address; 0 when nothing does.
 size_t LengthOfStart(std::string_view text) {

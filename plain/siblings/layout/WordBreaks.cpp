@@ -4,13 +4,12 @@
 
 #include <algorithm>
 
+#include "siblings/layout/AsciiText.h"
 #include "siblings/layout/Utf8.h"
 
 namespace tarn::pages {
 
 namespace {
-
-bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f'; }
 
 // Ends of addresses' parts, after which a long word is broken first.
 bool IsGoodEnd(char c) {

@@ -6,6 +6,7 @@
 
 #include "archive/export/FakeItems.h"
 #include "archive/export/ItemExport.h"
+#include "archive/model/TextSink.h"
 #include "support/TempDirectory.h"
 
 namespace tarn::archive {
@@ -48,22 +49,13 @@ TEST(KeptBodiesTest, AreNotKeptWhereTheyAreLarge) {
   EXPECT_EQ(source.bodyReads(), 3);
 }
 
-class StringSink final : public ByteSink {
- public:
-  std::optional<Trouble> write(std::string_view bytes) override {
-    text += bytes;
-    return std::nullopt;
-  }
-  std::string text;
-};
-
 TEST(KeptBodiesTest, AreReadOnceForAnExport) {
   const test::TempDirectory directory;
   FakeItem item("1", "Plans");
   item.ownBodies().text = "Hello";
-  StringSink mails;
-  StringSink texts;
-  StringSink pages;
+  TextSink mails;
+  TextSink texts;
+  TextSink pages;
   ExportChoices choices;
   choices.forms = {ExportForm::Html, ExportForm::Text, ExportForm::Eml, ExportForm::Mbox,
                    ExportForm::Json};

@@ -26,9 +26,9 @@ TEST(PdfExportTest, SaysWhyAnItemHasNoPdf) {
   content.bodies.text = "Hello";
   FakeItem item(content);
   NoLayout layout;
-  StringSink mails;
-  StringSink texts;
-  StringSink pages;
+  TextSink mails;
+  TextSink texts;
+  TextSink pages;
   ExportChoices choices;
   choices.forms = {ExportForm::Text, ExportForm::Pdf};
   choices.catalogue = false;
@@ -78,7 +78,7 @@ class PagesExportTest : public ::testing::Test {
   void run() {
     FakeItem item(content_);
     OnePage layout;
-    StringSink ignored;
+    TextSink ignored;
     ExportChoices choices;
     choices.forms = {ExportForm::Pdf};
     choices.onePdf = true;
@@ -111,7 +111,7 @@ class PagesExportTest : public ::testing::Test {
   test::TempDirectory directory_;
   FakeContent content_;
   std::shared_ptr<FakeContent> inner_ = std::make_shared<FakeContent>("2097188/1");
-  StringSink pages_;
+  TextSink pages_;
   std::vector<nlohmann::ordered_json> rows_;
 };
 

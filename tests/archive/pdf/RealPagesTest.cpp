@@ -33,7 +33,7 @@ FakeContent Letter() {
 
 std::string PdfOf(const FakeContent& content, tarn::pages::Paper paper) {
   FakeItem item(content);
-  StringSink sink;
+  TextSink sink;
   const std::unique_ptr<PageLayout> layout = HelperLayout(Options(), paper);
   const WrittenPdf written = WritePdf(item, *layout, sink);
   EXPECT_FALSE(written.noPages) << written.noPages->reason;

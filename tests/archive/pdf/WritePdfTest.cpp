@@ -62,7 +62,7 @@ class WritePdfTest : public ::testing::Test {
   }
 
   FakeLayout layout_;
-  StringSink sink_;
+  TextSink sink_;
   std::vector<std::string> reasons_;
 };
 
@@ -101,7 +101,7 @@ TEST_F(WritePdfTest, HoldsTheMailItsAttachmentsAndEmbeddedItems) {
   ASSERT_EQ(made.files.size(), 5U);
   EXPECT_EQ(made.files[0].name, "message.eml");
   EXPECT_EQ(made.files[0].relation, "/Source");
-  StringSink eml;
+  TextSink eml;
   FakeItem item(content);
   WriteEml(item, eml);
   EXPECT_EQ(made.files[0].bytes, eml.text);

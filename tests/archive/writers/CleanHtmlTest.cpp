@@ -15,7 +15,7 @@ std::string Clean(std::string_view html, const FakeContent& content = FakeConten
   FakeItem item(content);
   std::vector<Trouble> lost;
   MailImages images(item, lost);
-  StringSink sink;
+  TextSink sink;
   SinkBuffer out(sink);
   HtmlCleaner(images, paths, out).put(html);
   out.finish();
@@ -63,7 +63,7 @@ std::string CleanBody(std::string_view html, const FakeContent& content = FakeCo
   FakeItem item(content);
   std::vector<Trouble> lost;
   MailImages images(item, lost);
-  StringSink sink;
+  TextSink sink;
   SinkBuffer out(sink);
   HtmlCleaner(images, {}, out).putBody(html);
   out.finish();
@@ -215,7 +215,7 @@ TEST(CleanHtmlTest, MarksPicturesThatAreNone) {
   FakeItem item(content);
   std::vector<Trouble> lost;
   MailImages images(item, lost);
-  StringSink sink;
+  TextSink sink;
   SinkBuffer out(sink);
   HtmlCleaner(images, {}, out).put("<img src=cid:a><img src=cid:b><img src=cid:b><img src=cid:c>");
   out.finish();

@@ -45,7 +45,7 @@ class DetailFilesTest : public ::testing::Test {
     mapi::FakeMessage message(description_);
     content_.message = &message;
     FakeItem item(content_);
-    StringSink sink;
+    TextSink sink;
     EXPECT_FALSE(WriteHtml(item, {}, sink).full);
     return sink.text;
   }
@@ -53,7 +53,7 @@ class DetailFilesTest : public ::testing::Test {
     mapi::FakeMessage message(description_);
     content_.message = &message;
     FakeItem item(content_);
-    StringSink sink;
+    TextSink sink;
     EXPECT_FALSE(WriteText(item, sink).full);
     return sink.text;
   }

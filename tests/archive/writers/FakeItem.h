@@ -14,17 +14,9 @@
 
 #include "archive/model/ByteSink.h"
 #include "archive/model/Item.h"
+#include "archive/model/TextSink.h"
 
 namespace tarn::archive {
-
-class StringSink final : public ByteSink {
- public:
-  std::optional<Trouble> write(std::string_view bytes) override {
-    text.append(bytes);
-    return std::nullopt;
-  }
-  std::string text;
-};
 
 // Takes so many bytes, and no more.
 class SmallSink final : public ByteSink {

@@ -10,7 +10,7 @@ namespace {
 
 // In pieces of a size: the result is the same for all.
 std::string MboxOf(std::string_view mail, size_t piece) {
-  StringSink sink;
+  TextSink sink;
   SinkBuffer out(sink);
   MboxSink mbox(out);
   for (size_t at = 0; at < mail.size(); at += piece) mbox.write(mail.substr(at, piece));
@@ -72,7 +72,7 @@ TEST(WriteMboxTest, BeginsWithTheSenderAndTheDate) {
   content.fields.sent = Moment{1714559696, 120};
   const auto write = [&] {
     FakeItem item(content);
-    StringSink sink;
+    TextSink sink;
     EXPECT_TRUE(WriteMbox(item, sink).lost.empty());
     return sink.text;
   };

@@ -17,7 +17,7 @@ namespace {
 
 std::string EmlOf(const FakeContent& content) {
   FakeItem item(content);
-  StringSink sink;
+  TextSink sink;
   EXPECT_TRUE(WriteEml(item, sink).lost.empty());
   return sink.text;
 }
@@ -264,7 +264,7 @@ TEST(ReadMboxBackTest, HasTheSameMails) {
       "A: b\nContent-Length: 2\n\nFrom x\n",
       "A: b\nContent-Length: 8\n\nx\nFrom y\n",
       "Subject: " + std::string(100000, 'x') + "\n\n" + std::string(100000, 'F') + "\nFrom x\n"};
-  StringSink box;
+  TextSink box;
   for (const std::string& mail : mails) {
     FakeContent content;
     content.mail = mail;

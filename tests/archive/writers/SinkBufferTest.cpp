@@ -8,7 +8,7 @@ namespace tarn::archive {
 namespace {
 
 std::string Base64Of(std::string bytes, Base64Lines lines) {
-  StringSink sink;
+  TextSink sink;
   SinkBuffer out(sink);
   EXPECT_FALSE(PutBase64(*BytesOf(std::move(bytes)), lines, out).has_value());
   EXPECT_FALSE(out.finish().has_value());
@@ -16,7 +16,7 @@ std::string Base64Of(std::string bytes, Base64Lines lines) {
 }
 
 TEST(SinkBufferTest, KeepsTheOrderOfSmallAndLargePieces) {
-  StringSink sink;
+  TextSink sink;
   SinkBuffer out(sink);
   const std::string large(100000, 'x');
   out.put("a").put(large).put("b").put(std::string(65535, 'y')).put("c");
@@ -55,7 +55,7 @@ TEST(SinkBufferTest, JoinsPiecesOfBase64) {
 }
 
 TEST(SinkBufferTest, TellsWhereASourceBreaksOff) {
-  StringSink sink;
+  TextSink sink;
   SinkBuffer out(sink);
   BrokenSource copied("abc");
   EXPECT_EQ(PutAll(copied, out)->reason, "a block is missing");

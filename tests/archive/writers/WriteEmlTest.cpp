@@ -12,7 +12,7 @@ namespace {
 // With the boundaries' hashes as "#".
 std::string EmlOf(const FakeContent& content, size_t lost = 0) {
   FakeItem item(content);
-  StringSink sink;
+  TextSink sink;
   const Written written = WriteEml(item, sink);
   EXPECT_FALSE(written.full.has_value());
   EXPECT_EQ(written.lost.size(), lost);
@@ -334,8 +334,8 @@ TEST(WriteEmlTest, WritesTheSameBytesForTheSameItem) {
   content.attach("a", "", "b");
   FakeItem item(content);
   FakeItem again(content);
-  StringSink first;
-  StringSink second;
+  TextSink first;
+  TextSink second;
   WriteEml(item, first);
   WriteEml(again, second);
   EXPECT_EQ(first.text, second.text);

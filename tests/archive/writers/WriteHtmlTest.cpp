@@ -9,7 +9,7 @@ namespace {
 
 std::string HtmlOf(const FakeContent& content, const AttachmentPaths& paths = {}) {
   FakeItem item(content);
-  StringSink sink;
+  TextSink sink;
   EXPECT_FALSE(WriteHtml(item, paths, sink).full.has_value());
   return sink.text;
 }
@@ -104,7 +104,7 @@ TEST(WriteHtmlTest, IsWholeWithoutABody) {
   content.bodies.troubles = {{TroubleKind::Damaged, "no text"}};
   content.troubles = {{TroubleKind::Damaged, "no recipients"}};
   FakeItem item(content);
-  StringSink sink;
+  TextSink sink;
   const Written written = WriteHtml(item, {}, sink);
   ASSERT_EQ(written.lost.size(), 2u);
   EXPECT_EQ(written.lost[0].reason, "no text");
@@ -130,7 +130,7 @@ TEST(TextLinksTest, FindsAddresses) {
 }
 
 TEST(TextLinksTest, LinksEachAddress) {
-  StringSink sink;
+  TextSink sink;
   SinkBuffer out(sink);
   PutParagraphs("a:http://b:8/ : mailto:c https://\n", out);
   out.finish();

@@ -33,7 +33,7 @@ struct Calendar {
     mapi::FakeMessage message(description);
     content.message = &message;
     FakeItem item(content);
-    StringSink sink;
+    TextSink sink;
     const Written written = WriteIcalendar(item, sink);
     EXPECT_FALSE(written.full.has_value());
     EXPECT_EQ(written.lost.size(), lost);
@@ -380,11 +380,11 @@ TEST(WriteIcalendarTest, GivesTheCalendarThatAMailCarries) {
   content.attach("invite.ics", "text/calendar", "BEGIN:VCALENDAR\r\n...");
   content.troubles = {{TroubleKind::Damaged, "x"}};
   FakeItem item(content);
-  StringSink sink;
+  TextSink sink;
   EXPECT_EQ(WriteIcalendar(item, sink).lost.size(), 1u);
   EXPECT_EQ(sink.text, "BEGIN:VCALENDAR\r\n...");
   content.broken = {1};
-  StringSink broken;
+  TextSink broken;
   EXPECT_EQ(WriteIcalendar(item, broken).lost.size(), 2u);
 }
 
@@ -392,11 +392,11 @@ TEST(WriteIcalendarTest, GivesTheCalendarOfAMailInUtf8) {
   FakeContent content;
   content.attach("", "text/calendar", "SUMMARY:Caf\xE9").charset = "ISO-8859-1";
   FakeItem item(content);
-  StringSink sink;
+  TextSink sink;
   EXPECT_TRUE(WriteIcalendar(item, sink).lost.empty());
   EXPECT_EQ(sink.text, "SUMMARY:Café");
   content.broken = {0};
-  StringSink broken;
+  TextSink broken;
   EXPECT_EQ(WriteIcalendar(item, broken).lost.size(), 1u);
   EXPECT_EQ(broken.text, "SUMMARY:Café");
 }
@@ -405,7 +405,7 @@ TEST(WriteIcalendarTest, WritesItemsWithoutProperties) {
   FakeContent content;
   content.fields.sent = Moment{kMoment, 120};
   FakeItem item(content);
-  StringSink sink;
+  TextSink sink;
   WriteIcalendar(item, sink);
   EXPECT_EQ(sink.text, Object("BEGIN:VEVENT\r\nUID:item-2097188\r\nDTSTAMP:20240501T103456Z\r\n" +
                               std::string(kConfirmed) + "END:VEVENT\r\n"));

@@ -9,7 +9,7 @@ namespace {
 
 std::string JsonOf(const FakeContent& content) {
   FakeItem item(content);
-  StringSink sink;
+  TextSink sink;
   const Written written = WriteJson(item, sink);
   EXPECT_FALSE(written.full.has_value());
   return sink.text;
@@ -80,7 +80,7 @@ TEST(WriteJsonTest, TellsWhatIsLost) {
   }
   content.list[0].trouble = Trouble{TroubleKind::TooDeep, "too deep"};
   FakeItem item(content);
-  StringSink sink;
+  TextSink sink;
   EXPECT_EQ(WriteJson(item, sink).lost.size(), 3u);
   EXPECT_TRUE(sink.text.ends_with(
       R"("attachments":[{"index":1,"kind":"item","name":"","mediaType":"","inline":false,)"

@@ -8,7 +8,7 @@ namespace {
 
 std::string TextOf(const FakeContent& content) {
   FakeItem item(content);
-  StringSink sink;
+  TextSink sink;
   EXPECT_FALSE(WriteText(item, sink).full.has_value());
   return sink.text;
 }
@@ -61,7 +61,7 @@ TEST(WriteTextTest, TellsWhatIsLost) {
   content.bodies.troubles = {{TroubleKind::Damaged, "no text"}};
   content.troubles = {{TroubleKind::Damaged, "no recipients"}};
   FakeItem item(content);
-  StringSink sink;
+  TextSink sink;
   const Written written = WriteText(item, sink);
   ASSERT_EQ(written.lost.size(), 2u);
   EXPECT_EQ(written.lost[0].reason, "no text");

@@ -26,7 +26,7 @@ struct Contact {
     mapi::FakeMessage message(description);
     content.message = &message;
     FakeItem item(content);
-    StringSink sink;
+    TextSink sink;
     EXPECT_FALSE(WriteVcard(item, sink).full.has_value());
     return sink.text;
   }
@@ -155,7 +155,7 @@ TEST(WriteVcardTest, WritesItemsWithoutProperties) {
   content.fields.subject = "Ann";
   content.troubles = {{TroubleKind::Damaged, "x"}};
   FakeItem item(content);
-  StringSink sink;
+  TextSink sink;
   EXPECT_EQ(WriteVcard(item, sink).lost.size(), 1u);
   EXPECT_EQ(sink.text, Card("FN:Ann\r\n"));
 }
@@ -166,14 +166,14 @@ TEST(WriteVcardTest, TellsWhatCannotBeRead) {
   mapi::FakeMessage message(contact.description);
   contact.content.message = &message;
   FakeItem item(contact.content);
-  StringSink sink;
+  TextSink sink;
   EXPECT_EQ(WriteVcard(item, sink).lost.size(), 1u);
   SmallSink small(5);
   EXPECT_TRUE(WriteVcard(item, small).full.has_value());
 }
 
 TEST(WriteVcardTest, CutsLinesBetweenCharacters) {
-  StringSink sink;
+  TextSink sink;
   SinkBuffer out(sink);
   VcardLines lines(out);
   lines.putText("NOTE", std::string(70, 'x'));
