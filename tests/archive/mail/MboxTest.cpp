@@ -106,6 +106,12 @@ TEST_F(MboxTest, TakesLinesWithADateAndAHeaderAfterThem) {
   EXPECT_TRUE(open(line + mail + line + mail)->find("56").ok());
 }
 
+TEST_F(MboxTest, TakesABlankBeforeTheColonOfAHeader) {
+  const std::string line = "From a@b.example Mon Jan  1 10:34:56 2024\n";
+  const std::string mail = "Subject \t: a\n\nx\n";
+  EXPECT_EQ(mailsOf(line + mail + line + mail), Texts(2, mail));
+}
+
 TEST_F(MboxTest, TakesLinesWithoutADateAfterAnEmptyLineAndBeforeAUsualHeader) {
   const std::string mail = "Subject: a\n\nx\n";
   for (const char* line : {"From MAILER-DAEMON\n", "From a@b 2024-05-01 12:00\n",

@@ -45,6 +45,12 @@ bool Connect(const std::string& port) {
 
 bool Truncate(const std::string& path) { return truncate(path.c_str(), 3) == 0; }
 
+// A file of a tebibyte, which takes no room.
+bool Grow(const std::string& path) {
+  const Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
+  return file && ftruncate(file.get(), off_t{1} << 40) == 0;
+}
+
 bool CutByOpening(const std::string& path) {
   return static_cast<bool>(Descriptor(::open(path.c_str(), O_RDONLY | O_TRUNC | O_CLOEXEC)));
 }
@@ -135,7 +141,7 @@ std::optional<std::string> Attempt(const std::string& what, const std::string& w
       {"parent", SignalParent}, {"exec", Execute},      {"fork", Fork},
       {"truncate", Truncate},   {"cut", CutByOpening},  {"chmod", ChangeMode},
       {"trace", Trace},         {"thread", Thread},     {"early", AskEarlyThread},
-      {"peek", Peek},
+      {"peek", Peek},           {"grow", Grow},
   };
   const auto found = attempts.find(what);
   if (found == attempts.end()) return std::nullopt;

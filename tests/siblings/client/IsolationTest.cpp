@@ -118,6 +118,10 @@ TEST_P(IsolationTest, ItsOwnFolderIsWrittenByThoseWhoHaveTo) {
   EXPECT_EQ(attempt("write " + ownFile()), mayWrite ? "done\n" : "refused\n");
 }
 
+TEST_P(IsolationTest, FilesAreNoLargerThanItsMemory) {
+  EXPECT_EQ(attempt("grow " + ownFile()), "refused\n");
+}
+
 TEST_P(IsolationTest, NobodyIsReached) {
   const Descriptor listener(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
   sockaddr_in address = {};
