@@ -172,9 +172,8 @@ ExitStatus RunOnce(const RunTaskOptions& options) {
   const uint64_t number = TaskNumber(options);
   if (number >= plan.tasks()) {
     throw Failure(ExitStatus::Usage, options.plan,
-                  "has " + std::to_string(plan.tasks()) +
-                      (plan.tasks() == 1 ? " task" : " tasks") + ", from 0, and no task " +
-                      std::to_string(number));
+                  "has " + std::to_string(plan.tasks()) + (plan.tasks() == 1 ? " task" : " tasks") +
+                      ", from 0, and no task " + std::to_string(number));
   }
   if (options.folder.empty()) throw Failure(ExitStatus::Usage, "empty name of the folder");
   const fs::path tree = host::PathFromUtf8(options.folder);
