@@ -3,7 +3,8 @@ and libical.
 
 Usage: whole_exports.py TARNMAIL_ARCHIVE READ_ICALENDAR FOLDER...
 
-All mail files of the folders, and of the folder that MAIL_CORPUS names, are exported in every form.
+All mail files of the folders, and of the folder that MAIL_CORPUS names, are exported in every form
+but PDF.
 Each item that `list --recover` names has a row, and whoever has no files has a reason; each file has
 the hash of its row. The mail, the mail in the mbox and the attachments of each item have the
 subject, addresses, date, texts and hashes of its JSON, also after a second export, of the mails and
