@@ -6,6 +6,7 @@ cluster_test.py TARNMAIL TARNMAIL_SLURM MAKE_STORE [test...]
 
 from __future__ import annotations
 
+import atexit
 import filecmp
 import json
 import re
@@ -389,5 +390,13 @@ class FullDisk:
             subprocess.run(["umount", self._export], check=True)
 
 
+def stop(*_: object) -> None:
+    raise KeyboardInterrupt
+
+
 if __name__ == "__main__":
+    # Nothing is left where somebody ends this: daemons have sessions of their own.
+    signal.signal(signal.SIGTERM, stop)
+    signal.signal(signal.SIGINT, stop)
+    atexit.register(ClusterTest.doClassCleanups)
     unittest.main(argv=[sys.argv[0], *sys.argv[4:]])

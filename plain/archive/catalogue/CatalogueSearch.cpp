@@ -156,7 +156,7 @@ class CatalogueSearch::Reading {
  private:
   static constexpr int kColumns = 5;
 
-  /// Null of what is no kind of recipients.
+  // Null for what is no kind of recipients.
   static std::vector<Address>* RecipientsOfKind(std::string_view kind, ItemFields& fields) {
     if (kind == "to") return &fields.to;
     if (kind == "cc") return &fields.cc;

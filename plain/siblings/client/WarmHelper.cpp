@@ -10,7 +10,7 @@ namespace {
 
 // Whatever limit documents have.
 constexpr std::chrono::milliseconds kTimeToStart(120'000);
-constexpr std::chrono::milliseconds kPatienceForIdle(1'000);
+constexpr std::chrono::milliseconds kPatienceAfterStart(1'000);
 
 }  // namespace
 
@@ -112,7 +112,7 @@ bool WarmHelper::readFirstMessage(HelperWall wall) {
     if (failed.trouble == Trouble::NoSandbox) return false;
     throw PageFailure(failed.trouble, whyNot_);
   }
-  const Ending ending = process_->end(kPatienceForIdle);
+  const Ending ending = process_->end(kPatienceAfterStart);
   whyNot_ = OneLine(process_->lastWords());
   if (wall == HelperWall::Namespaces && ending.exitStatus == kNoNamespacesStatus) return false;
   throw PageFailure(Trouble::NotInstalled,

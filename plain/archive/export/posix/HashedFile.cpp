@@ -143,9 +143,11 @@ std::optional<Trouble> ReadInPieces(const fs::path& path,
   if (fstat(file, &facts) != 0 || !S_ISREG(facts.st_mode)) {
     trouble = Trouble{TroubleKind::Unreadable, host::Utf8FromPath(path) + ": is no regular file"};
   }
-  // Of a small file all, and one byte more, which tells that it ends there.
-  const size_t room =
-      facts.st_size < static_cast<off_t>(kPiece) ? static_cast<size_t>(facts.st_size) + 1 : kPiece;
+  // Of a small file all, and one byte more, which tells that it ends there. Files of the kernel say
+  // that they are empty, and are not.
+  constexpr size_t kLeast = 4096;
+  const auto size = static_cast<size_t>(std::max<off_t>(facts.st_size, 0));
+  const size_t room = std::clamp(size + 1, kLeast, size_t{kPiece});
   std::vector<char> piece(trouble ? 0 : room);
   while (!trouble) {
     const ssize_t got = ::read(file, piece.data(), piece.size());
