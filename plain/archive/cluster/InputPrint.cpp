@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <fstream>
 #include <system_error>
-#include <vector>
 
 #include "archive/export/SourceSum.h"
 
@@ -24,20 +23,7 @@ std::string Bytes(uint64_t number) {
   return bytes;
 }
 
-Outcome<std::string> PrintOfMaildir(const fs::path& path) {
-  const Outcome<std::vector<std::string>> names = FilesOfMaildir(path);
-  if (!names) return names.trouble();
-  Sha256 sum;
-  for (const std::string& name : *names) {
-    std::error_code error;
-    const uint64_t size = fs::file_size(path / name, error);
-    if (error) return SystemTrouble(path / name, error.value());
-    sum.add(std::to_string(size) + " " + name + "\n");
-  }
-  return "names-1:" + sum.digest();
-}
-
-Outcome<std::string> PrintOfFile(const fs::path& path) {
+Outcome<std::string> PrintOfStore(const fs::path& path) {
   std::error_code error;
   const uint64_t size = fs::file_size(path, error);
   if (error) return SystemTrouble(path, error.value());
@@ -63,7 +49,10 @@ Outcome<std::string> PrintOfFile(const fs::path& path) {
 }  // namespace
 
 Outcome<std::string> PrintOfInput(const fs::path& path, SourceKind kind) {
-  return kind == SourceKind::Maildir ? PrintOfMaildir(path) : PrintOfFile(path);
+  if (kind == SourceKind::Store) return PrintOfStore(path);
+  const std::string stamp = StampOfSource(path, kind);
+  if (stamp.empty()) return Trouble{TroubleKind::Unreadable, path.string() + ": cannot be read"};
+  return "stamp-1:" + stamp;
 }
 
 Outcome<bool> IsSameInput(const fs::path& path, const PlannedInput& input,
@@ -71,7 +60,8 @@ Outcome<bool> IsSameInput(const fs::path& path, const PlannedInput& input,
   if (!input.print.empty()) {
     const Outcome<std::string> print = PrintOfInput(path, input.source.found.kind);
     if (!print) return print.trouble();
-    return *print == input.print;
+    if (*print == input.print) return true;
+    if (input.source.found.kind == SourceKind::Store) return false;
   }
   const Outcome<FileSum> sum = SumOfSource(path, input.source.found.kind, beat);
   if (!sum) return sum.trouble();

@@ -115,9 +115,7 @@ TEST_F(PlanTest, HasAPrintOfLargeInputs) {
   (void)directory_.write("box", box);
   addPath("box");
   (void)plan(1);
-  const std::string print = lines()[2]["fingerprint"];
-  EXPECT_TRUE(print.starts_with("samples-1:"));
-  EXPECT_EQ(print.size(), 10u + 64u);
+  EXPECT_TRUE(std::string(lines()[2]["fingerprint"]).starts_with("stamp-1:"));
 }
 
 TEST_F(PlanTest, RefusesWhatIsNotThereAndStreams) {
