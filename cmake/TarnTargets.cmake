@@ -5,6 +5,8 @@ target_compile_options(tarn_common_options INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
   # GCC 12 sees overlapping copies in sums of strings where there are none (its bug 105651).
   $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
+  # A source compiled with others shares their namespaces, and is not the main file that GCC thinks of.
+  $<$<AND:$<BOOL:${TARN_UNITY}>,$<COMPILE_LANG_AND_ID:CXX,GNU>>:-Wno-shadow -Wno-subobject-linkage>
   # Source locations name files below the project, not places on the build machine.
   -ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
 if(WIN32)
@@ -47,6 +49,12 @@ if(TARN_FUZZ)
   target_link_options(tarn_common_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
+# For what reads command lines, and sets others to work: it waits more than it works. Compiled for a
+# short build where sanitizers make that long.
+add_library(tarn_idle_options INTERFACE)
+target_link_libraries(tarn_idle_options INTERFACE tarn_options)
+target_compile_options(tarn_idle_options INTERFACE $<$<CONFIG:Debug>:-O0>)
+
 # What tests reach of the filter and the plain kernel is counted for scripts/coverage.sh: at run time
 # every process adds to the profiles in this folder. Tests are compiled so too, since inline functions and
 # templates of src/ are run as the test's own file has them.
@@ -85,14 +93,59 @@ add_library(tarn_test_options INTERFACE)
 target_link_libraries(tarn_test_options INTERFACE tarn_busy_test_options)
 target_compile_options(tarn_test_options INTERFACE -O0 -U_FORTIFY_SOURCE)
 
-# tarn_test(<name> [BUSY] LABELS <label>... SOURCES <file>... DEPENDS <target>...)
+# tarn_test_units(<list>): the sources of tests in the list become a few that hold several each, without
+# those that have SKIP_UNITY_BUILD_INCLUSION.
+function(tarn_test_units list)
+  set(most 8)
+  set(alone "")
+  set(tests "")
+  foreach(source IN LISTS ${list})
+    get_filename_component(path ${source} ABSOLUTE)
+    get_source_file_property(is_alone ${path} SKIP_UNITY_BUILD_INCLUSION)
+    if(NOT is_alone AND path MATCHES "Test\\.cpp$" AND path MATCHES "^${CMAKE_SOURCE_DIR}/tests/")
+      list(APPEND tests ${path})
+    else()
+      list(APPEND alone ${source})
+    endif()
+  endforeach()
+  list(LENGTH tests left)
+  math(EXPR units "(${left} + ${most} - 1) / ${most}")
+  while(units GREATER 0)
+    math(EXPR size "(${left} + ${units} - 1) / ${units}")
+    list(SUBLIST tests 0 ${size} some)
+    list(REMOVE_ITEM tests ${some})
+    math(EXPR left "${left} - ${size}")
+    set(unit ${CMAKE_CURRENT_BINARY_DIR}/${name}-${units}.cpp)
+    add_custom_command(OUTPUT ${unit}
+      COMMAND ${CMAKE_COMMAND} -DUNIT=${unit} "-DSOURCES=${some}" -P ${CMAKE_SOURCE_DIR}/cmake/TestUnit.cmake
+      DEPENDS ${some} ${CMAKE_SOURCE_DIR}/cmake/TestUnit.cmake
+      COMMENT "" VERBATIM)
+    # They include what is beside them.
+    set(folders ${some})
+    list(TRANSFORM folders REPLACE "/[^/]*$" "")
+    list(REMOVE_DUPLICATES folders)
+    set_source_files_properties(${unit} PROPERTIES INCLUDE_DIRECTORIES "${folders}")
+    list(APPEND alone ${unit})
+    math(EXPR units "${units} - 1")
+  endwhile()
+  set(${list} ${alone} PARENT_SCOPE)
+endfunction()
+
+# tarn_test(<name> [BUSY] [LONG] LABELS <label>... SOURCES <file>... DEPENDS <target>...)
 # One GoogleTest binary; every test in it fails when it leaves anything behind in the kernel. BUSY
-# tests compute much themselves, or by templates that are compiled with them.
+# tests compute much themselves, or by templates that are compiled with them. LONG ones are begun first,
+# so that none runs alone at the end.
+#
+# Without TARN_UNIT_TESTS, those of single parts are neither built nor run ("unit", and "fault" where their
+# calls fail): what is left drives the built libraries and programs.
 #
 # Each test is one of CTest's, in a process of its own, unless TARN_TESTS_BY_BINARY says otherwise:
 # then the binary is, and leaves <name>.xml in its folder of the build tree.
 function(tarn_test name)
-  cmake_parse_arguments(ARG "BUSY" "" "LABELS;SOURCES;DEPENDS" ${ARGN})
+  cmake_parse_arguments(ARG "BUSY;LONG" "" "LABELS;SOURCES;DEPENDS" ${ARGN})
+  if(TARN_UNITY)
+    tarn_test_units(ARG_SOURCES)
+  endif()
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE tarn_test_support ${ARG_DEPENDS})
   if(ARG_BUSY)
@@ -104,9 +157,16 @@ function(tarn_test name)
   set_target_properties(${name} PROPERTIES
     RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests
     BUILD_RPATH "${CMAKE_BINARY_DIR}")
+  if(NOT TARN_UNIT_TESTS AND ARG_LABELS MATCHES "unit|fault")
+    set_target_properties(${name} PROPERTIES EXCLUDE_FROM_ALL TRUE)
+    return()
+  endif()
   if(TARN_TESTS_BY_BINARY)
     add_test(NAME ${name} COMMAND ${name} --gtest_brief=1 --gtest_output=xml:${name}.xml)
     set_tests_properties(${name} PROPERTIES LABELS "${ARG_LABELS}")
+    if(ARG_LONG)
+      set_tests_properties(${name} PROPERTIES COST 100)
+    endif()
   else()
     gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
       PROPERTIES LABELS "${ARG_LABELS}")

@@ -4,7 +4,6 @@
 // what the sanitizers see, a run aborts when a file is not of its form.
 #include <algorithm>
 #include <filesystem>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -16,6 +15,7 @@
 #include "WrittenMail.h"
 #include "archive/sources/OpenSource.h"
 #include "archive/writers/Writers.h"
+#include "console/Json.h"
 #include "mutators/CallScript.h"
 #include "mutators/CompoundMutator.h"
 #include "mutators/LibFuzzer.h"
@@ -43,7 +43,7 @@ std::string WrittenBy(Writer writer, Item& item) {
 }
 
 // JSON's own check throws at what is none.
-void ExpectUtf8(const std::string& text) { (void)nlohmann::json(text).dump(); }
+void ExpectUtf8(const std::string& text) { (void)host::JsonLine(nlohmann::json(text)); }
 
 void ExpectLines(const std::string& text, std::string_view first, std::string_view last) {
   Expect(text.starts_with(first) && text.ends_with(last), "no vCard or iCalendar");
@@ -59,7 +59,7 @@ void WriteAll(Item& item) {
   Expect(text.find('\0') == text.npos, "a NUL in a text");
   const std::string json = WrittenBy(WriteJson, item);
   Expect(json.find('\n') == json.size() - 1, "another number of lines than one");
-  Expect(nlohmann::json::parse(json).is_object(), "no object");
+  Expect(host::ParsedJson<nlohmann::json>(json).is_object(), "no object");
   Expect(!WrittenBy(WriteEml, item).empty(), "no mail");
   const std::string box = WrittenBy(WriteMbox, item);
   Expect(box.starts_with("From ") && box.ends_with("\n\n"), "no mail of an mbox");

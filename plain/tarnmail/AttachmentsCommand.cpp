@@ -3,8 +3,8 @@
 #include <vector>
 
 #include "Commands.h"
-#include "JsonText.h"
 #include "Table.h"
+#include "console/Json.h"
 #include "console/Text.h"
 
 namespace tarn::host {

@@ -3,8 +3,8 @@
 #include <string_view>
 
 #include "Commands.h"
-#include "JsonText.h"
 #include "console/Failure.h"
+#include "console/Json.h"
 
 namespace tarn::host {
 namespace {

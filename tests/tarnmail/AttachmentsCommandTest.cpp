@@ -1,8 +1,7 @@
 // tarnmail attachments: the table and the JSON list.
 
-#include <nlohmann/json.hpp>
-
 #include "TarnmailFixture.h"
+#include "console/Json.h"
 #include "support/SampleMails.h"
 
 namespace tarn::test {
@@ -34,7 +33,8 @@ TEST_F(AttachmentsCommand, ShowsTimesAsTheyStandInTheMailInEveryZone) {
   for (const auto& [zone, seconds] : zones) {
     environment_.emplace_back("TZ", zone);
     EXPECT_EQ(output({"attachments", file}), table) << zone;
-    const json item = json::parse(output({"attachments", "--json", file}))["attachments"][0];
+    const json item =
+        host::ParsedJson<json>(output({"attachments", "--json", file}))["attachments"][0];
     EXPECT_EQ(item["created"], "2026-05-19T15:02:00") << zone;
     EXPECT_EQ(item["createdSeconds"], seconds) << zone;
     EXPECT_EQ(item["modified"], "2026-05-19T16:31:45") << zone;
@@ -59,13 +59,14 @@ TEST_F(AttachmentsCommand, SaysThatThereAreNone) {
 
 TEST_F(AttachmentsCommand, WritesAnEmptyListAsJson) {
   const std::string file = Example("plain-7bit.eml");
-  EXPECT_EQ(json::parse(output({"attachments", "--json", file})),
+  EXPECT_EQ(host::ParsedJson<json>(output({"attachments", "--json", file})),
             json({{"file", file}, {"attachments", json::array()}}));
 }
 
 TEST_F(AttachmentsCommand, WritesEverythingAsJson) {
   const std::string file = Example("nested-attachments.eml");
-  const json list = json::parse(output({"attachments", "--json", "-m", "1", file}))["attachments"];
+  const json list =
+      host::ParsedJson<json>(output({"attachments", "--json", "-m", "1", file}))["attachments"];
   ASSERT_EQ(list.size(), 3u);
   EXPECT_EQ(list[0],
             json({{"number", 1},
@@ -117,7 +118,8 @@ TEST_F(AttachmentsCommand, EscapesWhatATerminalWouldObey) {
             "No.  Name                             Size  Type             Disposition\n"
             "  1  \\x1b[31m\\u202egnp.exe\\x7f\\u009b     4  application/pdf  attachment\n");
   const std::string asJson = output({"attachments", "--json", file});
-  EXPECT_EQ(json::parse(asJson)["attachments"][0]["name"], "\x1b[31m\u202Egnp.exe\x7f\u009B");
+  EXPECT_EQ(host::ParsedJson<json>(asJson)["attachments"][0]["name"],
+            "\x1b[31m\u202Egnp.exe\x7f\u009B");
   EXPECT_NE(asJson.find(R"("\u001b[31m\u202egnp.exe\u007f\u009b")"), std::string::npos) << asJson;
 }
 
@@ -134,8 +136,9 @@ TEST_F(AttachmentsCommand, ShowsAnAttachmentWithoutName) {
   EXPECT_EQ(output({"attachments", file}),
             "No.  Size  Type             Disposition\n"
             "  1     4  application/pdf  attachment\n");
-  EXPECT_EQ(json::parse(output({"attachments", "--json", file}))["attachments"][0]["name"],
-            nullptr);
+  EXPECT_EQ(
+      host::ParsedJson<json>(output({"attachments", "--json", file}))["attachments"][0]["name"],
+      nullptr);
 }
 
 const std::string kZeroMeaning =

@@ -1,8 +1,7 @@
 // tarnmail info.
 
-#include <nlohmann/json.hpp>
-
 #include "TarnmailFixture.h"
+#include "console/Json.h"
 #include "support/SampleMails.h"
 
 namespace tarn::test {
@@ -49,24 +48,24 @@ TEST_F(InfoCommand, SaysTheSameInMemory) {
 
 TEST_F(InfoCommand, WritesJson) {
   const std::string file = Example("nested-attachments.eml");
-  EXPECT_EQ(json::parse(output({"info", "--json", file})), json({{"file", file},
-                                                                 {"format", "EML"},
-                                                                 {"messages", 1},
-                                                                 {"message", 1},
-                                                                 {"document", "HTML"},
-                                                                 {"pages", nullptr},
-                                                                 {"attachments", 3}}));
+  EXPECT_EQ(host::ParsedJson<json>(output({"info", "--json", file})), json({{"file", file},
+                                                                            {"format", "EML"},
+                                                                            {"messages", 1},
+                                                                            {"message", 1},
+                                                                            {"document", "HTML"},
+                                                                            {"pages", nullptr},
+                                                                            {"attachments", 3}}));
 }
 
 TEST_F(InfoCommand, AsksForTheTextSiblingWithTheTextFlag) {
-  const json answer =
-      json::parse(output({"info", "--text", "--json", Example("html-inline-image.eml")}));
+  const json answer = host::ParsedJson<json>(
+      output({"info", "--text", "--json", Example("html-inline-image.eml")}));
   EXPECT_EQ(answer["document"], "text");
 }
 
 TEST_F(InfoCommand, TakesTheOneMessageOfAMailFile) {
   const std::string file = Example("plain-7bit.eml");
-  EXPECT_EQ(json::parse(output({"info", "-m", "1", "--json", file}))["message"], 1);
+  EXPECT_EQ(host::ParsedJson<json>(output({"info", "-m", "1", "--json", file}))["message"], 1);
   for (const char* number : {"2", "7", "2147483647"}) {
     EXPECT_EQ(failure(2, {"info", "-m", number, "--json", file}),
               file + ": has 1 message; there is no message " + number);

@@ -1,9 +1,8 @@
 // Mail files that come through a pipe.
 
-#include <nlohmann/json.hpp>
-
 #include "ExampleDocuments.h"
 #include "TarnmailFixture.h"
+#include "console/Json.h"
 #include "support/SampleMails.h"
 
 namespace tarn::test {
@@ -23,7 +22,7 @@ TEST_F(Input, ADashIsStandardInput) {
     std::replace(named.begin(), named.end(), std::string("-"), file);
     EXPECT_EQ(output(arguments), output(named)) << arguments[0];
   }
-  EXPECT_EQ(nlohmann::json::parse(output({"info", "--json", "-"}))["file"], "-");
+  EXPECT_EQ(host::ParsedJson<nlohmann::json>(output({"info", "--json", "-"}))["file"], "-");
   EXPECT_EQ(output({"extract", "-", "2", "-o", "out"}), "");
   EXPECT_EQ(ReadWholeFile(directory_.path() / "out"), kRooms);
 }

@@ -1,8 +1,7 @@
 // tarnmail on MSG files: documents, attachments, messages in messages, and damaged files.
 
-#include <nlohmann/json.hpp>
-
 #include "TarnmailFixture.h"
+#include "console/Json.h"
 #include "support/HeaderRows.h"
 
 namespace tarn::test {
@@ -89,8 +88,8 @@ TEST_F(MsgCommands, ListAttachments) {
             "2026-11-21T10:01:00\n"
             "  2  orders.csv  text/csv   -                     -                    -\n");
   EXPECT_EQ(output({"attachments", Example("msg/text.msg")}), "No attachments\n");
-  const json list =
-      json::parse(output({"attachments", "--json", Example("msg/embedded.msg")}))["attachments"];
+  const json list = host::ParsedJson<json>(
+      output({"attachments", "--json", Example("msg/embedded.msg")}))["attachments"];
   ASSERT_EQ(list.size(), 2u);
   EXPECT_EQ(list[0]["name"], "Heating.msg");
   EXPECT_EQ(list[1]["name"], "With recipients.msg");

@@ -1,9 +1,8 @@
 // The commands on stores: which message, its document on both routes, its attachments, and what
 // damage and missing bodies look like.
 
-#include <nlohmann/json.hpp>
-
 #include "TarnmailFixture.h"
+#include "console/Json.h"
 #include "road/PstSamples.h"
 
 namespace tarn::test {
@@ -32,7 +31,7 @@ TEST_F(PstCommands, InfoTellsTheMessageAndTheirNumber) {
             "Document:    RTF\n"
             "Pages:       unknown\n"
             "Attachments: 0\n");
-  EXPECT_EQ(json::parse(output({"info", "--json", "--message", "4", "mail.pst"})),
+  EXPECT_EQ(host::ParsedJson<json>(output({"info", "--json", "--message", "4", "mail.pst"})),
             json({{"file", "mail.pst"},
                   {"format", "PST"},
                   {"messages", 6},
@@ -48,7 +47,7 @@ TEST_F(PstCommands, RefuseNumbersBeyondTheCount) {
   folder.message().html("a");
   folder.message().html("b");
   const std::string file = mail(two.bytes(), "two.pst");
-  EXPECT_EQ(json::parse(output({"info", "--json", "-m", "2", file}))["message"], 2);
+  EXPECT_EQ(host::ParsedJson<json>(output({"info", "--json", "-m", "2", file}))["message"], 2);
   for (const std::string number : {"3", "2147483647"}) {
     const std::string line = "two.pst: has 2 messages; there is no message " + number;
     EXPECT_EQ(failure(2, {"info", "-m", number, file}), line);
@@ -91,7 +90,7 @@ TEST_F(PstCommands, AttachmentsListsThoseOfTheMessage) {
             "  1  pic.png     image/png  pic.png     -                    -\n"
             "  2  report.pdf  -          report.pdf  2021-01-01T00:00:00  2021-01-01T00:01:00\n");
   EXPECT_EQ(output({"attachments", "-m", "3", "mail.pst"}), "No attachments\n");
-  const json list = json::parse(output({"attachments", "--json", "mail.pst"}));
+  const json list = host::ParsedJson<json>(output({"attachments", "--json", "mail.pst"}));
   EXPECT_EQ(list["attachments"].size(), 2u);
   EXPECT_EQ(list["attachments"][1]["createdSeconds"], 1609459200);
   EXPECT_EQ(list["attachments"][0]["size"], nullptr);

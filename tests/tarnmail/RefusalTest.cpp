@@ -1,8 +1,7 @@
 // Why mails are refused: each reason with a file that has it, and files beside it that do not.
 
-#include <nlohmann/json.hpp>
-
 #include "TarnmailFixture.h"
+#include "console/Json.h"
 #include "support/RtfCompressor.h"
 #include "support/SampleMails.h"
 #include "support/msg/MsgBuilder.h"
@@ -154,7 +153,7 @@ TEST_F(Refusal, NamesWhatAStoresMessageLacks) {
                 "\n"
                 "Pages:       unknown\n"
                 "Attachments: unknown\n");
-  EXPECT_EQ(json::parse(output({"info", "--json", "-m", "2", "mail"})),
+  EXPECT_EQ(host::ParsedJson<json>(output({"info", "--json", "-m", "2", "mail"})),
             json({{"file", "mail"},
                   {"format", "PST"},
                   {"messages", 5},

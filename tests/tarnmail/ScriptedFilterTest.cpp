@@ -1,8 +1,7 @@
 // What tarnmail does with filters that misbehave, and with answers that no mail file brings about.
 
-#include <nlohmann/json.hpp>
-
 #include "TarnmailFixture.h"
+#include "console/Json.h"
 
 namespace tarn::test {
 namespace {
@@ -69,13 +68,14 @@ TEST_F(ScriptedFilter, TellsOfAStore) {
             "Document:    RTF\n"
             "Pages:       unknown\n"
             "Attachments: 2\n");
-  EXPECT_EQ(json::parse(output({"info", "-m", "12", "--json", file})), json({{"file", "script"},
-                                                                             {"format", "PST"},
-                                                                             {"messages", 12},
-                                                                             {"message", 12},
-                                                                             {"document", "RTF"},
-                                                                             {"pages", nullptr},
-                                                                             {"attachments", 2}}));
+  EXPECT_EQ(host::ParsedJson<json>(output({"info", "-m", "12", "--json", file})),
+            json({{"file", "script"},
+                  {"format", "PST"},
+                  {"messages", 12},
+                  {"message", 12},
+                  {"document", "RTF"},
+                  {"pages", nullptr},
+                  {"attachments", 2}}));
   // The filter took the last message, which nobody asked for.
   EXPECT_EQ(failure(2, {"info", "-m", "99", file}),
             "script: has 12 messages; there is no message 99");
@@ -111,8 +111,8 @@ TEST_F(ScriptedFilter, ShowsHostileAttachmentsSafely) {
 }
 
 TEST_F(ScriptedFilter, WritesHostileAttachmentsAsValidJson) {
-  const json list =
-      json::parse(output({"attachments", "--json", mail("store", "script")}))["attachments"];
+  const json list = host::ParsedJson<json>(
+      output({"attachments", "--json", mail("store", "script")}))["attachments"];
   ASSERT_EQ(list.size(), 2u);
   EXPECT_EQ(list[0]["name"], "\x1b[2Jevil\u202Egnp.\r\nexe\x7f\u0085\uFFFD");
   EXPECT_EQ(list[0]["size"], nullptr);

@@ -1,11 +1,11 @@
 #include "archive/cluster/AttemptLog.h"
 
-#include <nlohmann/json.hpp>
 #include <system_error>
 
 #include "archive/export/Journal.h"
 #include "archive/export/Staging.h"
 #include "console/Failure.h"
+#include "console/Json.h"
 #include "console/Paths.h"
 
 namespace tarn::archive {
@@ -40,11 +40,11 @@ fs::path LogOfExport(const fs::path& tree) {
 
 std::optional<Trouble> WriteLog(const PlanFile& plan, const fs::path& tree) {
   const Json head = {{"type", "plan"}, {"plan", plan.id()}, {"tasks", plan.tasks()}};
-  std::string text = head.dump() + "\n";
+  std::string text = host::JsonLine(head) + "\n";
   plan.forEachTask([&](uint64_t number, const PlannedTask& task) {
     const Outcome<PartFacts> part = PartIn(PartFolder(tree, number));
     if (!part) return;
-    text += LineOf(*part, task).dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+    text += host::JsonLineOfAny(LineOf(*part, task)) + "\n";
   });
   const fs::path path = LogOfExport(tree);
   const fs::path draft = path.string() + ".new";
@@ -63,7 +63,7 @@ std::optional<Trouble> WriteLog(const PlanFile& plan, const fs::path& tree) {
 std::string PlanOfLog(const fs::path& tree) {
   std::string id;
   (void)ForEachLine(LogOfExport(tree), [&id](std::string_view text) {
-    const Json line = Json::parse(text, nullptr, false);
+    const Json line = host::JsonOrDiscarded<Json>(text);
     if (line.is_object()) id = line.value("plan", "");
     return false;
   });

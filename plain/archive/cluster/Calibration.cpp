@@ -1,12 +1,12 @@
 #include "archive/cluster/Calibration.h"
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
 
 #include "archive/cluster/AttemptLog.h"
 #include "archive/export/Journal.h"
 #include "archive/export/Staging.h"
 #include "console/Failure.h"
+#include "console/Json.h"
 #include "console/Paths.h"
 
 namespace tarn::archive {
@@ -48,7 +48,7 @@ uint64_t CalibratedCost(const std::string& path) {
   if (file.filename() == kManifestName) file = LogOfExport(fs::absolute(file).parent_path());
   std::vector<TimedTask> tasks;
   const Outcome<uint64_t> read = ForEachLine(file, [&](std::string_view text) {
-    const auto line = nlohmann::json::parse(text, nullptr, false);
+    const auto line = host::JsonOrDiscarded<nlohmann::json>(text);
     if (line.is_object() && line.value("type", "") == "attempt") {
       tasks.push_back(
           {line.value("inputBytes", 0.0), line.value("messages", 0.0), line.value("seconds", 0.0)});

@@ -1,4 +1,3 @@
-#include <nlohmann/json.hpp>
 #include <system_error>
 
 #include "archive/cluster/AttemptLog.h"
@@ -9,6 +8,7 @@
 #include "archive/export/Completion.h"
 #include "archive/export/ExportReport.h"
 #include "archive/export/Staging.h"
+#include "console/Json.h"
 #include "console/Paths.h"
 #include "console/SystemFiles.h"
 
@@ -108,7 +108,7 @@ class Merging {
   ExitStatus statusOfManifest() const {
     bool isWhole = true;
     (void)ForEachLine(tree_ / kManifestName, [&](std::string_view text) {
-      const auto row = nlohmann::json::parse(text, nullptr, false);
+      const auto row = host::JsonOrDiscarded<nlohmann::json>(text);
       if (!row.is_object() || row.value("type", "") != "source") return true;
       if (row.value("failed", 0) != 0 || row.contains("reason") || row.contains("troubles")) {
         isWhole = false;

@@ -1,11 +1,11 @@
 #include "archive/cluster/Part.h"
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
 #include <utility>
 
 #include "archive/export/HashedFile.h"
 #include "archive/export/Packing.h"
+#include "console/Json.h"
 #include "console/SystemFiles.h"
 
 namespace tarn::archive {
@@ -49,7 +49,7 @@ std::string TextOfPart(const PartFacts& facts) {
                      {"host", facts.host},
                      {"begun", facts.begun},
                      {"seconds", facts.seconds}};
-  return json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+  return host::JsonLineOfAny(json) + "\n";
 }
 
 Outcome<PartFacts> PartIn(const fs::path& folder) {
@@ -57,7 +57,7 @@ Outcome<PartFacts> PartIn(const fs::path& folder) {
   const Outcome<std::string> text = BytesOfFile(path);
   if (!text) return text.trouble();
   try {
-    const Json json = Json::parse(*text);
+    const Json json = host::ParsedJson<Json>(*text);
     PartFacts facts;
     facts.plan = json.at("plan");
     facts.task = json.at("task");
@@ -143,7 +143,7 @@ Outcome<GrowingFile*> PartSum::open(const fs::path& folder, WorkerPart part) {
 void PartSum::count(std::string_view rows) {
   for (size_t begin = 0; begin < rows.size();) {
     const size_t end = std::min(rows.find('\n', begin), rows.size());
-    const Json row = Json::parse(rows.substr(begin, end - begin), nullptr, false);
+    const Json row = host::JsonOrDiscarded<Json>(rows.substr(begin, end - begin));
     const std::string status = row.is_object() ? row.value("status", "") : "";
     if (status == "exported") ++counts_.exported;
     if (status == "partial") ++counts_.partial;

@@ -5,13 +5,13 @@
 #include <exception>
 #include <memory>
 #include <mutex>
-#include <nlohmann/json.hpp>
 #include <system_error>
 #include <thread>
 #include <utility>
 
 #include "archive/export/HashedFile.h"
 #include "console/Failure.h"
+#include "console/Json.h"
 #include "console/Paths.h"
 
 namespace tarn::archive {
@@ -87,7 +87,7 @@ class PartCheck {
     for (size_t begin = 0; begin < rows.size();) {
       const size_t end = std::min(rows.find('\n', begin), rows.size());
       const json row =
-          json::parse(std::string_view(rows).substr(begin, end - begin), nullptr, false);
+          host::JsonOrDiscarded<json>(std::string_view(rows).substr(begin, end - begin));
       begin = end + 1;
       if (!row.is_object() || !row.contains("files")) continue;
       for (const json& file : row["files"]) {

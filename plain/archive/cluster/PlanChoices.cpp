@@ -1,4 +1,5 @@
 #include "archive/cluster/PlanChoices.h"
+#include "console/Json.h"
 
 #include <algorithm>
 #include <charconv>
@@ -56,7 +57,7 @@ FilterOptions FilterOfJson(const Json& json) {
 Json JsonOfText(const std::string& text) {
   Json json(text);
   try {
-    (void)json.dump();
+    (void)host::JsonLine(json);
     return json;
   } catch (const Json::exception&) {
     constexpr const char* kDigits = "0123456789abcdef";

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <fstream>
-#include <nlohmann/json.hpp>
 #include <utility>
 
 #include "archive/cluster/NumberList.h"
@@ -10,6 +9,7 @@
 #include "archive/common/TellableName.h"
 #include "archive/export/Journal.h"
 #include "console/Failure.h"
+#include "console/Json.h"
 #include "console/Paths.h"
 
 namespace tarn::archive {
@@ -203,14 +203,16 @@ std::string PlanText(const PlanFacts& facts, const std::vector<PlannedInput>& in
                   {"targetCost", facts.targetCost},
                   {"messageCost", facts.messageCost}};
   if (!facts.directory.empty()) choices["directory"] = JsonOfText(facts.directory);
-  std::string rest = choices.dump() + "\n";
-  for (size_t at = 0; at < inputs.size(); ++at) rest += JsonOfInput(at, inputs[at]).dump() + "\n";
-  for (size_t at = 0; at < tasks.size(); ++at) rest += JsonOfTask(at, tasks[at]).dump() + "\n";
+  std::string rest = host::JsonLine(choices) + "\n";
+  for (size_t at = 0; at < inputs.size(); ++at)
+    rest += host::JsonLine(JsonOfInput(at, inputs[at])) + "\n";
+  for (size_t at = 0; at < tasks.size(); ++at)
+    rest += host::JsonLine(JsonOfTask(at, tasks[at])) + "\n";
   Sha256 id;
   id.add(rest);
   const Json head = {
       {"type", "plan"}, {"version", kVersion}, {"plan", id.digest()}, {"tasks", tasks.size()}};
-  return head.dump() + "\n" + rest;
+  return host::JsonLine(head) + "\n" + rest;
 }
 
 PlanFile::PlanFile(const std::string& path) : path_(path), file_(host::PathFromUtf8(path)) {
@@ -222,7 +224,7 @@ PlanFile::PlanFile(const std::string& path) : path_(path), file_(host::PathFromU
     const Outcome<uint64_t> read = ForEachLine(file_, [&](std::string_view line) {
       const uint64_t offset = std::exchange(next, next + line.size() + 1);
       if (number++ == 0) {
-        const Json head = Json::parse(line);
+        const Json head = host::ParsedJson<Json>(line);
         if (head.at("type") != "plan" || head.at("version") != kVersion) return isWhole = false;
         id_ = head.at("plan");
         tasks_ = head.at("tasks");
@@ -251,7 +253,7 @@ void PlanFile::refuse(const std::string& why) const {
 }
 
 void PlanFile::takeLine(std::string_view line) {
-  const Json json = Json::parse(line);
+  const Json json = host::ParsedJson<Json>(line);
   if (json.at("type") == "input") {
     inputs_.push_back(InputOfJson(json));
     if (!trees_.insert(inputs_.back().source.tree).second) Refuse("a folder of two inputs");
@@ -272,7 +274,7 @@ PlannedTask PlanFile::task(uint64_t number) const {
   file.read(line.data(), static_cast<std::streamsize>(line.size()));
   if (!file) throw host::Failure(host::ExitStatus::Temporary, path_, "cannot be read");
   try {
-    const Json json = Json::parse(line);
+    const Json json = host::ParsedJson<Json>(line);
     if (json.at("task") != number) refuse("does not have its tasks in their order");
     PlannedTask task = TaskOfJson(json);
     for (const PlannedRange& range : task.ranges) checkRange(range);

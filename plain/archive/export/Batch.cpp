@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <map>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <span>
 #include <system_error>
 #include <utility>
@@ -11,6 +10,7 @@
 #include "archive/export/ManifestRows.h"
 #include "archive/export/OnePdf.h"
 #include "archive/export/SourceSum.h"
+#include "console/Json.h"
 #include "console/Paths.h"
 #include "console/SystemFiles.h"
 
@@ -109,9 +109,10 @@ std::string WithoutFiles(const std::string& rows) {
   std::string changed;
   for (size_t begin = 0; begin < rows.size();) {
     const size_t end = rows.find('\n', begin);
-    auto row = nlohmann::ordered_json::parse(std::string_view(rows).substr(begin, end - begin));
+    auto row =
+        host::ParsedJson<nlohmann::ordered_json>(std::string_view(rows).substr(begin, end - begin));
     RemoveFiles(row);
-    changed += row.dump() + "\n";
+    changed += host::JsonLine(row) + "\n";
     begin = end + 1;
   }
   return changed;

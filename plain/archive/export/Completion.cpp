@@ -3,7 +3,6 @@
 #include <array>
 #include <map>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <system_error>
 #include <unordered_map>
 
@@ -14,6 +13,7 @@
 #include "archive/export/ManifestRows.h"
 #include "archive/export/OnePdf.h"
 #include "archive/export/SourcePlan.h"
+#include "console/Json.h"
 #include "console/Paths.h"
 #include "console/SystemFiles.h"
 #include "console/Text.h"
@@ -132,7 +132,7 @@ class Completion {
 
   void joinPdfs() {
     const Outcome<uint64_t> read = ForEachLine(staging_.journalPath(), [&](std::string_view line) {
-      const Json row = Json::parse(line);
+      const Json row = host::ParsedJson<Json>(line);
       if (const std::optional<ItemPages> pages = PagesOf(row)) {
         pdf_.add(*pages);
       }
@@ -145,7 +145,7 @@ class Completion {
   void take(std::string_view text) {
     const uint64_t offset = journalRead_;
     journalRead_ += text.size() + 1;
-    Json line = Json::parse(text);
+    Json line = host::ParsedJson<Json>(text);
     if (line.contains("journal")) {
       if (line["journal"] == "source") beginSource(line);
       if (line["journal"] == "end") endSource(line);
@@ -173,7 +173,7 @@ class Completion {
     nameCopy(row, offset);
     addToShown(row);
     RemoveJournalKeys(row);
-    put(host::ShowableJson(row.dump(-1, ' ', false, Json::error_handler_t::replace)));
+    put(host::ShowableJson(host::JsonLineOfAny(row)));
   }
 
   void count(const Json& row) {
@@ -256,7 +256,7 @@ class Completion {
       if (!more) CheckStaged(more.trouble());
       text += *more;
     }
-    return Json::parse(std::string_view(text).substr(0, text.find('\n')));
+    return host::ParsedJson<Json>(std::string_view(text).substr(0, text.find('\n')));
   }
 
   void addToShown(const Json& row) {

@@ -1,6 +1,5 @@
 #include "archive/export/FinishedExport.h"
 
-#include <nlohmann/json.hpp>
 #include <set>
 #include <system_error>
 
@@ -8,6 +7,7 @@
 #include "archive/export/ExportForms.h"
 #include "archive/export/Journal.h"
 #include "archive/export/Staging.h"
+#include "console/Json.h"
 
 namespace tarn::archive {
 namespace {
@@ -43,7 +43,7 @@ Told ToldBy(const fs::path& manifest) {
   Told told;
   const Outcome<uint64_t> read = ForEachLine(manifest, [&](std::string_view line) {
     try {
-      told.take(json::parse(line));
+      told.take(host::ParsedJson<json>(line));
     } catch (const json::exception&) {
       // Told by who checks the files.
     }

@@ -1,11 +1,11 @@
 #include "archive/export/Journal.h"
 
-#include <nlohmann/json.hpp>
 #include <utility>
 #include <vector>
 
 #include "archive/common/JsonWriter.h"
 #include "archive/export/Sha256.h"
+#include "console/Json.h"
 
 namespace tarn::archive {
 namespace {
@@ -49,7 +49,7 @@ class Restorer {
   // False at a line that does not hold.
   bool take(std::string_view text) {
     read_ += text.size() + 1;
-    json line = json::parse(text, nullptr, false);
+    json line = host::JsonOrDiscarded<json>(text);
     try {
       if (!line.contains("journal")) {
         addToSum(text);

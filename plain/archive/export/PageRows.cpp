@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "archive/catalogue/IndexWriter.h"
+#include "console/Json.h"
 
 namespace tarn::archive {
 namespace {
@@ -62,7 +63,7 @@ std::optional<PageRow> PageRows::next() {
 bool PageRows::readPiece() {
   std::ifstream file(directory_ / kIndexFolderName / NameOfPiece(++pieces_), std::ios::binary);
   const std::string script{std::istreambuf_iterator<char>(file), {}};
-  rows_ = json::parse(Quoted(script), nullptr, false);
+  rows_ = host::JsonOrDiscarded<json>(Quoted(script));
   at_ = 0;
   return rows_.is_array() && !rows_.empty();
 }

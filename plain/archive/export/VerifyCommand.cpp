@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <set>
 #include <system_error>
@@ -9,6 +8,7 @@
 #include "archive/export/Progress.h"
 #include "archive/export/ShownCheck.h"
 #include "archive/export/Staging.h"
+#include "console/Json.h"
 #include "console/Paths.h"
 #include "console/StandardStreams.h"
 #include "console/Text.h"
@@ -62,7 +62,7 @@ class Verification {
   }
 
   void takeLine(std::string_view text, uint64_t number) {
-    const json row = json::parse(text, nullptr, false);
+    const json row = host::JsonOrDiscarded<json>(text);
     try {
       if (row.at("type") == "source") return closeSource(row);
       if (row.at("type") != "item") return;

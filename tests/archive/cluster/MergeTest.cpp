@@ -6,6 +6,7 @@
 #include "ClusterFixture.h"
 #include "ReadMailPdf.h"
 #include "archive/cluster/AttemptLog.h"
+#include "console/Json.h"
 
 namespace tarn::archive {
 namespace {
@@ -333,10 +334,10 @@ TEST_F(MergeTest, KeepsALogOfAttemptsBeside) {
   std::ifstream log(text("out") + ".attempts.jsonl");
   std::string line;
   ASSERT_TRUE(std::getline(log, line));
-  EXPECT_EQ(nlohmann::json::parse(line)["plan"], planned.id());
+  EXPECT_EQ(host::ParsedJson<nlohmann::json>(line)["plan"], planned.id());
   for (int task = 0; task < 2; ++task) {
     ASSERT_TRUE(std::getline(log, line));
-    const auto row = nlohmann::json::parse(line);
+    const auto row = host::ParsedJson<nlohmann::json>(line);
     EXPECT_EQ(row["task"], task);
     EXPECT_EQ(row["exported"], 1);
     EXPECT_TRUE(row.contains("seconds") && row.contains("host"));

@@ -4,6 +4,7 @@
 #include <set>
 
 #include "ClusterFixture.h"
+#include "console/Json.h"
 
 namespace tarn::archive {
 namespace {
@@ -17,7 +18,7 @@ class PlanTest : public ClusterTest {
   std::vector<json> lines() const {
     std::vector<json> rows;
     std::ifstream file(at("plan"));
-    for (std::string line; std::getline(file, line);) rows.push_back(json::parse(line));
+    for (std::string line; std::getline(file, line);) rows.push_back(host::ParsedJson<json>(line));
     return rows;
   }
 };
@@ -33,7 +34,7 @@ TEST_F(PlanTest, TellsOptionsInputsAndTasks) {
   const PlanFile planned = plan(3);
   const std::vector<json> rows = lines();
   ASSERT_EQ(rows.size(), 7u);
-  EXPECT_EQ(rows[0].dump(),
+  EXPECT_EQ(host::JsonLine(rows[0]),
             json({{"type", "plan"}, {"version", 1}, {"plan", planned.id()}, {"tasks", 3}}).dump());
   EXPECT_EQ(rows[1]["options"]["to"], json({"text"}));
   EXPECT_EQ(rows[1]["options"]["dedupe"], true);
@@ -52,7 +53,7 @@ TEST_F(PlanTest, TellsOptionsInputsAndTasks) {
   std::set<std::string> items;
   for (size_t task = 0; task < 3; ++task) {
     EXPECT_EQ(rows[4 + task]["task"], task);
-    items.insert(rows[4 + task]["items"].dump());
+    items.insert(host::JsonLine(rows[4 + task]["items"]));
   }
   const std::string run = R"([{"entries":1,"first":%,"input":0,"runs":[{"at":[0,#],"folder":[],)"
                           R"("path":"","rows":1}],"shared":"0"}])";

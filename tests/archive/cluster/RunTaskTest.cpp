@@ -7,6 +7,7 @@
 
 #include "ClusterFixture.h"
 #include "archive/cluster/Machine.h"
+#include "console/Json.h"
 
 namespace tarn::archive {
 namespace {
@@ -244,9 +245,9 @@ TEST_F(RunTaskTest, NamesBothWhereAnotherAttemptHasOtherBytes) {
     if (!std::exchange(isFirst, false)) return;
     EXPECT_EQ(WEXITSTATUS(inProcess([this] { return static_cast<int>(run(0)); })), 0);
     const fs::path part = at("out/parts/0/part.json");
-    auto facts = nlohmann::ordered_json::parse(test::ReadWholeFile(part));
+    auto facts = host::ParsedJson<nlohmann::ordered_json>(test::ReadWholeFile(part));
     facts["sha256"] = std::string(64, '0');
-    std::ofstream(part) << facts.dump() << "\n";
+    std::ofstream(part) << host::JsonLine(facts) << "\n";
   };
   EXPECT_EQ(RunTask(options), ExitStatus::Usage);
   const Names names = parts();
@@ -382,7 +383,8 @@ TEST_F(RunTaskTest, TellsWhatAPartHas) {
   addMbox("box", 10);
   const PlanFile planned = plan(1);
   EXPECT_EQ(run(0), ExitStatus::Done);
-  const auto part = nlohmann::json::parse(test::ReadWholeFile(at("out/parts/0/part.json")));
+  const auto part =
+      host::ParsedJson<nlohmann::json>(test::ReadWholeFile(at("out/parts/0/part.json")));
   EXPECT_EQ(part["plan"], planned.id());
   EXPECT_EQ(part["task"], 0);
   EXPECT_EQ(part["items"], 10);
@@ -396,7 +398,7 @@ TEST_F(RunTaskTest, HasTheSameSumInHoweverManyProcesses) {
   (void)plan(1);
   EXPECT_EQ(run(0), ExitStatus::Done);
   const auto sum = [this](const char* name) {
-    return nlohmann::json::parse(test::ReadWholeFile(at(name)))["sha256"];
+    return host::ParsedJson<nlohmann::json>(test::ReadWholeFile(at(name)))["sha256"];
   };
   RunTaskOptions options = taskOptions(0);
   options.folder = text("other");

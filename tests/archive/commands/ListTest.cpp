@@ -4,11 +4,11 @@
 
 #include <csignal>
 
-#include <nlohmann/json.hpp>
 #include <set>
 #include <sstream>
 
 #include "archive/commands/ArchiveFixture.h"
+#include "console/Json.h"
 #include "tarnmail/posix/RunningProgram.h"
 
 namespace tarn::archive {
@@ -36,7 +36,7 @@ class List : public ArchiveCommand {
     std::istringstream lines(output(arguments));
     std::vector<nlohmann::json> objects;
     for (std::string line; std::getline(lines, line);) {
-      objects.push_back(nlohmann::json::parse(line));
+      objects.push_back(host::ParsedJson<nlohmann::json>(line));
     }
     return objects;
   }
@@ -81,7 +81,8 @@ TEST_F(List, IsJsonForMachines) {
   example("nested-attachments.eml");
   const std::vector<nlohmann::json> items = json({"nested-attachments.eml"});
   ASSERT_EQ(items.size(), 2U);
-  EXPECT_EQ(items[0], nlohmann::json::parse(R"({"source":"nested-attachments.eml","id":"1",
+  EXPECT_EQ(items[0],
+            host::ParsedJson<nlohmann::json>(R"({"source":"nested-attachments.eml","id":"1",
     "folder":"","class":"IPM.Note","subject":"Minutes, and the rooms for June",
     "from":{"name":"Nora Lindqvist","address":"nora@example.org"},
     "to":[{"name":"Paul Meyer","address":"paul@example.com"},
@@ -245,7 +246,7 @@ TEST_F(List, GivesEveryItemOfTheCorpusAnId) {
   std::set<std::pair<std::string, std::string>> ids;
   size_t count = 0;
   for (std::string line; std::getline(lines, line); ++count) {
-    const nlohmann::json item = nlohmann::json::parse(line);
+    const nlohmann::json item = host::ParsedJson<nlohmann::json>(line);
     ids.emplace(item["source"], item["id"]);
   }
   EXPECT_GE(count, 3U);

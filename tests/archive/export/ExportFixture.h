@@ -11,11 +11,11 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
 #include "archive/export/Export.h"
+#include "console/Json.h"
 #include "support/TempDirectory.h"
 
 namespace tarn::archive {
@@ -65,7 +65,9 @@ class ExportFixture : public ::testing::Test {
   std::vector<nlohmann::json> manifest(const std::string& name) const {
     std::vector<nlohmann::json> rows;
     std::ifstream lines(directory_.path() / name / "manifest.jsonl");
-    for (std::string line; std::getline(lines, line);) rows.push_back(nlohmann::json::parse(line));
+    for (std::string line; std::getline(lines, line);) {
+      rows.push_back(host::ParsedJson<nlohmann::json>(line));
+    }
     return rows;
   }
 

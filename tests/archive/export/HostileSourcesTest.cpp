@@ -4,9 +4,9 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
-#include <nlohmann/json.hpp>
 
 #include "archive/export/Export.h"
+#include "console/Json.h"
 #include "support/RtfCompressor.h"
 #include "support/TempDirectory.h"
 #include "support/msg/MsgBuilder.h"
@@ -37,7 +37,7 @@ class HostileSources : public ::testing::Test {
   std::vector<json> rows() const {
     std::vector<json> rows;
     std::ifstream lines(directory_.path() / "out" / "manifest.jsonl");
-    for (std::string line; std::getline(lines, line);) rows.push_back(json::parse(line));
+    for (std::string line; std::getline(lines, line);) rows.push_back(host::ParsedJson<json>(line));
     return rows;
   }
 

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <nlohmann/json.hpp>
 #include <sstream>
 
 #include "ReadMailPdf.h"
@@ -8,6 +7,7 @@
 #include "archive/export/ManifestRows.h"
 #include "archive/pdf/SmallPdf.h"
 #include "archive/writers/FakeItem.h"
+#include "console/Json.h"
 #include "support/TempDirectory.h"
 
 namespace tarn::archive {
@@ -44,7 +44,7 @@ TEST(PdfExportTest, SaysWhyAnItemHasNoPdf) {
                              &layout};
   const Outcome<ItemResult> result = ExportItem(item, choices, target);
   ASSERT_TRUE(result.ok());
-  const nlohmann::json row = nlohmann::json::parse(result->rows);
+  const nlohmann::json row = host::ParsedJson<nlohmann::json>(result->rows);
   EXPECT_EQ(row["status"], "partial");
   EXPECT_EQ(row["reason"], "it has no PDF: its layout takes longer than 50 s");
   ASSERT_EQ(row["files"].size(), 1U);
@@ -98,7 +98,7 @@ class PagesExportTest : public ::testing::Test {
     EXPECT_FALSE(result->hasFolder);
     std::istringstream lines(result->rows);
     for (std::string line; std::getline(lines, line);) {
-      rows_.push_back(nlohmann::ordered_json::parse(line));
+      rows_.push_back(host::ParsedJson<nlohmann::ordered_json>(line));
     }
     ASSERT_EQ(rows_.size(), 2U);
   }

@@ -9,10 +9,10 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
+#include "console/Json.h"
 #include "support/TempDirectory.h"
 #include "tarnmail/RunProgram.h"
 
@@ -169,7 +169,9 @@ class FaultyExport : public ::testing::Test {
   std::vector<nlohmann::json> manifest(const std::string& folder) const {
     std::vector<nlohmann::json> rows;
     std::ifstream lines(path(folder) / "manifest.jsonl");
-    for (std::string line; std::getline(lines, line);) rows.push_back(nlohmann::json::parse(line));
+    for (std::string line; std::getline(lines, line);) {
+      rows.push_back(host::ParsedJson<nlohmann::json>(line));
+    }
     return rows;
   }
 

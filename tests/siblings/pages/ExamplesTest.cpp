@@ -3,10 +3,10 @@
 
 #include <algorithm>
 #include <map>
-#include <nlohmann/json.hpp>
 #include <sstream>
 
 #include "DocumentWords.h"
+#include "console/Json.h"
 #include "tarnmail/TarnmailFixture.h"
 #include "tarnmail/pages/PngReading.h"
 
@@ -39,12 +39,13 @@ class Examples : public TarnmailTest {
   std::vector<Sample> samples() {
     std::vector<Sample> all;
     for (const std::string& file : Files()) {
-      const int messages = nlohmann::json::parse(output({"info", "--json", file}))["messages"];
+      const int messages =
+          host::ParsedJson<nlohmann::json>(output({"info", "--json", file}))["messages"];
       for (int message = 1; message <= messages; ++message) {
         for (const bool text : {false, true}) {
           WordList words = {file, "-m", std::to_string(message)};
           if (text) words.emplace_back("--text");
-          const auto answer = nlohmann::json::parse(outputOf("info --json", words));
+          const auto answer = host::ParsedJson<nlohmann::json>(outputOf("info --json", words));
           const bool has = answer["document"].is_string();
           all.push_back({words, has ? answer["document"].get<std::string>() : ""});
         }

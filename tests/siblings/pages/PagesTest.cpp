@@ -1,8 +1,8 @@
 // tarnmail pages: PNG files of mails, by the built helpers.
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
 
+#include "console/Json.h"
 #include "support/SampleMails.h"
 #include "tarnmail/TarnmailFixture.h"
 #include "tarnmail/pages/PngReading.h"
@@ -138,35 +138,39 @@ TEST_F(Pages, OfARefusedMailLeaveNothing) {
 
 TEST_F(Pages, AreCountedByInfo) {
   using nlohmann::json;
-  EXPECT_EQ(json::parse(output({"info", "--json", "--pages", Example("plain-7bit.eml")}))["pages"],
+  EXPECT_EQ(host::ParsedJson<json>(
+                output({"info", "--json", "--pages", Example("plain-7bit.eml")}))["pages"],
             1);
-  const json answer = json::parse(output({"info", "--json", "--pages", longMail()}));
+  const json answer = host::ParsedJson<json>(output({"info", "--json", "--pages", longMail()}));
   EXPECT_GE(answer["pages"], 3);
   EXPECT_EQ(answer["document"], "text");
   EXPECT_EQ(output({"info", "--pages", Example("msg/html-image.msg")}).find("unknown"),
             std::string::npos);
   standardInput_ = kHtmlMail;
-  EXPECT_EQ(json::parse(output({"info", "--json", "--pages", "-"}))["pages"], 1);
+  EXPECT_EQ(host::ParsedJson<json>(output({"info", "--json", "--pages", "-"}))["pages"], 1);
   standardInput_.reset();
   // A page of A4 has 56 lines, one of letter 52.
   std::string lines = kSampleFields + "\r\n";
   for (int i = 0; i < 49; ++i) lines += "line\r\n";
   const std::string fits = mail(lines, "fits.eml");
-  const int onLetter =
-      json::parse(output({"info", "--json", "--pages", "--paper", "letter", fits}))["pages"];
+  const int onLetter = host::ParsedJson<json>(
+      output({"info", "--json", "--pages", "--paper", "letter", fits}))["pages"];
   EXPECT_EQ(onLetter, 2);
-  EXPECT_EQ(json::parse(output({"info", "--json", "--pages", "--paper", "a4", fits}))["pages"], 1);
+  EXPECT_EQ(
+      host::ParsedJson<json>(output({"info", "--json", "--pages", "--paper", "a4", fits}))["pages"],
+      1);
   // What cannot be laid out is told all the same.
   std::string paragraphs = kSampleFields + "Content-Type: text/html\r\n\r\n<html><body>";
   for (int i = 0; i < 500000; ++i) paragraphs += "<p>";
   const std::string tooMany = mail(paragraphs);
-  EXPECT_EQ(json::parse(output({"info", "--json", "--pages", tooMany}))["whyNoPages"],
+  EXPECT_EQ(host::ParsedJson<json>(output({"info", "--json", "--pages", tooMany}))["whyNoPages"],
             "the document has too many elements to be laid out");
   EXPECT_NE(
       output({"info", "--pages", tooMany}).find("Pages:       unknown: the document has too many"),
       std::string::npos);
   // Only when it is asked.
-  EXPECT_EQ(json::parse(output({"info", "--json", Example("plain-7bit.eml")}))["pages"], nullptr);
+  EXPECT_EQ(host::ParsedJson<json>(output({"info", "--json", Example("plain-7bit.eml")}))["pages"],
+            nullptr);
 }
 
 }  // namespace

@@ -4,8 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include <nlohmann/json.hpp>
-
+#include "console/Json.h"
 #include "support/SampleMails.h"
 #include "tarnmail/TarnmailFixture.h"
 
@@ -17,7 +16,7 @@ namespace fs = std::filesystem;
 
 TEST_F(Names, MayHaveQuotesAndLineEnds) {
   const std::string file = mail(kPlainMail, "a \"quoted\"\nn\u00E4me.eml");
-  EXPECT_EQ(nlohmann::json::parse(output({"info", file, "--json"}))["file"], file);
+  EXPECT_EQ(host::ParsedJson<nlohmann::json>(output({"info", file, "--json"}))["file"], file);
 }
 
 TEST_F(Names, MayHaveABackslash) {
@@ -50,7 +49,7 @@ TEST_F(Names, MayBeNoText) {
   const std::string file = mail(kPlainMail, "caf\xE9 \xFF\xFE.eml");
   EXPECT_EQ(output({"document", file}), kPlainMailDocument + '\0');
   EXPECT_EQ(output({"attachments", file}), "No attachments\n");
-  EXPECT_EQ(nlohmann::json::parse(output({"info", file, "--json"}))["file"],
+  EXPECT_EQ(host::ParsedJson<nlohmann::json>(output({"info", file, "--json"}))["file"],
             "caf\uFFFD \uFFFD\uFFFD.eml");
   fs::create_directory(directory_.path() / "d\xE9");
   mail(kPlainMail, "d\xE9/mail.eml");

@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
 
+#include "console/Json.h"
 #include "support/Environment.h"
 #include "support/SampleMails.h"
 #include "tarnmail/ExampleDocuments.h"
@@ -22,7 +22,7 @@ TEST_F(Names, TakeBothSeparators) {
   for (const char* file : {"n\u00E4me\\to.eml", "n\u00E4me/to.eml"}) {
     mail(kPlainMail, file);
     EXPECT_EQ(output({"document", file}), kPlainMailDocument + '\0');
-    EXPECT_EQ(nlohmann::json::parse(output({"info", file, "--json"}))["file"], file);
+    EXPECT_EQ(host::ParsedJson<nlohmann::json>(output({"info", file, "--json"}))["file"], file);
   }
 }
 
