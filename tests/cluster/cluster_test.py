@@ -290,6 +290,18 @@ class ClusterTest(unittest.TestCase):
         self.resume("--at-once", 8)
         self.expect_whole()
 
+    def test_task_beyond_its_time(self) -> None:
+        # Slurm counts in minutes, and looks twice in one.
+        self.submit("-t", 1, tasks=6)
+        _, task = self.stopped_in_mid_task()
+        # Slurm continues what it ends. The same time would not do for it again.
+        self.wait_for("and has said")
+        self.assertEqual(self.missing(), str(task))
+        self.assertIn(f"neither done nor queued: {task} (", self.status())
+        self.assertEqual(list(self.out.glob(f"parts/.{task}.*")), [])
+        self.resume("-t", 10)
+        self.expect_whole()
+
     def test_disk_is_full(self) -> None:
         disk = self.full_disk()
         self.submit("--retries", 20, tasks=6)

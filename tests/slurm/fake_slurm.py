@@ -92,6 +92,10 @@ def scontrol(arguments):
                 job["reason"] = "Priority"
         save(jobs)
     elif arguments[0] == "requeue":
+        busy = FOLDER / "busy"
+        if busy.exists():
+            busy.unlink()
+            fail("slurm_update error: Unable to contact slurm controller (connect failure)")
         for job in chosen(jobs, arguments[1]):
             job["state"] = "REQUEUED"
         save(jobs)

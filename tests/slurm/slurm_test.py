@@ -373,6 +373,16 @@ class RetryTest(ClusterTest):
                 self.assertIn("given up after 2 retries", self.log())
                 self.cluster.change(lambda job: job.update(state="ENDED"))
 
+    def test_controller_that_is_busy_is_asked_again(self) -> None:
+        self.exits.write_text("exit 75")
+        self.submit()
+        busy = self.cluster.folder / "busy"
+        busy.touch()
+        self.cluster.run_next()
+        self.assertFalse(busy.exists())
+        self.assertEqual(self.cluster.pending()[0]["restarts"], 1)
+        self.assertIn("Unable to contact slurm controller", self.log())
+
     def test_what_would_be_the_same_again_is_not(self) -> None:
         self.submit()
         for status in (1, 2, 3, 127):

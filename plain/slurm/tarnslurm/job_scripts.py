@@ -35,14 +35,24 @@ if [ "$asked" -eq 0 ] && {{ [ "$status" -eq 75 ] || [ "$status" -ge 128 ]; }}; t
     echo "exit status $status, given up after $retries retries"
   else
     echo "exit status $status, queued again"
-    if scontrol requeue "{job}"; then
-      # Slurm ends this job now.
+    # A controller that is busy or away may answer the next time: for about four minutes.
+    pause=1
+    while [ "$asked" -eq 0 ]; do
+      if scontrol requeue "{job}"; then
+        # Slurm ends this job now.
+        pause=300
+      elif [ "$pause" -gt 128 ]; then
+        echo "no answer of Slurm, given up"
+        break
+      fi
       seconds=0
-      while [ "$asked" -eq 0 ] && [ "$seconds" -lt 300 ]; do
+      while [ "$asked" -eq 0 ] && [ "$seconds" -lt "$pause" ]; do
         sleep 1
         seconds=$((seconds + 1))
       done
-    fi
+      [ "$pause" -lt 300 ] || break
+      pause=$((pause * 2))
+    done
   fi
 fi
 exit "$status"

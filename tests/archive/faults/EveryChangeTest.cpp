@@ -3,6 +3,7 @@
 
 #include "archive/faults/FaultFixture.h"
 #include "support/Environment.h"
+#include "support/msg/MsgBuilder.h"
 
 namespace tarn::archive {
 namespace {
@@ -40,36 +41,55 @@ class EveryChange : public FaultyExport, public ::testing::WithParamInterface<Me
       EXPECT_EQ(result.exitStatus, -1);
     }
   }
+
+  // Exports what is in "in" with each of its changes met in turn.
+  void meetEach(const std::vector<std::string>& options) {
+    std::vector<std::string> resumed = options;
+    resumed.push_back("--resume");
+    ASSERT_EQ(exportInto("whole", options).exitStatus, 0);
+    const Tree whole = tree("whole");
+    ASSERT_EQ(exportInto("out", options, {GetParam().kind, 0}).exitStatus, 0);
+    const uint64_t changes = calls_;
+    ASSERT_GT(changes, 60u);
+
+    const uint64_t stride = Stride();
+    for (uint64_t at = 1 + GetParam().place * 3 % stride; at <= changes; at += stride) {
+      SCOPED_TRACE("change " + std::to_string(at) + " of " + std::to_string(changes));
+      std::filesystem::remove_all(path("out"));
+      const test::ProgramResult result = exportInto("out", options, {GetParam().kind, at});
+      expectNothingHalf("out", whole);
+      // There may be another way, as a copy for a link, and a signal may come when all is done.
+      const bool isFinished = std::filesystem::exists(path("out/manifest.jsonl"));
+      if (isFullDisk()) {
+        EXPECT_EQ(isFinished, result.exitStatus == 0);
+      }
+      if (!isFinished) expectFitEnd(result);
+      const test::ProgramResult last = exportInto("out", resumed);
+      EXPECT_EQ(last.exitStatus, 0) << last.err;
+      EXPECT_EQ(difference(tree("out"), whole), "");
+      if (HasFailure()) return;
+    }
+  }
 };
 
 TEST_P(EveryChange, LeavesNothingHalfAndGoesOn) {
   write("in/mail.eml", MailWithParts(3));
-  const std::vector<std::string> options = {"--to", "html,text,eml,mbox,json"};
-  std::vector<std::string> resumed = options;
-  resumed.push_back("--resume");
-  ASSERT_EQ(exportInto("whole", options).exitStatus, 0);
-  const Tree whole = tree("whole");
-  ASSERT_EQ(exportInto("out", options, {GetParam().kind, 0}).exitStatus, 0);
-  const uint64_t changes = calls_;
-  ASSERT_GT(changes, 60u);
+  meetEach({"--to", "html,text,eml,mbox,json"});
+}
 
-  const uint64_t stride = Stride();
-  for (uint64_t at = 1 + GetParam().place * 3 % stride; at <= changes; at += stride) {
-    SCOPED_TRACE("change " + std::to_string(at) + " of " + std::to_string(changes));
-    std::filesystem::remove_all(path("out"));
-    const test::ProgramResult result = exportInto("out", options, {GetParam().kind, at});
-    expectNothingHalf("out", whole);
-    // There may be another way, as a copy for a link, and a signal may come when all is done.
-    const bool isFinished = std::filesystem::exists(path("out/manifest.jsonl"));
-    if (isFullDisk()) {
-      EXPECT_EQ(isFinished, result.exitStatus == 0);
-    }
-    if (!isFinished) expectFitEnd(result);
-    const test::ProgramResult last = exportInto("out", resumed);
-    EXPECT_EQ(last.exitStatus, 0) << last.err;
-    EXPECT_EQ(difference(tree("out"), whole), "");
-    if (HasFailure()) return;
-  }
+// A card, a calendar, and pages where there are any.
+TEST_P(EveryChange, LeavesNothingHalfOfOtherForms) {
+  test::MsgBuilder contact;
+  contact.text(0x001A, u"IPM.Contact").text(0x0037, u"Ann").text(0x3001, u"Ann");
+  write("in/contact.msg", contact.write());
+  test::MsgBuilder meeting;
+  meeting.text(0x001A, u"IPM.Appointment").text(0x0037, u"Lunch");
+  write("in/meeting.msg", meeting.write());
+#ifdef HAS_PAGES
+  meetEach({"--to", "text,pdf"});
+#else
+  meetEach({"--to", "text"});
+#endif
 }
 
 INSTANTIATE_TEST_SUITE_P(Meetings, EveryChange,
