@@ -93,16 +93,17 @@ add_library(tarn_test_options INTERFACE)
 target_link_libraries(tarn_test_options INTERFACE tarn_busy_test_options)
 target_compile_options(tarn_test_options INTERFACE -O0 -U_FORTIFY_SOURCE)
 
-# tarn_test_units(<list>): the sources of tests in the list become a few that hold several each, without
-# those that have SKIP_UNITY_BUILD_INCLUSION.
-function(tarn_test_units list)
+# tarn_test_units(<name> <list>): the sources of tests in the list become a few that hold several each,
+# without those that have SKIP_UNITY_BUILD_INCLUSION.
+function(tarn_test_units name list)
   set(most 8)
   set(alone "")
   set(tests "")
   foreach(source IN LISTS ${list})
     get_filename_component(path ${source} ABSOLUTE)
     get_source_file_property(is_alone ${path} SKIP_UNITY_BUILD_INCLUSION)
-    if(NOT is_alone AND path MATCHES "Test\\.cpp$" AND path MATCHES "^${CMAKE_SOURCE_DIR}/tests/")
+    cmake_path(IS_PREFIX CMAKE_CURRENT_SOURCE_DIR ${path} is_own)
+    if(is_own AND NOT is_alone AND path MATCHES "Test\\.cpp$")
       list(APPEND tests ${path})
     else()
       list(APPEND alone ${source})
@@ -133,18 +134,18 @@ endfunction()
 
 # tarn_test(<name> [BUSY] [LONG] LABELS <label>... SOURCES <file>... DEPENDS <target>...)
 # One GoogleTest binary; every test in it fails when it leaves anything behind in the kernel. BUSY
-# tests compute much themselves, or by templates that are compiled with them. LONG ones are begun first,
-# so that none runs alone at the end.
+# tests compute much themselves, or by templates that are compiled with them. Where a binary is
+# one test, LONG ones are begun first, so that none runs alone at the end.
 #
 # Without TARN_UNIT_TESTS, those of single parts are neither built nor run ("unit", and "fault" where their
-# calls fail): what is left drives the built libraries and programs.
+# calls fail): what is left drives the built libraries and programs, and asks the system ("platform").
 #
 # Each test is one of CTest's, in a process of its own, unless TARN_TESTS_BY_BINARY says otherwise:
 # then the binary is, and leaves <name>.xml in its folder of the build tree.
 function(tarn_test name)
   cmake_parse_arguments(ARG "BUSY;LONG" "" "LABELS;SOURCES;DEPENDS" ${ARGN})
   if(TARN_UNITY)
-    tarn_test_units(ARG_SOURCES)
+    tarn_test_units(${name} ARG_SOURCES)
   endif()
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE tarn_test_support ${ARG_DEPENDS})
@@ -157,7 +158,7 @@ function(tarn_test name)
   set_target_properties(${name} PROPERTIES
     RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests
     BUILD_RPATH "${CMAKE_BINARY_DIR}")
-  if(NOT TARN_UNIT_TESTS AND ARG_LABELS MATCHES "unit|fault")
+  if(NOT TARN_UNIT_TESTS AND ARG_LABELS MATCHES "unit|fault" AND NOT ARG_LABELS MATCHES "platform")
     set_target_properties(${name} PROPERTIES EXCLUDE_FROM_ALL TRUE)
     return()
   endif()

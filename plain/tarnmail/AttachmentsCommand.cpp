@@ -1,4 +1,3 @@
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <vector>
 

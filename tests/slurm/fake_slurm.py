@@ -2,8 +2,9 @@
 """sbatch, squeue, scontrol and scancel, as far as an export needs them, on a file of jobs.
 
 The folder is that of the variable FAKE_SLURM: jobs.json has the jobs, calls.jsonl all calls, and
-"limit" the MaxArraySize, "most" the MaxJobCount where it is there. What is in the file "refuse" is the reason for which sbatch refuses. Jobs
-run when a test runs them (fake_cluster.py).
+"limit" the MaxArraySize, "most" the MaxJobCount where it is there. What is in the file "refuse" is the
+reason for which sbatch refuses. scontrol has no answer once where "busy" is, and refuses to queue a job
+again where "refuses" is. Jobs run when a test runs them (fake_cluster.py).
 """
 
 import json
@@ -96,6 +97,8 @@ def scontrol(arguments):
         if busy.exists():
             busy.unlink()
             fail("slurm_update error: Unable to contact slurm controller (connect failure)")
+        if (FOLDER / "refuses").exists():
+            fail("Requeue of jobs is disabled for this cluster")
         for job in chosen(jobs, arguments[1]):
             job["state"] = "REQUEUED"
         save(jobs)

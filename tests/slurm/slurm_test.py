@@ -383,6 +383,14 @@ class RetryTest(ClusterTest):
         self.assertEqual(self.cluster.pending()[0]["restarts"], 1)
         self.assertIn("Unable to contact slurm controller", self.log())
 
+    def test_controller_that_refuses_is_not(self) -> None:
+        self.exits.write_text("exit 75")
+        self.submit()
+        (self.cluster.folder / "refuses").touch()
+        self.assertEqual(self.cluster.run_next(), 75)
+        self.assertEqual(self.cluster.pending()[0]["task"], 1)
+        self.assertIn("Slurm does not queue it again, given up", self.log())
+
     def test_what_would_be_the_same_again_is_not(self) -> None:
         self.submit()
         for status in (1, 2, 3, 127):

@@ -1,12 +1,15 @@
 #include "archive/cluster/AttemptLog.h"
 
+#include <map>
 #include <system_error>
+#include <utility>
 
 #include "archive/export/Journal.h"
 #include "archive/export/Staging.h"
 #include "console/Failure.h"
 #include "console/Json.h"
 #include "console/Paths.h"
+#include "console/SystemFiles.h"
 
 namespace tarn::archive {
 namespace {
@@ -21,6 +24,35 @@ Json LineOf(const PartFacts& part, const PlannedTask& task) {
           {"failed", part.failed},    {"outputBytes", part.bytes}};
 }
 
+// A path beside the export, its own with that at the end.
+fs::path Beside(const fs::path& tree, const std::string& end) {
+  fs::path full = fs::absolute(tree).lexically_normal();
+  if (!full.has_filename()) full = full.parent_path();
+  return full.string() + end;
+}
+
+fs::path FailedAttemptsFolder(const fs::path& tree) { return Beside(tree, ".attempts"); }
+
+// The lines of those of the plan, by their tasks, in the order in which they were begun. A file
+// that an attempt could not write to its end is left out.
+std::multimap<uint64_t, std::string> FailedAttempts(const PlanFile& plan, const fs::path& tree) {
+  std::map<std::pair<std::string, std::string>, std::pair<uint64_t, std::string>> found;
+  std::error_code error;
+  for (const fs::directory_entry& entry :
+       fs::directory_iterator(FailedAttemptsFolder(tree), error)) {
+    (void)ForEachLine(entry.path(), [&](std::string_view text) {
+      const Json line = host::JsonOrDiscarded<Json>(text);
+      if (!line.is_object() || line.value("plan", "") != plan.id()) return true;
+      found[{line.value("begun", ""), entry.path().filename().string()}] = {
+          line.value("task", uint64_t{0}), std::string(text)};
+      return true;
+    });
+  }
+  std::multimap<uint64_t, std::string> lines;
+  for (auto& [place, line] : found) lines.insert(std::move(line));
+  return lines;
+}
+
 bool HasPartOf(const PlanFile& plan, const fs::path& tree) {
   std::error_code error;
   for (const fs::directory_entry& entry : fs::directory_iterator(tree / kPartsName, error)) {
@@ -32,16 +64,29 @@ bool HasPartOf(const PlanFile& plan, const fs::path& tree) {
 
 }  // namespace
 
-fs::path LogOfExport(const fs::path& tree) {
-  fs::path full = fs::absolute(tree).lexically_normal();
-  if (!full.has_filename()) full = full.parent_path();
-  return full.string() + ".attempts.jsonl";
+fs::path LogOfExport(const fs::path& tree) { return Beside(tree, ".attempts.jsonl"); }
+
+void KeepFailedAttempt(const fs::path& tree, const FailedAttempt& attempt) {
+  const Json line = {{"type", "failure"},        {"plan", attempt.plan},
+                     {"task", attempt.task},     {"host", attempt.host},
+                     {"begun", attempt.begun},   {"seconds", attempt.seconds},
+                     {"status", attempt.status}, {"reason", attempt.reason}};
+  std::error_code ignored;
+  fs::create_directory(FailedAttemptsFolder(tree), ignored);
+  const Outcome<std::unique_ptr<GrowingFile>> file =
+      GrowingFile::open(FailedAttemptsFolder(tree) / (attempt.attempt + ".jsonl"));
+  if (file) (void)(*file)->append(host::JsonLineOfAny(line) + "\n");
 }
+
+void ForgetFailedAttempts(const fs::path& tree) { host::RemoveTree(FailedAttemptsFolder(tree)); }
 
 std::optional<Trouble> WriteLog(const PlanFile& plan, const fs::path& tree) {
   const Json head = {{"type", "plan"}, {"plan", plan.id()}, {"tasks", plan.tasks()}};
   std::string text = host::JsonLine(head) + "\n";
+  const std::multimap<uint64_t, std::string> failed = FailedAttempts(plan, tree);
   plan.forEachTask([&](uint64_t number, const PlannedTask& task) {
+    const auto [first, end] = failed.equal_range(number);
+    for (auto line = first; line != end; ++line) text += line->second + "\n";
     const Outcome<PartFacts> part = PartIn(PartFolder(tree, number));
     if (!part) return;
     text += host::JsonLineOfAny(LineOf(*part, task)) + "\n";

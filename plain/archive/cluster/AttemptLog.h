@@ -3,6 +3,7 @@
 #ifndef TARN_ARCHIVE_ATTEMPTLOG_H
 #define TARN_ARCHIVE_ATTEMPTLOG_H
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -15,7 +16,27 @@ namespace tarn::archive {
 // DIR.attempts.jsonl
 std::filesystem::path LogOfExport(const std::filesystem::path& tree);
 
-// Of all parts that are there. A trouble says that it cannot be written.
+// An attempt that has ended without a part.
+struct FailedAttempt {
+  std::string plan;  // its id
+  uint64_t task = 0;
+  std::string attempt;  // which of several
+  std::string host;
+  std::string begun;
+  double seconds = 0;
+  int status = 0;  // that the program ends with
+  std::string reason;
+};
+
+// Keeps it beside the export, in a file of its own, until the log is written. Nothing where the
+// system does not: the attempt has failed as it is.
+void KeepFailedAttempt(const std::filesystem::path& tree, const FailedAttempt& attempt);
+
+// Removes what was kept, which the log tells.
+void ForgetFailedAttempts(const std::filesystem::path& tree);
+
+// Of all parts that are there, and the attempts that have failed before. A trouble says that it
+// cannot be written.
 std::optional<Trouble> WriteLog(const PlanFile& plan, const std::filesystem::path& tree);
 
 // The id of the plan that the export there was made by; empty where nothing tells.

@@ -23,6 +23,8 @@ std::string Bytes(uint64_t number) {
   return bytes;
 }
 
+}  // namespace
+
 Outcome<std::string> PrintOfStore(const fs::path& path) {
   std::error_code error;
   const uint64_t size = fs::file_size(path, error);
@@ -46,24 +48,16 @@ Outcome<std::string> PrintOfStore(const fs::path& path) {
   return "samples-1:" + sum.digest();
 }
 
-}  // namespace
-
-Outcome<std::string> PrintOfInput(const fs::path& path, SourceKind kind) {
-  if (kind == SourceKind::Store) return PrintOfStore(path);
-  const std::string stamp = StampOfSource(path, kind);
-  if (stamp.empty()) return Trouble{TroubleKind::Unreadable, path.string() + ": cannot be read"};
-  return "stamp-1:" + stamp;
-}
-
 Outcome<bool> IsSameInput(const fs::path& path, const PlannedInput& input,
                           const std::function<void()>& beat) {
+  const SourceKind kind = input.source.found.kind;
   if (!input.print.empty()) {
-    const Outcome<std::string> print = PrintOfInput(path, input.source.found.kind);
+    const Outcome<std::string> print = PrintOfStore(path);
     if (!print) return print.trouble();
-    if (*print == input.print) return true;
-    if (input.source.found.kind == SourceKind::Store) return false;
+    return *print == input.print;
   }
-  const Outcome<FileSum> sum = SumOfSource(path, input.source.found.kind, beat);
+  if (!input.stamp.empty() && StampOfSource(path, kind) == input.stamp) return true;
+  const Outcome<FileSum> sum = SumOfSource(path, kind, beat);
   if (!sum) return sum.trouble();
   return *sum == input.sum;
 }

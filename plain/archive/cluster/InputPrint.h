@@ -12,19 +12,16 @@
 
 namespace tarn::archive {
 
-// Larger files have a print.
+// Larger inputs have a print or a stamp.
 inline constexpr uint64_t kLargestSummed = uint64_t{16} << 20;
 
-// Of a store "samples-1:" and the SHA-256 of its size (8 bytes, the lowest first), its first and
-// last 64 KiB and 62 pieces of 16 KiB at the same distances between: where it was changed at
-// another place and kept its size, it has the same print.
-//
-// Of any other "stamp-1:" and its StampOfSource (SourceSum.h), which is another one after each
-// change and may be so without any. A trouble says that the system does not tell.
-Outcome<std::string> PrintOfInput(const std::filesystem::path& path, SourceKind kind);
+// "samples-1:" and the SHA-256 of the file's size (8 bytes, the lowest first), its first and last
+// 64 KiB and 62 pieces of 16 KiB at the same distances between: where it was changed at another
+// place and kept its size, it has the same print. A trouble says that the system does not tell.
+Outcome<std::string> PrintOfStore(const std::filesystem::path& path);
 
-// Whether the file is the planned one: by its print, or by its sum where it has none or where the
-// print is a stamp and is another one. A trouble says that the system does not tell.
+// Whether the file is the planned one: by its print; where it has none, by its stamp, or by its sum
+// where it has no stamp or another one. A trouble says that the system does not tell.
 Outcome<bool> IsSameInput(const std::filesystem::path& path, const PlannedInput& input,
                           const std::function<void()>& beat);
 

@@ -102,6 +102,7 @@ class Merging {
     options_.step();
     host::RemoveTree(tree_ / kStagingName);
     host::RemoveTree(parts);
+    ForgetFailedAttempts(tree_);
   }
 
   // As an export ends that has such a manifest.

@@ -111,6 +111,16 @@ void PartWriter::write(const fs::path& path, const std::string& bytes) const {
   if (!sum) Check(sum.trouble());
 }
 
+double PartWriter::seconds() const {
+  const std::chrono::duration<double> time = std::chrono::steady_clock::now() - begin_;
+  return std::round(time.count() * 1000) / 1000;
+}
+
+FailedAttempt PartWriter::asFailed(int status, const std::string& reason) const {
+  return {facts_.plan,  facts_.task, facts_.attempt, facts_.host,
+          facts_.begun, seconds(),   status,         reason};
+}
+
 void PartWriter::describe(size_t ranges, const std::function<void()>& beat) {
   PartSum sum;
   for (size_t range = 0; range < ranges; ++range) {
@@ -123,8 +133,7 @@ void PartWriter::describe(size_t ranges, const std::function<void()>& beat) {
     write(EntriesPath(folder(), range), Packed(entries_[range]));
   }
   sum.finish(facts_);
-  const std::chrono::duration<double> time = std::chrono::steady_clock::now() - begin_;
-  facts_.seconds = std::round(time.count() * 1000) / 1000;
+  facts_.seconds = seconds();
   write(folder() / kPartFactsName, TextOfPart(facts_));
 }
 

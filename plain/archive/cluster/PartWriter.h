@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "archive/cluster/AttemptLog.h"
 #include "archive/cluster/Part.h"
 #include "console/Failure.h"
 #include "console/RemovedAtEnd.h"
@@ -34,10 +35,14 @@ class PartWriter {
   // aside. Until then `beat` is called from time to time, and may throw.
   void commit(size_t ranges, const std::function<void()>& beat);
 
+  // What the log tells of it where there will be no part.
+  FailedAttempt asFailed(int status, const std::string& reason) const;
+
  private:
   void gather(size_t ranges);
   void describe(size_t ranges, const std::function<void()>& beat);
   void write(const std::filesystem::path& path, const std::string& bytes) const;
+  double seconds() const;  // since it was begun
   void compare(const PartFacts& first);
 
   std::filesystem::path place_;

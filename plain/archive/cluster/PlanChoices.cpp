@@ -1,11 +1,12 @@
 #include "archive/cluster/PlanChoices.h"
-#include "console/Json.h"
 
 #include <algorithm>
 #include <charconv>
 #include <optional>
 #include <utility>
 #include <vector>
+
+#include "console/Json.h"
 
 namespace tarn::archive {
 namespace {

@@ -87,7 +87,13 @@ class Planning {
       if (work.stamp != StampOfSource(found.path, found.kind)) {
         throw Failure(ExitStatus::Failed, found.name, "has changed while it was planned");
       }
-      if (work.sum.bytes > kLargestSummed) input.print = printOf(found);
+      if (work.sum.bytes > kLargestSummed) {
+        if (found.kind == SourceKind::Store) {
+          input.print = printOf(found);
+        } else {
+          input.stamp = work.stamp;
+        }
+      }
       if (input.entries != 0) {
         const bool isOne = found.kind == SourceKind::Mail || found.kind == SourceKind::Compound ||
                            found.kind == SourceKind::Tnef;
@@ -102,7 +108,7 @@ class Planning {
   }
 
   static std::string printOf(const FoundSource& found) {
-    const Outcome<std::string> print = PrintOfInput(found.path, found.kind);
+    const Outcome<std::string> print = PrintOfStore(found.path);
     if (!print) throw Failure(ExitStatus::Failed, print.trouble().reason);
     return *print;
   }

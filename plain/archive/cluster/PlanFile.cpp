@@ -210,8 +210,11 @@ std::string PlanText(const PlanFacts& facts, const std::vector<PlannedInput>& in
     rest += host::JsonLine(JsonOfTask(at, tasks[at])) + "\n";
   Sha256 id;
   id.add(rest);
-  const Json head = {
+  Json head = {
       {"type", "plan"}, {"version", kVersion}, {"plan", id.digest()}, {"tasks", tasks.size()}};
+  for (size_t at = 0; at < inputs.size(); ++at) {
+    if (!inputs[at].stamp.empty()) head["stamps"].push_back({at, inputs[at].stamp});
+  }
   return host::JsonLine(head) + "\n" + rest;
 }
 
@@ -220,6 +223,7 @@ PlanFile::PlanFile(const std::string& path) : path_(path), file_(host::PathFromU
   uint64_t number = 0;
   uint64_t next = 0;
   bool isWhole = true;
+  std::vector<std::pair<size_t, std::string>> stamps;
   try {
     const Outcome<uint64_t> read = ForEachLine(file_, [&](std::string_view line) {
       const uint64_t offset = std::exchange(next, next + line.size() + 1);
@@ -228,6 +232,7 @@ PlanFile::PlanFile(const std::string& path) : path_(path), file_(host::PathFromU
         if (head.at("type") != "plan" || head.at("version") != kVersion) return isWhole = false;
         id_ = head.at("plan");
         tasks_ = head.at("tasks");
+        if (head.contains("stamps")) stamps = head["stamps"];
         return true;
       }
       sum.add(line);
@@ -246,6 +251,14 @@ PlanFile::PlanFile(const std::string& path) : path_(path), file_(host::PathFromU
   places_.push_back(next);
   if (!isWhole || number < 2) refuse("is no plan of this version");
   if (sum.digest() != id_ || places_.size() != tasks_ + 1) refuse("has changed since it was made");
+  takeStamps(stamps);
+}
+
+void PlanFile::takeStamps(const std::vector<std::pair<size_t, std::string>>& stamps) {
+  for (const auto& [input, stamp] : stamps) {
+    if (input >= inputs_.size()) refuse("has no input " + std::to_string(input));
+    inputs_[input].stamp = stamp;
+  }
 }
 
 void PlanFile::refuse(const std::string& why) const {

@@ -1,7 +1,8 @@
 // PlanFile.h - the plan of an export by many machines: JSON Lines that one command writes and the
 // others read.
 //
-// The first line has the id of the plan, which is the SHA-256 of all that comes after it; the
+// The first line has the id of the plan, which is the SHA-256 of all that comes after it, and the
+// stamps of inputs: a copy with other times is the same input. The
 // second one the options of the export; then come the inputs, and then the tasks.
 #ifndef TARN_ARCHIVE_PLANFILE_H
 #define TARN_ARCHIVE_PLANFILE_H
@@ -14,6 +15,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "archive/export/Export.h"
@@ -26,7 +28,8 @@ namespace tarn::archive {
 struct PlannedInput {
   ExportSource source;  // its path is not set
   FileSum sum;          // its digits are empty where it cannot be read
-  std::string print;    // of a large one (InputPrint.h)
+  std::string print;    // of a large store (InputPrint.h)
+  std::string stamp;    // of another large one (SourceSum.h)
   uint64_t entries = 0;
   std::string reason;  // of the source as a whole; empty: nothing is wrong with it
 };
@@ -75,6 +78,7 @@ class PlanFile {
 
  private:
   void takeLine(std::string_view line);
+  void takeStamps(const std::vector<std::pair<size_t, std::string>>& stamps);
   void checkRange(const PlannedRange& range) const;
   [[noreturn]] void refuse(const std::string& why) const;
 

@@ -159,6 +159,19 @@ class TaskRun {
   ExportOptions exporting_;
 };
 
+// What the system did not give may be there the next time.
+ExitStatus StatusOf(const std::exception& error) {
+  const auto* const failure = dynamic_cast<const Failure*>(&error);
+  const bool isForGood = failure != nullptr && failure->status() == ExitStatus::Usage &&
+                         dynamic_cast<const StagingTaken*>(&error) == nullptr;
+  return isForGood ? ExitStatus::Usage : ExitStatus::Temporary;
+}
+
+std::string ReasonOf(const std::exception& error) {
+  const bool isMemory = dynamic_cast<const std::bad_alloc*>(&error) != nullptr;
+  return isMemory ? "out of memory" : error.what();
+}
+
 ExitStatus Told(const std::string& reason, ExitStatus status) {
   Say(reason);
   return status;
@@ -186,8 +199,16 @@ ExitStatus RunOnce(const RunTaskOptions& options) {
     return Told(failure.what(), failure.status());
   }
   PartWriter part(tree, plan.id(), number, options.step);
-  run.run(part);
-  part.commit(run.ranges(), StopIfAsked);
+  try {
+    run.run(part);
+    part.commit(run.ranges(), StopIfAsked);
+  } catch (const std::exception& error) {
+    // Of one that comes after the merge nobody asks.
+    if (KindOfExportFolder(tree) != ExportFolder::Finished) {
+      KeepFailedAttempt(tree, part.asFailed(static_cast<int>(StatusOf(error)), ReasonOf(error)));
+    }
+    throw;
+  }
   RemoveLatePart(plan, tree, number);
   return ExitStatus::Done;
 }
@@ -197,16 +218,8 @@ ExitStatus RunOnce(const RunTaskOptions& options) {
 ExitStatus RunTask(const RunTaskOptions& options) {
   try {
     return RunOnce(options);
-  } catch (const StagingTaken& failure) {
-    return Told(failure.what(), ExitStatus::Temporary);
-  } catch (const Failure& failure) {
-    // What the system did not give may be there the next time.
-    const bool isForGood = failure.status() == ExitStatus::Usage;
-    return Told(failure.what(), isForGood ? ExitStatus::Usage : ExitStatus::Temporary);
-  } catch (const std::bad_alloc&) {
-    return Told("out of memory", ExitStatus::Temporary);
   } catch (const std::exception& error) {
-    return Told(error.what(), ExitStatus::Temporary);
+    return Told(ReasonOf(error), StatusOf(error));
   }
 }
 

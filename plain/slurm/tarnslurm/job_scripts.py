@@ -38,12 +38,19 @@ if [ "$asked" -eq 0 ] && {{ [ "$status" -eq 75 ] || [ "$status" -ge 128 ]; }}; t
     # A controller that is busy or away may answer the next time: for about four minutes.
     pause=1
     while [ "$asked" -eq 0 ]; do
-      if scontrol requeue "{job}"; then
+      if said=$(scontrol requeue "{job}" 2>&1); then
         # Slurm ends this job now.
         pause=300
-      elif [ "$pause" -gt 128 ]; then
-        echo "no answer of Slurm, given up"
-        break
+      else
+        echo "$said"
+        case $said in
+          *ontact*|*"imed out"*|*emporarily*|*ommunication*|*onnect*) again=$((pause <= 128)) ;;
+          *) again=0 ;;
+        esac
+        if [ "$again" -eq 0 ]; then
+          echo "Slurm does not queue it again, given up"
+          break
+        fi
       fi
       seconds=0
       while [ "$asked" -eq 0 ] && [ "$seconds" -lt "$pause" ]; do

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <filesystem>
 #include <optional>
 #include <system_error>
@@ -29,6 +30,9 @@ void StartArchive(const std::vector<std::string>& words) {
                   "the archive commands are not installed: the package tarnpst-archive has them");
   }
   const fs::path program = *folder / name;
+  // GLib's own allocator ends a program by a signal where there is no memory; it looks at this
+  // before main().
+  setenv("G_SLICE", "always-malloc", 0);
   execv(program.c_str(), arguments.data());
   throw Failure(ExitStatus::Broken, program.string(), ErrorText({errno, std::generic_category()}));
 }

@@ -112,7 +112,13 @@ class Browser:
 
     def wait(self, expression, seconds=30, session=None):
         for _ in range(seconds * 50):
-            got = self.value(expression, session)
+            try:
+                got = self.value(expression, session)
+            except RuntimeError as error:
+                # The page before is going, and the new one is not there yet.
+                if 'Inspected target navigated or closed' not in str(error):
+                    raise
+                got = None
             if got:
                 return got
             time.sleep(0.02)

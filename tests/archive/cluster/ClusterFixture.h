@@ -11,7 +11,6 @@
 #include <filesystem>
 #include <functional>
 #include <map>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 

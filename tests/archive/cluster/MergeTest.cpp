@@ -6,6 +6,7 @@
 #include "ClusterFixture.h"
 #include "ReadMailPdf.h"
 #include "archive/cluster/AttemptLog.h"
+#include "archive/cluster/Calibration.h"
 #include "console/Json.h"
 
 namespace tarn::archive {
@@ -342,6 +343,51 @@ TEST_F(MergeTest, KeepsALogOfAttemptsBeside) {
     EXPECT_EQ(row["exported"], 1);
     EXPECT_TRUE(row.contains("seconds") && row.contains("host"));
   }
+}
+
+TEST_F(MergeTest, TellsInTheLogWhatHasFailedBefore) {
+  addMails("mails", 2);
+  const PlanFile planned = plan(2);
+  const std::string right = test::ReadWholeFile(at("mails/101.eml"));
+  std::ofstream(at("mails/101.eml")) << "another";
+  EXPECT_EQ(run(0), ExitStatus::Done);
+  EXPECT_EQ(run(1), ExitStatus::Usage);
+  fs::remove(at("mails/101.eml"));
+  EXPECT_EQ(run(1), ExitStatus::Temporary);
+  // What its machine could not write to the end, and one of another plan.
+  std::ofstream(at("out.attempts/half.jsonl")) << "{\"type\":\"fail";
+  std::ofstream(at("out.attempts/other.jsonl")) << "{\"type\":\"failure\",\"plan\":\"f\"}\n";
+  std::ofstream(at("mails/101.eml"), std::ios::binary) << right;
+  EXPECT_EQ(run(1), ExitStatus::Done);
+  // A merge that is killed before the end, after any of its steps, loses nothing of it.
+  for (int last = 1; last <= 3; ++last) {
+    EXPECT_NE(inProcess([this, last] {
+                MergeOptions options = mergeOptions();
+                int step = 0;
+                options.step = [&] {
+                  if (++step == last) raise(SIGKILL);
+                };
+                return static_cast<int>(Merge(options));
+              }),
+              0);
+  }
+  EXPECT_EQ(merge(), ExitStatus::Done);
+  EXPECT_FALSE(fs::exists(at("out.attempts")));
+  std::ifstream log(text("out") + ".attempts.jsonl");
+  std::vector<nlohmann::json> rows;
+  for (std::string line; std::getline(log, line);) {
+    rows.push_back(host::ParsedJson<nlohmann::json>(line));
+  }
+  ASSERT_EQ(rows.size(), 5u);
+  EXPECT_EQ(rows[2]["type"], "failure");
+  EXPECT_EQ(rows[2]["task"], 1);
+  EXPECT_EQ(rows[2]["status"], 2);
+  EXPECT_EQ(rows[2]["reason"], text("mails/101.eml") + ": has changed since it was planned");
+  EXPECT_TRUE(rows[2].contains("seconds") && rows[2].contains("host") && rows[2].contains("begun"));
+  EXPECT_EQ(rows[3]["status"], 75);
+  EXPECT_EQ(rows[4]["type"], "attempt");
+  // No time of such an attempt says what a message costs.
+  EXPECT_NE(failureOf([this] { (void)CalibratedCost(text("out") + ".attempts.jsonl"); }), "");
 }
 
 }  // namespace

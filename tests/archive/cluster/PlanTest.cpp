@@ -110,13 +110,21 @@ TEST_F(PlanTest, BringsBackWhatItTells) {
   EXPECT_EQ(options.seconds, 7u);
 }
 
-TEST_F(PlanTest, HasAPrintOfLargeInputs) {
+TEST_F(PlanTest, HasStampsOfLargeInputsBesideItsId) {
   std::string box = "From a Wed May  1 10:34:56 2024\nSubject: Large\nFrom: a@b\n\n";
   while (box.size() < (size_t{17} << 20)) box += std::string(70, 'x') + "\n";
   (void)directory_.write("box", box);
   addPath("box");
   (void)plan(1);
-  EXPECT_TRUE(std::string(lines()[2]["fingerprint"]).starts_with("stamp-1:"));
+  const auto facts = lines();
+  ASSERT_EQ(facts[0]["stamps"].size(), 1u);
+  EXPECT_EQ(facts[0]["stamps"][0][0], 0);
+  // With another time it is the same plan.
+  const std::string id = facts[0]["plan"];
+  fs::last_write_time(at("box"), fs::last_write_time(at("box")) + std::chrono::hours(1));
+  EXPECT_EQ(plan(1).id(), id);
+  EXPECT_NE(lines()[0]["stamps"], facts[0]["stamps"]);
+  EXPECT_EQ(PlanFile(text("plan")).inputs()[0].stamp, lines()[0]["stamps"][0][1]);
 }
 
 TEST_F(PlanTest, RefusesWhatIsNotThereAndStreams) {

@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <csignal>
-
 #include <set>
 #include <sstream>
 
@@ -251,6 +250,22 @@ TEST_F(List, GivesEveryItemOfTheCorpusAnId) {
   }
   EXPECT_GE(count, 3U);
   EXPECT_EQ(ids.size(), count);
+}
+
+// Its own allocator knows no way out without memory.
+TEST_F(List, IsStartedWithoutGlibsAllocator) {
+  test::TwoEnds input;
+  test::OpenPipe(input);
+  test::RunningProgram program(callOf({"list", "-"}), {input.program, -1, -1});
+  const std::string environment = "/proc/" + std::to_string(program.process()) + "/environ";
+  const std::string wanted("G_SLICE=always-malloc\0", 22);
+  bool isSet = false;
+  // It waits for its input, for far longer than until it is there.
+  for (int look = 0; look < 20'000 && !isSet && !program.hasEnded(); ++look) {
+    isSet = test::ReadWholeFile(environment).find(wanted) != std::string::npos;
+    usleep(1000);
+  }
+  EXPECT_TRUE(isSet);
 }
 
 }  // namespace

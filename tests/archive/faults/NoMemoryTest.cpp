@@ -26,6 +26,8 @@ class NoMemory : public FaultyExport {
     call.environment = {{"LD_PRELOAD", FAULTY_MEMORY},
                         {"TARN_MEMORY_AT", std::to_string(at)},
                         {"TARN_MEMORY_COUNTER", path("counter")},
+                        // As tarnmail starts it.
+                        {"G_SLICE", "always-malloc"},
                         {"TMPDIR", path("tmp")},
                         {"LC_ALL", "C.UTF-8"}};
     test::ProgramResult result = test::RunProgram(call);

@@ -1,5 +1,6 @@
-// The memory of every archive command, for some mails and for ten times as many: mails are read one
-// after the other, and of each little stays.
+// The memory of every command: of those of the archive for some mails and for ten times as many,
+// which are read one after the other, of those of the filter for a mail and for one three times as
+// large.
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -72,6 +73,41 @@ TEST_F(CommandMemory, IsTwoKilobytesForEachMailAtMost) {
     EXPECT_LE(many[i].kilobytes, few[i].kilobytes + 2 * (kMany - kFew) + few[i].buffers + kByChance)
         << few[i].command;
     EXPECT_GT(few[i].kilobytes, 1000) << few[i].command;
+  }
+}
+
+class FilterCommandMemory : public LimitsTest {
+ protected:
+  // Half of it text, half of it an attachment. The size of the file in kilobytes.
+  long writeMail(const std::string& name, size_t lines) const {
+    std::ofstream mail(directory_.path() / name, std::ios::binary);
+    mail << "From: a@example.com\nTo: b@example.com\nSubject: Large\n"
+         << "Date: Wed, 1 May 2024 12:34:56 +0200\nMIME-Version: 1.0\n"
+         << "Content-Type: multipart/mixed; boundary=x\n\n--x\nContent-Type: text/plain\n\n";
+    for (size_t line = 0; line < lines; ++line) mail << std::string(76, 't') << "\n";
+    mail << "--x\nContent-Type: application/octet-stream\nContent-Transfer-Encoding: base64\n"
+         << "Content-Disposition: attachment; filename=a.bin\n\n";
+    for (size_t line = 0; line < lines; ++line) mail << std::string(76, 'A') << "\n";
+    mail << "--x--\n";
+    return static_cast<long>(mail.tellp() / 1024);
+  }
+};
+
+// Of what a larger mail has more, the mail itself, and what is made of it.
+TEST_F(FilterCommandMemory, IsTheMailAndWhatIsMadeOfIt) {
+  const long more = -writeMail("few.eml", 30'000) + writeMail("many.eml", 90'000);
+  ASSERT_GT(more, 8000);
+  const std::vector<std::vector<std::string>> commands = {
+      {"info"}, {"attachments"}, {"document", "-o", "document"}, {"extract", "1", "-o", "content"}};
+  for (std::vector<std::string> words : commands) {
+    const std::string command = words.front();
+    words.insert(words.begin() + 1, "few.eml");
+    const Run few = runOf(words);
+    words[1] = "many.eml";
+    const Run many = runOf(words);
+    EXPECT_EQ(few.status + many.status, 0) << command;
+    EXPECT_GT(few.peak, 1000) << command;
+    EXPECT_LE(many.peak - few.peak, 2 * more + kByChance) << command;
   }
 }
 

@@ -18,8 +18,7 @@ class PagesWithoutRoom : public PagesFixture {
  protected:
   // The run whose change of that number below the folder fails, as all after it; 0: none does.
   ProgramResult runUntil(uint64_t change, const std::vector<std::string>& words) {
-    const std::filesystem::path counter =
-        temporary_.write("counter", std::string(sizeof(uint64_t), '\0'));
+    const fs::path counter = temporary_.write("counter", std::string(sizeof(uint64_t), '\0'));
     ProgramCall call = pagesCall(words);
     call.environment.emplace_back("LD_PRELOAD", FAULTY_CALLS);
     call.environment.emplace_back("TARN_FAULT_KIND", change == 0 ? "count" : "full");
