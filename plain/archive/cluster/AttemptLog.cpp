@@ -33,23 +33,39 @@ fs::path Beside(const fs::path& tree, const std::string& end) {
 
 fs::path FailedAttemptsFolder(const fs::path& tree) { return Beside(tree, ".attempts"); }
 
+struct KeptLine {
+  std::string begun;
+  uint64_t task = 0;
+  std::string text;
+};
+
+// None for what is no failure of an attempt at a task of that plan.
+std::optional<KeptLine> FailureOfPlan(std::string_view text, const std::string& plan) {
+  const Json line = host::JsonOrDiscarded<Json>(text);
+  if (!line.is_object()) return std::nullopt;
+  try {
+    if (line.at("type") != "failure" || line.at("plan") != plan) return std::nullopt;
+    return KeptLine{line.at("begun"), line.at("task"), std::string(text)};
+  } catch (const Json::exception&) {
+    return std::nullopt;
+  }
+}
+
 // The lines of those of the plan, by their tasks, in the order in which they were begun. A file
 // that an attempt could not write to its end is left out.
 std::multimap<uint64_t, std::string> FailedAttempts(const PlanFile& plan, const fs::path& tree) {
-  std::map<std::pair<std::string, std::string>, std::pair<uint64_t, std::string>> found;
+  std::multimap<std::string, KeptLine> found;
   std::error_code error;
   for (const fs::directory_entry& entry :
        fs::directory_iterator(FailedAttemptsFolder(tree), error)) {
     (void)ForEachLine(entry.path(), [&](std::string_view text) {
-      const Json line = host::JsonOrDiscarded<Json>(text);
-      if (!line.is_object() || line.value("plan", "") != plan.id()) return true;
-      found[{line.value("begun", ""), entry.path().filename().string()}] = {
-          line.value("task", uint64_t{0}), std::string(text)};
+      std::optional<KeptLine> line = FailureOfPlan(text, plan.id());
+      if (line) found.emplace(line->begun, std::move(*line));
       return true;
     });
   }
   std::multimap<uint64_t, std::string> lines;
-  for (auto& [place, line] : found) lines.insert(std::move(line));
+  for (auto& [begun, line] : found) lines.emplace(line.task, std::move(line.text));
   return lines;
 }
 

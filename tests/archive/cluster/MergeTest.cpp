@@ -354,9 +354,12 @@ TEST_F(MergeTest, TellsInTheLogWhatHasFailedBefore) {
   EXPECT_EQ(run(1), ExitStatus::Usage);
   fs::remove(at("mails/101.eml"));
   EXPECT_EQ(run(1), ExitStatus::Temporary);
-  // What its machine could not write to the end, and one of another plan.
+  // What its machine could not write to the end, one of another plan, and what is no such line.
   std::ofstream(at("out.attempts/half.jsonl")) << "{\"type\":\"fail";
   std::ofstream(at("out.attempts/other.jsonl")) << "{\"type\":\"failure\",\"plan\":\"f\"}\n";
+  std::ofstream(at("out.attempts/odd.jsonl"))
+      << "{\"type\":\"failure\",\"plan\":1}\n{\"type\":\"failure\",\"plan\":\"" << planned.id()
+      << "\",\"begun\":7,\"task\":\"x\"}\n";
   std::ofstream(at("mails/101.eml"), std::ios::binary) << right;
   EXPECT_EQ(run(1), ExitStatus::Done);
   // A merge that is killed before the end, after any of its steps, loses nothing of it.

@@ -252,7 +252,7 @@ TEST_F(List, GivesEveryItemOfTheCorpusAnId) {
   EXPECT_EQ(ids.size(), count);
 }
 
-// Its own allocator knows no way out without memory.
+// GLib's allocator ends the program by a signal where there is no memory.
 TEST_F(List, IsStartedWithoutGlibsAllocator) {
   test::TwoEnds input;
   test::OpenPipe(input);

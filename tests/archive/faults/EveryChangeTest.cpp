@@ -1,4 +1,5 @@
 // A small export in all forms, of whose changes each in turn meets a full disk or a signal.
+#include <algorithm>
 #include <string_view>
 
 #include "archive/faults/FaultFixture.h"
@@ -43,11 +44,17 @@ class EveryChange : public FaultyExport, public ::testing::WithParamInterface<Me
   }
 
   // Exports what is in "in" with each of its changes met in turn.
-  void meetEach(const std::vector<std::string>& options) {
+  // Among what it makes there are files with these ends.
+  void meetEach(const std::vector<std::string>& options, const std::vector<std::string>& ends) {
     std::vector<std::string> resumed = options;
     resumed.push_back("--resume");
     ASSERT_EQ(exportInto("whole", options).exitStatus, 0);
     const Tree whole = tree("whole");
+    for (const std::string& end : ends) {
+      EXPECT_TRUE(std::any_of(whole.begin(), whole.end(), [&](const auto& file) {
+        return file.first.ends_with(end);
+      })) << end;
+    }
     ASSERT_EQ(exportInto("out", options, {GetParam().kind, 0}).exitStatus, 0);
     const uint64_t changes = calls_;
     ASSERT_GT(changes, 60u);
@@ -74,7 +81,7 @@ class EveryChange : public FaultyExport, public ::testing::WithParamInterface<Me
 
 TEST_P(EveryChange, LeavesNothingHalfAndGoesOn) {
   write("in/mail.eml", MailWithParts(3));
-  meetEach({"--to", "html,text,eml,mbox,json"});
+  meetEach({"--to", "html,text,eml,mbox,json"}, {".html", ".txt", ".eml", ".mbox", ".json"});
 }
 
 // A card, a calendar, and pages where there are any.
@@ -86,9 +93,9 @@ TEST_P(EveryChange, LeavesNothingHalfOfOtherForms) {
   meeting.text(0x001A, u"IPM.Appointment").text(0x0037, u"Lunch");
   write("in/meeting.msg", meeting.write());
 #ifdef HAS_PAGES
-  meetEach({"--to", "text,pdf"});
+  meetEach({"--to", "text,pdf"}, {".vcf", ".ics", ".pdf"});
 #else
-  meetEach({"--to", "text"});
+  meetEach({"--to", "text"}, {".vcf", ".ics"});
 #endif
 }
 
