@@ -84,6 +84,8 @@ TEST(WriteMboxTest, BeginsWithTheSenderAndTheDate) {
   EXPECT_TRUE(write().starts_with("From MAILER-DAEMON Wed May"));
   content.fields = {};
   EXPECT_TRUE(write().starts_with("From MAILER-DAEMON Thu Jan  1 00:00:00 1970\nSubject: x\n"));
+  content.mail = "";
+  EXPECT_EQ(write(), "From MAILER-DAEMON Thu Jan  1 00:00:00 1970\n\n");
 }
 
 }  // namespace

@@ -39,6 +39,8 @@ TEST(WriteEmlTest, GivesTheVeryBytesOfInternetMail) {
   FakeContent content = Letter();
   content.mail = "Subject: x\nFrom: y\n\nz";
   EXPECT_EQ(EmlOf(content), *content.mail);
+  content.mail = "";
+  EXPECT_EQ(EmlOf(content), "");
 }
 
 TEST(WriteEmlTest, WritesText) {
