@@ -34,13 +34,10 @@ if [ "$most" -gt 0 ]; then
   say "the ${#units[@]} sources that were changed last"
 fi
 
-# The performance of its list is what clang-tidy looks at, with fewer mistakes. It does not read lambdas
-# that are called at once, takes a record of two numbers for a pointer, and a text of the caller for gone.
+# The performance of its list is what clang-tidy looks at, with fewer mistakes. It takes a text of the
+# caller for gone.
 cppcheck --std=c++20 --enable=warning,portability --inline-suppr --error-exitcode=1 --quiet \
   -j "$(nproc)" -I plain -I src -I Include \
-  --suppress=syntaxError:plain/archive/catalogue/IndexWords.cpp \
-  --suppress=syntaxError:src/Common/Base64Encode.cpp \
-  --suppress=CastIntegerToAddressAtReturn:plain/archive/export/WorkerMessages.cpp \
   --suppress=invalidLifetime:plain/archive/catalogue/GatheredWords.cpp \
   "${units[@]}"
 

@@ -9,13 +9,17 @@ namespace {
 
 constexpr char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
-constexpr auto kPairs = [] {
-  std::array<std::array<char, 2>, 4096> pairs = {};
+using Pairs = std::array<std::array<char, 2>, 4096>;
+
+consteval Pairs MakePairs() {
+  Pairs pairs = {};
   for (unsigned value = 0; value < pairs.size(); ++value) {
     pairs[value] = {kAlphabet[value >> 6], kAlphabet[value & 63]};
   }
   return pairs;
-}();
+}
+
+constexpr Pairs kPairs = MakePairs();
 
 void PutPair(char* out, unsigned value) { std::memcpy(out, kPairs[value].data(), 2); }
 

@@ -23,6 +23,7 @@ const HeaderLabelSet& CurrentLabelSet() {
 
 const char* GetHeaderLabel(int32_t row) {
   if (row < HeaderRowFrom || row > HeaderRowLowWord) return "Unknown";
+  // cppcheck-suppress CastIntegerToAddressAtReturn ; a text, which it takes for a number
   return CurrentLabelSet().texts[static_cast<size_t>(row)];
 }
 

@@ -82,7 +82,7 @@ inline constexpr std::array<RtfControlWord, 28> kRtfControlWords = {{
 }};
 
 // Bit i of entry b: row i can fit a backslash with the byte b after it.
-inline constexpr std::array<uint32_t, 256> kRtfRowsOfByte = [] {
+consteval std::array<uint32_t, 256> MakeRtfRowsOfByte() {
   static_assert(kRtfControlWords.size() <= 32);
   std::array<uint32_t, 256> rows = {};
   for (size_t i = 0; i < kRtfControlWords.size(); ++i) {
@@ -93,7 +93,9 @@ inline constexpr std::array<uint32_t, 256> kRtfRowsOfByte = [] {
     }
   }
   return rows;
-}();
+}
+
+inline constexpr std::array<uint32_t, 256> kRtfRowsOfByte = MakeRtfRowsOfByte();
 
 constexpr bool FitsRtfControlWord(const RtfControlWord& word, std::string_view bytes) {
   if (!bytes.starts_with(word.text)) return false;

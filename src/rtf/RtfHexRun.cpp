@@ -11,7 +11,7 @@ namespace {
 constexpr size_t kEscapeSize = 4;  // \'hh
 constexpr size_t kShortRun = 64;   // converted without a block of its own
 
-constexpr std::array<uint8_t, 256> kHexValues = [] {
+consteval std::array<uint8_t, 256> MakeHexValues() {
   std::array<uint8_t, 256> values = {};
   for (size_t byte = 0; byte < values.size(); ++byte) {
     size_t value = byte;
@@ -21,7 +21,9 @@ constexpr std::array<uint8_t, 256> kHexValues = [] {
     values[byte] = static_cast<uint8_t>(value);
   }
   return values;
-}();
+}
+
+constexpr std::array<uint8_t, 256> kHexValues = MakeHexValues();
 
 unsigned HexValueAt(std::string_view text, size_t at) {
   return at < text.size() ? kHexValues[static_cast<unsigned char>(text[at])] : 0;

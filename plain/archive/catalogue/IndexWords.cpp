@@ -2,7 +2,7 @@
 
 namespace tarn::archive {
 
-constexpr std::array<IndexWords::Sign, 256> IndexWords::kSigns = [] {
+consteval std::array<IndexWords::Sign, 256> IndexWords::makeSigns() {
   std::array<Sign, 256> signs{};
   for (size_t byte = 0; byte < signs.size(); ++byte) {
     const bool isOfWord = (byte >= '0' && byte <= '9') || (byte >= 'a' && byte <= 'z');
@@ -10,7 +10,9 @@ constexpr std::array<IndexWords::Sign, 256> IndexWords::kSigns = [] {
     signs[byte] = isOfWord ? Sign::OfWord : isOther ? Sign::Other : Sign::Between;
   }
   return signs;
-}();
+}
+
+constexpr std::array<IndexWords::Sign, 256> IndexWords::kSigns = makeSigns();
 
 IndexWords::IndexWords() : database_(":memory:", DatabaseUse::Make), splitter_(database_) {}
 

@@ -43,6 +43,7 @@ class IndexWords {
 
  private:
   enum class Sign : uint8_t { Between, OfWord, Other };
+  static consteval std::array<Sign, 256> makeSigns();
   static const std::array<Sign, 256> kSigns;
   static Sign signOf(char letter) { return kSigns[static_cast<unsigned char>(letter)]; }
 
