@@ -86,6 +86,7 @@ class ItemExporter {
     loseAll(row, item.troubles());
     tellCatalogue(item, row);
     std::vector<std::string> prints;
+    prints.reserve(attached.size());
     for (const Attached& one : attached) prints.push_back(one.fingerprint);
     const Fingerprint fingerprint = FingerprintOf(item, prints);
     // Copies are named among outermost items alone.
