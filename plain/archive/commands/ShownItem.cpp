@@ -19,6 +19,7 @@ constexpr size_t kGap = 2;
 
 std::vector<std::string> AddressTexts(const std::vector<Address>& addresses) {
   std::vector<std::string> texts;
+  texts.reserve(addresses.size());
   for (const Address& address : addresses) texts.push_back(AddressText(address));
   return texts;
 }
@@ -163,17 +164,18 @@ std::string AttachmentLines(Item& item, const std::string& command) {
   const size_t digits = std::to_string(attachments.size()).size();
   const std::string gap(kGap, ' ');
   std::string text = "Attachments:\n";
+  const std::string beforeNumber = command + " " + item.place().id + "/";
   CountedSizes sizes;
   for (size_t i = 0; i < attachments.size(); ++i) {
     const Attachment& attachment = attachments[i];
     const std::string number = std::to_string(i + 1);
-    const std::string embedded = command + " " + item.place().id + "/" + number;
     const std::optional<uint64_t> size = sizes.of(item, i);
-    std::string line =
-        std::string(digits - number.size(), ' ') + number + gap + Padded(names[i], widestName);
+    std::string line(digits - number.size(), ' ');
+    line += number + gap;
+    line += Padded(names[i], widestName);
     if (widestType != 0) line += gap + Padded(types[i], widestType);
     for (const std::string& part :
-         {size ? SizeText(*size) : std::string(), KindText(attachment, embedded),
+         {size ? SizeText(*size) : std::string(), KindText(attachment, beforeNumber + number),
           attachment.trouble ? "unreadable: " + attachment.trouble->reason : std::string()}) {
       if (!part.empty()) line += gap + HarmlessLine(part);
     }

@@ -97,7 +97,7 @@ std::string NewFiles::add(const std::string& safeName,
   if (!isWhole) return "";
   if (!file.close()) throw failed(host::LastError());
   for (;;) {
-    const std::string name = names_.make(safeName);
+    std::string name = names_.make(safeName);
     const std::error_code error = RenameToNew(folder_, partName, name);
     if (!error) {
       part.keep();
