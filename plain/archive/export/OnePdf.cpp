@@ -39,7 +39,7 @@ void OnePdf::finish() {
 }
 
 fs::path OnePdf::copyPart(const GrowingFile& from, const Part& part, size_t number) const {
-  const fs::path path = staging_.path("pages") / std::to_string(number);
+  fs::path path = staging_.path("pages") / std::to_string(number);
   const Outcome<std::unique_ptr<GrowingFile>> file = GrowingFile::open(path);
   if (!file) CheckStaged(file.trouble());
   CheckStaged(from.readInPieces(part.offset, part.bytes,

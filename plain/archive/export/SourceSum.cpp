@@ -91,12 +91,15 @@ Outcome<FileSum> SumOfSource(const fs::path& path, SourceKind kind,
   if (IsUnread(below)) return kUnreadFolder;
   FileSum all;
   Sha256 lines;
+  const auto addLine = [&lines](const std::string& sum, const std::string& name) {
+    lines.add(sum + "  " + name + "\n");
+  };
   for (const std::string& name : below.files) {
     const Outcome<FileSum> sum = SumOfRegular(path / name, beat);
-    lines.add((sum ? sum->sha256 : kUnreadable) + "  " + name + "\n");
+    addLine(sum ? sum->sha256 : kUnreadable, name);
     if (sum) all.bytes += sum->bytes;
   }
-  for (const std::string& name : below.unread) lines.add(kUnreadable + "  " + name + "\n");
+  for (const std::string& name : below.unread) addLine(kUnreadable, name);
   all.sha256 = lines.digest();
   return all;
 }

@@ -107,11 +107,10 @@ class Worker {
   // Whether the source is still the same is looked after by who made the range.
   std::optional<Trouble> planRange(const WorkerRequest& request) {
     std::string packed;
-    const std::optional<Trouble> unread =
-        ReadInPieces(request.range, [&packed](std::string_view piece) {
-          packed += piece;
-          return true;
-        });
+    std::optional<Trouble> unread = ReadInPieces(request.range, [&packed](std::string_view piece) {
+      packed += piece;
+      return true;
+    });
     if (unread) return unread;
     const PlanRange range = UnpackedRange(packed);
     const Outcome<ItemReader*> reader = open(request);
@@ -190,14 +189,14 @@ class Worker {
       const Outcome<std::optional<PlanEntry>> entry = (*plan)->next();
       if (!entry) return entry.trouble();
       if (!*entry) return Trouble{TroubleKind::Damaged, "the plan of a source is too short"};
-      const std::optional<Trouble> trouble =
+      std::optional<Trouble> trouble =
           exportEntry(request, **entry, **reader, request.first + done, sinks);
       if (trouble) return trouble;
       beat_.tick(kBeatsOfEntry);
       const bool isLast = done + 1 == request.count;
       if (!isLast && (done + 1) % kEntriesOfMessage != 0) continue;
       for (FileSink* const sink : {&sinks.rows, &sinks.mails, &sinks.texts, &sinks.pages}) {
-        if (const std::optional<Trouble> full = sink->flush()) return full;
+        if (std::optional<Trouble> full = sink->flush()) return full;
       }
       if (!isLast) (void)channel_.send(std::exchange(unsaid_, {}));
     }
@@ -242,7 +241,7 @@ class Worker {
         result = std::move(*exported);
       }
     }
-    if (const std::optional<Trouble> full = sinks.rows.write(result.rows)) return full;
+    if (std::optional<Trouble> full = sinks.rows.write(result.rows)) return full;
     WorkerReply reply{WorkerWord::Exported, result.fingerprint};
     reply.hasFolder = result.hasFolder;
     reply.bytes = result.bytes;

@@ -49,7 +49,7 @@ HashedFile::~HashedFile() {
 std::optional<Trouble> HashedFile::write(std::string_view bytes) {
   bytes_ += bytes.size();
   if (waiting_.size() + bytes.size() > kPiece) {
-    if (const std::optional<Trouble> trouble = flush()) return trouble;
+    if (std::optional<Trouble> trouble = flush()) return trouble;
     if (bytes.size() > kPiece) {
       sum_.add(bytes);
       return WriteTo(file_, bytes, path_);
@@ -61,7 +61,7 @@ std::optional<Trouble> HashedFile::write(std::string_view bytes) {
 
 std::optional<Trouble> HashedFile::flush() {
   sum_.add(waiting_);
-  const std::optional<Trouble> trouble = WriteTo(file_, waiting_, path_);
+  std::optional<Trouble> trouble = WriteTo(file_, waiting_, path_);
   waiting_.clear();
   return trouble;
 }

@@ -34,6 +34,7 @@ WorkerProcess::WorkerProcess(const WorkerPlan& plan) : beat_(OpenBeat(plan.beat)
   std::vector<std::string> words = {plan.program.string(), kWorkerWord, std::to_string(plan.memory),
                                     plan.beat.string()};
   std::vector<char*> pointers;
+  pointers.reserve(words.size() + 1);
   for (std::string& word : words) pointers.push_back(word.data());
   pointers.push_back(nullptr);
   posix_spawn_file_actions_t actions;
@@ -98,6 +99,7 @@ std::optional<int> WorkerProcess::stop() {
 std::vector<size_t> WaitForWorkers(const std::vector<WorkerProcess*>& workers,
                                    std::chrono::milliseconds limit) {
   std::vector<pollfd> entries;
+  entries.reserve(workers.size());
   for (WorkerProcess* const worker : workers) {
     entries.push_back({worker->channel().descriptor(), POLLIN, 0});
   }
