@@ -39,7 +39,7 @@ struct Biases {
 
 bool IsSmall(int32_t bias) { return bias > -kLargestBias && bias < kLargestBias; }
 
-std::optional<CalendarZone> MakeZone(std::string name, const Biases& biases,
+std::optional<CalendarZone> MakeZone(std::string_view name, const Biases& biases,
                                      const ClockChange& toStandard, const ClockChange& toDaylight) {
   if (!IsSmall(biases.zone) || !IsSmall(biases.standard) || !IsSmall(biases.daylight) ||
       !IsFit(toStandard) || !IsFit(toDaylight)) {
@@ -83,7 +83,7 @@ int64_t CalendarZone::utcOf(int64_t local) const {
   return localOf(early) == local ? early : local - standardOffset * int64_t{60};
 }
 
-std::optional<CalendarZone> ReadZoneStruct(std::string_view blob, std::string name) {
+std::optional<CalendarZone> ReadZoneStruct(std::string_view blob, std::string_view name) {
   LittleBytes bytes(blob);
   Biases biases;
   biases.zone = bytes.i32();
@@ -94,7 +94,7 @@ std::optional<CalendarZone> ReadZoneStruct(std::string_view blob, std::string na
   bytes.u16();
   const ClockChange toDaylight = ReadChange(bytes);
   if (bytes.isShort()) return std::nullopt;
-  return MakeZone(std::move(name), biases, toStandard, toDaylight);
+  return MakeZone(name, biases, toStandard, toDaylight);
 }
 
 std::optional<CalendarZone> ReadZoneDefinition(std::string_view blob) {

@@ -38,7 +38,7 @@ struct CalendarZone {
 int64_t TimeOfChange(const ClockChange& change, int year);
 
 // PidLidTimeZoneStruct with the name from PidLidTimeZoneDescription.
-std::optional<CalendarZone> ReadZoneStruct(std::string_view bytes, std::string name);
+std::optional<CalendarZone> ReadZoneStruct(std::string_view bytes, std::string_view name);
 
 // PidLidAppointmentTimeZoneDefinition...: the rule that is in use, else the last.
 std::optional<CalendarZone> ReadZoneDefinition(std::string_view bytes);

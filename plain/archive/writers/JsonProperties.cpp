@@ -72,8 +72,7 @@ void PutValue(uint16_t type, std::string_view bytes, std::optional<uint32_t> cod
       return json.integer(static_cast<int16_t>(NumberOf(bytes)));
     case mapi::kTypeInteger32:
       return json.integer(static_cast<int32_t>(NumberOf(bytes)));
-    case mapi::kTypeError:
-      return json.integer(static_cast<int64_t>(NumberOf(bytes)));
+    case mapi::kTypeError:  // 32 bits without a sign
     case mapi::kTypeInteger64:
     case mapi::kTypeCurrency:
       return json.integer(static_cast<int64_t>(NumberOf(bytes)));

@@ -27,7 +27,7 @@ std::string UidOf(NamedValues& values, const Item& item) {
   const std::string_view data = std::string_view(id).substr(std::min(id.size(), kHeader));
   if (data.starts_with(kForeign)) {
     const std::string_view uid = data.substr(kForeign.size());
-    const std::string shown = OneLine(uid.substr(0, uid.find('\0')));
+    std::string shown = OneLine(uid.substr(0, uid.find('\0')));
     if (!shown.empty()) return shown;
   }
   if (id.empty()) id = values.binary(kKey);
