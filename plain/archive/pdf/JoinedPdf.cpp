@@ -101,14 +101,15 @@ std::vector<InnerLink> TakeInnerLinks(QPDF& document, std::vector<QPDFObjectHand
   return links;
 }
 
-QPDFObjectHandle PageDestination(QPDFObjectHandle page, const std::vector<QPDFObjectHandle>& view) {
+QPDFObjectHandle PageDestination(const QPDFObjectHandle& page,
+                                 const std::vector<QPDFObjectHandle>& view) {
   QPDFObjectHandle destination = QPDFObjectHandle::newArray();
   destination.appendItem(page);
   for (const QPDFObjectHandle& item : view) destination.appendItem(item);
   return destination;
 }
 
-QPDFObjectHandle WholePage(QPDFObjectHandle page) {
+QPDFObjectHandle WholePage(const QPDFObjectHandle& page) {
   return PageDestination(page, {QPDFObjectHandle::newName("/XYZ"), QPDFObjectHandle::newNull(),
                                 QPDFObjectHandle::newNull(), QPDFObjectHandle::newNull()});
 }
