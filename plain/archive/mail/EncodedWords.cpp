@@ -141,7 +141,7 @@ std::string WithBase64WordsJoined(std::string_view value) {
 }
 
 std::string WithWordsEncoded(std::string_view raw) {
-  const std::string joined = WithBase64WordsJoined(raw);
+  std::string joined = WithBase64WordsJoined(raw);
   const std::string_view value = joined;
   const size_t lastEnd = value.rfind("?=");
   if (lastEnd == std::string_view::npos) return joined;

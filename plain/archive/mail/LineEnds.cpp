@@ -17,7 +17,7 @@ class LineFeedBytes final : public MailBytes {
   uint64_t size() const override { return bytes_->size(); }
 
   Outcome<size_t> readAt(uint64_t offset, std::span<char> buffer) override {
-    const Outcome<size_t> count = bytes_->readAt(offset, buffer);
+    Outcome<size_t> count = bytes_->readAt(offset, buffer);
     if (count) {
       const std::span<char> read = buffer.first(*count);
       std::replace(read.begin(), read.end(), '\r', '\n');

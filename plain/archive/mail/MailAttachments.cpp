@@ -59,12 +59,12 @@ bool IsDispositionInline(GMimeObject* part) {
 
 // Where an external body is (RFC 2046 5.2.3, RFC 2017).
 std::string TargetOf(GMimeObject* part) {
-  const std::string url = ParameterOf(part, "url");
+  std::string url = ParameterOf(part, "url");
   if (!url.empty()) return url;
   const std::string access = LoweredAscii(ParameterOf(part, "access-type"));
   const std::string site = ParameterOf(part, "site");
   const std::string directory = ParameterOf(part, "directory");
-  const std::string name = ParameterOf(part, "name");
+  std::string name = ParameterOf(part, "name");
   if (access == "mail-server") return "mailto:" + ParameterOf(part, "server");
   if (site.empty()) return name;
   std::string target = (access == "tftp" ? "tftp://" : "ftp://") + site + "/";

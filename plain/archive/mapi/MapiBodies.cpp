@@ -70,10 +70,11 @@ Bodies ReadBodies(MapiMessage& message, std::optional<uint32_t> codePage) {
 Outcome<std::string> ReadTransportHeaders(MapiMessage& message) {
   PropertySet& set = message.properties();
   const std::optional<uint16_t> type = set.typeOf(kTagTransportMessageHeaders);
-  if (type != kTypeString && type != kTypeString8) return std::string();
+  const bool isWide = type == kTypeString;
+  if (!isWide && type != kTypeString8) return std::string();
   Outcome<std::string> headers = set.bytes(kTagTransportMessageHeaders, kLargestBody);
   if (!headers) return headers;
-  if (type == kTypeString) return Utf8OfText16(*headers);
+  if (isWide) return Utf8OfText16(*headers);
   while (!headers->empty() && headers->back() == '\0') headers->pop_back();
   return headers;
 }
