@@ -22,10 +22,11 @@ class WideScratch {
   Status convert(std::string_view text, char16_t (&field)[N]) {
     uint64_t units = 0;
     if (!text.empty()) {
-      if (!makeRoom(text.size() + 1)) return StatusOutOfMemory;
-      if (!ConvertToWide(text, {block_.get(), text.size() + 1})) return StatusFailed;
-      for (; units < N - 1 && units < text.size() && block_[units] != u'\0'; ++units) {
-        field[units] = block_[units];
+      char16_t* const wide = makeRoom(text.size() + 1);
+      if (wide == nullptr) return StatusOutOfMemory;
+      if (!ConvertToWide(text, {wide, text.size() + 1})) return StatusFailed;
+      for (; units < N - 1 && units < text.size() && wide[units] != u'\0'; ++units) {
+        field[units] = wide[units];
       }
     }
     field[units] = u'\0';
@@ -33,14 +34,16 @@ class WideScratch {
   }
 
  private:
-  bool makeRoom(uint64_t units) {
-    if (units <= room_) return true;
-    void* const block = KernelRealloc(block_.get(), units * sizeof(char16_t), TARN_HERE);
-    if (block == nullptr) return false;
-    block_.take();
-    block_.reset(static_cast<char16_t*>(block));
-    room_ = units;
-    return true;
+  // Null when memory is out.
+  char16_t* makeRoom(uint64_t units) {
+    if (units > room_) {
+      void* const block = KernelRealloc(block_.get(), units * sizeof(char16_t), TARN_HERE);
+      if (block == nullptr) return nullptr;
+      block_.take();
+      block_.reset(static_cast<char16_t*>(block));
+      room_ = units;
+    }
+    return block_.get();
   }
 
   KernelBlock<char16_t> block_;

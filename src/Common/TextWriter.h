@@ -37,7 +37,7 @@ class TextWriter {
 
   // A NUL that the text counts, unless it ends with one already.
   void terminate() {
-    if (!view().ends_with('\0')) write({"", 1});
+    if (!view().ends_with('\0')) write({"\0", 1});
   }
 
   // Adds to the text, less one trailing NUL, and ends it with a NUL that counts, unless the piece

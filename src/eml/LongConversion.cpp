@@ -118,7 +118,7 @@ Conversion ConvertInPieces(SizedBytes& text, uint64_t offset, uint32_t codePage)
     if (result == Result::Done) rewriter.replace(at, next, converter.form());
     at = next;
   }
-  rewriter.replace(end, rewriter.old().size(), {"", 1});
+  rewriter.replace(end, rewriter.old().size(), {"\0", 1});
   rewriter.close();
   if (result != Result::Done) return CutAt(text, offset);
   text.truncate(text.length() - 1);

@@ -65,7 +65,7 @@ std::string VersionOf(const std::filesystem::path& installation) {
   std::ifstream file(installation / "bootstraprc");
   for (std::string line; std::getline(file, line);) {
     if (line.rfind("ProductKey=", 0) != 0) continue;
-    const std::string version = line.substr(line.find_last_of(" =") + 1);
+    std::string version = line.substr(line.find_last_of(" =") + 1);
     if (version.find_first_not_of("0123456789.") == std::string::npos) return version;
   }
   return {};
