@@ -24,6 +24,7 @@ class KernelAllocator {
   KernelAllocator(const KernelAllocator<U>&) noexcept {}
 
   T* allocate(size_t count) {
+    // NOLINTNEXTLINE(bugprone-sizeof-expression): elements may be pointers
     void* const block = KernelAlloc(count, sizeof(T), TARN_HERE);
     if (block == nullptr) throw std::bad_alloc();
     return static_cast<T*>(block);

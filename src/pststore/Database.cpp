@@ -196,8 +196,7 @@ template <typename T>
 std::shared_ptr<extended_block> database_impl<T>::create_extended_block(const context_ptr& parent,
                                                                         ulonglong size) {
   const bool one_level = size <= limits_of<T>(2).child_max_total_size;
-  const auto made =
-      make_kernel_shared<extended_block>(parent, limits_of<T>(one_level ? 1 : 2), size);
+  auto made = make_kernel_shared<extended_block>(parent, limits_of<T>(one_level ? 1 : 2), size);
   reader_.count_made(made->get_child_ids().size() * sizeof(T));
   return made;
 }
