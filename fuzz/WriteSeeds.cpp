@@ -138,7 +138,7 @@ void WriteTnef(const std::filesystem::path& directory) {
   TnefBuilder old;
   old.attribute(TnefMessageLevel, 0x8000, 0,
                 TnefNumber(0x00280004, 4) + TnefNumber(4, 2) + TnefNumber(11, 2) +
-                    std::string("Ann\0SMTP:a@b.c\0", 16));
+                    std::string("Ann\0SMTP:a@b.c\0\0", 16));
   old.attribute(TnefMessageLevel, 0x8005, 3,
                 TnefWide(u"\u07E8\u0005\u0001\u000A\u0022\u0038\u0003"));
   old.attachment(2).attachmentData("object");
