@@ -125,7 +125,7 @@ std::string PlanOfLog(const fs::path& tree) {
   std::string id;
   (void)ForEachLine(LogOfExport(tree), [&id](std::string_view text) {
     const Json line = host::JsonOrDiscarded<Json>(text);
-    if (line.is_object()) id = line.value("plan", "");
+    if (line.is_object() && line.contains("plan") && line["plan"].is_string()) id = line["plan"];
     return false;
   });
   return id;

@@ -16,6 +16,18 @@ namespace fs = std::filesystem;
 
 constexpr uint64_t kLargestCost = uint64_t{16} << 20;
 
+// None for a line that is no attempt's.
+std::optional<TimedTask> TimedTaskIn(std::string_view text) {
+  const auto line = host::JsonOrDiscarded<nlohmann::json>(text);
+  if (!line.is_object()) return std::nullopt;
+  try {
+    if (line.at("type") != "attempt") return std::nullopt;
+    return TimedTask{line.at("inputBytes"), line.at("messages"), line.at("seconds")};
+  } catch (const nlohmann::json::exception&) {
+    return std::nullopt;
+  }
+}
+
 }  // namespace
 
 std::optional<uint64_t> MessageCostOf(const std::vector<TimedTask>& tasks) {
@@ -48,11 +60,8 @@ uint64_t CalibratedCost(const std::string& path) {
   if (file.filename() == kManifestName) file = LogOfExport(fs::absolute(file).parent_path());
   std::vector<TimedTask> tasks;
   const Outcome<uint64_t> read = ForEachLine(file, [&](std::string_view text) {
-    const auto line = host::JsonOrDiscarded<nlohmann::json>(text);
-    if (line.is_object() && line.value("type", "") == "attempt") {
-      tasks.push_back(
-          {line.value("inputBytes", 0.0), line.value("messages", 0.0), line.value("seconds", 0.0)});
-    }
+    const std::optional<TimedTask> task = TimedTaskIn(text);
+    if (task) tasks.push_back(*task);
     return true;
   });
   if (!read) throw host::Failure(host::ExitStatus::Usage, read.trouble().reason);

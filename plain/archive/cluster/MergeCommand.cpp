@@ -110,10 +110,9 @@ class Merging {
     bool isWhole = true;
     (void)ForEachLine(tree_ / kManifestName, [&](std::string_view text) {
       const auto row = host::JsonOrDiscarded<nlohmann::json>(text);
-      if (!row.is_object() || row.value("type", "") != "source") return true;
-      if (row.value("failed", 0) != 0 || row.contains("reason") || row.contains("troubles")) {
-        isWhole = false;
-      }
+      if (!row.is_object() || !row.contains("type") || row["type"] != "source") return true;
+      const bool hasFailed = row.contains("failed") && row["failed"] != 0;
+      if (hasFailed || row.contains("reason") || row.contains("troubles")) isWhole = false;
       return isWhole;
     });
     return isWhole ? ExitStatus::Done : ExitStatus::Failed;

@@ -37,6 +37,8 @@ TEST(Calibration, ReadsTheLogBesideAManifest) {
   (void)directory.write(
       "out.attempts.jsonl",
       "{\"type\":\"plan\",\"plan\":\"x\"}\n"
+      "{\"type\":\"attempt\",\"inputBytes\":\"x\",\"messages\":[],\"seconds\":1}\n"
+      "{\"type\":7}\n"
       "{\"type\":\"attempt\",\"inputBytes\":1000000,\"messages\":10,\"seconds\":1.1}\n"
       "{\"type\":\"attempt\",\"inputBytes\":1000000,\"messages\":100,\"seconds\":2}\n");
   EXPECT_EQ(CalibratedCost(manifest.string()), 10'000u);

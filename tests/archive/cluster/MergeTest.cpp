@@ -306,6 +306,8 @@ TEST_F(MergeTest, TakesNoExportForItsOwn) {
   EXPECT_EQ(failureOf([this] { (void)merge(); }), refusal);
   EXPECT_EQ(failureOf([this] { (void)Missing({text("plan"), text("out")}); }), refusal);
   EXPECT_EQ(run(0), ExitStatus::Usage);
+  std::ofstream(at("out.attempts.jsonl")) << "{\"type\":\"plan\",\"plan\":7}\n";
+  EXPECT_EQ(failureOf([this] { (void)merge(); }), refusal);
   fs::remove_all(at("out"));
   runAll(planned);
   EXPECT_EQ(merge(), ExitStatus::Done);
