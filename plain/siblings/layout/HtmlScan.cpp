@@ -52,6 +52,31 @@ size_t FindAnyCase(std::string_view text, std::string_view what, size_t from) {
   return std::string_view::npos;
 }
 
+std::string WithoutComments(std::string_view sheet) {
+  std::string kept;
+  while (!sheet.empty()) {
+    const size_t begin = std::min(sheet.find("/*"), sheet.size());
+    kept += sheet.substr(0, begin);
+    const size_t end = begin == sheet.size() ? sheet.npos : sheet.find("*/", begin + 2);
+    sheet.remove_prefix(end == sheet.npos ? sheet.size() : end + 2);
+  }
+  return kept;
+}
+
+struct RuleDepth {
+  size_t deepest = 0;
+  size_t open = 0;  // at the end
+};
+
+RuleDepth DepthOfRules(std::string_view sheet) {
+  RuleDepth depth;
+  for (const char c : sheet) {
+    if (c == '{') depth.deepest = std::max(depth.deepest, ++depth.open);
+    if (c == '}' && depth.open != 0) --depth.open;
+  }
+  return depth;
+}
+
 // The HTML library knows whole points alone, and drops the rest of them: "10.5pt" is "14px" then.
 void WholePixels(std::string& markup) {
   for (size_t at = 0; (at = markup.find("pt", at)) != std::string::npos; ++at) {
@@ -119,7 +144,7 @@ class HtmlScanner {
   void dropElement(const std::string& name);
   void closeParts(Names names);
   void popTo(size_t index);
-  void emitTag(std::string_view whole);
+  void emitTag(const HtmlTag& tag, std::string_view whole);
   std::string takeNames(std::string_view whole);
   void countElement(size_t repeated);
   bool nestsTooDeep(const std::string& name) const;
@@ -133,7 +158,8 @@ class HtmlScanner {
   size_t flattenedTables_ = 0;               // that are open, and have lost their tags
   std::unordered_set<std::string> endless_;  // elements that have no end tag any more
   size_t elements_ = 0;
-  std::string styles_;  // of all style elements
+  std::string styles_;    // of all style elements
+  size_t openRules_ = 0;  // at the end of them
   size_t selectors_ = 0;
   size_t textBytes_ = 0;
   size_t nesting_ = 0;     // how deep paragraphs and items were, added up
@@ -226,14 +252,17 @@ void HtmlScanner::dropElement(const std::string& name) {
 
 void HtmlScanner::takeStyle(std::string_view media) {
   const size_t end = std::min(FindAnyCase(rest_, "</style", 0), rest_.size());
-  const std::string_view style = rest_.substr(0, end);
+  const std::string style = WithoutComments(rest_.substr(0, end));
+  rest_.remove_prefix(end);
+  const RuleDepth depth = DepthOfRules(style);
+  if (openRules_ + depth.deepest > kMostNestedRules) return;
+  openRules_ += depth.open;
   selectors_ += static_cast<size_t>(
       std::count_if(style.begin(), style.end(), [](char c) { return c == '{' || c == ','; }));
   const bool isForSome = !media.empty() && media.find_first_of("{};@") == std::string_view::npos;
   if (isForSome) styles_ += "@media " + KnownMedia(media) + "{";
   styles_ += WithKnownMedia(style);
   styles_ += isForSome ? "\n}\n" : "\n";
-  rest_.remove_prefix(end);
 }
 
 bool HtmlScanner::nestsTooDeep(const std::string& name) const {
@@ -254,7 +283,7 @@ void HtmlScanner::takeStart(const HtmlTag& tag, std::string_view whole) {
     nesting_ += open_.size();
     if (nesting_ > kMostNesting && IsAmong(name, kSelfClosing)) return;
     countElement(formatting_);
-    return emitTag(whole);
+    return emitTag(tag, whole);
   }
   if (nestsTooDeep(name)) {
     if (name == "table") ++flattenedTables_;
@@ -262,7 +291,7 @@ void HtmlScanner::takeStart(const HtmlTag& tag, std::string_view whole) {
   }
   const bool style = IsAmong(name, kFormatting);
   countElement(style ? 0 : formatting_);
-  emitTag(whole);
+  emitTag(tag, whole);
   ++openCount_[name];
   if (style) {
     ++formatting_;
@@ -320,7 +349,10 @@ void HtmlScanner::countElement(size_t repeated) {
   }
 }
 
-void HtmlScanner::emitTag(std::string_view whole) { result_.html += takeNames(whole); }
+void HtmlScanner::emitTag(const HtmlTag& tag, std::string_view whole) {
+  result_.html += takeNames(whole.substr(0, tag.kept));
+  if (tag.kept < tag.size) result_.html += '>';
+}
 
 // Markup with names in the place of its `data:` URLs.
 std::string HtmlScanner::takeNames(std::string_view whole) {

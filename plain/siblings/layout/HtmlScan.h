@@ -28,6 +28,9 @@ inline constexpr size_t kMostNestedTables = 30;
 // Paragraphs and items of lists times the elements that each is in; beyond it they are flattened
 // too.
 inline constexpr size_t kMostNesting = 1'000'000;
+// A style element whose rules are nested deeper is left out: the layout library keeps the rest of
+// the sheet for each that is open.
+inline constexpr size_t kMostNestedRules = 100;
 // Elements of style that are open at once.
 inline constexpr size_t kMostFormatting = 60;
 // More is refused with Trouble::TooLarge: elements, those that a parser repeats for style among

@@ -8,9 +8,11 @@ namespace tarn::pages {
 
 namespace {
 
-// Where ">" ends the tag whose attributes begin at a position; npos when the text ends before.
-size_t FindTagEnd(std::string_view text, size_t position) {
-  enum class In { Tag, Name, BeforeValue, BareValue } state = In::Tag;
+// Where ">" ends the tag whose attributes begin at a position; npos when the text ends before. Sets
+// `kept` where there are more than kMostAttributes.
+size_t FindTagEnd(std::string_view text, size_t position, size_t& kept) {
+  enum class In { Tag, Name, AfterName, BeforeValue, BareValue } state = In::Tag;
+  size_t attributes = 0;
   while (position < text.size()) {
     const char c = text[position];
     if (state == In::BeforeValue && (c == '"' || c == '\'')) {
@@ -23,12 +25,15 @@ size_t FindTagEnd(std::string_view text, size_t position) {
       if (IsBlank(c)) state = In::Tag;
     } else if (state == In::BeforeValue) {
       if (!IsBlank(c)) state = In::BareValue;
-    } else if (c == '=' && state == In::Name) {
+    } else if (c == '=' && (state == In::Name || state == In::AfterName)) {
       state = In::BeforeValue;
     } else if (c == '/') {
       state = In::Tag;
-    } else if (!IsBlank(c)) {
+    } else if (IsBlank(c)) {
       // A blank may part a name from its "=".
+      if (state == In::Name) state = In::AfterName;
+    } else {
+      if (state != In::Name && ++attributes == kMostAttributes + 1) kept = position;
       state = In::Name;
     }
     ++position;
@@ -50,10 +55,11 @@ std::optional<HtmlTag> ReadHtmlTag(std::string_view text) {
          text[position] != '>') {
     tag.name += g_ascii_tolower(text[position++]);
   }
-  const size_t close = FindTagEnd(text, position);
+  const size_t close = FindTagEnd(text, position, tag.kept);
   if (close == std::string_view::npos) return std::nullopt;
   tag.inside = text.substr(position, close - position);
   tag.size = close + 1;
+  if (tag.kept == 0) tag.kept = tag.size;
   return tag;
 }
 

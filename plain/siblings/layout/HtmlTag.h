@@ -9,11 +9,15 @@
 
 namespace tarn::pages {
 
+// A parser compares each attribute of a tag with those before it.
+inline constexpr size_t kMostAttributes = 1000;
+
 struct HtmlTag {
   bool end = false;         // of an element: "</p>"
   std::string name;         // in lower case
   std::string_view inside;  // what is between the name and ">"
   size_t size = 0;          // of all of it, from "<" to ">"
+  size_t kept = 0;  // of what is before the attribute after kMostAttributes; `size` without one
 };
 
 // The tag that a text begins with. Nothing when it begins with "<" and no name, and when the text

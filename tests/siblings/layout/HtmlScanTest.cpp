@@ -112,6 +112,36 @@ TEST(HtmlScan, DeepTablesAreFlattenedWithTheirCells) {
   EXPECT_NE(scanned.find("deep</table>"), std::string::npos);
 }
 
+TEST(HtmlScan, DeepRulesOfStyleAreLeftOut) {
+  const auto count = [](const std::string& html) { return CountOf(ScanHtml(html).html, "@media"); };
+  const auto nested = [](size_t times) {
+    return "<style>" + Repeated("@media all{", times) + "p{}</style>";
+  };
+  EXPECT_EQ(count(nested(kMostNestedRules - 1) + "<p>x"), kMostNestedRules - 1);
+  EXPECT_EQ(count(nested(kMostNestedRules) + "<p>x"), 0u);
+  EXPECT_EQ(count("<style>" + Repeated("@media all{p{}}", 1'000) + "</style><p>x"), 1'000u);
+  // One element goes on where the one before has ended.
+  EXPECT_EQ(count(nested(60) + nested(60) + "<p>x"), 60u);
+}
+
+TEST(HtmlScan, CommentsInStyleAreLeftOut) {
+  EXPECT_EQ(ScanHtml("<style>/*{*/p/**/{/* a */}/*/*/q{}/* never closed</style>x").html,
+            "<style>p{}q{}\n</style>x");
+  EXPECT_EQ(ScanHtml("<style>" + Repeated("/* ", 100'000) + "</style>x").html,
+            "<style>\n</style>x");
+}
+
+TEST(HtmlScan, AttributesBeyondAThousandAreLeftOut) {
+  for (const std::string one : {" a=1", " a", " a = 'x y'", "/a", " a=\"'>/\"", " a=b/c"}) {
+    const std::string most = "<p" + Repeated(one, kMostAttributes);
+    EXPECT_EQ(Scanned(most + ">x"), most + ">x") << one;
+    EXPECT_EQ(Scanned(most + " b='>'>x"), most + " >x") << one;
+    EXPECT_EQ(Scanned(most + Repeated(one, 5'000) + " b>x<b c>"),
+              most + one.substr(0, one.find('a')) + ">x<b c>")
+        << one;
+  }
+}
+
 TEST(HtmlScan, WhatAParserClosesByItselfIsNotDeep) {
   const std::string html = Repeated("<p>a<li>b<dd>c", 2'000);
   EXPECT_EQ(Scanned(html), html);
