@@ -4,6 +4,9 @@
  *     embed mail.eml
  *
  * With nothing but what is installed: cc embed.c $(pkg-config --cflags --libs tarnpst)
+ *
+ * A damaged PST store ends this program, because nobody catches its exception. A host in C that
+ * is to live on calls the filter through catching-shim.h (docs/embedding.md).
  */
 #include <stdio.h>
 #include <stdlib.h>
@@ -68,6 +71,19 @@ static int PrintDocument(const char16_t* path) {
   return status;
 }
 
+/* The text in a block of its own, or null without memory. A mail may name an attachment at any
+ * length: a unit takes three bytes at most, and the block is zeroed, so that the text always ends.
+ */
+static char* Utf8(const char16_t* text) {
+  uint64_t units = 0, bytes;
+  char* utf8;
+  while (text[units] != 0) ++units;
+  bytes = 3 * units + 1;
+  utf8 = KernelAllocZero(bytes, 1, HERE);
+  if (utf8 != NULL) KernelWideToUtf8(text, (int64_t)units, utf8, (int64_t)bytes);
+  return utf8;
+}
+
 static int PrintAttachments(const char16_t* path) {
   GetAttachmentInfoContext context;
   AttachmentOptions options;
@@ -84,14 +100,11 @@ static int PrintAttachments(const char16_t* path) {
 
   for (i = 0; i < context.block->itemCount; ++i) {
     AttachmentInfoItem* item = &context.block->items[i];
-    char name[1024] = "(no name)";
-    if (item->name != NULL) {
-      int64_t units = 0;
-      while (item->name[units] != 0) ++units;
-      KernelWideToUtf8(item->name, units, name, sizeof name);
-      KernelFree(item->name, HERE);
-    }
-    printf("\nattachment %d: %s, %d bytes", (int)item->number, name, (int)item->size);
+    char* name = item->name != NULL ? Utf8(item->name) : NULL;
+    printf("\nattachment %d: %s, %d bytes", (int)item->number, name != NULL ? name : "(no name)",
+           (int)item->size);
+    if (name != NULL) KernelFree(name, HERE);
+    if (item->name != NULL) KernelFree(item->name, HERE);
     if (item->description != NULL) KernelFree(item->description, HERE);
     if (item->properties != NULL) KernelFree(item->properties, HERE);
   }
