@@ -1,9 +1,11 @@
 #include "archive/commands/ClusterArguments.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 
 #include "archive/commands/ExportArguments.h"
+#include "console/Usage.h"
 
 namespace tarn::archive {
 namespace {
@@ -23,6 +25,37 @@ void AddJobs(CLI::App& command, size_t& workers, const std::string& help) {
       ->type_name("N");
 }
 
+bool IsDigit(char sign) { return sign >= '0' && sign <= '9'; }
+
+// The parser makes the largest number of -1.
+CLI::Validator NumberFromZero() {
+  return CLI::Validator(
+      [](std::string& text) {
+        const bool isNumber = !text.empty() && std::all_of(text.begin(), text.end(), IsDigit);
+        return isNumber ? "" : host::Named(text) + " is no number from 0";
+      },
+      "");
+}
+
+// Puts the number of bytes in place of the size.
+bool MakeBytes(std::string& size) {
+  if (size.empty() || !IsDigit(size.front())) return false;
+  try {
+    return CLI::AsSizeValue(false)(size).empty() && size != "0";
+  } catch (const CLI::ValidationError&) {
+    return false;  // it has more bytes than 64 bits count
+  }
+}
+
+CLI::Validator BytesOfSize() {
+  return CLI::Validator(
+      [](std::string& text) {
+        const std::string given = text;
+        return MakeBytes(text) ? "" : host::Named(given) + " is no size as 300M or 16G";
+      },
+      "");
+}
+
 void AddPlan(CLI::App& app, PlanOptions& options, std::function<host::ExitStatus()>& chosen) {
   CLI::App* const plan =
       app.add_subcommand("plan", "Cut an export into numbered tasks for many machines");
@@ -37,8 +70,7 @@ void AddPlan(CLI::App& app, PlanOptions& options, std::function<host::ExitStatus
   plan->add_option("--target-cost", options.targetCost,
                    "Cost of a task: bytes of its messages, and what each costs by itself; 1G "
                    "unless said otherwise")
-      ->transform(CLI::AsSizeValue(false).description(""))
-      ->check(CLI::Validator(CLI::PositiveNumber).description(""))
+      ->transform(BytesOfSize())
       ->type_name("BYTES");
   plan->add_option("--max-tasks", options.maxTasks,
                    "At most so many tasks, which are larger then; 1000 unless said otherwise")
@@ -64,9 +96,11 @@ void AddRunTask(CLI::App& app, RunTaskOptions& options, std::function<host::Exit
   run->add_option("--task", options.task,
                   "Number of the task, from 0; else SLURM_ARRAY_TASK_ID, JOB_COMPLETION_INDEX or "
                   "AWS_BATCH_JOB_ARRAY_INDEX tells it")
+      ->check(NumberFromZero())
       ->type_name("K");
   run->add_option("--task-offset", options.taskOffset,
                   "Added to the number, for arrays larger than an engine allows")
+      ->check(NumberFromZero())
       ->type_name("N");
   run->add_option("--stage", options.stage, "Copy each input into this directory first")
       ->type_name("DIR");
