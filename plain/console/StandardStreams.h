@@ -8,7 +8,8 @@
 namespace tarn::host {
 
 // To be called before anything is opened: keeps the numbers of closed standard streams from being
-// given to other files, and lets a broken pipe show as a failed write.
+// given to other files, and lets a broken pipe, and a file at the limit of the process, show as a
+// failed write.
 void PrepareStandardStreams();
 
 // Whether standard output is a terminal: a console of Windows.

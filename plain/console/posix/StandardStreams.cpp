@@ -18,6 +18,8 @@ void PrepareStandardStreams() {
     if (open("/dev/null", unusable | O_NOCTTY) < 0) return;
   }
   std::signal(SIGPIPE, SIG_IGN);
+  // Beyond a limit on the size of files a write fails, as on a full disk.
+  std::signal(SIGXFSZ, SIG_IGN);
 }
 
 bool StandardOutputIsTerminal() { return isatty(STDOUT_FILENO) != 0; }

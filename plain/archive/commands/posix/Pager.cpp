@@ -44,7 +44,7 @@ bool Start(std::string command, int input, pid_t& child) {
   posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
   sigset_t usual;
   sigemptyset(&usual);
-  for (const int signal : {SIGPIPE, SIGINT, SIGQUIT}) sigaddset(&usual, signal);
+  for (const int signal : {SIGPIPE, SIGXFSZ, SIGINT, SIGQUIT}) sigaddset(&usual, signal);
   posix_spawnattr_setsigdefault(&attributes, &usual);
   posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
   std::string shell = "sh";
