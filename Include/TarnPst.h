@@ -289,6 +289,7 @@ typedef struct FilterDataList {
  *   from memory  everything else. Inline images of HTML in mode 3 are data: URLs. The size may
  *                count one or two NULs after the text, and may be 0, with null data.
  *   mode         3 when the host passed a slot, else 1.
+ *   numbers      infoSize is 2316, bitmapSize 284, depth 24, order 1, flag 32: always these.
  *
  * An info sibling sets pageCount (0 makes every page number 0), width, height, dataSize, and
  * resolutions other than 0. What it leaves in siblingData comes back in the options of later calls
@@ -448,8 +449,7 @@ typedef struct ExtractAttachmentContext {
 
 #include "TarnPstLayout.h"
 
-/* Exports
- * ------------------------------------------------------------------------------------------ */
+/* Exports -------------------------------------------------------------------------------------- */
 
 /* Learns about a file: reads the chosen message, has the sibling lay it out, fills context->info.
  *
