@@ -3,8 +3,8 @@
 
 The folder is that of the variable FAKE_SLURM: jobs.json has the jobs, calls.jsonl all calls, and
 "limit" the MaxArraySize, "most" the MaxJobCount where it is there. What is in the file "refuse" is the
-reason for which sbatch refuses. scontrol has no answer once where "busy" is, and refuses to queue a job
-again where "refuses" is. Jobs run when a test runs them (fake_cluster.py).
+reason for which sbatch refuses. scontrol has no answer where "gone" is, none once where "busy" is, and
+refuses to queue a job again where "refuses" is. Jobs run when a test runs them (fake_cluster.py).
 """
 
 import json
@@ -85,6 +85,8 @@ def chosen(jobs, word):
 
 def scontrol(arguments):
     jobs = load()
+    if (FOLDER / "gone").exists():
+        fail("slurm_load_ctl_conf error: Unable to contact slurm controller (connect failure)")
     if arguments == ["show", "config"]:
         print(f"Configuration data\nMaxArraySize            = {(FOLDER / 'limit').read_text()}")
     elif arguments[0] == "release":

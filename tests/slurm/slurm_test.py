@@ -205,6 +205,13 @@ class SubmissionTest(ClusterTest):
         self.assertEqual(self.submitted(), [])
         self.expect(2, "nothing was submitted yet", "-o", self.out, "--resume")
         self.expect(2, "nothing was submitted yet", "-o", self.out, "--status")
+        self.assertFalse(Path(f"{self.out}.slurm").exists())
+
+    def test_slurm_is_asked_before_all_is_read(self) -> None:
+        (self.cluster.folder / "gone").touch()
+        # It is none of the sources that would be found wrong.
+        self.expect(1, "Unable to contact slurm controller", "/none", "-o", self.out)
+        self.assertFalse(Path(f"{self.out}.slurm").exists())
 
 
 class SmallArraysTest(ClusterTest):

@@ -52,16 +52,24 @@ class Submission:
             raise Failure(USAGE, f"{place.export}: nothing was submitted yet")
         place.make()
         with place.locked():
-            state = place.load()
-            if not state.offsets and not self._request.resume:
-                state = State()
-            if state.offsets and not self._request.resume:
-                raise Failure(USAGE, f"{place.export}: was submitted before; --resume goes on with "
-                                     "it, --status tells how far it is")
-            if self._request.paths or self._request.plan is not None:
-                self._plan(state)
-            self._take_options(state)
-            self._submit(state)
+            try:
+                self._plan_and_submit()
+            except BaseException:
+                place.remove_if_unused()
+                raise
+
+    def _plan_and_submit(self) -> None:
+        place = self._place
+        state = place.load()
+        if not state.offsets and not self._request.resume:
+            state = State()
+        if state.offsets and not self._request.resume:
+            raise Failure(USAGE, f"{place.export}: was submitted before; --resume goes on with "
+                                 "it, --status tells how far it is")
+        if self._request.paths or self._request.plan is not None:
+            self._plan(state)
+        self._take_options(state)
+        self._submit(state)
 
     # The plan ------------------------------------------------------------------------------------
 
@@ -70,6 +78,8 @@ class Submission:
         place, request = self._place, self._request
         if not request.resume:
             self._check_free()
+        # A plan reads all that is exported: does a Slurm answer that takes its tasks?
+        self._slurm.largest_array()
         draft = place.plan + ".draft"
         if os.path.exists(draft):
             os.remove(draft)

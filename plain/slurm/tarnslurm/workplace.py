@@ -110,6 +110,12 @@ class Workplace:
     def make(self) -> None:
         self._make_folder(self.folder)
 
+    def remove_if_unused(self) -> None:
+        """Where nothing is in it but the lock, which is held."""
+        if os.listdir(self.folder) == ["lock"]:
+            os.remove(os.path.join(self.folder, "lock"))
+            os.rmdir(self.folder)
+
     def make_logs(self, offset: int) -> None:
         self._make_folder(self.log_folder(offset))
 
