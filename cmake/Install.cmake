@@ -248,4 +248,14 @@ if(NOT WIN32)
   add_custom_target(compressed_documents ALL DEPENDS ${packed_files})
 endif()
 
+# All that is installed or packed, without tests and what else is built.
+add_custom_target(shipped)
+foreach(part TarnPst Tarnbase tarnmail tarnmail-archive tarnmail-search tarnmail-pages tarnmail-office
+    CatchingShim TarnPst_import_library Tarnbase_import_library CatchingShim_import_library
+    compressed_documents)
+  if(TARGET ${part} AND (WIN32 OR NOT part STREQUAL CatchingShim))
+    add_dependencies(shipped ${part})
+  endif()
+endforeach()
+
 include(Packages)

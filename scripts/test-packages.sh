@@ -41,12 +41,10 @@ same() { diff -u "$2" "$3" >&2 || fail "$1 differs"; }
 # same_text WHAT EXPECTED ACTUAL: programs for Windows end lines of text by CR LF.
 same_text() { same "$1" "$2" <(tr -d '\r' <"$3"); }
 
-# pack BUILD PATTERN TARGET...: brings the targets up to date and leaves the package's path in
-# `package`.
+# pack BUILD PATTERN: brings what is packed up to date and leaves the package's path in `package`.
 pack() {
   local build=$1 pattern=$2
-  shift 2
-  quietly "building in $build" cmake --build "$build" --target "$@"
+  quietly "building in $build" cmake --build "$build" --target shipped
   find "$build" -maxdepth 1 -name "$pattern" -delete
   quietly "packing $build" cpack --config "$build/CPackConfig.cmake" -B "$build"
   package=$(find "$build" -maxdepth 1 -name "$pattern")
@@ -240,7 +238,7 @@ check_linux() {
   run_tarnmail "$what" "$prefix/bin/tarnmail" "${as_installed[@]}"
 }
 
-pack "$release" 'tarnpst_*.deb' TarnPst Tarnbase tarnmail compressed_documents
+pack "$release" 'tarnpst_*.deb'
 deb=$package
 tree=$work/deb
 dpkg-deb -x "$deb" "$tree" || fail "dpkg-deb cannot unpack $deb"
@@ -263,7 +261,6 @@ gzip -dc "$tree/usr/share/man/man1/tarnmail.1.gz" >"$work/tarnmail.1"
 
 # The archive commands: a package of its own, with which the program does all that the manual says.
 both=$work/archive
-quietly "building the archive commands" cmake --build "$release" --target tarnmail-archive tarnmail-search compressed_documents
 find "$release" -maxdepth 1 -name 'tarnpst-archive_*.deb' -delete
 quietly "packing the archive commands" cpack --config "$release/CPackArchiveConfig.cmake" -B "$release"
 archive=$(find "$release" -maxdepth 1 -name 'tarnpst-archive_*.deb')
@@ -298,7 +295,6 @@ python3 -B "$root/tests/slurm/slurm_test.py" "$both/usr/bin/tarnmail" "$both/usr
 # The helpers, where they are built: a package of its own, which completes the other.
 check_pages() {
   local pages both=$work/pages doc=usr/share/doc/tarnpst-pages
-  quietly "building the helpers" cmake --build "$release" --target tarnmail-pages tarnmail-office
   find "$release" -maxdepth 1 -name 'tarnpst-pages_*.deb' -delete
   quietly "packing the helpers" cpack --config "$release/CPackPagesConfig.cmake" -B "$release"
   pages=$(find "$release" -maxdepth 1 -name 'tarnpst-pages_*.deb')
@@ -434,8 +430,7 @@ check_windows() {
   WINEPATH='C:\' run_tarnmail "$what" "$prefix/bin/tarnmail.exe" "$wine"
 }
 
-pack "$windows" 'TarnPst-*.zip' TarnPst Tarnbase tarnmail CatchingShim \
-  TarnPst_import_library Tarnbase_import_library CatchingShim_import_library
+pack "$windows" 'TarnPst-*.zip'
 zip=$package
 mkdir "$work/zip"
 (cd "$work/zip" && cmake -E tar xf "$zip") || fail "the .zip cannot be unpacked"

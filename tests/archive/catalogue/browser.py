@@ -3,6 +3,7 @@
 import json
 import os
 import select
+import signal
 import subprocess
 import tempfile
 import time
@@ -28,7 +29,8 @@ class Browser:
              f'--window-size={width},{height}', f'--user-data-dir={self.folder.name}', *options,
              'about:blank'],
             preexec_fn=prepare, close_fds=False, stdin=subprocess.DEVNULL,
-            stdout=self.log, stderr=self.log)
+            stdout=self.log, stderr=self.log, start_new_session=True,
+            env=dict(os.environ, TMPDIR=self.folder.name))
         os.close(to_read)
         os.close(to_write)
         self.waiting = b''
@@ -51,7 +53,8 @@ class Browser:
         return self
 
     def __exit__(self, *ignored):
-        self.process.kill()
+        # With all that it has started, which would write into its folder again.
+        os.killpg(self.process.pid, signal.SIGKILL)
         self.process.wait()
         self.log.close()
         self.folder.cleanup()
