@@ -156,6 +156,7 @@ function(tarn_test name)
     target_precompile_headers(${name} REUSE_FROM tarn_test_headers)
   endif()
   set_target_properties(${name} PROPERTIES
+    UNITY_BUILD OFF
     RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests
     BUILD_RPATH "${CMAKE_BINARY_DIR}")
   if(NOT TARN_UNIT_TESTS AND ARG_LABELS MATCHES "unit|fault" AND NOT ARG_LABELS MATCHES "platform")

@@ -12,7 +12,10 @@
 
 namespace tarn {
 
-// The first occurrence from `from` on, or std::string_view::npos.
+// What a search answers that finds nothing.
+inline constexpr size_t npos = std::string_view::npos;
+
+// The first occurrence from `from` on, or npos.
 size_t FindBytes(std::string_view text, std::string_view needle, size_t from = 0);
 size_t FindIgnoringCase(std::string_view text, std::string_view needle, size_t from = 0);
 size_t FindByte(std::string_view text, char byte, size_t from = 0);

@@ -13,7 +13,6 @@ namespace tarn {
 namespace {
 
 constexpr uint64_t kSeekFailed = UINT64_MAX;
-constexpr size_t npos = std::string_view::npos;
 
 // The size of the file, its position left at 0. The last byte is read on the way: a file that does
 // not have one fails with StatusReadFailed, before any failed seek does with StatusSeekFailed.

@@ -15,7 +15,6 @@ namespace {
 constexpr uint64_t kShortestText = 14;
 constexpr std::string_view kWordStart = "=?";
 constexpr std::string_view kWordEnd = "?=";
-constexpr size_t npos = std::string_view::npos;
 
 // The word "=?charset?encoding?text?=" in [begin, end) of a text.
 struct EncodedWord {

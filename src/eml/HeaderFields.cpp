@@ -9,8 +9,6 @@
 namespace tarn {
 namespace {
 
-constexpr size_t npos = std::string_view::npos;
-
 struct FieldRow {
   std::string_view name;
   SizedBytes EmlMessage::*field;
@@ -25,7 +23,6 @@ constexpr std::array<FieldRow, 7> kFields = {{{"From:", &EmlMessage::from},
                                               {"Importance:", &EmlMessage::importance}}};
 
 bool IsBlankOrTab(char byte) { return byte == ' ' || byte == '\t'; }
-bool IsLineEnd(char byte) { return byte == '\r' || byte == '\n'; }
 
 // Where the folded line after the line end e starts, or npos when none follows.
 size_t FindContinuation(std::string_view header, size_t e) {

@@ -4,11 +4,6 @@
 #include "eml/HeaderSearch.h"
 
 namespace tarn {
-namespace {
-
-constexpr size_t npos = std::string_view::npos;
-
-}  // namespace
 
 size_t HeaderMemo::NextHit::within(size_t end, size_t length) const {
   return hit < end && end - hit >= length ? hit : npos;

@@ -7,10 +7,6 @@
 namespace tarn {
 namespace {
 
-constexpr size_t npos = std::string_view::npos;
-
-bool IsLineEnd(char byte) { return byte == '\r' || byte == '\n'; }
-
 // Does this byte, before a key, make it the tail of a longer name?
 bool ContinuesName(char byte) {
   return (byte >= 'A' && byte <= 'Z') || (byte >= 'a' && byte <= 'z') ||

@@ -14,6 +14,8 @@
 
 namespace tarn {
 
+inline bool IsLineEnd(char byte) { return byte == '\r' || byte == '\n'; }
+
 // After the header block of the text: after the first "\r\n\r\n", else the first "\n\n", else the
 // first "\r\n", else the end. A text without an empty line thus has a header of one line.
 size_t FindHeaderEnd(std::string_view text);

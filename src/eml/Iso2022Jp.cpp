@@ -20,8 +20,6 @@ constexpr char16_t kReplacement = 0xFFFD;
 
 enum class State { Ascii, JisRoman, Jis0208 };
 
-constexpr size_t npos = std::string_view::npos;
-
 // The end of a run and what comes after it.
 struct Stop {
   size_t runEnd;

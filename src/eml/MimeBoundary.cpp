@@ -6,7 +6,6 @@ namespace tarn {
 namespace {
 
 constexpr std::string_view kBoundaryKey = "boundary=";
-constexpr size_t npos = std::string_view::npos;
 
 struct BoundaryValue {
   std::string_view text;

@@ -14,8 +14,6 @@
 namespace tarn {
 namespace {
 
-constexpr size_t npos = std::string_view::npos;
-
 struct ContentTypeRow {
   std::string_view type;
   ContentClass contentClass;

@@ -8,8 +8,6 @@
 namespace tarn {
 namespace {
 
-constexpr size_t npos = std::string_view::npos;
-
 class PartWalker {
  public:
   PartWalker(EmlMessage& message, const ImagePlacing& images, const AttachmentRequest* request)

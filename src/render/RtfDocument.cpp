@@ -7,9 +7,9 @@
 namespace tarn {
 namespace {
 
-constexpr std::string_view kRowOpen =
+constexpr std::string_view kRtfRowOpen =
     "\r{\\rtlch\\fcs1 \\ab\\af37 \\ltrch\\fcs0 \\b\\cf0\\insrsid5716485 ";
-constexpr std::string_view kRowMiddle = "\\tab }{\\rtlch\\fcs1 \\af37 \\ltrch\\fcs0 \\cf0 ";
+constexpr std::string_view kRtfRowMiddle = "\\tab }{\\rtlch\\fcs1 \\af37 \\ltrch\\fcs0 \\cf0 ";
 
 // Writes into a render until the first failure; then every write does nothing.
 class RowWriter {
@@ -47,9 +47,9 @@ Status AppendRtfHeaderRow(RtfRender& render, const MailMessage* message, const S
   if (field->isEmptyText()) return StatusOk;
 
   RowWriter writer(render);
-  writer.writeRtf(kRowOpen);
+  writer.writeRtf(kRtfRowOpen);
   writer.writeText(GetHeaderLabel(row));
-  writer.writeRtf(kRowMiddle);
+  writer.writeRtf(kRtfRowMiddle);
   writer.writeField(*field);
   if (row == HeaderRowFrom && message->fromAddress.hasBlock()) {
     writer.writeRtf(" <");

@@ -12,7 +12,7 @@ namespace {
 
 static_assert(kRtfSeparator.size() == 151);
 
-constexpr uint64_t kStep = 1024;
+constexpr uint64_t kSpliceStep = 1024;
 
 // A stretch of the body.
 struct Stretch {
@@ -67,7 +67,7 @@ Status AssembleInBody(const RtfPieces& pieces, SizedBytes& body) {
     return pieces.size();
   };
   const uint64_t room = std::max(body.length(), pieces.size());
-  return RewriteBody(body, room, kStep, write).ok() ? StatusOk : StatusOutOfMemory;
+  return RewriteBody(body, room, kSpliceStep, write).ok() ? StatusOk : StatusOutOfMemory;
 }
 
 // The same in the block of the rows, which becomes the body's.

@@ -12,9 +12,7 @@
 namespace tarn {
 namespace {
 
-constexpr unsigned kTokens = 8;  // of a group
-constexpr uint64_t kWindow = 4096;
-constexpr uint64_t kGroupInput = 1 + 2 * kTokens;
+constexpr uint64_t kGroupBytes = 1 + 2 * kLzfuGroupTokens;
 
 constexpr uint64_t kEachByte = 0x0101010101010101U;
 constexpr uint64_t kTopBits = 0x80 * kEachByte;
@@ -37,7 +35,7 @@ consteval Groups MakeGroups() {
   for (unsigned control = 0; control < groups.sizes.size(); ++control) {
     GroupShape& shape = groups.shapes[control];
     unsigned at = 0;
-    for (unsigned token = 0; token < kTokens; ++token, ++at) {
+    for (unsigned token = 0; token < kLzfuGroupTokens; ++token, ++at) {
       if (((control >> token) & 1) == 0) continue;
       shape.highs[at / 8] |= uint64_t{0xFF} << (8 * (at % 8));
       ++at;
@@ -63,7 +61,7 @@ uint64_t SumOfBytes(uint64_t word) { return (word * kEachByte) >> 56; }
 // A reference to a place that has not been written goes a whole window back, which is before the
 // block's start until the position has left the first window.
 bool IsSound(uint64_t offset, uint64_t position) {
-  return position >= kWindow || offset < position;
+  return position >= kLzfuWindow || offset < position;
 }
 
 uint64_t OffsetOf(unsigned high, unsigned low) { return (high << 4) | (low >> 4); }
@@ -71,7 +69,7 @@ uint64_t LengthOf(unsigned low) { return (low & 15) + 2; }
 
 bool IsSoundGroup(const unsigned char* group, uint64_t position) {
   unsigned control = *group++;
-  for (unsigned token = 0; token < kTokens; ++token, control >>= 1) {
+  for (unsigned token = 0; token < kLzfuGroupTokens; ++token, control >>= 1) {
     if ((control & 1) == 0) {
       ++group;
       ++position;
@@ -92,7 +90,7 @@ uint64_t LzfuCheck::passGroups(std::span<const unsigned char> packed) {
   const unsigned char* at = begin;
   uint64_t left = packed.size();
   uint64_t position = position_;
-  while (left >= kGroupInput) {
+  while (left >= kGroupBytes) {
     const GroupShape& shape = kGroups.shapes[*at];
     const uint64_t size = kGroups.sizes[*at];
     const auto first = LoadLittleEndian<uint64_t>(at + 1);
@@ -100,7 +98,7 @@ uint64_t LzfuCheck::passGroups(std::span<const unsigned char> packed) {
     const uint64_t reached =
         position + size + SumOfBytes((first & shape.lengths[0]) + (second & shape.lengths[1]));
     if (reached > end_) break;
-    if (position < kWindow) {
+    if (position < kLzfuWindow) {
       const uint64_t least = position / 16;
       const bool isDoubtful =
           HasByteFrom(first & shape.highs[0], least) || HasByteFrom(second & shape.highs[1], least);
@@ -122,7 +120,7 @@ void LzfuCheck::take(std::span<const unsigned char> packed) {
     const unsigned byte = packed[at++];
     if (tokensLeft_ == 0) {
       control_ = byte;
-      tokensLeft_ = kTokens;
+      tokensLeft_ = kLzfuGroupTokens;
     } else if ((control_ & 1) == 0) {
       ++position_;
       endToken();

@@ -13,13 +13,11 @@
 namespace tarn {
 namespace {
 
-constexpr uint64_t kWindow = 4096;
-constexpr uint64_t kTokens = 8;  // of a group
 constexpr uint64_t kWideCopy = 16;
 
 // What a group takes and makes at most, copies of 17 bytes from its last literal included.
-constexpr uint64_t kGroupInput = 1 + 2 * kTokens + kLzfuLongestToken;
-constexpr uint64_t kGroupOutput = kTokens * kLzfuLongestToken;
+constexpr uint64_t kGroupInput = 1 + 2 * kLzfuGroupTokens + kLzfuLongestToken;
+constexpr uint64_t kGroupOutput = kLzfuGroupTokens * kLzfuLongestToken;
 
 struct Reference {
   uint64_t distance;  // back from the write position, 1 to 4096
@@ -28,7 +26,7 @@ struct Reference {
 
 Reference ReadReference(const unsigned char* input, uint64_t position) {
   const uint64_t offset = (uint64_t{input[0]} << 4) | (input[1] >> 4);
-  return {((position - offset - 1) & (kWindow - 1)) + 1, (input[1] & 15u) + 2u};
+  return {((position - offset - 1) & (kLzfuWindow - 1)) + 1, (input[1] & 15u) + 2u};
 }
 
 // A copy that overlaps itself repeats its bytes.
@@ -48,9 +46,9 @@ class Unpacker {
     while (inputLeft() >= kGroupInput && end - position_ >= kGroupOutput) {
       const unsigned char control = *input_;
       if (control == 0) {
-        std::memcpy(block_.data() + position_, input_ + 1, kTokens);
-        input_ += 1 + kTokens;
-        position_ += kTokens;
+        std::memcpy(block_.data() + position_, input_ + 1, kLzfuGroupTokens);
+        input_ += 1 + kLzfuGroupTokens;
+        position_ += kLzfuGroupTokens;
       } else if (!unpackGroup(control)) {
         return false;
       }
@@ -59,11 +57,11 @@ class Unpacker {
   }
 
   // Token by token up to the position `end`. False for damage.
-  bool unpackTokens(uint64_t end) {
+  bool unpackLzfuGroupTokens(uint64_t end) {
     unsigned control = 0;
     for (uint64_t token = 0; position_ < end; ++token) {
       control >>= 1;
-      if (token % kTokens == 0) {
+      if (token % kLzfuGroupTokens == 0) {
         if (inputLeft() < 1) return false;
         control = *input_++;
       }
@@ -78,7 +76,7 @@ class Unpacker {
   bool unpackGroup(unsigned control) {
     const unsigned char* input = input_ + 1;
     uint64_t position = position_;
-    for (uint64_t token = 0; token < kTokens; ++token, control >>= 1) {
+    for (uint64_t token = 0; token < kLzfuGroupTokens; ++token, control >>= 1) {
       const bool isReference = (control & 1) != 0;
       unsigned char* const to = block_.data() + position;
       const Reference reference = ReadReference(input, position);
@@ -136,7 +134,7 @@ CompressedRtfHeader ReadCompressedRtfHeader(std::span<const unsigned char> sourc
 }
 
 uint64_t LongestUnpackedText(uint64_t packedSize) {
-  constexpr uint64_t kGroupSize = 1 + 2 * kTokens;
+  constexpr uint64_t kGroupSize = 1 + 2 * kLzfuGroupTokens;
   const uint64_t full = packedSize / kGroupSize;
   const uint64_t tokenBytes = packedSize % kGroupSize == 0 ? 0 : packedSize % kGroupSize - 1;
   const uint64_t last = tokenBytes / 2 * kLzfuLongestToken + tokenBytes % 2;
@@ -146,7 +144,7 @@ uint64_t LongestUnpackedText(uint64_t packedSize) {
 uint64_t UnpackLzfu(std::span<const unsigned char> packed, std::span<unsigned char> block,
                     uint64_t end) {
   Unpacker unpacker(packed, block);
-  if (!unpacker.unpackGroups(end) || !unpacker.unpackTokens(end)) return 0;
+  if (!unpacker.unpackGroups(end) || !unpacker.unpackLzfuGroupTokens(end)) return 0;
   return unpacker.position();
 }
 

@@ -42,6 +42,10 @@ inline constexpr std::string_view kLzfuFixedText =
 inline constexpr uint64_t kLzfuFixedSize = 207;
 static_assert(kLzfuFixedText.size() == kLzfuFixedSize);
 
+// References reach back within the last so many bytes.
+inline constexpr uint64_t kLzfuWindow = 4096;
+// A control byte and the tokens that it tells of.
+inline constexpr uint64_t kLzfuGroupTokens = 8;
 // The most bytes that one token writes.
 inline constexpr uint64_t kLzfuLongestToken = 17;
 

@@ -7,7 +7,7 @@
 namespace tarn {
 namespace {
 
-constexpr DocumentRules kRules = {false, "\xEF\xBB\xBF", {"\0", 1}};
+constexpr DocumentRules kMsgRules = {false, "\xEF\xBB\xBF", {"\0", 1}};
 
 // Reads the message and makes its document, but for the declaration of a charset.
 Status MakeDocument(const DocumentRequest& request, PstFilterData& data, TarnDocumentKind& kind,
@@ -19,10 +19,10 @@ Status MakeDocument(const DocumentRequest& request, PstFilterData& data, TarnDoc
   // A body without bytes is none.
   if (request.textOnly || message.body.length() == 0) {
     kind = DocumentText;
-    return MakeTextDocument(message, kRules, data.document);
+    return MakeTextDocument(message, kMsgRules, data.document);
   }
   kind = message.body.view().starts_with("{\\rtf") ? DocumentRtf : DocumentHtml;
-  return MakeBodyDocument(message, kind, kRules, data.document);
+  return MakeBodyDocument(message, kind, kMsgRules, data.document);
 }
 
 // For a while the document is there twice; the message is not any more.

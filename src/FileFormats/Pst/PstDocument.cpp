@@ -9,7 +9,7 @@
 namespace tarn {
 namespace {
 
-constexpr DocumentRules kRules = {true, "\xFF\xFE", {}};
+constexpr DocumentRules kPstRules = {true, "\xFF\xFE", {}};
 
 class ListGuard {
  public:
@@ -41,8 +41,8 @@ Status ReadPstDocument(const DocumentRequest& request, PstFilterData& data,
   if (request.attachments == nullptr) {
     MailMessage& message = *messages.list->records;
     const Status made = request.textOnly
-                            ? MakeTextDocument(message, kRules, data.document)
-                            : MakeBodyDocument(message, bodyKind, kRules, data.document);
+                            ? MakeTextDocument(message, kPstRules, data.document)
+                            : MakeBodyDocument(message, bodyKind, kPstRules, data.document);
     if (!made.ok()) return made;
     result.kind = request.textOnly ? DocumentText : bodyKind;
   }

@@ -3,7 +3,7 @@
 namespace tarn::platform {
 namespace {
 
-constexpr FT_ULong kSymbolBase = 0xF000;
+constexpr FT_ULong kSymbolUnits = 0xF000;
 
 void AddUnitsOfMap(FT_Face face, UnitSet& units) noexcept {
   FT_UInt glyph = 0;
@@ -24,7 +24,7 @@ void AddUnitsOfFace(FT_Library library, const char* file, FT_Long faceIndex,
   } else if (FT_Select_Charmap(face, FT_ENCODING_MS_SYMBOL) == 0) {
     AddUnitsOfMap(face, units);
     for (FT_ULong byte = 0; byte <= 0xFF; ++byte) {
-      if (units.test(kSymbolBase + byte)) units.set(byte);
+      if (units.test(kSymbolUnits + byte)) units.set(byte);
     }
   }
   FT_Done_Face(face);

@@ -6,7 +6,6 @@ namespace tarn::test {
 namespace {
 
 constexpr size_t kEntryBytes = 4;
-constexpr size_t kRecordBytes = 128;
 
 }  // namespace
 

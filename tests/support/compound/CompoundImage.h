@@ -11,7 +11,8 @@
 
 namespace tarn::test {
 
-// Fields of a directory record (MS-CFB 2.6), as offsets in its 128 bytes.
+// A directory record (MS-CFB 2.6), and its fields as offsets in it.
+inline constexpr size_t kRecordBytes = 128;
 enum CompoundRecordField : size_t {
   RecordName = 0,
   RecordNameSize = 64,  // 2 bytes

@@ -16,7 +16,6 @@ constexpr uint32_t kNoEntry = 0xFFFFFFFF;
 
 constexpr size_t kHeaderBytes = 512;
 constexpr size_t kHeaderTableBlocks = 109;
-constexpr size_t kRecordBytes = 128;
 constexpr size_t kSmallLimit = 4096;
 constexpr size_t kSmallBlock = 64;
 
