@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "Common/ByteSearch.h"
 #include "Common/TextWriter.h"
 #include "eml/EncodedWords.h"
 #include "eml/HeaderSearch.h"
