@@ -13,16 +13,10 @@ trap 'rm -rf "$work"' EXIT
 # package_of PRESET FOLDER: packs a new clone in the folder and prints the package's path.
 package_of() {
   local preset=$1 folder=$2
-  local targets=(TarnPst Tarnbase tarnmail)
-  case "$preset" in
-    windows) targets+=(CatchingShim TarnPst_import_library Tarnbase_import_library
-      CatchingShim_import_library) ;;
-    *) targets+=(compressed_documents) ;;
-  esac
   git clone --quiet "$root" "$folder"
   (cd "$folder" &&
     cmake --preset "$preset" &&
-    cmake --build --preset "$preset" --target "${targets[@]}" &&
+    cmake --build --preset "$preset" --target shipped &&
     cpack --config "build/$preset/CPackConfig.cmake" -B "$folder/packed") >"$folder.log" 2>&1 ||
     { cat "$folder.log" >&2; return 1; }
   find "$folder/packed" -maxdepth 1 \( -name '*.deb' -o -name '*.zip' \)

@@ -114,5 +114,11 @@ start_wine_server() {
 }
 
 stop_wine_server() {
-  WINEPREFIX="$root/build/windows/wine-prefix" /usr/lib/wine/wineserver64 -k </dev/null >/dev/null 2>&1 || true
+  local prefix="$root/build/windows/wine-prefix" folder
+  WINEPREFIX="$prefix" /usr/lib/wine/wineserver64 -k </dev/null >/dev/null 2>&1 || true
+  # It leaves its folder, which is named by the prefix.
+  [ -d "$prefix" ] || return 0
+  for folder in "${TMPDIR:-/tmp}"/wine-*/"$(printf 'server-%s-%x' $(stat -c '%D %i' "$prefix"))"; do
+    [ ! -d "$folder" ] || rm -rf "${folder%/*}" || true
+  done
 }

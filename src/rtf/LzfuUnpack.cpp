@@ -57,7 +57,7 @@ class Unpacker {
   }
 
   // Token by token up to the position `end`. False for damage.
-  bool unpackLzfuGroupTokens(uint64_t end) {
+  bool unpackTokens(uint64_t end) {
     unsigned control = 0;
     for (uint64_t token = 0; position_ < end; ++token) {
       control >>= 1;
@@ -144,7 +144,7 @@ uint64_t LongestUnpackedText(uint64_t packedSize) {
 uint64_t UnpackLzfu(std::span<const unsigned char> packed, std::span<unsigned char> block,
                     uint64_t end) {
   Unpacker unpacker(packed, block);
-  if (!unpacker.unpackGroups(end) || !unpacker.unpackLzfuGroupTokens(end)) return 0;
+  if (!unpacker.unpackGroups(end) || !unpacker.unpackTokens(end)) return 0;
   return unpacker.position();
 }
 

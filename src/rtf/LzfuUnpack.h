@@ -44,7 +44,7 @@ static_assert(kLzfuFixedText.size() == kLzfuFixedSize);
 
 // References reach back within the last so many bytes.
 inline constexpr uint64_t kLzfuWindow = 4096;
-// A control byte and the tokens that it tells of.
+// The tokens of a group, which one control byte tells of.
 inline constexpr uint64_t kLzfuGroupTokens = 8;
 // The most bytes that one token writes.
 inline constexpr uint64_t kLzfuLongestToken = 17;
