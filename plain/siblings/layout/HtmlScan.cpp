@@ -68,8 +68,9 @@ struct RuleDepth {
   size_t open = 0;  // at the end
 };
 
-RuleDepth DepthOfRules(std::string_view sheet) {
-  RuleDepth depth;
+// Of a sheet that goes on where so many are open.
+RuleDepth DepthOfRules(std::string_view sheet, size_t open) {
+  RuleDepth depth{open, open};
   for (const char c : sheet) {
     if (c == '{') depth.deepest = std::max(depth.deepest, ++depth.open);
     if (c == '}' && depth.open != 0) --depth.open;
@@ -254,9 +255,9 @@ void HtmlScanner::takeStyle(std::string_view media) {
   const size_t end = std::min(FindAnyCase(rest_, "</style", 0), rest_.size());
   const std::string style = WithoutComments(rest_.substr(0, end));
   rest_.remove_prefix(end);
-  const RuleDepth depth = DepthOfRules(style);
-  if (openRules_ + depth.deepest > kMostNestedRules) return;
-  openRules_ += depth.open;
+  const RuleDepth depth = DepthOfRules(style, openRules_);
+  if (depth.deepest > kMostNestedRules) return;
+  openRules_ = depth.open;
   selectors_ += static_cast<size_t>(
       std::count_if(style.begin(), style.end(), [](char c) { return c == '{' || c == ','; }));
   const bool isForSome = !media.empty() && media.find_first_of("{};@") == std::string_view::npos;

@@ -122,6 +122,8 @@ TEST(HtmlScan, DeepRulesOfStyleAreLeftOut) {
   EXPECT_EQ(count("<style>" + Repeated("@media all{p{}}", 1'000) + "</style><p>x"), 1'000u);
   // One element goes on where the one before has ended.
   EXPECT_EQ(count(nested(60) + nested(60) + "<p>x"), 60u);
+  const std::string closedByTheNext = "<style>@media all{</style><style>}p{}</style>";
+  EXPECT_EQ(count(Repeated(closedByTheNext, 2 * kMostNestedRules) + "<p>x"), 2 * kMostNestedRules);
 }
 
 TEST(HtmlScan, CommentsInStyleAreLeftOut) {
