@@ -279,10 +279,10 @@ class ClusterTest(unittest.TestCase):
         self.expect_whole()
 
     def test_cancelled_task_is_not_queued_again(self) -> None:
-        self.submit("--at-once", 1, tasks=6)
+        # Slurm continues what it ends. A short task would be done before it is ended.
+        self.submit("--at-once", 1, tasks=2)
         process, task = self.stopped_in_mid_task()
         job = variable_of(process, "SLURM_ARRAY_JOB_ID")
-        # Slurm continues what it ends.
         self.cluster.ask("scancel", f"{job}_{task}")
         self.wait_for("and has said")
         self.assertEqual(self.missing(), str(task))
@@ -291,10 +291,10 @@ class ClusterTest(unittest.TestCase):
         self.expect_whole()
 
     def test_task_beyond_its_time(self) -> None:
-        # Slurm counts in minutes, and looks twice in one.
-        self.submit("-t", 1, tasks=6)
+        # Slurm counts in minutes, and looks twice in one. It continues what it ends.
+        self.submit("-t", 1, tasks=2)
         _, task = self.stopped_in_mid_task()
-        # Slurm continues what it ends. The same time would not do for it again.
+        # The same time would not do for it again.
         self.wait_for("and has said")
         self.assertEqual(self.missing(), str(task))
         self.assertIn(f"neither done nor queued: {task} (", self.status())

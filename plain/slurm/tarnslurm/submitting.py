@@ -51,11 +51,12 @@ class Submission:
         if self._request.resume and not os.path.exists(place.plan):
             raise Failure(USAGE, f"{place.export}: nothing was submitted yet")
         place.make()
-        with place.locked():
+        with place.locked() as is_alone:
             try:
                 self._plan_and_submit()
             except BaseException:
-                place.remove_if_unused()
+                if is_alone:
+                    place.remove_if_unused()
                 raise
 
     def _plan_and_submit(self) -> None:

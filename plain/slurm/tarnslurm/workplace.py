@@ -12,11 +12,11 @@
 
 from __future__ import annotations
 
+import contextlib
 import fcntl
 import hashlib
 import json
 import os
-from contextlib import contextmanager
 from dataclasses import asdict, dataclass, field
 from typing import Iterator, Optional
 
@@ -111,10 +111,11 @@ class Workplace:
         self._make_folder(self.folder)
 
     def remove_if_unused(self) -> None:
-        """Where nothing is in it but the lock, which is held."""
-        if os.listdir(self.folder) == ["lock"]:
-            os.remove(os.path.join(self.folder, "lock"))
-            os.rmdir(self.folder)
+        """Where nothing is in it but the lock, which is held. An empty folder may stay, does no harm."""
+        with contextlib.suppress(OSError):
+            if os.listdir(self.folder) == ["lock"]:
+                os.remove(os.path.join(self.folder, "lock"))
+                os.rmdir(self.folder)
 
     def make_logs(self, offset: int) -> None:
         self._make_folder(self.log_folder(offset))
@@ -125,15 +126,16 @@ class Workplace:
         except OSError as error:
             raise Failure(FAILED, f"{folder}: {error.strerror}") from error
 
-    @contextmanager
-    def locked(self) -> Iterator[None]:
-        """One at a time. Failure where another one is at work; a file system without locks has
-        none."""
+    @contextlib.contextmanager
+    def locked(self) -> Iterator[bool]:
+        """One at a time. Failure where another one is at work. False on a file system without locks,
+        where nobody knows."""
         path = os.path.join(self.folder, "lock")
         try:
             file = os.open(path, os.O_RDWR | os.O_CREAT, 0o644)
         except OSError as error:
             raise Failure(FAILED, f"{path}: {error.strerror}") from error
+        is_alone = True
         try:
             try:
                 fcntl.lockf(file, fcntl.LOCK_EX | fcntl.LOCK_NB)
@@ -141,8 +143,8 @@ class Workplace:
                 raise Failure(FAILED, f"{self.export}: another tarnmail-slurm is at work on it at "
                                       "this moment") from error
             except OSError:
-                pass
-            yield
+                is_alone = False
+            yield is_alone
         finally:
             os.close(file)
 
