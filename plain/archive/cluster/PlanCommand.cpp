@@ -82,7 +82,9 @@ class Planning {
     input.entries = input.source.trouble ? 0 : work.entries;
     const FoundSource& found = input.source.found;
     if (input.source.trouble) {
-      SayTrouble(input.source.name, input.source.trouble->reason);
+      if (!IsOtherFile(found, *input.source.trouble)) {
+        SayTrouble(input.source.name, input.source.trouble->reason);
+      }
     } else {
       if (work.stamp != StampOfSource(found.path, found.kind)) {
         throw Failure(ExitStatus::Failed, found.name, "has changed while it was planned");

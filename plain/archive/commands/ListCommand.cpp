@@ -59,9 +59,7 @@ class ListRun {
     Outcome<std::unique_ptr<ItemReader>> reader =
         OpenSource(source.path, source.kind, readerOptions);
     if (!reader) {
-      // A compound file of another program.
-      if (!source.isNamed && source.kind == SourceKind::Compound &&
-          reader.trouble().kind == TroubleKind::Unsupported) {
+      if (IsOtherFile(source, reader.trouble())) {
         search_.countOtherFile();
       } else {
         report_.tell(SourceTrouble{source.name, reader.trouble(), source.isNamed});

@@ -308,8 +308,7 @@ class Completion {
       nextSource_ = at + 1;
     }
     const bool isUnopened = source != nullptr && source->trouble.has_value();
-    // A compound file of another program.
-    if (isUnopened && !source->found.isNamed && source->trouble->kind == TroubleKind::Unsupported) {
+    if (isUnopened && IsOtherFile(source->found, *source->trouble)) {
       ++counts_.otherFiles;
       return;
     }

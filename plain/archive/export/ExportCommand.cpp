@@ -69,13 +69,16 @@ bool IsFinished(const ExportOptions& options, const fs::path& tree) {
 
 ExitStatus GoOnWithFinished(const ExportOptions& options, const ExportSources& sources,
                             const fs::path& tree) {
-  if (const std::optional<std::string> difference = DifferenceFrom(options, sources, tree)) {
-    throw Failure(ExitStatus::Usage, options.folder, *difference);
-  }
+  ShowPhase("comparing the mail files with the export");
+  const FinishedExport finished = LookAtFinished(options, sources, tree);
+  if (finished.difference) throw Failure(ExitStatus::Usage, options.folder, *finished.difference);
   // Where it could not be removed any more.
   host::RemoveTree(tree / kStagingName);
   Say(options.folder + ": the export there is finished; its files are checked");
-  return Verify({options.folder});
+  const ExitStatus status = Verify({options.folder});
+  if (status != ExitStatus::Done || !finished.hasFailures) return status;
+  Say("not all of it could be read; manifest.jsonl tells what");
+  return ExitStatus::Failed;
 }
 
 ExportCounts MakeExport(const ExportOptions& options, ExportSources& sources, Staging& staging) {

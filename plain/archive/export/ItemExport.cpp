@@ -89,8 +89,11 @@ class ItemExporter {
     prints.reserve(attached.size());
     for (const Attached& one : attached) prints.push_back(one.fingerprint);
     const Fingerprint fingerprint = FingerprintOf(item, prints);
-    // Copies are named among outermost items alone.
-    if (depth == 0 && fingerprint.isTelling) rows_[row].fingerprint = fingerprint.sum;
+    // Copies are named among outermost items alone. One of which something is missing is neither a
+    // copy nor an original: its files are not those of a whole one.
+    const bool isWhole = std::all_of(rows_.begin(), rows_.end(),
+                                     [](const ItemRow& told) { return told.reasons.empty(); });
+    if (depth == 0 && fingerprint.isTelling && isWhole) rows_[row].fingerprint = fingerprint.sum;
     return fingerprint.sum;
   }
 

@@ -35,7 +35,7 @@ class Verification {
       const bool isBegun = KindOfExportFolder(tree_) == ExportFolder::Unfinished;
       throw Failure(ExitStatus::Usage, folder_,
                     isBegun ? "holds an export that was ended early; tarnmail export --resume "
-                              "goes on with it"
+                              "goes on with it, or merge where tasks made it"
                             : "holds no export: there is no manifest.jsonl");
     }
     uint64_t number = 0;

@@ -33,6 +33,36 @@ Outcome<std::vector<std::string>> FoldersOf(const fs::path& path) {
   return names;
 }
 
+struct OtherFormat {
+  std::string_view beginning;
+  const char* reason;
+};
+
+// What some mail servers, and lost disks, leave in the places of mails.
+constexpr OtherFormat kOtherFormats[] = {
+    {"\x1F\x8B", "the file is compressed (gzip), which is not read"},
+    {"\x28\xB5\x2F\xFD", "the file is compressed (zstd), which is not read"},
+    {"\xFD\x37\x7A\x58\x5A", "the file is compressed (xz), which is not read"},
+    {"BZh", "the file is compressed (bzip2), which is not read"},
+    {"PK\x03\x04", "the file is no mail: a ZIP file"},
+    {"!BDN", "the file is no mail: a store"},
+    {"\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1", "the file is no mail: a compound file"},
+    {{"\0", 1}, "the file is no mail: it begins with a byte of zero"}};
+
+// None for what may be a mail, however odd.
+Outcome<std::optional<Trouble>> TroubleOfBeginning(mail::MailBytes& file) {
+  constexpr size_t kLongest = 8;
+  const Outcome<std::string> bytes = mail::ReadRange(file, 0, kLongest);
+  if (!bytes) return bytes.trouble();
+  if (bytes->empty()) return std::optional(Trouble{TroubleKind::Damaged, "the file is empty"});
+  for (const OtherFormat& other : kOtherFormats) {
+    if (bytes->starts_with(other.beginning)) {
+      return std::optional(Trouble{TroubleKind::Unsupported, other.reason});
+    }
+  }
+  return std::optional<Trouble>();
+}
+
 // A folder of the Maildir: the files of "cur", then those of "new".
 struct Folder {
   std::string name;  // as the file system has it; empty for the Maildir itself
@@ -194,6 +224,9 @@ class MaildirReader final : public ItemReader {
                           std::string(folder.at(index));
     Outcome<mail::SharedBytes> file = mail::OpenFile(path);
     if (!file) return file.trouble();
+    const Outcome<std::optional<Trouble>> other = TroubleOfBeginning(**file);
+    if (!other) return other.trouble();
+    if (*other) return **other;
     Outcome<mail::MailSource> source =
         mail::MailSourceOfFile(std::move(*file), placeOf(folder, index));
     if (!source) return source.trouble();

@@ -1,10 +1,13 @@
 #include "archive/sources/SourceKind.h"
 
+#include <algorithm>
+#include <array>
 #include <string>
 
 #include "archive/mail/HeaderNames.h"
 #include "archive/mail/MailDate.h"
 #include "archive/sources/FileFacts.h"
+#include "archive/text/AsciiText.h"
 
 namespace tarn::archive {
 namespace {
@@ -15,6 +18,9 @@ constexpr std::string_view kTnefMagic = "\x78\x9F\x3E\x22";
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 constexpr std::string_view kLittleEndianMark = "\xFF\xFE";
 constexpr std::string_view kBigEndianMark = "\xFE\xFF";
+
+constexpr std::array<std::string_view, 7> kMailEndings = {".pst",  ".ost",  ".msg", ".eml",
+                                                          ".emlx", ".mbox", ".mbx"};
 
 // Takes the first line off, and gives it without its end (LF, CRLF or CR).
 std::string_view TakeLine(std::string_view& text) {
@@ -136,6 +142,14 @@ Outcome<std::optional<SourceKind>> KindOfFile(const std::filesystem::path& path)
   beginning = BeginningOfFile(path, kLongestHeader);
   if (!beginning) return beginning.trouble();
   return KindOfBeginning(*beginning);
+}
+
+bool IsNamedAsMail(const std::filesystem::path& path) {
+  const std::string name = LoweredAscii(path.filename().string());
+  if (name.starts_with("._")) return false;
+  if (name == "winmail.dat") return true;
+  return std::any_of(kMailEndings.begin(), kMailEndings.end(),
+                     [&](std::string_view ending) { return name.ends_with(ending); });
 }
 
 }  // namespace tarn::archive

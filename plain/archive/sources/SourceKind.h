@@ -34,6 +34,10 @@ std::optional<SourceKind> KindOfBeginning(std::string_view bytes);
 // The same of a file. Unreadable where the system does not give its bytes.
 Outcome<std::optional<SourceKind>> KindOfFile(const std::filesystem::path& path);
 
+// Whether a file is called what mail files are, in either case: "a.pst", "winmail.dat". What some
+// systems leave beside files, "._a.pst", is not.
+bool IsNamedAsMail(const std::filesystem::path& path);
+
 }  // namespace tarn::archive
 
 #endif

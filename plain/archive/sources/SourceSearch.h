@@ -27,12 +27,17 @@ struct FoundSource {
   bool isNamed = false;  // by the command line itself
 };
 
-// Something that cannot be read, or, where the command line names it, is no mail file.
+// Something that cannot be read, or is no mail file though the command line or its own name says
+// so.
 struct SourceTrouble {
   std::string name;
   Trouble trouble;
   bool isNamed = false;
 };
+
+// Whether a file that cannot be opened is one of another program beside the mail files, which is no
+// trouble: a compound file of a folder that is no message and is not called one.
+bool IsOtherFile(const FoundSource& source, const Trouble& trouble);
 
 using SourceStep = std::variant<FoundSource, SourceTrouble>;
 
@@ -50,7 +55,7 @@ class SourceSearch {
   // None at the end.
   std::optional<SourceStep> next();
 
-  // Files of folders that are no mail files.
+  // Files of folders that are no mail files, and are not called so.
   uint64_t otherFiles() const;
   // For one that turns out to be none when it is opened.
   void countOtherFile();

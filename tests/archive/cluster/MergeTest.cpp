@@ -5,6 +5,7 @@
 
 #include "ClusterFixture.h"
 #include "ReadMailPdf.h"
+#include "archive/UnreadableMails.h"
 #include "archive/cluster/AttemptLog.h"
 #include "archive/cluster/Calibration.h"
 #include "console/Json.h"
@@ -42,6 +43,16 @@ TEST_F(MergeTest, GivesTheExportOfOneMachine) {
   exporting_.choices.forms = {ExportForm::Html, ExportForm::Text, ExportForm::Eml,
                               ExportForm::Json};
   expectSame({7, 2});
+}
+
+TEST_F(MergeTest, TellsOfMailFilesThatCannotBeRead) {
+  addMails("mails", 3);
+  (void)directory_.write("mails/lost.pst", "no store any more");
+  (void)directory_.write("mails/secret", EncryptedStore());
+  (void)directory_.write("mails/letter.doc", LetterOfOtherProgram());
+  (void)directory_.write("mails/letter.msg", LetterOfOtherProgram());
+  EXPECT_EQ(exportAlone("first"), ExitStatus::Failed);
+  expectSame({2});
 }
 
 TEST_F(MergeTest, PutsMboxesTogether) {

@@ -6,6 +6,7 @@
 #include <set>
 #include <sstream>
 
+#include "archive/UnreadableMails.h"
 #include "archive/commands/ArchiveFixture.h"
 #include "console/Json.h"
 #include "tarnmail/posix/RunningProgram.h"
@@ -74,6 +75,23 @@ TEST_F(List, TellsTheSourceOfSeveral) {
             "1\t\t2026-01-09 07:58\tAda Brown\tLunch on Friday?\t0\t./plain-7bit.eml\n"
             "1\t\t2026-11-21 10:00\tClara Weber\tZimmer 12 – Heizung\t0\t./text.msg\n");
   EXPECT_EQ(result.err, "tarnmail: 1 file is no mail file\n");
+}
+
+TEST_F(List, NamesWhatIsCalledAMailAndIsNone) {
+  example("plain-7bit.eml");
+  directory_.write("lost.pst", "no store any more");
+  directory_.write("letter.doc", LetterOfOtherProgram());
+  directory_.write("letter.msg", LetterOfOtherProgram());
+  const test::ProgramResult result = run({"list", "."});
+  EXPECT_EQ(result.exitStatus, 1);
+  EXPECT_EQ(result.out,
+            "1\t\t2026-01-09 07:58\tAda Brown\tLunch on Friday?\t0\t./plain-7bit.eml\n");
+  EXPECT_EQ(result.err,
+            "tarnmail: ./letter.msg: the file is a compound file and no message\n"
+            "tarnmail: ./lost.pst: not a mail file, though it is called one: neither a store, an "
+            "MSG file, a winmail.dat, a mail nor an mbox\n"
+            "tarnmail: 1 file is no mail file\n"
+            "tarnmail: 2 things could not be read; all else is listed\n");
 }
 
 TEST_F(List, IsJsonForMachines) {

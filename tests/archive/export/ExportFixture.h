@@ -45,6 +45,18 @@ class ExportFixture : public ::testing::Test {
     options_.batchItems = 16;
   }
 
+  // A box of so many mails and one with a file, and a mail of its own.
+  void makeSources(int mails) {
+    std::string box;
+    for (int number = 0; number < mails; ++number) {
+      box += Mail("Subject " + std::to_string(number % 7), number, "Body");
+    }
+    (void)directory_.write("box", box + MailWithFile("File", "../../x"));
+    (void)directory_.write("other.eml", MailWithFile("Other", "CON").substr(46));
+    options_.paths = {(directory_.path() / "box").string(),
+                      (directory_.path() / "other.eml").string()};
+  }
+
   host::ExitStatus exportTo(const std::string& name) {
     options_.folder = (directory_.path() / name).string();
     return Export(options_);

@@ -11,8 +11,10 @@
 #include <nlohmann/json.hpp>
 
 #include "ReadMailPdf.h"
+#include "archive/UnreadableMails.h"
 #include "archive/export/ExportFixture.h"
 #include "archive/export/Staging.h"
+#include "support/msg/MsgBuilder.h"
 
 namespace tarn::archive {
 namespace {
@@ -26,20 +28,7 @@ constexpr const char* kMails =
     "From: Ann <ann@example.com>\nTo: bob@example.com\nSubject: Plans\n"
     "Date: Wed, 1 May 2024 10:34:56 +0000\nMessage-ID: <1@example.com>\n\nFirst.\n\n";
 
-class ExportTest : public ExportFixture {
- protected:
-  // A box of so many mails, and a folder with two files of mail.
-  void makeSources(int mails) {
-    std::string box;
-    for (int number = 0; number < mails; ++number) {
-      box += Mail("Subject " + std::to_string(number % 7), number, "Body");
-    }
-    (void)directory_.write("box", box + MailWithFile("File", "../../x"));
-    (void)directory_.write("other.eml", MailWithFile("Other", "CON").substr(46));
-    options_.paths = {(directory_.path() / "box").string(),
-                      (directory_.path() / "other.eml").string()};
-  }
-};
+using ExportTest = ExportFixture;
 
 TEST_F(ExportTest, WritesItemsAttachmentsAndManifest) {
   makeSources(1);
@@ -174,6 +163,43 @@ TEST_F(ExportTest, NamesCopiesAndLeavesThemOutWhereAsked) {
   EXPECT_EQ(Verify({options_.folder}), ExitStatus::Done);
 }
 
+// Its files would be all that is left of a mail that is there wholly too.
+TEST_F(ExportTest, TakesNothingDamagedForTheOriginalOfACopy) {
+  test::MsgBuilder msg;
+  msg.text(0x001A, u"IPM.Note").text(0x0037, u"Plan").text(0x1035, u"<1@example.com>");
+  msg.recipient(u"Bob", u"bob@example.com").recipient(u"Carl", u"carl@example.com");
+  const std::string whole = msg.write();
+  std::string damaged = whole;
+  const std::string_view last(
+      "_\0#\0"
+      "0\0"
+      "0\0"
+      "0\0"
+      "0\0"
+      "0\0"
+      "0\0"
+      "0\0"
+      "1",
+      19);
+  const size_t name = damaged.find(last);
+  ASSERT_NE(name, std::string::npos);
+  damaged[name] = 'x';
+  options_.dedupe = true;
+  options_.paths = {directory_.write("a.msg", damaged).string(),
+                    directory_.write("b.msg", whole).string(),
+                    directory_.write("c.msg", whole).string()};
+  EXPECT_EQ(exportTo("out"), ExitStatus::Done);
+  const std::vector<json> rows = manifest("out");
+  ASSERT_EQ(rows.size(), 6u);
+  EXPECT_EQ(rows[0]["status"], "partial");
+  EXPECT_FALSE(rows[0]["files"].empty());
+  EXPECT_EQ(rows[2]["status"], "exported");
+  EXPECT_FALSE(rows[2].contains("copyOf"));
+  EXPECT_FALSE(rows[2]["files"].empty());
+  EXPECT_EQ(rows[4]["copyOf"]["source"], options_.paths[1]);
+  EXPECT_TRUE(rows[4]["files"].empty());
+}
+
 TEST_F(ExportTest, RefusesFoldersThatAreInUse) {
   makeSources(2);
   fs::create_directory(directory_.path() / "mine");
@@ -234,6 +260,30 @@ TEST_F(ExportTest, ReportsSourcesThatCannotBeRead) {
   EXPECT_FALSE(rows[2]["reason"].get<std::string>().empty());
 }
 
+// What a folder has is no less a loss than what the command line names.
+TEST_F(ExportTest, ReportsMailFilesOfFoldersThatCannotBeRead) {
+  fs::create_directory(directory_.path() / "in");
+  (void)directory_.write("in/box", kMails);
+  (void)directory_.write("in/lost.pst", "no store any more");
+  (void)directory_.write("in/notes.txt", "Hello");
+  (void)directory_.write("in/secret", EncryptedStore());
+  (void)directory_.write("in/letter.doc", LetterOfOtherProgram());
+  (void)directory_.write("in/letter.msg", LetterOfOtherProgram());
+  options_.paths = {(directory_.path() / "in").string()};
+  EXPECT_EQ(exportTo("out"), ExitStatus::Failed);
+  std::string reasons;
+  for (const json& row : manifest("out")) {
+    if (!row.contains("reason")) continue;
+    reasons += fs::path(row["source"].get<std::string>()).filename().string() + ": " +
+               row["reason"].get<std::string>() + "\n";
+  }
+  EXPECT_EQ(reasons,
+            "letter.msg: the file is a compound file and no message\n"
+            "lost.pst: not a mail file, though it is called one: neither a store, an MSG file, a "
+            "winmail.dat, a mail nor an mbox\n"
+            "secret: the store is encrypted\n");
+}
+
 TEST_F(ExportTest, ExportsAMaildirOfWhichOneFileCannotBeRead) {
   for (const char* const name : {"md", "md/cur", "md/new"}) {
     fs::create_directory(directory_.path() / name);
@@ -292,20 +342,6 @@ TEST_F(ExportTest, VerifyLooksAtCatalogueAndPage) {
       fs::remove_all(directory_.path() / "out");
     }
   }
-}
-
-TEST_F(ExportTest, RefusesToGoOnWithAFinishedExportOfOtherFiles) {
-  makeSources(2);
-  ASSERT_EQ(exportTo("out"), ExitStatus::Done);
-  options_.resume = true;
-  const std::string refusal = "holds a finished export of other files; export into a new folder";
-  options_.paths.pop_back();
-  EXPECT_TRUE(failureOf("out").ends_with(refusal));
-  makeSources(2);
-  options_.paths.push_back(directory_.write("third", kMails).string());
-  EXPECT_TRUE(failureOf("out").ends_with(refusal));
-  options_.paths.pop_back();
-  EXPECT_EQ(exportTo("out"), ExitStatus::Done);
 }
 
 TEST_F(ExportTest, SaysThatNoFolderIsTheOneAskedFor) {

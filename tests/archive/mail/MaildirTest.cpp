@@ -150,6 +150,22 @@ TEST_F(MaildirTest, GoesOnAfterAMailThatCannotBeRead) {
             (Texts{"[] 3", "1.x a", "2.x: the file cannot be opened", "3.x c"}));
 }
 
+// They would be mails without sender, subject and text.
+TEST_F(MaildirTest, TellsFilesThatAreNoMails) {
+  const auto add = [this](const char* name, std::string_view bytes) {
+    std::ofstream(root() / "cur" / name) << bytes;
+  };
+  add("1", "\x1F\x8B\x08");
+  add("2", "");
+  add("3", "!BDN");
+  add("4", std::string_view("\0\0", 2));
+  add("5", "no header\n");
+  EXPECT_EQ(EntriesOf(*open()),
+            (Texts{"[] 5", "1: the file is compressed (gzip), which is not read",
+                   "2: the file is empty", "3: the file is no mail: a store",
+                   "4: the file is no mail: it begins with a byte of zero", "5 "}));
+}
+
 TEST_F(MaildirTest, TellsThatAFolderIsNone) {
   fs::remove(root() / "new");
   const auto reader = OpenMaildir(root());

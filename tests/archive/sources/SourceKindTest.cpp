@@ -88,5 +88,16 @@ TEST(SourceKind, IsReadFromAFile) {
   EXPECT_EQ(missing.trouble().kind, TroubleKind::Missing);
 }
 
+TEST(SourceNames, AreThoseOfMailFilesInEitherCase) {
+  for (const char* name : {"a.pst", "A.PST", "b.ost", "c.msg", "d.eml", "e.emlx", "f.mbox",
+                           "in/g.Mbx", "winmail.dat", "in/WINMAIL.DAT", ".pst"}) {
+    EXPECT_TRUE(IsNamedAsMail(name)) << name;
+  }
+  for (const char* name :
+       {"pst", "a.pst.txt", "a.msg~", "mail.dat", "awinmail.dat", "._a.pst", "a.pst/b", ""}) {
+    EXPECT_FALSE(IsNamedAsMail(name)) << name;
+  }
+}
+
 }  // namespace
 }  // namespace tarn::archive

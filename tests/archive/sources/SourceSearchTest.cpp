@@ -75,6 +75,34 @@ TEST_F(Search, TellsNamedFilesThatAreNone) {
             "mbox\n");
 }
 
+// Or a store whose first bytes are lost would be left out without a word.
+TEST_F(Search, TellsFilesOfFoldersThatAreNoMailsThoughCalledSo) {
+  folder("in");
+  for (const char* name : {"in/Old.PST", "in/notes.txt", "in/._Old.pst", "in/pst"}) {
+    directory_.write(name, "Hello");
+  }
+  directory_.write("in/a.eml", "");
+  directory_.write("in/empty.mbox", "");
+  const std::string reason =
+      ": not a mail file, though it is called one: neither a store, an MSG file, a winmail.dat, a "
+      "mail nor an mbox\n";
+  EXPECT_EQ(found({"in"}), "in/Old.PST" + reason + "in/a.eml" + reason + "4 others\n");
+}
+
+TEST_F(Search, TellsFilesOfOtherProgramsFromMails) {
+  const Trouble unsupported{TroubleKind::Unsupported, "no message"};
+  const auto isOther = [](const char* path, SourceKind kind, const Trouble& trouble,
+                          bool isNamed = false) {
+    // Its bytes may lie elsewhere, or be those of another machine.
+    return IsOtherFile({path, "", kind, isNamed}, trouble);
+  };
+  EXPECT_TRUE(isOther("in/text.doc", SourceKind::Compound, unsupported));
+  EXPECT_FALSE(isOther("in/text.doc", SourceKind::Compound, unsupported, true));
+  EXPECT_FALSE(isOther("in/text.msg", SourceKind::Compound, unsupported));
+  EXPECT_FALSE(isOther("in/text.doc", SourceKind::Store, unsupported));
+  EXPECT_FALSE(isOther("in/text.doc", SourceKind::Compound, {TroubleKind::Damaged, "cut off"}));
+}
+
 TEST_F(Search, GoesThroughFoldersByPathInByteOrder) {
   folder("in/a/deep");
   folder("in/Z");
@@ -136,6 +164,24 @@ TEST_F(Search, TakesAMaildirAsOneSource) {
     mail(name);
   }
   EXPECT_EQ(found({"box"}), "box named Maildir\nbox/.notes/5\nbox/other/6\nbox/plain\n");
+}
+
+// Its reader takes the mails of its own folders, and nothing else that is in these.
+TEST_F(Search, FindsWhatElseIsInAMaildirsFolders) {
+  for (const char* name :
+       {"box/cur", "box/new", "box/.Sent/cur", "box/.Sent/new", "box/.Sent/old",
+        "box/.Sent/.Deep/cur", "box/.Sent/.Deep/new", "box/.Drafts/cur", "box/.Drafts/new"}) {
+    folder(name);
+  }
+  for (const char* name : {"box/cur/1:2,S", "box/.Sent/cur/2", "box/.Sent/old/3", "box/.Sent/loose",
+                           "box/.Sent/.Deep/cur/4", "box/.Drafts/cur/5"}) {
+    mail(name);
+  }
+  directory_.write("box/.Drafts/maildirfolder", "");
+  EXPECT_EQ(found({"box"}),
+            "box named Maildir\nbox/.Sent/.Deep Maildir\nbox/.Sent/loose\nbox/.Sent/old/3\n");
+  EXPECT_TRUE(mayFindSeveral_);
+  EXPECT_EQ(found({"box/.Sent"}), "box/.Sent named Maildir\nbox/.Sent/loose\nbox/.Sent/old/3\n");
 }
 
 TEST_F(Search, KnowsAMaildirWithNothingElseAsOneSource) {
