@@ -9,6 +9,7 @@
 
 #include "archive/mapi/Hexadecimal.h"
 #include "archive/mapi/PropertyValues.h"
+#include "archive/text/AsciiText.h"
 #include "archive/text/BodyText.h"
 #include "archive/text/Charsets.h"
 #include "archive/writers/ItemText.h"
@@ -61,22 +62,24 @@ ThreadFields ThreadOf(Item& item) {
 
 // Whether a class is that of a signed or an encrypted mail.
 bool IsSecured(std::string_view messageClass) {
-  constexpr std::string_view kClass = "ipm.note.smime";
-  return messageClass.size() >= kClass.size() &&
-         std::equal(kClass.begin(), kClass.end(), messageClass.begin(),
-                    [](char a, char b) { return a == (b >= 'A' && b <= 'Z' ? b + 32 : b); });
+  return StartsWithNoCase(messageClass, "ipm.note.smime");
 }
 
-// Whether bytes begin as the headers of a part.
-bool BeginsWithType(Item& item, size_t index) {
-  constexpr std::string_view kField = "content-type:";
+// Where the type of a part is in bytes that begin with its headers: first, or after the version of
+// MIME, which the mail has before it. None in other bytes.
+std::optional<size_t> PlaceOfType(Item& item, size_t index) {
   const Outcome<std::unique_ptr<ByteSource>> source = item.open(index);
-  if (!source) return false;
-  std::string start(kField.size(), '\0');
+  if (!source) return std::nullopt;
+  std::string start(256, '\0');
   const Outcome<size_t> size = (*source)->read(start);
-  return size && *size == start.size() &&
-         std::equal(kField.begin(), kField.end(), start.begin(),
-                    [](char a, char b) { return a == (b >= 'A' && b <= 'Z' ? b + 32 : b); });
+  if (!size) return std::nullopt;
+  start.resize(*size);
+  std::string_view headers = start;
+  if (StartsWithNoCase(headers, "mime-version:")) {
+    headers.remove_prefix(std::min(headers.find('\n'), headers.size() - 1) + 1);
+  }
+  if (!StartsWithNoCase(headers, "content-type:")) return std::nullopt;
+  return start.size() - headers.size();
 }
 
 // Parts of these types have rules of their own, that bytes which are only carried may not keep.
@@ -153,8 +156,12 @@ bool MailComposer::putSecured(Item& item) {
     return false;
   }
   const std::string& type = attachments[0].mediaType;
-  if (type == "multipart/signed" && BeginsWithType(item, 0)) {
+  const std::optional<size_t> place =
+      type == "multipart/signed" ? PlaceOfType(item, 0) : std::nullopt;
+  if (place) {
     const Outcome<std::unique_ptr<ByteSource>> source = item.open(0);
+    std::string before(*place, '\0');
+    if (source && *place != 0) (void)(*source)->read(before);
     const std::optional<Trouble> broken = source ? PutAll(**source, out_) : source.trouble();
     if (broken) lose(attachments[0], 0, *broken);
     return true;

@@ -264,10 +264,16 @@ TEST(WriteEmlTest, WritesTheContentOfSignedMails) {
   EXPECT_EQ(EmlOf(content), kLetterHeaders + part);
   content.broken = {0};
   EXPECT_EQ(EmlOf(content, 1), kLetterHeaders + part);
-  // Bytes that are no part are carried as any others.
   content.broken.clear();
-  content.bytes[0] = "x";
-  EXPECT_NE(EmlOf(content).find("Content-Type: multipart/mixed"), std::string::npos);
+  // The version of MIME is there already.
+  content.bytes[0] = "MIME-version: 1.0\r\n" + part;
+  EXPECT_EQ(EmlOf(content), kLetterHeaders + part);
+  // Bytes that are no part are carried as any others.
+  for (const char* const other :
+       {"x", "", "MIME-Version: 1.0", "MIME-Version: 1.0\r\nSubject: x"}) {
+    content.bytes[0] = other;
+    EXPECT_NE(EmlOf(content).find("Content-Type: multipart/mixed"), std::string::npos) << other;
+  }
 }
 
 TEST(WriteEmlTest, WritesTheContentOfEncryptedMails) {
